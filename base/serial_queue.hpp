@@ -1,0 +1,26 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace ox {
+
+// Runs submitted tasks one at a time. Safe from any thread; not copied.
+class SerialQueue {
+ public:
+  SerialQueue() = default;
+  SerialQueue(const SerialQueue&) = delete;
+  SerialQueue& operator=(const SerialQueue&) = delete;
+
+  // Runs the task when its turn has come and returns once it has run; what it throws reaches the
+  // caller. A task that submits to its own queue would wait for itself: std::logic_error.
+  void sync(const std::function<void()>& task);
+
+ private:
+  std::mutex mutex_;
+  std::atomic<std::thread::id> running_;
+};
+
+}  // namespace ox

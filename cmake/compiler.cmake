@@ -1,0 +1,24 @@
+# One interface target carries every flag that all of our code is compiled with.
+add_library(ox_flags INTERFACE)
+target_include_directories(ox_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(ox_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+  # Progress values are exact single-precision results: no contraction, no reassociation.
+  -ffp-contract=off -fno-fast-math)
+if(OX_WERROR)
+  target_compile_options(ox_flags INTERFACE -Werror)
+endif()
+if(OX_SANITIZE)
+  target_compile_options(ox_flags INTERFACE -fsanitize=${OX_SANITIZE} -fno-omit-frame-pointer
+                                            -fno-sanitize-recover=all)
+  target_link_options(ox_flags INTERFACE -fsanitize=${OX_SANITIZE})
+endif()
+
+find_program(OX_CCACHE ccache)
+if(OX_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${OX_CCACHE})
+endif()
+find_program(OX_LLD ld.lld)
+if(OX_LLD)
+  target_link_options(ox_flags INTERFACE -fuse-ld=lld)
+endif()

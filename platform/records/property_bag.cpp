@@ -1,0 +1,87 @@
+#include "platform/records/property_bag.hpp"
+
+#include <algorithm>
+
+#include "base/uuid.hpp"
+
+namespace ox {
+namespace {
+
+bool idBefore(const PropertyBag::Entry& entry, PropertyId id) { return entry.first < id; }
+
+bool fitsBase(const Object& value, std::int32_t type) {
+  switch (type) {
+    case kABStringProperty:
+      return value.text() != nullptr;
+    case kABIntegerProperty:
+      return value.as<std::int64_t>() != nullptr;
+    case kABRealProperty:
+      return value.as<double>() != nullptr;
+    case kABDateProperty:
+      return value.as<Date>() != nullptr;
+    case kABArrayProperty:
+      return value.array() != nullptr;
+    case kABDictionaryProperty:
+      return value.dictionary() != nullptr;
+    case kABDataProperty:
+      return value.as<Data>() != nullptr;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+std::uint64_t MultiValue::add(Object value, Text label) {
+  std::uint64_t identifier = 0;
+  while (identifier == 0) identifier = randomBits();
+  entries.push_back({identifier, std::move(label), std::move(value)});
+  return identifier;
+}
+
+bool isMissing(const PropertyValue& value) {
+  const auto* single = std::get_if<Object>(&value);
+  return single != nullptr && single->isMissing();
+}
+
+bool sameValue(const PropertyValue& a, const PropertyValue& b) {
+  if (a.index() != b.index()) return false;
+  if (const auto* single = std::get_if<Object>(&a)) return *single == std::get<Object>(b);
+  return *std::get<MultiValuePtr>(a) == *std::get<MultiValuePtr>(b);
+}
+
+const PropertyValue* PropertyBag::find(PropertyId id) const {
+  const auto found = std::lower_bound(entries_.begin(), entries_.end(), id, idBefore);
+  return found != entries_.end() && found->first == id ? &found->second : nullptr;
+}
+
+const std::string* PropertyBag::text(PropertyId id) const {
+  const auto* value = find(id);
+  const auto* single = value != nullptr ? std::get_if<Object>(value) : nullptr;
+  return single != nullptr ? single->text() : nullptr;
+}
+
+void PropertyBag::set(PropertyId id, PropertyValue value) {
+  const auto found = std::lower_bound(entries_.begin(), entries_.end(), id, idBefore);
+  const bool held = found != entries_.end() && found->first == id;
+  if (isMissing(value)) {
+    if (held) entries_.erase(found);
+  } else if (held) {
+    found->second = std::move(value);
+  } else {
+    entries_.emplace(found, id, std::move(value));
+  }
+}
+
+bool fitsType(const PropertyValue& value, ABPropertyType type) {
+  if (isMissing(value)) return true;
+  const bool multi = (type & kABMultiValueMask) != 0;
+  const auto base = type & ~static_cast<std::int32_t>(kABMultiValueMask);
+  if (const auto* single = std::get_if<Object>(&value)) return !multi && fitsBase(*single, base);
+  const auto& entries = std::get<MultiValuePtr>(value)->entries;
+  return multi && std::all_of(entries.begin(), entries.end(), [&](const MultiEntry& entry) {
+           return fitsBase(entry.value, base);
+         });
+}
+
+}  // namespace ox
