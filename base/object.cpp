@@ -28,9 +28,13 @@ const typename Pointer::element_type* pointee(const Object& object) {
 
 }  // namespace
 
-const Dictionary* Object::dictionary() const { return pointee<DictionaryPtr>(*this); }
+const Dictionary* Object::dictionary() const {
+  return pointee<DictionaryPtr>(*this);
+}
 
-const Array* Object::array() const { return pointee<ArrayPtr>(*this); }
+const Array* Object::array() const {
+  return pointee<ArrayPtr>(*this);
+}
 
 ImagePtr Object::image() const {
   const auto* held = as<ImagePtr>();

@@ -61,8 +61,7 @@ class Object {
   Object(DictionaryPtr dictionary) { keep(std::move(dictionary)); }
   Object(HostObjectPtr object) { keep(std::move(object)); }
   template <typename T>
-    requires std::is_base_of_v<HostObject, T>
-  Object(std::shared_ptr<T> object) {
+  requires std::is_base_of_v<HostObject, T> Object(std::shared_ptr<T> object) {
     keep(HostObjectPtr(std::move(object)));
   }
 

@@ -65,7 +65,8 @@ std::optional<std::array<std::uint8_t, 16>> packed(std::string_view identifier) 
   if (!person && suffix != kGroupSuffix) return std::nullopt;
   auto uuid = uuidFromText(identifier.substr(0, kUuidLength));
   if (!uuid || ((*uuid)[6] & 0xF0U) != 0x70U || (*uuid)[0] == 0xFFU) return std::nullopt;
-  (*uuid)[6] = static_cast<std::uint8_t>(((*uuid)[6] & 0x0FU) | (person ? kPersonDigit : kGroupDigit));
+  (*uuid)[6] =
+      static_cast<std::uint8_t>(((*uuid)[6] & 0x0FU) | (person ? kPersonDigit : kGroupDigit));
   return uuid;
 }
 

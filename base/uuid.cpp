@@ -1,10 +1,9 @@
 #include "base/uuid.hpp"
 
-#include <sys/random.h>
-
 #include <cerrno>
 #include <chrono>
 #include <mutex>
+#include <sys/random.h>
 #include <system_error>
 
 namespace ox {

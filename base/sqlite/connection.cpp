@@ -1,7 +1,6 @@
 #include "base/sqlite/connection.hpp"
 
 #include <sqlite3.h>
-
 #include <utility>
 
 #include "base/sqlite/error.hpp"
@@ -40,7 +39,9 @@ Connection& Connection::operator=(Connection&& other) noexcept {
   return *this;
 }
 
-Connection::~Connection() { sqlite3_close(handle_); }
+Connection::~Connection() {
+  sqlite3_close(handle_);
+}
 
 void Connection::execute(const char* sql) {
   if (sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
@@ -58,11 +59,17 @@ Text Connection::queryText(std::string_view sql) {
   return statement.step() ? statement.optionalText(0) : std::nullopt;
 }
 
-void Connection::setBusyTimeout(int milliseconds) { sqlite3_busy_timeout(handle_, milliseconds); }
+void Connection::setBusyTimeout(int milliseconds) {
+  sqlite3_busy_timeout(handle_, milliseconds);
+}
 
-std::int64_t Connection::lastRowId() const { return sqlite3_last_insert_rowid(handle_); }
+std::int64_t Connection::lastRowId() const {
+  return sqlite3_last_insert_rowid(handle_);
+}
 
-std::int64_t Connection::changes() const { return sqlite3_changes64(handle_); }
+std::int64_t Connection::changes() const {
+  return sqlite3_changes64(handle_);
+}
 
 Transaction::Transaction(Connection& connection) : connection_(connection) {
   connection_.execute("BEGIN IMMEDIATE");

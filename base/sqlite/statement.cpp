@@ -1,7 +1,6 @@
 #include "base/sqlite/statement.hpp"
 
 #include <sqlite3.h>
-
 #include <utility>
 
 #include "base/sqlite/error.hpp"
@@ -24,7 +23,9 @@ Statement& Statement::operator=(Statement&& other) noexcept {
   return *this;
 }
 
-Statement::~Statement() { sqlite3_finalize(statement_); }
+Statement::~Statement() {
+  sqlite3_finalize(statement_);
+}
 
 void Statement::check(int result) const {
   if (result == SQLITE_OK) return;
@@ -72,9 +73,13 @@ void Statement::run() {
   reset();
 }
 
-void Statement::reset() { sqlite3_reset(statement_); }
+void Statement::reset() {
+  sqlite3_reset(statement_);
+}
 
-bool Statement::isNull(int column) const { return columnType(column) == SQLITE_NULL; }
+bool Statement::isNull(int column) const {
+  return columnType(column) == SQLITE_NULL;
+}
 
 std::int64_t Statement::integer(int column) const {
   return sqlite3_column_int64(statement_, column);
@@ -97,6 +102,8 @@ Text Statement::optionalText(int column) const {
   return std::string(text(column));
 }
 
-int Statement::columnType(int column) const { return sqlite3_column_type(statement_, column); }
+int Statement::columnType(int column) const {
+  return sqlite3_column_type(statement_, column);
+}
 
 }  // namespace ox::sqlite

@@ -7,7 +7,9 @@
 namespace ox {
 namespace {
 
-bool idBefore(const PropertyBag::Entry& entry, PropertyId id) { return entry.first < id; }
+bool idBefore(const PropertyBag::Entry& entry, PropertyId id) {
+  return entry.first < id;
+}
 
 bool fitsBase(const Object& value, std::int32_t type) {
   switch (type) {
@@ -79,9 +81,8 @@ bool fitsType(const PropertyValue& value, ABPropertyType type) {
   const auto base = type & ~static_cast<std::int32_t>(kABMultiValueMask);
   if (const auto* single = std::get_if<Object>(&value)) return !multi && fitsBase(*single, base);
   const auto& entries = std::get<MultiValuePtr>(value)->entries;
-  return multi && std::all_of(entries.begin(), entries.end(), [&](const MultiEntry& entry) {
-           return fitsBase(entry.value, base);
-         });
+  return multi && std::all_of(entries.begin(), entries.end(),
+                              [&](const MultiEntry& entry) { return fitsBase(entry.value, base); });
 }
 
 }  // namespace ox

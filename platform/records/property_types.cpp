@@ -146,7 +146,8 @@ std::vector<Entry> all(RecordKind kind) {
     return {{kGroupName.id, std::string(kGroupName.name), kGroupName.type}};
   }
   std::vector<Entry> list;
-  for (const auto& row : kPersonProperties) list.push_back({row.id, std::string(row.name), row.type});
+  for (const auto& row : kPersonProperties)
+    list.push_back({row.id, std::string(row.name), row.type});
   customProperties().appendTo(list);
   return list;
 }

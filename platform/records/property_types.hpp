@@ -89,7 +89,7 @@ inline constexpr PropertyId kRelatedNames = 22;
 inline constexpr PropertyId kOtherDates = 23;
 inline constexpr PropertyId kGroupName = 64;
 // Kept with a record, never shown to a host as a property.
-inline constexpr PropertyId kCardUid = 96;        // string: the UID of the card it came from
+inline constexpr PropertyId kCardUid = 96;          // string: the UID of the card it came from
 inline constexpr PropertyId kUnmodelledLines = 97;  // array of strings: unfolded vCard lines
 }  // namespace property_id
 

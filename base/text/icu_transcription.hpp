@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ox {
+
+// What transcribeToLatin means, done by ICU alone, without any short way: its reference and its
+// last resort. Each thread prepares its own transliterator at its first call. Safe from any thread.
+std::string transcribeWithIcu(std::string_view text);
+
+}  // namespace ox

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/record_key.hpp"
+#include "platform/Contacts/CNPredicate.hpp"
+
+namespace ox {
+
+// A group as the container database gave it, or one that is being made.
+class CNGroup {
+ public:
+  virtual ~CNGroup() = default;
+
+  Text identifier() const { return key_.text(); }
+  const RecordKey& key() const { return key_; }
+  const Text& name() const { return name_; }
+
+  static CNPredicate predicateForGroupsInContainerWithIdentifier(TextView identifier);
+  static CNPredicate predicateForGroupsWithIdentifiers(std::vector<std::string> identifiers);
+
+ protected:
+  friend class CNContactStore;
+  explicit CNGroup(const RecordKey& key) : key_(key) {}
+
+  RecordKey key_;
+  Text name_;
+};
+
+using CNGroupPtr = std::shared_ptr<const CNGroup>;
+
+class CNMutableGroup : public CNGroup {
+ public:
+  // A new, unnamed group with a new identifier.
+  static std::shared_ptr<CNMutableGroup> init();
+
+  void setName(Text name) { name_ = std::move(name); }
+
+ private:
+  friend class CNSaveRequest;
+  using CNGroup::CNGroup;
+};
+
+}  // namespace ox

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/data.hpp"
+#include "base/record_key.hpp"
+#include "platform/records/property_bag.hpp"
+
+namespace ox {
+
+struct ContainerInfo {
+  std::string identifier;
+  std::string name;
+  std::int32_t type = 0;  // 0 unassigned, 1 local, 2 Exchange, 3 CardDAV
+};
+using ContainerPtr = std::shared_ptr<const ContainerInfo>;
+
+// The store failed: it cannot be opened, read or written. kind() tells what a program may do about
+// it.
+class StoreError : public std::runtime_error {
+ public:
+  enum class Kind { Busy, NotAStore, NewerSchema, Unavailable, Corrupt, Denied };
+
+  StoreError(Kind kind, const std::string& what) : std::runtime_error(what), kind_(kind) {}
+  Kind kind() const { return kind_; }
+
+ private:
+  Kind kind_;
+};
+
+// A stored picture that cannot be read back.
+class ImageReadError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct NewRecord {
+  RecordKey key;
+  RecordKind kind = RecordKind::Person;
+  std::string container;  // identifier or standard id
+  PropertyBag properties;
+  Data image;
+};
+
+// Replaces all values of a committed record.
+struct ReplacedRecord {
+  RecordKey key;
+  PropertyBag properties;
+  Data image;
+};
+
+struct Link {
+  RecordKey group;
+  RecordKey child;
+};
+
+struct ContainerRemoval {
+  std::string identifier;
+  bool withRecords = false;  // false: refused while the container holds records
+};
+
+// One request of the container view: committed as one transaction, in the order of the lists.
+struct SaveRequest {
+  std::vector<ContainerInfo> newContainers;
+  std::vector<NewRecord> additions;
+  std::vector<ReplacedRecord> replacements;
+  std::vector<Link> links;  // one that exists already is left alone
+  std::vector<ContainerRemoval> removedContainers;
+  std::string reason;  // why nothing was written, when execute answers false
+};
+
+// What a save of the record view did.
+struct SaveReport {
+  bool done = false;
+  std::string reason;                // why not, when not done
+  std::vector<std::string> dropped;  // edits lost to a removal elsewhere, one sentence each
+};
+
+// What the record view holds that no save has written yet.
+struct UnsavedChanges {
+  struct Value {
+    RecordKey key;
+    PropertyId property;  // 0: the image
+  };
+  std::vector<Value> values;
+  std::vector<RecordKey> removals;
+  std::vector<Link> addedLinks;
+  std::vector<Link> removedLinks;
+
+  bool empty() const {
+    return values.empty() && removals.empty() && addedLinks.empty() && removedLinks.empty();
+  }
+};
+
+}  // namespace ox
