@@ -1,0 +1,49 @@
+#include "base/text/script.hpp"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace ox {
+namespace {
+
+TEST(Script, TellsNamesWrittenWhollyInHanKanaOrHangul) {
+  struct Row {
+    std::string text;
+    bool wholly;
+  };
+  const std::vector<Row> rows = {
+      {"张", true},
+      {"欧阳", true},
+      {"\U00020BB7野家", true},
+      {"佐々木", true},
+      {"〇", true},
+      {"さくら", true},
+      {"サクラ", true},
+      {"ｻｸﾗ", true},
+      {"シーラ", true},
+      {"김철수", true},
+      {"\u1100\u1161", true},
+      {"阿不都·热合曼", true},
+      {"ジョン・スミス", true},
+      {"か\u3099", true},
+      {"葛\U000E0100城", true},
+      {"", false},
+      {"·", false},
+      {"ー", false},
+      {"张 三", false},
+      {"张3", false},
+      {"张A", false},
+      {"张。", false},
+      {"Ann", false},
+      {"Анна", false},
+      {"ㄓㄤ", false},
+      {"😀", false},
+      {"\xE5\xBC", false},
+      {std::string("张\0", 4), false},
+  };
+  for (const auto& row : rows) EXPECT_EQ(isHanKanaHangul(row.text), row.wholly) << row.text;
+}
+
+}  // namespace
+}  // namespace ox
