@@ -71,6 +71,14 @@ class ContactSource {
   // Whole or not at all. Additions whose identifier is taken get a new one, written into the
   // request. False with a reason in the request when nothing was written.
   virtual bool execute(SaveRequest& request) = 0;
+  // Committed records of a container that came from a card with that UID, or whose content has that
+  // fingerprint (platform/store/fingerprint.hpp), in creation order.
+  virtual RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
+                                        std::string_view uid) = 0;
+  virtual RecordKeys recordsWithFingerprint(std::string_view containerIdentifier, RecordKind kind,
+                                            std::uint64_t fingerprint) = 0;
+  // Returns when everything committed so far would survive a power cut.
+  virtual void checkpoint() = 0;
 };
 
 // The source that both views use. Unless one was installed, the store at contactStorePath(), opened
