@@ -1,0 +1,254 @@
+#include "tests/support/switched_source.hpp"
+
+#include "platform/store/store_source.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox::support {
+namespace {
+
+SwitchedSource*& installed() {
+  static SwitchedSource* source = nullptr;
+  return source;
+}
+
+}  // namespace
+
+SwitchedSource& SwitchedSource::install() {
+  if (installed() == nullptr) {
+    auto source = std::make_shared<SwitchedSource>(
+        openStoreSource(StoreEnvironment::instance().contactStore().string()));
+    installed() = source.get();
+    installContactSource(std::move(source));
+  }
+  return *installed();
+}
+
+ContactSource& realSource() {
+  return installed() != nullptr ? installed()->real() : contactSource();
+}
+
+// --- switches ---
+
+void SwitchedSource::denyContainerAccess(bool denied) {
+  const std::scoped_lock hold(lock_);
+  denied_ = denied;
+}
+
+void SwitchedSource::refuseLinkEdits(bool refused) {
+  const std::scoped_lock hold(lock_);
+  linksRefused_ = refused;
+}
+
+void SwitchedSource::raiseOnImageOf(const std::string& identifier) {
+  const std::scoped_lock hold(lock_);
+  brokenImages_.insert(identifier);
+}
+
+void SwitchedSource::describe(const std::string& identifier, std::string text) {
+  const std::scoped_lock hold(lock_);
+  descriptions_[identifier] = std::move(text);
+}
+
+void SwitchedSource::hideFromRecordView(const std::string& identifier) {
+  const std::scoped_lock hold(lock_);
+  hiddenFromRecords_.insert(identifier);
+}
+
+void SwitchedSource::hideFromContainerView(const std::string& identifier) {
+  const std::scoped_lock hold(lock_);
+  hiddenFromContainers_.insert(identifier);
+}
+
+SourceCounts SwitchedSource::counts() const {
+  const std::scoped_lock hold(lock_);
+  return counts_;
+}
+
+void SwitchedSource::resetCounts() {
+  const std::scoped_lock hold(lock_);
+  counts_ = {};
+}
+
+void SwitchedSource::count(std::uint64_t SourceCounts::*operation) const {
+  const std::scoped_lock hold(lock_);
+  ++(counts_.*operation);
+}
+
+void SwitchedSource::enterContainerView(std::uint64_t SourceCounts::*operation) const {
+  const std::scoped_lock hold(lock_);
+  ++(counts_.*operation);
+  if (denied_) throw StoreError(StoreError::Kind::Denied, "access to the containers is denied");
+}
+
+bool SwitchedSource::isIn(const Identifiers SwitchedSource::*set,
+                          std::string_view identifier) const {
+  const std::scoped_lock hold(lock_);
+  return (this->*set).contains(identifier);
+}
+
+RecordKeys SwitchedSource::without(const Identifiers SwitchedSource::*hidden,
+                                   const RecordKeys& keys) const {
+  const std::scoped_lock hold(lock_);
+  if ((this->*hidden).empty()) return keys;
+  RecordKeys left;
+  for (const auto& key : keys) {
+    if (!(this->*hidden).contains(key.text())) left.push_back(key);
+  }
+  return left;
+}
+
+bool SwitchedSource::linkEditsRefused() const {
+  const std::scoped_lock hold(lock_);
+  return linksRefused_;
+}
+
+// --- the record view ---
+
+RecordKeys SwitchedSource::records(RecordKind kind) {
+  count(&SourceCounts::records);
+  return without(&SwitchedSource::hiddenFromRecords_, real_->records(kind));
+}
+
+std::optional<RecordInfo> SwitchedSource::record(std::string_view identifier) {
+  count(&SourceCounts::record);
+  if (isIn(&SwitchedSource::hiddenFromRecords_, identifier)) return std::nullopt;
+  return real_->record(identifier);
+}
+
+PropertyValue SwitchedSource::value(const RecordKey& key, PropertyId property) {
+  count(&SourceCounts::value);
+  return real_->value(key, property);
+}
+
+bool SwitchedSource::setValue(const RecordKey& key, RecordKind kind, PropertyId property,
+                              PropertyValue value) {
+  count(&SourceCounts::setValue);
+  return real_->setValue(key, kind, property, std::move(value));
+}
+
+Data SwitchedSource::imageData(const RecordKey& key) {
+  count(&SourceCounts::imageData);
+  if (isIn(&SwitchedSource::brokenImages_, key.text())) {
+    throw ImageReadError("the stored picture cannot be read back");
+  }
+  return real_->imageData(key);
+}
+
+bool SwitchedSource::setImageData(const RecordKey& key, Data image) {
+  count(&SourceCounts::setImageData);
+  return real_->setImageData(key, std::move(image));
+}
+
+RecordKeysPtr SwitchedSource::children(const RecordKey& group, RecordKind kind) {
+  count(&SourceCounts::children);
+  return std::make_shared<const RecordKeys>(
+      without(&SwitchedSource::hiddenFromRecords_, *real_->children(group, kind)));
+}
+
+RecordKeysPtr SwitchedSource::parents(const RecordKey& record) {
+  count(&SourceCounts::parents);
+  return std::make_shared<const RecordKeys>(
+      without(&SwitchedSource::hiddenFromRecords_, *real_->parents(record)));
+}
+
+bool SwitchedSource::link(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
+  count(&SourceCounts::link);
+  return !linkEditsRefused() && real_->link(group, child, childKind);
+}
+
+bool SwitchedSource::unlink(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
+  count(&SourceCounts::unlink);
+  return !linkEditsRefused() && real_->unlink(group, child, childKind);
+}
+
+bool SwitchedSource::remove(const RecordKey& key, RecordKind kind) {
+  count(&SourceCounts::remove);
+  return real_->remove(key, kind);
+}
+
+std::string SwitchedSource::description(const RecordKey& key, RecordKind kind) {
+  count(&SourceCounts::description);
+  {
+    const std::scoped_lock hold(lock_);
+    const auto chosen = descriptions_.find(key.text());
+    if (chosen != descriptions_.end()) return chosen->second;
+  }
+  return real_->description(key, kind);
+}
+
+SaveReport SwitchedSource::save() {
+  count(&SourceCounts::save);
+  return real_->save();
+}
+
+UnsavedChanges SwitchedSource::unsavedChanges() {
+  count(&SourceCounts::unsavedChanges);
+  return real_->unsavedChanges();
+}
+
+void SwitchedSource::revert() {
+  count(&SourceCounts::revert);
+  real_->revert();
+}
+
+// --- the container view ---
+
+std::vector<ContainerPtr> SwitchedSource::containers() {
+  enterContainerView(&SourceCounts::containers);
+  return real_->containers();
+}
+
+ContainerPtr SwitchedSource::containerOf(std::string_view identifier, RecordKind kind) {
+  enterContainerView(&SourceCounts::containerOf);
+  if (isIn(&SwitchedSource::hiddenFromContainers_, identifier)) return nullptr;
+  return real_->containerOf(identifier, kind);
+}
+
+ContainerPtr SwitchedSource::containerNamed(std::string_view identifier) {
+  enterContainerView(&SourceCounts::containerNamed);
+  return real_->containerNamed(identifier);
+}
+
+RecordKeys SwitchedSource::recordsIn(std::string_view containerIdentifier, RecordKind kind) {
+  enterContainerView(&SourceCounts::recordsIn);
+  return without(&SwitchedSource::hiddenFromContainers_,
+                 real_->recordsIn(containerIdentifier, kind));
+}
+
+std::shared_ptr<const PropertyBag> SwitchedSource::committedValues(const RecordKey& key) {
+  enterContainerView(&SourceCounts::committedValues);
+  if (isIn(&SwitchedSource::hiddenFromContainers_, key.text())) return nullptr;
+  return real_->committedValues(key);
+}
+
+Data SwitchedSource::committedImage(const RecordKey& key) {
+  enterContainerView(&SourceCounts::committedImage);
+  if (isIn(&SwitchedSource::hiddenFromContainers_, key.text())) return nullptr;
+  return real_->committedImage(key);
+}
+
+bool SwitchedSource::execute(SaveRequest& request) {
+  enterContainerView(&SourceCounts::execute);
+  return real_->execute(request);
+}
+
+RecordKeys SwitchedSource::recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
+                                              std::string_view uid) {
+  enterContainerView(&SourceCounts::recordsWithCardUid);
+  return without(&SwitchedSource::hiddenFromContainers_,
+                 real_->recordsWithCardUid(containerIdentifier, kind, uid));
+}
+
+RecordKeys SwitchedSource::recordsWithFingerprint(std::string_view containerIdentifier,
+                                                  RecordKind kind, std::uint64_t fingerprint) {
+  enterContainerView(&SourceCounts::recordsWithFingerprint);
+  return without(&SwitchedSource::hiddenFromContainers_,
+                 real_->recordsWithFingerprint(containerIdentifier, kind, fingerprint));
+}
+
+void SwitchedSource::checkpoint() {
+  enterContainerView(&SourceCounts::checkpoint);
+  real_->checkpoint();
+}
+
+}  // namespace ox::support

@@ -1,0 +1,122 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/store/contact_source.hpp"
+
+namespace ox::support {
+
+// How often each operation of the source was called.
+struct SourceCounts {
+  std::uint64_t records = 0;
+  std::uint64_t record = 0;
+  std::uint64_t value = 0;
+  std::uint64_t setValue = 0;
+  std::uint64_t imageData = 0;
+  std::uint64_t setImageData = 0;
+  std::uint64_t children = 0;
+  std::uint64_t parents = 0;
+  std::uint64_t link = 0;
+  std::uint64_t unlink = 0;
+  std::uint64_t remove = 0;
+  std::uint64_t description = 0;
+  std::uint64_t save = 0;
+  std::uint64_t unsavedChanges = 0;
+  std::uint64_t revert = 0;
+  std::uint64_t containers = 0;
+  std::uint64_t containerOf = 0;
+  std::uint64_t containerNamed = 0;
+  std::uint64_t recordsIn = 0;
+  std::uint64_t committedValues = 0;
+  std::uint64_t committedImage = 0;
+  std::uint64_t execute = 0;
+  std::uint64_t recordsWithCardUid = 0;
+  std::uint64_t recordsWithFingerprint = 0;
+  std::uint64_t checkpoint = 0;
+};
+
+// A seam over the real store: passes every call on, unless a switch says otherwise, and counts it.
+// Safe from any thread.
+class SwitchedSource : public ContactSource {
+ public:
+  explicit SwitchedSource(std::shared_ptr<ContactSource> real) : real_(std::move(real)) {}
+
+  // Puts one over the store of this process's test environment and installs it; the same one when
+  // called again.
+  static SwitchedSource& install();
+
+  // --- switches ---
+  void denyContainerAccess(bool denied = true);
+  void refuseLinkEdits(bool refused = true);
+  void raiseOnImageOf(const std::string& identifier);
+  void describe(const std::string& identifier, std::string text);
+  // The row is then known to the other view only.
+  void hideFromRecordView(const std::string& identifier);
+  void hideFromContainerView(const std::string& identifier);
+
+  SourceCounts counts() const;
+  void resetCounts();
+  // The store below, for preparing it without being counted.
+  ContactSource& real() { return *real_; }
+
+  RecordKeys records(RecordKind kind) override;
+  std::optional<RecordInfo> record(std::string_view identifier) override;
+  PropertyValue value(const RecordKey& key, PropertyId property) override;
+  bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
+                PropertyValue value) override;
+  Data imageData(const RecordKey& key) override;
+  bool setImageData(const RecordKey& key, Data image) override;
+  RecordKeysPtr children(const RecordKey& group, RecordKind kind) override;
+  RecordKeysPtr parents(const RecordKey& record) override;
+  bool link(const RecordKey& group, const RecordKey& child, RecordKind childKind) override;
+  bool unlink(const RecordKey& group, const RecordKey& child, RecordKind childKind) override;
+  bool remove(const RecordKey& key, RecordKind kind) override;
+  std::string description(const RecordKey& key, RecordKind kind) override;
+  SaveReport save() override;
+  UnsavedChanges unsavedChanges() override;
+  void revert() override;
+
+  std::vector<ContainerPtr> containers() override;
+  ContainerPtr containerOf(std::string_view identifier, RecordKind kind) override;
+  ContainerPtr containerNamed(std::string_view identifier) override;
+  RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind) override;
+  std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) override;
+  Data committedImage(const RecordKey& key) override;
+  bool execute(SaveRequest& request) override;
+  RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
+                                std::string_view uid) override;
+  RecordKeys recordsWithFingerprint(std::string_view containerIdentifier, RecordKind kind,
+                                    std::uint64_t fingerprint) override;
+  void checkpoint() override;
+
+ private:
+  using Identifiers = std::set<std::string, std::less<>>;
+
+  void count(std::uint64_t SourceCounts::*operation) const;
+  // Counts, and throws when access to the container database is denied.
+  void enterContainerView(std::uint64_t SourceCounts::*operation) const;
+  bool isIn(const Identifiers SwitchedSource::*set, std::string_view identifier) const;
+  RecordKeys without(const Identifiers SwitchedSource::*hidden, const RecordKeys& keys) const;
+  bool linkEditsRefused() const;
+
+  std::shared_ptr<ContactSource> real_;
+  mutable std::mutex lock_;
+  mutable SourceCounts counts_;
+  bool denied_ = false;
+  bool linksRefused_ = false;
+  Identifiers brokenImages_;
+  Identifiers hiddenFromRecords_;
+  Identifiers hiddenFromContainers_;
+  std::map<std::string, std::string, std::less<>> descriptions_;
+};
+
+// The store below any installed seam.
+ContactSource& realSource();
+
+}  // namespace ox::support
