@@ -93,7 +93,7 @@ class Object {
   // A null pointer is a missing object, never a held null.
   template <typename Pointer>
   void keep(Pointer pointer) {
-    if (pointer) storage_ = std::move(pointer);
+    if (pointer) storage_.template emplace<Pointer>(std::move(pointer));
   }
 
   Storage storage_;

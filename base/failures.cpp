@@ -1,0 +1,41 @@
+#include "base/failures.hpp"
+
+#include <mutex>
+#include <utility>
+
+namespace ox::failures {
+namespace {
+
+struct Counter {
+  std::mutex mutex;
+  Snapshot counts;
+
+  static Counter& shared() {
+    static auto& counter = *new Counter;
+    return counter;
+  }
+};
+
+}  // namespace
+
+void countRefusal(std::string reason) {
+  auto& counter = Counter::shared();
+  const std::lock_guard lock(counter.mutex);
+  ++counter.counts.refusals;
+  counter.counts.lastReason = std::move(reason);
+}
+
+void countFailure(std::string reason) {
+  auto& counter = Counter::shared();
+  const std::lock_guard lock(counter.mutex);
+  ++counter.counts.failures;
+  counter.counts.lastReason = std::move(reason);
+}
+
+Snapshot snapshot() {
+  auto& counter = Counter::shared();
+  const std::lock_guard lock(counter.mutex);
+  return counter.counts;
+}
+
+}  // namespace ox::failures

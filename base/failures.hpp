@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+// What went wrong in this process. The operations that hosts call report no errors; they count them
+// here, and whoever must not report a success that was none compares before and after. Safe from
+// any thread.
+
+namespace ox::failures {
+
+struct Snapshot {
+  std::uint64_t refusals = 0;  // asked for something that is not allowed; nothing changed
+  std::uint64_t failures = 0;  // a file or the system failed; the answer was empty
+  std::string lastReason;      // of either kind; empty when there was none
+
+  bool operator==(const Snapshot&) const = default;
+};
+
+void countRefusal(std::string reason);
+void countFailure(std::string reason);
+Snapshot snapshot();
+
+}  // namespace ox::failures

@@ -1,0 +1,82 @@
+#include "base/store_location.hpp"
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace ox {
+namespace {
+
+std::string environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : std::string(value);
+}
+
+std::string homeFolder() {
+  if (auto home = environment("HOME"); !home.empty()) return home;
+  std::array<char, 4096> buffer{};
+  passwd entry{};
+  passwd* found = nullptr;
+  ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
+  return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "/";
+}
+
+std::string dataFolder() {
+  // The XDG base directory rules: a relative path is no path.
+  if (auto folder = environment("XDG_DATA_HOME"); folder.starts_with('/')) return folder;
+  return homeFolder() + "/.local/share";
+}
+
+[[noreturn]] void fail(const std::string& path) {
+  throw std::system_error(errno, std::generic_category(), path);
+}
+
+// Only what is missing is made: folders that are there keep their rights.
+void createPrivateFolders(const std::filesystem::path& folder) {
+  if (folder.empty() || ::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return;
+  if (errno != ENOENT || folder == folder.parent_path()) fail(folder);
+  createPrivateFolders(folder.parent_path());
+  if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) fail(folder);
+}
+
+// So that the new name survives a power cut. Some file systems cannot sync a folder; they need not.
+void syncFolder(const std::filesystem::path& folder) {
+  const int file =
+      ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (file < 0) return;
+  ::fsync(file);
+  ::close(file);
+}
+
+}  // namespace
+
+std::string contactStorePath() {
+  if (auto path = environment("OX_CONTACT_STORE"); !path.empty()) return path;
+  return dataFolder() + "/oxcontacts/contacts.db";
+}
+
+std::string tagStorePath() {
+  if (auto path = environment("OX_TAG_STORE"); !path.empty()) return path;
+  return contactStorePath() + ".tags";
+}
+
+bool createPrivateFile(const std::string& path) {
+  const auto folder = std::filesystem::path(path).parent_path();
+  createPrivateFolders(folder);
+  const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (file < 0) {
+    if (errno == EEXIST) return false;
+    fail(path);
+  }
+  ::close(file);
+  syncFolder(folder);
+  return true;
+}
+
+}  // namespace ox
