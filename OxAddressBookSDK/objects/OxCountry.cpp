@@ -1,0 +1,11 @@
+#include "OxAddressBookSDK/objects/OxCountry.hpp"
+
+#include "base/text/locale.hpp"
+
+namespace ox {
+
+std::shared_ptr<const OxCountry> OxCountry::local() {
+  return std::make_shared<const OxCountry>(Key(), localCountryCode());
+}
+
+}  // namespace ox
