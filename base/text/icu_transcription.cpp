@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <unicode/locid.h>
 #include <unicode/translit.h>
+#include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
 #include "base/text/marks.hpp"
@@ -23,6 +24,12 @@ const icu::Transliterator& prototype() {
   return hanLatin;
 }
 
+// "[...] > syllable;": one character of a set, wherever it stands.
+bool isFreeOfContext(const icu::UnicodeString& rule) {
+  const int32_t setEnd = rule.indexOf(u']');
+  return rule.startsWith(u"[") && rule.indexOf(u" > ") == setEnd + 1;
+}
+
 }  // namespace
 
 std::string transcribeWithIcu(std::string_view text) {
@@ -34,6 +41,26 @@ std::string transcribeWithIcu(std::string_view text) {
   std::string result;
   withoutMarks(wide).toUpper(icu::Locale::getRoot()).toUTF8String(result);
   return result;
+}
+
+std::u32string contextualHan() {
+  icu::UnicodeString rules;
+  prototype().toRules(rules, false);
+  std::u32string found;
+  for (int32_t from = 0; from < rules.length();) {
+    int32_t end = rules.indexOf(u'\n', from);
+    if (end < 0) end = rules.length();
+    const auto rule = rules.tempSubStringBetween(from, end);
+    from = end + 1;
+    if (isFreeOfContext(rule)) continue;
+    for (int32_t at = 0; at < rule.length(); at = rule.moveIndex32(at, 1)) {
+      const UChar32 character = rule.char32At(at);
+      if (u_hasBinaryProperty(character, UCHAR_IDEOGRAPHIC)) {
+        found.push_back(static_cast<char32_t>(character));
+      }
+    }
+  }
+  return found;
 }
 
 }  // namespace ox

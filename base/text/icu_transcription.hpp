@@ -9,4 +9,8 @@ namespace ox {
 // last resort. Each thread prepares its own transliterator at its first call. Safe from any thread.
 std::string transcribeWithIcu(std::string_view text);
 
+// The characters that stand in those of ICU's rules which look at a neighbour ("重" is read
+// otherwise before "庆"), in no order. Safe from any thread.
+std::u32string contextualHan();
+
 }  // namespace ox

@@ -1,6 +1,7 @@
 #include "base/text/transcription.hpp"
 
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,112 @@ TEST(Transcription, GivesUpperCaseSyllablesWithTheBlanksThatIcuInserts) {
   for (const auto& row : rows) {
     EXPECT_EQ(transcribeToLatin(row.text), row.latin) << row.text;
     EXPECT_EQ(transcribeWithIcu(row.text), row.latin) << row.text;
+  }
+}
+
+std::string utf8(char32_t character) {
+  std::string result;
+  if (character < 0x80) {
+    result += static_cast<char>(character);
+  } else if (character < 0x800) {
+    result += static_cast<char>(0xC0 | (character >> 6U));
+    result += static_cast<char>(0x80 | (character & 0x3FU));
+  } else {
+    if (character < 0x10000) {
+      result += static_cast<char>(0xE0 | (character >> 12U));
+    } else {
+      result += static_cast<char>(0xF0 | (character >> 18U));
+      result += static_cast<char>(0x80 | ((character >> 12U) & 0x3FU));
+    }
+    result += static_cast<char>(0x80 | ((character >> 6U) & 0x3FU));
+    result += static_cast<char>(0x80 | (character & 0x3FU));
+  }
+  return result;
+}
+
+char32_t oneOf(std::mt19937& random, char32_t first, char32_t end) {
+  return first + static_cast<char32_t>(random() % (end - first));
+}
+
+// Adds the texts up and compares them a few at a time, each in a line of its own: ICU is quicker on
+// one long text than on many short ones, and no rule looks past a line feed.
+class Comparison {
+ public:
+  ~Comparison() { compare(); }
+  void add(const std::string& text) {
+    text_ += text;
+    text_ += '\n';
+    if (text_.size() > 200) compare();
+  }
+
+ private:
+  void compare() {
+    EXPECT_EQ(transcribeToLatin(text_), transcribeWithIcu(text_)) << text_;
+    text_.clear();
+  }
+  std::string text_;
+};
+
+TEST(Transcription, EveryCharacterReadsAsIcuReadsIt) {
+  Comparison comparison;
+  for (char32_t character = 0; character < 0x250; ++character) {
+    if (character != U'\n') comparison.add("x" + utf8(character) + "y" + utf8(character));
+  }
+  for (char32_t character = 0x3400; character < 0xA000; ++character) {
+    comparison.add(utf8(character));
+  }
+}
+
+TEST(Transcription, EveryPairOfLatinCharactersReadsAsIcuReadsIt) {
+  Comparison comparison;
+  std::mt19937 random(11);
+  for (char32_t first = 0; first < 0x250; ++first) {
+    std::string line;
+    for (int i = 0; i < 60; ++i) line += utf8(first) + utf8(oneOf(random, 0, 0x250));
+    comparison.add(line);
+  }
+}
+
+TEST(Transcription, ContextualCharactersReadAsIcuReadsThemBesideEachOther) {
+  const std::vector<std::string> pieces = {"藏", "文", "重", "庆", "沈",     "阳", "秘",     "鲁",
+                                           " ",  "张", "a",  "1",  "\u0301", ".",  "\u3000", "-"};
+  for (const auto& first : pieces) {
+    for (const auto& second : pieces) {
+      for (const auto& third : pieces) {
+        const auto text = first + second + third;
+        EXPECT_EQ(transcribeToLatin(text), transcribeWithIcu(text)) << text;
+      }
+    }
+  }
+}
+
+// A character of any sort a name may hold, those that the table knows more often.
+std::string anyCharacter(std::mt19937& random) {
+  static const std::vector<std::string> kOthers = {
+      "。",     "，",       "（",       "）",         "「",     "・",       "ー",
+      "か",     "カ",       "ｶ",        "が",         "\u3099", "한",       "\u1100\u1161",
+      "\u0301", "\u0308",   "\u0327",   "\uFE0F",     "😀",      "\uFFFD",   "Ω",
+      "ς",      "Я",        "ß",        "İ",          "ı",      "ŉ",        "ǆ",
+      "〇",     "々",       "〆",       "\U00020BB7", "\u2F00", "\uF900",   "㈱",
+      "①",      "Ａ",       "\u3000",   "\u200D",     "«",      "»",        "“",
+      "”",      "‘",        "…",        "ﬁ",          "\xFF",   "\xE5\xBC", "\xED\xA0\x80",
+      "\xC3",   "\xC1\x81", "\xE3\x80", "อำ",         "कि",     "א",        "\u0345"};
+  const auto draw = random() % 100;
+  if (draw < 40) return utf8(oneOf(random, 0x4E00, 0xA000));
+  if (draw < 45) return utf8(oneOf(random, 0x3400, 0x4E00));
+  if (draw < 75) return utf8(oneOf(random, 0, 0x80));
+  if (draw < 90) return utf8(oneOf(random, 0x80, 0x250));
+  return kOthers[random() % kOthers.size()];
+}
+
+TEST(Transcription, RandomMixturesReadAsIcuReadsThem) {
+  std::mt19937 random(20240229);
+  for (int round = 0; round < 20000; ++round) {
+    std::string text;
+    const auto length = round % 500 == 0 ? 200 : 1 + random() % 9;
+    for (std::size_t i = 0; i < length; ++i) text += anyCharacter(random);
+    ASSERT_EQ(transcribeToLatin(text), transcribeWithIcu(text))
+        << "round " << round << ": " << text;
   }
 }
 

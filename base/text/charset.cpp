@@ -1,0 +1,171 @@
+#include "base/text/charset.hpp"
+
+#include <array>
+#include <cctype>
+#include <memory>
+#include <span>
+#include <unicode/ucnv.h>
+#include <unicode/ucsdet.h>
+#include <unicode/ustring.h>
+
+#include "base/text/utf8.hpp"
+
+namespace ox {
+namespace {
+
+struct Rename {
+  std::string_view from;
+  const char* to;
+};
+
+// Names that stand for a larger set in practice.
+constexpr std::array kLargerSets = {
+    Rename{"ISO88591", "windows-1252"},
+    Rename{"LATIN1", "windows-1252"},
+    Rename{"USASCII", "windows-1252"},
+    Rename{"ASCII", "windows-1252"},
+    Rename{"ISO88592", "ISO-8859-2"},
+    Rename{"ISO88599", "windows-1254"},
+    Rename{"GB2312", "GBK"},
+    Rename{"ANSI", "windows-1252"},
+    Rename{"KSC56011987", "windows-949"},
+    Rename{"EUCKR", "windows-949"},
+};
+
+// What the detector's names stand for; a name that is not here is never believed.
+constexpr std::array kDetected = {
+    Rename{"ISO88591", "windows-1252"},
+    Rename{"ISO88592", "windows-1250"},
+    Rename{"ISO88595", "windows-1251"},
+    Rename{"ISO88596", "windows-1256"},
+    Rename{"ISO88597", "windows-1253"},
+    Rename{"ISO88598", "windows-1255"},
+    Rename{"ISO88599", "windows-1254"},
+    Rename{"WINDOWS1250", "windows-1250"},
+    Rename{"WINDOWS1251", "windows-1251"},
+    Rename{"WINDOWS1252", "windows-1252"},
+    Rename{"WINDOWS1253", "windows-1253"},
+    Rename{"WINDOWS1254", "windows-1254"},
+    Rename{"WINDOWS1255", "windows-1255"},
+    Rename{"WINDOWS1256", "windows-1256"},
+    Rename{"KOI8R", "KOI8-R"},
+    Rename{"SHIFTJIS", "Shift_JIS"},
+    Rename{"EUCJP", "EUC-JP"},
+    Rename{"EUCKR", "windows-949"},
+    Rename{"BIG5", "Big5"},
+    Rename{"GB18030", "GB18030"},
+};
+
+// The detector's confidence (0 to 100) from which a guess beats windows-1252.
+constexpr int kBelievable = 20;
+
+// Letters and digits only, upper case: how charset names are compared.
+std::string bareName(std::string_view name) {
+  std::string bare;
+  for (const char c : name) {
+    if (std::isalnum(static_cast<unsigned char>(c)) == 0) continue;
+    bare += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  }
+  return bare;
+}
+
+const char* find(std::span<const Rename> rows, std::string_view bare) {
+  for (const auto& row : rows) {
+    if (row.from == bare) return row.to;
+  }
+  return nullptr;
+}
+
+struct CloseConverter {
+  void operator()(UConverter* converter) const { ucnv_close(converter); }
+};
+struct CloseDetector {
+  void operator()(UCharsetDetector* detector) const { ucsdet_close(detector); }
+};
+using Converter = std::unique_ptr<UConverter, CloseConverter>;
+
+// The thread's converter of that name: opening one is dear, and a file rarely mixes charsets.
+UConverter* converterFor(const std::string& name) {
+  thread_local std::string openName;
+  thread_local Converter open;
+  if (!open || openName != name) {
+    UErrorCode status = U_ZERO_ERROR;
+    open.reset(ucnv_open(name.c_str(), &status));
+    openName = name;
+    if (U_FAILURE(status) != 0) open = nullptr;
+  }
+  return open.get();
+}
+
+// UTF-8 from the converter's charset. Blocks of UTF-16 keep the memory bounded by the result.
+std::string convert(UConverter* converter, std::string_view bytes) {
+  std::string result;
+  result.reserve(bytes.size() + bytes.size() / 2);
+  std::array<UChar, 1024> units{};
+  std::array<char, 3 * units.size()> out{};
+  const char* source = bytes.data();
+  const char* const end = source + bytes.size();
+  ucnv_reset(converter);
+  char16_t half = 0;  // a high surrogate that ended the last block
+  bool more = true;
+  while (more) {
+    UErrorCode status = U_ZERO_ERROR;
+    UChar* next = units.data();
+    if (half != 0) *next++ = half;
+    half = 0;
+    ucnv_toUnicode(converter, &next, units.data() + units.size(), &source, end, nullptr, 1,
+                   &status);
+    more = status == U_BUFFER_OVERFLOW_ERROR;
+    auto count = static_cast<std::int32_t>(next - units.data());
+    if (more && count > 0 && U16_IS_LEAD(units[static_cast<std::size_t>(count - 1)])) {
+      half = units[static_cast<std::size_t>(--count)];
+    }
+    UErrorCode written = U_ZERO_ERROR;
+    std::int32_t length = 0;
+    u_strToUTF8WithSub(out.data(), static_cast<std::int32_t>(out.size()), &length, units.data(),
+                       count, 0xFFFD, nullptr, &written);
+    result.append(out.data(), static_cast<std::size_t>(length));
+  }
+  return result;
+}
+
+// True when every byte has a meaning in the charset.
+bool convertsCleanly(const char* charset, std::string_view bytes) {
+  auto* converter = converterFor(charset);
+  return converter != nullptr &&
+         convert(converter, bytes).find("\xEF\xBF\xBD") == std::string::npos;
+}
+
+}  // namespace
+
+std::optional<std::string> utf8FromCharset(std::string_view bytes, std::string_view charset) {
+  const auto bare = bareName(charset);
+  if (bare == "UTF8") return validUtf8(std::string(bytes));
+  const char* larger = find(kLargerSets, bare);
+  auto* converter = converterFor(larger != nullptr ? larger : std::string(charset));
+  if (converter == nullptr) return std::nullopt;
+  return convert(converter, bytes);
+}
+
+std::string detectCharset(std::string_view bytes) {
+  constexpr const char* kFallback = "windows-1252";
+  constexpr std::size_t kEnough = 64 * 1024;
+  bytes = bytes.substr(0, kEnough);
+  UErrorCode status = U_ZERO_ERROR;
+  const std::unique_ptr<UCharsetDetector, CloseDetector> detector(ucsdet_open(&status));
+  if (U_FAILURE(status) != 0) return kFallback;
+  ucsdet_setText(detector.get(), bytes.data(), static_cast<std::int32_t>(bytes.size()), &status);
+  std::int32_t count = 0;
+  const UCharsetMatch** matches = ucsdet_detectAll(detector.get(), &count, &status);
+  if (U_FAILURE(status) != 0) return kFallback;
+  for (const auto* match : std::span(matches, static_cast<std::size_t>(count))) {
+    const char* const name = ucsdet_getName(match, &status);
+    const auto confidence = ucsdet_getConfidence(match, &status);
+    if (U_FAILURE(status) != 0 || confidence < kBelievable) break;
+    const char* const charset = find(kDetected, bareName(name));
+    if (charset != nullptr && convertsCleanly(charset, bytes)) return charset;
+  }
+  return kFallback;
+}
+
+}  // namespace ox
