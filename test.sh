@@ -1,0 +1,21 @@
+#!/bin/sh
+# Builds and runs every test: once under the address and undefined-behaviour sanitizers, then the
+# cases about threads once more under the thread sanitizer.
+set -eu
+cd "$(dirname "$0")"
+scripts/install_packages
+jobs=$(nproc)
+
+scripts/check_layering
+if [ "${CI:-}" = true ]; then scripts/check_format; fi
+
+cmake --preset dev
+cmake --build --preset dev -j "$jobs"
+ctest --preset dev -j "$jobs"
+
+# The thread sanitizer wants memory where it expects it; not every kernel leaves that free.
+fixed=
+if setarch -R true 2>/dev/null; then fixed="setarch -R"; fi
+cmake --preset tsan
+$fixed cmake --build --preset tsan -j "$jobs"
+$fixed ctest --preset tsan -j "$jobs" -R Threads
