@@ -118,6 +118,11 @@ std::string RecordKey::text() const {
   return text;
 }
 
+bool RecordKey::isPacked() const {
+  const auto digit = static_cast<std::uint8_t>(bytes_[6] & 0xF0U);
+  return !isForeign() && (digit == kPersonDigit || digit == kGroupDigit);
+}
+
 RecordKey RecordKey::fromBytes(const std::array<std::uint8_t, 16>& bytes) {
   RecordKey key;
   key.bytes_ = bytes;

@@ -36,8 +36,11 @@ class RecordKey {
   // True when the identifier is not one of ours and its text is kept in the intern table.
   bool isForeign() const { return bytes_[0] == kForeignMark; }
 
+  // True when the bytes hold one of our own identifiers.
+  bool isPacked() const;
+
   const std::array<std::uint8_t, 16>& bytes() const { return bytes_; }
-  // Takes bytes() of a key that is not foreign, as a store file holds them.
+  // Takes bytes() of a packed key, as a store file holds them; ask isPacked() before anything else.
   static RecordKey fromBytes(const std::array<std::uint8_t, 16>& bytes);
 
   std::size_t hash() const {

@@ -6,6 +6,7 @@
 
 #include "base/record_key.hpp"
 #include "platform/Contacts/CNPredicate.hpp"
+#include "platform/records/property_bag.hpp"
 
 namespace ox {
 
@@ -16,7 +17,10 @@ class CNGroup {
 
   Text identifier() const { return key_.text(); }
   const RecordKey& key() const { return key_; }
-  const Text& name() const { return name_; }
+  // Missing when the group has none.
+  Text name() const;
+  // The UID of the card it came from is kept here too.
+  const PropertyBag& properties() const { return properties_; }
 
   static CNPredicate predicateForGroupsInContainerWithIdentifier(TextView identifier);
   static CNPredicate predicateForGroupsWithIdentifiers(std::vector<std::string> identifiers);
@@ -26,7 +30,7 @@ class CNGroup {
   explicit CNGroup(const RecordKey& key) : key_(key) {}
 
   RecordKey key_;
-  Text name_;
+  PropertyBag properties_;
 };
 
 using CNGroupPtr = std::shared_ptr<const CNGroup>;
@@ -36,7 +40,8 @@ class CNMutableGroup : public CNGroup {
   // A new, unnamed group with a new identifier.
   static std::shared_ptr<CNMutableGroup> init();
 
-  void setName(Text name) { name_ = std::move(name); }
+  void setName(Text name);
+  void setProperties(PropertyBag properties) { properties_ = std::move(properties); }
 
  private:
   friend class CNSaveRequest;

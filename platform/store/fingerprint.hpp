@@ -10,6 +10,8 @@ namespace ox {
 // its multi-value entries and the UID of the card it came from. Unequal contents may share one, if
 // very rarely: compare before you believe it.
 std::uint64_t contentFingerprint(const PropertyBag& properties, const Data& image);
+// The same from the picture's checksum: checksum64 of its bytes, 0 without one.
+std::uint64_t contentFingerprint(const PropertyBag& properties, std::uint64_t pictureChecksum);
 
 // The comparison that the fingerprint stands for.
 bool sameContent(const PropertyBag& a, const PropertyBag& b);

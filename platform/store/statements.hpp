@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "base/sqlite/statement.hpp"
+#include "platform/store/record_index.hpp"
+
+namespace ox {
+
+// Every statement that ContactStore prepares.
+enum class Sql : std::uint8_t {
+  DataVersion,
+  CustomProperties,
+  Containers,
+  RecordCounts,
+  RecordsAfter,
+  RemovalsAfter,
+  RecordByUid,
+  ContentByRow,
+  ImageByRow,
+  ChildrenOfRow,
+  ParentsOfRow,
+  RecordsByCardUid,
+  RecordsByFingerprint,
+  // writing
+  NextRecord,
+  SetNextRecord,
+  InsertContainer,
+  DeleteContainer,
+  CountInContainer,
+  RecordsOfContainer,
+  InsertRecord,
+  DeleteRecord,
+  InsertRemoval,
+  InsertContent,
+  UpdateContent,
+  PictureChecksum,
+  SetImage,
+  DeleteImage,
+  InsertLink,
+  DeleteLink,
+  ClosesCircle,
+  InsertCustomProperty,
+  Count,
+};
+
+std::string_view sqlOf(Sql which);
+
+// How a record's row holds its identifier: the 16 bytes of our own, the text of any other.
+class StoredUid {
+ public:
+  explicit StoredUid(const RecordKey& key);
+  // Borrowed by the statement: this object must outlive the step.
+  void bindTo(sqlite::Statement& statement, int index) const;
+
+ private:
+  bool asText_;
+  std::string bytes_;
+};
+
+RecordKey keyOfColumn(const sqlite::Statement& row, int column);
+
+// Of a row of id, uid, kind, container.
+RecordIndex::Entry entryOfRow(const sqlite::Statement& row);
+
+}  // namespace ox

@@ -1,0 +1,321 @@
+#include "platform/store/store_source.hpp"
+
+#include <filesystem>
+#include <mutex>
+#include <unordered_set>
+#include <utility>
+
+#include "base/failures.hpp"
+#include "platform/records/clean_text.hpp"
+#include "platform/store/contact_store.hpp"
+#include "platform/store/pending_links.hpp"
+#include "platform/store/pending_values.hpp"
+
+namespace ox {
+namespace {
+
+using Look = ContactStore::Look;
+
+bool refuse(const std::string& reason) {
+  failures::countRefusal(reason);
+  return false;
+}
+
+// The store and this process's unsaved changes behind one lock.
+class StoreSource final : public ContactSource {
+ public:
+  explicit StoreSource(std::string path) : store_(std::move(path)), links_(store_) {}
+
+  RecordKeys records(RecordKind kind) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    auto keys = store_.records(kind);
+    if (values_.hasRemovals()) {
+      std::erase_if(keys, [this](const RecordKey& key) { return values_.isRemoved(key); });
+    }
+    return keys;
+  }
+
+  std::optional<RecordInfo> record(std::string_view identifier) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    const auto entry = store_.find(identifier);
+    if (!entry || values_.isRemoved(entry->key)) return std::nullopt;
+    return RecordInfo{entry->key, entry->kind, store_.container(entry->container)};
+  }
+
+  PropertyValue value(const RecordKey& key, PropertyId property) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    return visibleValue(key, property);
+  }
+
+  bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
+                PropertyValue value) override {
+    const auto type = property_table::typeOf(property);
+    if (property == 0 || type == kABErrorInProperty) return refuse("there is no such property");
+    if (!fitsType(value, type)) {
+      return refuse("a value of the wrong type for " + property_table::nameOf(property));
+    }
+    cleanText(value);
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    if (!isWritable(key)) return refuse("there is no record " + key.text());
+    if (sameValue(visibleValue(key, property), value)) return true;
+    if (sameValue(committedValue(key, property), value)) {
+      values_.dropValue(key, property);
+    } else {
+      values_.setValue(key, kind, property, std::move(value));
+    }
+    return true;
+  }
+
+  Data imageData(const RecordKey& key) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    return visibleImage(key);
+  }
+
+  bool setImageData(const RecordKey& key, Data image) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    if (!isWritable(key)) return refuse("there is no record " + key.text());
+    if (sameData(readableOrNull(&StoreSource::visibleImage, key), image)) return true;
+    if (sameData(readableOrNull(&StoreSource::savedImage, key), image)) {
+      values_.dropImage(key);
+    } else {
+      values_.setImage(key, RecordKind::Person, std::move(image));
+    }
+    return true;
+  }
+
+  RecordKeysPtr children(const RecordKey& group, RecordKind kind) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    return links_.children(group, kind);
+  }
+
+  RecordKeysPtr parents(const RecordKey& record) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    return values_.isRemoved(record) ? std::make_shared<const RecordKeys>()
+                                     : links_.parents(record);
+  }
+
+  bool link(const RecordKey& group, const RecordKey& child, RecordKind childKind) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    const auto parent = store_.find(group);
+    const auto below = store_.find(child);
+    if (!parent || !isWritable(group)) return refuse("there is no group " + group.text());
+    if (!below || !isWritable(child)) return refuse("there is no record " + child.text());
+    if (parent->container != below->container) return refuse("the link would cross accounts");
+    if (links_.isLinked(group, child, childKind)) return refuse("the link exists already");
+    if (childKind == RecordKind::Group && isAtOrAbove(child, group)) {
+      return refuse("the group would be below itself");
+    }
+    links_.add(group, child, childKind);
+    return true;
+  }
+
+  bool unlink(const RecordKey& group, const RecordKey& child, RecordKind childKind) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    if (!isWritable(group)) return refuse("there is no group " + group.text());
+    if (!links_.isLinked(group, child, childKind)) return refuse("there is no such link");
+    links_.remove(group, child, childKind);
+    return true;
+  }
+
+  bool remove(const RecordKey& key, RecordKind) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    if (!isWritable(key)) return refuse("there is no record " + key.text());
+    links_.forgetRecord(key);
+    values_.remove(key);
+    return true;
+  }
+
+  std::string description(const RecordKey& key, RecordKind kind) override {
+    const std::lock_guard lock(mutex_);
+    std::string text = kind == RecordKind::Person ? "ABPerson (" : "ABGroup (";
+    text += key.text() + ")\n  stored in: ";
+    text += std::filesystem::path(store_.path()).parent_path().string();
+    text += "/Library/Application Support/AddressBook/";
+    const auto entry = store_.find(key);
+    const auto container = entry ? store_.container(entry->container) : nullptr;
+    if (container && container->type != 1) {
+      text += "Sources/" + standardContainerId(container->identifier) + "/";
+    }
+    return text + "AddressBook.db\n";
+  }
+
+  SaveReport save() override {
+    const std::lock_guard lock(mutex_);
+    if (values_.empty() && links_.empty()) return {true, {}, {}};
+    SaveReport report;
+    try {
+      report = store_.commit(
+          {values_.edits(), values_.removals(), links_.removedLinks(), links_.addedLinks()});
+    } catch (const StoreError& error) {
+      report.reason = error.what();
+    }
+    if (report.done) {
+      values_.clear();
+      links_.clear();
+    }
+    return report;
+  }
+
+  UnsavedChanges unsavedChanges() override {
+    const std::lock_guard lock(mutex_);
+    UnsavedChanges changes;
+    for (const auto& edit : values_.edits()) {
+      for (const auto& [property, value] : edit.values) {
+        changes.values.push_back({edit.key, property});
+      }
+      if (edit.image) changes.values.push_back({edit.key, 0});
+    }
+    changes.removals = values_.removals();
+    changes.addedLinks = links_.addedLinks();
+    changes.removedLinks = links_.removedLinks();
+    return changes;
+  }
+
+  void revert() override {
+    const std::lock_guard lock(mutex_);
+    values_.clear();
+    links_.clear();
+  }
+
+  std::vector<ContainerPtr> containers() override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    return store_.containers();
+  }
+
+  ContainerPtr containerOf(std::string_view identifier, RecordKind kind) override {
+    const std::lock_guard lock(mutex_);
+    // A record never changes its container, so only a record that is not known is looked for anew.
+    store_.refresh(Look::AtMostEvery10ms);
+    auto entry = store_.find(identifier);
+    if (!entry) {
+      store_.refresh(Look::Now);
+      entry = store_.find(identifier);
+    }
+    return entry && entry->kind == kind ? store_.container(entry->container) : nullptr;
+  }
+
+  ContainerPtr containerNamed(std::string_view identifier) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    return store_.containerNamed(identifier);
+  }
+
+  RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    return store_.recordsIn(containerIdentifier, kind);
+  }
+
+  std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    return store_.values(key);
+  }
+
+  Data committedImage(const RecordKey& key) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    return store_.image(key);
+  }
+
+  bool execute(SaveRequest& request) override {
+    for (auto& record : request.additions) cleanText(record.properties);
+    for (auto& record : request.replacements) cleanText(record.properties);
+    const std::lock_guard lock(mutex_);
+    return store_.execute(request);
+  }
+
+  RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
+                                std::string_view uid) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    return store_.withCardUid(containerIdentifier, kind, uid);
+  }
+
+  RecordKeys recordsWithFingerprint(std::string_view containerIdentifier, RecordKind kind,
+                                    std::uint64_t fingerprint) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    return store_.withFingerprint(containerIdentifier, kind, fingerprint);
+  }
+
+  void checkpoint() override {
+    const std::lock_guard lock(mutex_);
+    store_.checkpoint();
+  }
+
+ private:
+  PropertyValue committedValue(const RecordKey& key, PropertyId property) {
+    const auto values = store_.values(key);
+    const auto* value = values ? values->find(property) : nullptr;
+    return value != nullptr ? *value : PropertyValue();
+  }
+
+  PropertyValue visibleValue(const RecordKey& key, PropertyId property) {
+    if (!values_.empty()) {
+      if (const auto* unsaved = values_.value(key, property)) return *unsaved;
+    }
+    return committedValue(key, property);
+  }
+
+  Data savedImage(const RecordKey& key) { return store_.image(key); }
+
+  Data visibleImage(const RecordKey& key) {
+    if (auto unsaved = values_.image(key)) return std::move(*unsaved);
+    return store_.image(key);
+  }
+
+  // A damaged picture must not keep a new one from taking its place, nor be taken for none.
+  Data readableOrNull(Data (StoreSource::*read)(const RecordKey&), const RecordKey& key) {
+    try {
+      return (this->*read)(key);
+    } catch (const ImageReadError&) {
+      static const auto damaged = makeData("damaged");
+      return damaged;
+    }
+  }
+
+  bool isWritable(const RecordKey& key) {
+    return !values_.isRemoved(key) && store_.find(key).has_value();
+  }
+
+  // Whether the first group is the second or holds it at any depth.
+  bool isAtOrAbove(const RecordKey& above, const RecordKey& below) {
+    std::unordered_set<RecordKey> met{below};
+    std::vector<RecordKey> open{below};
+    while (!open.empty()) {
+      const auto key = open.back();
+      open.pop_back();
+      if (key == above) return true;
+      for (const auto& parent : *links_.parents(key)) {
+        if (met.insert(parent).second) open.push_back(parent);
+      }
+    }
+    return false;
+  }
+
+  std::mutex mutex_;
+  ContactStore store_;
+  PendingValues values_;
+  PendingLinks links_;
+};
+
+}  // namespace
+
+std::shared_ptr<ContactSource> openStoreSource(const std::string& path) {
+  return std::make_shared<StoreSource>(path);
+}
+
+}  // namespace ox
