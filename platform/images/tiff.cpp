@@ -1,0 +1,211 @@
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+#include <tiffio.h>
+#include <vector>
+
+#include "platform/images/codecs.hpp"
+#include "platform/images/orientation.hpp"
+#include "platform/images/tiff_stream.hpp"
+
+namespace ox::images {
+namespace {
+
+// The schemes that plain pictures use. Rare and long-abandoned ones stay unread: their decoders see
+// little care.
+constexpr std::array<std::uint16_t, 9> kSchemes = {
+    COMPRESSION_NONE,      COMPRESSION_LZW,       COMPRESSION_ADOBE_DEFLATE,
+    COMPRESSION_DEFLATE,   COMPRESSION_PACKBITS,  COMPRESSION_CCITTRLE,
+    COMPRESSION_CCITTFAX3, COMPRESSION_CCITTFAX4, COMPRESSION_JPEG};
+
+struct Header {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::uint16_t scheme = COMPRESSION_NONE;
+  std::uint16_t samples = 1;
+  std::uint16_t bits = 1;
+  std::uint16_t photometric = 0;
+  std::uint16_t planes = PLANARCONFIG_CONTIG;
+  std::uint16_t alphaKind = EXTRASAMPLE_UNSPECIFIED;
+  int orientation = ORIENTATION_TOPLEFT;
+};
+
+std::uint16_t shortField(TIFF* tiff, std::uint32_t tag) {
+  std::uint16_t value = 0;
+  TIFFGetFieldDefaulted(tiff, tag, &value);
+  return value;
+}
+
+Header headerOf(TIFF* tiff) {
+  Header header;
+  TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &header.width);
+  TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &header.height);
+  header.scheme = shortField(tiff, TIFFTAG_COMPRESSION);
+  header.samples = shortField(tiff, TIFFTAG_SAMPLESPERPIXEL);
+  header.bits = shortField(tiff, TIFFTAG_BITSPERSAMPLE);
+  header.photometric = shortField(tiff, TIFFTAG_PHOTOMETRIC);
+  header.planes = shortField(tiff, TIFFTAG_PLANARCONFIG);
+  header.orientation = shortField(tiff, TIFFTAG_ORIENTATION);
+  std::uint16_t count = 0;
+  std::uint16_t* kinds = nullptr;
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds);
+  if (count > 0 && kinds != nullptr) header.alphaKind = kinds[0];
+  return header;
+}
+
+// The library lets the link to a next directory be cut short; a whole file is asked for here.
+bool isDirectoryWhole(TIFF* tiff, std::string_view bytes) {
+  constexpr std::uint64_t kCountSize = 2;
+  constexpr std::uint64_t kEntrySize = 12;
+  constexpr std::uint64_t kLinkSize = 4;
+  const std::uint64_t at = TIFFCurrentDirOffset(tiff);
+  if (at > bytes.size() || bytes.size() - at < kCountSize) return false;
+  const auto first = static_cast<std::uint8_t>(bytes[at]);
+  const auto second = static_cast<std::uint8_t>(bytes[at + 1]);
+  const int count = bytes[0] == 'M' ? first << 8 | second : second << 8 | first;
+  const auto size = kCountSize + static_cast<std::uint64_t>(count) * kEntrySize + kLinkSize;
+  return bytes.size() - at >= size;
+}
+
+// So many bytes cannot come out of so small a file: one bit a row is the least that the schemes
+// write (an empty fax line), about a thousandth the least for the others.
+bool isPlausible(const Header& header, std::size_t fileSize) {
+  const std::uint64_t pixels = std::uint64_t{header.width} * header.height;
+  const std::uint64_t raw = pixels * header.samples * header.bits / 8;
+  constexpr std::uint64_t kMaxRatio = 20000;
+  const std::uint64_t ratio = header.scheme == COMPRESSION_NONE ? 1 : kMaxRatio;
+  return raw <= std::uint64_t{fileSize} * ratio;
+}
+
+bool isReadable(const Header& header, std::size_t fileSize, std::string& reason) {
+  constexpr std::uint16_t kMaxSamples = 8;
+  if (!isAllowedSize(header.width, header.height, reason)) return false;
+  if (std::find(kSchemes.begin(), kSchemes.end(), header.scheme) == kSchemes.end() ||
+      header.samples > kMaxSamples || header.bits > 16) {
+    reason = "a kind of TIFF that is not read";
+    return false;
+  }
+  if (isPlausible(header, fileSize)) return true;
+  reason = kImplausible;
+  return false;
+}
+
+// Rows of 8-bit RGB or RGBA: read as they are, since the general way multiplies by alpha.
+bool isPlain(TIFF* tiff, const Header& header) {
+  return header.bits == 8 && header.photometric == PHOTOMETRIC_RGB &&
+         header.planes == PLANARCONFIG_CONTIG && TIFFIsTiled(tiff) == 0 &&
+         (header.samples == 3 ||
+          (header.samples == 4 && header.alphaKind == EXTRASAMPLE_UNASSALPHA));
+}
+
+bool readPlain(TIFF* tiff, const Header& header, std::vector<std::uint8_t>& pixels) {
+  std::vector<std::uint8_t> row(static_cast<std::size_t>(TIFFScanlineSize64(tiff)));
+  if (row.size() != std::size_t{header.width} * header.samples) return false;
+  auto* out = pixels.data();
+  for (std::uint32_t y = 0; y < header.height; ++y) {
+    if (TIFFReadScanline(tiff, row.data(), y, 0) != 1) return false;
+    const auto* in = row.data();
+    for (std::uint32_t x = 0; x < header.width; ++x, in += header.samples, out += 4) {
+      std::memcpy(out, in, 3);
+      out[3] = header.samples == 4 ? in[3] : 255;
+    }
+  }
+  return true;
+}
+
+std::uint8_t withoutAlpha(std::uint32_t channel, std::uint32_t alpha) {
+  if (alpha == 0) return 0;
+  return static_cast<std::uint8_t>(std::min(255U, (channel * 255 + alpha / 2) / alpha));
+}
+
+// Everything else by the library's own conversion, whose result is multiplied by alpha.
+bool readConverted(TIFF* tiff, const Header& header, std::vector<std::uint8_t>& pixels) {
+  TIFFRGBAImage converter;
+  std::array<char, 1024> message{};
+  if (TIFFRGBAImageBegin(&converter, tiff, 1, message.data()) == 0) return false;
+  // As stored: the orientation is applied afterwards, for every codec alike.
+  converter.orientation = ORIENTATION_TOPLEFT;
+  converter.req_orientation = ORIENTATION_TOPLEFT;
+  std::vector<std::uint32_t> raster(std::size_t{header.width} * header.height);
+  const bool read = TIFFRGBAImageGet(&converter, raster.data(), header.width, header.height) == 1;
+  TIFFRGBAImageEnd(&converter);
+  if (!read) return false;
+  auto* out = pixels.data();
+  for (const std::uint32_t pixel : raster) {
+    const std::uint32_t alpha = TIFFGetA(pixel);
+    out[0] = withoutAlpha(TIFFGetR(pixel), alpha);
+    out[1] = withoutAlpha(TIFFGetG(pixel), alpha);
+    out[2] = withoutAlpha(TIFFGetB(pixel), alpha);
+    out[3] = static_cast<std::uint8_t>(alpha);
+    out += 4;
+  }
+  return true;
+}
+
+bool writeImage(TIFF* tiff, const Image& image) {
+  const std::array<std::uint16_t, 1> alphaKind = {EXTRASAMPLE_UNASSALPHA};
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, image.width);
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, image.height);
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 4);
+  TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, alphaKind.data());
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+  TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+  TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+  TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+  const std::size_t rowSize = std::size_t{image.width} * 4;
+  constexpr std::size_t kStripSize = 1U << 18U;
+  const auto rows = static_cast<std::uint32_t>(std::max<std::size_t>(1, kStripSize / rowSize));
+  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, std::min(rows, image.height));
+  // The predictor works in the buffer it is given.
+  std::vector<std::uint8_t> row(rowSize);
+  for (std::uint32_t y = 0; y < image.height; ++y) {
+    std::memcpy(row.data(), image.pixels.data() + y * rowSize, rowSize);
+    if (TIFFWriteScanline(tiff, row.data(), y, 0) != 1) return false;
+  }
+  return TIFFFlush(tiff) == 1;
+}
+
+}  // namespace
+
+ImagePtr decodeTiff(std::string_view bytes, std::string& reason) {
+  TiffSource source(bytes);
+  const auto tiff = source.open();
+  if (!tiff || !isDirectoryWhole(tiff.get(), bytes)) {
+    reason = source.message();
+    return nullptr;
+  }
+  const Header header = headerOf(tiff.get());
+  if (!isReadable(header, bytes.size(), reason)) return nullptr;
+  Image stored{.width = header.width, .height = header.height, .pixels = {}};
+  stored.pixels.resize(std::size_t{header.width} * header.height * 4);
+  const bool read = isPlain(tiff.get(), header) ? readPlain(tiff.get(), header, stored.pixels)
+                                                : readConverted(tiff.get(), header, stored.pixels);
+  if (!read) {
+    reason = source.message();
+    return nullptr;
+  }
+  return std::make_shared<Image>(uprighted(std::move(stored), header.orientation));
+}
+
+std::optional<ImageSize> sizeOfTiff(std::string_view bytes, std::string& reason) {
+  TiffSource source(bytes);
+  const auto tiff = source.open();
+  if (!tiff || !isDirectoryWhole(tiff.get(), bytes)) return std::nullopt;
+  const Header header = headerOf(tiff.get());
+  if (!isReadable(header, bytes.size(), reason)) return std::nullopt;
+  return uprighted(ImageSize{header.width, header.height}, header.orientation);
+}
+
+Data encodeTiff(const Image& image) {
+  if (!isEncodable(image)) return nullptr;
+  TiffSink sink;
+  auto tiff = sink.open();
+  if (!tiff || !writeImage(tiff.get(), image)) return nullptr;
+  tiff.reset();  // writes the directory
+  return sink.failed() ? nullptr : makeData(sink.take());
+}
+
+}  // namespace ox::images
