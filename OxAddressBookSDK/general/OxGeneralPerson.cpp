@@ -152,7 +152,8 @@ void OxGeneralPerson::setTags(const std::optional<std::vector<std::string>>& tag
       if (std::find(kept.begin(), kept.end(), Object(tag)) == kept.end()) kept.emplace_back(tag);
     }
   }
-  setSingleObject(kept.empty() ? Object() : Object(std::move(kept)), OxProPertyTags);
+  if (kept.empty()) return setValue_byPropertyName(nullptr, OxProPertyTags);
+  setSingleObject(Object(std::move(kept)), OxProPertyTags);
 }
 
 }  // namespace ox

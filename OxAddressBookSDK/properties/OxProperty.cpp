@@ -1,8 +1,10 @@
 #include "OxAddressBookSDK/properties/OxProperty.hpp"
 
 #include <array>
+#include <cstddef>
+#include <deque>
 #include <string_view>
-#include <unordered_map>
+#include <utility>
 
 namespace ox {
 namespace {
@@ -42,18 +44,47 @@ constexpr std::array kRows = {
     Row{OxProPertyDate, "Date", value_type::kMultiple, value_type::kDateElement},
 };
 
+// Every read and write of a property passes through a look-up by name, so each standard name has a
+// slot of its own, found by its length and two of its letters. A new name may need other factors.
+constexpr std::size_t kSlots = 64;
+constexpr std::size_t kPrefixLength = std::string_view("OxProPerty").size();
+
+constexpr bool hasSlot(std::string_view name) {
+  return name.size() > kPrefixLength + 2;
+}
+
+constexpr std::size_t slotOf(std::string_view name) {
+  const auto letter = [&](std::size_t at) {
+    return std::size_t{static_cast<unsigned char>(name[kPrefixLength + at])};
+  };
+  return (name.size() * 4 + letter(2) * 13 + letter(0)) % kSlots;
+}
+
+constexpr bool slotsAreDistinct() {
+  std::array<bool, kSlots> taken{};
+  for (const auto& row : kRows) {
+    if (!hasSlot(row.name) || std::exchange(taken[slotOf(row.name)], true)) return false;
+  }
+  return true;
+}
+static_assert(slotsAreDistinct());
+
 }  // namespace
 
+// The descriptors are never destroyed, so the pointers to them own nothing: copying one counts no
+// references.
 struct StandardProperties {
+  std::deque<OxProperty> descriptors;
   std::vector<OxPropertyPtr> inOrder;
-  std::unordered_map<std::string_view, OxPropertyPtr> byName;
+  std::array<OxPropertyPtr, kSlots> bySlot;
 
   StandardProperties() {
     for (const auto& row : kRows) {
-      inOrder.push_back(std::make_shared<const OxProperty>(OxProperty::Key(), std::string(row.name),
-                                                           std::string(row.displayName),
-                                                           row.valueType, row.subValueType));
-      byName.emplace(row.name, inOrder.back());
+      const auto& descriptor =
+          descriptors.emplace_back(OxProperty::Key(), std::string(row.name),
+                                   std::string(row.displayName), row.valueType, row.subValueType);
+      inOrder.emplace_back(OxPropertyPtr(), &descriptor);
+      bySlot[slotOf(row.name)] = inOrder.back();
     }
   }
 
@@ -65,8 +96,10 @@ struct StandardProperties {
 
 OxPropertyPtr OxProperty::propertyWithName(TextView name) {
   if (!name || name->empty()) return nullptr;
-  const auto& byName = StandardProperties::shared().byName;
-  if (const auto found = byName.find(*name); found != byName.end()) return found->second;
+  if (hasSlot(*name)) {
+    const auto& standard = StandardProperties::shared().bySlot[slotOf(*name)];
+    if (standard && standard->name() == *name) return standard;
+  }
   return std::make_shared<const OxProperty>(Key(), std::string(*name), std::string(*name),
                                             value_type::kString, value_type::kString);
 }

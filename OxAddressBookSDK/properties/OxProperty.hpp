@@ -15,7 +15,8 @@ class OxProperty;
 using OxPropertyPtr = std::shared_ptr<const OxProperty>;
 
 // What is known of one property of a person. Immutable; safe from any thread. The standard
-// descriptors are made once and live until the process ends.
+// descriptors are made once and live until the process ends; pointers to them own nothing, so keep
+// no weak_ptr to one.
 class OxProperty {
   struct Key {
     explicit Key() = default;

@@ -6,7 +6,9 @@
 namespace ox {
 
 void OxMutableMultipleValue::addValue(Element element) {
-  if (element) elements_.push_back(std::move(element));
+  if (!element) return;
+  if (elements_.empty()) elements_.reserve(4);  // most hold a few: one allocation, not three
+  elements_.push_back(std::move(element));
 }
 
 OxMutableMultipleValue::Element OxMutableMultipleValue::valueAtIndex(std::uint64_t index) const {
@@ -27,11 +29,8 @@ std::uint64_t OxMutableMultipleValue::indexOfValue(
 
 void OxMutableMultipleValue::setMainValue(
     const std::shared_ptr<const OxMutableSingleValue>& element) {
-  if (!element) {
-    main_ = nullptr;
-  } else if (auto own = valueAtIndex(indexOfValue(element))) {
-    main_ = std::move(own);
-  }
+  const auto index = indexOfValue(element);
+  if (!element || index != OxNotFound) main_ = index;
 }
 
 OxValuePtr OxMutableMultipleValue::copy() const {
@@ -39,17 +38,15 @@ OxValuePtr OxMutableMultipleValue::copy() const {
   result->elements_.reserve(elements_.size());
   for (const auto& element : elements_) {
     result->elements_.push_back(element->copySingle());
-    if (element == main_ && !result->main_) result->main_ = result->elements_.back();
   }
+  result->main_ = main_;
   return result;
 }
 
 bool OxMutableMultipleValue::equals(const HostObject& other) const {
   if (this == &other) return true;
   const auto* multiple = dynamic_cast<const OxMutableMultipleValue*>(&other);
-  if (multiple == nullptr || indexOfValue(main_) != multiple->indexOfValue(multiple->main_)) {
-    return false;
-  }
+  if (multiple == nullptr || main_ != multiple->main_) return false;
   return std::equal(elements_.begin(), elements_.end(), multiple->elements_.begin(),
                     multiple->elements_.end(),
                     [](const Element& a, const Element& b) { return a->equals(*b); });

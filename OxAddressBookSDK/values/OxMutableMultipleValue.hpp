@@ -38,7 +38,7 @@ class OxMutableMultipleValue final : public OxValue {
   std::uint64_t indexOfValue(const std::shared_ptr<const OxMutableSingleValue>& element) const;
 
   // Null when no element is the main one.
-  const Element& mainValue() const { return main_; }
+  Element mainValue() const { return valueAtIndex(main_); }
   // Makes the element that indexOfValue finds the main one; a missing argument leaves none, and one
   // that is not among the elements changes nothing.
   void setMainValue(const std::shared_ptr<const OxMutableSingleValue>& element);
@@ -50,7 +50,7 @@ class OxMutableMultipleValue final : public OxValue {
 
  private:
   std::vector<Element> elements_;
-  Element main_;
+  std::uint64_t main_ = OxNotFound;
 };
 
 }  // namespace ox
