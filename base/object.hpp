@@ -53,17 +53,16 @@ class Object {
   Object(std::int64_t number) : storage_(number) {}
   Object(double number) : storage_(number) {}
   Object(const Date& date) : storage_(date) {}
-  Object(Data data) { keep(std::move(data)); }
-  Object(ImagePtr image) { keep(std::move(image)); }
+  Object(Data data) : storage_(held(std::move(data))) {}
+  Object(ImagePtr image) : storage_(held(std::move(image))) {}
   Object(Array array) : storage_(std::make_shared<const Array>(std::move(array))) {}
-  Object(ArrayPtr array) { keep(std::move(array)); }
+  Object(ArrayPtr array) : storage_(held(std::move(array))) {}
   Object(Dictionary dictionary);
-  Object(DictionaryPtr dictionary) { keep(std::move(dictionary)); }
-  Object(HostObjectPtr object) { keep(std::move(object)); }
+  Object(DictionaryPtr dictionary) : storage_(held(std::move(dictionary))) {}
+  Object(HostObjectPtr object) : storage_(held(std::move(object))) {}
   template <typename T>
-  requires std::is_base_of_v<HostObject, T> Object(std::shared_ptr<T> object) {
-    keep(HostObjectPtr(std::move(object)));
-  }
+  requires std::is_base_of_v<HostObject, T> Object(std::shared_ptr<T> object)
+      : storage_(held(HostObjectPtr(std::move(object)))) {}
 
   bool isMissing() const { return std::holds_alternative<std::monostate>(storage_); }
   const Storage& storage() const { return storage_; }
@@ -92,8 +91,9 @@ class Object {
  private:
   // A null pointer is a missing object, never a held null.
   template <typename Pointer>
-  void keep(Pointer pointer) {
-    if (pointer) storage_.template emplace<Pointer>(std::move(pointer));
+  static Storage held(Pointer pointer) {
+    if (!pointer) return {};
+    return Storage(std::in_place_type<Pointer>, std::move(pointer));
   }
 
   Storage storage_;
