@@ -1,0 +1,234 @@
+#include "platform/vcard/card_builder.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/records/property_keys.hpp"
+#include "platform/vcard/ascii.hpp"
+#include "platform/vcard/decode.hpp"
+#include "platform/vcard/full_name.hpp"
+#include "platform/vcard/kept_lines.hpp"
+
+namespace ox::vcard {
+namespace {
+
+struct ByGroup {
+  template <typename A, typename B>
+  bool operator()(const A& a, const B& b) const {
+    return a.group < b.group;
+  }
+};
+
+std::string groupKey(std::string_view group) {
+  std::string key(group);
+  std::transform(key.begin(), key.end(), key.begin(), upper);
+  return key;
+}
+
+bool isCountryCode(std::string_view text) {
+  return text.size() == 2 && isLetter(text[0]) && isLetter(text[1]);
+}
+
+}  // namespace
+
+std::string_view uidKey(std::string_view uid) {
+  constexpr std::string_view kPrefix = "URN:UUID:";
+  uid = trimmed(uid);
+  return startsWithWord(uid, kPrefix) ? uid.substr(kPrefix.size()) : uid;
+}
+
+void CardBuilder::start(std::size_t line, const CardFacts& facts) {
+  card_ = Card();
+  card_.line = line;
+  card_.isGroup = facts.isGroup;
+  dialect_ = facts.dialect;
+  for (auto& text : texts_) text.clear();
+  birthday_.reset();
+  for (auto& multi : multis_) multi = {};
+  grouped_.clear();
+  notes_.clear();
+  uid_.clear();
+  fullName_.clear();
+  fullNameLine_.clear();
+  hasName_ = false;
+  unmodelled_.clear();
+}
+
+void CardBuilder::add(const ContentLine& line) {
+  bool done = line.row->meaning == Meaning::Version;
+  if (line.row->meaning == Meaning::FullName) {
+    done = addFullName(line);
+  } else if (!done && line.row->meaning != Meaning::Unmodelled) {
+    done = card_.isGroup ? addGroupLine(line) : addPersonLine(line);
+  }
+  if (done) return;
+  std::string kept;
+  appendKept(line, kept);
+  unmodelled_.emplace_back(std::move(kept));
+}
+
+// False when the line has to be kept as it is.
+bool CardBuilder::addGroupLine(const ContentLine& line) {
+  switch (line.row->meaning) {
+    case Meaning::Name:
+      return addName(line);
+    case Meaning::Uid:
+      return addUid(line);
+    case Meaning::Kind:
+      return true;
+    case Meaning::Member:
+      card_.members.emplace_back(uidKey(line.value));
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool CardBuilder::addPersonLine(const ContentLine& line) {
+  switch (line.row->meaning) {
+    case Meaning::Name:
+      return addName(line);
+    case Meaning::Text:
+      return addText(line);
+    case Meaning::Organization:
+      return addOrganization(line);
+    case Meaning::Note:
+      return addNote(line);
+    case Meaning::Birthday:
+      return addBirthday(line);
+    case Meaning::Date:
+      return addDate(line);
+    case Meaning::Phone:
+      return addSimple(property_id::kPhone, line, "TEL:");
+    case Meaning::Email:
+      return addSimple(property_id::kEmail, line, "MAILTO:");
+    case Meaning::Url:
+      return addSimple(property_id::kURLs, line, {});
+    case Meaning::Address:
+      return addAddress(line);
+    case Meaning::Message:
+      return addMessage(line);
+    case Meaning::MessageUri:
+      return addMessageUri(line);
+    case Meaning::SocialProfile:
+      return addSocialProfile(line);
+    case Meaning::Related:
+    case Meaning::RelatedTyped:
+      return addRelated(line);
+    case Meaning::Sound:
+      return addSound(line);
+    case Meaning::Photo:
+      return addPhoto(line);
+    case Meaning::Uid:
+      return addUid(line);
+    case Meaning::Label:
+    case Meaning::CountryCode:
+      return addGroupNote(line);
+    default:
+      return false;
+  }
+}
+
+std::string CardBuilder::text(const ContentLine& line) const {
+  return unescaped(line.value, dialect_);
+}
+
+void CardBuilder::mend(const ContentLine& line, std::string reason) {
+  card_.repairs.push_back({line.number, std::move(reason)});
+}
+
+bool CardBuilder::addGroupNote(const ContentLine& line) {
+  if (line.group.empty()) return false;
+  GroupNote note{groupKey(line.group), line.row->meaning, text(line), {}, false};
+  appendKept(line, note.kept);
+  notes_.push_back(std::move(note));
+  return true;
+}
+
+// Labels and country codes may stand before or after the line they belong to.
+void CardBuilder::joinGroups() {
+  std::stable_sort(notes_.begin(), notes_.end(), ByGroup{});
+  for (const auto& entry : grouped_) {
+    const auto [first, last] = std::equal_range(notes_.begin(), notes_.end(), entry, ByGroup{});
+    std::for_each(first, last, [&](GroupNote& note) { applyNote(entry, note); });
+  }
+  for (auto& note : notes_) {
+    if (!note.used) unmodelled_.emplace_back(std::move(note.kept));
+  }
+}
+
+void CardBuilder::applyNote(const GroupedEntry& entry, GroupNote& note) {
+  auto& held = multi(entry.property).entries[entry.entry - 1];
+  if (note.meaning == Meaning::Label) {
+    note.used = true;
+    if (note.text.empty()) return;
+    held.label = note.text;
+    if (entry.typeWords == 0) return;
+    std::string words;
+    for (std::uint32_t bit = 1; bit <= entry.typeWords; bit <<= 1U) {
+      if ((entry.typeWords & bit) != 0) words.append(";TYPE=").append(typeWordText(bit));
+    }
+    unmodelled_.emplace_back(KeptParameters{entry.property, entry.entry, words}.text());
+  } else if (entry.property == property_id::kAddress && isCountryCode(note.text)) {
+    note.used = true;
+    Dictionary address = *held.value.dictionary();
+    address.set(kABAddressCountryCodeKey, note.text);
+    held.value = std::move(address);
+  }
+}
+
+// Without N the formatted name gives the parts; beside N it is kept when it says something else.
+void CardBuilder::settleNames() {
+  const auto& company = single(property_id::kOrganization);
+  if (!hasName_ && fullName_ != company) {
+    const auto parts = partsOfFullName(fullName_);
+    single(property_id::kFirst) = parts.first;
+    single(property_id::kLast) = parts.last;
+  }
+  composeFullName(
+      {single(property_id::kLast), single(property_id::kFirst), single(property_id::kMiddle),
+       single(property_id::kTitle), single(property_id::kSuffix)},
+      scratch_);
+  const bool told =
+      fullName_.empty() || fullName_ == scratch_ || (scratch_.empty() && fullName_ == company);
+  if (!told) unmodelled_.emplace_back(fullNameLine_);
+}
+
+// By rising number, so that every value is appended.
+void CardBuilder::assemblePerson() {
+  auto& bag = card_.properties;
+  for (PropertyId id = property_id::kFirst; id <= property_id::kNote; ++id) {
+    if (id == property_id::kBirthday) {
+      if (birthday_) bag.set(id, Object(*birthday_));
+    } else if (!texts_[id].empty()) {
+      bag.set(id, Object(std::move(texts_[id])));
+    }
+  }
+  for (PropertyId id = kFirstMulti; id < kFirstMulti + kMultiCount; ++id) {
+    auto& held = multi(id);
+    if (held.entries.empty()) continue;
+    bag.set(id,
+            std::make_shared<const MultiValue>(MultiValue{std::move(held.entries), held.primary}));
+  }
+}
+
+Card CardBuilder::finish() {
+  if (!notes_.empty()) joinGroups();
+  if (card_.isGroup) {
+    if (fullName_.empty()) {
+      composeFullName({.last = single(property_id::kLast), .first = single(property_id::kFirst)},
+                      fullName_);
+    }
+    if (!fullName_.empty()) card_.properties.set(property_id::kGroupName, Object(fullName_));
+  } else {
+    settleNames();
+    assemblePerson();
+  }
+  if (!uid_.empty()) card_.properties.set(property_id::kCardUid, Object(std::move(uid_)));
+  if (!unmodelled_.empty()) {
+    card_.properties.set(property_id::kUnmodelledLines, Object(std::move(unmodelled_)));
+  }
+  return std::move(card_);
+}
+
+}  // namespace ox::vcard

@@ -1,0 +1,310 @@
+#include "platform/vcard/card_lines.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/text/charset.hpp"
+#include "base/text/utf8.hpp"
+#include "platform/vcard/decode.hpp"
+#include "platform/vcard/markers.hpp"
+
+namespace ox::vcard {
+namespace {
+
+constexpr auto npos = std::string_view::npos;
+
+bool isAscii(std::string_view text) {
+  return std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
+}
+
+// Charsets in which bytes below 80 may stand for something else than ASCII.
+bool isShifting(std::string_view charset) {
+  return startsWithWord(charset, "ISO-2022") || startsWithWord(charset, "HZ") ||
+         startsWithWord(charset, "UTF-7") || startsWithWord(charset, "UTF-16");
+}
+
+bool continues(std::string_view line) {
+  return !line.empty() && isBlank(line.front());
+}
+
+// The front of a text for a message.
+std::string excerpt(std::string_view text) {
+  constexpr std::size_t kShown = 60;
+  return validUtf8(std::string(text.substr(0, kShown))) + (text.size() > kShown ? "..." : "");
+}
+
+std::string_view versionOf(std::string_view line) {
+  const auto colon = line.find(':');
+  if (colon == npos || !isWord(trimmed(line.substr(0, colon)), "VERSION")) return {};
+  return trimmed(line.substr(colon + 1));
+}
+
+bool saysGroup(std::string_view line) {
+  const auto colon = line.find(':');
+  if (colon == npos) return false;
+  const auto name = trimmed(line.substr(0, line.find(';')).substr(0, colon));
+  return propertyRow(name).meaning == Meaning::Kind &&
+         isWord(trimmed(line.substr(colon + 1)), "GROUP");
+}
+
+// Bare words as parameters, and quoted-printable, are the mark of vCard 2.1.
+bool looksLike21(const RawCard& card) {
+  ContentLine line;
+  for (std::size_t i = 0; i < card.lines.size(); ++i) {
+    if (parseHead(card.lineAt(i), line) == npos) continue;
+    if (line.encoding == Encoding::QuotedPrintable) return true;
+    for (const auto& parameter : line.parameters) {
+      if (parameter.name.empty()) return true;
+    }
+  }
+  return false;
+}
+
+void appendWithEscapedBreaks(std::string_view value, std::string& out) {
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    if (value[i] == '\r' && i + 1 < value.size() && value[i + 1] == '\n') continue;
+    if (value[i] == '\n' || value[i] == '\r') {
+      out += "\\n";
+    } else {
+      out += value[i];
+    }
+  }
+}
+
+}  // namespace
+
+CardFacts factsOf(const RawCard& card) {
+  CardFacts facts;
+  std::size_t depth = 0;
+  for (std::size_t i = 0; i < card.lines.size(); ++i) {
+    const auto line = card.lineAt(i);
+    const char first = line.empty() ? '\0' : upper(line.front());
+    if (first == 'B' && isBegin(line)) ++depth;
+    if (first == 'A' && startsWithWord(line, "AGENT") && isBegin(line.substr(line.find(':') + 1))) {
+      ++depth;
+    }
+    if (first == 'E' && depth > 0 && isEnd(line)) --depth;
+    if (depth > 0) continue;
+    if (first == 'V' && !facts.hasVersion) {
+      const auto version = versionOf(line);
+      facts.hasVersion = !version.empty();
+      if (version == "2.1") facts.dialect = Dialect::V21;
+    }
+    if ((first == 'K' || first == 'X') && saysGroup(line)) facts.isGroup = true;
+  }
+  if (!facts.hasVersion && looksLike21(card)) facts.dialect = Dialect::V21;
+  return facts;
+}
+
+void CardLines::start(RawCard& card, const CardFacts& facts, bool trustBytes) {
+  card_ = &card;
+  trustBytes_ = trustBytes;
+  dialect_ = facts.dialect;
+  validUtf8_ = isValidUtf8(card.bytes);
+  guessed_.clear();
+  next_ = 0;
+}
+
+const ContentLine* CardLines::next() {
+  while (next_ < card_->lines.size()) {
+    if (readLine(next_)) return &line_;
+  }
+  return nullptr;
+}
+
+// Reads the line that starts at that physical line; false when there is none to give.
+bool CardLines::readLine(std::size_t index) {
+  text_ = card_->lineAt(index);
+  next_ = index + 1;
+  if (isBlankLine(text_)) return false;
+  if (isBlank(text_.front())) text_ = trimmed(text_);
+  unfold(index);
+  if (text_.back() == '=' && parseHead(text_, line_) != npos &&
+      line_.encoding == Encoding::QuotedPrintable) {
+    joinSoftBreaks();
+  }
+  auto colon = parseHead(text_, line_);
+  if (colon == npos) {
+    passOver(index, text_);
+    return false;
+  }
+  if (next_ < card_->lines.size()) {
+    const auto* const before = text_.data();
+    const auto size = text_.size();
+    if (line_.encoding == Encoding::Base64) {
+      joinBase64();
+    } else if (startsNested(line_)) {
+      joinNested();
+    } else {
+      joinBrokenFold();
+    }
+    if (text_.data() != before || text_.size() != size) colon = parseHead(text_, line_);
+  }
+  line_.number = card_->line + 1 + index;
+  if (!validUtf8_ && !isValidUtf8(line_.head)) {
+    head_ = toUtf8(line_.head, {}) + ':';
+    parseHead(head_, line_);
+  }
+  line_.value = text_.substr(colon + 1);
+  decodeValue();
+  return true;
+}
+
+// Joins the lines that continue this one: RFC 6350, section 3.2. In vCard 2.1 lines are broken at
+// blanks, which stay.
+void CardLines::unfold(std::size_t index) {
+  if (next_ >= card_->lines.size() || !continues(card_->lineAt(next_))) return;
+  // A soft break goes first: the blank after it belongs to the text.
+  if (text_.back() == '=' && parseHead(text_, line_) != npos &&
+      line_.encoding == Encoding::QuotedPrintable) {
+    return;
+  }
+  if (index + 1 == next_) joined_.assign(text_);
+  while (next_ < card_->lines.size() && continues(card_->lineAt(next_))) {
+    const auto line = card_->lineAt(next_++);
+    if (dialect_ == Dialect::V30) {
+      joined_.append(line.substr(1));
+    } else if (!isBlankLine(line)) {
+      joined_.append(line);
+    }
+  }
+  text_ = joined_;
+}
+
+// RFC 2045, section 6.7, rule 5: an equals sign at the end of a line takes the break away.
+void CardLines::joinSoftBreaks() {
+  if (text_.data() != joined_.data()) joined_.assign(text_);
+  while (!joined_.empty() && joined_.back() == '=') {
+    joined_.pop_back();
+    if (next_ == card_->lines.size()) break;
+    joined_.append(card_->lineAt(next_++));
+  }
+  text_ = joined_;
+  unfold(next_);
+}
+
+// Base64 goes on over lines with and without a leading blank until a blank line or a property.
+void CardLines::joinBase64() {
+  while (next_ < card_->lines.size()) {
+    const auto line = card_->lineAt(next_);
+    if (line.empty() || !(continues(line) || looksLikeBase64(line))) break;
+    if (text_.data() != joined_.data()) joined_.assign(text_);
+    joined_.append(trimmed(line));
+    text_ = joined_;
+    ++next_;
+  }
+}
+
+bool CardLines::startsNested(const ContentLine& line) const {
+  if (!isWord(line.name, "AGENT")) return false;
+  const auto value = text_.substr(line.head.size() + 1);
+  if (isBegin(value)) return true;
+  if (!isBlankLine(value)) return false;
+  std::size_t index = next_;
+  while (index < card_->lines.size() && isBlankLine(card_->lineAt(index))) ++index;
+  return index < card_->lines.size() && isBegin(card_->lineAt(index));
+}
+
+// Takes a whole nested card into one text, its lines parted by line feeds.
+void CardLines::joinNested() {
+  std::size_t depth = isBegin(text_.substr(line_.head.size() + 1)) ? 1 : 0;
+  if (text_.data() != joined_.data()) joined_.assign(text_);
+  while (next_ < card_->lines.size()) {
+    const auto line = card_->lineAt(next_++);
+    joined_ += '\n';
+    joined_.append(line);
+    const auto colon = startsWithWord(line, "AGENT") ? line.find(':') : npos;
+    if (isBegin(line) || (colon != npos && isBegin(trimmed(line.substr(colon + 1))))) ++depth;
+    if (isEnd(line) && --depth == 0) break;
+  }
+  text_ = joined_;
+}
+
+// A line of full length whose continuation lost its leading blank.
+void CardLines::joinBrokenFold() {
+  constexpr std::size_t kShortestFull = 70;
+  constexpr std::size_t kLongestFull = 80;
+  const auto last = card_->lines[next_ - 1].length;
+  const auto line = card_->lineAt(next_);
+  if (last < kShortestFull || last > kLongestFull || isBlankLine(line)) return;
+  if (line.front() == '#' || line.find(':') != npos) return;
+  mend(next_, "line without a name, joined to the line before it");
+  if (text_.data() != joined_.data()) joined_.assign(text_);
+  joined_.append(line);
+  text_ = joined_;
+  ++next_;
+}
+
+void CardLines::decodeValue() {
+  if (line_.encoding == Encoding::QuotedPrintable) {
+    decoded_.clear();
+    appendQuotedPrintable(line_.value, decoded_);
+    const bool clean = line_.charset.empty() || isWord(line_.charset, "UTF-8");
+    if (!clean || !isValidUtf8(decoded_)) decoded_ = toUtf8(decoded_, line_.charset);
+    line_.value = decoded_;
+    return;
+  }
+  if (validUtf8_ && (line_.charset.empty() || trustBytes_ || isWord(line_.charset, "UTF-8"))) {
+    return;
+  }
+  if (isAscii(line_.value) && !isShifting(line_.charset)) return;
+  const auto charset = trustBytes_ ? std::string_view() : line_.charset;
+  if (charset.empty() && isValidUtf8(line_.value)) return;
+  decoded_ = toUtf8(line_.value, charset);
+  line_.value = decoded_;
+}
+
+std::string CardLines::toUtf8(std::string_view bytes, std::string_view charset) {
+  const bool saysUtf8 = isWord(charset, "UTF-8") || isWord(charset, "UTF8");
+  if (!charset.empty() && !saysUtf8) {
+    if (auto text = utf8FromCharset(bytes, charset)) return *std::move(text);
+  }
+  if (isValidUtf8(bytes)) return std::string(bytes);
+  auto text = utf8FromCharset(bytes, guessedCharset());
+  return text ? *std::move(text) : validUtf8(std::string(bytes));
+}
+
+const std::string& CardLines::guessedCharset() {
+  if (guessed_.empty()) {
+    guessed_ = trustBytes_ ? "UTF-8" : guess_(*card_);
+    mend(next_ - 1, "text is not UTF-8, read as " + guessed_);
+  }
+  return guessed_;
+}
+
+void CardLines::passOver(std::size_t index, std::string_view text) {
+  mend(index, (text.front() == '#' ? "comment passed over: " : "no content line, passed over: ") +
+                  excerpt(text));
+}
+
+void CardLines::mend(std::size_t index, std::string reason) {
+  card_->repairs.push_back({card_->line + 1 + index, std::move(reason)});
+}
+
+void appendKept(const ContentLine& line, std::string& out) {
+  out.reserve(out.size() + line.head.size() + line.value.size() + 1);
+  if (line.encoding == Encoding::Base64) {
+    out.append(line.head) += ':';
+    std::copy_if(line.value.begin(), line.value.end(), std::back_inserter(out),
+                 [](char c) { return !isBlank(c); });
+    return;
+  }
+  if (line.encoding == Encoding::None && line.charset.empty()) {
+    (out.append(line.head) += ':').append(line.value);
+    return;
+  }
+  if (!line.group.empty()) out.append(line.group) += '.';
+  out.append(line.name);
+  for (const auto& parameter : line.parameters) {
+    if (parameter.kind == ParameterKind::Encoding || parameter.kind == ParameterKind::Charset) {
+      continue;
+    }
+    out += ';';
+    if (!parameter.name.empty()) out.append(parameter.name) += '=';
+    out.append(parameter.value);
+  }
+  out += ':';
+  appendWithEscapedBreaks(line.value, out);
+}
+
+}  // namespace ox::vcard

@@ -1,0 +1,144 @@
+#include "platform/vcard/content_line.hpp"
+
+#include <array>
+
+#include "platform/vcard/ascii.hpp"
+
+namespace ox::vcard {
+namespace {
+
+struct KindRow {
+  std::string_view name;
+  ParameterKind kind;
+};
+
+constexpr std::array kKinds = {
+    KindRow{"TYPE", ParameterKind::Type},
+    KindRow{"PREF", ParameterKind::Pref},
+    KindRow{"ENCODING", ParameterKind::Encoding},
+    KindRow{"CHARSET", ParameterKind::Charset},
+    KindRow{"VALUE", ParameterKind::Value},
+    KindRow{"X-SERVICE-TYPE", ParameterKind::ServiceType},
+    KindRow{"X-USER", ParameterKind::UserName},
+    KindRow{"X-USERID", ParameterKind::UserIdentifier},
+    KindRow{"SORT-AS", ParameterKind::SortAs},
+    KindRow{"X-APPLE-OMIT-YEAR", ParameterKind::OmittedYear},
+};
+
+constexpr auto npos = std::string_view::npos;
+
+ParameterKind kindOf(std::string_view name) {
+  for (const auto& row : kKinds) {
+    if (isWord(name, row.name)) return row.kind;
+  }
+  return ParameterKind::Other;
+}
+
+bool readEncoding(std::string_view word, Encoding& encoding) {
+  if (isWord(word, "B") || isWord(word, "BASE64")) {
+    encoding = Encoding::Base64;
+  } else if (isWord(word, "QUOTED-PRINTABLE")) {
+    encoding = Encoding::QuotedPrintable;
+  } else {
+    return isWord(word, "8BIT") || isWord(word, "7BIT");
+  }
+  return true;
+}
+
+// The end of a parameter's value: the next semicolon or colon outside of quotes. A quote without
+// its partner is a character like any other.
+std::size_t endOfValue(std::string_view text, std::size_t at) {
+  while (at < text.size() && text[at] != ';' && text[at] != ':') {
+    if (text[at] == '"') {
+      const auto close = text.find('"', at + 1);
+      if (close != npos) at = close;
+    }
+    ++at;
+  }
+  return at;
+}
+
+std::string_view withoutQuotes(std::string_view text) {
+  text = trimmed(text);
+  if (text.size() >= 2 && text.front() == '"' && text.back() == '"') {
+    return text.substr(1, text.size() - 2);
+  }
+  return text;
+}
+
+// One parameter, its place after the semicolon. Where it ends.
+std::size_t parseParameter(std::string_view text, std::size_t at, ContentLine& line) {
+  std::size_t mark = at;
+  while (mark < text.size() && text[mark] != '=' && text[mark] != ';' && text[mark] != ':' &&
+         text[mark] != '"') {
+    ++mark;
+  }
+  Parameter parameter;
+  std::size_t end = 0;
+  if (mark < text.size() && text[mark] == '=') {
+    parameter.name = trimmed(text.substr(at, mark - at));
+    end = endOfValue(text, mark + 1);
+    parameter.value = text.substr(mark + 1, end - mark - 1);
+    parameter.kind = kindOf(parameter.name);
+  } else {
+    end = endOfValue(text, at);
+    parameter.value = trimmed(text.substr(at, end - at));
+    if (parameter.value.empty()) return end;
+    parameter.kind = ParameterKind::Type;
+    if (readEncoding(parameter.value, line.encoding)) parameter.kind = ParameterKind::Encoding;
+  }
+  if (parameter.kind == ParameterKind::Encoding) {
+    readEncoding(withoutQuotes(parameter.value), line.encoding);
+  } else if (parameter.kind == ParameterKind::Charset) {
+    line.charset = withoutQuotes(parameter.value);
+  }
+  line.parameters.push_back(parameter);
+  return end;
+}
+
+}  // namespace
+
+const Parameter* ContentLine::find(ParameterKind kind) const {
+  for (const auto& parameter : parameters) {
+    if (parameter.kind == kind) return &parameter;
+  }
+  return nullptr;
+}
+
+std::size_t parseHead(std::string_view text, ContentLine& line) {
+  line.parameters.clear();
+  line.encoding = Encoding::None;
+  line.charset = {};
+  line.group = {};
+  std::size_t start = 0;
+  std::size_t at = 0;
+  for (; at < text.size() && text[at] != ':' && text[at] != ';'; ++at) {
+    if (text[at] != '.') continue;
+    line.group = text.substr(0, at);
+    start = at + 1;
+  }
+  line.name = trimmed(text.substr(start, at - start));
+  while (at < text.size() && text[at] == ';') at = parseParameter(text, at + 1, line);
+  if (at >= text.size() || line.name.empty()) return npos;
+  line.head = text.substr(0, at);
+  line.row = &propertyRow(line.name);
+  return at;
+}
+
+std::string parameterText(const Parameter& parameter) {
+  const auto raw = withoutQuotes(parameter.value);
+  std::string text;
+  text.reserve(raw.size());
+  for (std::size_t i = 0; i < raw.size(); ++i) {
+    const char next = raw[i] == '^' && i + 1 < raw.size() ? raw[i + 1] : '\0';
+    if (next == 'n' || next == '^' || next == '\'') {
+      text += next == 'n' ? '\n' : next == '\'' ? '"' : '^';
+      ++i;
+    } else {
+      text += raw[i];
+    }
+  }
+  return text;
+}
+
+}  // namespace ox::vcard

@@ -1,0 +1,36 @@
+#include "platform/vcard/kept_lines.hpp"
+
+#include <charconv>
+
+namespace ox::vcard {
+namespace {
+
+template <typename Number>
+bool takeNumber(std::string_view& text, Number& number) {
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (read.ec != std::errc()) return false;
+  text.remove_prefix(static_cast<std::size_t>(read.ptr - text.data()));
+  return true;
+}
+
+}  // namespace
+
+std::string KeptParameters::text() const {
+  std::string result = ";" + std::to_string(property) + "#" + std::to_string(entry);
+  return result.append(parameters);
+}
+
+std::optional<KeptParameters> readKeptParameters(std::string_view kept) {
+  KeptParameters result;
+  if (kept.empty() || kept.front() != ';') return std::nullopt;
+  kept.remove_prefix(1);
+  if (!takeNumber(kept, result.property) || kept.empty() || kept.front() != '#') {
+    return std::nullopt;
+  }
+  kept.remove_prefix(1);
+  if (!takeNumber(kept, result.entry) || kept.empty() || kept.front() != ';') return std::nullopt;
+  result.parameters = kept;
+  return result;
+}
+
+}  // namespace ox::vcard

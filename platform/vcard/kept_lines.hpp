@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/records/property_types.hpp"
+
+// What stands in property_id::kUnmodelledLines, one text each, so that a writer can give back what
+// no property models:
+//
+// - a content line: unfolded, UTF-8, its group kept, quoted-printable and CHARSET undone;
+// - a nested card: the AGENT line that holds it and all its lines, parted by line feeds (no other
+//   form contains one);
+// - parameters that belong to a modelled property: a semicolon first, see KeptParameters.
+
+namespace ox::vcard {
+
+// Parameters of one property that no label stands for: ";16#2;TYPE=MODEM;X-SHARED=yes" belongs to
+// the entry 2 of the phones.
+struct KeptParameters {
+  PropertyId property = 0;
+  std::uint64_t entry = 0;      // its identifier in the multi-value; 0 for a single value
+  std::string_view parameters;  // as they follow a property's name, from the semicolon on
+
+  std::string text() const;
+};
+
+// The photo has no property number of its own; its parameters are kept under this one.
+inline constexpr PropertyId kPhotoParameters = 0;
+
+// The parameters that such a text keeps, borrowed from it; missing when it is of another form.
+std::optional<KeptParameters> readKeptParameters(std::string_view kept);
+
+}  // namespace ox::vcard

@@ -1,0 +1,252 @@
+#include <array>
+#include <utility>
+
+#include "platform/records/property_keys.hpp"
+#include "platform/vcard/ascii.hpp"
+#include "platform/vcard/card_builder.hpp"
+#include "platform/vcard/decode.hpp"
+#include "platform/vcard/kept_lines.hpp"
+
+// The lines of a card that become entries of a multi-value. Every function is false when the line
+// has to be kept as it is.
+
+namespace ox::vcard {
+namespace {
+
+struct ServiceRow {
+  std::string_view text;  // upper case: a scheme of IMPP, or how programs name the service
+  std::string_view service;
+};
+
+constexpr std::array kServices = {
+    ServiceRow{"AIM", kABInstantMessageServiceAIM},
+    ServiceRow{"FACEBOOK", kABInstantMessageServiceFacebook},
+    ServiceRow{"FB", kABInstantMessageServiceFacebook},
+    ServiceRow{"GADUGADU", kABInstantMessageServiceGaduGadu},
+    ServiceRow{"GADU-GADU", kABInstantMessageServiceGaduGadu},
+    ServiceRow{"GG", kABInstantMessageServiceGaduGadu},
+    ServiceRow{"GTALK", kABInstantMessageServiceGoogleTalk},
+    ServiceRow{"GOOGLETALK", kABInstantMessageServiceGoogleTalk},
+    ServiceRow{"GOOGLE TALK", kABInstantMessageServiceGoogleTalk},
+    ServiceRow{"ICQ", kABInstantMessageServiceICQ},
+    ServiceRow{"XMPP", kABInstantMessageServiceJabber},
+    ServiceRow{"JABBER", kABInstantMessageServiceJabber},
+    ServiceRow{"MSN", kABInstantMessageServiceMSN},
+    ServiceRow{"MSNIM", kABInstantMessageServiceMSN},
+    ServiceRow{"QQ", kABInstantMessageServiceQQ},
+    ServiceRow{"MQQ", kABInstantMessageServiceQQ},
+    ServiceRow{"SKYPE", kABInstantMessageServiceSkype},
+    ServiceRow{"YMSGR", kABInstantMessageServiceYahoo},
+    ServiceRow{"YAHOO", kABInstantMessageServiceYahoo},
+};
+
+// The scheme of accounts at a service that has none of its own.
+constexpr std::string_view kAnyService = "X-APPLE";
+
+// Empty when the text names no service that has a constant.
+std::string_view knownService(std::string_view text) {
+  for (const auto& row : kServices) {
+    if (isWord(text, row.text)) return row.service;
+  }
+  return {};
+}
+
+Dictionary account(std::string user, std::string_view service) {
+  Dictionary dictionary;
+  dictionary.set(kABInstantMessageUsernameKey, std::move(user));
+  if (!service.empty()) dictionary.set(kABInstantMessageServiceKey, service);
+  return dictionary;
+}
+
+bool isUriValue(std::string_view value) {
+  return startsWithWord(value, "URN:") || startsWithWord(value, "HTTP:") ||
+         startsWithWord(value, "HTTPS:");
+}
+
+}  // namespace
+
+void CardBuilder::addEntry(PropertyId property, Object value, const ContentLine& line,
+                           EntryExtras extras) {
+  auto& held = multi(property);
+  const std::size_t number = held.entries.size() + 1;
+  TypeLabel label;
+  if (!line.parameters.empty()) {
+    readTypeWords(line, types_);
+    label = typeLabel(property, types_.known);
+    if (!extras.label.empty()) label = {extras.label, 0};
+    if (types_.rank != 0 && (held.rank == 0 || types_.rank < held.rank)) {
+      held.rank = types_.rank;
+      held.primary = number;
+    }
+    keepParameters(property, number, line, extras.ownKinds, types_.known & ~label.used,
+                   !extras.unknownWordsUsed);
+  } else {
+    label.label = extras.label;
+  }
+  auto& entry = held.entries.emplace_back();
+  entry.identifier = number;
+  if (!label.label.empty()) entry.label.emplace(label.label);
+  entry.value = std::move(value);
+  if (line.group.empty()) return;
+  grouped_.push_back({std::string(line.group), property, number, label.used});
+  for (auto& c : grouped_.back().group) c = upper(c);
+}
+
+// Keeps what neither the value nor the label holds.
+void CardBuilder::keepParameters(PropertyId property, std::size_t entry, const ContentLine& line,
+                                 std::uint32_t ownKinds, std::uint32_t typeWords,
+                                 bool unknownWords) {
+  if (line.parameters.empty()) return;
+  constexpr std::uint32_t kAlways = bitOf(ParameterKind::Type) | bitOf(ParameterKind::Pref) |
+                                    bitOf(ParameterKind::Encoding) | bitOf(ParameterKind::Charset) |
+                                    bitOf(ParameterKind::Value);
+  scratch_.clear();
+  if (entry == 0) {
+    readTypeWords(line, types_);
+    typeWords = types_.known;
+  }
+  // These two are understood of a phone and of an e-mail address.
+  typeWords &= ~(type_word::kVoice | type_word::kInternet);
+  for (std::uint32_t bit = 1; bit <= typeWords; bit <<= 1U) {
+    if ((typeWords & bit) != 0) scratch_.append(";TYPE=").append(typeWordText(bit));
+  }
+  if (unknownWords) {
+    for (const auto word : types_.unknown) scratch_.append(";TYPE=").append(word);
+  }
+  for (const auto& parameter : line.parameters) {
+    if (((kAlways | ownKinds) & bitOf(parameter.kind)) != 0) continue;
+    scratch_.append(";").append(parameter.name).append("=").append(parameter.value);
+  }
+  if (!scratch_.empty()) {
+    unmodelled_.emplace_back(KeptParameters{property, entry, scratch_}.text());
+  }
+}
+
+// A phone, an e-mail address or a URL; the scheme goes that a URI value has in front of it.
+bool CardBuilder::addSimple(PropertyId property, const ContentLine& line, std::string_view scheme) {
+  auto value = text(line);
+  auto bare = trimmed(value);
+  if (!scheme.empty() && startsWithWord(bare, scheme)) bare.remove_prefix(scheme.size());
+  if (bare.empty()) return true;
+  if (bare.size() != value.size()) value = std::string(bare);
+  addEntry(property, std::move(value), line, {});
+  return true;
+}
+
+bool CardBuilder::addDate(const ContentLine& line) {
+  if (trimmed(line.value).empty()) return true;
+  const auto date = readDate(line);
+  if (!date) return false;
+  addEntry(property_id::kOtherDates, *date, line,
+           {.label = line.row->argument, .ownKinds = bitOf(ParameterKind::OmittedYear)});
+  return true;
+}
+
+bool CardBuilder::addAddress(const ContentLine& line) {
+  const auto parts = components<7>(line.value);
+  Dictionary address;
+  const auto put = [&](std::string_view key, std::string_view part) {
+    if (!part.empty()) address.set(key, unescaped(part, dialect_));
+  };
+  if (parts[0].empty() && parts[1].empty()) {
+    put(kABAddressStreetKey, parts[2]);
+  } else {
+    std::string street;
+    for (const auto part : {parts[0], parts[1], parts[2]}) {
+      if (part.empty()) continue;
+      if (!street.empty()) street += '\n';
+      street += unescaped(part, dialect_);
+    }
+    address.set(kABAddressStreetKey, std::move(street));
+  }
+  put(kABAddressCityKey, parts[3]);
+  put(kABAddressStateKey, parts[4]);
+  put(kABAddressZIPKey, parts[5]);
+  put(kABAddressCountryKey, parts[6]);
+  put(kAddressPostOfficeBoxKey, parts[0]);
+  put(kAddressExtendedKey, parts[1]);
+  if (!address.empty()) addEntry(property_id::kAddress, std::move(address), line, {});
+  return true;
+}
+
+bool CardBuilder::addMessage(const ContentLine& line) {
+  auto user = text(line);
+  if (trimmed(user).empty()) return true;
+  addEntry(property_id::kInstantMessage, account(std::move(user), line.row->argument), line, {});
+  return true;
+}
+
+// RFC 4770: a URI of the service's scheme; X-SERVICE-TYPE names the service more exactly.
+bool CardBuilder::addMessageUri(const ContentLine& line) {
+  const auto uri = text(line);
+  std::string_view user = trimmed(uri);
+  if (user.empty()) return true;
+  const auto colon = user.find(':');
+  const auto scheme = colon == std::string_view::npos ? std::string_view() : user.substr(0, colon);
+  auto service = knownService(scheme);
+  bool isScheme = !service.empty() || isWord(scheme, kAnyService);
+  std::string named;
+  if (const auto* parameter = line.find(ParameterKind::ServiceType)) {
+    named = parameterText(*parameter);
+    std::string upperName(named);
+    for (auto& c : upperName) c = upper(c);
+    isScheme |= isWord(scheme, upperName);
+    service = knownService(named).empty() ? std::string_view(named) : knownService(named);
+  }
+  if (isScheme && colon != std::string_view::npos) user.remove_prefix(colon + 1);
+  addEntry(property_id::kInstantMessage, account(percentDecoded(user), service), line,
+           {.ownKinds = bitOf(ParameterKind::ServiceType)});
+  return true;
+}
+
+bool CardBuilder::addSocialProfile(const ContentLine& line) {
+  auto url = text(line);
+  readTypeWords(line, types_);
+  const auto service = types_.unknown.empty() ? std::string_view() : types_.unknown.front();
+  const bool oneService = types_.unknown.size() <= 1;
+  std::string user;
+  std::string identifier;
+  if (const auto* given = line.find(ParameterKind::UserName)) user = parameterText(*given);
+  if (const auto* given = line.find(ParameterKind::UserIdentifier)) {
+    identifier = parameterText(*given);
+  }
+  if (startsWithWord(url, kAnyService) && url.size() > kAnyService.size() &&
+      url[kAnyService.size()] == ':') {
+    if (user.empty()) user = percentDecoded(std::string_view(url).substr(kAnyService.size() + 1));
+    url.clear();
+  }
+  Dictionary profile;
+  const auto put = [&](std::string_view key, std::string value) {
+    if (!value.empty()) profile.set(key, std::move(value));
+  };
+  put(kABSocialProfileServiceKey, std::string(service));
+  put(kABSocialProfileUsernameKey, std::move(user));
+  put(kABSocialProfileURLKey, std::move(url));
+  put(kABSocialProfileUserIdentifierKey, std::move(identifier));
+  if (profile.empty()) return true;
+  addEntry(property_id::kSocialProfile, std::move(profile), line,
+           {.ownKinds = bitOf(ParameterKind::UserName) | bitOf(ParameterKind::UserIdentifier),
+            .unknownWordsUsed = oneService});
+  return true;
+}
+
+bool CardBuilder::addRelated(const ContentLine& line) {
+  auto name = text(line);
+  if (trimmed(name).empty()) return true;
+  if (line.row->meaning == Meaning::Related) {
+    addEntry(property_id::kRelatedNames, std::move(name), line, {.label = line.row->argument});
+    return true;
+  }
+  // A reference to another card is no name.
+  if (isUriValue(name)) return false;
+  readTypeWords(line, types_);
+  std::string_view label;
+  for (const auto word : types_.unknown) {
+    if (label.empty()) label = relationLabel(word);
+  }
+  addEntry(property_id::kRelatedNames, std::move(name), line,
+           {.label = label, .unknownWordsUsed = types_.unknown.size() == 1 && !label.empty()});
+  return true;
+}
+
+}  // namespace ox::vcard

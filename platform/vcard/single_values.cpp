@@ -1,0 +1,176 @@
+#include <utility>
+
+#include "platform/vcard/ascii.hpp"
+#include "platform/vcard/card_builder.hpp"
+#include "platform/vcard/card_date.hpp"
+#include "platform/vcard/decode.hpp"
+#include "platform/vcard/kept_lines.hpp"
+
+// The lines of a card that a record holds once. Every function is false when the line has to be
+// kept as it is.
+
+namespace ox::vcard {
+namespace {
+
+bool isUri(const ContentLine& line) {
+  const auto* value = line.find(ParameterKind::Value);
+  return (value != nullptr && (isWord(value->value, "URI") || isWord(value->value, "URL"))) ||
+         startsWithWord(line.value, "HTTP:") || startsWithWord(line.value, "HTTPS:") ||
+         startsWithWord(line.value, "FILE:") || startsWithWord(line.value, "CID:");
+}
+
+// The bytes of a data URI (RFC 2397).
+std::optional<std::string> dataUri(std::string_view uri) {
+  const auto comma = uri.find(',');
+  if (comma == std::string_view::npos) return std::nullopt;
+  const auto semicolon = uri.substr(0, comma).rfind(';');
+  const auto content = uri.substr(comma + 1);
+  if (semicolon != std::string_view::npos &&
+      isWord(trimmed(uri.substr(semicolon + 1, comma - semicolon - 1)), "BASE64")) {
+    return decodeBase64(percentDecoded(content));
+  }
+  return percentDecoded(content);
+}
+
+bool hasType(const ContentLine& line, std::string_view wanted) {
+  bool found = false;
+  for (const auto& parameter : line.parameters) {
+    if (parameter.kind != ParameterKind::Type) continue;
+    forEachWord(parameter.value, [&](std::string_view word) { found |= isWord(word, wanted); });
+  }
+  return found;
+}
+
+}  // namespace
+
+bool CardBuilder::addName(const ContentLine& line) {
+  if (hasName_) return false;
+  const auto parts = components<5>(line.value);
+  const auto take = [&](PropertyId property, std::string_view part, std::string_view separator) {
+    if (part.empty()) return;
+    single(property) = unescapedList(part, dialect_, separator);
+    hasName_ = true;
+  };
+  take(property_id::kLast, parts[0], " ");
+  take(property_id::kFirst, parts[1], " ");
+  take(property_id::kMiddle, parts[2], " ");
+  take(property_id::kTitle, parts[3], " ");
+  take(property_id::kSuffix, parts[4], ", ");
+  if (line.parameters.empty()) return true;
+  // RFC 6350, section 5.9: last name, then first; some programs part them by a semicolon.
+  if (const auto* sortAs = line.find(ParameterKind::SortAs)) {
+    const auto reading = parameterText(*sortAs);
+    const auto mark = reading.find_first_of(",;");
+    single(property_id::kLastPhonetic) = reading.substr(0, mark);
+    if (mark != std::string::npos) {
+      single(property_id::kFirstPhonetic) = trimmed(std::string_view(reading).substr(mark + 1));
+    }
+  }
+  keepParameters(property_id::kLast, 0, line, bitOf(ParameterKind::SortAs), 0, true);
+  return true;
+}
+
+bool CardBuilder::addFullName(const ContentLine& line) {
+  if (!fullName_.empty()) return false;
+  fullName_ = text(line);
+  fullNameLine_.clear();
+  appendKept(line, fullNameLine_);
+  return true;
+}
+
+bool CardBuilder::addText(const ContentLine& line) {
+  if (line.value.empty()) return true;
+  auto& held = single(line.row->property);
+  if (!held.empty()) return false;
+  held = text(line);
+  keepParameters(line.row->property, 0, line, 0, 0, true);
+  return true;
+}
+
+// The company, then its units: the department holds them as the card parts them.
+bool CardBuilder::addOrganization(const ContentLine& line) {
+  auto& company = single(property_id::kOrganization);
+  auto& department = single(property_id::kDepartment);
+  if (!company.empty() || !department.empty()) return false;
+  const auto parts = components<2>(line.value);
+  company = unescaped(parts[0], dialect_);
+  auto units = parts[1];
+  while (!units.empty() && units.back() == ';' && !units.ends_with("\\;")) units.remove_suffix(1);
+  department = unescaped(units, dialect_);
+  keepParameters(property_id::kOrganization, 0, line, 0, 0, true);
+  return true;
+}
+
+bool CardBuilder::addNote(const ContentLine& line) {
+  if (line.value.empty()) return true;
+  auto& note = single(property_id::kNote);
+  if (note.empty()) {
+    note = text(line);
+  } else {
+    (note += '\n') += text(line);
+  }
+  keepParameters(property_id::kNote, 0, line, 0, 0, true);
+  return true;
+}
+
+std::optional<Date> CardBuilder::readDate(const ContentLine& line) {
+  const auto* omitted = line.find(ParameterKind::OmittedYear);
+  const auto read = readCardDate(text(line), omitted != nullptr ? omitted->value : "");
+  if (!read) {
+    const auto* value = line.find(ParameterKind::Value);
+    const bool freeText = value != nullptr && isWord(value->value, "TEXT");
+    if (!freeText) mend(line, std::string(line.name) + " is no readable date, kept as text");
+    return std::nullopt;
+  }
+  if (read->mended) {
+    mend(line, std::string(line.name) + " in an unusual spelling, read as " + read->date.toText());
+  }
+  return read->date;
+}
+
+bool CardBuilder::addBirthday(const ContentLine& line) {
+  if (trimmed(line.value).empty()) return true;
+  if (birthday_) return false;
+  birthday_ = readDate(line);
+  if (!birthday_) return false;
+  keepParameters(property_id::kBirthday, 0, line, bitOf(ParameterKind::OmittedYear), 0, true);
+  return true;
+}
+
+// SOUND;X-IRMC-N holds the reading of N.
+bool CardBuilder::addSound(const ContentLine& line) {
+  if (line.encoding == Encoding::Base64 || !hasType(line, "X-IRMC-N")) return false;
+  if (!single(property_id::kLastPhonetic).empty() || !single(property_id::kFirstPhonetic).empty()) {
+    return false;
+  }
+  const auto parts = components<5>(line.value);
+  single(property_id::kLastPhonetic) = unescaped(parts[0], dialect_);
+  single(property_id::kFirstPhonetic) = unescaped(parts[1], dialect_);
+  single(property_id::kMiddlePhonetic) = unescaped(parts[2], dialect_);
+  return true;
+}
+
+bool CardBuilder::addUid(const ContentLine& line) {
+  if (!uid_.empty()) return false;
+  uid_ = trimmed(line.value);
+  return true;
+}
+
+bool CardBuilder::addPhoto(const ContentLine& line) {
+  const auto value = trimmed(line.value);
+  if (value.empty()) return true;
+  if (card_.photo) return false;
+  const bool isData = startsWithWord(value, "DATA:");
+  if (!isData && line.encoding != Encoding::Base64 && isUri(line)) return false;
+  auto bytes = isData ? dataUri(value.substr(5)) : decodeBase64(value);
+  if (!bytes || bytes->empty()) {
+    mend(line, "PHOTO is no base64, kept as text");
+    return false;
+  }
+  card_.photo = makeData(*std::move(bytes));
+  // The kind of picture is told by its own bytes.
+  keepParameters(kPhotoParameters, 0, line, 0, 0, false);
+  return true;
+}
+
+}  // namespace ox::vcard
