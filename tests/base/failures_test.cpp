@@ -1,0 +1,35 @@
+#include "base/failures.hpp"
+
+#include <gtest/gtest.h>
+#include <thread>
+#include <vector>
+
+namespace ox::failures {
+namespace {
+
+TEST(Failures, AreCountedByKindWithTheLastReason) {
+  EXPECT_EQ(snapshot(), Snapshot());
+  countRefusal("unknown property");
+  countFailure("disk full");
+  countRefusal("wrong type");
+  EXPECT_EQ(snapshot(), (Snapshot{2, 1, "wrong type"}));
+}
+
+TEST(Failures, LoseNoCountAcrossThreads) {
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 4; ++thread) {
+    threads.emplace_back([] {
+      for (int i = 0; i < 1000; ++i) {
+        countFailure("a");
+        countRefusal("b");
+        snapshot();
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(snapshot().failures, 4000U);
+  EXPECT_EQ(snapshot().refusals, 4000U);
+}
+
+}  // namespace
+}  // namespace ox::failures

@@ -1,0 +1,149 @@
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "base/sqlite/connection.hpp"
+#include "base/sqlite/error.hpp"
+
+namespace ox::sqlite {
+namespace {
+
+class Sqlite : public testing::Test {
+ protected:
+  Sqlite() {
+    auto pattern = (std::filesystem::temp_directory_path() / "ox-sqlite-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
+    folder_ = pattern;
+  }
+  ~Sqlite() override { std::filesystem::remove_all(folder_); }
+
+  std::string path() const { return (folder_ / "a.db").string(); }
+  Connection open(Connection::Mode mode = Connection::Mode::ReadWriteCreate) const {
+    return {path(), mode};
+  }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+template <typename Work>
+int codeOf(const Work& work) {
+  try {
+    work();
+  } catch (const Error& error) {
+    return error.code();
+  }
+  return 0;
+}
+
+TEST_F(Sqlite, OpensOnlyWhatTheModeAllows) {
+  EXPECT_EQ(codeOf([&] { open(Connection::Mode::ReadWrite); }), 14);  // SQLITE_CANTOPEN
+  EXPECT_FALSE(std::filesystem::exists(path()));
+  open().execute("CREATE TABLE t (a)");
+  auto reader = open(Connection::Mode::ReadOnly);
+  EXPECT_EQ(codeOf([&] { reader.execute("INSERT INTO t VALUES (1)"); }), 8);  // SQLITE_READONLY
+}
+
+TEST_F(Sqlite, BindsAndReadsEveryKindAndKeepsMissingFromEmpty) {
+  auto connection = open();
+  connection.execute("CREATE TABLE t (a, b, c, d, e, f)");
+  const std::string nul("a\0b", 3);
+  auto insert = connection.prepare("INSERT INTO t VALUES (?1, ?2, ?3, ?4, ?5, ?6)");
+  insert.bind(1, -7).bindText(2, nul).bindText(3, "").bindText(4, nullptr);
+  insert.bindBlob(5, "").bindBlob(6, nul).run();
+  auto select = connection.prepare("SELECT * FROM t");
+  ASSERT_TRUE(select.step());
+  EXPECT_EQ(select.integer(0), -7);
+  EXPECT_EQ(select.text(1), nul);
+  EXPECT_EQ(select.optionalText(2), Text(""));
+  EXPECT_EQ(select.optionalText(3), std::nullopt);
+  EXPECT_TRUE(select.isNull(3));
+  EXPECT_FALSE(select.isNull(4));
+  EXPECT_EQ(select.blob(4), "");
+  EXPECT_EQ(select.blob(5), nul);
+  EXPECT_EQ(select.columnType(5), 4);
+  EXPECT_FALSE(select.step());
+}
+
+TEST_F(Sqlite, AnswersQueriesWithoutARowWithZeroAndMissing) {
+  auto connection = open();
+  EXPECT_EQ(connection.queryInteger("SELECT 1 WHERE 0"), 0);
+  EXPECT_EQ(connection.queryText("SELECT 'a' WHERE 0"), std::nullopt);
+  EXPECT_EQ(connection.queryText("SELECT NULL"), std::nullopt);
+  EXPECT_EQ(connection.queryText("SELECT 'a'"), Text("a"));
+  EXPECT_EQ(connection.queryInteger("SELECT 5000000000"), 5'000'000'000);
+}
+
+TEST_F(Sqlite, ThrowsTheExtendedCodeAndLetsTheStatementRunAgain) {
+  auto connection = open();
+  EXPECT_EQ(codeOf([&] { connection.prepare("SELEKT"); }), 1);
+  EXPECT_EQ(codeOf([&] { connection.execute("SELEKT"); }), 1);
+  connection.execute("CREATE TABLE t (a UNIQUE)");
+  auto insert = connection.prepare("INSERT INTO t VALUES (?1)");
+  insert.bind(1, 1).run();
+  EXPECT_EQ(connection.changes(), 1);
+  EXPECT_EQ(codeOf([&] { insert.bind(1, 1).run(); }), 2067);  // SQLITE_CONSTRAINT_UNIQUE
+  insert.bind(1, 2).run();
+  EXPECT_EQ(connection.queryInteger("SELECT count(*) FROM t"), 2);
+  EXPECT_EQ(connection.lastRowId(), 2);
+}
+
+TEST_F(Sqlite, RollsATransactionBackUnlessItIsCommitted) {
+  auto connection = open();
+  connection.execute("CREATE TABLE t (a)");
+  {
+    Transaction transaction(connection);
+    connection.execute("INSERT INTO t VALUES (1)");
+  }
+  EXPECT_EQ(connection.queryInteger("SELECT count(*) FROM t"), 0);
+  {
+    Transaction transaction(connection);
+    connection.execute("INSERT INTO t VALUES (1)");
+    transaction.commit();
+  }
+  EXPECT_EQ(connection.queryInteger("SELECT count(*) FROM t"), 1);
+}
+
+TEST_F(Sqlite, TellsABusyFileFromOtherErrors) {
+  auto first = open();
+  auto second = open();
+  first.execute("CREATE TABLE t (a)");
+  const Transaction transaction(first);
+  bool busy = false;
+  try {
+    const Transaction other(second);
+  } catch (const Error& error) {
+    busy = error.isBusy();
+  }
+  EXPECT_TRUE(busy);
+  EXPECT_FALSE(Error(1, "x").isBusy());
+}
+
+TEST_F(Sqlite, EndsTheReadWhenTheScopeOfAStatementEnds) {
+  auto connection = open();
+  connection.execute(
+      "PRAGMA journal_mode = WAL; CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
+  auto select = connection.prepare("SELECT a FROM t");
+  {
+    StatementScope scope(select);
+    EXPECT_TRUE(scope->step());
+  }
+  // A read that is still open would keep the log from being reset.
+  EXPECT_EQ(connection.queryInteger("PRAGMA wal_checkpoint(TRUNCATE)"), 0);
+  EXPECT_EQ(std::filesystem::file_size(path() + "-wal"), 0U);
+}
+
+TEST_F(Sqlite, MovesAConnectionWithItsStatements) {
+  auto first = open();
+  first.execute("CREATE TABLE t (a)");
+  auto insert = first.prepare("INSERT INTO t VALUES (1)");
+  Connection second = std::move(first);
+  insert.run();
+  auto moved = std::move(insert);
+  moved.run();
+  EXPECT_EQ(second.queryInteger("SELECT count(*) FROM t"), 2);
+}
+
+}  // namespace
+}  // namespace ox::sqlite
