@@ -88,16 +88,20 @@ bool isPlausible(const Reader& reader, std::size_t fileSize) {
 }
 
 // The size stands at a fixed place; it is looked at before the library allocates anything for it.
-ImageSize claimedSize(std::string_view bytes) {
+std::optional<ImageSize> claimedSize(std::string_view bytes) {
   constexpr std::size_t kWidthAt = 16;
-  if (bytes.size() < kWidthAt + 8) return {};
+  if (bytes.size() < kWidthAt + 8) return std::nullopt;
   const auto* at = reinterpret_cast<png_const_bytep>(bytes.data()) + kWidthAt;
-  return {png_get_uint_32(at), png_get_uint_32(at + 4)};
+  return ImageSize{png_get_uint_32(at), png_get_uint_32(at + 4)};
 }
 
 bool readAllowedHeader(Reader& reader, std::string_view bytes, std::string& reason) {
   const auto claimed = claimedSize(bytes);
-  if (!isAllowedSize(claimed.width, claimed.height, reason)) return false;
+  if (!claimed) {
+    reason = "truncated";
+    return false;
+  }
+  if (!isAllowedSize(claimed->width, claimed->height, reason)) return false;
   if (!readHeader(reader)) {
     reason = reader.message;
     return false;
