@@ -41,7 +41,8 @@ PendingLinks::List& PendingLinks::list(const RecordKey& group, RecordKind kind) 
   const auto found = known.find(group);
   if (found != known.end()) return found->second;
   List made;
-  for (const auto& child : *store_.children(group, kind)) {
+  const auto committed = store_.children(group, kind);
+  for (const auto& child : *committed) {
     if (!removed_.contains({group, child}) && !goneRecords_.contains(child)) {
       made.append(child, true);
     }

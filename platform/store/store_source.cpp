@@ -299,7 +299,8 @@ class StoreSource final : public ContactSource {
       const auto key = open.back();
       open.pop_back();
       if (key == above) return true;
-      for (const auto& parent : *links_.parents(key)) {
+      const auto parents = links_.parents(key);
+      for (const auto& parent : *parents) {
         if (met.insert(parent).second) open.push_back(parent);
       }
     }

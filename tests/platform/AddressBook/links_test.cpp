@@ -1,0 +1,140 @@
+#include <gtest/gtest.h>
+#include <string>
+
+#include "base/failures.hpp"
+#include "platform/AddressBook/ABAddressBook.hpp"
+#include "platform/store/contact_source.hpp"
+#include "tests/support/second_process.hpp"
+#include "tests/support/store_builder.hpp"
+
+namespace ox {
+namespace {
+
+using support::StoreBuilder;
+
+std::shared_ptr<ABPerson> person(const std::string& id) {
+  return std::dynamic_pointer_cast<ABPerson>(
+      ABAddressBook::sharedAddressBook()->recordForUniqueId(id));
+}
+
+std::shared_ptr<ABGroup> group(const std::string& id) {
+  return std::dynamic_pointer_cast<ABGroup>(
+      ABAddressBook::sharedAddressBook()->recordForUniqueId(id));
+}
+
+bool save() {
+  return ABAddressBook::sharedAddressBook()->save();
+}
+
+std::string ids(const auto& records) {
+  std::string text;
+  for (const auto& record : records) text += *record->uniqueId() + " ";
+  return text;
+}
+
+const support::SecondProcess listsMembers("listsMembers", [](const auto& arguments) {
+  std::printf("%s", ids(group(arguments.at(0))->members()).c_str());
+  return 0;
+});
+
+const support::SecondProcess addsMember("addsMember", [](const auto& arguments) {
+  return group(arguments.at(0))->addMember(person(arguments.at(1))) && save() ? 0 : 1;
+});
+
+TEST(Links, StandInTheOrderOfAdding) {
+  StoreBuilder().person("p1").person("p2").person("p3").group("g1", "G").group("g2", "H");
+  EXPECT_TRUE(group("g1")->addMember(person("p3")));
+  EXPECT_TRUE(group("g1")->addMember(person("p1")));
+  EXPECT_TRUE(group("g1")->addSubgroup(group("g2")));
+  EXPECT_TRUE(save());
+  EXPECT_TRUE(group("g1")->addMember(person("p2")));
+  EXPECT_EQ(ids(group("g1")->members()), "p3 p1 p2 ");
+  EXPECT_EQ(ids(group("g1")->subgroups()), "g2 ");
+  EXPECT_EQ(ids(group("g2")->parentGroups()), "g1 ");
+  EXPECT_TRUE(save());
+  EXPECT_EQ(listsMembers.run({"g1"}).output, "p3 p1 p2 ");
+}
+
+TEST(Links, ThatArePutBackStandAtTheEnd) {
+  StoreBuilder().person("p1").person("p2").group("g1", "G").members("g1", {"p1", "p2"});
+  EXPECT_TRUE(group("g1")->removeMember(person("p1")));
+  EXPECT_EQ(ids(group("g1")->members()), "p2 ");
+  EXPECT_EQ(ids(person("p1")->parentGroups()), "");
+  EXPECT_TRUE(group("g1")->addMember(person("p1")));
+  EXPECT_EQ(ids(group("g1")->members()), "p2 p1 ");
+  EXPECT_TRUE(save());
+  EXPECT_EQ(ids(group("g1")->members()), "p2 p1 ");
+  EXPECT_EQ(listsMembers.run({"g1"}).output, "p2 p1 ");
+}
+
+TEST(Links, AddedAndTakenAwayAgainLeaveNothingToSave) {
+  StoreBuilder().person("p1").group("g1", "G");
+  EXPECT_TRUE(group("g1")->addMember(person("p1")));
+  EXPECT_TRUE(group("g1")->removeMember(person("p1")));
+  EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+  EXPECT_TRUE(group("g1")->addMember(person("p1")));
+  EXPECT_EQ(ids(group("g1")->members()), "p1 ");
+}
+
+TEST(Links, AreSeenByTheContainerViewAfterTheSaveOnly) {
+  StoreBuilder().person("p1").group("g1", "G");
+  EXPECT_TRUE(group("g1")->addMember(person("p1")));
+  EXPECT_EQ(listsMembers.run({"g1"}).output, "");
+  EXPECT_TRUE(save());
+  EXPECT_EQ(listsMembers.run({"g1"}).output, "p1 ");
+}
+
+TEST(Links, AreRefusedTwiceAcrossContainersAndInACircle) {
+  StoreBuilder()
+      .person("p1")
+      .group("g1", "G")
+      .group("g2", "H")
+      .group("g3", "I")
+      .subgroup("g1", "g2")
+      .container("A:ABAccount", "A", 3)
+      .person("a1")
+      .group("ag", "AG");
+  EXPECT_TRUE(group("g1")->addMember(person("p1")));
+  EXPECT_FALSE(group("g1")->addMember(person("p1")));
+  EXPECT_FALSE(group("g1")->addMember(person("a1")));
+  EXPECT_FALSE(group("g1")->addSubgroup(group("ag")));
+  EXPECT_FALSE(group("g1")->addSubgroup(group("g1")));
+  EXPECT_TRUE(group("g2")->addSubgroup(group("g3")));
+  EXPECT_FALSE(group("g3")->addSubgroup(group("g1")));
+  EXPECT_FALSE(group("g1")->removeMember(person("a1")));
+  EXPECT_FALSE(group("g1")->addMember(nullptr));
+  EXPECT_EQ(failures::snapshot().refusals, 6U);
+  EXPECT_EQ(ids(group("g3")->subgroups()), "");
+}
+
+TEST(Links, OfARemovedGroupVanishAtOnce) {
+  StoreBuilder()
+      .person("p1")
+      .group("g1", "G")
+      .group("g2", "H")
+      .subgroup("g1", "g2")
+      .members("g2", {"p1"});
+  const auto removed = group("g2");
+  EXPECT_TRUE(ABAddressBook::sharedAddressBook()->removeRecord(removed));
+  EXPECT_EQ(ids(group("g1")->subgroups()), "");
+  EXPECT_EQ(ids(person("p1")->parentGroups()), "");
+  EXPECT_EQ(ids(removed->members()), "");
+  EXPECT_FALSE(removed->addMember(person("p1")));
+  EXPECT_FALSE(group("g1")->addSubgroup(removed));
+  EXPECT_TRUE(save());
+  EXPECT_EQ(ids(group("g1")->subgroups()), "");
+  EXPECT_EQ(ids(person("p1")->parentGroups()), "");
+}
+
+TEST(Links, MadeInTwoProcessesAreAllKept) {
+  StoreBuilder().person("p1").person("p2").group("g1", "G");
+  EXPECT_TRUE(group("g1")->addMember(person("p1")));
+  EXPECT_EQ(addsMember.run({"g1", "p2"}).exitCode, 0);
+  EXPECT_EQ(addsMember.run({"g1", "p1"}).exitCode, 0);
+  EXPECT_TRUE(save());
+  EXPECT_EQ(ids(group("g1")->members()), "p2 p1 ");
+  EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+}
+
+}  // namespace
+}  // namespace ox

@@ -1,0 +1,244 @@
+#include <gtest/gtest.h>
+#include <string>
+
+#include "base/failures.hpp"
+#include "base/sqlite/connection.hpp"
+#include "platform/AddressBook/ABAddressBook.hpp"
+#include "platform/Contacts/CNContactStore.hpp"
+#include "platform/store/check.hpp"
+#include "tests/support/second_process.hpp"
+#include "tests/support/store_builder.hpp"
+#include "tests/support/store_environment.hpp"
+#include "tests/support/switched_source.hpp"
+
+namespace ox {
+namespace {
+
+using support::StoreBuilder;
+
+std::shared_ptr<ABAddressBook> book() {
+  return ABAddressBook::sharedAddressBook();
+}
+
+std::shared_ptr<ABPerson> personNamed(const std::string& id) {
+  return std::dynamic_pointer_cast<ABPerson>(book()->recordForUniqueId(id));
+}
+
+Text textOf(const ABRecord& record, TextView property) {
+  const auto value = record.valueForProperty(property);
+  return std::get<Object>(value).toText();
+}
+
+std::string ids(const auto& records) {
+  std::string text;
+  for (const auto& record : records) text += *record->uniqueId() + " ";
+  return text;
+}
+
+Text committedFirst(const std::string& id) {
+  const auto values = contactSource().committedValues(RecordKey::of(id));
+  const auto* text = values ? values->text(property_id::kFirst) : nullptr;
+  return text != nullptr ? Text(*text) : std::nullopt;
+}
+
+const support::SecondProcess setsNote("setsNote", [](const auto& arguments) {
+  const auto person = personNamed(arguments.at(0));
+  if (!person) return 1;
+  if (!person->setValue_forProperty(Object(arguments.at(1)), kABNoteProperty)) return 2;
+  return book()->save() ? 0 : 3;
+});
+
+const support::SecondProcess removes("removes", [](const auto& arguments) {
+  return book()->removeRecord(personNamed(arguments.at(0))) && book()->save() ? 0 : 1;
+});
+
+const support::SecondProcess adds("adds", [](const auto& arguments) {
+  StoreBuilder().person(arguments.at(0), {.first = "New"});
+  return 0;
+});
+
+TEST(RecordView, ListsEveryRecordInCreationOrderAsOneLiveObjectEach) {
+  StoreBuilder().person("p2").group("g1", "One").person("p1").group("g0", "Zero");
+  const auto people = book()->people();
+  EXPECT_EQ(ids(people), "p2 p1 ");
+  EXPECT_EQ(ids(book()->groups()), "g1 g0 ");
+  EXPECT_EQ(book()->recordForUniqueId("p1"), people[1]);
+  EXPECT_EQ(book()->people(), people);
+  EXPECT_EQ(book()->recordForUniqueId("nobody"), nullptr);
+  EXPECT_EQ(book()->recordForUniqueId(nullptr), nullptr);
+}
+
+TEST(RecordView, KeepsChangesInMemoryUntilTheSave) {
+  StoreBuilder().person("p1", {.first = "Ann"});
+  const auto person = personNamed("p1");
+  EXPECT_TRUE(person->setValue_forProperty(Object("Bea"), kABFirstNameProperty));
+  EXPECT_EQ(textOf(*person, kABFirstNameProperty), "Bea");
+  EXPECT_EQ(committedFirst("p1"), "Ann");
+  EXPECT_TRUE(book()->hasUnsavedChanges());
+  EXPECT_TRUE(book()->save());
+  EXPECT_FALSE(book()->hasUnsavedChanges());
+  EXPECT_EQ(committedFirst("p1"), "Bea");
+}
+
+TEST(RecordView, TakesWhatIsVisibleAlreadyForNoChange) {
+  StoreBuilder().person("p1", {.first = "Ann"});
+  const auto person = personNamed("p1");
+  EXPECT_TRUE(person->setValue_forProperty(Object("Ann"), kABFirstNameProperty));
+  EXPECT_TRUE(person->removeValueForProperty(kABNoteProperty));
+  EXPECT_TRUE(person->setImageData(nullptr));
+  EXPECT_FALSE(book()->hasUnsavedChanges());
+
+  person->setValue_forProperty(Object("Bea"), kABFirstNameProperty);
+  person->setImageData(makeData("picture"));
+  EXPECT_EQ(book()->unsavedChanges().values.size(), 2U);
+  person->setValue_forProperty(Object("Ann"), kABFirstNameProperty);
+  person->setImageData(nullptr);
+  EXPECT_FALSE(book()->hasUnsavedChanges());
+}
+
+TEST(RecordView, RevertsToWhatWasSaved) {
+  StoreBuilder().person("p1", {.first = "Ann"}).person("p2");
+  const auto person = personNamed("p1");
+  person->setValue_forProperty(Object("Bea"), kABFirstNameProperty);
+  person->setImageData(makeData(std::string(100'000, 'x')));
+  book()->removeRecord(personNamed("p2"));
+  EXPECT_EQ(person->imageData()->size(), 100'000U);
+  book()->revert();
+  EXPECT_FALSE(book()->hasUnsavedChanges());
+  EXPECT_EQ(textOf(*person, kABFirstNameProperty), "Ann");
+  EXPECT_EQ(person->imageData(), nullptr);
+  EXPECT_EQ(ids(book()->people()), "p1 p2 ");
+}
+
+TEST(RecordView, RefusesWrongTypesUnknownPropertiesAndKeepsTheOldValue) {
+  StoreBuilder().person("p1", {.first = "Ann"}).group("g1", "Friends");
+  const auto person = personNamed("p1");
+  EXPECT_FALSE(person->setValue_forProperty(Object(std::int64_t{1}), kABFirstNameProperty));
+  EXPECT_FALSE(person->setValue_forProperty(Object("x"), kABPhoneProperty));
+  EXPECT_FALSE(person->setValue_forProperty(Object("x"), "NoSuchProperty"));
+  EXPECT_FALSE(person->setValue_forProperty(Object("x"), nullptr));
+  EXPECT_FALSE(person->setValue_forProperty(Object("x"), kABGroupNameProperty));
+  MultiValue numbers;
+  numbers.add(std::int64_t{1}, "");
+  EXPECT_FALSE(
+      person->setValue_forProperty(std::make_shared<const MultiValue>(numbers), kABPhoneProperty));
+  EXPECT_EQ(textOf(*person, kABFirstNameProperty), "Ann");
+  EXPECT_EQ(failures::snapshot().refusals, 6U);
+  EXPECT_EQ(failures::snapshot().failures, 0U);
+}
+
+TEST(RecordView, KeepsValuesOfARemovedRecordUntilTheSave) {
+  StoreBuilder().person("p1", {.first = "Ann"}).person("p2").group("g1", "G").member("g1", "p1");
+  const auto person = personNamed("p1");
+  const auto group = std::dynamic_pointer_cast<ABGroup>(book()->recordForUniqueId("g1"));
+  EXPECT_EQ(ids(group->members()), "p1 ");
+  EXPECT_TRUE(book()->removeRecord(person));
+  EXPECT_FALSE(book()->removeRecord(person));
+  EXPECT_EQ(ids(book()->people()), "p2 ");
+  EXPECT_EQ(book()->recordForUniqueId("p1"), nullptr);
+  EXPECT_EQ(ids(group->members()), "");
+  EXPECT_EQ(ids(person->parentGroups()), "");
+  EXPECT_EQ(textOf(*person, kABFirstNameProperty), "Ann");
+  EXPECT_FALSE(person->setValue_forProperty(Object("Bea"), kABFirstNameProperty));
+  EXPECT_EQ(contactSource().recordsIn("_local", RecordKind::Person).size(), 2U);
+
+  EXPECT_TRUE(book()->save());
+  EXPECT_EQ(person->uniqueId(), "p1");
+  EXPECT_EQ(textOf(*person, kABFirstNameProperty), std::nullopt);
+  EXPECT_FALSE(person->setValue_forProperty(Object("Bea"), kABFirstNameProperty));
+  EXPECT_EQ(contactSource().recordsIn("_local", RecordKind::Person).size(), 1U);
+}
+
+TEST(RecordView, ReplacesInvalidUtf8WhereTextEnters) {
+  StoreBuilder().person("p1");
+  const auto person = personNamed("p1");
+  EXPECT_TRUE(person->setValue_forProperty(Object("a\xFF"
+                                                  "b"),
+                                           kABNoteProperty));
+  MultiValue phones;
+  phones.add("1\xC3", "la\xFF");
+  EXPECT_TRUE(
+      person->setValue_forProperty(std::make_shared<const MultiValue>(phones), kABPhoneProperty));
+  EXPECT_EQ(textOf(*person, kABNoteProperty), "a\uFFFDb");
+  const auto stored = std::get<MultiValuePtr>(person->valueForProperty(kABPhoneProperty));
+  EXPECT_EQ(stored->entries[0].value, Object("1\uFFFD"));
+  EXPECT_EQ(stored->entries[0].label, "la\uFFFD");
+}
+
+TEST(RecordView, WritesACustomPropertyWithItsFirstValueOnly) {
+  StoreBuilder().person("p1");
+  EXPECT_EQ(ABPerson::addPropertiesAndTypes({{"Extra", kABMultiStringProperty}}), 1U);
+  EXPECT_EQ(ABPerson::addPropertiesAndTypes({{"Extra", kABStringProperty}}), 0U);
+  EXPECT_EQ(ABPerson::typeOfProperty("Extra"), kABMultiStringProperty);
+  EXPECT_EQ(ABPerson::properties().back(), "Extra");
+  MultiValue values;
+  values.add("one", "");
+  const auto person = personNamed("p1");
+  EXPECT_TRUE(person->setValue_forProperty(std::make_shared<const MultiValue>(values), "Extra"));
+  EXPECT_TRUE(book()->save());
+}
+
+TEST(TwoProcesses, EditingDifferentPropertiesBothWin) {
+  StoreBuilder().person("p1", {.first = "Ann"});
+  const auto person = personNamed("p1");
+  person->setValue_forProperty(Object("Bea"), kABFirstNameProperty);
+  EXPECT_EQ(setsNote.run({"p1", "from the other"}).exitCode, 0);
+  EXPECT_TRUE(book()->save());
+  EXPECT_EQ(committedFirst("p1"), "Bea");
+  EXPECT_EQ(textOf(*person, kABNoteProperty), "from the other");
+}
+
+TEST(TwoProcesses, ARemovalElsewhereWinsAndIsNamed) {
+  StoreBuilder().person("p1", {.first = "Ann"}).person("p2", {.first = "Bob"});
+  const auto people = book()->people();
+  people[0]->setValue_forProperty(Object("Bea"), kABFirstNameProperty);
+  people[1]->setValue_forProperty(Object("Bert"), kABFirstNameProperty);
+  EXPECT_EQ(removes.run({"p1"}).exitCode, 0);
+  const auto report = book()->saveAndReturnError();
+  EXPECT_TRUE(report.done);
+  EXPECT_EQ(report.dropped,
+            (std::vector<std::string>{"the changes of p1 were dropped: it was removed elsewhere"}));
+  EXPECT_EQ(committedFirst("p2"), "Bert");
+  EXPECT_EQ(ids(book()->people()), "p2 ");
+}
+
+TEST(TwoProcesses, SeeEachOthersRecordsAtTheNextList) {
+  StoreBuilder().person("p1").person("p2");
+  EXPECT_EQ(ids(book()->people()), "p1 p2 ");
+  EXPECT_EQ(adds.run({"p3"}).exitCode, 0);
+  EXPECT_EQ(removes.run({"p1"}).exitCode, 0);
+  EXPECT_EQ(ids(book()->people()), "p2 p3 ");
+  EXPECT_EQ(textOf(*personNamed("p3"), kABFirstNameProperty), "New");
+  EXPECT_EQ(personNamed("p1"), nullptr);
+  StoreBuilder().person("p4");
+  EXPECT_EQ(adds.run({"p5"}).exitCode, 0);
+  StoreBuilder().person("p6");
+  EXPECT_EQ(ids(book()->people()), "p2 p3 p4 p5 p6 ");
+}
+
+TEST(RecordView, AFailedSaveSaysWhyAndKeepsTheChanges) {
+  StoreBuilder().person("p1", {.first = "Ann"});
+  const auto person = personNamed("p1");
+  person->setValue_forProperty(Object("Bea"), kABFirstNameProperty);
+  const auto path = support::StoreEnvironment::instance().contactStore();
+  {
+    sqlite::Connection file(path.string(), sqlite::Connection::Mode::ReadWrite);
+    file.execute(
+        "CREATE TRIGGER full BEFORE UPDATE ON content BEGIN SELECT raise(ABORT, "
+        "'disk is full'); END");
+  }
+  const auto report = book()->saveAndReturnError();
+  EXPECT_FALSE(report.done);
+  EXPECT_EQ(report.reason, path.string() + ": disk is full");
+  EXPECT_TRUE(book()->hasUnsavedChanges());
+  EXPECT_EQ(failures::snapshot().failures, 1U);
+  {
+    sqlite::Connection file(path.string(), sqlite::Connection::Mode::ReadWrite);
+    file.execute("DROP TRIGGER full");
+  }
+  EXPECT_TRUE(book()->save());
+  EXPECT_EQ(committedFirst("p1"), "Bea");
+}
+
+}  // namespace
+}  // namespace ox
