@@ -67,7 +67,6 @@ void ContactStore::refresh(Look look) {
 }
 
 void ContactStore::readNews() {
-  ++generation_;
   containersLoaded_ = false;
   values_.clear();
   forgetLinks();

@@ -18,6 +18,7 @@
 #include "platform/store/generation_cache.hpp"
 #include "platform/store/record_index.hpp"
 #include "platform/store/schema.hpp"
+#include "platform/store/spill_file.hpp"
 #include "platform/store/statements.hpp"
 
 namespace ox {
@@ -28,7 +29,7 @@ struct RecordEdit {
   RecordKey key;
   RecordKind kind = RecordKind::Person;
   std::vector<std::pair<PropertyId, PropertyValue>> values;
-  std::optional<Data> image;
+  std::optional<SpillableData> image;
 };
 
 struct RecordChanges {
@@ -55,9 +56,7 @@ class ContactStore {
   // than 10 ms.
   enum class Look { Now, AtMostEvery10ms };
   void refresh(Look look);
-  // Rises whenever committed rows may have changed, by whomever.
-  std::uint64_t generation() const { return generation_; }
-  // The same for links alone, and for the removal of what they link.
+  // Rises whenever committed links may have changed, by whomever.
   std::uint64_t linkGeneration() const { return linkGeneration_; }
 
   const std::vector<ContainerPtr>& containers();
@@ -129,7 +128,6 @@ class ContactStore {
   std::int64_t seenRow_ = 0;       // the last record in the index
   std::int64_t seenRemoval_ = 0;
   std::chrono::steady_clock::time_point lastLook_;
-  std::uint64_t generation_ = 1;
   std::uint64_t linkGeneration_ = 1;
 
   bool containersLoaded_ = false;

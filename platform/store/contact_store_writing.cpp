@@ -61,8 +61,6 @@ void ContactStore::write(bool durable, Step step) {
         throw;
       }
     }
-    ++generation_;
-    containersLoaded_ = false;
     for (const auto& key : writing.changedValues) values_.erase(key);
     if (writing.linksChanged || !writing.removedRows.empty()) forgetLinks();
     if (!indexLoaded_) return;
@@ -188,8 +186,9 @@ void ContactStore::applyEdit(const RecordEdit& edit, Writing& writing, SaveRepor
   for (const auto& [id, value] : edit.values) properties.set(id, value);
   std::uint64_t picture = 0;
   if (edit.image) {
-    writeImage(entry->row, *edit.image);
-    picture = checksumOf(*edit.image);
+    const auto image = edit.image->get();
+    writeImage(entry->row, image);
+    picture = checksumOf(image);
   } else {
     auto& row = statement(Sql::PictureChecksum);
     const sqlite::StatementScope scope(row);

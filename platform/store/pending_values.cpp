@@ -13,7 +13,7 @@ auto entryOf(Values& values, PropertyId property) {
 
 }  // namespace
 
-PendingValues::Edit& PendingValues::edit(const RecordKey& key, RecordKind kind) {
+RecordEdit& PendingValues::edit(const RecordKey& key, RecordKind kind) {
   const auto found = places_.find(key);
   if (found != places_.end()) return *found->second;
   auto& made = edits_.emplace_back();
@@ -23,7 +23,7 @@ PendingValues::Edit& PendingValues::edit(const RecordKey& key, RecordKind kind) 
   return made;
 }
 
-const PendingValues::Edit* PendingValues::find(const RecordKey& key) const {
+const RecordEdit* PendingValues::find(const RecordKey& key) const {
   const auto found = places_.find(key);
   return found == places_.end() ? nullptr : &*found->second;
 }
@@ -89,8 +89,7 @@ std::vector<RecordEdit> PendingValues::edits() const {
   list.reserve(edits_.size());
   for (const auto& changed : edits_) {
     if (isRemoved(changed.key)) continue;
-    auto& made = list.emplace_back(RecordEdit{changed.key, changed.kind, changed.values, {}});
-    if (changed.image) made.image = changed.image->get();
+    list.push_back(changed);
   }
   return list;
 }

@@ -35,16 +35,10 @@ class PendingValues {
   void clear();
 
  private:
-  struct Edit {
-    RecordKey key;
-    RecordKind kind = RecordKind::Person;
-    std::vector<std::pair<PropertyId, PropertyValue>> values;
-    std::optional<SpillableData> image;
-  };
-  using Edits = std::list<Edit>;
+  using Edits = std::list<RecordEdit>;
 
-  Edit& edit(const RecordKey& key, RecordKind kind);
-  const Edit* find(const RecordKey& key) const;
+  RecordEdit& edit(const RecordKey& key, RecordKind kind);
+  const RecordEdit* find(const RecordKey& key) const;
   void dropIfEmpty(const RecordKey& key);
 
   Edits edits_;

@@ -2,12 +2,14 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 
 #include "base/sqlite/error.hpp"
@@ -121,6 +123,20 @@ void migrate(sqlite::Connection& database, const std::string& path) {
   transaction.commit();
 }
 
+sqlite::Connection openMigrated(const std::string& path) {
+  sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
+  database.setBusyTimeout(kBusyMilliseconds);
+  versionOf(database, path);
+  database.execute("PRAGMA journal_mode=WAL");
+  database.execute(
+      "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-32768;"
+      "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=4000;"
+      "PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON;"
+      "PRAGMA journal_size_limit=67108864");
+  migrate(database, path);
+  return database;
+}
+
 }  // namespace
 
 void throwStoreError(const std::string& path, const std::exception& error) {
@@ -141,20 +157,18 @@ void throwStoreError(const std::string& path, const std::exception& error) {
 sqlite::Connection openStoreFile(const std::string& path) {
   checkFile(path);
   makeFile(path);
-  try {
-    sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
-    database.setBusyTimeout(kBusyMilliseconds);
-    versionOf(database, path);
-    database.execute("PRAGMA journal_mode=WAL");
-    database.execute(
-        "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-32768;"
-        "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=4000;"
-        "PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON;"
-        "PRAGMA journal_size_limit=67108864");
-    migrate(database, path);
-    return database;
-  } catch (const sqlite::Error& error) {
-    throwStoreError(path, error);
+  // Turning a new file to write-ahead logging answers "busy" at once while another process does the
+  // same, whatever the time-out says.
+  const auto deadline =
+      std::chrono::steady_clock::now() + std::chrono::milliseconds(kBusyMilliseconds);
+  while (true) {
+    try {
+      return openMigrated(path);
+    } catch (const sqlite::Error& error) {
+      if (!error.isBusy() || std::chrono::steady_clock::now() > deadline)
+        throwStoreError(path, error);
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
   }
 }
 

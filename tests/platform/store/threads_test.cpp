@@ -9,6 +9,7 @@
 #include "platform/AddressBook/ABAddressBook.hpp"
 #include "platform/Contacts/CNContactStore.hpp"
 #include "platform/store/check.hpp"
+#include "platform/store/contact_source.hpp"
 #include "tests/support/second_process.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
@@ -81,6 +82,16 @@ TEST(Store, LosesNoUpdateOfFourWritingProcesses) {
   for (auto& writer : writers) EXPECT_EQ(writer->wait().exitCode, 0);
   EXPECT_EQ(ABAddressBook::sharedAddressBook()->people().size(), 201U);
   EXPECT_EQ(storeProblems(storePath()), std::vector<std::string>{});
+}
+
+TEST(Store, IsMadeOnceBySeveralProcessesAtTheSameMoment) {
+  std::vector<std::unique_ptr<support::RunningProcess>> writers;
+  for (const char* name : {"a", "b", "c", "d"}) {
+    writers.push_back(std::make_unique<support::RunningProcess>(addsMany.command({name})));
+  }
+  for (auto& writer : writers) EXPECT_EQ(writer->wait().exitCode, 0);
+  EXPECT_EQ(ABAddressBook::sharedAddressBook()->people().size(), 200U);
+  EXPECT_EQ(contactSource().containers().size(), 1U);
 }
 
 TEST(Store, KeepsWhatAKilledProcessHadCommitted) {
