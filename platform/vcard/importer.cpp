@@ -1,0 +1,165 @@
+#include "platform/vcard/importer.hpp"
+
+#include <filesystem>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/store/contact_source.hpp"
+#include "platform/vcard/byte_source.hpp"
+#include "platform/vcard/group_import.hpp"
+#include "platform/vcard/person_import.hpp"
+#include "platform/vcard/reader.hpp"
+
+namespace ox::vcard {
+namespace {
+
+// One import under way.
+class Import {
+ public:
+  Import(const std::string& container, const ImportOptions& options, ImportReport& report)
+      : options_(options),
+        report_(report),
+        persons_(contactSource(), container, options, report),
+        groups_(contactSource(), container, options, report) {}
+
+  void setTotal(std::uint64_t bytes) { total_ = bytes; }
+
+  void readFile(const std::string& path) {
+    FileSource source(path);
+    Reader reader(source);
+    while (!isStopped()) {
+      auto result = reader.next();
+      if (!result) break;
+      take(path, std::move(*result));
+      if (persons_.isFull()) {
+        persons_.commit();
+        tell(reader.bytesRead());
+      }
+    }
+    persons_.commit();
+    tell(reader.bytesRead());
+    before_ += reader.bytesRead();
+    if (isStopped()) return;
+    report_.strayLines += reader.strayCount();
+    if (reader.cardsSeen() == 0) {
+      report_.uselessFiles.push_back(path + ": holds no vCard");
+      return;
+    }
+    for (const auto& stray : reader.strayLines())
+      report_.addProblem(path, stray.line, stray.reason);
+  }
+
+  void finish() {
+    persons_.commit();
+    if (isStopped()) {
+      report_.interrupted = true;
+    } else {
+      groups_.commit();
+    }
+    contactSource().checkpoint();
+  }
+
+  bool isStopped() const { return options_.stop != nullptr && options_.stop->load(); }
+
+ private:
+  void take(const std::string& path, Reader::Result result) {
+    if (auto* refusal = std::get_if<Refusal>(&result)) {
+      refuse(path, refusal->line, std::move(refusal->reason));
+      return;
+    }
+    auto& card = std::get<Card>(result);
+    if (options_.strict && !card.repairs.empty()) {
+      const auto& first = card.repairs.front();
+      refuse(path, first.line, "not clean: " + first.reason);
+    } else if (card.isGroup) {
+      groups_.add(path, std::move(card));
+    } else {
+      persons_.add(path, std::move(card));
+    }
+  }
+
+  void refuse(const std::string& path, std::size_t line, std::string reason) {
+    ++report_.cards;
+    ++report_.refused;
+    report_.addProblem(path, line, std::move(reason));
+  }
+
+  void tell(std::uint64_t read) const {
+    if (options_.progress) options_.progress(before_ + read, total_);
+  }
+
+  const ImportOptions& options_;
+  ImportReport& report_;
+  PersonImport persons_;
+  GroupImport groups_;
+  std::uint64_t before_ = 0;  // bytes of the files that are done
+  std::uint64_t total_ = 0;
+};
+
+// The bytes of all files; every one that cannot be opened goes to the report. Pipes are not opened,
+// for they can be read only once.
+std::uint64_t lookAt(const std::vector<std::string>& paths, ImportReport& report) {
+  std::uint64_t total = 0;
+  bool allKnown = true;
+  for (const auto& path : paths) {
+    std::error_code unknown;
+    const auto type = std::filesystem::status(path, unknown).type();
+    if (type == std::filesystem::file_type::fifo || type == std::filesystem::file_type::character) {
+      allKnown = false;
+      continue;
+    }
+    try {
+      total += FileSource(path).size();
+    } catch (const SourceError& error) {
+      report.uselessFiles.emplace_back(error.what());
+    }
+  }
+  return allKnown ? total : 0;
+}
+
+}  // namespace
+
+void ImportReport::addProblem(const std::string& file, std::size_t line, std::string reason) {
+  ++problemCount;
+  if (problems.size() < kProblemsKept) problems.push_back({file, line, std::move(reason)});
+}
+
+void ImportReport::takeCounts(ImportReport& batch) {
+  for (const auto count :
+       {&ImportReport::cards, &ImportReport::added, &ImportReport::updated, &ImportReport::skipped,
+        &ImportReport::refused, &ImportReport::groups, &ImportReport::repaired}) {
+    this->*count += batch.*count;
+  }
+  for (auto& problem : batch.problems) {
+    addProblem(problem.file, problem.line, std::move(problem.reason));
+  }
+  batch = {};
+}
+
+ImportReport importFiles(const std::vector<std::string>& paths, const std::string& container,
+                         const ImportOptions& options) {
+  ImportReport report;
+  const auto total = lookAt(paths, report);
+  if (!report.uselessFiles.empty()) return report;
+  try {
+    Import import(container, options, report);
+    import.setTotal(total);
+    for (const auto& path : paths) {
+      if (import.isStopped()) break;
+      try {
+        import.readFile(path);
+      } catch (const SourceError& error) {
+        report.uselessFiles.emplace_back(error.what());
+      }
+    }
+    import.finish();
+  } catch (const StoreError& error) {
+    report.failure = error.what();
+    report.failureKind = error.kind();
+  } catch (const std::runtime_error& error) {
+    report.failure = error.what();
+  }
+  return report;
+}
+
+}  // namespace ox::vcard

@@ -1,0 +1,154 @@
+#include "platform/vcard/person_import.hpp"
+
+#include <functional>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/store/fingerprint.hpp"
+
+namespace ox::vcard {
+namespace {
+
+constexpr std::string_view kUrnPrefix = "urn:uuid:";
+
+bool sameRecord(const PropertyBag& a, const Data& imageOfA, const Card& card) {
+  return sameData(imageOfA, card.photo) && sameContent(a, card.properties);
+}
+
+std::size_t roughSize(const Card& card) {
+  std::size_t size = card.photo ? card.photo->size() : 0;
+  if (const auto* note = card.properties.text(property_id::kNote)) size += note->size();
+  return size;
+}
+
+}  // namespace
+
+RecordKeys recordsWithUid(ContactSource& source, const std::string& container, RecordKind kind,
+                          std::string_view uid) {
+  const auto plain = uidKey(uid);
+  auto found = source.recordsWithCardUid(container, kind, plain);
+  if (found.empty()) {
+    found = source.recordsWithCardUid(container, kind, std::string(kUrnPrefix) += plain);
+  }
+  return found;
+}
+
+PersonImport::PersonImport(ContactSource& source, std::string container,
+                           const ImportOptions& options, ImportReport& report)
+    : source_(source),
+      container_(std::move(container)),
+      options_(options),
+      report_(report),
+      startedEmpty_(source.recordsIn(container_, RecordKind::Person).empty()) {}
+
+bool PersonImport::isFull() const {
+  return batch_.additions.size() + batch_.replacements.size() >= kBatchCards ||
+         batchBytes_ >= kBatchBytes;
+}
+
+bool PersonImport::storeMayHold(std::uint64_t hash) const {
+  return !startedEmpty_ || addedHashes_.contains(hash);
+}
+
+std::optional<PersonImport::Match> PersonImport::matchByUid(const Card& card,
+                                                            std::string_view uid) {
+  const auto inBatch = batchByUid_.find(std::string(uid));
+  if (inBatch != batchByUid_.end()) {
+    const auto& record = batch_.additions[inBatch->second];
+    return Match{record.key, inBatch->second, false,
+                 sameRecord(record.properties, record.image, card)};
+  }
+  if (!storeMayHold(std::hash<std::string_view>()(uid))) return std::nullopt;
+  const auto stored = recordsWithUid(source_, container_, RecordKind::Person, uid);
+  if (stored.empty()) return std::nullopt;
+  const auto& key = stored.front();
+  if (batchReplaced_.contains(key)) commit();
+  const auto values = source_.committedValues(key);
+  if (!values) return std::nullopt;
+  return Match{key, 0, true, sameRecord(*values, source_.committedImage(key), card)};
+}
+
+std::optional<PersonImport::Match> PersonImport::matchByContent(const Card& card,
+                                                                std::uint64_t fingerprint) {
+  const auto [first, last] = batchByContent_.equal_range(fingerprint);
+  for (auto entry = first; entry != last; ++entry) {
+    const auto& record = batch_.additions[entry->second];
+    if (sameRecord(record.properties, record.image, card)) {
+      return Match{record.key, entry->second, false, true};
+    }
+  }
+  if (!storeMayHold(fingerprint)) return std::nullopt;
+  for (const auto& key :
+       source_.recordsWithFingerprint(container_, RecordKind::Person, fingerprint)) {
+    const auto values = source_.committedValues(key);
+    if (values && sameRecord(*values, source_.committedImage(key), card)) {
+      return Match{key, 0, true, true};
+    }
+  }
+  return std::nullopt;
+}
+
+void PersonImport::add(const std::string& file, Card card) {
+  const auto* uidText = card.properties.text(property_id::kCardUid);
+  const std::string uid(uidText != nullptr ? uidKey(*uidText) : std::string_view());
+  const auto fingerprint = contentFingerprint(card.properties, card.photo);
+  const auto match = uid.empty() ? matchByContent(card, fingerprint) : matchByUid(card, uid);
+
+  ++counted_.cards;
+  if (!card.repairs.empty()) ++counted_.repaired;
+  for (auto& repair : card.repairs)
+    counted_.addProblem(file, repair.line, std::move(repair.reason));
+  if (!match) {
+    append(std::move(card), uid, fingerprint);
+  } else if (match->sameContent) {
+    ++counted_.skipped;
+  } else if (!options_.update) {
+    ++counted_.skipped;
+    counted_.addProblem(file, card.line, "differs from the person with the same UID; not updated");
+  } else {
+    replace(*match, std::move(card));
+  }
+}
+
+void PersonImport::append(Card card, std::string_view uid, std::uint64_t fingerprint) {
+  ++counted_.added;
+  batchBytes_ += roughSize(card);
+  const auto index = batch_.additions.size();
+  if (!uid.empty()) {
+    batchByUid_.emplace(uid, index);
+    if (startedEmpty_) addedHashes_.insert(std::hash<std::string_view>()(uid));
+  }
+  batchByContent_.emplace(fingerprint, index);
+  if (startedEmpty_) addedHashes_.insert(fingerprint);
+  batch_.additions.push_back({RecordKey::make(RecordKind::Person), RecordKind::Person, container_,
+                              std::move(card.properties), std::move(card.photo)});
+}
+
+void PersonImport::replace(const Match& match, Card card) {
+  ++counted_.updated;
+  batchBytes_ += roughSize(card);
+  if (startedEmpty_) addedHashes_.insert(contentFingerprint(card.properties, card.photo));
+  if (match.stored) {
+    batchReplaced_.insert(match.key);
+    batch_.replacements.push_back({match.key, std::move(card.properties), std::move(card.photo)});
+  } else {
+    auto& record = batch_.additions[match.addition];
+    batchByContent_.emplace(contentFingerprint(card.properties, card.photo), match.addition);
+    record.properties = std::move(card.properties);
+    record.image = std::move(card.photo);
+  }
+}
+
+void PersonImport::commit() {
+  if (!batch_.additions.empty() || !batch_.replacements.empty()) {
+    if (!source_.execute(batch_)) throw std::runtime_error(batch_.reason);
+  }
+  report_.takeCounts(counted_);
+  batch_ = {};
+  batchBytes_ = 0;
+  batchByUid_.clear();
+  batchByContent_.clear();
+  batchReplaced_.clear();
+}
+
+}  // namespace ox::vcard

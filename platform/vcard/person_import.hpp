@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "platform/store/contact_source.hpp"
+#include "platform/vcard/card.hpp"
+#include "platform/vcard/importer.hpp"
+
+namespace ox::vcard {
+
+// The records of a container that bear that card UID, with or without "urn:uuid:".
+RecordKeys recordsWithUid(ContactSource& source, const std::string& container, RecordKind kind,
+                          std::string_view uid);
+
+// Writes the person cards of an import, a batch at a time, and counts them once they are committed.
+// Borrows what it is given for its whole life. Throws what the store throws.
+class PersonImport {
+ public:
+  static constexpr std::size_t kBatchCards = 1000;
+  static constexpr std::size_t kBatchBytes = 64U << 20U;
+
+  PersonImport(ContactSource& source, std::string container, const ImportOptions& options,
+               ImportReport& report);
+
+  void add(const std::string& file, Card card);
+  // True when enough has come together for a commit.
+  bool isFull() const;
+  void commit();
+
+ private:
+  // What a card is equal to already; null members when that record is of this batch.
+  struct Match {
+    RecordKey key;
+    std::size_t addition = 0;  // in the batch, when it is not stored yet
+    bool stored = false;
+    bool sameContent = false;
+  };
+
+  std::optional<Match> matchByUid(const Card& card, std::string_view uid);
+  std::optional<Match> matchByContent(const Card& card, std::uint64_t fingerprint);
+  bool storeMayHold(std::uint64_t hash) const;
+  void append(Card card, std::string_view uid, std::uint64_t fingerprint);
+  void replace(const Match& match, Card card);
+
+  ContactSource& source_;
+  std::string container_;
+  const ImportOptions& options_;
+  ImportReport& report_;
+
+  SaveRequest batch_;
+  ImportReport counted_;  // of this batch
+  std::size_t batchBytes_ = 0;
+  std::unordered_map<std::string, std::size_t> batchByUid_;
+  std::unordered_multimap<std::uint64_t, std::size_t> batchByContent_;
+  std::unordered_set<RecordKey> batchReplaced_;
+  // When the container was empty, everything in it came from here: hashes of the UIDs and contents
+  // that were added, so that a new card asks the store nothing.
+  bool startedEmpty_;
+  std::unordered_set<std::uint64_t> addedHashes_;
+};
+
+}  // namespace ox::vcard
