@@ -1,12 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace ox {
 
-// XXH3, 64 bits: tells accidental damage, not malice. The same bytes give the same number on every
-// machine.
+// XXH3: tells accidental damage, not malice. The same bytes give the same sum on every machine.
 std::uint64_t checksum64(std::string_view bytes);
+
+// 32 lower-case hexadecimal digits, the canonical (big-endian) form.
+std::string checksum128(std::string_view bytes);
 
 }  // namespace ox

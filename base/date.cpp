@@ -135,7 +135,9 @@ std::string Date::toText() const {
     append(text, "---%02d", int{*day});
   }
   if (!secondOfDay) return text;
-  append(text, "T%02d:%02d:%02d", *secondOfDay / 3600, *secondOfDay / 60 % 60, *secondOfDay % 60);
+  const int leap = *secondOfDay == 86400 ? 1 : 0;  // 23:59:60, not 24:00:00
+  const int second = *secondOfDay - leap;
+  append(text, "T%02d:%02d:%02d", second / 3600, second / 60 % 60, second % 60 + leap);
   if (!utcOffsetMinutes) return text;
   if (*utcOffsetMinutes == 0) return text + "Z";
   const int minutes = *utcOffsetMinutes < 0 ? -*utcOffsetMinutes : *utcOffsetMinutes;

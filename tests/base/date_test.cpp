@@ -1,7 +1,6 @@
 #include "base/date.hpp"
 
 #include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
@@ -29,6 +28,7 @@ TEST(Date, ReadsEveryTruncationAndWritesItBackInExtendedForm) {
       {"19900517T101530+0200", "1990-05-17T10:15:30+02:00"},
       {"1990-05-17T10:15:30.250-05:30", "1990-05-17T10:15:30-05:30"},
       {"1990-05-17 10:15", "1990-05-17T10:15:00"},
+      {"1998-12-31T23:59:60Z", "1998-12-31T23:59:60Z"},
       {"", ""},
       {"1990-13-01", ""},
       {"1990-02-29", ""},

@@ -1,0 +1,77 @@
+#include "base/base64.hpp"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace ox {
+namespace {
+
+constexpr std::string_view kDigits =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr std::uint8_t kNoDigit = 0xFF;
+
+constexpr std::array<std::uint8_t, 256> valuesOfDigits() {
+  std::array<std::uint8_t, 256> values{};
+  values.fill(kNoDigit);
+  for (std::size_t i = 0; i < kDigits.size(); ++i) {
+    values[static_cast<std::uint8_t>(kDigits[i])] = static_cast<std::uint8_t>(i);
+  }
+  return values;
+}
+constexpr auto kValues = valuesOfDigits();
+
+std::uint32_t byteAt(std::string_view bytes, std::size_t at) {
+  return at < bytes.size() ? static_cast<std::uint8_t>(bytes[at]) : 0U;
+}
+
+// The 24 bits of four digits, those from `count` on taken as zero; missing for a foreign character.
+std::optional<std::uint32_t> bitsOf(std::string_view digits, std::size_t count) {
+  std::uint32_t bits = 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    const std::uint8_t value =
+        i < count ? kValues[static_cast<std::uint8_t>(digits[i])] : std::uint8_t{0};
+    if (value == kNoDigit) return std::nullopt;
+    bits = bits << 6 | value;
+  }
+  return bits;
+}
+
+}  // namespace
+
+std::string base64(std::string_view bytes) {
+  std::string text;
+  text.reserve((bytes.size() + 2) / 3 * 4);
+  for (std::size_t at = 0; at < bytes.size(); at += 3) {
+    const std::uint32_t bits =
+        byteAt(bytes, at) << 16 | byteAt(bytes, at + 1) << 8 | byteAt(bytes, at + 2);
+    const std::size_t left = bytes.size() - at;
+    text += kDigits[bits >> 18];
+    text += kDigits[bits >> 12 & 63];
+    text += left > 1 ? kDigits[bits >> 6 & 63] : '=';
+    text += left > 2 ? kDigits[bits & 63] : '=';
+  }
+  return text;
+}
+
+std::optional<std::string> bytesOfBase64(std::string_view text) {
+  if (text.size() % 4 != 0) return std::nullopt;
+  const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
+  std::string bytes;
+  bytes.reserve(text.size() / 4 * 3);
+  for (std::size_t at = 0; at < text.size(); at += 4) {
+    const bool last = at + 4 == text.size();
+    const auto bits = bitsOf(text.substr(at, 4), last ? 4 - padding : 4);
+    if (!bits) return std::nullopt;
+    bytes += static_cast<char>(*bits >> 16 & 0xFF);
+    bytes += static_cast<char>(*bits >> 8 & 0xFF);
+    bytes += static_cast<char>(*bits & 0xFF);
+  }
+  for (std::size_t i = 0; i < padding; ++i) {
+    if (bytes.back() != '\0') return std::nullopt;
+    bytes.pop_back();
+  }
+  return bytes;
+}
+
+}  // namespace ox
