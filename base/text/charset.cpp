@@ -3,9 +3,8 @@
 #include <array>
 #include <cctype>
 #include <memory>
-#include <span>
 #include <unicode/ucnv.h>
-#include <unicode/ucsdet.h>
+#include <unicode/ucnv_cb.h>
 #include <unicode/ustring.h>
 
 #include "base/text/utf8.hpp"
@@ -32,33 +31,6 @@ constexpr std::array kLargerSets = {
     Rename{"EUCKR", "windows-949"},
 };
 
-// What the detector's names stand for; a name that is not here is never believed.
-constexpr std::array kDetected = {
-    Rename{"ISO88591", "windows-1252"},
-    Rename{"ISO88592", "windows-1250"},
-    Rename{"ISO88595", "windows-1251"},
-    Rename{"ISO88596", "windows-1256"},
-    Rename{"ISO88597", "windows-1253"},
-    Rename{"ISO88598", "windows-1255"},
-    Rename{"ISO88599", "windows-1254"},
-    Rename{"WINDOWS1250", "windows-1250"},
-    Rename{"WINDOWS1251", "windows-1251"},
-    Rename{"WINDOWS1252", "windows-1252"},
-    Rename{"WINDOWS1253", "windows-1253"},
-    Rename{"WINDOWS1254", "windows-1254"},
-    Rename{"WINDOWS1255", "windows-1255"},
-    Rename{"WINDOWS1256", "windows-1256"},
-    Rename{"KOI8R", "KOI8-R"},
-    Rename{"SHIFTJIS", "Shift_JIS"},
-    Rename{"EUCJP", "EUC-JP"},
-    Rename{"EUCKR", "windows-949"},
-    Rename{"BIG5", "Big5"},
-    Rename{"GB18030", "GB18030"},
-};
-
-// The detector's confidence (0 to 100) from which a guess beats windows-1252.
-constexpr int kBelievable = 20;
-
 // Letters and digits only, upper case: how charset names are compared.
 std::string bareName(std::string_view name) {
   std::string bare;
@@ -69,8 +41,8 @@ std::string bareName(std::string_view name) {
   return bare;
 }
 
-const char* find(std::span<const Rename> rows, std::string_view bare) {
-  for (const auto& row : rows) {
+const char* largerSet(std::string_view bare) {
+  for (const auto& row : kLargerSets) {
     if (row.from == bare) return row.to;
   }
   return nullptr;
@@ -79,10 +51,17 @@ const char* find(std::span<const Rename> rows, std::string_view bare) {
 struct CloseConverter {
   void operator()(UConverter* converter) const { ucnv_close(converter); }
 };
-struct CloseDetector {
-  void operator()(UCharsetDetector* detector) const { ucsdet_close(detector); }
-};
 using Converter = std::unique_ptr<UConverter, CloseConverter>;
+
+// Writes U+FFFD where the converter would choose a substitute of its own.
+void replaceIllFormed(const void* /*context*/, UConverterToUnicodeArgs* args, const char* /*bytes*/,
+                      std::int32_t /*length*/, UConverterCallbackReason reason,
+                      UErrorCode* status) {
+  if (reason > UCNV_IRREGULAR) return;
+  *status = U_ZERO_ERROR;
+  constexpr UChar kReplacement = 0xFFFD;
+  ucnv_cbToUWriteUChars(args, &kReplacement, 1, 0, status);
+}
 
 // The thread's converter of that name: opening one is dear, and a file rarely mixes charsets.
 UConverter* converterFor(const std::string& name) {
@@ -92,6 +71,7 @@ UConverter* converterFor(const std::string& name) {
     UErrorCode status = U_ZERO_ERROR;
     open.reset(ucnv_open(name.c_str(), &status));
     openName = name;
+    if (open) ucnv_setToUCallBack(open.get(), replaceIllFormed, nullptr, nullptr, nullptr, &status);
     if (U_FAILURE(status) != 0) open = nullptr;
   }
   return open.get();
@@ -129,43 +109,15 @@ std::string convert(UConverter* converter, std::string_view bytes) {
   return result;
 }
 
-// True when every byte has a meaning in the charset.
-bool convertsCleanly(const char* charset, std::string_view bytes) {
-  auto* converter = converterFor(charset);
-  return converter != nullptr &&
-         convert(converter, bytes).find("\xEF\xBF\xBD") == std::string::npos;
-}
-
 }  // namespace
 
 std::optional<std::string> utf8FromCharset(std::string_view bytes, std::string_view charset) {
   const auto bare = bareName(charset);
   if (bare == "UTF8") return validUtf8(std::string(bytes));
-  const char* larger = find(kLargerSets, bare);
+  const char* larger = largerSet(bare);
   auto* converter = converterFor(larger != nullptr ? larger : std::string(charset));
   if (converter == nullptr) return std::nullopt;
   return convert(converter, bytes);
-}
-
-std::string detectCharset(std::string_view bytes) {
-  constexpr const char* kFallback = "windows-1252";
-  constexpr std::size_t kEnough = 64 * 1024;
-  bytes = bytes.substr(0, kEnough);
-  UErrorCode status = U_ZERO_ERROR;
-  const std::unique_ptr<UCharsetDetector, CloseDetector> detector(ucsdet_open(&status));
-  if (U_FAILURE(status) != 0) return kFallback;
-  ucsdet_setText(detector.get(), bytes.data(), static_cast<std::int32_t>(bytes.size()), &status);
-  std::int32_t count = 0;
-  const UCharsetMatch** matches = ucsdet_detectAll(detector.get(), &count, &status);
-  if (U_FAILURE(status) != 0) return kFallback;
-  for (const auto* match : std::span(matches, static_cast<std::size_t>(count))) {
-    const char* const name = ucsdet_getName(match, &status);
-    const auto confidence = ucsdet_getConfidence(match, &status);
-    if (U_FAILURE(status) != 0 || confidence < kBelievable) break;
-    const char* const charset = find(kDetected, bareName(name));
-    if (charset != nullptr && convertsCleanly(charset, bytes)) return charset;
-  }
-  return kFallback;
 }
 
 }  // namespace ox

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -55,6 +56,8 @@ class PropertyBag {
   void set(PropertyId id, PropertyValue value);
   const std::vector<Entry>& entries() const { return entries_; }
   bool empty() const { return entries_.empty(); }
+  // Makes room for so many properties.
+  void reserve(std::size_t count) { entries_.reserve(count); }
 
  private:
   std::vector<Entry> entries_;

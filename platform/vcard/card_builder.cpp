@@ -197,6 +197,8 @@ void CardBuilder::settleNames() {
 // By rising number, so that every value is appended.
 void CardBuilder::assemblePerson() {
   auto& bag = card_.properties;
+  constexpr std::size_t kUsual = 12;
+  bag.reserve(kUsual);
   for (PropertyId id = property_id::kFirst; id <= property_id::kNote; ++id) {
     if (id == property_id::kBirthday) {
       if (birthday_) bag.set(id, Object(*birthday_));

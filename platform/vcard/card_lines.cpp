@@ -40,6 +40,7 @@ std::string_view versionOf(std::string_view line) {
 }
 
 bool saysGroup(std::string_view line) {
+  if (!startsWithWord(line, "KIND") && !startsWithWord(line, "X-ADDRESSBOOKSERVER-K")) return false;
   const auto colon = line.find(':');
   if (colon == npos) return false;
   const auto name = trimmed(line.substr(0, line.find(';')).substr(0, colon));
@@ -60,13 +61,37 @@ bool looksLike21(const RawCard& card) {
   return false;
 }
 
+// True when a repaired text has more characters beyond ASCII that were right than ones that were
+// not: damaged UTF-8, no other charset.
+bool isMostlyUtf8(std::string_view repaired) {
+  constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+  std::size_t wrong = 0;
+  for (auto at = repaired.find(kReplacement); at != npos;
+       at = repaired.find(kReplacement, at + 3)) {
+    ++wrong;
+  }
+  const auto leads = std::count_if(repaired.begin(), repaired.end(),
+                                   [](char c) { return static_cast<unsigned char>(c) >= 0xC0; });
+  return static_cast<std::size_t>(leads) > 2 * wrong;
+}
+
+// Every CRLF becomes a line feed.
+void withLineFeeds(std::string& text) {
+  if (text.find('\r') == npos) return;
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+    text[kept++] = text[i];
+  }
+  text.resize(kept);
+}
+
 void appendWithEscapedBreaks(std::string_view value, std::string& out) {
-  for (std::size_t i = 0; i < value.size(); ++i) {
-    if (value[i] == '\r' && i + 1 < value.size() && value[i + 1] == '\n') continue;
-    if (value[i] == '\n' || value[i] == '\r') {
+  for (const char c : value) {
+    if (c == '\n' || c == '\r') {
       out += "\\n";
     } else {
-      out += value[i];
+      out += c;
     }
   }
 }
@@ -225,9 +250,11 @@ void CardLines::joinBrokenFold() {
   constexpr std::size_t kShortestFull = 70;
   constexpr std::size_t kLongestFull = 80;
   const auto last = card_->lines[next_ - 1].length;
+  if (last < kShortestFull || last > kLongestFull) return;
   const auto line = card_->lineAt(next_);
-  if (last < kShortestFull || last > kLongestFull || isBlankLine(line)) return;
-  if (line.front() == '#' || line.find(':') != npos) return;
+  if (isBlankLine(line)) return;
+  ContentLine other;
+  if (line.front() == '#' || parseHead(line, other) != npos) return;
   mend(next_, "line without a name, joined to the line before it");
   if (text_.data() != joined_.data()) joined_.assign(text_);
   joined_.append(line);
@@ -241,6 +268,7 @@ void CardLines::decodeValue() {
     appendQuotedPrintable(line_.value, decoded_);
     const bool clean = line_.charset.empty() || isWord(line_.charset, "UTF-8");
     if (!clean || !isValidUtf8(decoded_)) decoded_ = toUtf8(decoded_, line_.charset);
+    withLineFeeds(decoded_);
     line_.value = decoded_;
     return;
   }
@@ -260,13 +288,18 @@ std::string CardLines::toUtf8(std::string_view bytes, std::string_view charset) 
     if (auto text = utf8FromCharset(bytes, charset)) return *std::move(text);
   }
   if (isValidUtf8(bytes)) return std::string(bytes);
+  auto repaired = validUtf8(std::string(bytes));
+  if (trustBytes_ || isMostlyUtf8(repaired)) {
+    mend(next_ - 1, "ill-formed UTF-8 replaced by U+FFFD");
+    return repaired;
+  }
   auto text = utf8FromCharset(bytes, guessedCharset());
-  return text ? *std::move(text) : validUtf8(std::string(bytes));
+  return text ? *std::move(text) : repaired;
 }
 
 const std::string& CardLines::guessedCharset() {
   if (guessed_.empty()) {
-    guessed_ = trustBytes_ ? "UTF-8" : guess_(*card_);
+    guessed_ = guess_(*card_);
     mend(next_ - 1, "text is not UTF-8, read as " + guessed_);
   }
   return guessed_;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "base/text/utf8.hpp"
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/markers.hpp"
 
@@ -14,12 +15,20 @@ constexpr std::size_t kBlock = 256U << 10U;
 // Of a line that is too long to keep, this much tells what it is.
 constexpr std::size_t kFront = 64;
 
+// What follows the group of a line; asked of every line, so it looks at the front only.
+std::string_view withoutGroup(std::string_view line) {
+  constexpr std::size_t kLongestGroup = 16;
+  const auto count = std::min(line.size(), kLongestGroup);
+  for (std::size_t i = 0; i < count && line[i] != ':' && line[i] != ';'; ++i) {
+    if (line[i] == '.') return line.substr(i + 1);
+  }
+  return line;
+}
+
 // The value of an AGENT line without blanks; null data when the line is another.
 std::string_view agentValue(std::string_view line) {
-  const auto mark = line.find_first_of(".;:");
-  if (mark == std::string_view::npos) return {};
-  if (line[mark] == '.') line.remove_prefix(mark + 1);
-  if (!startsWithWord(line, "AGENT")) return {};
+  line = withoutGroup(line);
+  if (line.size() < 6 || upper(line.front()) != 'A' || !startsWithWord(line, "AGENT")) return {};
   const auto colon = line.find(':');
   if (colon == std::string_view::npos || (line[5] != ':' && line[5] != ';')) return {};
   return trimmed(line.substr(colon + 1));
@@ -89,8 +98,8 @@ void CardSlicer::dropFront(Line& line) {
 bool CardSlicer::nextLine(Line& line) {
   line.whole = true;
   std::size_t stop = findBreak();
-  // A carriage return at the very end may be the first half of a CRLF.
-  while (stop == end_ || (buffer_[stop] == '\r' && stop + 1 == end_ && !atEnd_)) {
+  // A carriage return near the end may be the first part of a longer break.
+  while (stop == end_ || (buffer_[stop] == '\r' && stop + 2 >= end_ && !atEnd_)) {
     if (keeping_ && end_ - card_ > kMaxCard) keeping_ = false;
     if (!keeping_ && end_ - next_ > kBlock && stop == end_) dropFront(line);
     if (!fill()) {
@@ -105,9 +114,15 @@ bool CardSlicer::nextLine(Line& line) {
   line.text = line.whole ? std::string_view(buffer_.get() + next_, stop - next_) : front_;
   next_ = stop;
   if (stop == end_) return true;
-  const bool pair = buffer_[stop] == '\r' && stop + 1 < end_ && buffer_[stop + 1] == '\n';
-  next_ += pair ? 2 : 1;
+  next_ += breakLength(stop);
   return true;
+}
+
+// Of the line break at that place: LF, CR, CRLF, or the CR CR LF that comes of converting twice.
+std::size_t CardSlicer::breakLength(std::size_t at) const {
+  const std::string_view rest(buffer_.get() + at, end_ - at);
+  if (rest.starts_with("\r\r\n")) return 3;
+  return rest.starts_with("\r\n") ? 2 : 1;
 }
 
 void CardSlicer::takeBack(const Line& line) {
@@ -121,7 +136,9 @@ void CardSlicer::addStray(std::string_view text) {
   if (isBlankLine(text)) return;
   ++strayCount_;
   if (stray_.size() >= kStrayKept) return;
-  stray_.push_back({lineNumber_, "text outside of any card"});
+  constexpr std::size_t kShown = 60;
+  stray_.push_back(
+      {lineNumber_, "text outside of any card: " + validUtf8(std::string(text.substr(0, kShown)))});
 }
 
 void CardSlicer::startCard(RawCard& card, const Line& line) {
@@ -187,10 +204,10 @@ bool CardSlicer::next(RawCard& card) {
   while (step == Step::Inside && nextLine(line)) step = addLine(card, line);
   if (step == Step::Inside) endOfSource(card);
   if (step == Step::CutOff) {
-    takeBack(line);
     if (card.refusal.empty()) {
       card.repairs.push_back({lineNumber_, "END:VCARD is missing before the next card"});
     }
+    takeBack(line);
   }
   if (card.refusal.empty()) card.bytes = {buffer_.get() + card_, next_ - card_};
   return true;

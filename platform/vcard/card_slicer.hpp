@@ -31,11 +31,11 @@ struct RawCard {
   }
 };
 
-// Cuts a source into cards by their BEGIN and END lines and looks at nothing else. LF, CR and CRLF
-// end a line. A BEGIN right after an AGENT line without value opens a nested card, which belongs to
-// the outer one; any other BEGIN inside a card means that the END before it is missing: the card
-// ends there, mended, since all its lines are whole. A card that the end of the source cuts off is
-// refused, because nothing tells how much is missing.
+// Cuts a source into cards by their BEGIN and END lines and looks at nothing else. LF, CR, CRLF
+// and CR CR LF end a line. A BEGIN right after an AGENT line without value opens a nested card,
+// which belongs to the outer one; any other BEGIN inside a card means that the END before it is
+// missing: the card ends there, mended, since all its lines are whole. A card that the end of the
+// source cuts off is refused, because nothing tells how much is missing.
 class CardSlicer {
  public:
   static constexpr std::size_t kMaxCard = 64U << 20U;
@@ -67,6 +67,7 @@ class CardSlicer {
 
   bool nextLine(Line& line);
   std::size_t findBreak();
+  std::size_t breakLength(std::size_t at) const;
   void seek(Mark& mark) const;
   bool fill();
   void makeRoom();

@@ -58,6 +58,14 @@ std::size_t endOfValue(std::string_view text, std::size_t at) {
   return at;
 }
 
+// RFC 6350, section 3.3, and the underscore, which some programs use.
+bool isName(std::string_view text) {
+  for (const char c : text) {
+    if (!isLetter(c) && !isDigit(c) && c != '-' && c != '_') return false;
+  }
+  return !text.empty();
+}
+
 std::string_view withoutQuotes(std::string_view text) {
   text = trimmed(text);
   if (text.size() >= 2 && text.front() == '"' && text.back() == '"') {
@@ -118,8 +126,9 @@ std::size_t parseHead(std::string_view text, ContentLine& line) {
     start = at + 1;
   }
   line.name = trimmed(text.substr(start, at - start));
+  if (!isName(line.name)) return npos;
   while (at < text.size() && text[at] == ';') at = parseParameter(text, at + 1, line);
-  if (at >= text.size() || line.name.empty()) return npos;
+  if (at >= text.size()) return npos;
   line.head = text.substr(0, at);
   line.row = &propertyRow(line.name);
   return at;

@@ -83,6 +83,7 @@ void CardBuilder::addEntry(PropertyId property, Object value, const ContentLine&
   } else {
     label.label = extras.label;
   }
+  if (number == 1) held.entries.reserve(4);
   auto& entry = held.entries.emplace_back();
   entry.identifier = number;
   if (!label.label.empty()) entry.label.emplace(label.label);

@@ -45,7 +45,7 @@ bool hasType(const ContentLine& line, std::string_view wanted) {
 
 bool CardBuilder::addName(const ContentLine& line) {
   if (hasName_) return false;
-  const auto parts = components<5>(line.value);
+  const auto parts = components<6>(line.value);
   const auto take = [&](PropertyId property, std::string_view part, std::string_view separator) {
     if (part.empty()) return;
     single(property) = unescapedList(part, dialect_, separator);
@@ -56,7 +56,9 @@ bool CardBuilder::addName(const ContentLine& line) {
   take(property_id::kMiddle, parts[2], " ");
   take(property_id::kTitle, parts[3], " ");
   take(property_id::kSuffix, parts[4], ", ");
-  if (line.parameters.empty()) return true;
+  const bool allTaken = parts[5].find_first_not_of("; ") == std::string_view::npos;
+  if (!allTaken) mend(line, "N has more than five components, kept as text beside them");
+  if (line.parameters.empty()) return allTaken;
   // RFC 6350, section 5.9: last name, then first; some programs part them by a semicolon.
   if (const auto* sortAs = line.find(ParameterKind::SortAs)) {
     const auto reading = parameterText(*sortAs);
@@ -67,7 +69,7 @@ bool CardBuilder::addName(const ContentLine& line) {
     }
   }
   keepParameters(property_id::kLast, 0, line, bitOf(ParameterKind::SortAs), 0, true);
-  return true;
+  return allTaken;
 }
 
 bool CardBuilder::addFullName(const ContentLine& line) {

@@ -1,0 +1,100 @@
+#include <gtest/gtest.h>
+
+#include "card_text.hpp"
+
+using namespace std::string_literals;
+
+namespace ox::vcard {
+namespace {
+
+TEST(CardFraming, VersionsLineEndsAndBlanksMayBeMixed) {
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\r\nVERSION:2.1\rTITLE;QUOTED-PRINTABLE:=41\nEND:VCARD\r\r\n"
+                      "\n\nbegin:vcard \nversion:3.0\n\ntitle:b\r\rend:vcard \t\n"
+                      "\xEF\xBB\xBF"
+                      "BEGIN: VCARD\r\r\nVERSION:4.0\r\r\nTITLE:c\r\r\n d\r\r\nEND:VCARD"),
+            "JobTitle=A\n--\nJobTitle=b\n--\nJobTitle=cd\n");
+}
+
+TEST(CardFraming, MissingVersionIsGuessedAndNamed) {
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nNOTE:a\\nb\nEND:VCARD\n"
+                      "BEGIN:VCARD\nTEL;CELL:1\nNOTE:a\\nb\nEND:VCARD\n"),
+            "Note=a\nb\nrepair 1: VERSION is missing\n--\n"
+            "Note=a\\nb\nPhone[_$!<Mobile>!$_]=1\nrepair 4: VERSION is missing\n");
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nNOTE:a\\nb\nVERSION:2.1\nEND:VCARD\n"), "Note=a\\nb\n");
+}
+
+TEST(CardFraming, MissingEndsNeverTouchTheNextCard) {
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nVERSION:3.0\nTITLE:a\nBEGIN:VCARD\nVERSION:3.0\nTITLE:b\n"
+                      "END:VCARD\nBEGIN:VCARD\nVERSION:3.0\nTITLE:c\n"),
+            "JobTitle=a\nrepair 4: END:VCARD is missing before the next card\n--\n"
+            "JobTitle=b\n--\nrefused 8: the file ends inside the card\n");
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nVERSION:3.0\nTITLE:a\nEND:VCA"),
+            "JobTitle=a\nrepair 4: END:VCARD is cut off\n");
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nEND:VCARD\nBEGIN:VCARD\nVERSION:3.0\nTITLE:a\nEND:VCARD\n"),
+            "refused 1: the card holds no property\n--\nJobTitle=a\n");
+}
+
+TEST(CardFraming, NestedCardsBelongToTheOuterOne) {
+  const std::string inner = "BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n";
+  EXPECT_EQ(textOfCard("2.1", "AGENT:\n" + inner + "TITLE:out\n"),
+            "JobTitle=out\nkept=AGENT:\nBEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n");
+  EXPECT_EQ(textOfCard("3.0", "AGENT:" + inner + "TITLE:out\n"),
+            "JobTitle=out\nkept=AGENT:BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n");
+  EXPECT_EQ(textOfCard("3.0", "AGENT:someone\nTITLE:out\n"), "JobTitle=out\nkept=AGENT:someone\n");
+}
+
+std::string nested(int depth) {
+  std::string text = "BEGIN:VCARD\nVERSION:2.1\nTITLE:x\n";
+  for (int i = 0; i < depth; ++i) text += "AGENT:\nBEGIN:VCARD\nTITLE:y\n";
+  for (int i = 0; i <= depth; ++i) text += "END:VCARD\n";
+  return text;
+}
+
+TEST(CardFraming, DeepNestingIsRefusedAndTheNextCardIsRead) {
+  const std::string good = "BEGIN:VCARD\nVERSION:3.0\nTITLE:good\nEND:VCARD\n";
+  EXPECT_EQ(textOfAll(nested(8)).substr(0, 11), "JobTitle=x\n");
+  EXPECT_EQ(textOfAll(nested(9) + good),
+            "refused 1: cards are nested more than 8 deep\n--\nJobTitle=good\n");
+  EXPECT_EQ(textOfAll(nested(10000) + good),
+            "refused 1: cards are nested more than 8 deep\n--\nJobTitle=good\n");
+  std::string begins;
+  for (int i = 0; i < 10000; ++i) begins += "BEGIN:VCARD\n";
+  const auto results = readAll(begins + good);
+  ASSERT_EQ(results.size(), 10001U);
+  EXPECT_EQ(textOf(results.front()), "refused 1: the card holds no property\n");
+  EXPECT_EQ(textOf(results.back()), "JobTitle=good\n");
+}
+
+TEST(CardFraming, TextOutsideOfCardsIsCounted) {
+  MemorySource source("hello\nBEGIN:VLIST\n\nBEGIN:VCARD\nVERSION:3.0\nTITLE:a\nEND:VCARD\nbye");
+  Reader reader(source);
+  ASSERT_TRUE(reader.next());
+  EXPECT_FALSE(reader.next());
+  EXPECT_EQ(reader.cardsSeen(), 1U);
+  EXPECT_EQ(reader.strayCount(), 3U);
+  const std::vector<Problem> expected = {{1, "text outside of any card: hello"},
+                                         {2, "text outside of any card: BEGIN:VLIST"},
+                                         {8, "text outside of any card: bye"}};
+  EXPECT_EQ(reader.strayLines(), expected);
+}
+
+TEST(CardFraming, WhatIsNoVcardHoldsNoCard) {
+  for (const std::string& bytes : {std::string(), "\x89PNG\r\n\x1A\n\0\0\0"s,
+                                   std::string(100000, '\0'), std::string("\xEF\xBB\xBF")}) {
+    MemorySource source(bytes);
+    Reader reader(source);
+    EXPECT_FALSE(reader.next());
+    EXPECT_EQ(reader.cardsSeen(), 0U);
+    EXPECT_EQ(reader.bytesRead(), bytes.size());
+  }
+}
+
+TEST(CardFraming, NulIsACharacterOfTheText) {
+  const std::string card = "BEGIN:VCARD\nVERSION:3.0\nNOTE:a\0b\nEND:VCARD\n"s;
+  const auto cards = readAll(card);
+  ASSERT_EQ(cards.size(), 1U);
+  EXPECT_EQ(*std::get<Card>(cards[0]).properties.text(property_id::kNote), "a\0b"s);
+}
+
+}  // namespace
+}  // namespace ox::vcard
