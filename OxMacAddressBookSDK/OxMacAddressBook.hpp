@@ -1,0 +1,151 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "OxAddressBookSDK/OxAddressBook.hpp"
+#include "OxAddressBookSDK/properties/OxProperty.hpp"
+#include "OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "OxMacAddressBookSDK/book/constants.hpp"
+#include "OxMacAddressBookSDK/book/person_list.hpp"
+#include "OxMacAddressBookSDK/registry/book_list.hpp"
+#include "base/callbacks.hpp"
+#include "base/image.hpp"
+#include "base/serial_queue.hpp"
+#include "base/text.hpp"
+#include "platform/AddressBook/ABAddressBook.hpp"
+#include "platform/Contacts/CNContactStore.hpp"
+
+namespace ox {
+
+class _ABGroup;
+
+// One address book of the system contact store: a container (an account, or the local store), or
+// all records of one account id. Held in shared pointers. Safe from any thread once it is made;
+// what it is never changes afterwards.
+class OxMacAddressBook final : public OxAddressBook {
+  struct Key {
+    explicit Key() = default;
+  };
+
+ public:
+  // --- finding the books ---
+
+  // The books of the store, found once in the life of the process; the host's normal entry. Never
+  // null.
+  static BookListPtr addressBookArray();
+  // The same with progress; the callback may be absent. Every call ends with (100, true), and the
+  // callback runs while the list is locked: starting a discovery from it is a std::logic_error.
+  // What it throws reaches the caller, and the list is not built.
+  static BookListPtr addressBookArrayWithProgressBlock(const ProgressCallback& progress);
+  // The same list, built by walking the containers. The callback is required by the call that
+  // builds the list: std::invalid_argument without.
+  static BookListPtr addressBookArrayWithProgressBlock2(const ProgressCallback& progress);
+  // Two further ways of building, each with a list of its own. Where an iCloud book is found, an
+  // empty local book is left out.
+  static BookListPtr addressBookArray2();
+  static BookListPtr addressBookArray3();
+
+  // A book without ID, name or container, for the host; always the same object.
+  static std::shared_ptr<OxMacAddressBook> ShareAddressBook();
+  // Whether the system's major number is above 9 and its minor number above 10, or 12. Asked once.
+  static bool SystemVersionAbove10_11();
+  static bool SystemVersionAbove10_13();
+  // The queue on which the shared list is built and read.
+  static SerialQueue& addressArrayQueue();
+  // Does nothing: lists that were built stay.
+  static void resetGAddressArray(const ProgressCallback& callback);
+
+  // --- containers and accounts ---
+
+  // The text without every ":ABAccount"; missing for a missing one.
+  static Text standID(TextView identifier);
+  // The text with ":ABPerson" appended unless it contains it.
+  static Text standABPersonID(TextView identifier);
+  // Whether the container is worth listing: the first of its groups, or without groups of its
+  // contacts, that is known to the record database or bears its suffix must be known to it.
+  static bool needAddAdreessBook_ab_store(const CNContainerPtr& container,
+                                          const std::shared_ptr<ABAddressBook>& ab,
+                                          const std::shared_ptr<CNContactStore>& store);
+  // Whether the book belongs to one of the containers; the local book always does.
+  static bool hasContainerArray_addressArray(const std::vector<CNContainerPtr>& containers,
+                                             const std::shared_ptr<OxMacAddressBook>& book);
+  // Whether one of the books stands for the container; the local one is always represented.
+  static bool hasAddress_container(const std::vector<std::shared_ptr<OxMacAddressBook>>& books,
+                                   const CNContainerPtr& container);
+
+  // --- making a book ---
+
+  static std::shared_ptr<OxMacAddressBook> initWithContainer(const CNContainerPtr& container);
+  // A book of all records of an account id: no name, no container, no person cache.
+  static std::shared_ptr<OxMacAddressBook> initWithID(TextView identifier);
+  static std::shared_ptr<OxMacAddressBook> init();
+  // Takes name and service type from the container.
+  void initNameAndType(const CNContainerPtr& container);
+
+  // --- what it is ---
+
+  std::shared_ptr<ABAddressBook> abAddressBook() const;
+  Text ID() const override { return _xxID; }
+  Text name() const override { return _xxName; }
+  // The container's own identifier; the ID for a book without container.
+  Text validContainerID() const;
+  const std::shared_ptr<OxTagManager>& tagManager() const { return _tagManager; }
+
+  bool canCreateGroup() const override;
+  bool canCreateSubGroup() const override;
+  bool canOprate() const override;
+  // Always false.
+  bool isInternetAdressBook() const override { return false; }
+
+  // The service's artwork, read from its file at every call; null when it is not installed.
+  ImagePtr thumbnail() const;
+  ImagePtr logo1() const;
+  ImagePtr logo2() const;
+  ImagePtr logo3() const;
+  ImagePtr logo4() const;
+  ImagePtr loadImageWithName_type(TextView name, TextView type) const;
+
+  // --- persons and groups ---
+
+  // The live cache, filled from the store while it is empty; null for a book without cache.
+  std::shared_ptr<PersonList> allPersons();
+  // The live cache after appending every person that is stamped with this book's ID; null likewise.
+  std::shared_ptr<PersonList> allPersons2();
+  std::uint64_t allPersonsCount();
+  // Sub-groups included; empty for a book that cannot have groups.
+  std::vector<std::shared_ptr<_ABGroup>> allGroups() const;
+  // The groups that lie in no other group.
+  std::vector<std::shared_ptr<_ABGroup>> rootGroups() const;
+  std::uint64_t rootGroupsCount() const;
+  // Null when there is no such group in this book.
+  std::shared_ptr<_ABGroup> groupByID(TextView identifier) const;
+  // The records of those ids, of whatever kind and book; unknown ids are left out.
+  std::vector<std::shared_ptr<ABRecord>> personsForIDs(
+      const std::vector<std::string>& identifiers) const;
+
+  // --- properties ---
+
+  // Every property that the model knows. Borrowed for the life of the process.
+  const std::vector<OxPropertyPtr>& supportProperty() const;
+  // The nine that a host shows first; always the same array.
+  static const std::vector<OxPropertyPtr>& CommonProperty();
+  const std::vector<OxPropertyPtr>& commonProperty() const { return CommonProperty(); }
+
+  explicit OxMacAddressBook(Key) {}
+
+  // Set while the book is made and listed, read only afterwards.
+  std::shared_ptr<OxTagManager> _tagManager;
+  Text _xxID;
+  Text _xxName;
+  std::int32_t _serverType = 0;
+  CNContainerPtr _container;
+  std::shared_ptr<PersonList> _allPersonArray;  // null unless made from a container
+
+ private:
+  ImagePtr artwork(std::string_view ending) const;
+};
+
+}  // namespace ox

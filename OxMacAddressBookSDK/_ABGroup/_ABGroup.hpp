@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "OxAddressBookSDK/IOxGroup.hpp"
+#include "OxMacAddressBookSDK/tables/record_stamp_table.hpp"
+#include "platform/AddressBook/ABGroup.hpp"
+
+namespace ox {
+
+class OxMacAddressBook;
+class _ABPerson;
+
+// A group record of the system contact store that answers the model's group interface. The record
+// database makes every group record as one of these; it adds no state to the record. See ABRecord
+// for identity, ownership and threads.
+class _ABGroup final : public ABGroup, public IOxGroup {
+ public:
+  explicit _ABGroup(const RecordKey& key) : ABGroup(key) {}
+
+  // --- identity ---
+
+  Text ID() const override;
+  // Never missing: the stored one, else the account id, else "_local", stored from then on.
+  Text addressBookID() const override;
+  // The same as a number.
+  BookId bookId() const;
+  // A missing ID changes nothing.
+  void setAddressID(TextView bookID);
+  // The standard id of the container that holds the group; where none is known, the folder that
+  // holds its store file. Asked of the store every time.
+  Text AccountID() const;
+  // The first discovered book whose ID is this group's addressBookID; null when none is.
+  std::shared_ptr<OxMacAddressBook> groupAddressBook() const;
+  // The process's table of the book of each group. Entries are never removed.
+  static RecordStampTable& dictionarySave();
+
+  // Never missing: empty for a group without name.
+  Text displayName() const override;
+  // A missing name is stored as an empty one.
+  void setDisplayName(TextView name) override;
+
+  // --- the tree ---
+
+  std::vector<std::shared_ptr<IOxGroup>> subGroups() const override;
+  std::uint64_t subGroupsCount() const override;
+  std::vector<std::shared_ptr<IOxPerson>> persons() const override;
+  // Each person once, where the last sub-group that holds it puts it.
+  std::vector<std::shared_ptr<IOxPerson>> includePersons() const override;
+  std::uint64_t includePersonsCount() const override;
+  static std::vector<std::shared_ptr<_ABPerson>> personFromGroup(
+      const std::shared_ptr<const ABGroup>& group);
+};
+
+// The record as the group it is; null for a person and for a missing record.
+std::shared_ptr<_ABGroup> hostGroup(std::shared_ptr<ABRecord> record);
+
+}  // namespace ox

@@ -1,0 +1,43 @@
+#include "OxMacAddressBookSDK/book/person_list.hpp"
+
+#include <utility>
+
+namespace ox {
+
+std::size_t PersonList::size() const {
+  const std::lock_guard lock(mutex_);
+  return persons_.size();
+}
+
+PersonList::Person PersonList::element(std::size_t index) const {
+  const std::lock_guard lock(mutex_);
+  return index < persons_.size() ? persons_[index] : nullptr;
+}
+
+std::vector<PersonList::Person> PersonList::snapshot() const {
+  const std::lock_guard lock(mutex_);
+  return persons_;
+}
+
+void PersonList::append(Person person) {
+  const std::lock_guard lock(mutex_);
+  persons_.push_back(std::move(person));
+}
+
+void PersonList::append(const std::vector<Person>& persons) {
+  const std::lock_guard lock(mutex_);
+  persons_.insert(persons_.end(), persons.begin(), persons.end());
+}
+
+void PersonList::fillIfEmpty(std::vector<Person> persons) {
+  const std::lock_guard lock(mutex_);
+  if (persons_.empty()) persons_ = std::move(persons);
+}
+
+void PersonList::clear() {
+  std::vector<Person> released;  // persons are let go of outside the lock
+  const std::lock_guard lock(mutex_);
+  released.swap(persons_);
+}
+
+}  // namespace ox

@@ -1,0 +1,149 @@
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "OxMacAddressBookSDK/book/services.hpp"
+#include "OxMacAddressBookSDK/version.hpp"
+#include "platform/images/image_codec.hpp"
+#include "tests/OxMacAddressBookSDK/fixtures.hpp"
+
+namespace ox::test {
+namespace {
+
+TEST(BookFromContainer, TakesNameAndServiceFromTheContainer) {
+  const struct {
+    const char* containerName;
+    std::int32_t containerType;
+    const char* name;
+    std::int32_t serverType;
+  } rows[] = {
+      {"QQ", 3, "QQ", 2},
+      {"qq", 3, "QQ", 2},
+      {"谷歌", 3, "Google", 1},
+      {"GOOGLE", 3, "Google", 1},
+      {"Google", 3, "Google", 1},
+      {"Google Contacts", 3, "Google Contacts", 9},
+      {"FACEBOOK", 3, "FaceBook", 3},
+      {"yahoo", 3, "Yahoo", 4},
+      {"LinkedIn", 3, "Linkedin", 5},
+      {"AOL", 3, "Aol", 6},
+      {"exchange", 3, "Exchange", 7},
+      {"Exchange", 2, "Exchange", 9},
+      {"icloud", 3, "iCloud", 8},
+      {"iCloud", 2, "iCloud", 9},
+      {"iCloud", 0, "iCloud", 9},
+      {"iCloud", 1, "On My Mac", 0},
+      {"", 3, "", 9},
+      {"anything", 1, "On My Mac", 0},
+  };
+  for (const auto& row : rows) {
+    const auto book = OxMacAddressBook::initWithContainer(
+        containerOf("A:ABAccount", row.containerName, row.containerType));
+    EXPECT_EQ(book->name(), Text(row.name)) << row.containerName;
+    EXPECT_EQ(book->_serverType, row.serverType) << row.containerName;
+    EXPECT_EQ(book->ID(), Text("A"));
+    EXPECT_EQ(book->validContainerID(), Text("A:ABAccount"));
+    EXPECT_EQ(book->tagManager(), OxTagManager::tagManagerWithID("A"));
+    EXPECT_EQ(book->_allPersonArray->size(), 0U);
+  }
+}
+
+TEST(BookFromContainer, AMissingContainerGivesABookWithoutIdentity) {
+  const auto book = OxMacAddressBook::initWithContainer(nullptr);
+  EXPECT_EQ(book->ID(), Text());
+  EXPECT_EQ(book->name(), Text());
+  EXPECT_EQ(book->_serverType, 9);
+}
+
+TEST(BookFromId, IsLocalOnlyForTheExactLocalId) {
+  const struct {
+    const char* identifier;
+    std::int32_t serverType;
+  } rows[] = {{"_local", 0}, {"_LOCAL", 9}, {"X:ABAccount", 9}, {"", 9}};
+  for (const auto& row : rows) {
+    const auto book = OxMacAddressBook::initWithID(row.identifier);
+    EXPECT_EQ(book->ID(), Text(row.identifier));
+    EXPECT_EQ(book->validContainerID(), Text(row.identifier));
+    EXPECT_EQ(book->_serverType, row.serverType);
+    EXPECT_EQ(book->name(), Text());
+    EXPECT_EQ(book->_container, nullptr);
+    EXPECT_EQ(book->_allPersonArray, nullptr);
+    EXPECT_EQ(book->tagManager(), OxTagManager::tagManagerWithID(row.identifier));
+  }
+  EXPECT_EQ(OxMacAddressBook::initWithID(std::nullopt)->_serverType, 9);
+}
+
+TEST(Initialisers, RegisterTheCatchAllPropertyOnce) {
+  EXPECT_EQ(ABPerson::typeOfProperty(OxMacOtherProperty), kABErrorInProperty);
+  OxMacAddressBook::init();
+  EXPECT_EQ(ABPerson::typeOfProperty(OxMacOtherProperty), 257);
+  const auto known = ABPerson::properties();
+  OxMacAddressBook::initWithID("_local");
+  OxMacAddressBook::initWithContainer(containerOf("A", "A", 3));
+  EXPECT_EQ(ABPerson::properties(), known);
+}
+
+TEST(Capabilities, DifferByServiceAndFlag) {
+  for (std::int32_t type = 0; type <= 11; ++type) {
+    const auto book = OxMacAddressBook::initWithID("X");
+    book->_serverType = type;
+    EXPECT_EQ(book->canCreateGroup(), type != 1 && type != 3) << type;
+    EXPECT_EQ(book->canCreateSubGroup(), type == 0 || type >= 4) << type;
+    EXPECT_EQ(book->canOprate(), type != 3) << type;
+    EXPECT_FALSE(book->isInternetAdressBook()) << type;
+  }
+}
+
+TEST(Artwork, IsNamedAfterTheService) {
+  const char* stems[] = {"mac",      "google", "qq",       "facebook", "yahoo",
+                         "linkedin", "aol",    "exchange", "icloud",   "other"};
+  for (std::int32_t type = 0; type <= 9; ++type) {
+    EXPECT_EQ(services::artworkStem(type), stems[type]);
+  }
+  EXPECT_EQ(services::artworkStem(10), "other");
+  EXPECT_EQ(services::artworkStem(-1), "other");
+}
+
+// A picture that tells which file it came from.
+void writeArtwork(const std::string& name, std::uint8_t shade) {
+  Image image;
+  image.width = image.height = 1;
+  image.pixels = {shade, shade, shade, 255};
+  support::temporaryFile(name, *images::encodeTiff(image));
+}
+
+int shadeOf(const ImagePtr& image) {
+  return image ? image->pixels.at(0) : -1;
+}
+
+TEST(Artwork, IsReadFromItsFileAtEveryCall) {
+  ::setenv("OX_RESOURCES", support::StoreEnvironment::instance().folder().c_str(), 1);
+  const auto book = OxMacAddressBook::init();
+  // No service of ours is named so: nothing that is installed can be found in its place.
+  EXPECT_EQ(book->loadImageWithName_type("test artwork", "png"), nullptr);
+  writeArtwork("test artwork.png", 1);
+  EXPECT_EQ(shadeOf(book->loadImageWithName_type("test artwork", "png")), 1);
+  writeArtwork("test artwork.png", 2);
+  EXPECT_EQ(shadeOf(book->loadImageWithName_type("test artwork", "png")), 2);
+  EXPECT_EQ(book->loadImageWithName_type("test artwork", "jpg"), nullptr);
+  EXPECT_EQ(book->loadImageWithName_type(std::nullopt, "png"), nullptr);
+}
+
+TEST(Constants, AreTheTextsThatHostsRelyOn) {
+  EXPECT_EQ(OxMacAddressBookID, "_local");
+  EXPECT_EQ(OxMacAddressBookTagsID, "mac_addressbookTagsID");
+  EXPECT_EQ(OxAddressBookQQName, "QQ");
+  EXPECT_EQ(OxAddressGoogleName, "Google");
+  EXPECT_EQ(OxAddressFaceBookName, "FaceBook");
+  EXPECT_EQ(OxAddressYahooName, "Yahoo");
+  EXPECT_EQ(OxAddressLinkedinName, "Linkedin");
+  EXPECT_EQ(OxAddressAolName, "Aol");
+  EXPECT_EQ(OxAddressExchangeName, "Exchange");
+  EXPECT_EQ(OxAddressICloudName, "iCloud");
+  EXPECT_EQ(OxAddressOtherName, "Other");
+  EXPECT_EQ(OxMacAddressBookSDKVersionNumber, 1.0);
+  EXPECT_EQ(std::string(OxMacAddressBookSDKVersionString),
+            "@(#)PROGRAM:OxMacAddressBookSDK  PROJECT:OxMacAddressBookSDK-1\n");
+}
+
+}  // namespace
+}  // namespace ox::test

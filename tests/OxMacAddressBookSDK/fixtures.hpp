@@ -1,0 +1,71 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "tests/support/sequence.hpp"
+#include "tests/support/store_builder.hpp"
+#include "tests/support/store_environment.hpp"
+#include "tests/support/switched_source.hpp"
+
+namespace ox::test {
+
+using support::PersonValues;
+using support::Sequence;
+using support::StoreBuilder;
+using support::SwitchedSource;
+
+inline std::shared_ptr<_ABPerson> person(std::string_view id) {
+  return hostPerson(ABAddressBook::sharedAddressBook()->recordForUniqueId(id));
+}
+
+inline std::shared_ptr<_ABGroup> group(std::string_view id) {
+  return hostGroup(ABAddressBook::sharedAddressBook()->recordForUniqueId(id));
+}
+
+// A person "p" with these values, alone in the local container.
+inline std::shared_ptr<_ABPerson> newPersonWith(const PersonValues& values) {
+  StoreBuilder().person("p", values);
+  return person("p");
+}
+
+// A container as a query would give it, not stored.
+inline CNContainerPtr containerOf(const std::string& identifier, const std::string& name,
+                                  std::int32_t type) {
+  return std::make_shared<const CNContainer>(
+      std::make_shared<const ContainerInfo>(ContainerInfo{identifier, name, type}));
+}
+
+// IDs separated by blanks, in order; null ones as "-".
+template <typename List>
+std::string idsOf(const List& list) {
+  std::string text;
+  for (const auto& each : list) {
+    if (!text.empty()) text += ' ';
+    text += each ? each->ID().value_or("(missing)") : "-";
+  }
+  return text;
+}
+
+inline std::string cachedIn(const OxMacAddressBook& book) {
+  return book._allPersonArray ? idsOf(book._allPersonArray->snapshot()) : "no cache";
+}
+
+// One single value of that type, without label.
+inline std::shared_ptr<OxMutableSingleValue> single(const Object& value, std::int32_t type) {
+  auto element = OxMutableSingleValue::init();
+  element->setValue(value);
+  element->setType(type);
+  return element;
+}
+
+inline OxPropertyPtr property(std::string_view name) {
+  return OxProperty::propertyWithName(name);
+}
+
+}  // namespace ox::test
