@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -113,6 +114,8 @@ class Dictionary {
   // The value under the key; a missing object when there is none.
   const Object& get(std::string_view key) const;
   bool contains(std::string_view key) const;
+  // Makes room for so many entries.
+  void reserve(std::size_t count) { entries_.reserve(count); }
   const std::vector<Entry>& entries() const { return entries_; }
   bool empty() const { return entries_.empty(); }
   std::size_t size() const { return entries_.size(); }

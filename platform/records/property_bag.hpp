@@ -54,6 +54,12 @@ class PropertyBag {
   const std::string* text(PropertyId id) const;
   // A missing value takes the property away.
   void set(PropertyId id, PropertyValue value);
+  // For building a bag in order: the number is higher than every one that is held, the value is not
+  // missing.
+  template <typename Value>
+  void append(PropertyId id, Value&& value) {
+    entries_.emplace_back(id, std::forward<Value>(value));
+  }
   const std::vector<Entry>& entries() const { return entries_; }
   bool empty() const { return entries_.empty(); }
   // Makes room for so many properties.

@@ -62,6 +62,7 @@ void CardBuilder::add(const ContentLine& line) {
     done = card_.isGroup ? addGroupLine(line) : addPersonLine(line);
   }
   if (done) return;
+  if (unmodelled_.empty()) unmodelled_.reserve(4);
   std::string kept;
   appendKept(line, kept);
   unmodelled_.emplace_back(std::move(kept));
@@ -201,16 +202,16 @@ void CardBuilder::assemblePerson() {
   bag.reserve(kUsual);
   for (PropertyId id = property_id::kFirst; id <= property_id::kNote; ++id) {
     if (id == property_id::kBirthday) {
-      if (birthday_) bag.set(id, Object(*birthday_));
+      if (birthday_) bag.append(id, Object(*birthday_));
     } else if (!texts_[id].empty()) {
-      bag.set(id, Object(std::move(texts_[id])));
+      bag.append(id, Object(std::move(texts_[id])));
     }
   }
   for (PropertyId id = kFirstMulti; id < kFirstMulti + kMultiCount; ++id) {
     auto& held = multi(id);
     if (held.entries.empty()) continue;
-    bag.set(id,
-            std::make_shared<const MultiValue>(MultiValue{std::move(held.entries), held.primary}));
+    bag.append(
+        id, std::make_shared<const MultiValue>(MultiValue{std::move(held.entries), held.primary}));
   }
 }
 
@@ -226,9 +227,9 @@ Card CardBuilder::finish() {
     settleNames();
     assemblePerson();
   }
-  if (!uid_.empty()) card_.properties.set(property_id::kCardUid, Object(std::move(uid_)));
+  if (!uid_.empty()) card_.properties.append(property_id::kCardUid, Object(std::move(uid_)));
   if (!unmodelled_.empty()) {
-    card_.properties.set(property_id::kUnmodelledLines, Object(std::move(unmodelled_)));
+    card_.properties.append(property_id::kUnmodelledLines, Object(std::move(unmodelled_)));
   }
   return std::move(card_);
 }

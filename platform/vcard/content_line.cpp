@@ -58,12 +58,18 @@ std::size_t endOfValue(std::string_view text, std::size_t at) {
   return at;
 }
 
-// RFC 6350, section 3.3, and the underscore, which some programs use.
-bool isName(std::string_view text) {
-  for (const char c : text) {
-    if (!isLetter(c) && !isDigit(c) && c != '-' && c != '_') return false;
+// What names consist of: RFC 6350, section 3.3, and the underscore, which some programs use.
+constexpr auto kNameLetters = [] {
+  std::array<bool, 256> letters{};
+  for (std::size_t i = 0; i < letters.size(); ++i) {
+    const char c = static_cast<char>(i);
+    letters[i] = isLetter(c) || isDigit(c) || c == '-' || c == '_';
   }
-  return !text.empty();
+  return letters;
+}();
+
+bool isNameLetter(char c) {
+  return kNameLetters[static_cast<unsigned char>(c)];
 }
 
 std::string_view withoutQuotes(std::string_view text) {
@@ -120,13 +126,14 @@ std::size_t parseHead(std::string_view text, ContentLine& line) {
   line.group = {};
   std::size_t start = 0;
   std::size_t at = 0;
-  for (; at < text.size() && text[at] != ':' && text[at] != ';'; ++at) {
+  for (; at < text.size() && (isNameLetter(text[at]) || text[at] == '.'); ++at) {
     if (text[at] != '.') continue;
     line.group = text.substr(0, at);
     start = at + 1;
   }
-  line.name = trimmed(text.substr(start, at - start));
-  if (!isName(line.name)) return npos;
+  line.name = text.substr(start, at - start);
+  while (at < text.size() && isBlank(text[at])) ++at;
+  if (line.name.empty() || at == text.size() || (text[at] != ':' && text[at] != ';')) return npos;
   while (at < text.size() && text[at] == ';') at = parseParameter(text, at + 1, line);
   if (at >= text.size()) return npos;
   line.head = text.substr(0, at);

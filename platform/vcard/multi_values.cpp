@@ -53,6 +53,7 @@ std::string_view knownService(std::string_view text) {
 
 Dictionary account(std::string user, std::string_view service) {
   Dictionary dictionary;
+  dictionary.reserve(2);
   dictionary.set(kABInstantMessageUsernameKey, std::move(user));
   if (!service.empty()) dictionary.set(kABInstantMessageServiceKey, service);
   return dictionary;
@@ -146,6 +147,7 @@ bool CardBuilder::addDate(const ContentLine& line) {
 bool CardBuilder::addAddress(const ContentLine& line) {
   const auto parts = components<7>(line.value);
   Dictionary address;
+  address.reserve(parts.size() + 1);
   const auto put = [&](std::string_view key, std::string_view part) {
     if (!part.empty()) address.set(key, unescaped(part, dialect_));
   };

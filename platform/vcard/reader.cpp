@@ -39,6 +39,7 @@ class Reader::Parts {
     while (const auto* line = lines_.next()) builder_.add(*line);
     Card card = builder_.finish();
     if (saysNothing(card)) return Refusal{raw_.line, "the card holds no property"};
+    if (raw_.repairs.empty()) return card;
     card.repairs.insert(card.repairs.end(), std::make_move_iterator(raw_.repairs.begin()),
                         std::make_move_iterator(raw_.repairs.end()));
     std::stable_sort(card.repairs.begin(), card.repairs.end(),
