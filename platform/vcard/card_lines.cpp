@@ -33,34 +33,6 @@ std::string excerpt(std::string_view text) {
   return validUtf8(std::string(text.substr(0, kShown))) + (text.size() > kShown ? "..." : "");
 }
 
-std::string_view versionOf(std::string_view line) {
-  const auto colon = line.find(':');
-  if (colon == npos || !isWord(trimmed(line.substr(0, colon)), "VERSION")) return {};
-  return trimmed(line.substr(colon + 1));
-}
-
-bool saysGroup(std::string_view line) {
-  if (!startsWithWord(line, "KIND") && !startsWithWord(line, "X-ADDRESSBOOKSERVER-K")) return false;
-  const auto colon = line.find(':');
-  if (colon == npos) return false;
-  const auto name = trimmed(line.substr(0, line.find(';')).substr(0, colon));
-  return propertyRow(name).meaning == Meaning::Kind &&
-         isWord(trimmed(line.substr(colon + 1)), "GROUP");
-}
-
-// Bare words as parameters, and quoted-printable, are the mark of vCard 2.1.
-bool looksLike21(const RawCard& card) {
-  ContentLine line;
-  for (std::size_t i = 0; i < card.lines.size(); ++i) {
-    if (parseHead(card.lineAt(i), line) == npos) continue;
-    if (line.encoding == Encoding::QuotedPrintable) return true;
-    for (const auto& parameter : line.parameters) {
-      if (parameter.name.empty()) return true;
-    }
-  }
-  return false;
-}
-
 // True when a repaired text has more characters beyond ASCII that were right than ones that were
 // not: damaged UTF-8, no other charset.
 bool isMostlyUtf8(std::string_view repaired) {
@@ -97,29 +69,6 @@ void appendWithEscapedBreaks(std::string_view value, std::string& out) {
 }
 
 }  // namespace
-
-CardFacts factsOf(const RawCard& card) {
-  CardFacts facts;
-  std::size_t depth = 0;
-  for (std::size_t i = 0; i < card.lines.size(); ++i) {
-    const auto line = card.lineAt(i);
-    const char first = line.empty() ? '\0' : upper(line.front());
-    if (first == 'B' && isBegin(line)) ++depth;
-    if (first == 'A' && startsWithWord(line, "AGENT") && isBegin(line.substr(line.find(':') + 1))) {
-      ++depth;
-    }
-    if (first == 'E' && depth > 0 && isEnd(line)) --depth;
-    if (depth > 0) continue;
-    if (first == 'V' && !facts.hasVersion) {
-      const auto version = versionOf(line);
-      facts.hasVersion = !version.empty();
-      if (version == "2.1") facts.dialect = Dialect::V21;
-    }
-    if ((first == 'K' || first == 'X') && saysGroup(line)) facts.isGroup = true;
-  }
-  if (!facts.hasVersion && looksLike21(card)) facts.dialect = Dialect::V21;
-  return facts;
-}
 
 void CardLines::start(RawCard& card, const CardFacts& facts, bool trustBytes) {
   card_ = &card;

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/vcard/card_facts.hpp"
 #include "platform/vcard/card_slicer.hpp"
 #include "platform/vcard/content_line.hpp"
 
@@ -13,15 +14,6 @@ namespace ox::vcard {
 // Answers the charset of text that is no UTF-8 and names no charset of its own. Asked at most once
 // for a card.
 using CharsetGuess = std::function<std::string(const RawCard&)>;
-
-// What has to be known of a card before its first line is read.
-struct CardFacts {
-  Dialect dialect = Dialect::V30;
-  bool hasVersion = false;
-  bool isGroup = false;
-};
-
-CardFacts factsOf(const RawCard& card);
 
 // The content lines of one card, in order: unfolded, quoted-printable undone, everything in UTF-8.
 // Lines that are no content lines go to the card's repairs.

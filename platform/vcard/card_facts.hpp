@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/vcard/card_slicer.hpp"
+#include "platform/vcard/content_line.hpp"
+
+namespace ox::vcard {
+
+// What has to be known of a card before its first line is read.
+struct CardFacts {
+  Dialect dialect = Dialect::V30;
+  bool hasVersion = false;
+  bool isGroup = false;
+};
+
+CardFacts factsOf(const RawCard& card);
+
+}  // namespace ox::vcard
