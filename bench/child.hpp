@@ -1,0 +1,24 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+// What is kept once in the life of a process can be measured cold only in a fresh one: the program
+// starts itself again with "--child" and what to do.
+namespace ox::bench {
+
+// The numbers that a child measured, by name.
+using Numbers = std::map<std::string, double>;
+
+// Starts this program with "--child" and the arguments, on that store, and reads the numbers that
+// it prints. Throws when it fails.
+Numbers runChild(const std::string& store, const std::vector<std::string>& arguments);
+
+// In the child: prints a number for the parent.
+void tellParent(const char* name, double value);
+
+// The most memory that this process ever held, in bytes.
+double peakMemory();
+
+}  // namespace ox::bench

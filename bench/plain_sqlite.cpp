@@ -1,0 +1,206 @@
+#include "bench/plain_sqlite.hpp"
+
+#include <array>
+#include <cstring>
+#include <sqlite3.h>
+#include <stdexcept>
+
+namespace ox::bench::plain {
+namespace {
+
+constexpr std::size_t kBatch = 1000;
+
+class Database {
+ public:
+  explicit Database(const std::string& path) {
+    check(sqlite3_open(path.c_str(), &handle_));
+    run("PRAGMA journal_mode=WAL");
+    run("PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-32768;"
+        "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=4000");
+  }
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+  ~Database() { sqlite3_close(handle_); }
+
+  void run(const char* sql) { check(sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr)); }
+  void check(int result) const {
+    if (result != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(handle_));
+  }
+  sqlite3* handle() const { return handle_; }
+
+ private:
+  sqlite3* handle_ = nullptr;
+};
+
+class Query {
+ public:
+  Query(Database& database, const char* sql) : database_(database) {
+    database.check(sqlite3_prepare_v2(database.handle(), sql, -1, &statement_, nullptr));
+  }
+  Query(const Query&) = delete;
+  Query& operator=(const Query&) = delete;
+  ~Query() { sqlite3_finalize(statement_); }
+
+  void bind(int index, std::int64_t number) { sqlite3_bind_int64(statement_, index, number); }
+  void bindBlob(int index, const std::string& bytes) {
+    sqlite3_bind_blob64(statement_, index, bytes.data(), bytes.size(), SQLITE_STATIC);
+  }
+  void bindText(int index, const std::string& text) {
+    sqlite3_bind_text64(statement_, index, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  }
+  bool step() {
+    const int result = sqlite3_step(statement_);
+    if (result != SQLITE_ROW && result != SQLITE_DONE) database_.check(result);
+    return result == SQLITE_ROW;
+  }
+  void reset() { sqlite3_reset(statement_); }
+  void finish() {
+    step();
+    reset();
+  }
+  std::int64_t number(int column) const { return sqlite3_column_int64(statement_, column); }
+  std::string bytes(int column) const {
+    const auto* data = static_cast<const char*>(sqlite3_column_blob(statement_, column));
+    return {data == nullptr ? "" : data,
+            static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
+  }
+  // Reads the bytes without keeping them.
+  std::size_t size(int column) const {
+    const auto* data = static_cast<const char*>(sqlite3_column_blob(statement_, column));
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement_, column));
+    return data != nullptr && size > 0 && data[size - 1] == '\0' ? size + 1 : size;
+  }
+
+ private:
+  Database& database_;
+  sqlite3_stmt* statement_ = nullptr;
+};
+
+// The three statements that a record takes.
+class Writer {
+ public:
+  explicit Writer(Database& database)
+      : record_(database, "INSERT INTO record(id, uid, kind, container) VALUES(?1, ?2, ?3, ?4)"),
+        content_(database,
+                 "INSERT INTO content(record, card_uid, fingerprint, properties) "
+                 "VALUES(?1, ?2, ?3, ?4)"),
+        image_(database, "INSERT INTO image(record, checksum, data) VALUES(?1, ?2, ?3)") {}
+
+  void write(const Rows::Record& row) {
+    record_.bind(1, row.id);
+    record_.bindBlob(2, row.uid);
+    record_.bind(3, row.kind);
+    record_.bind(4, row.container);
+    record_.finish();
+    content_.bind(1, row.id);
+    content_.bindText(2, row.cardUid);
+    content_.bind(3, row.fingerprint);
+    content_.bindBlob(4, row.properties);
+    content_.finish();
+    if (row.image.empty()) return;
+    image_.bind(1, row.id);
+    image_.bind(2, row.imageChecksum);
+    image_.bindBlob(3, row.image);
+    image_.finish();
+  }
+
+ private:
+  Query record_, content_, image_;
+};
+
+void makeSchema(Database& database, const Rows& rows) {
+  for (const auto& sql : rows.schema) database.run(sql.c_str());
+  database.run("INSERT INTO container(identifier, name, type) VALUES('_local:ABAccount', '', 1)");
+}
+
+}  // namespace
+
+Rows readRows(const std::string& path) {
+  Database database(path);
+  Rows rows;
+  Query schema(database,
+               "SELECT sql FROM sqlite_master WHERE sql IS NOT NULL AND name NOT LIKE 'sqlite_%'");
+  while (schema.step()) rows.schema.push_back(schema.bytes(0));
+  Query records(database,
+                "SELECT r.id, r.uid, r.kind, r.container, c.card_uid, c.fingerprint, c.properties, "
+                "i.checksum, i.data FROM record r JOIN content c ON c.record = r.id "
+                "LEFT JOIN image i ON i.record = r.id ORDER BY r.id");
+  while (records.step()) {
+    rows.records.push_back({records.number(0), records.bytes(1), records.number(2),
+                            records.number(3), records.bytes(4), records.number(5),
+                            records.bytes(6), records.number(7), records.bytes(8)});
+  }
+  return rows;
+}
+
+void writeRows(const Rows& rows, const std::string& path) {
+  Database database(path);
+  makeSchema(database, rows);
+  {
+    Writer writer(database);
+    for (std::size_t i = 0; i < rows.records.size(); ++i) {
+      if (i % kBatch == 0) database.run("BEGIN IMMEDIATE");
+      writer.write(rows.records[i]);
+      if ((i + 1) % kBatch == 0 || i + 1 == rows.records.size()) database.run("COMMIT");
+    }
+  }
+  database.run("PRAGMA synchronous=FULL; PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+std::size_t findByCardUid(const Rows& rows, const std::string& path) {
+  Database database(path);
+  Query find(database,
+             "SELECT c.properties FROM content c JOIN record r ON r.id = c.record "
+             "WHERE c.card_uid = ?1 ORDER BY r.id");
+  std::size_t bytes = 0;
+  for (const auto& record : rows.records) {
+    find.bindText(1, record.cardUid);
+    while (find.step()) bytes += find.size(0);
+    find.reset();
+  }
+  return bytes;
+}
+
+std::size_t listRecords(const std::string& path) {
+  struct Listed {
+    std::int64_t id;
+    std::array<char, 16> uid;
+    std::int32_t kind, container;
+  };
+  Database database(path);
+  Query query(database, "SELECT id, uid, kind, container FROM record");
+  std::vector<Listed> list;
+  while (query.step()) {
+    Listed listed{query.number(0),
+                  {},
+                  static_cast<std::int32_t>(query.number(2)),
+                  static_cast<std::int32_t>(query.number(3))};
+    const auto uid = query.bytes(1);
+    std::memcpy(listed.uid.data(), uid.data(), std::min(uid.size(), listed.uid.size()));
+    list.push_back(listed);
+  }
+  return list.size();
+}
+
+std::size_t readProperties(const std::string& path) {
+  Database database(path);
+  Query query(database, "SELECT properties FROM content");
+  std::size_t bytes = 0;
+  while (query.step()) bytes += query.size(0);
+  return bytes;
+}
+
+std::size_t readOneAgain(const std::string& path, std::size_t times) {
+  Database database(path);
+  Query query(database, "SELECT properties FROM content WHERE record = ?1");
+  std::size_t bytes = 0;
+  for (std::size_t i = 0; i < times; ++i) {
+    query.bind(1, 1);
+    if (!query.step()) throw std::runtime_error("there is no record 1");
+    bytes += query.size(0);
+    query.reset();
+  }
+  return bytes;
+}
+
+}  // namespace ox::bench::plain
