@@ -1,5 +1,7 @@
 #include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 
+#include "base/text/utf8.hpp"
+
 namespace ox {
 namespace {
 
@@ -9,7 +11,7 @@ OxGeneralGroup::Keys identifiersOf(const std::vector<std::shared_ptr<Record>>& r
   result.reserve(records.size());
   for (const auto& record : records) {
     if (auto identifier = record ? record->ID() : std::nullopt) {
-      result.push_back(*std::move(identifier));
+      result.push_back(validUtf8(*std::move(identifier)));
     }
   }
   return result;
@@ -18,9 +20,9 @@ OxGeneralGroup::Keys identifiersOf(const std::vector<std::shared_ptr<Record>>& r
 }  // namespace
 
 void OxAddressBookGeneral::addGroup(const std::shared_ptr<IOxGroup>& group) {
-  const auto identifier = group ? group->ID() : std::nullopt;
+  auto identifier = group ? group->ID() : std::nullopt;
   if (!identifier) return;
-  groups_.set(*identifier,
+  groups_.set(validUtf8(*std::move(identifier)),
               OxGeneralGroup::make(group->displayName(), identifiersOf(group->subGroups()),
                                    identifiersOf(group->persons())));
 }

@@ -5,6 +5,7 @@
 #include "OxAddressBookSDK/general/OxGeneralGroup.hpp"
 #include "OxAddressBookSDK/general/OxGeneralPerson.hpp"
 #include "OxAddressBookSDK/general/keyed_list.hpp"
+#include "base/data.hpp"
 
 namespace ox {
 
@@ -27,6 +28,14 @@ class OxAddressBookGeneral {
   // one; a missing record, and one without an ID, is ignored.
   void addGroup(const std::shared_ptr<IOxGroup>& group);
   void addPerson(const std::shared_ptr<IOxPerson>& person);
+
+  // The file form (docs/neutral-book.md). Equal books give equal bytes. Missing, and counted as a
+  // failure, when a value has no place in it: a value object of a foreign class, an impossible
+  // date, a picture whose pixels do not fit its size, arrays nested deeper than 32.
+  Data saveToData() const;
+  // The book that saveToData wrote; null, and counted as a failure, for anything else: a single
+  // bit changed or byte cut off is enough. Missing data gives null.
+  static std::shared_ptr<OxAddressBookGeneral> addressBookWithData(const Data& data);
 
   explicit OxAddressBookGeneral(Key) {}
 

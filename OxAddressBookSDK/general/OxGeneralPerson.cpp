@@ -7,6 +7,7 @@
 #include "OxAddressBookSDK/objects/OxObjectPhone.hpp"
 #include "OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 #include "OxAddressBookSDK/values/OxMutableSingleValue.hpp"
+#include "base/text/utf8.hpp"
 
 namespace ox {
 namespace {
@@ -19,6 +20,7 @@ bool isEmptyMultiple(const OxValue& value) {
 }  // namespace
 
 std::shared_ptr<OxGeneralPerson> OxGeneralPerson::make(Text identifier) {
+  if (identifier) identifier = validUtf8(*std::move(identifier));
   return std::make_shared<OxGeneralPerson>(Key(), std::move(identifier));
 }
 

@@ -17,7 +17,9 @@ class OxGeneralPerson final : public IOxPerson {
   };
 
  public:
-  // A person without values.
+  using Values = std::vector<std::pair<OxPropertyPtr, OxValuePtr>>;
+
+  // A person without values. An identifier that is not UTF-8 is repaired.
   static std::shared_ptr<OxGeneralPerson> make(Text identifier);
   // A person of the same ID with a copy of every standard value.
   static std::shared_ptr<OxGeneralPerson> copyOf(const IOxPerson& person);
@@ -38,6 +40,9 @@ class OxGeneralPerson final : public IOxPerson {
   std::shared_ptr<const OxObjectEmail> mainEmail() const override;
   std::vector<std::shared_ptr<IOxGroup>> groups() const override { return {}; }
   std::vector<OxPropertyPtr> notNullValueProperty() const override;
+  // Every value itself, no copy, in the order in which the properties were first set. Borrowed
+  // until the next change.
+  const Values& values() const { return values_; }
 
   std::vector<std::string> tagArray() const override;
   void addTag(TextView tag) override;
@@ -61,7 +66,7 @@ class OxGeneralPerson final : public IOxPerson {
   void setSingleObject(Object object, std::string_view property);
 
   Text identifier_;
-  std::vector<std::pair<OxPropertyPtr, OxValuePtr>> values_;
+  Values values_;
   std::shared_ptr<IOxPerson> extend_;
 };
 

@@ -68,7 +68,8 @@ static_assert(allNamed(&OxTagManager::tagManagerWithID, &OxTagManager::tagsByPer
                        &OxTagManager::setTags_forPersonID, &OxTagManager::removeForPersonID));
 static_assert(allNamed(&OxAddressBookGeneral::init, &OxAddressBookGeneral::groupsDic,
                        &OxAddressBookGeneral::personsDic, &OxAddressBookGeneral::addGroup,
-                       &OxAddressBookGeneral::addPerson));
+                       &OxAddressBookGeneral::addPerson, &OxAddressBookGeneral::saveToData,
+                       &OxAddressBookGeneral::addressBookWithData));
 static_assert(allNamed(&OxGeneralGroup::title, &OxGeneralGroup::subArray, &OxGeneralGroup::persons,
                        &OxGeneralGroup::extend, &OxGeneralGroup::setExtend,
                        &OxGeneralPerson::extend, &OxGeneralPerson::setExtend));

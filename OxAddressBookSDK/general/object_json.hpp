@@ -1,0 +1,16 @@
+#pragma once
+
+#include "OxAddressBookSDK/general/json_tree.hpp"
+#include "OxAddressBookSDK/general/json_writer.hpp"
+#include "base/object.hpp"
+
+namespace ox::book_format {
+
+// Writes what a value holds. Throws Unwritable when the file form has no room for it: a foreign
+// host object, an impossible date, a picture whose pixels do not fit its size, too deep a nesting.
+void writeObject(JsonWriter& out, const Object& object);
+
+// Reads what writeObject wrote; takes the texts out of the node. Throws Unreadable.
+Object readObject(JsonNode& node);
+
+}  // namespace ox::book_format
