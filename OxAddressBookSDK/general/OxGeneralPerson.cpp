@@ -27,7 +27,7 @@ std::shared_ptr<OxGeneralPerson> OxGeneralPerson::make(Text identifier) {
 std::shared_ptr<OxGeneralPerson> OxGeneralPerson::copyOf(const IOxPerson& person) {
   auto result = make(person.ID());
   for (const auto& property : OxProperty::StandardPropertyArray()) {
-    result->setValue_byProperty(person.valueByProperty(property), property);
+    result->takeValue(person.valueByProperty(property), property);
   }
   return result;
 }
@@ -80,6 +80,10 @@ OxValuePtr OxGeneralPerson::valueByPropertyName(TextView name) const {
 }
 
 void OxGeneralPerson::setValue_byProperty(const OxValuePtr& value, const OxPropertyPtr& property) {
+  takeValue(value ? value->copy() : nullptr, property);
+}
+
+void OxGeneralPerson::takeValue(OxValuePtr value, const OxPropertyPtr& property) {
   if (!property) return;
   const auto found = std::find_if(values_.begin(), values_.end(), [&](const auto& entry) {
     return entry.first->name() == property->name();
@@ -87,9 +91,9 @@ void OxGeneralPerson::setValue_byProperty(const OxValuePtr& value, const OxPrope
   if (!value) {
     if (found != values_.end()) values_.erase(found);
   } else if (found != values_.end()) {
-    found->second = value->copy();
+    found->second = std::move(value);
   } else {
-    values_.emplace_back(property, value->copy());
+    values_.emplace_back(property, std::move(value));
   }
 }
 

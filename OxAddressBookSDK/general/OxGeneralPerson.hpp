@@ -33,6 +33,8 @@ class OxGeneralPerson final : public IOxPerson {
   OxValuePtr valueByPropertyName(TextView name) const override;
   void setValue_byProperty(const OxValuePtr& value, const OxPropertyPtr& property) override;
   void setValue_byPropertyName(const OxValuePtr& value, TextView name) override;
+  // Sets the value itself, not a copy; nobody else may hold it.
+  void takeValue(OxValuePtr value, const OxPropertyPtr& property);
 
   ImagePtr thumbnail() const override;
   void setThumbnail(const ImagePtr& image) override;

@@ -60,10 +60,10 @@ void readProperty(JsonNode& node, OxGeneralPerson& person) {
   const auto property = OxProperty::propertyWithName(fields.get<std::string>("property"));
   if (!property) throw Unreadable("a property without a name");
   auto* elements = fields.find("values");
-  const auto value =
+  auto value =
       elements == nullptr ? OxValuePtr(readSingle(fields)) : readMultiple(fields, *elements);
   fields.done();
-  person.setValue_byProperty(value, property);
+  person.takeValue(std::move(value), property);
 }
 
 std::shared_ptr<OxGeneralPerson> readPerson(std::string_view key, JsonFields& fields) {

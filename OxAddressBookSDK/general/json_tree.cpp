@@ -31,7 +31,11 @@ class TreeBuilder final : public nlohmann::json_sax<Json> {
   bool string(std::string& text) override { return add({std::move(text)}) != nullptr; }
   bool binary(Json::binary_t&) override { return false; }
 
-  bool start_object(std::size_t) override { return open({JsonNode::Members()}); }
+  bool start_object(std::size_t) override {
+    JsonNode::Members members;
+    members.reserve(4);  // what most of a book's objects hold
+    return open({std::move(members)});
+  }
   bool start_array(std::size_t) override { return open({JsonNode::Elements()}); }
   bool key(std::string& name) override {
     open_.back()->as<JsonNode::Members>()->emplace_back(std::move(name), JsonNode());

@@ -61,6 +61,19 @@ TEST(OxGeneralPerson, HandsOutAndTakesInCopies) {
   EXPECT_TRUE(person->notNullValueProperty().empty());
 }
 
+TEST(OxGeneralPerson, ListsItsValuesInTheOrderOfSettingAndKeepsTheVeryOneItTakes) {
+  const auto person = OxGeneralPerson::make("p");
+  const auto note = single("one");
+  person->takeValue(note, OxProperty::propertyWithName(OxProPertyNote));
+  person->setValue_byPropertyName(single("ACME"), OxProPertyCompany);
+  person->takeValue(note, nullptr);
+  ASSERT_EQ(person->values().size(), 2U);
+  EXPECT_EQ(person->values()[0].second, note);
+  EXPECT_EQ(person->values()[1].first->name(), OxProPertyCompany);
+  person->takeValue(nullptr, OxProperty::propertyWithName(OxProPertyNote));
+  EXPECT_EQ(person->values().size(), 1U);
+}
+
 TEST(OxGeneralPerson, ShowsTheNameElseTheCompany) {
   const auto person = OxGeneralPerson::make("p");
   person->setValue_byPropertyName(single("ACME"), OxProPertyCompany);
