@@ -44,10 +44,7 @@ class RecordKey {
   static RecordKey fromBytes(const std::array<std::uint8_t, 16>& bytes);
 
   std::size_t hash() const {
-    std::uint64_t high = 0;
-    std::uint64_t low = 0;
-    std::memcpy(&high, bytes_.data(), 8);
-    std::memcpy(&low, bytes_.data() + 8, 8);
+    const auto [high, low] = halves();
     std::uint64_t mixed = (high ^ (low * 0x9E3779B97F4A7C15U));
     mixed ^= mixed >> 32U;
     mixed *= 0xD6E8FEB86659FD93U;
@@ -55,8 +52,25 @@ class RecordKey {
   }
 
   auto operator<=>(const RecordKey&) const = default;
+  // Every table compares keys all the time: two words, not a call.
+  bool operator==(const RecordKey& other) const {
+    const auto own = halves();
+    const auto others = other.halves();
+    return ((own.high ^ others.high) | (own.low ^ others.low)) == 0;
+  }
 
  private:
+  struct Halves {
+    std::uint64_t high = 0;
+    std::uint64_t low = 0;
+  };
+  Halves halves() const {
+    Halves halves;
+    std::memcpy(&halves.high, bytes_.data(), 8);
+    std::memcpy(&halves.low, bytes_.data() + 8, 8);
+    return halves;
+  }
+
   // The first byte of a version 7 UUID is the top of its millisecond count and stays below this for
   // thousands of years.
   static constexpr std::uint8_t kForeignMark = 0xFF;
