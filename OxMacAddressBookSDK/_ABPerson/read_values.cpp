@@ -1,8 +1,19 @@
+#include <algorithm>
+
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
-#include "platform/AddressBook/ABMultiValue.hpp"
 
 namespace ox {
+namespace {
+
+// One past the last entry when none is primary.
+std::uint64_t indexOfPrimary(const MultiValue& value) {
+  const auto primary = std::find_if(value.entries.begin(), value.entries.end(),
+                                    [&](const auto& e) { return e.identifier == value.primary; });
+  return static_cast<std::uint64_t>(primary - value.entries.begin());
+}
+
+}  // namespace
 
 std::shared_ptr<OxMutableSingleValue> _ABPerson::singleValueByMacValue_label_type(
     const Object& value, const std::shared_ptr<OxLabel>& label, std::int32_t type) const {
@@ -28,19 +39,17 @@ std::shared_ptr<OxMutableSingleValue> _ABPerson::singleValueByMacValue_property(
 
 std::shared_ptr<OxMutableMultipleValue> _ABPerson::multipleValueByMacValue_property(
     const MultiValuePtr& value, const OxPropertyPtr& property) const {
-  const ABMultiValue stored(value);
-  const auto type = property ? property->subValueType() : value_type::kString;
   auto multiple = OxMutableMultipleValue::init();
-  for (std::uint64_t i = 0; i < stored.count(); ++i) {
+  if (!value) return multiple;
+  const auto type = property ? property->subValueType() : value_type::kString;
+  for (const auto& entry : value->entries) {
     auto label = OxLabel::init();
-    label->setName(stored.labelAtIndex(i));
-    label->setDisplayName(labelDisplayNameByName(label->name()));
-    const Object element = convert::elementFromStored(stored.valueAtIndex(i), type);
-    multiple->addValue(singleValueByMacValue_label_type(element, label, type));
+    label->setName(entry.label);
+    label->setDisplayName(labelDisplayNameByName(entry.label));
+    multiple->addValue(singleValueByMacValue_label_type(
+        convert::elementFromStored(entry.value, type), label, type));
   }
-  if (const auto primary = stored.indexForIdentifier(stored.primaryIdentifier())) {
-    multiple->setMainValue(multiple->valueAtIndex(*primary));
-  }
+  multiple->setMainValue(multiple->valueAtIndex(indexOfPrimary(*value)));
   return multiple;
 }
 

@@ -1,17 +1,19 @@
 #include "OxMacAddressBookSDK/registry/containers.hpp"
 
+#include <utility>
+
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox {
 
 CNContainerPtr containerOf(CNContactStore& store, const ABRecord& record) {
-  const auto predicate =
-      record.kind() == RecordKind::Person
-          ? CNContainer::predicateForContainerOfContactWithIdentifier(record.uniqueId())
-          : CNContainer::predicateForContainerOfGroupWithIdentifier(record.uniqueId());
-  const auto containers = store.containersMatchingPredicate_error(predicate, nullptr);
-  return containers.empty() ? nullptr : containers.front();
+  const auto predicateFor = record.kind() == RecordKind::Person
+                                ? CNContainer::predicateForContainerOfContactWithIdentifier
+                                : CNContainer::predicateForContainerOfGroupWithIdentifier;
+  auto containers =
+      store.containersMatchingPredicate_error(predicateFor(record.uniqueId()), nullptr);
+  return containers.empty() ? nullptr : std::move(containers.front());
 }
 
 std::vector<CNContactPtr> contactsIn(CNContactStore& store, const CNContainer& container) {

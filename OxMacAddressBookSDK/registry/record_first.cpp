@@ -82,6 +82,7 @@ Books booksByRecords(LocalBookRule rule, Caches caches, const ProgressCallback& 
   const auto groups = records->groups();
   auto people = records->people();
   const std::size_t total = groups.size() + people.size() + 1;
+  _ABPerson::dictionarySave().reserve(people.size());
   std::size_t done = 0;
   for (auto& person : people) {
     walk.walkPerson(hostPerson(std::move(person)));

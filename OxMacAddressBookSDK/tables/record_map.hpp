@@ -17,6 +17,11 @@ class RecordMap {
  public:
   std::size_t size() const { return size_; }
 
+  // Makes room for that many entries altogether.
+  void reserve(std::size_t count) {
+    if (count * 5 > slots_.size() * 4) resize(count * 5 / 4 + 1);
+  }
+
   // Borrowed until the next change; null when the key is not there.
   const Value* find(const RecordKey& key) const {
     if (slots_.empty()) return nullptr;
@@ -72,9 +77,9 @@ class RecordMap {
   }
 
   // Four fifths full at most before, half full after: small steps keep the spare room small.
-  void grow() {
-    const std::size_t capacity =
-        slots_.empty() ? kFirstCapacity : slots_.size() + slots_.size() * 3 / 5;
+  void grow() { resize(slots_.empty() ? kFirstCapacity : slots_.size() + slots_.size() * 3 / 5); }
+
+  void resize(std::size_t capacity) {
     std::vector<Slot> old(capacity);
     old.swap(slots_);
     for (auto& slot : old) {

@@ -21,6 +21,11 @@ BookId RecordStampTable::setIfAbsent(const RecordKey& record, BookId book) {
   return stored == nullptr ? book : *stored;
 }
 
+void RecordStampTable::reserve(std::size_t count) {
+  const std::unique_lock lock(mutex_);
+  books_.reserve(count);
+}
+
 void RecordStampTable::remove(const RecordKey& record) {
   const std::unique_lock lock(mutex_);
   books_.erase(record);

@@ -19,6 +19,8 @@ class RecordStampTable {
   void set(const RecordKey& record, BookId book);
   // Stores only where nothing is; the result is what is stored afterwards.
   BookId setIfAbsent(const RecordKey& record, BookId book);
+  // Makes room for that many records altogether.
+  void reserve(std::size_t count);
   void remove(const RecordKey& record);
   std::size_t count() const;
 

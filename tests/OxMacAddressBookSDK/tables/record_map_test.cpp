@@ -47,6 +47,8 @@ TEST(RecordMap, KeepsTheFirstValueAndHoldsNothingForNoRecord) {
   EXPECT_EQ(map.insert(RecordKey(), 3), nullptr);
   EXPECT_EQ(map.find(RecordKey()), nullptr);
   map.erase(RecordKey());
+  map.reserve(1000);
+  EXPECT_EQ(*map.find(key), 1);
   EXPECT_EQ(map.size(), 1U);
 }
 
