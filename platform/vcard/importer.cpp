@@ -1,5 +1,6 @@
 #include "platform/vcard/importer.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 #include <utility>
@@ -27,6 +28,7 @@ class Import {
   void readFile(const std::string& path) {
     FileSource source(path);
     Reader reader(source);
+    const auto firstProblem = report_.problems.size();
     while (!isStopped()) {
       auto result = reader.next();
       if (!result) break;
@@ -45,8 +47,12 @@ class Import {
       report_.uselessFiles.push_back(path + ": holds no vCard");
       return;
     }
-    for (const auto& stray : reader.strayLines())
+    for (const auto& stray : reader.strayLines()) {
       report_.addProblem(path, stray.line, stray.reason);
+    }
+    std::stable_sort(report_.problems.begin() + static_cast<std::ptrdiff_t>(firstProblem),
+                     report_.problems.end(),
+                     [](const auto& a, const auto& b) { return a.line < b.line; });
   }
 
   void finish() {
