@@ -1,0 +1,19 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "oxcontacts/context.hpp"
+
+namespace ox::program {
+
+// Each declares one command with its options. The command runs when its callback is called and ends
+// in a CommandError unless it is done. The context is borrowed for the run.
+void declareAccounts(CLI::App& program, const Context& context);
+void declareImport(CLI::App& program, const Context& context);
+void declareBooks(CLI::App& program, const Context& context);
+void declarePersons(CLI::App& program, const Context& context);
+void declareShow(CLI::App& program, const Context& context);
+void declareGroups(CLI::App& program, const Context& context);
+void declareCheck(CLI::App& program, const Context& context);
+
+}  // namespace ox::program

@@ -1,0 +1,130 @@
+#include <atomic>
+#include <csignal>
+#include <fstream>
+#include <iostream>
+
+#include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/find.hpp"
+#include "oxcontacts/output/json.hpp"
+#include "oxcontacts/output/progress_bar.hpp"
+#include "platform/vcard/importer.hpp"
+
+namespace ox::program {
+namespace {
+
+constexpr std::size_t kProblemsShown = 50;
+
+std::atomic<bool>& interruption() {
+  static std::atomic<bool> asked{false};
+  return asked;
+}
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+// The first Ctrl-C ends the import after the batch at hand, a second one ends the program.
+void catchInterruption() {
+  interruption();  // made before a handler could need it
+  struct sigaction action {};
+  action.sa_handler = [](int) { interruption() = true; };
+  action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+  ::sigaction(SIGINT, &action, nullptr);
+}
+
+Json reportJson(const vcard::ImportReport& report) {
+  Json problems = Json::array();
+  for (const auto& problem : report.problems) {
+    problems.push_back(
+        {{"file", problem.file}, {"line", problem.line}, {"reason", problem.reason}});
+  }
+  return {{"cards", report.cards},       {"added", report.added},
+          {"updated", report.updated},   {"skipped", report.skipped},
+          {"repaired", report.repaired}, {"refused", report.refused},
+          {"groups", report.groups},     {"problems", std::move(problems)}};
+}
+
+void writeReportFile(const std::string& path, const Json& json) {
+  std::ofstream file(path, std::ios::binary);
+  file << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+  file.close();
+  if (!file) throw CommandError(kFailed, path + ": the report could not be written");
+}
+
+void showProblems(const Context& context, const vcard::ImportReport& report) {
+  for (std::size_t i = 0; i < report.problems.size() && i < kProblemsShown; ++i) {
+    const auto& problem = report.problems[i];
+    context.tell(problem.file + ":" + std::to_string(problem.line) + ": " + problem.reason);
+  }
+  if (report.problemCount > kProblemsShown) {
+    context.tell("and " + std::to_string(report.problemCount - kProblemsShown) +
+                 " more (--report FILE lists them)");
+  }
+}
+
+std::string summary(const vcard::ImportReport& report) {
+  const auto count = [](std::uint64_t number, const char* what) {
+    return std::to_string(number) + " " + what;
+  };
+  return count(report.cards, report.cards == 1 ? "card: " : "cards: ") +
+         count(report.added, "added, ") + count(report.updated, "updated, ") +
+         count(report.skipped, "skipped, ") + count(report.refused, "refused, ") +
+         count(report.groups, "groups; ") + count(report.repaired, "repaired");
+}
+
+// Throws unless everything went well.
+void endWith(const vcard::ImportReport& report) {
+  for (const auto& useless : report.uselessFiles) Context::complain(useless);
+  if (report.failureKind == StoreError::Kind::Busy) throw CommandError(kBusy, report.failure);
+  if (!report.failure.empty()) throw CommandError(kFailed, report.failure);
+  if (report.interrupted) throw CommandError(kInterrupted, "interrupted; what is counted is kept");
+  if (!report.uselessFiles.empty()) throw CommandError(kFailed, "");
+  if (report.refused > 0 || report.strayLines > 0) throw CommandError(kDoneWithRefusals, "");
+}
+
+struct Arguments {
+  std::vector<std::string> files;
+  std::string into = "_local";
+  std::string reportFile;
+  vcard::ImportOptions options;
+};
+
+void importCards(const Context& context, const Arguments& arguments) {
+  const auto container = findAccount(arguments.into);
+  auto options = arguments.options;
+  vcard::ImportReport report;
+  {
+    ProgressBar bar(context, "importing");
+    options.stop = &interruption();
+    options.progress = [&](std::uint64_t done, std::uint64_t total) {
+      if (total > 0) bar.show(100.0 * static_cast<double>(done) / static_cast<double>(total));
+    };
+    catchInterruption();
+    report = vcard::importFiles(arguments.files, container->identifier, options);
+  }
+  if (!arguments.reportFile.empty()) writeReportFile(arguments.reportFile, reportJson(report));
+  showProblems(context, report);
+  if (context.json) {
+    printJson(reportJson(report));
+  } else {
+    std::cout << summary(report) << '\n';
+  }
+  endWith(report);
+}
+
+}  // namespace
+
+void declareImport(CLI::App& program, const Context& context) {
+  auto* import = program.add_subcommand("import", "Import vCards into an account");
+  const auto arguments = std::make_shared<Arguments>();
+  import->add_option("FILE", arguments->files, "vCard files")->required();
+  import->add_option("--into", arguments->into, "The account (else the local one)")
+      ->type_name("ACCOUNT");
+  import->add_flag("--update", arguments->options.update,
+                   "Replace what has the same UID and other content");
+  import->add_flag("--strict", arguments->options.strict,
+                   "Refuse cards that would have to be mended");
+  import->add_option("--report", arguments->reportFile, "Write the report there as JSON")
+      ->type_name("FILE");
+  import->callback([&context, arguments] { importCards(context, *arguments);
+});
+}  // namespace ox::program
+
+}  // namespace ox::program

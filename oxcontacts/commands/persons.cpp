@@ -1,0 +1,155 @@
+#include <algorithm>
+#include <optional>
+
+#include "base/text/case.hpp"
+#include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/find.hpp"
+#include "oxcontacts/output/json.hpp"
+#include "oxcontacts/output/table.hpp"
+
+namespace ox::program {
+namespace {
+
+using Person = std::shared_ptr<_ABPerson>;
+using Persons = std::vector<Person>;
+
+struct Arguments {
+  std::string book;
+  std::string group;
+  std::string tag;
+  std::string find;
+  std::string sort = "store";
+  std::optional<std::size_t> limit;
+};
+
+Text mainPhone(const _ABPerson& person) {
+  const auto phone = person.mainPhone();
+  return phone ? phone->phoneNumber() : std::nullopt;
+}
+
+Text mainEmail(const _ABPerson& person) {
+  const auto email = person.mainEmail();
+  return email ? email->email() : std::nullopt;
+}
+
+// The persons to choose from, in store order.
+Persons startingPersons(const Context& context, const Arguments& arguments) {
+  Persons persons;
+  if (!arguments.group.empty()) {
+    for (const auto& member : findGroup(arguments.group)->persons()) {
+      if (auto person = std::dynamic_pointer_cast<_ABPerson>(member)) persons.push_back(person);
+    }
+  } else if (arguments.book.empty()) {
+    for (const auto& record : ABAddressBook::sharedAddressBook()->people()) {
+      if (auto person = hostPerson(record)) persons.push_back(std::move(person));
+    }
+  }
+  if (arguments.book.empty()) return persons;
+  const auto book = findBook(*discoveredBooks(context), arguments.book);
+  if (arguments.group.empty()) {
+    const auto held = book->allPersons();
+    return held ? held->snapshot() : Persons();
+  }
+  std::erase_if(persons,
+                [&](const Person& person) { return person->addressBookID() != book->ID(); });
+  return persons;
+}
+
+bool holds(const Text& text, const std::string& folded) {
+  return text && foldedForSearch(*text).find(folded) != std::string::npos;
+}
+
+// True when the text occurs in a name or in any phone number or e-mail address, whatever the case
+// and the accents.
+bool isFound(const _ABPerson& person, const std::string& folded) {
+  if (holds(person.displayName(), folded) || holds(person.nameChineesPinyin(), folded)) return true;
+  for (const auto property : {kABPhoneProperty, kABEmailProperty}) {
+    const auto value = person.valueForProperty(property);
+    const auto* entries = std::get_if<MultiValuePtr>(&value);
+    if (entries == nullptr) continue;
+    for (const auto& entry : (*entries)->entries) {
+      if (holds(entry.value.toText(), folded)) return true;
+    }
+  }
+  return false;
+}
+
+void sortBy(const std::string& order, Persons& persons) {
+  if (order == "store") return;
+  std::vector<std::pair<std::string, Person>> keyed;
+  keyed.reserve(persons.size());
+  for (auto& person : persons) {
+    auto key = order == "name" ? foldedForSearch(person->displayName().value_or(""))
+                               : person->nameChineesPinyin().value_or("");
+    keyed.emplace_back(std::move(key), std::move(person));
+  }
+  std::stable_sort(keyed.begin(), keyed.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (std::size_t i = 0; i < keyed.size(); ++i) persons[i] = std::move(keyed[i].second);
+}
+
+Persons chosenPersons(const Context& context, const Arguments& arguments) {
+  auto persons = startingPersons(context, arguments);
+  if (!arguments.tag.empty()) {
+    std::erase_if(persons, [&](const Person& person) {
+      const auto tags = person->tagArray();
+      return std::find(tags.begin(), tags.end(), arguments.tag) == tags.end();
+    });
+  }
+  if (!arguments.find.empty()) {
+    const auto folded = foldedForSearch(arguments.find);
+    std::erase_if(persons, [&](const Person& person) { return !isFound(*person, folded); });
+  }
+  sortBy(arguments.sort, persons);
+  if (arguments.limit && *arguments.limit < persons.size()) persons.resize(*arguments.limit);
+  return persons;
+}
+
+Json personJson(const _ABPerson& person) {
+  return {{"ID", jsonOf(person.ID())},
+          {"addressBookID", jsonOf(person.addressBookID())},
+          {"displayName", jsonOf(person.displayName())},
+          {"nameChineesPinyin", jsonOf(person.nameChineesPinyin())},
+          {"mainPhone", jsonOf(mainPhone(person))},
+          {"mainEmail", jsonOf(mainEmail(person))},
+          {"tags", person.tagArray()}};
+}
+
+void listPersons(const Context& context, const Arguments& arguments) {
+  const auto persons = chosenPersons(context, arguments);
+  if (context.json) {
+    JsonList list;
+    for (const auto& person : persons) list.add(personJson(*person));
+    list.close();
+    return;
+  }
+  Table table({{"NAME"}, {"PHONE"}, {"E-MAIL"}, {"BOOK"}, {"ID"}});
+  for (const auto& person : persons) {
+    table.addRow({person->displayName().value_or(""), mainPhone(*person).value_or(""),
+                  mainEmail(*person).value_or(""), person->addressBookID().value_or(""),
+                  person->ID().value_or("")});
+  }
+  table.print(context);
+}
+
+}  // namespace
+
+void declarePersons(CLI::App& program, const Context& context) {
+  auto* persons = program.add_subcommand("persons", "List persons");
+  const auto arguments = std::make_shared<Arguments>();
+  persons->add_option("--book", arguments->book, "Only those of this book")->type_name("BOOK");
+  persons->add_option("--group", arguments->group, "Only direct members of this group")
+      ->type_name("GROUP");
+  persons->add_option("--tag", arguments->tag, "Only those with this tag")->type_name("TAG");
+  persons
+      ->add_option("--find", arguments->find,
+                   "Only those with this in a name, phone number or e-mail address")
+      ->type_name("TEXT");
+  persons->add_option("--sort", arguments->sort, "name, pinyin or store (the default)")
+      ->check(CLI::IsMember({"name", "pinyin", "store"}))
+      ->type_name("ORDER");
+  persons->add_option("--limit", arguments->limit, "At most so many")->type_name("N");
+  persons->callback([&context, arguments] { listPersons(context, *arguments); });
+}
+
+}  // namespace ox::program

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace ox::program {
+
+enum ExitCode : int {
+  kDone = 0,
+  kFailed = 1,
+  kUsage = 2,
+  kDoneWithRefusals = 3,
+  kNotFound = 4,
+  kBusy = 5,
+  kInterrupted = 130,
+};
+
+// Ends a command with that exit code; the text is for the user.
+class CommandError : public std::runtime_error {
+ public:
+  CommandError(ExitCode code, const std::string& what) : std::runtime_error(what), code_(code) {}
+  ExitCode code() const { return code_; }
+
+ private:
+  ExitCode code_;
+};
+
+enum class When : std::uint8_t { Auto, Always, Never };
+
+// What the global options say; one for the run, passed to every command.
+struct Context {
+  std::string store;
+  bool json = false;
+  bool quiet = false;
+  When color = When::Auto;
+  When progress = When::Auto;
+
+  // A line for the user on the error stream, with the program's name in front; silent with --quiet.
+  void tell(const std::string& message) const;
+  // The same for what must not be missed.
+  static void complain(const std::string& message);
+  bool usesColor() const;
+  bool showsProgress() const;
+};
+
+}  // namespace ox::program

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "oxcontacts/context.hpp"
+#include "platform/store/changes.hpp"
+
+namespace ox::program {
+
+// What the words BOOK, PERSON, GROUP and ACCOUNT on the command line mean. Each throws a
+// CommandError: kNotFound when nothing bears that name, kUsage with the candidates when several do.
+
+// By identifier or standard id, else by name.
+ContainerPtr findAccount(const std::string& text);
+// Among the discovered books: by ID, else by name.
+std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text);
+// By ID, else by display name.
+std::shared_ptr<_ABPerson> findPerson(const std::string& text);
+std::shared_ptr<_ABGroup> findGroup(const std::string& text);
+
+// The books of the store, found with progress.
+BookListPtr discoveredBooks(const Context& context);
+
+}  // namespace ox::program

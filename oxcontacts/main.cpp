@@ -1,0 +1,112 @@
+// oxcontacts: the contact store on the command line.
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+#include "base/failures.hpp"
+#include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/context.hpp"
+#include "platform/store/changes.hpp"
+
+namespace ox::program {
+namespace {
+
+constexpr const char* kExitCodes =
+    "Data goes to standard output, everything else to standard error.\n"
+    "ACCOUNT is a container's identifier, its standard id or its name; BOOK a book's ID or name;\n"
+    "PERSON and GROUP an ID or a display name. Names must be unambiguous.\n"
+    "Exit codes: 0 done, 1 failed, 2 usage (an ambiguous name too), 3 done with refusals,\n"
+    "4 not found, 5 busy, 130 interrupted.";
+
+void declareWhen(CLI::App& program, const char* option, const char* what, When& when) {
+  const auto choose = [&when](const std::string& word) {
+    when = word == "always" ? When::Always : word == "never" ? When::Never : When::Auto;
+  };
+  program.add_option_function<std::string>(option, choose, what)
+      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->type_name("WHEN");
+}
+
+void declareGlobalOptions(CLI::App& program, Context& context) {
+  program
+      .add_option("--store", context.store,
+                  "The contact store (else $OX_CONTACT_STORE, else the user's own)")
+      ->type_name("PATH");
+  program.add_flag("--json", context.json, "Print JSON");
+  program.add_flag("--quiet", context.quiet, "Print data and errors only");
+  declareWhen(program, "--color", "Colours: auto, always or never (NO_COLOR is honoured)",
+              context.color);
+  declareWhen(program, "--progress", "A progress bar: auto, always or never", context.progress);
+}
+
+int exitCodeOf(const StoreError& error) {
+  return error.kind() == StoreError::Kind::Busy ? kBusy : kFailed;
+}
+
+// Runs the command of the command line; parsing calls it.
+int run(CLI::App& program, int argc, char** argv) {
+  try {
+    program.parse(argc, argv);
+    return kDone;
+  } catch (const CLI::ParseError& error) {
+    return program.exit(error) == 0 ? kDone : kUsage;
+  } catch (const CommandError& error) {
+    if (*error.what() != '\0') Context::complain(error.what());
+    return error.code();
+  } catch (const StoreError& error) {
+    Context::complain(error.what());
+    return exitCodeOf(error);
+  } catch (const std::exception& error) {
+    Context::complain(error.what());
+    return kFailed;
+  }
+}
+
+// The operations below report no errors: what they counted meanwhile tells whether the command did
+// what it seems to have done.
+int honest(int code, const failures::Snapshot& before) {
+  const auto after = failures::snapshot();
+  if (code == kDone && after.failures != before.failures) {
+    Context::complain(after.lastReason);
+    code = kFailed;
+  } else if (code == kDone && after.refusals != before.refusals) {
+    Context::complain(after.lastReason);
+    code = kDoneWithRefusals;
+  }
+  std::cout.flush();
+  if (!std::cout) {
+    Context::complain("the output could not be written");
+    if (code == kDone) code = kFailed;
+  }
+  return code;
+}
+
+int mainOf(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  Context context;
+  CLI::App program("Works with the address books of a contact store.", "oxcontacts");
+  program.footer(kExitCodes);
+  program.require_subcommand(1);
+  program.fallthrough();
+  declareGlobalOptions(program, context);
+  program.parse_complete_callback([&] {
+    if (!context.store.empty()) ::setenv("OX_CONTACT_STORE", context.store.c_str(), 1);
+  });
+  declareAccounts(program, context);
+  declareImport(program, context);
+  declareBooks(program, context);
+  declarePersons(program, context);
+  declareShow(program, context);
+  declareGroups(program, context);
+  declareCheck(program, context);
+  const auto before = failures::snapshot();
+  return honest(run(program, argc, argv), before);
+}
+
+}  // namespace
+}  // namespace ox::program
+
+int main(int argc, char** argv) {
+  return ox::program::mainOf(argc, argv);
+}

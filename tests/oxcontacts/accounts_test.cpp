@@ -1,0 +1,75 @@
+#include <gtest/gtest.h>
+
+#include "tests/oxcontacts/program.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox::program_tests {
+namespace {
+
+using support::temporaryFile;
+
+TEST(AccountsCommand, ListsWhatWasAddedTheLocalOneFirst) {
+  EXPECT_EQ(runJson({"accounts", "add", "iCloud", "--identifier", "A:ABAccount"}),
+            Json::parse(R"({"identifier":"A:ABAccount","name":"iCloud","type":"carddav"})"));
+  const auto office = runJson({"accounts", "add", "Office", "--type", "exchange"});
+  EXPECT_EQ(office["name"], "Office");
+  EXPECT_TRUE(office["identifier"].get<std::string>().ends_with(":ABAccount"));
+  EXPECT_EQ(
+      runJson({"accounts"}),
+      Json::array({{{"identifier", "_local:ABAccount"}, {"name", "On My Mac"}, {"type", "local"}},
+                   {{"identifier", "A:ABAccount"}, {"name", "iCloud"}, {"type", "carddav"}},
+                   office}));
+  EXPECT_EQ(run({"accounts"}).output.substr(0, 24), "NAME       TYPE      IDE");
+  EXPECT_EQ(run({"accounts", "remove", "A"}).exitCode, 0);
+  EXPECT_EQ(run({"accounts", "remove", "Office"}).exitCode, 0);
+  EXPECT_EQ(runJson({"accounts"}).size(), 1U);
+}
+
+TEST(AccountsCommand, RemovesOneThatHoldsRecordsOnlyWithForce) {
+  run({"accounts", "add", "iCloud", "--identifier", "A:ABAccount"});
+  const auto file = temporaryFile("one.vcf", card({"N:;Ann;;;", "FN:Ann"}));
+  ASSERT_EQ(run({"import", file, "--into", "iCloud"}).exitCode, 0);
+
+  const auto refused = run({"accounts", "remove", "iCloud"});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_EQ(refused.errors, "oxcontacts: iCloud holds records; --force removes them with it\n");
+  EXPECT_EQ(runJson({"persons"}).size(), 1U);
+
+  EXPECT_EQ(run({"accounts", "remove", "iCloud", "--force"}).exitCode, 0);
+  EXPECT_EQ(runJson({"persons"}), Json::array());
+  EXPECT_EQ(run({"check"}).output, "sound\n");
+}
+
+TEST(AccountsCommand, TellsWhatItCannotDo) {
+  for (const auto* identifier : {"A:ABAccount", "B:ABAccount"}) {
+    run({"accounts", "add", "Twin", "--identifier", identifier});
+  }
+  struct Row {
+    std::vector<std::string> arguments;
+    int exitCode;
+    std::string message;
+  };
+  const std::vector<Row> rows = {
+      {{"accounts", "remove", "Nobody"}, 4, "there is no account \"Nobody\""},
+      {{"accounts", "remove", "Twin"}, 2, "A:ABAccount, B:ABAccount"},
+      {{"accounts", "remove", "_local", "--force"}, 1, "the local account cannot be removed"},
+      {{"accounts", "add", "x", "--identifier", "A:ABAccount"}, 1, "A:ABAccount already"},
+      {{"accounts", "add", "x", "--type", "imap"}, 2, "imap"},
+      {{"accounts", "add"}, 2, "NAME is required"},
+      {{"import", "x.vcf", "--into", "Nobody"}, 4, "there is no account \"Nobody\""},
+      {{}, 2, "A subcommand is required"},
+      {{"fly"}, 2, "A subcommand is required"},
+      {{"persons", "--limit", "some"}, 2, "some"},
+      {{"--color", "red", "accounts"}, 2, "red"},
+  };
+  for (const auto& row : rows) {
+    const auto result = run(row.arguments);
+    EXPECT_EQ(result.exitCode, row.exitCode) << row.message;
+    EXPECT_NE(result.errors.find(row.message), std::string::npos) << result.errors;
+    EXPECT_EQ(result.output, "") << row.message;
+  }
+  EXPECT_EQ(runJson({"accounts"}).size(), 3U);
+}
+
+}  // namespace
+}  // namespace ox::program_tests

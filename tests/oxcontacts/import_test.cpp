@@ -1,0 +1,176 @@
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/oxcontacts/program.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox::program_tests {
+namespace {
+
+using support::temporaryFile;
+using support::temporaryPath;
+
+std::string import(const std::string& cards, std::vector<std::string> options = {}) {
+  options.insert(options.begin(), {"import", temporaryFile("cards.vcf", cards).string()});
+  return countsOf(runJson(options));
+}
+
+const std::string kAnn = card({"UID:a1", "N:Lee;Ann;;;", "FN:Ann Lee", "TEL:+1 555 1"});
+const std::string kBen = card({"N:;Ben;;;", "FN:Ben", "EMAIL:ben@example.org"});
+const std::string kFriends =
+    card({"UID:g1", "FN:Friends", "N:Friends;;;;", "X-ADDRESSBOOKSERVER-KIND:group",
+          "X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:a1"});
+
+TEST(ImportCommand, AddsNothingTwice) {
+  const auto all = kFriends + kAnn + kBen + kAnn + kBen;
+  EXPECT_EQ(import(all), "cards 5, added 2, skipped 2, groups 1");
+  EXPECT_EQ(import(all), "cards 5, skipped 4, groups 1");
+  EXPECT_EQ(runJson({"persons"}).size(), 2U);
+  const auto groups = runJson({"groups"});
+  ASSERT_EQ(groups.size(), 1U);
+  EXPECT_EQ(groups[0]["displayName"], "Friends");
+  EXPECT_EQ(groups[0]["persons"], 1);
+}
+
+TEST(ImportCommand, ChangesWhatHasTheSameUidOnlyWithUpdate) {
+  import(kAnn);
+  const auto other = card({"UID:a1", "N:Lee;Anna;;;", "FN:Anna Lee"});
+  const auto file = temporaryFile("other.vcf", other).string();
+  EXPECT_EQ(runJson({"import", file}), Json::parse(R"({"cards":1,"added":0,"updated":0,"skipped":1,
+      "repaired":0,"refused":0,"groups":0,"problems":[{"file":")" +
+                                                   file + R"(","line":1,
+      "reason":"differs from the person with the same UID; not updated"}]})"));
+  EXPECT_EQ(personIds().count("Ann Lee"), 1U);
+  const auto id = personIds()["Ann Lee"];
+
+  EXPECT_EQ(import(other, {"--update"}), "cards 1, updated 1");
+  EXPECT_EQ(personIds(), (std::map<std::string, std::string>{{"Anna Lee", id}}));
+  EXPECT_EQ(import(other + kAnn + other, {"--update"}), "cards 3, updated 2, skipped 1");
+}
+
+TEST(ImportCommand, TellsWhatWasRefusedAndKeepsTheNeighbours) {
+  const auto file = temporaryFile("cut.vcf", kAnn + "stray\r\n" + kBen + "BEGIN:VCARD\r\nFN:Cut");
+  const auto reportFile = temporaryPath("report.json");
+  const auto result = run({"import", file, "--json", "--report", reportFile});
+  EXPECT_EQ(result.exitCode, 3);
+  const auto report = Json::parse(result.output);
+  EXPECT_EQ(countsOf(report), "cards 3, added 2, refused 1");
+  ASSERT_EQ(report["problems"].size(), 2U) << report;
+  EXPECT_EQ(report["problems"][0]["line"], 8);
+  EXPECT_EQ(report["problems"][1]["line"], 15);
+  EXPECT_EQ(Json::parse(support::fileBytes(reportFile)), report);
+  EXPECT_NE(result.errors.find(file.string() + ":15: "), std::string::npos) << result.errors;
+}
+
+TEST(ImportCommand, RefusesWithStrictWhatItWouldMend) {
+  const auto mended =
+      "BEGIN:VCARD\r\nVERSION:3.0\r\nN:;Cy;;;\r\nFN:Cy\r\nno line at all\r\nEND:VCARD\r\n";
+  EXPECT_EQ(import(mended + kAnn, {"--strict"}), "cards 2, added 1, refused 1");
+  EXPECT_EQ(personIds().count("Cy"), 0U);
+  EXPECT_EQ(import(mended + kAnn), "cards 2, added 1, skipped 1, repaired 1");
+}
+
+TEST(ImportCommand, GroupsFindTheirMembersAnywhere) {
+  const auto group = [](const std::string& uid, const std::vector<std::string>& members) {
+    std::vector<std::string> lines{"UID:" + uid, "FN:" + uid, "N:" + uid + ";;;;",
+                                   "X-ADDRESSBOOKSERVER-KIND:group"};
+    for (const auto& member : members) {
+      lines.push_back("X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:" + member);
+    }
+    return card(lines);
+  };
+  import(kAnn);
+  const auto later = card({"UID:d1", "N:;Dee;;;", "FN:Dee"});
+  // top holds inner (given first), inner a person of an earlier import and one of a later file;
+  // loop and inner hold each other.
+  const auto first = temporaryFile("first.vcf", group("top", {"inner", "nobody"}) +
+                                                    group("inner", {"a1", "d1", "loop"}) +
+                                                    group("loop", {"inner", "loop"}))
+                         .string();
+  const auto second = temporaryFile("second.vcf", later).string();
+  const auto report = runJson({"import", first, second});
+  EXPECT_EQ(countsOf(report), "cards 4, added 1, groups 3");
+  EXPECT_EQ(report["problems"].size(), 3U) << report;
+  const auto groups = runJson({"groups"});
+  ASSERT_EQ(groups.size(), 1U) << groups;
+  EXPECT_EQ(groups[0]["displayName"], "top");
+  EXPECT_EQ(groups[0]["includePersons"], 2);
+  EXPECT_EQ(groups[0]["subGroups"][0]["displayName"], "inner");
+  EXPECT_EQ(groups[0]["subGroups"][0]["persons"], 2);
+  EXPECT_EQ(groups[0]["subGroups"][0]["subGroups"][0]["displayName"], "loop");
+  EXPECT_EQ(countsOf(runJson({"import", first, second})), "cards 4, skipped 1, groups 3");
+  EXPECT_EQ(run({"check"}).output, "sound\n");
+}
+
+TEST(ImportCommand, RefusesFilesThatHoldNoCards) {
+  std::filesystem::create_directory(temporaryPath("folder"));
+  const auto good = temporaryFile("good.vcf", kAnn).string();
+  const std::string binary("\x7f\x45LF\x00\x01\xff\xfe binary", 15);
+  struct Row {
+    std::string file;
+    const char* reason;
+    std::size_t personsAfter;  // what cannot be opened keeps everything out
+  };
+  const std::vector<Row> rows = {
+      {temporaryPath("missing.vcf"), "", 0},
+      {temporaryPath("folder"), "", 0},
+      {temporaryFile("binary.vcf", binary), "holds no vCard", 1},
+      {temporaryFile("empty.vcf", ""), "holds no vCard", 1},
+  };
+  for (const auto& row : rows) {
+    const auto result = run({"import", good, row.file});
+    EXPECT_EQ(result.exitCode, 1) << row.file;
+    EXPECT_NE(result.errors.find(row.file), std::string::npos) << result.errors;
+    EXPECT_NE(result.errors.find(row.reason), std::string::npos) << result.errors;
+    EXPECT_EQ(runJson({"persons"}).size(), row.personsAfter) << row.file;
+  }
+}
+
+TEST(ImportCommand, SurvivesHugeAndDeepInput) {
+  const std::string nested = [] {
+    std::string text;
+    for (int i = 0; i < 10'000; ++i)
+      text += "BEGIN:VCARD\r\nVERSION:3.0\r\nN:;Deep;;;\r\nAGENT:\r\n";
+    for (int i = 0; i < 10'000; ++i) text += "END:VCARD\r\n";
+    return text;
+  }();
+  const auto deep = temporaryFile("deep.vcf", nested + kAnn);
+  const auto result = run({"import", deep});
+  EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 3) << result.exitCode << result.errors;
+  EXPECT_EQ(personIds().count("Ann Lee"), 1U);
+
+  const auto longLine =
+      temporaryFile("long.vcf", "BEGIN:VCARD\r\nNOTE:" + std::string(80U << 20U, 'x') +
+                                    "\r\nEND:VCARD\r\n" + kBen);
+  EXPECT_EQ(countsOf(runJson({"import", longLine})), "cards 2, added 1, refused 1");
+}
+
+TEST(ImportCommand, EndsCleanlyWhenInterrupted) {
+  const auto pipe = temporaryPath("pipe.vcf");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  support::RunningProcess program(programCommand({"import", pipe, "--json"}));
+  const int feed = ::open(pipe.c_str(), O_WRONLY);
+  ASSERT_GE(feed, 0);
+  std::string cards;
+  for (int i = 0; i < 3000; ++i) {
+    cards += card({"UID:n" + std::to_string(i), "N:;P" + std::to_string(i) + ";;;", "FN:P"});
+  }
+  // A pipe holds 64 KiB: most cards have been read once everything is written.
+  ASSERT_EQ(::write(feed, cards.data(), cards.size()), static_cast<ssize_t>(cards.size()));
+  program.signal(SIGINT);
+  ::close(feed);
+  const auto result = program.wait();
+  EXPECT_EQ(result.exitCode, 130) << result.errors;
+  const auto report = Json::parse(result.output);
+  EXPECT_GE(report["added"], 1000);
+  EXPECT_LT(report["added"], 3000);
+  EXPECT_EQ(runJson({"persons"}).size(), report["added"].get<std::size_t>());
+  EXPECT_EQ(run({"check"}).output, "sound\n");
+}
+
+}  // namespace
+}  // namespace ox::program_tests

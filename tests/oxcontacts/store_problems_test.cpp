@@ -1,0 +1,120 @@
+#include <csignal>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "base/sqlite/connection.hpp"
+#include "tests/oxcontacts/program.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox::program_tests {
+namespace {
+
+using support::fileBytes;
+using support::temporaryFile;
+using support::temporaryPath;
+
+std::string storeWith(const char* statement) {
+  const auto path = temporaryPath("prepared.db").string();
+  std::filesystem::remove(path);
+  run({"--store", path, "accounts"});
+  sqlite::Connection(path, sqlite::Connection::Mode::ReadWrite).execute(statement);
+  return path;
+}
+
+std::string foreignDatabase() {
+  const auto path = temporaryPath("foreign.db").string();
+  sqlite::Connection(path, sqlite::Connection::Mode::ReadWriteCreate)
+      .execute("CREATE TABLE recipe(name TEXT)");
+  return path;
+}
+
+TEST(StoreProblems, AreNamedWithFileAndReasonByEveryCommand) {
+  std::filesystem::create_directory(temporaryPath("folder"));
+  struct Row {
+    std::string store;
+    const char* reason;
+  };
+  const std::vector<Row> rows = {
+      {temporaryPath("folder"), "directory"},
+      {temporaryFile("text.db", std::string(5000, 'x')), "not a contact store"},
+      {foreignDatabase(), "another program"},
+      {storeWith("PRAGMA user_version=99"), "newer version"},
+      {temporaryFile("file", "") / "below.db", "Not a directory"},
+  };
+  const auto cards = temporaryFile("one.vcf", card({"N:;Ann;;;", "FN:Ann"})).string();
+  const std::vector<std::vector<std::string>> commands = {
+      {"accounts"}, {"accounts", "add", "x"}, {"import", cards}, {"books"}, {"persons"}, {"groups"},
+      {"check"}};
+  for (const auto& row : rows) {
+    const auto before = std::filesystem::is_regular_file(row.store) ? fileBytes(row.store) : "";
+    for (auto command : commands) {
+      command.insert(command.begin(), {"--store", row.store});
+      const auto result = run(command);
+      EXPECT_EQ(result.exitCode, 1) << row.reason << " " << command[2];
+      EXPECT_NE(result.errors.find(row.store), std::string::npos) << command[2] << result.errors;
+      EXPECT_NE(result.errors.find(row.reason), std::string::npos) << command[2] << result.errors;
+    }
+    const auto after = std::filesystem::is_regular_file(row.store) ? fileBytes(row.store) : "";
+    EXPECT_EQ(before, after) << row.store;
+  }
+}
+
+TEST(StoreProblems, AReadOnlyFolderIsTold) {
+  if (::geteuid() == 0) GTEST_SKIP() << "permissions do not bind this user";
+  const auto folder = temporaryPath("sealed");
+  std::filesystem::create_directory(folder);
+  std::filesystem::permissions(
+      folder, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+  const auto result = run({"--store", (folder / "new.db").string(), "accounts"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_NE(result.errors.find((folder / "new.db").string()), std::string::npos) << result.errors;
+}
+
+TEST(StoreProblems, AStoreThatAnotherProcessWritesForLongIsBusy) {
+  run({"accounts"});
+  const auto path = support::StoreEnvironment::instance().contactStore().string();
+  sqlite::Connection other(path, sqlite::Connection::Mode::ReadWrite);
+  const sqlite::Transaction writing(other);
+  const auto cards = temporaryFile("one.vcf", card({"N:;Ann;;;", "FN:Ann"})).string();
+  const auto result = run({"import", cards});
+  EXPECT_EQ(result.exitCode, 5) << result.errors;
+  EXPECT_NE(result.errors.find(path), std::string::npos) << result.errors;
+  EXPECT_EQ(runJson({"persons"}), Json::array());
+}
+
+TEST(StoreProblems, CheckFindsADamagedByte) {
+  const auto cards = temporaryFile("one.vcf", card({"N:;Ann;;;", "FN:Ann", "NOTE:fingerbone"}));
+  ASSERT_EQ(run({"import", cards}).exitCode, 0);
+  EXPECT_EQ(runJson({"check"}), Json::parse(R"({"ok":true,"problems":[]})"));
+  const auto store = support::StoreEnvironment::instance().contactStore();
+  auto bytes = fileBytes(store);
+  const auto place = bytes.find("fingerbone");
+  ASSERT_NE(place, std::string::npos);
+  bytes[place] = 'F';
+  temporaryFile("contacts.db", bytes);
+  EXPECT_EQ(run({"check"}).exitCode, 1);
+  const auto report = runJson({"check"});
+  EXPECT_EQ(report["ok"], false);
+  EXPECT_EQ(report["problems"].size(), 1U) << report;
+}
+
+TEST(Output, ThatCannotBeWrittenIsNoSuccess) {
+  const auto result = runShell("\"$OX\" accounts >/dev/full");
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "oxcontacts: the output could not be written\n");
+}
+
+TEST(Output, IsColouredOnlyWhenAskedForAndNeverSteersTheTerminal) {
+  const auto cards = temporaryFile("one.vcf", card({"N:;A\x1b[2Jnn;;;", "FN:A\x1b[2Jnn"}));
+  run({"import", cards});
+  EXPECT_EQ(run({"--color", "always", "accounts"}).output.substr(0, 9), "\x1b[1mNAME ");
+  EXPECT_EQ(run({"persons"}).output.find('\x1b'), std::string::npos);
+  EXPECT_EQ(runJson({"persons"})[0]["displayName"], "A\x1b[2Jnn");
+  const auto help = run({"--help"});
+  EXPECT_EQ(help.exitCode, 0);
+  EXPECT_NE(help.output.find("4 not found, 5 busy, 130 interrupted"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace ox::program_tests
