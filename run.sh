@@ -32,7 +32,7 @@ import() {
 import local.vcf _local "On My Mac" local
 import icloud.vcf demo-icloud iCloud carddav
 import google.vcf demo-google Google carddav
-import company.vcf demo-company "Northwind Ltd" exchange
+import company.vcf demo-company "Brightwater Ltd" exchange
 
 echo
 "$program" books
