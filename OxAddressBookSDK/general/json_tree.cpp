@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 namespace ox {
 namespace {
@@ -38,7 +39,7 @@ class TreeBuilder final : public nlohmann::json_sax<Json> {
   }
   bool start_array(std::size_t) override { return open({JsonNode::Elements()}); }
   bool key(std::string& name) override {
-    open_.back()->as<JsonNode::Members>()->emplace_back(std::move(name), JsonNode());
+    open_.back()->as<JsonNode::Members>()->push_back({std::move(name), {}});
     return true;
   }
   bool end_object() override { return close(); }
@@ -59,8 +60,8 @@ class TreeBuilder final : public nlohmann::json_sax<Json> {
       return &elements->emplace_back(std::move(node));
     }
     auto& member = open_.back()->as<JsonNode::Members>()->back();
-    member.second = std::move(node);
-    return &member.second;
+    member.node = std::move(node);
+    return &member.node;
   }
 
   bool open(JsonNode node) {

@@ -4,18 +4,18 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
 #include <vector>
 
 namespace ox {
 
+struct JsonMember;
+
 // One JSON value as it stands in the text: members in their order, repeated names kept. Files of
 // the neutral book hold no booleans, so there are none.
 struct JsonNode {
   using Elements = std::vector<JsonNode>;
-  using Member = std::pair<std::string, JsonNode>;
-  using Members = std::vector<Member>;
+  using Members = std::vector<JsonMember>;
 
   std::variant<std::monostate, std::int64_t, double, std::string, Elements, Members> value;
 
@@ -24,6 +24,11 @@ struct JsonNode {
   T* as() {
     return std::get_if<T>(&value);
   }
+};
+
+struct JsonMember {
+  std::string name;
+  JsonNode node;
 };
 
 // Reads one JSON text (RFC 8259). Missing when it is none, when arrays and objects lie in one

@@ -170,7 +170,7 @@ TEST(BookFormat, RefusesValuesThatItDoesNotKnow) {
       "1e999",
       "01",
       "x",
-      "\"\\ud800\"",
+      R"("\ud800")",
       "\"\xFF\"",
       R"({})",
       R"({"kind":"colour"})",
@@ -187,16 +187,16 @@ TEST(BookFormat, RefusesValuesThatItDoesNotKnow) {
       R"({"kind":"dictionary","entries":{"a":1,"a":1}})",
       std::string(40, '[') + std::string(40, ']'),
       std::string(1'000'000, '['),
-      "\"x\"},{\"property\":\"OxProPertyNote\",\"type\":0",  // a property twice
-      "\"x\"},{\"property\":\"\",\"type\":0",
-      "\"x\"},{\"property\":\"a\",\"type\":2147483648",
-      "\"x\"},{\"property\":\"a\",\"type\":12",
-      "\"x\"},{\"property\":\"a\",\"type\":0,\"values\":[]",
-      "\"x\"},{\"property\":\"a\",\"type\":12,\"main\":0,\"values\":[]",
-      "\"x\"},{\"property\":\"a\",\"type\":12,\"main\":-1,\"values\":[{\"type\":0}]",
-      "\"x\"},{\"property\":\"a\",\"type\":12,\"values\":[{\"type\":12}]",
-      "\"x\"},{\"property\":\"a\",\"type\":0,\"colour\":1",
-      "\"x\"},{\"type\":0",
+      R"("x"},{"property":"OxProPertyNote","type":0)",  // a property twice
+      R"("x"},{"property":"","type":0)",
+      R"("x"},{"property":"a","type":2147483648)",
+      R"("x"},{"property":"a","type":12)",
+      R"("x"},{"property":"a","type":0,"values":[])",
+      R"("x"},{"property":"a","type":12,"main":0,"values":[])",
+      R"("x"},{"property":"a","type":12,"main":-1,"values":[{"type":0}])",
+      R"("x"},{"property":"a","type":12,"values":[{"type":12}])",
+      R"("x"},{"property":"a","type":0,"colour":1)",
+      R"("x"},{"type":0)",
   };
   for (const auto& row : rows) {
     EXPECT_FALSE(read(fileWithJson(row))) << row.substr(0, 200);

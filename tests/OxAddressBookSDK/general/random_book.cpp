@@ -32,12 +32,12 @@ constexpr std::array kTexts = {
     "שלום"sv,
     "محمد"sv,
     "👩‍👩‍👧 family"sv,
-    "a\"b\\c/d"sv,
+    R"(a"b\c/d)"sv,
     "one\ntwo\r\nthree\ttab"sv,
     "\0nul\x01\x1F\x7F"sv,
     "\xEF\xBB\xBF mark"sv,
     "\xE2\x80\xA8 line separator"sv,
-    "{\"person\":\"x\"}"sv,
+    R"({"person":"x"})"sv,
     " blanks "sv,
 };
 constexpr std::array kLabels = {
