@@ -18,7 +18,8 @@ std::string shortened(const std::string& text, std::size_t columns) {
 
 void Table::addRow(std::vector<std::string> cells) {
   cells.resize(columns_.size());
-  for (auto& cell : cells) cell = shortened(terminalText(cell), kWidestCell);
+  for (auto& cell : cells) cell = terminalText(cell);
+  for (std::size_t i = 0; i + 1 < cells.size(); ++i) cells[i] = shortened(cells[i], kWidestCell);
   rows_.push_back(std::move(cells));
 }
 

@@ -7,7 +7,8 @@
 
 namespace ox::program {
 
-// Rows of text under headings, printed in columns that fit any script.
+// Rows of text under headings, printed in columns that fit any script. Long cells are cut, those of
+// the last column are not.
 class Table {
  public:
   enum class Align : std::uint8_t { Left, Right };

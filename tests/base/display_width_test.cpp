@@ -1,8 +1,7 @@
 #include "base/text/display_width.hpp"
 
-#include <gtest/gtest.h>
-
 #include <array>
+#include <gtest/gtest.h>
 
 namespace ox {
 namespace {
