@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sqlite3.h>
 #include <string>
+#include <sys/resource.h>
 #include <sys/utsname.h>
 #include <thread>
 #include <unicode/uversion.h>
@@ -38,6 +39,16 @@ void printMachine() {
   std::printf("system     %s %s\n", system.sysname, system.release);
   std::printf("versions   g++ %s, SQLite %s, ICU %s\n", __VERSION__, sqlite3_libversion(),
               U_ICU_VERSION);
+}
+
+Used usedSoFar() {
+  rusage usage{};
+  ::getrusage(RUSAGE_SELF, &usage);
+  const auto seconds = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+  };
+  return {seconds(usage.ru_utime) + seconds(usage.ru_stime),
+          std::strtod(lineOf("/proc/self/io", "wchar").c_str(), nullptr)};
 }
 
 bool isOptimised() {
