@@ -1,0 +1,100 @@
+#include "platform/vcard/importer.hpp"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/store_builder.hpp"
+#include "tests/support/store_environment.hpp"
+#include "tests/support/switched_source.hpp"
+
+namespace ox::vcard {
+namespace {
+
+using support::StoreBuilder;
+using support::SwitchedSource;
+using support::temporaryFile;
+
+std::string cardOf(const std::string& uid, const std::string& name) {
+  return "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:" + uid + "\r\nN:;" + name + ";;;\r\nFN:" + name +
+         "\r\nEND:VCARD\r\n";
+}
+
+std::string manyCards(int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += cardOf("u" + std::to_string(i), "P" + std::to_string(i));
+  return text;
+}
+
+std::string countsOf(const ImportReport& report) {
+  return std::to_string(report.cards) + " = " + std::to_string(report.added) + " + " +
+         std::to_string(report.updated) + " + " + std::to_string(report.skipped) + " + " +
+         std::to_string(report.refused) + " + " + std::to_string(report.groups);
+}
+
+TEST(Importer, CountsEveryCardOnceWhereverTheFileIsCut) {
+  SwitchedSource::install();
+  const auto text = cardOf("a", "Ann") + cardOf("b", "Ben");
+  const auto firstCard = cardOf("a", "Ann").size();
+  for (std::size_t length = 0; length <= text.size(); ++length) {
+    const auto container = "c" + std::to_string(length) + ":ABAccount";
+    StoreBuilder().container(container, "cut", 3);
+    const auto report =
+        importFiles({temporaryFile("cut.vcf", text.substr(0, length))}, container, {});
+    const auto stored = support::realSource().recordsIn(container, RecordKind::Person).size();
+    ASSERT_EQ(report.failure, "") << length;
+    ASSERT_EQ(report.cards, report.added + report.refused) << length;
+    ASSERT_EQ(report.added, stored) << length;
+    // A card whose lines are whole counts once its last one says END, be it mended.
+    const std::size_t left = sizeof(":VCARD\r\n") - 1;
+    const auto complete = static_cast<std::size_t>(length + left >= firstCard) +
+                          static_cast<std::size_t>(length + left >= text.size());
+    ASSERT_EQ(stored, complete) << length;
+    const bool endIsTorn = (length + left >= firstCard && length + 2 < firstCard) ||
+                           (length + left >= text.size() && length + 2 < text.size());
+    ASSERT_EQ(report.repaired, endIsTorn ? 1U : 0U) << length;
+  }
+}
+
+TEST(Importer, WritesAThousandCardsAtATimeAndAsksTheEmptyStoreNothing) {
+  auto& source = SwitchedSource::install();
+  std::uint64_t lastDone = 0;
+  ImportOptions options;
+  options.progress = [&](std::uint64_t done, std::uint64_t total) {
+    EXPECT_GE(done, lastDone);
+    EXPECT_LE(done, total);
+    lastDone = done;
+  };
+  const auto text = manyCards(2500);
+  const auto file = temporaryFile("many.vcf", text);
+  EXPECT_EQ(countsOf(importFiles({file}, "_local", options)), "2500 = 2500 + 0 + 0 + 0 + 0");
+  const auto counts = source.counts();
+  EXPECT_EQ(counts.execute, 3U);
+  EXPECT_EQ(counts.recordsWithCardUid, 0U);
+  EXPECT_EQ(counts.recordsWithFingerprint, 0U);
+  EXPECT_EQ(counts.checkpoint, 1U);
+  EXPECT_EQ(lastDone, text.size());
+  EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "2500 = 0 + 0 + 2500 + 0 + 0");
+}
+
+TEST(Importer, KeepsWhatItCommittedWhenStopped) {
+  SwitchedSource::install();
+  std::atomic<bool> stop = false;
+  ImportOptions options;
+  options.stop = &stop;
+  options.progress = [&](std::uint64_t, std::uint64_t) { stop = true; };
+  const auto report = importFiles({temporaryFile("many.vcf", manyCards(2500))}, "_local", options);
+  EXPECT_TRUE(report.interrupted);
+  EXPECT_EQ(countsOf(report), "1000 = 1000 + 0 + 0 + 0 + 0");
+  EXPECT_EQ(support::realSource().recordsIn("_local", RecordKind::Person).size(), 1000U);
+}
+
+TEST(Importer, SaysWhyTheStoreFailed) {
+  auto& source = SwitchedSource::install();
+  source.denyContainerAccess();
+  const auto report = importFiles({temporaryFile("one.vcf", manyCards(1))}, "_local", {});
+  EXPECT_EQ(report.failureKind, StoreError::Kind::Denied);
+  EXPECT_NE(report.failure, "");
+  EXPECT_EQ(countsOf(report), "0 = 0 + 0 + 0 + 0 + 0");
+}
+
+}  // namespace
+}  // namespace ox::vcard
