@@ -17,6 +17,7 @@ namespace {
   std::vector<std::string> texts = {"bench", "--child"};
   texts.insert(texts.end(), arguments.begin(), arguments.end());
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (auto& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   ::execv("/proc/self/exe", pointers.data());

@@ -1,9 +1,9 @@
 #include "bench/contacts.hpp"
 
 #include <array>
-#include <initializer_list>
 #include <string_view>
 
+#include "bench/card_text.hpp"
 #include "bench/contact_photos.hpp"
 #include "bench/contact_words.hpp"
 #include "bench/random.hpp"
@@ -81,48 +81,6 @@ HanName hanName(Random& random) {
   name.given = random.of(t.hanGiven);
   if (!random.chance(25)) name.given += random.of(t.hanGiven);
   return name;
-}
-
-// The parts are made from left to right, so that the random numbers in them come in a fixed order.
-std::string joined(std::initializer_list<std::string_view> parts) {
-  std::string text;
-  for (const auto part : parts) text.append(part);
-  return text;
-}
-
-std::string escaped(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    if (c == '\n') {
-      result += "\\n";
-      continue;
-    }
-    if (c == ',' || c == ';' || c == '\\') result += '\\';
-    result += c;
-  }
-  return result;
-}
-
-std::string asciiOf(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    if (c >= 'A' && c <= 'Z') result += static_cast<char>(c - 'A' + 'a');
-    if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9')) result += c;
-  }
-  return result.empty() ? "desk" : result;
-}
-
-// Appends a line, folded at 75 octets on character borders.
-void appendFolded(std::string& out, std::string_view line) {
-  std::size_t room = 75;
-  while (line.size() > room) {
-    auto end = room;
-    while ((static_cast<unsigned char>(line[end]) & 0xC0U) == 0x80U) --end;
-    out.append(line.substr(0, end)).append("\r\n ");
-    line.remove_prefix(end);
-    room = 74;
-  }
-  out.append(line).append("\r\n");
 }
 
 // Puts one card together.

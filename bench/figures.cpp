@@ -143,6 +143,7 @@ int runFigures(int argc, char** argv, const std::function<void()>& add) {
   }
   std::vector<std::string> defaults = {argv[0], kRepetitions, kByTurns};
   std::vector<char*> arguments;
+  arguments.reserve(defaults.size() + static_cast<std::size_t>(argc));
   for (auto& text : defaults) arguments.push_back(text.data());
   arguments.insert(arguments.end(), argv + 1, argv + argc);
   auto count = static_cast<int>(arguments.size());
