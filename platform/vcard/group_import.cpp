@@ -27,7 +27,7 @@ std::string nameAndMembers(const Card& card) {
 
 std::size_t sizeOf(const Card& card) {
   std::size_t size = sizeof(Card);
-  for (const auto& member : card.members) size += sizeof(member) + member.size();
+  for (const auto& member : card.members) size += sizeof(std::string) + member.size();
   return size;
 }
 
