@@ -12,6 +12,7 @@ constexpr std::array kCommonNames = {
 
 std::vector<OxPropertyPtr> commonProperties() {
   std::vector<OxPropertyPtr> properties;
+  properties.reserve(kCommonNames.size());
   for (const auto name : kCommonNames) properties.push_back(OxProperty::propertyWithName(name));
   return properties;
 }

@@ -10,7 +10,8 @@ namespace ox {
 class OxMacAddressBook;
 using OxMacAddressBookPtr = std::shared_ptr<OxMacAddressBook>;
 
-// Discovered address books in order. Never changes once made, so any thread may walk it.
+// Discovered address books in order. Never changes once made, so any thread may walk it. Discovery
+// gives a copy: keep the pointer for as long as the list is walked.
 class BookList {
  public:
   explicit BookList(std::vector<OxMacAddressBookPtr> books) : books_(std::move(books)) {}

@@ -157,6 +157,7 @@ TEST(RecordFirstDiscovery, ConcurrentFirstCallsBuildOneList) {
   StoreBuilder().persons("p", 20);
   std::vector<BookListPtr> lists(4);
   std::vector<std::thread> threads;
+  threads.reserve(lists.size());
   for (auto& list : lists) threads.emplace_back([&list] { list = discover(); });
   for (auto& thread : threads) thread.join();
   for (const auto& list : lists) EXPECT_EQ(list->element(0), lists[0]->element(0));

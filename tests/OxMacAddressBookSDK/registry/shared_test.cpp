@@ -45,6 +45,7 @@ TEST(SystemVersion, AFailureIsKeptAsANo) {
 TEST(SharedInstances, AreTheSameObjectsForEveryThread) {
   std::vector<std::shared_ptr<OxMacAddressBook>> seen(8);
   std::vector<std::thread> threads;
+  threads.reserve(seen.size());
   for (auto& each : seen) {
     threads.emplace_back([&each] { each = OxMacAddressBook::ShareAddressBook(); });
   }

@@ -12,6 +12,7 @@ namespace {
 
 TEST(RecordMap, AgreesWithAStandardMapThroughInsertionsAndRemovals) {
   std::vector<RecordKey> keys;
+  keys.reserve(2050);
   for (int i = 0; i < 2000; ++i) keys.push_back(RecordKey::make(RecordKind::Person));
   for (int i = 0; i < 50; ++i) keys.push_back(RecordKey::of("foreign " + std::to_string(i)));
   RecordMap<int> map;

@@ -13,6 +13,7 @@ TEST(Threads, ShareTablesCachesAndListsWithoutHarm) {
   constexpr int kThreads = 4;
   StoreBuilder().container("A", "iCloud", 3).persons("Ann", kPersons).group("g", "G");
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int number = 0; number < kThreads; ++number) {
     threads.emplace_back([number] {
       const auto books = OxMacAddressBook::addressBookArray();
@@ -43,6 +44,7 @@ TEST(Threads, FillOnePersonCacheOnce) {
   const auto container = CNContactStore::init()->containersMatchingPredicate_error({}, nullptr)[0];
   const auto book = OxMacAddressBook::initWithContainer(container);
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i) threads.emplace_back([&book] { book->allPersons(); });
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(book->allPersonsCount(), 50U);
