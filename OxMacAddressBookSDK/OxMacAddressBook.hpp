@@ -33,20 +33,19 @@ class OxMacAddressBook final : public OxAddressBook {
  public:
   // --- finding the books ---
 
-  // The books of the store, found once in the life of the process; the host's normal entry. Never
-  // null.
-  static BookListPtr addressBookArray();
+  // The books of the store, found once in the life of the process; the host's normal entry.
+  static BookList addressBookArray();
   // The same with progress; the callback may be absent. Every call ends with (100, true), and the
   // callback runs while the list is locked: starting a discovery from it is a std::logic_error.
   // What it throws reaches the caller, and the list is not built.
-  static BookListPtr addressBookArrayWithProgressBlock(const ProgressCallback& progress);
+  static BookList addressBookArrayWithProgressBlock(const ProgressCallback& progress);
   // The same list, built by walking the containers. The callback is required by the call that
   // builds the list: std::invalid_argument without.
-  static BookListPtr addressBookArrayWithProgressBlock2(const ProgressCallback& progress);
+  static BookList addressBookArrayWithProgressBlock2(const ProgressCallback& progress);
   // Two further ways of building, each with a list of its own. Where an iCloud book is found, an
   // empty local book is left out.
-  static BookListPtr addressBookArray2();
-  static BookListPtr addressBookArray3();
+  static BookList addressBookArray2();
+  static BookList addressBookArray3();
 
   // A book without ID, name or container, for the host; always the same object.
   static std::shared_ptr<OxMacAddressBook> ShareAddressBook();

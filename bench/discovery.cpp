@@ -18,7 +18,7 @@ namespace {
 std::size_t discover() {
   std::size_t persons = 0;
   const auto books = OxMacAddressBook::addressBookArrayWithProgressBlock({});
-  for (const auto& book : *books) {
+  for (const auto& book : books) {
     if (const auto list = book->allPersons()) persons += list->size();
   }
   return persons;

@@ -7,7 +7,7 @@
 int main() {
   const auto books = ox::OxMacAddressBook::addressBookArrayWithProgressBlock(
       [](double percent, bool) { std::fprintf(stderr, "\r%3.0f %%", percent); });
-  for (const auto& book : *books) {
+  for (const auto& book : books) {
     std::printf("%s\n", book->name().value_or("").c_str());
     const auto persons = book->allPersons();
     if (!persons) continue;

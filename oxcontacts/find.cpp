@@ -92,7 +92,7 @@ std::shared_ptr<_ABGroup> findGroup(const std::string& text) {
   return oneNamed<_ABGroup>("group", text, store->groups(), &hostGroup);
 }
 
-BookListPtr discoveredBooks(const Context& context) {
+BookList discoveredBooks(const Context& context) {
   ProgressBar bar(context, "looking for books");
   return OxMacAddressBook::addressBookArrayWithProgressBlock(bar.callback());
 }

@@ -23,6 +23,6 @@ std::shared_ptr<_ABPerson> findPerson(const std::string& text);
 std::shared_ptr<_ABGroup> findGroup(const std::string& text);
 
 // The books of the store, found with progress.
-BookListPtr discoveredBooks(const Context& context);
+BookList discoveredBooks(const Context& context);
 
 }  // namespace ox::program

@@ -42,8 +42,7 @@ Text _ABGroup::AccountID() const {
 }
 
 std::shared_ptr<OxMacAddressBook> _ABGroup::groupAddressBook() const {
-  const auto books = OxMacAddressBook::addressBookArray();
-  for (const auto& book : *books) {
+  for (const auto& book : OxMacAddressBook::addressBookArray()) {
     if (book->_xxID == addressBookID()) return book;
   }
   return nullptr;

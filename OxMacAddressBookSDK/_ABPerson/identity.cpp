@@ -38,8 +38,7 @@ Text _ABPerson::AccountID() const {
 }
 
 std::shared_ptr<OxMacAddressBook> _ABPerson::personAddressBook() const {
-  const auto books = OxMacAddressBook::addressBookArray();
-  for (const auto& book : *books) {
+  for (const auto& book : OxMacAddressBook::addressBookArray()) {
     if (book->_xxID == addressBookID()) return book;
   }
   return nullptr;

@@ -10,24 +10,30 @@ namespace ox {
 class OxMacAddressBook;
 using OxMacAddressBookPtr = std::shared_ptr<OxMacAddressBook>;
 
-// Discovered address books in order. Never changes once made, so any thread may walk it. Discovery
-// gives a copy: keep the pointer for as long as the list is walked.
+// Discovered address books in order. A cheap handle on a list that never changes: copied freely,
+// walked from any thread, and safe to walk straight from the call that gave it. Equal when both are
+// handles on the same list.
 class BookList {
  public:
-  explicit BookList(std::vector<OxMacAddressBookPtr> books) : books_(std::move(books)) {}
+  BookList() : BookList(std::vector<OxMacAddressBookPtr>()) {}
+  explicit BookList(std::vector<OxMacAddressBookPtr> books)
+      : books_(std::make_shared<const std::vector<OxMacAddressBookPtr>>(std::move(books))) {}
 
-  std::size_t size() const { return books_.size(); }
+  std::size_t size() const { return books_->size(); }
   // Null when the index is out of range.
   OxMacAddressBookPtr element(std::size_t index) const {
-    return index < books_.size() ? books_[index] : nullptr;
+    return index < size() ? (*books_)[index] : nullptr;
   }
-  auto begin() const { return books_.begin(); }
-  auto end() const { return books_.end(); }
+  auto begin() const { return books_->begin(); }
+  auto end() const { return books_->end(); }
+
+  // A list of its own with the same books.
+  BookList copy() const { return BookList(*books_); }
+
+  friend bool operator==(const BookList&, const BookList&) = default;
 
  private:
-  std::vector<OxMacAddressBookPtr> books_;
+  std::shared_ptr<const std::vector<OxMacAddressBookPtr>> books_;
 };
-
-using BookListPtr = std::shared_ptr<const BookList>;
 
 }  // namespace ox

@@ -1,4 +1,5 @@
 #include <mutex>
+#include <optional>
 
 #include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "OxMacAddressBookSDK/registry/builds.hpp"
@@ -11,49 +12,49 @@ using registry::Books;
 
 // The list that both progress operations share. Touched by tasks on the registry queue only; kept
 // when its build has succeeded, so a build that threw leaves it absent.
-BookListPtr& gAddressArray() {
-  static auto& g_AddressArray = *new BookListPtr;
+std::optional<BookList>& gAddressArray() {
+  static auto& g_AddressArray = *new std::optional<BookList>;
   return g_AddressArray;
 }
 
 // A list that one operation keeps for itself, built by the first call that succeeds.
 class KeptList {
  public:
-  BookListPtr get(Books (*build)()) {
+  BookList get(Books (*build)()) {
     const std::lock_guard lock(mutex_);
-    if (!list_) list_ = std::make_shared<const BookList>(build());
-    return list_;
+    if (!list_) list_ = BookList(build());
+    return *list_;
   }
 
  private:
   std::mutex mutex_;
-  BookListPtr list_;
+  std::optional<BookList> list_;
 };
 
 // The shared list, built by `build` if it is absent; the result is a copy, the caller's own. What
 // `last` or the build throws leaves an absent list absent.
 template <typename Build, typename Last>
-BookListPtr sharedList(Build build, Last last) {
-  BookListPtr result;
+BookList sharedList(Build build, Last last) {
+  BookList result;
   OxMacAddressBook::addressArrayQueue().sync([&] {
     auto& list = gAddressArray();
-    const auto built = list ? list : std::make_shared<const BookList>(build());
+    const auto built = list ? *list : BookList(build());
     last();
     list = built;
-    result = std::make_shared<const BookList>(*list);
+    result = built.copy();
   });
   return result;
 }
 
 }  // namespace
 
-BookListPtr OxMacAddressBook::addressBookArray() {
+BookList OxMacAddressBook::addressBookArray() {
   if (SystemVersionAbove10_11()) return addressBookArrayWithProgressBlock(nullptr);
   static auto& adArray = *new KeptList;
   return adArray.get(registry::booksByAccountIds);
 }
 
-BookListPtr OxMacAddressBook::addressBookArrayWithProgressBlock(const ProgressCallback& progress) {
+BookList OxMacAddressBook::addressBookArrayWithProgressBlock(const ProgressCallback& progress) {
   return sharedList(
       [&progress] {
         return registry::booksByRecords(LocalBookRule::LocalBook, registry::Caches::Fill, progress);
@@ -61,11 +62,11 @@ BookListPtr OxMacAddressBook::addressBookArrayWithProgressBlock(const ProgressCa
       [&progress] { progress::report(progress, progress::kDone, true); });
 }
 
-BookListPtr OxMacAddressBook::addressBookArrayWithProgressBlock2(const ProgressCallback& progress) {
+BookList OxMacAddressBook::addressBookArrayWithProgressBlock2(const ProgressCallback& progress) {
   return sharedList([&progress] { return registry::booksByContainers(progress); }, [] {});
 }
 
-BookListPtr OxMacAddressBook::addressBookArray2() {
+BookList OxMacAddressBook::addressBookArray2() {
   static auto& adArray = *new KeptList;
   return adArray.get([] {
     return registry::booksByRecords(LocalBookRule::LocalOrICloudBook, registry::Caches::Leave,
@@ -73,7 +74,7 @@ BookListPtr OxMacAddressBook::addressBookArray2() {
   });
 }
 
-BookListPtr OxMacAddressBook::addressBookArray3() {
+BookList OxMacAddressBook::addressBookArray3() {
   static auto& adArray = *new KeptList;
   return adArray.get(registry::booksByPreloadedContainers);
 }

@@ -21,14 +21,14 @@ void listBooks(const Context& context) {
   const auto books = discoveredBooks(context);
   if (context.json) {
     JsonList list;
-    for (const auto& book : *books) list.add(bookJson(*book));
+    for (const auto& book : books) list.add(bookJson(*book));
     list.close();
     return;
   }
   using Align = Table::Align;
   Table table(
       {{"NAME"}, {"ID"}, {"PERSONS", Align::Right}, {"GROUPS", Align::Right}, {"MAY BE CHANGED"}});
-  for (const auto& book : *books) {
+  for (const auto& book : books) {
     table.addRow({book->name().value_or(""), book->ID().value_or(""),
                   std::to_string(book->allPersonsCount()), std::to_string(book->allGroups().size()),
                   book->canOprate() ? "yes" : "no"});

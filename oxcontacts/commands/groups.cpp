@@ -23,9 +23,9 @@ Groups subGroupsOf(const _ABGroup& group) {
 
 Groups rootGroups(const Context& context, const std::string& bookName) {
   const auto books = discoveredBooks(context);
-  if (!bookName.empty()) return findBook(*books, bookName)->rootGroups();
+  if (!bookName.empty()) return findBook(books, bookName)->rootGroups();
   Groups roots;
-  for (const auto& book : *books) {
+  for (const auto& book : books) {
     for (auto& group : book->rootGroups()) roots.push_back(std::move(group));
   }
   return roots;

@@ -45,7 +45,7 @@ Persons startingPersons(const Context& context, const Arguments& arguments) {
     }
   }
   if (arguments.book.empty()) return persons;
-  const auto book = findBook(*discoveredBooks(context), arguments.book);
+  const auto book = findBook(discoveredBooks(context), arguments.book);
   if (arguments.group.empty()) {
     const auto held = book->allPersons();
     return held ? held->snapshot() : Persons();

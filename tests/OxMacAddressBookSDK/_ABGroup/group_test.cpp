@@ -51,11 +51,11 @@ TEST(GroupAddressBook, IsTheFirstDiscoveredBookOfTheGroupsId) {
       .container("A:ABAccount", "Second", 3)
       .group("h", "H");
   const auto books = OxMacAddressBook::addressBookArray();
-  ASSERT_EQ(idsOf(*books), "_local A A");
-  EXPECT_EQ(group("g")->groupAddressBook(), books->element(1));
-  EXPECT_EQ(group("h")->groupAddressBook(), books->element(1));
+  ASSERT_EQ(idsOf(books), "_local A A");
+  EXPECT_EQ(group("g")->groupAddressBook(), books.element(1));
+  EXPECT_EQ(group("h")->groupAddressBook(), books.element(1));
   group("g")->setAddressID("_local");
-  EXPECT_EQ(group("g")->groupAddressBook(), books->element(0));
+  EXPECT_EQ(group("g")->groupAddressBook(), books.element(0));
   group("g")->setAddressID("unknown");
   EXPECT_EQ(group("g")->groupAddressBook(), nullptr);
 }

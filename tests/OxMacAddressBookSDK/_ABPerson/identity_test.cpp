@@ -28,7 +28,7 @@ TEST(PersonBookId, IsWorkedOutOnceAndLocalWithoutContainer) {
 TEST(PersonAddressBook, IsTheFirstOfTheListAndMissingForAnUnknownId) {
   StoreBuilder().container("A", "iCloud", 3).person("p", {});
   const auto books = OxMacAddressBook::addressBookArray();
-  EXPECT_EQ(person("p")->personAddressBook(), books->element(1));
+  EXPECT_EQ(person("p")->personAddressBook(), books.element(1));
   person("p")->setAddressID("unknown");
   EXPECT_EQ(person("p")->personAddressBook(), nullptr);
 }

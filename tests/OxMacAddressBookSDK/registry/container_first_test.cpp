@@ -6,7 +6,7 @@
 namespace ox::test {
 namespace {
 
-BookListPtr discover(const ProgressCallback& progress) {
+BookList discover(const ProgressCallback& progress) {
   return OxMacAddressBook::addressBookArrayWithProgressBlock2(progress);
 }
 
@@ -21,9 +21,9 @@ TEST(ContainerFirstDiscovery, ReportsContainersThenContactsThenDone) {
   const auto books = discover(reports.callback());
   // 4 + 0.96 * (33.33.., 66.66.., 100), the quotients and 0.96 in single precision.
   EXPECT_EQ(reports.text(), "1 2 3 4 35.999998064041165 67.99999612808233 99.99999785423279 100!");
-  EXPECT_EQ(idsOf(*books), "_local A");
-  EXPECT_EQ(cachedIn(*books->element(0)), "1 2");
-  EXPECT_EQ(cachedIn(*books->element(1)), "3");
+  EXPECT_EQ(idsOf(books), "_local A");
+  EXPECT_EQ(cachedIn(*books.element(0)), "1 2");
+  EXPECT_EQ(cachedIn(*books.element(1)), "3");
   EXPECT_EQ(person("3")->addressBookID(), Text("A"));
   reports.clear();
   discover(reports.callback());
@@ -36,7 +36,7 @@ TEST(ContainerFirstDiscovery, WithoutCallbackFailsOnlyWhereItWouldBuild) {
   Sequence reports;
   discover(reports.callback());
   EXPECT_EQ(reports.text(), "1 2 100.00000190734863 100!");
-  EXPECT_EQ(idsOf(*discover(nullptr)), "_local");
+  EXPECT_EQ(idsOf(discover(nullptr)), "_local");
 }
 
 TEST(ContainerFirstDiscovery, TheLocalContainerIsListedWhenItIsNotAccepted) {
@@ -49,16 +49,16 @@ TEST(ContainerFirstDiscovery, TheLocalContainerIsListedWhenItIsNotAccepted) {
   source.hideFromRecordView("1:ABPerson");
   Sequence reports;
   const auto books = discover(reports.callback());
-  EXPECT_EQ(idsOf(*books), "_local A");
+  EXPECT_EQ(idsOf(books), "_local A");
   // Loaded at once, so its contacts are no part of the second phase.
-  EXPECT_EQ(cachedIn(*books->element(0)), "known");
+  EXPECT_EQ(cachedIn(*books.element(0)), "known");
   EXPECT_EQ(reports.text(), "1 2 3 100.00000286102295 100!");
 }
 
 TEST(ContainerFirstDiscovery, OfTwoLocalContainersTheLastOneStandsIn) {
   StoreBuilder().container("L2", "Second", 1).container("A", "iCloud", 3).person("p", {});
   Sequence reports;
-  EXPECT_EQ(idsOf(*discover(reports.callback())), "L2 A");
+  EXPECT_EQ(idsOf(discover(reports.callback())), "L2 A");
 }
 
 TEST(ContainerFirstDiscovery, CountsContactsThatNoPersonRecordStandsFor) {
@@ -68,7 +68,7 @@ TEST(ContainerFirstDiscovery, CountsContactsThatNoPersonRecordStandsFor) {
   Sequence reports;
   const auto books = discover(reports.callback());
   EXPECT_EQ(reports.text(), "1 2 51.000000953674316 100.00000190734863 100!");
-  EXPECT_EQ(cachedIn(*books->element(0)), "known");
+  EXPECT_EQ(cachedIn(*books.element(0)), "known");
 }
 
 TEST(ContainerFirstDiscovery, IsNotClampedWithAHundredContainers) {
@@ -90,14 +90,14 @@ TEST(ContainerFirstDiscovery, SharesItsListWithTheRecordFirstOne) {
   reports.clear();
   const auto byRecords = OxMacAddressBook::addressBookArrayWithProgressBlock(reports.callback());
   EXPECT_EQ(reports.text(), "100!");
-  EXPECT_EQ(byContainers->element(0), byRecords->element(0));
+  EXPECT_EQ(byContainers.element(0), byRecords.element(0));
 }
 
 TEST(ContainerFirstDiscovery, GivesTheListThatTheRecordFirstOneBuilt) {
   StoreBuilder().person("p", {});
   const auto byRecords = OxMacAddressBook::addressBookArray();
   Sequence reports;
-  EXPECT_EQ(discover(reports.callback())->element(0), byRecords->element(0));
+  EXPECT_EQ(discover(reports.callback()).element(0), byRecords.element(0));
   EXPECT_EQ(reports.text(), "");
 }
 
@@ -109,7 +109,7 @@ TEST(ContainerFirstDiscovery, ACallbackThatThrowsLeavesTheListAbsent) {
                std::runtime_error);
   EXPECT_THROW(discover(nullptr), std::invalid_argument);
   Sequence reports;
-  EXPECT_EQ(cachedIn(*discover(reports.callback())->element(0)), "p");
+  EXPECT_EQ(cachedIn(*discover(reports.callback()).element(0)), "p");
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 namespace ox::test {
 namespace {
 
-BookListPtr discover(const ProgressCallback& progress = nullptr) {
+BookList discover(const ProgressCallback& progress = nullptr) {
   return OxMacAddressBook::addressBookArrayWithProgressBlock(progress);
 }
 
@@ -36,23 +36,23 @@ TEST(RecordFirstDiscovery, ReportsAnEmptyStoreAndCountsRecordsWithoutContainer) 
   Sequence reports;
   const auto books = discover(reports.callback());
   EXPECT_EQ(reports.text(), "50 100 100!");
-  EXPECT_EQ(idsOf(*books), "_local");
+  EXPECT_EQ(idsOf(books), "_local");
   EXPECT_EQ(_ABPerson::dictionarySave().count(), 0U);
-  EXPECT_EQ(cachedIn(*books->element(0)), "");
+  EXPECT_EQ(cachedIn(*books.element(0)), "");
 }
 
 TEST(RecordFirstDiscovery, AnEmptyLocalContainerIsListedFirst) {
   StoreBuilder().container("A:ABAccount", "iCloud", 3).person("p", {});
   const auto books = discover();
-  EXPECT_EQ(idsOf(*books), "_local A");
-  EXPECT_EQ(books->element(0)->name(), Text("On My Mac"));
-  EXPECT_EQ(cachedIn(*books->element(0)), "");
-  EXPECT_EQ(cachedIn(*books->element(1)), "p");
+  EXPECT_EQ(idsOf(books), "_local A");
+  EXPECT_EQ(books.element(0)->name(), Text("On My Mac"));
+  EXPECT_EQ(cachedIn(*books.element(0)), "");
+  EXPECT_EQ(cachedIn(*books.element(1)), "p");
 }
 
 TEST(RecordFirstDiscovery, OfTwoEmptyLocalContainersTheLaterOneComesFirst) {
   StoreBuilder().container("L2", "Second", 1).container("A", "iCloud", 3);
-  EXPECT_EQ(idsOf(*discover()), "L2 _local");
+  EXPECT_EQ(idsOf(discover()), "L2 _local");
 }
 
 TEST(RecordFirstDiscovery, ALocalContainerMetThroughAGroupNeedsNoFallback) {
@@ -63,7 +63,7 @@ TEST(RecordFirstDiscovery, ALocalContainerMetThroughAGroupNeedsNoFallback) {
       .in("L2")
       .group("g", "G");
   const auto books = discover();
-  EXPECT_EQ(idsOf(*books), "L2 A");
+  EXPECT_EQ(idsOf(books), "L2 A");
   EXPECT_EQ(group("g")->addressBookID(), Text("L2"));
 }
 
@@ -79,10 +79,10 @@ TEST(RecordFirstDiscovery, StampsEveryRecordAndFillsTheCachesInRecordOrder) {
       .in("A:ABAccount")
       .person("a2", {});
   const auto books = discover();
-  EXPECT_EQ(idsOf(*books), "_local A B");
-  EXPECT_EQ(cachedIn(*books->element(0)), "l1");
-  EXPECT_EQ(cachedIn(*books->element(1)), "a1 a2");
-  EXPECT_EQ(cachedIn(*books->element(2)), "b1");
+  EXPECT_EQ(idsOf(books), "_local A B");
+  EXPECT_EQ(cachedIn(*books.element(0)), "l1");
+  EXPECT_EQ(cachedIn(*books.element(1)), "a1 a2");
+  EXPECT_EQ(cachedIn(*books.element(2)), "b1");
   EXPECT_EQ(_ABPerson::dictionarySave().count(), 4U);
   EXPECT_EQ(_ABGroup::dictionarySave().count(), 1U);
   EXPECT_EQ(person("a2")->addressBookID(), Text("A"));
@@ -98,9 +98,9 @@ TEST(RecordFirstDiscovery, PersonsOfTwoContainersWithOneStandardIdGoIntoTheBookM
       .in("A:ABAccount")
       .person("3", {});
   const auto books = discover();
-  EXPECT_EQ(idsOf(*books), "_local A A");
-  EXPECT_EQ(cachedIn(*books->element(1)), "1");
-  EXPECT_EQ(cachedIn(*books->element(2)), "2 3");
+  EXPECT_EQ(idsOf(books), "_local A A");
+  EXPECT_EQ(cachedIn(*books.element(1)), "1");
+  EXPECT_EQ(cachedIn(*books.element(2)), "2 3");
 }
 
 TEST(RecordFirstDiscovery, EachCallGivesACopyOfTheListBuiltFirst) {
@@ -109,11 +109,11 @@ TEST(RecordFirstDiscovery, EachCallGivesACopyOfTheListBuiltFirst) {
   StoreBuilder().container("A", "iCloud", 3).person("q", {});
   const auto second = discover();
   EXPECT_NE(first, second);
-  EXPECT_EQ(first->element(0), second->element(0));
-  EXPECT_EQ(second->size(), 1U);
-  EXPECT_EQ(second->element(1), nullptr);
-  EXPECT_EQ(idsOf(*OxMacAddressBook::addressBookArray()), "_local");
-  EXPECT_EQ(OxMacAddressBook::addressBookArray()->element(0), first->element(0));
+  EXPECT_EQ(first.element(0), second.element(0));
+  EXPECT_EQ(second.size(), 1U);
+  EXPECT_EQ(second.element(1), nullptr);
+  EXPECT_EQ(idsOf(OxMacAddressBook::addressBookArray()), "_local");
+  EXPECT_EQ(OxMacAddressBook::addressBookArray().element(0), first.element(0));
 }
 
 TEST(RecordFirstDiscovery, KeepsTheEmptyListOfAStoreThatDeniedAccess) {
@@ -121,10 +121,10 @@ TEST(RecordFirstDiscovery, KeepsTheEmptyListOfAStoreThatDeniedAccess) {
   StoreBuilder(source.real()).person("p", {});
   source.denyContainerAccess();
   Sequence reports;
-  EXPECT_EQ(discover(reports.callback())->size(), 0U);
+  EXPECT_EQ(discover(reports.callback()).size(), 0U);
   EXPECT_EQ(reports.text(), "50 100 100!");
   source.denyContainerAccess(false);
-  EXPECT_EQ(discover()->size(), 0U);
+  EXPECT_EQ(discover().size(), 0U);
   EXPECT_EQ(person("p")->personAddressBook(), nullptr);
 }
 
@@ -137,7 +137,7 @@ TEST(RecordFirstDiscovery, ACallbackThatThrowsLeavesTheListAbsentAndTheQueueUsab
   };
   EXPECT_THROW(discover(throwsAtTheEnd), std::runtime_error);
   Sequence reports;
-  EXPECT_EQ(cachedIn(*discover(reports.callback())->element(0)), "p");
+  EXPECT_EQ(cachedIn(*discover(reports.callback()).element(0)), "p");
   EXPECT_EQ(reports.text(), "50 100 100!");
   // A list that is there stays.
   EXPECT_THROW(discover(throws), std::runtime_error);
@@ -150,18 +150,18 @@ TEST(RecordFirstDiscovery, FromItsOwnCallbackIsALogicError) {
   StoreBuilder().person("p", {});
   EXPECT_THROW(discover([](double, bool) { OxMacAddressBook::addressBookArray(); }),
                std::logic_error);
-  EXPECT_EQ(idsOf(*discover()), "_local");
+  EXPECT_EQ(idsOf(discover()), "_local");
 }
 
 TEST(RecordFirstDiscovery, ConcurrentFirstCallsBuildOneList) {
   StoreBuilder().persons("p", 20);
-  std::vector<BookListPtr> lists(4);
+  std::vector<BookList> lists(4);
   std::vector<std::thread> threads;
   threads.reserve(lists.size());
   for (auto& list : lists) threads.emplace_back([&list] { list = discover(); });
   for (auto& thread : threads) thread.join();
-  for (const auto& list : lists) EXPECT_EQ(list->element(0), lists[0]->element(0));
-  EXPECT_EQ(lists[0]->element(0)->_allPersonArray->size(), 20U);
+  for (const auto& list : lists) EXPECT_EQ(list.element(0), lists[0].element(0));
+  EXPECT_EQ(lists[0].element(0)->_allPersonArray->size(), 20U);
 }
 
 }  // namespace

@@ -67,14 +67,14 @@ TEST(SharedInstances, ThePlainBookHasNothingButItsTagStore) {
 
 TEST(ResetGAddressArray, DoesNothingAtAll) {
   StoreBuilder().container("A", "iCloud", 3).person("p", {});
-  const auto before = idsOf(*OxMacAddressBook::addressBookArray());
+  const auto before = idsOf(OxMacAddressBook::addressBookArray());
   bool called = false;
   OxMacAddressBook::resetGAddressArray([&called](double, bool) { called = true; });
   OxMacAddressBook::resetGAddressArray(nullptr);
   StoreBuilder().container("B", "Google", 3).person("q", {});
   EXPECT_FALSE(called);
   EXPECT_EQ(before, "_local A");
-  EXPECT_EQ(idsOf(*OxMacAddressBook::addressBookArray()), before);
+  EXPECT_EQ(idsOf(OxMacAddressBook::addressBookArray()), before);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ TEST(Threads, ShareTablesCachesAndListsWithoutHarm) {
   for (int number = 0; number < kThreads; ++number) {
     threads.emplace_back([number] {
       const auto books = OxMacAddressBook::addressBookArray();
-      const auto persons = books->element(1)->allPersons();
+      const auto persons = books.element(1)->allPersons();
       for (const auto& person : persons->snapshot()) {
         EXPECT_EQ(person->displayName(), person->ID());
         person->nameChineesPinyin();
@@ -29,13 +29,13 @@ TEST(Threads, ShareTablesCachesAndListsWithoutHarm) {
       group("g")->addressBookID();
       OxMacAddressBook::addressBookArray2();
       OxMacAddressBook::addressBookArray3();
-      books->element(1)->allPersons2();
+      books.element(1)->allPersons2();
     });
   }
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(_ABGroup::dictionarySave().count(), 1U);
   EXPECT_EQ(_ABPerson::dictionarySave().count(), std::size_t{kPersons});
-  EXPECT_GE(OxMacAddressBook::addressBookArray()->element(1)->_allPersonArray->size(),
+  EXPECT_GE(OxMacAddressBook::addressBookArray().element(1)->_allPersonArray->size(),
             std::size_t{kPersons});
 }
 
