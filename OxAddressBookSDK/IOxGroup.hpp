@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/callbacks.hpp"
 #include "base/text.hpp"
 
 namespace ox {
@@ -27,6 +28,23 @@ class IOxGroup {
   // The members of this group and of every group below it.
   virtual std::vector<std::shared_ptr<IOxPerson>> includePersons() const = 0;
   virtual std::uint64_t includePersonsCount() const = 0;
+
+  // Edits of the tree and of the membership. None of them saves.
+
+  // A new group below this one; null when there is no book to make it in.
+  virtual std::shared_ptr<IOxGroup> addSubGroupByName(TextView name) = 0;
+  // Deletes a direct sub-group and everything below it. True when it was one.
+  virtual bool removeSubGroup(const std::shared_ptr<IOxGroup>& group) = 0;
+  // From this group and every group below it.
+  virtual void removePersons(const std::vector<std::shared_ptr<IOxPerson>>& persons) = 0;
+  virtual void removePersonsFromThisGroup(
+      const std::vector<std::shared_ptr<IOxPerson>>& persons) = 0;
+  // Those that are not members yet.
+  virtual void addPersons(const std::vector<std::shared_ptr<IOxPerson>>& persons) = 0;
+  virtual void removePersons_progress(const std::vector<std::shared_ptr<IOxPerson>>& persons,
+                                      const ProgressCallback& progress) = 0;
+  virtual void addPersons_progress(const std::vector<std::shared_ptr<IOxPerson>>& persons,
+                                   const ProgressCallback& progress) = 0;
 
  protected:
   IOxGroup() = default;

@@ -125,6 +125,27 @@ class OxMacAddressBook final : public OxAddressBook {
   std::vector<std::shared_ptr<ABRecord>> personsForIDs(
       const std::vector<std::string>& identifiers) const;
 
+  // --- making and removing records ---
+
+  // A new person of this book, written at once, with every supported property cleared and in the
+  // cache; null, and the cache as it was, when the store did not take it.
+  std::shared_ptr<_ABPerson> newPerson();
+  // A new, unnamed group of this book, written at once; null when the store did not take it.
+  std::shared_ptr<_ABGroup> newGroup();
+  std::shared_ptr<_ABGroup> addGroupByName(TextView name);
+  // Takes the persons out of the cache, forgets their tags at once, and removes their records at
+  // the next save.
+  void removePersons(const std::vector<std::shared_ptr<_ABPerson>>& persons);
+  // Removes the group and everything below it at the next save. Always true.
+  bool removeGroup(const std::shared_ptr<_ABGroup>& group);
+  // The record alone.
+  void reallyRemoveOneGroup(const std::shared_ptr<_ABGroup>& group);
+  // Writes every unsaved change of the process, in whatever book.
+  void save();
+  // Nothing.
+  void sync() {}
+  void update() {}
+
   // --- properties ---
 
   // Every property that the model knows. Borrowed for the life of the process.

@@ -52,6 +52,27 @@ class _ABGroup final : public ABGroup, public IOxGroup {
   std::uint64_t includePersonsCount() const override;
   static std::vector<std::shared_ptr<_ABPerson>> personFromGroup(
       const std::shared_ptr<const ABGroup>& group);
+
+  // --- editing; nothing here saves, persons that are no records of the store are left out ---
+
+  std::shared_ptr<IOxGroup> addSubGroupByName(TextView name) override;
+  // True when it was a direct sub-group and the book is known, also when the store refused to let
+  // it go: then it stays, without its own sub-groups.
+  bool removeSubGroup(const std::shared_ptr<IOxGroup>& group) override;
+  // From the leaves upward.
+  void removeAllSubGroup();
+  void addPersons(const std::vector<std::shared_ptr<IOxPerson>>& persons) override;
+  void addPersons_progress(const std::vector<std::shared_ptr<IOxPerson>>& persons,
+                           const ProgressCallback& progress) override;
+  void removePersonsFromThisGroup(const std::vector<std::shared_ptr<IOxPerson>>& persons) override;
+  void removePersons(const std::vector<std::shared_ptr<IOxPerson>>& persons) override;
+  void removePersonsOfSubGroup(const std::vector<std::shared_ptr<IOxPerson>>& persons);
+  // The values do not rise steadily: a sub-group's whole run is squeezed into its parent's first
+  // half. Required. An absent callback is never called.
+  void removePersons_progress(const std::vector<std::shared_ptr<IOxPerson>>& persons,
+                              const ProgressCallback& progress) override;
+  void removePersonsPrivate_progress(const std::vector<std::shared_ptr<IOxPerson>>& persons,
+                                     const ProgressCallback& progress);
 };
 
 // The record as the group it is; null for a person and for a missing record.

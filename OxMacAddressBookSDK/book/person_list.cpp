@@ -1,5 +1,8 @@
 #include "OxMacAddressBookSDK/book/person_list.hpp"
 
+#include <algorithm>
+#include <iterator>
+#include <unordered_set>
 #include <utility>
 
 namespace ox {
@@ -32,6 +35,18 @@ void PersonList::append(const std::vector<Person>& persons) {
 void PersonList::fillIfEmpty(std::vector<Person> persons) {
   const std::lock_guard lock(mutex_);
   if (persons_.empty()) persons_ = std::move(persons);
+}
+
+void PersonList::removeAll(const std::vector<Person>& persons) {
+  std::unordered_set<const void*> gone;
+  for (const auto& person : persons) gone.insert(person.get());
+  std::vector<Person> released;  // persons are let go of outside the lock
+  const std::lock_guard lock(mutex_);
+  const auto kept =
+      std::stable_partition(persons_.begin(), persons_.end(),
+                            [&](const Person& person) { return !gone.contains(person.get()); });
+  released.assign(std::make_move_iterator(kept), std::make_move_iterator(persons_.end()));
+  persons_.erase(kept, persons_.end());
 }
 
 void PersonList::clear() {

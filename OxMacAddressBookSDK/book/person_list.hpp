@@ -24,6 +24,8 @@ class PersonList {
   void append(const std::vector<Person>& persons);
   // Appends unless another thread has filled the list meanwhile.
   void fillIfEmpty(std::vector<Person> persons);
+  // All of them in one step; those that are not in the list are left out.
+  void removeAll(const std::vector<Person>& persons);
   void clear();
 
  private:

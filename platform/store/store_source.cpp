@@ -122,7 +122,7 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::AtMostEvery10ms);
     if (!isWritable(group)) return refuse("there is no group " + group.text());
-    if (!links_.isLinked(group, child, childKind)) return refuse("there is no such link");
+    if (!links_.isLinked(group, child, childKind)) return false;  // nothing to take away
     links_.remove(group, child, childKind);
     return true;
   }

@@ -34,7 +34,10 @@ static_assert(allNamed(&IOxPerson::ID, &IOxPerson::addressBookID, &IOxPerson::di
 static_assert(allNamed(&IOxGroup::ID, &IOxGroup::subGroupsCount, &IOxGroup::addressBookID,
                        &IOxGroup::setDisplayName, &IOxGroup::displayName, &IOxGroup::subGroups,
                        &IOxGroup::persons, &IOxGroup::includePersons,
-                       &IOxGroup::includePersonsCount));
+                       &IOxGroup::includePersonsCount, &IOxGroup::addSubGroupByName,
+                       &IOxGroup::removeSubGroup, &IOxGroup::removePersons,
+                       &IOxGroup::removePersonsFromThisGroup, &IOxGroup::addPersons,
+                       &IOxGroup::removePersons_progress, &IOxGroup::addPersons_progress));
 static_assert(allNamed(&OxAddressBook::ID, &OxAddressBook::name, &OxAddressBook::canCreateGroup,
                        &OxAddressBook::canCreateSubGroup, &OxAddressBook::canOprate,
                        &OxAddressBook::isInternetAdressBook));

@@ -32,20 +32,27 @@ static_assert(areClassOperations<
               &_ABPerson::dictionaryNameSave, &_ABPerson::dictionaryPinyinSave>());
 
 static_assert(
-    areInstanceOperations<&Book::initNameAndType, &Book::abAddressBook, &Book::ID, &Book::name,
-                          &Book::validContainerID, &Book::tagManager, &Book::canCreateGroup,
-                          &Book::canCreateSubGroup, &Book::canOprate, &Book::isInternetAdressBook,
-                          &Book::thumbnail, &Book::logo1, &Book::logo2, &Book::logo3, &Book::logo4,
-                          &Book::loadImageWithName_type, &Book::allPersons, &Book::allPersons2,
-                          &Book::allPersonsCount, &Book::allGroups, &Book::rootGroups,
-                          &Book::rootGroupsCount, &Book::groupByID, &Book::personsForIDs,
-                          &Book::supportProperty, &Book::commonProperty>());
+    areInstanceOperations<
+        &Book::initNameAndType, &Book::abAddressBook, &Book::ID, &Book::name,
+        &Book::validContainerID, &Book::tagManager, &Book::canCreateGroup, &Book::canCreateSubGroup,
+        &Book::canOprate, &Book::isInternetAdressBook, &Book::thumbnail, &Book::logo1, &Book::logo2,
+        &Book::logo3, &Book::logo4, &Book::loadImageWithName_type, &Book::allPersons,
+        &Book::allPersons2, &Book::allPersonsCount, &Book::allGroups, &Book::rootGroups,
+        &Book::rootGroupsCount, &Book::groupByID, &Book::personsForIDs, &Book::supportProperty,
+        &Book::commonProperty, &Book::newPerson, &Book::newGroup, &Book::addGroupByName,
+        &Book::removePersons, &Book::removeGroup, &Book::reallyRemoveOneGroup, &Book::save,
+        &Book::sync, &Book::update>());
 
-static_assert(areInstanceOperations<
-              &_ABGroup::ID, &_ABGroup::setAddressID, &_ABGroup::addressBookID,
-              &_ABGroup::AccountID, &_ABGroup::groupAddressBook, &_ABGroup::displayName,
-              &_ABGroup::setDisplayName, &_ABGroup::subGroups, &_ABGroup::subGroupsCount,
-              &_ABGroup::persons, &_ABGroup::includePersons, &_ABGroup::includePersonsCount>());
+static_assert(
+    areInstanceOperations<
+        &_ABGroup::ID, &_ABGroup::setAddressID, &_ABGroup::addressBookID, &_ABGroup::AccountID,
+        &_ABGroup::groupAddressBook, &_ABGroup::displayName, &_ABGroup::setDisplayName,
+        &_ABGroup::subGroups, &_ABGroup::subGroupsCount, &_ABGroup::persons,
+        &_ABGroup::includePersons, &_ABGroup::includePersonsCount, &_ABGroup::addSubGroupByName,
+        &_ABGroup::removeSubGroup, &_ABGroup::removeAllSubGroup, &_ABGroup::addPersons,
+        &_ABGroup::addPersons_progress, &_ABGroup::removePersonsFromThisGroup,
+        &_ABGroup::removePersons, &_ABGroup::removePersonsOfSubGroup,
+        &_ABGroup::removePersons_progress, &_ABGroup::removePersonsPrivate_progress>());
 
 static_assert(
     areInstanceOperations<

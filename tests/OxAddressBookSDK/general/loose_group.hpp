@@ -7,6 +7,8 @@ namespace ox {
 // A group that lies in no store.
 class LooseGroup final : public IOxGroup {
  public:
+  using Persons = std::vector<std::shared_ptr<IOxPerson>>;
+
   LooseGroup(TextView identifier, TextView name)
       : identifier_(identifier.toText()), name_(name.toText()) {}
 
@@ -22,6 +24,14 @@ class LooseGroup final : public IOxGroup {
   std::vector<std::shared_ptr<IOxPerson>> persons() const override { return members; }
   std::vector<std::shared_ptr<IOxPerson>> includePersons() const override { return members; }
   std::uint64_t includePersonsCount() const override { return members.size(); }
+  // Nothing below edits it.
+  std::shared_ptr<IOxGroup> addSubGroupByName(TextView) override { return nullptr; }
+  bool removeSubGroup(const std::shared_ptr<IOxGroup>&) override { return false; }
+  void removePersons(const Persons&) override {}
+  void removePersonsFromThisGroup(const Persons&) override {}
+  void addPersons(const Persons&) override {}
+  void removePersons_progress(const Persons&, const ProgressCallback&) override {}
+  void addPersons_progress(const Persons&, const ProgressCallback&) override {}
 
  private:
   Text identifier_;

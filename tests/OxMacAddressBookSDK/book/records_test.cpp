@@ -1,0 +1,187 @@
+#include <gtest/gtest.h>
+
+#include "base/failures.hpp"
+#include "tests/OxMacAddressBookSDK/fixtures.hpp"
+#include "tests/support/second_process.hpp"
+
+namespace ox::test {
+namespace {
+
+std::shared_ptr<OxMacAddressBook> bookNamed(std::string_view id) {
+  for (const auto& book : OxMacAddressBook::addressBookArray()) {
+    if (book->_xxID == id) return book;
+  }
+  return nullptr;
+}
+
+const support::SecondProcess countsRecords("countsRecords", [](const auto&) {
+  const auto records = ABAddressBook::sharedAddressBook();
+  std::printf("%zu %zu", records->people().size(), records->groups().size());
+  return 0;
+});
+
+const support::SecondProcess tellsPhone("tellsPhone", [](const auto& arguments) {
+  const auto phone = person(arguments.at(0))->mainPhone();
+  std::printf("%s", phone ? phone->phoneNumber().value_or("-").c_str() : "none");
+  return 0;
+});
+
+TEST(NewPerson, IsStoredAtOnceClearedStampedAndCached) {
+  StoreBuilder().container("A:ABAccount", "iCloud", 3).persons("p", 1);
+  const auto book = bookNamed("A");
+  ASSERT_TRUE(book);
+  const auto made = book->newPerson();
+  ASSERT_TRUE(made);
+  EXPECT_EQ(made->addressBookID(), "A");
+  EXPECT_EQ(cachedIn(*book), "p0 " + *made->ID());
+  EXPECT_EQ(made->valueByPropertyName(OxProPertyPhone), nullptr);
+  EXPECT_EQ(made->valueByPropertyName(OxProPertyEmail), nullptr);
+  EXPECT_EQ(countsRecords.run().output, "2 0");
+  EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+}
+
+TEST(NewPerson, LosesItsStampWhenTheNameIsClearedAndDerivesItAnew) {
+  StoreBuilder().container("A:ABAccount", "iCloud", 3).persons("p", 1);
+  const auto book = OxMacAddressBook::initWithID("_local");
+  OxMacAddressBook::addressBookArray();
+  // Made through a book whose ID is not that of the container.
+  const auto account = OxMacAddressBook::initWithContainer(containerOf("A:ABAccount", "x", 3));
+  account->_xxID = "another";
+  const auto made = account->newPerson();
+  ASSERT_TRUE(made);
+  EXPECT_EQ(_ABPerson::dictionarySave().find(made->key()), std::nullopt);
+  EXPECT_EQ(made->addressBookID(), "A");
+}
+
+TEST(NewPerson, OfABookWithUnknownContainerIsMissingAndLeavesTheCache) {
+  const auto book = OxMacAddressBook::initWithContainer(containerOf("gone:ABAccount", "x", 3));
+  EXPECT_EQ(book->newPerson(), nullptr);
+  EXPECT_EQ(book->newGroup(), nullptr);
+  EXPECT_EQ(book->addGroupByName("G"), nullptr);
+  EXPECT_EQ(cachedIn(*book), "");
+  EXPECT_EQ(countsRecords.run().output, "0 0");
+  EXPECT_EQ(OxMacAddressBook::ShareAddressBook()->newPerson(), nullptr);
+}
+
+TEST(NewPerson, OfABookMadeFromAnIdGoesIntoTheContainerOfThatId) {
+  const auto book = OxMacAddressBook::initWithID("_local");
+  const auto made = book->newPerson();
+  ASSERT_TRUE(made);
+  EXPECT_EQ(made->AccountID(), "_local");
+}
+
+TEST(NewGroup, IsStoredAtOnceUnnamedAndNotStamped) {
+  const auto book = bookNamed("_local");
+  const auto made = book->newGroup();
+  ASSERT_TRUE(made);
+  EXPECT_EQ(made->displayName(), "");
+  EXPECT_EQ(_ABGroup::dictionarySave().find(made->key()), std::nullopt);
+  EXPECT_EQ(countsRecords.run().output, "0 1");
+  EXPECT_EQ(book->addGroupByName("Friends")->displayName(), "Friends");
+  // Only callers ask whether the book may have groups.
+  StoreBuilder().container("G:ABAccount", "Google", 3);
+  const auto google = OxMacAddressBook::initWithContainer(containerOf("G:ABAccount", "Google", 3));
+  EXPECT_TRUE(google->newGroup());
+}
+
+TEST(RemoveGroup, DeletesAThreeLevelTreeFromTheLeaves) {
+  StoreBuilder builder;
+  for (const auto* id : {"g", "a", "b", "aa", "ba"}) builder.group(id, id);
+  builder.subgroup("g", "a").subgroup("g", "b").subgroup("a", "aa").subgroup("b", "ba");
+  EXPECT_TRUE(bookNamed("_local")->removeGroup(group("g")));
+  std::string removed;
+  for (const auto& key : ABAddressBook::sharedAddressBook()->unsavedChanges().removals) {
+    removed += key.text() + " ";
+  }
+  EXPECT_EQ(removed, "aa a ba b g ");
+  EXPECT_EQ(countsRecords.run().output, "0 5");
+  bookNamed("_local")->save();
+  EXPECT_EQ(countsRecords.run().output, "0 0");
+}
+
+TEST(RemoveGroup, IsAlwaysTrue) {
+  StoreBuilder().group("g", "G");
+  const auto book = bookNamed("_local");
+  const auto gone = group("g");
+  EXPECT_TRUE(book->removeGroup(gone));
+  EXPECT_TRUE(book->removeGroup(gone));
+  EXPECT_TRUE(book->removeGroup(nullptr));
+}
+
+TEST(ReallyRemoveOneGroup, RemovesTheRecordAlone) {
+  StoreBuilder().group("g", "G").group("a", "A").subgroup("g", "a");
+  bookNamed("_local")->reallyRemoveOneGroup(group("g"));
+  EXPECT_EQ(idsOf(bookNamed("_local")->allGroups()), "a");
+}
+
+TEST(RemovePersons, TakesThemOutOfCacheTagsAndStore) {
+  StoreBuilder().persons("p", 3);
+  const auto book = bookNamed("_local");
+  person("p1")->addTag("friend");
+  EXPECT_EQ(person("p1")->displayName(), "p1");
+  book->removePersons({person("p1"), person("p0")});
+  EXPECT_EQ(cachedIn(*book), "p2");
+  EXPECT_EQ(book->tagManager()->tagsByPersonID("p1"), std::nullopt);
+  EXPECT_EQ(person("p1"), nullptr);
+  EXPECT_EQ(countsRecords.run().output, "3 0");
+  book->save();
+  EXPECT_EQ(countsRecords.run().output, "1 0");
+}
+
+TEST(RemovePersons, OfNobodyChangesNothing) {
+  StoreBuilder().persons("p", 1);
+  const auto book = bookNamed("_local");
+  book->removePersons({});
+  book->removePersons({nullptr});
+  EXPECT_EQ(cachedIn(*book), "p0");
+  EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+}
+
+TEST(RemovePersons, OfAnotherBookDeletesThemButForgetsTagsOfThisBookOnly) {
+  StoreBuilder().persons("p", 1).container("A:ABAccount", "iCloud", 3).persons("a", 1);
+  const auto local = bookNamed("_local");
+  person("a0")->addTag("friend");
+  local->tagManager()->addPersonID_forTag("a0", "kept here too");
+  local->removePersons({person("a0")});
+  EXPECT_EQ(person("a0"), nullptr);
+  EXPECT_EQ(local->tagManager()->tagsByPersonID("a0"), std::nullopt);
+  EXPECT_EQ(bookNamed("A")->tagManager()->tagsByPersonID("a0"), std::vector<std::string>{"friend"});
+  // The cache of the other book still holds the record.
+  EXPECT_EQ(cachedIn(*bookNamed("A")), "a0");
+}
+
+TEST(Book, SyncAndUpdateDoNothing) {
+  StoreBuilder().persons("p", 1);
+  const auto book = bookNamed("_local");
+  person("p0")->setValue_byPropertyName(single("note", 0), OxProPertyNote);
+  book->sync();
+  book->update();
+  EXPECT_TRUE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+}
+
+TEST(Book, ServesATypicalRequestFromTheListToTheSave) {
+  StoreBuilder()
+      .container("A:ABAccount", "iCloud", 3)
+      .person("a0",
+              {.first = "Ann", .phones = {{"_$!<Home>!$_", "111"}, {"_$!<Work>!$_", "222", true}}});
+  std::shared_ptr<OxMacAddressBook> cloud;
+  for (const auto& book : OxMacAddressBook::addressBookArray()) {
+    if (book->_serverType == 8) cloud = book;
+  }
+  ASSERT_TRUE(cloud);
+  const auto ann = cloud->allPersons()->element(0);
+  const auto phones =
+      std::dynamic_pointer_cast<OxMutableMultipleValue>(ann->valueByPropertyName(OxProPertyPhone));
+  ASSERT_TRUE(phones);
+  EXPECT_EQ(phones->mainValue(), phones->valueAtIndex(1));
+  EXPECT_EQ(phones->mainValue()->value().host<OxObjectPhone>()->phoneNumber(), "222");
+  phones->valueAtIndex(1)->setValue(OxObjectPhone::initWithPhoneNumber("333"));
+  ann->setValue_byPropertyName(phones, OxProPertyPhone);
+  EXPECT_EQ(tellsPhone.run({"a0"}).output, "222");
+  cloud->save();
+  EXPECT_EQ(tellsPhone.run({"a0"}).output, "333");
+  EXPECT_EQ(failures::snapshot().failures, 0U);
+}
+
+}  // namespace
+}  // namespace ox::test
