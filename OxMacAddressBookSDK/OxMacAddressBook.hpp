@@ -2,9 +2,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <variant>
 #include <vector>
 
+#include "OxAddressBookSDK/IOxPerson.hpp"
 #include "OxAddressBookSDK/OxAddressBook.hpp"
 #include "OxAddressBookSDK/properties/OxProperty.hpp"
 #include "OxAddressBookSDK/tags/OxTagManager.hpp"
@@ -21,11 +24,13 @@
 namespace ox {
 
 class _ABGroup;
+class OxAddressBookGeneral;
 
 // One address book of the system contact store: a container (an account, or the local store), or
 // all records of one account id. Held in shared pointers. Safe from any thread once it is made;
 // what it is never changes afterwards.
-class OxMacAddressBook final : public OxAddressBook {
+class OxMacAddressBook final : public OxAddressBook,
+                               public std::enable_shared_from_this<OxMacAddressBook> {
   struct Key {
     explicit Key() = default;
   };
@@ -146,6 +151,40 @@ class OxMacAddressBook final : public OxAddressBook {
   void sync() {}
   void update() {}
 
+  // --- copying a person in ---
+
+  // A contact of the container database, or a person of whatever book.
+  using PersonSource = std::variant<std::monostate, CNContactPtr, std::shared_ptr<IOxPerson>>;
+
+  // The new person of this book; null for a missing source, when the store did not take it, and
+  // when a host's person had nothing to copy (an empty person is then left in the book). The copy
+  // of a contact is neither stamped with this book nor put into its cache.
+  std::shared_ptr<_ABPerson> addOneFromOtherPerson(const PersonSource& source);
+  // Clears a single value that holds an empty text or nothing; never the name, the birthday or the
+  // tags.
+  void needSingValueClearValue_property(const std::shared_ptr<_ABPerson>& person,
+                                        const OxPropertyPtr& property);
+
+  // --- the whole book ---
+
+  // Replaces everything in the book by what the data of a neutral book holds, on a thread of its
+  // own; returns at once. The last report is finished: at 0 when the data cannot be read and the
+  // book is as it was, else at 100 after the save.
+  void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress);
+  // Hands the book to the callback as the data of a neutral book, on a thread of its own; returns
+  // at once. The last report is finished and carries the data.
+  void saveDataBlock(const SaveCallback& progress);
+
+  // The steps of both, on the calling thread.
+  void loadThreed(const Data& data);
+  void saveDataThreed();
+  // Removes every group and person of the book. The removed persons are in the cache afterwards,
+  // until the next such call. Required.
+  void clearAddressBook();
+  void addGroupAndPersonByGeneralAddressBook(const std::shared_ptr<OxAddressBookGeneral>& general);
+  void adjustGroupAndPersonRelatedByGeneralAddressBook(
+      const std::shared_ptr<OxAddressBookGeneral>& general);
+
   // --- properties ---
 
   // Every property that the model knows. Borrowed for the life of the process.
@@ -166,6 +205,13 @@ class OxMacAddressBook final : public OxAddressBook {
 
  private:
   ImagePtr artwork(std::string_view ending) const;
+  // To the callback of the latest request; what it throws ends that report only.
+  void reportLoad(double value, bool finished = false);
+  void reportSave(bool finished, const Data& data, double value);
+
+  std::mutex callbacks_;  // guards the two below; not held while one of them runs
+  ProgressCallback _loadProgressBlock;
+  SaveCallback _progressBlock;
 };
 
 }  // namespace ox

@@ -41,7 +41,11 @@ static_assert(
         &Book::rootGroupsCount, &Book::groupByID, &Book::personsForIDs, &Book::supportProperty,
         &Book::commonProperty, &Book::newPerson, &Book::newGroup, &Book::addGroupByName,
         &Book::removePersons, &Book::removeGroup, &Book::reallyRemoveOneGroup, &Book::save,
-        &Book::sync, &Book::update>());
+        &Book::sync, &Book::update, &Book::addOneFromOtherPerson,
+        &Book::needSingValueClearValue_property, &Book::loadWithData_progressBlock,
+        &Book::saveDataBlock, &Book::loadThreed, &Book::saveDataThreed, &Book::clearAddressBook,
+        &Book::addGroupAndPersonByGeneralAddressBook,
+        &Book::adjustGroupAndPersonRelatedByGeneralAddressBook>());
 
 static_assert(
     areInstanceOperations<

@@ -1,0 +1,112 @@
+#include <exception>
+
+#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "OxMacAddressBookSDK/registry/progress.hpp"
+#include "base/detached_worker.hpp"
+#include "base/failures.hpp"
+
+namespace ox {
+namespace {
+
+// done of total in the half of the run that begins at `from` percent.
+double halfPercent(std::size_t done, std::size_t total, float from) {
+  return static_cast<double>(static_cast<float>(done) * 50.0F / static_cast<float>(total) + from);
+}
+
+std::shared_ptr<_ABGroup> groupMadeFor(const OxGeneralGroup* neutral) {
+  return neutral != nullptr ? std::dynamic_pointer_cast<_ABGroup>(neutral->extend()) : nullptr;
+}
+
+std::shared_ptr<_ABPerson> personMadeFor(const OxGeneralPerson* neutral) {
+  return neutral != nullptr ? std::dynamic_pointer_cast<_ABPerson>(neutral->extend()) : nullptr;
+}
+
+}  // namespace
+
+void OxMacAddressBook::loadWithData_progressBlock(const Data& data,
+                                                  const ProgressCallback& progress) {
+  {
+    const std::lock_guard lock(callbacks_);
+    _loadProgressBlock = progress;
+  }
+  runDetached([book = shared_from_this(), data] { book->loadThreed(data); });
+}
+
+void OxMacAddressBook::reportLoad(double value, bool finished) {
+  ProgressCallback callback;
+  {
+    const std::lock_guard lock(callbacks_);
+    callback = _loadProgressBlock;
+  }
+  try {
+    progress::report(callback, value, finished);
+  } catch (const std::exception& error) {
+    failures::countFailure(std::string("a load's progress callback threw: ") + error.what());
+  } catch (...) {
+    failures::countFailure("a load's progress callback threw");
+  }
+}
+
+void OxMacAddressBook::loadThreed(const Data& data) {
+  const auto general = OxAddressBookGeneral::addressBookWithData(data);
+  if (!general) return reportLoad(0.0, true);
+  reportLoad(0.0);
+  clearAddressBook();
+  addGroupAndPersonByGeneralAddressBook(general);
+  adjustGroupAndPersonRelatedByGeneralAddressBook(general);
+  reportLoad(progress::kDone);
+  save();
+  reportLoad(progress::kDone, true);
+}
+
+void OxMacAddressBook::clearAddressBook() {
+  if (_allPersonArray) _allPersonArray->clear();
+  const auto records = abAddressBook();
+  for (const auto& group : allGroups()) records->removeRecord(group);
+  // The cache is empty, so this fetches the persons anew, and leaves them in it.
+  const auto persons = allPersons();
+  if (!persons) return;
+  for (const auto& person : persons->snapshot()) records->removeRecord(person);
+}
+
+void OxMacAddressBook::addGroupAndPersonByGeneralAddressBook(
+    const std::shared_ptr<OxAddressBookGeneral>& general) {
+  if (!general) return;
+  const auto& groups = general->groupsDic();
+  const auto& persons = general->personsDic();
+  const std::size_t total = groups.count() + persons.count();
+  std::size_t done = 0;
+  for (const auto& [key, group] : groups) {
+    group->setExtend(addGroupByName(group->title()));
+    reportLoad(halfPercent(++done, total, 0.0F));
+  }
+  for (const auto& [key, person] : persons) {
+    person->setExtend(addOneFromOtherPerson(std::shared_ptr<IOxPerson>(person)));
+    reportLoad(halfPercent(++done, total, 0.0F));
+  }
+  reportLoad(50.0);
+}
+
+void OxMacAddressBook::adjustGroupAndPersonRelatedByGeneralAddressBook(
+    const std::shared_ptr<OxAddressBookGeneral>& general) {
+  if (!general) return;
+  const auto& groups = general->groupsDic();
+  std::size_t done = 0;
+  for (const auto& [key, neutral] : groups) {
+    if (const auto group = groupMadeFor(neutral.get())) {
+      for (const auto& subgroup : neutral->subArray()) {
+        group->addSubgroup(groupMadeFor(groups.objectForKey(subgroup).get()));
+      }
+      for (const auto& member : neutral->persons()) {
+        group->addMember(personMadeFor(general->personsDic().objectForKey(member).get()));
+      }
+    }
+    reportLoad(halfPercent(++done, groups.count(), 50.0F));
+  }
+  reportLoad(progress::kDone);
+}
+
+}  // namespace ox

@@ -1,0 +1,57 @@
+#include <exception>
+
+#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "OxMacAddressBookSDK/registry/progress.hpp"
+#include "base/detached_worker.hpp"
+#include "base/failures.hpp"
+
+namespace ox {
+
+void OxMacAddressBook::saveDataBlock(const SaveCallback& progress) {
+  {
+    const std::lock_guard lock(callbacks_);
+    _progressBlock = progress;
+  }
+  runDetached([book = shared_from_this()] { book->saveDataThreed(); });
+}
+
+void OxMacAddressBook::reportSave(bool finished, const Data& data, double value) {
+  SaveCallback callback;
+  {
+    const std::lock_guard lock(callbacks_);
+    callback = _progressBlock;
+  }
+  if (!callback) return;
+  try {
+    callback(finished, data, value);
+  } catch (const std::exception& error) {
+    failures::countFailure(std::string("a save's progress callback threw: ") + error.what());
+  } catch (...) {
+    failures::countFailure("a save's progress callback threw");
+  }
+}
+
+void OxMacAddressBook::saveDataThreed() {
+  const auto general = OxAddressBookGeneral::init();
+  const auto groups = allGroups();
+  const auto list = allPersons();
+  const auto persons = list ? list->snapshot() : std::vector<PersonList::Person>();
+  const std::size_t total = groups.size() + persons.size();
+  // Counted from 0 where a load counts from 1. Required.
+  std::size_t index = 0;
+  for (const auto& group : groups) {
+    general->addGroup(group);
+    reportSave(false, nullptr, progress::percent(index++, total));
+  }
+  for (const auto& person : persons) {
+    general->addPerson(person);
+    reportSave(false, nullptr, progress::percent(index++, total));
+  }
+  reportSave(false, nullptr, progress::kDone);
+  reportSave(true, general->saveToData(), progress::kDone);
+}
+
+}  // namespace ox

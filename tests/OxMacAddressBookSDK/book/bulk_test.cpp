@@ -1,0 +1,219 @@
+#include <condition_variable>
+#include <gtest/gtest.h>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "tests/OxMacAddressBookSDK/fixtures.hpp"
+#include "tests/support/second_process.hpp"
+
+namespace ox::test {
+namespace {
+
+std::shared_ptr<OxMacAddressBook> bookNamed(std::string_view id) {
+  for (const auto& book : OxMacAddressBook::addressBookArray()) {
+    if (book->_xxID == id) return book;
+  }
+  return nullptr;
+}
+
+// Records a worker's reports and waits for the finished one.
+class Reports {
+ public:
+  ProgressCallback loadCallback() {
+    return [this](double value, bool finished) {
+      note(support::shortest(value) + (finished ? "!" : ""), finished);
+    };
+  }
+
+  SaveCallback saveCallback() {
+    return [this](bool finished, const Data& data, double value) {
+      const std::string text = support::shortest(value) + (data ? " data" : "");
+      if (data) data_ = data;
+      note(text + (finished ? "!" : ""), finished);
+    };
+  }
+
+  std::string wait() {
+    std::unique_lock lock(mutex_);
+    finished_.wait(lock, [this] { return done_; });
+    done_ = false;
+    return std::exchange(text_, {});
+  }
+
+  const Data& data() const { return data_; }
+  std::thread::id worker() const { return worker_; }
+
+ private:
+  void note(const std::string& report, bool finished) {
+    const std::lock_guard lock(mutex_);
+    worker_ = std::this_thread::get_id();
+    text_ += (text_.empty() ? "" : " ") + report;
+    done_ = done_ || finished;
+    finished_.notify_all();
+  }
+
+  std::mutex mutex_;
+  std::condition_variable finished_;
+  std::string text_;
+  bool done_ = false;
+  Data data_;
+  std::thread::id worker_;
+};
+
+Data savedData(const std::shared_ptr<OxMacAddressBook>& book) {
+  Reports run;
+  book->saveDataBlock(run.saveCallback());
+  run.wait();
+  return run.data();
+}
+
+std::string loaded(const std::shared_ptr<OxMacAddressBook>& book, const Data& data) {
+  Reports run;
+  book->loadWithData_progressBlock(data, run.loadCallback());
+  return run.wait();
+}
+
+const support::SecondProcess listsNames("listsNames", [](const auto& arguments) {
+  const auto book = bookNamed(arguments.at(0));
+  for (const auto& each : book->allPersons()->snapshot()) {
+    std::printf("%s ", each->displayName()->c_str());
+  }
+  for (const auto& each : book->allGroups()) {
+    std::printf("[%s:", each->displayName()->c_str());
+    for (const auto& below : each->subGroups()) std::printf(" <%s>", below->displayName()->c_str());
+    for (const auto& member : each->persons()) std::printf(" %s", member->displayName()->c_str());
+    std::printf("] ");
+  }
+  return 0;
+});
+
+TEST(BulkSave, CountsItsItemsFromZero) {
+  StoreBuilder().persons("p", 2).group("g", "G").group("h", "H");
+  Reports run;
+  bookNamed("_local")->saveDataBlock(run.saveCallback());
+  EXPECT_EQ(run.wait(), "0 25 50 75 100 100 data!");
+  EXPECT_NE(run.worker(), std::this_thread::get_id());
+  EXPECT_TRUE(OxAddressBookGeneral::addressBookWithData(run.data()));
+}
+
+TEST(BulkSave, ChangesNothing) {
+  StoreBuilder().persons("p", 2);
+  savedData(bookNamed("_local"));
+  EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+}
+
+TEST(BulkLoad, OfAnEmptyBookReportsItsPhasesAndEmptiesTheBook) {
+  StoreBuilder().persons("p", 2).group("g", "G");
+  const auto book = bookNamed("_local");
+  EXPECT_EQ(loaded(book, OxAddressBookGeneral::init()->saveToData()), "0 50 100 100 100!");
+  EXPECT_EQ(ABAddressBook::sharedAddressBook()->people().size(), 0U);
+  EXPECT_EQ(ABAddressBook::sharedAddressBook()->groups().size(), 0U);
+  EXPECT_EQ(listsNames.run({"_local"}).output, "");
+}
+
+TEST(BulkLoad, OfOneGroupAndOnePersonReportsBothPasses) {
+  StoreBuilder().persons("p", 1).group("g", "G").member("g", "p0");
+  const auto book = bookNamed("_local");
+  EXPECT_EQ(loaded(book, savedData(book)), "0 25 50 50 100 100 100 100!");
+  EXPECT_EQ(listsNames.run({"_local"}).output, "p0 [G: p0] ");
+}
+
+TEST(BulkLoad, RebuildsTheTreeInAnotherBook) {
+  StoreBuilder()
+      .persons("p", 2)
+      .group("g", "G")
+      .group("h", "H")
+      .subgroup("g", "h")
+      .members("g", {"p1"})
+      .members("h", {"p1", "p0"})
+      .container("A:ABAccount", "iCloud", 3)
+      .persons("a", 1);
+  const auto cloud = bookNamed("A");
+  // 2 groups and 2 persons: 50 / 4 each, then 50 / 2 each.
+  EXPECT_EQ(loaded(cloud, savedData(bookNamed("_local"))),
+            "0 12.5 25 37.5 50 50 75 100 100 100 100!");
+  EXPECT_EQ(listsNames.run({"A"}).output, "p0 p1 [G: <H> p1] [H: p1 p0] ");
+  EXPECT_EQ(listsNames.run({"_local"}).output, "p0 p1 [G: <H> p1] [H: p1 p0] ");
+}
+
+TEST(BulkLoad, LeavesRemovedPersonsInTheCacheBeforeTheNewOnes) {
+  StoreBuilder().persons("p", 2);
+  const auto book = bookNamed("_local");
+  const auto data = savedData(book);
+  loaded(book, data);
+  ASSERT_EQ(book->allPersonsCount(), 4U);
+  EXPECT_EQ(cachedIn(*book).substr(0, 6), "p0 p1 ");
+  EXPECT_EQ(ABAddressBook::sharedAddressBook()->people().size(), 2U);
+  loaded(book, OxAddressBookGeneral::init()->saveToData());
+  EXPECT_EQ(book->allPersonsCount(), 2U) << "those that this load has removed";
+}
+
+TEST(BulkLoad, OfUnreadableDataTouchesNothing) {
+  StoreBuilder().persons("p", 1);
+  const auto book = bookNamed("_local");
+  const auto good = savedData(book);
+  EXPECT_EQ(loaded(book, nullptr), "0!");
+  EXPECT_EQ(loaded(book, makeData("")), "0!");
+  EXPECT_EQ(loaded(book, makeData(good->substr(0, good->size() - 1))), "0!");
+  EXPECT_EQ(cachedIn(*book), "p0");
+  EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+}
+
+TEST(BulkLoad, DeletesNoGroupsOfABookThatMayHaveNoneButMakesNewOnes) {
+  StoreBuilder().persons("p", 1).group("g", "New");
+  const auto data = savedData(bookNamed("_local"));
+  StoreBuilder().container("G:ABAccount", "Google", 3).persons("q", 1).group("old", "Old");
+  const auto google = OxMacAddressBook::initWithContainer(containerOf("G:ABAccount", "Google", 3));
+  ASSERT_FALSE(google->canCreateGroup());
+  EXPECT_EQ(loaded(google, data), "0 25 50 50 100 100 100 100!");
+  std::string names;
+  for (const auto& each : ABAddressBook::sharedAddressBook()->groups()) {
+    names += *hostGroup(each)->displayName() + " ";
+  }
+  EXPECT_EQ(names, "New Old New ");
+}
+
+TEST(BulkLoad, LinksNothingForKeysThatPointNowhere) {
+  StoreBuilder().persons("p", 1).group("g", "G").group("h", "H").subgroup("g", "h");
+  const auto general = OxAddressBookGeneral::init();
+  general->addGroup(group("g"));  // names h, which is not in the book
+  const auto book = bookNamed("_local");
+  EXPECT_EQ(loaded(book, general->saveToData()), "0 50 50 100 100 100 100!");
+  EXPECT_EQ(listsNames.run({"_local"}).output, "[G:] ");
+}
+
+TEST(BulkLoad, GoesOnWhenItsCallbackThrows) {
+  StoreBuilder().persons("p", 1);
+  const auto book = bookNamed("_local");
+  const auto data = savedData(book);
+  Reports run;
+  book->loadWithData_progressBlock(data, [report = run.loadCallback()](double value, bool done) {
+    report(value, done);
+    if (!done) throw std::runtime_error("no");
+  });
+  EXPECT_EQ(run.wait(), "0 50 50 100 100 100!");
+  book->loadThreed(data);  // and none at all
+}
+
+TEST(BulkThreads, TwoSavesAtOnceBothFinishWithTheLaterCallback) {
+  StoreBuilder().persons("p", 5);
+  const auto book = bookNamed("_local");
+  std::mutex mutex;
+  std::condition_variable changed;
+  int finished = 0;
+  const SaveCallback callback = [&](bool done, const Data& data, double) {
+    const std::lock_guard lock(mutex);
+    if (done && data) ++finished;
+    changed.notify_all();
+  };
+  book->saveDataBlock(callback);
+  book->saveDataBlock(callback);
+  std::unique_lock lock(mutex);
+  changed.wait(lock, [&] { return finished == 2; });
+}
+
+}  // namespace
+}  // namespace ox::test
