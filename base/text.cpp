@@ -16,6 +16,8 @@ std::string withoutAll(std::string_view text, std::string_view what) {
 
 Text withoutLineBreaks(TextView text) {
   if (!text) return std::nullopt;
+  // Nearly no text has one.
+  if (text->find('\n') == std::string_view::npos) return text.toText();
   return withoutAll(*text, "\n");
 }
 

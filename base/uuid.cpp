@@ -10,6 +10,11 @@ namespace ox {
 namespace {
 
 constexpr std::string_view kDigits = "0123456789ABCDEF";
+constexpr std::size_t kTextLength = 36;
+
+constexpr bool isDashPlace(std::size_t place) {
+  return place == 8 || place == 13 || place == 18 || place == 23;
+}
 
 void fillRandom(std::uint8_t* bytes, std::size_t count) {
   while (count > 0) {
@@ -61,10 +66,20 @@ class RisingClock {
   std::uint64_t last_ = 0;
 };
 
-int digitValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
+constexpr std::uint8_t kNoDigit = 0xFF;
+
+// The value of each character as a hexadecimal digit.
+constexpr auto kDigitValues = [] {
+  std::array<std::uint8_t, 256> values{};
+  values.fill(kNoDigit);
+  for (std::size_t i = 0; i < kDigits.size(); ++i) {
+    values[static_cast<std::uint8_t>(kDigits[i])] = static_cast<std::uint8_t>(i);
+  }
+  return values;
+}();
+
+std::uint8_t digitValue(char c) {
+  return kDigitValues[static_cast<std::uint8_t>(c)];
 }
 
 }  // namespace
@@ -88,28 +103,26 @@ Uuid makeUuid() {
 }
 
 std::string uuidText(const Uuid& uuid) {
-  std::string text;
-  text.reserve(36);
-  for (std::size_t i = 0; i < uuid.size(); ++i) {
-    if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
-    text += kDigits[uuid[i] >> 4U];
-    text += kDigits[uuid[i] & 0x0FU];
+  std::string text(kTextLength, '-');
+  std::size_t at = 0;
+  for (const auto byte : uuid) {
+    if (isDashPlace(at)) ++at;
+    text[at++] = kDigits[byte >> 4U];
+    text[at++] = kDigits[byte & 0x0FU];
   }
   return text;
 }
 
 std::optional<Uuid> uuidFromText(std::string_view text) {
-  if (text.size() != 36) return std::nullopt;
+  if (text.size() != kTextLength) return std::nullopt;
   Uuid uuid{};
   std::size_t at = 0;
-  for (std::size_t i = 0; i < uuid.size(); ++i) {
-    if (i == 4 || i == 6 || i == 8 || i == 10) {
-      if (text[at++] != '-') return std::nullopt;
-    }
-    const int high = digitValue(text[at++]);
-    const int low = digitValue(text[at++]);
-    if (high < 0 || low < 0) return std::nullopt;
-    uuid[i] = static_cast<std::uint8_t>(high * 16 + low);
+  for (auto& byte : uuid) {
+    if (isDashPlace(at) && text[at++] != '-') return std::nullopt;
+    const auto high = digitValue(text[at++]);
+    const auto low = digitValue(text[at++]);
+    if (high == kNoDigit || low == kNoDigit) return std::nullopt;
+    byte = static_cast<std::uint8_t>(high << 4U | low);
   }
   return uuid;
 }

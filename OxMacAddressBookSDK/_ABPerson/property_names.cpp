@@ -82,6 +82,8 @@ std::string_view propertyNameOf(std::string_view storeName) {
 }
 
 std::string_view labelWordOf(std::string_view labelKey) {
+  // What a user typed need not be looked up.
+  if (!labelKey.starts_with("_$!<")) return labelKey;
   const auto general = lookUp(kGeneralLabels, &Row::left, &Row::right, labelKey, labelKey);
   return lookUp(kRelationLabels, &Row::left, &Row::right, labelKey, general);
 }

@@ -74,7 +74,7 @@ void cleanText(PropertyValue& value) {
   value = MultiValuePtr(std::move(copy));
 }
 
-void cleanText(PropertyBag& properties) {
+bool cleanText(PropertyBag& properties) {
   std::vector<PropertyBag::Entry> unclean;
   for (const auto& entry : properties.entries()) {
     if (!isClean(entry.second)) unclean.push_back(entry);
@@ -83,6 +83,7 @@ void cleanText(PropertyBag& properties) {
     cleanText(value);
     properties.set(id, std::move(value));
   }
+  return !unclean.empty();
 }
 
 }  // namespace ox

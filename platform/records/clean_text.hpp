@@ -7,6 +7,7 @@ namespace ox {
 // Replaces invalid UTF-8 by U+FFFD in every text of the value, labels and dictionary keys included.
 // Values that are clean are left as they are, shared ones too.
 void cleanText(PropertyValue& value);
-void cleanText(PropertyBag& properties);
+// True when something had to be replaced.
+bool cleanText(PropertyBag& properties);
 
 }  // namespace ox

@@ -52,6 +52,19 @@ bool sameValue(const PropertyValue& a, const PropertyValue& b) {
   return *std::get<MultiValuePtr>(a) == *std::get<MultiValuePtr>(b);
 }
 
+bool looksTheSame(const PropertyValue& a, const PropertyValue& b) {
+  if (a.index() != b.index()) return false;
+  if (const auto* single = std::get_if<Object>(&a)) return *single == std::get<Object>(b);
+  const auto& left = *std::get<MultiValuePtr>(a);
+  const auto& right = *std::get<MultiValuePtr>(b);
+  return std::equal(left.entries.begin(), left.entries.end(), right.entries.begin(),
+                    right.entries.end(), [&](const MultiEntry& one, const MultiEntry& other) {
+                      return one.label == other.label && one.value == other.value &&
+                             (one.identifier == left.primary) ==
+                                 (other.identifier == right.primary);
+                    });
+}
+
 const PropertyValue* PropertyBag::find(PropertyId id) const {
   const auto found = std::lower_bound(entries_.begin(), entries_.end(), id, idBefore);
   return found != entries_.end() && found->first == id ? &found->second : nullptr;

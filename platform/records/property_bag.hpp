@@ -42,6 +42,8 @@ using PropertyValue = std::variant<Object, MultiValuePtr>;
 bool isMissing(const PropertyValue& value);
 // By content; a multi-value's entry identifiers count.
 bool sameValue(const PropertyValue& a, const PropertyValue& b);
+// What a host can see of it: entries, labels and which one is primary, whatever the identifiers.
+bool looksTheSame(const PropertyValue& a, const PropertyValue& b);
 
 // Every property that one record holds, ordered by number. A value; never holds a missing one.
 class PropertyBag {

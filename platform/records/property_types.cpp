@@ -50,14 +50,50 @@ constexpr std::array kHiddenProperties = {
     BuiltIn{property_id::kUnmodelledLines, "(unmodelled lines)", kABArrayProperty},
 };
 
-const BuiltIn* builtIn(PropertyId id) {
-  for (const auto& row : kPersonProperties) {
-    if (row.id == id) return &row;
+constexpr bool numberedFromOne() {
+  for (std::size_t i = 0; i < kPersonProperties.size(); ++i) {
+    if (kPersonProperties[i].id != i + 1) return false;
   }
+  return true;
+}
+static_assert(numberedFromOne());
+
+const BuiltIn* builtIn(PropertyId id) {
+  if (id >= 1 && id <= kPersonProperties.size()) return &kPersonProperties[id - 1U];
   for (const auto& row : kHiddenProperties) {
     if (row.id == id) return &row;
   }
   return id == kGroupName.id ? &kGroupName : nullptr;
+}
+
+// The place of each built-in property by its name: a table without collisions, checked at compile
+// time, because every read of a property starts here.
+constexpr std::size_t kNameSlots = 64;
+
+constexpr std::size_t slotOfName(std::string_view name) {
+  const auto letter = [&](std::size_t at) { return static_cast<unsigned char>(name[at]); };
+  return (name.size() + letter(0) + letter(name.size() - 1) + letter(name.size() / 2) * 3U) %
+         kNameSlots;
+}
+
+constexpr std::uint8_t kFreeSlot = 0xFF;
+
+constexpr auto kSlotsByName = [] {
+  std::array<std::uint8_t, kNameSlots> slots{};
+  slots.fill(kFreeSlot);
+  for (std::size_t i = 0; i < kPersonProperties.size(); ++i) {
+    auto& slot = slots[slotOfName(kPersonProperties[i].name)];
+    if (slot != kFreeSlot) throw "two names share a slot: choose other factors";
+    slot = static_cast<std::uint8_t>(i);
+  }
+  return slots;
+}();
+
+const BuiltIn* builtInNamed(std::string_view name) {
+  if (name.empty()) return nullptr;
+  const auto place = kSlotsByName[slotOfName(name)];
+  if (place == kFreeSlot || kPersonProperties[place].name != name) return nullptr;
+  return &kPersonProperties[place];
 }
 
 bool isType(std::int32_t type) {
@@ -115,10 +151,8 @@ CustomProperties& customProperties() {
 
 PropertyId idOf(RecordKind kind, std::string_view name) {
   if (kind == RecordKind::Group) return name == kGroupName.name ? kGroupName.id : PropertyId{0};
-  for (const auto& row : kPersonProperties) {
-    if (row.name == name) return row.id;
-  }
-  return customProperties().idOf(name);
+  const auto* row = builtInNamed(name);
+  return row != nullptr ? row->id : customProperties().idOf(name);
 }
 
 ABPropertyType typeOf(PropertyId id) {
@@ -135,9 +169,7 @@ std::string nameOf(PropertyId id) {
 
 PropertyId add(std::string_view name, ABPropertyType type) {
   if (name.empty() || !isType(type)) return 0;
-  for (const auto& row : kPersonProperties) {
-    if (row.name == name) return row.type == type ? row.id : PropertyId{0};
-  }
+  if (const auto* row = builtInNamed(name)) return row->type == type ? row->id : PropertyId{0};
   return customProperties().add(name, type);
 }
 

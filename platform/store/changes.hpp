@@ -46,6 +46,8 @@ struct NewRecord {
   std::string container;  // identifier or standard id
   PropertyBag properties;
   Data image;
+  // contentFingerprint of both, for whoever has worked it out already.
+  std::optional<std::uint64_t> fingerprint = std::nullopt;
 };
 
 // Replaces all values of a committed record.

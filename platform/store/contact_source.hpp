@@ -68,6 +68,9 @@ class ContactSource {
   // The committed values; null when there is no such record.
   virtual std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) = 0;
   virtual Data committedImage(const RecordKey& key) = 0;
+  // contentFingerprint of the committed values and picture, without reading them; 0 when there is
+  // no such record.
+  virtual std::uint64_t committedFingerprint(const RecordKey& key) = 0;
   // Whole or not at all. Additions whose identifier is taken get a new one, written into the
   // request. False with a reason in the request when nothing was written.
   virtual bool execute(SaveRequest& request) = 0;

@@ -1,7 +1,6 @@
 #include "platform/store/contact_store.hpp"
 
-#include <array>
-#include <cstring>
+#include <ctime>
 
 #include "base/checksum.hpp"
 #include "base/sqlite/error.hpp"
@@ -12,11 +11,19 @@
 namespace ox {
 namespace {
 
-constexpr auto kLookInterval = std::chrono::milliseconds(10);
+constexpr std::int64_t kLookMilliseconds = 10;
+constexpr std::int64_t kRowsAhead = 32;
 constexpr std::size_t kHalfValueCacheBytes = 16U << 20U;
 constexpr std::size_t kHalfLinkCacheEntries = 1U << 20U;
 // What a decoded bag takes in memory, as a multiple of its stored size; measured, roughly.
 constexpr std::size_t kDecodedFactor = 4;
+
+// Every read asks for the time: the coarse clock costs a quarter of the fine one.
+std::int64_t coarseMilliseconds() {
+  timespec now{};
+  ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return static_cast<std::int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1'000'000;
+}
 
 }  // namespace
 
@@ -52,8 +59,9 @@ sqlite::Statement& ContactStore::statement(Sql which) {
 }
 
 void ContactStore::refresh(Look look) {
-  const auto now = std::chrono::steady_clock::now();
-  if (look == Look::AtMostEvery10ms && now - lastLook_ < kLookInterval) return;
+  const auto now = coarseMilliseconds();
+  if (look == Look::AtMostEvery10ms && lastLook_ >= 0 && now - lastLook_ < kLookMilliseconds)
+    return;
   guarded([&] {
     auto& row = statement(Sql::DataVersion);
     const sqlite::StatementScope scope(row);
@@ -68,7 +76,7 @@ void ContactStore::refresh(Look look) {
 
 void ContactStore::readNews() {
   containersLoaded_ = false;
-  values_.clear();
+  forgetValues();
   forgetLinks();
   if (!indexLoaded_) return;
   auto& removals = statement(Sql::RemovalsAfter);
@@ -194,17 +202,54 @@ std::optional<ContactStore::Entry> ContactStore::find(const RecordKey& key) {
 }
 
 std::shared_ptr<const PropertyBag> ContactStore::values(const RecordKey& key) {
-  if (const auto* cached = values_.find(key)) return *cached;
+  if (lastValues_ && lastKey_ == key) return lastValues_;
+  const auto* cached = values_.find(key);
+  if (cached == nullptr) {
+    const auto entry = find(key);
+    if (!entry) return nullptr;
+    // Whoever walks the records in their order is given a few at a time.
+    const bool walks = entry->row > lastMissedRow_ && entry->row <= lastMissedRow_ + kRowsAhead;
+    lastMissedRow_ = entry->row;
+    guarded([&] { readValuesFrom(entry->row, walks && indexLoaded_ ? kRowsAhead : 1); });
+    cached = values_.find(key);
+    if (cached == nullptr) return std::make_shared<const PropertyBag>();
+  }
+  lastKey_ = key;
+  lastValues_ = *cached;
+  return lastValues_;
+}
+
+void ContactStore::readValuesFrom(std::int64_t row, std::int64_t count) {
+  auto& rows = statement(Sql::ContentFrom);
+  const sqlite::StatementScope scope(rows);
+  rows.bind(1, row).bind(2, count);
+  while (rows.step()) {
+    const auto key = keyOfColumn(rows, 1);
+    // A damaged neighbour is reported when it is asked for itself.
+    if (rows.integer(0) != row && values_.find(key) != nullptr) continue;
+    const auto bytes = rows.blob(2);
+    try {
+      auto values = std::make_shared<const PropertyBag>(decodeNaming(key, bytes));
+      values_.put(key, std::move(values), kDecodedFactor * bytes.size());
+    } catch (const StoreError&) {
+      if (rows.integer(0) == row) throw;
+    }
+  }
+}
+
+void ContactStore::forgetValues() {
+  values_.clear();
+  lastValues_.reset();
+}
+
+std::uint64_t ContactStore::fingerprint(const RecordKey& key) {
   const auto entry = find(key);
-  if (!entry) return nullptr;
-  return guarded([&]() -> std::shared_ptr<const PropertyBag> {
-    auto& row = statement(Sql::ContentByRow);
+  if (!entry) return 0;
+  return guarded([&]() -> std::uint64_t {
+    auto& row = statement(Sql::FingerprintByRow);
     const sqlite::StatementScope scope(row);
     row.bind(1, entry->row);
-    if (!row.step()) return std::make_shared<const PropertyBag>();
-    const auto bytes = row.blob(0);
-    auto values = std::make_shared<const PropertyBag>(decodeNaming(key, bytes));
-    return *values_.put(key, std::move(values), kDecodedFactor * bytes.size());
+    return row.step() ? static_cast<std::uint64_t>(row.integer(0)) : 0;
   });
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -69,6 +68,8 @@ class ContactStore {
   std::optional<Entry> find(const RecordKey& key);
   // Null when there is no such record.
   std::shared_ptr<const PropertyBag> values(const RecordKey& key);
+  // 0 when there is no such record.
+  std::uint64_t fingerprint(const RecordKey& key);
   // Null without a picture; throws ImageReadError when its bytes are damaged.
   Data image(const RecordKey& key);
   RecordKeysPtr children(const RecordKey& group, RecordKind kind);
@@ -97,6 +98,8 @@ class ContactStore {
   void readNews();
   void forgetLinks();
   std::int32_t containerRow(std::string_view identifier);  // 0 when there is none
+  void readValuesFrom(std::int64_t row, std::int64_t count);
+  void forgetValues();
   PropertyBag decodeNaming(const RecordKey& key, std::string_view bytes);
   RecordKeys keysOf(sqlite::Statement& rows, std::int32_t container, RecordKind kind);
   RecordKeysPtr linkedKeys(Sql which, const RecordKey& key, std::optional<RecordKind> kind);
@@ -114,7 +117,7 @@ class ContactStore {
   std::string addLink(const Link& link, Writing& writing);
   void removeLink(const Link& link, Writing& writing);
   void writeContent(Sql which, std::int64_t row, const PropertyBag& properties,
-                    std::uint64_t pictureChecksum);
+                    std::uint64_t fingerprint);
   void writeImage(std::int64_t row, const Data& image);
   void writeCustomProperties(const PropertyBag& properties);
   std::optional<Entry> findWriting(const RecordKey& key, const Writing& writing);
@@ -127,7 +130,7 @@ class ContactStore {
   std::int64_t seenVersion_ = -1;  // data_version at the last look
   std::int64_t seenRow_ = 0;       // the last record in the index
   std::int64_t seenRemoval_ = 0;
-  std::chrono::steady_clock::time_point lastLook_;
+  std::int64_t lastLook_ = -1;  // in milliseconds of a coarse clock
   std::uint64_t linkGeneration_ = 1;
 
   bool containersLoaded_ = false;
@@ -138,6 +141,10 @@ class ContactStore {
   RecordIndex index_;
   std::unordered_set<PropertyId> writtenCustomProperties_;
 
+  // The record read last, in front of the cache: properties are read one after another.
+  RecordKey lastKey_;
+  std::shared_ptr<const PropertyBag> lastValues_;
+  std::int64_t lastMissedRow_ = 0;
   GenerationCache<RecordKey, std::shared_ptr<const PropertyBag>> values_;
   GenerationCache<RecordKey, RecordKeysPtr> memberLists_;
   GenerationCache<RecordKey, RecordKeysPtr> subgroupLists_;

@@ -62,6 +62,7 @@ void ContactStore::write(bool durable, Step step) {
       }
     }
     for (const auto& key : writing.changedValues) values_.erase(key);
+    if (!writing.changedValues.empty()) lastValues_.reset();
     if (writing.linksChanged || !writing.removedRows.empty()) forgetLinks();
     if (!indexLoaded_) return;
     for (const auto row : writing.removedRows) index_.removeRow(row);
@@ -158,7 +159,9 @@ void ContactStore::addRecord(NewRecord& record, Writing& writing) {
     if (database().changes() != 0) break;
     record.key = RecordKey::make(record.kind);  // the copy of a contact that is stored already
   }
-  writeContent(Sql::InsertContent, writing.nextRow, record.properties, checksumOf(record.image));
+  writeContent(Sql::InsertContent, writing.nextRow, record.properties,
+               record.fingerprint ? *record.fingerprint
+                                  : contentFingerprint(record.properties, record.image));
   if (record.image) writeImage(writing.nextRow, record.image);
   const Entry entry{record.key, writing.nextRow, container, record.kind, true};
   writing.added.push_back(entry);
@@ -169,7 +172,8 @@ void ContactStore::addRecord(NewRecord& record, Writing& writing) {
 void ContactStore::replaceRecord(const ReplacedRecord& record, Writing& writing) {
   const auto entry = findWriting(record.key, writing);
   if (!entry) throw Refused("there is no record " + record.key.text());
-  writeContent(Sql::UpdateContent, entry->row, record.properties, checksumOf(record.image));
+  writeContent(Sql::UpdateContent, entry->row, record.properties,
+               contentFingerprint(record.properties, record.image));
   writeImage(entry->row, record.image);
   writing.changedValues.push_back(record.key);
 }
@@ -195,7 +199,7 @@ void ContactStore::applyEdit(const RecordEdit& edit, Writing& writing, SaveRepor
     row.bind(1, entry->row);
     if (row.step()) picture = static_cast<std::uint64_t>(row.integer(0));
   }
-  writeContent(Sql::UpdateContent, entry->row, properties, picture);
+  writeContent(Sql::UpdateContent, entry->row, properties, contentFingerprint(properties, picture));
   writing.changedValues.push_back(edit.key);
 }
 
@@ -235,10 +239,9 @@ void ContactStore::removeLink(const Link& link, Writing& writing) {
 }
 
 void ContactStore::writeContent(Sql which, std::int64_t row, const PropertyBag& properties,
-                                std::uint64_t pictureChecksum) {
+                                std::uint64_t fingerprint) {
   writeCustomProperties(properties);
   const auto bytes = encodeProperties(properties);
-  const auto fingerprint = contentFingerprint(properties, pictureChecksum);
   const auto* cardUid = properties.text(property_id::kCardUid);
   auto& write = statement(which);
   write.bind(1, row)

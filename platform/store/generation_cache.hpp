@@ -27,6 +27,7 @@ class GenerationCache {
   const Value* put(const Key& key, Value value, std::size_t cost) {
     if (cost_ + cost > halfCost_ && !young_.empty()) {
       old_ = std::exchange(young_, {});
+      young_.reserve(old_.size());
       cost_ = 0;
     }
     cost_ += cost;

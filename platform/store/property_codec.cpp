@@ -326,7 +326,7 @@ std::string encodeProperties(const PropertyBag& properties) {
   return std::move(out);
 }
 
-PropertyBag decodeProperties(std::string_view bytes) {
+PropertyBag decodeProperties(std::string_view bytes, std::size_t mostProperties) {
   const auto damaged = [](const char* why) {
     throw StoreError(StoreError::Kind::Corrupt,
                      std::string("the stored values of a record ") + why);
@@ -338,7 +338,9 @@ PropertyBag decodeProperties(std::string_view bytes) {
   if (checksum != checksum64(content)) damaged("are damaged: their checksum differs");
   if (content.front() != kVersion) damaged("are of an unknown version");
   PropertyBag properties;
+  std::size_t count = 0;
   for (Decoder decoder(content.substr(1)); !decoder.atEnd();) {
+    if (++count > mostProperties) damaged("are too many");
     auto [id, value] = decoder.property();
     properties.set(id, std::move(value));
   }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -12,7 +14,8 @@ namespace ox {
 // checksum of all before it, little endian. Images and host objects cannot be stored.
 std::string encodeProperties(const PropertyBag& properties);
 
-// Throws StoreError (corrupt) when the bytes are not what encodeProperties wrote.
-PropertyBag decodeProperties(std::string_view bytes);
+// Throws StoreError (corrupt) when the bytes are not what encodeProperties wrote, or hold more
+// properties than that. Registers custom properties that are not known yet.
+PropertyBag decodeProperties(std::string_view bytes, std::size_t mostProperties = SIZE_MAX);
 
 }  // namespace ox

@@ -129,8 +129,8 @@ sqlite::Connection openMigrated(const std::string& path) {
   versionOf(database, path);
   database.execute("PRAGMA journal_mode=WAL");
   database.execute(
-      "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-32768;"
-      "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=4000;"
+      "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-65536;"
+      "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=16000;"
       "PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON;"
       "PRAGMA journal_size_limit=67108864");
   migrate(database, path);

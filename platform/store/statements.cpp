@@ -27,7 +27,10 @@ constexpr std::array kStatements = {
     Row{Sql::RecordsAfter, "SELECT id, uid, kind, container FROM record WHERE id > ?1 ORDER BY id"},
     Row{Sql::RemovalsAfter, "SELECT id, record FROM removal WHERE id > ?1 ORDER BY id"},
     Row{Sql::RecordByUid, "SELECT id, uid, kind, container FROM record WHERE uid = ?1"},
-    Row{Sql::ContentByRow, "SELECT properties FROM content WHERE record = ?1"},
+    Row{Sql::ContentFrom,
+        "SELECT c.record, r.uid, c.properties FROM content c JOIN record r ON r.id = c.record "
+        "WHERE c.record >= ?1 ORDER BY c.record LIMIT ?2"},
+    Row{Sql::FingerprintByRow, "SELECT fingerprint FROM content WHERE record = ?1"},
     Row{Sql::ImageByRow, "SELECT checksum, data FROM image WHERE record = ?1"},
     Row{Sql::ChildrenOfRow,
         "SELECT r.uid FROM link l JOIN record r ON r.id = l.child "

@@ -61,8 +61,8 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::AtMostEvery10ms);
     if (!isWritable(key)) return refuse("there is no record " + key.text());
-    if (sameValue(visibleValue(key, property), value)) return true;
-    if (sameValue(committedValue(key, property), value)) {
+    if (looksTheSame(visibleValue(key, property), value)) return true;
+    if (looksTheSame(committedValue(key, property), value)) {
       values_.dropValue(key, property);
     } else {
       values_.setValue(key, kind, property, std::move(value));
@@ -224,6 +224,12 @@ class StoreSource final : public ContactSource {
     return store_.values(key);
   }
 
+  std::uint64_t committedFingerprint(const RecordKey& key) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::AtMostEvery10ms);
+    return store_.fingerprint(key);
+  }
+
   Data committedImage(const RecordKey& key) override {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::AtMostEvery10ms);
@@ -231,7 +237,9 @@ class StoreSource final : public ContactSource {
   }
 
   bool execute(SaveRequest& request) override {
-    for (auto& record : request.additions) cleanText(record.properties);
+    for (auto& record : request.additions) {
+      if (cleanText(record.properties)) record.fingerprint.reset();
+    }
     for (auto& record : request.replacements) cleanText(record.properties);
     const std::lock_guard lock(mutex_);
     return store_.execute(request);

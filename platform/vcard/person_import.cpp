@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/store/fingerprint.hpp"
+#include "platform/vcard/writer.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -30,6 +31,12 @@ RecordKeys recordsWithUid(ContactSource& source, const std::string& container, R
   if (found.empty()) {
     found = source.recordsWithCardUid(container, kind, std::string(kUrnPrefix) += plain);
   }
+  if (found.empty()) {
+    const auto own = RecordKey::known(recordOfUid(uid, kind));
+    const auto holder = own ? source.containerOf(own->text(), kind) : nullptr;
+    const auto wanted = holder ? source.containerNamed(container) : nullptr;
+    if (wanted && wanted->identifier == holder->identifier) found.push_back(*own);
+  }
   return found;
 }
 
@@ -50,8 +57,8 @@ bool PersonImport::storeMayHold(std::uint64_t hash) const {
   return !startedEmpty_ || addedHashes_.contains(hash);
 }
 
-std::optional<PersonImport::Match> PersonImport::matchByUid(const Card& card,
-                                                            std::string_view uid) {
+std::optional<PersonImport::Match> PersonImport::matchByUid(const Card& card, std::string_view uid,
+                                                            std::uint64_t fingerprint) {
   const auto inBatch = batchByUid_.find(std::string(uid));
   if (inBatch != batchByUid_.end()) {
     const auto& record = batch_.additions[inBatch->second];
@@ -63,9 +70,7 @@ std::optional<PersonImport::Match> PersonImport::matchByUid(const Card& card,
   if (stored.empty()) return std::nullopt;
   const auto& key = stored.front();
   if (batchReplaced_.contains(key)) commit();
-  const auto values = source_.committedValues(key);
-  if (!values) return std::nullopt;
-  return Match{key, 0, true, sameRecord(*values, source_.committedImage(key), card)};
+  return Match{key, 0, true, source_.committedFingerprint(key) == fingerprint};
 }
 
 std::optional<PersonImport::Match> PersonImport::matchByContent(const Card& card,
@@ -78,21 +83,16 @@ std::optional<PersonImport::Match> PersonImport::matchByContent(const Card& card
     }
   }
   if (!storeMayHold(fingerprint)) return std::nullopt;
-  for (const auto& key :
-       source_.recordsWithFingerprint(container_, RecordKind::Person, fingerprint)) {
-    const auto values = source_.committedValues(key);
-    if (values && sameRecord(*values, source_.committedImage(key), card)) {
-      return Match{key, 0, true, true};
-    }
-  }
-  return std::nullopt;
+  const auto stored = source_.recordsWithFingerprint(container_, RecordKind::Person, fingerprint);
+  return stored.empty() ? std::nullopt : std::optional(Match{stored.front(), 0, true, true});
 }
 
 void PersonImport::add(const std::string& file, Card card) {
   const auto* uidText = card.properties.text(property_id::kCardUid);
   const std::string uid(uidText != nullptr ? uidKey(*uidText) : std::string_view());
   const auto fingerprint = contentFingerprint(card.properties, card.photo);
-  const auto match = uid.empty() ? matchByContent(card, fingerprint) : matchByUid(card, uid);
+  const auto match =
+      uid.empty() ? matchByContent(card, fingerprint) : matchByUid(card, uid, fingerprint);
 
   ++counted_.cards;
   if (!card.repairs.empty()) ++counted_.repaired;
@@ -106,7 +106,7 @@ void PersonImport::add(const std::string& file, Card card) {
     ++counted_.skipped;
     counted_.addProblem(file, card.line, "differs from the person with the same UID; not updated");
   } else {
-    replace(*match, std::move(card));
+    replace(*match, std::move(card), fingerprint);
   }
 }
 
@@ -121,21 +121,22 @@ void PersonImport::append(Card card, std::string_view uid, std::uint64_t fingerp
   batchByContent_.emplace(fingerprint, index);
   if (startedEmpty_) addedHashes_.insert(fingerprint);
   batch_.additions.push_back({RecordKey::make(RecordKind::Person), RecordKind::Person, container_,
-                              std::move(card.properties), std::move(card.photo)});
+                              std::move(card.properties), std::move(card.photo), fingerprint});
 }
 
-void PersonImport::replace(const Match& match, Card card) {
+void PersonImport::replace(const Match& match, Card card, std::uint64_t fingerprint) {
   ++counted_.updated;
   batchBytes_ += roughSize(card);
-  if (startedEmpty_) addedHashes_.insert(contentFingerprint(card.properties, card.photo));
+  if (startedEmpty_) addedHashes_.insert(fingerprint);
   if (match.stored) {
     batchReplaced_.insert(match.key);
     batch_.replacements.push_back({match.key, std::move(card.properties), std::move(card.photo)});
   } else {
     auto& record = batch_.additions[match.addition];
-    batchByContent_.emplace(contentFingerprint(card.properties, card.photo), match.addition);
+    batchByContent_.emplace(fingerprint, match.addition);
     record.properties = std::move(card.properties);
     record.image = std::move(card.photo);
+    record.fingerprint = fingerprint;
   }
 }
 

@@ -12,7 +12,8 @@
 
 namespace ox::vcard {
 
-// The records of a container that bear that card UID, with or without "urn:uuid:".
+// The records of a container that bear that card UID, with or without "urn:uuid:"; else the one
+// that an export gives that UID because it has no other (uidOfRecord).
 RecordKeys recordsWithUid(ContactSource& source, const std::string& container, RecordKind kind,
                           std::string_view uid);
 
@@ -20,7 +21,7 @@ RecordKeys recordsWithUid(ContactSource& source, const std::string& container, R
 // Borrows what it is given for its whole life. Throws what the store throws.
 class PersonImport {
  public:
-  static constexpr std::size_t kBatchCards = 1000;
+  static constexpr std::size_t kBatchCards = 5000;
   static constexpr std::size_t kBatchBytes = 64U << 20U;
 
   PersonImport(ContactSource& source, std::string container, const ImportOptions& options,
@@ -40,11 +41,12 @@ class PersonImport {
     bool sameContent = false;
   };
 
-  std::optional<Match> matchByUid(const Card& card, std::string_view uid);
+  std::optional<Match> matchByUid(const Card& card, std::string_view uid,
+                                  std::uint64_t fingerprint);
   std::optional<Match> matchByContent(const Card& card, std::uint64_t fingerprint);
   bool storeMayHold(std::uint64_t hash) const;
   void append(Card card, std::string_view uid, std::uint64_t fingerprint);
-  void replace(const Match& match, Card card);
+  void replace(const Match& match, Card card, std::uint64_t fingerprint);
 
   ContactSource& source_;
   std::string container_;

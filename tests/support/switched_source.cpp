@@ -227,6 +227,12 @@ Data SwitchedSource::committedImage(const RecordKey& key) {
   return real_->committedImage(key);
 }
 
+std::uint64_t SwitchedSource::committedFingerprint(const RecordKey& key) {
+  enterContainerView(&SourceCounts::committedFingerprint);
+  if (isIn(&SwitchedSource::hiddenFromContainers_, key.text())) return 0;
+  return real_->committedFingerprint(key);
+}
+
 bool SwitchedSource::execute(SaveRequest& request) {
   enterContainerView(&SourceCounts::execute);
   return real_->execute(request);

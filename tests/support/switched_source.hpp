@@ -35,6 +35,7 @@ struct SourceCounts {
   std::uint64_t recordsIn = 0;
   std::uint64_t committedValues = 0;
   std::uint64_t committedImage = 0;
+  std::uint64_t committedFingerprint = 0;
   std::uint64_t execute = 0;
   std::uint64_t recordsWithCardUid = 0;
   std::uint64_t recordsWithFingerprint = 0;
@@ -88,6 +89,7 @@ class SwitchedSource : public ContactSource {
   RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind) override;
   std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) override;
   Data committedImage(const RecordKey& key) override;
+  std::uint64_t committedFingerprint(const RecordKey& key) override;
   bool execute(SaveRequest& request) override;
   RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
                                 std::string_view uid) override;

@@ -103,7 +103,7 @@ TEST(Links, AreRefusedTwiceAcrossContainersAndInACircle) {
   EXPECT_FALSE(group("g3")->addSubgroup(group("g1")));
   EXPECT_FALSE(group("g1")->removeMember(person("a1")));
   EXPECT_FALSE(group("g1")->addMember(nullptr));
-  EXPECT_EQ(failures::snapshot().refusals, 6U);
+  EXPECT_EQ(failures::snapshot().refusals, 5U) << "taking away what is not there is none";
   EXPECT_EQ(ids(group("g3")->subgroups()), "");
 }
 

@@ -96,6 +96,39 @@ TEST(RecordView, TakesWhatIsVisibleAlreadyForNoChange) {
   EXPECT_FALSE(book()->hasUnsavedChanges());
 }
 
+TEST(RecordView, TakesAnEqualMultiValueWithNewIdentifiersForNoChange) {
+  StoreBuilder().person("p1", {.phones = {{"a", "1"}, {"b", "2", true}}});
+  const auto person = personNamed("p1");
+  const auto phones = [](bool firstIsMain) {
+    MultiValue values;
+    const auto first = values.add("1", "a");
+    const auto second = values.add("2", "b");
+    values.primary = firstIsMain ? first : second;
+    return std::make_shared<const MultiValue>(values);
+  };
+  EXPECT_TRUE(person->setValue_forProperty(phones(false), kABPhoneProperty));
+  EXPECT_FALSE(book()->hasUnsavedChanges());
+  EXPECT_TRUE(person->setValue_forProperty(phones(true), kABPhoneProperty));
+  EXPECT_TRUE(book()->hasUnsavedChanges());
+  EXPECT_TRUE(person->setValue_forProperty(phones(false), kABPhoneProperty));
+  EXPECT_FALSE(book()->hasUnsavedChanges());
+}
+
+TEST(RecordView, ReadsRecordsOneAfterAnotherAndADamagedOneAmongThemAlone) {
+  StoreBuilder().persons("p", 100);
+  {
+    sqlite::Connection file(support::StoreEnvironment::instance().contactStore().string(),
+                            sqlite::Connection::Mode::ReadWrite);
+    file.execute("UPDATE content SET properties = x'00' WHERE record = 50");
+  }
+  int read = 0;
+  for (const auto& person : book()->people()) {
+    if (textOf(*person, kABFirstNameProperty) == person->uniqueId()) ++read;
+  }
+  EXPECT_EQ(read, 99);
+  EXPECT_EQ(failures::snapshot().failures, 1U);
+}
+
 TEST(RecordView, RevertsToWhatWasSaved) {
   StoreBuilder().person("p1", {.first = "Ann"}).person("p2");
   const auto person = personNamed("p1");

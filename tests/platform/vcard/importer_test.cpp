@@ -54,7 +54,7 @@ TEST(Importer, CountsEveryCardOnceWhereverTheFileIsCut) {
   }
 }
 
-TEST(Importer, WritesAThousandCardsAtATimeAndAsksTheEmptyStoreNothing) {
+TEST(Importer, WritesFiveThousandCardsAtATimeAndAsksTheEmptyStoreNothing) {
   auto& source = SwitchedSource::install();
   std::uint64_t lastDone = 0;
   ImportOptions options;
@@ -63,16 +63,16 @@ TEST(Importer, WritesAThousandCardsAtATimeAndAsksTheEmptyStoreNothing) {
     EXPECT_LE(done, total);
     lastDone = done;
   };
-  const auto text = manyCards(2500);
+  const auto text = manyCards(12500);
   const auto file = temporaryFile("many.vcf", text);
-  EXPECT_EQ(countsOf(importFiles({file}, "_local", options)), "2500 = 2500 + 0 + 0 + 0 + 0");
+  EXPECT_EQ(countsOf(importFiles({file}, "_local", options)), "12500 = 12500 + 0 + 0 + 0 + 0");
   const auto counts = source.counts();
   EXPECT_EQ(counts.execute, 3U);
   EXPECT_EQ(counts.recordsWithCardUid, 0U);
   EXPECT_EQ(counts.recordsWithFingerprint, 0U);
   EXPECT_EQ(counts.checkpoint, 1U);
   EXPECT_EQ(lastDone, text.size());
-  EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "2500 = 0 + 0 + 2500 + 0 + 0");
+  EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "12500 = 0 + 0 + 12500 + 0 + 0");
 }
 
 TEST(Importer, KeepsWhatItCommittedWhenStopped) {
@@ -81,10 +81,10 @@ TEST(Importer, KeepsWhatItCommittedWhenStopped) {
   ImportOptions options;
   options.stop = &stop;
   options.progress = [&](std::uint64_t, std::uint64_t) { stop = true; };
-  const auto report = importFiles({temporaryFile("many.vcf", manyCards(2500))}, "_local", options);
+  const auto report = importFiles({temporaryFile("many.vcf", manyCards(12500))}, "_local", options);
   EXPECT_TRUE(report.interrupted);
-  EXPECT_EQ(countsOf(report), "1000 = 1000 + 0 + 0 + 0 + 0");
-  EXPECT_EQ(support::realSource().recordsIn("_local", RecordKind::Person).size(), 1000U);
+  EXPECT_EQ(countsOf(report), "5000 = 5000 + 0 + 0 + 0 + 0");
+  EXPECT_EQ(support::realSource().recordsIn("_local", RecordKind::Person).size(), 5000U);
 }
 
 TEST(Importer, SaysWhyTheStoreFailed) {
