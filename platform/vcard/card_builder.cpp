@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/text/utf8.hpp"
 #include "platform/records/property_keys.hpp"
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/decode.hpp"
+#include "platform/vcard/exact_values.hpp"
 #include "platform/vcard/full_name.hpp"
 #include "platform/vcard/kept_lines.hpp"
 
@@ -23,6 +25,14 @@ std::string groupKey(std::string_view group) {
   std::string key(group);
   std::transform(key.begin(), key.end(), key.begin(), upper);
   return key;
+}
+
+// RFC 2426, section 3.5.4.
+bool isNestedText(const ContentLine& line) {
+  if (!isWord(line.name, "AGENT") || line.encoding != Encoding::None) return false;
+  auto value = line.value;
+  if (value.starts_with("\\n")) value.remove_prefix(2);
+  return startsWithWord(value, "BEGIN:VCARD\\N");
 }
 
 bool isCountryCode(std::string_view text) {
@@ -50,7 +60,10 @@ void CardBuilder::start(std::size_t line, const CardFacts& facts) {
   uid_.clear();
   fullName_.clear();
   fullNameLine_.clear();
+  fullNameDerived_ = false;
+  moreFullNames_ = false;
   hasName_ = false;
+  exactValues_.reset();
   unmodelled_.clear();
 }
 
@@ -58,6 +71,8 @@ void CardBuilder::add(const ContentLine& line) {
   bool done = line.row->meaning == Meaning::Version;
   if (line.row->meaning == Meaning::FullName) {
     done = addFullName(line);
+  } else if (line.row->meaning == Meaning::KeptLine) {
+    done = addKeptLine(line);
   } else if (!done && line.row->meaning != Meaning::Unmodelled) {
     done = card_.isGroup ? addGroupLine(line) : addPersonLine(line);
   }
@@ -65,6 +80,11 @@ void CardBuilder::add(const ContentLine& line) {
   if (unmodelled_.empty()) unmodelled_.reserve(4);
   std::string kept;
   appendKept(line, kept);
+  // A nested card is kept in one form, whether its lines stood there or in a text value.
+  if (dialect_ == Dialect::V30 && isNestedText(line)) {
+    kept.resize(kept.size() - line.value.size());
+    kept += text(line);
+  }
   unmodelled_.emplace_back(std::move(kept));
 }
 
@@ -125,6 +145,8 @@ bool CardBuilder::addPersonLine(const ContentLine& line) {
     case Meaning::Label:
     case Meaning::CountryCode:
       return addGroupNote(line);
+    case Meaning::ExactValues:
+      return addExactValues(line);
     default:
       return false;
   }
@@ -136,6 +158,20 @@ std::string CardBuilder::text(const ContentLine& line) const {
 
 void CardBuilder::mend(const ContentLine& line, std::string reason) {
   card_.repairs.push_back({line.number, std::move(reason)});
+}
+
+bool CardBuilder::addExactValues(const ContentLine& line) {
+  if (exactValues_) return false;
+  exactValues_ = readExactValues(line.value);
+  return exactValues_.has_value();
+}
+
+// A line of another card's spelling, wrapped when we wrote it.
+bool CardBuilder::addKeptLine(const ContentLine& line) {
+  auto text = validUtf8(percentDecoded(line.value));
+  if (text.empty()) return false;
+  unmodelled_.emplace_back(std::move(text));
+  return true;
 }
 
 bool CardBuilder::addGroupNote(const ContentLine& line) {
@@ -181,6 +217,7 @@ void CardBuilder::applyNote(const GroupedEntry& entry, GroupNote& note) {
 // Without N the formatted name gives the parts; beside N it is kept when it says something else.
 void CardBuilder::settleNames() {
   const auto& company = single(property_id::kOrganization);
+  if (fullNameDerived_ && !hasName_) return;
   if (!hasName_ && fullName_ != company) {
     const auto parts = partsOfFullName(fullName_);
     single(property_id::kFirst) = parts.first;
@@ -192,7 +229,23 @@ void CardBuilder::settleNames() {
       scratch_);
   const bool told =
       fullName_.empty() || fullName_ == scratch_ || (scratch_.empty() && fullName_ == company);
-  if (!told) unmodelled_.emplace_back(fullNameLine_);
+  if (!told || moreFullNames_) unmodelled_.emplace(unmodelled_.begin(), fullNameLine_);
+}
+
+// Lines in the order of the card, then parameters by what they belong to, so that a card and the
+// one that is written of it give the same.
+void CardBuilder::sortKept() {
+  const auto parametersOf = [](const Object& kept) {
+    return readKeptParameters(*kept.text()).value_or(KeptParameters{});
+  };
+  const auto first = std::stable_partition(
+      unmodelled_.begin(), unmodelled_.end(),
+      [&](const Object& kept) { return parametersOf(kept).parameters.empty(); });
+  std::stable_sort(first, unmodelled_.end(), [&](const Object& a, const Object& b) {
+    const auto left = parametersOf(a);
+    const auto right = parametersOf(b);
+    return std::pair(left.property, left.entry) < std::pair(right.property, right.entry);
+  });
 }
 
 // By rising number, so that every value is appended.
@@ -218,7 +271,7 @@ void CardBuilder::assemblePerson() {
 Card CardBuilder::finish() {
   if (!notes_.empty()) joinGroups();
   if (card_.isGroup) {
-    if (fullName_.empty()) {
+    if (fullName_.empty() || fullNameDerived_) {
       composeFullName({.last = single(property_id::kLast), .first = single(property_id::kFirst)},
                       fullName_);
     }
@@ -229,8 +282,10 @@ Card CardBuilder::finish() {
   }
   if (!uid_.empty()) card_.properties.append(property_id::kCardUid, Object(std::move(uid_)));
   if (!unmodelled_.empty()) {
+    if (unmodelled_.size() > 1) sortKept();
     card_.properties.append(property_id::kUnmodelledLines, Object(std::move(unmodelled_)));
   }
+  if (exactValues_) takeExactValues(*exactValues_, card_.properties);
   return std::move(card_);
 }
 

@@ -75,6 +75,8 @@ class CardBuilder {
   bool addSocialProfile(const ContentLine& line);
   bool addRelated(const ContentLine& line);
   bool addGroupNote(const ContentLine& line);
+  bool addExactValues(const ContentLine& line);
+  bool addKeptLine(const ContentLine& line);
 
   std::optional<Date> readDate(const ContentLine& line);
   void addEntry(PropertyId property, Object value, const ContentLine& line, EntryExtras extras);
@@ -89,6 +91,7 @@ class CardBuilder {
   void applyNote(const GroupedEntry& entry, GroupNote& note);
   void settleNames();
   void assemblePerson();
+  void sortKept();
 
   Card card_;
   Dialect dialect_ = Dialect::V30;
@@ -100,7 +103,10 @@ class CardBuilder {
   std::string uid_;
   std::string fullName_;
   std::string fullNameLine_;
+  bool fullNameDerived_ = false;  // made of something that is no name
+  bool moreFullNames_ = false;
   bool hasName_ = false;
+  std::optional<PropertyBag> exactValues_;
   Array unmodelled_;
 
   TypeWords types_;

@@ -9,6 +9,9 @@
 namespace ox::vcard {
 namespace {
 
+// What programs write where they cannot leave the year out.
+constexpr std::int16_t kNoYear = 1604;
+
 constexpr std::array<std::string_view, 12> kMonths = {
     "JANUARY", "FEBRUARY", "MARCH",     "APRIL",   "MAY",      "JUNE",
     "JULY",    "AUGUST",   "SEPTEMBER", "OCTOBER", "NOVEMBER", "DECEMBER"};
@@ -93,10 +96,74 @@ std::optional<Date> readUnusual(std::string_view text) {
   return dayFirst ? dayFirst : monthFirst;
 }
 
+void appendDigits(int number, int count, std::string& text) {
+  std::array<char, 4> digits{};
+  for (int i = count - 1; i >= 0; --i, number /= 10) {
+    digits[static_cast<std::size_t>(i)] = static_cast<char>('0' + number % 10);
+  }
+  text.append(digits.data(), static_cast<std::size_t>(count));
+}
+
+// RFC 6350, section 4.3.1: the basic form, but for year and month, which would be taken for a day.
+void appendTruncated(const Date& date, std::string& text) {
+  if (date.year) {
+    appendDigits(*date.year, 4, text);
+  } else if (date.month || date.day) {
+    text += "--";
+  }
+  if (date.month) {
+    if (date.year && !date.day) text += '-';
+    appendDigits(*date.month, 2, text);
+  } else if (!date.year && date.day) {
+    text += '-';
+  }
+  if (date.day) appendDigits(*date.day, 2, text);
+}
+
+void appendTime(const Date& date, std::string_view separator, std::string& text) {
+  const int leap = *date.secondOfDay == 86400 ? 1 : 0;  // 23:59:60, not 24:00:00
+  const int second = *date.secondOfDay - leap;
+  appendDigits(second / 3600, 2, text += 'T');
+  appendDigits(second / 60 % 60, 2, text += separator);
+  appendDigits(second % 60 + leap, 2, text += separator);
+  if (!date.utcOffsetMinutes) return;
+  const int offset = *date.utcOffsetMinutes;
+  if (offset == 0) {
+    text += 'Z';
+    return;
+  }
+  text += offset < 0 ? '-' : '+';
+  const int minutes = offset < 0 ? -offset : offset;
+  appendDigits(minutes / 60, 2, text);
+  appendDigits(minutes % 60, 2, text += separator);
+}
+
 }  // namespace
 
+std::optional<DateSpelling> spellCardDate(const Date& date, bool truncated) {
+  if (!date.isValid()) return std::nullopt;
+  DateSpelling spelling;
+  const bool wholeDay = date.month && date.day;
+  spelling.isExact =
+      (date.secondOfDay || !date.utcOffsetMinutes) && (date.year != kNoYear || !date.month);
+  if (!truncated) {
+    if (!wholeDay) return std::nullopt;
+    spelling.omitsYear = !date.year;
+    appendDigits(date.year.value_or(kNoYear), 4, spelling.text);
+    appendDigits(*date.month, 2, spelling.text += '-');
+    appendDigits(*date.day, 2, spelling.text += '-');
+  } else {
+    appendTruncated(date, spelling.text);
+    if (date.secondOfDay && !spelling.text.empty() && !date.day) {
+      spelling.isExact = false;
+      return spelling;
+    }
+  }
+  if (date.secondOfDay) appendTime(date, truncated ? "" : ":", spelling.text);
+  return spelling;
+}
+
 std::optional<CardDate> readCardDate(std::string_view text, std::string_view omittedYear) {
-  constexpr std::int16_t kNoYear = 1604;
   text = trimmed(text);
   auto date = Date::fromText(text);
   const bool mended = !date;

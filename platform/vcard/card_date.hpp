@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "base/date.hpp"
@@ -18,5 +19,14 @@ struct CardDate {
 // "June 12, 1999", "12 June 1999". The year 1604 stands for no year, and so does `omittedYear`, the
 // value of X-APPLE-OMIT-YEAR. Missing when the text is no such date.
 std::optional<CardDate> readCardDate(std::string_view text, std::string_view omittedYear);
+
+// A date as a card writes it: in vCard 3.0 "1990-05-17", in 4.0 "19900517" or truncated.
+struct DateSpelling {
+  std::string text;
+  bool omitsYear = false;  // the year is 1604 and X-APPLE-OMIT-YEAR has to say so
+  bool isExact = true;     // reading it gives the same date
+};
+// Missing when the version has no form for it: vCard 3.0 wants month and day.
+std::optional<DateSpelling> spellCardDate(const Date& date, bool truncated);
 
 }  // namespace ox::vcard

@@ -68,6 +68,28 @@ void appendWithEscapedBreaks(std::string_view value, std::string& out) {
   }
 }
 
+// True for a head that vCard 3.0 and 4.0 spell the same way.
+bool isKeptAsItStands(const ContentLine& line) {
+  if (!line.charset.empty() || line.encoding == Encoding::QuotedPrintable) return false;
+  return std::all_of(line.parameters.begin(), line.parameters.end(), [](const Parameter& each) {
+    return !each.name.empty() && (each.kind != ParameterKind::Encoding || each.value == "b");
+  });
+}
+
+void appendKeptHead(const ContentLine& line, std::string& out) {
+  if (!line.group.empty()) out.append(line.group) += '.';
+  out.append(line.name);
+  for (const auto& parameter : line.parameters) {
+    if (parameter.kind == ParameterKind::Encoding || parameter.kind == ParameterKind::Charset) {
+      continue;
+    }
+    (out += ';').append(parameter.name.empty() ? "TYPE" : parameter.name) += '=';
+    out.append(parameter.value);
+  }
+  if (line.encoding == Encoding::Base64) out += ";ENCODING=b";
+  out += ':';
+}
+
 }  // namespace
 
 void CardLines::start(RawCard& card, const CardFacts& facts, bool trustBytes) {
@@ -194,6 +216,21 @@ void CardLines::joinNested() {
   text_ = joined_;
 }
 
+// True when a content line starts at that physical line; its head may be folded itself.
+bool CardLines::startsLine(std::size_t index) const {
+  ContentLine other;
+  const auto line = card_->lineAt(index);
+  if (parseHead(line, other) != npos) return true;
+  constexpr std::size_t kLongestHead = 2000;
+  std::string head(line.substr(0, kLongestHead));
+  while (++index < card_->lines.size() && continues(card_->lineAt(index)) &&
+         head.size() < kLongestHead) {
+    head.append(card_->lineAt(index).substr(1));
+    if (parseHead(head, other) != npos) return true;
+  }
+  return false;
+}
+
 // A line of full length whose continuation lost its leading blank.
 void CardLines::joinBrokenFold() {
   constexpr std::size_t kShortestFull = 70;
@@ -202,8 +239,7 @@ void CardLines::joinBrokenFold() {
   if (last < kShortestFull || last > kLongestFull) return;
   const auto line = card_->lineAt(next_);
   if (isBlankLine(line)) return;
-  ContentLine other;
-  if (line.front() == '#' || parseHead(line, other) != npos) return;
+  if (line.front() == '#' || startsLine(next_)) return;
   mend(next_, "line without a name, joined to the line before it");
   if (text_.data() != joined_.data()) joined_.assign(text_);
   joined_.append(line);
@@ -265,28 +301,19 @@ void CardLines::mend(std::size_t index, std::string reason) {
 
 void appendKept(const ContentLine& line, std::string& out) {
   out.reserve(out.size() + line.head.size() + line.value.size() + 1);
-  if (line.encoding == Encoding::Base64) {
+  if (isKeptAsItStands(line)) {
     out.append(line.head) += ':';
+  } else {
+    appendKeptHead(line, out);
+  }
+  if (line.encoding == Encoding::Base64) {
     std::copy_if(line.value.begin(), line.value.end(), std::back_inserter(out),
                  [](char c) { return !isBlank(c); });
-    return;
+  } else if (line.encoding == Encoding::QuotedPrintable || !line.charset.empty()) {
+    appendWithEscapedBreaks(line.value, out);
+  } else {
+    out.append(line.value);
   }
-  if (line.encoding == Encoding::None && line.charset.empty()) {
-    (out.append(line.head) += ':').append(line.value);
-    return;
-  }
-  if (!line.group.empty()) out.append(line.group) += '.';
-  out.append(line.name);
-  for (const auto& parameter : line.parameters) {
-    if (parameter.kind == ParameterKind::Encoding || parameter.kind == ParameterKind::Charset) {
-      continue;
-    }
-    out += ';';
-    if (!parameter.name.empty()) out.append(parameter.name) += '=';
-    out.append(parameter.value);
-  }
-  out += ':';
-  appendWithEscapedBreaks(line.value, out);
 }
 
 }  // namespace ox::vcard

@@ -35,6 +35,7 @@ class CardLines {
   void unfold(std::size_t index);
   void joinSoftBreaks();
   void joinBase64();
+  bool startsLine(std::size_t index) const;
   void joinBrokenFold();
   void decodeValue();
   std::string toUtf8(std::string_view bytes, std::string_view charset);
@@ -57,7 +58,8 @@ class CardLines {
 };
 
 // Appends the line as it is kept when nothing models it: unfolded, without quoted-printable and
-// CHARSET (line feeds become \n again), base64 without blanks.
+// CHARSET (line feeds become \n again), base64 without blanks, the bare words and encodings of
+// vCard 2.1 as 3.0 writes them.
 void appendKept(const ContentLine& line, std::string& out);
 
 }  // namespace ox::vcard

@@ -1,4 +1,3 @@
-#include <array>
 #include <utility>
 
 #include "platform/records/property_keys.hpp"
@@ -6,50 +5,13 @@
 #include "platform/vcard/card_builder.hpp"
 #include "platform/vcard/decode.hpp"
 #include "platform/vcard/kept_lines.hpp"
+#include "platform/vcard/services.hpp"
 
 // The lines of a card that become entries of a multi-value. Every function is false when the line
 // has to be kept as it is.
 
 namespace ox::vcard {
 namespace {
-
-struct ServiceRow {
-  std::string_view text;  // upper case: a scheme of IMPP, or how programs name the service
-  std::string_view service;
-};
-
-constexpr std::array kServices = {
-    ServiceRow{"AIM", kABInstantMessageServiceAIM},
-    ServiceRow{"FACEBOOK", kABInstantMessageServiceFacebook},
-    ServiceRow{"FB", kABInstantMessageServiceFacebook},
-    ServiceRow{"GADUGADU", kABInstantMessageServiceGaduGadu},
-    ServiceRow{"GADU-GADU", kABInstantMessageServiceGaduGadu},
-    ServiceRow{"GG", kABInstantMessageServiceGaduGadu},
-    ServiceRow{"GTALK", kABInstantMessageServiceGoogleTalk},
-    ServiceRow{"GOOGLETALK", kABInstantMessageServiceGoogleTalk},
-    ServiceRow{"GOOGLE TALK", kABInstantMessageServiceGoogleTalk},
-    ServiceRow{"ICQ", kABInstantMessageServiceICQ},
-    ServiceRow{"XMPP", kABInstantMessageServiceJabber},
-    ServiceRow{"JABBER", kABInstantMessageServiceJabber},
-    ServiceRow{"MSN", kABInstantMessageServiceMSN},
-    ServiceRow{"MSNIM", kABInstantMessageServiceMSN},
-    ServiceRow{"QQ", kABInstantMessageServiceQQ},
-    ServiceRow{"MQQ", kABInstantMessageServiceQQ},
-    ServiceRow{"SKYPE", kABInstantMessageServiceSkype},
-    ServiceRow{"YMSGR", kABInstantMessageServiceYahoo},
-    ServiceRow{"YAHOO", kABInstantMessageServiceYahoo},
-};
-
-// The scheme of accounts at a service that has none of its own.
-constexpr std::string_view kAnyService = "X-APPLE";
-
-// Empty when the text names no service that has a constant.
-std::string_view knownService(std::string_view text) {
-  for (const auto& row : kServices) {
-    if (isWord(text, row.text)) return row.service;
-  }
-  return {};
-}
 
 Dictionary account(std::string user, std::string_view service) {
   Dictionary dictionary;

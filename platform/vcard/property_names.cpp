@@ -67,6 +67,8 @@ constexpr std::array kRows = {
     PropertyRow{"X-ADDRESSBOOKSERVER-MEMBER", Member},
     PropertyRow{"X-ABLABEL", Label},
     PropertyRow{"X-ABADR", CountryCode},
+    PropertyRow{"X-OX-PROPERTY", ExactValues},
+    PropertyRow{"X-OX-LINE", KeptLine},
 };
 
 constexpr PropertyRow kUnknown{"", Unmodelled};

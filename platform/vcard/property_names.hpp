@@ -34,6 +34,8 @@ enum class Meaning : std::uint8_t {
   Member,
   Label,        // X-ABLabel
   CountryCode,  // X-ABADR
+  ExactValues,  // X-OX-PROPERTY, see exact_values.hpp
+  KeptLine,     // X-OX-LINE
 };
 
 struct PropertyRow {

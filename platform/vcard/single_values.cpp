@@ -41,6 +41,16 @@ bool hasType(const ContentLine& line, std::string_view wanted) {
   return found;
 }
 
+// RFC 9554, section 4.3: what the line says is made of other lines. vCard 3.0 has no such
+// parameter.
+bool isDerived(const ContentLine& line) {
+  for (const auto& parameter : line.parameters) {
+    const bool named = isWord(parameter.name, "DERIVED") || isWord(parameter.name, "X-DERIVED");
+    if (named && isWord(parameter.value, "TRUE")) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 bool CardBuilder::addName(const ContentLine& line) {
@@ -73,8 +83,12 @@ bool CardBuilder::addName(const ContentLine& line) {
 }
 
 bool CardBuilder::addFullName(const ContentLine& line) {
-  if (!fullName_.empty()) return false;
+  if (!fullName_.empty()) {
+    moreFullNames_ = true;
+    return false;
+  }
   fullName_ = text(line);
+  fullNameDerived_ = isDerived(line);
   fullNameLine_.clear();
   appendKept(line, fullNameLine_);
   return true;

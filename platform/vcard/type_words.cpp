@@ -49,6 +49,30 @@ constexpr std::array kPlaceLabels = {
     LabelRow{kOther, kABOtherLabel, kOther},
 };
 
+struct ParametersRow {
+  std::string_view label;
+  std::string_view upperCase;
+  std::string_view lowerCase;
+  std::uint32_t words;
+  bool ofPhonesOnly = true;
+};
+
+constexpr std::array kLabelParameters = {
+    ParametersRow{kABHomeLabel, ";TYPE=HOME", ";TYPE=home", kHome, false},
+    ParametersRow{kABWorkLabel, ";TYPE=WORK", ";TYPE=work", kWork, false},
+    ParametersRow{kABOtherLabel, ";TYPE=OTHER", "", kOther, false},
+    ParametersRow{kABPhoneMobileLabel, ";TYPE=CELL", ";TYPE=cell", kCell},
+    ParametersRow{kABPhoneiPhoneLabel, ";TYPE=IPHONE;TYPE=CELL", "", kIPhone | kCell},
+    ParametersRow{kABPhoneMainLabel, ";TYPE=MAIN", "", kMain},
+    ParametersRow{kABPhoneHomeFAXLabel, ";TYPE=HOME;TYPE=FAX", ";TYPE=home;TYPE=fax", kHome | kFax},
+    ParametersRow{kABPhoneWorkFAXLabel, ";TYPE=WORK;TYPE=FAX", ";TYPE=work;TYPE=fax", kWork | kFax},
+    ParametersRow{kOtherFaxLabel, ";TYPE=FAX", ";TYPE=fax", kFax},
+    ParametersRow{kABPhonePagerLabel, ";TYPE=PAGER", ";TYPE=pager", kPager},
+};
+
+// The relations that RFC 6350, section 6.6.6, has a word for come first.
+constexpr std::size_t kStandardRelations = 4;
+
 struct RelationRow {
   std::string_view word;
   std::string_view label;
@@ -118,6 +142,24 @@ TypeLabel typeLabel(PropertyId property, std::uint32_t known) {
 std::string_view relationLabel(std::string_view word) {
   for (const auto& row : kRelations) {
     if (isWord(word, row.word)) return row.label;
+  }
+  return {};
+}
+
+LabelParameters labelParameters(PropertyId property, std::string_view label, bool lowerCase) {
+  for (const auto& row : kLabelParameters) {
+    if (row.label != label || (row.ofPhonesOnly && property != property_id::kPhone)) continue;
+    const auto parameters = lowerCase ? row.lowerCase : row.upperCase;
+    return {parameters, parameters.empty() ? 0 : row.words};
+  }
+  return {};
+}
+
+std::string_view relationWord(std::string_view label) {
+  constexpr std::array<std::string_view, kStandardRelations> kWordsOfRelations = {
+      "spouse", "child", "parent", "friend"};
+  for (std::size_t i = 0; i < kStandardRelations; ++i) {
+    if (kRelations[i].label == label) return kWordsOfRelations[i];
   }
   return {};
 }

@@ -40,6 +40,18 @@ struct TypeLabel {
 };
 TypeLabel typeLabel(PropertyId property, std::uint32_t known);
 
+// The TYPE parameters that give an entry of that property its label, and their words as bits; no
+// parameters when TYPE cannot say it. Of vCard 4.0 (`lowerCase`) only words that RFC 6350, section
+// 5.6, knows, in lower case.
+struct LabelParameters {
+  std::string_view parameters;
+  std::uint32_t words = 0;
+};
+LabelParameters labelParameters(PropertyId property, std::string_view label, bool lowerCase);
+
+// The word of RELATED for a relation's label; empty when RFC 6350 has none.
+std::string_view relationWord(std::string_view label);
+
 // The label of a relation that RELATED names (RFC 6350, section 6.6.6); empty when there is none.
 std::string_view relationLabel(std::string_view word);
 

@@ -19,7 +19,7 @@ TEST(CardCharset, ParameterDecidesInEveryVersion) {
   EXPECT_EQ(textOfCard("2.1", "NOTE;CHARSET=x-no-such:ü\n"), "Note=ü\n");
   EXPECT_EQ(
       textOfCard("2.1", "LABEL;HOME;CHARSET=ISO-8859-1;ENCODING=QUOTED-PRINTABLE:=FC=0D=0Ab\n"),
-      "kept=LABEL;HOME:ü\\nb\n");
+      "kept=LABEL;TYPE=HOME:ü\\nb\n");
 }
 
 TEST(CardCharset, RawBytesAreReadAsTheCardOrTheFileNames) {

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/vcard/full_name.hpp"
+#include "platform/vcard/kept_texts.hpp"
+#include "platform/vcard/line_writer.hpp"
+#include "platform/vcard/writer.hpp"
+
+namespace ox::vcard {
+
+// Writes one card. Borrows what it is given; one thread at a time. While it writes it notes which
+// values its lines do not give exactly.
+class CardWriter {
+ public:
+  CardWriter(const PropertyBag& properties, const WriteOptions& options, std::string& out);
+
+  void person(const Data& photo);
+  void group(const std::vector<std::string>& members);
+
+ private:
+  static constexpr PropertyId kFirstMulti = property_id::kPhone;
+  static constexpr std::size_t kMultiCount = 8;
+
+  // The head of an entry's line, as it was started.
+  struct Head {
+    std::size_t item = 0;    // 0: the line has no group
+    std::string_view label;  // that X-ABLabel has to give
+  };
+  // An entry of a multi-value on its way out.
+  struct Entry {
+    PropertyId property = 0;
+    const MultiEntry* held = nullptr;
+    bool isPrimary = false;
+    std::string kept;  // its parameters
+  };
+
+  bool is30() const { return options_.version == CardVersion::V30; }
+  void notExact(PropertyId property);
+  // The single text of that property, borrowed; empty when there is none. Notes what is not exact.
+  std::string_view textOf(PropertyId property);
+
+  void begin();
+  void end();
+  void uid();
+  void keptLines();
+  void keptParameters();
+  void wrapped(std::string_view line);
+  void exactValues();
+
+  void names();
+  void fullName(const NameParts& parts);
+  std::string_view nameInstead();
+  void singleText(PropertyId property, std::string_view name);
+  void organization();
+  void birthday();
+  void photo(const Data& bytes);
+  // The kept parameters of a single value.
+  void ownParameters(PropertyId property);
+
+  void multi(PropertyId property);
+  bool entry(const Entry& entry);
+  bool simple(const Entry& entry, std::string_view name, std::string_view scheme);
+  bool date(const Entry& entry);
+  bool address(const Entry& entry);
+  bool message(const Entry& entry);
+  bool socialProfile(const Entry& entry);
+  bool related(const Entry& entry);
+  // Group, name, label and preference, kept parameters. `forceItem`: more lines belong to it.
+  // `labelled`: something else in the line gives the label already.
+  Head startEntry(const Entry& entry, std::string_view name, bool forceItem = false,
+                  bool labelled = false);
+  void endEntry(const Entry& entry, const Head& head);
+
+  const PropertyBag& properties_;
+  const WriteOptions& options_;
+  std::string& out_;
+  LineWriter line_;
+  KeptTexts kept_;
+
+  std::array<const PropertyValue*, property_id::kOtherDates + 1> values_{};
+  std::array<std::string, property_id::kNote + 1> cleaned_;  // texts that had to be changed
+  std::vector<PropertyId> inexact_;
+  std::vector<std::string> entryParameters_;  // kept ones of entries, for lines of their own
+  std::size_t nextItem_;
+  bool anniversaryWritten_ = false;
+  std::string scratch_;
+};
+
+}  // namespace ox::vcard

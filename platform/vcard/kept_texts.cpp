@@ -1,0 +1,160 @@
+#include "platform/vcard/kept_texts.hpp"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <utility>
+
+#include "platform/vcard/ascii.hpp"
+
+namespace ox::vcard {
+namespace {
+
+bool isControl(char c) {
+  return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
+}
+
+bool isNameLetter(char c) {
+  return isLetter(c) || isDigit(c) || c == '-';
+}
+
+// The length of the name at the front of the text.
+std::size_t nameLength(std::string_view text) {
+  std::size_t at = 0;
+  while (at < text.size() && isNameLetter(text[at])) ++at;
+  return at;
+}
+
+struct Name {
+  std::string_view group;
+  std::string_view name;
+  std::size_t end = 0;  // 0: the line starts with no name
+};
+
+Name nameOf(std::string_view line) {
+  Name result;
+  std::size_t length = nameLength(line);
+  std::size_t start = 0;
+  if (length > 0 && length < line.size() && line[length] == '.') {
+    result.group = line.substr(0, length);
+    start = length + 1;
+    length = nameLength(line.substr(start));
+  }
+  if (length == 0) return {};
+  result.name = line.substr(start, length);
+  result.end = start + length;
+  return result;
+}
+
+// Names that say nothing beside what properties give, or that the version does not know.
+struct Refused {
+  std::string_view name;
+  bool in30;
+  bool in40;
+};
+
+constexpr std::array kRefused = {
+    Refused{"BEGIN", true, true},         Refused{"END", true, true},
+    Refused{"VERSION", true, true},       Refused{"N", true, true},
+    Refused{"UID", true, true},           Refused{"BDAY", true, true},
+    Refused{"ANNIVERSARY", true, true},   Refused{"MEMBER", true, true},
+    Refused{"AGENT", false, true},        Refused{"X-OX-LINE", true, true},
+    Refused{"X-OX-PROPERTY", true, true},
+};
+
+// The end of one parameter value: in quotes, or without anything that would need them. npos when it
+// is neither.
+std::size_t endOfValue(std::string_view text, std::size_t at) {
+  constexpr auto npos = std::string_view::npos;
+  if (at < text.size() && text[at] == '"') {
+    const auto close = text.find('"', at + 1);
+    if (close == npos) return npos;
+    const auto inside = text.substr(at, close - at);
+    return std::any_of(inside.begin(), inside.end(), isControl) ? npos : close + 1;
+  }
+  while (at < text.size() && text[at] != ',' && text[at] != ';' && text[at] != ':') {
+    if (text[at] == '"' || isControl(text[at])) return npos;
+    ++at;
+  }
+  return at;
+}
+
+// The end of the parameters at that place; npos when they are not well-formed.
+std::size_t endOfParameters(std::string_view text, std::size_t at, CardVersion version) {
+  constexpr auto npos = std::string_view::npos;
+  while (at < text.size() && text[at] == ';') {
+    const auto name = text.substr(at + 1, nameLength(text.substr(at + 1)));
+    at += 1 + name.size();
+    if (name.empty() || at == text.size() || text[at] != '=') return npos;
+    if (version == CardVersion::V40 && (isWord(name, "ENCODING") || isWord(name, "CHARSET"))) {
+      return npos;
+    }
+    do {
+      at = endOfValue(text, at + 1);
+      if (at == npos) return npos;
+    } while (at < text.size() && text[at] == ',');
+  }
+  return at;
+}
+
+bool byOwner(const KeptParameters& a, const KeptParameters& b) {
+  return std::pair(a.property, a.entry) < std::pair(b.property, b.entry);
+}
+
+}  // namespace
+
+KeptTexts::KeptTexts(const PropertyBag& properties) {
+  const auto* held = properties.find(property_id::kUnmodelledLines);
+  if (held == nullptr) return;
+  const auto* single = std::get_if<Object>(held);
+  const auto* texts = single != nullptr ? single->array() : nullptr;
+  if (texts == nullptr) return;
+  for (const auto& element : *texts) {
+    const auto* text = element.text();
+    if (text == nullptr || text->empty()) continue;
+    if (const auto parameters = readKeptParameters(*text)) {
+      parameters_.push_back(*parameters);
+      continue;
+    }
+    const auto name = nameOf(*text);
+    if (fullNameLine_.empty() && isWord(name.name, "FN")) {
+      fullNameLine_ = *text;
+      continue;
+    }
+    lines_.emplace_back(*text);
+    constexpr std::string_view kItem = "ITEM";
+    if (!startsWithWord(name.group, kItem)) continue;
+    const auto digits = name.group.substr(kItem.size());
+    std::uint32_t number = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    firstFreeItem_ = std::max<std::size_t>(firstFreeItem_, std::size_t{number} + 1);
+  }
+  if (parameters_.size() > 1) std::stable_sort(parameters_.begin(), parameters_.end(), byOwner);
+}
+
+std::span<const KeptParameters> KeptTexts::parametersOf(PropertyId property,
+                                                        std::uint64_t entry) const {
+  const auto [first, last] = std::equal_range(parameters_.begin(), parameters_.end(),
+                                              KeptParameters{property, entry, {}}, byOwner);
+  return {first, last};
+}
+
+bool isAdmitted(std::string_view line, CardVersion version) {
+  const auto name = nameOf(line);
+  if (name.end == 0) return false;
+  for (const auto& refused : kRefused) {
+    if ((version == CardVersion::V30 ? refused.in30 : refused.in40) &&
+        isWord(name.name, refused.name)) {
+      return false;
+    }
+  }
+  const auto colon = endOfParameters(line, name.end, version);
+  if (colon == std::string_view::npos || colon >= line.size() || line[colon] != ':') return false;
+  return std::none_of(line.begin() + static_cast<std::ptrdiff_t>(colon), line.end(), isControl);
+}
+
+bool areAdmitted(std::string_view parameters, CardVersion version) {
+  return endOfParameters(parameters, 0, version) == parameters.size();
+}
+
+}  // namespace ox::vcard

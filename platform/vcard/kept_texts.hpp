@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/records/property_bag.hpp"
+#include "platform/vcard/kept_lines.hpp"
+#include "platform/vcard/writer.hpp"
+
+namespace ox::vcard {
+
+// What a record keeps beside its properties, sorted out for a writer. Borrows the bag.
+class KeptTexts {
+ public:
+  explicit KeptTexts(const PropertyBag& properties);
+
+  // The first FN line; empty without one.
+  std::string_view fullNameLine() const { return fullNameLine_; }
+  // Every other line, nested cards included, in order.
+  const std::vector<std::string_view>& lines() const { return lines_; }
+  // By property and entry.
+  const std::vector<KeptParameters>& parameters() const { return parameters_; }
+  // Those of one entry, or of a single value (entry 0).
+  std::span<const KeptParameters> parametersOf(PropertyId property, std::uint64_t entry) const;
+  // The number after the highest "itemN" that a kept line has as its group.
+  std::size_t firstFreeItem() const { return firstFreeItem_; }
+
+ private:
+  std::string_view fullNameLine_;
+  std::vector<std::string_view> lines_;
+  std::vector<KeptParameters> parameters_;
+  std::size_t firstFreeItem_ = 1;
+};
+
+// True when the kept line may stand in a card of that version beside what properties give.
+bool isAdmitted(std::string_view line, CardVersion version);
+// True when the parameters, from their first semicolon on, are well-formed in that version.
+bool areAdmitted(std::string_view parameters, CardVersion version);
+
+}  // namespace ox::vcard

@@ -1,0 +1,155 @@
+#include "platform/vcard/line_writer.hpp"
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+
+#include "platform/vcard/ascii.hpp"
+
+namespace ox::vcard {
+namespace {
+
+constexpr std::size_t kLineOctets = 75;
+
+enum Trait : std::uint8_t {
+  kControl = 1,     // may not stand in a card; the line feed is written as an escape
+  kEscaped = 2,     // in a text value
+  kUriEscaped = 4,  // in a value that is no list
+  kReserved = 8,    // in a URI, by itself
+  kQuoting = 16,    // a parameter with it stands in quotes
+};
+
+constexpr auto kTraits = [] {
+  std::array<std::uint8_t, 256> traits{};
+  for (std::size_t i = 0; i < traits.size(); ++i) {
+    const char c = static_cast<char>(i);
+    unsigned bits = 0;
+    if ((i < 0x20 && c != '\t' && c != '\n') || i == 0x7F) bits |= kControl;
+    if (c == '\\' || c == '\n') bits |= kEscaped | kUriEscaped;
+    if (c == ',' || c == ';') bits |= kEscaped;
+    const bool unreserved = isLetter(c) || isDigit(c) || c == '-' || c == '.' || c == '_' ||
+                            c == '~' || c == '@' || c == '+';
+    if (!unreserved) bits |= kReserved;
+    if (c == ',' || c == ';' || c == ':' || c == '=') bits |= kQuoting;
+    traits[i] = static_cast<std::uint8_t>(bits);
+  }
+  return traits;
+}();
+
+bool has(char c, Trait trait) {
+  return (kTraits[static_cast<unsigned char>(c)] & trait) != 0;
+}
+
+void appendEscaped(std::string_view text, Trait trait, std::string& out) {
+  std::size_t from = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (!has(text[at], trait)) continue;
+    out.append(text.substr(from, at - from));
+    out += '\\';
+    out += text[at] == '\n' ? 'n' : text[at];
+    from = at + 1;
+  }
+  out.append(text.substr(from));
+}
+
+// How much of the rest goes on one line of that many octets.
+std::size_t pieceOf(std::string_view rest, std::size_t octets) {
+  if (rest.size() <= octets) return rest.size();
+  std::size_t at = octets;
+  while (at > 0 && (static_cast<unsigned char>(rest[at]) & 0xC0U) == 0x80U) --at;
+  std::size_t slashes = 0;
+  while (slashes < at && rest[at - 1 - slashes] == '\\') ++slashes;
+  if (slashes % 2 == 1) --at;
+  return at == 0 ? octets : at;
+}
+
+}  // namespace
+
+CardText::CardText(std::string_view text) : view_(text) {
+  std::size_t at = 0;
+  while (at < text.size() && !has(text[at], kControl)) ++at;
+  if (at == text.size()) return;
+  own_.reserve(text.size() + 16);  // never the short form: isChanged() compares addresses
+  own_.assign(text.substr(0, at));
+  for (; at < text.size(); ++at) {
+    if (!has(text[at], kControl)) {
+      own_ += text[at];
+    } else if (text[at] == '\r' && (at + 1 == text.size() || text[at + 1] != '\n')) {
+      own_ += '\n';
+    }
+  }
+  view_ = own_;
+}
+
+LineWriter& LineWriter::number(std::size_t value) {
+  std::array<char, 20> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+  out_.append(digits.data(), end);
+  return *this;
+}
+
+LineWriter& LineWriter::text(std::string_view text) {
+  appendEscaped(text, kEscaped, out_);
+  return *this;
+}
+
+LineWriter& LineWriter::uri(std::string_view text) {
+  appendEscaped(text, kUriEscaped, out_);
+  return *this;
+}
+
+LineWriter& LineWriter::percent(std::string_view bytes) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  for (const char c : bytes) {
+    if (!has(c, kReserved)) {
+      out_ += c;
+      continue;
+    }
+    const auto byte = static_cast<unsigned char>(c);
+    out_ += '%';
+    out_ += kDigits[byte >> 4U];
+    out_ += kDigits[byte & 15U];
+  }
+  return *this;
+}
+
+LineWriter& LineWriter::parameter(std::string_view name, std::string_view value) {
+  bool quoted = value.empty() || isBlank(value.front()) || isBlank(value.back());
+  for (const char c : value) quoted |= has(c, kQuoting);
+  (out_ += ';').append(name) += '=';
+  if (quoted) out_ += '"';
+  for (const char c : value) {
+    if (c == '\n') {
+      out_ += "^n";
+    } else if (c == '"') {
+      out_ += "^'";
+    } else if (c == '^') {
+      out_ += "^^";
+    } else {
+      out_ += c;
+    }
+  }
+  if (quoted) out_ += '"';
+  return *this;
+}
+
+void LineWriter::end() {
+  if (out_.size() - start_ > kLineOctets) {
+    unfolded_.assign(out_, start_);
+    out_.resize(start_);
+    std::string_view rest = unfolded_;
+    std::size_t octets = kLineOctets;
+    while (true) {
+      const auto piece = pieceOf(rest, octets);
+      out_.append(rest.substr(0, piece));
+      rest.remove_prefix(piece);
+      if (rest.empty()) break;
+      out_.append("\r\n ");
+      octets = kLineOctets - 1;
+    }
+  }
+  out_.append("\r\n");
+  start_ = out_.size();
+}
+
+}  // namespace ox::vcard

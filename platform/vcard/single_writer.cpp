@@ -1,0 +1,170 @@
+#include <array>
+
+#include "base/base64.hpp"
+#include "platform/vcard/ascii.hpp"
+#include "platform/vcard/card_date.hpp"
+#include "platform/vcard/card_writer.hpp"
+
+// The lines of what a record holds once.
+
+namespace ox::vcard {
+namespace {
+
+// By the first bytes: what RFC 2426 calls the picture, and its media type.
+struct Picture {
+  std::string_view start;
+  std::string_view type;
+  std::string_view media;
+};
+
+constexpr std::array kPictures = {
+    Picture{"\xFF\xD8\xFF", "JPEG", "image/jpeg"},
+    Picture{"\x89PNG", "PNG", "image/png"},
+    Picture{std::string_view("II*\0", 4), "TIFF", "image/tiff"},
+    Picture{std::string_view("MM\0*", 4), "TIFF", "image/tiff"},
+    Picture{"GIF8", "GIF", "image/gif"},
+};
+
+constexpr Picture kOtherPicture{"", "", "application/octet-stream"};
+
+const Picture& pictureOf(std::string_view bytes) {
+  for (const auto& row : kPictures) {
+    if (bytes.starts_with(row.start)) return row;
+  }
+  return kOtherPicture;
+}
+
+// Units are parted by semicolons; one at the end would be taken for an empty unit.
+void appendUnits(std::string_view department, LineWriter& line) {
+  const bool atEnd = department.ends_with(';');
+  if (atEnd) department.remove_suffix(1);
+  std::size_t from = 0;
+  for (auto mark = department.find(';'); mark != std::string_view::npos;
+       mark = department.find(';', from)) {
+    line.text(department.substr(from, mark - from)).raw(";");
+    from = mark + 1;
+  }
+  line.text(department.substr(from));
+  if (atEnd) line.raw("\\;");
+}
+
+}  // namespace
+
+std::string_view CardWriter::textOf(PropertyId property) {
+  const auto* value = values_[property];
+  if (value == nullptr) return {};
+  const auto* single = std::get_if<Object>(value);
+  const auto* text = single != nullptr ? single->text() : nullptr;
+  if (text == nullptr || text->empty()) {
+    notExact(property);
+    return {};
+  }
+  const CardText clean(*text);
+  if (!clean.isChanged()) return *text;
+  notExact(property);
+  cleaned_[property] = clean.view();
+  return cleaned_[property];
+}
+
+void CardWriter::ownParameters(PropertyId property) {
+  for (const auto& kept : kept_.parametersOf(property, 0)) {
+    if (areAdmitted(kept.parameters, options_.version)) line_.raw(kept.parameters);
+  }
+}
+
+void CardWriter::names() {
+  const NameParts parts{.last = textOf(property_id::kLast),
+                        .first = textOf(property_id::kFirst),
+                        .middle = textOf(property_id::kMiddle),
+                        .title = textOf(property_id::kTitle),
+                        .suffix = textOf(property_id::kSuffix)};
+  const bool named = !parts.last.empty() || !parts.first.empty() || !parts.middle.empty() ||
+                     !parts.title.empty() || !parts.suffix.empty();
+  if (named || is30()) {
+    line_.raw("N");
+    if (named) ownParameters(property_id::kLast);
+    line_.raw(":").text(parts.last).raw(";").text(parts.first).raw(";").text(parts.middle);
+    line_.raw(";").text(parts.title).raw(";").text(parts.suffix).end();
+  }
+  fullName(parts);
+}
+
+// Never missing. One that is made of something else than names has to say so, or a reader would
+// take it for the name.
+void CardWriter::fullName(const NameParts& parts) {
+  const auto line = kept_.fullNameLine();
+  if (!line.empty() && isAdmitted(line, options_.version)) {
+    line_.raw(line).end();
+    return;
+  }
+  composeFullName(parts, scratch_);
+  const auto company = textOf(property_id::kOrganization);
+  if (!scratch_.empty() || !company.empty()) {
+    line_.raw("FN:").text(scratch_.empty() ? company : scratch_).end();
+  } else {
+    line_.raw(is30() ? "FN;X-DERIVED=TRUE:" : "FN;DERIVED=TRUE:").text(nameInstead()).end();
+  }
+  if (!line.empty()) wrapped(line);
+}
+
+std::string_view CardWriter::nameInstead() {
+  const auto nickname = textOf(property_id::kNickname);
+  if (!nickname.empty()) return nickname;
+  for (const auto id : {property_id::kEmail, property_id::kPhone}) {
+    const auto* value = values_[id];
+    const auto* values = value != nullptr ? std::get_if<MultiValuePtr>(value) : nullptr;
+    if (values == nullptr || (*values)->entries.empty()) continue;
+    const auto* text = (*values)->entries.front().value.text();
+    if (text == nullptr) continue;
+    scratch_ = CardText(*text).view();
+    if (!trimmed(scratch_).empty()) return scratch_;
+  }
+  return "?";
+}
+
+void CardWriter::singleText(PropertyId property, std::string_view name) {
+  const auto text = textOf(property);
+  if (text.empty()) return;
+  line_.raw(name);
+  ownParameters(property);
+  line_.raw(":").text(text).end();
+}
+
+void CardWriter::organization() {
+  const auto company = textOf(property_id::kOrganization);
+  const auto department = textOf(property_id::kDepartment);
+  if (company.empty() && department.empty()) return;
+  line_.raw("ORG");
+  ownParameters(property_id::kOrganization);
+  line_.raw(":").text(company);
+  if (!department.empty()) appendUnits(department, line_.raw(";"));
+  line_.end();
+}
+
+void CardWriter::birthday() {
+  const auto* value = values_[property_id::kBirthday];
+  if (value == nullptr) return;
+  const auto* single = std::get_if<Object>(value);
+  const auto* date = single != nullptr ? single->as<Date>() : nullptr;
+  const auto spelling = date != nullptr ? spellCardDate(*date, !is30()) : std::nullopt;
+  if (!spelling || !spelling->isExact) notExact(property_id::kBirthday);
+  if (!spelling) return;
+  line_.raw("BDAY").raw(spelling->omitsYear ? ";X-APPLE-OMIT-YEAR=1604" : "");
+  ownParameters(property_id::kBirthday);
+  line_.raw(":").raw(spelling->text).end();
+}
+
+void CardWriter::photo(const Data& bytes) {
+  const auto& picture = pictureOf(*bytes);
+  line_.raw("PHOTO");
+  if (is30()) {
+    line_.raw(";ENCODING=b");
+    if (!picture.type.empty()) line_.raw(";TYPE=").raw(picture.type);
+  }
+  ownParameters(kPhotoParameters);
+  if (!is30()) line_.raw(":data:").raw(picture.media).raw(";base64,");
+  if (is30()) line_.raw(":");
+  line_.raw(base64(*bytes)).end();
+}
+
+}  // namespace ox::vcard

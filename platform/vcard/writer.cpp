@@ -1,0 +1,192 @@
+#include "platform/vcard/writer.hpp"
+
+#include <algorithm>
+
+#include "platform/vcard/ascii.hpp"
+#include "platform/vcard/card.hpp"
+#include "platform/vcard/card_writer.hpp"
+#include "platform/vcard/exact_values.hpp"
+
+// The frame of a card and what is kept with it.
+
+namespace ox::vcard {
+namespace {
+
+constexpr std::string_view kUrnPrefix = "urn:uuid:";
+constexpr std::size_t kUuidLength = 36;
+
+// RFC 3986, section 3.1.
+bool hasScheme(std::string_view uid) {
+  const auto colon = uid.find(':');
+  if (colon == 0 || colon == std::string_view::npos || !isLetter(uid.front())) return false;
+  return std::all_of(uid.begin(), uid.begin() + static_cast<std::ptrdiff_t>(colon), [](char c) {
+    return isLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
+  });
+}
+
+}  // namespace
+
+CardWriter::CardWriter(const PropertyBag& properties, const WriteOptions& options, std::string& out)
+    : properties_(properties),
+      options_(options),
+      out_(out),
+      line_(out),
+      kept_(properties),
+      nextItem_(kept_.firstFreeItem()) {
+  for (const auto& [id, value] : properties.entries()) {
+    if (id < values_.size()) values_[id] = &value;
+    if (id >= kFirstCustomProperty) notExact(id);
+  }
+}
+
+void CardWriter::notExact(PropertyId property) {
+  if (std::find(inexact_.begin(), inexact_.end(), property) == inexact_.end()) {
+    inexact_.push_back(property);
+  }
+}
+
+void CardWriter::begin() {
+  line_.raw(is30() ? "BEGIN:VCARD\r\nVERSION:3.0" : "BEGIN:VCARD\r\nVERSION:4.0").end();
+}
+
+void CardWriter::end() {
+  line_.raw("END:VCARD").end();
+}
+
+void CardWriter::uid() {
+  const auto* own = properties_.text(property_id::kCardUid);
+  const CardText text(own != nullptr ? std::string_view(*own) : options_.uid);
+  if (text.view().empty()) return;
+  const bool isText = !is30() && !hasScheme(text.view());
+  line_.raw(isText ? "UID;VALUE=text:" : "UID:").raw(text.view()).end();
+}
+
+void CardWriter::wrapped(std::string_view line) {
+  line_.raw(kKeptLineName).raw(":").percent(line).end();
+}
+
+void CardWriter::keptLines() {
+  for (const auto text : kept_.lines()) {
+    const auto lineFeed = text.find('\n');
+    if (lineFeed == std::string_view::npos) {
+      if (isAdmitted(text, options_.version)) {
+        line_.raw(text).end();
+      } else {
+        wrapped(text);
+      }
+      continue;
+    }
+    if (!options_.nestedCards) continue;
+    // RFC 2426, section 3.5.4: a card as a text value.
+    const auto colon = text.substr(0, lineFeed).find(':');
+    const CardText nested(text);
+    if (colon != std::string_view::npos && !nested.isChanged() &&
+        isAdmitted(text.substr(0, colon + 1), options_.version)) {
+      line_.raw(text.substr(0, colon + 1)).text(text.substr(colon + 1)).end();
+    } else {
+      wrapped(text);
+    }
+  }
+}
+
+// Parameters that could not stand in the line they belong to.
+void CardWriter::keptParameters() {
+  for (const auto& kept : kept_.parameters()) {
+    if (kept.entry != 0 || areAdmitted(kept.parameters, options_.version)) continue;
+    const bool held = kept.property < values_.size() && values_[kept.property] != nullptr;
+    if (held || kept.property == kPhotoParameters) wrapped(kept.text());
+  }
+  for (const auto& text : entryParameters_) wrapped(text);
+}
+
+void CardWriter::exactValues() {
+  if (inexact_.empty()) return;
+  PropertyBag exact;
+  for (const auto& [id, value] : properties_.entries()) {
+    const bool wanted = std::find(inexact_.begin(), inexact_.end(), id) != inexact_.end();
+    if (wanted && fitsType(value, property_table::typeOf(id))) exact.append(id, value);
+  }
+  if (exact.empty()) return;
+  line_.raw(kExactValuesName).raw(":").raw(exactValuesText(exact)).end();
+}
+
+void CardWriter::person(const Data& picture) {
+  begin();
+  names();
+  singleText(property_id::kNickname, "NICKNAME");
+  singleText(property_id::kMaidenName, "X-MAIDENNAME");
+  singleText(property_id::kFirstPhonetic, "X-PHONETIC-FIRST-NAME");
+  singleText(property_id::kMiddlePhonetic, "X-PHONETIC-MIDDLE-NAME");
+  singleText(property_id::kLastPhonetic, "X-PHONETIC-LAST-NAME");
+  organization();
+  singleText(property_id::kJobTitle, "TITLE");
+  birthday();
+  for (PropertyId id = kFirstMulti; id < kFirstMulti + kMultiCount; ++id) multi(id);
+  singleText(property_id::kNote, "NOTE");
+  if (picture && !picture->empty()) photo(picture);
+  uid();
+  keptLines();
+  keptParameters();
+  exactValues();
+  end();
+}
+
+void CardWriter::group(const std::vector<std::string>& members) {
+  begin();
+  const auto* name = properties_.text(property_id::kGroupName);
+  const CardText text(name != nullptr ? std::string_view(*name) : std::string_view());
+  if (is30()) line_.raw("N:").text(text.view()).raw(";;;;").end();
+  if (text.view().empty()) {
+    line_.raw(is30() ? "FN;X-DERIVED=TRUE:?" : "FN;DERIVED=TRUE:?").end();
+  } else {
+    line_.raw("FN:").text(text.view()).end();
+  }
+  line_.raw(is30() ? "X-ADDRESSBOOKSERVER-KIND:group" : "KIND:group").end();
+  uid();
+  for (const auto& member : members) {
+    const CardText uid(member);
+    line_.raw(is30() ? "X-ADDRESSBOOKSERVER-MEMBER:" : "MEMBER:");
+    line_.raw(hasScheme(uid.view()) ? std::string_view() : kUrnPrefix).raw(uid.view()).end();
+  }
+  if (!kept_.fullNameLine().empty()) {
+    if (isAdmitted(kept_.fullNameLine(), options_.version)) {
+      line_.raw(kept_.fullNameLine()).end();
+    } else {
+      wrapped(kept_.fullNameLine());
+    }
+  }
+  keptLines();
+  end();
+}
+
+void appendCard(const PropertyBag& properties, const Data& photo, const WriteOptions& options,
+                std::string& out) {
+  CardWriter(properties, options, out).person(photo);
+}
+
+std::string writeCard(const PropertyBag& properties, const Data& photo,
+                      const WriteOptions& options) {
+  std::string card;
+  appendCard(properties, photo, options, card);
+  return card;
+}
+
+void appendGroup(const PropertyBag& properties, const std::vector<std::string>& members,
+                 const WriteOptions& options, std::string& out) {
+  CardWriter(properties, options, out).group(members);
+}
+
+std::string uidOfRecord(const RecordKey& key) {
+  auto identifier = key.text();
+  if (!key.isPacked()) return identifier;
+  identifier.resize(kUuidLength);
+  return std::string(kUrnPrefix) += identifier;
+}
+
+std::string recordOfUid(std::string_view uid, RecordKind kind) {
+  const auto plain = uidKey(uid);
+  if (plain.size() != kUuidLength) return std::string(plain);
+  return std::string(plain) += kind == RecordKind::Person ? ":ABPerson" : ":ABGroup";
+}
+
+}  // namespace ox::vcard

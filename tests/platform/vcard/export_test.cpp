@@ -1,0 +1,132 @@
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "platform/AddressBook/ABAddressBook.hpp"
+#include "platform/AddressBook/ABPerson.hpp"
+#include "platform/vcard/exporter.hpp"
+#include "platform/vcard/importer.hpp"
+#include "tests/support/store_builder.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox::vcard {
+namespace {
+
+using support::StoreBuilder;
+
+constexpr std::string_view kLocal = "_local:ABAccount";
+
+std::string exported(CardVersion version) {
+  std::string text;
+  const auto report = exportCards(contactSource().recordsIn(kLocal, RecordKind::Person),
+                                  contactSource().recordsIn(kLocal, RecordKind::Group), version,
+                                  [&](std::string_view card) {
+                                    text.append(card);
+                                    return true;
+                                  });
+  EXPECT_FALSE(report.stopped);
+  return text;
+}
+
+ImportReport import(const std::string& text, const std::string& container) {
+  const auto path = testing::TempDir() + "/export_test.vcf";
+  std::ofstream(path, std::ios::binary) << text;
+  return importFiles({path}, container, {});
+}
+
+// Persons with their own UIDs and without, a nested group, a member that is not exported with it.
+void build() {
+  StoreBuilder()
+      .in(std::string(kLocal))
+      .person(RecordKey::make(RecordKind::Person).text(), {.first = "Ann", .note = "a\x01"})
+      .person("foreign", {.first = "Bo"});
+  import(
+      "BEGIN:VCARD\nVERSION:3.0\nN:Lee;Cy\nUID:c-1\nX-A:b\nEND:VCARD\n"
+      "BEGIN:VCARD\nVERSION:3.0\nN:In;Ner\nUID:g-2\nX-ADDRESSBOOKSERVER-KIND:group\n"
+      "X-ADDRESSBOOKSERVER-MEMBER:c-1\nEND:VCARD\n",
+      std::string(kLocal));
+  const auto persons = contactSource().recordsIn(kLocal, RecordKind::Person);
+  const auto groups = contactSource().recordsIn(kLocal, RecordKind::Group);
+  const auto outer = RecordKey::make(RecordKind::Group).text();
+  StoreBuilder()
+      .in(std::string(kLocal))
+      .group(outer, "Outer")
+      .member(outer, persons[0].text())
+      .member(outer, persons[1].text())
+      .subgroup(outer, groups[0].text());
+}
+
+TEST(Export, IsRecognisedByTheContainerItCameFrom) {
+  build();
+  for (const auto version : {CardVersion::V30, CardVersion::V40}) {
+    const auto text = exported(version);
+    EXPECT_EQ(exported(version), text);
+    const auto report = import(text, std::string(kLocal));
+    EXPECT_EQ(report.cards, 5U);
+    EXPECT_EQ(report.skipped, 3U);
+    EXPECT_EQ(report.groups, 2U);
+    EXPECT_EQ(report.problemCount, 0U) << report.problems.at(0).reason;
+    EXPECT_EQ(contactSource().recordsIn(kLocal, RecordKind::Group).size(), 2U);
+  }
+}
+
+TEST(Export, GivesPersonsAndGroupsToAnotherContainer) {
+  build();
+  for (const auto version : {CardVersion::V30, CardVersion::V40}) {
+    const std::string other = version == CardVersion::V30 ? "A:ABAccount" : "B:ABAccount";
+    StoreBuilder().container(other, "Other", 3);
+    const auto report = import(exported(version), other);
+    EXPECT_EQ(report.added, 3U);
+    EXPECT_EQ(report.problemCount, 0U) << report.problems.at(0).reason;
+    const auto persons = contactSource().recordsIn(other, RecordKind::Person);
+    const auto groups = contactSource().recordsIn(other, RecordKind::Group);
+    ASSERT_EQ(persons.size(), 3U);
+    ASSERT_EQ(groups.size(), 2U);
+    EXPECT_EQ(*contactSource().committedValues(persons[0])->text(property_id::kNote), "a\x01");
+    EXPECT_EQ(*contactSource().children(groups[0], RecordKind::Person), RecordKeys{persons[2]});
+    EXPECT_EQ(*contactSource().children(groups[1], RecordKind::Person),
+              (RecordKeys{persons[0], persons[1]}));
+    EXPECT_EQ(*contactSource().children(groups[1], RecordKind::Group), RecordKeys{groups[0]});
+  }
+}
+
+TEST(Export, EndsWhereTheSinkSays) {
+  StoreBuilder().in(std::string(kLocal)).persons("p", 3);
+  const auto persons = contactSource().recordsIn(kLocal, RecordKind::Person);
+  int calls = 0;
+  const auto report =
+      exportCards(persons, {}, CardVersion::V30, [&](std::string_view) { return ++calls < 2; });
+  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(report.persons, 1U);
+  EXPECT_TRUE(report.stopped);
+  const auto gone = exportCards({RecordKey::make(RecordKind::Person), persons[0]}, {},
+                                CardVersion::V30, [](std::string_view) { return true; });
+  EXPECT_EQ(gone.gone, 1U);
+  EXPECT_EQ(gone.persons, 1U);
+}
+
+TEST(CardRepresentation, SaysWhatTheRecordViewSees) {
+  StoreBuilder()
+      .in(std::string(kLocal))
+      .person("p", {.first = "Ann", .image = makeData("\xFF\xD8")});
+  import("BEGIN:VCARD\nVERSION:2.1\nN:Lee;Cy\nAGENT:\nBEGIN:VCARD\nN:x\nEND:VCARD\nEND:VCARD\n",
+         std::string(kLocal));
+  const auto book = ABAddressBook::sharedAddressBook();
+  const auto person = std::dynamic_pointer_cast<ABPerson>(book->recordForUniqueId("p"));
+  ASSERT_TRUE(person->setValue_forProperty(Object("Bo"), kABLastNameProperty));
+  const std::string card =
+      "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Bo;Ann;;;\r\nFN:Ann Bo\r\nEND:VCARD\r\n";
+  EXPECT_EQ(*person->vCardRepresentation(), card);
+  const auto imported = contactSource().recordsIn(kLocal, RecordKind::Person).at(1);
+  const auto other = std::dynamic_pointer_cast<ABPerson>(book->recordForUniqueId(imported.text()));
+  EXPECT_EQ(*other->vCardRepresentation(),
+            "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Lee;Cy;;;\r\nFN:Cy Lee\r\nEND:VCARD\r\n");
+
+  ASSERT_TRUE(book->removeRecord(person));
+  EXPECT_EQ(*person->vCardRepresentation(), card);
+  ASSERT_TRUE(book->save());
+  EXPECT_EQ(person->vCardRepresentation(), nullptr);
+}
+
+}  // namespace
+}  // namespace ox::vcard
