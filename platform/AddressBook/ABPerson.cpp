@@ -4,6 +4,7 @@
 
 #include "platform/AddressBook/answer.hpp"
 #include "platform/store/contact_source.hpp"
+#include "platform/vcard/writer.hpp"
 
 namespace ox {
 
@@ -46,6 +47,26 @@ Data ABPerson::imageData() const {
 
 bool ABPerson::setImageData(Data image) {
   return answer([&] { return contactSource().setImageData(key(), std::move(image)); });
+}
+
+Data ABPerson::vCardRepresentation() const {
+  return answer([&]() -> Data {
+    auto& source = contactSource();
+    PropertyBag values;
+    const auto take = [&](PropertyId property) {
+      auto value = source.value(key(), property);
+      if (!isMissing(value)) values.set(property, std::move(value));
+    };
+    for (PropertyId id = property_id::kFirst; id <= property_id::kOtherDates; ++id) take(id);
+    take(property_id::kCardUid);
+    take(property_id::kUnmodelledLines);
+    for (PropertyId id = kFirstCustomProperty; property_table::typeOf(id) != kABErrorInProperty;
+         ++id) {
+      take(id);
+    }
+    if (values.empty() && !source.record(key().text())) return nullptr;
+    return makeData(vcard::writeCard(values, nullptr, {.nestedCards = false}));
+  });
 }
 
 }  // namespace ox

@@ -30,6 +30,11 @@ class ABPerson : public ABRecord {
   Data imageData() const;
   // A null image removes the picture. False when refused.
   bool setImageData(Data image);
+
+  // The person as a vCard 3.0 in UTF-8 with CRLF, folded at 75 octets, without the picture and
+  // without cards nested in the one it came from; unsaved changes count. Null for a removed person
+  // after the save, and when the store fails.
+  Data vCardRepresentation() const;
 };
 
 }  // namespace ox
