@@ -5,6 +5,7 @@
 #include <charconv>
 #include <utility>
 
+#include "base/base64.hpp"
 #include "platform/vcard/ascii.hpp"
 
 namespace ox::vcard {
@@ -150,7 +151,11 @@ bool isAdmitted(std::string_view line, CardVersion version) {
   }
   const auto colon = endOfParameters(line, name.end, version);
   if (colon == std::string_view::npos || colon >= line.size() || line[colon] != ':') return false;
-  return std::none_of(line.begin() + static_cast<std::ptrdiff_t>(colon), line.end(), isControl);
+  const auto value = line.substr(colon + 1);
+  if (line.substr(0, colon).find(";ENCODING=") != std::string_view::npos) {
+    return bytesOfBase64(value).has_value();
+  }
+  return std::none_of(value.begin(), value.end(), isControl);
 }
 
 bool areAdmitted(std::string_view parameters, CardVersion version) {

@@ -41,7 +41,7 @@ bool hasType(const ContentLine& line, std::string_view wanted) {
   return found;
 }
 
-// RFC 9554, section 4.3: what the line says is made of other lines. vCard 3.0 has no such
+// RFC 9554, section 4.4: what the line says is made of other lines. vCard 3.0 has no such
 // parameter.
 bool isDerived(const ContentLine& line) {
   for (const auto& parameter : line.parameters) {

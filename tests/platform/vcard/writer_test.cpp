@@ -211,13 +211,15 @@ TEST(CardWriter, PicturesAreNamedByTheirFirstBytes) {
 TEST(CardWriter, WhatTheVersionDoesNotAdmitIsWrapped) {
   const auto bag = read("2.1",
                         "TITLE:x\nX_A;W:1\nBDAY:soon\nKEY;BASE64:AQID\nTEL;X-A=5\":1\n"
-                        "AGENT:\nBEGIN:VCARD\nN:a;b\nEND:VCARD\n");
+                        "LOGO;BASE64:AQ.D\nAGENT:\nBEGIN:VCARD\nN:a;b\nEND:VCARD\n");
   EXPECT_EQ(linesOf(bag, {}),
             "N:;;;;\nFN;X-DERIVED=TRUE:1\nTITLE:x\nTEL:1\nX-OX-LINE:X_A%3BTYPE%3DW%3A1\n"
             "X-OX-LINE:BDAY%3Asoon\nKEY;ENCODING=b:AQID\n"
+            "X-OX-LINE:LOGO%3BENCODING%3Db%3AAQ.D\n"
             "AGENT:\\nBEGIN:VCARD\\nN:a\\;b\\nEND:VCARD\nX-OX-LINE:%3B16%231%3BX-A%3D5%22\n");
   const auto in40 = linesOf(bag, {.version = CardVersion::V40});
-  EXPECT_NE(in40.find("X-OX-LINE:KEY%3BENCODING%3Db%3AAQID\nX-OX-LINE:AGENT%3A%0ABEGIN%3AVCARD"),
+  EXPECT_NE(in40.find("X-OX-LINE:KEY%3BENCODING%3Db%3AAQID\n"
+                      "X-OX-LINE:LOGO%3BENCODING%3Db%3AAQ.D\nX-OX-LINE:AGENT%3A%0ABEGIN%3AVCARD"),
             std::string::npos)
       << in40;
   EXPECT_EQ(linesOf(bag, {.nestedCards = false}).find("AGENT"), std::string::npos);
