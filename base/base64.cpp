@@ -21,6 +21,10 @@ constexpr std::array<std::uint8_t, 256> valuesOfDigits() {
 }
 constexpr auto kValues = valuesOfDigits();
 
+std::uint8_t byteOf(char c) {
+  return static_cast<std::uint8_t>(c);
+}
+
 std::uint32_t byteAt(std::string_view bytes, std::size_t at) {
   return at < bytes.size() ? static_cast<std::uint8_t>(bytes[at]) : 0U;
 }
@@ -40,17 +44,24 @@ std::optional<std::uint32_t> bitsOf(std::string_view digits, std::size_t count) 
 }  // namespace
 
 std::string base64(std::string_view bytes) {
-  std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
-  for (std::size_t at = 0; at < bytes.size(); at += 3) {
-    const std::uint32_t bits =
-        byteAt(bytes, at) << 16 | byteAt(bytes, at + 1) << 8 | byteAt(bytes, at + 2);
-    const std::size_t left = bytes.size() - at;
-    text += kDigits[bits >> 18];
-    text += kDigits[bits >> 12 & 63];
-    text += left > 1 ? kDigits[bits >> 6 & 63] : '=';
-    text += left > 2 ? kDigits[bits & 63] : '=';
+  std::string text((bytes.size() + 2) / 3 * 4, '=');
+  char* out = text.data();
+  const auto digit = [](std::uint32_t bits) { return kDigits[bits & 63]; };
+  std::size_t at = 0;
+  for (; at + 3 <= bytes.size(); at += 3, out += 4) {
+    const auto* const three = bytes.data() + at;
+    const std::uint32_t bits = static_cast<std::uint32_t>(byteOf(three[0])) << 16 |
+                               static_cast<std::uint32_t>(byteOf(three[1])) << 8 | byteOf(three[2]);
+    out[0] = digit(bits >> 18);
+    out[1] = digit(bits >> 12);
+    out[2] = digit(bits >> 6);
+    out[3] = digit(bits);
   }
+  if (at == bytes.size()) return text;
+  const std::uint32_t bits = byteAt(bytes, at) << 16 | byteAt(bytes, at + 1) << 8;
+  out[0] = digit(bits >> 18);
+  out[1] = digit(bits >> 12);
+  if (at + 1 < bytes.size()) out[2] = digit(bits >> 6);
   return text;
 }
 
