@@ -25,8 +25,16 @@ std::string_view withoutGroup(std::string_view line) {
   return line;
 }
 
-// The value of an AGENT line without blanks; null data when the line is another.
+// False for nearly every line: it neither ends in a colon and blanks nor in the word VCARD.
+bool mayOpenNested(std::string_view line) {
+  const char last = upper(line.back());
+  return last == ':' || last == 'D' || isBlank(last) || last == '\0';
+}
+
+// The value of an AGENT line without blanks, which opens a nested card when it is empty or a BEGIN;
+// null data for other lines, and where it is anything else.
 std::string_view agentValue(std::string_view line) {
+  if (!mayOpenNested(line)) return {};
   line = withoutGroup(line);
   if (line.size() < 6 || upper(line.front()) != 'A' || !startsWithWord(line, "AGENT")) return {};
   const auto colon = line.find(':');

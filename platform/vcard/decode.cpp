@@ -39,23 +39,34 @@ std::uint8_t digitOf(char c) {
   return kDigits[static_cast<std::uint8_t>(c)];
 }
 
+// The bits of a letter in each place of four, and a mark above them where the letter is none.
+constexpr std::uint32_t kNoLetter = 1U << 24U;
+
+constexpr auto kPlaces = [] {
+  std::array<std::array<std::uint32_t, 256>, 4> places{};
+  for (std::size_t place = 0; place < places.size(); ++place) {
+    for (std::size_t c = 0; c < kDigits.size(); ++c) {
+      const std::uint32_t digit = kDigits[c];
+      places[place][c] = digit == kNoDigit ? kNoLetter : digit << (18U - 6U * place);
+    }
+  }
+  return places;
+}();
+
 // Four letters at a time, as long as nothing else comes. The letters read.
 std::size_t decodeQuads(std::string_view text, std::string& out) {
+  const auto letter = [&](std::size_t at) { return static_cast<std::uint8_t>(text[at]); };
   std::size_t at = 0;
-  std::size_t written = 0;
-  for (; at + 4 <= text.size(); at += 4) {
-    const std::uint32_t a = digitOf(text[at]);
-    const std::uint32_t b = digitOf(text[at + 1]);
-    const std::uint32_t c = digitOf(text[at + 2]);
-    const std::uint32_t d = digitOf(text[at + 3]);
-    if (((a | b | c | d) & 0x80U) != 0) break;
-    const std::uint32_t bits = a << 18U | b << 12U | c << 6U | d;
-    out[written] = static_cast<char>(bits >> 16U);
-    out[written + 1] = static_cast<char>(bits >> 8U);
-    out[written + 2] = static_cast<char>(bits);
-    written += 3;
+  char* to = out.data();
+  for (; at + 4 <= text.size(); at += 4, to += 3) {
+    const std::uint32_t bits = kPlaces[0][letter(at)] | kPlaces[1][letter(at + 1)] |
+                               kPlaces[2][letter(at + 2)] | kPlaces[3][letter(at + 3)];
+    if (bits >= kNoLetter) break;
+    to[0] = static_cast<char>(bits >> 16U);
+    to[1] = static_cast<char>(bits >> 8U);
+    to[2] = static_cast<char>(bits);
   }
-  out.resize(written);
+  out.resize(static_cast<std::size_t>(to - out.data()));
   return at;
 }
 
