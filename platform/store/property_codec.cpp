@@ -1,7 +1,9 @@
 #include "platform/store/property_codec.hpp"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
+#include <vector>
 
 #include "base/checksum.hpp"
 #include "platform/store/changes.hpp"
@@ -90,7 +92,8 @@ class Encoder {
     number(values.entries.size());
     std::uint64_t primary = 0;
     for (std::size_t i = 0; i < values.entries.size(); ++i) {
-      if (values.entries[i].identifier == values.primary) primary = i + 1;
+      const auto identifier = values.entries[i].identifier;
+      if (identifier != 0 && identifier == values.primary) primary = i + 1;
     }
     number(primary);
     for (const auto& entry : values.entries) {
@@ -141,9 +144,17 @@ class Encoder {
   void write(const Object::DictionaryPtr& dictionary) {
     tag(Tag::Dictionary);
     number(dictionary->size());
-    for (const auto& [key, value] : dictionary->entries()) {
-      bytes(key);
-      object(value);
+    std::vector<const Dictionary::Entry*> entries;
+    entries.reserve(dictionary->size());
+    for (const auto& entry : dictionary->entries()) entries.push_back(&entry);
+    // Dictionaries are equal in any order, so what is compared has one.
+    if (identifiers_ == Identifiers::LeaveOut) {
+      std::sort(entries.begin(), entries.end(),
+                [](const auto* a, const auto* b) { return a->first < b->first; });
+    }
+    for (const auto* entry : entries) {
+      bytes(entry->first);
+      object(entry->second);
     }
   }
   void write(const ImagePtr&) { notStorable(); }

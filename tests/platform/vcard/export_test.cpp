@@ -4,6 +4,7 @@
 
 #include "platform/AddressBook/ABAddressBook.hpp"
 #include "platform/AddressBook/ABPerson.hpp"
+#include "platform/records/property_keys.hpp"
 #include "platform/vcard/exporter.hpp"
 #include "platform/vcard/importer.hpp"
 #include "tests/support/store_builder.hpp"
@@ -36,10 +37,14 @@ ImportReport import(const std::string& text, const std::string& container) {
 
 // Persons with their own UIDs and without, a nested group, a member that is not exported with it.
 void build() {
+  // Not in the order in which a reader of cards finds the parts.
+  const auto address = support::multiValue(
+      {{Text(kABHomeLabel), Dictionary{{std::string(kABAddressCityKey), "Town"},
+                                       {std::string(kABAddressStreetKey), "1 Way"}}}});
   StoreBuilder()
       .in(std::string(kLocal))
       .person(RecordKey::make(RecordKind::Person).text(), {.first = "Ann", .note = "a\x01"})
-      .person("foreign", {.first = "Bo"});
+      .person("foreign", {.first = "Bo", .more = {{property_id::kAddress, address}}});
   import(
       "BEGIN:VCARD\nVERSION:3.0\nN:Lee;Cy\nUID:c-1\nX-A:b\nEND:VCARD\n"
       "BEGIN:VCARD\nVERSION:3.0\nN:In;Ner\nUID:g-2\nX-ADDRESSBOOKSERVER-KIND:group\n"

@@ -100,7 +100,7 @@ TEST(RoundTrip, CardsOfEveryVersionComeBackTheSame) {
 
 TEST(RoundTrip, AnyValuesComeBackTheSameFromWellFormedLines) {
   RandomCards cards(20260117);
-  for (int i = 0; i < 3000; ++i) {
+  for (int i = 0; i < 1000; ++i) {
     const auto card = cards.next();
     for (const auto version : kVersions) {
       SCOPED_TRACE(i);
