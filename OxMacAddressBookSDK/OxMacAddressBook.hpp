@@ -208,6 +208,9 @@ class OxMacAddressBook final : public OxAddressBook,
   // To the callback of the latest request; what it throws ends that report only.
   void reportLoad(double value, bool finished = false);
   void reportSave(bool finished, const Data& data, double value);
+  // The book as the data of a neutral book, with a report for each record; missing when it holds
+  // what that cannot carry.
+  Data collectedData();
 
   std::mutex callbacks_;  // guards the two below; not held while one of them runs
   ProgressCallback _loadProgressBlock;

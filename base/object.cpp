@@ -71,7 +71,7 @@ void Dictionary::set(std::string_view key, Object value) {
 }
 
 const Object& Dictionary::get(std::string_view key) const {
-  static const Object missing;
+  static const auto& missing = *new Object;
   const auto found = std::find_if(entries_.begin(), entries_.end(),
                                   [&](const Entry& entry) { return entry.first == key; });
   return found == entries_.end() ? missing : found->second;

@@ -1,4 +1,5 @@
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "base/failures.hpp"
 
 namespace ox {
 namespace {
@@ -21,6 +22,9 @@ std::shared_ptr<OxMutableSingleValue> _ABPerson::nameValue() const {
 
 void _ABPerson::setNameValue(const std::shared_ptr<OxMutableSingleValue>& value) {
   const auto name = value ? value->value().host<OxObjectPersonName>() : nullptr;
+  if (!name && value && !value->value().isMissing()) {
+    return failures::countRefusal("a name must be a person name");
+  }
   setValue_forProperty(name ? Object(name->first()) : Object(), kABFirstNameProperty);
   setValue_forProperty(name ? Object(name->middle()) : Object(), kABMiddleNameProperty);
   setValue_forProperty(name ? Object(name->last()) : Object(), kABLastNameProperty);

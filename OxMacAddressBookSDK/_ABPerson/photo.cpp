@@ -1,4 +1,5 @@
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "base/failures.hpp"
 #include "platform/images/image_codec.hpp"
 #include "platform/store/changes.hpp"
 
@@ -23,7 +24,11 @@ std::shared_ptr<OxMutableSingleValue> _ABPerson::thumbnailValue() const {
 
 void _ABPerson::setThumbnailValue(const std::shared_ptr<OxMutableSingleValue>& value) {
   const ImagePtr image = value ? value->value().image() : nullptr;
-  setImageData(image ? images::encodeTiff(*image) : nullptr);
+  const Data data = image ? images::encodeTiff(*image) : nullptr;
+  if (!data && value && !value->value().isMissing()) {
+    return failures::countRefusal("a thumbnail must be a picture");
+  }
+  setImageData(data);
 }
 
 ImagePtr _ABPerson::thumbnail() const {

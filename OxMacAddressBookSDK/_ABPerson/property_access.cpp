@@ -2,6 +2,7 @@
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/property_names.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/tag_list.hpp"
+#include "base/failures.hpp"
 
 namespace ox {
 namespace {
@@ -53,7 +54,9 @@ void _ABPerson::setValue_byProperty(const OxValuePtr& value, const OxPropertyPtr
 void _ABPerson::setSpecialValue(const OxValuePtr& value, std::string_view name) {
   const auto single = std::dynamic_pointer_cast<OxMutableSingleValue>(value);
   // A multiple value is of the wrong kind here: refused as the store does it, the old value stays.
-  if (value && !single) return;
+  if (value && !single) {
+    return failures::countRefusal("a multiple value for " + std::string(name));
+  }
   if (name == OxProPertyThumbnail) return setThumbnailValue(single);
   if (name == OxProPertyTags) return setTagsValue(single);
   setNameValue(single);

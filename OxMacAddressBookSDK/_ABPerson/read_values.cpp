@@ -1,19 +1,7 @@
-#include <algorithm>
-
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
 
 namespace ox {
-namespace {
-
-// One past the last entry when none is primary.
-std::uint64_t indexOfPrimary(const MultiValue& value) {
-  const auto primary = std::find_if(value.entries.begin(), value.entries.end(),
-                                    [&](const auto& e) { return e.identifier == value.primary; });
-  return static_cast<std::uint64_t>(primary - value.entries.begin());
-}
-
-}  // namespace
 
 std::shared_ptr<OxMutableSingleValue> _ABPerson::singleValueByMacValue_label_type(
     const Object& value, const std::shared_ptr<OxLabel>& label, std::int32_t type) const {
@@ -46,10 +34,11 @@ std::shared_ptr<OxMutableMultipleValue> _ABPerson::multipleValueByMacValue_prope
     auto label = OxLabel::init();
     label->setName(entry.label);
     label->setDisplayName(labelDisplayNameByName(entry.label));
-    multiple->addValue(singleValueByMacValue_label_type(
-        convert::elementFromStored(entry.value, type), label, type));
+    const auto element = singleValueByMacValue_label_type(
+        convert::elementFromStored(entry.value, type), label, type);
+    multiple->addValue(element);
+    if (value->primary != 0 && entry.identifier == value->primary) multiple->setMainValue(element);
   }
-  multiple->setMainValue(multiple->valueAtIndex(indexOfPrimary(*value)));
   return multiple;
 }
 

@@ -1,6 +1,7 @@
 #include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/tag_list.hpp"
+#include "base/failures.hpp"
 
 namespace ox {
 namespace {
@@ -38,7 +39,11 @@ std::shared_ptr<OxMutableSingleValue> _ABPerson::tagsValue() const {
 }
 
 void _ABPerson::setTagsValue(const std::shared_ptr<OxMutableSingleValue>& value) {
-  setTags(value ? tagsOfObject(value->value()) : std::nullopt);
+  const auto tags = value ? tagsOfObject(value->value()) : std::nullopt;
+  if (!tags && value && !value->value().isMissing()) {
+    return failures::countRefusal("tags must be a list of texts");
+  }
+  setTags(tags);
 }
 
 }  // namespace ox

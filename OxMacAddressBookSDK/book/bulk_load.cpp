@@ -32,7 +32,12 @@ void OxMacAddressBook::loadWithData_progressBlock(const Data& data,
     const std::lock_guard lock(callbacks_);
     _loadProgressBlock = progress;
   }
-  runDetached([book = shared_from_this(), data] { book->loadThreed(data); });
+  try {
+    runDetached([book = shared_from_this(), data] { book->loadThreed(data); });
+  } catch (const std::exception& error) {
+    failures::countFailure(std::string("a load could not be started: ") + error.what());
+    reportLoad(0.0, true);
+  }
 }
 
 void OxMacAddressBook::reportLoad(double value, bool finished) {
@@ -54,11 +59,16 @@ void OxMacAddressBook::loadThreed(const Data& data) {
   const auto general = OxAddressBookGeneral::addressBookWithData(data);
   if (!general) return reportLoad(0.0, true);
   reportLoad(0.0);
-  clearAddressBook();
-  addGroupAndPersonByGeneralAddressBook(general);
-  adjustGroupAndPersonRelatedByGeneralAddressBook(general);
-  reportLoad(progress::kDone);
-  save();
+  // Whoever waits for the last report must get it, whatever happens on the way.
+  try {
+    clearAddressBook();
+    addGroupAndPersonByGeneralAddressBook(general);
+    adjustGroupAndPersonRelatedByGeneralAddressBook(general);
+    reportLoad(progress::kDone);
+    save();
+  } catch (const std::exception& error) {
+    failures::countFailure(std::string("a load was cut short: ") + error.what());
+  }
   reportLoad(progress::kDone, true);
 }
 

@@ -15,7 +15,12 @@ void OxMacAddressBook::saveDataBlock(const SaveCallback& progress) {
     const std::lock_guard lock(callbacks_);
     _progressBlock = progress;
   }
-  runDetached([book = shared_from_this()] { book->saveDataThreed(); });
+  try {
+    runDetached([book = shared_from_this()] { book->saveDataThreed(); });
+  } catch (const std::exception& error) {
+    failures::countFailure(std::string("a save could not be started: ") + error.what());
+    reportSave(true, nullptr, progress::kDone);
+  }
 }
 
 void OxMacAddressBook::reportSave(bool finished, const Data& data, double value) {
@@ -35,6 +40,17 @@ void OxMacAddressBook::reportSave(bool finished, const Data& data, double value)
 }
 
 void OxMacAddressBook::saveDataThreed() {
+  // Whoever waits for the last report must get it, whatever happens on the way.
+  Data data;
+  try {
+    data = collectedData();
+  } catch (const std::exception& error) {
+    failures::countFailure(std::string("a save was cut short: ") + error.what());
+  }
+  reportSave(true, data, progress::kDone);
+}
+
+Data OxMacAddressBook::collectedData() {
   const auto general = OxAddressBookGeneral::init();
   const auto groups = allGroups();
   const auto list = allPersons();
@@ -51,7 +67,7 @@ void OxMacAddressBook::saveDataThreed() {
     reportSave(false, nullptr, progress::percent(index++, total));
   }
   reportSave(false, nullptr, progress::kDone);
-  reportSave(true, general->saveToData(), progress::kDone);
+  return general->saveToData();
 }
 
 }  // namespace ox

@@ -39,7 +39,7 @@ Data ABPerson::imageData() const {
   } catch (const ImageReadError& error) {
     failures::countFailure(error.what());
     throw;
-  } catch (const std::exception& error) {
+  } catch (const StoreError& error) {
     failures::countFailure(error.what());
     return nullptr;
   }

@@ -23,8 +23,13 @@ class Table {
                              : nullptr;
   }
 
-  void put(const ABRecord& record) {
+  // Must come before put, and before the record is made: a record that died with the lock held
+  // would wait for it for ever.
+  void makeRoom() {
     if ((used_ + 1) * 4 > slots_.size() * 3) grow();
+  }
+
+  void put(const ABRecord& record) {
     auto& slot = slots_[slotOf(record.key())];
     if (slot == nullptr) ++used_;
     slot = &record;
@@ -81,6 +86,7 @@ std::vector<std::shared_ptr<Record>> recordsOf(const RecordKeys& keys, Make make
   for (const auto& key : keys) {
     auto record = std::static_pointer_cast<Record>(table().find(key));
     if (!record) {
+      table().makeRoom();
       record = make(key);
       table().put(*record);
     }

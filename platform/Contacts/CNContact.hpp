@@ -26,9 +26,11 @@ class CNContact {
 
  protected:
   friend class CNContactStore;
+  friend class CNMutableContact;
   explicit CNContact(const RecordKey& key) : key_(key) {}
 
   RecordKey key_;
+  bool hasValues_ = false;  // false: fetched with identifiers only
   PropertyBag properties_;
   Data image_;
 };
@@ -39,8 +41,9 @@ class CNMutableContact : public CNContact {
  public:
   // A new, empty contact with a new identifier.
   static std::shared_ptr<CNMutableContact> init();
-  // Keeps the identifier; a save request that adds the copy gives it a new one when the source is
-  // stored already.
+  // Holds every value, read now when the source was fetched with identifiers only. Keeps the
+  // identifier; a save request that adds the copy gives it a new one when the source is stored
+  // already.
   static std::shared_ptr<CNMutableContact> mutableCopy(const CNContact& source);
 
   void setProperties(PropertyBag properties) { properties_ = std::move(properties); }

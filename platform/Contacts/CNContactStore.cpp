@@ -75,17 +75,23 @@ std::vector<CNContainerPtr> CNContactStore::containersMatchingPredicate_error(
   });
 }
 
+void CNContactStore::fetchValues(CNContact& contact) {
+  answer(nullptr, [&] {
+    const auto values = contactSource().committedValues(contact.key_);
+    if (!values) return;
+    contact.image_ = contactSource().committedImage(contact.key_);
+    contact.properties_ = *values;
+    contact.hasValues_ = true;
+  });
+}
+
 std::vector<CNContactPtr> CNContactStore::unifiedContactsMatchingPredicate_keysToFetch_error(
     const CNPredicate& predicate, const std::vector<std::string>& keys, std::string* error) {
   return answer(error, [&] {
     std::vector<CNContactPtr> contacts;
     for (const auto& key : keysFor(predicate, RecordKind::Person)) {
       std::shared_ptr<CNContact> contact(new CNContact(key));
-      if (!keys.empty()) {
-        if (const auto values = contactSource().committedValues(key))
-          contact->properties_ = *values;
-        contact->image_ = contactSource().committedImage(key);
-      }
+      if (!keys.empty()) fetchValues(*contact);
       contacts.push_back(std::move(contact));
     }
     return contacts;

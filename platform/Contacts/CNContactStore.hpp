@@ -32,7 +32,10 @@ class CNContactStore {
   bool executeSaveRequest_error(CNSaveRequest& request, std::string* error);
 
  private:
+  friend class CNMutableContact;
   CNContactStore() = default;
+  // Every committed value and the picture of the contact; none when the store fails.
+  static void fetchValues(CNContact& contact);
 };
 
 }  // namespace ox

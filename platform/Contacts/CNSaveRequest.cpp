@@ -2,17 +2,22 @@
 
 #include <utility>
 
+#include "platform/Contacts/CNContactStore.hpp"
+
 namespace ox {
 
 std::shared_ptr<CNMutableContact> CNMutableContact::init() {
-  return std::shared_ptr<CNMutableContact>(
+  std::shared_ptr<CNMutableContact> contact(
       new CNMutableContact(RecordKey::make(RecordKind::Person)));
+  contact->hasValues_ = true;
+  return contact;
 }
 
 std::shared_ptr<CNMutableContact> CNMutableContact::mutableCopy(const CNContact& source) {
   std::shared_ptr<CNMutableContact> copy(new CNMutableContact(source.key()));
   copy->properties_ = source.properties();
   copy->image_ = source.imageData();
+  if (!source.hasValues_) CNContactStore::fetchValues(*copy);
   return copy;
 }
 

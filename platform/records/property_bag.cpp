@@ -11,6 +11,25 @@ bool idBefore(const PropertyBag::Entry& entry, PropertyId id) {
   return entry.first < id;
 }
 
+constexpr int kMaxDepth = 32;  // of arrays and dictionaries in one another
+
+// False for what no file can hold: pictures, host objects, nesting without end.
+bool isStorable(const Object& value, int depth) {
+  if (value.as<ImagePtr>() != nullptr || value.as<Object::HostObjectPtr>() != nullptr) return false;
+  if (depth > kMaxDepth) return false;
+  if (const auto* array = value.array()) {
+    return std::all_of(array->begin(), array->end(),
+                       [&](const Object& element) { return isStorable(element, depth + 1); });
+  }
+  if (const auto* dictionary = value.dictionary()) {
+    const auto& entries = dictionary->entries();
+    return std::all_of(entries.begin(), entries.end(), [&](const Dictionary::Entry& entry) {
+      return isStorable(entry.second, depth + 1);
+    });
+  }
+  return true;
+}
+
 bool fitsBase(const Object& value, std::int32_t type) {
   switch (type) {
     case kABStringProperty:
@@ -22,9 +41,9 @@ bool fitsBase(const Object& value, std::int32_t type) {
     case kABDateProperty:
       return value.as<Date>() != nullptr;
     case kABArrayProperty:
-      return value.array() != nullptr;
+      return value.array() != nullptr && isStorable(value, 0);
     case kABDictionaryProperty:
-      return value.dictionary() != nullptr;
+      return value.dictionary() != nullptr && isStorable(value, 0);
     case kABDataProperty:
       return value.as<Data>() != nullptr;
     default:
@@ -42,8 +61,8 @@ std::uint64_t MultiValue::add(Object value, Text label) {
 }
 
 bool isMissing(const PropertyValue& value) {
-  const auto* single = std::get_if<Object>(&value);
-  return single != nullptr && single->isMissing();
+  if (const auto* single = std::get_if<Object>(&value)) return single->isMissing();
+  return std::get<MultiValuePtr>(value) == nullptr;
 }
 
 bool sameValue(const PropertyValue& a, const PropertyValue& b) {

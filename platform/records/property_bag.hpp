@@ -36,7 +36,7 @@ struct MultiValue {
 
 using MultiValuePtr = std::shared_ptr<const MultiValue>;
 
-// What a property holds: one object (missing: nothing) or a multi-value (never null).
+// What a property holds: one object (missing: nothing) or a multi-value (null: nothing).
 using PropertyValue = std::variant<Object, MultiValuePtr>;
 
 bool isMissing(const PropertyValue& value);
@@ -72,7 +72,7 @@ class PropertyBag {
 };
 
 // True when the value has the shape that the type asks for (a string for a string property,
-// elements of the base type in a multi-value); a missing value always fits.
+// elements of the base type in a multi-value) and can be stored; a missing value always fits.
 bool fitsType(const PropertyValue& value, ABPropertyType type);
 
 }  // namespace ox

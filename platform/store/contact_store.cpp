@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::int64_t kLookMilliseconds = 10;
 constexpr std::int64_t kRowsAhead = 32;
+constexpr std::size_t kBytesAhead = 256U << 10U;
 constexpr std::size_t kHalfValueCacheBytes = 16U << 20U;
 constexpr std::size_t kHalfLinkCacheEntries = 1U << 20U;
 // What a decoded bag takes in memory, as a multiple of its stored size; measured, roughly.
@@ -67,10 +68,10 @@ void ContactStore::refresh(Look look) {
     const sqlite::StatementScope scope(row);
     row.step();
     const auto version = row.integer(0);
-    lastLook_ = now;
-    if (version == seenVersion_) return;
+    if (version != seenVersion_) readNews();
+    // Only news that were read to the end are old.
     seenVersion_ = version;
-    readNews();
+    lastLook_ = now;
   });
 }
 
@@ -98,6 +99,9 @@ void ContactStore::forgetLinks() {
 
 void ContactStore::loadIndex() {
   if (indexLoaded_) return;
+  // An earlier try may have failed half way.
+  index_.clear();
+  seenRow_ = 0;
   {
     auto& counts = statement(Sql::RecordCounts);
     const sqlite::StatementScope scope(counts);
@@ -204,37 +208,47 @@ std::optional<ContactStore::Entry> ContactStore::find(const RecordKey& key) {
 std::shared_ptr<const PropertyBag> ContactStore::values(const RecordKey& key) {
   if (lastValues_ && lastKey_ == key) return lastValues_;
   const auto* cached = values_.find(key);
-  if (cached == nullptr) {
+  auto values = cached != nullptr ? *cached : nullptr;
+  if (!values) {
     const auto entry = find(key);
     if (!entry) return nullptr;
     // Whoever walks the records in their order is given a few at a time.
-    const bool walks = entry->row > lastMissedRow_ && entry->row <= lastMissedRow_ + kRowsAhead;
+    const bool walks =
+        indexLoaded_ && entry->row > lastMissedRow_ && entry->row <= lastMissedRow_ + kRowsAhead;
     lastMissedRow_ = entry->row;
-    guarded([&] { readValuesFrom(entry->row, walks && indexLoaded_ ? kRowsAhead : 1); });
-    cached = values_.find(key);
-    if (cached == nullptr) return std::make_shared<const PropertyBag>();
+    values = guarded([&] { return readValues(*entry, walks ? kRowsAhead : 1); });
   }
   lastKey_ = key;
-  lastValues_ = *cached;
-  return lastValues_;
+  lastValues_ = values;
+  return values;
 }
 
-void ContactStore::readValuesFrom(std::int64_t row, std::int64_t count) {
+// The record's own values, which the cache may have let go of again, and up to `count` - 1 records
+// behind it for the cache.
+std::shared_ptr<const PropertyBag> ContactStore::readValues(const Entry& entry,
+                                                            std::int64_t count) {
   auto& rows = statement(Sql::ContentFrom);
   const sqlite::StatementScope scope(rows);
-  rows.bind(1, row).bind(2, count);
-  while (rows.step()) {
-    const auto key = keyOfColumn(rows, 1);
-    // A damaged neighbour is reported when it is asked for itself.
-    if (rows.integer(0) != row && values_.find(key) != nullptr) continue;
+  rows.bind(1, entry.row).bind(2, count);
+  if (!rows.step() || rows.integer(0) != entry.row) {
+    throw StoreError(StoreError::Kind::Corrupt,
+                     path_ + ": " + entry.key.text() + ": its stored values are missing");
+  }
+  std::size_t bytesRead = rows.blob(2).size();
+  auto values = std::make_shared<const PropertyBag>(decodeNaming(entry.key, rows.blob(2)));
+  values_.put(entry.key, values, kDecodedFactor * bytesRead);
+  while (bytesRead < kBytesAhead && rows.step()) {
     const auto bytes = rows.blob(2);
+    bytesRead += bytes.size();
+    const auto key = keyOfColumn(rows, 1);
     try {
-      auto values = std::make_shared<const PropertyBag>(decodeNaming(key, bytes));
-      values_.put(key, std::move(values), kDecodedFactor * bytes.size());
+      auto ahead = std::make_shared<const PropertyBag>(decodeProperties(bytes));
+      values_.put(key, std::move(ahead), kDecodedFactor * bytes.size());
     } catch (const StoreError&) {
-      if (rows.integer(0) == row) throw;
+      break;  // a damaged neighbour is reported when it is asked for itself
     }
   }
+  return values;
 }
 
 void ContactStore::forgetValues() {

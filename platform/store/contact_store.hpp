@@ -82,6 +82,9 @@ class ContactStore {
   bool execute(SaveRequest& request);
   SaveReport commit(const RecordChanges& changes);
   void checkpoint();
+  // Returns when every commit so far would survive a power cut; costs nothing when it would
+  // already.
+  void sync();
 
  private:
   struct Writing;
@@ -98,7 +101,7 @@ class ContactStore {
   void readNews();
   void forgetLinks();
   std::int32_t containerRow(std::string_view identifier);  // 0 when there is none
-  void readValuesFrom(std::int64_t row, std::int64_t count);
+  std::shared_ptr<const PropertyBag> readValues(const Entry& entry, std::int64_t count);
   void forgetValues();
   PropertyBag decodeNaming(const RecordKey& key, std::string_view bytes);
   RecordKeys keysOf(sqlite::Statement& rows, std::int32_t container, RecordKind kind);
@@ -126,6 +129,7 @@ class ContactStore {
   sqlite::Connection database_;
   std::vector<sqlite::Statement> statements_;  // by Sql, prepared when first used
   bool durable_ = false;
+  bool unsynced_ = false;  // something was committed without waiting for the disk
 
   std::int64_t seenVersion_ = -1;  // data_version at the last look
   std::int64_t seenRow_ = 0;       // the last record in the index
@@ -144,7 +148,7 @@ class ContactStore {
   // The record read last, in front of the cache: properties are read one after another.
   RecordKey lastKey_;
   std::shared_ptr<const PropertyBag> lastValues_;
-  std::int64_t lastMissedRow_ = 0;
+  std::int64_t lastMissedRow_ = INT64_MIN / 2;
   GenerationCache<RecordKey, std::shared_ptr<const PropertyBag>> values_;
   GenerationCache<RecordKey, RecordKeysPtr> memberLists_;
   GenerationCache<RecordKey, RecordKeysPtr> subgroupLists_;

@@ -29,6 +29,7 @@ struct ContactStore::Writing {
   std::vector<RecordKey> changedValues;
   bool linksChanged = false;
   std::unordered_map<RecordKey, Entry> addedByKey;
+  std::unordered_map<RecordKey, RecordKey> renamed;  // copies, from the identifier of their source
 };
 
 template <typename Step>
@@ -55,6 +56,7 @@ void ContactStore::write(bool durable, Step step) {
           statement(Sql::SetNextRecord).bind(1, writing.nextRow).run();
         }
         transaction.commit();
+        unsynced_ = !durable;
       } catch (...) {
         writtenCustomProperties_.clear();
         containersLoaded_ = false;
@@ -157,7 +159,10 @@ void ContactStore::addRecord(NewRecord& record, Writing& writing) {
     uid.bindTo(insert, 2);
     insert.bind(3, static_cast<std::int64_t>(record.kind)).bind(4, container).run();
     if (database().changes() != 0) break;
-    record.key = RecordKey::make(record.kind);  // the copy of a contact that is stored already
+    // The copy of a contact that is stored already; this request's links mean the copy.
+    const auto fresh = RecordKey::make(record.kind);
+    writing.renamed[record.key] = fresh;
+    record.key = fresh;
   }
   writeContent(Sql::InsertContent, writing.nextRow, record.properties,
                record.fingerprint ? *record.fingerprint
@@ -179,12 +184,18 @@ void ContactStore::replaceRecord(const ReplacedRecord& record, Writing& writing)
 }
 
 void ContactStore::applyEdit(const RecordEdit& edit, Writing& writing, SaveReport& report) {
+  const auto drop = [&](const std::string& why) {
+    report.dropped.push_back("the changes of " + edit.key.text() + " were dropped: " + why);
+  };
   const auto entry = find(edit.key);
-  const auto before = entry ? values(edit.key) : nullptr;
-  if (!before) {
-    report.dropped.push_back("the changes of " + edit.key.text() +
-                             " were dropped: it was removed elsewhere");
-    return;
+  if (!entry) return drop("it was removed elsewhere");
+  std::shared_ptr<const PropertyBag> before;
+  try {
+    before = values(edit.key);
+  } catch (const StoreError& error) {
+    // One damaged record must not keep every other change from being saved.
+    if (error.kind() != StoreError::Kind::Corrupt) throw;
+    return drop(error.what());
   }
   auto properties = *before;
   for (const auto& [id, value] : edit.values) properties.set(id, value);
@@ -211,8 +222,12 @@ void ContactStore::removeRecord(const Entry& entry, Writing& writing) {
 }
 
 std::string ContactStore::addLink(const Link& link, Writing& writing) {
-  const auto group = findWriting(link.group, writing);
-  const auto child = findWriting(link.child, writing);
+  const auto meant = [&](const RecordKey& key) {
+    const auto renamed = writing.renamed.find(key);
+    return findWriting(renamed != writing.renamed.end() ? renamed->second : key, writing);
+  };
+  const auto group = meant(link.group);
+  const auto child = meant(link.child);
   const auto named = [&](const char* why) {
     return "the link from " + link.group.text() + " to " + link.child.text() + why;
   };
@@ -283,7 +298,14 @@ void ContactStore::checkpoint() {
     durable_ = true;
     file.queryInteger("PRAGMA wal_checkpoint(TRUNCATE)");
     syncWriteAheadLog(path_);
+    unsynced_ = false;
   });
+}
+
+void ContactStore::sync() {
+  if (!unsynced_) return;
+  syncWriteAheadLog(path_);
+  unsynced_ = false;
 }
 
 }  // namespace ox

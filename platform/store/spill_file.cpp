@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <string>
 #include <unistd.h>
+#include <utility>
 
 #include "platform/store/changes.hpp"
 
@@ -65,7 +66,7 @@ Data SpillFile::get(const Place& place) const {
 
 void SpillFile::clear() {
   end_ = 0;
-  if (file_ >= 0 && ::ftruncate(file_, 0) != 0) fail("emptying");
+  if (file_ >= 0) ::close(std::exchange(file_, -1));
 }
 
 SpillableData::SpillableData(Data data, SpillFile& file) {

@@ -1,5 +1,6 @@
 #include "platform/store/store_source.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <mutex>
 #include <unordered_set>
@@ -57,6 +58,7 @@ class StoreSource final : public ContactSource {
     if (!fitsType(value, type)) {
       return refuse("a value of the wrong type for " + property_table::nameOf(property));
     }
+    if (isMissing(value)) value = Object();  // whatever the spelling
     cleanText(value);
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::AtMostEvery10ms);
@@ -91,13 +93,13 @@ class StoreSource final : public ContactSource {
 
   RecordKeysPtr children(const RecordKey& group, RecordKind kind) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::Now);
     return links_.children(group, kind);
   }
 
   RecordKeysPtr parents(const RecordKey& record) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::Now);
     return values_.isRemoved(record) ? std::make_shared<const RecordKeys>()
                                      : links_.parents(record);
   }
@@ -152,9 +154,12 @@ class StoreSource final : public ContactSource {
 
   SaveReport save() override {
     const std::lock_guard lock(mutex_);
-    if (values_.empty() && links_.empty()) return {true, {}, {}};
     SaveReport report;
     try {
+      if (values_.empty() && links_.empty()) {
+        store_.sync();  // creations were committed without waiting for the disk
+        return {true, {}, {}};
+      }
       report = store_.commit(
           {values_.edits(), values_.removals(), links_.removedLinks(), links_.addedLinks()});
     } catch (const StoreError& error) {
@@ -237,6 +242,7 @@ class StoreSource final : public ContactSource {
   }
 
   bool execute(SaveRequest& request) override {
+    if (!isStorable(request)) return false;
     for (auto& record : request.additions) {
       if (cleanText(record.properties)) record.fingerprint.reset();
     }
@@ -248,14 +254,14 @@ class StoreSource final : public ContactSource {
   RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
                                 std::string_view uid) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::Now);
     return store_.withCardUid(containerIdentifier, kind, uid);
   }
 
   RecordKeys recordsWithFingerprint(std::string_view containerIdentifier, RecordKind kind,
                                     std::uint64_t fingerprint) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::Now);
     return store_.withFingerprint(containerIdentifier, kind, fingerprint);
   }
 
@@ -265,6 +271,22 @@ class StoreSource final : public ContactSource {
   }
 
  private:
+  // Names the first value that does not fit as the request's reason.
+  static bool isStorable(SaveRequest& request) {
+    const auto check = [&](const PropertyBag& properties) {
+      for (const auto& [id, value] : properties.entries()) {
+        if (fitsType(value, property_table::typeOf(id))) continue;
+        request.reason = "a value of the wrong type for " + property_table::nameOf(id);
+        return false;
+      }
+      return true;
+    };
+    return std::all_of(request.additions.begin(), request.additions.end(),
+                       [&](const auto& record) { return check(record.properties); }) &&
+           std::all_of(request.replacements.begin(), request.replacements.end(),
+                       [&](const auto& record) { return check(record.properties); });
+  }
+
   PropertyValue committedValue(const RecordKey& key, PropertyId property) {
     const auto values = store_.values(key);
     const auto* value = values ? values->find(property) : nullptr;
@@ -290,7 +312,7 @@ class StoreSource final : public ContactSource {
     try {
       return (this->*read)(key);
     } catch (const ImageReadError&) {
-      static const auto damaged = makeData("damaged");
+      static const auto& damaged = *new Data(makeData("damaged"));
       return damaged;
     }
   }

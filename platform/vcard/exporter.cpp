@@ -32,7 +32,8 @@ class Export {
     }
     std::vector<std::string> members;
     for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
-      for (const auto& child : *source_.children(key, kind)) {
+      const auto held = source_.children(key, kind);
+      for (const auto& child : *held) {
         if (exported.contains(child)) members.push_back(uidOf(child));
       }
     }

@@ -218,7 +218,8 @@ bool GroupImport::isBelow(const RecordKey& group, const RecordKey& top) {
     const auto visit = [&](const RecordKey& child) {
       if (seen.insert(child).second) open.push_back(child);
     };
-    for (const auto& child : *source_.children(key, RecordKind::Group)) visit(child);
+    const auto below = source_.children(key, RecordKind::Group);
+    for (const auto& child : *below) visit(child);
     const auto [first, last] = nested_.equal_range(key);
     for (auto link = first; link != last; ++link) visit(link->second);
   }

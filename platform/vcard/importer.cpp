@@ -162,7 +162,7 @@ ImportReport importFiles(const std::vector<std::string>& paths, const std::strin
   } catch (const StoreError& error) {
     report.failure = error.what();
     report.failureKind = error.kind();
-  } catch (const std::runtime_error& error) {
+  } catch (const std::exception& error) {
     report.failure = error.what();
   }
   return report;
