@@ -91,6 +91,15 @@ class _ABPerson final : public ABPerson, public IOxPerson {
   std::shared_ptr<const OxObjectEmail> mainEmail() const override;
   std::vector<std::shared_ptr<IOxGroup>> groups() const override;
 
+  // --- vCard ---
+
+  // The picture as a vCard line of its own, freshly encoded as JPEG, unfolded, without a line end;
+  // missing without a picture that can be decoded.
+  Text vcardImageDataString() const;
+  // The record's vCard with that line in it; the record's vCard as it is when there is no such line
+  // or no place for it; null when there is no such record any more.
+  Data newCreateVcard() const;
+
   // --- names of properties and labels ---
 
   // A name that no row of the tables has comes back unchanged; missing stays missing.

@@ -1,25 +1,23 @@
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "base/failures.hpp"
 #include "platform/images/image_codec.hpp"
 #include "platform/store/changes.hpp"
 
 namespace ox {
-namespace {
 
-Data readableImageData(const ABPerson& person) {
+ImagePtr storedPicture(const ABPerson& person) {
   try {
-    return person.imageData();
+    const Data data = person.imageData();
+    return data ? images::decodeImage(*data) : nullptr;
   } catch (const ImageReadError&) {
     return nullptr;
   }
 }
 
-}  // namespace
-
 std::shared_ptr<OxMutableSingleValue> _ABPerson::thumbnailValue() const {
-  const Data data = readableImageData(*this);
-  const ImagePtr image = data ? images::decodeImage(*data) : nullptr;
-  return singleValueByMacValue_property(image, OxProperty::propertyWithName(OxProPertyThumbnail));
+  return singleValueByMacValue_property(storedPicture(*this),
+                                        OxProperty::propertyWithName(OxProPertyThumbnail));
 }
 
 void _ABPerson::setThumbnailValue(const std::shared_ptr<OxMutableSingleValue>& value) {

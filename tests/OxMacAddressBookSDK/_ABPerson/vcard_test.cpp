@@ -1,0 +1,78 @@
+#include <gtest/gtest.h>
+
+#include "OxMacAddressBookSDK/_ABPerson/vcard_photo.hpp"
+#include "base/base64.hpp"
+#include "platform/images/image_codec.hpp"
+#include "tests/OxMacAddressBookSDK/fixtures.hpp"
+
+namespace ox::test {
+namespace {
+
+constexpr std::string_view kPrefix = "PHOTO;BASE64;ENCODING=b;TYPE=JPEG:";
+
+ImagePtr redSquare() {
+  auto image = std::make_shared<Image>();
+  image->width = image->height = 8;
+  for (int i = 0; i < 64; ++i) image->pixels.insert(image->pixels.end(), {200, 0, 0, 255});
+  return image;
+}
+
+TEST(CardWithPhoto, PutsTheLineInTheEndLinesPlaceByteForByte) {
+  struct Row {
+    std::string card;
+    std::string expected;  // empty: as it was
+  };
+  const std::vector<Row> rows = {
+      {"BEGIN:VCARD\r\nN:x\r\nEND:VCARD\r\n", "BEGIN:VCARD\r\nN:x\r\nPHOTO:1\r\n\nEND:VCARD"},
+      {"BEGIN:VCARD\nEND:VCARD", "BEGIN:VCARD\nPHOTO:1\nEND:VCARD"},
+      {"END:VCARD\nEND:VCARD\n", "PHOTO:1\nPHOTO:1\n\nEND:VCARD"},
+      {"PHOTO:0\nEND:VCARD", "PHOTO:0\nPHOTO:1\nEND:VCARD"},
+      {"BEGIN:VCARD\nend:vcard\n", ""},
+      {"BEGIN:VCARD\n\xFF\nEND:VCARD\n", ""},
+      {"", ""},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(cardWithPhoto(row.card, "PHOTO:1").value_or(""), row.expected) << row.card;
+  }
+}
+
+TEST(NewCreateVcard, WithoutAPictureIsThePlatformsOwn) {
+  const auto made = newPersonWith({.first = "Ann", .image = makeData("no picture")});
+  EXPECT_EQ(made->vcardImageDataString(), std::nullopt);
+  EXPECT_EQ(*made->newCreateVcard(), *made->vCardRepresentation());
+  made->setThumbnail(nullptr);
+  EXPECT_EQ(made->vcardImageDataString(), std::nullopt);
+  EXPECT_EQ(*made->newCreateVcard(), *made->vCardRepresentation());
+}
+
+TEST(NewCreateVcard, CarriesAFreshJpegInOneLine) {
+  const auto made = newPersonWith({.first = "Ann"});
+  made->setThumbnail(redSquare());
+  const auto line = made->vcardImageDataString();
+  ASSERT_TRUE(line);
+  EXPECT_EQ(line->substr(0, kPrefix.size()), kPrefix);
+  EXPECT_EQ(line->find_first_of("\r\n "), std::string::npos);
+  const auto jpeg = bytesOfBase64(line->substr(kPrefix.size()));
+  ASSERT_TRUE(jpeg);
+  EXPECT_EQ(jpeg->substr(0, 2), "\xFF\xD8");
+  const auto image = images::decodeImage(*jpeg);
+  ASSERT_TRUE(image);
+  EXPECT_EQ(image->width, 8U);
+  EXPECT_NEAR(image->pixels[0], 200, 12);
+
+  const std::string platform = *made->vCardRepresentation();
+  ASSERT_TRUE(platform.ends_with("END:VCARD\r\n"));
+  EXPECT_EQ(*made->newCreateVcard(),
+            platform.substr(0, platform.size() - 11) + *line + "\r\n\nEND:VCARD");
+}
+
+TEST(NewCreateVcard, OfAPictureThatCannotBeReadIsThePlatformsOwn) {
+  const auto made = newPersonWith({.first = "Ann"});
+  made->setThumbnail(redSquare());
+  SwitchedSource::install().raiseOnImageOf("p");
+  EXPECT_EQ(made->vcardImageDataString(), std::nullopt);
+  EXPECT_EQ(*made->newCreateVcard(), *made->vCardRepresentation());
+}
+
+}  // namespace
+}  // namespace ox::test
