@@ -39,6 +39,17 @@ void SwitchedSource::refuseLinkEdits(bool refused) {
   linksRefused_ = refused;
 }
 
+void SwitchedSource::refuseLinkEditsOf(const std::string& group) {
+  const std::scoped_lock hold(lock_);
+  fixedGroups_.insert(group);
+}
+
+void SwitchedSource::giveValue(const std::string& identifier, PropertyId property,
+                               PropertyValue value) {
+  const std::scoped_lock hold(lock_);
+  givenValues_[{identifier, property}] = std::move(value);
+}
+
 void SwitchedSource::raiseOnImageOf(const std::string& identifier) {
   const std::scoped_lock hold(lock_);
   brokenImages_.insert(identifier);
@@ -97,9 +108,9 @@ RecordKeys SwitchedSource::without(const Identifiers SwitchedSource::*hidden,
   return left;
 }
 
-bool SwitchedSource::linkEditsRefused() const {
+bool SwitchedSource::refusesLinkEditsOf(const RecordKey& group) const {
   const std::scoped_lock hold(lock_);
-  return linksRefused_;
+  return linksRefused_ || fixedGroups_.contains(group.text());
 }
 
 // --- the record view ---
@@ -116,7 +127,13 @@ std::optional<RecordInfo> SwitchedSource::record(std::string_view identifier) {
 }
 
 PropertyValue SwitchedSource::value(const RecordKey& key, PropertyId property) {
-  count(&SourceCounts::value);
+  {
+    const std::scoped_lock hold(lock_);
+    ++counts_.value;
+    ++counts_.valueOf[property];
+    const auto given = givenValues_.find({key.text(), property});
+    if (given != givenValues_.end()) return given->second;
+  }
   return real_->value(key, property);
 }
 
@@ -153,12 +170,12 @@ RecordKeysPtr SwitchedSource::parents(const RecordKey& record) {
 
 bool SwitchedSource::link(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
   count(&SourceCounts::link);
-  return !linkEditsRefused() && real_->link(group, child, childKind);
+  return !refusesLinkEditsOf(group) && real_->link(group, child, childKind);
 }
 
 bool SwitchedSource::unlink(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
   count(&SourceCounts::unlink);
-  return !linkEditsRefused() && real_->unlink(group, child, childKind);
+  return !refusesLinkEditsOf(group) && real_->unlink(group, child, childKind);
 }
 
 bool SwitchedSource::remove(const RecordKey& key, RecordKind kind) {

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/store/contact_source.hpp"
@@ -40,6 +41,8 @@ struct SourceCounts {
   std::uint64_t recordsWithCardUid = 0;
   std::uint64_t recordsWithFingerprint = 0;
   std::uint64_t checkpoint = 0;
+  // Those of `value`, by property.
+  std::map<PropertyId, std::uint64_t> valueOf = {};
 };
 
 // A seam over the real store: passes every call on, unless a switch says otherwise, and counts it.
@@ -55,6 +58,10 @@ class SwitchedSource : public ContactSource {
   // --- switches ---
   void denyContainerAccess(bool denied = true);
   void refuseLinkEdits(bool refused = true);
+  // Only those that would change what this group holds.
+  void refuseLinkEditsOf(const std::string& group);
+  // The record view then reads this value, whether or not the store would take it.
+  void giveValue(const std::string& identifier, PropertyId property, PropertyValue value);
   void raiseOnImageOf(const std::string& identifier);
   void describe(const std::string& identifier, std::string text);
   // The row is then known to the other view only.
@@ -105,17 +112,19 @@ class SwitchedSource : public ContactSource {
   void enterContainerView(std::uint64_t SourceCounts::*operation) const;
   bool isIn(const Identifiers SwitchedSource::*set, std::string_view identifier) const;
   RecordKeys without(const Identifiers SwitchedSource::*hidden, const RecordKeys& keys) const;
-  bool linkEditsRefused() const;
+  bool refusesLinkEditsOf(const RecordKey& group) const;
 
   std::shared_ptr<ContactSource> real_;
   mutable std::mutex lock_;
   mutable SourceCounts counts_;
   bool denied_ = false;
   bool linksRefused_ = false;
+  Identifiers fixedGroups_;
   Identifiers brokenImages_;
   Identifiers hiddenFromRecords_;
   Identifiers hiddenFromContainers_;
   std::map<std::string, std::string, std::less<>> descriptions_;
+  std::map<std::pair<std::string, PropertyId>, PropertyValue> givenValues_;
 };
 
 // The store below any installed seam.
