@@ -28,6 +28,14 @@ inline std::shared_ptr<_ABGroup> group(std::string_view id) {
   return hostGroup(ABAddressBook::sharedAddressBook()->recordForUniqueId(id));
 }
 
+// The first discovered book of that ID; null when there is none.
+inline std::shared_ptr<OxMacAddressBook> bookNamed(std::string_view id) {
+  for (const auto& book : OxMacAddressBook::addressBookArray()) {
+    if (book->_xxID == id) return book;
+  }
+  return nullptr;
+}
+
 // A person "p" with these values, alone in the local container.
 inline std::shared_ptr<_ABPerson> newPersonWith(const PersonValues& values) {
   StoreBuilder().person("p", values);
@@ -62,6 +70,14 @@ inline std::shared_ptr<OxMutableSingleValue> single(const Object& value, std::in
   element->setValue(value);
   element->setType(type);
   return element;
+}
+
+// A multiple value of one phone, the main one.
+inline std::shared_ptr<OxMutableMultipleValue> onePhone(const std::string& number) {
+  auto phones = OxMutableMultipleValue::init();
+  phones->addValue(single(OxObjectPhone::initWithPhoneNumber(number), value_type::kPhone));
+  phones->setMainValue(phones->valueAtIndex(0));
+  return phones;
 }
 
 inline OxPropertyPtr property(std::string_view name) {

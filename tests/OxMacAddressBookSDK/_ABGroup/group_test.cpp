@@ -44,6 +44,19 @@ TEST(GroupBookId, WithoutContainerComesFromTheStorePath) {
   EXPECT_EQ(group("i")->addressBookID(), Text("_local"));
 }
 
+TEST(GroupBookId, ComesFromTheStorePathWhereAccessToTheContainersIsDenied) {
+  auto& source = SwitchedSource::install();
+  StoreBuilder(source.real()).group("l", "L").container("A:ABAccount", "iCloud", 3).group("g", "G");
+  source.denyContainerAccess();
+  source.resetCounts();
+  EXPECT_EQ(group("g")->AccountID(), Text("A"));
+  EXPECT_EQ(group("l")->AccountID(), Text());
+  EXPECT_EQ(source.counts().containerOf, 2U);
+  EXPECT_EQ(source.counts().description, 2U);
+  EXPECT_EQ(group("g")->addressBookID(), Text("A"));
+  EXPECT_EQ(group("l")->addressBookID(), Text("_local"));
+}
+
 TEST(GroupAddressBook, IsTheFirstDiscoveredBookOfTheGroupsId) {
   StoreBuilder()
       .container("A", "First", 3)

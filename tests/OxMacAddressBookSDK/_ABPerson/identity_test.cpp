@@ -25,6 +25,17 @@ TEST(PersonBookId, IsWorkedOutOnceAndLocalWithoutContainer) {
   EXPECT_EQ(source.counts().containerOf, 0U);
 }
 
+TEST(PersonBookId, IsLocalWhereAccessToTheContainersIsDenied) {
+  auto& source = SwitchedSource::install();
+  StoreBuilder(source.real()).container("A", "iCloud", 3).person("p", {});
+  source.denyContainerAccess();
+  EXPECT_EQ(person("p")->AccountID(), Text());
+  EXPECT_EQ(person("p")->addressBookID(), Text("_local"));
+  source.denyContainerAccess(false);
+  EXPECT_EQ(person("p")->AccountID(), Text("A"));
+  EXPECT_EQ(person("p")->addressBookID(), Text("_local")) << "worked out once";
+}
+
 TEST(PersonAddressBook, IsTheFirstOfTheListAndMissingForAnUnknownId) {
   StoreBuilder().container("A", "iCloud", 3).person("p", {});
   const auto books = OxMacAddressBook::addressBookArray();
@@ -64,8 +75,13 @@ TEST(DisplayName, IsRememberedUntilNameOrCompanyAreSet) {
   // Behind the adapter's back.
   ann->setValue_forProperty(Object("Other"), kABOrganizationProperty);
   EXPECT_EQ(ann->displayName(), Text("ACME"));
+  ann->setAddressID("X");
   ann->setValue_byPropertyName(single("Boss", value_type::kString), OxProPertyJobTitle);
+  ann->setValue_byPropertyName(onePhone("1"), OxProPertyPhone);
+  EXPECT_EQ(ann->mainPhone()->phoneNumber(), Text("1"));
   EXPECT_EQ(ann->displayName(), Text("ACME"));
+  EXPECT_EQ(ann->nameChineesPinyin(), Text("ACME"));
+  EXPECT_EQ(ann->addressBookID(), Text("X"));
   ann->setValue_byPropertyName(single("ACME2", value_type::kString), OxProPertyCompany);
   EXPECT_EQ(ann->displayName(), Text("ACME2"));
   EXPECT_EQ(ann->nameChineesPinyin(), Text("ACME2"));

@@ -1,80 +1,14 @@
-#include <condition_variable>
 #include <gtest/gtest.h>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
-#include <utility>
 
 #include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/support/second_process.hpp"
 
 namespace ox::test {
 namespace {
-
-std::shared_ptr<OxMacAddressBook> bookNamed(std::string_view id) {
-  for (const auto& book : OxMacAddressBook::addressBookArray()) {
-    if (book->_xxID == id) return book;
-  }
-  return nullptr;
-}
-
-// Records a worker's reports and waits for the finished one.
-class Reports {
- public:
-  ProgressCallback loadCallback() {
-    return [this](double value, bool finished) {
-      note(support::shortest(value) + (finished ? "!" : ""), finished);
-    };
-  }
-
-  SaveCallback saveCallback() {
-    return [this](bool finished, const Data& data, double value) {
-      const std::string text = support::shortest(value) + (data ? " data" : "");
-      if (data) data_ = data;
-      note(text + (finished ? "!" : ""), finished);
-    };
-  }
-
-  std::string wait() {
-    std::unique_lock lock(mutex_);
-    finished_.wait(lock, [this] { return done_; });
-    done_ = false;
-    return std::exchange(text_, {});
-  }
-
-  const Data& data() const { return data_; }
-  std::thread::id worker() const { return worker_; }
-
- private:
-  void note(const std::string& report, bool finished) {
-    const std::lock_guard lock(mutex_);
-    worker_ = std::this_thread::get_id();
-    text_ += (text_.empty() ? "" : " ") + report;
-    done_ = done_ || finished;
-    finished_.notify_all();
-  }
-
-  std::mutex mutex_;
-  std::condition_variable finished_;
-  std::string text_;
-  bool done_ = false;
-  Data data_;
-  std::thread::id worker_;
-};
-
-Data savedData(const std::shared_ptr<OxMacAddressBook>& book) {
-  Reports run;
-  book->saveDataBlock(run.saveCallback());
-  run.wait();
-  return run.data();
-}
-
-std::string loaded(const std::shared_ptr<OxMacAddressBook>& book, const Data& data) {
-  Reports run;
-  book->loadWithData_progressBlock(data, run.loadCallback());
-  return run.wait();
-}
 
 const support::SecondProcess listsNames("listsNames", [](const auto& arguments) {
   const auto book = bookNamed(arguments.at(0));
@@ -196,23 +130,6 @@ TEST(BulkLoad, GoesOnWhenItsCallbackThrows) {
   });
   EXPECT_EQ(run.wait(), "0 50 50 100 100 100!");
   book->loadThreed(data);  // and none at all
-}
-
-TEST(BulkThreads, TwoSavesAtOnceBothFinishWithTheLaterCallback) {
-  StoreBuilder().persons("p", 5);
-  const auto book = bookNamed("_local");
-  std::mutex mutex;
-  std::condition_variable changed;
-  int finished = 0;
-  const SaveCallback callback = [&](bool done, const Data& data, double) {
-    const std::lock_guard lock(mutex);
-    if (done && data) ++finished;
-    changed.notify_all();
-  };
-  book->saveDataBlock(callback);
-  book->saveDataBlock(callback);
-  std::unique_lock lock(mutex);
-  changed.wait(lock, [&] { return finished == 2; });
 }
 
 }  // namespace

@@ -28,12 +28,7 @@ class EmptyPerson final : public IOxPerson {
   void setTags(const std::optional<std::vector<std::string>>&) override {}
 };
 
-std::shared_ptr<OxMacAddressBook> bookNamed(std::string_view id) {
-  for (const auto& book : OxMacAddressBook::addressBookArray()) {
-    if (book->_xxID == id) return book;
-  }
-  return nullptr;
-}
+constexpr Date kBirthday{1990, 5, 17, {}, {}};
 
 CNContactPtr contact(const std::string& id) {
   return CNContactStore::init()
@@ -106,6 +101,33 @@ TEST(CopyContact, ComesInWithoutStampCacheEntryOrEmptySingleValues) {
   EXPECT_EQ(phones->count(), 1U);
 }
 
+TEST(CopyContact, ComesInWithItsBirthdayAndWithoutTags) {
+  StoreBuilder()
+      .container("A:ABAccount", "iCloud", 3)
+      .person("a0", {.more = {{property_id::kBirthday, Object(kBirthday)}}});
+  const auto book = bookNamed("_local");
+  person("a0")->addTag("friend");
+  const auto copy = book->addOneFromOtherPerson(contact("a0"));
+  ASSERT_TRUE(copy);
+  EXPECT_EQ(std::get<Object>(copy->valueForProperty(kABBirthdayProperty)), Object(kBirthday));
+  EXPECT_EQ(copy->tagArray(), std::vector<std::string>());
+  EXPECT_EQ(person("a0")->tagArray(), std::vector<std::string>{"friend"});
+}
+
+TEST(CopyContact, HasNoneOfItsMultipleValuesLookedAt) {
+  auto& source = SwitchedSource::install();
+  StoreBuilder(source.real())
+      .person("p", {.first = "Ann", .note = "", .phones = {{"x", ""}}, .emails = {{"x", "y"}}});
+  const auto book = bookNamed("_local");
+  source.resetCounts();
+  ASSERT_TRUE(book->addOneFromOtherPerson(contact("p")));
+  const auto reads = source.counts().valueOf;
+  EXPECT_TRUE(reads.contains(property_id::kNote));
+  for (const auto& [id, times] : reads) {
+    EXPECT_EQ(property_table::typeOf(id) & kABMultiValueMask, 0) << property_table::nameOf(id);
+  }
+}
+
 TEST(CopyContact, IntoAnUnknownContainerIsMissing) {
   StoreBuilder().persons("p", 1);
   const auto book = OxMacAddressBook::initWithContainer(containerOf("gone:ABAccount", "x", 3));
@@ -114,13 +136,19 @@ TEST(CopyContact, IntoAnUnknownContainerIsMissing) {
 }
 
 TEST(ClearSingleValue, LeavesNameBirthdayTagsAndSpeakingValues) {
+  auto& source = SwitchedSource::install();
   const auto made = newPersonWith({.first = "", .company = "", .nickname = "Nick", .note = ""});
+  source.giveValue("p", property_id::kBirthday, Object(""));
   const auto book = bookNamed("_local");
+  made->addTag("friend");
+  source.resetCounts();
   for (const auto& each : book->supportProperty()) {
     book->needSingValueClearValue_property(made, each);
   }
   book->needSingValueClearValue_property(nullptr, property(OxProPertyNote));
   book->needSingValueClearValue_property(made, nullptr);
+  EXPECT_EQ(source.counts().setValue, 2U) << "the company and the note, not the empty birthday";
+  EXPECT_EQ(made->tagArray(), std::vector<std::string>{"friend"});
   EXPECT_EQ(std::get<Object>(made->valueForProperty(kABFirstNameProperty)), Object(""));
   EXPECT_EQ(std::get<Object>(made->valueForProperty(kABOrganizationProperty)), Object());
   EXPECT_EQ(std::get<Object>(made->valueForProperty(kABNicknameProperty)), Object("Nick"));

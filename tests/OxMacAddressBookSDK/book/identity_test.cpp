@@ -1,5 +1,7 @@
+#include <array>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <vector>
 
 #include "OxMacAddressBookSDK/book/services.hpp"
 #include "OxMacAddressBookSDK/version.hpp"
@@ -126,6 +128,36 @@ TEST(Artwork, IsReadFromItsFileAtEveryCall) {
   EXPECT_EQ(shadeOf(book->loadImageWithName_type("test artwork", "png")), 2);
   EXPECT_EQ(book->loadImageWithName_type("test artwork", "jpg"), nullptr);
   EXPECT_EQ(book->loadImageWithName_type(std::nullopt, "png"), nullptr);
+}
+
+TEST(Artwork, OfEachServiceHasItsSizesAndAPictureOfItsOwn) {
+  constexpr std::uint32_t kSizes[] = {32, 64, 128, 256, 512};
+  const auto picturesOf = [](const OxMacAddressBook& book) {
+    return std::array{book.thumbnail(), book.logo1(), book.logo2(), book.logo3(), book.logo4()};
+  };
+  std::vector<std::array<ImagePtr, 5>> met;
+  for (std::int32_t type = 0; type <= 9; ++type) {
+    const auto book = OxMacAddressBook::initWithID("X");
+    book->_serverType = type;
+    met.push_back(picturesOf(*book));
+    for (std::size_t i = 0; i < met.back().size(); ++i) {
+      const auto& picture = met.back().at(i);
+      ASSERT_TRUE(picture) << type << ' ' << i;
+      EXPECT_EQ(picture->width, kSizes[i]) << type;
+      EXPECT_EQ(picture->height, kSizes[i]) << type;
+      for (std::size_t other = 0; other + 1 < met.size(); ++other) {
+        EXPECT_NE(*picture, *met[other].at(i)) << type << ' ' << other;
+      }
+    }
+  }
+  const auto local = OxMacAddressBook::initWithID("_local");
+  const auto another = OxMacAddressBook::initWithID("_LOCAL");
+  for (std::size_t i = 0; i < std::size(kSizes); ++i) {
+    EXPECT_EQ(*picturesOf(*local).at(i), *met.front().at(i));
+    EXPECT_EQ(*picturesOf(*another).at(i), *met.back().at(i));
+  }
+  EXPECT_EQ(*local->loadImageWithName_type("pic_mac_logo2", "png"), *local->logo2());
+  EXPECT_EQ(local->loadImageWithName_type("no such", "png"), nullptr);
 }
 
 TEST(Constants, AreTheTextsThatHostsRelyOn) {

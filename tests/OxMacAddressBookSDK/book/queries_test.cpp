@@ -48,6 +48,17 @@ TEST(AllPersons, OfAnEmptyBookAskTheStoreEveryTime) {
   EXPECT_EQ(source.counts().recordsIn, 2U);
 }
 
+TEST(AllPersons, AreAskedForAgainOnceAccessToTheContainersIsAllowed) {
+  auto& source = SwitchedSource::install();
+  StoreBuilder(source.real()).person("l", {});
+  const auto book = bookOf("_local:ABAccount");
+  source.denyContainerAccess();
+  ASSERT_TRUE(book->allPersons());
+  EXPECT_EQ(book->allPersonsCount(), 0U);
+  source.denyContainerAccess(false);
+  EXPECT_EQ(idsOf(book->allPersons()->snapshot()), "l");
+}
+
 TEST(AllPersons, OfABookWithoutCacheAreNone) {
   StoreBuilder().person("l", {});
   const auto book = OxMacAddressBook::initWithID("_local");

@@ -7,13 +7,6 @@
 namespace ox::test {
 namespace {
 
-std::shared_ptr<OxMacAddressBook> bookNamed(std::string_view id) {
-  for (const auto& book : OxMacAddressBook::addressBookArray()) {
-    if (book->_xxID == id) return book;
-  }
-  return nullptr;
-}
-
 const support::SecondProcess countsRecords("countsRecords", [](const auto&) {
   const auto records = ABAddressBook::sharedAddressBook();
   std::printf("%zu %zu", records->people().size(), records->groups().size());
@@ -150,13 +143,44 @@ TEST(RemovePersons, OfAnotherBookDeletesThemButForgetsTagsOfThisBookOnly) {
   EXPECT_EQ(cachedIn(*bookNamed("A")), "a0");
 }
 
+std::string unsavedChanges() {
+  const auto changes = ABAddressBook::sharedAddressBook()->unsavedChanges();
+  std::string text;
+  for (const auto& value : changes.values) {
+    text += value.key.text() + "." + property_table::nameOf(value.property) + ' ';
+  }
+  for (const auto& key : changes.removals) text += '-' + key.text() + ' ';
+  for (const auto& link : changes.addedLinks) {
+    text += link.group.text() + "+" + link.child.text() + ' ';
+  }
+  for (const auto& link : changes.removedLinks) {
+    text += link.group.text() + "-" + link.child.text() + ' ';
+  }
+  return text;
+}
+
 TEST(Book, SyncAndUpdateDoNothing) {
-  StoreBuilder().persons("p", 1);
+  StoreBuilder()
+      .persons("p", 3)
+      .group("g", "G")
+      .members("g", {"p0"})
+      .person("rung", {.phones = {{"x", "111", true}}});
   const auto book = bookNamed("_local");
-  person("p0")->setValue_byPropertyName(single("note", 0), OxProPertyNote);
+  person("rung")->setValue_byPropertyName(onePhone("222"), OxProPertyPhone);
+  group("g")->addPersons({person("p1")});
+  group("g")->removePersonsFromThisGroup({person("p0")});
+  book->removePersons({person("p2")});
+  const auto cached = cachedIn(*book);
+  ASSERT_EQ(unsavedChanges(), "rung.Phone -p2 g+p1 g-p0 ");
+  // Not known to the book yet, and neither operation makes it so.
+  StoreBuilder().person("new", {});
   book->sync();
   book->update();
-  EXPECT_TRUE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+  EXPECT_EQ(unsavedChanges(), "rung.Phone -p2 g+p1 g-p0 ");
+  EXPECT_EQ(cachedIn(*book), cached);
+  EXPECT_EQ(tellsPhone.run({"rung"}).output, "111");
+  EXPECT_EQ(countsRecords.run().output, "5 1");
+  EXPECT_EQ(person("rung")->mainPhone()->phoneNumber(), "222");
 }
 
 TEST(Book, ServesATypicalRequestFromTheListToTheSave) {

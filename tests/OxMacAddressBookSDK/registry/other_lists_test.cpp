@@ -33,6 +33,53 @@ TEST(AccountIdDiscovery, ListsTheLocalBookOfAnEmptyStore) {
   EXPECT_EQ(idsOf(OxMacAddressBook::addressBookArray()), "_local");
 }
 
+// An account of its own, a person and a group in it, and a person in each account known before.
+void addAnAccountAndRecords() {
+  StoreBuilder().person("l2", {}).in("A").person("a2", {});
+  StoreBuilder().container("N", "Google", 3).person("n", {}).group("ng", "G");
+}
+
+std::string booksAndCaches(const BookList& books) {
+  std::string text;
+  for (const auto& book : books) text += *book->ID() + '(' + cachedIn(*book) + ") ";
+  return text;
+}
+
+TEST(Discovery, OfAnyKindSeesNoAccountThatIsAddedAfterItsFirstCall) {
+  StoreBuilder().person("l", {}).container("A", "Yahoo", 3).person("a", {});
+  Sequence reports;
+  const auto progress = reports.callback();
+  const auto byContainers = OxMacAddressBook::addressBookArrayWithProgressBlock2(progress);
+  const auto second = OxMacAddressBook::addressBookArray2();
+  const auto third = OxMacAddressBook::addressBookArray3();
+  reports.clear();
+  addAnAccountAndRecords();
+  EXPECT_EQ(booksAndCaches(OxMacAddressBook::addressBookArrayWithProgressBlock2(progress)),
+            "_local(l) A(a) ");
+  EXPECT_EQ(reports.text(), "");
+  EXPECT_EQ(booksAndCaches(OxMacAddressBook::addressBookArrayWithProgressBlock(progress)),
+            "_local(l) A(a) ");
+  EXPECT_EQ(reports.text(), "100!");
+  EXPECT_EQ(booksAndCaches(OxMacAddressBook::addressBookArray2()), "_local() A() ");
+  EXPECT_EQ(booksAndCaches(OxMacAddressBook::addressBookArray3()), "_local(l) A(a) ");
+  EXPECT_EQ(OxMacAddressBook::addressBookArrayWithProgressBlock2(progress).element(1),
+            byContainers.element(1));
+  EXPECT_EQ(OxMacAddressBook::addressBookArray2(), second);
+  EXPECT_EQ(OxMacAddressBook::addressBookArray3(), third);
+}
+
+TEST(AccountIdDiscovery, SeesNoAccountThatIsAddedAfterItsFirstCall) {
+  support::setSystemVersion("10.10");
+  StoreBuilder().person("l", {}).container("A", "Yahoo", 3).person("a", {});
+  const auto first = OxMacAddressBook::addressBookArray();
+  ASSERT_EQ(idsOf(first), "_local A");
+  addAnAccountAndRecords();
+  EXPECT_EQ(idsOf(OxMacAddressBook::addressBookArray()), "_local A");
+  EXPECT_EQ(OxMacAddressBook::addressBookArray(), first);
+  // The list of the other kind is another one, not built yet.
+  EXPECT_EQ(idsOf(OxMacAddressBook::addressBookArrayWithProgressBlock(nullptr)), "_local A N");
+}
+
 TEST(AddressBookArray2, AnICloudBookStandsForTheEmptyLocalOne) {
   StoreBuilder().container("A", "icloud", 3).person("p", {}).group("g", "G");
   const auto books = OxMacAddressBook::addressBookArray2();
