@@ -42,6 +42,17 @@ void refuseUnsound(sqlite::Connection& copy, const std::string& to) {
                    to + ": the copy would not be sound: " + answer.value_or(""));
 }
 
+// A log or journal that lies beside the target would be taken for that of the new file: it is
+// brought into the old one first.
+void settleOldFile(const std::string& to) {
+  const auto log = to + "-wal";
+  if (!std::filesystem::exists(log) && !std::filesystem::exists(to + "-journal")) return;
+  sqlite::Connection old(to, sqlite::Connection::Mode::ReadWrite);
+  old.queryText("PRAGMA journal_mode=DELETE");
+  if (!std::filesystem::exists(log)) return;
+  throw StoreError(StoreError::Kind::Busy, to + ": is a store that is in use");
+}
+
 // Copies and lets `look` see the copy before it takes the target's place.
 template <typename Look>
 void copyAndLook(sqlite::Connection& source, const std::string& to, Look look) {
@@ -53,6 +64,7 @@ void copyAndLook(sqlite::Connection& source, const std::string& to, Look look) {
       refuseUnsound(copy, to);
       look(copy);
     }
+    settleOldFile(to);
     file.commit();
   } catch (const sqlite::Error& error) {
     throwStoreError(to, error);

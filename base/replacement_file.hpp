@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ox {
+
+// A file that takes the place of another one when it is complete: written under a name of its own
+// beside its target, which stays as it was until the commit. Gone with this object unless
+// committed. One thread at a time; every failure is a std::system_error that names the file.
+class ReplacementFile {
+ public:
+  // Makes it, empty and for this user alone. Refuses a target that is no regular file.
+  explicit ReplacementFile(std::string target);
+  ReplacementFile(const ReplacementFile&) = delete;
+  ReplacementFile& operator=(const ReplacementFile&) = delete;
+  ~ReplacementFile();
+
+  // Where it lies until the commit; may be written by that name too.
+  const std::string& path() const { return path_; }
+  void write(std::string_view bytes);
+  // Returns when the target holds what was written and would after a power cut.
+  void commit();
+
+ private:
+  [[noreturn]] void fail(int code) const;
+
+  std::string target_;
+  std::string path_;
+  int file_ = -1;
+  bool committed_ = false;
+};
+
+}  // namespace ox
