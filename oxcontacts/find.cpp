@@ -1,5 +1,6 @@
 #include "oxcontacts/find.hpp"
 
+#include <unordered_set>
 #include <vector>
 
 #include "oxcontacts/output/progress_bar.hpp"
@@ -50,9 +51,8 @@ std::shared_ptr<Record> oneNamed(const char* what, const std::string& text, cons
   return found;
 }
 
-}  // namespace
-
-ContainerPtr findAccount(const std::string& text) {
+// Null when there is none.
+ContainerPtr accountNamed(const std::string& text) {
   if (auto container = contactSource().containerNamed(text)) return container;
   ContainerPtr found;
   std::vector<Candidate> candidates;
@@ -61,9 +61,15 @@ ContainerPtr findAccount(const std::string& text) {
     candidates.push_back({container->identifier, container->name});
     found = container;
   }
-  if (candidates.empty()) notFound("account", text);
   if (candidates.size() > 1) ambiguous("account", text, candidates);
   return found;
+}
+
+}  // namespace
+
+ContainerPtr findAccount(const std::string& text) {
+  if (auto account = accountNamed(text)) return account;
+  notFound("account", text);
 }
 
 std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text) {
@@ -75,7 +81,11 @@ std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::str
     candidates.push_back({book->ID().value_or(""), text});
     found = book;
   }
-  if (candidates.empty()) notFound("book", text);
+  if (candidates.empty()) {
+    const auto account = accountNamed(text);
+    if (!account) notFound("book", text);
+    return OxMacAddressBook::initWithContainer(std::make_shared<const CNContainer>(account));
+  }
   if (candidates.size() > 1) ambiguous("book", text, candidates);
   return found;
 }
@@ -84,6 +94,16 @@ std::shared_ptr<_ABPerson> findPerson(const std::string& text) {
   const auto store = ABAddressBook::sharedAddressBook();
   if (auto person = hostPerson(store->recordForUniqueId(text))) return person;
   return oneNamed<_ABPerson>("person", text, store->people(), &hostPerson);
+}
+
+Persons findPersons(const std::vector<std::string>& texts) {
+  Persons persons;
+  std::unordered_set<RecordKey> met;
+  for (const auto& text : texts) {
+    auto person = findPerson(text);
+    if (met.insert(person->key()).second) persons.push_back(std::move(person));
+  }
+  return persons;
 }
 
 std::shared_ptr<_ABGroup> findGroup(const std::string& text) {

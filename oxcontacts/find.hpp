@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
@@ -16,10 +17,14 @@ namespace ox::program {
 
 // By identifier or standard id, else by name.
 ContainerPtr findAccount(const std::string& text);
-// Among the discovered books: by ID, else by name.
+// Among the discovered books, by ID, else by name; else the book of an account without records,
+// which no discovery lists.
 std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text);
 // By ID, else by display name.
 std::shared_ptr<_ABPerson> findPerson(const std::string& text);
+// Each once, in the order of the texts.
+using Persons = std::vector<std::shared_ptr<_ABPerson>>;
+Persons findPersons(const std::vector<std::string>& texts);
 std::shared_ptr<_ABGroup> findGroup(const std::string& text);
 
 // The books of the store, found with progress.

@@ -99,6 +99,14 @@ int mainOf(int argc, char** argv) {
   declarePersons(program, context);
   declareShow(program, context);
   declareGroups(program, context);
+  declareEditPersons(program, context);
+  declareEditGroups(program, context);
+  declareMembers(program, context);
+  declareTag(program, context);
+  declareCopy(program, context);
+  declarePhoto(program, context);
+  declareBackup(program, context);
+  declareRestore(program, context);
   declareCheck(program, context);
   const auto before = failures::snapshot();
   return honest(run(program, argc, argv), before);

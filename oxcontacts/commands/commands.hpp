@@ -6,14 +6,23 @@
 
 namespace ox::program {
 
-// Each declares one command with its options. The command runs when its callback is called and ends
-// in a CommandError unless it is done. The context is borrowed for the run.
+// Each declares a command, or a few that belong together, with its options. The command runs when
+// its callback is called and ends in a CommandError unless it is done. The context is borrowed for
+// the run.
 void declareAccounts(CLI::App& program, const Context& context);
 void declareImport(CLI::App& program, const Context& context);
 void declareBooks(CLI::App& program, const Context& context);
 void declarePersons(CLI::App& program, const Context& context);
 void declareShow(CLI::App& program, const Context& context);
 void declareGroups(CLI::App& program, const Context& context);
+void declareEditPersons(CLI::App& program, const Context& context);
+void declareEditGroups(CLI::App& program, const Context& context);
+void declareMembers(CLI::App& program, const Context& context);
+void declareTag(CLI::App& program, const Context& context);
+void declareCopy(CLI::App& program, const Context& context);
+void declarePhoto(CLI::App& program, const Context& context);
+void declareBackup(CLI::App& program, const Context& context);
+void declareRestore(CLI::App& program, const Context& context);
 void declareCheck(CLI::App& program, const Context& context);
 
 }  // namespace ox::program

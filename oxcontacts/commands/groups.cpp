@@ -1,25 +1,9 @@
-#include <algorithm>
-#include <iostream>
-#include <unordered_set>
-
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/find.hpp"
-#include "oxcontacts/output/json.hpp"
-#include "oxcontacts/output/terminal_text.hpp"
+#include "oxcontacts/output/group_tree.hpp"
 
 namespace ox::program {
 namespace {
-
-using Group = std::shared_ptr<_ABGroup>;
-using Groups = std::vector<Group>;
-
-Groups subGroupsOf(const _ABGroup& group) {
-  Groups below;
-  for (const auto& child : group.subGroups()) {
-    if (auto host = std::dynamic_pointer_cast<_ABGroup>(child)) below.push_back(std::move(host));
-  }
-  return below;
-}
 
 Groups rootGroups(const Context& context, const std::string& bookName) {
   const auto books = discoveredBooks(context);
@@ -29,62 +13,6 @@ Groups rootGroups(const Context& context, const std::string& bookName) {
     for (auto& group : book->rootGroups()) roots.push_back(std::move(group));
   }
   return roots;
-}
-
-// Walks trees of groups without recursion, for they may be deep. A group that lies in several
-// groups is opened once; wherever else it appears it shows no sub-groups.
-template <typename Enter, typename Leave>
-void walk(Groups roots, Enter enter, Leave leave) {
-  struct Level {
-    Groups groups;
-    std::size_t next = 0;
-  };
-  std::unordered_set<RecordKey> opened;
-  std::vector<Level> levels{{std::move(roots)}};
-  while (!levels.empty()) {
-    auto& level = levels.back();
-    if (level.next == level.groups.size()) {
-      levels.pop_back();
-      if (!levels.empty()) leave();
-      continue;
-    }
-    const auto group = level.groups[level.next++];
-    const bool isFirst = level.next == 1;
-    enter(*group, levels.size() - 1, isFirst);
-    levels.push_back({opened.insert(group->key()).second ? subGroupsOf(*group) : Groups()});
-  }
-}
-
-void printJsonTree(Groups roots) {
-  std::cout << '[';
-  walk(
-      std::move(roots),
-      [](const _ABGroup& group, std::size_t, bool isFirst) {
-        const Json fields = {{"ID", jsonOf(group.ID())},
-                             {"displayName", jsonOf(group.displayName())},
-                             {"addressBookID", jsonOf(group.addressBookID())},
-                             {"persons", group.persons().size()},
-                             {"includePersons", group.includePersonsCount()}};
-        auto text = oneLine(fields);
-        text.pop_back();
-        std::cout << (isFirst ? "\n" : ",\n") << text << ",\"subGroups\":[";
-      },
-      [] { std::cout << "]}"; });
-  std::cout << "\n]\n";
-}
-
-constexpr std::size_t kDeepestIndent = 40;
-
-void printTree(Groups roots) {
-  walk(
-      std::move(roots),
-      [](const _ABGroup& group, std::size_t depth, bool) {
-        std::cout << std::string(2 * std::min(depth, kDeepestIndent), ' ')
-                  << terminalText(group.displayName().value_or("")) << "  ("
-                  << group.persons().size() << " persons, " << group.includePersonsCount()
-                  << " with sub-groups, book " << group.addressBookID().value_or("") << ")\n";
-      },
-      [] {});
 }
 
 }  // namespace

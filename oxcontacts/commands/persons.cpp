@@ -11,7 +11,6 @@ namespace ox::program {
 namespace {
 
 using Person = std::shared_ptr<_ABPerson>;
-using Persons = std::vector<Person>;
 
 struct Arguments {
   std::string book;

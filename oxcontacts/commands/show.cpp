@@ -2,40 +2,13 @@
 
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/find.hpp"
-#include "oxcontacts/output/json.hpp"
+#include "oxcontacts/output/person_json.hpp"
 #include "oxcontacts/output/table.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
 #include "oxcontacts/output/value_json.hpp"
 
 namespace ox::program {
 namespace {
-
-Json propertyJson(const OxProperty& property, const OxValue& value) {
-  Json json = {{"name", property.name()},
-               {"displayName", property.displayName()},
-               {"type", property.valueType()}};
-  json.update(jsonOf(value));
-  return json;
-}
-
-Json personJson(const _ABPerson& person) {
-  Json groups = Json::array();
-  for (const auto& group : person.groups()) {
-    groups.push_back({{"ID", jsonOf(group->ID())}, {"displayName", jsonOf(group->displayName())}});
-  }
-  Json properties = Json::array();
-  for (const auto& property : person.notNullValueProperty()) {
-    const auto value = person.valueByProperty(property);
-    if (value) properties.push_back(propertyJson(*property, *value));
-  }
-  return {{"ID", jsonOf(person.ID())},
-          {"addressBookID", jsonOf(person.addressBookID())},
-          {"displayName", jsonOf(person.displayName())},
-          {"nameChineesPinyin", jsonOf(person.nameChineesPinyin())},
-          {"groups", std::move(groups)},
-          {"tags", person.tagArray()},
-          {"properties", std::move(properties)}};
-}
 
 // A row for a single value, one for each element of a multiple one; the main one bears a star.
 void addRows(const OxProperty& property, const OxValue& value, Table& table) {

@@ -1,0 +1,105 @@
+#include "platform/store/backup.hpp"
+
+#include <condition_variable>
+#include <filesystem>
+#include <mutex>
+
+#include "base/store_location.hpp"
+#include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/edit/saving.hpp"
+#include "oxcontacts/files.hpp"
+#include "oxcontacts/find.hpp"
+#include "oxcontacts/output/counted.hpp"
+#include "oxcontacts/output/json.hpp"
+#include "oxcontacts/output/progress_bar.hpp"
+
+namespace ox::program {
+namespace {
+
+struct Arguments {
+  std::vector<std::string> words;  // BOOK FILE, with --all FILE
+  bool all = false;
+};
+
+// The book's data, from the worker thread that puts it together; null when that failed.
+Data savedBook(const Context& context, OxMacAddressBook& book) {
+  struct State {
+    std::mutex mutex;
+    std::condition_variable finished;
+    bool done = false;
+    Data data;
+  };
+  const auto state = std::make_shared<State>();
+  ProgressBar bar(context, "saving the book");
+  book.saveDataBlock([state, &bar](bool finished, const Data& data, double percent) {
+    if (!finished) return bar.show(percent);
+    const std::lock_guard lock(state->mutex);
+    state->done = true;
+    state->data = data;
+    state->finished.notify_one();
+  });
+  std::unique_lock lock(state->mutex);
+  state->finished.wait(lock, [&] { return state->done; });
+  return state->data;
+}
+
+void tellCounts(const Context& context, const StoreCounts& counts, const std::string& what,
+                const std::string& path) {
+  if (context.json) {
+    printJson({{"groups", counts.groups}, {"persons", counts.persons}});
+  } else {
+    context.tell("saved " + what + " to " + path + ": " + counted(counts.groups, "group") + ", " +
+                 counted(counts.persons, "person"));
+  }
+}
+
+void backUpBook(const Context& context, const std::string& name, const std::string& path) {
+  refuseStoreFile(path);
+  const auto book = findBook(discoveredBooks(context), name);
+  const auto data = savedBook(context, *book);
+  if (!data) throw storeFailure("the book was not saved");
+  writeFile(path, *data);
+  tellCounts(context, {book->allGroups().size(), book->allPersonsCount()},
+             book->name().value_or(""), path);
+}
+
+// The tags come first: a copy that is there has its tags beside it.
+void backUpAll(const Context& context, const std::string& path) {
+  refuseStoreFile(path);
+  const auto tags = path + ".tags";
+  refuseStoreFile(tags);
+  if (std::filesystem::exists(tagStorePath())) {
+    copyDatabase(tagStorePath(), tags);
+  } else {
+    std::filesystem::remove(tags);  // those of an earlier copy
+  }
+  tellCounts(context, copyStore(contactStorePath(), path), "the whole store", path);
+}
+
+void backUp(const Context& context, const Arguments& arguments) {
+  const auto& words = arguments.words;
+  if (words.size() != (arguments.all ? 1U : 2U)) {
+    throw CommandError(kUsage, "backup takes BOOK and FILE, or --all and FILE");
+  }
+  if (words.back() == "-") throw CommandError(kUsage, "a backup needs a file of its own");
+  if (arguments.all) {
+    backUpAll(context, words.front());
+  } else {
+    backUpBook(context, words.front(), words.back());
+  }
+}
+
+}  // namespace
+
+void declareBackup(CLI::App& program, const Context& context) {
+  auto* backup = program.add_subcommand("backup", "Save a book, or the whole store, to a file");
+  const auto arguments = std::make_shared<Arguments>();
+  backup->add_option("[BOOK] FILE", arguments->words, "What and where")->required();
+  backup->add_flag("--all", arguments->all, "The whole store, and its tags as FILE.tags");
+  backup->footer(
+      "A book is brought back by `restore`. A copy of the whole store is a store: `--store FILE` "
+      "works with it.");
+  backup->callback([&context, arguments] { backUp(context, *arguments); });
+}
+
+}  // namespace ox::program

@@ -1,0 +1,61 @@
+#include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/edit/saving.hpp"
+#include "oxcontacts/find.hpp"
+#include "oxcontacts/output/person_json.hpp"
+#include "oxcontacts/output/progress_bar.hpp"
+
+namespace ox::program {
+namespace {
+
+// A book that held no record is not among those that persons are looked up in; its tags are.
+void copyTags(const _ABPerson& source, const _ABPerson& copy, const OxMacAddressBook& book) {
+  if (copy.personAddressBook() || !book.tagManager()) return;
+  book.tagManager()->setTags_forPersonID(source.tagArray(), copy.ID());
+}
+
+Persons copied(const Context& context, const Persons& sources, OxMacAddressBook& book) {
+  ProgressBar bar(context, "copying");
+  Persons copies;
+  for (const auto& source : sources) {
+    auto copy = book.addOneFromOtherPerson(std::shared_ptr<IOxPerson>(source));
+    if (!copy) {
+      throw storeFailure(source->displayName().value_or("") + " could not be copied after " +
+                         std::to_string(copies.size()) + " others");
+    }
+    copyTags(*source, *copy, book);
+    copies.push_back(std::move(copy));
+    bar.show(100.0 * static_cast<double>(copies.size()) / static_cast<double>(sources.size()));
+  }
+  return copies;
+}
+
+void copyPersons(const Context& context, const std::vector<std::string>& names,
+                 const std::string& bookName) {
+  const auto sources = findPersons(names);
+  const auto book = findBook(discoveredBooks(context), bookName);
+  const auto copies = copied(context, sources, *book);
+  saveEdits();
+  if (context.json) {
+    JsonList list;
+    for (const auto& copy : copies) list.add(personJson(*copy));
+    list.close();
+    return;
+  }
+  for (const auto& copy : copies) {
+    context.tell("copied " + copy->displayName().value_or("") + " to " + book->name().value_or("") +
+                 " (" + copy->ID().value_or("") + ")");
+  }
+}
+
+}  // namespace
+
+void declareCopy(CLI::App& program, const Context& context) {
+  auto* copy = program.add_subcommand("copy", "Copy persons into another book");
+  const auto names = std::make_shared<std::vector<std::string>>();
+  const auto book = std::make_shared<std::string>();
+  copy->add_option("PERSON", *names, "Who")->required();
+  copy->add_option("--to", *book, "Where")->type_name("BOOK")->required();
+  copy->callback([&context, names, book] { copyPersons(context, *names, *book); });
+}
+
+}  // namespace ox::program

@@ -1,0 +1,99 @@
+#include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/edit/saving.hpp"
+#include "oxcontacts/find.hpp"
+#include "oxcontacts/output/group_tree.hpp"
+
+namespace ox::program {
+namespace {
+
+struct NewGroup {
+  std::string book;
+  std::string name;
+  std::string under;
+};
+
+void tellGroup(const Context& context, const std::string& what, const Group& group) {
+  if (context.json) {
+    printJsonGroup(group);
+  } else {
+    context.tell(what + " (" + group->ID().value_or("") + ")");
+  }
+}
+
+void refuseEmptyName(const std::string& name) {
+  if (name.empty()) throw CommandError(kUsage, "a group needs a name");
+}
+
+Group madeUnder(OxMacAddressBook& book, const std::string& parentName, const std::string& name) {
+  const auto parent = findGroup(parentName);
+  if (parent->addressBookID() != book.ID()) {
+    throw CommandError(kFailed, "the group \"" + parentName + "\" is not in the book \"" +
+                                    book.name().value_or("") + "\"");
+  }
+  if (!book.canCreateSubGroup()) {
+    throw CommandError(kFailed,
+                       "the book \"" + book.name().value_or("") + "\" takes no groups in groups");
+  }
+  return std::dynamic_pointer_cast<_ABGroup>(parent->addSubGroupByName(name));
+}
+
+void addGroup(const Context& context, const NewGroup& arguments) {
+  refuseEmptyName(arguments.name);
+  const auto book = findBook(discoveredBooks(context), arguments.book);
+  if (!book->canCreateGroup()) {
+    throw CommandError(kFailed, "the book \"" + book->name().value_or("") + "\" takes no groups");
+  }
+  const auto group = arguments.under.empty() ? book->addGroupByName(arguments.name)
+                                             : madeUnder(*book, arguments.under, arguments.name);
+  if (!group) throw storeFailure("no group was added");
+  saveEdits();
+  tellGroup(context, "added the group " + arguments.name, group);
+}
+
+void renameGroup(const Context& context, const std::string& name, const std::string& newName) {
+  refuseEmptyName(newName);
+  const auto group = findGroup(name);
+  group->setDisplayName(newName);
+  saveEdits();
+  tellGroup(context, "renamed the group to " + newName, group);
+}
+
+void removeGroup(const Context& context, const std::string& name) {
+  const auto group = findGroup(name);
+  discoveredBooks(context);
+  const auto shownName = group->displayName().value_or("");
+  const auto below = group->subGroupsCount();
+  if (context.json) printJsonGroup(group);
+  if (const auto book = group->groupAddressBook()) {
+    book->removeGroup(group);
+  } else {
+    ABAddressBook::sharedAddressBook()->removeRecord(group);
+  }
+  saveEdits();
+  context.tell("removed the group " + shownName + (below > 0 ? " and what was below it" : "") +
+               "; no person was removed");
+}
+
+}  // namespace
+
+void declareEditGroups(CLI::App& program, const Context& context) {
+  auto* add = program.add_subcommand("add-group", "Add a group to a book");
+  const auto group = std::make_shared<NewGroup>();
+  add->add_option("BOOK", group->book, "Where")->required();
+  add->add_option("NAME", group->name, "What it is called")->required();
+  add->add_option("--under", group->under, "The group that it goes into")->type_name("GROUP");
+  add->callback([&context, group] { addGroup(context, *group); });
+
+  auto* rename = program.add_subcommand("rename-group", "Rename a group");
+  const auto names = std::make_shared<std::pair<std::string, std::string>>();
+  rename->add_option("GROUP", names->first, "Which")->required();
+  rename->add_option("NAME", names->second, "What it is called from now on")->required();
+  rename->callback([&context, names] { renameGroup(context, names->first, names->second); });
+
+  auto* remove = program.add_subcommand("remove-group", "Remove a group and every group below it");
+  const auto name = std::make_shared<std::string>();
+  remove->add_option("GROUP", *name, "Which")->required();
+  remove->callback([&context, name] { removeGroup(context, *name); });
+}
+
+}  // namespace ox::program

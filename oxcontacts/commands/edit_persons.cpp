@@ -1,0 +1,110 @@
+#include "base/failures.hpp"
+#include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/edit/apply.hpp"
+#include "oxcontacts/edit/saving.hpp"
+#include "oxcontacts/find.hpp"
+#include "oxcontacts/output/person_json.hpp"
+
+namespace ox::program {
+namespace {
+
+struct Arguments {
+  std::string record;  // a book or a person
+  std::vector<std::string> assignments;
+};
+
+std::string nameAndId(const _ABPerson& person) {
+  return person.displayName().value_or("") + " (" + person.ID().value_or("") + ")";
+}
+
+void tellPerson(const Context& context, const char* what, const _ABPerson& person) {
+  if (context.json) {
+    printJson(personJson(person));
+  } else {
+    context.tell(what + nameAndId(person));
+  }
+}
+
+void addPerson(const Context& context, const Arguments& arguments) {
+  const auto assignments = parseAssignments(arguments.assignments);
+  const auto book = findBook(discoveredBooks(context), arguments.record);
+  const auto person = book->newPerson();
+  if (!person) throw storeFailure("no person was added");
+  apply(assignments, *person);
+  saveEdits();
+  tellPerson(context, "added ", *person);
+}
+
+void setValues(const Context& context, const Arguments& arguments) {
+  const auto assignments = parseAssignments(arguments.assignments);
+  const auto person = findPerson(arguments.record);
+  const auto refusals = failures::snapshot().refusals;
+  apply(assignments, *person);
+  saveEdits();
+  // What was overtaken by a removal elsewhere is told as a refusal, and there is nothing to show.
+  if (failures::snapshot().refusals == refusals) tellPerson(context, "changed ", *person);
+}
+
+// Every person through the book that holds it, which forgets the tags too.
+void removePersons(const Context& context, const std::vector<std::string>& names) {
+  const auto persons = findPersons(names);
+  discoveredBooks(context);
+  Json removed = Json::array();
+  std::string told;
+  for (const auto& person : persons) {
+    if (context.json) removed.push_back(personJson(*person));
+    told += (told.empty() ? "removed " : ", ") + nameAndId(*person);
+  }
+  for (const auto& person : persons) {
+    if (const auto book = person->personAddressBook()) {
+      book->removePersons({person});
+    } else {
+      ABAddressBook::sharedAddressBook()->removeRecord(person);
+    }
+  }
+  saveEdits();
+  if (context.json) {
+    printJson(removed);
+  } else {
+    context.tell(told);
+  }
+}
+
+constexpr const char* kGrammar =
+    "PROPERTY=VALUE sets a property, PROPERTY= clears it:\n"
+    "  phone=\"+1 555\"         one main number instead of all\n"
+    "  phone+=\"+1 556\"        one more; phone+:Boat=... one more with a label\n"
+    "  phone:work=\"+1 557\"    the numbers with that label; phone:work= removes them\n"
+    "  name=\"Ann Lee\"         first and last; name.first= .middle= .last= each alone\n"
+    "  address.city=Oslo      street, city, state, zip, country; address.city:home=... by label\n"
+    "  birthday=1990-05-17    --05-17 without a year\n"
+    "  instantmessage=Skype:ann, socialprofile=SERVICE:NAME\n";
+
+CLI::App* declareEdit(CLI::App& program, const char* name, const char* what, const char* record,
+                      const char* recordHelp, const std::shared_ptr<Arguments>& arguments) {
+  auto* edit = program.add_subcommand(name, what);
+  edit->add_option(record, arguments->record, recordHelp)->required();
+  edit->add_option("PROPERTY=VALUE", arguments->assignments, "What to set");
+  edit->footer(kGrammar + ("Properties: " + propertyNames()));
+  return edit;
+}
+
+}  // namespace
+
+void declareEditPersons(CLI::App& program, const Context& context) {
+  const auto added = std::make_shared<Arguments>();
+  auto* add = declareEdit(program, "add-person", "Add a person to a book", "BOOK", "Where", added);
+  add->callback([&context, added] { addPerson(context, *added); });
+
+  const auto changed = std::make_shared<Arguments>();
+  auto* set = declareEdit(program, "set", "Change values of a person", "PERSON", "Who", changed);
+  set->get_option("PROPERTY=VALUE")->required();
+  set->callback([&context, changed] { setValues(context, *changed); });
+
+  auto* remove = program.add_subcommand("remove-person", "Remove persons, with their tags");
+  const auto names = std::make_shared<std::vector<std::string>>();
+  remove->add_option("PERSON", *names, "Who")->required();
+  remove->callback([&context, names] { removePersons(context, *names); });
+}
+
+}  // namespace ox::program

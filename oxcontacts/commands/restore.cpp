@@ -1,0 +1,177 @@
+#include <chrono>
+#include <condition_variable>
+#include <ctime>
+#include <filesystem>
+#include <limits>
+#include <mutex>
+
+#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "base/failures.hpp"
+#include "base/store_location.hpp"
+#include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/edit/saving.hpp"
+#include "oxcontacts/files.hpp"
+#include "oxcontacts/find.hpp"
+#include "oxcontacts/output/counted.hpp"
+#include "oxcontacts/output/json.hpp"
+#include "oxcontacts/output/progress_bar.hpp"
+#include "platform/store/backup.hpp"
+#include "platform/store/contact_source.hpp"
+
+namespace ox::program {
+namespace {
+
+using Book = std::shared_ptr<OxMacAddressBook>;
+using Tags = std::vector<std::string>;
+
+struct Arguments {
+  std::string book;
+  std::string file;
+  bool force = false;
+};
+
+// What is known of the file before anything is changed.
+struct Source {
+  Data data;
+  StoreCounts counts;
+  std::vector<Tags> tags;  // of each person, in order
+};
+
+Tags tagsOf(const IOxPerson& person) {
+  const auto value =
+      std::dynamic_pointer_cast<OxMutableSingleValue>(person.valueByPropertyName(OxProPertyTags));
+  const auto* list = value ? value->value().array() : nullptr;
+  Tags tags;
+  for (std::size_t i = 0; list != nullptr && i < list->size(); ++i) {
+    if (const auto tag = (*list)[i].toText()) tags.push_back(*tag);
+  }
+  return tags;
+}
+
+Source readSource(const std::string& path) {
+  Source source;
+  source.data = makeData(readFile(path, std::numeric_limits<std::int64_t>::max()));
+  const auto general = OxAddressBookGeneral::addressBookWithData(source.data);
+  if (!general) {
+    throw CommandError(kFailed, path + ": is no backup of a book, nothing was changed: " +
+                                    failures::snapshot().lastReason);
+  }
+  source.counts = {general->groupsDic().count(), general->personsDic().count()};
+  for (const auto& [key, person] : general->personsDic()) source.tags.push_back(tagsOf(*person));
+  return source;
+}
+
+// Beside the store, named after the time; the tags beside the copy.
+std::string copyOfStore() {
+  const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+  std::tm parts{};
+  ::gmtime_r(&now, &parts);
+  char time[32];
+  std::strftime(time, sizeof time, "%Y%m%dT%H%M%SZ", &parts);
+  const auto first = contactStorePath() + ".before-restore-" + time;
+  auto path = first;
+  for (int i = 2; std::filesystem::exists(path); ++i) path = first + "-" + std::to_string(i);
+  if (std::filesystem::exists(tagStorePath())) copyDatabase(tagStorePath(), path + ".tags");
+  copyStore(contactStorePath(), path);
+  return path;
+}
+
+// Loads on the book's own thread and waits for its finished report.
+void load(const Context& context, OxMacAddressBook& book, const Data& data) {
+  struct State {
+    std::mutex mutex;
+    std::condition_variable finished;
+    bool done = false;
+  };
+  const auto state = std::make_shared<State>();
+  ProgressBar bar(context, "restoring");
+  book.loadWithData_progressBlock(data, [state, &bar](double percent, bool finished) {
+    if (!finished) return bar.show(percent);
+    const std::lock_guard lock(state->mutex);
+    state->done = true;
+    state->finished.notify_one();
+  });
+  std::unique_lock lock(state->mutex);
+  state->finished.wait(lock, [&] { return state->done; });
+}
+
+RecordKeys personsIn(const OxMacAddressBook& book) {
+  return contactSource().recordsIn(book.validContainerID().value_or(""), RecordKind::Person);
+}
+
+StoreCounts countsOf(const OxMacAddressBook& book) {
+  const auto container = book.validContainerID().value_or("");
+  return {contactSource().recordsIn(container, RecordKind::Group).size(), personsIn(book).size()};
+}
+
+// The removed persons' tags go; a load leaves them. A book that held no record is not among those
+// that persons find their tags through, so its new persons get theirs here.
+void settleTags(const Book& book, const RecordKeys& before, const Source& source) {
+  const auto& manager = book->tagManager();
+  if (!manager) return;
+  for (const auto& key : before) {
+    if (manager->tagsByPersonID(key.text())) manager->removeForPersonID(key.text());
+  }
+  const auto after = personsIn(*book);
+  for (std::size_t i = 0; before.empty() && i < after.size() && i < source.tags.size(); ++i) {
+    if (!source.tags[i].empty()) manager->setTags_forPersonID(source.tags[i], after[i].text());
+  }
+}
+
+// Throws unless the book holds what the file holds.
+void verify(const Context& context, const OxMacAddressBook& book, const Source& source,
+            const std::string& copy, std::uint64_t failuresBefore) {
+  const auto keeps = "; the store as it was is in " + copy;
+  if (failures::snapshot().failures != failuresBefore) {
+    const auto failure = storeFailure("restoring failed");
+    throw CommandError(failure.code(), failure.what() + keeps);
+  }
+  const auto found = countsOf(book);
+  if (found.groups != source.counts.groups || found.persons != source.counts.persons) {
+    throw CommandError(kFailed, "the book holds " + std::to_string(found.groups) + " groups and " +
+                                    std::to_string(found.persons) + " persons, the file " +
+                                    std::to_string(source.counts.groups) + " and " +
+                                    std::to_string(source.counts.persons) + keeps);
+  }
+  if (context.json) {
+    printJson({{"groups", found.groups}, {"persons", found.persons}});
+    return;
+  }
+  context.tell("restored " + book.name().value_or("") + ": " + counted(found.groups, "group") +
+               ", " + counted(found.persons, "person"));
+}
+
+void restore(const Context& context, const Arguments& arguments) {
+  const auto source = readSource(arguments.file);
+  if (!arguments.force && source.counts.groups == 0 && source.counts.persons == 0) {
+    throw CommandError(kFailed,
+                       arguments.file + ": holds nothing; --force empties the book with it");
+  }
+  const auto book = findBook(discoveredBooks(context), arguments.book);
+  const auto before = personsIn(*book);
+  const auto copy = copyOfStore();
+  context.tell("the store as it was: " + copy);
+  const auto failuresBefore = failures::snapshot().failures;
+  load(context, *book, source.data);
+  if (failures::snapshot().failures == failuresBefore) {
+    settleTags(book, before, source);
+    OxTagManager::makeDurable();
+  }
+  verify(context, *book, source, copy, failuresBefore);
+}
+
+}  // namespace
+
+void declareRestore(CLI::App& program, const Context& context) {
+  auto* command = program.add_subcommand("restore", "Replace a book by what a backup of one holds");
+  const auto arguments = std::make_shared<Arguments>();
+  command->add_option("BOOK", arguments->book, "Which; everything in it is replaced")->required();
+  command->add_option("FILE", arguments->file, "What `backup BOOK FILE` wrote")->required();
+  command->add_flag("--force", arguments->force, "Empty the book when the file holds nothing");
+  command->footer(
+      "The store is copied first; the name of the copy is printed. An unreadable file changes "
+      "nothing.");
+  command->callback([&context, arguments] { restore(context, *arguments); });
+}
+
+}  // namespace ox::program

@@ -1,0 +1,59 @@
+#include <iostream>
+
+#include "base/failures.hpp"
+#include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/edit/saving.hpp"
+#include "oxcontacts/find.hpp"
+#include "oxcontacts/output/json.hpp"
+#include "oxcontacts/output/terminal_text.hpp"
+
+namespace ox::program {
+namespace {
+
+struct Arguments {
+  std::string person;
+  std::vector<std::string> added;
+  std::vector<std::string> removed;
+};
+
+void refuseEmpty(const std::vector<std::string>& tags) {
+  for (const auto& tag : tags) {
+    if (tag.empty()) throw CommandError(kUsage, "a tag cannot be empty");
+  }
+}
+
+void changeTags(const Context& context, const Arguments& arguments) {
+  refuseEmpty(arguments.added);
+  refuseEmpty(arguments.removed);
+  const auto person = findPerson(arguments.person);
+  discoveredBooks(context);
+  const auto failures = failures::snapshot().failures;
+  for (const auto& tag : arguments.removed) person->removeTag(tag);
+  for (const auto& tag : arguments.added) person->addTag(tag);
+  if (failures::snapshot().failures != failures) throw storeFailure("the tags were not changed");
+  saveEdits();
+  const auto tags = person->tagArray();
+  if (context.json) {
+    printJson(tags);
+    return;
+  }
+  for (const auto& tag : tags) std::cout << terminalText(tag) << '\n';
+}
+
+}  // namespace
+
+void declareTag(CLI::App& program, const Context& context) {
+  auto* tag = program.add_subcommand("tag", "Show or change the tags of a person");
+  const auto arguments = std::make_shared<Arguments>();
+  tag->add_option("PERSON", arguments->person, "Who")->required();
+  tag->add_option("--add", arguments->added, "A tag to add")->type_name("TAG")->expected(1);
+  tag->add_option("--remove", arguments->removed, "A tag to take away")
+      ->type_name("TAG")
+      ->expected(1);
+  for (auto* option : {tag->get_option("--add"), tag->get_option("--remove")}) {
+    option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  }
+  tag->callback([&context, arguments] { changeTags(context, *arguments); });
+}
+
+}  // namespace ox::program

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "OxAddressBookSDK/properties/OxProperty.hpp"
+#include "base/object.hpp"
+
+namespace ox::program {
+
+// What one PROPERTY=VALUE of the command line asks for.
+struct Assignment {
+  OxPropertyPtr property;
+  std::string part;   // of a name or an address, lower case: "first", "city"; empty: the whole
+  bool adds = false;  // one more entry, the others stay
+  Text label;         // a label key or free text; missing when none was named
+  Object value;       // as the property's elements hold it; the text of a part; missing: clears
+};
+
+// Reads PROPERTY[.PART][+][:LABEL]=VALUE; throws a CommandError (kUsage) that says what is wrong.
+// Properties and parts in any case; a label that is a built-in word becomes its key.
+Assignment parseAssignment(const std::string& text);
+
+// The names of all properties that can be assigned, for the user.
+std::string propertyNames();
+
+}  // namespace ox::program

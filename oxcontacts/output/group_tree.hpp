@@ -1,0 +1,22 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+
+namespace ox::program {
+
+using Group = std::shared_ptr<_ABGroup>;
+using Groups = std::vector<Group>;
+
+// Groups with everything below them. A group that lies in several groups shows its sub-groups once.
+
+// [{"ID","displayName","addressBookID","persons","includePersons","subGroups":[...]}].
+void printJsonTree(Groups roots);
+// The same of one group, without the brackets.
+void printJsonGroup(const Group& group);
+// A line a group, for readers.
+void printTree(Groups roots);
+
+}  // namespace ox::program

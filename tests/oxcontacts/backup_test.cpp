@@ -1,0 +1,201 @@
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "base/sqlite/connection.hpp"
+#include "tests/oxcontacts/program.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox::program_tests {
+namespace {
+
+using support::fileBytes;
+using support::temporaryFile;
+using support::temporaryPath;
+
+// Ann with a tag and Ben in the local book; Friends holds Close, which holds Ann.
+void fillStore() {
+  run({"add-person", "_local", "name=Ann Lee", "phone:home=1", "birthday=--05-17"});
+  run({"add-person", "_local", "name=Ben"});
+  run({"tag", "Ann Lee", "--add", "sailing"});
+  run({"add-group", "_local", "Friends"});
+  run({"add-group", "_local", "Close", "--under", "Friends"});
+  run({"group-add", "Close", "Ann Lee"});
+}
+
+// A book without its IDs: persons with their tags, and the tree of groups.
+std::string contentOf(const std::string& book) {
+  std::string text;
+  for (const auto& person : runJson({"persons", "--book", book})) {
+    text += person["displayName"].get<std::string>() + " " + person["mainPhone"].dump() +
+            person["tags"].dump() + "; ";
+  }
+  return text + run({"groups", "--book", book}).output;
+}
+
+std::string localContent() {
+  return "Ann Lee \"1\"[\"sailing\"]; Ben null[]; "
+         "Friends  (0 persons, 1 with sub-groups, book _local)\n"
+         "  Close  (1 persons, 1 with sub-groups, book _local)\n";
+}
+
+std::filesystem::path copyBeforeRestore() {
+  for (const auto& entry :
+       std::filesystem::directory_iterator(support::StoreEnvironment::instance().folder())) {
+    const auto name = entry.path().filename().string();
+    if (name.starts_with("contacts.db.before-restore-") && !name.ends_with(".tags")) {
+      return entry.path();
+    }
+  }
+  return {};
+}
+
+TEST(BackupCommand, BringsABookBackAsItWas) {
+  fillStore();
+  const auto file = temporaryPath("local.book").string();
+  EXPECT_EQ(runJson({"backup", "_local", file}), Json({{"groups", 2}, {"persons", 2}}));
+  run({"remove-group", "Friends"});
+  run({"set", "Ann Lee", "phone=9"});
+  run({"add-person", "_local", "name=Cy"});
+  run({"tag", "Cy", "--add", "gone"});
+
+  EXPECT_EQ(runJson({"restore", "_local", file}), Json({{"groups", 2}, {"persons", 2}}));
+  EXPECT_EQ(contentOf("_local"), localContent());
+  EXPECT_EQ(run({"check"}).output, "sound\n");
+  sqlite::Connection tags(support::StoreEnvironment::instance().tagStore().string(),
+                          sqlite::Connection::Mode::ReadOnly);
+  EXPECT_EQ(tags.queryInteger("SELECT count(*) FROM tag"), 1);  // none of removed persons
+
+  const auto copy = copyBeforeRestore();
+  ASSERT_FALSE(copy.empty());
+  EXPECT_EQ(runJson({"--store", copy, "persons", "--find", "Cy"}).size(), 1U);
+}
+
+TEST(BackupCommand, RestoresIntoABookWithoutRecordsAndIntoOneThatHasSome) {
+  fillStore();
+  run({"accounts", "add", "iCloud", "--identifier", "A:ABAccount"});
+  const auto file = temporaryPath("local.book").string();
+  run({"backup", "_local", file});
+  auto expected = localContent();
+  for (std::size_t at; (at = expected.find("_local")) != std::string::npos;) {
+    expected.replace(at, 6, "A");
+  }
+  for (int i = 1; i <= 2; ++i) {
+    const auto result = run({"restore", "iCloud", file});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_NE(result.errors.find("the store as it was: "), std::string::npos);
+    EXPECT_NE(result.errors.find("restored iCloud: 2 groups, 2 persons"), std::string::npos);
+    EXPECT_EQ(contentOf("A"), expected);
+    EXPECT_EQ(contentOf("_local"), localContent());
+  }
+}
+
+TEST(RestoreCommand, RefusesAnythingButAWholeBackup) {
+  fillStore();
+  const auto file = temporaryPath("local.book").string();
+  run({"backup", "_local", file});
+  const auto whole = fileBytes(file);
+  const std::size_t step = std::max<std::size_t>(64, whole.size() / 25 / 64 * 64);
+  std::vector<std::string> files = {
+      temporaryPath("missing.book"),
+      support::StoreEnvironment::instance().folder(),
+      support::StoreEnvironment::instance().contactStore(),
+      temporaryFile("empty.book", ""),
+      temporaryFile("cards.vcf", card({"N:;Ann;;;"})),
+  };
+  for (std::size_t end = step; end < whole.size(); end += step) {
+    files.push_back(temporaryFile("cut" + std::to_string(end), whole.substr(0, end)));
+  }
+  for (const auto& wrong : files) {
+    const auto result = run({"restore", "_local", wrong});
+    EXPECT_EQ(result.exitCode, 1) << wrong << result.errors;
+    EXPECT_NE(result.errors.find(wrong + ": "), std::string::npos) << result.errors;
+  }
+  EXPECT_EQ(run({"restore", "Nowhere", file}).exitCode, 4);
+  EXPECT_EQ(contentOf("_local"), localContent());
+  EXPECT_TRUE(copyBeforeRestore().empty());
+}
+
+TEST(RestoreCommand, EmptiesABookOnlyWithForce) {
+  run({"accounts", "add", "Empty", "--identifier", "E:ABAccount"});
+  const auto file = temporaryPath("empty.book").string();
+  EXPECT_EQ(runJson({"backup", "Empty", file}), Json({{"groups", 0}, {"persons", 0}}));
+  fillStore();
+  const auto refused = run({"restore", "_local", file});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_NE(refused.errors.find("--force"), std::string::npos);
+  EXPECT_EQ(contentOf("_local"), localContent());
+  EXPECT_EQ(run({"restore", "_local", file, "--force"}).exitCode, 0);
+  EXPECT_EQ(runJson({"persons"}), Json::array());
+  EXPECT_EQ(runJson({"groups"}), Json::array());
+}
+
+TEST(RestoreCommand, SaysWhenItCouldNotSave) {
+  fillStore();
+  const auto file = temporaryPath("local.book").string();
+  run({"backup", "_local", file});
+  sqlite::Connection(support::StoreEnvironment::instance().contactStore().string(),
+                     sqlite::Connection::Mode::ReadWrite)
+      .execute("CREATE TRIGGER keep BEFORE DELETE ON record BEGIN SELECT RAISE(ABORT,'kept'); END");
+  const auto result = run({"restore", "_local", file});
+  EXPECT_EQ(result.exitCode, 1) << result.errors;
+  EXPECT_NE(result.errors.find("restoring failed: "), std::string::npos) << result.errors;
+  EXPECT_NE(result.errors.find("the store as it was is in "), std::string::npos) << result.errors;
+  EXPECT_EQ(result.output, "");
+}
+
+TEST(BackupCommand, CopiesTheWholeStoreWithItsTags) {
+  fillStore();
+  const auto file = temporaryPath("all.db").string();
+  for (const std::size_t persons : {2U, 3U}) {  // the second time over the first copy
+    EXPECT_EQ(runJson({"backup", "--all", file}), Json({{"groups", 2}, {"persons", persons}}));
+    const auto kept = support::runProcess(
+        programCommand({"--store", file, "--json", "persons", "--tag", "sailing"}), "",
+        {"OX_TAG_STORE=" + file + ".tags"});
+    EXPECT_EQ(Json::parse(kept.output).size(), 1U) << kept.errors;
+    EXPECT_EQ(runJson({"--store", file, "persons"}).size(), persons);
+    EXPECT_EQ(run({"--store", file, "check"}).output, "sound\n");
+    run({"--store", file, "add-person", "_local", "name=Only in the copy"});
+    run({"add-person", "_local", "name=Cy"});
+  }
+}
+
+TEST(BackupCommand, LeavesWhatIsThereWhenItFails) {
+  fillStore();
+  const auto folder = support::StoreEnvironment::instance().folder();
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  const auto kept = temporaryFile("kept.book", "something else").string();
+  struct Row {
+    std::vector<std::string> arguments;
+    int exitCode;
+    std::string message;
+  };
+  const std::vector<Row> rows = {
+      {{"_local", store}, 1, "is a file of the store itself"},
+      {{"--all", store}, 1, "is a file of the store itself"},
+      {{"--all", store + "-wal"}, 1, "itself"},
+      {{"_local", folder}, 1, "Is a directory"},
+      {{"--all", folder}, 1, "Is a directory"},
+      {{"_local", "/dev/null"}, 1, "/dev/null is no regular file"},
+      {{"_local", (folder / "none" / "x").string()}, 1, "No such file or directory"},
+      {{"--all", (folder / "none" / "x").string()}, 1, "No such file or directory"},
+      {{"Nowhere", kept}, 4, "there is no book \"Nowhere\""},
+      {{"_local", "-"}, 2, "a backup needs a file of its own"},
+      {{"_local"}, 2, "backup takes BOOK and FILE, or --all and FILE"},
+      {{"--all", "_local", kept}, 2, "backup takes BOOK and FILE, or --all and FILE"},
+  };
+  run({"--store", store, "persons"});
+  for (auto row : rows) {
+    row.arguments.insert(row.arguments.begin(), "backup");
+    const auto result = run(row.arguments);
+    EXPECT_EQ(result.exitCode, row.exitCode) << row.message << result.errors;
+    EXPECT_NE(result.errors.find(row.message), std::string::npos) << result.errors;
+  }
+  EXPECT_EQ(fileBytes(kept), "something else");
+  EXPECT_EQ(contentOf("_local"), localContent());
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    EXPECT_NE(entry.path().extension(), ".new") << entry.path();
+  }
+}
+
+}  // namespace
+}  // namespace ox::program_tests
