@@ -32,6 +32,12 @@ void countFailure(std::string reason) {
   counter.counts.lastReason = std::move(reason);
 }
 
+std::uint64_t failureCount() {
+  auto& counter = Counter::shared();
+  const std::lock_guard lock(counter.mutex);
+  return counter.counts.failures;
+}
+
 Snapshot snapshot() {
   auto& counter = Counter::shared();
   const std::lock_guard lock(counter.mutex);

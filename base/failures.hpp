@@ -20,5 +20,7 @@ struct Snapshot {
 void countRefusal(std::string reason);
 void countFailure(std::string reason);
 Snapshot snapshot();
+// The number of failures alone: what was read while it rose may be empty for no reason of its own.
+std::uint64_t failureCount();
 
 }  // namespace ox::failures

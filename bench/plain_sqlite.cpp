@@ -8,15 +8,15 @@
 namespace ox::bench::plain {
 namespace {
 
-constexpr std::size_t kBatch = 1000;
+constexpr std::size_t kBatch = 5000;
 
 class Database {
  public:
   explicit Database(const std::string& path) {
     check(sqlite3_open(path.c_str(), &handle_));
     run("PRAGMA journal_mode=WAL");
-    run("PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-32768;"
-        "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=4000");
+    run("PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-65536;"
+        "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=16000");
   }
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;

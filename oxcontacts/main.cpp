@@ -105,6 +105,7 @@ int mainOf(int argc, char** argv) {
   declareTag(program, context);
   declareCopy(program, context);
   declarePhoto(program, context);
+  declareExport(program, context);
   declareBackup(program, context);
   declareRestore(program, context);
   declareCheck(program, context);

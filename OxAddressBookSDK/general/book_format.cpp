@@ -10,7 +10,7 @@ std::string trailer(std::string_view body, std::size_t groups, std::size_t perso
 }
 
 std::string trailerEnd(std::string_view body) {
-  return ",\"checksum\":\"" + checksum128(body) + "\"}\n";
+  return R"(,"checksum":")" + checksum128(body) + "\"}\n";
 }
 
 }  // namespace ox::book_format

@@ -52,7 +52,7 @@ class RemovalFromTree {
 
   void enter(std::shared_ptr<ABGroup> group) {
     auto subgroups = group->subgroups();
-    const double share = static_cast<double>(100.0F / static_cast<float>(subgroups.size()));
+    const auto share = static_cast<double>(100.0F / static_cast<float>(subgroups.size()));
     open_.push_back({std::move(group), std::move(subgroups), 0, share});
   }
 

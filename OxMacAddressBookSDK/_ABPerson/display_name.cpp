@@ -1,4 +1,5 @@
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "base/failures.hpp"
 #include "base/text/transcription.hpp"
 
 namespace ox {
@@ -20,6 +21,18 @@ Text companyOf(const _ABPerson& person) {
   return innerOf(person.valueByPropertyName(OxProPertyCompany)).toText();
 }
 
+// What the table holds for the record, else what the step works out, remembered. A text that was
+// read while the store failed, or while another thread changed a name, is not remembered.
+template <typename WorkOut>
+std::string remembered(RecordTextTable& table, const RecordKey& record, WorkOut workOut) {
+  if (auto stored = table.find(record)) return std::move(*stored);
+  const auto removals = table.removals();
+  const auto failed = failures::failureCount();
+  std::string text = workOut();
+  if (failures::failureCount() == failed) table.setUnlessRemoved(record, text, removals);
+  return text;
+}
+
 }  // namespace
 
 RecordTextTable& _ABPerson::dictionaryNameSave() {
@@ -33,21 +46,17 @@ RecordTextTable& _ABPerson::dictionaryPinyinSave() {
 }
 
 Text _ABPerson::displayName() const {
-  if (auto stored = dictionaryNameSave().find(key())) return stored;
-  Text name = nameOf(*this);
-  // An empty name counts as one: the company stands in only where there is none.
-  if (!name) name = companyOf(*this);
-  if (!name) name = "";
-  dictionaryNameSave().set(key(), *name);
-  return name;
+  return remembered(dictionaryNameSave(), key(), [&] {
+    Text name = nameOf(*this);
+    // An empty name counts as one: the company stands in only where there is none.
+    if (!name) name = companyOf(*this);
+    return name.value_or("");
+  });
 }
 
 Text _ABPerson::nameChineesPinyin() const {
-  if (auto stored = dictionaryPinyinSave().find(key())) return stored;
-  Text pinyin = transformChinese(displayName());
-  if (!pinyin) pinyin = "";
-  dictionaryPinyinSave().set(key(), *pinyin);
-  return pinyin;
+  return remembered(dictionaryPinyinSave(), key(),
+                    [&] { return transformChinese(displayName()).value_or(""); });
 }
 
 Text _ABPerson::transformChinese(TextView text) const {

@@ -21,6 +21,7 @@ void declareMembers(CLI::App& program, const Context& context);
 void declareTag(CLI::App& program, const Context& context);
 void declareCopy(CLI::App& program, const Context& context);
 void declarePhoto(CLI::App& program, const Context& context);
+void declareExport(CLI::App& program, const Context& context);
 void declareBackup(CLI::App& program, const Context& context);
 void declareRestore(CLI::App& program, const Context& context);
 void declareCheck(CLI::App& program, const Context& context);

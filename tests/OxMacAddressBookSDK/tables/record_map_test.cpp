@@ -57,11 +57,14 @@ TEST(RecordTables, TellMissingFromStored) {
   const auto key = RecordKey::of("a");
   RecordTextTable texts;
   EXPECT_EQ(texts.find(key), Text());
-  texts.set(key, "");
+  texts.setUnlessRemoved(key, "", texts.removals());
   EXPECT_EQ(texts.find(key), Text(""));
-  texts.set(key, "x");
+  const auto before = texts.removals();
+  texts.setUnlessRemoved(key, "x", before);
   EXPECT_EQ(texts.find(key), Text("x"));
   texts.remove(key);
+  EXPECT_EQ(texts.count(), 0U);
+  texts.setUnlessRemoved(key, "worked out before the removal", before);
   EXPECT_EQ(texts.count(), 0U);
 
   RecordStampTable stamps;
