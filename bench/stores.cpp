@@ -87,8 +87,37 @@ const std::string& storeOf(std::size_t persons) {
   return path;
 }
 
+const std::string& localStoreOf(std::size_t persons) {
+  static std::map<std::size_t, std::string> stores;
+  auto& path = stores[persons];
+  if (!path.empty()) return path;
+  path = temporaryPath("local-" + std::to_string(persons) + ".db");
+  importInto(path, kContainers[0], cardFile(persons), persons);
+  // Lets go of the file: whoever opens it next finds it whole, without a log beside it.
+  installContactSource(openStoreSource(path));
+  return path;
+}
+
+std::string copyOf(const std::string& store) {
+  auto path = temporaryPath("copy.db");
+  removeStore(path);
+  std::filesystem::copy_file(store, path);
+  return path;
+}
+
+void moveStore(const std::string& from, const std::string& to) {
+  for (const char* ending : {"", "-wal"}) {
+    if (std::filesystem::exists(from + ending)) {
+      std::filesystem::rename(from + ending, to + ending);
+    }
+  }
+  std::filesystem::remove(from + "-shm");
+}
+
 void removeStore(const std::string& path) {
-  for (const char* ending : {"", "-wal", "-shm"}) std::filesystem::remove(path + ending);
+  for (const char* ending : {"", "-wal", "-shm", ".tags", ".tags-wal", ".tags-shm"}) {
+    std::filesystem::remove(path + ending);
+  }
 }
 
 void importInto(const std::string& store, const std::string& container, const std::string& cards,

@@ -17,6 +17,15 @@ const std::string& cardFile(std::size_t count);
 // importer when first asked for. An empty one for 0.
 const std::string& storeOf(std::size_t persons);
 
+// A store of that many persons, all in the local account; likewise.
+const std::string& localStoreOf(std::size_t persons);
+
+// A copy to change at will; the one made before it is gone.
+std::string copyOf(const std::string& store);
+
+// Renames a store that nobody has open.
+void moveStore(const std::string& from, const std::string& to);
+
 // Removes a store and what SQLite keeps beside it.
 void removeStore(const std::string& path);
 

@@ -1,0 +1,138 @@
+// How fast is a whole book handed out as the data of a neutral book, and taken into an empty one?
+// Beside it: SQLite alone reading all values and pictures; and writing them as a load does, a
+// commit for each new person and one for all their values.
+#include <condition_variable>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <mutex>
+#include <stdexcept>
+#include <string_view>
+
+#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "base/store_location.hpp"
+#include "bench/child.hpp"
+#include "bench/figures.hpp"
+#include "bench/plain_edits.hpp"
+#include "bench/stores.hpp"
+
+namespace ox::bench {
+namespace {
+
+// Waits for the report that is the last one.
+class LastReport {
+ public:
+  void came() {
+    const std::lock_guard lock(mutex_);
+    came_ = true;
+    changed_.notify_one();
+  }
+  void wait() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return came_; });
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool came_ = false;
+};
+
+// In the child: the data goes to the file.
+double saveTo(const std::string& path) {
+  const auto book = OxMacAddressBook::addressBookArray().element(0);
+  book->allPersons();
+  LastReport last;
+  Data saved;
+  const Stopwatch watch;
+  book->saveDataBlock([&](bool finished, const Data& data, double) {
+    if (!finished) return;
+    saved = data;
+    last.came();
+  });
+  last.wait();
+  const auto seconds = watch.seconds();
+  if (!saved) throw std::runtime_error("no data");
+  std::ofstream(path, std::ios::binary) << *saved;
+  tellParent("bytes", static_cast<double>(saved->size()));
+  return seconds;
+}
+
+// In the child.
+double loadFrom(const std::string& path, std::size_t size) {
+  std::ifstream file(path, std::ios::binary);
+  const auto data = makeData({std::istreambuf_iterator<char>(file), {}});
+  const auto containers = CNContactStore::init()->containersMatchingPredicate_error({}, nullptr);
+  const auto book = OxMacAddressBook::initWithContainer(containers.at(0));
+  LastReport last;
+  const Stopwatch watch;
+  book->loadWithData_progressBlock(data, [&](double, bool finished) {
+    if (finished) last.came();
+  });
+  last.wait();
+  const auto seconds = watch.seconds();
+  if (book->allPersonsCount() != size) throw std::runtime_error("not all loaded");
+  tellParent("bytes", static_cast<double>(data->size()));
+  return seconds;
+}
+
+int measure(std::string_view way, const std::string& path, std::size_t size) {
+  const auto store = contactStorePath();
+  double seconds = 0;
+  if (way == "save") seconds = saveTo(path);
+  if (way == "load") seconds = loadFrom(path, size);
+  if (way == "plain read") seconds = plain::readContent(store);
+  if (way == "plain write") seconds = plain::fillPersons(store, plain::readRows(path));
+  tellParent("seconds", seconds);
+  tellParent("memory", peakMemory());
+  return 0;
+}
+
+Measured inChild(const std::string& store, const std::string& way, const std::string& path,
+                 std::size_t size) {
+  const auto numbers = runChild(store, {way, path, std::to_string(size)});
+  std::string note;
+  if (numbers.contains("bytes")) {
+    note = std::to_string(static_cast<int>(numbers.at("bytes") / 1e6)) + " MB of data, peak " +
+           std::to_string(static_cast<int>(numbers.at("memory") / 1e6)) + " MB";
+  }
+  return {numbers.at("seconds"), note};
+}
+
+// The data of a book of that many persons, in a file.
+const std::string& dataOf(std::size_t size) {
+  static auto& files = *new std::map<std::size_t, std::string>;
+  auto& path = files[size];
+  if (path.empty()) {
+    path = temporaryPath("book-" + std::to_string(size));
+    inChild(localStoreOf(size), "save", path, size);
+  }
+  return path;
+}
+
+Way saving(const std::string& name, const std::string& way) {
+  return {name, [way](std::size_t size) {
+            return inChild(localStoreOf(size), way, temporaryPath("saved"), size);
+          }};
+}
+
+}  // namespace
+}  // namespace ox::bench
+
+int main(int argc, char** argv) {
+  using namespace ox::bench;
+  if (argc == 5 && std::string_view(argv[1]) == "--child") {
+    return measure(argv[2], argv[3], std::stoul(argv[4]));
+  }
+  return runFigures(argc, argv, [] {
+    addFigure("save a whole book",
+              {saving("saveDataBlock", "save"), saving("plain SQLite", "plain read")});
+    addFigure(
+        "load a whole book",
+        {{"loadWithData_progressBlock",
+          [](std::size_t size) { return inChild(copyOf(storeOf(0)), "load", dataOf(size), size); }},
+         {"plain SQLite", [](std::size_t size) {
+            return inChild(copyOf(storeOf(0)), "plain write", localStoreOf(size), size);
+          }}});
+  });
+}

@@ -1,0 +1,112 @@
+// What do edits of a book cost, and does the size of the book matter? Persons are made one by one,
+// half of them are removed, and one is changed and saved at a time. Beside it: SQLite alone writing
+// the same rows in the same transactions.
+#include <stdexcept>
+#include <string_view>
+
+#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "base/store_location.hpp"
+#include "bench/child.hpp"
+#include "bench/figures.hpp"
+#include "bench/plain_edits.hpp"
+#include "bench/stores.hpp"
+
+namespace ox::bench {
+namespace {
+
+constexpr std::size_t kSavedEdits = 200;
+
+// In the child. What the work was done to, counted when it is done, goes to the parent.
+double makePersons(std::size_t count) {
+  const auto container = CNContactStore::init()->containersMatchingPredicate_error({}, nullptr);
+  const auto book = OxMacAddressBook::initWithContainer(container.at(0));
+  std::size_t made = 0;
+  const Stopwatch watch;
+  for (std::size_t i = 0; i < count; ++i) made += book->newPerson() ? 1 : 0;
+  const auto seconds = watch.seconds();
+  tellParent("left", static_cast<double>(made));
+  return seconds;
+}
+
+double removeHalf() {
+  const auto book = OxMacAddressBook::addressBookArray().element(0);
+  const auto persons = book->allPersons()->snapshot();
+  std::vector<std::shared_ptr<_ABPerson>> half;
+  for (std::size_t i = 0; i < persons.size(); i += 2) half.push_back(persons[i]);
+  const Stopwatch watch;
+  book->removePersons(half);
+  book->save();
+  const auto seconds = watch.seconds();
+  tellParent("left", static_cast<double>(ABAddressBook::sharedAddressBook()->people().size()));
+  return seconds;
+}
+
+double editAndSave() {
+  const auto book = OxMacAddressBook::addressBookArray().element(0);
+  const auto persons = book->allPersons()->snapshot();
+  std::size_t changed = 0;
+  const Stopwatch watch;
+  for (std::size_t i = 0; i < kSavedEdits; ++i) {
+    const auto& person = persons[i % persons.size()];
+    const Object note = "edit " + std::to_string(i);
+    changed += person->setValue_forProperty(note, kABNoteProperty) ? 1 : 0;
+    book->save();
+  }
+  const auto seconds = watch.seconds();
+  tellParent("left", static_cast<double>(changed));
+  return seconds;
+}
+
+double measure(std::string_view way, std::size_t size) {
+  if (way == "new") return makePersons(size);
+  if (way == "remove") return removeHalf();
+  if (way == "edit") return editAndSave();
+  const auto store = contactStorePath();
+  if (way == "plain new") return plain::addPersons(store, size);
+  if (way == "plain remove") return plain::removeEverySecond(store);
+  if (way == "plain edit") return plain::editSynced(store, kSavedEdits);
+  throw std::invalid_argument("no such way");
+}
+
+// On a copy of a store of that many persons; `left` is what the child has to count.
+Way onCopy(const std::string& name, const std::string& way, std::size_t persons, std::size_t left) {
+  return {name, [=](std::size_t size) -> Measured {
+            const auto& store = persons == 0 ? storeOf(0) : localStoreOf(persons);
+            const auto numbers = runChild(copyOf(store), {way, std::to_string(size)});
+            const auto counted = numbers.find("left");
+            if (counted != numbers.end() && counted->second != static_cast<double>(left)) {
+              throw std::runtime_error(way + " was not done");
+            }
+            return {numbers.at("seconds"), {}};
+          }};
+}
+
+void addFigures() {
+  for (const auto size : sizes()) {
+    addFigure("new persons",
+              {onCopy("newPerson", "new", 0, size), onCopy("plain SQLite", "plain new", 0, size)},
+              {size});
+    const auto half = size - (size + 1) / 2;
+    addFigure("remove half of a book",
+              {onCopy("removePersons, save", "remove", size, half),
+               onCopy("plain SQLite", "plain remove", size, half)},
+              {size});
+    addFigure("edit, save; of " + std::to_string(size),
+              {onCopy("setValue, save", "edit", size, kSavedEdits),
+               onCopy("plain SQLite", "plain edit", size, kSavedEdits)},
+              {kSavedEdits});
+  }
+}
+
+}  // namespace
+}  // namespace ox::bench
+
+int main(int argc, char** argv) {
+  using namespace ox::bench;
+  if (argc == 4 && std::string_view(argv[1]) == "--child") {
+    tellParent("seconds", measure(argv[2], std::stoul(argv[3])));
+    return 0;
+  }
+  return runFigures(argc, argv, addFigures);
+}

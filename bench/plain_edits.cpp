@@ -1,0 +1,223 @@
+#include "bench/plain_edits.hpp"
+
+#include <random>
+#include <utility>
+
+#include "bench/figures.hpp"
+#include "bench/plain_database.hpp"
+
+namespace ox::bench::plain {
+namespace {
+
+constexpr std::int64_t kPerson = 0;
+constexpr std::int64_t kGroup = 1;
+constexpr std::size_t kUidBytes = 16;
+// What the store keeps for a person without values takes about as much.
+const std::string kEmptyPerson(8, '\0');
+
+using Ids = std::vector<std::int64_t>;
+
+Ids idsOf(Database& database, std::int64_t kind) {
+  Query query(database, "SELECT id FROM record WHERE kind = ?1 ORDER BY id");
+  query.bind(1, kind);
+  Ids ids;
+  while (query.step()) ids.push_back(query.number(0));
+  return ids;
+}
+
+std::int64_t nextId(Database& database) {
+  Query query(database, "SELECT next_record FROM counter");
+  query.step();
+  return query.number(0);
+}
+
+// The statements that an empty record takes.
+class RecordWriter {
+ public:
+  explicit RecordWriter(Database& database)
+      : next_(nextId(database)),
+        counter_(database, "UPDATE counter SET next_record = ?1"),
+        record_(database, "INSERT INTO record(id, uid, kind, container) VALUES(?1, ?2, ?3, 1)"),
+        content_(database,
+                 "INSERT INTO content(record, fingerprint, properties) VALUES(?1, ?2, ?3)") {}
+
+  std::int64_t write(std::int64_t kind) {
+    std::string uid(kUidBytes, '\0');
+    for (auto& byte : uid) byte = static_cast<char>(random_());
+    record_.bind(1, next_);
+    record_.bindBlob(2, uid);
+    record_.bind(3, kind);
+    record_.finish();
+    content_.bind(1, next_);
+    content_.bind(2, next_);
+    content_.bindBlob(3, kEmptyPerson);
+    content_.finish();
+    counter_.bind(1, next_ + 1);
+    counter_.finish();
+    return next_++;
+  }
+
+ private:
+  std::mt19937_64 random_{1};
+  std::int64_t next_;
+  Query counter_, record_, content_;
+};
+
+// The statements that the values of a record take.
+class ContentWriter {
+ public:
+  explicit ContentWriter(Database& database)
+      : content_(database,
+                 "UPDATE content SET fingerprint = ?2, properties = ?3 WHERE record = ?1"),
+        image_(database,
+               "INSERT INTO image(record, checksum, data) VALUES(?1, ?2, ?3) ON CONFLICT(record) "
+               "DO UPDATE SET checksum = excluded.checksum, data = excluded.data") {}
+
+  void write(std::int64_t id, const Rows::Record& row) {
+    values(id, row.fingerprint, row.properties);
+    if (row.image.empty()) return;
+    image_.bind(1, id);
+    image_.bind(2, row.imageChecksum);
+    image_.bindBlob(3, row.image);
+    image_.finish();
+  }
+  void values(std::int64_t id, std::int64_t fingerprint, const std::string& properties) {
+    content_.bind(1, id);
+    content_.bind(2, fingerprint);
+    content_.bindBlob(3, properties);
+    content_.finish();
+  }
+
+ private:
+  Query content_, image_;
+};
+
+// Runs a statement for each pair of numbers in one synced transaction.
+double runForEach(Database& database, const char* sql,
+                  const std::vector<std::pair<std::int64_t, std::int64_t>>& pairs) {
+  Query query(database, sql);
+  database.run("PRAGMA synchronous=FULL");
+  const Stopwatch watch;
+  database.run("BEGIN IMMEDIATE");
+  for (const auto& [first, second] : pairs) {
+    query.bind(1, first);
+    query.bind(2, second);
+    query.finish();
+  }
+  database.run("COMMIT");
+  return watch.seconds();
+}
+
+std::vector<std::pair<std::int64_t, std::int64_t>> linksOf(Database& database) {
+  Query query(database, "SELECT parent, child FROM link ORDER BY id");
+  std::vector<std::pair<std::int64_t, std::int64_t>> links;
+  while (query.step()) links.emplace_back(query.number(0), query.number(1));
+  return links;
+}
+
+Ids addOneByOne(Database& database, std::size_t count) {
+  RecordWriter writer(database);
+  Ids ids;
+  ids.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    database.run("BEGIN IMMEDIATE");
+    ids.push_back(writer.write(kPerson));
+    database.run("COMMIT");
+  }
+  return ids;
+}
+
+}  // namespace
+
+double addLinks(const std::string& path) {
+  Database database(path);
+  const auto group = RecordWriter(database).write(kGroup);
+  std::vector<std::pair<std::int64_t, std::int64_t>> links;
+  for (const auto person : idsOf(database, kPerson)) links.emplace_back(group, person);
+  return runForEach(database,
+                    "INSERT INTO link(parent, child) VALUES(?1, ?2) "
+                    "ON CONFLICT(child, parent) DO NOTHING",
+                    links);
+}
+
+double removeLinks(const std::string& path) {
+  addLinks(path);
+  Database database(path);
+  return runForEach(database, "DELETE FROM link WHERE parent = ?1 AND child = ?2",
+                    linksOf(database));
+}
+
+double listLinks(const std::string& path, std::size_t expected) {
+  Database database(path);
+  const Stopwatch watch;
+  const auto links = linksOf(database);
+  const auto seconds = watch.seconds();
+  if (links.size() < expected) throw std::runtime_error("memberships are missing");
+  return seconds;
+}
+
+double removeEverySecond(const std::string& path) {
+  Database database(path);
+  const auto ids = idsOf(database, kPerson);
+  Query record(database, "DELETE FROM record WHERE id = ?1");
+  Query removal(database, "INSERT INTO removal(record) VALUES(?1)");
+  database.run("PRAGMA synchronous=FULL");
+  const Stopwatch watch;
+  database.run("BEGIN IMMEDIATE");
+  for (std::size_t i = 0; i < ids.size(); i += 2) {
+    record.bind(1, ids[i]);
+    record.finish();
+    removal.bind(1, ids[i]);
+    removal.finish();
+  }
+  database.run("COMMIT");
+  return watch.seconds();
+}
+
+double addPersons(const std::string& path, std::size_t count) {
+  Database database(path);
+  const Stopwatch watch;
+  addOneByOne(database, count);
+  return watch.seconds();
+}
+
+double editSynced(const std::string& path, std::size_t count) {
+  Database database(path);
+  const auto ids = idsOf(database, kPerson);
+  const std::string properties(400, 'p');
+  ContentWriter writer(database);
+  database.run("PRAGMA synchronous=FULL");
+  const Stopwatch watch;
+  for (std::size_t i = 0; i < count; ++i) {
+    database.run("BEGIN IMMEDIATE");
+    writer.values(ids[i % ids.size()], static_cast<std::int64_t>(i), properties);
+    database.run("COMMIT");
+  }
+  return watch.seconds();
+}
+
+double readContent(const std::string& path) {
+  Database database(path);
+  Query query(database,
+              "SELECT c.properties, i.data FROM content c LEFT JOIN image i "
+              "ON i.record = c.record ORDER BY c.record");
+  std::size_t bytes = 0;
+  const Stopwatch watch;
+  while (query.step()) bytes += query.size(0) + query.size(1);
+  keep(bytes);
+  return watch.seconds();
+}
+
+double fillPersons(const std::string& path, const Rows& rows) {
+  Database database(path);
+  ContentWriter writer(database);
+  const Stopwatch watch;
+  const auto ids = addOneByOne(database, rows.records.size());
+  database.run("PRAGMA synchronous=FULL");
+  database.run("BEGIN IMMEDIATE");
+  for (std::size_t i = 0; i < ids.size(); ++i) writer.write(ids[i], rows.records[i]);
+  database.run("COMMIT");
+  return watch.seconds();
+}
+
+}  // namespace ox::bench::plain
