@@ -3,6 +3,8 @@
 #include <thread>
 
 #include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "base/failures.hpp"
+#include "tests/OxAddressBookSDK/general/loose_group.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/support/second_process.hpp"
@@ -117,6 +119,27 @@ TEST(BulkLoad, LinksNothingForKeysThatPointNowhere) {
   const auto book = bookNamed("_local");
   EXPECT_EQ(loaded(book, general->saveToData()), "0 50 50 100 100 100 100!");
   EXPECT_EQ(listsNames.run({"_local"}).output, "[G:] ");
+}
+
+TEST(BulkLoad, LeavesOutTheLinksThatWouldPutAGroupBelowItself) {
+  StoreBuilder().persons("p", 2);
+  const auto g = std::make_shared<LooseGroup>("g", "G");
+  const auto h = std::make_shared<LooseGroup>("h", "H");
+  g->below = {g, h};
+  g->members = {person("p0")};
+  h->below = {g};
+  h->members = {person("p1")};
+  const auto general = OxAddressBookGeneral::init();
+  for (const auto& each : {g, h}) {
+    general->addGroup(each);
+    each->below.clear();  // which hold each other
+  }
+  for (const auto* const id : {"p0", "p1"}) general->addPerson(person(id));
+  const auto book = bookNamed("_local");
+  EXPECT_EQ(loaded(book, general->saveToData()), "0 12.5 25 37.5 50 50 75 100 100 100 100!");
+  EXPECT_EQ(listsNames.run({"_local"}).output, "p0 p1 [G: <H> p0] [H: p1] ");
+  EXPECT_EQ(failures::snapshot().refusals, 2U) << "G below G, and G below H";
+  EXPECT_EQ(failures::snapshot().failures, 0U);
 }
 
 TEST(BulkLoad, GoesOnWhenItsCallbackThrows) {
