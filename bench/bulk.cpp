@@ -1,4 +1,5 @@
 // How fast is a whole book handed out as the data of a neutral book, and taken into an empty one?
+// With the pictures of every twentieth person, which are packed anew, and without any.
 // Beside it: SQLite alone reading all values and pictures; and writing them as a load does, a
 // commit for each new person and one for all their values.
 #include <condition_variable>
@@ -8,6 +9,7 @@
 #include <mutex>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "base/store_location.hpp"
@@ -99,21 +101,50 @@ Measured inChild(const std::string& store, const std::string& way, const std::st
   return {numbers.at("seconds"), note};
 }
 
-// The data of a book of that many persons, in a file.
-const std::string& dataOf(std::size_t size) {
-  static auto& files = *new std::map<std::size_t, std::string>;
-  auto& path = files[size];
+enum class Pictures { With, Without };
+
+const std::string& bookOf(std::size_t size, Pictures pictures) {
+  if (pictures == Pictures::With) return localStoreOf(size);
+  static auto& stores = *new std::map<std::size_t, std::string>;
+  auto& path = stores[size];
   if (path.empty()) {
-    path = temporaryPath("book-" + std::to_string(size));
-    inChild(localStoreOf(size), "save", path, size);
+    const auto made = copyOf(localStoreOf(size));
+    plain::removePictures(made);
+    path = temporaryPath("unpictured-" + std::to_string(size) + ".db");
+    moveStore(made, path);
   }
   return path;
 }
 
-Way saving(const std::string& name, const std::string& way) {
-  return {name, [way](std::size_t size) {
-            return inChild(localStoreOf(size), way, temporaryPath("saved"), size);
-          }};
+// The data of such a book, in a file.
+const std::string& dataOf(std::size_t size, Pictures pictures) {
+  static auto& files = *new std::map<std::pair<std::size_t, Pictures>, std::string>;
+  auto& path = files[{size, pictures}];
+  if (path.empty()) {
+    const auto& book = bookOf(size, pictures);
+    path = book + ".data";
+    inChild(book, "save", path, size);
+  }
+  return path;
+}
+
+void addFigures(Pictures pictures) {
+  const std::string which = pictures == Pictures::With ? "" : ", unpictured";
+  const auto saving = [&](const std::string& name, const std::string& way) -> Way {
+    return {name, [=](std::size_t size) {
+              return inChild(bookOf(size, pictures), way, temporaryPath("saved"), size);
+            }};
+  };
+  addFigure("save a book" + which,
+            {saving("saveDataBlock", "save"), saving("plain SQLite", "plain read")});
+  addFigure("load a book" + which,
+            {{"loadWithData_progressBlock",
+              [=](std::size_t size) {
+                return inChild(copyOf(storeOf(0)), "load", dataOf(size, pictures), size);
+              }},
+             {"plain SQLite", [=](std::size_t size) {
+                return inChild(copyOf(storeOf(0)), "plain write", bookOf(size, pictures), size);
+              }}});
 }
 
 }  // namespace
@@ -125,14 +156,7 @@ int main(int argc, char** argv) {
     return measure(argv[2], argv[3], std::stoul(argv[4]));
   }
   return runFigures(argc, argv, [] {
-    addFigure("save a whole book",
-              {saving("saveDataBlock", "save"), saving("plain SQLite", "plain read")});
-    addFigure(
-        "load a whole book",
-        {{"loadWithData_progressBlock",
-          [](std::size_t size) { return inChild(copyOf(storeOf(0)), "load", dataOf(size), size); }},
-         {"plain SQLite", [](std::size_t size) {
-            return inChild(copyOf(storeOf(0)), "plain write", localStoreOf(size), size);
-          }}});
+    addFigures(Pictures::With);
+    addFigures(Pictures::Without);
   });
 }

@@ -196,6 +196,13 @@ double editSynced(const std::string& path, std::size_t count) {
   return watch.seconds();
 }
 
+double removePictures(const std::string& path) {
+  Database database(path);
+  const Stopwatch watch;
+  database.run("PRAGMA synchronous=FULL; DELETE FROM image; PRAGMA wal_checkpoint(TRUNCATE)");
+  return watch.seconds();
+}
+
 double readContent(const std::string& path) {
   Database database(path);
   Query query(database,

@@ -28,6 +28,9 @@ double addPersons(const std::string& path, std::size_t count);
 // Changes the values of one record after another, a synced commit each.
 double editSynced(const std::string& path, std::size_t count);
 
+// Removes every picture: one synced transaction.
+double removePictures(const std::string& path);
+
 // Reads the properties and the picture of every record.
 double readContent(const std::string& path);
 
