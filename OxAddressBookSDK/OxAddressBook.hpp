@@ -1,5 +1,12 @@
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
+#include "OxAddressBookSDK/properties/OxProperty.hpp"
+#include "base/callbacks.hpp"
+#include "base/data.hpp"
+#include "base/image.hpp"
 #include "base/text.hpp"
 
 namespace ox {
@@ -20,6 +27,29 @@ class OxAddressBook {
   // Whether records may be created, changed and removed.
   virtual bool canOprate() const = 0;
   virtual bool isInternetAdressBook() const = 0;
+
+  // Pictures of the service behind the book, from small to large; null without one.
+  virtual ImagePtr thumbnail() const = 0;
+  virtual ImagePtr logo1() const = 0;
+  virtual ImagePtr logo2() const = 0;
+  virtual ImagePtr logo3() const = 0;
+  virtual ImagePtr logo4() const = 0;
+
+  virtual std::uint64_t allPersonsCount() = 0;
+  virtual std::uint64_t rootGroupsCount() const = 0;
+
+  // The properties that its persons can hold, and those that a host shows first.
+  virtual const std::vector<OxPropertyPtr>& supportProperty() const = 0;
+  virtual const std::vector<OxPropertyPtr>& commonProperty() const = 0;
+
+  // Writes what was changed in memory; brings in what was changed elsewhere, where a book can.
+  virtual void save() = 0;
+  virtual void sync() = 0;
+  virtual void update() = 0;
+
+  // The whole book from, and as, the data of a neutral book; on a thread of their own.
+  virtual void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress) = 0;
+  virtual void saveDataBlock(const SaveCallback& progress) = 0;
 
  protected:
   OxAddressBook() = default;

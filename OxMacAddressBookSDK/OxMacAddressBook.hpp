@@ -105,11 +105,11 @@ class OxMacAddressBook final : public OxAddressBook,
   bool isInternetAdressBook() const override { return false; }
 
   // The service's artwork, read from its file at every call; null when it is not installed.
-  ImagePtr thumbnail() const;
-  ImagePtr logo1() const;
-  ImagePtr logo2() const;
-  ImagePtr logo3() const;
-  ImagePtr logo4() const;
+  ImagePtr thumbnail() const override;
+  ImagePtr logo1() const override;
+  ImagePtr logo2() const override;
+  ImagePtr logo3() const override;
+  ImagePtr logo4() const override;
   ImagePtr loadImageWithName_type(TextView name, TextView type) const;
 
   // --- persons and groups ---
@@ -118,12 +118,12 @@ class OxMacAddressBook final : public OxAddressBook,
   std::shared_ptr<PersonList> allPersons();
   // The live cache after appending every person that is stamped with this book's ID; null likewise.
   std::shared_ptr<PersonList> allPersons2();
-  std::uint64_t allPersonsCount();
+  std::uint64_t allPersonsCount() override;
   // Sub-groups included; empty for a book that cannot have groups.
   std::vector<std::shared_ptr<_ABGroup>> allGroups() const;
   // The groups that lie in no other group.
   std::vector<std::shared_ptr<_ABGroup>> rootGroups() const;
-  std::uint64_t rootGroupsCount() const;
+  std::uint64_t rootGroupsCount() const override;
   // Null when there is no such group in this book.
   std::shared_ptr<_ABGroup> groupByID(TextView identifier) const;
   // The records of those ids, of whatever kind and book; unknown ids are left out.
@@ -146,10 +146,10 @@ class OxMacAddressBook final : public OxAddressBook,
   // The record alone.
   void reallyRemoveOneGroup(const std::shared_ptr<_ABGroup>& group);
   // Writes every unsaved change of the process, in whatever book.
-  void save();
+  void save() override;
   // Nothing.
-  void sync() {}
-  void update() {}
+  void sync() override {}
+  void update() override {}
 
   // --- copying a person in ---
 
@@ -170,10 +170,10 @@ class OxMacAddressBook final : public OxAddressBook,
   // Replaces everything in the book by what the data of a neutral book holds, on a thread of its
   // own; returns at once. The last report is finished: at 0 when the data cannot be read and the
   // book is as it was, else at 100 after the save.
-  void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress);
+  void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress) override;
   // Hands the book to the callback as the data of a neutral book, on a thread of its own; returns
   // at once. The last report is finished and carries the data.
-  void saveDataBlock(const SaveCallback& progress);
+  void saveDataBlock(const SaveCallback& progress) override;
 
   // The steps of both, on the calling thread.
   void loadThreed(const Data& data);
@@ -188,10 +188,10 @@ class OxMacAddressBook final : public OxAddressBook,
   // --- properties ---
 
   // Every property that the model knows. Borrowed for the life of the process.
-  const std::vector<OxPropertyPtr>& supportProperty() const;
+  const std::vector<OxPropertyPtr>& supportProperty() const override;
   // The nine that a host shows first; always the same array.
   static const std::vector<OxPropertyPtr>& CommonProperty();
-  const std::vector<OxPropertyPtr>& commonProperty() const { return CommonProperty(); }
+  const std::vector<OxPropertyPtr>& commonProperty() const override { return CommonProperty(); }
 
   explicit OxMacAddressBook(Key) {}
 

@@ -67,7 +67,8 @@ int run(CLI::App& program, int argc, char** argv) {
 // what it seems to have done.
 int honest(int code, const failures::Snapshot& before) {
   const auto after = failures::snapshot();
-  if (code == kDone && after.failures != before.failures) {
+  const bool seemsDone = code == kDone || code == kDoneWithRefusals;
+  if (seemsDone && after.failures != before.failures) {
     Context::complain(after.lastReason);
     code = kFailed;
   } else if (code == kDone && after.refusals != before.refusals) {
