@@ -8,6 +8,7 @@
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/context.hpp"
 #include "platform/store/changes.hpp"
+#include "platform/store/contact_source.hpp"
 
 namespace ox::program {
 namespace {
@@ -93,6 +94,9 @@ int mainOf(int argc, char** argv) {
   declareGlobalOptions(program, context);
   program.parse_complete_callback([&] {
     if (!context.store.empty()) ::setenv("OX_CONTACT_STORE", context.store.c_str(), 1);
+    // A store that cannot be used ends every command here, before it has printed or changed
+    // anything; check looks for itself and makes no store.
+    if (!program.got_subcommand("check")) contactSource().containers();
   });
   declareAccounts(program, context);
   declareImport(program, context);

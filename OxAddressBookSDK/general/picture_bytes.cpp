@@ -14,7 +14,7 @@ constexpr std::uint64_t kMaxPixels = std::uint64_t{64} << 20;
 // No zlib stream holds more than this many times its own size.
 constexpr std::uint64_t kMaxRatio = 1032;
 // Almost as small as the higher levels once the differences are taken, at several times the speed.
-constexpr int kLevel = 3;
+constexpr int kLevel = 1;
 
 }  // namespace
 

@@ -155,6 +155,8 @@ bool writeImage(TIFF* tiff, const Image& image) {
   TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
   TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
   TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+  // Most of a whole-book load is this encoding; the higher levels save little once predicted.
+  TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, 1);
   const std::size_t rowSize = std::size_t{image.width} * 4;
   constexpr std::size_t kStripSize = 1U << 18U;
   const auto rows = static_cast<std::uint32_t>(std::max<std::size_t>(1, kStripSize / rowSize));

@@ -44,14 +44,18 @@ TEST(StoreProblems, AreNamedWithFileAndReasonByEveryCommand) {
   };
   const auto cards = temporaryFile("one.vcf", card({"N:;Ann;;;", "FN:Ann"})).string();
   const std::vector<std::vector<std::string>> commands = {
-      {"accounts"}, {"accounts", "add", "x"}, {"import", cards}, {"books"}, {"persons"}, {"groups"},
-      {"check"}};
+      {"accounts"},      {"accounts", "add", "x"},
+      {"import", cards}, {"books"},
+      {"persons"},       {"groups"},
+      {"show", "x"},     {"persons", "--book", "x"},
+      {"export"},        {"check"}};
   for (const auto& row : rows) {
     const auto before = std::filesystem::is_regular_file(row.store) ? fileBytes(row.store) : "";
     for (auto command : commands) {
       command.insert(command.begin(), {"--store", row.store});
       const auto result = run(command);
       EXPECT_EQ(result.exitCode, 1) << row.reason << " " << command[2];
+      EXPECT_EQ(result.output, "") << command[2];
       EXPECT_NE(result.errors.find(row.store), std::string::npos) << command[2] << result.errors;
       EXPECT_NE(result.errors.find(row.reason), std::string::npos) << command[2] << result.errors;
     }
