@@ -15,7 +15,7 @@ using support::temporaryFile;
 using support::temporaryPath;
 
 std::string storeWith(const char* statement) {
-  const auto path = temporaryPath("prepared.db").string();
+  auto path = temporaryPath("prepared.db").string();
   std::filesystem::remove(path);
   run({"--store", path, "accounts"});
   sqlite::Connection(path, sqlite::Connection::Mode::ReadWrite).execute(statement);
@@ -23,7 +23,7 @@ std::string storeWith(const char* statement) {
 }
 
 std::string foreignDatabase() {
-  const auto path = temporaryPath("foreign.db").string();
+  auto path = temporaryPath("foreign.db").string();
   sqlite::Connection(path, sqlite::Connection::Mode::ReadWriteCreate)
       .execute("CREATE TABLE recipe(name TEXT)");
   return path;
