@@ -16,10 +16,10 @@ constexpr std::int64_t kRowsAhead = 32;
 constexpr std::size_t kBytesAhead = 256U << 10U;
 constexpr std::size_t kHalfValueCacheBytes = 16U << 20U;
 constexpr std::size_t kHalfLinkCacheEntries = 1U << 20U;
-// What a decoded bag takes in memory, as a multiple of its stored size; measured, roughly.
+// What a decoded bag takes in memory, as a multiple of its stored size: an estimate.
 constexpr std::size_t kDecodedFactor = 4;
 
-// Every read asks for the time: the coarse clock costs a quarter of the fine one.
+// Every read asks for the time, and a few milliseconds more or less do not matter.
 std::int64_t coarseMilliseconds() {
   timespec now{};
   ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
