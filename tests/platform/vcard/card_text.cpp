@@ -1,5 +1,7 @@
 #include "card_text.hpp"
 
+#include <gtest/gtest.h>
+
 namespace ox::vcard {
 namespace {
 
@@ -71,6 +73,12 @@ std::string textOfCard(std::string_view version, std::string_view lines) {
   std::string card = "BEGIN:VCARD\nVERSION:";
   card.append(version).append("\n").append(lines).append("END:VCARD\n");
   return textOfAll(card);
+}
+
+void expectRows(const std::vector<CardRow>& rows) {
+  for (const auto& row : rows) {
+    EXPECT_EQ(textOfCard(row.version, row.lines), row.expected) << row.version << "\n" << row.lines;
+  }
 }
 
 }  // namespace ox::vcard

@@ -23,4 +23,13 @@ std::string textOfAll(std::string_view bytes);
 // The text of one vCard of that version with the given lines, which end in line feeds.
 std::string textOfCard(std::string_view version, std::string_view lines);
 
+struct CardRow {
+  std::string version;
+  std::string lines;
+  std::string expected;
+};
+
+// Expects textOfCard of each row to be what the row says.
+void expectRows(const std::vector<CardRow>& rows);
+
 }  // namespace ox::vcard

@@ -5,18 +5,6 @@
 namespace ox::vcard {
 namespace {
 
-struct Row {
-  std::string version;
-  std::string lines;
-  std::string expected;
-};
-
-void expectRows(const std::vector<Row>& rows) {
-  for (const auto& row : rows) {
-    EXPECT_EQ(textOfCard(row.version, row.lines), row.expected) << row.version << "\n" << row.lines;
-  }
-}
-
 TEST(CardLines, AreUnfoldedAsTheirVersionFolds) {
   expectRows({
       {"3.0", "NOTE:ab\n cd\n\tef\n  gh\n", "Note=abcdef gh\n"},

@@ -7,18 +7,6 @@ using namespace std::string_literals;
 namespace ox::vcard {
 namespace {
 
-struct Row {
-  std::string version;
-  std::string lines;
-  std::string expected;
-};
-
-void expectRows(const std::vector<Row>& rows) {
-  for (const auto& row : rows) {
-    EXPECT_EQ(textOfCard(row.version, row.lines), row.expected) << row.version << "\n" << row.lines;
-  }
-}
-
 TEST(CardValues, EscapesDependOnTheVersion) {
   expectRows({
       {"3.0", "NOTE:a\\nb\\Nc\\, d\\; e\\\\f\\:g\\\"h\\qi\\\n",
