@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "OxAddressBookSDK/general/packed_picture.hpp"
 #include "OxAddressBookSDK/objects/OxObjectEmail.hpp"
 #include "OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 #include "OxAddressBookSDK/objects/OxObjectPhone.hpp"
@@ -75,8 +76,11 @@ OxValuePtr OxGeneralPerson::valueByProperty(const OxPropertyPtr& property) const
 }
 
 OxValuePtr OxGeneralPerson::valueByPropertyName(TextView name) const {
-  const auto* value = name ? find(*name) : nullptr;
-  return value == nullptr ? nullptr : value->copy();
+  const auto* held = name ? find(*name) : nullptr;
+  if (held == nullptr) return nullptr;
+  auto value = held->copy();
+  unpackPictures(*value);
+  return value;
 }
 
 void OxGeneralPerson::setValue_byProperty(const OxValuePtr& value, const OxPropertyPtr& property) {
@@ -85,6 +89,7 @@ void OxGeneralPerson::setValue_byProperty(const OxValuePtr& value, const OxPrope
 
 void OxGeneralPerson::takeValue(OxValuePtr value, const OxPropertyPtr& property) {
   if (!property) return;
+  if (value) packPictures(*value);
   const auto found = std::find_if(values_.begin(), values_.end(), [&](const auto& entry) {
     return entry.first->name() == property->name();
   });
@@ -102,7 +107,9 @@ void OxGeneralPerson::setValue_byPropertyName(const OxValuePtr& value, TextView 
 }
 
 ImagePtr OxGeneralPerson::thumbnail() const {
-  return singleObject(OxProPertyThumbnail).image();
+  const auto value =
+      std::dynamic_pointer_cast<OxMutableSingleValue>(valueByPropertyName(OxProPertyThumbnail));
+  return value ? value->value().image() : nullptr;
 }
 
 void OxGeneralPerson::setThumbnail(const ImagePtr& image) {

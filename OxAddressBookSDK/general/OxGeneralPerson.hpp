@@ -10,7 +10,8 @@
 namespace ox {
 
 // A person of a neutral book: values by property, in memory. Belongs to no address book and to no
-// group that answers IOxGroup. One thread at a time.
+// group that answers IOxGroup. Its pictures are held packed: they take little room, and each answer
+// unpacks them anew. One thread at a time.
 class OxGeneralPerson final : public IOxPerson {
   struct Key {
     explicit Key() = default;
@@ -33,7 +34,7 @@ class OxGeneralPerson final : public IOxPerson {
   OxValuePtr valueByPropertyName(TextView name) const override;
   void setValue_byProperty(const OxValuePtr& value, const OxPropertyPtr& property) override;
   void setValue_byPropertyName(const OxValuePtr& value, TextView name) override;
-  // Sets the value itself, not a copy; nobody else may hold it.
+  // Sets the value itself, not a copy, and packs its pictures; nobody else may hold it.
   void takeValue(OxValuePtr value, const OxPropertyPtr& property);
 
   ImagePtr thumbnail() const override;
@@ -42,8 +43,8 @@ class OxGeneralPerson final : public IOxPerson {
   std::shared_ptr<const OxObjectEmail> mainEmail() const override;
   std::vector<std::shared_ptr<IOxGroup>> groups() const override { return {}; }
   std::vector<OxPropertyPtr> notNullValueProperty() const override;
-  // Every value itself, no copy, in the order in which the properties were first set. Borrowed
-  // until the next change.
+  // Every value itself, no copy, in the order in which the properties were first set; a
+  // PackedPicture stands where the value has a picture. Borrowed until the next change.
   const Values& values() const { return values_; }
 
   std::vector<std::string> tagArray() const override;

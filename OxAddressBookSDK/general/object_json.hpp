@@ -6,11 +6,13 @@
 
 namespace ox::book_format {
 
-// Writes what a value holds. Throws Unwritable when the file form has no room for it: a foreign
-// host object, an impossible date, a picture whose pixels do not fit its size, too deep a nesting.
+// Writes what a value of a neutral person holds, its pictures packed. Throws Unwritable when the
+// file form has no room for it: a foreign host object, an impossible date, a picture that could not
+// be packed, too deep a nesting.
 void writeObject(JsonWriter& out, const Object& object);
 
-// Reads what writeObject wrote; takes the texts out of the node. Throws Unreadable.
+// Reads what writeObject wrote, pictures still packed; takes the texts out of the node. Throws
+// Unreadable.
 Object readObject(JsonNode& node);
 
 }  // namespace ox::book_format

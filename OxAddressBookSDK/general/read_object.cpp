@@ -7,7 +7,7 @@
 #include "OxAddressBookSDK/general/book_format.hpp"
 #include "OxAddressBookSDK/general/json_fields.hpp"
 #include "OxAddressBookSDK/general/object_json.hpp"
-#include "OxAddressBookSDK/general/picture_bytes.hpp"
+#include "OxAddressBookSDK/general/packed_picture.hpp"
 #include "OxAddressBookSDK/objects/OxObjectAddress.hpp"
 #include "OxAddressBookSDK/objects/OxObjectEmail.hpp"
 #include "OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
@@ -71,9 +71,9 @@ Object readData(JsonFields& fields, std::size_t) {
 Object readImage(JsonFields& fields, std::size_t) {
   const auto width = fields.getNumber<std::uint32_t>("width");
   const auto height = fields.getNumber<std::uint32_t>("height");
-  auto image = imageOfPackedPixels(bytesOf(fields.get<std::string>("pixels")), width, height);
-  if (!image) throw Unreadable("a damaged picture");
-  return image;
+  auto picture = PackedPicture::ofBytes(width, height, bytesOf(fields.get<std::string>("pixels")));
+  if (!picture) throw Unreadable("a damaged picture");
+  return picture;
 }
 
 Object readNotFinite(JsonFields& fields, std::size_t) {

@@ -4,6 +4,7 @@
 
 #include "OxAddressBookSDK/general/book_format.hpp"
 #include "OxAddressBookSDK/general/object_json.hpp"
+#include "OxAddressBookSDK/general/packed_picture.hpp"
 #include "OxAddressBookSDK/general/picture_bytes.hpp"
 #include "OxAddressBookSDK/objects/OxObjectAddress.hpp"
 #include "OxAddressBookSDK/objects/OxObjectEmail.hpp"
@@ -55,6 +56,13 @@ void writeParts(JsonWriter& out, const OxObjectPersonName& name) {
   out.member("last", name.last());
 }
 
+void writeParts(JsonWriter& out, const PackedPicture& picture) {
+  beginKind(out, kind::kImage);
+  out.member("width", std::int64_t{picture.width()});
+  out.member("height", std::int64_t{picture.height()});
+  out.member("pixels", std::string_view(base64(picture.bytes())));
+}
+
 // False when the object is not a T.
 template <typename T>
 bool writeAs(JsonWriter& out, const HostObject& object) {
@@ -97,15 +105,11 @@ class ObjectWriter {
     out_.endObject();
   }
 
+  // Only those that could not be packed are left as pictures.
   void operator()(const ImagePtr& image) const {
-    if (std::uint64_t{image->width} * image->height * 4 != image->pixels.size()) {
-      throw Unwritable("a picture whose pixels do not fit its size");
-    }
-    beginKind(out_, kind::kImage);
-    out_.member("width", std::int64_t{image->width});
-    out_.member("height", std::int64_t{image->height});
-    out_.member("pixels", std::string_view(base64(packedPixels(*image))));
-    out_.endObject();
+    throw Unwritable(std::uint64_t{image->width} * image->height > kMaxPackedPixels
+                         ? "a picture of more than 64 M pixels"
+                         : "a picture whose pixels do not fit its size");
   }
 
   void operator()(const Object::ArrayPtr& array) const {
@@ -135,7 +139,7 @@ class ObjectWriter {
     const bool written =
         writeAs<OxObjectPhone>(out_, *object) || writeAs<OxObjectEmail>(out_, *object) ||
         writeAs<OxObjectAddress>(out_, *object) || writeAs<OxObjectInstantMessage>(out_, *object) ||
-        writeAs<OxObjectPersonName>(out_, *object);
+        writeAs<OxObjectPersonName>(out_, *object) || writeAs<PackedPicture>(out_, *object);
     if (!written) throw Unwritable("a value object of a foreign kind");
   }
 

@@ -126,7 +126,8 @@ TEST(OxGeneralPerson, KeepsTagsAndPictureAsOrdinaryValues) {
 
   const auto image = std::make_shared<const Image>(Image{1, 1, {1, 2, 3, 4}});
   person->setThumbnail(image);
-  EXPECT_EQ(person->thumbnail(), image);
+  ASSERT_TRUE(person->thumbnail());
+  EXPECT_EQ(*person->thumbnail(), *image);
   EXPECT_EQ(namesOf(person->notNullValueProperty()), Tags{"OxProPertyThumbnail"});
   person->setThumbnail(nullptr);
   EXPECT_TRUE(person->notNullValueProperty().empty());
