@@ -22,7 +22,8 @@ void removeFrom(ABGroup& group, const Persons& persons) {
 
 // Removes persons from a tree of groups, sub-groups before the group that holds them, with the
 // reports of every level mapped through all levels above it. Without recursion: a tree may be
-// deeper than the stack.
+// deeper than the stack. A sub-group that is above its holder as well counts as none, so that links
+// in a circle, as a damaged store or the edits of two processes make them, end the walk.
 class RemovalFromTree {
  public:
   RemovalFromTree(const Persons& persons, const ProgressCallback& progress)
@@ -37,6 +38,7 @@ class RemovalFromTree {
         continue;
       }
       removeMembers(*level.group);
+      path_.erase(level.group->key());
       open_.pop_back();
       if (!open_.empty()) subgroupDone();
     }
@@ -51,7 +53,9 @@ class RemovalFromTree {
   };
 
   void enter(std::shared_ptr<ABGroup> group) {
+    path_.insert(group->key());
     auto subgroups = group->subgroups();
+    std::erase_if(subgroups, [this](const auto& below) { return path_.contains(below->key()); });
     const auto share = static_cast<double>(100.0F / static_cast<float>(subgroups.size()));
     open_.push_back({std::move(group), std::move(subgroups), 0, share});
   }
@@ -82,6 +86,7 @@ class RemovalFromTree {
   const Persons& persons_;
   const ProgressCallback& progress_;
   std::vector<Level> open_;
+  std::unordered_set<RecordKey> path_;  // the groups of open_
 };
 
 // The group and all groups below it, each once, sub-groups before the group that holds them.

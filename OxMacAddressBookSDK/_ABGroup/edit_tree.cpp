@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <unordered_set>
 
 #include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
@@ -8,6 +9,8 @@ namespace {
 
 using Groups = std::vector<std::shared_ptr<ABGroup>>;
 
+using Keys = std::unordered_set<RecordKey>;
+
 // One group whose sub-groups are being torn down.
 struct Level {
   std::shared_ptr<_ABGroup> group;
@@ -16,16 +19,40 @@ struct Level {
   std::size_t next = 0;
 };
 
-Level enter(std::shared_ptr<_ABGroup> group) {
-  auto subgroups = group->subgroups();
-  // A leaf needs no book.
-  auto book = subgroups.empty() ? nullptr : group->groupAddressBook();
-  return {std::move(group), std::move(book), std::move(subgroups)};
-}
-
 // Detaches a direct sub-group and deletes it; one that the store keeps is not deleted.
 void detach(ABGroup& from, const std::shared_ptr<_ABGroup>& subgroup, OxMacAddressBook& book) {
   if (from.removeSubgroup(subgroup)) book.reallyRemoveOneGroup(subgroup);
+}
+
+// Depth first without recursion: a tree may be deeper than the stack. Groups above the one that is
+// being emptied are left alone, so that links in a circle, as a damaged store or the edits of two
+// processes make them, end the walk. A group met again by another way was emptied already.
+void removeBelow(std::shared_ptr<_ABGroup> root, Keys above) {
+  Keys emptied;
+  std::vector<Level> open;
+  const auto enter = [&](std::shared_ptr<_ABGroup> group) {
+    above.insert(group->key());
+    auto subgroups = emptied.insert(group->key()).second ? group->subgroups() : Groups();
+    std::erase_if(subgroups, [&](const auto& subgroup) { return above.contains(subgroup->key()); });
+    // A leaf needs no book.
+    auto book = subgroups.empty() ? nullptr : group->groupAddressBook();
+    open.push_back({std::move(group), std::move(book), std::move(subgroups)});
+  };
+  enter(std::move(root));
+  while (true) {
+    auto& level = open.back();
+    if (level.next < level.subgroups.size()) {
+      enter(hostGroup(level.subgroups[level.next]));
+      continue;
+    }
+    const auto done = std::move(level.group);
+    open.pop_back();
+    if (open.empty()) return;
+    above.erase(done->key());
+    auto& parent = open.back();
+    ++parent.next;
+    if (parent.book) detach(*parent.group, done, *parent.book);
+  }
 }
 
 }  // namespace
@@ -46,28 +73,13 @@ bool _ABGroup::removeSubGroup(const std::shared_ptr<IOxGroup>& group) {
   if (!book || !subgroup) return false;
   const auto direct = subgroups();
   if (std::find(direct.begin(), direct.end(), subgroup) == direct.end()) return false;
-  subgroup->removeAllSubGroup();
+  removeBelow(subgroup, {key()});
   detach(*this, subgroup, *book);
   return true;
 }
 
-// Depth first without recursion: a tree may be deeper than the stack.
 void _ABGroup::removeAllSubGroup() {
-  std::vector<Level> open;
-  open.push_back(enter(std::static_pointer_cast<_ABGroup>(shared_from_this())));
-  while (!open.empty()) {
-    auto& level = open.back();
-    if (level.next < level.subgroups.size()) {
-      open.push_back(enter(hostGroup(level.subgroups[level.next])));
-      continue;
-    }
-    const auto done = std::move(level.group);
-    open.pop_back();
-    if (open.empty()) return;
-    auto& parent = open.back();
-    ++parent.next;
-    if (parent.book) detach(*parent.group, done, *parent.book);
-  }
+  removeBelow(std::static_pointer_cast<_ABGroup>(shared_from_this()), {});
 }
 
 }  // namespace ox

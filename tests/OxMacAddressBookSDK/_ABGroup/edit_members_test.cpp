@@ -2,6 +2,7 @@
 
 #include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
+#include "tests/support/second_process.hpp"
 
 namespace ox::test {
 namespace {
@@ -117,6 +118,7 @@ TEST(GroupRemovePersons, ReportsAnyDepthAsTheRecursionWould) {
   builder.subgroup("g", "a").subgroup("g", "b").subgroup("g", "c");
   builder.subgroup("a", "aa").subgroup("a", "ab").subgroup("aa", "aaa");
   builder.subgroup("c", "ca").subgroup("c", "cb").subgroup("c", "cc").members("aaa", {"p1"});
+  builder.subgroup("b", "aa").subgroup("c", "aa");  // reported by each way that leads there
   const auto list = persons({"p0", "p1", "p2"});
   const auto expected =
       reportsOf([&](const auto& report) { removeByTheBook(group("g"), list, report); });
@@ -164,7 +166,38 @@ TEST(GroupRemovePersons, CanLeaveTheSubgroupsOrTheGroupItselfAlone) {
   EXPECT_EQ(idsOf(group("a")->persons()), "");
 }
 
+const support::SecondProcess tellsTree("tellsTree", [](const auto&) {
+  for (const auto& each : ABAddressBook::sharedAddressBook()->groups()) {
+    const auto shown = hostGroup(each);
+    std::printf("%s[%s][%s] ", shown->displayName()->c_str(), idsOf(shown->persons()).c_str(),
+                idsOf(shown->subGroups()).c_str());
+  }
+  return 0;
+});
+
 TEST(GroupEdits, StayInMemoryUntilTheSave) {
+  StoreBuilder()
+      .persons("p", 4)
+      .group("g", "G")
+      .group("a", "A")
+      .subgroup("g", "a")
+      .members("g", {"p0", "p1"})
+      .members("a", {"p1", "p2"});
+  const std::string before = "G[p0 p1][a] A[p1 p2][] ";
+  ASSERT_EQ(tellsTree.run().output, before);
+  group("g")->addPersons({person("p3")});
+  group("g")->removePersonsFromThisGroup({person("p0")});
+  group("g")->removePersons({person("p2")});
+  group("g")->removePersons_progress({person("p1")}, [](double, bool) {});
+  EXPECT_EQ(tellsTree.run().output, before);
+  const auto made = group("g")->addSubGroupByName("New");
+  // The creation is stored at once, its name and its place are not.
+  EXPECT_EQ(tellsTree.run().output, before + "[][] ");
+  ABAddressBook::sharedAddressBook()->save();
+  EXPECT_EQ(tellsTree.run().output, "G[p3][a " + *made->ID() + "] A[][] New[][] ");
+}
+
+TEST(GroupEdits, AreForgottenByARevert) {
   StoreBuilder().persons("p", 1).group("g", "G");
   group("g")->addPersons(persons({"p0"}));
   EXPECT_EQ(contactSource().unsavedChanges().addedLinks.size(), 1U);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
+#include "tests/support/second_process.hpp"
 
 namespace ox::test {
 namespace {
@@ -102,6 +103,81 @@ TEST(GroupTree, OfAGroupWithoutBookStaysAsItIs) {
   EXPECT_EQ(allGroupIds(), "g a b aa ab ba other");
 }
 
+const support::SecondProcess putsBelow("putsBelow", [](const auto& arguments) {
+  return group(arguments.at(0))->addSubgroup(group(arguments.at(1))) &&
+                 ABAddressBook::sharedAddressBook()->save()
+             ? 0
+             : 1;
+});
+
+// g holds a, a holds b, and b holds a and g: each process added what was allowed in its view.
+void linkInACircle() {
+  StoreBuilder().persons("p", 1);
+  StoreBuilder().group("g", "G").group("a", "A").group("b", "B").members("b", {"p0"});
+  ASSERT_TRUE(group("b")->addSubgroup(group("a")));
+  ASSERT_TRUE(group("b")->addSubgroup(group("g")));
+  ASSERT_EQ(putsBelow.run({"g", "a"}).exitCode, 0);
+  ASSERT_EQ(putsBelow.run({"a", "b"}).exitCode, 0);
+  ASSERT_EQ(idsOf(group("a")->subGroups()), "b");
+  ASSERT_EQ(idsOf(group("b")->subGroups()), "a g");
+}
+
+TEST(GroupsInACircle, AreTornDownOnceAndTheFirstOneStays) {
+  linkInACircle();
+  group("g")->removeAllSubGroup();
+  EXPECT_EQ(allGroupIds(), "g");
+  EXPECT_EQ(group("g")->subGroupsCount(), 0U);
+}
+
+TEST(GroupsInACircle, LoseADirectSubgroupAndStayThemselves) {
+  linkInACircle();
+  EXPECT_TRUE(group("g")->removeSubGroup(group("a")));
+  EXPECT_EQ(allGroupIds(), "g");
+}
+
+TEST(GroupsInACircle, LetPersonsBeRemovedWithReportsThatEnd) {
+  linkInACircle();
+  Sequence sequence;
+  group("g")->removePersons_progress({person("p0")}, sequence.callback());
+  // As if b had no sub-groups: those it has are above it.
+  EXPECT_EQ(sequence.text(), "100 100 50 100 100 50 100 100!");
+  EXPECT_EQ(idsOf(group("g")->includePersons()), "");
+}
+
+TEST(GroupsInACircle, AreUndoneByTheSaveWhichNamesTheLink) {
+  linkInACircle();
+  const auto report = ABAddressBook::sharedAddressBook()->saveAndReturnError();
+  EXPECT_TRUE(report.done);
+  EXPECT_EQ(report.dropped,
+            (std::vector<std::string>{
+                "the link from b to a was refused: a group would be below itself",
+                "the link from b to g was refused: a group would be below itself"}));
+  EXPECT_EQ(idsOf(group("b")->subGroups()), "");
+}
+
+TEST(GroupTree, WithManyPathsToOneGroupIsWalkedOnce) {
+  // Each layer's two groups hold both of the next: 2^31 paths. Without a book nothing is removed.
+  constexpr int kLayers = 32;
+  const auto id = [](int layer, int which) {
+    return "l" + std::to_string(layer) + "_" + std::to_string(which);
+  };
+  StoreBuilder builder;
+  for (int layer = 0; layer < kLayers; ++layer) {
+    builder.group(id(layer, 0), "G").group(id(layer, 1), "G");
+  }
+  for (int layer = 1; layer < kLayers; ++layer) {
+    for (const int above : {0, 1}) {
+      for (const int below : {0, 1}) builder.subgroup(id(layer - 1, above), id(layer, below));
+    }
+  }
+  OxMacAddressBook::addressBookArray();  // would stamp the groups anew
+  for (const auto& each : ABAddressBook::sharedAddressBook()->groups()) {
+    hostGroup(each)->setAddressID("nowhere");
+  }
+  group(id(0, 0))->removeAllSubGroup();
+  EXPECT_EQ(ABAddressBook::sharedAddressBook()->groups().size(), 2U * kLayers);
+}
+
 TEST(GroupTree, MayBeDeeperThanAnyStack) {
   constexpr int kDepth = 3000;
   SaveRequest request;
@@ -110,7 +186,6 @@ TEST(GroupTree, MayBeDeeperThanAnyStack) {
         {RecordKey::of("d" + std::to_string(i)), RecordKind::Group, "_local", {}, {}});
   }
   ASSERT_TRUE(support::realSource().execute(request));
-  // From below: each link looks for circles through everything above it, which is nothing yet.
   for (int i = kDepth - 1; i > 0; --i) {
     group("d" + std::to_string(i - 1))->addSubgroup(group("d" + std::to_string(i)));
   }

@@ -77,19 +77,35 @@ TEST(NewGroup, IsStoredAtOnceUnnamedAndNotStamped) {
   EXPECT_TRUE(google->newGroup());
 }
 
-TEST(RemoveGroup, DeletesAThreeLevelTreeFromTheLeaves) {
+const support::SecondProcess tellsLinks("tellsLinks", [](const auto&) {
+  for (const auto& each : ABAddressBook::sharedAddressBook()->groups()) {
+    const auto shown = hostGroup(each);
+    std::printf("%s(%s) ", shown->ID()->c_str(), idsOf(shown->subGroups()).c_str());
+  }
+  return 0;
+});
+
+TEST(RemoveGroup, DeletesAThreeLevelTreeBelowItFromTheLeaves) {
   StoreBuilder builder;
-  for (const auto* id : {"g", "a", "b", "aa", "ba"}) builder.group(id, id);
+  for (const auto* id : {"g", "a", "b", "aa", "ba", "aaa", "aab"}) builder.group(id, id);
   builder.subgroup("g", "a").subgroup("g", "b").subgroup("a", "aa").subgroup("b", "ba");
+  builder.subgroup("aa", "aaa").subgroup("aa", "aab");
   EXPECT_TRUE(bookNamed("_local")->removeGroup(group("g")));
   std::string removed;
   for (const auto& key : ABAddressBook::sharedAddressBook()->unsavedChanges().removals) {
     removed += key.text() + " ";
   }
-  EXPECT_EQ(removed, "aa a ba b g ");
-  EXPECT_EQ(countsRecords.run().output, "0 5");
+  EXPECT_EQ(removed, "aaa aab aa a ba b g ");
+  EXPECT_EQ(tellsLinks.run().output, "g(a b) a(aa) b(ba) aa(aaa aab) ba() aaa() aab() ");
   bookNamed("_local")->save();
   EXPECT_EQ(countsRecords.run().output, "0 0");
+}
+
+TEST(RemoveGroup, DoesNotAskWhetherTheGroupIsOfThisBook) {
+  StoreBuilder().group("g", "G").container("A:ABAccount", "iCloud", 3).group("cloud", "C");
+  EXPECT_TRUE(bookNamed("_local")->removeGroup(group("cloud")));
+  EXPECT_EQ(group("cloud"), nullptr);
+  EXPECT_TRUE(group("g"));
 }
 
 TEST(RemoveGroup, IsAlwaysTrue) {
@@ -111,8 +127,18 @@ TEST(RemovePersons, TakesThemOutOfCacheTagsAndStore) {
   StoreBuilder().persons("p", 3);
   const auto book = bookNamed("_local");
   person("p1")->addTag("friend");
-  EXPECT_EQ(person("p1")->displayName(), "p1");
-  book->removePersons({person("p1"), person("p0")});
+  const auto p1 = person("p1");
+  EXPECT_EQ(p1->displayName(), "p1");
+  EXPECT_EQ(p1->nameChineesPinyin(), "P1");
+  EXPECT_EQ(p1->addressBookID(), "_local");
+  const auto remembered = [&] {
+    return std::string(_ABPerson::dictionaryNameSave().find(p1->key()) ? "name " : "") +
+           (_ABPerson::dictionaryPinyinSave().find(p1->key()) ? "pinyin " : "") +
+           (_ABPerson::dictionarySave().find(p1->key()) ? "stamp " : "");
+  };
+  EXPECT_EQ(remembered(), "name pinyin stamp ");
+  book->removePersons({p1, person("p0")});
+  EXPECT_EQ(remembered(), "");
   EXPECT_EQ(cachedIn(*book), "p2");
   EXPECT_EQ(book->tagManager()->tagsByPersonID("p1"), std::nullopt);
   EXPECT_EQ(person("p1"), nullptr);
