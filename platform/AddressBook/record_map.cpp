@@ -84,7 +84,9 @@ std::vector<std::shared_ptr<Record>> recordsOf(const RecordKeys& keys, Make make
   records.reserve(keys.size());
   const std::lock_guard lock(table().mutex());
   for (const auto& key : keys) {
-    auto record = std::static_pointer_cast<Record>(table().find(key));
+    // An identifier may have come back as a record of the other kind while somebody still holds the
+    // removed one.
+    auto record = std::dynamic_pointer_cast<Record>(table().find(key));
     if (!record) {
       table().makeRoom();
       record = make(key);

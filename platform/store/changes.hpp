@@ -34,6 +34,12 @@ class StoreError : public std::runtime_error {
   Kind kind_;
 };
 
+// The file can be read but one record of it cannot.
+class DamagedRecord : public StoreError {
+ public:
+  explicit DamagedRecord(const std::string& what) : StoreError(Kind::Corrupt, what) {}
+};
+
 // A stored picture that cannot be read back.
 class ImageReadError : public std::runtime_error {
  public:

@@ -231,8 +231,7 @@ std::shared_ptr<const PropertyBag> ContactStore::readValues(const Entry& entry,
   const sqlite::StatementScope scope(rows);
   rows.bind(1, entry.row).bind(2, count);
   if (!rows.step() || rows.integer(0) != entry.row) {
-    throw StoreError(StoreError::Kind::Corrupt,
-                     path_ + ": " + entry.key.text() + ": its stored values are missing");
+    throw DamagedRecord(path_ + ": " + entry.key.text() + ": its stored values are missing");
   }
   std::size_t bytesRead = rows.blob(2).size();
   auto values = std::make_shared<const PropertyBag>(decodeNaming(entry.key, rows.blob(2)));
@@ -244,7 +243,7 @@ std::shared_ptr<const PropertyBag> ContactStore::readValues(const Entry& entry,
     try {
       auto ahead = std::make_shared<const PropertyBag>(decodeProperties(bytes));
       values_.put(key, std::move(ahead), kDecodedFactor * bytes.size());
-    } catch (const StoreError&) {
+    } catch (const DamagedRecord&) {
       break;  // a damaged neighbour is reported when it is asked for itself
     }
   }
@@ -270,8 +269,8 @@ std::uint64_t ContactStore::fingerprint(const RecordKey& key) {
 PropertyBag ContactStore::decodeNaming(const RecordKey& key, std::string_view bytes) {
   try {
     return decodeProperties(bytes);
-  } catch (const StoreError& error) {
-    throw StoreError(error.kind(), path_ + ": " + key.text() + ": " + error.what());
+  } catch (const DamagedRecord& error) {
+    throw DamagedRecord(path_ + ": " + key.text() + ": " + error.what());
   }
 }
 

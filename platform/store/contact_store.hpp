@@ -118,6 +118,7 @@ class ContactStore {
   void removeRecord(const Entry& entry, Writing& writing);
   // Empty when the link stands now, else why it cannot.
   std::string addLink(const Link& link, Writing& writing);
+  bool closesCircleOfRows(std::int64_t group, std::int64_t child);
   void removeLink(const Link& link, Writing& writing);
   void writeContent(Sql which, std::int64_t row, const PropertyBag& properties,
                     std::uint64_t fingerprint);

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "base/checksum.hpp"
+#include "platform/store/circle.hpp"
 #include "platform/store/contact_store.hpp"
 #include "platform/store/fingerprint.hpp"
 #include "platform/store/property_codec.hpp"
@@ -58,6 +59,8 @@ void ContactStore::write(bool durable, Step step) {
         transaction.commit();
         unsynced_ = !durable;
       } catch (...) {
+        // What was read in between is what was to be written, and now never was.
+        forgetValues();
         writtenCustomProperties_.clear();
         containersLoaded_ = false;
         throw;
@@ -192,9 +195,8 @@ void ContactStore::applyEdit(const RecordEdit& edit, Writing& writing, SaveRepor
   std::shared_ptr<const PropertyBag> before;
   try {
     before = values(edit.key);
-  } catch (const StoreError& error) {
-    // One damaged record must not keep every other change from being saved.
-    if (error.kind() != StoreError::Kind::Corrupt) throw;
+  } catch (const DamagedRecord& error) {
+    // It must not keep every other change from being saved.
     return drop(error.what());
   }
   auto properties = *before;
@@ -234,15 +236,28 @@ std::string ContactStore::addLink(const Link& link, Writing& writing) {
   if (!group || !child) return named(" was dropped: one of them is not there");
   if (group->kind != RecordKind::Group) return named(" was refused: the first is no group");
   if (group->container != child->container) return named(" was refused: it crosses accounts");
-  if (child->kind == RecordKind::Group) {
-    auto& circle = statement(Sql::ClosesCircle);
-    const sqlite::StatementScope scope(circle);
-    circle.bind(1, group->row).bind(2, child->row);
-    if (circle.step()) return named(" was refused: a group would be below itself");
+  if (child->kind == RecordKind::Group && closesCircleOfRows(group->row, child->row)) {
+    return named(" was refused: a group would be below itself");
   }
   statement(Sql::InsertLink).bind(1, group->row).bind(2, child->row).run();
   writing.linksChanged = true;
   return {};
+}
+
+bool ContactStore::closesCircleOfRows(std::int64_t group, std::int64_t child) {
+  const auto column = [](sqlite::Statement& rows) {
+    std::vector<std::int64_t> values;
+    const sqlite::StatementScope scope(rows);
+    while (rows.step()) values.push_back(rows.integer(0));
+    return values;
+  };
+  return closesCircle(
+      group, child,
+      [&](std::int64_t row) { return column(statement(Sql::ParentRows).bind(1, row)); },
+      [&](std::int64_t row) {
+        auto& rows = statement(Sql::SubgroupRows);
+        return column(rows.bind(1, row).bind(2, static_cast<std::int64_t>(RecordKind::Group)));
+      });
 }
 
 void ContactStore::removeLink(const Link& link, Writing& writing) {

@@ -49,15 +49,19 @@ PendingLinks::List& PendingLinks::list(const RecordKey& group, RecordKind kind) 
   }
   const auto additions = addedChildren_.find(group);
   if (additions != addedChildren_.end()) {
-    for (const auto& addition : additions->second) {
-      const auto valid = added_.find({group, addition.child});
-      if (valid == added_.end() || valid->second != addition.number) continue;
+    for (const auto& addition : additions->second.list) {
+      if (!isValid(group, addition)) continue;
       if (addition.kind == kind && !goneRecords_.contains(addition.child)) {
         made.append(addition.child, false);
       }
     }
   }
   return known.emplace(group, std::move(made)).first->second;
+}
+
+bool PendingLinks::isValid(const RecordKey& group, const Addition& addition) const {
+  const auto latest = added_.find({group, addition.child});
+  return latest != added_.end() && latest->second == addition.number;
 }
 
 bool PendingLinks::isLinked(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
@@ -70,14 +74,22 @@ void PendingLinks::add(const RecordKey& group, const RecordKey& child, RecordKin
   // are kept: the save removes it first and then adds it.
   const auto number = nextEdit_++;
   added_.insert_or_assign({group, child}, number);
-  addedChildren_[group].push_back({number, child, childKind});
+  auto& additions = addedChildren_[group];
+  if (additions.stale * 2 > additions.list.size()) {
+    std::erase_if(additions.list, [&](const auto& addition) { return !isValid(group, addition); });
+    additions.stale = 0;
+  }
+  additions.list.push_back({number, child, childKind});
   addedParents_[child].push_back(group);
   editedGroups_.insert(group);
 }
 
 void PendingLinks::remove(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
   const bool committed = list(group, childKind).take(child);
-  if (added_.erase({group, child}) != 0) std::erase(addedParents_[child], group);
+  if (added_.erase({group, child}) != 0) {
+    std::erase(addedParents_[child], group);
+    ++addedChildren_[group].stale;
+  }
   if (committed) removed_.insert_or_assign({group, child}, nextEdit_++);
   editedGroups_.insert(group);
 }

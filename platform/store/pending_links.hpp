@@ -70,10 +70,15 @@ class PendingLinks {
     RecordKey child;
     RecordKind kind = RecordKind::Person;
   };
+  struct Additions {
+    std::vector<Addition> list;
+    std::size_t stale = 0;  // those that are no longer valid
+  };
   using Lists = std::unordered_map<RecordKey, List>;
 
   Lists& lists(RecordKind kind) { return kind == RecordKind::Person ? memberLists_ : groupLists_; }
   List& list(const RecordKey& group, RecordKind kind);
+  bool isValid(const RecordKey& group, const Addition& addition) const;
   void followStore();
   std::vector<Link> inOrder(const Edits& edits) const;
 
@@ -83,7 +88,7 @@ class PendingLinks {
   Edits added_;
   Edits removed_;
   std::unordered_map<RecordKey, std::vector<RecordKey>> addedParents_;
-  std::unordered_map<RecordKey, std::vector<Addition>> addedChildren_;
+  std::unordered_map<RecordKey, Additions> addedChildren_;
   std::unordered_set<RecordKey> editedGroups_;
   std::unordered_set<RecordKey> goneRecords_;
   Lists memberLists_;

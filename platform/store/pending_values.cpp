@@ -70,13 +70,17 @@ std::optional<Data> PendingValues::image(const RecordKey& key) const {
 
 void PendingValues::setImage(const RecordKey& key, RecordKind kind, Data image) {
   SpillableData kept(std::move(image), spill_);
-  edit(key, kind).image = std::move(kept);
+  auto& changed = edit(key, kind).image;
+  if (changed) changed->drop();
+  changed = std::move(kept);
 }
 
 void PendingValues::dropImage(const RecordKey& key) {
   const auto found = places_.find(key);
   if (found == places_.end()) return;
-  found->second->image.reset();
+  auto& image = found->second->image;
+  if (image) image->drop();
+  image.reset();
   dropIfEmpty(key);
 }
 

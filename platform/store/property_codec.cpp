@@ -187,7 +187,7 @@ class Decoder {
 
  private:
   [[noreturn]] static void corrupt() {
-    throw StoreError(StoreError::Kind::Corrupt, "the stored values of a record are damaged");
+    throw DamagedRecord("the stored values of a record are damaged");
   }
 
   static PropertyId checkedId(std::uint64_t id) {
@@ -339,8 +339,7 @@ std::string encodeProperties(const PropertyBag& properties) {
 
 PropertyBag decodeProperties(std::string_view bytes, std::size_t mostProperties) {
   const auto damaged = [](const char* why) {
-    throw StoreError(StoreError::Kind::Corrupt,
-                     std::string("the stored values of a record ") + why);
+    throw DamagedRecord(std::string("the stored values of a record ") + why);
   };
   if (bytes.size() < 1 + kChecksumSize) damaged("are cut short");
   const auto content = bytes.substr(0, bytes.size() - kChecksumSize);

@@ -64,6 +64,12 @@ Data SpillFile::get(const Place& place) const {
   return makeData(std::move(bytes));
 }
 
+void SpillFile::drop(const Place& place) const {
+  // Where the file system knows no holes the room is free again after clear().
+  ::fallocate(file_, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(place.offset),
+              static_cast<off_t>(place.size));
+}
+
 void SpillFile::clear() {
   end_ = 0;
   if (file_ >= 0) ::close(std::exchange(file_, -1));
@@ -80,6 +86,10 @@ SpillableData::SpillableData(Data data, SpillFile& file) {
 
 Data SpillableData::get() const {
   return file_ != nullptr ? file_->get(place_) : small_;
+}
+
+void SpillableData::drop() const {
+  if (file_ != nullptr) file_->drop(place_);
 }
 
 }  // namespace ox

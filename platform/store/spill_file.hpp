@@ -23,6 +23,8 @@ class SpillFile {
 
   Place put(const std::string& bytes);
   Data get(const Place& place) const;
+  // Gives the room of those bytes back to the disk.
+  void drop(const Place& place) const;
   // Forgets everything that was put aside.
   void clear();
 
@@ -36,6 +38,8 @@ class SpillableData {
  public:
   SpillableData(Data data, SpillFile& file);
   Data get() const;
+  // Frees what it takes on the disk. It must not be asked for its data any more.
+  void drop() const;
 
  private:
   Data small_;

@@ -69,9 +69,10 @@ constexpr std::array kStatements = {
     Row{Sql::InsertLink,
         "INSERT INTO link(parent, child) VALUES(?1, ?2) ON CONFLICT(child, parent) DO NOTHING"},
     Row{Sql::DeleteLink, "DELETE FROM link WHERE parent = ?1 AND child = ?2"},
-    Row{Sql::ClosesCircle,
-        "WITH RECURSIVE above(id) AS (VALUES(?1) UNION SELECT l.parent FROM link l JOIN above "
-        "ON l.child = above.id) SELECT 1 FROM above WHERE id = ?2"},
+    Row{Sql::ParentRows, "SELECT parent FROM link WHERE child = ?1"},
+    Row{Sql::SubgroupRows,
+        "SELECT l.child FROM link l JOIN record r ON r.id = l.child "
+        "WHERE l.parent = ?1 AND r.kind = ?2"},
     Row{Sql::InsertCustomProperty,
         "INSERT INTO custom_property(name, type) VALUES(?1, ?2) ON CONFLICT DO NOTHING"},
 };

@@ -42,7 +42,8 @@ enum class Sql : std::uint8_t {
   DeleteImage,
   InsertLink,
   DeleteLink,
-  ClosesCircle,
+  ParentRows,
+  SubgroupRows,
   InsertCustomProperty,
   Count,
 };

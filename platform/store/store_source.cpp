@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <mutex>
-#include <unordered_set>
 #include <utility>
 
 #include "base/failures.hpp"
 #include "platform/records/clean_text.hpp"
+#include "platform/store/circle.hpp"
 #include "platform/store/contact_store.hpp"
 #include "platform/store/pending_links.hpp"
 #include "platform/store/pending_values.hpp"
@@ -82,8 +82,8 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::AtMostEvery10ms);
     if (!isWritable(key)) return refuse("there is no record " + key.text());
-    if (sameData(readableOrNull(&StoreSource::visibleImage, key), image)) return true;
-    if (sameData(readableOrNull(&StoreSource::savedImage, key), image)) {
+    if (isPicture(&StoreSource::visibleImage, key, image)) return true;
+    if (isPicture(&StoreSource::savedImage, key, image)) {
       values_.dropImage(key);
     } else {
       values_.setImage(key, RecordKind::Person, std::move(image));
@@ -113,7 +113,7 @@ class StoreSource final : public ContactSource {
     if (!below || !isWritable(child)) return refuse("there is no record " + child.text());
     if (parent->container != below->container) return refuse("the link would cross accounts");
     if (links_.isLinked(group, child, childKind)) return refuse("the link exists already");
-    if (childKind == RecordKind::Group && isAtOrAbove(child, group)) {
+    if (childKind == RecordKind::Group && wouldBeBelowItself(group, child)) {
       return refuse("the group would be below itself");
     }
     links_.add(group, child, childKind);
@@ -307,13 +307,13 @@ class StoreSource final : public ContactSource {
     return store_.image(key);
   }
 
-  // A damaged picture must not keep a new one from taking its place, nor be taken for none.
-  Data readableOrNull(Data (StoreSource::*read)(const RecordKey&), const RecordKey& key) {
+  // A damaged picture is no picture's equal: a new one takes its place, and it is not none either.
+  bool isPicture(Data (StoreSource::*read)(const RecordKey&), const RecordKey& key,
+                 const Data& image) {
     try {
-      return (this->*read)(key);
+      return sameData((this->*read)(key), image);
     } catch (const ImageReadError&) {
-      static const auto& damaged = *new Data(makeData("damaged"));
-      return damaged;
+      return false;
     }
   }
 
@@ -321,20 +321,10 @@ class StoreSource final : public ContactSource {
     return !values_.isRemoved(key) && store_.find(key).has_value();
   }
 
-  // Whether the first group is the second or holds it at any depth.
-  bool isAtOrAbove(const RecordKey& above, const RecordKey& below) {
-    std::unordered_set<RecordKey> met{below};
-    std::vector<RecordKey> open{below};
-    while (!open.empty()) {
-      const auto key = open.back();
-      open.pop_back();
-      if (key == above) return true;
-      const auto parents = links_.parents(key);
-      for (const auto& parent : *parents) {
-        if (met.insert(parent).second) open.push_back(parent);
-      }
-    }
-    return false;
+  bool wouldBeBelowItself(const RecordKey& group, const RecordKey& child) {
+    return closesCircle(
+        group, child, [this](const RecordKey& key) { return *links_.parents(key); },
+        [this](const RecordKey& key) { return *links_.children(key, RecordKind::Group); });
   }
 
   std::mutex mutex_;

@@ -41,6 +41,11 @@ const support::SecondProcess addsMember("addsMember", [](const auto& arguments) 
   return group(arguments.at(0))->addMember(person(arguments.at(1))) && save() ? 0 : 1;
 });
 
+const support::SecondProcess removesPerson("removesPerson", [](const auto& arguments) {
+  return ABAddressBook::sharedAddressBook()->removeRecord(person(arguments.at(0))) && save() ? 0
+                                                                                             : 1;
+});
+
 TEST(Links, StandInTheOrderOfAdding) {
   StoreBuilder().person("p1").person("p2").person("p3").group("g1", "G").group("g2", "H");
   EXPECT_TRUE(group("g1")->addMember(person("p3")));
@@ -134,6 +139,59 @@ TEST(Links, MadeInTwoProcessesAreAllKept) {
   EXPECT_TRUE(save());
   EXPECT_EQ(ids(group("g1")->members()), "p2 p1 ");
   EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+}
+
+TEST(Links, KeepTheirOrderHoweverOftenOneIsTakenAwayAndPutBack) {
+  StoreBuilder().person("p1").person("p2").person("p3").group("g1", "G").group("g2", "H");
+  EXPECT_TRUE(group("g1")->addMember(person("p1")));
+  EXPECT_TRUE(group("g1")->addSubgroup(group("g2")));
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_TRUE(group("g1")->addMember(person("p2")));
+    EXPECT_TRUE(group("g1")->removeMember(person("p2")));
+  }
+  EXPECT_TRUE(group("g1")->addMember(person("p3")));
+  EXPECT_TRUE(group("g1")->addMember(person("p2")));
+  EXPECT_EQ(ids(group("g1")->members()), "p1 p3 p2 ");
+  EXPECT_TRUE(save());
+  EXPECT_EQ(listsMembers.run({"g1"}).output, "p1 p3 p2 ");
+  EXPECT_EQ(ids(group("g1")->subgroups()), "g2 ");
+}
+
+TEST(Links, AreForgottenWhenTheRecordWasRemovedElsewhere) {
+  StoreBuilder().person("p1").person("p2").group("g1", "G").members("g1", {"p1"});
+  EXPECT_TRUE(group("g1")->removeMember(person("p1")));
+  EXPECT_TRUE(group("g1")->addMember(person("p2")));
+  EXPECT_EQ(removesPerson.run({"p1"}).exitCode, 0);
+  EXPECT_EQ(removesPerson.run({"p2"}).exitCode, 0);
+  const auto report = ABAddressBook::sharedAddressBook()->saveAndReturnError();
+  EXPECT_TRUE(report.done);
+  EXPECT_EQ(report.dropped, std::vector<std::string>{"the link from g1 to p2 was dropped: one of "
+                                                     "them is not there"});
+  EXPECT_EQ(ids(group("g1")->members()), "");
+}
+
+TEST(Links, AreRefusedInACircleOfAnyLength) {
+  constexpr int kGroups = 40;
+  StoreBuilder builder;
+  const auto id = [](int i) { return "g" + std::to_string(i); };
+  for (int i = 0; i < kGroups; ++i) builder.group(id(i), "G");
+  // From the middle outwards in both directions, half of it stored and half of it unsaved.
+  for (int step = 0; step < kGroups / 2 - 1; ++step) {
+    const int down = kGroups / 2 + step;
+    const int up = kGroups / 2 - 1 - step;
+    EXPECT_TRUE(group(id(down))->addSubgroup(group(id(down + 1))));
+    EXPECT_TRUE(group(id(up - 1))->addSubgroup(group(id(up))));
+    if (step == kGroups / 4) {
+      EXPECT_TRUE(save());
+    }
+  }
+  EXPECT_TRUE(group(id(kGroups / 2 - 1))->addSubgroup(group(id(kGroups / 2))));
+  for (int below = 1; below < kGroups; below += 7) {
+    EXPECT_FALSE(group(id(below))->addSubgroup(group(id(0)))) << below;
+    EXPECT_FALSE(group(id(kGroups - 1))->addSubgroup(group(id(below - 1)))) << below;
+  }
+  EXPECT_TRUE(save());
+  EXPECT_FALSE(group(id(kGroups - 1))->addSubgroup(group(id(0))));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
 
 #include "base/failures.hpp"
 #include "base/sqlite/connection.hpp"
@@ -247,6 +249,77 @@ TEST(TwoProcesses, SeeEachOthersRecordsAtTheNextList) {
   EXPECT_EQ(adds.run({"p5"}).exitCode, 0);
   StoreBuilder().person("p6");
   EXPECT_EQ(ids(book()->people()), "p2 p3 p4 p5 p6 ");
+}
+
+TEST(TwoProcesses, ChangingTheSamePropertyLeaveTheOneSavedLast) {
+  StoreBuilder().person("p1", {.note = "old"});
+  const auto person = personNamed("p1");
+  EXPECT_TRUE(person->setValue_forProperty(Object("mine"), kABNoteProperty));
+  EXPECT_EQ(setsNote.run({"p1", "theirs"}).exitCode, 0);
+  EXPECT_EQ(textOf(*person, kABNoteProperty), "mine");
+  EXPECT_TRUE(book()->save());
+  EXPECT_EQ(textOf(*person, kABNoteProperty), "mine");
+  EXPECT_EQ(setsNote.run({"p1", "theirs"}).exitCode, 0);
+  book()->people();  // looks for news
+  EXPECT_EQ(textOf(*person, kABNoteProperty), "theirs");
+}
+
+TEST(TwoProcesses, ChangingAPictureAndAValueBothWin) {
+  StoreBuilder().person("p1", {.note = "old", .image = makeData("old picture")});
+  const auto person = personNamed("p1");
+  EXPECT_TRUE(person->setImageData(makeData("new picture")));
+  EXPECT_EQ(setsNote.run({"p1", "theirs"}).exitCode, 0);
+  EXPECT_TRUE(book()->save());
+  EXPECT_EQ(textOf(*person, kABNoteProperty), "theirs");
+  EXPECT_EQ(*contactSource().committedImage(RecordKey::of("p1")), "new picture");
+}
+
+TEST(RecordView, TakesAPictureInPlaceOfADamagedOneWhateverItsBytes) {
+  StoreBuilder().person("p1", {.image = makeData("picture")});
+  const auto path = support::StoreEnvironment::instance().contactStore();
+  {
+    sqlite::Connection file(path.string(), sqlite::Connection::Mode::ReadWrite);
+    file.execute("UPDATE image SET data = 'damaged'");
+  }
+  EXPECT_TRUE(personNamed("p1")->setImageData(makeData("damaged")));
+  EXPECT_TRUE(book()->save());
+  EXPECT_EQ(*contactSource().committedImage(RecordKey::of("p1")), "damaged");
+}
+
+TEST(RecordView, HoldsTheUnsavedPictureOnTheDiskButOnce) {
+  const auto spilled = [] {
+    for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code gone;
+      const auto target = std::filesystem::read_symlink(each.path(), gone).string();
+      if (target.find("/oxcontacts-") == std::string::npos) continue;
+      struct stat file {};
+      EXPECT_EQ(::stat(each.path().c_str(), &file), 0);
+      return static_cast<std::int64_t>(file.st_blocks) * 512;
+    }
+    return std::int64_t{-1};
+  };
+  StoreBuilder().person("p1");
+  const auto person = personNamed("p1");
+  constexpr std::size_t kSize = 1U << 20U;
+  for (char c = 'a'; c <= 'j'; ++c) {
+    EXPECT_TRUE(person->setImageData(makeData(std::string(kSize, c))));
+  }
+  EXPECT_EQ(*person->imageData(), std::string(kSize, 'j'));
+  EXPECT_GE(spilled(), static_cast<std::int64_t>(kSize));
+  EXPECT_LT(spilled(), static_cast<std::int64_t>(3 * kSize));
+  EXPECT_TRUE(person->setImageData(nullptr));
+  EXPECT_LT(spilled(), static_cast<std::int64_t>(kSize));
+}
+
+TEST(RecordView, KnowsAGroupThatCameBackUnderAHeldPersonsIdentifier) {
+  StoreBuilder().person("x");
+  const auto held = personNamed("x");
+  ASSERT_TRUE(book()->removeRecord(held) && book()->save());
+  StoreBuilder().group("x", "G");
+  ASSERT_EQ(book()->groups().size(), 1U);
+  EXPECT_EQ(book()->groups().at(0)->uniqueId(), "x");
+  EXPECT_EQ(personNamed("x"), nullptr);
+  EXPECT_TRUE(std::dynamic_pointer_cast<ABGroup>(book()->recordForUniqueId("x")));
 }
 
 TEST(RecordView, AFailedSaveSaysWhyAndKeepsTheChanges) {
