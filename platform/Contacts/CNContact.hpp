@@ -43,10 +43,14 @@ class CNMutableContact : public CNContact {
   static std::shared_ptr<CNMutableContact> init();
   // Holds every value, read now when the source was fetched with identifiers only. Keeps the
   // identifier; a save request that adds the copy gives it a new one when the source is stored
-  // already.
+  // already. A request with a copy whose values could not be read, or whose source is gone, is
+  // refused.
   static std::shared_ptr<CNMutableContact> mutableCopy(const CNContact& source);
 
-  void setProperties(PropertyBag properties) { properties_ = std::move(properties); }
+  void setProperties(PropertyBag properties) {
+    properties_ = std::move(properties);
+    hasValues_ = true;
+  }
   void setImageData(Data image) { image_ = std::move(image); }
 
  private:

@@ -123,14 +123,15 @@ std::vector<CNGroupPtr> CNContactStore::groupsMatchingPredicate_error(
 bool CNContactStore::executeSaveRequest_error(CNSaveRequest& request, std::string* error) {
   return answer(error, [&] {
     auto collected = request.collect();
-    const bool done = contactSource().execute(collected);
-    if (done) {
+    const auto refused = request.refusal();
+    if (!refused && contactSource().execute(collected)) {
       request.takeKeys(collected);
-    } else {
-      failures::countRefusal(collected.reason);
-      if (error != nullptr) *error = collected.reason;
+      return true;
     }
-    return done;
+    const auto& reason = refused ? *refused : collected.reason;
+    failures::countRefusal(reason);
+    if (error != nullptr) *error = reason;
+    return false;
   });
 }
 

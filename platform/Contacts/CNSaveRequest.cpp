@@ -71,6 +71,21 @@ void CNSaveRequest::removeContainerWithIdentifier_force(TextView identifier, boo
   removedContainers_.push_back({identifier.toText().value_or(""), force});
 }
 
+Text CNSaveRequest::refusal() const {
+  const auto check = [](const CNMutableContact& contact) -> Text {
+    if (contact.hasValues_) return std::nullopt;
+    return "the values of the contact " + contact.key_.text() + " are not known";
+  };
+  for (const auto& addition : additions_) {
+    if (!addition.contact) continue;
+    if (auto why = check(*addition.contact)) return why;
+  }
+  for (const auto& contact : updates_) {
+    if (auto why = check(*contact)) return why;
+  }
+  return std::nullopt;
+}
+
 SaveRequest CNSaveRequest::collect() const {
   SaveRequest request;
   request.newContainers = newContainers_;

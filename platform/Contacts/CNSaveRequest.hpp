@@ -37,6 +37,8 @@ class CNSaveRequest {
   friend class CNContactStore;
   CNSaveRequest() = default;
   SaveRequest collect() const;
+  // Why the request cannot be executed as it stands; missing when it can.
+  Text refusal() const;
   // Gives contacts and groups the identifiers they were stored under.
   void takeKeys(const SaveRequest& executed);
 

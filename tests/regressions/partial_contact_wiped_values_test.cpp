@@ -1,6 +1,7 @@
 // A contact fetched with identifiers only looked like an empty one: updating it, or copying it,
 // took every value for absent. And the links of a request that added a copy went to the copy's
-// source.
+// source. The copy of one that had been removed meanwhile was stored as an empty person under the
+// removed one's identifier.
 #include <gtest/gtest.h>
 
 #include "platform/AddressBook/ABAddressBook.hpp"
@@ -42,6 +43,19 @@ TEST(CopiedContact, IsWhatTheLinksOfItsRequestMean) {
   ASSERT_EQ(members.size(), 1U);
   EXPECT_EQ(members[0]->uniqueId(), copy->identifier());
   EXPECT_NE(copy->identifier(), "p");
+}
+
+TEST(CopiedContact, OfARemovedContactIsRefusedAndBringsNothingBack) {
+  support::StoreBuilder().person("p", {.first = "Ann"});
+  const auto slim = slimContact("p");
+  const auto book = ABAddressBook::sharedAddressBook();
+  ASSERT_TRUE(book->removeRecord(book->recordForUniqueId("p")) && book->save());
+  const auto request = CNSaveRequest::init();
+  request->addContact_toContainerWithIdentifier(CNMutableContact::mutableCopy(*slim), "_local");
+  std::string reason;
+  EXPECT_FALSE(CNContactStore::init()->executeSaveRequest_error(*request, &reason));
+  EXPECT_EQ(reason, "the values of the contact p are not known");
+  EXPECT_TRUE(book->people().empty());
 }
 
 }  // namespace
