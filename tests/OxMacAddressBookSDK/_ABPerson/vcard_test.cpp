@@ -1,12 +1,16 @@
 #include <gtest/gtest.h>
+#include <png.h>
 
 #include "OxMacAddressBookSDK/_ABPerson/vcard_photo.hpp"
 #include "base/base64.hpp"
 #include "platform/images/image_codec.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
+#include "tests/platform/images/picture_files.hpp"
 
 namespace ox::test {
 namespace {
+
+using namespace std::string_literals;
 
 constexpr std::string_view kPrefix = "PHOTO;BASE64;ENCODING=b;TYPE=JPEG:";
 
@@ -64,6 +68,40 @@ TEST(NewCreateVcard, CarriesAFreshJpegInOneLine) {
   ASSERT_TRUE(platform.ends_with("END:VCARD\r\n"));
   EXPECT_EQ(*made->newCreateVcard(),
             platform.substr(0, platform.size() - 11) + *line + "\r\n\nEND:VCARD");
+}
+
+TEST(NewCreateVcard, EncodesAnewWhateverIsStored) {
+  std::string rows;
+  for (int i = 0; i < 4 * 8; ++i) rows += "\xC8\x00\x00"s;
+  const auto jpeg = images::flatJpeg(8, 4, {200, 0, 0});
+  // All show a red picture, 4 wide and 8 high; one JPEG only when it is turned.
+  const std::vector<std::pair<std::string, std::string>> rowsByName = {
+      {"png", images::pngFile(4, 8, {PNG_COLOR_TYPE_RGB, 8}, rows)},
+      {"progressive", images::flatJpeg(4, 8, {200, 0, 0}, true)},
+      {"turned", images::withExif(jpeg, 6, true)},
+  };
+  for (const auto& [name, stored] : rowsByName) {
+    StoreBuilder().person(name, {.first = "Ann", .image = makeData(stored)});
+    const auto line = person(name)->vcardImageDataString();
+    ASSERT_TRUE(line) << name;
+    const auto fresh = bytesOfBase64(line->substr(kPrefix.size()));
+    ASSERT_TRUE(fresh) << name;
+    EXPECT_EQ(fresh->substr(0, 2), "\xFF\xD8") << name;
+    EXPECT_NE(*fresh, stored) << name;
+    const auto image = images::decodeImage(*fresh);
+    ASSERT_TRUE(image) << name;
+    EXPECT_EQ(image->width, 4U) << name;
+    EXPECT_EQ(image->height, 8U) << name;
+    EXPECT_NEAR(image->pixels[0], 200, 12) << name;
+  }
+}
+
+TEST(NewCreateVcard, OfAPictureThatNoJpegCanHoldIsThePlatformsOwn) {
+  const auto made = newPersonWith({.first = "Ann"});
+  made->setThumbnail(std::make_shared<Image>(images::patterned(65501, 1)));
+  ASSERT_TRUE(made->thumbnail());
+  EXPECT_EQ(made->vcardImageDataString(), std::nullopt);
+  EXPECT_EQ(*made->newCreateVcard(), *made->vCardRepresentation());
 }
 
 TEST(NewCreateVcard, OfAPictureThatCannotBeReadIsThePlatformsOwn) {
