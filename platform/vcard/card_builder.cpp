@@ -98,7 +98,7 @@ bool CardBuilder::addGroupLine(const ContentLine& line) {
     case Meaning::Kind:
       return true;
     case Meaning::Member:
-      card_.members.emplace_back(uidKey(line.value));
+      card_.members.emplace_back(uidKey(uidOf(line)));
       return true;
     default:
       return false;

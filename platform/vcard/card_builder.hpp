@@ -78,6 +78,8 @@ class CardBuilder {
   bool addExactValues(const ContentLine& line);
   bool addKeptLine(const ContentLine& line);
 
+  // The value of UID or MEMBER.
+  std::string uidOf(const ContentLine& line);
   std::optional<Date> readDate(const ContentLine& line);
   void addEntry(PropertyId property, Object value, const ContentLine& line, EntryExtras extras);
   void keepParameters(PropertyId property, std::size_t entry, const ContentLine& line,

@@ -19,6 +19,7 @@ enum Trait : std::uint8_t {
   kUriEscaped = 4,  // in a value that is no list
   kReserved = 8,    // in a URI, by itself
   kQuoting = 16,    // a parameter with it stands in quotes
+  kForbidden = 32,  // in a line: kControl and the line feed
 };
 
 constexpr auto kTraits = [] {
@@ -27,6 +28,7 @@ constexpr auto kTraits = [] {
     const char c = static_cast<char>(i);
     unsigned bits = 0;
     if ((i < 0x20 && c != '\t' && c != '\n') || i == 0x7F) bits |= kControl;
+    if ((bits & kControl) != 0 || c == '\n') bits |= kForbidden;
     if (c == '\\' || c == '\n') bits |= kEscaped | kUriEscaped;
     if (c == ',' || c == ';') bits |= kEscaped;
     const bool unreserved = isLetter(c) || isDigit(c) || c == '-' || c == '.' || c == '_' ||
@@ -164,7 +166,16 @@ LineWriter& LineWriter::parameter(std::string_view name, std::string_view value)
   return *this;
 }
 
+void LineWriter::takeOutControls() {
+  const auto line = std::string_view(out_).substr(start_);
+  if (findTrait(line, 0, kForbidden) == line.size()) return;
+  const auto from = out_.begin() + static_cast<std::ptrdiff_t>(start_);
+  out_.erase(std::remove_if(from, out_.end(), [](char c) { return has(c, kForbidden); }),
+             out_.end());
+}
+
 void LineWriter::end() {
+  takeOutControls();
   if (out_.size() - start_ > kLineOctets) {
     unfolded_.assign(out_, start_);
     out_.resize(start_);

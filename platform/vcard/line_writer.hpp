@@ -22,8 +22,9 @@ class CardText {
   std::string_view view_;
 };
 
-// Builds content lines at the end of a text that it borrows (RFC 6350, section 3.2). The texts that
-// are given must be free of control characters as CardText leaves them.
+// Builds content lines at the end of a text that it borrows (RFC 6350, section 3.2). Nothing that
+// it is given can start a line of its own: text() and parameter() escape line feeds, and end()
+// takes out every other control character but the tab, whoever put it there.
 class LineWriter {
  public:
   explicit LineWriter(std::string& out) : out_(out), start_(out.size()) {}
@@ -45,6 +46,8 @@ class LineWriter {
   void end();
 
  private:
+  void takeOutControls();
+
   std::string& out_;
   std::size_t start_;
   std::string unfolded_;

@@ -5,6 +5,7 @@
 #include "platform/vcard/card_date.hpp"
 #include "platform/vcard/decode.hpp"
 #include "platform/vcard/kept_lines.hpp"
+#include "platform/vcard/line_writer.hpp"
 
 // The lines of a card that a record holds once. Every function is false when the line has to be
 // kept as it is.
@@ -166,9 +167,17 @@ bool CardBuilder::addSound(const ContentLine& line) {
   return true;
 }
 
+std::string CardBuilder::uidOf(const ContentLine& line) {
+  const auto given = trimmed(line.value);
+  std::string uid(CardText(given).view());
+  std::erase(uid, '\n');
+  if (uid.size() != given.size()) mend(line, "UID with control characters");
+  return uid;
+}
+
 bool CardBuilder::addUid(const ContentLine& line) {
   if (!uid_.empty()) return false;
-  uid_ = trimmed(line.value);
+  uid_ = uidOf(line);
   return true;
 }
 

@@ -46,7 +46,8 @@ void CardWriter::notExact(PropertyId property) {
 }
 
 void CardWriter::begin() {
-  line_.raw(is30() ? "BEGIN:VCARD\r\nVERSION:3.0" : "BEGIN:VCARD\r\nVERSION:4.0").end();
+  line_.raw("BEGIN:VCARD").end();
+  line_.raw(is30() ? "VERSION:3.0" : "VERSION:4.0").end();
 }
 
 void CardWriter::end() {

@@ -4,29 +4,12 @@
 
 #include "card_text.hpp"
 #include "platform/records/property_keys.hpp"
+#include "written_card.hpp"
 
 using namespace std::string_literals;
 
 namespace ox::vcard {
 namespace {
-
-// The lines between VERSION and END, unfolded, with line feeds.
-std::string linesOf(const PropertyBag& bag, WriteOptions options, const Data& photo = nullptr) {
-  auto text = writeCard(bag, photo, options);
-  for (const auto* fold : {"\r\n ", "\r"}) {
-    for (auto at = text.find(fold); at != text.npos; at = text.find(fold, at)) {
-      text.erase(at, std::string_view(fold).size());
-    }
-  }
-  const auto from = text.find("VERSION:") + 12;
-  return text.substr(from, text.rfind("END:VCARD\n") - from);
-}
-
-PropertyBag read(std::string_view version, std::string_view lines) {
-  std::string card = "BEGIN:VCARD\nVERSION:";
-  card.append(version).append("\n").append(lines).append("END:VCARD\n");
-  return std::get<Card>(readAll(card).at(0)).properties;
-}
 
 PropertyBag multi(PropertyId property, std::vector<MultiEntry> entries, std::uint64_t primary = 0) {
   PropertyBag bag;
@@ -35,23 +18,11 @@ PropertyBag multi(PropertyId property, std::vector<MultiEntry> entries, std::uin
   return bag;
 }
 
-struct Row {
-  PropertyBag bag;
-  std::string in30;
-  std::string in40;
-};
-
-void expectRows(const std::vector<Row>& rows) {
-  for (const auto& row : rows) {
-    EXPECT_EQ(linesOf(row.bag, {.version = CardVersion::V30}), row.in30);
-    EXPECT_EQ(linesOf(row.bag, {.version = CardVersion::V40}), row.in40);
-  }
-}
-
 TEST(CardWriter, WholeCardIsWrittenByteForByte) {
-  auto bag = read("3.0",
-                  "N:Ray;Al;;;\nORG:ACME\\, Inc.;Lab;5\nBDAY:1990-05-17\nTEL;TYPE=CELL,pref:1\n"
-                  "NOTE:a\\nb;c\nX-OWN;P=q:kept\nUID:u-1\n");
+  auto bag =
+      propertiesOf("3.0",
+                   "N:Ray;Al;;;\nORG:ACME\\, Inc.;Lab;5\nBDAY:1990-05-17\nTEL;TYPE=CELL,pref:1\n"
+                   "NOTE:a\\nb;c\nX-OWN;P=q:kept\nUID:u-1\n");
   const auto photo = makeData("\xFF\xD8\xFF\x01");
   EXPECT_EQ(writeCard(bag, photo, {}),
             "BEGIN:VCARD\r\nVERSION:3.0\r\nN:Ray;Al;;;\r\nFN:Al Ray\r\nORG:ACME\\, Inc.;Lab;5\r\n"
@@ -87,17 +58,17 @@ TEST(CardWriter, FoldsAtSeventyFiveOctetsBetweenCharactersAndEscapes) {
 
 TEST(CardWriter, FullNameIsNeverMissing) {
   const std::string derived30 = "N:;;;;\nFN;X-DERIVED=TRUE:";
-  expectRows({
+  expectWritten({
       {{}, derived30 + "?\n", "FN;DERIVED=TRUE:?\n"},
-      {read("3.0", "ORG:ACME\nNICKNAME:Al\n"), "N:;;;;\nFN:ACME\nNICKNAME:Al\nORG:ACME\n",
+      {propertiesOf("3.0", "ORG:ACME\nNICKNAME:Al\n"), "N:;;;;\nFN:ACME\nNICKNAME:Al\nORG:ACME\n",
        "FN:ACME\nNICKNAME:Al\nORG:ACME\n"},
-      {read("3.0", "NICKNAME:Al\nEMAIL:a@b\n"), derived30 + "Al\nNICKNAME:Al\nEMAIL:a@b\n",
+      {propertiesOf("3.0", "NICKNAME:Al\nEMAIL:a@b\n"), derived30 + "Al\nNICKNAME:Al\nEMAIL:a@b\n",
        "FN;DERIVED=TRUE:Al\nNICKNAME:Al\nEMAIL:a@b\n"},
-      {read("3.0", "TEL:1\nEMAIL:a@b\n"), derived30 + "a@b\nTEL:1\nEMAIL:a@b\n",
+      {propertiesOf("3.0", "TEL:1\nEMAIL:a@b\n"), derived30 + "a@b\nTEL:1\nEMAIL:a@b\n",
        "FN;DERIVED=TRUE:a@b\nTEL:1\nEMAIL:a@b\n"},
-      {read("3.0", "N:山田;太郎;;;\n"), "N:山田;太郎;;;\nFN:山田太郎\n",
+      {propertiesOf("3.0", "N:山田;太郎;;;\n"), "N:山田;太郎;;;\nFN:山田太郎\n",
        "N:山田;太郎;;;\nFN:山田太郎\n"},
-      {read("4.0", "FN:Annie\nFN;LANGUAGE=de:Anna\nN:Lee;Ann;;;\n"),
+      {propertiesOf("4.0", "FN:Annie\nFN;LANGUAGE=de:Anna\nN:Lee;Ann;;;\n"),
        "N:Lee;Ann;;;\nFN:Annie\nFN;LANGUAGE=de:Anna\n",
        "N:Lee;Ann;;;\nFN:Annie\nFN;LANGUAGE=de:Anna\n"},
   });
@@ -106,7 +77,7 @@ TEST(CardWriter, FullNameIsNeverMissing) {
 TEST(CardWriter, LabelsAreTypesWhereTheVersionHasAWord) {
   const std::string n30 = "N:;;;;\nFN;X-DERIVED=TRUE:";
   const std::string n40 = "FN;DERIVED=TRUE:";
-  expectRows({
+  expectWritten({
       {multi(property_id::kPhone,
              {{0, Text(kABPhoneMobileLabel), "1"},
               {0, Text("_$!<OtherFAX>!$_"), "2"},
@@ -129,7 +100,7 @@ TEST(CardWriter, LabelsAreTypesWhereTheVersionHasAWord) {
        n40 + "?\nRELATED;VALUE=text;TYPE=spouse:Ann\n"
              "item1.RELATED;VALUE=text:Bo\nitem1.X-ABLabel:_$!<Father>!$_\n"},
       // A group that a kept line uses is not taken for another.
-      {read("3.0", "item3.X-OWN:1\nitem1.TEL;TYPE=WORK:1\nitem1.X-ABLabel:Boat\n"),
+      {propertiesOf("3.0", "item3.X-OWN:1\nitem1.TEL;TYPE=WORK:1\nitem1.X-ABLabel:Boat\n"),
        n30 + "1\nitem4.TEL;TYPE=WORK:1\nitem4.X-ABLabel:Boat\nitem3.X-OWN:1\n",
        n40 + "1\nitem4.TEL;TYPE=WORK:1\nitem4.X-ABLabel:Boat\nitem3.X-OWN:1\n"},
   });
@@ -144,10 +115,12 @@ TEST(CardWriter, EntriesOfDictionaries) {
   const std::string profile =
       "X-SOCIALPROFILE;TYPE=twitter;X-USER=\"a^'b:\";X-USERID=7:http://t/u,v\n"
       "X-SOCIALPROFILE;X-USER=me:x-apple:me\n";
-  expectRows({
-      {read("3.0", address), n30 + address, n40 + "item1.ADR;TYPE=home" + address.substr(19)},
-      {read("3.0", profile), n30 + profile, n40 + profile},
-      {read("3.0", "X-SKYPE:s, t\nIMPP;X-SERVICE-TYPE=Own One:x-apple:a%40b\nIMPP:x-apple:c\n"),
+  expectWritten({
+      {propertiesOf("3.0", address), n30 + address,
+       n40 + "item1.ADR;TYPE=home" + address.substr(19)},
+      {propertiesOf("3.0", profile), n30 + profile, n40 + profile},
+      {propertiesOf("3.0",
+                    "X-SKYPE:s, t\nIMPP;X-SERVICE-TYPE=Own One:x-apple:a%40b\nIMPP:x-apple:c\n"),
        n30 + "IMPP;X-SERVICE-TYPE=Skype:skype:s%2C%20t\nIMPP;X-SERVICE-TYPE=Own One:x-apple:a@b\n"
              "IMPP:x-apple:c\n",
        n40 + "IMPP;X-SERVICE-TYPE=Skype:skype:s%2C%20t\nIMPP;X-SERVICE-TYPE=Own One:x-apple:a@b\n"
@@ -183,7 +156,7 @@ TEST(CardWriter, DatesWithoutYearHaveTheFormOfTheVersion) {
     EXPECT_EQ(in30.find("X-OX-PROPERTY:") != in30.npos, row.in30.empty()) << row.date;
     EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}), "FN;DERIVED=TRUE:?\n" + row.in40);
   }
-  const auto dates = read("4.0", "ANNIVERSARY:20010203\nANNIVERSARY:--0405\n");
+  const auto dates = propertiesOf("4.0", "ANNIVERSARY:20010203\nANNIVERSARY:--0405\n");
   EXPECT_EQ(linesOf(dates, {.version = CardVersion::V40}),
             "FN;DERIVED=TRUE:?\nANNIVERSARY:20010203\n"
             "item1.X-ABDATE:--0405\nitem1.X-ABLabel:_$!<Anniversary>!$_\n");
@@ -209,9 +182,9 @@ TEST(CardWriter, PicturesAreNamedByTheirFirstBytes) {
 }
 
 TEST(CardWriter, WhatTheVersionDoesNotAdmitIsWrapped) {
-  const auto bag = read("2.1",
-                        "TITLE:x\nX_A;W:1\nBDAY:soon\nKEY;BASE64:AQID\nTEL;X-A=5\":1\n"
-                        "LOGO;BASE64:AQ.D\nAGENT:\nBEGIN:VCARD\nN:a;b\nEND:VCARD\n");
+  const auto bag = propertiesOf("2.1",
+                                "TITLE:x\nX_A;W:1\nBDAY:soon\nKEY;BASE64:AQID\nTEL;X-A=5\":1\n"
+                                "LOGO;BASE64:AQ.D\nAGENT:\nBEGIN:VCARD\nN:a;b\nEND:VCARD\n");
   EXPECT_EQ(linesOf(bag, {}),
             "N:;;;;\nFN;X-DERIVED=TRUE:1\nTITLE:x\nTEL:1\nX-OX-LINE:X_A%3BTYPE%3DW%3A1\n"
             "X-OX-LINE:BDAY%3Asoon\nKEY;ENCODING=b:AQID\n"
