@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
 
@@ -34,11 +36,16 @@ std::shared_ptr<OxMutableMultipleValue> _ABPerson::multipleValueByMacValue_prope
     auto label = OxLabel::init();
     label->setName(entry.label);
     label->setDisplayName(labelDisplayNameByName(entry.label));
-    const auto element = singleValueByMacValue_label_type(
-        convert::elementFromStored(entry.value, type), label, type);
-    multiple->addValue(element);
-    if (value->primary != 0 && entry.identifier == value->primary) multiple->setMainValue(element);
+    multiple->addValue(singleValueByMacValue_label_type(
+        convert::elementFromStored(entry.value, type), label, type));
   }
+  if (value->primary == 0) return multiple;
+  const auto main =
+      std::find_if(value->entries.begin(), value->entries.end(),
+                   [&](const auto& entry) { return entry.identifier == value->primary; });
+  // The stored place as it is, also when an entry gave no element. Required.
+  multiple->setMainValue(
+      multiple->valueAtIndex(static_cast<std::uint64_t>(main - value->entries.begin())));
   return multiple;
 }
 

@@ -68,6 +68,23 @@ TEST(ReadingAMultiValue, WithoutPrimaryEntryHasNoMainElement) {
   EXPECT_EQ(ann->mainEmail()->email(), Text("a@b.c"));
 }
 
+TEST(ReadingAMultiValue, TakesThePlaceOfThePrimaryEntryAsItIsInTheStoredList) {
+  const auto reader = newPersonWith({});
+  MultiValue stored;
+  stored.add(Object(std::make_shared<Dictionary>()), "no phone");  // gives no element
+  stored.add(Object("1"), "x");
+  stored.primary = stored.add(Object("2"), "y");
+  const auto phones = property(OxProPertyPhone);
+  const auto read =
+      reader->multipleValueByMacValue_property(std::make_shared<const MultiValue>(stored), phones);
+  EXPECT_EQ(read->count(), 2U);
+  EXPECT_EQ(read->mainValue(), nullptr);
+  stored.primary = stored.entries[1].identifier;
+  const auto shifted =
+      reader->multipleValueByMacValue_property(std::make_shared<const MultiValue>(stored), phones);
+  EXPECT_EQ(shifted->mainValue(), shifted->valueAtIndex(1));
+}
+
 TEST(ReadingAMultiValue, OfNothingIsAnEmptyContainer) {
   const auto ann = newPersonWith({});
   EXPECT_EQ(ann->multipleValueByMacValue_property(nullptr, property(OxProPertyPhone))->count(), 0U);
