@@ -53,6 +53,9 @@ bool readHeader(Reader& reader) {
   // The library's own limit on each side is lower than ours on their product.
   png_set_user_limits(reader.png, static_cast<png_uint_32>(kMaxPixels),
                       static_cast<png_uint_32>(kMaxPixels));
+  // Texts, profiles and the like say nothing about the pixels. A few kilobytes of them unpack to
+  // megabytes, and a file may have a thousand.
+  png_set_keep_unknown_chunks(reader.png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
   png_read_info(reader.png, reader.info);
   reader.width = png_get_image_width(reader.png, reader.info);
   reader.height = png_get_image_height(reader.png, reader.info);

@@ -7,6 +7,7 @@
 
 #include "platform/images/codecs.hpp"
 #include "platform/images/orientation.hpp"
+#include "platform/images/tiff_directory.hpp"
 #include "platform/images/tiff_stream.hpp"
 
 namespace ox::images {
@@ -52,20 +53,6 @@ Header headerOf(TIFF* tiff) {
   TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds);
   if (count > 0 && kinds != nullptr) header.alphaKind = kinds[0];
   return header;
-}
-
-// The library lets the link to a next directory be cut short; a whole file is asked for here.
-bool isDirectoryWhole(TIFF* tiff, std::string_view bytes) {
-  constexpr std::uint64_t kCountSize = 2;
-  constexpr std::uint64_t kEntrySize = 12;
-  constexpr std::uint64_t kLinkSize = 4;
-  const std::uint64_t at = TIFFCurrentDirOffset(tiff);
-  if (at > bytes.size() || bytes.size() - at < kCountSize) return false;
-  const auto first = static_cast<std::uint8_t>(bytes[at]);
-  const auto second = static_cast<std::uint8_t>(bytes[at + 1]);
-  const int count = bytes[0] == 'M' ? first << 8 | second : second << 8 | first;
-  const auto size = kCountSize + static_cast<std::uint64_t>(count) * kEntrySize + kLinkSize;
-  return bytes.size() - at >= size;
 }
 
 // So many bytes cannot come out of so small a file: one bit a row is the least that the schemes
@@ -173,9 +160,10 @@ bool writeImage(TIFF* tiff, const Image& image) {
 }  // namespace
 
 ImagePtr decodeTiff(std::string_view bytes, std::string& reason) {
+  if (!isDirectorySound(bytes, reason)) return nullptr;
   TiffSource source(bytes);
   const auto tiff = source.open();
-  if (!tiff || !isDirectoryWhole(tiff.get(), bytes)) {
+  if (!tiff) {
     reason = source.message();
     return nullptr;
   }
@@ -193,9 +181,10 @@ ImagePtr decodeTiff(std::string_view bytes, std::string& reason) {
 }
 
 std::optional<ImageSize> sizeOfTiff(std::string_view bytes, std::string& reason) {
+  if (!isDirectorySound(bytes, reason)) return std::nullopt;
   TiffSource source(bytes);
   const auto tiff = source.open();
-  if (!tiff || !isDirectoryWhole(tiff.get(), bytes)) return std::nullopt;
+  if (!tiff) return std::nullopt;
   const Header header = headerOf(tiff.get());
   if (!isReadable(header, bytes.size(), reason)) return std::nullopt;
   return uprighted(ImageSize{header.width, header.height}, header.orientation);

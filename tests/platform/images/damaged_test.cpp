@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <png.h>
 #include <string>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
+#include <zlib.h>
 
 #include "platform/images/image_codec.hpp"
 #include "platform/images/image_file.hpp"
@@ -84,6 +86,50 @@ TEST(DamagedPictures, AClaimOfTooManyPixelsIsRefusedFromTheHeader) {
     EXPECT_EQ(reason, row.reason);
     EXPECT_EQ(imageSize(row.file), std::nullopt);
   }
+}
+
+long peakKilobytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+// A compressed text of that many blanks, as a PNG keeps it.
+std::string compressedText(std::size_t size) {
+  const std::string text(size, ' ');
+  auto packedSize = compressBound(text.size());
+  std::string packed(packedSize, '\0');
+  compress2(reinterpret_cast<Bytef*>(packed.data()), &packedSize,
+            reinterpret_cast<const Bytef*>(text.data()), text.size(), 9);
+  return std::string("Comment\0\0", 9) + packed.substr(0, packedSize);
+}
+
+TEST(DamagedPictures, TheTextsInAPngTakeNoMemory) {
+  const auto image = patterned(5, 4);
+  const auto png = pngFile(5, 4, {PNG_COLOR_TYPE_RGBA, 8},
+                           std::string(image.pixels.begin(), image.pixels.end()));
+  const auto file = withChunks(png, "zTXt", compressedText(4'000'000), 200);  // 800 MB unpacked
+  EXPECT_LT(file.size(), 1'000'000U);
+  const auto before = peakKilobytes();
+  const auto back = decodeImage(file);
+  ASSERT_TRUE(back);
+  EXPECT_EQ(*back, image);
+  EXPECT_EQ(imageSize(file), (ImageSize{5, 4}));
+  EXPECT_LT(peakKilobytes() - before, 50'000);
+}
+
+TEST(DamagedPictures, TheFieldsOfATiffAreNotLargerThanTheFile) {
+  const auto large = tiffFile(1, 1, 8, 1, 1, 1, std::string(1'000'000, 'x'));
+  ASSERT_TRUE(decodeImage(large));
+  const auto one = withFieldsOfAll(tiffFile(1, 1, 8, 1, 1, 1, "x"), 1);
+  EXPECT_TRUE(decodeImage(one));
+  const auto before = peakKilobytes();
+  std::string reason;
+  const auto file = withFieldsOfAll(large, 500);  // 500 MB of fields
+  EXPECT_FALSE(decodeImage(file, &reason));
+  EXPECT_EQ(reason, "claims larger fields than its bytes can hold");
+  EXPECT_EQ(imageSize(file), std::nullopt);
+  EXPECT_LT(peakKilobytes() - before, 50'000);
 }
 
 TEST(DamagedPictures, TheLargestAllowedPictureIsRead) {

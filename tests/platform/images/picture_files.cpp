@@ -20,6 +20,16 @@ std::string number(std::uint32_t value, int size, bool bigEndian) {
   return result;
 }
 
+// Of a PNG chunk's type and content.
+std::string checksumOf(std::string_view bytes) {
+  std::uint32_t crc = 0xFFFFFFFF;
+  for (const char byte : bytes) {
+    crc ^= static_cast<std::uint8_t>(byte);
+    for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1U) ^ ((crc & 1U) != 0 ? 0xEDB88320U : 0U);
+  }
+  return number(~crc, 4, true);
+}
+
 void append(png_structp png, png_bytep bytes, std::size_t size) {
   static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<char*>(bytes), size);
 }
@@ -68,13 +78,18 @@ std::string pngClaiming(std::uint32_t width, std::uint32_t height) {
   // Written by the library for another size; then the size and the checksum over it are set anew.
   auto file = pngFile(1, 1, {PNG_COLOR_TYPE_RGBA, 8}, "");
   file.replace(16, 8, number(width, 4, true) + number(height, 4, true));
-  std::uint32_t crc = 0xFFFFFFFF;
-  for (std::size_t i = 12; i < 29; ++i) {
-    crc ^= static_cast<std::uint8_t>(file[i]);
-    for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1U) ^ ((crc & 1U) != 0 ? 0xEDB88320U : 0U);
-  }
-  file.replace(29, 4, number(~crc, 4, true));
+  file.replace(29, 4, checksumOf(std::string_view(file).substr(12, 17)));
   return file;
+}
+
+std::string withChunks(const std::string& png, const std::string& type, const std::string& content,
+                       int times) {
+  constexpr std::size_t kAfterHeader = 33;
+  const auto chunk = number(static_cast<std::uint32_t>(content.size()), 4, true) + type + content +
+                     checksumOf(type + content);
+  std::string chunks;
+  for (int i = 0; i < times; ++i) chunks += chunk;
+  return png.substr(0, kAfterHeader) + chunks + png.substr(kAfterHeader);
 }
 
 std::string flatJpeg(std::uint32_t width, std::uint32_t height, std::vector<std::uint8_t> color,
@@ -147,6 +162,19 @@ std::string tiffFile(std::uint32_t width, std::uint32_t height, std::uint16_t bi
     file += field(tag, 2) + field(type, 2) + field(count, 4) + field(value, 4);
   }
   return file + field(0, 4);
+}
+
+std::string withFieldsOfAll(const std::string& tiff, int fields) {
+  constexpr int kOwnFields = 10;
+  const auto link = tiff.substr(tiff.size() - 4);
+  auto file = tiff.substr(0, tiff.size() - 4);
+  const auto directory = file.size() - kOwnFields * 12 - 2;
+  file.replace(directory, 2, number(static_cast<std::uint32_t>(kOwnFields + fields), 2, false));
+  for (int i = 0; i < fields; ++i) {
+    file += number(static_cast<std::uint32_t>(30000 + i), 2, false) + number(1, 2, false) +
+            number(static_cast<std::uint32_t>(directory), 4, false) + number(0, 4, false);
+  }
+  return file + link;
 }
 
 }  // namespace ox::images

@@ -24,6 +24,10 @@ std::string pngFile(std::uint32_t width, std::uint32_t height, PngKind kind, std
 // A picture of one pixel whose header claims that size.
 std::string pngClaiming(std::uint32_t width, std::uint32_t height);
 
+// The PNG with that chunk before its pixels, so many times.
+std::string withChunks(const std::string& png, const std::string& type, const std::string& content,
+                       int times);
+
 // One flat colour; channels 1 (grey), 3 (RGB) or 4 (CMYK as stored).
 std::string flatJpeg(std::uint32_t width, std::uint32_t height, std::vector<std::uint8_t> color,
                      bool progressive = false);
@@ -35,5 +39,9 @@ std::string withExif(const std::string& jpeg, int orientation, bool bigEndian);
 std::string tiffFile(std::uint32_t width, std::uint32_t height, std::uint16_t bits,
                      std::uint16_t samples, std::uint16_t photometric, int orientation,
                      const std::string& strip);
+
+// The TIFF made so with that many more fields, unknown ones, whose value is the whole file before
+// its directory.
+std::string withFieldsOfAll(const std::string& tiff, int fields);
 
 }  // namespace ox::images
