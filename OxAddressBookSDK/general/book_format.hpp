@@ -20,6 +20,9 @@ inline constexpr std::size_t kMaxEntries = 10'000;
 // Around a value stand at most five containers, and each dictionary brings two.
 inline constexpr std::size_t kMaxJsonDepth = 5 + 2 * kMaxNesting + 1;
 
+// The pictures of one value are limited together: see kMaxPackedPixels.
+inline constexpr const char* kTooManyPixels = "pictures of more than 64 M pixels in one value";
+
 // How the value objects and the kinds that JSON lacks are named in the file.
 namespace kind {
 inline constexpr std::string_view kAddress = "address";

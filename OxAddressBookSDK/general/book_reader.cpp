@@ -5,6 +5,8 @@
 #include "OxAddressBookSDK/general/book_format.hpp"
 #include "OxAddressBookSDK/general/json_fields.hpp"
 #include "OxAddressBookSDK/general/object_json.hpp"
+#include "OxAddressBookSDK/general/packed_picture.hpp"
+#include "OxAddressBookSDK/general/picture_bytes.hpp"
 #include "OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 #include "base/failures.hpp"
 
@@ -63,6 +65,8 @@ void readProperty(JsonNode& node, OxGeneralPerson& person) {
   auto value =
       elements == nullptr ? OxValuePtr(readSingle(fields)) : readMultiple(fields, *elements);
   fields.done();
+  // A person unpacks those of one value together.
+  if (pixelsInPackedPictures(*value) > kMaxPackedPixels) throw Unreadable(kTooManyPixels);
   person.takeValue(std::move(value), property);
 }
 

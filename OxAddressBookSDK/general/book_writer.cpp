@@ -4,6 +4,8 @@
 #include "OxAddressBookSDK/general/book_format.hpp"
 #include "OxAddressBookSDK/general/json_writer.hpp"
 #include "OxAddressBookSDK/general/object_json.hpp"
+#include "OxAddressBookSDK/general/packed_picture.hpp"
+#include "OxAddressBookSDK/general/picture_bytes.hpp"
 #include "OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 #include "base/failures.hpp"
 #include "base/text/utf8.hpp"
@@ -59,15 +61,31 @@ void writeProperty(JsonWriter& out, const OxProperty& property, const OxValue& v
     throw Unwritable("a value of a foreign class");
   }
   out.endObject();
+  if (pixelsInPackedPictures(value) > kMaxPackedPixels) throw Unwritable(kTooManyPixels);
+}
+
+// What is to be mended before the book can be written.
+std::string placeOf(const OxGeneralPerson& person, std::string_view key,
+                    const OxProperty& property) {
+  const auto name = person.displayName().value_or("");
+  return validUtf8(property.name() + " of " + (name.empty() ? "" : name + ", ") + std::string(key));
 }
 
 void writePerson(JsonWriter& out, std::string_view key, const OxGeneralPerson& person) {
-  if (person.values().size() > kMaxEntries) throw Unwritable("a person of too many properties");
+  if (person.values().size() > kMaxEntries) {
+    throw Unwritable(std::string(key) + ": a person of too many properties");
+  }
   out.beginObject();
   out.member("person", key);
   out.name("values");
   out.beginArray();
-  for (const auto& [property, value] : person.values()) writeProperty(out, *property, *value);
+  for (const auto& [property, value] : person.values()) {
+    try {
+      writeProperty(out, *property, *value);
+    } catch (const Unwritable& reason) {
+      throw Unwritable(placeOf(person, key, *property) + ": " + reason.what());
+    }
+  }
   out.endArray();
   out.endObject();
   out.endLine();

@@ -160,6 +160,36 @@ TEST(BookFormat, IsNotWrittenRatherThanWrittenUnreadable) {
   EXPECT_EQ(failures::snapshot().failures, 6U);
 }
 
+// Why a book is not written whose one person has that value.
+std::string reasonAgainst(TextView property, const OxValuePtr& value) {
+  const auto person = OxGeneralPerson::make("p");
+  person->setValue_byPropertyName(single("ACME", 0, nullptr), OxProPertyCompany);
+  person->setValue_byPropertyName(value, property);
+  const auto book = OxAddressBookGeneral::init();
+  book->addPerson(OxGeneralPerson::make("another"));
+  book->addPerson(person);
+  return book->saveToData() ? "written" : failures::snapshot().lastReason;
+}
+
+TEST(BookFormat, NamesThePersonAndThePropertyThatCannotBeWritten) {
+  const auto dates = OxMutableMultipleValue::init();
+  Date offsetOnly = *Date::fromText("--05-17");
+  dates->addValue(single(offsetOnly, 10, nullptr));
+  EXPECT_EQ(reasonAgainst("OxProPertyDate", dates), "written");
+  offsetOnly.utcOffsetMinutes = std::int16_t{60};
+  dates->addValue(single(offsetOnly, 10, nullptr));
+  Dictionary large;
+  large.reserve(10'001);
+  for (int i = 0; i <= 10'000; ++i) large.set(std::to_string(i), "x");
+  const std::string start = "the neutral book cannot be written: ";
+  EXPECT_EQ(reasonAgainst("OxProPertyDate", dates),
+            start + "OxProPertyDate of ACME, p: a date that does not exist");
+  EXPECT_EQ(reasonAgainst("OxProPertyNote", single(large, 0, nullptr)),
+            start + "OxProPertyNote of ACME, p: a dictionary of too many entries");
+  EXPECT_EQ(reasonAgainst("OxProPertyCompany", single(std::make_shared<Foreign>(), 0, nullptr)),
+            start + "OxProPertyCompany of p: a value object of a foreign kind");
+}
+
 TEST(BookFormat, RefusesValuesThatItDoesNotKnow) {
   ASSERT_TRUE(read(fileWithJson(R"("x")")));
   const std::vector<std::string> rows = {
@@ -232,6 +262,11 @@ TEST(BookFormat, RefusesLinesAndTrailersThatDoNotFit) {
   EXPECT_FALSE(read(trailer("", 0, 0)));
 }
 
+std::string imageJson(std::uint32_t width, std::uint32_t height, const std::string& packed) {
+  return R"({"kind":"image","width":)" + std::to_string(width) + R"(,"height":)" +
+         std::to_string(height) + R"(,"pixels":")" + base64(packed) + "\"}";
+}
+
 TEST(BookFormat, RefusesPicturesThatAreNotWhatTheyClaim) {
   const Image flat{64, 64, std::vector<std::uint8_t>(64 * 64 * 4, 9)};
   const auto packed = packedPixels(flat);
@@ -261,9 +296,7 @@ TEST(BookFormat, RefusesPicturesThatAreNotWhatTheyClaim) {
     const auto& [bytes, width, height, fits] = rows[i];
     EXPECT_EQ(arePackedPixels(bytes, width, height), fits) << i;
     EXPECT_EQ(imageOfPackedPixels(bytes, width, height) != nullptr, fits) << i;
-    const auto json = R"({"kind":"image","width":)" + std::to_string(width) + R"(,"height":)" +
-                      std::to_string(height) + R"(,"pixels":")" + base64(bytes) + "\"}";
-    EXPECT_EQ(read(fileWithJson(json)) != nullptr, fits) << i;
+    EXPECT_EQ(read(fileWithJson(imageJson(width, height, bytes))) != nullptr, fits) << i;
   }
   EXPECT_EQ(*imageOfPackedPixels(packed, 64, 64), flat);
   EXPECT_FALSE(read(fileWithJson(R"({"kind":"image","width":-1,"height":1,"pixels":")" +

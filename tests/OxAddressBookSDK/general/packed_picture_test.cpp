@@ -110,6 +110,37 @@ TEST(PackedPicture, ThatCannotBePackedStaysWhatItIs) {
   EXPECT_EQ(person->thumbnail(), incomplete);
 }
 
+// The file of a book of one person with that picture, or why there is none.
+std::string fileOf(Object picture) {
+  const auto person = OxGeneralPerson::make("p");
+  person->setValue_byPropertyName(single(std::move(picture)), OxProPertyThumbnail);
+  const auto book = OxAddressBookGeneral::init();
+  book->addPerson(person);
+  const auto file = book->saveToData();
+  return file ? *file : failures::snapshot().lastReason;
+}
+
+TEST(PackedPicture, OfMoreThan64MPixelsInOneValueIsNeitherWrittenNorRead) {
+  const std::string refusal = "the neutral book cannot be written: OxProPertyThumbnail of p: ";
+  const auto over = std::make_shared<const Image>(
+      Image{8192, 8193, std::vector<std::uint8_t>(std::size_t{8192} * 8193 * 4)});
+  EXPECT_EQ(fileOf(over), refusal + "a picture of more than 64 M pixels");
+
+  const auto packed = packedZeros(kMaxPackedPixels * 4, 9);
+  const auto largest = PackedPicture::ofBytes(8192, 8192, packed);
+  const auto small = PackedPicture::pack(graded(1, 1));
+  ASSERT_TRUE(largest && small);
+  EXPECT_EQ(fileOf(Array{largest, Dictionary{{"k", small}}}),
+            refusal + "pictures of more than 64 M pixels in one value");
+  const auto isReadable = [](const std::string& json) {
+    const auto file = makeData(sealed(personLine("p", json), 1));
+    return OxAddressBookGeneral::addressBookWithData(file) != nullptr;
+  };
+  const auto first = pictureJson(8192, 8192, packed);
+  EXPECT_TRUE(isReadable("[" + first + ",[]]"));
+  EXPECT_FALSE(isReadable("[" + first + ",[" + pictureJson(1, 1, small->bytes()) + "]]"));
+}
+
 TEST(PackedPicture, IsEqualToOneOfTheSamePixelsPackedByAnotherVersion) {
   const auto fast = PackedPicture::ofBytes(64, 64, packedZeros(64 * 64 * 4, 1));
   const auto stored = PackedPicture::ofBytes(64, 64, packedZeros(64 * 64 * 4, 0));
@@ -120,10 +151,10 @@ TEST(PackedPicture, IsEqualToOneOfTheSamePixelsPackedByAnotherVersion) {
   EXPECT_FALSE(fast->equals(*PackedPicture::pack(graded(64, 64))));
 }
 
-// All of them unpacked at once would take 2 GB.
+// All of them unpacked at once would take 1 GB.
 TEST(PackedPicture, IsReadFromAFileInLittleMemory) {
   constexpr std::uint32_t kSide = 8192;
-  constexpr std::size_t kPersons = 8;
+  constexpr std::size_t kPersons = 4;
   const auto picture = pictureJson(kSide, kSide, packedZeros(std::uint64_t{kSide} * kSide * 4, 9));
   std::string lines;
   for (std::size_t i = 0; i < kPersons; ++i) lines += personLine(std::to_string(i), picture);
