@@ -1,6 +1,7 @@
 #include "platform/vcard/card_builder.hpp"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "base/text/utf8.hpp"
@@ -10,6 +11,7 @@
 #include "platform/vcard/exact_values.hpp"
 #include "platform/vcard/full_name.hpp"
 #include "platform/vcard/kept_lines.hpp"
+#include "platform/vcard/uri.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -205,7 +207,7 @@ void CardBuilder::applyNote(const GroupedEntry& entry, GroupNote& note) {
     for (std::uint32_t bit = 1; bit <= entry.typeWords; bit <<= 1U) {
       if ((entry.typeWords & bit) != 0) words.append(";TYPE=").append(typeWordText(bit));
     }
-    unmodelled_.emplace_back(KeptParameters{entry.property, entry.entry, words}.text());
+    unmodelled_.emplace_back(KeptDetail{entry.property, entry.entry, words}.text());
   } else if (entry.property == property_id::kAddress && isCountryCode(note.text)) {
     note.used = true;
     Dictionary address = *held.value.dictionary();
@@ -232,19 +234,20 @@ void CardBuilder::settleNames() {
   if (!told || moreFullNames_) unmodelled_.emplace(unmodelled_.begin(), fullNameLine_);
 }
 
-// Lines in the order of the card, then parameters by what they belong to, so that a card and the
-// one that is written of it give the same.
+// Lines in the order of the card, then details by what they belong to and what they are, so that a
+// card and the one that is written of it give the same.
 void CardBuilder::sortKept() {
-  const auto parametersOf = [](const Object& kept) {
-    return readKeptParameters(*kept.text()).value_or(KeptParameters{});
+  const auto detailOf = [](const Object& kept) {
+    return readKeptDetail(*kept.text()).value_or(KeptDetail{});
   };
-  const auto first = std::stable_partition(
-      unmodelled_.begin(), unmodelled_.end(),
-      [&](const Object& kept) { return parametersOf(kept).parameters.empty(); });
+  const auto first =
+      std::stable_partition(unmodelled_.begin(), unmodelled_.end(),
+                            [&](const Object& kept) { return detailOf(kept).said.empty(); });
   std::stable_sort(first, unmodelled_.end(), [&](const Object& a, const Object& b) {
-    const auto left = parametersOf(a);
-    const auto right = parametersOf(b);
-    return std::pair(left.property, left.entry) < std::pair(right.property, right.entry);
+    const auto left = detailOf(a);
+    const auto right = detailOf(b);
+    return std::tuple(left.property, left.entry, left.isSpelling()) <
+           std::tuple(right.property, right.entry, right.isSpelling());
   });
 }
 

@@ -84,6 +84,7 @@ class CardBuilder {
   void addEntry(PropertyId property, Object value, const ContentLine& line, EntryExtras extras);
   void keepParameters(PropertyId property, std::size_t entry, const ContentLine& line,
                       std::uint32_t ownKinds, std::uint32_t typeWords, bool unknownWords);
+  void keepSpelling(PropertyId property, std::string_view spelling);
   void mend(const ContentLine& line, std::string reason);
   std::string text(const ContentLine& line) const;
   std::string& single(PropertyId property) { return texts_[property]; }

@@ -37,6 +37,7 @@ class CardWriter {
     const MultiEntry* held = nullptr;
     bool isPrimary = false;
     std::string kept;  // its parameters
+    std::string_view spelling = {};
   };
 
   bool is30() const { return options_.version == CardVersion::V30; }

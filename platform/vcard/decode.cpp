@@ -14,14 +14,6 @@ int hexDigit(char c) {
   return letter >= 'A' && letter <= 'F' ? letter - 'A' + 10 : -1;
 }
 
-// The byte that two hex digits at that place stand for; -1 when they are none.
-int hexByte(std::string_view text, std::size_t at) {
-  if (at + 2 > text.size()) return -1;
-  const int high = hexDigit(text[at]);
-  const int low = hexDigit(text[at + 1]);
-  return high < 0 || low < 0 ? -1 : high * 16 + low;
-}
-
 constexpr std::uint8_t kNoDigit = 0xFF;
 
 constexpr auto kDigits = [] {
@@ -91,6 +83,13 @@ std::size_t appendEscape(std::string_view text, std::size_t at, Dialect dialect,
 
 }  // namespace
 
+int hexByte(std::string_view text, std::size_t at) {
+  if (at + 2 > text.size()) return -1;
+  const int high = hexDigit(text[at]);
+  const int low = hexDigit(text[at + 1]);
+  return high < 0 || low < 0 ? -1 : high * 16 + low;
+}
+
 void appendQuotedPrintable(std::string_view text, std::string& out) {
   std::size_t at = 0;
   while (at < text.size()) {
@@ -138,17 +137,6 @@ bool looksLikeBase64(std::string_view text) {
     if (digitOf(c) == kNoDigit) return false;
   }
   return !text.empty();
-}
-
-std::string percentDecoded(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const int byte = text[at] == '%' ? hexByte(text, at + 1) : -1;
-    out += byte < 0 ? text[at] : static_cast<char>(byte);
-    if (byte >= 0) at += 2;
-  }
-  return out;
 }
 
 std::string unescaped(std::string_view text, Dialect dialect) {

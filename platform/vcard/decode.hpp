@@ -20,8 +20,8 @@ std::optional<std::string> decodeBase64(std::string_view text);
 // True when the text consists of the letters of base64 alone, and of at least one of them.
 bool looksLikeBase64(std::string_view text);
 
-// Percent escapes of a URI undone (RFC 3986, section 2.1); what is no escape stays.
-std::string percentDecoded(std::string_view text);
+// The byte that two hex digits at that place stand for; -1 when they are none.
+int hexByte(std::string_view text, std::size_t at);
 
 // The escapes of a text value undone: \n and \N (not in vCard 2.1) become a line feed; a backslash
 // before punctuation goes away; any other stays, so that no text is lost.

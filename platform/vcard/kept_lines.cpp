@@ -15,21 +15,23 @@ bool takeNumber(std::string_view& text, Number& number) {
 
 }  // namespace
 
-std::string KeptParameters::text() const {
+std::string KeptDetail::text() const {
   std::string result = ";" + std::to_string(property) + "#" + std::to_string(entry);
-  return result.append(parameters);
+  return result.append(said);
 }
 
-std::optional<KeptParameters> readKeptParameters(std::string_view kept) {
-  KeptParameters result;
+std::optional<KeptDetail> readKeptDetail(std::string_view kept) {
+  KeptDetail result;
   if (kept.empty() || kept.front() != ';') return std::nullopt;
   kept.remove_prefix(1);
   if (!takeNumber(kept, result.property) || kept.empty() || kept.front() != '#') {
     return std::nullopt;
   }
   kept.remove_prefix(1);
-  if (!takeNumber(kept, result.entry) || kept.empty() || kept.front() != ';') return std::nullopt;
-  result.parameters = kept;
+  if (!takeNumber(kept, result.entry) || kept.empty() ||
+      (kept.front() != ';' && kept.front() != ':'))
+    return std::nullopt;
+  result.said = kept;
   return result;
 }
 

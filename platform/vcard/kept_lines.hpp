@@ -13,24 +13,29 @@
 // - a content line: unfolded, UTF-8, its group kept, quoted-printable and CHARSET undone;
 // - a nested card: the AGENT line that holds it and all its lines, parted by line feeds (no other
 //   form contains one);
-// - parameters that belong to a modelled property: a semicolon first, see KeptParameters.
+// - a detail of a modelled property: a semicolon first, see KeptDetail.
 
 namespace ox::vcard {
 
-// Parameters of one property that no label stands for: ";16#2;TYPE=MODEM;X-SHARED=yes" belongs to
-// the entry 2 of the phones.
-struct KeptParameters {
+// What a card says of one property beside its value. The first character tells what it is:
+//
+// - ';' parameters that no label stands for: ";16#2;TYPE=MODEM;X-SHARED=yes" belongs to the entry 2
+//   of the phones;
+// - ':' how the card spelt the value, when a writer would spell it otherwise: ";20#1:sip:a@b". It
+//   counts for as long as the record holds what a reader makes of it.
+struct KeptDetail {
   PropertyId property = 0;
-  std::uint64_t entry = 0;      // its identifier in the multi-value; 0 for a single value
-  std::string_view parameters;  // as they follow a property's name, from the semicolon on
+  std::uint64_t entry = 0;  // its identifier in the multi-value; 0 for a single value
+  std::string_view said;    // from the character on that tells what it is
 
+  bool isSpelling() const { return !said.empty() && said.front() == ':'; }
   std::string text() const;
 };
 
 // The photo has no property number of its own; its parameters are kept under this one.
 inline constexpr PropertyId kPhotoParameters = 0;
 
-// The parameters that such a text keeps, borrowed from it; missing when it is of another form.
-std::optional<KeptParameters> readKeptParameters(std::string_view kept);
+// The detail that such a text keeps, borrowed from it; missing when it is of another form.
+std::optional<KeptDetail> readKeptDetail(std::string_view kept);
 
 }  // namespace ox::vcard

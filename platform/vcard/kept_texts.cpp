@@ -98,7 +98,7 @@ std::size_t endOfParameters(std::string_view text, std::size_t at, CardVersion v
   return at;
 }
 
-bool byOwner(const KeptParameters& a, const KeptParameters& b) {
+bool byOwner(const KeptDetail& a, const KeptDetail& b) {
   return std::pair(a.property, a.entry) < std::pair(b.property, b.entry);
 }
 
@@ -113,8 +113,8 @@ KeptTexts::KeptTexts(const PropertyBag& properties) {
   for (const auto& element : *texts) {
     const auto* text = element.text();
     if (text == nullptr || text->empty()) continue;
-    if (const auto parameters = readKeptParameters(*text)) {
-      parameters_.push_back(*parameters);
+    if (const auto detail = readKeptDetail(*text)) {
+      (detail->isSpelling() ? spellings_ : parameters_).push_back(*detail);
       continue;
     }
     const auto name = nameOf(*text);
@@ -130,14 +130,23 @@ KeptTexts::KeptTexts(const PropertyBag& properties) {
     std::from_chars(digits.data(), digits.data() + digits.size(), number);
     firstFreeItem_ = std::max<std::size_t>(firstFreeItem_, std::size_t{number} + 1);
   }
-  if (parameters_.size() > 1) std::stable_sort(parameters_.begin(), parameters_.end(), byOwner);
+  for (auto* details : {&parameters_, &spellings_}) {
+    if (details->size() > 1) std::stable_sort(details->begin(), details->end(), byOwner);
+  }
 }
 
-std::span<const KeptParameters> KeptTexts::parametersOf(PropertyId property,
-                                                        std::uint64_t entry) const {
+std::span<const KeptDetail> KeptTexts::parametersOf(PropertyId property,
+                                                    std::uint64_t entry) const {
   const auto [first, last] = std::equal_range(parameters_.begin(), parameters_.end(),
-                                              KeptParameters{property, entry, {}}, byOwner);
+                                              KeptDetail{property, entry, {}}, byOwner);
   return {first, last};
+}
+
+std::string_view KeptTexts::spellingOf(PropertyId property, std::uint64_t entry) const {
+  const auto kept = std::lower_bound(spellings_.begin(), spellings_.end(),
+                                     KeptDetail{property, entry, {}}, byOwner);
+  if (kept == spellings_.end() || kept->property != property || kept->entry != entry) return {};
+  return kept->said.substr(1);
 }
 
 bool isAdmitted(std::string_view line, CardVersion version) {

@@ -23,16 +23,19 @@ class KeptTexts {
   // Every other line, nested cards included, in order.
   const std::vector<std::string_view>& lines() const { return lines_; }
   // By property and entry.
-  const std::vector<KeptParameters>& parameters() const { return parameters_; }
+  const std::vector<KeptDetail>& parameters() const { return parameters_; }
+  // How a value was spelt; empty when that was not kept.
+  std::string_view spellingOf(PropertyId property, std::uint64_t entry) const;
   // Those of one entry, or of a single value (entry 0).
-  std::span<const KeptParameters> parametersOf(PropertyId property, std::uint64_t entry) const;
+  std::span<const KeptDetail> parametersOf(PropertyId property, std::uint64_t entry) const;
   // The number after the highest "itemN" that a kept line has as its group.
   std::size_t firstFreeItem() const { return firstFreeItem_; }
 
  private:
   std::string_view fullNameLine_;
   std::vector<std::string_view> lines_;
-  std::vector<KeptParameters> parameters_;
+  std::vector<KeptDetail> parameters_;
+  std::vector<KeptDetail> spellings_;
   std::size_t firstFreeItem_ = 1;
 };
 

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "platform/vcard/ascii.hpp"
+#include "platform/vcard/uri.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -17,9 +18,8 @@ enum Trait : std::uint8_t {
   kControl = 1,     // may not stand in a card; the line feed is written as an escape
   kEscaped = 2,     // in a text value
   kUriEscaped = 4,  // in a value that is no list
-  kReserved = 8,    // in a URI, by itself
-  kQuoting = 16,    // a parameter with it stands in quotes
-  kForbidden = 32,  // in a line: kControl and the line feed
+  kQuoting = 8,     // a parameter with it stands in quotes
+  kForbidden = 16,  // in a line: kControl and the line feed
 };
 
 constexpr auto kTraits = [] {
@@ -31,9 +31,6 @@ constexpr auto kTraits = [] {
     if ((bits & kControl) != 0 || c == '\n') bits |= kForbidden;
     if (c == '\\' || c == '\n') bits |= kEscaped | kUriEscaped;
     if (c == ',' || c == ';') bits |= kEscaped;
-    const bool unreserved = isLetter(c) || isDigit(c) || c == '-' || c == '.' || c == '_' ||
-                            c == '~' || c == '@' || c == '+';
-    if (!unreserved) bits |= kReserved;
     if (c == ',' || c == ';' || c == ':' || c == '=') bits |= kQuoting;
     traits[i] = static_cast<std::uint8_t>(bits);
   }
@@ -132,17 +129,7 @@ LineWriter& LineWriter::uri(std::string_view text) {
 }
 
 LineWriter& LineWriter::percent(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  for (const char c : bytes) {
-    if (!has(c, kReserved)) {
-      out_ += c;
-      continue;
-    }
-    const auto byte = static_cast<unsigned char>(c);
-    out_ += '%';
-    out_ += kDigits[byte >> 4U];
-    out_ += kDigits[byte & 15U];
-  }
+  appendPercentEncoded(bytes, out_);
   return *this;
 }
 

@@ -6,6 +6,7 @@
 #include "platform/vcard/decode.hpp"
 #include "platform/vcard/kept_lines.hpp"
 #include "platform/vcard/services.hpp"
+#include "platform/vcard/uri.hpp"
 
 // The lines of a card that become entries of a multi-value. Every function is false when the line
 // has to be kept as it is.
@@ -21,9 +22,9 @@ Dictionary account(std::string user, std::string_view service) {
   return dictionary;
 }
 
-bool isUriValue(std::string_view value) {
-  return startsWithWord(value, "URN:") || startsWithWord(value, "HTTP:") ||
-         startsWithWord(value, "HTTPS:");
+bool saysText(const ContentLine& line) {
+  const auto* value = line.find(ParameterKind::Value);
+  return value != nullptr && isWord(value->value, "TEXT");
 }
 
 }  // namespace
@@ -56,6 +57,13 @@ void CardBuilder::addEntry(PropertyId property, Object value, const ContentLine&
   for (auto& c : grouped_.back().group) c = upper(c);
 }
 
+// Keeps how the card spelt the value of the last entry.
+void CardBuilder::keepSpelling(PropertyId property, std::string_view spelling) {
+  const auto said = std::string(":").append(spelling);
+  const auto entry = property < kFirstMulti ? 0 : multi(property).entries.size();
+  unmodelled_.emplace_back(KeptDetail{property, entry, said}.text());
+}
+
 // Keeps what neither the value nor the label holds.
 void CardBuilder::keepParameters(PropertyId property, std::size_t entry, const ContentLine& line,
                                  std::uint32_t ownKinds, std::uint32_t typeWords,
@@ -82,7 +90,7 @@ void CardBuilder::keepParameters(PropertyId property, std::size_t entry, const C
     scratch_.append(";").append(parameter.name).append("=").append(parameter.value);
   }
   if (!scratch_.empty()) {
-    unmodelled_.emplace_back(KeptParameters{property, entry, scratch_}.text());
+    unmodelled_.emplace_back(KeptDetail{property, entry, scratch_}.text());
   }
 }
 
@@ -143,24 +151,18 @@ bool CardBuilder::addMessage(const ContentLine& line) {
 
 // RFC 4770: a URI of the service's scheme; X-SERVICE-TYPE names the service more exactly.
 bool CardBuilder::addMessageUri(const ContentLine& line) {
-  const auto uri = text(line);
-  std::string_view user = trimmed(uri);
-  if (user.empty()) return true;
-  const auto colon = user.find(':');
-  const auto scheme = colon == std::string_view::npos ? std::string_view() : user.substr(0, colon);
-  auto service = knownService(scheme);
-  bool isScheme = !service.empty() || isWord(scheme, kAnyService);
+  const auto given = text(line);
+  const auto uri = trimmed(given);
+  if (uri.empty()) return true;
   std::string named;
   if (const auto* parameter = line.find(ParameterKind::ServiceType)) {
     named = parameterText(*parameter);
-    std::string upperName(named);
-    for (auto& c : upperName) c = upper(c);
-    isScheme |= isWord(scheme, upperName);
-    service = knownService(named).empty() ? std::string_view(named) : knownService(named);
   }
-  if (isScheme && colon != std::string_view::npos) user.remove_prefix(colon + 1);
-  addEntry(property_id::kInstantMessage, account(percentDecoded(user), service), line,
+  auto held = accountOfUri(uri, named);
+  const bool isSpelling = isUri(uri) && uriOfAccount(held) != uri;
+  addEntry(property_id::kInstantMessage, account(std::move(held.user), held.service), line,
            {.ownKinds = bitOf(ParameterKind::ServiceType)});
+  if (isSpelling) keepSpelling(property_id::kInstantMessage, uri);
   return true;
 }
 
@@ -202,8 +204,8 @@ bool CardBuilder::addRelated(const ContentLine& line) {
     addEntry(property_id::kRelatedNames, std::move(name), line, {.label = line.row->argument});
     return true;
   }
-  // A reference to another card is no name.
-  if (isUriValue(name)) return false;
+  // A reference to another card is no name: RFC 6350, section 6.6.6.
+  if (!saysText(line) && isUri(trimmed(name))) return false;
   readTypeWords(line, types_);
   std::string_view label;
   for (const auto word : types_.unknown) {

@@ -9,6 +9,7 @@
 #include "platform/vcard/content_line.hpp"
 #include "platform/vcard/services.hpp"
 #include "platform/vcard/type_words.hpp"
+#include "platform/vcard/uri.hpp"
 
 // The lines of multi-values, one an entry. Each function is false when its line does not give the
 // entry exactly.
@@ -89,9 +90,25 @@ TypeWords wordsOf(std::string_view parameters, std::string& head, ContentLine& l
   return words;
 }
 
-bool isUri(std::string_view value) {
-  return startsWithWord(value, "URN:") || startsWithWord(value, "HTTP:") ||
-         startsWithWord(value, "HTTPS:");
+// What a reader of RELATED makes of TYPE words that were kept.
+struct KeptRelation {
+  bool isPlain = true;      // there are none
+  bool givesLabel = false;  // they say the label
+  bool isSayable = true;    // label and words come back from RELATED
+};
+
+KeptRelation keptRelation(std::string_view parameters, const Text& label) {
+  ContentLine line;
+  std::string head;
+  const auto words = wordsOf(parameters, head, line);
+  if (words.known != 0) return {false, false, false};
+  if (words.unknown.empty()) return {};
+  std::string_view relation;
+  for (const auto word : words.unknown) {
+    if (relation.empty()) relation = relationLabel(word);
+  }
+  if (relation.empty()) return {false, false, true};
+  return {false, label == relation, label && words.unknown.size() > 1};
 }
 
 bool isTypeWord(std::string_view word) {
@@ -118,11 +135,18 @@ void CardWriter::multi(PropertyId property) {
     Entry next{property, &held, held.identifier == (*values)->primary, {}};
     for (const auto& kept : kept_.parametersOf(property, held.identifier)) {
       // A reader counts the entries that it finds.
-      if (allWritten && areAdmitted(kept.parameters, options_.version)) {
-        next.kept.append(kept.parameters);
+      if (allWritten && areAdmitted(kept.said, options_.version)) {
+        next.kept.append(kept.said);
       } else {
-        entryParameters_.push_back(KeptParameters{property, number, kept.parameters}.text());
+        entryParameters_.push_back(KeptDetail{property, number, kept.said}.text());
       }
+    }
+    const auto spelling = kept_.spellingOf(property, held.identifier);
+    if (allWritten) {
+      next.spelling = spelling;
+    } else if (!spelling.empty()) {
+      entryParameters_.push_back(
+          KeptDetail{property, number, std::string(":").append(spelling)}.text());
     }
     const auto size = out_.size();
     if (!entry(next)) notExact(property);
@@ -267,10 +291,10 @@ bool CardWriter::message(const Entry& entry) {
   const auto head = startEntry(entry, "IMPP");
   const CardText name(service);
   if (!name.view().empty()) line_.parameter("X-SERVICE-TYPE", name.view());
-  line_.raw(":")
-      .raw(schemeOfService(service))
-      .raw(":")
-      .percent(parts[kABInstantMessageUsernameKey]);
+  const Account account{std::string(parts[kABInstantMessageUsernameKey]), std::string(service)};
+  const bool isSpelt =
+      !entry.spelling.empty() && accountOfUri(entry.spelling, name.view()) == account;
+  line_.raw(":").uri(isSpelt ? entry.spelling : uriOfAccount(account));
   endEntry(entry, head);
   return parts.isExact() && parts.has(kABInstantMessageUsernameKey) &&
          (!parts.has(kABInstantMessageServiceKey) ||
@@ -329,11 +353,12 @@ bool CardWriter::related(const Entry& entry) {
   if (trimmed(text.view()).empty()) return false;
   const auto& label = entry.held->label;
   const auto word = label ? relationWord(*label) : std::string_view();
-  const bool plain = entry.kept.find("TYPE=") == std::string::npos && !isUri(text.view());
-  const bool standard = !is30() && plain;
+  const auto kept = entry.kept.empty() ? KeptRelation{} : keptRelation(entry.kept, label);
+  const bool standard = !is30() && kept.isSayable;
+  const bool typed = standard && !kept.givesLabel && kept.isPlain && !word.empty();
   const auto head = startEntry(entry, standard ? "RELATED;VALUE=text" : "X-ABRELATEDNAMES", false,
-                               standard && !word.empty());
-  if (standard && !word.empty()) line_.raw(";TYPE=").raw(word);
+                               typed || (standard && kept.givesLabel));
+  if (typed) line_.raw(";TYPE=").raw(word);
   line_.raw(":").text(text.view());
   endEntry(entry, head);
   return !text.isChanged();

@@ -4,6 +4,7 @@
 
 #include "platform/records/property_keys.hpp"
 #include "platform/vcard/ascii.hpp"
+#include "platform/vcard/uri.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -68,6 +69,31 @@ std::string_view schemeOfService(std::string_view service) {
     if (row.service == service) return row.scheme;
   }
   return "x-apple";
+}
+
+Account accountOfUri(std::string_view uri, std::string_view named) {
+  const auto scheme = schemeOf(uri);
+  auto service = knownService(scheme);
+  bool isScheme = !service.empty() || isWord(scheme, kAnyService);
+  if (!named.empty()) {
+    std::string upperName(named);
+    for (auto& c : upperName) c = upper(c);
+    isScheme |= isWord(scheme, upperName);
+    service = knownService(named).empty() ? named : knownService(named);
+  }
+  if (isScheme && !scheme.empty()) uri.remove_prefix(scheme.size() + 1);
+  return {percentDecoded(uri), std::string(service)};
+}
+
+std::string uriOfAccount(const Account& account) {
+  // A URI of a scheme that no service stands for is the user's name as a whole.
+  if (account.service.empty() && isUri(account.user) && accountOfUri(account.user, {}) == account) {
+    return account.user;
+  }
+  std::string uri(schemeOfService(account.service));
+  uri += ':';
+  appendPercentEncoded(account.user, uri);
+  return uri;
 }
 
 }  // namespace ox::vcard

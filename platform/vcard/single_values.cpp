@@ -6,6 +6,7 @@
 #include "platform/vcard/decode.hpp"
 #include "platform/vcard/kept_lines.hpp"
 #include "platform/vcard/line_writer.hpp"
+#include "platform/vcard/uri.hpp"
 
 // The lines of a card that a record holds once. Every function is false when the line has to be
 // kept as it is.
@@ -13,7 +14,7 @@
 namespace ox::vcard {
 namespace {
 
-bool isUri(const ContentLine& line) {
+bool saysUri(const ContentLine& line) {
   const auto* value = line.find(ParameterKind::Value);
   return (value != nullptr && (isWord(value->value, "URI") || isWord(value->value, "URL"))) ||
          startsWithWord(line.value, "HTTP:") || startsWithWord(line.value, "HTTPS:") ||
@@ -186,7 +187,7 @@ bool CardBuilder::addPhoto(const ContentLine& line) {
   if (value.empty()) return true;
   if (card_.photo) return false;
   const bool isData = startsWithWord(value, "DATA:");
-  if (!isData && line.encoding != Encoding::Base64 && isUri(line)) return false;
+  if (!isData && line.encoding != Encoding::Base64 && saysUri(line)) return false;
   auto bytes = isData ? dataUri(value.substr(5)) : decodeBase64(value);
   if (!bytes || bytes->empty()) {
     mend(line, "PHOTO is no base64, kept as text");

@@ -68,7 +68,7 @@ std::string_view CardWriter::textOf(PropertyId property) {
 
 void CardWriter::ownParameters(PropertyId property) {
   for (const auto& kept : kept_.parametersOf(property, 0)) {
-    if (areAdmitted(kept.parameters, options_.version)) line_.raw(kept.parameters);
+    if (areAdmitted(kept.said, options_.version)) line_.raw(kept.said);
   }
 }
 

@@ -6,6 +6,7 @@
 #include "platform/vcard/card.hpp"
 #include "platform/vcard/card_writer.hpp"
 #include "platform/vcard/exact_values.hpp"
+#include "platform/vcard/uri.hpp"
 
 // The frame of a card and what is kept with it.
 
@@ -14,15 +15,6 @@ namespace {
 
 constexpr std::string_view kUrnPrefix = "urn:uuid:";
 constexpr std::size_t kUuidLength = 36;
-
-// RFC 3986, section 3.1.
-bool hasScheme(std::string_view uid) {
-  const auto colon = uid.find(':');
-  if (colon == 0 || colon == std::string_view::npos || !isLetter(uid.front())) return false;
-  return std::all_of(uid.begin(), uid.begin() + static_cast<std::ptrdiff_t>(colon), [](char c) {
-    return isLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
-  });
-}
 
 }  // namespace
 
@@ -58,7 +50,7 @@ void CardWriter::uid() {
   const auto* own = properties_.text(property_id::kCardUid);
   const CardText text(own != nullptr ? std::string_view(*own) : options_.uid);
   if (text.view().empty()) return;
-  const bool isText = !is30() && !hasScheme(text.view());
+  const bool isText = !is30() && schemeOf(text.view()).empty();
   line_.raw(isText ? "UID;VALUE=text:" : "UID:").raw(text.view()).end();
 }
 
@@ -93,7 +85,7 @@ void CardWriter::keptLines() {
 // Parameters that could not stand in the line they belong to.
 void CardWriter::keptParameters() {
   for (const auto& kept : kept_.parameters()) {
-    if (kept.entry != 0 || areAdmitted(kept.parameters, options_.version)) continue;
+    if (kept.entry != 0 || areAdmitted(kept.said, options_.version)) continue;
     const bool held = kept.property < values_.size() && values_[kept.property] != nullptr;
     if (held || kept.property == kPhotoParameters) wrapped(kept.text());
   }
@@ -147,7 +139,7 @@ void CardWriter::group(const std::vector<std::string>& members) {
   for (const auto& member : members) {
     const CardText uid(member);
     line_.raw(is30() ? "X-ADDRESSBOOKSERVER-MEMBER:" : "MEMBER:");
-    line_.raw(hasScheme(uid.view()) ? std::string_view() : kUrnPrefix).raw(uid.view()).end();
+    line_.raw(schemeOf(uid.view()).empty() ? kUrnPrefix : std::string_view()).raw(uid.view()).end();
   }
   if (!kept_.fullNameLine().empty()) {
     if (isAdmitted(kept_.fullNameLine(), options_.version)) {

@@ -146,7 +146,7 @@ void RandomCards::addMulti(PropertyId property, PropertyBag& bag, Array& kept) {
     if (oneIn(10) && property == property_id::kPhone) {
       const auto number = add(*values, "+1 555 0100", Text(kABWorkLabel));
       const auto words = kKept[below(kKept.size())];
-      kept.emplace_back(KeptParameters{property, number, words}.text());
+      kept.emplace_back(KeptDetail{property, number, words}.text());
     }
     // A value of another type is never held.
     if (!fitsType(std::make_shared<const MultiValue>(MultiValue{{{1, {}, value}}, 0}),
