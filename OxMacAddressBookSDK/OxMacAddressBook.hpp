@@ -41,7 +41,8 @@ class OxMacAddressBook final : public OxAddressBook,
   // The books of the store, found once in the life of the process; the host's normal entry.
   static BookList addressBookArray();
   // The same with progress; the callback may be absent. Every call ends with (100, true), and the
-  // callback runs while the list is locked: starting a discovery from it is a std::logic_error.
+  // callback runs while the list is locked: starting a discovery from it, or whatever looks for the
+  // book of a person (tags, a new person), is a std::logic_error.
   // What it throws reaches the caller, and the list is not built.
   static BookList addressBookArrayWithProgressBlock(const ProgressCallback& progress);
   // The same list, built by walking the containers. The callback is required by the call that
@@ -169,7 +170,8 @@ class OxMacAddressBook final : public OxAddressBook,
 
   // Replaces everything in the book by what the data of a neutral book holds, on a thread of its
   // own; returns at once. The last report is finished: at 0 when the data cannot be read and the
-  // book is as it was, else at 100 after the save.
+  // book is as it was, else at 100 after the save. One that is cut short, by a lack of memory say,
+  // forgets every unsaved change of the process, so that no later save removes the old records.
   void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress) override;
   // Hands the book to the callback as the data of a neutral book, on a thread of its own; returns
   // at once. The last report is finished and carries the data.
@@ -207,6 +209,8 @@ class OxMacAddressBook final : public OxAddressBook,
   ImagePtr artwork(std::string_view ending) const;
   // To the callback of the latest request; what it throws ends that report only.
   void reportLoad(double value, bool finished = false);
+  // The unsaved part of a load; false, and nothing of it is left unsaved, when it was cut short.
+  bool replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general);
   void reportSave(bool finished, const Data& data, double value);
   // The book as the data of a neutral book, with a report for each record; missing when it holds
   // what that cannot carry.

@@ -1,12 +1,10 @@
-#include <exception>
-
 #include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "OxMacAddressBookSDK/book/contained.hpp"
 #include "OxMacAddressBookSDK/registry/progress.hpp"
 #include "base/detached_worker.hpp"
-#include "base/failures.hpp"
 
 namespace ox {
 namespace {
@@ -32,44 +30,51 @@ void OxMacAddressBook::loadWithData_progressBlock(const Data& data,
     const std::lock_guard lock(callbacks_);
     _loadProgressBlock = progress;
   }
-  try {
+  const bool started = contained("a load could not be started", [&] {
     runDetached([book = shared_from_this(), data] { book->loadThreed(data); });
-  } catch (const std::exception& error) {
-    failures::countFailure(std::string("a load could not be started: ") + error.what());
-    reportLoad(0.0, true);
-  }
+  });
+  if (!started) reportLoad(0.0, true);
 }
 
 void OxMacAddressBook::reportLoad(double value, bool finished) {
-  ProgressCallback callback;
-  {
-    const std::lock_guard lock(callbacks_);
-    callback = _loadProgressBlock;
-  }
-  try {
+  contained("a load's progress callback threw", [&] {
+    ProgressCallback callback;
+    {
+      const std::lock_guard lock(callbacks_);
+      callback = _loadProgressBlock;
+    }
     progress::report(callback, value, finished);
-  } catch (const std::exception& error) {
-    failures::countFailure(std::string("a load's progress callback threw: ") + error.what());
-  } catch (...) {
-    failures::countFailure("a load's progress callback threw");
-  }
+  });
 }
 
+// Whoever waits for the last report must get it, whatever happens on the way.
 void OxMacAddressBook::loadThreed(const Data& data) {
-  const auto general = OxAddressBookGeneral::addressBookWithData(data);
+  std::shared_ptr<OxAddressBookGeneral> general;
+  contained("a load was cut short before it changed anything",
+            [&] { general = OxAddressBookGeneral::addressBookWithData(data); });
   if (!general) return reportLoad(0.0, true);
   reportLoad(0.0);
-  // Whoever waits for the last report must get it, whatever happens on the way.
-  try {
-    clearAddressBook();
-    addGroupAndPersonByGeneralAddressBook(general);
-    adjustGroupAndPersonRelatedByGeneralAddressBook(general);
+  if (replaceRecords(general)) {
     reportLoad(progress::kDone);
-    save();
-  } catch (const std::exception& error) {
-    failures::countFailure(std::string("a load was cut short: ") + error.what());
+    // What it could not write stays unsaved: the next save then completes the load.
+    contained("the save of a load was cut short", [&] { save(); });
   }
   reportLoad(progress::kDone, true);
+}
+
+bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general) {
+  const bool whole = contained(
+      "a load was cut short, the old records are kept and empty new ones stand beside them", [&] {
+        clearAddressBook();
+        addGroupAndPersonByGeneralAddressBook(general);
+        adjustGroupAndPersonRelatedByGeneralAddressBook(general);
+      });
+  if (whole) return true;
+  // Removals that stayed unsaved would reach the store with the next save of whatever book.
+  contained("what a load left unsaved could not be reverted", [&] { abAddressBook()->revert(); });
+  // To be filled anew: the old persons are back, and of the new ones some may be missing in it.
+  if (_allPersonArray) _allPersonArray->clear();
+  return false;
 }
 
 void OxMacAddressBook::clearAddressBook() {

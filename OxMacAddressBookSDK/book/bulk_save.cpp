@@ -1,12 +1,10 @@
-#include <exception>
-
 #include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "OxMacAddressBookSDK/book/contained.hpp"
 #include "OxMacAddressBookSDK/registry/progress.hpp"
 #include "base/detached_worker.hpp"
-#include "base/failures.hpp"
 
 namespace ox {
 
@@ -15,38 +13,27 @@ void OxMacAddressBook::saveDataBlock(const SaveCallback& progress) {
     const std::lock_guard lock(callbacks_);
     _progressBlock = progress;
   }
-  try {
+  const bool started = contained("a save could not be started", [&] {
     runDetached([book = shared_from_this()] { book->saveDataThreed(); });
-  } catch (const std::exception& error) {
-    failures::countFailure(std::string("a save could not be started: ") + error.what());
-    reportSave(true, nullptr, progress::kDone);
-  }
+  });
+  if (!started) reportSave(true, nullptr, progress::kDone);
 }
 
 void OxMacAddressBook::reportSave(bool finished, const Data& data, double value) {
-  SaveCallback callback;
-  {
-    const std::lock_guard lock(callbacks_);
-    callback = _progressBlock;
-  }
-  if (!callback) return;
-  try {
-    callback(finished, data, value);
-  } catch (const std::exception& error) {
-    failures::countFailure(std::string("a save's progress callback threw: ") + error.what());
-  } catch (...) {
-    failures::countFailure("a save's progress callback threw");
-  }
+  contained("a save's progress callback threw", [&] {
+    SaveCallback callback;
+    {
+      const std::lock_guard lock(callbacks_);
+      callback = _progressBlock;
+    }
+    if (callback) callback(finished, data, value);
+  });
 }
 
+// Whoever waits for the last report must get it, whatever happens on the way.
 void OxMacAddressBook::saveDataThreed() {
-  // Whoever waits for the last report must get it, whatever happens on the way.
   Data data;
-  try {
-    data = collectedData();
-  } catch (const std::exception& error) {
-    failures::countFailure(std::string("a save was cut short: ") + error.what());
-  }
+  contained("a save was cut short", [&] { data = collectedData(); });
   reportSave(true, data, progress::kDone);
 }
 

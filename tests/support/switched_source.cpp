@@ -55,6 +55,12 @@ void SwitchedSource::raiseOnImageOf(const std::string& identifier) {
   brokenImages_.insert(identifier);
 }
 
+void SwitchedSource::raiseOn(std::uint64_t SourceCounts::*operation, std::uint64_t passing) {
+  const std::scoped_lock hold(lock_);
+  raising_ = operation;
+  passing_ = passing;
+}
+
 void SwitchedSource::describe(const std::string& identifier, std::string text) {
   const std::scoped_lock hold(lock_);
   descriptions_[identifier] = std::move(text);
@@ -82,12 +88,19 @@ void SwitchedSource::resetCounts() {
 
 void SwitchedSource::count(std::uint64_t SourceCounts::*operation) const {
   const std::scoped_lock hold(lock_);
+  countLocked(operation);
+}
+
+void SwitchedSource::countLocked(std::uint64_t SourceCounts::*operation) const {
   ++(counts_.*operation);
+  if (raising_ != operation) return;
+  if (passing_ == 0) throw SourceRaised();
+  --passing_;
 }
 
 void SwitchedSource::enterContainerView(std::uint64_t SourceCounts::*operation) const {
   const std::scoped_lock hold(lock_);
-  ++(counts_.*operation);
+  countLocked(operation);
   if (denied_) throw StoreError(StoreError::Kind::Denied, "access to the containers is denied");
 }
 
@@ -129,7 +142,7 @@ std::optional<RecordInfo> SwitchedSource::record(std::string_view identifier) {
 PropertyValue SwitchedSource::value(const RecordKey& key, PropertyId property) {
   {
     const std::scoped_lock hold(lock_);
-    ++counts_.value;
+    countLocked(&SourceCounts::value);
     ++counts_.valueOf[property];
     const auto given = givenValues_.find({key.text(), property});
     if (given != givenValues_.end()) return given->second;

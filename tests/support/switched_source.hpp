@@ -45,6 +45,10 @@ struct SourceCounts {
   std::map<PropertyId, std::uint64_t> valueOf = {};
 };
 
+// Thrown where a switch says so. No std::exception, which the databases above would contain: it
+// stands for what they do not expect, such as a lack of memory outside of them.
+struct SourceRaised {};
+
 // A seam over the real store: passes every call on, unless a switch says otherwise, and counts it.
 // Safe from any thread.
 class SwitchedSource : public ContactSource {
@@ -63,6 +67,8 @@ class SwitchedSource : public ContactSource {
   // The record view then reads this value, whether or not the store would take it.
   void giveValue(const std::string& identifier, PropertyId property, PropertyValue value);
   void raiseOnImageOf(const std::string& identifier);
+  // Calls of that operation throw SourceRaised, after so many more that do not; null: none throw.
+  void raiseOn(std::uint64_t SourceCounts::*operation, std::uint64_t passing = 0);
   void describe(const std::string& identifier, std::string text);
   // The row is then known to the other view only.
   void hideFromRecordView(const std::string& identifier);
@@ -108,6 +114,7 @@ class SwitchedSource : public ContactSource {
   using Identifiers = std::set<std::string, std::less<>>;
 
   void count(std::uint64_t SourceCounts::*operation) const;
+  void countLocked(std::uint64_t SourceCounts::*operation) const;
   // Counts, and throws when access to the container database is denied.
   void enterContainerView(std::uint64_t SourceCounts::*operation) const;
   bool isIn(const Identifiers SwitchedSource::*set, std::string_view identifier) const;
@@ -117,6 +124,8 @@ class SwitchedSource : public ContactSource {
   std::shared_ptr<ContactSource> real_;
   mutable std::mutex lock_;
   mutable SourceCounts counts_;
+  std::uint64_t SourceCounts::*raising_ = nullptr;
+  mutable std::uint64_t passing_ = 0;
   bool denied_ = false;
   bool linksRefused_ = false;
   Identifiers fixedGroups_;

@@ -1,0 +1,174 @@
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include "base/failures.hpp"
+#include "base/sqlite/connection.hpp"
+#include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
+#include "tests/OxMacAddressBookSDK/fixtures.hpp"
+
+namespace ox::test {
+namespace {
+
+using support::SourceCounts;
+
+// While it lives no thread can be started: each would get a stack that no address space holds.
+class NoMoreThreads {
+ public:
+  NoMoreThreads() {
+    ::pthread_getattr_default_np(&before_);
+    pthread_attr_t attributes;
+    ::pthread_getattr_default_np(&attributes);
+    ::pthread_attr_setstacksize(&attributes, std::size_t{1} << 60);
+    ::pthread_setattr_default_np(&attributes);
+    ::pthread_attr_destroy(&attributes);
+  }
+  NoMoreThreads(const NoMoreThreads&) = delete;
+  NoMoreThreads& operator=(const NoMoreThreads&) = delete;
+  ~NoMoreThreads() {
+    ::pthread_setattr_default_np(&before_);
+    ::pthread_attr_destroy(&before_);
+  }
+
+ private:
+  pthread_attr_t before_{};
+};
+
+std::shared_ptr<OxMacAddressBook> bookOf(const std::string& container) {
+  return OxMacAddressBook::initWithContainer(containerOf(container, container, 3));
+}
+
+// "ann ben [Friends: ann]": the names of everything in the container.
+std::string contentOf(OxMacAddressBook& book) {
+  std::string text;
+  for (const auto& each : book.allPersons()->snapshot()) text += *each->displayName() + ' ';
+  for (const auto& group : book.allGroups()) {
+    text += '[' + *group->displayName() + ':';
+    for (const auto& member : group->persons()) text += ' ' + *member->displayName();
+    text += "] ";
+  }
+  return text;
+}
+
+TEST(BulkLoad, ThatIsCutShortKeepsTheOldRecords) {
+  auto& source = SwitchedSource::install();
+  struct Row {
+    const char* container;
+    std::uint64_t SourceCounts::*operation;
+    std::uint64_t passing;
+    const char* reports;
+    const char* content;
+  };
+  const std::vector<Row> rows = {
+      {"group", &SourceCounts::remove, 0, "0 100!", "group0 group1 [G: group1 group0] "},
+      {"person", &SourceCounts::remove, 2, "0 100!", "person0 person1 [G: person1 person0] "},
+      {"made", &SourceCounts::execute, 2, "0 16.66666603088379 33.33333206176758 100!",
+       "made0 made1  [G: made1 made0] [:] "},
+      {"linked", &SourceCounts::link, 1, "0 16.66666603088379 33.33333206176758 50 50 100!",
+       "linked0 linked1   [G: linked1 linked0] [:] "},
+  };
+  for (const auto& row : rows) {
+    const std::string name = row.container;
+    StoreBuilder(source.real())
+        .container(name, name, 3)
+        .persons(name, 2)
+        .group("G" + name, "G")
+        .members("G" + name, {name + "1", name + "0"});
+    const auto book = bookOf(name);
+    const auto data = savedData(book);
+    const auto before = failures::snapshot().failures;
+    source.raiseOn(row.operation, row.passing);
+    EXPECT_EQ(loaded(book, data), row.reports);
+    source.raiseOn(nullptr);
+    EXPECT_EQ(failures::snapshot().failures, before + 1) << name;
+    EXPECT_EQ(failures::snapshot().lastReason,
+              "a load was cut short, the old records are kept and empty new ones stand beside "
+              "them: something that is no exception was thrown");
+    EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges()) << name;
+    EXPECT_EQ(contentOf(*book), row.content);
+    bookOf("_local:ABAccount")->save();
+    EXPECT_EQ(contentOf(*bookOf(name)), row.content) << "after the save of another book";
+  }
+}
+
+TEST(BulkLoad, WhoseSaveFailsIsCompletedByTheNextSave) {
+  StoreBuilder().persons("p", 1);
+  const auto book = bookNamed("_local");
+  const auto data = savedData(book);
+  sqlite::Connection store(support::StoreEnvironment::instance().contactStore().string(),
+                           sqlite::Connection::Mode::ReadWrite);
+  store.execute(
+      "CREATE TRIGGER keep BEFORE DELETE ON record BEGIN SELECT RAISE(ABORT,'kept'); END");
+  EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");
+  EXPECT_EQ(failures::snapshot().failures, 1U);
+  EXPECT_TRUE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+  EXPECT_EQ(contentOf(*bookOf("_local:ABAccount")), "p0 ") << "as this process sees it";
+  EXPECT_EQ(store.queryInteger("SELECT count(*) FROM record"), 2);
+  store.execute("DROP TRIGGER keep");
+  book->save();
+  EXPECT_EQ(store.queryInteger("SELECT count(*) FROM record"), 1);
+  EXPECT_EQ(contentOf(*bookOf("_local:ABAccount")), "p0 ");
+}
+
+TEST(BulkLoad, WhoseSaveIsCutShortStaysUnsaved) {
+  auto& source = SwitchedSource::install();
+  StoreBuilder(source.real()).persons("p", 1);
+  const auto book = bookNamed("_local");
+  const auto data = savedData(book);
+  source.raiseOn(&SourceCounts::save);
+  EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");
+  source.raiseOn(nullptr);
+  EXPECT_EQ(failures::snapshot().lastReason,
+            "the save of a load was cut short: something that is no exception was thrown");
+  EXPECT_TRUE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+  book->save();
+  EXPECT_EQ(contentOf(*bookOf("_local:ABAccount")), "p0 ");
+}
+
+TEST(BulkLoad, WhoseRecordsCannotBeMadeOrLinkedEndsAllTheSame) {
+  auto& source = SwitchedSource::install();
+  StoreBuilder(source.real()).persons("p", 1).group("g", "G").member("g", "p0");
+  const auto data = savedData(bookNamed("_local"));
+  const auto nowhere = bookOf("Nowhere:ABAccount");
+  EXPECT_EQ(loaded(nowhere, data), "0 25 50 50 100 100 100 100!");
+  EXPECT_EQ(contentOf(*nowhere), "");
+  EXPECT_EQ(failures::snapshot().refusals, 2U) << "the group and the person";
+  source.refuseLinkEdits();
+  EXPECT_EQ(loaded(bookNamed("_local"), data), "0 25 50 50 100 100 100 100!");
+  EXPECT_EQ(contentOf(*bookOf("_local:ABAccount")), "p0 [G:] ");
+}
+
+TEST(BulkSave, ThatIsCutShortEndsWithoutData) {
+  auto& source = SwitchedSource::install();
+  StoreBuilder(source.real()).persons("p", 3);
+  Reports run;
+  source.raiseOn(&SourceCounts::imageData, 1);
+  bookNamed("_local")->saveDataBlock(run.saveCallback());
+  EXPECT_EQ(run.wait(), "0 100!");
+  EXPECT_EQ(failures::snapshot().lastReason,
+            "a save was cut short: something that is no exception was thrown");
+}
+
+TEST(BulkRuns, ThatCannotBeStartedSaySoAtOnce) {
+  StoreBuilder().persons("p", 1);
+  const auto book = bookNamed("_local");
+  const auto data = savedData(book);
+  {
+    const NoMoreThreads none;
+    EXPECT_EQ(loaded(book, data), "0!");
+    const auto afterLoad = failures::snapshot();
+    EXPECT_EQ(afterLoad.failures, 1U);
+    EXPECT_TRUE(afterLoad.lastReason.starts_with("a load could not be started: "));
+    Reports run;
+    book->saveDataBlock(run.saveCallback());
+    EXPECT_EQ(run.wait(), "100!");
+    EXPECT_EQ(run.worker(), std::this_thread::get_id());
+    const auto afterSave = failures::snapshot();
+    EXPECT_EQ(afterSave.failures, 2U);
+    EXPECT_TRUE(afterSave.lastReason.starts_with("a save could not be started: "));
+  }
+  EXPECT_EQ(cachedIn(*book), "p0");
+  EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");
+}
+
+}  // namespace
+}  // namespace ox::test
