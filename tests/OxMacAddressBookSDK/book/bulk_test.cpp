@@ -35,6 +35,45 @@ TEST(BulkSave, CountsItsItemsFromZero) {
   EXPECT_TRUE(OxAddressBookGeneral::addressBookWithData(run.data()));
 }
 
+TEST(BulkSave, ReportsInSinglePrecision) {
+  StoreBuilder().persons("p", 3);
+  Reports run;
+  bookNamed("_local")->saveDataBlock(run.saveCallback());
+  EXPECT_EQ(run.wait(), "0 33.33333206176758 66.66666412353516 100 100 data!");
+}
+
+TEST(BulkSave, RightAfterALoadHoldsTheRemovedPersonsEmpty) {
+  StoreBuilder().persons("p", 1).group("g", "G");
+  const auto book = bookNamed("_local");
+  loaded(book, savedData(book));
+  Reports run;
+  book->saveDataBlock(run.saveCallback());
+  // The removed one is in the cache before the new one, and counts.
+  EXPECT_EQ(run.wait(), "0 33.33333206176758 66.66666412353516 100 100 data!");
+  const auto general = OxAddressBookGeneral::addressBookWithData(run.data());
+  ASSERT_EQ(general->personsDic().count(), 2U);
+  EXPECT_EQ(general->groupsDic().count(), 1U);
+  const auto removed = general->personsDic().objectForKey("p0");
+  ASSERT_TRUE(removed);
+  ASSERT_EQ(removed->values().size(), 1U);
+  const auto name =
+      std::dynamic_pointer_cast<OxMutableSingleValue>(removed->valueByPropertyName(OxProPertyName));
+  ASSERT_TRUE(name);
+  const auto parts = name->value().host<OxObjectPersonName>();
+  ASSERT_TRUE(parts);
+  EXPECT_EQ(parts->displayString(), std::nullopt) << "a name without parts, as of any person";
+}
+
+TEST(BulkSave, OfABookWithoutCacheHoldsItsGroupsOnly) {
+  StoreBuilder().persons("p", 1).group("g", "G").member("g", "p0");
+  Reports run;
+  OxMacAddressBook::initWithID("_local")->saveDataBlock(run.saveCallback());
+  EXPECT_EQ(run.wait(), "0 100 100 data!");
+  const auto general = OxAddressBookGeneral::addressBookWithData(run.data());
+  EXPECT_EQ(general->groupsDic().count(), 1U);
+  EXPECT_EQ(general->personsDic().count(), 0U);
+}
+
 TEST(BulkSave, ChangesNothing) {
   StoreBuilder().persons("p", 2);
   savedData(bookNamed("_local"));
@@ -55,6 +94,26 @@ TEST(BulkLoad, OfOneGroupAndOnePersonReportsBothPasses) {
   const auto book = bookNamed("_local");
   EXPECT_EQ(loaded(book, savedData(book)), "0 25 50 50 100 100 100 100!");
   EXPECT_EQ(listsNames.run({"_local"}).output, "p0 [G: p0] ");
+}
+
+TEST(BulkLoad, ReportsInSinglePrecision) {
+  StoreBuilder().persons("p", 3).container("A:ABAccount", "iCloud", 3).group("a", "A");
+  StoreBuilder().in("A").group("b", "B").group("c", "C");
+  EXPECT_EQ(loaded(bookNamed("_local"), savedData(bookNamed("_local"))),
+            "0 16.66666603088379 33.33333206176758 50 50 100 100 100!");
+  EXPECT_EQ(loaded(bookNamed("A"), savedData(bookNamed("A"))),
+            "0 16.66666603088379 33.33333206176758 50 50 "
+            "66.66666412353516 83.33332824707031 100 100 100 100!");
+}
+
+TEST(BulkLoad, OfABookWithoutCacheRemovesItsGroupsAndNoPersons) {
+  StoreBuilder().persons("p", 1).group("g", "G").member("g", "p0");
+  const auto data = savedData(bookNamed("_local"));
+  const auto book = OxMacAddressBook::initWithID("_local");
+  EXPECT_EQ(loaded(book, data), "0 25 50 50 100 100 100 100!");
+  EXPECT_EQ(cachedIn(*book), "no cache");
+  // The person beside the one that was there; the new group alone.
+  EXPECT_EQ(listsNames.run({"_local"}).output, "p0 p0 [G: p0] ");
 }
 
 TEST(BulkLoad, RebuildsTheTreeInAnotherBook) {
@@ -94,6 +153,13 @@ TEST(BulkLoad, OfUnreadableDataTouchesNothing) {
   EXPECT_EQ(loaded(book, nullptr), "0!");
   EXPECT_EQ(loaded(book, makeData("")), "0!");
   EXPECT_EQ(loaded(book, makeData(good->substr(0, good->size() - 1))), "0!");
+  auto flipped = *good;
+  flipped[flipped.find("p0")] ^= 1;
+  EXPECT_EQ(loaded(book, makeData(flipped)), "0!");
+  auto newer = *good;
+  newer.replace(newer.find("\"version\":1"), 11, "\"version\":2");
+  EXPECT_EQ(loaded(book, makeData(newer)), "0!");
+  EXPECT_EQ(failures::snapshot().failures, 4U) << "missing data is none";
   EXPECT_EQ(cachedIn(*book), "p0");
   EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
+#include "tests/support/second_process.hpp"
 
 namespace ox::test {
 namespace {
@@ -37,6 +38,25 @@ TEST(AllPersons, AreTheContactsOfTheContainerStampedAndCached) {
   EXPECT_EQ(source.counts().recordsIn, 0U);
   book->_allPersonArray->clear();
   EXPECT_EQ(idsOf(book->allPersons()->snapshot()), "1 2 3");
+}
+
+const support::SecondProcess addsPersons("addsPersons", [](const auto& identifiers) {
+  StoreBuilder builder;
+  builder.in("A:ABAccount");
+  for (const auto& identifier : identifiers) builder.person(identifier);
+  return 0;
+});
+
+TEST(AllPersons, DoNotShowWhatAnotherProgramAddsOnceTheyAreCached) {
+  StoreBuilder().container("A:ABAccount", "iCloud", 3);
+  const auto book = bookOf("A:ABAccount");
+  ASSERT_EQ(book->allPersonsCount(), 0U);
+  ASSERT_EQ(addsPersons.run({"1", "2"}).exitCode, 0);
+  EXPECT_EQ(idsOf(book->allPersons()->snapshot()), "1 2") << "an empty cache is no cache";
+  ASSERT_EQ(addsPersons.run({"3"}).exitCode, 0);
+  EXPECT_EQ(idsOf(book->allPersons()->snapshot()), "1 2");
+  EXPECT_EQ(book->allPersonsCount(), 2U);
+  EXPECT_EQ(idsOf(bookOf("A:ABAccount")->allPersons()->snapshot()), "1 2 3");
 }
 
 TEST(AllPersons, OfAnEmptyBookAskTheStoreEveryTime) {
