@@ -7,6 +7,7 @@
 
 #include "base/failures.hpp"
 #include "platform/records/clean_text.hpp"
+#include "platform/records/entry_identity.hpp"
 #include "platform/store/circle.hpp"
 #include "platform/store/contact_store.hpp"
 #include "platform/store/pending_links.hpp"
@@ -63,7 +64,9 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::AtMostEvery10ms);
     if (!isWritable(key)) return refuse("there is no record " + key.text());
-    if (looksTheSame(visibleValue(key, property), value)) return true;
+    const auto visible = visibleValue(key, property);
+    if (looksTheSame(visible, value)) return true;
+    keepIdentifiers(visible, value);
     if (looksTheSame(committedValue(key, property), value)) {
       values_.dropValue(key, property);
     } else {
@@ -271,6 +274,13 @@ class StoreSource final : public ContactSource {
   }
 
  private:
+  static void keepIdentifiers(const PropertyValue& before, PropertyValue& now) {
+    const auto* old = std::get_if<MultiValuePtr>(&before);
+    auto* entries = std::get_if<MultiValuePtr>(&now);
+    if (old == nullptr || !*old || entries == nullptr || !*entries) return;
+    *entries = std::make_shared<const MultiValue>(withIdentifiersOf(**old, **entries));
+  }
+
   // Names the first value that does not fit as the request's reason.
   static bool isStorable(SaveRequest& request) {
     const auto check = [&](const PropertyBag& properties) {
