@@ -1,3 +1,5 @@
+#include <new>
+
 #include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "base/failures.hpp"
@@ -6,12 +8,25 @@
 
 namespace ox {
 
-ImagePtr storedPicture(const ABPerson& person) {
+ImagePtr storedPicture(const _ABPerson& person) {
   try {
     const Data data = person.imageData();
     return data ? images::decodeImage(*data) : nullptr;
   } catch (const ImageReadError&) {
     return nullptr;
+  } catch (const std::bad_alloc&) {
+    const auto name = person.displayName().value_or("");
+    failures::countFailure("there is no memory for the picture of " +
+                           (name.empty() ? "" : name + ", ") + person.ID().value_or(""));
+    return nullptr;
+  }
+}
+
+bool hasUnreadablePicture(const _ABPerson& person) {
+  try {
+    return person.imageData() && !storedPicture(person);
+  } catch (const ImageReadError&) {
+    return true;
   }
 }
 

@@ -27,6 +27,5 @@ bool isAllowedSize(std::uint64_t width, std::uint64_t height, std::string& reaso
 bool isEncodable(const Image& image);
 
 inline constexpr const char* kImplausible = "claims more pixels than its bytes can hold";
-inline constexpr const char* kOutOfMemory = "not enough memory";
 
 }  // namespace ox::images

@@ -1,7 +1,6 @@
 #include "platform/images/image_codec.hpp"
 
 #include <array>
-#include <new>
 
 #include "platform/images/codecs.hpp"
 
@@ -30,25 +29,12 @@ const Codec* codecOf(std::string_view bytes) {
   return nullptr;
 }
 
-ImagePtr decoded(std::string_view bytes, std::string& reason) {
-  const auto* codec = codecOf(bytes);
-  if (codec == nullptr) {
-    reason = bytes.empty() ? "empty" : "neither TIFF, PNG nor JPEG";
-    return nullptr;
-  }
-  try {
-    return codec->decode(bytes, reason);
-  } catch (const std::bad_alloc&) {
-    reason = kOutOfMemory;
-    return nullptr;
-  }
-}
-
 }  // namespace
 
 ImagePtr decodeImage(std::string_view bytes, std::string* reason) {
-  std::string why;
-  auto image = decoded(bytes, why);
+  std::string why = bytes.empty() ? "empty" : "neither TIFF, PNG nor JPEG";
+  const auto* codec = codecOf(bytes);
+  auto image = codec != nullptr ? codec->decode(bytes, why) : nullptr;
   if (reason != nullptr && !image) *reason = why;
   return image;
 }

@@ -25,7 +25,8 @@ struct ImageSize {
 // The picture in the bytes, told by content: upright (the orientation of a TIFF or of a JPEG's Exif
 // block is applied), 8 bits a channel (16-bit samples are scaled), grey, palette and CMYK turned
 // into RGB. Null when the bytes are of no known kind, truncated, damaged, too large, or claim more
-// pixels than so few bytes can hold; `reason` then says why in a few words.
+// pixels than so few bytes can hold; `reason` then says why in a few words. Throws std::bad_alloc
+// when there is no memory for its pixels.
 ImagePtr decodeImage(std::string_view bytes, std::string* reason = nullptr);
 
 // Width and height as decodeImage would give them, from the header alone. Missing when it would

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
+#include "base/failures.hpp"
 #include "platform/images/image_codec.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
@@ -99,7 +101,26 @@ TEST(Thumbnail, ThatCannotBeReadOrDecodedIsNone) {
       .person("no picture", {.image = makeData("no picture")});
   source.raiseOnImageOf("unreadable");
   EXPECT_EQ(person("unreadable")->valueByPropertyName(OxProPertyThumbnail), nullptr);
+  EXPECT_EQ(failures::failureCount(), 1U);
   EXPECT_EQ(person("no picture")->valueByPropertyName(OxProPertyThumbnail), nullptr);
+  EXPECT_EQ(failures::failureCount(), 1U);
+}
+
+TEST(Thumbnail, ThatIsStoredButCannotBeReadCanBeAskedFor) {
+  auto& source = SwitchedSource::install();
+  const auto whole = images::encodeTiff(*redPixel());
+  StoreBuilder(source.real())
+      .person("none", {})
+      .person("whole", {.image = whole})
+      .person("unreadable", {.image = whole})
+      .person("cut off", {.image = makeData(whole->substr(0, whole->size() - 1))})
+      .person("of another kind", {.image = makeData("GIF89a")});
+  source.raiseOnImageOf("unreadable");
+  EXPECT_FALSE(hasUnreadablePicture(*person("none")));
+  EXPECT_FALSE(hasUnreadablePicture(*person("whole")));
+  EXPECT_TRUE(hasUnreadablePicture(*person("unreadable")));
+  EXPECT_TRUE(hasUnreadablePicture(*person("cut off")));
+  EXPECT_TRUE(hasUnreadablePicture(*person("of another kind")));
 }
 
 TEST(Tags, LiveInTheBooksTagStoreUnderThePersonsId) {
