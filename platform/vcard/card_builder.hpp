@@ -84,6 +84,8 @@ class CardBuilder {
   void addEntry(PropertyId property, Object value, const ContentLine& line, EntryExtras extras);
   void keepParameters(PropertyId property, std::size_t entry, const ContentLine& line,
                       std::uint32_t ownKinds, std::uint32_t typeWords, bool unknownWords);
+  void collectParameters(const ContentLine& line, std::uint32_t ownKinds, std::uint32_t typeWords,
+                         bool unknownWords);
   void keepSpelling(PropertyId property, std::string_view spelling);
   void mend(const ContentLine& line, std::string reason);
   std::string text(const ContentLine& line) const;
@@ -103,6 +105,7 @@ class CardBuilder {
   std::array<Multi, kMultiCount> multis_;
   std::vector<GroupedEntry> grouped_;
   std::vector<GroupNote> notes_;
+  std::string noteParameters_;  // of the first note
   std::string uid_;
   std::string fullName_;
   std::string fullNameLine_;

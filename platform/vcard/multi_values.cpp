@@ -69,14 +69,23 @@ void CardBuilder::keepParameters(PropertyId property, std::size_t entry, const C
                                  std::uint32_t ownKinds, std::uint32_t typeWords,
                                  bool unknownWords) {
   if (line.parameters.empty()) return;
-  constexpr std::uint32_t kAlways = bitOf(ParameterKind::Type) | bitOf(ParameterKind::Pref) |
-                                    bitOf(ParameterKind::Encoding) | bitOf(ParameterKind::Charset) |
-                                    bitOf(ParameterKind::Value);
-  scratch_.clear();
   if (entry == 0) {
     readTypeWords(line, types_);
     typeWords = types_.known;
   }
+  collectParameters(line, ownKinds, typeWords, unknownWords);
+  if (!scratch_.empty()) {
+    unmodelled_.emplace_back(KeptDetail{property, entry, scratch_}.text());
+  }
+}
+
+// Replaces the scratch text by the parameters to keep; the type words are those of the line.
+void CardBuilder::collectParameters(const ContentLine& line, std::uint32_t ownKinds,
+                                    std::uint32_t typeWords, bool unknownWords) {
+  constexpr std::uint32_t kAlways = bitOf(ParameterKind::Type) | bitOf(ParameterKind::Pref) |
+                                    bitOf(ParameterKind::Encoding) | bitOf(ParameterKind::Charset) |
+                                    bitOf(ParameterKind::Value);
+  scratch_.clear();
   // These two are understood of a phone and of an e-mail address.
   typeWords &= ~(type_word::kVoice | type_word::kInternet);
   for (std::uint32_t bit = 1; bit <= typeWords; bit <<= 1U) {
@@ -88,9 +97,6 @@ void CardBuilder::keepParameters(PropertyId property, std::size_t entry, const C
   for (const auto& parameter : line.parameters) {
     if (((kAlways | ownKinds) & bitOf(parameter.kind)) != 0) continue;
     scratch_.append(";").append(parameter.name).append("=").append(parameter.value);
-  }
-  if (!scratch_.empty()) {
-    unmodelled_.emplace_back(KeptDetail{property, entry, scratch_}.text());
   }
 }
 

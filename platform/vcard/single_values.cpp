@@ -119,15 +119,21 @@ bool CardBuilder::addOrganization(const ContentLine& line) {
   return true;
 }
 
+// Several notes are one, unless their parameters tell them apart.
 bool CardBuilder::addNote(const ContentLine& line) {
   if (line.value.empty()) return true;
   auto& note = single(property_id::kNote);
   if (note.empty()) {
     note = text(line);
-  } else {
-    (note += '\n') += text(line);
+    const auto kept = unmodelled_.size();
+    keepParameters(property_id::kNote, 0, line, 0, 0, true);
+    noteParameters_ = unmodelled_.size() > kept ? scratch_ : std::string();
+    return true;
   }
-  keepParameters(property_id::kNote, 0, line, 0, 0, true);
+  readTypeWords(line, types_);
+  collectParameters(line, 0, types_.known, true);
+  if (scratch_ != noteParameters_) return false;
+  (note += '\n') += text(line);
   return true;
 }
 

@@ -39,6 +39,17 @@ TEST(CardThrough, AnAccountThatChangedIsSpeltAnew) {
       << lines;
 }
 
+TEST(CardThrough, NotesOfSeveralLanguagesStayApart) {
+  const std::string two = "NOTE;LANGUAGE=en:hello\nNOTE;LANGUAGE=de:hallo\n";
+  const std::string plain = "NOTE;LANGUAGE=en:a\nNOTE:b\n";
+  expectThrough({
+      {"3.0", two, two, two},
+      {"4.0", plain, plain, plain},
+      {"3.0", "NOTE;LANGUAGE=en:a\nNOTE;LANGUAGE=en:b\n", "NOTE;LANGUAGE=en:a\\nb\n",
+       "NOTE;LANGUAGE=en:a\\nb\n"},
+  });
+}
+
 TEST(CardThrough, RelationsAreSaidInTheWordsOfTheVersion) {
   expectThrough({
       {"4.0", "RELATED;TYPE=colleague;VALUE=text:Di\n", "X-ABRELATEDNAMES;TYPE=colleague:Di\n",
