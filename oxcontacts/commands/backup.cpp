@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <mutex>
 
+#include "base/failures.hpp"
 #include "base/store_location.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
@@ -55,9 +56,13 @@ void tellCounts(const Context& context, const StoreCounts& counts, const std::st
 
 void backUpBook(const Context& context, const std::string& name, const std::string& path) {
   refuseStoreFile(path);
+  const auto failuresBefore = failures::failureCount();
   const auto book = findBook(discoveredBooks(context), name);
   const auto data = savedBook(context, *book);
-  if (!data) throw storeFailure("the book was not saved");
+  // What could not be read is missing in the data, and an earlier backup may hold it.
+  if (!data || failures::failureCount() != failuresBefore) {
+    throw storeFailure("the book was not saved, " + path + " is as it was");
+  }
   writeFile(path, *data);
   tellCounts(context, {book->allGroups().size(), book->allPersonsCount()},
              book->name().value_or(""), path);
@@ -98,7 +103,7 @@ void declareBackup(CLI::App& program, const Context& context) {
   backup->add_flag("--all", arguments->all, "The whole store, and its tags as FILE.tags");
   backup->footer(
       "A book is brought back by `restore`. A copy of the whole store is a store: `--store FILE` "
-      "works with it.");
+      "works with it.\nNothing is written when a record cannot be read.");
   backup->callback([&context, arguments] { backUp(context, *arguments); });
 }
 

@@ -143,6 +143,26 @@ TEST(RestoreCommand, SaysWhenItCouldNotSave) {
   EXPECT_EQ(result.output, "");
 }
 
+TEST(BackupCommand, KeepsTheLastGoodOneWhenARecordCannotBeRead) {
+  fillStore();
+  const auto file = temporaryPath("good.book").string();
+  run({"backup", "_local", file});
+  const auto good = fileBytes(file);
+  sqlite::Connection(support::StoreEnvironment::instance().contactStore().string(),
+                     sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE content SET properties = x'00' WHERE record = 2");
+  for (const auto& target : {file, temporaryPath("new.book").string()}) {
+    const auto result = run({"--json", "backup", "_local", target});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_NE(result.errors.find("the book was not saved, " + target + " is as it was: "),
+              std::string::npos)
+        << result.errors;
+  }
+  EXPECT_EQ(fileBytes(file), good);
+  EXPECT_FALSE(std::filesystem::exists(temporaryPath("new.book")));
+}
+
 TEST(BackupCommand, CopiesTheWholeStoreWithItsTags) {
   fillStore();
   const auto file = temporaryPath("all.db").string();
