@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "base/failures.hpp"
+#include "oxcontacts/arguments.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/context.hpp"
 #include "platform/store/changes.hpp"
@@ -45,13 +46,22 @@ int exitCodeOf(const StoreError& error) {
   return error.kind() == StoreError::Kind::Busy ? kBusy : kFailed;
 }
 
+// Prints what the parser has to say, a help text too.
+int refused(const CLI::App& program, const CLI::ParseError& error) {
+  return program.exit(error) == 0 ? kDone : kUsage;
+}
+
 // Runs the command of the command line; parsing calls it.
 int run(CLI::App& program, int argc, char** argv) {
   try {
-    program.parse(argc, argv);
+    program.parse(parserWords(argc, argv));
     return kDone;
+  } catch (const CLI::RequiredError& error) {
+    if (!program.get_subcommands().empty()) return refused(program, error);
+    Context::complain(unknownCommand(program));
+    return kUsage;
   } catch (const CLI::ParseError& error) {
-    return program.exit(error) == 0 ? kDone : kUsage;
+    return refused(program, error);
   } catch (const CommandError& error) {
     if (*error.what() != '\0') Context::complain(error.what());
     return error.code();
@@ -114,6 +124,7 @@ int mainOf(int argc, char** argv) {
   declareBackup(program, context);
   declareRestore(program, context);
   declareCheck(program, context);
+  takeAsGiven(program);
   const auto before = failures::snapshot();
   return honest(run(program, argc, argv), before);
 }

@@ -109,6 +109,7 @@ void declareAccounts(CLI::App& program, const Context& context) {
   auto* accounts = program.add_subcommand("accounts", "List, add or remove accounts");
   declareAdd(*accounts, context);
   declareRemove(*accounts, context);
+  accounts->require_subcommand(0, 1);
   accounts->callback([accounts, &context] {
     if (accounts->get_subcommands().empty()) listAccounts(context);
   });

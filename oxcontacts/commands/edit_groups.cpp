@@ -20,10 +20,6 @@ void tellGroup(const Context& context, const std::string& what, const Group& gro
   }
 }
 
-void refuseEmptyName(const std::string& name) {
-  if (name.empty()) throw CommandError(kUsage, "a group needs a name");
-}
-
 Group madeUnder(OxMacAddressBook& book, const std::string& parentName, const std::string& name) {
   const auto parent = findGroup(parentName);
   if (parent->addressBookID() != book.ID()) {
@@ -38,7 +34,6 @@ Group madeUnder(OxMacAddressBook& book, const std::string& parentName, const std
 }
 
 void addGroup(const Context& context, const NewGroup& arguments) {
-  refuseEmptyName(arguments.name);
   const auto book = findBook(discoveredBooks(context), arguments.book);
   if (!book->canCreateGroup()) {
     throw CommandError(kFailed, "the book \"" + book->name().value_or("") + "\" takes no groups");
@@ -51,7 +46,6 @@ void addGroup(const Context& context, const NewGroup& arguments) {
 }
 
 void renameGroup(const Context& context, const std::string& name, const std::string& newName) {
-  refuseEmptyName(newName);
   const auto group = findGroup(name);
   group->setDisplayName(newName);
   saveEdits();

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <charconv>
 #include <optional>
 
 #include "base/text/case.hpp"
@@ -114,6 +115,16 @@ Json personJson(const _ABPerson& person) {
           {"tags", person.tagArray()}};
 }
 
+std::size_t limitOf(const std::string& text) {
+  std::size_t limit = 0;
+  const auto* end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, limit);
+  if (read.ec != std::errc() || read.ptr != end) {
+    throw CommandError(kUsage, "--limit: \"" + text + "\" is no number of persons");
+  }
+  return limit;
+}
+
 void listPersons(const Context& context, const Arguments& arguments) {
   const auto persons = chosenPersons(context, arguments);
   if (context.json) {
@@ -147,7 +158,11 @@ void declarePersons(CLI::App& program, const Context& context) {
   persons->add_option("--sort", arguments->sort, "name, pinyin or store (the default)")
       ->check(CLI::IsMember({"name", "pinyin", "store"}))
       ->type_name("ORDER");
-  persons->add_option("--limit", arguments->limit, "At most so many")->type_name("N");
+  persons
+      ->add_option_function<std::string>(
+          "--limit", [arguments](const std::string& text) { arguments->limit = limitOf(text); },
+          "At most so many")
+      ->type_name("N");
   persons->callback([&context, arguments] { listPersons(context, *arguments); });
 }
 

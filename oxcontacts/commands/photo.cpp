@@ -52,7 +52,7 @@ void handlePhoto(const Context& context, const Arguments& arguments) {
   const auto person = findPerson(arguments.person);
   if (!arguments.set.empty()) return setPhoto(context, *person, arguments.set);
   if (!arguments.get.empty()) return getPhoto(context, *person, arguments.get);
-  clearPhoto(context, *person);
+  if (arguments.clear) clearPhoto(context, *person);
 }
 
 }  // namespace

@@ -16,15 +16,7 @@ struct Arguments {
   std::vector<std::string> removed;
 };
 
-void refuseEmpty(const std::vector<std::string>& tags) {
-  for (const auto& tag : tags) {
-    if (tag.empty()) throw CommandError(kUsage, "a tag cannot be empty");
-  }
-}
-
 void changeTags(const Context& context, const Arguments& arguments) {
-  refuseEmpty(arguments.added);
-  refuseEmpty(arguments.removed);
   const auto person = findPerson(arguments.person);
   discoveredBooks(context);
   const auto failures = failures::snapshot().failures;

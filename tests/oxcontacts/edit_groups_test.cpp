@@ -74,8 +74,7 @@ TEST(GroupCommands, TellWhatTheyCannotDo) {
       {{"group-add", "Friends"}, 2, "PERSON is required"},
       {{"add-group", "iCloud", "x", "--under", "Friends"}, 1, "is not in the book \"iCloud\""},
       {{"add-group", "Nowhere", "x"}, 4, "there is no book \"Nowhere\""},
-      {{"add-group", "_local", ""}, 2, "a group needs a name"},
-      {{"rename-group", "Friends", ""}, 2, "a group needs a name"},
+      {{"rename-group", "Friends", ""}, 2, "NAME: must not be empty"},
       {{"remove-group", "Nobodies"}, 4, "there is no group \"Nobodies\""},
   };
   for (const auto& row : rows) {

@@ -74,6 +74,10 @@ TEST(PhotoCommand, RefusesWhatIsNoUsablePicture) {
   const auto store = support::StoreEnvironment::instance().contactStore().string();
   EXPECT_EQ(run({"photo", "Ann", "--get", store}).exitCode, 1);
   EXPECT_EQ(run({"photo", "Ann"}).exitCode, 2);
+  for (const auto* option : {"--set", "--get"}) {
+    EXPECT_EQ(run({"photo", "Ann", option, ""}).exitCode, 2);
+  }
+  EXPECT_EQ(run({"photo", "Ann", "--get", out}).exitCode, 0) << "an empty path clears nothing";
   EXPECT_EQ(run({"photo", "Ann", "--clear", "--get", out}).exitCode, 2);
   EXPECT_EQ(run({"photo", "Nobody", "--clear"}).exitCode, 4);
 }

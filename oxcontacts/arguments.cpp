@@ -1,0 +1,56 @@
+#include "oxcontacts/arguments.hpp"
+
+#include <utility>
+
+namespace ox::program {
+namespace {
+
+constexpr char kMark = '\x01';
+
+bool isOptionWithoutValue(const std::string& word) {
+  return word.starts_with("--") && word.find('=') == word.size() - 1;
+}
+
+bool needsMark(const std::string& word) {
+  return !word.empty() &&
+         (word.back() == ']' || word.back() == kMark || isOptionWithoutValue(word));
+}
+
+}  // namespace
+
+std::vector<std::string> parserWords(int argc, const char* const* argv) {
+  std::vector<std::string> words;
+  for (int i = argc - 1; i > 0; --i) {
+    std::string word = argv[i];
+    if (needsMark(word)) word += kMark;
+    words.push_back(std::move(word));
+  }
+  return words;
+}
+
+std::string withoutMark(std::string word) {
+  if (word.ends_with(kMark)) word.pop_back();
+  return word;
+}
+
+void takeAsGiven(CLI::App& program) {
+  for (auto* option : program.get_options()) {
+    if (option->get_items_expected_max() == 0) continue;  // a flag
+    option->check([](const std::string& value) {
+      return value.empty() ? std::string("must not be empty") : std::string();
+    });
+    option->transform(withoutMark);
+  }
+  for (auto* command : program.get_subcommands({})) takeAsGiven(*command);
+}
+
+std::string unknownCommand(const CLI::App& program) {
+  const auto unknown = program.remaining();
+  const std::string hint = "; `oxcontacts --help` lists the commands";
+  if (unknown.empty()) return "no command is given" + hint;
+  const auto word = withoutMark(unknown.front());
+  return "there is no " + std::string(word.starts_with('-') ? "option" : "command") + " \"" + word +
+         "\"" + hint;
+}
+
+}  // namespace ox::program
