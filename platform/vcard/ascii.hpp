@@ -30,6 +30,15 @@ inline constexpr bool isWord(std::string_view text, std::string_view upperWord) 
   return true;
 }
 
+// The same for two words in any case.
+inline constexpr bool isSameWord(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (upper(a[i]) != upper(b[i])) return false;
+  }
+  return true;
+}
+
 inline constexpr bool startsWithWord(std::string_view text, std::string_view upperWord) {
   return text.size() >= upperWord.size() && isWord(text.substr(0, upperWord.size()), upperWord);
 }

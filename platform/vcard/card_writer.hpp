@@ -48,6 +48,8 @@ class CardWriter {
   void begin();
   void end();
   void uid();
+  bool keptLine(std::string_view text);
+  bool nestedCard(std::string_view text);
   void keptLines();
   void keptParameters();
   void wrapped(std::string_view line);
@@ -88,6 +90,7 @@ class CardWriter {
   std::vector<PropertyId> inexact_;
   std::vector<std::string> entryParameters_;  // kept ones of entries, for lines of their own
   std::size_t nextItem_;
+  std::vector<std::string_view> onceWritten_;  // names of which a card has one
   bool anniversaryWritten_ = false;
   std::string scratch_;
 };

@@ -1,7 +1,6 @@
 #include "platform/vcard/kept_texts.hpp"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <utility>
 
@@ -47,22 +46,6 @@ Name nameOf(std::string_view line) {
   return result;
 }
 
-// Names that say nothing beside what properties give, or that the version does not know.
-struct Refused {
-  std::string_view name;
-  bool in30;
-  bool in40;
-};
-
-constexpr std::array kRefused = {
-    Refused{"BEGIN", true, true},         Refused{"END", true, true},
-    Refused{"VERSION", true, true},       Refused{"N", true, true},
-    Refused{"UID", true, true},           Refused{"BDAY", true, true},
-    Refused{"ANNIVERSARY", true, true},   Refused{"MEMBER", true, true},
-    Refused{"AGENT", false, true},        Refused{"X-OX-LINE", true, true},
-    Refused{"X-OX-PROPERTY", true, true},
-};
-
 // The end of one parameter value: in quotes, or without anything that would need them. npos when it
 // is neither.
 std::size_t endOfValue(std::string_view text, std::size_t at) {
@@ -96,6 +79,14 @@ std::size_t endOfParameters(std::string_view text, std::size_t at, CardVersion v
     } while (at < text.size() && text[at] == ',');
   }
   return at;
+}
+
+bool hasEncoding(std::string_view parameters) {
+  constexpr std::string_view kEncoding = ";ENCODING=";
+  for (; parameters.size() > kEncoding.size(); parameters.remove_prefix(1)) {
+    if (startsWithWord(parameters, kEncoding)) return true;
+  }
+  return false;
 }
 
 bool byOwner(const KeptDetail& a, const KeptDetail& b) {
@@ -149,21 +140,17 @@ std::string_view KeptTexts::spellingOf(PropertyId property, std::uint64_t entry)
   return kept->said.substr(1);
 }
 
-bool isAdmitted(std::string_view line, CardVersion version) {
+std::string_view nameOfLine(std::string_view line) {
+  return nameOf(line).name;
+}
+
+bool isWellFormed(std::string_view line, CardVersion version) {
   const auto name = nameOf(line);
   if (name.end == 0) return false;
-  for (const auto& refused : kRefused) {
-    if ((version == CardVersion::V30 ? refused.in30 : refused.in40) &&
-        isWord(name.name, refused.name)) {
-      return false;
-    }
-  }
   const auto colon = endOfParameters(line, name.end, version);
   if (colon == std::string_view::npos || colon >= line.size() || line[colon] != ':') return false;
   const auto value = line.substr(colon + 1);
-  if (line.substr(0, colon).find(";ENCODING=") != std::string_view::npos) {
-    return bytesOfBase64(value).has_value();
-  }
+  if (hasEncoding(line.substr(name.end, colon - name.end))) return bytesOfBase64(value).has_value();
   return std::none_of(value.begin(), value.end(), isControl);
 }
 

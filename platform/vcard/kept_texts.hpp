@@ -39,8 +39,10 @@ class KeptTexts {
   std::size_t firstFreeItem_ = 1;
 };
 
-// True when the kept line may stand in a card of that version beside what properties give.
-bool isAdmitted(std::string_view line, CardVersion version);
+// The name of a kept line's property, without its group; empty when there is none.
+std::string_view nameOfLine(std::string_view line);
+// True when a kept line's name, parameters and base64 are well-formed in that version.
+bool isWellFormed(std::string_view line, CardVersion version);
 // True when the parameters, from their first semicolon on, are well-formed in that version.
 bool areAdmitted(std::string_view parameters, CardVersion version);
 

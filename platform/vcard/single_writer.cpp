@@ -93,10 +93,7 @@ void CardWriter::names() {
 // take it for the name.
 void CardWriter::fullName(const NameParts& parts) {
   const auto line = kept_.fullNameLine();
-  if (!line.empty() && isAdmitted(line, options_.version)) {
-    line_.raw(line).end();
-    return;
-  }
+  if (!line.empty() && keptLine(line)) return;
   composeFullName(parts, scratch_);
   const auto company = textOf(property_id::kOrganization);
   if (!scratch_.empty() || !company.empty()) {

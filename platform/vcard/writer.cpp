@@ -6,6 +6,7 @@
 #include "platform/vcard/card.hpp"
 #include "platform/vcard/card_writer.hpp"
 #include "platform/vcard/exact_values.hpp"
+#include "platform/vcard/kept_values.hpp"
 #include "platform/vcard/uri.hpp"
 
 // The frame of a card and what is kept with it.
@@ -58,27 +59,37 @@ void CardWriter::wrapped(std::string_view line) {
   line_.raw(kKeptLineName).raw(":").percent(line).end();
 }
 
+// False when the line has to be wrapped.
+bool CardWriter::keptLine(std::string_view text) {
+  const auto name = nameOfLine(text);
+  const bool onlyOnce = isOnlyOnce(name);
+  const auto isName = [&](std::string_view other) { return isSameWord(name, other); };
+  if (onlyOnce && std::any_of(onceWritten_.begin(), onceWritten_.end(), isName)) return false;
+  const auto line = lineInVersion(text, options_.version);
+  if (!line) return false;
+  line_.raw(*line).end();
+  if (onlyOnce) onceWritten_.push_back(name);
+  return true;
+}
+
+// RFC 2426, section 3.5.4: a card as a text value.
+bool CardWriter::nestedCard(std::string_view text) {
+  const auto colon = text.substr(0, text.find('\n')).find(':');
+  const CardText nested(text);
+  if (colon == std::string_view::npos || nested.isChanged()) return false;
+  const auto head = lineInVersion(text.substr(0, colon + 1), options_.version);
+  if (!head) return false;
+  line_.raw(*head).text(text.substr(colon + 1)).end();
+  return true;
+}
+
 void CardWriter::keptLines() {
+  if (values_[property_id::kBirthday] != nullptr) onceWritten_.emplace_back("BDAY");
+  if (anniversaryWritten_) onceWritten_.emplace_back("ANNIVERSARY");
   for (const auto text : kept_.lines()) {
-    const auto lineFeed = text.find('\n');
-    if (lineFeed == std::string_view::npos) {
-      if (isAdmitted(text, options_.version)) {
-        line_.raw(text).end();
-      } else {
-        wrapped(text);
-      }
-      continue;
-    }
-    if (!options_.nestedCards) continue;
-    // RFC 2426, section 3.5.4: a card as a text value.
-    const auto colon = text.substr(0, lineFeed).find(':');
-    const CardText nested(text);
-    if (colon != std::string_view::npos && !nested.isChanged() &&
-        isAdmitted(text.substr(0, colon + 1), options_.version)) {
-      line_.raw(text.substr(0, colon + 1)).text(text.substr(colon + 1)).end();
-    } else {
-      wrapped(text);
-    }
+    const bool isNested = text.find('\n') != std::string_view::npos;
+    if (isNested && !options_.nestedCards) continue;
+    if (!(isNested ? nestedCard(text) : keptLine(text))) wrapped(text);
   }
 }
 
@@ -142,11 +153,7 @@ void CardWriter::group(const std::vector<std::string>& members) {
     line_.raw(schemeOf(uid.view()).empty() ? kUrnPrefix : std::string_view()).raw(uid.view()).end();
   }
   if (!kept_.fullNameLine().empty()) {
-    if (isAdmitted(kept_.fullNameLine(), options_.version)) {
-      line_.raw(kept_.fullNameLine()).end();
-    } else {
-      wrapped(kept_.fullNameLine());
-    }
+    if (!keptLine(kept_.fullNameLine())) wrapped(kept_.fullNameLine());
   }
   keptLines();
   end();

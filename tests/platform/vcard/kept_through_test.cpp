@@ -50,6 +50,68 @@ TEST(CardThrough, NotesOfSeveralLanguagesStayApart) {
   });
 }
 
+TEST(CardThrough, KeptLinesTakeTheFormOfTheVersion) {
+  const auto same = [](const std::string& line) { return ThroughRow{"3.0", line, line, line}; };
+  expectThrough({
+      {"4.0", "REV:20200203T040506+0200\n", "REV:20200203T040506+0200\n",
+       "REV:20200203T040506+0200\n"},
+      {"3.0", "REV:2020-02-03\n", "REV:2020-02-03\n", "X-OX-LINE:REV%3A2020-02-03\n"},
+      {"3.0", "REV:20200203T040506Z\nREV:20210203T040506Z\n",
+       "REV:20200203T040506Z\nX-OX-LINE:REV%3A20210203T040506Z\n",
+       "REV:20200203T040506Z\nX-OX-LINE:REV%3A20210203T040506Z\n"},
+      {"4.0", "KIND:individual\nKIND:org\n", "KIND:individual\nX-OX-LINE:KIND%3Aorg\n",
+       "KIND:individual\nX-OX-LINE:KIND%3Aorg\n"},
+      {"4.0", "GEO:geo:37.3,-122;u=3\n", "X-OX-LINE:GEO%3Ageo%3A37.3%2C-122%3Bu%3D3\n",
+       "GEO:geo:37.3,-122;u=3\n"},
+      {"3.0", "LABEL;TYPE=HOME:a\nMAILER:b\nCLASS:PUBLIC\nSORT-STRING:c\n",
+       "LABEL;TYPE=HOME:a\nMAILER:b\nCLASS:PUBLIC\nSORT-STRING:c\n",
+       "X-OX-LINE:LABEL%3BTYPE%3DHOME%3Aa\nX-OX-LINE:MAILER%3Ab\n"
+       "X-OX-LINE:CLASS%3APUBLIC\nX-OX-LINE:SORT-STRING%3Ac\n"},
+      {"3.0", "PHOTO:no picture\n", "X-OX-LINE:PHOTO%3Ano%20picture\n",
+       "X-OX-LINE:PHOTO%3Ano%20picture\n"},
+      same("PHOTO;VALUE=uri:http://x/p.jpg\nLOGO;VALUE=uri:data:image/gif;base64,AQID\n"),
+      same("KEY;VALUE=uri:http://x/k\nSOURCE:http://x/s\n"),
+      {"4.0", "BDAY;VALUE=text:circa 1800\n", "X-OX-LINE:BDAY%3BVALUE%3Dtext%3Acirca%201800\n",
+       "BDAY;VALUE=text:circa 1800\n"},
+      {"4.0", "BDAY:19900517\nBDAY;VALUE=text:soon\n",
+       "BDAY:1990-05-17\nX-OX-LINE:BDAY%3BVALUE%3Dtext%3Asoon\n",
+       "BDAY:19900517\nX-OX-LINE:BDAY%3BVALUE%3Dtext%3Asoon\n"},
+  });
+}
+
+// These come back in the other version's spelling.
+TEST(CardThrough, KeptLinesAreSpeltAnewForTheOtherVersion) {
+  struct Row {
+    std::string line;
+    std::string in30;
+    std::string in40;
+  };
+  const std::vector<Row> rows = {
+      {"REV:2020-02-03T04:05:06Z", "REV:2020-02-03T04:05:06Z", "REV:20200203T040506Z"},
+      {"REV:2020-02-03T04:05:06.7+02:00", "REV:2020-02-03T04:05:06.7+02:00",
+       "REV:20200203T040506+0200"},
+      {"item1.GEO;X-A=b:37.38;-122.08", "item1.GEO;X-A=b:37.38;-122.08",
+       "item1.GEO;X-A=b:geo:37.38,-122.08"},
+      {"GEO:37.24,-17.87", "GEO:37.24;-17.87", "GEO:geo:37.24,-17.87"},
+      {"GEO:geo:1,2", "GEO:1;2", "GEO:geo:1,2"},
+      {"GEO:here;there", "X-OX-LINE:GEO%3Ahere%3Bthere", "X-OX-LINE:GEO%3Ahere%3Bthere"},
+      {"PHOTO:http://x/p.jpg", "PHOTO;VALUE=uri:http://x/p.jpg", "PHOTO;VALUE=uri:http://x/p.jpg"},
+      {"LOGO:data:image/gif;base64,AQID", "LOGO;VALUE=uri:data:image/gif;base64,AQID",
+       "LOGO;VALUE=uri:data:image/gif;base64,AQID"},
+      {"KEY;TYPE=PGP:http://x/k", "KEY;TYPE=PGP;VALUE=uri:http://x/k",
+       "KEY;TYPE=PGP;VALUE=uri:http://x/k"},
+  };
+  for (const auto& row : rows) {
+    PropertyBag bag;
+    bag.set(property_id::kUnmodelledLines, Object(Array{row.line}));
+    const auto in30 = linesOf(bag, {.version = CardVersion::V30});
+    EXPECT_EQ(in30, "N:;;;;\nFN;X-DERIVED=TRUE:?\n" + row.in30 + "\n");
+    const auto in40 = linesOf(bag, {.version = CardVersion::V40});
+    EXPECT_EQ(in40, "FN;DERIVED=TRUE:?\n" + row.in40 + "\n");
+    EXPECT_EQ(linesOf(propertiesOf("3.0", in30), {.version = CardVersion::V40}), in40);
+  }
+}
+
 TEST(CardThrough, RelationsAreSaidInTheWordsOfTheVersion) {
   expectThrough({
       {"4.0", "RELATED;TYPE=colleague;VALUE=text:Di\n", "X-ABRELATEDNAMES;TYPE=colleague:Di\n",
