@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <mutex>
 
+#include "OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "base/failures.hpp"
 #include "base/store_location.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -54,6 +55,21 @@ void tellCounts(const Context& context, const StoreCounts& counts, const std::st
   }
 }
 
+// Names the persons whose pictures the file cannot hold; true when there are any.
+bool complainOfPictures(OxMacAddressBook& book, const std::string& path) {
+  bool any = false;
+  const auto persons = book.allPersons();
+  if (!persons) return false;
+  for (const auto& person : persons->snapshot()) {
+    if (!hasUnreadablePicture(*person)) continue;
+    any = true;
+    Context::complain(person->displayName().value_or("") + " (" + person->ID().value_or("") +
+                      "): the picture cannot be decoded and is not in " + path +
+                      "; `backup --all` keeps it");
+  }
+  return any;
+}
+
 void backUpBook(const Context& context, const std::string& name, const std::string& path) {
   refuseStoreFile(path);
   const auto failuresBefore = failures::failureCount();
@@ -66,6 +82,7 @@ void backUpBook(const Context& context, const std::string& name, const std::stri
   writeFile(path, *data);
   tellCounts(context, {book->allGroups().size(), book->allPersonsCount()},
              book->name().value_or(""), path);
+  if (complainOfPictures(*book, path)) throw CommandError(kDoneWithRefusals, "");
 }
 
 // The tags come first: a copy that is there has its tags beside it.
@@ -103,7 +120,8 @@ void declareBackup(CLI::App& program, const Context& context) {
   backup->add_flag("--all", arguments->all, "The whole store, and its tags as FILE.tags");
   backup->footer(
       "A book is brought back by `restore`. A copy of the whole store is a store: `--store FILE` "
-      "works with it.\nNothing is written when a record cannot be read.");
+      "works with it.\nNothing is written when a record cannot be read. A picture that cannot be "
+      "decoded is left out of a book, its person named, and the exit code 3.");
   backup->callback([&context, arguments] { backUp(context, *arguments); });
 }
 

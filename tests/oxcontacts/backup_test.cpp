@@ -3,6 +3,8 @@
 
 #include "base/sqlite/connection.hpp"
 #include "tests/oxcontacts/program.hpp"
+#include "tests/platform/images/picture_files.hpp"
+#include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox::program_tests {
@@ -161,6 +163,24 @@ TEST(BackupCommand, KeepsTheLastGoodOneWhenARecordCannotBeRead) {
   }
   EXPECT_EQ(fileBytes(file), good);
   EXPECT_FALSE(std::filesystem::exists(temporaryPath("new.book")));
+}
+
+TEST(BackupCommand, NamesThePersonsWhosePicturesItCannotHold) {
+  support::StoreBuilder()
+      .person("ann", {.first = "Ann", .image = makeData(images::flatJpeg(4, 4, {200, 10, 10}))})
+      .person("ben", {.first = "Ben", .image = makeData("GIF89a")})
+      .person("cy", {.first = "Cy", .image = makeData(images::pngClaiming(10'000, 10'000))});
+  const auto file = temporaryPath("local.book").string();
+  const auto result = run({"--json", "backup", "_local", file});
+  EXPECT_EQ(result.exitCode, 3) << result.errors;
+  EXPECT_EQ(Json::parse(result.output), Json({{"groups", 0}, {"persons", 3}}));
+  const std::string reason =
+      ": the picture cannot be decoded and is not in " + file + "; `backup --all` keeps it\n";
+  const auto ids = personIds();
+  EXPECT_EQ(result.errors, "oxcontacts: Ben (" + ids.at("Ben") + ")" + reason + "oxcontacts: Cy (" +
+                               ids.at("Cy") + ")" + reason);
+  EXPECT_EQ(run({"restore", "_local", file}).exitCode, 0);
+  EXPECT_EQ(run({"--json", "backup", "_local", file}).exitCode, 0) << "the pictures are gone";
 }
 
 TEST(BackupCommand, CopiesTheWholeStoreWithItsTags) {
