@@ -10,9 +10,14 @@ namespace ox::program {
 
 // The bytes of a regular file of at most that size; anything else is never opened.
 std::string readFile(const std::string& path, std::uint64_t atMost);
-// Replaces the file by these bytes, once they are complete and synced.
+// The first bytes of a regular file, fewer when it is shorter.
+std::string readStart(const std::string& path, std::uint64_t count);
+// Replaces the file by these bytes, once they are complete and synced; see OutputFile.
 void writeFile(const std::string& path, std::string_view bytes);
-// Throws when the path leads to the contact store or to the tags.
+// The absolute path of the file that a path names, through every link; of one that is not there
+// yet as well. The path itself when it names anything but a file, or cannot be followed.
+std::string placeOf(const std::string& path);
+// Throws when the path leads to where the contact store or the tags are, or will be.
 void refuseStoreFile(const std::string& path);
 
 }  // namespace ox::program

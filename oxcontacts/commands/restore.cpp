@@ -2,15 +2,13 @@
 #include <condition_variable>
 #include <ctime>
 #include <filesystem>
-#include <limits>
 #include <mutex>
 
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "base/failures.hpp"
 #include "base/store_location.hpp"
+#include "oxcontacts/book_file.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
-#include "oxcontacts/files.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
@@ -22,44 +20,12 @@ namespace ox::program {
 namespace {
 
 using Book = std::shared_ptr<OxMacAddressBook>;
-using Tags = std::vector<std::string>;
 
 struct Arguments {
   std::string book;
   std::string file;
   bool force = false;
 };
-
-// What is known of the file before anything is changed.
-struct Source {
-  Data data;
-  StoreCounts counts;
-  std::vector<Tags> tags;  // of each person, in order
-};
-
-Tags tagsOf(const IOxPerson& person) {
-  const auto value =
-      std::dynamic_pointer_cast<OxMutableSingleValue>(person.valueByPropertyName(OxProPertyTags));
-  const auto* list = value ? value->value().array() : nullptr;
-  Tags tags;
-  for (std::size_t i = 0; list != nullptr && i < list->size(); ++i) {
-    if (const auto tag = (*list)[i].toText()) tags.push_back(*tag);
-  }
-  return tags;
-}
-
-Source readSource(const std::string& path) {
-  Source source;
-  source.data = makeData(readFile(path, std::numeric_limits<std::int64_t>::max()));
-  const auto general = OxAddressBookGeneral::addressBookWithData(source.data);
-  if (!general) {
-    throw CommandError(kFailed, path + ": is no backup of a book, nothing was changed: " +
-                                    failures::snapshot().lastReason);
-  }
-  source.counts = {general->groupsDic().count(), general->personsDic().count()};
-  for (const auto& [key, person] : general->personsDic()) source.tags.push_back(tagsOf(*person));
-  return source;
-}
 
 // Beside the store, named after the time; the tags beside the copy.
 std::string copyOfStore() {
@@ -106,7 +72,7 @@ StoreCounts countsOf(const OxMacAddressBook& book) {
 
 // The removed persons' tags go; a load leaves them. A book that held no record is not among those
 // that persons find their tags through, so its new persons get theirs here.
-void settleTags(const Book& book, const RecordKeys& before, const Source& source) {
+void settleTags(const Book& book, const RecordKeys& before, const BookFile& source) {
   const auto& manager = book->tagManager();
   if (!manager) return;
   for (const auto& key : before) {
@@ -119,7 +85,7 @@ void settleTags(const Book& book, const RecordKeys& before, const Source& source
 }
 
 // Throws unless the book holds what the file holds.
-void verify(const Context& context, const OxMacAddressBook& book, const Source& source,
+void verify(const Context& context, const OxMacAddressBook& book, const BookFile& source,
             const std::string& copy, std::uint64_t failuresBefore) {
   const auto keeps = "; the store as it was is in " + copy;
   if (failures::snapshot().failures != failuresBefore) {
@@ -142,7 +108,7 @@ void verify(const Context& context, const OxMacAddressBook& book, const Source& 
 }
 
 void restore(const Context& context, const Arguments& arguments) {
-  const auto source = readSource(arguments.file);
+  const auto source = readBookFile(arguments.file);
   if (!arguments.force && source.counts.groups == 0 && source.counts.persons == 0) {
     throw CommandError(kFailed,
                        arguments.file + ": holds nothing; --force empties the book with it");

@@ -96,21 +96,43 @@ TEST(RestoreCommand, RefusesAnythingButAWholeBackup) {
   const auto file = temporaryPath("local.book").string();
   run({"backup", "_local", file});
   const auto whole = fileBytes(file);
+  auto flipped = whole;
+  flipped[whole.size() / 2] ^= 1;
+  auto newer = whole;
+  const std::string version = "\"version\":";
+  newer[newer.find(version) + version.size()] ^= 8;  // another digit
   const std::size_t step = std::max<std::size_t>(64, whole.size() / 25 / 64 * 64);
-  std::vector<std::string> files = {
-      temporaryPath("missing.book"),
-      support::StoreEnvironment::instance().folder(),
-      support::StoreEnvironment::instance().contactStore(),
-      temporaryFile("empty.book", ""),
-      temporaryFile("cards.vcf", card({"N:;Ann;;;"})),
+  const auto endless = temporaryFile("endless.book", whole);
+  std::filesystem::resize_file(endless, std::uintmax_t{8} << 40U);  // nothing but a hole
+  const auto hole = temporaryFile("hole.book", "");
+  std::filesystem::resize_file(hole, std::uintmax_t{8} << 40U);
+  const std::string none = "is no backup of a book, nothing was changed";
+  const std::string damaged = "is no whole backup of a book: the neutral book cannot be read: ";
+  struct Row {
+    std::string file;
+    std::string reason;
+  };
+  std::vector<Row> rows = {
+      {temporaryPath("missing.book"), "does not exist"},
+      {support::StoreEnvironment::instance().folder(), "is a directory"},
+      {"/dev/zero", "is not a regular file"},
+      {support::StoreEnvironment::instance().contactStore(), none},
+      {temporaryFile("empty.book", ""), none},
+      {temporaryFile("cards.vcf", card({"N:;Ann;;;"})), none},
+      {hole, none},
+      {endless, "is too large (8796093022208 bytes)"},
+      {temporaryFile("flipped.book", flipped), damaged + "cut off or damaged, nothing was changed"},
+      {temporaryFile("newer.book", newer),
+       "is a backup of a book in a version that this program does not know, nothing was changed"},
   };
   for (std::size_t end = step; end < whole.size(); end += step) {
-    files.push_back(temporaryFile("cut" + std::to_string(end), whole.substr(0, end)));
+    rows.push_back({temporaryFile("cut" + std::to_string(end), whole.substr(0, end)), damaged});
   }
-  for (const auto& wrong : files) {
-    const auto result = run({"restore", "_local", wrong});
-    EXPECT_EQ(result.exitCode, 1) << wrong << result.errors;
-    EXPECT_NE(result.errors.find(wrong + ": "), std::string::npos) << result.errors;
+  for (const auto& row : rows) {
+    const auto result = run({"restore", "_local", row.file});
+    EXPECT_EQ(result.exitCode, 1) << row.file << result.errors;
+    EXPECT_TRUE(result.errors.starts_with("oxcontacts: " + row.file + ": " + row.reason))
+        << result.errors;
   }
   EXPECT_EQ(run({"restore", "Nowhere", file}).exitCode, 4);
   EXPECT_EQ(contentOf("_local"), localContent());

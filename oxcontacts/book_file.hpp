@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/data.hpp"
+#include "platform/store/backup.hpp"
+
+namespace ox::program {
+
+// A backup of one book that was read once and found whole.
+struct BookFile {
+  Data data;
+  StoreCounts counts;
+  std::vector<std::vector<std::string>> tags;  // of each person, in order
+};
+
+// Throws a CommandError that names the file and says why it is none. A file that does not begin as
+// one, or that is larger than the machine's memory, is not read any further.
+BookFile readBookFile(const std::string& path);
+
+}  // namespace ox::program
