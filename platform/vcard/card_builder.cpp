@@ -11,6 +11,8 @@
 #include "platform/vcard/exact_values.hpp"
 #include "platform/vcard/full_name.hpp"
 #include "platform/vcard/kept_lines.hpp"
+#include "platform/vcard/line_writer.hpp"
+#include "platform/vcard/spelling.hpp"
 #include "platform/vcard/uri.hpp"
 
 namespace ox::vcard {
@@ -35,6 +37,15 @@ bool isNestedText(const ContentLine& line) {
   auto value = line.value;
   if (value.starts_with("\\n")) value.remove_prefix(2);
   return startsWithWord(value, "BEGIN:VCARD\\N");
+}
+
+std::string spellingOfClean(const NameParts& parts) {
+  const CardText last(parts.last);
+  const CardText first(parts.first);
+  const CardText middle(parts.middle);
+  const CardText title(parts.title);
+  const CardText suffix(parts.suffix);
+  return nameSpelling({last.view(), first.view(), middle.view(), title.view(), suffix.view()});
 }
 
 bool isCountryCode(std::string_view text) {
@@ -62,6 +73,7 @@ void CardBuilder::start(std::size_t line, const CardFacts& facts) {
   uid_.clear();
   fullName_.clear();
   fullNameLine_.clear();
+  nameSpelling_.clear();
   fullNameDerived_ = false;
   moreFullNames_ = false;
   hasName_ = false;
@@ -225,13 +237,18 @@ void CardBuilder::settleNames() {
     single(property_id::kFirst) = parts.first;
     single(property_id::kLast) = parts.last;
   }
-  composeFullName(
-      {single(property_id::kLast), single(property_id::kFirst), single(property_id::kMiddle),
-       single(property_id::kTitle), single(property_id::kSuffix)},
-      scratch_);
+  const NameParts parts{.last = single(property_id::kLast),
+                        .first = single(property_id::kFirst),
+                        .middle = single(property_id::kMiddle),
+                        .title = single(property_id::kTitle),
+                        .suffix = single(property_id::kSuffix)};
+  composeFullName(parts, scratch_);
   const bool told =
       fullName_.empty() || fullName_ == scratch_ || (scratch_.empty() && fullName_ == company);
-  if (!told || moreFullNames_) unmodelled_.emplace(unmodelled_.begin(), fullNameLine_);
+  if (told && !moreFullNames_) return;
+  unmodelled_.emplace(unmodelled_.begin(), fullNameLine_);
+  // What FN says counts as long as the name is the one that came with it.
+  if (nameSpelling_.empty()) keepSpelling(property_id::kLast, spellingOfClean(parts));
 }
 
 // Lines in the order of the card, then details by what they belong to and what they are, so that a

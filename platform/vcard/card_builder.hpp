@@ -109,6 +109,7 @@ class CardBuilder {
   std::string uid_;
   std::string fullName_;
   std::string fullNameLine_;
+  std::string nameSpelling_;      // of N, when it was kept
   bool fullNameDerived_ = false;  // made of something that is no name
   bool moreFullNames_ = false;
   bool hasName_ = false;

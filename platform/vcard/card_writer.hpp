@@ -56,6 +56,7 @@ class CardWriter {
   void exactValues();
 
   void names();
+  void sortAs(bool named);
   void fullName(const NameParts& parts);
   std::string_view nameInstead();
   void singleText(PropertyId property, std::string_view name);
@@ -91,6 +92,7 @@ class CardWriter {
   std::vector<std::string> entryParameters_;  // kept ones of entries, for lines of their own
   std::size_t nextItem_;
   std::vector<std::string_view> onceWritten_;  // names of which a card has one
+  bool nameChanged_ = false;                   // since the card that the kept lines are of
   bool anniversaryWritten_ = false;
   std::string scratch_;
 };

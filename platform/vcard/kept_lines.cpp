@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "platform/vcard/ascii.hpp"
+
 namespace ox::vcard {
 namespace {
 
@@ -18,6 +20,10 @@ bool takeNumber(std::string_view& text, Number& number) {
 std::string KeptDetail::text() const {
   std::string result = ";" + std::to_string(property) + "#" + std::to_string(entry);
   return result.append(said);
+}
+
+bool KeptDetail::isSortAs() const {
+  return property == property_id::kLastPhonetic && startsWithWord(said, ";SORT-AS=");
 }
 
 std::optional<KeptDetail> readKeptDetail(std::string_view kept) {

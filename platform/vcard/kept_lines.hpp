@@ -22,13 +22,17 @@ namespace ox::vcard {
 // - ';' parameters that no label stands for: ";16#2;TYPE=MODEM;X-SHARED=yes" belongs to the entry 2
 //   of the phones;
 // - ':' how the card spelt the value, when a writer would spell it otherwise: ";20#1:sip:a@b". It
-//   counts for as long as the record holds what a reader makes of it.
+//   counts for as long as the record holds what a reader makes of it. That of the last name spells
+//   all of N, and what the card said in FN counts as long as it does.
+//
+// ";14#0;SORT-AS=..." is the parameter of N that gave the readings of the names.
 struct KeptDetail {
   PropertyId property = 0;
   std::uint64_t entry = 0;  // its identifier in the multi-value; 0 for a single value
   std::string_view said;    // from the character on that tells what it is
 
   bool isSpelling() const { return !said.empty() && said.front() == ':'; }
+  bool isSortAs() const;
   std::string text() const;
 };
 

@@ -105,7 +105,7 @@ KeptTexts::KeptTexts(const PropertyBag& properties) {
     const auto* text = element.text();
     if (text == nullptr || text->empty()) continue;
     if (const auto detail = readKeptDetail(*text)) {
-      (detail->isSpelling() ? spellings_ : parameters_).push_back(*detail);
+      takeDetail(*detail);
       continue;
     }
     const auto name = nameOf(*text);
@@ -123,6 +123,14 @@ KeptTexts::KeptTexts(const PropertyBag& properties) {
   }
   for (auto* details : {&parameters_, &spellings_}) {
     if (details->size() > 1) std::stable_sort(details->begin(), details->end(), byOwner);
+  }
+}
+
+void KeptTexts::takeDetail(const KeptDetail& detail) {
+  if (detail.isSortAs()) {
+    sortAs_ = detail.said;
+  } else {
+    (detail.isSpelling() ? spellings_ : parameters_).push_back(detail);
   }
 }
 

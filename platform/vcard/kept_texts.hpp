@@ -28,14 +28,19 @@ class KeptTexts {
   std::string_view spellingOf(PropertyId property, std::uint64_t entry) const;
   // Those of one entry, or of a single value (entry 0).
   std::span<const KeptDetail> parametersOf(PropertyId property, std::uint64_t entry) const;
+  // ";SORT-AS=..." of N; empty without one.
+  std::string_view sortAs() const { return sortAs_; }
   // The number after the highest "itemN" that a kept line has as its group.
   std::size_t firstFreeItem() const { return firstFreeItem_; }
 
  private:
+  void takeDetail(const KeptDetail& detail);
+
   std::string_view fullNameLine_;
   std::vector<std::string_view> lines_;
   std::vector<KeptDetail> parameters_;
   std::vector<KeptDetail> spellings_;
+  std::string_view sortAs_;
   std::size_t firstFreeItem_ = 1;
 };
 

@@ -96,6 +96,10 @@ std::size_t pieceOf(std::string_view rest, std::size_t octets) {
 
 }  // namespace
 
+void appendTextEscaped(std::string_view text, std::string& out) {
+  appendEscaped(text, kEscaped, out);
+}
+
 CardText::CardText(std::string_view text) : view_(text) {
   std::size_t at = findTrait(text, 0, kControl);
   if (at == text.size()) return;

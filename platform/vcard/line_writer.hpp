@@ -22,6 +22,9 @@ class CardText {
   std::string_view view_;
 };
 
+// Appends a text value with its escapes: backslash, comma, semicolon and line feed.
+void appendTextEscaped(std::string_view text, std::string& out);
+
 // Builds content lines at the end of a text that it borrows (RFC 6350, section 3.2). Nothing that
 // it is given can start a line of its own: text() and parameter() escape line feeds, and end()
 // takes out every other control character but the tab, whoever put it there.
@@ -34,7 +37,7 @@ class LineWriter {
     return *this;
   }
   LineWriter& number(std::size_t value);
-  // With the escapes of a text value: backslash, comma, semicolon and line feed.
+  // As appendTextEscaped.
   LineWriter& text(std::string_view text);
   // As text, but commas and semicolons belong to the value, as in a URI or in parted units.
   LineWriter& uri(std::string_view text);

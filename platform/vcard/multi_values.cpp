@@ -6,6 +6,7 @@
 #include "platform/vcard/decode.hpp"
 #include "platform/vcard/kept_lines.hpp"
 #include "platform/vcard/services.hpp"
+#include "platform/vcard/spelling.hpp"
 #include "platform/vcard/uri.hpp"
 
 // The lines of a card that become entries of a multi-value. Every function is false when the line
@@ -144,7 +145,11 @@ bool CardBuilder::addAddress(const ContentLine& line) {
   put(kABAddressCountryKey, parts[6]);
   put(kAddressPostOfficeBoxKey, parts[0]);
   put(kAddressExtendedKey, parts[1]);
-  if (!address.empty()) addEntry(property_id::kAddress, std::move(address), line, {});
+  if (address.empty()) return true;
+  addEntry(property_id::kAddress, std::move(address), line, {});
+  if (hasList(line.value, dialect_)) {
+    keepSpelling(property_id::kAddress, structureSpelling(parts, dialect_));
+  }
   return true;
 }
 

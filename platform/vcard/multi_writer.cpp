@@ -8,6 +8,7 @@
 #include "platform/vcard/card_writer.hpp"
 #include "platform/vcard/content_line.hpp"
 #include "platform/vcard/services.hpp"
+#include "platform/vcard/spelling.hpp"
 #include "platform/vcard/type_words.hpp"
 #include "platform/vcard/uri.hpp"
 
@@ -272,10 +273,14 @@ bool CardWriter::address(const Entry& entry) {
   const auto code = parts[kABAddressCountryCodeKey];
   const bool hasCode = code.size() == 2 && isLetter(code[0]) && isLetter(code[1]);
   const auto head = startEntry(entry, "ADR", hasCode);
-  std::string_view separator = ":";
-  for (const auto component : components) {
-    line_.raw(separator).text(CardText(component).view());
-    separator = ";";
+  if (!entry.spelling.empty() && isAddressSpelling(entry.spelling, components)) {
+    line_.raw(":").raw(entry.spelling);
+  } else {
+    std::string_view separator = ":";
+    for (const auto component : components) {
+      line_.raw(separator).text(CardText(component).view());
+      separator = ";";
+    }
   }
   endEntry(entry, head);
   if (hasCode) line_.raw("item").number(head.item).raw(".X-ABADR:").raw(code).end();

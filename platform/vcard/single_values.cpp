@@ -1,3 +1,4 @@
+#include <span>
 #include <utility>
 
 #include "platform/vcard/ascii.hpp"
@@ -6,6 +7,7 @@
 #include "platform/vcard/decode.hpp"
 #include "platform/vcard/kept_lines.hpp"
 #include "platform/vcard/line_writer.hpp"
+#include "platform/vcard/spelling.hpp"
 #include "platform/vcard/uri.hpp"
 
 // The lines of a card that a record holds once. Every function is false when the line has to be
@@ -70,14 +72,18 @@ bool CardBuilder::addName(const ContentLine& line) {
   take(property_id::kSuffix, parts[4], ", ");
   const bool allTaken = parts[5].find_first_not_of("; ") == std::string_view::npos;
   if (!allTaken) mend(line, "N has more than five components, kept as text beside them");
+  if (!card_.isGroup && hasList(line.value, dialect_)) {
+    nameSpelling_ = structureSpelling(std::span(parts).first<5>(), dialect_);
+    keepSpelling(property_id::kLast, nameSpelling_);
+  }
   if (line.parameters.empty()) return allTaken;
-  // RFC 6350, section 5.9: last name, then first; some programs part them by a semicolon.
   if (const auto* sortAs = line.find(ParameterKind::SortAs)) {
-    const auto reading = parameterText(*sortAs);
-    const auto mark = reading.find_first_of(",;");
-    single(property_id::kLastPhonetic) = reading.substr(0, mark);
-    if (mark != std::string::npos) {
-      single(property_id::kFirstPhonetic) = trimmed(std::string_view(reading).substr(mark + 1));
+    auto readings = sortedAs(*sortAs);
+    single(property_id::kLastPhonetic) = std::move(readings.last);
+    single(property_id::kFirstPhonetic) = std::move(readings.first);
+    const auto said = std::string(";SORT-AS=").append(sortAs->value);
+    if (!card_.isGroup) {
+      unmodelled_.emplace_back(KeptDetail{property_id::kLastPhonetic, 0, said}.text());
     }
   }
   keepParameters(property_id::kLast, 0, line, bitOf(ParameterKind::SortAs), 0, true);
@@ -99,8 +105,14 @@ bool CardBuilder::addFullName(const ContentLine& line) {
 bool CardBuilder::addText(const ContentLine& line) {
   if (line.value.empty()) return true;
   auto& held = single(line.row->property);
-  if (!held.empty()) return false;
+  // SORT-AS may have said it already.
+  const bool isReading = line.row->property == property_id::kFirstPhonetic ||
+                         line.row->property == property_id::kLastPhonetic;
+  if (!held.empty()) return isReading && line.parameters.empty() && held == text(line);
   held = text(line);
+  if (line.row->property == property_id::kNickname && hasList(line.value, dialect_)) {
+    keepSpelling(property_id::kNickname, listSpelling(line.value, dialect_));
+  }
   keepParameters(line.row->property, 0, line, 0, 0, true);
   return true;
 }
@@ -110,11 +122,14 @@ bool CardBuilder::addOrganization(const ContentLine& line) {
   auto& company = single(property_id::kOrganization);
   auto& department = single(property_id::kDepartment);
   if (!company.empty() || !department.empty()) return false;
-  const auto parts = components<2>(line.value);
-  company = unescaped(parts[0], dialect_);
-  auto units = parts[1];
-  while (!units.empty() && units.back() == ';' && !units.ends_with("\\;")) units.remove_suffix(1);
-  department = unescaped(units, dialect_);
+  auto read = organizationOf(line.value, dialect_);
+  company = std::move(read.company);
+  department = std::move(read.department);
+  if (line.value.find("\\;") != std::string_view::npos) {
+    const auto spelling = unitsSpelling(line.value, dialect_);
+    const auto ours = organizationSpelling(CardText(company).view(), CardText(department).view());
+    if (spelling != ours) keepSpelling(property_id::kOrganization, spelling);
+  }
   keepParameters(property_id::kOrganization, 0, line, 0, 0, true);
   return true;
 }

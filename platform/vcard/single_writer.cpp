@@ -4,6 +4,8 @@
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/card_date.hpp"
 #include "platform/vcard/card_writer.hpp"
+#include "platform/vcard/decode.hpp"
+#include "platform/vcard/spelling.hpp"
 
 // The lines of what a record holds once.
 
@@ -32,20 +34,6 @@ const Picture& pictureOf(std::string_view bytes) {
     if (bytes.starts_with(row.start)) return row;
   }
   return kOtherPicture;
-}
-
-// Units are parted by semicolons; one at the end would be taken for an empty unit.
-void appendUnits(std::string_view department, LineWriter& line) {
-  const bool atEnd = department.ends_with(';');
-  if (atEnd) department.remove_suffix(1);
-  std::size_t from = 0;
-  for (auto mark = department.find(';'); mark != std::string_view::npos;
-       mark = department.find(';', from)) {
-    line.text(department.substr(from, mark - from)).raw(";");
-    from = mark + 1;
-  }
-  line.text(department.substr(from));
-  if (atEnd) line.raw("\\;");
 }
 
 }  // namespace
@@ -80,19 +68,38 @@ void CardWriter::names() {
                         .suffix = textOf(property_id::kSuffix)};
   const bool named = !parts.last.empty() || !parts.first.empty() || !parts.middle.empty() ||
                      !parts.title.empty() || !parts.suffix.empty();
+  const auto spelling = kept_.spellingOf(property_id::kLast, 0);
+  const bool isSpelt = !spelling.empty() && isNameSpelling(spelling, parts);
+  nameChanged_ = !spelling.empty() && !isSpelt;
   if (named || is30()) {
     line_.raw("N");
     if (named) ownParameters(property_id::kLast);
-    line_.raw(":").text(parts.last).raw(";").text(parts.first).raw(";").text(parts.middle);
-    line_.raw(";").text(parts.title).raw(";").text(parts.suffix).end();
+    sortAs(named);
+    line_.raw(":").raw(isSpelt ? spelling : nameSpelling(parts)).end();
+  } else {
+    sortAs(false);
   }
   fullName(parts);
+}
+
+// The parameter of N, as long as the readings are those that it gave. vCard 3.0 has none such.
+void CardWriter::sortAs(bool named) {
+  const auto kept = kept_.sortAs();
+  if (kept.empty()) return;
+  const SortedAs readings{std::string(textOf(property_id::kLastPhonetic)),
+                          std::string(textOf(property_id::kFirstPhonetic))};
+  if (keptSortedAs(kept) != readings) return;
+  if (named && !is30() && areAdmitted(kept, options_.version)) {
+    line_.raw(kept);
+  } else {
+    entryParameters_.push_back(KeptDetail{property_id::kLastPhonetic, 0, kept}.text());
+  }
 }
 
 // Never missing. One that is made of something else than names has to say so, or a reader would
 // take it for the name.
 void CardWriter::fullName(const NameParts& parts) {
-  const auto line = kept_.fullNameLine();
+  const auto line = nameChanged_ ? std::string_view() : kept_.fullNameLine();
   if (!line.empty() && keptLine(line)) return;
   composeFullName(parts, scratch_);
   const auto company = textOf(property_id::kOrganization);
@@ -124,7 +131,13 @@ void CardWriter::singleText(PropertyId property, std::string_view name) {
   if (text.empty()) return;
   line_.raw(name);
   ownParameters(property);
-  line_.raw(":").text(text).end();
+  const auto spelling = kept_.spellingOf(property, 0);
+  const bool isSpelt = !spelling.empty() && unescaped(spelling, Dialect::V30) == text;
+  if (isSpelt) {
+    line_.raw(":").raw(spelling).end();
+  } else {
+    line_.raw(":").text(text).end();
+  }
 }
 
 void CardWriter::organization() {
@@ -133,9 +146,10 @@ void CardWriter::organization() {
   if (company.empty() && department.empty()) return;
   line_.raw("ORG");
   ownParameters(property_id::kOrganization);
-  line_.raw(":").text(company);
-  if (!department.empty()) appendUnits(department, line_.raw(";"));
-  line_.end();
+  const auto spelling = kept_.spellingOf(property_id::kOrganization, 0);
+  const Organization held{std::string(company), std::string(department)};
+  const bool isSpelt = !spelling.empty() && organizationOf(spelling, Dialect::V30) == held;
+  line_.raw(":").raw(isSpelt ? spelling : organizationSpelling(company, department)).end();
 }
 
 void CardWriter::birthday() {

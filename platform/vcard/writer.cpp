@@ -87,6 +87,7 @@ void CardWriter::keptLines() {
   if (values_[property_id::kBirthday] != nullptr) onceWritten_.emplace_back("BDAY");
   if (anniversaryWritten_) onceWritten_.emplace_back("ANNIVERSARY");
   for (const auto text : kept_.lines()) {
+    if (nameChanged_ && isWord(nameOfLine(text), "FN")) continue;
     const bool isNested = text.find('\n') != std::string_view::npos;
     if (isNested && !options_.nestedCards) continue;
     if (!(isNested ? nestedCard(text) : keptLine(text))) wrapped(text);

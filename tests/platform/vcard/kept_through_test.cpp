@@ -112,6 +112,78 @@ TEST(CardThrough, KeptLinesAreSpeltAnewForTheOtherVersion) {
   }
 }
 
+TEST(CardThrough, ListsStayLists) {
+  const auto same = [](const std::string& line) { return ThroughRow{"3.0", line, line, line}; };
+  expectThrough({
+      same("NICKNAME:Jim,Jimmie\n"),
+      same("NICKNAME:Jim\\,Jimmie\n"),
+      same("NICKNAME;X-A=b:Jim\\,x,Jimmie\\;y\n"),
+      same("ORG:X;North\\; South;M\n"),
+      same("ORG:X\\;Y;M\n"),
+      same("ADR;X-A=1:,a;;1 Way,Flat\\, 2;Town;;;Land,Country\\;\n"),
+      {"3.0", "ORG:X, Y;North, South\n", "ORG:X\\, Y;North\\, South\n",
+       "ORG:X\\, Y;North\\, South\n"},
+      {"2.1", "ADR:;;1 Way,2;Town;;;Land\n", "ADR:;;1 Way\\,2;Town;;;Land\n",
+       "ADR:;;1 Way\\,2;Town;;;Land\n"},
+  });
+  const auto lists = propertiesOf("3.0", "N:Ray;Al;Q.,R.;;Jr.,M.D.\nFN:Al Q. R. Ray Jr., M.D.\n");
+  const std::string written = "N:Ray;Al;Q.,R.;;Jr.,M.D.\nFN:Al Q. R. Ray Jr.\\, M.D.\n";
+  EXPECT_EQ(linesOf(lists, {}), written);
+  EXPECT_EQ(linesOf(lists, {.version = CardVersion::V40}), written);
+}
+
+TEST(CardThrough, ListsThatChangedAreWrittenAsTheRecordHoldsThem) {
+  auto bag = propertiesOf("3.0",
+                          "N:Ray;Al;Q.,R.\nNICKNAME:Jim,Jimmie\nORG:X;North\\; South\n"
+                          "ADR:;;a,b;Town\n");
+  bag.set(property_id::kFirst, Object("Bo"));
+  bag.set(property_id::kNickname, Object("Jim"));
+  bag.set(property_id::kDepartment, Object("North"));
+  auto values = *std::get<MultiValuePtr>(*bag.find(property_id::kAddress));
+  Dictionary address = *values.entries[0].value.dictionary();
+  address.set(kABAddressCityKey, "City");
+  values.entries[0].value = address;
+  bag.set(property_id::kAddress, std::make_shared<const MultiValue>(values));
+  EXPECT_EQ(linesOf(bag, {}),
+            "N:Ray;Bo;Q. R.;;\nFN:Bo Q. R. Ray\nNICKNAME:Jim\nORG:X;North\n"
+            "ADR:;;a\\,b;City;;;\n");
+}
+
+TEST(CardThrough, ReadingsOfTheNameComeBackInTheirParameter) {
+  auto bag = propertiesOf("4.0", "N;SORT-AS=\"Mo,Al\":Mohn;Albert;;;\nFN:Albert Mohn\n");
+  const std::string readings = "X-PHONETIC-FIRST-NAME:Al\nX-PHONETIC-LAST-NAME:Mo\n";
+  const auto in30 = linesOf(bag, {});
+  const auto in40 = linesOf(bag, {.version = CardVersion::V40});
+  EXPECT_EQ(in30, "N:Mohn;Albert;;;\nFN:Albert Mohn\n" + readings +
+                      "X-OX-LINE:%3B14%230%3BSORT-AS%3D%22Mo%2CAl%22\n");
+  EXPECT_EQ(in40, "N;SORT-AS=\"Mo,Al\":Mohn;Albert;;;\nFN:Albert Mohn\n" + readings);
+  EXPECT_EQ(linesOf(propertiesOf("3.0", in30), {.version = CardVersion::V40}), in40);
+  EXPECT_EQ(linesOf(propertiesOf("4.0", in40), {}), in30);
+  bag.set(property_id::kLastPhonetic, Object("Mu"));
+  EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}),
+            "N:Mohn;Albert;;;\nFN:Albert Mohn\nX-PHONETIC-FIRST-NAME:Al\n"
+            "X-PHONETIC-LAST-NAME:Mu\n");
+}
+
+TEST(CardThrough, FormattedNameGoesWithTheNameThatItCameWith) {
+  for (const std::string names :
+       {"N:Doe;Jane\nFN:Janey the Great\nFN;LANGUAGE=de:Hannchen\n", "FN:田 中\n"}) {
+    auto bag = propertiesOf("3.0", names);
+    const auto before = linesOf(bag, {});
+    EXPECT_EQ(linesOf(propertiesOf("3.0", before), {}), before);
+    EXPECT_NE(before.find(names.substr(names.find("FN:"))), before.npos) << before;
+    bag.set(property_id::kLast, Object("Roe"));
+    bag.set(property_id::kFirst, Object("Bob"));
+    EXPECT_EQ(linesOf(bag, {}), "N:Roe;Bob;;;\nFN:Bob Roe\n");
+    EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}), "N:Roe;Bob;;;\nFN:Bob Roe\n");
+  }
+  // A line that an older store kept, without the name that it came with.
+  PropertyBag old;
+  old.set(property_id::kFirst, Object("Jane"));
+  old.set(property_id::kUnmodelledLines, Object(Array{"FN:Janey"}));
+  EXPECT_EQ(linesOf(old, {}), "N:;Jane;;;\nFN:Janey\n");
+}
+
 TEST(CardThrough, RelationsAreSaidInTheWordsOfTheVersion) {
   expectThrough({
       {"4.0", "RELATED;TYPE=colleague;VALUE=text:Di\n", "X-ABRELATEDNAMES;TYPE=colleague:Di\n",

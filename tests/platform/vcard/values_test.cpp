@@ -15,7 +15,8 @@ TEST(CardValues, EscapesDependOnTheVersion) {
       {"2.1", "NOTE:C:\\new\\; x\n", "Note=C:\\new; x\n"},
       {"3.0", "N:O\\;Hara;Ann\\,Bea;;;\n", "First=Ann,Bea\nLast=O;Hara\n"},
       {"3.0", "N:Ray;Al;Bo,Cy;Dr,Prof;Jr.,M.D.\nFN:Dr Prof Al Bo Cy Ray Jr., M.D.\n",
-       "First=Al\nMiddle=Bo Cy\nLast=Ray\nTitle=Dr Prof\nSuffix=Jr., M.D.\n"},
+       "First=Al\nMiddle=Bo Cy\nLast=Ray\nTitle=Dr Prof\nSuffix=Jr., M.D.\n"
+       "kept=;3#0:Ray;Al;Bo,Cy;Dr,Prof;Jr.,M.D.\n"},
       {"2.1", "N:Ray;Al;Bo,Cy\n", "First=Al\nMiddle=Bo,Cy\nLast=Ray\n"},
       {"3.0", "N:A;B;;;;x;y\n",
        "First=B\nLast=A\nkept=N:A;B;;;;x;y\n"
@@ -28,11 +29,15 @@ TEST(CardValues, FullNameIsReadWithoutNAndKeptWhenItSaysMore) {
       {"3.0", "FN:Ann Lee\n", "First=Ann\nLast=Lee\n"},
       {"3.0", "FN:Ann Mary Lee\nN:;;;;\n", "First=Ann Mary\nLast=Lee\n"},
       {"3.0", "FN:Cher\n", "First=Cher\n"},
-      {"3.0", "FN:山田 太郎\n", "First=太郎\nLast=山田\nkept=FN:山田 太郎\n"},
+      {"3.0", "FN:山田 太郎\n",
+       "First=太郎\nLast=山田\nkept=FN:山田 太郎\n"
+       "kept=;3#0:山田;太郎;;;\n"},
       {"3.0", "FN:山田太郎\nN:山田;太郎;;;\n", "First=太郎\nLast=山田\n"},
       {"3.0", "FN:ACME\nORG:ACME;\n", "Organization=ACME\n"},
       {"3.0", "N:Lee;Ann;;;\nFN:Ann Lee\n", "First=Ann\nLast=Lee\n"},
-      {"3.0", "N:Lee;Ann;;;\nFN;X-A=1:Annie\n", "First=Ann\nLast=Lee\nkept=FN;X-A=1:Annie\n"},
+      {"3.0", "N:Lee;Ann;;;\nFN;X-A=1:Annie\n",
+       "First=Ann\nLast=Lee\nkept=FN;X-A=1:Annie\n"
+       "kept=;3#0:Lee;Ann;;;\n"},
   });
 }
 
@@ -44,7 +49,8 @@ TEST(CardValues, SingleValuesAndTheirReadings) {
       {"3.0", "X-PHONETIC-FIRST-NAME:f\nX-PHONETIC-MIDDLE-NAME:m\nX-PHONETIC-LAST-NAME:l\n",
        "FirstPhonetic=f\nMiddlePhonetic=m\nLastPhonetic=l\n"},
       {"4.0", "N;SORT-AS=\"Mo,Al\":Mohn;Albert;;;\n",
-       "First=Albert\nLast=Mohn\nFirstPhonetic=Al\nLastPhonetic=Mo\n"},
+       "First=Albert\nLast=Mohn\nFirstPhonetic=Al\nLastPhonetic=Mo\n"
+       "kept=;14#0;SORT-AS=\"Mo,Al\"\n"},
       {"2.1", "N:Mohn;Albert\nSOUND;X-IRMC-N:mo;al;;;\n",
        "First=Albert\nLast=Mohn\nFirstPhonetic=al\nLastPhonetic=mo\n"},
       {"3.0", "NOTE:one\nNOTE:two\n", "Note=one\ntwo\n"},
