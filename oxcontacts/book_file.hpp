@@ -1,9 +1,9 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "base/data.hpp"
+#include "oxcontacts/edit/restored_tags.hpp"
 #include "platform/store/backup.hpp"
 
 namespace ox::program {
@@ -12,7 +12,7 @@ namespace ox::program {
 struct BookFile {
   Data data;
   StoreCounts counts;
-  std::vector<std::vector<std::string>> tags;  // of each person, in order
+  TagLists tags;
 };
 
 // Throws a CommandError that names the file and says why it is none. A file that does not begin as

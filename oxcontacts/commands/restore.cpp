@@ -8,6 +8,7 @@
 #include "base/store_location.hpp"
 #include "oxcontacts/book_file.hpp"
 #include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/edit/restored_tags.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/counted.hpp"
@@ -18,8 +19,6 @@
 
 namespace ox::program {
 namespace {
-
-using Book = std::shared_ptr<OxMacAddressBook>;
 
 struct Arguments {
   std::string book;
@@ -70,34 +69,20 @@ StoreCounts countsOf(const OxMacAddressBook& book) {
   return {contactSource().recordsIn(container, RecordKind::Group).size(), personsIn(book).size()};
 }
 
-// The removed persons' tags go; a load leaves them. A book that held no record is not among those
-// that persons find their tags through, so its new persons get theirs here.
-void settleTags(const Book& book, const RecordKeys& before, const BookFile& source) {
-  const auto& manager = book->tagManager();
-  if (!manager) return;
-  for (const auto& key : before) {
-    if (manager->tagsByPersonID(key.text())) manager->removeForPersonID(key.text());
-  }
-  const auto after = personsIn(*book);
-  for (std::size_t i = 0; before.empty() && i < after.size() && i < source.tags.size(); ++i) {
-    if (!source.tags[i].empty()) manager->setTags_forPersonID(source.tags[i], after[i].text());
-  }
-}
-
 // Throws unless the book holds what the file holds.
-void verify(const Context& context, const OxMacAddressBook& book, const BookFile& source,
+void verify(const Context& context, const OxMacAddressBook& book, const StoreCounts& expected,
             const std::string& copy, std::uint64_t failuresBefore) {
   const auto keeps = "; the store as it was is in " + copy;
-  if (failures::snapshot().failures != failuresBefore) {
+  if (failures::failureCount() != failuresBefore) {
     const auto failure = storeFailure("restoring failed");
     throw CommandError(failure.code(), failure.what() + keeps);
   }
   const auto found = countsOf(book);
-  if (found.groups != source.counts.groups || found.persons != source.counts.persons) {
+  if (found.groups != expected.groups || found.persons != expected.persons) {
     throw CommandError(kFailed, "the book holds " + std::to_string(found.groups) + " groups and " +
                                     std::to_string(found.persons) + " persons, the file " +
-                                    std::to_string(source.counts.groups) + " and " +
-                                    std::to_string(source.counts.persons) + keeps);
+                                    std::to_string(expected.groups) + " and " +
+                                    std::to_string(expected.persons) + keeps);
   }
   if (context.json) {
     printJson({{"groups", found.groups}, {"persons", found.persons}});
@@ -108,8 +93,8 @@ void verify(const Context& context, const OxMacAddressBook& book, const BookFile
 }
 
 void restore(const Context& context, const Arguments& arguments) {
-  const auto source = readBookFile(arguments.file);
-  if (!arguments.force && source.counts.groups == 0 && source.counts.persons == 0) {
+  const auto file = readBookFile(arguments.file);
+  if (!arguments.force && file.counts.groups == 0 && file.counts.persons == 0) {
     throw CommandError(kFailed,
                        arguments.file + ": holds nothing; --force empties the book with it");
   }
@@ -117,13 +102,13 @@ void restore(const Context& context, const Arguments& arguments) {
   const auto before = personsIn(*book);
   const auto copy = copyOfStore();
   context.tell("the store as it was: " + copy);
-  const auto failuresBefore = failures::snapshot().failures;
-  load(context, *book, source.data);
-  if (failures::snapshot().failures == failuresBefore) {
-    settleTags(book, before, source);
+  const auto failuresBefore = failures::failureCount();
+  load(context, *book, file.data);
+  if (failures::failureCount() == failuresBefore) {
+    settleTags(*book, before, file.tags);
     OxTagManager::makeDurable();
   }
-  verify(context, *book, source, copy, failuresBefore);
+  verify(context, *book, file.counts, copy, failuresBefore);
 }
 
 }  // namespace

@@ -1,0 +1,39 @@
+#include "oxcontacts/edit/restored_tags.hpp"
+
+#include <algorithm>
+
+#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+
+namespace ox::program {
+namespace {
+
+// The persons that the load made: one for each of the file's, behind what the cache held. Unlike
+// the store, the cache knows nothing of what other processes made meanwhile. Empty when fewer were
+// made.
+std::vector<PersonList::Person> madeByLoad(OxMacAddressBook& book, const RecordKeys& removed,
+                                           std::size_t count) {
+  const auto cache = book.allPersons();
+  auto persons = cache ? cache->snapshot() : std::vector<PersonList::Person>();
+  if (count == 0 || persons.size() < count) return {};
+  persons.erase(persons.begin(), persons.end() - static_cast<std::ptrdiff_t>(count));
+  const bool isOld = std::ranges::find(removed, persons.front()->key()) != removed.end();
+  return isOld ? std::vector<PersonList::Person>() : persons;
+}
+
+}  // namespace
+
+void settleTags(OxMacAddressBook& book, const RecordKeys& removed, const TagLists& loaded) {
+  const auto& manager = book.tagManager();
+  if (!manager) return;
+  for (const auto& key : removed) {
+    if (manager->tagsByPersonID(key.text())) manager->removeForPersonID(key.text());
+  }
+  const auto persons = madeByLoad(book, removed, loaded.size());
+  for (std::size_t i = 0; i < persons.size(); ++i) {
+    const auto identifier = persons[i]->ID();
+    if (loaded[i].empty() || manager->tagsByPersonID(identifier) == loaded[i]) continue;
+    manager->setTags_forPersonID(loaded[i], identifier);
+  }
+}
+
+}  // namespace ox::program

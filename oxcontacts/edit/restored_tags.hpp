@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "platform/store/contact_source.hpp"
+
+namespace ox::program {
+
+// Of each person of a book, in order.
+using TagLists = std::vector<std::vector<std::string>>;
+
+// What a load into the book leaves to do: it keeps the tags of the persons that it removed, and a
+// book that held no record when the books were discovered is not among those that its new persons
+// find their tags through. `loaded` are the tags of those that were loaded. To be called after a
+// load without failures, before the book's persons change again.
+void settleTags(OxMacAddressBook& book, const RecordKeys& removed, const TagLists& loaded);
+
+}  // namespace ox::program
