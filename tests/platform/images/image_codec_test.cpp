@@ -147,6 +147,24 @@ TEST(DecodeImage, TurnsEveryTiffKindIntoRgba) {
   EXPECT_EQ(pixelsOf(tiffFile(1, 1, 8, 4, 5, 1, asText({0, 255, 0, 0}))), "255,0,255,255");
 }
 
+TEST(DecodeImage, ReadsATiffOfSeveralStripsAsOneOfOne) {
+  for (const auto& [samples, photometric] : {std::pair{1, 1}, {3, 2}, {4, 5}}) {
+    std::string rows;
+    for (int i = 0; i < 5 * 7 * samples; ++i) rows += static_cast<char>(i * 7);
+    const auto file = [&](std::uint32_t rowsPerStrip) {
+      return tiffFile(5, 7, 8, static_cast<std::uint16_t>(samples),
+                      static_cast<std::uint16_t>(photometric), 1, rows, rowsPerStrip);
+    };
+    const auto whole = decodeImage(file(0));
+    ASSERT_TRUE(whole) << samples;
+    for (const std::uint32_t rowsPerStrip : {1U, 3U, 6U, 1000U}) {
+      const auto image = decodeImage(file(rowsPerStrip));
+      ASSERT_TRUE(image) << samples << ' ' << rowsPerStrip;
+      EXPECT_EQ(*image, *whole) << samples << ' ' << rowsPerStrip;
+    }
+  }
+}
+
 // Each stored picture of 3 x 2 shows these numbers upright: 1 2 3 / 4 5 6.
 TEST(DecodeImage, TurnsEveryOrientationUpright) {
   const std::vector<std::pair<ImageSize, Bytes>> stored = {

@@ -1,6 +1,7 @@
 #include "tests/platform/images/picture_files.hpp"
 
 // The library's header needs <cstdio> before it.
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -135,13 +136,23 @@ std::string withExif(const std::string& jpeg, int orientation, bool bigEndian) {
 
 std::string tiffFile(std::uint32_t width, std::uint32_t height, std::uint16_t bits,
                      std::uint16_t samples, std::uint16_t photometric, int orientation,
-                     const std::string& strip) {
+                     const std::string& rows, std::uint32_t rowsPerStrip) {
   const auto field = [](std::uint32_t value, int size) { return number(value, size, false); };
-  // Header, strip, one table of bit depths for as many samples, directory.
-  std::string file = "II" + field(42, 2) + field(0, 4) + strip;
+  // Header, rows, a table of bit depths for as many samples, tables of the strips, directory.
+  std::string file = "II" + field(42, 2) + field(0, 4) + rows;
   if (file.size() % 2 != 0) file += '\0';
   const auto depthsAt = static_cast<std::uint32_t>(file.size());
   for (int i = 0; i < samples; ++i) file += field(bits, 2);
+  if (rowsPerStrip == 0) rowsPerStrip = height;
+  const auto strips = (height + rowsPerStrip - 1) / rowsPerStrip;
+  const auto size = static_cast<std::uint32_t>(rows.size());
+  const auto stripSize = strips == 1 ? size : size / height * rowsPerStrip;
+  const auto placesAt = static_cast<std::uint32_t>(file.size());
+  for (std::uint32_t i = 0; i < strips; ++i) file += field(8 + i * stripSize, 4);
+  const auto sizesAt = static_cast<std::uint32_t>(file.size());
+  for (std::uint32_t i = 0; i < strips; ++i) {
+    file += field(std::min(stripSize, size - i * stripSize), 4);
+  }
   const auto directory = field(static_cast<std::uint32_t>(file.size()), 4);
   file.replace(4, 4, directory);
   const auto depth = samples > 2 ? depthsAt : bits;
@@ -151,11 +162,11 @@ std::string tiffFile(std::uint32_t width, std::uint32_t height, std::uint16_t bi
       {258, 3, samples, depth},
       {259, 3, 1, 1},
       {262, 3, 1, photometric},
-      {273, 4, 1, 8},
+      {273, 4, strips, strips == 1 ? 8 : placesAt},
       {274, 3, 1, static_cast<std::uint32_t>(orientation)},
       {277, 3, 1, samples},
-      {278, 4, 1, height},
-      {279, 4, 1, static_cast<std::uint32_t>(strip.size())},
+      {278, 4, 1, rowsPerStrip},
+      {279, 4, strips, strips == 1 ? size : sizesAt},
   };
   file += field(static_cast<std::uint32_t>(entries.size()), 2);
   for (const auto& [tag, type, count, value] : entries) {

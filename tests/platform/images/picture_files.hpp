@@ -35,10 +35,10 @@ std::string flatJpeg(std::uint32_t width, std::uint32_t height, std::vector<std:
 // The JPEG with an Exif block that says that orientation, in either byte order.
 std::string withExif(const std::string& jpeg, int orientation, bool bigEndian);
 
-// One uncompressed strip, little-endian.
+// Uncompressed rows, all in one strip or in strips of so many; little-endian.
 std::string tiffFile(std::uint32_t width, std::uint32_t height, std::uint16_t bits,
                      std::uint16_t samples, std::uint16_t photometric, int orientation,
-                     const std::string& strip);
+                     const std::string& rows, std::uint32_t rowsPerStrip = 0);
 
 // The TIFF made so with that many more fields, unknown ones, whose value is the whole file before
 // its directory.
