@@ -1,13 +1,11 @@
-#include <cstdio>
 #include <optional>
 
-#include "base/replacement_file.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
-#include "oxcontacts/files.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
+#include "oxcontacts/output_file.hpp"
 #include "platform/vcard/exporter.hpp"
 
 namespace ox::program {
@@ -16,42 +14,13 @@ namespace {
 struct Arguments {
   std::vector<std::string> persons;
   std::string book;
-  std::string file;  // empty: standard output
+  std::string file = "-";
   std::string format = "vcard3";
 };
 
 struct Records {
   Persons persons;
   RecordKeys groups;
-};
-
-// Where the cards go. A file is put in its place once all of them are in it.
-class Output {
- public:
-  explicit Output(const std::string& path) {
-    if (path.empty()) return;
-    refuseStoreFile(path);
-    file_.emplace(path);
-  }
-
-  void write(std::string_view bytes) {
-    if (file_) {
-      file_->write(bytes);
-    } else if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size()) {
-      throw CommandError(kFailed, "the standard output could not be written");
-    }
-  }
-
-  void finish() {
-    if (file_) {
-      file_->commit();
-    } else if (std::fflush(stdout) != 0) {
-      throw CommandError(kFailed, "the standard output could not be written");
-    }
-  }
-
- private:
-  std::optional<ReplacementFile> file_;
 };
 
 // Named persons alone; else those of the book, or all, with their groups.
@@ -72,7 +41,7 @@ Records recordsFor(const Context& context, const Arguments& arguments) {
   return records;
 }
 
-void writeHostCards(const Records& records, Output& output, ProgressBar& bar) {
+vcard::ExportReport writeHostCards(const Records& records, OutputFile& output, ProgressBar& bar) {
   std::size_t done = 0;
   for (const auto& person : records.persons) {
     const auto card = person->newCreateVcard();
@@ -81,39 +50,43 @@ void writeHostCards(const Records& records, Output& output, ProgressBar& bar) {
     output.write(*card);
     bar.show(100.0 * static_cast<double>(++done) / static_cast<double>(records.persons.size()));
   }
+  return {.persons = done};
 }
 
-void writeCards(const Records& records, vcard::CardVersion version, Output& output,
-                ProgressBar& bar) {
+vcard::ExportReport writeCards(const Records& records, vcard::CardVersion version,
+                               OutputFile& output, ProgressBar& bar) {
   RecordKeys persons;
   persons.reserve(records.persons.size());
   for (const auto& person : records.persons) persons.push_back(person->key());
   const auto total = static_cast<double>(persons.size() + records.groups.size());
   std::size_t done = 0;
-  vcard::exportCards(persons, records.groups, version, [&](std::string_view card) {
+  return vcard::exportCards(persons, records.groups, version, [&](std::string_view card) {
     output.write(card);
     bar.show(100.0 * static_cast<double>(++done) / total);
     return true;
   });
 }
 
+vcard::ExportReport writeRecords(const Records& records, const std::string& format,
+                                 OutputFile& output, ProgressBar& bar) {
+  if (format == "host-vcard") return writeHostCards(records, output, bar);
+  const auto version = format == "vcard4" ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
+  return writeCards(records, version, output, bar);
+}
+
 void exportRecords(const Context& context, const Arguments& arguments) {
   const auto records = recordsFor(context, arguments);
-  Output output(arguments.file);
+  OutputFile output(arguments.file);
   ProgressBar bar(context, "exporting");
-  const bool hostForm = arguments.format == "host-vcard";
-  if (hostForm) {
-    writeHostCards(records, output, bar);
-  } else {
-    writeCards(records,
-               arguments.format == "vcard4" ? vcard::CardVersion::V40 : vcard::CardVersion::V30,
-               output, bar);
+  const auto report = writeRecords(records, arguments.format, output, bar);
+  output.commit();
+  bar.wipe();
+  if (report.gone > 0) {
+    context.tell(counted(report.gone, "record") + " went while this was exported");
   }
-  output.finish();
-  if (arguments.file.empty()) return;
-  const auto groups = hostForm ? std::size_t{0} : records.groups.size();
-  context.tell("exported " + counted(records.persons.size(), "person") + " and " +
-               counted(groups, "group") + " to " + arguments.file);
+  if (OutputFile::isStandardOutput(arguments.file)) return;
+  context.tell("exported " + counted(report.persons, "person") + " and " +
+               counted(report.groups, "group") + " to " + arguments.file);
 }
 
 }  // namespace
@@ -125,7 +98,9 @@ void declareExport(CLI::App& program, const Context& context) {
   command->add_option("--book", arguments->book, "Everything in this book")
       ->type_name("BOOK")
       ->excludes(persons);
-  command->add_option("-o,--output", arguments->file, "Write to this file, whole or not at all")
+  command
+      ->add_option("-o,--output", arguments->file,
+                   "Write to this file, whole or not at all; - is the standard output")
       ->type_name("FILE");
   command
       ->add_option("--format", arguments->format,

@@ -1,12 +1,13 @@
-#include <atomic>
-#include <csignal>
-#include <fstream>
+#include <filesystem>
 #include <iostream>
+#include <optional>
 
 #include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/files.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
+#include "oxcontacts/output_file.hpp"
 #include "platform/vcard/importer.hpp"
 
 namespace ox::program {
@@ -14,20 +15,12 @@ namespace {
 
 constexpr std::size_t kProblemsShown = 50;
 
-std::atomic<bool>& interruption() {
-  static std::atomic<bool> asked{false};
-  return asked;
-}
-static_assert(std::atomic<bool>::is_always_lock_free);
-
-// The first Ctrl-C ends the import after the batch at hand, a second one ends the program.
-void catchInterruption() {
-  interruption();  // made before a handler could need it
-  struct sigaction action {};
-  action.sa_handler = [](int) { interruption() = true; };
-  action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
-  ::sigaction(SIGINT, &action, nullptr);
-}
+struct Arguments {
+  std::vector<std::string> files;
+  std::string into = "_local";
+  std::string reportFile;
+  vcard::ImportOptions options;
+};
 
 Json reportJson(const vcard::ImportReport& report) {
   Json problems = Json::array();
@@ -41,11 +34,35 @@ Json reportJson(const vcard::ImportReport& report) {
           {"groups", report.groups},     {"problems", std::move(problems)}};
 }
 
-void writeReportFile(const std::string& path, const Json& json) {
-  std::ofstream file(path, std::ios::binary);
-  file << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
-  file.close();
-  if (!file) throw CommandError(kFailed, path + ": the report could not be written");
+bool isSameFile(const std::string& one, const std::string& other) {
+  std::error_code error;
+  return placeOf(one) == placeOf(other) || std::filesystem::equivalent(one, other, error);
+}
+
+// Opened before anything is imported, so that it can be written afterwards; missing when none is
+// asked for.
+std::optional<OutputFile> reportFileFor(const Arguments& arguments) {
+  const auto& path = arguments.reportFile;
+  if (path.empty()) return std::nullopt;
+  if (OutputFile::isStandardOutput(path)) {
+    throw CommandError(kUsage, "the report needs a file of its own; --json prints it");
+  }
+  for (const auto& input : arguments.files) {
+    if (isSameFile(input, path)) throw CommandError(kFailed, path + ": is to be imported");
+  }
+  return std::optional<OutputFile>(std::in_place, path);
+}
+
+// False, and the user told why, when it could not be written.
+bool writeReport(OutputFile& file, const Json& json) {
+  try {
+    file.write(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    file.commit();
+    return true;
+  } catch (const std::exception& error) {
+    Context::complain("the report could not be written: " + std::string(error.what()));
+    return false;
+  }
 }
 
 void showProblems(const Context& context, const vcard::ImportReport& report) {
@@ -70,43 +87,36 @@ std::string summary(const vcard::ImportReport& report) {
 }
 
 // Throws unless everything went well.
-void endWith(const vcard::ImportReport& report) {
+void endWith(const vcard::ImportReport& report, bool reportWritten) {
   for (const auto& useless : report.uselessFiles) Context::complain(useless);
   if (report.failureKind == StoreError::Kind::Busy) throw CommandError(kBusy, report.failure);
   if (!report.failure.empty()) throw CommandError(kFailed, report.failure);
   if (report.interrupted) throw CommandError(kInterrupted, "interrupted; what is counted is kept");
-  if (!report.uselessFiles.empty()) throw CommandError(kFailed, "");
+  if (!report.uselessFiles.empty() || !reportWritten) throw CommandError(kFailed, "");
   if (report.refused > 0 || report.strayLines > 0) throw CommandError(kDoneWithRefusals, "");
 }
 
-struct Arguments {
-  std::vector<std::string> files;
-  std::string into = "_local";
-  std::string reportFile;
-  vcard::ImportOptions options;
-};
-
 void importCards(const Context& context, const Arguments& arguments) {
   const auto container = findAccount(arguments.into);
+  auto reportFile = reportFileFor(arguments);
   auto options = arguments.options;
   vcard::ImportReport report;
   {
     ProgressBar bar(context, "importing");
-    options.stop = &interruption();
+    options.stop = &firstInterruption();
     options.progress = [&](std::uint64_t done, std::uint64_t total) {
       if (total > 0) bar.show(100.0 * static_cast<double>(done) / static_cast<double>(total));
     };
-    catchInterruption();
     report = vcard::importFiles(arguments.files, container->identifier, options);
   }
-  if (!arguments.reportFile.empty()) writeReportFile(arguments.reportFile, reportJson(report));
   showProblems(context, report);
   if (context.json) {
     printJson(reportJson(report));
   } else {
     std::cout << summary(report) << '\n';
   }
-  endWith(report);
+  const bool written = !reportFile || writeReport(*reportFile, reportJson(report));
+  endWith(report, written);
 }
 
 }  // namespace

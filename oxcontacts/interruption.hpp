@@ -1,0 +1,26 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <string>
+
+namespace ox::program {
+
+// A file that goes when Ctrl-C, a hang-up or a request to end ends the program, as long as this
+// lives. At most eight at once; any further one stays.
+class GoesWhenInterrupted {
+ public:
+  explicit GoesWhenInterrupted(std::string path);
+  GoesWhenInterrupted(const GoesWhenInterrupted&) = delete;
+  GoesWhenInterrupted& operator=(const GoesWhenInterrupted&) = delete;
+  ~GoesWhenInterrupted();
+
+ private:
+  std::string path_;
+  std::size_t slot_;
+};
+
+// From now on the first Ctrl-C sets this instead of ending the program.
+const std::atomic<bool>& firstInterruption();
+
+}  // namespace ox::program
