@@ -1,5 +1,9 @@
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <thread>
 
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
@@ -89,6 +93,86 @@ TEST(ExportCommand, LeavesTheTargetAloneWhenItFails) {
   EXPECT_EQ(run({"export", "-o", store}).exitCode, 1);
   EXPECT_EQ(runJson({"persons"}).size(), 2U);
   EXPECT_EQ(run({"export", "-o", temporaryPath("none") / "out.vcf"}).exitCode, 1);
+}
+
+TEST(ExportCommand, WritesThroughALinkAndKeepsTheMode) {
+  importCards();
+  const auto target = temporaryFile("target.vcf", "old");
+  ASSERT_EQ(::chmod(target.c_str(), 0644), 0);
+  std::filesystem::create_symlink("target.vcf", temporaryPath("link.vcf"));
+  std::filesystem::create_symlink("fresh.vcf", temporaryPath("dangling.vcf"));
+  for (const auto* link : {"link.vcf", "dangling.vcf"}) {
+    EXPECT_EQ(run({"export", "-o", temporaryPath(link)}).exitCode, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(temporaryPath(link)));
+  }
+  const auto cards = run({"export"}).output;
+  EXPECT_EQ(fileBytes(target), cards);
+  EXPECT_EQ(fileBytes(temporaryPath("fresh.vcf")), cards);
+  const auto modeOf = [](const std::filesystem::path& path) {
+    return static_cast<unsigned>(std::filesystem::status(path).permissions());
+  };
+  EXPECT_EQ(modeOf(target), 0644U);
+  EXPECT_EQ(modeOf(temporaryPath("fresh.vcf")), 0600U);
+}
+
+TEST(ExportCommand, TakesTheStandardOutputByItsNames) {
+  importCards();
+  const auto cards = run({"export"}).output;
+  for (const auto* name : {"-", "/dev/stdout", "/dev/fd/1"}) {
+    const auto result = run({"export", "-o", name});
+    EXPECT_EQ(result.output, cards) << name;
+    EXPECT_EQ(result.errors, "") << name;
+  }
+  EXPECT_EQ(runShell("\"$OX\" export -o - >/dev/full").errors,
+            "oxcontacts: the output could not be written\n");
+}
+
+TEST(ExportCommand, NeverWritesWhereTheStoreIsOrWillBe) {
+  importCards();
+  const auto store = temporaryPath("other.db").string();
+  std::filesystem::create_symlink("other.db", temporaryPath("alias.db"));
+  std::filesystem::create_directory(temporaryPath("folder"));
+  for (const auto* ending : {"", "-wal", "-shm", "-journal", ".tags", ".tags-wal", ".tags-shm"}) {
+    for (const auto& file :
+         {store + ending, (temporaryPath("folder") / ".." / "other.db").string() + ending}) {
+      const auto result = support::runProcess(
+          programCommand({"--store", store, "export", "-o", file}), "", {"OX_TAG_STORE="});
+      EXPECT_EQ(result.exitCode, 1) << file;
+      EXPECT_EQ(result.errors, "oxcontacts: " + file + ": is a file of the store itself\n");
+    }
+  }
+  EXPECT_FALSE(std::filesystem::exists(store + ".tags"));
+  const auto behindLink = run({"--store", temporaryPath("alias.db"), "export", "-o", store});
+  EXPECT_EQ(behindLink.exitCode, 1) << behindLink.errors;
+}
+
+// The names in the test's folder that begin so.
+std::size_t namesBeginning(const std::string& start) {
+  std::size_t count = 0;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(support::StoreEnvironment::instance().folder())) {
+    count += entry.path().filename().string().starts_with(start) ? 1 : 0;
+  }
+  return count;
+}
+
+TEST(ExportCommand, LeavesNothingWhenInterrupted) {
+  std::string cards;
+  for (int i = 0; i < 4000; ++i) {
+    cards +=
+        card({"UID:n" + std::to_string(i), "N:;P;;;", "FN:P", "NOTE:" + std::string(500, 'x')});
+  }
+  run({"import", temporaryFile("many.vcf", cards)});
+  const auto file = temporaryFile("out.vcf", "old");
+  support::RunningProcess program(programCommand({"export", "--format", "host-vcard", "-o", file}));
+  for (int i = 0; i < 20'000 && namesBeginning("out.vcf") < 2; ++i) {
+    std::this_thread::sleep_for(std::chrono::microseconds(500));
+  }
+  ASSERT_EQ(namesBeginning("out.vcf"), 2U) << "it was never seen at work";
+  program.signal(SIGINT);
+  EXPECT_EQ(program.wait().exitCode, 130);
+  EXPECT_EQ(namesBeginning("out.vcf"), 1U);
+  EXPECT_EQ(fileBytes(file), "old");
 }
 
 }  // namespace

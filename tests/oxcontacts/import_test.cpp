@@ -149,6 +149,53 @@ TEST(ImportCommand, SurvivesHugeAndDeepInput) {
   EXPECT_EQ(countsOf(runJson({"import", longLine})), "cards 2, added 1, refused 1");
 }
 
+TEST(ImportCommand, ReportsOnlyWhereItDoesNoHarm) {
+  const auto good = temporaryFile("good.vcf", kAnn).string();
+  const auto& environment = support::StoreEnvironment::instance();
+  std::filesystem::create_hard_link(good, temporaryPath("twin.vcf"));
+  struct Row {
+    std::string report;
+    int exitCode;
+    std::string message;
+  };
+  const std::vector<Row> rows = {
+      {environment.contactStore(), 1, "is a file of the store itself"},
+      {environment.contactStore().string() + "-wal", 1, "is a file of the store itself"},
+      {environment.tagStore(), 1, "is a file of the store itself"},
+      {good, 1, "is to be imported"},
+      {temporaryPath("twin.vcf"), 1, "is to be imported"},
+      {temporaryPath("none") / "report.json", 1, "No such file or directory"},
+      {environment.folder(), 1, "Is a directory"},
+      {"-", 2, "the report needs a file of its own; --json prints it"},
+  };
+  for (const auto& row : rows) {
+    const auto result = run({"import", good, "--report", row.report});
+    EXPECT_EQ(result.exitCode, row.exitCode) << row.report;
+    EXPECT_NE(result.errors.find(row.message), std::string::npos) << result.errors;
+    EXPECT_EQ(result.output, "") << row.report;
+  }
+  EXPECT_EQ(support::fileBytes(good), kAnn);
+  EXPECT_EQ(runJson({"persons"}), Json::array());
+}
+
+TEST(ImportCommand, TellsWhatItCommittedWhenTheReportCannotBeWritten) {
+  const auto pipe = temporaryPath("pipe.vcf");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  std::filesystem::create_directory(temporaryPath("going"));
+  support::RunningProcess program(programCommand(
+      {"import", pipe, "--report", (temporaryPath("going") / "report.json").string()}));
+  const int feed = ::open(pipe.c_str(), O_WRONLY);  // until the import reads
+  ASSERT_GE(feed, 0);
+  std::filesystem::remove_all(temporaryPath("going"));
+  ASSERT_EQ(::write(feed, kAnn.data(), kAnn.size()), static_cast<ssize_t>(kAnn.size()));
+  ::close(feed);
+  const auto result = program.wait();
+  EXPECT_EQ(result.exitCode, 1) << result.errors;
+  EXPECT_TRUE(result.output.starts_with("1 card: 1 added,")) << result.output;
+  EXPECT_NE(result.errors.find("the report could not be written: "), std::string::npos);
+  EXPECT_EQ(runJson({"persons"}).size(), 1U);
+}
+
 TEST(ImportCommand, EndsCleanlyWhenInterrupted) {
   const auto pipe = temporaryPath("pipe.vcf");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
