@@ -263,8 +263,8 @@ void CardBuilder::sortKept() {
   std::stable_sort(first, unmodelled_.end(), [&](const Object& a, const Object& b) {
     const auto left = detailOf(a);
     const auto right = detailOf(b);
-    return std::tuple(left.property, left.entry, left.isSpelling()) <
-           std::tuple(right.property, right.entry, right.isSpelling());
+    return std::tuple(left.property, left.entry, left.rank() != 0, left.isSpelling()) <
+           std::tuple(right.property, right.entry, right.rank() != 0, right.isSpelling());
   });
 }
 
@@ -298,6 +298,7 @@ Card CardBuilder::finish() {
     if (!fullName_.empty()) card_.properties.set(property_id::kGroupName, Object(fullName_));
   } else {
     settleNames();
+    keepRanks();
     assemblePerson();
   }
   if (!uid_.empty()) card_.properties.append(property_id::kCardUid, Object(std::move(uid_)));

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/vcard/card.hpp"
@@ -28,6 +29,7 @@ class CardBuilder {
     std::vector<MultiEntry> entries;
     std::size_t primary = 0;  // entry number; 0 is none
     unsigned rank = 0;
+    std::vector<std::pair<std::size_t, unsigned>> ranks;  // of entries that have one
   };
   // An entry that belongs to a group ("item1"), so that a label may stand on another line.
   struct GroupedEntry {
@@ -86,6 +88,8 @@ class CardBuilder {
                       std::uint32_t ownKinds, std::uint32_t typeWords, bool unknownWords);
   void collectParameters(const ContentLine& line, std::uint32_t ownKinds, std::uint32_t typeWords,
                          bool unknownWords);
+  void keepRank(PropertyId property, std::size_t entry, unsigned rank);
+  void keepRanks();
   void keepSpelling(PropertyId property, std::string_view spelling);
   void mend(const ContentLine& line, std::string reason);
   std::string text(const ContentLine& line) const;

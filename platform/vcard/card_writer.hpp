@@ -35,8 +35,8 @@ class CardWriter {
   struct Entry {
     PropertyId property = 0;
     const MultiEntry* held = nullptr;
-    bool isPrimary = false;
-    std::string kept;  // its parameters
+    unsigned rank = 0;  // of preference: 1 is the most preferred, 0 none
+    std::string kept;   // its parameters
     std::string_view spelling = {};
   };
 
@@ -68,6 +68,9 @@ class CardWriter {
 
   void multi(PropertyId property);
   bool entry(const Entry& entry);
+  bool ranksHold(const MultiValue& values, PropertyId property) const;
+  void preference(unsigned rank);
+  void wrapRank(PropertyId property, std::size_t entry, unsigned rank);
   bool simple(const Entry& entry, std::string_view name, std::string_view scheme);
   bool date(const Entry& entry);
   bool address(const Entry& entry);

@@ -26,6 +26,15 @@ bool KeptDetail::isSortAs() const {
   return property == property_id::kLastPhonetic && startsWithWord(said, ";SORT-AS=");
 }
 
+unsigned KeptDetail::rank() const {
+  constexpr std::string_view kPreference = ";PREF=";
+  if (!said.starts_with(kPreference)) return 0;
+  unsigned rank = 0;
+  const auto* const end = said.data() + said.size();
+  const auto read = std::from_chars(said.data() + kPreference.size(), end, rank);
+  return read.ec == std::errc() && read.ptr == end && rank >= 1 && rank <= 100 ? rank : 0;
+}
+
 std::optional<KeptDetail> readKeptDetail(std::string_view kept) {
   KeptDetail result;
   if (kept.empty() || kept.front() != ';') return std::nullopt;

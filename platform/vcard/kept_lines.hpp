@@ -25,6 +25,7 @@ namespace ox::vcard {
 //   counts for as long as the record holds what a reader makes of it. That of the last name spells
 //   all of N, and what the card said in FN counts as long as it does.
 //
+// ";16#2;PREF=3" is the rank of an entry, when being the primary one does not say it.
 // ";14#0;SORT-AS=..." is the parameter of N that gave the readings of the names.
 struct KeptDetail {
   PropertyId property = 0;
@@ -33,6 +34,8 @@ struct KeptDetail {
 
   bool isSpelling() const { return !said.empty() && said.front() == ':'; }
   bool isSortAs() const;
+  // Of ";PREF=3"; 0 when it is anything else.
+  unsigned rank() const;
   std::string text() const;
 };
 

@@ -93,6 +93,14 @@ bool byOwner(const KeptDetail& a, const KeptDetail& b) {
   return std::pair(a.property, a.entry) < std::pair(b.property, b.entry);
 }
 
+const KeptDetail* find(const std::vector<KeptDetail>& details, PropertyId property,
+                       std::uint64_t entry) {
+  const auto kept =
+      std::lower_bound(details.begin(), details.end(), KeptDetail{property, entry, {}}, byOwner);
+  if (kept == details.end() || kept->property != property || kept->entry != entry) return nullptr;
+  return &*kept;
+}
+
 }  // namespace
 
 KeptTexts::KeptTexts(const PropertyBag& properties) {
@@ -121,7 +129,7 @@ KeptTexts::KeptTexts(const PropertyBag& properties) {
     std::from_chars(digits.data(), digits.data() + digits.size(), number);
     firstFreeItem_ = std::max<std::size_t>(firstFreeItem_, std::size_t{number} + 1);
   }
-  for (auto* details : {&parameters_, &spellings_}) {
+  for (auto* details : {&parameters_, &spellings_, &ranks_}) {
     if (details->size() > 1) std::stable_sort(details->begin(), details->end(), byOwner);
   }
 }
@@ -129,6 +137,8 @@ KeptTexts::KeptTexts(const PropertyBag& properties) {
 void KeptTexts::takeDetail(const KeptDetail& detail) {
   if (detail.isSortAs()) {
     sortAs_ = detail.said;
+  } else if (detail.rank() != 0) {
+    ranks_.push_back(detail);
   } else {
     (detail.isSpelling() ? spellings_ : parameters_).push_back(detail);
   }
@@ -142,10 +152,13 @@ std::span<const KeptDetail> KeptTexts::parametersOf(PropertyId property,
 }
 
 std::string_view KeptTexts::spellingOf(PropertyId property, std::uint64_t entry) const {
-  const auto kept = std::lower_bound(spellings_.begin(), spellings_.end(),
-                                     KeptDetail{property, entry, {}}, byOwner);
-  if (kept == spellings_.end() || kept->property != property || kept->entry != entry) return {};
-  return kept->said.substr(1);
+  const auto* kept = find(spellings_, property, entry);
+  return kept != nullptr ? kept->said.substr(1) : std::string_view();
+}
+
+unsigned KeptTexts::rankOf(PropertyId property, std::uint64_t entry) const {
+  const auto* kept = find(ranks_, property, entry);
+  return kept != nullptr ? kept->rank() : 0;
 }
 
 std::string_view nameOfLine(std::string_view line) {

@@ -28,6 +28,9 @@ class KeptTexts {
   std::string_view spellingOf(PropertyId property, std::uint64_t entry) const;
   // Those of one entry, or of a single value (entry 0).
   std::span<const KeptDetail> parametersOf(PropertyId property, std::uint64_t entry) const;
+  // The rank that a PREF parameter gave; 0 when none was kept.
+  unsigned rankOf(PropertyId property, std::uint64_t entry) const;
+  bool hasRanks() const { return !ranks_.empty(); }
   // ";SORT-AS=..." of N; empty without one.
   std::string_view sortAs() const { return sortAs_; }
   // The number after the highest "itemN" that a kept line has as its group.
@@ -40,6 +43,7 @@ class KeptTexts {
   std::vector<std::string_view> lines_;
   std::vector<KeptDetail> parameters_;
   std::vector<KeptDetail> spellings_;
+  std::vector<KeptDetail> ranks_;
   std::string_view sortAs_;
   std::size_t firstFreeItem_ = 1;
 };

@@ -1,3 +1,4 @@
+#include <string>
 #include <utility>
 
 #include "platform/records/property_keys.hpp"
@@ -39,6 +40,7 @@ void CardBuilder::addEntry(PropertyId property, Object value, const ContentLine&
     readTypeWords(line, types_);
     label = typeLabel(property, types_.known);
     if (!extras.label.empty()) label = {extras.label, 0};
+    if (types_.rank != 0) held.ranks.emplace_back(number, types_.rank);
     if (types_.rank != 0 && (held.rank == 0 || types_.rank < held.rank)) {
       held.rank = types_.rank;
       held.primary = number;
@@ -77,6 +79,22 @@ void CardBuilder::keepParameters(PropertyId property, std::size_t entry, const C
   collectParameters(line, ownKinds, typeWords, unknownWords);
   if (!scratch_.empty()) {
     unmodelled_.emplace_back(KeptDetail{property, entry, scratch_}.text());
+  }
+  if (entry == 0 && types_.rank != 0) keepRank(property, 0, types_.rank);
+}
+
+void CardBuilder::keepRank(PropertyId property, std::size_t entry, unsigned rank) {
+  const auto said = ";PREF=" + std::to_string(rank);
+  unmodelled_.emplace_back(KeptDetail{property, entry, said}.text());
+}
+
+// Ranks beside that of the primary entry, which is 1 unless something else is said.
+void CardBuilder::keepRanks() {
+  for (PropertyId id = kFirstMulti; id < kFirstMulti + kMultiCount; ++id) {
+    const auto& held = multi(id);
+    for (const auto& [entry, rank] : held.ranks) {
+      if (entry != held.primary || rank != 1) keepRank(id, entry, rank);
+    }
   }
 }
 

@@ -129,11 +129,18 @@ void CardWriter::multi(PropertyId property) {
   if (value == nullptr) return;
   const auto* values = std::get_if<MultiValuePtr>(value);
   if (values == nullptr || (*values)->entries.empty()) return notExact(property);
+  const bool ranked = kept_.hasRanks() && ranksHold(**values, property);
   bool allWritten = true;
   std::size_t number = 0;
   for (const auto& held : (*values)->entries) {
     ++number;
-    Entry next{property, &held, held.identifier == (*values)->primary, {}};
+    Entry next{property, &held, held.identifier == (*values)->primary ? 1U : 0U, {}};
+    if (const auto rank = ranked ? kept_.rankOf(property, held.identifier) : 0; rank != 0) {
+      // TYPE knows no ranks.
+      const bool isSayable = allWritten && (rank == 1 || !is30());
+      if (isSayable) next.rank = rank;
+      if (!isSayable) wrapRank(property, number, rank);
+    }
     for (const auto& kept : kept_.parametersOf(property, held.identifier)) {
       // A reader counts the entries that it finds.
       if (allWritten && areAdmitted(kept.said, options_.version)) {
@@ -154,6 +161,34 @@ void CardWriter::multi(PropertyId property) {
     if (held.label && !isPlain(*held.label)) notExact(property);
     allWritten &= out_.size() > size;
   }
+}
+
+// True when the ranks that were kept make the entry primary that is it now.
+bool CardWriter::ranksHold(const MultiValue& values, PropertyId property) const {
+  unsigned best = 0;
+  std::uint64_t first = 0;
+  for (const auto& held : values.entries) {
+    auto rank = kept_.rankOf(property, held.identifier);
+    if (rank == 0 && held.identifier == values.primary) rank = 1;
+    if (rank == 0 || (best != 0 && rank >= best)) continue;
+    best = rank;
+    first = held.identifier;
+  }
+  return first == values.primary;
+}
+
+void CardWriter::preference(unsigned rank) {
+  if (rank == 0) return;
+  if (is30()) {
+    line_.raw(";TYPE=pref");
+  } else {
+    line_.raw(";PREF=").number(rank);
+  }
+}
+
+void CardWriter::wrapRank(PropertyId property, std::size_t entry, unsigned rank) {
+  const auto said = ";PREF=" + std::to_string(rank);
+  entryParameters_.push_back(KeptDetail{property, entry, said}.text());
 }
 
 bool CardWriter::entry(const Entry& entry) {
@@ -204,7 +239,7 @@ CardWriter::Head CardWriter::startEntry(const Entry& entry, std::string_view nam
     line_.raw("item").number(head.item).raw(".");
   }
   line_.raw(name).raw(parameters);
-  if (entry.isPrimary) line_.raw(is30() ? ";TYPE=pref" : ";PREF=1");
+  preference(entry.rank);
   line_.raw(entry.kept);
   return head;
 }

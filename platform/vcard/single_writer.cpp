@@ -58,6 +58,12 @@ void CardWriter::ownParameters(PropertyId property) {
   for (const auto& kept : kept_.parametersOf(property, 0)) {
     if (areAdmitted(kept.said, options_.version)) line_.raw(kept.said);
   }
+  const auto rank = kept_.rankOf(property, 0);
+  if (rank <= 1 || !is30()) {
+    preference(rank);
+  } else {
+    wrapRank(property, 0, rank);
+  }
 }
 
 void CardWriter::names() {

@@ -184,6 +184,28 @@ TEST(CardThrough, FormattedNameGoesWithTheNameThatItCameWith) {
   EXPECT_EQ(linesOf(old, {}), "N:;Jane;;;\nFN:Janey\n");
 }
 
+TEST(CardThrough, RanksOfPreferenceComeBack) {
+  expectThrough({
+      {"4.0", "TEL;PREF=2:1\n", "TEL;TYPE=pref:1\nX-OX-LINE:%3B16%231%3BPREF%3D2\n",
+       "TEL;PREF=2:1\n"},
+      {"4.0", "EMAIL;PREF=1:a@b\nEMAIL;TYPE=work;PREF=3;X-A=b:c@d\nEMAIL;PREF=2:e@f\nEMAIL:g@h\n",
+       "EMAIL;TYPE=pref:a@b\nEMAIL;TYPE=WORK;X-A=b:c@d\nEMAIL:e@f\nEMAIL:g@h\n"
+       "X-OX-LINE:%3B17%232%3BPREF%3D3\nX-OX-LINE:%3B17%233%3BPREF%3D2\n",
+       "EMAIL;PREF=1:a@b\nEMAIL;TYPE=work;PREF=3;X-A=b:c@d\nEMAIL;PREF=2:e@f\nEMAIL:g@h\n"},
+      {"3.0", "TEL;TYPE=pref:1\nTEL;TYPE=pref:2\n", "TEL;TYPE=pref:1\nTEL;TYPE=pref:2\n",
+       "TEL;PREF=1:1\nTEL;PREF=1:2\n"},
+      {"4.0", "TITLE;PREF=1:Boss\nNOTE;PREF=5:x\n",
+       "TITLE;TYPE=pref:Boss\nNOTE:x\nX-OX-LINE:%3B15%230%3BPREF%3D5\n",
+       "TITLE;PREF=1:Boss\nNOTE;PREF=5:x\n"},
+  });
+  // Another entry is the primary one now: the ranks do not hold.
+  auto bag = propertiesOf("4.0", "N:a;;;;\nTEL;PREF=2:1\nTEL;PREF=3:2\n");
+  auto values = *std::get<MultiValuePtr>(*bag.find(property_id::kPhone));
+  values.primary = 2;
+  bag.set(property_id::kPhone, std::make_shared<const MultiValue>(values));
+  EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}), "N:a;;;;\nFN:a\nTEL:1\nTEL;PREF=1:2\n");
+}
+
 TEST(CardThrough, RelationsAreSaidInTheWordsOfTheVersion) {
   expectThrough({
       {"4.0", "RELATED;TYPE=colleague;VALUE=text:Di\n", "X-ABRELATEDNAMES;TYPE=colleague:Di\n",

@@ -38,10 +38,13 @@ TEST(CardLabels, TypesBecomeLabelsAndOtherWordsAreKept) {
 
 TEST(CardLabels, PrimaryIsTheMostPreferredEntry) {
   const std::vector<Row> rows = {
-      {"2.1", "TEL:1\nTEL;PREF:2\nTEL;PREF:3\n", "Phone[-]=1\nPhone*[-]=2\nPhone[-]=3\n"},
+      {"2.1", "TEL:1\nTEL;PREF:2\nTEL;PREF:3\n",
+       "Phone[-]=1\nPhone*[-]=2\nPhone[-]=3\n"
+       "kept=;16#3;PREF=1\n"},
       {"3.0", "TEL:1\nTEL;type=pref:2\n", "Phone[-]=1\nPhone*[-]=2\n"},
       {"4.0", "TEL;PREF=50:1\nTEL;PREF=2:2\nTEL;PREF=9:3\n",
-       "Phone[-]=1\nPhone*[-]=2\nPhone[-]=3\n"},
+       "Phone[-]=1\nPhone*[-]=2\nPhone[-]=3\n"
+       "kept=;16#1;PREF=50\nkept=;16#2;PREF=2\nkept=;16#3;PREF=9\n"},
       {"3.0", "TEL:1\nTEL:2\n", "Phone[-]=1\nPhone[-]=2\n"},
   };
   for (const auto& row : rows) {
