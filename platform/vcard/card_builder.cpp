@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <unordered_set>
 #include <utility>
 
 #include "base/text/utf8.hpp"
@@ -11,6 +12,7 @@
 #include "platform/vcard/exact_values.hpp"
 #include "platform/vcard/full_name.hpp"
 #include "platform/vcard/kept_lines.hpp"
+#include "platform/vcard/kept_texts.hpp"
 #include "platform/vcard/line_writer.hpp"
 #include "platform/vcard/spelling.hpp"
 #include "platform/vcard/uri.hpp"
@@ -24,12 +26,6 @@ struct ByGroup {
     return a.group < b.group;
   }
 };
-
-std::string groupKey(std::string_view group) {
-  std::string key(group);
-  std::transform(key.begin(), key.end(), key.begin(), upper);
-  return key;
-}
 
 // RFC 2426, section 3.5.4.
 bool isNestedText(const ContentLine& line) {
@@ -190,7 +186,7 @@ bool CardBuilder::addKeptLine(const ContentLine& line) {
 
 bool CardBuilder::addGroupNote(const ContentLine& line) {
   if (line.group.empty()) return false;
-  GroupNote note{groupKey(line.group), line.row->meaning, text(line), {}, false};
+  GroupNote note{groupKey(line.group), line.row->meaning, text(line), {}, line.number, false};
   appendKept(line, note.kept);
   notes_.push_back(std::move(note));
   return true;
@@ -199,12 +195,43 @@ bool CardBuilder::addGroupNote(const ContentLine& line) {
 // Labels and country codes may stand before or after the line they belong to.
 void CardBuilder::joinGroups() {
   std::stable_sort(notes_.begin(), notes_.end(), ByGroup{});
+  dropDoubleLabels();
   for (const auto& entry : grouped_) {
     const auto [first, last] = std::equal_range(notes_.begin(), notes_.end(), entry, ByGroup{});
     std::for_each(first, last, [&](GroupNote& note) { applyNote(entry, note); });
   }
   for (auto& note : notes_) {
     if (!note.used) unmodelled_.emplace_back(std::move(note.kept));
+  }
+}
+
+// Of several labels of one group the last counts.
+void CardBuilder::dropDoubleLabels() {
+  const std::string* labelled = nullptr;
+  std::for_each(notes_.rbegin(), notes_.rend(), [&](GroupNote& note) {
+    if (note.meaning != Meaning::Label) return;
+    note.isDouble = labelled != nullptr && *labelled == note.group;
+    labelled = &note.group;
+  });
+  for (const auto& note : notes_) {
+    if (note.isDouble) {
+      card_.repairs.push_back({note.line, "a later X-ABLabel of the group takes its place"});
+    }
+  }
+  std::erase_if(notes_, [](const GroupNote& note) { return note.isDouble; });
+}
+
+// Entries that share a group with lines that were kept.
+void CardBuilder::keepGroups() {
+  std::unordered_set<std::string> groups;
+  for (const auto& kept : unmodelled_) {
+    const auto group = groupOfLine(*kept.text());
+    if (!group.empty()) groups.insert(groupKey(group));
+  }
+  if (groups.empty()) return;
+  for (const auto& entry : grouped_) {
+    if (!groups.contains(entry.group)) continue;
+    unmodelled_.emplace_back(KeptDetail{entry.property, entry.entry, "." + entry.spelling}.text());
   }
 }
 
@@ -219,7 +246,13 @@ void CardBuilder::applyNote(const GroupedEntry& entry, GroupNote& note) {
     for (std::uint32_t bit = 1; bit <= entry.typeWords; bit <<= 1U) {
       if ((entry.typeWords & bit) != 0) words.append(";TYPE=").append(typeWordText(bit));
     }
-    unmodelled_.emplace_back(KeptDetail{entry.property, entry.entry, words}.text());
+    if (entry.parameters != kNone) {
+      const auto& kept = *unmodelled_[entry.parameters].text();
+      words += readKeptDetail(kept)->said;
+      unmodelled_[entry.parameters] = KeptDetail{entry.property, entry.entry, words}.text();
+    } else {
+      unmodelled_.emplace_back(KeptDetail{entry.property, entry.entry, words}.text());
+    }
   } else if (entry.property == property_id::kAddress && isCountryCode(note.text)) {
     note.used = true;
     Dictionary address = *held.value.dictionary();
@@ -263,8 +296,9 @@ void CardBuilder::sortKept() {
   std::stable_sort(first, unmodelled_.end(), [&](const Object& a, const Object& b) {
     const auto left = detailOf(a);
     const auto right = detailOf(b);
-    return std::tuple(left.property, left.entry, left.rank() != 0, left.isSpelling()) <
-           std::tuple(right.property, right.entry, right.rank() != 0, right.isSpelling());
+    return std::tuple(left.property, left.entry, left.rank() != 0, left.isSpelling(),
+                      left.isGroup()) < std::tuple(right.property, right.entry, right.rank() != 0,
+                                                   right.isSpelling(), right.isGroup());
   });
 }
 
@@ -290,6 +324,7 @@ void CardBuilder::assemblePerson() {
 
 Card CardBuilder::finish() {
   if (!notes_.empty()) joinGroups();
+  if (!grouped_.empty()) keepGroups();
   if (card_.isGroup) {
     if (fullName_.empty() || fullNameDerived_) {
       composeFullName({.last = single(property_id::kLast), .first = single(property_id::kFirst)},

@@ -31,12 +31,15 @@ class CardBuilder {
     unsigned rank = 0;
     std::vector<std::pair<std::size_t, unsigned>> ranks;  // of entries that have one
   };
+  static constexpr auto kNone = static_cast<std::size_t>(-1);
   // An entry that belongs to a group ("item1"), so that a label may stand on another line.
   struct GroupedEntry {
-    std::string group;
+    std::string group;  // upper case
+    std::string spelling;
     PropertyId property = 0;
     std::size_t entry = 0;
-    std::uint32_t typeWords = 0;  // that its present label stands for
+    std::uint32_t typeWords = 0;     // that its present label stands for
+    std::size_t parameters = kNone;  // the place of its kept parameters
   };
   // X-ABLabel or X-ABADR of a group.
   struct GroupNote {
@@ -44,7 +47,9 @@ class CardBuilder {
     Meaning meaning = Meaning::Label;
     std::string text;
     std::string kept;
+    std::size_t line = 0;
     bool used = false;
+    bool isDouble = false;
   };
   // What an entry's line has beside its value.
   struct EntryExtras {
@@ -97,6 +102,8 @@ class CardBuilder {
   Multi& multi(PropertyId property) { return multis_[property - kFirstMulti]; }
 
   void joinGroups();
+  void keepGroups();
+  void dropDoubleLabels();
   void applyNote(const GroupedEntry& entry, GroupNote& note);
   void settleNames();
   void assemblePerson();

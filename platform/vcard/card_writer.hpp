@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/vcard/full_name.hpp"
@@ -28,7 +29,7 @@ class CardWriter {
 
   // The head of an entry's line, as it was started.
   struct Head {
-    std::size_t item = 0;    // 0: the line has no group
+    std::string group;       // empty: the line has none
     std::string_view label;  // that X-ABLabel has to give
   };
   // An entry of a multi-value on its way out.
@@ -38,6 +39,7 @@ class CardWriter {
     unsigned rank = 0;  // of preference: 1 is the most preferred, 0 none
     std::string kept;   // its parameters
     std::string_view spelling = {};
+    std::string_view group = {};  // that it shares with kept lines
   };
 
   bool is30() const { return options_.version == CardVersion::V30; }
@@ -70,7 +72,8 @@ class CardWriter {
   bool entry(const Entry& entry);
   bool ranksHold(const MultiValue& values, PropertyId property) const;
   void preference(unsigned rank);
-  void wrapRank(PropertyId property, std::size_t entry, unsigned rank);
+  void wrapDetail(PropertyId property, std::size_t entry, std::string_view mark,
+                  std::string_view detail);
   bool simple(const Entry& entry, std::string_view name, std::string_view scheme);
   bool date(const Entry& entry);
   bool address(const Entry& entry);
@@ -81,6 +84,7 @@ class CardWriter {
   // `labelled`: something else in the line gives the label already.
   Head startEntry(const Entry& entry, std::string_view name, bool forceItem = false,
                   bool labelled = false);
+  std::string groupFor(const Entry& entry, std::string_view& label, bool forceItem);
   void endEntry(const Entry& entry, const Head& head);
 
   const PropertyBag& properties_;
@@ -93,6 +97,12 @@ class CardWriter {
   std::array<std::string, property_id::kNote + 1> cleaned_;  // texts that had to be changed
   std::vector<PropertyId> inexact_;
   std::vector<std::string> entryParameters_;  // kept ones of entries, for lines of their own
+  // A kept group whose entries are written, and what its X-ABLabel says of them.
+  struct TakenGroup {
+    std::string_view label;
+    bool isClosed = false;  // for other entries
+  };
+  std::unordered_map<std::string, TakenGroup> takenGroups_;
   std::size_t nextItem_;
   std::vector<std::string_view> onceWritten_;  // names of which a card has one
   bool nameChanged_ = false;                   // since the card that the kept lines are of

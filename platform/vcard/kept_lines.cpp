@@ -1,5 +1,6 @@
 #include "platform/vcard/kept_lines.hpp"
 
+#include <algorithm>
 #include <charconv>
 
 #include "platform/vcard/ascii.hpp"
@@ -16,6 +17,12 @@ bool takeNumber(std::string_view& text, Number& number) {
 }
 
 }  // namespace
+
+std::string groupKey(std::string_view group) {
+  std::string key(group);
+  std::transform(key.begin(), key.end(), key.begin(), upper);
+  return key;
+}
 
 std::string KeptDetail::text() const {
   std::string result = ";" + std::to_string(property) + "#" + std::to_string(entry);
@@ -43,9 +50,7 @@ std::optional<KeptDetail> readKeptDetail(std::string_view kept) {
     return std::nullopt;
   }
   kept.remove_prefix(1);
-  if (!takeNumber(kept, result.entry) || kept.empty() ||
-      (kept.front() != ';' && kept.front() != ':'))
-    return std::nullopt;
+  if (!takeNumber(kept, result.entry) || kept.find_first_of(";:.") != 0) return std::nullopt;
   result.said = kept;
   return result;
 }

@@ -24,6 +24,7 @@ namespace ox::vcard {
 // - ':' how the card spelt the value, when a writer would spell it otherwise: ";20#1:sip:a@b". It
 //   counts for as long as the record holds what a reader makes of it. That of the last name spells
 //   all of N, and what the card said in FN counts as long as it does.
+// - '.' the group that it shares with lines that were kept: ";16#2.item1".
 //
 // ";16#2;PREF=3" is the rank of an entry, when being the primary one does not say it.
 // ";14#0;SORT-AS=..." is the parameter of N that gave the readings of the names.
@@ -33,11 +34,15 @@ struct KeptDetail {
   std::string_view said;    // from the character on that tells what it is
 
   bool isSpelling() const { return !said.empty() && said.front() == ':'; }
+  bool isGroup() const { return !said.empty() && said.front() == '.'; }
   bool isSortAs() const;
   // Of ";PREF=3"; 0 when it is anything else.
   unsigned rank() const;
   std::string text() const;
 };
+
+// What groups of lines are compared by.
+std::string groupKey(std::string_view group);
 
 // The photo has no property number of its own; its parameters are kept under this one.
 inline constexpr PropertyId kPhotoParameters = 0;

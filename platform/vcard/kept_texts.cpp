@@ -122,16 +122,21 @@ KeptTexts::KeptTexts(const PropertyBag& properties) {
       continue;
     }
     lines_.emplace_back(*text);
-    constexpr std::string_view kItem = "ITEM";
-    if (!startsWithWord(name.group, kItem)) continue;
-    const auto digits = name.group.substr(kItem.size());
-    std::uint32_t number = 0;
-    std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    firstFreeItem_ = std::max<std::size_t>(firstFreeItem_, std::size_t{number} + 1);
+    takeGroup(name.group);
   }
-  for (auto* details : {&parameters_, &spellings_, &ranks_}) {
+  for (auto* details : {&parameters_, &spellings_, &ranks_, &groups_}) {
     if (details->size() > 1) std::stable_sort(details->begin(), details->end(), byOwner);
   }
+}
+
+// Numbers of items that are taken.
+void KeptTexts::takeGroup(std::string_view group) {
+  constexpr std::string_view kItem = "ITEM";
+  if (!startsWithWord(group, kItem)) return;
+  const auto digits = group.substr(kItem.size());
+  std::uint32_t number = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  firstFreeItem_ = std::max<std::size_t>(firstFreeItem_, std::size_t{number} + 1);
 }
 
 void KeptTexts::takeDetail(const KeptDetail& detail) {
@@ -139,6 +144,9 @@ void KeptTexts::takeDetail(const KeptDetail& detail) {
     sortAs_ = detail.said;
   } else if (detail.rank() != 0) {
     ranks_.push_back(detail);
+  } else if (detail.isGroup()) {
+    groups_.push_back(detail);
+    takeGroup(detail.said.substr(1));
   } else {
     (detail.isSpelling() ? spellings_ : parameters_).push_back(detail);
   }
@@ -159,6 +167,15 @@ std::string_view KeptTexts::spellingOf(PropertyId property, std::uint64_t entry)
 unsigned KeptTexts::rankOf(PropertyId property, std::uint64_t entry) const {
   const auto* kept = find(ranks_, property, entry);
   return kept != nullptr ? kept->rank() : 0;
+}
+
+std::string_view KeptTexts::groupOf(PropertyId property, std::uint64_t entry) const {
+  const auto* kept = find(groups_, property, entry);
+  return kept != nullptr ? kept->said.substr(1) : std::string_view();
+}
+
+std::string_view groupOfLine(std::string_view line) {
+  return nameOf(line).group;
 }
 
 std::string_view nameOfLine(std::string_view line) {

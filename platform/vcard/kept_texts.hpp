@@ -30,6 +30,8 @@ class KeptTexts {
   std::span<const KeptDetail> parametersOf(PropertyId property, std::uint64_t entry) const;
   // The rank that a PREF parameter gave; 0 when none was kept.
   unsigned rankOf(PropertyId property, std::uint64_t entry) const;
+  // The group that the entry's line had; empty when that was not kept.
+  std::string_view groupOf(PropertyId property, std::uint64_t entry) const;
   bool hasRanks() const { return !ranks_.empty(); }
   // ";SORT-AS=..." of N; empty without one.
   std::string_view sortAs() const { return sortAs_; }
@@ -38,16 +40,20 @@ class KeptTexts {
 
  private:
   void takeDetail(const KeptDetail& detail);
+  void takeGroup(std::string_view group);
 
   std::string_view fullNameLine_;
   std::vector<std::string_view> lines_;
   std::vector<KeptDetail> parameters_;
   std::vector<KeptDetail> spellings_;
   std::vector<KeptDetail> ranks_;
+  std::vector<KeptDetail> groups_;
   std::string_view sortAs_;
   std::size_t firstFreeItem_ = 1;
 };
 
+// The group of a kept line; empty without one.
+std::string_view groupOfLine(std::string_view line);
 // The name of a kept line's property, without its group; empty when there is none.
 std::string_view nameOfLine(std::string_view line);
 // True when a kept line's name, parameters and base64 are well-formed in that version.

@@ -35,6 +35,7 @@ void CardBuilder::addEntry(PropertyId property, Object value, const ContentLine&
                            EntryExtras extras) {
   auto& held = multi(property);
   const std::size_t number = held.entries.size() + 1;
+  const auto keptBefore = unmodelled_.size();
   TypeLabel label;
   if (!line.parameters.empty()) {
     readTypeWords(line, types_);
@@ -56,8 +57,9 @@ void CardBuilder::addEntry(PropertyId property, Object value, const ContentLine&
   if (!label.label.empty()) entry.label.emplace(label.label);
   entry.value = std::move(value);
   if (line.group.empty()) return;
-  grouped_.push_back({std::string(line.group), property, number, label.used});
-  for (auto& c : grouped_.back().group) c = upper(c);
+  const auto parameters = unmodelled_.size() > keptBefore ? keptBefore : kNone;
+  grouped_.push_back(
+      {groupKey(line.group), std::string(line.group), property, number, label.used, parameters});
 }
 
 // Keeps how the card spelt the value of the last entry.

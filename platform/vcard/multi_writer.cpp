@@ -139,7 +139,7 @@ void CardWriter::multi(PropertyId property) {
       // TYPE knows no ranks.
       const bool isSayable = allWritten && (rank == 1 || !is30());
       if (isSayable) next.rank = rank;
-      if (!isSayable) wrapRank(property, number, rank);
+      if (!isSayable) wrapDetail(property, number, ";PREF=", std::to_string(rank));
     }
     for (const auto& kept : kept_.parametersOf(property, held.identifier)) {
       // A reader counts the entries that it finds.
@@ -149,12 +149,12 @@ void CardWriter::multi(PropertyId property) {
         entryParameters_.push_back(KeptDetail{property, number, kept.said}.text());
       }
     }
-    const auto spelling = kept_.spellingOf(property, held.identifier);
     if (allWritten) {
-      next.spelling = spelling;
-    } else if (!spelling.empty()) {
-      entryParameters_.push_back(
-          KeptDetail{property, number, std::string(":").append(spelling)}.text());
+      next.spelling = kept_.spellingOf(property, held.identifier);
+      next.group = kept_.groupOf(property, held.identifier);
+    } else {
+      wrapDetail(property, number, ":", kept_.spellingOf(property, held.identifier));
+      wrapDetail(property, number, ".", kept_.groupOf(property, held.identifier));
     }
     const auto size = out_.size();
     if (!entry(next)) notExact(property);
@@ -186,8 +186,11 @@ void CardWriter::preference(unsigned rank) {
   }
 }
 
-void CardWriter::wrapRank(PropertyId property, std::size_t entry, unsigned rank) {
-  const auto said = ";PREF=" + std::to_string(rank);
+// For a line of its own.
+void CardWriter::wrapDetail(PropertyId property, std::size_t entry, std::string_view mark,
+                            std::string_view detail) {
+  if (detail.empty()) return;
+  const auto said = std::string(mark).append(detail);
   entryParameters_.push_back(KeptDetail{property, entry, said}.text());
 }
 
@@ -234,14 +237,28 @@ CardWriter::Head CardWriter::startEntry(const Entry& entry, std::string_view nam
     }
     if (parameters.empty()) head.label = *label;
   }
-  if (!head.label.empty() || forceItem) {
-    head.item = nextItem_++;
-    line_.raw("item").number(head.item).raw(".");
-  }
+  head.group = groupFor(entry, head.label, forceItem);
+  if (!head.group.empty()) line_.raw(head.group).raw(".");
   line_.raw(name).raw(parameters);
   preference(entry.rank);
   line_.raw(entry.kept);
   return head;
+}
+
+// The group of an entry's line. A kept one is shared only by entries that have the same label: it
+// holds for all of them, and is taken away here when it stands there already.
+std::string CardWriter::groupFor(const Entry& entry, std::string_view& label, bool forceItem) {
+  if (!entry.group.empty()) {
+    const auto [taken, isFirst] =
+        takenGroups_.try_emplace(groupKey(entry.group), TakenGroup{label, forceItem});
+    if (isFirst) return std::string(entry.group);
+    if (taken->second.label == label && !taken->second.isClosed && !forceItem) {
+      label = {};
+      return std::string(entry.group);
+    }
+  }
+  if (label.empty() && !forceItem) return {};
+  return "item" + std::to_string(nextItem_++);
 }
 
 void CardWriter::endEntry(const Entry& entry, const Head& head) {
@@ -249,7 +266,7 @@ void CardWriter::endEntry(const Entry& entry, const Head& head) {
   if (head.label.empty()) return;
   const CardText label(*entry.held->label);
   if (label.view().empty()) return;
-  line_.raw("item").number(head.item).raw(".X-ABLabel:").text(label.view()).end();
+  line_.raw(head.group).raw(".X-ABLabel:").text(label.view()).end();
 }
 
 bool CardWriter::simple(const Entry& entry, std::string_view name, std::string_view scheme) {
@@ -318,7 +335,7 @@ bool CardWriter::address(const Entry& entry) {
     }
   }
   endEntry(entry, head);
-  if (hasCode) line_.raw("item").number(head.item).raw(".X-ABADR:").raw(code).end();
+  if (hasCode) line_.raw(head.group).raw(".X-ABADR:").raw(code).end();
   return exact && (hasCode || code.empty());
 }
 

@@ -62,7 +62,7 @@ void CardWriter::ownParameters(PropertyId property) {
   if (rank <= 1 || !is30()) {
     preference(rank);
   } else {
-    wrapRank(property, 0, rank);
+    wrapDetail(property, 0, ";PREF=", std::to_string(rank));
   }
 }
 

@@ -206,6 +206,29 @@ TEST(CardThrough, RanksOfPreferenceComeBack) {
   EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}), "N:a;;;;\nFN:a\nTEL:1\nTEL;PREF=1:2\n");
 }
 
+TEST(CardThrough, KeptLinesStayInTheGroupOfTheirEntry) {
+  const auto same = [](const std::string& line) { return ThroughRow{"3.0", line, line, line}; };
+  expectThrough({
+      same("item1.TEL:1\nwork.EMAIL:a@b\nitem1.X-CUSTOM:x\nwork.X-NOTE:y\n"),
+      same("item7.TEL:1\nitem7.X-ABLabel:Boat\nitem8.TEL:2\nitem8.X-ABLabel:Car\n"
+           "item7.X-CUSTOM:x\n"),
+      same("item2.ADR:;;a;;;;\nitem2.X-ABADR:de\nitem2.X-APPLE-SUBLOCALITY:b\n"),
+      // One label for two entries of a group.
+      same("g.TEL:1\ng.X-ABLabel:Boat\ng.EMAIL:a@b\ng.X-CUSTOM:x\n"),
+      {"3.0", "item3.TEL:1\n", "TEL:1\n", "TEL:1\n"},
+      {"3.0", "item1.TEL;TYPE=WORK;X-A=b:1\nitem1.X-ABLabel:Boat\n",
+       "item1.TEL;TYPE=WORK;X-A=b:1\nitem1.X-ABLabel:Boat\n",
+       "item1.TEL;TYPE=WORK;X-A=b:1\nitem1.X-ABLabel:Boat\n"},
+  });
+  // An entry whose label is another now leaves the group of the first.
+  auto bag = propertiesOf("3.0", "N:a\ng.TEL:1\ng.TEL:2\ng.X-CUSTOM:x\n");
+  auto values = *std::get<MultiValuePtr>(*bag.find(property_id::kPhone));
+  values.entries[1].label = "Boat";
+  bag.set(property_id::kPhone, std::make_shared<const MultiValue>(values));
+  EXPECT_EQ(linesOf(bag, {}),
+            "N:a;;;;\nFN:a\ng.TEL:1\nitem1.TEL:2\nitem1.X-ABLabel:Boat\ng.X-CUSTOM:x\n");
+}
+
 TEST(CardThrough, RelationsAreSaidInTheWordsOfTheVersion) {
   expectThrough({
       {"4.0", "RELATED;TYPE=colleague;VALUE=text:Di\n", "X-ABRELATEDNAMES;TYPE=colleague:Di\n",

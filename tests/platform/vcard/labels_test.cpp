@@ -52,6 +52,12 @@ TEST(CardLabels, PrimaryIsTheMostPreferredEntry) {
   }
 }
 
+TEST(CardLabels, LastOfTwoLabelsOfAGroupCountsAndIsReported) {
+  EXPECT_EQ(textOfCard("3.0", "item1.X-ABLabel:Boat\nitem1.TEL;TYPE=WORK:1\nITEM1.X-ABLabel:Car\n"),
+            "Phone[Car]=1\nkept=;16#1;TYPE=WORK\n"
+            "repair 3: a later X-ABLabel of the group takes its place\n");
+}
+
 TEST(CardLabels, GroupLabelsGoBeforeTypesWhereverTheyStand) {
   const std::vector<Row> rows = {
       {"3.0", "item1.TEL:1\nitem1.X-ABLabel:Boat\n", "Phone[Boat]=1\n"},

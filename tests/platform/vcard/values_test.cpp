@@ -77,7 +77,7 @@ TEST(CardValues, EntriesOfEveryMultiValue) {
       {"3.0", "ADR:;;;;;;\nTEL:\nTITLE:x\n", "JobTitle=x\n"},
       {"3.0", "item1.ADR:;;a\nITEM1.X-ABADR:de\nitem2.ADR:;;b\nitem2.X-ABADR:Elsewhere\n",
        "Address[-]={Street=a,CountryCode=de}\nAddress[-]={Street=b}\n"
-       "kept=item2.X-ABADR:Elsewhere\n"},
+       "kept=item2.X-ABADR:Elsewhere\nkept=;21#2.item2\n"},
       {"3.0", "X-ANNIVERSARY:2001-02-03\nitem1.X-ABDATE:2004-05-06\nitem1.X-ABLabel:Died\n",
        "OtherDates[_$!<Anniversary>!$_]=2001-02-03\nOtherDates[Died]=2004-05-06\n"},
       {"3.0", "X-SPOUSE:Ann\nX-ABRELATEDNAMES;TYPE=pref:Bo\n",
