@@ -27,6 +27,7 @@ OxValuePtr nameValue(Text first, Text last) {
 
 std::vector<std::string> namesOf(const std::vector<OxPropertyPtr>& properties) {
   std::vector<std::string> result;
+  result.reserve(properties.size());
   for (const auto& property : properties) result.push_back(property->name());
   return result;
 }

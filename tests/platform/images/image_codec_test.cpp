@@ -148,19 +148,22 @@ TEST(DecodeImage, TurnsEveryTiffKindIntoRgba) {
 }
 
 TEST(DecodeImage, ReadsATiffOfSeveralStripsAsOneOfOne) {
-  for (const auto& [samples, photometric] : {std::pair{1, 1}, {3, 2}, {4, 5}}) {
+  struct Kind {
+    std::uint16_t samples;
+    std::uint16_t photometric;
+  };
+  for (const auto kind : {Kind{1, 1}, Kind{3, 2}, Kind{4, 5}}) {
     std::string rows;
-    for (int i = 0; i < 5 * 7 * samples; ++i) rows += static_cast<char>(i * 7);
-    const auto file = [&](std::uint32_t rowsPerStrip) {
-      return tiffFile(5, 7, 8, static_cast<std::uint16_t>(samples),
-                      static_cast<std::uint16_t>(photometric), 1, rows, rowsPerStrip);
+    for (int i = 0; i < 5 * 7 * kind.samples; ++i) rows += static_cast<char>(i * 7);
+    const auto decoded = [&](std::uint32_t rowsPerStrip) {
+      return decodeImage(tiffFile(5, 7, 8, kind.samples, kind.photometric, 1, rows, rowsPerStrip));
     };
-    const auto whole = decodeImage(file(0));
-    ASSERT_TRUE(whole) << samples;
+    const auto whole = decoded(0);
+    ASSERT_TRUE(whole) << kind.samples;
     for (const std::uint32_t rowsPerStrip : {1U, 3U, 6U, 1000U}) {
-      const auto image = decodeImage(file(rowsPerStrip));
-      ASSERT_TRUE(image) << samples << ' ' << rowsPerStrip;
-      EXPECT_EQ(*image, *whole) << samples << ' ' << rowsPerStrip;
+      const auto image = decoded(rowsPerStrip);
+      ASSERT_TRUE(image) << kind.samples << ' ' << rowsPerStrip;
+      EXPECT_EQ(*image, *whole) << kind.samples << ' ' << rowsPerStrip;
     }
   }
 }
@@ -200,7 +203,7 @@ TEST(DecodeImage, FollowsTheExifOrientationOfAJpeg) {
       const auto back = decodeImage(withExif(jpeg, orientation, bigEndian));
       ASSERT_TRUE(back);
       std::string seen;
-      for (const std::size_t at : {8 * 32 + 8, 8 * 32 + 24, 24 * 32 + 8, 24 * 32 + 24}) {
+      for (const std::size_t at : {8U * 32 + 8, 8U * 32 + 24, 24U * 32 + 8, 24U * 32 + 24}) {
         const auto* pixel = &back->pixels[at * 4];
         const bool white = pixel[0] > 128 && pixel[1] > 128;
         seen += white ? 'W' : pixel[0] > 128 ? 'R' : pixel[1] > 128 ? 'G' : 'B';
