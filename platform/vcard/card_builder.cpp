@@ -14,6 +14,7 @@
 #include "platform/vcard/kept_lines.hpp"
 #include "platform/vcard/kept_texts.hpp"
 #include "platform/vcard/line_writer.hpp"
+#include "platform/vcard/revision.hpp"
 #include "platform/vcard/spelling.hpp"
 #include "platform/vcard/uri.hpp"
 
@@ -284,6 +285,17 @@ void CardBuilder::settleNames() {
   if (nameSpelling_.empty()) keepSpelling(property_id::kLast, spellingOfClean(parts));
 }
 
+// What REV is true for.
+void CardBuilder::keepDigest() {
+  const auto isRevision = [](const Object& kept) {
+    return isWord(nameOfLine(*kept.text()), "REV");
+  };
+  if (std::none_of(unmodelled_.begin(), unmodelled_.end(), isRevision)) return;
+  const auto said = ":" + digestOfValues(card_.properties) + ":" +
+                    (card_.isGroup ? digestOfMembers(card_.members) : digestOfPicture(card_.photo));
+  unmodelled_.emplace_back(KeptDetail{property_id::kUnmodelledLines, 0, said}.text());
+}
+
 // Lines in the order of the card, then details by what they belong to and what they are, so that a
 // card and the one that is written of it give the same.
 void CardBuilder::sortKept() {
@@ -336,12 +348,13 @@ Card CardBuilder::finish() {
     keepRanks();
     assemblePerson();
   }
-  if (!uid_.empty()) card_.properties.append(property_id::kCardUid, Object(std::move(uid_)));
-  if (!unmodelled_.empty()) {
-    if (unmodelled_.size() > 1) sortKept();
-    card_.properties.append(property_id::kUnmodelledLines, Object(std::move(unmodelled_)));
-  }
   if (exactValues_) takeExactValues(*exactValues_, card_.properties);
+  if (!uid_.empty()) card_.properties.set(property_id::kCardUid, Object(std::move(uid_)));
+  if (!unmodelled_.empty()) {
+    keepDigest();
+    if (unmodelled_.size() > 1) sortKept();
+    card_.properties.set(property_id::kUnmodelledLines, Object(std::move(unmodelled_)));
+  }
   return std::move(card_);
 }
 

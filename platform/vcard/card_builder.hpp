@@ -107,6 +107,7 @@ class CardBuilder {
   void applyNote(const GroupedEntry& entry, GroupNote& note);
   void settleNames();
   void assemblePerson();
+  void keepDigest();
   void sortKept();
 
   Card card_;

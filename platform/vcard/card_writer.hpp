@@ -52,6 +52,8 @@ class CardWriter {
   void uid();
   bool keptLine(std::string_view text);
   bool nestedCard(std::string_view text);
+  // False when what REV was true for is not what is written.
+  bool isRevisionTrue(std::string_view rest, bool isRestKnown) const;
   void keptLines();
   void keptParameters();
   void wrapped(std::string_view line);
@@ -105,6 +107,7 @@ class CardWriter {
   std::unordered_map<std::string, TakenGroup> takenGroups_;
   std::size_t nextItem_;
   std::vector<std::string_view> onceWritten_;  // names of which a card has one
+  bool revised_ = false;                       // REV is not true any more
   bool nameChanged_ = false;                   // since the card that the kept lines are of
   bool anniversaryWritten_ = false;
   std::string scratch_;

@@ -180,7 +180,8 @@ void GroupImport::collectNew(Group& group, SaveRequest& request) {
 void GroupImport::collectStored(const Group& group, SaveRequest& request) {
   if (plainUid(group.card).empty()) return;  // matched by what it holds
   const auto values = source_.committedValues(group.key);
-  const bool sameValues = values && sameContent(*values, group.card.properties);
+  const bool sameValues = values && (sameContent(*values, group.card.properties) ||
+                                     isOurCardOf(group.card, *values, nullptr));
   auto nestedKeys = group.storedSubgroups;
   for (const auto& child : group.subgroups) {
     if (child != kNoGroup) nestedKeys.push_back(groups_[child].key);

@@ -27,6 +27,7 @@ namespace ox::vcard {
 // - '.' the group that it shares with lines that were kept: ";16#2.item1".
 //
 // ";16#2;PREF=3" is the rank of an entry, when being the primary one does not say it.
+// ";97#0:..." is what the record said as a whole when its REV was true, see revision.hpp.
 // ";14#0;SORT-AS=..." is the parameter of N that gave the readings of the names.
 struct KeptDetail {
   PropertyId property = 0;

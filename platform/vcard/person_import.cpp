@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "platform/store/fingerprint.hpp"
+#include "platform/vcard/byte_source.hpp"
+#include "platform/vcard/reader.hpp"
 #include "platform/vcard/writer.hpp"
 
 namespace ox::vcard {
@@ -16,6 +18,15 @@ bool sameRecord(const PropertyBag& a, const Data& imageOfA, const Card& card) {
   return sameData(imageOfA, card.photo) && sameContent(a, card.properties);
 }
 
+bool saysTheSame(const Card& card, std::string_view written) {
+  MemorySource source(written);
+  Reader reader(source);
+  const auto result = reader.next();
+  const auto* read = result ? std::get_if<Card>(&*result) : nullptr;
+  return read != nullptr && sameData(read->photo, card.photo) &&
+         sameContent(read->properties, card.properties);
+}
+
 std::size_t roughSize(const Card& card) {
   std::size_t size = card.photo ? card.photo->size() : 0;
   if (const auto* note = card.properties.text(property_id::kNote)) size += note->size();
@@ -23,6 +34,19 @@ std::size_t roughSize(const Card& card) {
 }
 
 }  // namespace
+
+bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& image) {
+  for (const auto version : {CardVersion::V30, CardVersion::V40}) {
+    std::string written;
+    if (card.isGroup) {
+      appendGroup(properties, card.members, {.version = version}, written);
+    } else {
+      appendCard(properties, image, {.version = version}, written);
+    }
+    if (saysTheSame(card, written)) return true;
+  }
+  return false;
+}
 
 RecordKeys recordsWithUid(ContactSource& source, const std::string& container, RecordKind kind,
                           std::string_view uid) {
@@ -70,7 +94,14 @@ std::optional<PersonImport::Match> PersonImport::matchByUid(const Card& card, st
   if (stored.empty()) return std::nullopt;
   const auto& key = stored.front();
   if (batchReplaced_.contains(key)) commit();
-  return Match{key, 0, true, source_.committedFingerprint(key) == fingerprint};
+  return Match{key, 0, true,
+               source_.committedFingerprint(key) == fingerprint || isExported(card, key)};
+}
+
+// An export leaves out what is not true any more, and spells some kept lines in another way.
+bool PersonImport::isExported(const Card& card, const RecordKey& key) {
+  const auto values = source_.committedValues(key);
+  return values && isOurCardOf(card, *values, source_.committedImage(key));
 }
 
 std::optional<PersonImport::Match> PersonImport::matchByContent(const Card& card,

@@ -17,6 +17,10 @@ namespace ox::vcard {
 RecordKeys recordsWithUid(ContactSource& source, const std::string& container, RecordKind kind,
                           std::string_view uid);
 
+// True when the card is what is written of such a record in one of the versions. A group's members
+// are taken for its own.
+bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& image);
+
 // Writes the person cards of an import, a batch at a time, and counts them once they are committed.
 // Borrows what it is given for its whole life. Throws what the store throws.
 class PersonImport {
@@ -43,6 +47,7 @@ class PersonImport {
 
   std::optional<Match> matchByUid(const Card& card, std::string_view uid,
                                   std::uint64_t fingerprint);
+  bool isExported(const Card& card, const RecordKey& key);
   std::optional<Match> matchByContent(const Card& card, std::uint64_t fingerprint);
   bool storeMayHold(std::uint64_t hash) const;
   void append(Card card, std::string_view uid, std::uint64_t fingerprint);

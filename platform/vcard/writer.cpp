@@ -7,6 +7,7 @@
 #include "platform/vcard/card_writer.hpp"
 #include "platform/vcard/exact_values.hpp"
 #include "platform/vcard/kept_values.hpp"
+#include "platform/vcard/revision.hpp"
 #include "platform/vcard/uri.hpp"
 
 // The frame of a card and what is kept with it.
@@ -83,11 +84,21 @@ bool CardWriter::nestedCard(std::string_view text) {
   return true;
 }
 
+bool CardWriter::isRevisionTrue(std::string_view rest, bool isRestKnown) const {
+  const auto kept = kept_.spellingOf(property_id::kUnmodelledLines, 0);
+  if (kept.empty()) return true;  // from a store that kept no more than the line
+  const auto colon = kept.find(':');
+  if (colon == std::string_view::npos) return false;
+  if (isRestKnown && kept.substr(colon + 1) != rest) return false;
+  return kept.substr(0, colon) == digestOfValues(properties_);
+}
+
 void CardWriter::keptLines() {
   if (values_[property_id::kBirthday] != nullptr) onceWritten_.emplace_back("BDAY");
   if (anniversaryWritten_) onceWritten_.emplace_back("ANNIVERSARY");
   for (const auto text : kept_.lines()) {
     if (nameChanged_ && isWord(nameOfLine(text), "FN")) continue;
+    if (revised_ && isWord(nameOfLine(text), "REV")) continue;
     const bool isNested = text.find('\n') != std::string_view::npos;
     if (isNested && !options_.nestedCards) continue;
     if (!(isNested ? nestedCard(text) : keptLine(text))) wrapped(text);
@@ -116,6 +127,8 @@ void CardWriter::exactValues() {
 }
 
 void CardWriter::person(const Data& picture) {
+  // Whoever leaves nested cards out leaves the picture out as well.
+  revised_ = !isRevisionTrue(digestOfPicture(picture), options_.nestedCards);
   begin();
   names();
   singleText(property_id::kNickname, "NICKNAME");
@@ -137,6 +150,7 @@ void CardWriter::person(const Data& picture) {
 }
 
 void CardWriter::group(const std::vector<std::string>& members) {
+  revised_ = !isRevisionTrue(digestOfMembers(members), true);
   begin();
   const auto* name = properties_.text(property_id::kGroupName);
   const CardText text(name != nullptr ? std::string_view(*name) : std::string_view());

@@ -229,6 +229,41 @@ TEST(CardThrough, KeptLinesStayInTheGroupOfTheirEntry) {
             "N:a;;;;\nFN:a\ng.TEL:1\nitem1.TEL:2\nitem1.X-ABLabel:Boat\ng.X-CUSTOM:x\n");
 }
 
+TEST(CardThrough, RevisionIsWrittenOnlyOfWhatItWasTrueFor) {
+  const std::string lines = "N:a;;;;\nFN:a\nREV:20200203T040506Z\n";
+  const auto bag = propertiesOf("3.0", lines);
+  EXPECT_EQ(linesOf(bag, {}), lines);
+  EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}), lines);
+  auto edited = bag;
+  edited.set(property_id::kNote, Object("b"));
+  EXPECT_EQ(linesOf(edited, {}), "N:a;;;;\nFN:a\nNOTE:b\n");
+  // Another picture is a change, one that is not asked for is none.
+  const auto photo = makeData("\xFF\xD8\xFF");
+  EXPECT_EQ(linesOf(bag, {}, photo).find("REV"), std::string::npos);
+  const auto pictured = propertiesOf("3.0", lines + "PHOTO;ENCODING=b:/9j/\n");
+  EXPECT_NE(linesOf(pictured, {}, photo).find("REV"), std::string::npos);
+  EXPECT_EQ(linesOf(pictured, {}).find("REV"), std::string::npos);
+  EXPECT_EQ(linesOf(pictured, {.nestedCards = false}), lines);
+  // A line that an older store kept alone.
+  PropertyBag old;
+  old.set(property_id::kLast, Object("a"));
+  old.set(property_id::kUnmodelledLines, Object(Array{"REV:20200203T040506Z"}));
+  EXPECT_EQ(linesOf(old, {}), lines);
+}
+
+TEST(CardThrough, RevisionOfAGroupIsTrueForItsMembers) {
+  const auto group = propertiesOf("4.0",
+                                  "KIND:group\nFN:g\nMEMBER:urn:uuid:1\nMEMBER:urn:uuid:2\n"
+                                  "REV:20200203T040506Z\n");
+  const auto hasRevision = [&](const std::vector<std::string>& members) {
+    std::string card;
+    appendGroup(group, members, {}, card);
+    return card.find("\r\nREV:") != card.npos;
+  };
+  EXPECT_TRUE(hasRevision({"2", "urn:uuid:1"}));
+  EXPECT_FALSE(hasRevision({"1"}));
+}
+
 TEST(CardThrough, RelationsAreSaidInTheWordsOfTheVersion) {
   expectThrough({
       {"4.0", "RELATED;TYPE=colleague;VALUE=text:Di\n", "X-ABRELATEDNAMES;TYPE=colleague:Di\n",

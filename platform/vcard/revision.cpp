@@ -1,0 +1,45 @@
+#include "platform/vcard/revision.hpp"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+
+#include "base/checksum.hpp"
+#include "platform/store/fingerprint.hpp"
+#include "platform/vcard/card.hpp"
+
+namespace ox::vcard {
+namespace {
+
+std::string hexadecimal(std::uint64_t number) {
+  std::array<char, 16> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16).ptr;
+  return std::string(digits.data(), end);
+}
+
+}  // namespace
+
+std::string digestOfValues(const PropertyBag& properties) {
+  PropertyBag said;
+  for (const auto& [id, value] : properties.entries()) {
+    if (id != property_id::kUnmodelledLines) said.set(id, value);
+  }
+  return hexadecimal(contentFingerprint(said, nullptr));
+}
+
+std::string digestOfPicture(const Data& photo) {
+  return photo && !photo->empty() ? hexadecimal(checksum64(*photo)) : "-";
+}
+
+std::string digestOfMembers(const std::vector<std::string>& members) {
+  std::vector<std::string_view> keys;
+  keys.reserve(members.size());
+  for (const auto& member : members) keys.push_back(uidKey(member));
+  std::sort(keys.begin(), keys.end());
+  std::string all;
+  for (const auto key : keys) (all += key) += '\n';
+  return hexadecimal(checksum64(all));
+}
+
+}  // namespace ox::vcard
