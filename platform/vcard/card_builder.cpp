@@ -96,6 +96,8 @@ void CardBuilder::add(const ContentLine& line) {
     kept.resize(kept.size() - line.value.size());
     kept += text(line);
   }
+  const auto feed = kept.find('\n');
+  if (feed != std::string::npos && feed > 0 && kept[feed - 1] == ':') kept.erase(feed, 1);
   unmodelled_.emplace_back(std::move(kept));
 }
 

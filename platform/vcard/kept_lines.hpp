@@ -45,7 +45,8 @@ struct KeptDetail {
 // What groups of lines are compared by.
 std::string groupKey(std::string_view group);
 
-// The photo has no property number of its own; its parameters are kept under this one.
+// The photo has no property number of its own; its parameters are kept under this one, and the
+// media type that the card gave when the bytes do not tell it: ";0#0:image/x-own".
 inline constexpr PropertyId kPhotoParameters = 0;
 
 // The detail that such a text keeps, borrowed from it; missing when it is of another form.

@@ -7,6 +7,7 @@
 #include "platform/vcard/decode.hpp"
 #include "platform/vcard/kept_lines.hpp"
 #include "platform/vcard/line_writer.hpp"
+#include "platform/vcard/picture_kind.hpp"
 #include "platform/vcard/spelling.hpp"
 #include "platform/vcard/uri.hpp"
 
@@ -34,6 +35,24 @@ std::optional<std::string> dataUri(std::string_view uri) {
     return decodeBase64(percentDecoded(content));
   }
   return percentDecoded(content);
+}
+
+std::string mediaOfDataUri(std::string_view uri) {
+  return mediaType(uri.substr(0, uri.find_first_of(";,")));
+}
+
+// TYPE of vCard 3.0 is the name of the format, or the whole media type.
+std::string mediaOfTypes(const ContentLine& line) {
+  std::string media;
+  for (const auto& parameter : line.parameters) {
+    if (parameter.kind != ParameterKind::Type) continue;
+    forEachWord(parameter.value, [&](std::string_view word) {
+      if (!media.empty() || isWord(word, "PREF")) return;
+      const bool isWhole = word.find('/') != std::string_view::npos;
+      media = mediaType(isWhole ? std::string(word) : std::string("image/").append(word));
+    });
+  }
+  return media;
 }
 
 bool hasType(const ContentLine& line, std::string_view wanted) {
@@ -215,7 +234,11 @@ bool CardBuilder::addPhoto(const ContentLine& line) {
     return false;
   }
   card_.photo = makeData(*std::move(bytes));
-  // The kind of picture is told by its own bytes.
+  // Nearly always the kind of picture is told by its own bytes.
+  if (mediaTypeOf(*card_.photo).empty()) {
+    const auto media = isData ? mediaOfDataUri(value.substr(5)) : mediaOfTypes(line);
+    if (!media.empty()) keepSpelling(kPhotoParameters, media);
+  }
   keepParameters(kPhotoParameters, 0, line, 0, 0, false);
   return true;
 }

@@ -5,38 +5,13 @@
 #include "platform/vcard/card_date.hpp"
 #include "platform/vcard/card_writer.hpp"
 #include "platform/vcard/decode.hpp"
+#include "platform/vcard/picture_kind.hpp"
 #include "platform/vcard/spelling.hpp"
 
 // The lines of what a record holds once.
 
 namespace ox::vcard {
-namespace {
-
-// By the first bytes: what RFC 2426 calls the picture, and its media type.
-struct Picture {
-  std::string_view start;
-  std::string_view type;
-  std::string_view media;
-};
-
-constexpr std::array kPictures = {
-    Picture{"\xFF\xD8\xFF", "JPEG", "image/jpeg"},
-    Picture{"\x89PNG", "PNG", "image/png"},
-    Picture{std::string_view("II*\0", 4), "TIFF", "image/tiff"},
-    Picture{std::string_view("MM\0*", 4), "TIFF", "image/tiff"},
-    Picture{"GIF8", "GIF", "image/gif"},
-};
-
-constexpr Picture kOtherPicture{"", "", "application/octet-stream"};
-
-const Picture& pictureOf(std::string_view bytes) {
-  for (const auto& row : kPictures) {
-    if (bytes.starts_with(row.start)) return row;
-  }
-  return kOtherPicture;
-}
-
-}  // namespace
+namespace {}  // namespace
 
 std::string_view CardWriter::textOf(PropertyId property) {
   const auto* value = values_[property];
@@ -172,14 +147,17 @@ void CardWriter::birthday() {
 }
 
 void CardWriter::photo(const Data& bytes) {
-  const auto& picture = pictureOf(*bytes);
+  auto media = std::string(mediaTypeOf(*bytes));
+  if (media.empty()) media = kept_.spellingOf(kPhotoParameters, 0);
   line_.raw("PHOTO");
   if (is30()) {
     line_.raw(";ENCODING=b");
-    if (!picture.type.empty()) line_.raw(";TYPE=").raw(picture.type);
+    if (const auto type = typeOfMedia(media); !type.empty()) line_.raw(";TYPE=").raw(type);
   }
   ownParameters(kPhotoParameters);
-  if (!is30()) line_.raw(":data:").raw(picture.media).raw(";base64,");
+  if (!is30()) {
+    line_.raw(":data:").raw(media.empty() ? "application/octet-stream" : media).raw(";base64,");
+  }
   if (is30()) line_.raw(":");
   line_.raw(base64(*bytes)).end();
 }

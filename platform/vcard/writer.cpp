@@ -80,7 +80,9 @@ bool CardWriter::nestedCard(std::string_view text) {
   if (colon == std::string_view::npos || nested.isChanged()) return false;
   const auto head = lineInVersion(text.substr(0, colon + 1), options_.version);
   if (!head) return false;
-  line_.raw(*head).text(text.substr(colon + 1)).end();
+  auto card = text.substr(colon + 1);
+  if (card.starts_with('\n')) card.remove_prefix(1);  // as older stores kept it
+  line_.raw(*head).text(card).end();
   return true;
 }
 

@@ -37,7 +37,7 @@ TEST(CardFraming, MissingEndsNeverTouchTheNextCard) {
 TEST(CardFraming, NestedCardsBelongToTheOuterOne) {
   const std::string inner = "BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n";
   EXPECT_EQ(textOfCard("2.1", "AGENT:\n" + inner + "TITLE:out\n"),
-            "JobTitle=out\nkept=AGENT:\nBEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n");
+            "JobTitle=out\nkept=AGENT:BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n");
   EXPECT_EQ(textOfCard("3.0", "AGENT:" + inner + "TITLE:out\n"),
             "JobTitle=out\nkept=AGENT:BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n");
   EXPECT_EQ(textOfCard("3.0", "AGENT:someone\nTITLE:out\n"), "JobTitle=out\nkept=AGENT:someone\n");

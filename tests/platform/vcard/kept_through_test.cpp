@@ -264,6 +264,20 @@ TEST(CardThrough, RevisionOfAGroupIsTrueForItsMembers) {
   EXPECT_FALSE(hasRevision({"1"}));
 }
 
+TEST(CardThrough, KindOfAnUnknownPictureIsWhatTheCardSaid) {
+  const auto photo = makeData("abc");
+  for (const auto& [version, line] : {std::pair("3.0", "PHOTO;ENCODING=b;TYPE=X-OWN:YWJj\n"),
+                                      std::pair("2.1", "PHOTO;X-OWN;ENCODING=BASE64:YWJj\n"),
+                                      std::pair("4.0", "PHOTO:data:Image/X-Own;base64,YWJj\n")}) {
+    const auto bag = propertiesOf(version, line);
+    EXPECT_EQ(linesOf(bag, {}, photo),
+              "N:;;;;\nFN;X-DERIVED=TRUE:?\nPHOTO;ENCODING=b;TYPE=X-OWN:YWJj\n");
+    EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}, photo),
+              "FN;DERIVED=TRUE:?\nPHOTO:data:image/x-own;base64,YWJj\n");
+    EXPECT_NE(linesOf(bag, {}, makeData("\xFF\xD8\xFF")).find("TYPE=JPEG"), std::string::npos);
+  }
+}
+
 TEST(CardThrough, RelationsAreSaidInTheWordsOfTheVersion) {
   expectThrough({
       {"4.0", "RELATED;TYPE=colleague;VALUE=text:Di\n", "X-ABRELATEDNAMES;TYPE=colleague:Di\n",

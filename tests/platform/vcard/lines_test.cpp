@@ -35,7 +35,7 @@ TEST(CardLines, Base64EndsInEveryWayThatProgramsEndIt) {
       {"2.1", "PHOTO;BASE64:AQID\nBAUG\nBw==\nTITLE:x\n", "JobTitle=x\nphoto=7 bytes\n"},
       {"2.1", "PHOTO;BASE64:\nAQID\nBAUG\n\nTITLE:x\n", "JobTitle=x\nphoto=6 bytes\n"},
       {"3.0", "PHOTO;ENCODING=B:AQ\n ID\n BAUG\nTITLE:x\n", "JobTitle=x\nphoto=6 bytes\n"},
-      {"3.0", "PHOTO;BASE64;ENCODING=b;TYPE=JPEG:AQID\n", "photo=3 bytes\n"},
+      {"3.0", "PHOTO;BASE64;ENCODING=b;TYPE=JPEG:AQID\n", "kept=;0#0:image/jpeg\nphoto=3 bytes\n"},
       {"3.0", "KEY;ENCODING=b:AQ\n  ID\n", "kept=KEY;ENCODING=b:AQID\n"},
   });
 }

@@ -173,7 +173,7 @@ Card RandomCards::next() {
   }
   if (oneIn(2)) kept.insert(kept.begin(), Object("X-OWN;X-P=q:a\\,b"));
   if (oneIn(4)) kept.insert(kept.begin(), Object("item7.X-LONG_NAME;BARE:" + std::string(90, 'x')));
-  if (oneIn(4)) kept.insert(kept.begin(), Object("AGENT:\nBEGIN:VCARD\nN:a\\;b\nEND:VCARD"));
+  if (oneIn(4)) kept.insert(kept.begin(), Object("AGENT:BEGIN:VCARD\nN:a\\;b\nEND:VCARD"));
   if (!kept.empty()) bag.set(property_id::kUnmodelledLines, Object(std::move(kept)));
   if (oneIn(2)) {
     const auto id = property_table::add("OxMacRandomProperty", kABMultiStringProperty);

@@ -108,9 +108,9 @@ TEST(CardValues, AccountsNameTheirService) {
 
 TEST(CardValues, PhotosKeepTheirOwnBytes) {
   expectRows({
-      {"3.0", "PHOTO;ENCODING=b;TYPE=JPEG:AQID\n", "photo=3 bytes\n"},
-      {"2.1", "PHOTO;JPEG;BASE64:AQIDBA==\n", "photo=4 bytes\n"},
-      {"4.0", "PHOTO:data:image/png;base64,AQI=\n", "photo=2 bytes\n"},
+      {"3.0", "PHOTO;ENCODING=b;TYPE=JPEG:AQID\n", "kept=;0#0:image/jpeg\nphoto=3 bytes\n"},
+      {"2.1", "PHOTO;JPEG;BASE64:AQIDBA==\n", "kept=;0#0:image/jpeg\nphoto=4 bytes\n"},
+      {"4.0", "PHOTO:data:image/png;base64,AQI=\n", "kept=;0#0:image/png\nphoto=2 bytes\n"},
       {"4.0", "PHOTO:data:,a%20b\n", "photo=3 bytes\n"},
       {"3.0", "PHOTO;VALUE=URI:http://x/p.jpg\n", "kept=PHOTO;VALUE=URI:http://x/p.jpg\n"},
       {"3.0", "PHOTO;ENCODING=b:AQ.D\n",

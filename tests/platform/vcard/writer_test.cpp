@@ -171,6 +171,17 @@ TEST(CardWriter, PicturesAreNamedByTheirFirstBytes) {
   const std::vector<Picture> rows = {
       {"\x89PNG", ";ENCODING=b;TYPE=PNG:iVBORw==", ":data:image/png;base64,iVBORw=="},
       {"II*\0"s, ";ENCODING=b;TYPE=TIFF:SUkqAA==", ":data:image/tiff;base64,SUkqAA=="},
+      {"GIF89a", ";ENCODING=b;TYPE=GIF:R0lGODlh", ":data:image/gif;base64,R0lGODlh"},
+      {"RIFF\1\0\0\0WEBP"s, ";ENCODING=b;TYPE=WEBP:UklGRgEAAABXRUJQ",
+       ":data:image/webp;base64,UklGRgEAAABXRUJQ"},
+      {"\0\0\0\x18"
+       "ftypheic"s,
+       ";ENCODING=b;TYPE=HEIC:AAAAGGZ0eXBoZWlj", ":data:image/heic;base64,AAAAGGZ0eXBoZWlj"},
+      {"BM\1\2\3\4\0\0\0\0"s,
+       ";ENCODING=b;TYPE=BMP:Qk0BAgMEAAAAAA==", ":data:image/bmp;base64,Qk0BAgMEAAAAAA=="},
+      {"<?xml?><svg/>", ";ENCODING=b;TYPE=SVG+XML:PD94bWw/PjxzdmcvPg==",
+       ":data:image/svg+xml;base64,PD94bWw/PjxzdmcvPg=="},
+      {"BMW", ";ENCODING=b:Qk1X", ":data:application/octet-stream;base64,Qk1X"},
       {"abc", ";ENCODING=b:YWJj", ":data:application/octet-stream;base64,YWJj"},
   };
   for (const auto& row : rows) {
@@ -189,10 +200,10 @@ TEST(CardWriter, WhatTheVersionDoesNotAdmitIsWrapped) {
             "N:;;;;\nFN;X-DERIVED=TRUE:1\nTITLE:x\nTEL:1\nX-OX-LINE:X_A%3BTYPE%3DW%3A1\n"
             "X-OX-LINE:BDAY%3Asoon\nKEY;ENCODING=b:AQID\n"
             "X-OX-LINE:LOGO%3BENCODING%3Db%3AAQ.D\n"
-            "AGENT:\\nBEGIN:VCARD\\nN:a\\;b\\nEND:VCARD\nX-OX-LINE:%3B16%231%3BX-A%3D5%22\n");
+            "AGENT:BEGIN:VCARD\\nN:a\\;b\\nEND:VCARD\nX-OX-LINE:%3B16%231%3BX-A%3D5%22\n");
   const auto in40 = linesOf(bag, {.version = CardVersion::V40});
   EXPECT_NE(in40.find("X-OX-LINE:KEY%3BENCODING%3Db%3AAQID\n"
-                      "X-OX-LINE:LOGO%3BENCODING%3Db%3AAQ.D\nX-OX-LINE:AGENT%3A%0ABEGIN%3AVCARD"),
+                      "X-OX-LINE:LOGO%3BENCODING%3Db%3AAQ.D\nX-OX-LINE:AGENT%3ABEGIN%3AVCARD"),
             std::string::npos)
       << in40;
   EXPECT_EQ(linesOf(bag, {.nestedCards = false}).find("AGENT"), std::string::npos);
