@@ -84,9 +84,16 @@ std::string_view partsOf(const OxProperty& property) {
   return {};
 }
 
+std::string withoutBlanks(std::string_view text) {
+  std::string kept(text);
+  std::erase(kept, ' ');
+  return kept;
+}
+
 std::string labelKeyOf(const std::string& word) {
+  const auto wanted = withoutBlanks(word);
   for (const auto key : kLabelKeys) {
-    if (equalsIgnoringCase(names::labelWordOf(key), word)) return std::string(key);
+    if (equalsIgnoringCase(withoutBlanks(names::labelWordOf(key)), wanted)) return std::string(key);
   }
   return word;
 }

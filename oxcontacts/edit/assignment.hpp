@@ -17,7 +17,8 @@ struct Assignment {
 };
 
 // Reads PROPERTY[.PART][+][:LABEL]=VALUE; throws a CommandError (kUsage) that says what is wrong.
-// Properties and parts in any case; a label that is a built-in word becomes its key.
+// Properties and parts in any case; a label that is a built-in word becomes its key,
+// whatever its case and blanks.
 Assignment parseAssignment(const std::string& text);
 
 // The names of all properties that can be assigned, for the user.
