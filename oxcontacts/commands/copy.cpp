@@ -13,15 +13,16 @@ void copyTags(const _ABPerson& source, const _ABPerson& copy, const OxMacAddress
   book.tagManager()->setTags_forPersonID(source.tagArray(), copy.ID());
 }
 
+MadeRecords madeOf(const Persons& persons) {
+  return {persons.begin(), persons.end()};
+}
+
 Persons copied(const Context& context, const Persons& sources, OxMacAddressBook& book) {
   ProgressBar bar(context, "copying");
   Persons copies;
   for (const auto& source : sources) {
     auto copy = book.addOneFromOtherPerson(std::shared_ptr<IOxPerson>(source));
-    if (!copy) {
-      throw storeFailure(source->displayName().value_or("") + " could not be copied after " +
-                         std::to_string(copies.size()) + " others");
-    }
+    if (!copy) giveUp(madeOf(copies));
     copyTags(*source, *copy, book);
     copies.push_back(std::move(copy));
     bar.show(100.0 * static_cast<double>(copies.size()) / static_cast<double>(sources.size()));
@@ -34,7 +35,7 @@ void copyPersons(const Context& context, const std::vector<std::string>& names,
   const auto sources = findPersons(names);
   const auto book = findBook(discoveredBooks(context), bookName);
   const auto copies = copied(context, sources, *book);
-  saveEdits();
+  if (!saveEdits(madeOf(copies))) return;
   if (context.json) {
     JsonList list;
     for (const auto& copy : copies) list.add(personJson(*copy));

@@ -1,3 +1,5 @@
+#include <iostream>
+
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
@@ -14,7 +16,7 @@ struct NewGroup {
 
 void tellGroup(const Context& context, const std::string& what, const Group& group) {
   if (context.json) {
-    printJsonGroup(group);
+    std::cout << jsonOfGroup(group);
   } else {
     context.tell(what + " (" + group->ID().value_or("") + ")");
   }
@@ -41,15 +43,13 @@ void addGroup(const Context& context, const NewGroup& arguments) {
   const auto group = arguments.under.empty() ? book->addGroupByName(arguments.name)
                                              : madeUnder(*book, arguments.under, arguments.name);
   if (!group) throw storeFailure("no group was added");
-  saveEdits();
-  tellGroup(context, "added the group " + arguments.name, group);
+  if (saveEdits({group})) tellGroup(context, "added the group " + arguments.name, group);
 }
 
 void renameGroup(const Context& context, const std::string& name, const std::string& newName) {
   const auto group = findGroup(name);
   group->setDisplayName(newName);
-  saveEdits();
-  tellGroup(context, "renamed the group to " + newName, group);
+  if (saveEdits()) tellGroup(context, "renamed the group to " + newName, group);
 }
 
 void removeGroup(const Context& context, const std::string& name) {
@@ -57,13 +57,14 @@ void removeGroup(const Context& context, const std::string& name) {
   discoveredBooks(context);
   const auto shownName = group->displayName().value_or("");
   const auto below = group->subGroupsCount();
-  if (context.json) printJsonGroup(group);
+  const auto json = context.json ? jsonOfGroup(group) : "";
   if (const auto book = group->groupAddressBook()) {
     book->removeGroup(group);
   } else {
     ABAddressBook::sharedAddressBook()->removeRecord(group);
   }
   saveEdits();
+  std::cout << json;
   context.tell("removed the group " + shownName + (below > 0 ? " and what was below it" : "") +
                "; no person was removed");
 }

@@ -1,3 +1,4 @@
+#include "OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/apply.hpp"
@@ -25,44 +26,61 @@ void tellPerson(const Context& context, const char* what, const _ABPerson& perso
   }
 }
 
+// All of them, or none when the store refuses one.
+void applyAll(const std::vector<Assignment>& assignments, _ABPerson& person,
+              const MadeRecords& made) {
+  const auto before = failures::snapshot();
+  apply(assignments, person);
+  if (failures::snapshot() != before) giveUp(made);
+}
+
 void addPerson(const Context& context, const Arguments& arguments) {
   const auto assignments = parseAssignments(arguments.assignments);
   const auto book = findBook(discoveredBooks(context), arguments.record);
   const auto person = book->newPerson();
   if (!person) throw storeFailure("no person was added");
-  apply(assignments, *person);
-  saveEdits();
-  tellPerson(context, "added ", *person);
+  applyAll(assignments, *person, {person});
+  if (saveEdits({person})) tellPerson(context, "added ", *person);
 }
 
 void setValues(const Context& context, const Arguments& arguments) {
   const auto assignments = parseAssignments(arguments.assignments);
   const auto person = findPerson(arguments.record);
-  const auto refusals = failures::snapshot().refusals;
-  apply(assignments, *person);
-  saveEdits();
-  // What was overtaken by a removal elsewhere is told as a refusal, and there is nothing to show.
-  if (failures::snapshot().refusals == refusals) tellPerson(context, "changed ", *person);
+  // Makes every property known that books add to those of the store.
+  discoveredBooks(context);
+  applyAll(assignments, *person, {});
+  if (saveEdits()) tellPerson(context, "changed ", *person);
 }
 
-// Every person through the book that holds it, which forgets the tags too.
+// Not before the persons are gone: tags are removed at once.
+void removeTags(const std::vector<std::pair<Text, Text>>& booksAndPersons) {
+  const auto failures = failures::failureCount();
+  for (const auto& [book, person] : booksAndPersons) {
+    const auto manager = OxTagManager::tagManagerWithID(book);
+    if (manager && manager->tagsByPersonID(person)) manager->removeForPersonID(person);
+  }
+  if (failures::failureCount() != failures) {
+    throw storeFailure("the persons are removed, but not all of their tags");
+  }
+  saveTags();
+}
+
 void removePersons(const Context& context, const std::vector<std::string>& names) {
   const auto persons = findPersons(names);
   discoveredBooks(context);
   Json removed = Json::array();
   std::string told;
+  std::vector<std::pair<Text, Text>> booksAndPersons;
   for (const auto& person : persons) {
+    booksAndPersons.emplace_back(person->addressBookID(), person->ID());
     if (context.json) removed.push_back(personJson(*person));
     told += (told.empty() ? "removed " : ", ") + nameAndId(*person);
   }
   for (const auto& person : persons) {
-    if (const auto book = person->personAddressBook()) {
-      book->removePersons({person});
-    } else {
-      ABAddressBook::sharedAddressBook()->removeRecord(person);
-    }
+    ABAddressBook::sharedAddressBook()->removeRecord(person);
   }
   saveEdits();
+  removeTags(booksAndPersons);
   if (context.json) {
     printJson(removed);
   } else {

@@ -1,3 +1,4 @@
+#include <iostream>
 #include <unordered_set>
 
 #include "oxcontacts/commands/commands.hpp"
@@ -20,7 +21,7 @@ struct Arguments {
 
 void tellGroup(const Context& context, const std::string& what, const Group& group) {
   if (context.json) {
-    printJsonGroup(group);
+    std::cout << jsonOfGroup(group);
   } else {
     context.tell(what + group->displayName().value_or(""));
   }
@@ -45,7 +46,7 @@ void addMembers(const Context& context, const Arguments& arguments) {
     ProgressBar bar(context, "adding to the group");
     group->addPersons_progress(Members(persons.begin(), persons.end()), bar.callback());
   }
-  saveEdits();
+  if (!saveEdits()) return;
   tellGroup(context, "added " + counted(group->persons().size() - before, "person") + " to ",
             group);
 }
@@ -78,7 +79,7 @@ void removeMembers(const Context& context, const Arguments& arguments) {
   } else {
     group->removePersonsFromThisGroup(members);
   }
-  saveEdits();
+  if (!saveEdits()) return;
   tellGroup(context, "removed " + counted(members.size(), "person") + " from ", group);
   if (members.size() < persons.size()) throw CommandError(kDoneWithRefusals, "");
 }

@@ -21,14 +21,18 @@ std::string sizeOf(const Image& image) {
   return std::to_string(image.width) + " x " + std::to_string(image.height) + " pixels";
 }
 
+void changePicture(_ABPerson& person, const ImagePtr& image) {
+  const auto before = failures::snapshot();
+  person.setThumbnail(image);
+  if (failures::snapshot() != before) giveUp();
+}
+
 void setPhoto(const Context& context, _ABPerson& person, const std::string& path) {
   std::string reason;
   const auto image = images::decodeImage(readFile(path, kLargestFile), &reason);
   if (!image) throw CommandError(kFailed, path + ": no picture that can be used: " + reason);
-  const auto refusals = failures::snapshot().refusals;
-  person.setThumbnail(image);
-  saveEdits();
-  if (failures::snapshot().refusals == refusals) {
+  changePicture(person, image);
+  if (saveEdits()) {
     context.tell("set the picture of " + person.displayName().value_or("") + " (" + sizeOf(*image) +
                  ")");
   }
@@ -43,9 +47,8 @@ void getPhoto(const Context& context, const _ABPerson& person, const std::string
 }
 
 void clearPhoto(const Context& context, _ABPerson& person) {
-  person.setThumbnail(nullptr);
-  saveEdits();
-  context.tell(person.displayName().value_or("") + " has no picture now");
+  changePicture(person, nullptr);
+  if (saveEdits()) context.tell(person.displayName().value_or("") + " has no picture now");
 }
 
 void handlePhoto(const Context& context, const Arguments& arguments) {

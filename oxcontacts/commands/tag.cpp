@@ -23,7 +23,7 @@ void changeTags(const Context& context, const Arguments& arguments) {
   for (const auto& tag : arguments.removed) person->removeTag(tag);
   for (const auto& tag : arguments.added) person->addTag(tag);
   if (failures::snapshot().failures != failures) throw storeFailure("the tags were not changed");
-  saveEdits();
+  saveTags();
   const auto tags = person->tagArray();
   if (context.json) {
     printJson(tags);

@@ -1,10 +1,39 @@
 #include "oxcontacts/edit/saving.hpp"
 
 #include "OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "base/failures.hpp"
 #include "platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox::program {
+namespace {
+
+void removeTags(const std::shared_ptr<ABRecord>& record) {
+  const auto person = hostPerson(record);
+  if (!person) return;
+  const auto manager = OxTagManager::tagManagerWithID(person->addressBookID());
+  if (manager && manager->tagsByPersonID(person->ID())) manager->removeForPersonID(person->ID());
+}
+
+bool removeAgain(const MadeRecords& made) {
+  if (made.empty()) return true;
+  const auto store = ABAddressBook::sharedAddressBook();
+  for (const auto& record : made) {
+    removeTags(record);
+    store->removeRecord(record);
+  }
+  return store->save();
+}
+
+std::string leftBehind(const MadeRecords& made) {
+  std::string text = "the values were not saved, and this is left without them:";
+  for (const auto& record : made) {
+    text += (record == made.front() ? " " : ", ") + record->uniqueId().value_or("");
+  }
+  return text;
+}
+
+}  // namespace
 
 CommandError storeFailure(const std::string& what) {
   const auto reason = failures::snapshot().lastReason;
@@ -13,12 +42,25 @@ CommandError storeFailure(const std::string& what) {
   return {busy ? kBusy : kFailed, what + ": " + reason};
 }
 
-void saveEdits() {
+void giveUp(const MadeRecords& made) {
+  const auto failure = storeFailure("nothing was saved");
+  ABAddressBook::sharedAddressBook()->revert();
+  if (removeAgain(made)) throw failure;
+  ABAddressBook::sharedAddressBook()->revert();
+  throw storeFailure(leftBehind(made));
+}
+
+void saveTags() {
+  if (!OxTagManager::makeDurable()) throw storeFailure("the tags may not survive a power cut");
+}
+
+bool saveEdits(const MadeRecords& made) {
   const auto report = ABAddressBook::sharedAddressBook()->saveAndReturnError();
-  if (!report.done) throw storeFailure("nothing was saved");
+  if (!report.done) giveUp(made);
   // The last one is told when the program ends.
   for (std::size_t i = 0; i + 1 < report.dropped.size(); ++i) Context::complain(report.dropped[i]);
-  if (!OxTagManager::makeDurable()) throw storeFailure("the tags may not survive a power cut");
+  saveTags();
+  return report.dropped.empty();
 }
 
 }  // namespace ox::program

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "oxcontacts/context.hpp"
+#include "platform/AddressBook/ABRecord.hpp"
 
 namespace ox::program {
 
@@ -10,9 +13,19 @@ namespace ox::program {
 // kBusy when another process kept it locked.
 CommandError storeFailure(const std::string& what);
 
-// Writes every unsaved change, and the tags, so that they survive a power cut. Throws storeFailure
-// when nothing was written. Edits that a removal elsewhere has overtaken are named to the user; the
-// program then ends with kDoneWithRefusals, for they are counted as refusals.
-void saveEdits();
+// Records that the store took as they were made, without values, before their values are saved.
+using MadeRecords = std::vector<std::shared_ptr<ABRecord>>;
+
+// Writes every unsaved change, and the tags, so that they survive a power cut. False when a removal
+// elsewhere has overtaken edits: they are named to the user, there is nothing to show for them, and
+// the program then ends with kDoneWithRefusals, for they are counted as refusals. Gives up when
+// nothing was written.
+bool saveEdits(const MadeRecords& made = {});
+// The tags alone, which are changed at once.
+void saveTags();
+
+// Ends the command with storeFailure: forgets every unsaved change, removes what was made, with its
+// tags, and names what could not be removed.
+[[noreturn]] void giveUp(const MadeRecords& made = {});
 
 }  // namespace ox::program

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <sstream>
 #include <unordered_set>
 
 #include "oxcontacts/output/json.hpp"
@@ -45,10 +46,10 @@ void walk(Groups roots, Enter enter, Leave leave) {
 }
 
 // Every group with what stands between its braces; the closing braces where its tree ends.
-void printJsonTrees(Groups roots) {
+void writeJsonTrees(Groups roots, std::ostream& output) {
   walk(
       std::move(roots),
-      [](const _ABGroup& group, std::size_t, bool isFirst) {
+      [&](const _ABGroup& group, std::size_t, bool isFirst) {
         const Json fields = {{"ID", jsonOf(group.ID())},
                              {"displayName", jsonOf(group.displayName())},
                              {"addressBookID", jsonOf(group.addressBookID())},
@@ -56,9 +57,9 @@ void printJsonTrees(Groups roots) {
                              {"includePersons", group.includePersonsCount()}};
         auto text = oneLine(fields);
         text.pop_back();
-        std::cout << (isFirst ? "" : ",\n") << text << ",\"subGroups\":[";
+        output << (isFirst ? "" : ",\n") << text << ",\"subGroups\":[";
       },
-      [] { std::cout << "]}"; });
+      [&] { output << "]}"; });
 }
 
 }  // namespace
@@ -66,13 +67,15 @@ void printJsonTrees(Groups roots) {
 void printJsonTree(Groups roots) {
   const bool empty = roots.empty();
   std::cout << (empty ? "[" : "[\n");
-  printJsonTrees(std::move(roots));
+  writeJsonTrees(std::move(roots), std::cout);
   std::cout << "\n]\n";
 }
 
-void printJsonGroup(const Group& group) {
-  printJsonTrees({group});
-  std::cout << '\n';
+std::string jsonOfGroup(const Group& group) {
+  std::ostringstream text;
+  writeJsonTrees({group}, text);
+  text << '\n';
+  return text.str();
 }
 
 void printTree(Groups roots) {

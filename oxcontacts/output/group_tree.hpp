@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
@@ -15,7 +16,7 @@ using Groups = std::vector<Group>;
 // [{"ID","displayName","addressBookID","persons","includePersons","subGroups":[...]}].
 void printJsonTree(Groups roots);
 // The same of one group, without the brackets.
-void printJsonGroup(const Group& group);
+std::string jsonOfGroup(const Group& group);
 // A line a group, for readers.
 void printTree(Groups roots);
 
