@@ -1,141 +1,150 @@
 #include "oxcontacts/edit/apply.hpp"
 
+#include <algorithm>
 #include <array>
 
+#include "OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
 #include "OxMacAddressBookSDK/_ABPerson/property_names.hpp"
 #include "base/text/case.hpp"
+#include "platform/records/property_keys.hpp"
 
 namespace ox::program {
 namespace {
 
-using Element = OxMutableMultipleValue::Element;
-
-struct FieldRow {
+struct PartRow {
   std::string_view part;
-  std::string_view field;
+  std::string_view key;
 };
 
-constexpr std::array kAddressFields = {
-    FieldRow{"street", OxAddressFieldStreet},         FieldRow{"city", OxAddressFieldCity},
-    FieldRow{"state", OxAddressFieldState},           FieldRow{"zip", OxAddressFieldZIP},
-    FieldRow{"country", OxAddressFieldCountryOrArea},
+constexpr std::array kAddressParts = {
+    PartRow{"street", kABAddressStreetKey},   PartRow{"city", kABAddressCityKey},
+    PartRow{"state", kABAddressStateKey},     PartRow{"zip", kABAddressZIPKey},
+    PartRow{"country", kABAddressCountryKey},
 };
 
-// The elements of a property while they are changed.
+// The stored entries of a property while they are changed. Through the model every entry would be
+// a new one: here those that are not touched stay what they are, with all that is kept of them.
 struct Entries {
-  std::vector<Element> elements;
-  Element main;
+  MultiValue value;
   bool needsMain = false;
 };
 
-Entries entriesOf(const _ABPerson& person, const OxPropertyPtr& property) {
+Entries entriesOf(const _ABPerson& person, std::string_view storeName) {
   Entries entries;
-  const auto value =
-      std::dynamic_pointer_cast<OxMutableMultipleValue>(person.valueByProperty(property));
-  for (std::uint64_t i = 0; value && i < value->count(); ++i) {
-    entries.elements.push_back(value->valueAtIndex(i));
-  }
-  if (value) entries.main = value->mainValue();
-  entries.needsMain = entries.elements.empty() || entries.main;
+  const auto stored = person.valueForProperty(storeName);
+  if (const auto* held = std::get_if<MultiValuePtr>(&stored); held && *held) entries.value = **held;
+  entries.needsMain = entries.value.entries.empty() || entries.value.primary != 0;
   return entries;
 }
 
-void write(const Entries& entries, _ABPerson& person, const OxPropertyPtr& property) {
-  if (entries.elements.empty()) return person.setValue_byProperty(nullptr, property);
-  const auto value = OxMutableMultipleValue::init();
-  for (const auto& element : entries.elements) value->addValue(element);
-  const auto first = entries.needsMain ? entries.elements.front() : nullptr;
-  value->setMainValue(entries.main ? entries.main : first);
-  person.setValue_byProperty(value, property);
+void write(Entries entries, _ABPerson& person, std::string_view storeName) {
+  auto& value = entries.value;
+  if (value.entries.empty()) {
+    person.setValue_forProperty(Object(), storeName);
+    return;
+  }
+  if (entries.needsMain && value.primary == 0) value.primary = value.entries.front().identifier;
+  person.setValue_forProperty(std::make_shared<const MultiValue>(std::move(value)), storeName);
 }
 
-Element newElement(const Assignment& assignment, Object value) {
-  auto element = OxMutableSingleValue::init();
-  element->setType(assignment.property->subValueType());
-  element->setValue(std::move(value));
-  auto label = OxLabel::init();
-  label->setName(assignment.label);
-  element->setLabel(label);
-  return element;
-}
-
-bool hasLabel(const OxMutableSingleValue& element, const Text& key) {
-  const auto& label = element.label();
-  if (!label || !label->name() || !key) return false;
-  return *label->name() == *key ||
-         equalsIgnoringCase(names::labelWordOf(*label->name()), names::labelWordOf(*key));
+bool hasLabel(const MultiEntry& entry, const Text& key) {
+  if (!entry.label || !key) return false;
+  return *entry.label == *key ||
+         equalsIgnoringCase(names::labelWordOf(*entry.label), names::labelWordOf(*key));
 }
 
 // Takes out the entries of the label, or all; the result is where the first one stood.
-std::size_t takeOut(const Text& label, Entries& entries) {
-  std::vector<Element> kept;
-  std::size_t place = entries.elements.size();
-  for (const auto& element : entries.elements) {
-    if (label && !hasLabel(*element, label)) {
-      kept.push_back(element);
+std::size_t takeOut(const Text& label, MultiValue& value) {
+  std::vector<MultiEntry> kept;
+  std::size_t place = value.entries.size();
+  for (auto& entry : value.entries) {
+    if (label && !hasLabel(entry, label)) {
+      kept.push_back(std::move(entry));
       continue;
     }
     place = std::min(place, kept.size());
-    if (element == entries.main) entries.main = nullptr;
+    if (entry.identifier == value.primary) value.primary = 0;
   }
-  entries.elements = std::move(kept);
-  return std::min(place, entries.elements.size());
+  value.entries = std::move(kept);
+  return std::min(place, value.entries.size());
 }
 
-void applyWhole(const Assignment& assignment, Entries& entries) {
-  const bool hadMain = entries.main != nullptr;
-  auto place = entries.elements.size();
-  if (!assignment.adds) place = takeOut(assignment.label, entries);
-  if (assignment.value.isMissing()) return;
-  const auto element = newElement(assignment, assignment.value);
-  entries.elements.insert(entries.elements.begin() + static_cast<std::ptrdiff_t>(place), element);
-  // The new entry follows the main one that it replaced, and whatever stood alone is main.
-  if (hadMain && !entries.main) entries.main = element;
-  if (!assignment.adds && !assignment.label) entries.main = element;
+// The result is its identifier.
+std::uint64_t insertNew(const Assignment& assignment, Object stored, std::size_t place,
+                        MultiValue& value) {
+  const auto identifier = value.add(std::move(stored), assignment.label);
+  std::rotate(value.entries.begin() + static_cast<std::ptrdiff_t>(place), value.entries.end() - 1,
+              value.entries.end());
+  return identifier;
 }
 
-std::shared_ptr<OxObjectAddress> copyOf(const OxObjectAddress& address) {
-  auto copy = OxObjectAddress::init();
-  copy->setCountryCode(address.countryCode());
-  for (const auto& row : kAddressFields) {
-    copy->setStringValue_forFieldName(address.stringValueByFieldName(row.field), row.field);
-  }
-  return copy;
-}
-
-// The address that a part belongs to; null when it is yet to be made.
-Element addressFor(const Assignment& assignment, const Entries& entries) {
-  if (assignment.adds || entries.elements.empty()) return nullptr;
-  if (!assignment.label) return entries.main ? entries.main : entries.elements.front();
-  for (const auto& element : entries.elements) {
-    if (hasLabel(*element, assignment.label)) return element;
-  }
-  return nullptr;
-}
-
-bool isEmpty(const OxObjectAddress& address) {
-  return std::all_of(kAddressFields.begin(), kAddressFields.end(), [&](const FieldRow& row) {
-    return !address.stringValueByFieldName(row.field);
+// The entry that says the very same already; 0 when there is none.
+std::uint64_t sameEntry(const Object& stored, const Text& label, const MultiValue& value) {
+  const auto same = std::ranges::find_if(value.entries, [&](const MultiEntry& entry) {
+    return entry.value == stored && entry.label == label;
   });
+  return same != value.entries.end() ? same->identifier : 0;
 }
 
-void applyAddressPart(const Assignment& assignment, Entries& entries) {
-  auto element = addressFor(assignment, entries);
-  if (!element && assignment.value.isMissing()) return;
-  if (!element) {
-    element = newElement(assignment, OxObjectAddress::init());
-    entries.elements.push_back(element);
+void applyWhole(const Assignment& assignment, MultiValue& value) {
+  const bool hadMain = value.primary != 0;
+  auto stored = convert::storedFromElement(assignment.value, assignment.property->subValueType());
+  const auto same = assignment.adds ? 0 : sameEntry(stored, assignment.label, value);
+  const auto end = value.entries.size();
+  const auto place = assignment.adds ? end : takeOut(assignment.label, value);
+  if (stored.isMissing()) return;
+  auto added = insertNew(assignment, std::move(stored), place, value);
+  if (same != 0) added = value.entries[place].identifier = same;
+  // The new entry follows the main one that it replaced, and whatever stood alone is main.
+  if (hadMain && value.primary == 0) value.primary = added;
+  if (!assignment.adds && !assignment.label) value.primary = added;
+}
+
+// The address that a part belongs to; the end when it is yet to be made.
+std::vector<MultiEntry>::iterator addressFor(const Assignment& assignment, MultiValue& value) {
+  auto& entries = value.entries;
+  if (assignment.adds) return entries.end();
+  if (assignment.label) {
+    return std::ranges::find_if(
+        entries, [&](const MultiEntry& entry) { return hasLabel(entry, assignment.label); });
   }
-  const auto held = element->value().host<OxObjectAddress>();
-  const auto address = held ? copyOf(*held) : OxObjectAddress::init();
-  for (const auto& row : kAddressFields) {
-    if (row.part != assignment.part) continue;
-    address->setStringValue_forFieldName(assignment.value.toText(), row.field);
+  const auto main = std::ranges::find(entries, value.primary, &MultiEntry::identifier);
+  return main != entries.end() ? main : entries.begin();
+}
+
+// What the address has besides its parts stays: other programs' keys, and a country code, which is
+// none of ours to invent.
+Dictionary withPart(const Object& address, std::string_view key, const Object& text) {
+  Dictionary changed;
+  if (const auto* held = address.dictionary()) {
+    for (const auto& [name, value] : held->entries()) {
+      if (name != key || !text.isMissing()) changed.set(name, value);
+    }
   }
-  element->setValue(address);
-  if (!isEmpty(*address)) return;
-  std::erase(entries.elements, element);
-  if (entries.main == element) entries.main = nullptr;
+  if (!text.isMissing()) changed.set(key, text);
+  return changed;
+}
+
+bool isEmpty(const Dictionary& address) {
+  return std::ranges::none_of(kAddressParts,
+                              [&](const PartRow& row) { return address.contains(row.key); });
+}
+
+void applyAddressPart(const Assignment& assignment, MultiValue& value) {
+  const auto row = std::ranges::find(kAddressParts, assignment.part, &PartRow::part);
+  auto entry = addressFor(assignment, value);
+  if (entry == value.entries.end()) {
+    if (assignment.value.isMissing()) return;
+    insertNew(assignment, Dictionary(), value.entries.size(), value);
+    entry = value.entries.end() - 1;
+  }
+  auto address = withPart(entry->value, row->key, assignment.value);
+  if (!isEmpty(address)) {
+    entry->value = std::move(address);
+    return;
+  }
+  if (entry->identifier == value.primary) value.primary = 0;
+  value.entries.erase(entry);
 }
 
 Object nameWithPart(const Assignment& assignment, const _ABPerson& person) {
@@ -167,13 +176,14 @@ void apply(const std::vector<Assignment>& assignments, _ABPerson& person) {
       applySingle(assignment, person);
       continue;
     }
-    auto entries = entriesOf(person, assignment.property);
+    const auto storeName = names::storeNameOf(assignment.property->name());
+    auto entries = entriesOf(person, storeName);
     if (assignment.part.empty()) {
-      applyWhole(assignment, entries);
+      applyWhole(assignment, entries.value);
     } else {
-      applyAddressPart(assignment, entries);
+      applyAddressPart(assignment, entries.value);
     }
-    write(entries, person, assignment.property);
+    write(std::move(entries), person, storeName);
   }
 }
 
