@@ -17,6 +17,7 @@ std::shared_ptr<CNMutableContact> CNMutableContact::mutableCopy(const CNContact&
   std::shared_ptr<CNMutableContact> copy(new CNMutableContact(source.key()));
   copy->properties_ = source.properties();
   copy->image_ = source.imageData();
+  copy->hasValues_ = source.hasValues_;
   if (!source.hasValues_) CNContactStore::fetchValues(*copy);
   return copy;
 }
