@@ -12,20 +12,29 @@ bool idBefore(const PropertyBag::Entry& entry, PropertyId id) {
 }
 
 constexpr int kMaxDepth = 32;  // of arrays and dictionaries in one another
+constexpr std::size_t kMaxEntries = 10'000;
 
-// False for what no file can hold: pictures, host objects, nesting without end.
+// Neither a day that does not exist nor parts that mean nothing together.
+bool isStorable(const Date& date) {
+  return Date::fromText(date.toText()) == date;
+}
+
+// False for what no file can hold: pictures, host objects, dates that are none, nesting without
+// end.
 bool isStorable(const Object& value, int depth) {
   if (value.as<ImagePtr>() != nullptr || value.as<Object::HostObjectPtr>() != nullptr) return false;
-  if (depth > kMaxDepth) return false;
+  if (const auto* date = value.as<Date>()) return isStorable(*date);
   if (const auto* array = value.array()) {
-    return std::all_of(array->begin(), array->end(),
+    return depth < kMaxDepth &&
+           std::all_of(array->begin(), array->end(),
                        [&](const Object& element) { return isStorable(element, depth + 1); });
   }
   if (const auto* dictionary = value.dictionary()) {
     const auto& entries = dictionary->entries();
-    return std::all_of(entries.begin(), entries.end(), [&](const Dictionary::Entry& entry) {
-      return isStorable(entry.second, depth + 1);
-    });
+    return depth < kMaxDepth && entries.size() <= kMaxEntries &&
+           std::all_of(entries.begin(), entries.end(), [&](const Dictionary::Entry& entry) {
+             return isStorable(entry.second, depth + 1);
+           });
   }
   return true;
 }
@@ -39,7 +48,7 @@ bool fitsBase(const Object& value, std::int32_t type) {
     case kABRealProperty:
       return value.as<double>() != nullptr;
     case kABDateProperty:
-      return value.as<Date>() != nullptr;
+      return value.as<Date>() != nullptr && isStorable(value, 0);
     case kABArrayProperty:
       return value.array() != nullptr && isStorable(value, 0);
     case kABDictionaryProperty:

@@ -1,5 +1,6 @@
 // A value nested deeper than the stored form allows was saved, and the whole record was unreadable
-// from then on; a picture inside a dictionary was accepted, and every later save failed.
+// from then on; a picture inside a dictionary was accepted, and every later save failed; a date
+// that does not exist was stored, and no backup of the book could be written any more.
 #include <gtest/gtest.h>
 
 #include "base/failures.hpp"
@@ -36,6 +37,36 @@ TEST(UnstorableValues, AreRefusedAndTheOldOnesStay) {
   EXPECT_TRUE(book->save());
   EXPECT_EQ(std::get<Object>(person->valueForProperty("Nested")), nested(32));
   EXPECT_EQ(std::get<Object>(person->valueForProperty(kABFirstNameProperty)), Object("Ann"));
+}
+
+TEST(UnstorableValues, AreDatesThatDoNotExistAndDictionariesBeyondMeasure) {
+  support::StoreBuilder().person("p");
+  ABPerson::addPropertiesAndTypes({{"Nested", kABArrayProperty}, {"Facts", kABDictionaryProperty}});
+  const auto person = ABAddressBook::sharedAddressBook()->people().at(0);
+  const Date leap{2000, 2, 29, {}, {}};
+  const std::vector<Date> none = {
+      Date(),
+      Date{2001, 2, 30, {}, {}},
+      Date{2001, 2, 29, {}, {}},
+      Date{10000, 1, 1, {}, {}},
+      Date{{}, 5, 17, {}, 60},
+  };
+  for (const auto& date : none) {
+    EXPECT_FALSE(person->setValue_forProperty(Object(date), kABBirthdayProperty)) << date.toText();
+    EXPECT_FALSE(person->setValue_forProperty(Object(Array{date}), "Nested")) << date.toText();
+    EXPECT_FALSE(person->setValue_forProperty(oneEntry(date), kABOtherDatesProperty));
+  }
+  EXPECT_TRUE(person->setValue_forProperty(Object(leap), kABBirthdayProperty));
+  EXPECT_TRUE(person->setValue_forProperty(oneEntry(leap), kABOtherDatesProperty));
+  Dictionary large;
+  for (int i = 0; i < 10'000; ++i) large.set(std::to_string(i), Object("x"));
+  EXPECT_TRUE(person->setValue_forProperty(Object(large), "Facts"));
+  large.set("one more", Object("x"));
+  EXPECT_FALSE(person->setValue_forProperty(Object(large), "Facts"));
+  Object empty(Array{});
+  for (int i = 0; i < 31; ++i) empty = Array{empty};
+  EXPECT_TRUE(person->setValue_forProperty(empty, "Nested"));
+  EXPECT_FALSE(person->setValue_forProperty(Object(Array{empty}), "Nested"));
 }
 
 TEST(UnstorableValues, KeepAWholeRequestFromBeingWritten) {
