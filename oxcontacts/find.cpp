@@ -1,5 +1,6 @@
 #include "oxcontacts/find.hpp"
 
+#include <algorithm>
 #include <unordered_set>
 #include <vector>
 
@@ -51,8 +52,41 @@ std::shared_ptr<Record> oneNamed(const char* what, const std::string& text, cons
   return found;
 }
 
-// Null when there is none.
-ContainerPtr accountNamed(const std::string& text) {
+using Book = std::shared_ptr<OxMacAddressBook>;
+
+// The discovered book of that ID; null when there is none.
+Book bookWithId(const BookList& books, const Text& id) {
+  for (const auto& book : books) {
+    if (book->ID() == id) return book;
+  }
+  return nullptr;
+}
+
+// The discovered one, or one that is made: no discovery lists an account without records.
+Book bookOf(const BookList& books, const ContainerPtr& account) {
+  auto book = bookWithId(books, OxMacAddressBook::standID(account->identifier));
+  if (book) return book;
+  return OxMacAddressBook::initWithContainer(std::make_shared<const CNContainer>(account));
+}
+
+// Those of that name, be it their own or their account's, each once.
+std::vector<Book> booksNamed(const BookList& books, const std::string& text) {
+  std::vector<Book> named;
+  for (const auto& book : books) {
+    if (book->name() == text) named.push_back(book);
+  }
+  for (const auto& account : contactSource().containers()) {
+    auto book = bookOf(books, account);
+    const bool known = std::any_of(named.begin(), named.end(),
+                                   [&](const Book& other) { return other->ID() == book->ID(); });
+    if (!known && (account->name == text || book->name() == text)) named.push_back(std::move(book));
+  }
+  return named;
+}
+
+}  // namespace
+
+ContainerPtr findAccount(const std::string& text) {
   if (auto container = contactSource().containerNamed(text)) return container;
   ContainerPtr found;
   std::vector<Candidate> candidates;
@@ -61,33 +95,21 @@ ContainerPtr accountNamed(const std::string& text) {
     candidates.push_back({container->identifier, container->name});
     found = container;
   }
+  if (!found) notFound("account", text);
   if (candidates.size() > 1) ambiguous("account", text, candidates);
   return found;
 }
 
-}  // namespace
-
-ContainerPtr findAccount(const std::string& text) {
-  if (auto account = accountNamed(text)) return account;
-  notFound("account", text);
-}
-
 std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text) {
-  std::shared_ptr<OxMacAddressBook> found;
+  if (auto book = bookWithId(books, text)) return book;
+  if (const auto account = contactSource().containerNamed(text)) return bookOf(books, account);
+  const auto named = booksNamed(books, text);
+  if (named.empty()) notFound("book", text);
+  if (named.size() == 1) return named.front();
   std::vector<Candidate> candidates;
-  for (const auto& book : books) {
-    if (book->ID() == text) return book;
-    if (book->name() != text) continue;
-    candidates.push_back({book->ID().value_or(""), text});
-    found = book;
-  }
-  if (candidates.empty()) {
-    const auto account = accountNamed(text);
-    if (!account) notFound("book", text);
-    return OxMacAddressBook::initWithContainer(std::make_shared<const CNContainer>(account));
-  }
-  if (candidates.size() > 1) ambiguous("book", text, candidates);
-  return found;
+  candidates.reserve(named.size());
+  for (const auto& book : named) candidates.push_back({book->ID().value_or(""), text});
+  ambiguous("book", text, candidates);
 }
 
 std::shared_ptr<_ABPerson> findPerson(const std::string& text) {

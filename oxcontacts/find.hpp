@@ -17,8 +17,8 @@ namespace ox::program {
 
 // By identifier or standard id, else by name.
 ContainerPtr findAccount(const std::string& text);
-// Among the discovered books, by ID, else by name; else the book of an account without records,
-// which no discovery lists.
+// Among the discovered books and those of accounts without records, which no discovery lists: by
+// ID, else by name.
 std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text);
 // By ID, else by display name.
 std::shared_ptr<_ABPerson> findPerson(const std::string& text);

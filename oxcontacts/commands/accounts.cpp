@@ -57,9 +57,21 @@ struct NewAccount {
   std::string identifier;
 };
 
+// Two accounts of one standard id could not be told apart where that is what names them.
+void refuseTakenId(const std::string& identifier) {
+  const auto standId = OxMacAddressBook::standID(identifier);
+  if (standId->empty()) throw CommandError(kUsage, "\"" + identifier + "\" is no identifier");
+  for (const auto& container : contactSource().containers()) {
+    if (OxMacAddressBook::standID(container->identifier) != standId) continue;
+    throw CommandError(
+        kFailed, "there is an account with the identifier " + container->identifier + " already");
+  }
+}
+
 void addAccount(const Context& context, const NewAccount& account) {
   ContainerInfo container{account.identifier, account.name, typeOf(account.type)};
   if (container.identifier.empty()) container.identifier = uuidText(makeUuid()) + ":ABAccount";
+  refuseTakenId(container.identifier);
   SaveRequest request;
   request.newContainers.push_back(container);
   execute(std::move(request));

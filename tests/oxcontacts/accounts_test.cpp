@@ -54,6 +54,10 @@ TEST(AccountsCommand, TellsWhatItCannotDo) {
       {{"accounts", "remove", "Twin"}, 2, "A:ABAccount, B:ABAccount"},
       {{"accounts", "remove", "_local", "--force"}, 1, "the local account cannot be removed"},
       {{"accounts", "add", "x", "--identifier", "A:ABAccount"}, 1, "A:ABAccount already"},
+      {{"accounts", "add", "x", "--identifier", "A"}, 1, "A:ABAccount already"},
+      {{"accounts", "add", "x", "--identifier", "A:ABAccount:ABAccount"}, 1, "A:ABAccount already"},
+      {{"accounts", "add", "x", "--identifier", "_local"}, 1, "_local:ABAccount already"},
+      {{"accounts", "add", "x", "--identifier", ":ABAccount"}, 2, "is no identifier"},
       {{"accounts", "add", "x", "--type", "imap"}, 2, "imap"},
       {{"accounts", "add"}, 2, "NAME is required"},
       {{"import", "x.vcf", "--into", "Nobody"}, 4, "there is no account \"Nobody\""},
@@ -67,6 +71,27 @@ TEST(AccountsCommand, TellsWhatItCannotDo) {
     EXPECT_EQ(result.output, "") << row.message;
   }
   EXPECT_EQ(runJson({"accounts"}).size(), 3U);
+}
+
+// Each name that may mean two books must be told, whether they hold records or not.
+TEST(BookNames, AreAmbiguousWhateverTheBooksHold) {
+  for (const auto* identifier : {"A:ABAccount", "B:ABAccount"}) {
+    run({"accounts", "add", "Work", "--identifier", identifier});
+  }
+  run({"accounts", "add", "iCloud", "--identifier", "C:ABAccount"});
+  run({"add-person", "A", "name=Ann"});
+  run({"add-person", "C", "name=Cy"});
+  const auto refused = run({"add-person", "Work", "name=Ben"});
+  EXPECT_EQ(refused.exitCode, 2);
+  EXPECT_EQ(refused.errors,
+            "oxcontacts: \"Work\" may be any of 2 books; name one by its ID: A, B\n");
+  EXPECT_EQ(run({"export", "--book", "Work"}).exitCode, 2);
+  EXPECT_EQ(runJson({"add-person", "B", "name=Ben"})["addressBookID"], "B");
+  EXPECT_EQ(run({"add-person", "Work", "name=Dee"}).exitCode, 2);
+  for (const auto* name : {"C", "C:ABAccount", "iCloud"}) {
+    EXPECT_EQ(runJson({"persons", "--book", name}).size(), 1U) << name;
+  }
+  EXPECT_EQ(runJson({"persons"}).size(), 3U);
 }
 
 }  // namespace
