@@ -68,15 +68,17 @@ Text RandomCards::label(PropertyId property) {
 }
 
 Date RandomCards::date() {
-  Date date;
-  if (!oneIn(3)) date.year = static_cast<std::int16_t>(oneIn(8) ? 1604 : below(2100));
-  if (!oneIn(8)) date.month = static_cast<std::uint8_t>(1 + below(12));
-  if (date.month ? !oneIn(8) : !date.year) date.day = static_cast<std::uint8_t>(1 + below(28));
-  if (oneIn(4)) date.secondOfDay = static_cast<std::int32_t>(below(86401));
-  if (oneIn(6))
-    date.utcOffsetMinutes = static_cast<std::int16_t>(static_cast<int>(below(1600)) - 800);
-  if (oneIn(40)) date.month = std::uint8_t{13};
-  return date;
+  while (true) {
+    Date date;
+    if (!oneIn(3)) date.year = static_cast<std::int16_t>(oneIn(8) ? 1604 : below(2100));
+    if (!oneIn(8)) date.month = static_cast<std::uint8_t>(1 + below(12));
+    if (date.month ? !oneIn(8) : !date.year) date.day = static_cast<std::uint8_t>(1 + below(28));
+    if (oneIn(4)) date.secondOfDay = static_cast<std::int32_t>(below(86401));
+    if (oneIn(6))
+      date.utcOffsetMinutes = static_cast<std::int16_t>(static_cast<int>(below(1600)) - 800);
+    // Others are never held.
+    if (Date::fromText(date.toText()) == date) return date;
+  }
 }
 
 Object RandomCards::address() {
