@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <span>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include "platform/vcard/line_writer.hpp"
 #include "platform/vcard/picture_kind.hpp"
 #include "platform/vcard/spelling.hpp"
+#include "platform/vcard/uid.hpp"
 #include "platform/vcard/uri.hpp"
 
 // The lines of a card that a record holds once. Every function is false when the line has to be
@@ -209,11 +211,14 @@ bool CardBuilder::addSound(const ContentLine& line) {
 }
 
 std::string CardBuilder::uidOf(const ContentLine& line) {
-  const auto given = trimmed(line.value);
+  const auto given = uidOfValue(trimmed(line.value));
   std::string uid(CardText(given).view());
   std::erase(uid, '\n');
   if (uid.size() != given.size()) mend(line, "UID with control characters");
-  return uid;
+  const bool isBare =
+      std::any_of(line.parameters.begin(), line.parameters.end(),
+                  [](const Parameter& each) { return isWord(each.name, kBareUid); });
+  return isBare ? std::string(uidKey(uid)) : uid;
 }
 
 bool CardBuilder::addUid(const ContentLine& line) {

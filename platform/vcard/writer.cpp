@@ -8,6 +8,7 @@
 #include "platform/vcard/exact_values.hpp"
 #include "platform/vcard/kept_values.hpp"
 #include "platform/vcard/revision.hpp"
+#include "platform/vcard/uid.hpp"
 #include "platform/vcard/uri.hpp"
 
 // The frame of a card and what is kept with it.
@@ -52,8 +53,13 @@ void CardWriter::uid() {
   const auto* own = properties_.text(property_id::kCardUid);
   const CardText text(own != nullptr ? std::string_view(*own) : options_.uid);
   if (text.view().empty()) return;
-  const bool isText = !is30() && schemeOf(text.view()).empty();
-  line_.raw(isText ? "UID;VALUE=text:" : "UID:").raw(text.view()).end();
+  line_.raw("UID");
+  if (is30()) {
+    line_.raw(":").raw(text.view()).end();
+    return;
+  }
+  if (isUuid(text.view())) line_.raw(";").raw(kBareUid).raw("=TRUE");
+  line_.raw(":").raw(uriOfUid(text.view())).end();
 }
 
 void CardWriter::wrapped(std::string_view line) {
@@ -166,7 +172,12 @@ void CardWriter::group(const std::vector<std::string>& members) {
   uid();
   for (const auto& member : members) {
     const CardText uid(member);
-    line_.raw(is30() ? "X-ADDRESSBOOKSERVER-MEMBER:" : "MEMBER:");
+    if (!is30()) {
+      line_.raw("MEMBER:").raw(uriOfUid(uid.view())).end();
+      continue;
+    }
+    // 3.0 has it so whatever the UID is.
+    line_.raw("X-ADDRESSBOOKSERVER-MEMBER:");
     line_.raw(schemeOf(uid.view()).empty() ? kUrnPrefix : std::string_view()).raw(uid.view()).end();
   }
   if (!kept_.fullNameLine().empty()) {

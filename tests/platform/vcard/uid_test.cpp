@@ -21,6 +21,40 @@ TEST(CardUid, LosesControlCharactersWhenItIsRead) {
             "group\nGroupName=G\nmember=aX:b\nrepair 5: UID with control characters\n");
 }
 
+TEST(CardUid, IsTheSameUriInCardAndGroup) {
+  const std::string uuid = "4fbe8971-0bc3-424c-9c26-36c3e1eff6b1";
+  struct Row {
+    std::string uid;
+    std::string line;    // of UID in 4.0
+    std::string member;  // of MEMBER in 4.0
+  };
+  const std::vector<Row> rows = {
+      {uuid, "UID;X-OX-BARE=TRUE:urn:uuid:" + uuid, "urn:uuid:" + uuid},
+      {"urn:uuid:" + uuid, "UID:urn:uuid:" + uuid, "urn:uuid:" + uuid},
+      {"grp1", "UID:x-ox-uid:grp1", "x-ox-uid:grp1"},
+      {"a b:c\\;é", "UID:x-ox-uid:a%20b%3Ac%5C%3B%C3%A9", "x-ox-uid:a%20b%3Ac%5C%3B%C3%A9"},
+      {"mailto:a@b", "UID:mailto:a@b", "mailto:a@b"},
+  };
+  for (const auto& row : rows) {
+    PropertyBag bag;
+    bag.set(property_id::kCardUid, Object(row.uid));
+    EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}), "FN;DERIVED=TRUE:?\n" + row.line + "\n");
+    std::string group;
+    appendGroup(bag, {row.uid}, {.version = CardVersion::V40}, group);
+    EXPECT_NE(group.find("\r\nMEMBER:" + row.member + "\r\n"), group.npos) << group;
+    for (const auto version : kVersions) {
+      const auto card = writeCard(bag, nullptr, {.version = version});
+      const auto person = std::get<Card>(readAll(card).at(0));
+      EXPECT_EQ(*person.properties.text(property_id::kCardUid), row.uid);
+      group.clear();
+      appendGroup(bag, {row.uid}, {.version = version}, group);
+      const auto read = std::get<Card>(readAll(group).at(0));
+      EXPECT_EQ(*read.properties.text(property_id::kCardUid), row.uid);
+      EXPECT_EQ(read.members.at(0), uidKey(row.uid));
+    }
+  }
+}
+
 TEST(CardWriter, NoTextStartsALineOfItsOwn) {
   const std::string breaks = "a\r\nEND:VCARD\r\nBEGIN:VCARD\nFN:Forged\rX-B:c\x0B\0d"s;
   PropertyBag bag;

@@ -31,7 +31,7 @@ TEST(CardWriter, WholeCardIsWrittenByteForByte) {
   EXPECT_EQ(writeCard(bag, photo, {.version = CardVersion::V40}),
             "BEGIN:VCARD\r\nVERSION:4.0\r\nN:Ray;Al;;;\r\nFN:Al Ray\r\nORG:ACME\\, Inc.;Lab;5\r\n"
             "BDAY:19900517\r\nTEL;TYPE=cell;PREF=1:1\r\nNOTE:a\\nb\\;c\r\n"
-            "PHOTO:data:image/jpeg;base64,/9j/AQ==\r\nUID;VALUE=text:u-1\r\nX-OWN;P=q:kept\r\n"
+            "PHOTO:data:image/jpeg;base64,/9j/AQ==\r\nUID:x-ox-uid:u-1\r\nX-OWN;P=q:kept\r\n"
             "END:VCARD\r\n");
   EXPECT_EQ(writeCard(bag, photo, {}), writeCard(bag, photo, {}));
 }
@@ -243,7 +243,7 @@ TEST(CardWriter, GroupsNameTheirMembers) {
   appendGroup({}, {"1-2"}, {.version = CardVersion::V40}, card);
   EXPECT_EQ(card,
             "BEGIN:VCARD\r\nVERSION:4.0\r\nFN;DERIVED=TRUE:?\r\nKIND:group\r\n"
-            "MEMBER:urn:uuid:1-2\r\nEND:VCARD\r\n");
+            "MEMBER:x-ox-uid:1-2\r\nEND:VCARD\r\n");
   EXPECT_EQ(textOfAll(card), "group\nmember=1-2\n");
 }
 
