@@ -70,6 +70,7 @@ void GroupImport::commit() {
     findStored(group);
   }
   breakCircles();
+  removeUnnamed();
   // New groups first: nothing stored leads into them yet, so their links close no circle.
   for (auto& group : groups_) {
     if (!group.stored) collectNew(group, request);
@@ -190,7 +191,8 @@ void GroupImport::collectStored(const Group& group, SaveRequest& request) {
   std::erase_if(nestedKeys, [&](const RecordKey& child) {
     return std::find(held->begin(), held->end(), child) != held->end();
   });
-  if (sameValues && nestedKeys.empty() && holdsAllPersons(group, group.key)) return;
+  const bool sameMembers = nestedKeys.empty() && holdsAllPersons(group, group.key);
+  if (sameValues && sameMembers && (!group.namesFewer || options_.update)) return;
   if (!options_.update) {
     report(group, "differs from the group with the same UID; not updated");
     return;
@@ -198,6 +200,49 @@ void GroupImport::collectStored(const Group& group, SaveRequest& request) {
   if (!sameValues) request.replacements.push_back({group.key, group.card.properties, nullptr});
   for (const auto& person : group.persons) request.links.push_back({group.key, person});
   for (const auto& child : nestedKeys) nest(group, child, request);
+}
+
+std::vector<Link> GroupImport::unnamedMembers(const Group& group, RecordKind kind) {
+  const auto& direct = kind == RecordKind::Person ? group.persons : group.storedSubgroups;
+  std::unordered_set<RecordKey> named(direct.begin(), direct.end());
+  for (const auto child : group.subgroups) {
+    if (child != kNoGroup) named.insert(groups_[child].key);
+  }
+  std::vector<Link> unnamed;
+  const auto held = source_.children(group.key, kind);
+  for (const auto& child : *held) {
+    if (!named.contains(child)) unnamed.push_back({group.key, child});
+  }
+  return unnamed;
+}
+
+// Before anything is added, so that a group may come to lie in one that it held.
+void GroupImport::removeUnnamed() {
+  std::vector<Link> persons;
+  std::vector<Link> subgroups;
+  const bool isFree = source_.unsavedChanges().empty();
+  for (auto& group : groups_) {
+    if (!group.stored || plainUid(group.card).empty()) continue;
+    const auto first = persons.size() + subgroups.size();
+    for (const auto& link : unnamedMembers(group, RecordKind::Person)) persons.push_back(link);
+    for (const auto& link : unnamedMembers(group, RecordKind::Group)) subgroups.push_back(link);
+    group.namesFewer = persons.size() + subgroups.size() > first;
+    if (group.namesFewer && options_.update && !isFree) {
+      report(group, "members were not removed: there are unsaved changes");
+    }
+  }
+  if (!options_.update || !isFree || (persons.empty() && subgroups.empty())) return;
+  unlinkAll(persons, RecordKind::Person);
+  unlinkAll(subgroups, RecordKind::Group);
+  const auto saved = source_.save();
+  if (!saved.done) {
+    source_.revert();
+    throw std::runtime_error(saved.reason);
+  }
+}
+
+void GroupImport::unlinkAll(const std::vector<Link>& links, RecordKind kind) {
+  for (const auto& link : links) source_.unlink(link.group, link.child, kind);
 }
 
 void GroupImport::nest(const Group& group, const RecordKey& child, SaveRequest& request) {

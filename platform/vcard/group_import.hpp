@@ -36,6 +36,7 @@ class GroupImport {
     RecordKeys persons;
     std::vector<std::size_t> subgroups;  // of this import
     RecordKeys storedSubgroups;
+    bool namesFewer = false;  // than the stored group holds
   };
 
   void report(const Group& group, std::string reason);
@@ -49,6 +50,10 @@ class GroupImport {
   void collectNew(Group& group, SaveRequest& request);
   // What a group that was there gets; nothing without leave to update.
   void collectStored(const Group& group, SaveRequest& request);
+  // The members that a stored group holds and its card does not name; gone with leave to update.
+  std::vector<Link> unnamedMembers(const Group& group, RecordKind kind);
+  void removeUnnamed();
+  void unlinkAll(const std::vector<Link>& links, RecordKind kind);
   void nest(const Group& group, const RecordKey& child, SaveRequest& request);
   // True when the group is the other one, or lies somewhere below it.
   bool isBelow(const RecordKey& group, const RecordKey& top);

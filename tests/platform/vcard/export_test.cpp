@@ -29,10 +29,17 @@ std::string exported(CardVersion version) {
   return text;
 }
 
-ImportReport import(const std::string& text, const std::string& container) {
+ImportReport import(const std::string& text, const std::string& container,
+                    const ImportOptions& options = {}) {
   const auto path = testing::TempDir() + "/export_test.vcf";
   std::ofstream(path, std::ios::binary) << text;
-  return importFiles({path}, container, {});
+  return importFiles({path}, container, options);
+}
+
+ImportOptions updating() {
+  ImportOptions options;
+  options.update = true;
+  return options;
 }
 
 // Persons with their own UIDs and without, a nested group, a member that is not exported with it.
@@ -93,6 +100,76 @@ TEST(Export, GivesPersonsAndGroupsToAnotherContainer) {
               (RecordKeys{persons[0], persons[1]}));
     EXPECT_EQ(*contactSource().children(groups[1], RecordKind::Group), RecordKeys{groups[0]});
   }
+}
+
+// What is not true any more is left out, and the record is known again all the same.
+TEST(Export, OfAnEditedPersonIsRecognised) {
+  import(
+      "BEGIN:VCARD\nVERSION:3.0\nN:Doe;Jane\nFN:Janey the Great\nUID:c-1\n"
+      "REV:2020-01-01T00:00:00Z\nGEO:1;2\nPHOTO:http://x/p\nEND:VCARD\n",
+      std::string(kLocal));
+  const auto unedited = exported(CardVersion::V40);
+  EXPECT_NE(unedited.find("FN:Janey the Great\r\n"), unedited.npos);
+  EXPECT_NE(unedited.find("REV:20200101T000000Z\r\n"), unedited.npos);
+  EXPECT_EQ(import(unedited, std::string(kLocal)).problemCount, 0U);
+  const auto person = contactSource().recordsIn(kLocal, RecordKind::Person).at(0);
+  ASSERT_TRUE(
+      contactSource().setValue(person, RecordKind::Person, property_id::kLast, Object("Roe")));
+  ASSERT_TRUE(contactSource().save().done);
+  for (const auto version : {CardVersion::V30, CardVersion::V40}) {
+    const auto text = exported(version);
+    EXPECT_NE(text.find("FN:Jane Roe\r\n"), text.npos) << text;
+    EXPECT_EQ(text.find("Janey"), text.npos) << text;
+    EXPECT_EQ(text.find("REV"), text.npos) << text;
+    const auto report = import(text, std::string(kLocal), updating());
+    EXPECT_EQ(report.skipped, 1U);
+    EXPECT_EQ(report.problemCount, 0U);
+  }
+}
+
+std::string groupOf(const std::vector<std::string>& members) {
+  std::string card = "BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:G\nUID:g\n";
+  for (const auto& member : members) card += "MEMBER:x-ox-uid:" + member + "\n";
+  return card + "END:VCARD\n";
+}
+
+TEST(Import, LeavesAGroupTheMembersThatItsCardNames) {
+  const std::string local(kLocal);
+  const auto person = [](const std::string& uid) {
+    return "BEGIN:VCARD\nVERSION:3.0\nFN:" + uid + "\nUID:" + uid + "\nEND:VCARD\n";
+  };
+  const auto inner = [](const std::string& lines) {
+    return "BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:I\nUID:i\n" + lines + "END:VCARD\n";
+  };
+  import(person("a") + person("b") + inner("") + groupOf({"a", "b", "i"}), local);
+  const auto groups = contactSource().recordsIn(kLocal, RecordKind::Group);
+  const auto persons = contactSource().recordsIn(kLocal, RecordKind::Person);
+  const auto held = [&](RecordKind kind) { return *contactSource().children(groups[1], kind); };
+  EXPECT_EQ(import(groupOf({"a", "b", "i"}), local).problemCount, 0U);
+
+  const auto report = import(groupOf({"b"}), local);
+  ASSERT_EQ(report.problems.size(), 1U);
+  EXPECT_EQ(report.problems[0].reason, "differs from the group with the same UID; not updated");
+  EXPECT_EQ(held(RecordKind::Person), persons);
+
+  EXPECT_EQ(import(groupOf({"b"}), local, updating()).problemCount, 0U);
+  EXPECT_EQ(held(RecordKind::Person), RecordKeys{persons[1]});
+  EXPECT_EQ(held(RecordKind::Group), RecordKeys{});
+  EXPECT_EQ(import(groupOf({"b"}), local).problemCount, 0U);
+
+  // The inner group may take the outer one in as soon as it is out of it.
+  import(groupOf({"i"}), local, updating());
+  const auto turned = import(groupOf({}) + inner("MEMBER:x-ox-uid:g\n"), local, updating());
+  EXPECT_EQ(turned.problemCount, 0U);
+  EXPECT_EQ(*contactSource().children(groups[0], RecordKind::Group), RecordKeys{groups[1]});
+  EXPECT_EQ(held(RecordKind::Group), RecordKeys{});
+
+  // Edits of this process that nobody saved are not saved by the way.
+  ASSERT_TRUE(contactSource().link(groups[1], persons[0], RecordKind::Person));
+  const auto busy = import(groupOf({}), local, updating());
+  ASSERT_EQ(busy.problems.size(), 1U);
+  EXPECT_EQ(busy.problems[0].reason, "members were not removed: there are unsaved changes");
+  EXPECT_FALSE(contactSource().unsavedChanges().empty());
 }
 
 TEST(Export, EndsWhereTheSinkSays) {
