@@ -2,9 +2,12 @@
 #include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <unistd.h>
 
 #include "base/failures.hpp"
+#include "base/store_location.hpp"
 #include "oxcontacts/arguments.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/context.hpp"
@@ -46,6 +49,19 @@ int exitCodeOf(const StoreError& error) {
   return error.kind() == StoreError::Kind::Busy ? kBusy : kFailed;
 }
 
+// What the database says of a store in a read-only place does not tell what to do.
+std::string messageOf(const StoreError& error) {
+  const auto store = contactStorePath();
+  const auto folder = std::filesystem::absolute(store).parent_path();
+  const std::string reason = error.what();
+  const bool isReadOnly =
+      ::access(store.c_str(), F_OK) == 0 &&
+      (::access(store.c_str(), W_OK) != 0 || ::access(folder.c_str(), W_OK) != 0);
+  if (!isReadOnly || !reason.starts_with(store)) return reason;
+  return reason +
+         "; a store is used where it and its folder can be written: copy it to such a place";
+}
+
 // Prints what the parser has to say, a help text too.
 int refused(const CLI::App& program, const CLI::ParseError& error) {
   return program.exit(error) == 0 ? kDone : kUsage;
@@ -66,7 +82,7 @@ int run(CLI::App& program, int argc, char** argv) {
     if (*error.what() != '\0') Context::complain(error.what());
     return error.code();
   } catch (const StoreError& error) {
-    Context::complain(error.what());
+    Context::complain(messageOf(error));
     return exitCodeOf(error);
   } catch (const std::exception& error) {
     Context::complain(error.what());

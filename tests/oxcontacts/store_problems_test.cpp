@@ -73,6 +73,21 @@ TEST(StoreProblems, AReadOnlyFolderIsTold) {
   const auto result = run({"--store", (folder / "new.db").string(), "accounts"});
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_NE(result.errors.find((folder / "new.db").string()), std::string::npos) << result.errors;
+
+  run({"accounts"});
+  std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+  std::filesystem::copy_file(support::StoreEnvironment::instance().contactStore(),
+                             folder / "copy.db");
+  std::filesystem::permissions(folder / "copy.db", std::filesystem::perms::owner_read);
+  std::filesystem::permissions(
+      folder, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+  for (const auto* command : {"accounts", "check"}) {
+    const auto copy = run({"--store", (folder / "copy.db").string(), command});
+    EXPECT_EQ(copy.exitCode, 1);
+    EXPECT_NE(copy.errors.find("a store is used where it and its folder can be written"),
+              std::string::npos)
+        << copy.errors;
+  }
 }
 
 TEST(StoreProblems, AStoreThatAnotherProcessWritesForLongIsBusy) {
