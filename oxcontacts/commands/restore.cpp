@@ -14,6 +14,7 @@
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
+#include "platform/Contacts/CNContactStore.hpp"
 #include "platform/store/backup.hpp"
 #include "platform/store/contact_source.hpp"
 
@@ -60,6 +61,15 @@ void load(const Context& context, OxMacAddressBook& book, const Data& data) {
   state->finished.wait(lock, [&] { return state->done; });
 }
 
+// A load deletes first and cannot say that another program keeps it from writing: whether one does
+// is seen before, by writing nothing.
+void refuseLockedStore() {
+  std::string reason;
+  if (!CNContactStore::init()->executeSaveRequest_error(*CNSaveRequest::init(), &reason)) {
+    throw storeFailure("nothing was restored");
+  }
+}
+
 RecordKeys personsIn(const OxMacAddressBook& book) {
   return contactSource().recordsIn(book.validContainerID().value_or(""), RecordKind::Person);
 }
@@ -75,7 +85,8 @@ void verify(const Context& context, const OxMacAddressBook& book, const StoreCou
   const auto keeps = "; the store as it was is in " + copy;
   if (failures::failureCount() != failuresBefore) {
     const auto failure = storeFailure("restoring failed");
-    throw CommandError(failure.code(), failure.what() + keeps);
+    throw CommandError(failure.code(),
+                       std::string(failure.what()) + "; the book may be incomplete" + keeps);
   }
   const auto found = countsOf(book);
   if (found.groups != expected.groups || found.persons != expected.persons) {
@@ -100,6 +111,7 @@ void restore(const Context& context, const Arguments& arguments) {
   }
   const auto book = findBook(discoveredBooks(context), arguments.book);
   const auto before = personsIn(*book);
+  refuseLockedStore();
   const auto copy = copyOfStore();
   context.tell("the store as it was: " + copy);
   const auto failuresBefore = failures::failureCount();

@@ -167,6 +167,22 @@ TEST(RestoreCommand, SaysWhenItCouldNotSave) {
   EXPECT_EQ(result.output, "");
 }
 
+TEST(RestoreCommand, ChangesNothingWhileAnotherProgramHoldsTheStore) {
+  fillStore();
+  const auto file = temporaryPath("local.book").string();
+  run({"backup", "_local", file});
+  const auto before = contentOf("_local");
+  {
+    sqlite::Connection other(support::StoreEnvironment::instance().contactStore().string(),
+                             sqlite::Connection::Mode::ReadWrite);
+    const sqlite::Transaction writing(other);
+    const auto result = run({"restore", "_local", file});
+    EXPECT_EQ(result.exitCode, 5) << result.errors;
+    EXPECT_NE(result.errors.find("nothing was restored: "), std::string::npos) << result.errors;
+  }
+  EXPECT_EQ(contentOf("_local"), before);
+}
+
 TEST(BackupCommand, KeepsTheLastGoodOneWhenARecordCannotBeRead) {
   fillStore();
   const auto file = temporaryPath("good.book").string();
