@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <filesystem>
 #include <mutex>
+#include <string_view>
 
 #include "OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "base/failures.hpp"
@@ -14,6 +15,7 @@
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
+#include "oxcontacts/output_file.hpp"
 
 namespace ox::program {
 namespace {
@@ -85,17 +87,45 @@ void backUpBook(const Context& context, const std::string& name, const std::stri
   if (complainOfPictures(*book, path)) throw CommandError(kDoneWithRefusals, "");
 }
 
-// The tags come first: a copy that is there has its tags beside it.
+// The user named the copy of the store only: what bears the name of its tags must be tags.
+void refuseForeignTags(const std::string& path) {
+  constexpr std::string_view kDatabase("SQLite format 3\0", 16);
+  constexpr std::string_view kTags = "OxTG";  // the file's application id
+  constexpr std::size_t kPlace = 68;
+  if (!std::filesystem::exists(path)) return;
+  const auto start = readStart(path, kPlace + kTags.size());
+  if (start.starts_with(kDatabase) && start.ends_with(kTags)) return;
+  throw CommandError(kFailed, path + ": would be replaced by the tags of the copy, and holds none");
+}
+
+// A copy that goes when Ctrl-C ends the program.
+struct GuardedCopy {
+  explicit GuardedCopy(const std::string& target) : copy(target), guard(copy.path()) {}
+
+  DatabaseCopy copy;
+  GoesWhenInterrupted guard;
+};
+
+// Both are put in their places, the tags first, once both are complete.
 void backUpAll(const Context& context, const std::string& path) {
   refuseStoreFile(path);
-  const auto tags = path + ".tags";
-  refuseStoreFile(tags);
-  if (std::filesystem::exists(tagStorePath())) {
-    copyDatabase(tagStorePath(), tags);
+  refuseStoreFile(path + ".tags");
+  const auto tagsPath = placeOf(path + ".tags");
+  refuseForeignTags(tagsPath);
+  GuardedCopy store(placeOf(path));
+  const auto counts = store.copy.takeStore(contactStorePath());
+  GuardedCopy tags(tagsPath);
+  const bool hasTags = std::filesystem::exists(tagStorePath());
+  if (hasTags) tags.copy.takeDatabase(tagStorePath());
+  store.copy.settleTarget();
+  tags.copy.settleTarget();
+  if (hasTags) {
+    tags.copy.put();
   } else {
-    std::filesystem::remove(tags);  // those of an earlier copy
+    std::filesystem::remove(tagsPath);  // those of an earlier copy
   }
-  tellCounts(context, copyStore(contactStorePath(), path), "the whole store", path);
+  store.copy.put();
+  tellCounts(context, counts, "the whole store", path);
 }
 
 void backUp(const Context& context, const Arguments& arguments) {
@@ -103,7 +133,8 @@ void backUp(const Context& context, const Arguments& arguments) {
   if (words.size() != (arguments.all ? 1U : 2U)) {
     throw CommandError(kUsage, "backup takes BOOK and FILE, or --all and FILE");
   }
-  if (words.back() == "-") throw CommandError(kUsage, "a backup needs a file of its own");
+  if (OutputFile::isStandardOutput(words.back()))
+    throw CommandError(kUsage, "a backup needs a file of its own");
   if (arguments.all) {
     backUpAll(context, words.front());
   } else {

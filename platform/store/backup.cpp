@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <system_error>
 
-#include "base/replacement_file.hpp"
 #include "base/sqlite/error.hpp"
 #include "platform/records/property_bag.hpp"
 #include "platform/store/changes.hpp"
@@ -42,58 +41,83 @@ void refuseUnsound(sqlite::Connection& copy, const std::string& to) {
                    to + ": the copy would not be sound: " + answer.value_or(""));
 }
 
-// A log or journal that lies beside the target would be taken for that of the new file: it is
-// brought into the old one first.
-void settleOldFile(const std::string& to) {
-  const auto log = to + "-wal";
-  if (!std::filesystem::exists(log) && !std::filesystem::exists(to + "-journal")) return;
-  sqlite::Connection old(to, sqlite::Connection::Mode::ReadWrite);
-  old.queryText("PRAGMA journal_mode=DELETE");
-  if (!std::filesystem::exists(log)) return;
-  throw StoreError(StoreError::Kind::Busy, to + ": is a store that is in use");
-}
+}  // namespace
 
-// Copies and lets `look` see the copy before it takes the target's place.
-template <typename Look>
-void copyAndLook(sqlite::Connection& source, const std::string& to, Look look) {
+template <typename Step>
+auto DatabaseCopy::guarded(Step step) {
   try {
-    ReplacementFile file(to);
-    copyInto(source, file.path());
-    {
-      sqlite::Connection copy(file.path(), sqlite::Connection::Mode::ReadOnly);
-      refuseUnsound(copy, to);
-      look(copy);
-    }
-    settleOldFile(to);
-    file.commit();
+    return step();
   } catch (const sqlite::Error& error) {
-    throwStoreError(to, error);
+    throwStoreError(target_, error);
   } catch (const std::system_error& error) {
-    throwStoreError(to, error);
+    throwStoreError(target_, error);
   }
 }
 
-}  // namespace
+DatabaseCopy::DatabaseCopy(const std::string& target) : target_(target) {
+  guarded([&] { file_.emplace(target); });
+}
 
-StoreCounts copyStore(const std::string& from, const std::string& to) {
+template <typename Look>
+void DatabaseCopy::take(sqlite::Connection& source, Look look) {
+  guarded([&] {
+    copyInto(source, file_->path());
+    sqlite::Connection copy(file_->path(), sqlite::Connection::Mode::ReadOnly);
+    refuseUnsound(copy, target_);
+    look(copy);
+  });
+}
+
+StoreCounts DatabaseCopy::takeStore(const std::string& from) {
   auto source = openExistingStoreFile(from);
-  refuseSameFile(from, to);
+  refuseSameFile(from, target_);
   StoreCounts counts;
-  copyAndLook(source, to, [&](sqlite::Connection& copy) {
+  take(source, [&](sqlite::Connection& copy) {
     counts = {countOf(copy, RecordKind::Group), countOf(copy, RecordKind::Person)};
   });
   return counts;
 }
 
-void copyDatabase(const std::string& from, const std::string& to) {
-  refuseSameFile(from, to);
+void DatabaseCopy::takeDatabase(const std::string& from) {
+  refuseSameFile(from, target_);
   try {
     sqlite::Connection source(from, sqlite::Connection::Mode::ReadWrite);
     source.setBusyTimeout(kBusyMilliseconds);
-    copyAndLook(source, to, [](sqlite::Connection&) {});
+    take(source, [](sqlite::Connection&) {});
   } catch (const sqlite::Error& error) {
     throwStoreError(from, error);
   }
+}
+
+// A log or journal that lies beside the target would be taken for that of the new file: it is
+// brought into the old one first.
+void DatabaseCopy::settleTarget() {
+  const auto log = target_ + "-wal";
+  if (!std::filesystem::exists(log) && !std::filesystem::exists(target_ + "-journal")) return;
+  guarded([&] {
+    sqlite::Connection old(target_, sqlite::Connection::Mode::ReadWrite);
+    old.queryText("PRAGMA journal_mode=DELETE");
+  });
+  if (!std::filesystem::exists(log)) return;
+  throw StoreError(StoreError::Kind::Busy, target_ + ": is a store that is in use");
+}
+
+void DatabaseCopy::put() {
+  settleTarget();
+  guarded([&] { file_->commit(); });
+}
+
+StoreCounts copyStore(const std::string& from, const std::string& to) {
+  DatabaseCopy copy(to);
+  const auto counts = copy.takeStore(from);
+  copy.put();
+  return counts;
+}
+
+void copyDatabase(const std::string& from, const std::string& to) {
+  DatabaseCopy copy(to);
+  copy.takeDatabase(from);
+  copy.put();
 }
 
 }  // namespace ox

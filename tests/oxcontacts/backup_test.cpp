@@ -258,6 +258,7 @@ TEST(BackupCommand, LeavesWhatIsThereWhenItFails) {
       {{"--all", (folder / "none" / "x").string()}, 1, "No such file or directory"},
       {{"Nowhere", kept}, 4, "there is no book \"Nowhere\""},
       {{"_local", "-"}, 2, "a backup needs a file of its own"},
+      {{"--all", "/dev/stdout"}, 2, "a backup needs a file of its own"},
       {{"_local"}, 2, "backup takes BOOK and FILE, or --all and FILE"},
       {{"--all", "_local", kept}, 2, "backup takes BOOK and FILE, or --all and FILE"},
   };
@@ -273,6 +274,47 @@ TEST(BackupCommand, LeavesWhatIsThereWhenItFails) {
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
     EXPECT_NE(entry.path().extension(), ".new") << entry.path();
   }
+}
+
+TEST(BackupCommand, ReplacesStoreAndTagsTogetherOrNot) {
+  fillStore();
+  const auto file = temporaryPath("all.db").string();
+  run({"backup", "--all", file});
+  const auto tags = fileBytes(file + ".tags");
+  // Somebody works with the copy.
+  run({"--store", file, "add-person", "_local", "name=Only in the copy"});
+  sqlite::Connection user(file, sqlite::Connection::Mode::ReadOnly);
+  EXPECT_EQ(user.queryInteger("SELECT count(*) FROM record"), 5);
+  run({"tag", "Ann Lee", "--add", "new"});
+  for (const auto& store : {support::StoreEnvironment::instance().tagStore().string(),
+                            temporaryPath("no.tags").string()}) {
+    const auto result = support::runProcess(programCommand({"backup", "--all", file}), "",
+                                            {"OX_TAG_STORE=" + store});
+    EXPECT_EQ(result.exitCode, 5) << result.errors;
+    EXPECT_EQ(fileBytes(file + ".tags"), tags);
+  }
+  EXPECT_EQ(user.queryInteger("SELECT count(*) FROM record"), 5);
+}
+
+TEST(BackupCommand, LeavesWhatOnlyBearsTheNameOfTags) {
+  fillStore();
+  const auto file = temporaryPath("all.db").string();
+  sqlite::Connection(temporaryPath("recipes.db"), sqlite::Connection::Mode::ReadWriteCreate)
+      .execute("CREATE TABLE recipe(name TEXT)");
+  for (const auto& foreign :
+       {std::string("my notes"), std::string(), fileBytes(temporaryPath("recipes.db"))}) {
+    temporaryFile("all.db.tags", foreign);
+    const auto result = run({"backup", "--all", file});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, "oxcontacts: " + file +
+                                 ".tags: would be replaced by the tags of the copy, and holds "
+                                 "none\n");
+    EXPECT_EQ(fileBytes(file + ".tags"), foreign);
+    EXPECT_FALSE(std::filesystem::exists(file));
+  }
+  std::filesystem::remove(file + ".tags");
+  EXPECT_EQ(run({"backup", "--all", file}).exitCode, 0);
+  EXPECT_EQ(run({"backup", "--all", file}).exitCode, 0);
 }
 
 }  // namespace
