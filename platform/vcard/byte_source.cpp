@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -38,7 +39,8 @@ std::size_t MemorySource::peekAt(std::uint64_t offset, char* buffer, std::size_t
   return copyPart(bytes_, offset, buffer, size);
 }
 
-FileSource::FileSource(const std::string& path) : path_(path) {
+FileSource::FileSource(const std::string& path, const std::atomic<bool>* stop)
+    : path_(path), stop_(stop) {
   descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor_ < 0) fail(path_, errno);
   struct stat status {};
@@ -48,14 +50,26 @@ FileSource::FileSource(const std::string& path) : path_(path) {
     ::close(descriptor_);
     fail(path_, failure);
   }
-  if (S_ISREG(status.st_mode)) size_ = static_cast<std::uint64_t>(status.st_size);
+  isFile_ = S_ISREG(status.st_mode);
+  if (isFile_) size_ = static_cast<std::uint64_t>(status.st_size);
 }
 
 FileSource::~FileSource() {
   ::close(descriptor_);
 }
 
+// False when it was stopped instead. A signal may come just before the wait: looked at again soon.
+bool FileSource::waitForInput() const {
+  constexpr int kMilliseconds = 500;
+  while (!stop_->load()) {
+    pollfd wanted{descriptor_, POLLIN, 0};
+    if (::poll(&wanted, 1, kMilliseconds) > 0) return true;
+  }
+  return false;
+}
+
 std::size_t FileSource::read(char* buffer, std::size_t size) {
+  if (stop_ != nullptr && !isFile_ && !waitForInput()) return 0;
   while (true) {
     const auto got = ::read(descriptor_, buffer, size);
     if (got >= 0) return static_cast<std::size_t>(got);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
@@ -47,8 +48,9 @@ class MemorySource : public ByteSource {
 // A file, or anything else that can be opened and read (a pipe).
 class FileSource : public ByteSource {
  public:
-  // Opens the file; throws SourceError when it is missing, unreadable or a folder.
-  explicit FileSource(const std::string& path);
+  // Opens the file; throws SourceError when it is missing, unreadable or a folder. Once `stop`,
+  // which is borrowed, is set, what would have to be waited for (a pipe, a terminal) is at its end.
+  explicit FileSource(const std::string& path, const std::atomic<bool>* stop = nullptr);
   ~FileSource() override;
 
   std::size_t read(char* buffer, std::size_t size) override;
@@ -57,8 +59,12 @@ class FileSource : public ByteSource {
   std::uint64_t size() const { return size_; }
 
  private:
+  bool waitForInput() const;
+
   std::string path_;
+  const std::atomic<bool>* stop_;
   int descriptor_ = -1;
+  bool isFile_ = false;
   std::uint64_t size_ = 0;
 };
 

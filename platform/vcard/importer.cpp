@@ -26,12 +26,13 @@ class Import {
   void setTotal(std::uint64_t bytes) { total_ = bytes; }
 
   void readFile(const std::string& path) {
-    FileSource source(path);
+    FileSource source(path, options_.stop);
     Reader reader(source);
     const auto firstProblem = report_.problems.size();
     while (!isStopped()) {
       auto result = reader.next();
-      if (!result) break;
+      // What a stop cut off is no card of the file.
+      if (!result || isStopped()) break;
       take(path, std::move(*result));
       if (persons_.isFull()) {
         persons_.commit();

@@ -1,8 +1,5 @@
-#include <chrono>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
-#include <thread>
 
 #include "base/sqlite/connection.hpp"
 #include "tests/oxcontacts/program.hpp"
@@ -119,14 +116,7 @@ TEST(SetCommand, IsBusyWhenTheStoreStaysLocked) {
 
 // Waits until the process sleeps between two tries to get the store's lock.
 bool waitsForLock(pid_t process) {
-  for (int i = 0; i < 5000; ++i) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/syscall");
-    long number = -1;
-    if (!(file >> number)) number = -1;
-    if (number == SYS_clock_nanosleep || number == SYS_nanosleep) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return false;
+  return waitsIn(process, {SYS_clock_nanosleep, SYS_nanosleep});
 }
 
 TEST(SetCommand, NamesAnEditThatARemovalElsewhereHasOvertaken) {

@@ -1,8 +1,12 @@
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 #include "tests/oxcontacts/program.hpp"
@@ -217,6 +221,33 @@ TEST(ImportCommand, EndsCleanlyWhenInterrupted) {
   EXPECT_LT(report["added"], 3000);
   EXPECT_EQ(runJson({"persons"}).size(), report["added"].get<std::size_t>());
   EXPECT_EQ(run({"check"}).output, "sound\n");
+}
+
+#ifdef SYS_poll
+constexpr long kPoll = SYS_poll;
+#else
+constexpr long kPoll = SYS_ppoll;
+#endif
+
+TEST(ImportCommand, EndsAtTheFirstInterruptionWhileItWaits) {
+  const auto pipe = temporaryPath("pipe.vcf");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  support::RunningProcess program(programCommand({"import", pipe, "--json"}));
+  const int feed = ::open(pipe.c_str(), O_WRONLY);
+  ASSERT_GE(feed, 0);
+  const auto cards = kAnn + kBen + "BEGIN:VCARD\r\nFN:Cut";
+  ASSERT_EQ(::write(feed, cards.data(), cards.size()), static_cast<ssize_t>(cards.size()));
+  int unread = 1;
+  while (::ioctl(feed, FIONREAD, &unread) == 0 && unread > 0) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  ASSERT_TRUE(waitsIn(program.id(), {kPoll}));
+  program.signal(SIGINT);
+  const auto result = program.wait();
+  ::close(feed);
+  EXPECT_EQ(result.exitCode, 130) << result.errors;
+  EXPECT_EQ(countsOf(Json::parse(result.output)), "cards 2, added 2");
+  EXPECT_EQ(runJson({"persons"}).size(), 2U);
 }
 
 }  // namespace

@@ -1,6 +1,10 @@
 #include "tests/oxcontacts/program.hpp"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <fstream>
+#include <thread>
 
 namespace ox::program_tests {
 
@@ -24,6 +28,17 @@ Json runJson(std::vector<std::string> arguments) {
 
 ProcessResult runShell(const std::string& script) {
   return support::runProcess({"/bin/sh", "-c", script}, "", {std::string("OX=") + OX_PROGRAM});
+}
+
+bool waitsIn(pid_t process, const std::vector<long>& calls) {
+  for (int i = 0; i < 5000; ++i) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/syscall");
+    long number = -1;
+    if (!(file >> number)) number = -1;
+    if (std::find(calls.begin(), calls.end(), number) != calls.end()) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return false;
 }
 
 std::map<std::string, std::string> personIds() {

@@ -3,6 +3,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 #include "tests/support/second_process.hpp"
@@ -20,6 +21,9 @@ ProcessResult run(const std::vector<std::string>& arguments);
 Json runJson(std::vector<std::string> arguments);
 // Runs it through the shell, for redirections; `$OX` is the program.
 ProcessResult runShell(const std::string& script);
+
+// Waits until the process is in one of these system calls; false when it does not get there.
+bool waitsIn(pid_t process, const std::vector<long>& calls);
 
 // IDs of the persons, by display name.
 std::map<std::string, std::string> personIds();
