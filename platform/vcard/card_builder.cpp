@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <tuple>
-#include <unordered_set>
 #include <utility>
 
 #include "base/text/utf8.hpp"
-#include "platform/records/property_keys.hpp"
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/decode.hpp"
 #include "platform/vcard/exact_values.hpp"
@@ -20,13 +18,6 @@
 
 namespace ox::vcard {
 namespace {
-
-struct ByGroup {
-  template <typename A, typename B>
-  bool operator()(const A& a, const B& b) const {
-    return a.group < b.group;
-  }
-};
 
 // RFC 2426, section 3.5.4.
 bool isNestedText(const ContentLine& line) {
@@ -43,10 +34,6 @@ std::string spellingOfClean(const NameParts& parts) {
   const CardText title(parts.title);
   const CardText suffix(parts.suffix);
   return nameSpelling({last.view(), first.view(), middle.view(), title.view(), suffix.view()});
-}
-
-bool isCountryCode(std::string_view text) {
-  return text.size() == 2 && isLetter(text[0]) && isLetter(text[1]);
 }
 
 }  // namespace
@@ -185,83 +172,6 @@ bool CardBuilder::addKeptLine(const ContentLine& line) {
   if (text.empty()) return false;
   unmodelled_.emplace_back(std::move(text));
   return true;
-}
-
-bool CardBuilder::addGroupNote(const ContentLine& line) {
-  if (line.group.empty()) return false;
-  GroupNote note{groupKey(line.group), line.row->meaning, text(line), {}, line.number, false};
-  appendKept(line, note.kept);
-  notes_.push_back(std::move(note));
-  return true;
-}
-
-// Labels and country codes may stand before or after the line they belong to.
-void CardBuilder::joinGroups() {
-  std::stable_sort(notes_.begin(), notes_.end(), ByGroup{});
-  dropDoubleLabels();
-  for (const auto& entry : grouped_) {
-    const auto [first, last] = std::equal_range(notes_.begin(), notes_.end(), entry, ByGroup{});
-    std::for_each(first, last, [&](GroupNote& note) { applyNote(entry, note); });
-  }
-  for (auto& note : notes_) {
-    if (!note.used) unmodelled_.emplace_back(std::move(note.kept));
-  }
-}
-
-// Of several labels of one group the last counts.
-void CardBuilder::dropDoubleLabels() {
-  const std::string* labelled = nullptr;
-  std::for_each(notes_.rbegin(), notes_.rend(), [&](GroupNote& note) {
-    if (note.meaning != Meaning::Label) return;
-    note.isDouble = labelled != nullptr && *labelled == note.group;
-    labelled = &note.group;
-  });
-  for (const auto& note : notes_) {
-    if (note.isDouble) {
-      card_.repairs.push_back({note.line, "a later X-ABLabel of the group takes its place"});
-    }
-  }
-  std::erase_if(notes_, [](const GroupNote& note) { return note.isDouble; });
-}
-
-// Entries that share a group with lines that were kept.
-void CardBuilder::keepGroups() {
-  std::unordered_set<std::string> groups;
-  for (const auto& kept : unmodelled_) {
-    const auto group = groupOfLine(*kept.text());
-    if (!group.empty()) groups.insert(groupKey(group));
-  }
-  if (groups.empty()) return;
-  for (const auto& entry : grouped_) {
-    if (!groups.contains(entry.group)) continue;
-    unmodelled_.emplace_back(KeptDetail{entry.property, entry.entry, "." + entry.spelling}.text());
-  }
-}
-
-void CardBuilder::applyNote(const GroupedEntry& entry, GroupNote& note) {
-  auto& held = multi(entry.property).entries[entry.entry - 1];
-  if (note.meaning == Meaning::Label) {
-    note.used = true;
-    if (note.text.empty()) return;
-    held.label = note.text;
-    if (entry.typeWords == 0) return;
-    std::string words;
-    for (std::uint32_t bit = 1; bit <= entry.typeWords; bit <<= 1U) {
-      if ((entry.typeWords & bit) != 0) words.append(";TYPE=").append(typeWordText(bit));
-    }
-    if (entry.parameters != kNone) {
-      const auto& kept = *unmodelled_[entry.parameters].text();
-      words += readKeptDetail(kept)->said;
-      unmodelled_[entry.parameters] = KeptDetail{entry.property, entry.entry, words}.text();
-    } else {
-      unmodelled_.emplace_back(KeptDetail{entry.property, entry.entry, words}.text());
-    }
-  } else if (entry.property == property_id::kAddress && isCountryCode(note.text)) {
-    note.used = true;
-    Dictionary address = *held.value.dictionary();
-    address.set(kABAddressCountryCodeKey, note.text);
-    held.value = std::move(address);
-  }
 }
 
 // Without N the formatted name gives the parts; beside N it is kept when it says something else.

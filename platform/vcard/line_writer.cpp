@@ -96,6 +96,10 @@ std::size_t pieceOf(std::string_view rest, std::size_t octets) {
 
 }  // namespace
 
+bool isPlain(std::string_view text) {
+  return !text.empty() && !CardText(text).isChanged();
+}
+
 void appendTextEscaped(std::string_view text, std::string& out) {
   appendEscaped(text, kEscaped, out);
 }

@@ -22,6 +22,9 @@ class CardText {
   std::string_view view_;
 };
 
+// True when the text is there and reads back from a value or a parameter.
+bool isPlain(std::string_view text);
+
 // Appends a text value with its escapes: backslash, comma, semicolon and line feed.
 void appendTextEscaped(std::string_view text, std::string& out);
 

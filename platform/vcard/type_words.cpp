@@ -130,6 +130,14 @@ void readTypeWords(const ContentLine& line, TypeWords& words) {
   }
 }
 
+TypeWords keptTypeWords(std::string_view parameters, std::string& head, ContentLine& line) {
+  TypeWords words;
+  head.assign("X").append(parameters) += ':';
+  if (parseHead(head, line) != std::string_view::npos) readTypeWords(line, words);
+  words.known &= ~(kVoice | kInternet);
+  return words;
+}
+
 TypeLabel typeLabel(PropertyId property, std::uint32_t known) {
   if (known == 0) return {};
   if (property == property_id::kPhone) {

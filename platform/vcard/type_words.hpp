@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -31,6 +32,10 @@ struct TypeWords {
 };
 
 void readTypeWords(const ContentLine& line, TypeWords& words);
+
+// The words of TYPE parameters that were kept, without those that are understood anyway. They
+// borrow from the head, which is made here, as the line does.
+TypeWords keptTypeWords(std::string_view parameters, std::string& head, ContentLine& line);
 
 // The label that known words give an entry of that property: empty when they give none. `used` are
 // the words that the label stands for; the others would be lost with it.
