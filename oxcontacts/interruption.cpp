@@ -10,6 +10,8 @@
 namespace ox::program {
 namespace {
 
+constexpr std::array kEndings = {SIGINT, SIGTERM, SIGHUP};
+
 // All that the handler touches.
 struct State {
   std::array<std::atomic<const char*>, 8> files{};
@@ -39,7 +41,7 @@ void end(int signal) {
 
 // Without SA_RESTART: whoever waits for input looks whether it was interrupted.
 void install() {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : kEndings) {
     struct sigaction action {};
     // What the parent process wants ignored stays so.
     if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) continue;
@@ -51,7 +53,7 @@ void install() {
 
 }  // namespace
 
-GoesWhenInterrupted::GoesWhenInterrupted(std::string path) : path_(std::move(path)), slot_(0) {
+GoesWhenInterrupted::GoesWhenInterrupted(std::string path) : path_(std::move(path)) {
   auto& files = state().files;
   const char* empty = nullptr;
   while (slot_ < files.size() && !files[slot_].compare_exchange_strong(empty, path_.c_str())) {
@@ -63,6 +65,17 @@ GoesWhenInterrupted::GoesWhenInterrupted(std::string path) : path_(std::move(pat
 
 GoesWhenInterrupted::~GoesWhenInterrupted() {
   if (slot_ < state().files.size()) state().files[slot_] = nullptr;
+}
+
+SignalsHeld::SignalsHeld() {
+  sigset_t held;
+  ::sigemptyset(&held);
+  for (const int signal : kEndings) ::sigaddset(&held, signal);
+  ::pthread_sigmask(SIG_BLOCK, &held, &before_);
+}
+
+SignalsHeld::~SignalsHeld() {
+  ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
 const std::atomic<bool>& firstInterruption() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <csignal>
 #include <cstddef>
 #include <string>
 
@@ -17,7 +18,20 @@ class GoesWhenInterrupted {
 
  private:
   std::string path_;
-  std::size_t slot_;
+  std::size_t slot_ = 0;
+};
+
+// While this lives this thread takes no signal that ends the program: for between the making of a
+// file and its guard. Such a signal waits.
+class SignalsHeld {
+ public:
+  SignalsHeld();
+  SignalsHeld(const SignalsHeld&) = delete;
+  SignalsHeld& operator=(const SignalsHeld&) = delete;
+  ~SignalsHeld();
+
+ private:
+  sigset_t before_;
 };
 
 // From now on the first Ctrl-C sets this instead of ending the program.

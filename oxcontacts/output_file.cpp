@@ -33,6 +33,7 @@ OutputFile::OutputFile(const std::string& path) {
   const auto target = placeOf(path);
   struct stat status {};
   if (::stat(target.c_str(), &status) == 0) mode_ = status.st_mode & 0777U;
+  const SignalsHeld held;
   file_.emplace(target);
   guard_.emplace(file_->path());
 }

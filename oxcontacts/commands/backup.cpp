@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <filesystem>
 #include <mutex>
+#include <optional>
 #include <string_view>
 
 #include "OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
@@ -100,10 +101,14 @@ void refuseForeignTags(const std::string& path) {
 
 // A copy that goes when Ctrl-C ends the program.
 struct GuardedCopy {
-  explicit GuardedCopy(const std::string& target) : copy(target), guard(copy.path()) {}
+  explicit GuardedCopy(const std::string& target) {
+    const SignalsHeld held;
+    copy.emplace(target);
+    guard.emplace(copy->path());
+  }
 
-  DatabaseCopy copy;
-  GoesWhenInterrupted guard;
+  std::optional<DatabaseCopy> copy;
+  std::optional<GoesWhenInterrupted> guard;
 };
 
 // Both are put in their places, the tags first, once both are complete.
@@ -113,18 +118,18 @@ void backUpAll(const Context& context, const std::string& path) {
   const auto tagsPath = placeOf(path + ".tags");
   refuseForeignTags(tagsPath);
   GuardedCopy store(placeOf(path));
-  const auto counts = store.copy.takeStore(contactStorePath());
+  const auto counts = store.copy->takeStore(contactStorePath());
   GuardedCopy tags(tagsPath);
   const bool hasTags = std::filesystem::exists(tagStorePath());
-  if (hasTags) tags.copy.takeDatabase(tagStorePath());
-  store.copy.settleTarget();
-  tags.copy.settleTarget();
+  if (hasTags) tags.copy->takeDatabase(tagStorePath());
+  store.copy->settleTarget();
+  tags.copy->settleTarget();
   if (hasTags) {
-    tags.copy.put();
+    tags.copy->put();
   } else {
     std::filesystem::remove(tagsPath);  // those of an earlier copy
   }
-  store.copy.put();
+  store.copy->put();
   tellCounts(context, counts, "the whole store", path);
 }
 
