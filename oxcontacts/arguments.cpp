@@ -53,4 +53,11 @@ std::string unknownCommand(const CLI::App& program) {
          "\"" + hint;
 }
 
+std::string unexpectedWords(const CLI::App& program) {
+  std::string words;
+  for (const auto& word : program.remaining(true)) words += "\"" + withoutMark(word) + "\" ";
+  return words + "was not expected; `oxcontacts " + program.get_subcommands().front()->get_name() +
+         " --help` says what is";
+}
+
 }  // namespace ox::program

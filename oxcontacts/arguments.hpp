@@ -18,7 +18,9 @@ std::string withoutMark(std::string word);
 // and is empty must not pass for what was not given. For when every command is declared.
 void takeAsGiven(CLI::App& program);
 
-// What the user is told when the command line names no command, or one that there is not.
+// What the user is told when the command line names no command, or one that there is not; and when
+// the command has no use for words of it.
 std::string unknownCommand(const CLI::App& program);
+std::string unexpectedWords(const CLI::App& program);
 
 }  // namespace ox::program

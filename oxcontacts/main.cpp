@@ -53,7 +53,7 @@ int exitCodeOf(const StoreError& error) {
 std::string messageOf(const StoreError& error) {
   const auto store = contactStorePath();
   const auto folder = std::filesystem::absolute(store).parent_path();
-  const std::string reason = error.what();
+  std::string reason = error.what();
   const bool isReadOnly =
       ::access(store.c_str(), F_OK) == 0 &&
       (::access(store.c_str(), W_OK) != 0 || ::access(folder.c_str(), W_OK) != 0);
@@ -75,6 +75,9 @@ int run(CLI::App& program, int argc, char** argv) {
   } catch (const CLI::RequiredError& error) {
     if (!program.get_subcommands().empty()) return refused(program, error);
     Context::complain(unknownCommand(program));
+    return kUsage;
+  } catch (const CLI::ExtrasError&) {
+    Context::complain(unexpectedWords(program));
     return kUsage;
   } catch (const CLI::ParseError& error) {
     return refused(program, error);

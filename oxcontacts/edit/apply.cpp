@@ -166,6 +166,7 @@ void applySingle(const Assignment& assignment, _ABPerson& person) {
 
 std::vector<Assignment> parseAssignments(const std::vector<std::string>& texts) {
   std::vector<Assignment> assignments;
+  assignments.reserve(texts.size());
   for (const auto& text : texts) assignments.push_back(parseAssignment(text));
   return assignments;
 }
