@@ -145,8 +145,10 @@ void KeptTexts::takeDetail(const KeptDetail& detail) {
   } else if (detail.rank() != 0) {
     ranks_.push_back(detail);
   } else if (detail.isGroup()) {
+    const auto group = detail.said.substr(1);
+    if (group.empty() || nameLength(group) != group.size()) return;
     groups_.push_back(detail);
-    takeGroup(detail.said.substr(1));
+    takeGroup(group);
   } else {
     (detail.isSpelling() ? spellings_ : parameters_).push_back(detail);
   }

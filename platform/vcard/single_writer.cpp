@@ -148,7 +148,7 @@ void CardWriter::birthday() {
 
 void CardWriter::photo(const Data& bytes) {
   auto media = std::string(mediaTypeOf(*bytes));
-  if (media.empty()) media = kept_.spellingOf(kPhotoParameters, 0);
+  if (media.empty()) media = mediaType(kept_.spellingOf(kPhotoParameters, 0));
   line_.raw("PHOTO");
   if (is30()) {
     line_.raw(";ENCODING=b");

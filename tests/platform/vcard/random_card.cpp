@@ -12,15 +12,15 @@ namespace {
 
 constexpr std::array kPieces = {
     "a"sv,         "Ann"sv,         "Lee"sv,      " "sv,
-    ","sv,         ";"sv,           ":"sv,        "\\"sv,
-    "\n"sv,        "\""sv,          "'"sv,        "^"sv,
+    ","sv,         ";"sv,           ":"sv,        R"(\)"sv,
+    "\n"sv,        R"(")"sv,        "'"sv,        "^"sv,
     "="sv,         "%41"sv,         "."sv,        "\t"sv,
     "山田"sv,      "太郎"sv,        "김"sv,       "Ж"sv,
     "ي"sv,         "é"sv,           "e\u0301"sv,  "👨‍👩‍👧"sv,
     "🇩🇪"sv,        "\u00A0"sv,      "\u2028"sv,   "+1 555"sv,
     "END:VCARD"sv, "BEGIN:VCARD"sv, "tel:"sv,     "mailto:"sv,
     "http://x/"sv, "urn:uuid:"sv,   "x-apple:"sv, "a@b.example"sv,
-    "\\n"sv,       "\\,"sv,         "item1."sv,   "long word without any end to it "sv,
+    R"(\n)"sv,     R"(\,)"sv,       "item1."sv,   "long word without any end to it "sv,
 };
 constexpr std::array kOddPieces = {"\r"sv, "\r\n"sv, "\0"sv, "\x01"sv, "\x1B"sv, "\x7F"sv, "\v"sv};
 
@@ -36,8 +36,8 @@ constexpr std::array kServices = {"AIM"sv,   "Facebook"sv, "GaduGadu"sv, "Google
                                   "ICQ"sv,   "Jabber"sv,   "MSN"sv,      "QQ"sv,
                                   "Skype"sv, "Yahoo"sv};
 
-constexpr std::array kKept = {";X-SHARED=yes"sv, ";TYPE=MODEM"sv, ";PID=1.1;X-A=\"b;c:d\""sv,
-                              ";X-BAD=5\""sv};
+constexpr std::array kKept = {";X-SHARED=yes"sv, ";TYPE=MODEM"sv, R"(;PID=1.1;X-A="b;c:d")"sv,
+                              R"(;X-BAD=5")"sv};
 
 // With the identifiers that the reader gives, which kept parameters name.
 std::uint64_t add(MultiValue& values, Object value, Text label) {

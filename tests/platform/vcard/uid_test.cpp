@@ -79,5 +79,19 @@ TEST(CardWriter, NoTextStartsALineOfItsOwn) {
   }
 }
 
+// Cards may say anything in the lines that are ours.
+TEST(CardWriter, DetailsOfAnotherMakeNoMalformedLine) {
+  const auto bag = propertiesOf("3.0",
+                                "N:a\nTEL:1\nX-OX-LINE:;16#1.x y:z\nX-OX-LINE:;16#1.\n"
+                                "X-OX-LINE:;16#1;PREF=x\nX-OX-LINE:;0#0:image/x;y\n"
+                                "X-OX-LINE:;3#0:a;;;;;\nX-OX-LINE:;97#0:no digest\n");
+  for (const auto version : kVersions) {
+    const auto lines = linesOf(bag, {.version = version}, makeData("abc"));
+    EXPECT_TRUE(lines.starts_with("N:a;;;;\nFN:a\nTEL")) << lines;
+    EXPECT_EQ(lines.find("x y"), lines.npos) << lines;
+    EXPECT_EQ(lines.find("image/x"), lines.npos) << lines;
+  }
+}
+
 }  // namespace
 }  // namespace ox::vcard
