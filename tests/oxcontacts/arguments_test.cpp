@@ -94,7 +94,7 @@ TEST(Arguments, NoCommandIsMadeUp) {
       {{"[fly]", "away"}, "there is no command \"[fly]\"; `oxcontacts --help` lists the commands"},
       {{"--fly"}, "there is no option \"--fly\"; `oxcontacts --help` lists the commands"},
       {{"show", "a", "b]", "--fly"},
-       "\"b]\" \"--fly\" was not expected; `oxcontacts show --help` says what is"},
+       R"("b]" "--fly" was not expected; `oxcontacts show --help` says what is)"},
       {{"accounts", "fly"}, "\"fly\" was not expected; `oxcontacts accounts --help` says what is"},
   };
   for (auto row : rows) {
