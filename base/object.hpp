@@ -44,6 +44,11 @@ class Object {
                                ArrayPtr, DictionaryPtr, ImagePtr, HostObjectPtr>;
 
   Object() = default;
+  Object(const Object& other) : storage_(copyOf(other.storage_)) {}
+  Object(Object&& other) noexcept = default;
+  Object& operator=(const Object& other) = default;
+  Object& operator=(Object&& other) noexcept = default;
+  ~Object() = default;
   Object(std::string text) : storage_(std::move(text)) {}
   Object(const char* text) : storage_(std::string(text)) {}
   Object(std::string_view text) : storage_(std::string(text)) {}
@@ -95,6 +100,13 @@ class Object {
   static Storage held(Pointer pointer) {
     if (!pointer) return {};
     return Storage(std::in_place_type<Pointer>, std::move(pointer));
+  }
+
+  // The variant of g++ 12 destroys what its own copy constructor did not get to make when a text
+  // finds no memory.
+  static Storage copyOf(const Storage& storage) {
+    const auto* text = std::get_if<std::string>(&storage);
+    return text != nullptr ? Storage(std::in_place_type<std::string>, *text) : storage;
   }
 
   Storage storage_;
