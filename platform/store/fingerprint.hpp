@@ -12,6 +12,8 @@ namespace ox {
 std::uint64_t contentFingerprint(const PropertyBag& properties, const Data& image);
 // The same from the picture's checksum: checksum64 of its bytes, 0 without one.
 std::uint64_t contentFingerprint(const PropertyBag& properties, std::uint64_t pictureChecksum);
+// Of the properties alone, and of all but one.
+std::uint64_t fingerprintWithout(PropertyId leftOut, const PropertyBag& properties);
 
 // The comparison that the fingerprint stands for.
 bool sameContent(const PropertyBag& a, const PropertyBag& b);

@@ -357,30 +357,37 @@ PropertyBag decodeProperties(std::string_view bytes, std::size_t mostProperties)
   return properties;
 }
 
+namespace {
+
+// What a record says, without the UID of its card and that property.
+std::string spoken(const PropertyBag& properties, PropertyId leftOut,
+                   std::uint64_t pictureChecksum) {
+  Encoder encoder(Identifiers::LeaveOut);
+  auto& out = encoder.out();
+  out.reserve(512);
+  for (const auto& [id, value] : properties.entries()) {
+    if (id != property_id::kCardUid && id != leftOut) encoder.property(id, value);
+  }
+  out.append(reinterpret_cast<const char*>(&pictureChecksum), sizeof pictureChecksum);
+  return std::move(out);
+}
+
+}  // namespace
+
 std::uint64_t contentFingerprint(const PropertyBag& properties, const Data& image) {
   return contentFingerprint(properties, image ? checksum64(*image) : 0);
 }
 
 std::uint64_t contentFingerprint(const PropertyBag& properties, std::uint64_t pictureChecksum) {
-  Encoder encoder(Identifiers::LeaveOut);
-  encoder.out().reserve(512);
-  for (const auto& [id, value] : properties.entries()) {
-    if (id != property_id::kCardUid) encoder.property(id, value);
-  }
-  auto& out = encoder.out();
-  out.append(reinterpret_cast<const char*>(&pictureChecksum), sizeof pictureChecksum);
-  return checksum64(out);
+  return checksum64(spoken(properties, 0, pictureChecksum));
+}
+
+std::uint64_t fingerprintWithout(PropertyId leftOut, const PropertyBag& properties) {
+  return checksum64(spoken(properties, leftOut, 0));
 }
 
 bool sameContent(const PropertyBag& a, const PropertyBag& b) {
-  const auto spoken = [](const PropertyBag& properties) {
-    Encoder encoder(Identifiers::LeaveOut);
-    for (const auto& [id, value] : properties.entries()) {
-      if (id != property_id::kCardUid) encoder.property(id, value);
-    }
-    return std::move(encoder.out());
-  };
-  return spoken(a) == spoken(b);
+  return spoken(a, 0, 0) == spoken(b, 0, 0);
 }
 
 }  // namespace ox

@@ -41,19 +41,42 @@ bool has(char c, Trait trait) {
   return (kTraits[static_cast<unsigned char>(c)] & trait) != 0;
 }
 
+// Eight characters at a time, since every text and every line is looked through: the top bit of a
+// byte tells that it is below that value, or is that value. Bytes above such a one may be told too,
+// so only "none" is certain.
+class EightCharacters {
+ public:
+  explicit EightCharacters(const char* text) { std::memcpy(&word_, text, sizeof word_); }
+
+  std::uint64_t below(std::uint64_t value) const {
+    return (word_ - kOnes * value) & ~word_ & kTops;
+  }
+  std::uint64_t equal(std::uint64_t value) const {
+    const auto mixed = word_ ^ (kOnes * value);
+    return (mixed - kOnes) & ~mixed & kTops;
+  }
+  std::uint64_t controls() const { return below(0x20) | equal(0x7F); }
+
+ private:
+  static constexpr std::uint64_t kOnes = 0x0101010101010101U;
+  static constexpr std::uint64_t kTops = 0x8080808080808080U;
+  std::uint64_t word_ = 0;
+};
+
 // True for eight characters of which none is a control character, a comma, a semicolon or a
-// backslash; eight at a time, since this is asked of every text.
+// backslash.
 bool areOrdinary(const char* text) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101U;
-  constexpr std::uint64_t kTops = 0x8080808080808080U;
-  std::uint64_t word = 0;
-  std::memcpy(&word, text, sizeof word);
-  const auto below = [&](std::uint64_t value) { return (word - kOnes * value) & ~word; };
-  const auto equals = [&](std::uint64_t value) {
-    const auto mixed = word ^ (kOnes * value);
-    return (mixed - kOnes) & ~mixed;
-  };
-  return ((below(0x20) | equals(0x7F) | equals(',') | equals(';') | equals('\\')) & kTops) == 0;
+  const EightCharacters word(text);
+  return (word.controls() | word.equal(',') | word.equal(';') | word.equal('\\')) == 0;
+}
+
+// False when the text holds no control character at all.
+bool mayHoldControls(std::string_view text) {
+  std::uint64_t found = 0;
+  std::size_t at = 0;
+  for (; at + 8 <= text.size(); at += 8) found |= EightCharacters(text.data() + at).controls();
+  for (; at < text.size(); ++at) found |= has(text[at], kForbidden) ? 1U : 0U;
+  return found != 0;
 }
 
 // The first character with that trait at or after a place; the size without one. The trait is one
@@ -163,7 +186,7 @@ LineWriter& LineWriter::parameter(std::string_view name, std::string_view value)
 
 void LineWriter::takeOutControls() {
   const auto line = std::string_view(out_).substr(start_);
-  if (findTrait(line, 0, kForbidden) == line.size()) return;
+  if (!mayHoldControls(line)) return;
   const auto from = out_.begin() + static_cast<std::ptrdiff_t>(start_);
   out_.erase(std::remove_if(from, out_.end(), [](char c) { return has(c, kForbidden); }),
              out_.end());

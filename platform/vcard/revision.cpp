@@ -21,11 +21,7 @@ std::string hexadecimal(std::uint64_t number) {
 }  // namespace
 
 std::string digestOfValues(const PropertyBag& properties) {
-  PropertyBag said;
-  for (const auto& [id, value] : properties.entries()) {
-    if (id != property_id::kUnmodelledLines) said.set(id, value);
-  }
-  return hexadecimal(contentFingerprint(said, nullptr));
+  return hexadecimal(fingerprintWithout(property_id::kUnmodelledLines, properties));
 }
 
 std::string digestOfPicture(const Data& photo) {
