@@ -1,5 +1,7 @@
 #include "platform/vcard/exact_values.hpp"
 
+#include <cstdint>
+#include <memory>
 #include <utility>
 
 #include "base/base64.hpp"
@@ -37,6 +39,19 @@ bool sameIn(const PropertyBag& a, const PropertyBag& b, PropertyId id) {
 
 }  // namespace
 
+PropertyValue asNumbered(const PropertyValue& value) {
+  const auto* held = std::get_if<MultiValuePtr>(&value);
+  if (held == nullptr || *held == nullptr) return value;
+  MultiValue numbered{(*held)->entries, 0};
+  std::uint64_t number = 0;
+  for (auto& entry : numbered.entries) {
+    ++number;
+    if (numbered.primary == 0 && entry.identifier == (*held)->primary) numbered.primary = number;
+    entry.identifier = number;
+  }
+  return std::make_shared<const MultiValue>(std::move(numbered));
+}
+
 std::string exactValuesText(const PropertyBag& properties) {
   return base64(encodeProperties(properties));
 }
@@ -62,7 +77,7 @@ void takeExactValues(const PropertyBag& exact, PropertyBag& properties) {
     if (id >= kFirstCustomProperty) {
       properties.set(id, value);
     } else if (id <= property_id::kOtherDates) {
-      builtIn.append(id, value);
+      builtIn.append(id, asNumbered(value));
     }
   }
   if (builtIn.empty()) return;

@@ -15,6 +15,10 @@ namespace ox::vcard {
 inline constexpr std::string_view kExactValuesName = "X-OX-PROPERTY";
 inline constexpr std::string_view kKeptLineName = "X-OX-LINE";
 
+// The value with its entries numbered from 1 on, as a reader of a card counts them: the details
+// that stand beside a value name its entries so.
+PropertyValue asNumbered(const PropertyValue& value);
+
 std::string exactValuesText(const PropertyBag& properties);
 
 // Missing when the text is no such value, or would make more custom properties known than a process

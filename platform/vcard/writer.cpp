@@ -128,7 +128,7 @@ void CardWriter::exactValues() {
   PropertyBag exact;
   for (const auto& [id, value] : properties_.entries()) {
     const bool wanted = std::find(inexact_.begin(), inexact_.end(), id) != inexact_.end();
-    if (wanted && fitsType(value, property_table::typeOf(id))) exact.append(id, value);
+    if (wanted && fitsType(value, property_table::typeOf(id))) exact.append(id, asNumbered(value));
   }
   if (exact.empty()) return;
   line_.raw(kExactValuesName).raw(":").raw(exactValuesText(exact)).end();

@@ -229,6 +229,29 @@ TEST(CardThrough, KeptLinesStayInTheGroupOfTheirEntry) {
             "N:a;;;;\nFN:a\ng.TEL:1\nitem1.TEL:2\nitem1.X-ABLabel:Boat\ng.X-CUSTOM:x\n");
 }
 
+TEST(CardThrough, DetailsBelongToTheirEntriesWhereverTheirNumbersStarted) {
+  auto bag = propertiesOf("3.0",
+                          "N:a;;;;\nFN:a\nTEL;TYPE=HOME:1\nTEL;X-A=b:2\n"
+                          "item1.TEL;TYPE=WORK:4\nitem1.X-ABLabel:Boat\n");
+  auto values = *std::get<MultiValuePtr>(*bag.find(property_id::kPhone));
+  values.entries.erase(values.entries.begin());
+  values.entries.insert(values.entries.begin() + 1, {4, std::nullopt, " 7"});
+  values.primary = 3;
+  bag.set(property_id::kPhone, std::make_shared<const MultiValue>(values));
+  const auto lines = linesOf(bag, {});
+  EXPECT_TRUE(
+      lines.starts_with("N:a;;;;\nFN:a\nTEL;X-A=b:2\nTEL: 7\n"
+                        "item1.TEL;TYPE=pref;TYPE=WORK:4\nitem1.X-ABLabel:Boat\n"
+                        "X-OX-PROPERTY:"))
+      << lines;
+  const auto again = propertiesOf("3.0", lines);
+  EXPECT_EQ(linesOf(again, {}), lines);
+  const auto& phones = *std::get<MultiValuePtr>(*again.find(property_id::kPhone));
+  ASSERT_EQ(phones.entries.size(), 3U);
+  EXPECT_EQ(*phones.entries[1].value.text(), " 7");
+  EXPECT_EQ(phones.primary, 3U);
+}
+
 TEST(CardThrough, RevisionIsWrittenOnlyOfWhatItWasTrueFor) {
   const std::string lines = "N:a;;;;\nFN:a\nREV:20200203T040506Z\n";
   const auto bag = propertiesOf("3.0", lines);
