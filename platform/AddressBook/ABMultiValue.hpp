@@ -32,7 +32,8 @@ class ABMutableMultiValue {
   static ABMutableMultiValue mutableCopy(const ABMultiValue& source);
 
   std::uint64_t count() const { return content_.entries.size(); }
-  // Appends; the result is the new entry's identifier.
+  // Appends; the result is the entry's identifier, as long as this is not written: a record gives
+  // an entry that it holds already the identifier it has there.
   Text addValue_withLabel(Object value, TextView label);
   // False when there is no such entry. The primary mark goes with its entry.
   bool removeValueAndLabelAtIndex(std::uint64_t index);
