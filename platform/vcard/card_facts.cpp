@@ -1,5 +1,7 @@
 #include "platform/vcard/card_facts.hpp"
 
+#include <string>
+
 #include "platform/vcard/markers.hpp"
 
 namespace ox::vcard {
@@ -22,6 +24,23 @@ bool saysGroup(std::string_view line) {
          isWord(trimmed(line.substr(colon + 1)), "GROUP");
 }
 
+// The line that starts there, unfolded as far as a short property needs.
+std::string_view unfolded(const RawCard& card, std::size_t index, std::string& buffer) {
+  constexpr std::size_t kEnough = 128;
+  const auto continues = [&] {
+    if (++index >= card.lines.size()) return false;
+    const auto next = card.lineAt(index);
+    return !next.empty() && isBlank(next.front());
+  };
+  const auto line = card.lineAt(index);
+  if (line.size() > kEnough || !continues()) return line;
+  buffer.assign(line);
+  do {
+    buffer.append(card.lineAt(index).substr(1));
+  } while (buffer.size() <= kEnough && continues());
+  return buffer;
+}
+
 // Bare words as parameters, and quoted-printable, are the mark of vCard 2.1.
 bool looksLike21(const RawCard& card) {
   ContentLine line;
@@ -40,6 +59,7 @@ bool looksLike21(const RawCard& card) {
 CardFacts factsOf(const RawCard& card) {
   CardFacts facts;
   std::size_t depth = 0;
+  std::string buffer;
   for (std::size_t i = 0; i < card.lines.size(); ++i) {
     const auto line = card.lineAt(i);
     const char first = line.empty() ? '\0' : upper(line.front());
@@ -54,7 +74,8 @@ CardFacts factsOf(const RawCard& card) {
       facts.hasVersion = !version.empty();
       if (version == "2.1") facts.dialect = Dialect::V21;
     }
-    if ((first == 'K' || first == 'X') && saysGroup(line)) facts.isGroup = true;
+    if (first != 'K' && first != 'X') continue;
+    if (saysGroup(unfolded(card, i, buffer))) facts.isGroup = true;
   }
   if (!facts.hasVersion && looksLike21(card)) facts.dialect = Dialect::V21;
   return facts;

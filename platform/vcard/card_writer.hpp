@@ -110,6 +110,7 @@ class CardWriter {
   bool revised_ = false;                       // REV is not true any more
   bool nameChanged_ = false;                   // since the card that the kept lines are of
   bool anniversaryWritten_ = false;
+  bool isGroup_ = false;
   std::string scratch_;
 };
 

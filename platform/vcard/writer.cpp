@@ -7,6 +7,7 @@
 #include "platform/vcard/card_writer.hpp"
 #include "platform/vcard/exact_values.hpp"
 #include "platform/vcard/kept_values.hpp"
+#include "platform/vcard/property_names.hpp"
 #include "platform/vcard/revision.hpp"
 #include "platform/vcard/uid.hpp"
 #include "platform/vcard/uri.hpp"
@@ -18,6 +19,12 @@ namespace {
 
 constexpr std::string_view kUrnPrefix = "urn:uuid:";
 constexpr std::size_t kUuidLength = 36;
+
+// A kept line that would make a group of a person.
+bool saysGroup(std::string_view line) {
+  return propertyRow(nameOfLine(line)).meaning == Meaning::Kind &&
+         isWord(trimmed(line.substr(line.rfind(':') + 1)), "GROUP");
+}
 
 }  // namespace
 
@@ -72,6 +79,7 @@ bool CardWriter::keptLine(std::string_view text) {
   const bool onlyOnce = isOnlyOnce(name);
   const auto isName = [&](std::string_view other) { return isSameWord(name, other); };
   if (onlyOnce && std::any_of(onceWritten_.begin(), onceWritten_.end(), isName)) return false;
+  if (!isGroup_ && saysGroup(text)) return false;
   const auto line = lineInVersion(text, options_.version);
   if (!line) return false;
   line_.raw(*line).end();
@@ -158,6 +166,8 @@ void CardWriter::person(const Data& picture) {
 }
 
 void CardWriter::group(const std::vector<std::string>& members) {
+  isGroup_ = true;
+  onceWritten_.emplace_back("KIND");
   revised_ = !isRevisionTrue(digestOfMembers(members), true);
   begin();
   const auto* name = properties_.text(property_id::kGroupName);

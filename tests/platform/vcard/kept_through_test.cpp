@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "card_text.hpp"
 #include "platform/records/property_keys.hpp"
 #include "written_card.hpp"
 
@@ -250,6 +251,21 @@ TEST(CardThrough, DetailsBelongToTheirEntriesWhereverTheirNumbersStarted) {
   ASSERT_EQ(phones.entries.size(), 3U);
   EXPECT_EQ(*phones.entries[1].value.text(), " 7");
   EXPECT_EQ(phones.primary, 3U);
+}
+
+TEST(CardThrough, PersonsStayPersonsWhateverTheyKeep) {
+  const auto wrapped = [](const std::string& line) { return ThroughRow{"3.0", line, line, line}; };
+  expectThrough({
+      wrapped("X-OX-LINE:KIND%3Agroup\n"),
+      wrapped("X-OX-LINE:item1.Kind%3BX-A%3Db%3A%20Group\n"),
+      wrapped("X-OX-LINE:X-ADDRESSBOOKSERVER-KIND%3Agroup\n"),
+      wrapped("KIND:individual\n"),
+  });
+  for (const auto* kind : {"KIND:\r\n group\r\n", "X-ADDRESSBOOKSERVER-KIND\r\n\t:gro\r\n up\r\n",
+                           "KIND;VALUE=text:group\r\n"}) {
+    EXPECT_TRUE(textOfCard("4.0", std::string(kind) + "FN:a\n").starts_with("group\n")) << kind;
+  }
+  EXPECT_FALSE(textOfCard("4.0", "FN:a\nX-A:\n KIND:group\n").starts_with("group\n"));
 }
 
 TEST(CardThrough, RevisionIsWrittenOnlyOfWhatItWasTrueFor) {
