@@ -48,7 +48,7 @@ class CardBuilder {
     std::string text;
     std::string kept;
     std::size_t line = 0;
-    bool used = false;
+    std::size_t uses = 0;  // entries that it serves
     bool isDouble = false;
   };
   // What an entry's line has beside its value.
@@ -103,8 +103,9 @@ class CardBuilder {
 
   void joinGroups();
   void keepGroups();
-  void dropDoubleLabels();
+  void dropDoubleNotes();
   void applyNote(const GroupedEntry& entry, GroupNote& note);
+  void applyLabel(const GroupedEntry& entry, GroupNote& note);
   void settleNames();
   void assemblePerson();
   void keepDigest();
@@ -117,7 +118,8 @@ class CardBuilder {
   std::array<Multi, kMultiCount> multis_;
   std::vector<GroupedEntry> grouped_;
   std::vector<GroupNote> notes_;
-  std::string noteParameters_;  // of the first note
+  std::size_t sharedLabels_ = 0;  // bytes of labels beyond the first of each group
+  std::string noteParameters_;    // of the first note
   std::string uid_;
   std::string fullName_;
   std::string fullNameLine_;

@@ -75,6 +75,29 @@ TEST(CardLabels, GroupLabelsGoBeforeTypesWhereverTheyStand) {
   }
 }
 
+TEST(CardLabels, LastCountryCodeOfAGroupServesAllItsAddresses) {
+  EXPECT_EQ(textOfCard("3.0",
+                       "g.X-ABADR:de\ng.ADR:;;a;;;;\ng.X-ABADR:fr\ng.ADR:;;b;;;;\n"
+                       "g.X-ABADR:France\n"),
+            "Address[-]={Street=a,CountryCode=fr}\nAddress[-]={Street=b,CountryCode=fr}\n"
+            "kept=g.X-ABADR:France\nkept=;21#1.g\nkept=;21#2.g\n"
+            "repair 3: a later X-ABADR of the group takes its place\n");
+}
+
+TEST(CardLabels, OneLongLabelIsNotCopiedWithoutEnd) {
+  const std::string label(300U << 10U, 'x');
+  std::string lines = "g.X-ABLabel:" + label + "\n";
+  for (int i = 0; i < 9; ++i) lines += "g.TEL;TYPE=HOME:1\n";
+  const auto text = textOfCard("3.0", lines);
+  std::size_t copies = 0;
+  for (auto at = text.find(label); at != text.npos; at = text.find(label, at + 1)) ++copies;
+  EXPECT_EQ(copies, 4U);
+  const auto from = text.find("repair");
+  ASSERT_NE(from, text.npos);
+  EXPECT_EQ(text.substr(from), "repair 3: label too long for all of its group\n");
+  EXPECT_NE(text.find("Phone[_$!<Home>!$_]=1\n"), text.npos);
+}
+
 TEST(CardLabels, GroupsWithoutNumberTakeNoMoreThanSortingTime) {
   std::string lines;
   for (int i = 0; i < 20000; ++i) {
