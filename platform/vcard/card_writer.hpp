@@ -51,6 +51,7 @@ class CardWriter {
   void end();
   void uid();
   bool keptLine(std::string_view text);
+  bool wouldBeValue(std::string_view text);
   bool nestedCard(std::string_view text);
   // False when what REV was true for is not what is written.
   bool isRevisionTrue(std::string_view rest, bool isRestKnown) const;
@@ -110,6 +111,7 @@ class CardWriter {
   bool revised_ = false;                       // REV is not true any more
   bool nameChanged_ = false;                   // since the card that the kept lines are of
   bool anniversaryWritten_ = false;
+  bool photoWritten_ = false;
   bool isGroup_ = false;
   std::string scratch_;
 };

@@ -5,10 +5,12 @@
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/card.hpp"
 #include "platform/vcard/card_writer.hpp"
+#include "platform/vcard/content_line.hpp"
 #include "platform/vcard/exact_values.hpp"
 #include "platform/vcard/kept_values.hpp"
 #include "platform/vcard/property_names.hpp"
 #include "platform/vcard/revision.hpp"
+#include "platform/vcard/type_words.hpp"
 #include "platform/vcard/uid.hpp"
 #include "platform/vcard/uri.hpp"
 
@@ -24,6 +26,23 @@ constexpr std::size_t kUuidLength = 36;
 bool saysGroup(std::string_view line) {
   return propertyRow(nameOfLine(line)).meaning == Meaning::Kind &&
          isWord(trimmed(line.substr(line.rfind(':') + 1)), "GROUP");
+}
+
+// RFC 2426, section 3.1.4, by reference: no picture that a record could hold.
+bool isPhotoReference(std::string_view text) {
+  ContentLine line;
+  const auto colon = parseHead(text, line);
+  return colon != std::string_view::npos && line.encoding != Encoding::Base64 &&
+         !startsWithWord(trimmed(text.substr(colon + 1)), "DATA:");
+}
+
+bool isReadingSound(std::string_view text) {
+  ContentLine line;
+  TypeWords words;
+  if (parseHead(text, line) == std::string_view::npos) return false;
+  readTypeWords(line, words);
+  return std::any_of(words.unknown.begin(), words.unknown.end(),
+                     [](std::string_view word) { return isWord(word, "X-IRMC-N"); });
 }
 
 }  // namespace
@@ -73,13 +92,33 @@ void CardWriter::wrapped(std::string_view line) {
   line_.raw(kKeptLineName).raw(":").percent(line).end();
 }
 
+// True for a kept second line whose first is gone: a reader would take it for the value.
+bool CardWriter::wouldBeValue(std::string_view text) {
+  const auto& row = propertyRow(nameOfLine(text));
+  switch (row.meaning) {
+    case Meaning::Text:
+      return textOf(row.property).empty();
+    case Meaning::Note:
+      return textOf(property_id::kNote).empty();
+    case Meaning::Organization:
+      return textOf(property_id::kOrganization).empty() && textOf(property_id::kDepartment).empty();
+    case Meaning::Sound:
+      return textOf(property_id::kLastPhonetic).empty() &&
+             textOf(property_id::kFirstPhonetic).empty() && isReadingSound(text);
+    case Meaning::Photo:
+      return !photoWritten_ && !isPhotoReference(text);
+    default:
+      return false;
+  }
+}
+
 // False when the line has to be wrapped.
 bool CardWriter::keptLine(std::string_view text) {
   const auto name = nameOfLine(text);
   const bool onlyOnce = isOnlyOnce(name);
   const auto isName = [&](std::string_view other) { return isSameWord(name, other); };
   if (onlyOnce && std::any_of(onceWritten_.begin(), onceWritten_.end(), isName)) return false;
-  if (!isGroup_ && saysGroup(text)) return false;
+  if (!isGroup_ && (saysGroup(text) || wouldBeValue(text))) return false;
   const auto line = lineInVersion(text, options_.version);
   if (!line) return false;
   line_.raw(*line).end();
@@ -157,7 +196,8 @@ void CardWriter::person(const Data& picture) {
   birthday();
   for (PropertyId id = kFirstMulti; id < kFirstMulti + kMultiCount; ++id) multi(id);
   singleText(property_id::kNote, "NOTE");
-  if (picture && !picture->empty()) photo(picture);
+  photoWritten_ = picture && !picture->empty();
+  if (photoWritten_) photo(picture);
   uid();
   keptLines();
   keptParameters();

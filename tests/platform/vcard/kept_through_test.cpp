@@ -268,6 +268,28 @@ TEST(CardThrough, PersonsStayPersonsWhateverTheyKeep) {
   EXPECT_FALSE(textOfCard("4.0", "FN:a\nX-A:\n KIND:group\n").starts_with("group\n"));
 }
 
+TEST(CardThrough, SecondLinesDoNotTakeThePlaceOfAClearedValue) {
+  const std::string names = "N:a;;;;\nFN:a\n";
+  const std::string seconds =
+      "TITLE:b\nORG:d\nNICKNAME:f\nNOTE;LANGUAGE=de:h\nPHOTO;ENCODING=b:AQI=\n"
+      "PHOTO;VALUE=uri:http://x/p\n";
+  auto bag = propertiesOf("3.0", names +
+                                     "TITLE:a\nORG:c\nNICKNAME:e\nNOTE;LANGUAGE=en:g\n"
+                                     "PHOTO;ENCODING=b:/9j/\n" +
+                                     seconds);
+  EXPECT_TRUE(linesOf(bag, {}, makeData("\xFF\xD8\xFF")).ends_with(seconds));
+  PropertyBag cleared;
+  for (const auto& [id, value] : bag.entries()) {
+    if (id == property_id::kLast || id == property_id::kUnmodelledLines) cleared.set(id, value);
+  }
+  const auto lines = linesOf(cleared, {});
+  EXPECT_EQ(lines, names +
+                       "X-OX-LINE:TITLE%3Ab\nX-OX-LINE:ORG%3Ad\nX-OX-LINE:NICKNAME%3Af\n"
+                       "X-OX-LINE:NOTE%3BLANGUAGE%3Dde%3Ah\n"
+                       "X-OX-LINE:PHOTO%3BENCODING%3Db%3AAQI%3D\nPHOTO;VALUE=uri:http://x/p\n");
+  EXPECT_EQ(linesOf(propertiesOf("3.0", lines), {}), lines);
+}
+
 TEST(CardThrough, RevisionIsWrittenOnlyOfWhatItWasTrueFor) {
   const std::string lines = "N:a;;;;\nFN:a\nREV:20200203T040506Z\n";
   const auto bag = propertiesOf("3.0", lines);
