@@ -10,7 +10,7 @@
 namespace ox::program {
 namespace {
 
-constexpr std::array kEndings = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::array kEndings = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 
 // All that the handler touches.
 struct State {

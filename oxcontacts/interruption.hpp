@@ -7,8 +7,9 @@
 
 namespace ox::program {
 
-// A file that goes when Ctrl-C, a hang-up or a request to end ends the program, as long as this
-// lives. At most eight at once; any further one stays.
+// A file that goes when Ctrl-C, a hang-up, a request to end or the end of whoever reads the output
+// ends the program, as long as this lives; declared before the owner of the file, so that it
+// outlives the file. At most eight at once; any further one stays.
 class GoesWhenInterrupted {
  public:
   explicit GoesWhenInterrupted(std::string path);

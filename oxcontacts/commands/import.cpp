@@ -109,32 +109,32 @@ void importCards(const Context& context, const Arguments& arguments) {
     };
     report = vcard::importFiles(arguments.files, container->identifier, options);
   }
+  // First of all: whoever reads what is printed may stop reading, which ends the program.
+  const bool written = !reportFile || writeReport(*reportFile, reportJson(report));
   showProblems(context, report);
   if (context.json) {
     printJson(reportJson(report));
   } else {
     std::cout << summary(report) << '\n';
   }
-  const bool written = !reportFile || writeReport(*reportFile, reportJson(report));
   endWith(report, written);
 }
 
 }  // namespace
 
 void declareImport(CLI::App& program, const Context& context) {
-  auto* import = program.add_subcommand("import", "Import vCards into an account");
+  auto* command = program.add_subcommand("import", "Import vCards into an account");
   const auto arguments = std::make_shared<Arguments>();
-  import->add_option("FILE", arguments->files, "vCard files")->required();
-  import->add_option("--into", arguments->into, "The account (else the local one)")
+  command->add_option("FILE", arguments->files, "vCard files")->required();
+  command->add_option("--into", arguments->into, "The account (else the local one)")
       ->type_name("ACCOUNT");
-  import->add_flag("--update", arguments->options.update,
-                   "Replace what has the same UID and other content");
-  import->add_flag("--strict", arguments->options.strict,
-                   "Refuse cards that would have to be mended");
-  import->add_option("--report", arguments->reportFile, "Write the report there as JSON")
+  command->add_flag("--update", arguments->options.update,
+                    "Replace what has the same UID and other content");
+  command->add_flag("--strict", arguments->options.strict,
+                    "Refuse cards that would have to be mended");
+  command->add_option("--report", arguments->reportFile, "Write the report there as JSON")
       ->type_name("FILE");
-  import->callback([&context, arguments] { importCards(context, *arguments);
-});
-}  // namespace ox::program
+  command->callback([&context, arguments] { importCards(context, *arguments); });
+}
 
 }  // namespace ox::program
