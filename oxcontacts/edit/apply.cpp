@@ -53,6 +53,17 @@ bool hasLabel(const MultiEntry& entry, const Text& key) {
          equalsIgnoringCase(names::labelWordOf(*entry.label), names::labelWordOf(*key));
 }
 
+// The blanks of a built-in word need not be typed. A label of the person's own that stands there
+// the way it was typed is meant nevertheless.
+Text meantLabel(const Assignment& assignment, const MultiValue& value) {
+  const auto& typed = assignment.typedLabel;
+  const auto& key = assignment.label;
+  if (!typed || equalsIgnoringCase(*typed, names::labelWordOf(*key))) return key;
+  const bool stands = std::ranges::any_of(
+      value.entries, [&](const MultiEntry& entry) { return hasLabel(entry, typed); });
+  return stands ? typed : key;
+}
+
 // Takes out the entries of the label, or all; the result is where the first one stood.
 std::size_t takeOut(const Text& label, MultiValue& value) {
   std::vector<MultiEntry> kept;
@@ -126,8 +137,8 @@ Dictionary withPart(const Object& address, std::string_view key, const Object& t
 }
 
 bool isEmpty(const Dictionary& address) {
-  return std::ranges::none_of(kAddressParts,
-                              [&](const PartRow& row) { return address.contains(row.key); });
+  return std::ranges::all_of(
+      address.entries(), [](const auto& entry) { return entry.first == kABAddressCountryCodeKey; });
 }
 
 void applyAddressPart(const Assignment& assignment, MultiValue& value) {
@@ -172,13 +183,14 @@ std::vector<Assignment> parseAssignments(const std::vector<std::string>& texts) 
 }
 
 void apply(const std::vector<Assignment>& assignments, _ABPerson& person) {
-  for (const auto& assignment : assignments) {
+  for (auto assignment : assignments) {
     if (assignment.property->valueType() != value_type::kMultiple) {
       applySingle(assignment, person);
       continue;
     }
     const auto storeName = names::storeNameOf(assignment.property->name());
     auto entries = entriesOf(person, storeName);
+    assignment.label = meantLabel(assignment, entries.value);
     if (assignment.part.empty()) {
       applyWhole(assignment, entries.value);
     } else {

@@ -229,6 +229,7 @@ Assignment parseAssignment(const std::string& text) {
   checkKey(key, *assignment.property);
   assignment.part = key.part;
   assignment.adds = key.adds;
+  assignment.typedLabel = key.label;
   if (key.label) assignment.label = labelKeyOf(*key.label);
   const auto value = text.substr(equals + 1);
   if (value.empty()) {

@@ -13,6 +13,7 @@ struct Assignment {
   std::string part;   // of a name or an address, lower case: "first", "city"; empty: the whole
   bool adds = false;  // one more entry, the others stay
   Text label;         // a label key or free text; missing when none was named
+  Text typedLabel;    // the same as it was typed
   Object value;       // as the property's elements hold it; the text of a part; missing: clears
 };
 

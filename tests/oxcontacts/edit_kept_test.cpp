@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "oxcontacts/edit/apply.hpp"
+#include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -60,6 +62,39 @@ TEST(Edit, OfOnePartOfAnAddressKeepsTheRestOfIt) {
   EXPECT_EQ(linesWith("X-ABADR"), "");
   EXPECT_EQ(run({"set", "Ann", "address.street:home=New St"}).exitCode, 0);
   EXPECT_EQ(linesWith("ADR;TYPE=HOME"), "ADR;TYPE=HOME;X-A=1:;;New St;Paris;;75002;\n");
+}
+
+TEST(Edit, MeansALabelAsItStandsBeforeTheWordThatItResembles) {
+  importAnn({"item1.URL:one", "item1.X-ABLabel:homepage", "item2.URL:two",
+             "item2.X-ABLabel:_$!<HomePage>!$_"});
+  struct Row {
+    const char* assignment;
+    const char* lines;
+  };
+  const std::vector<Row> rows = {
+      {"urls:homepage=three", "URL:three\nURL:two\n"},
+      {"urls:Homepage=", "URL:two\n"},
+      {"urls:homepage=four", "URL:four\n"},
+      {"urls:home page=", ""},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(run({"set", "Ann", row.assignment}).exitCode, 0) << row.assignment;
+    EXPECT_EQ(linesWith("URL"), row.lines) << row.assignment;
+  }
+}
+
+TEST(Edit, KeepsAnAddressThatHoldsMoreThanItsParts) {
+  const auto addresses = support::multiValue(
+      {{.label = std::string(kABHomeLabel), .value = Dictionary{{"City", "Oslo"}, {"X", "y"}}},
+       {.label = std::string(kABWorkLabel),
+        .value = Dictionary{{"City", "Oslo"}, {"CountryCode", "no"}}}});
+  support::StoreBuilder().person("ann", {.more = {{property_id::kAddress, addresses}}});
+  const auto ann = test::person("ann");
+  program::apply(program::parseAssignments({"address.city:home=", "address.city:work="}), *ann);
+  const auto stored = ann->valueForProperty(kABAddressProperty);
+  const auto& entries = std::get<MultiValuePtr>(stored)->entries;
+  ASSERT_EQ(entries.size(), 1U);
+  EXPECT_EQ(entries[0].value, Object(Dictionary{{"X", "y"}}));
 }
 
 TEST(Edit, TakesEveryPropertyOnAFreshStore) {
