@@ -35,7 +35,6 @@ std::string withoutMark(std::string word) {
 
 void takeAsGiven(CLI::App& program) {
   for (auto* option : program.get_options()) {
-    if (option->get_items_expected_max() == 0) continue;  // a flag
     option->check([](const std::string& value) {
       return value.empty() ? std::string("must not be empty") : std::string();
     });

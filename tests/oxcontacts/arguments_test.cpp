@@ -82,6 +82,17 @@ TEST(Arguments, ThatAreEmptyAreRefused) {
   EXPECT_EQ(runJson({"accounts"}).size(), 1U);
 }
 
+TEST(Arguments, AFlagTakesNoEmptyValue) {
+  for (const auto* word : {"--json=", "--quiet=", "--help="}) {
+    const auto result = run({word, "accounts"});
+    EXPECT_EQ(result.exitCode, 2) << word;
+    EXPECT_EQ(result.output, "") << word;
+    EXPECT_EQ(result.errors.find('\x01'), std::string::npos) << result.errors;
+    EXPECT_NE(result.errors.find("must not be empty"), std::string::npos) << result.errors;
+  }
+  EXPECT_EQ(run({"--json", "--quiet", "accounts"}).exitCode, 0);
+}
+
 TEST(Arguments, NoCommandIsMadeUp) {
   const auto store = temporaryPath("never.db").string();
   struct Row {
