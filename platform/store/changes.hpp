@@ -78,7 +78,8 @@ struct SaveRequest {
   std::vector<ContainerInfo> newContainers;
   std::vector<NewRecord> additions;
   std::vector<ReplacedRecord> replacements;
-  std::vector<Link> links;  // one that exists already is left alone
+  std::vector<Link> removedLinks;  // one that is not there is left alone
+  std::vector<Link> links;         // one that exists already is left alone
   std::vector<ContainerRemoval> removedContainers;
   std::string reason;  // why nothing was written, when execute answers false
 };

@@ -90,6 +90,7 @@ bool ContactStore::execute(SaveRequest& request) {
       for (const auto& container : request.newContainers) addContainer(container, writing);
       for (auto& record : request.additions) addRecord(record, writing);
       for (const auto& record : request.replacements) replaceRecord(record, writing);
+      for (const auto& link : request.removedLinks) removeLink(link, writing);
       for (const auto& link : request.links) {
         const auto refused = addLink(link, writing);
         if (!refused.empty()) throw Refused(refused);

@@ -70,7 +70,7 @@ void GroupImport::commit() {
     findStored(group);
   }
   breakCircles();
-  removeUnnamed();
+  removeUnnamed(request);
   // New groups first: nothing stored leads into them yet, so their links close no circle.
   for (auto& group : groups_) {
     if (!group.stored) collectNew(group, request);
@@ -79,7 +79,8 @@ void GroupImport::commit() {
     if (group.stored) collectStored(group, request);
   }
   groups_.clear();
-  if (!request.additions.empty() || !request.replacements.empty() || !request.links.empty()) {
+  if (!request.additions.empty() || !request.replacements.empty() ||
+      !request.removedLinks.empty() || !request.links.empty()) {
     if (!source_.execute(request)) throw std::runtime_error(request.reason);
   }
   report_.takeCounts(counted_);
@@ -187,10 +188,9 @@ void GroupImport::collectStored(const Group& group, SaveRequest& request) {
   for (const auto& child : group.subgroups) {
     if (child != kNoGroup) nestedKeys.push_back(groups_[child].key);
   }
-  const auto held = source_.children(group.key, RecordKind::Group);
-  std::erase_if(nestedKeys, [&](const RecordKey& child) {
-    return std::find(held->begin(), held->end(), child) != held->end();
-  });
+  const auto children = source_.children(group.key, RecordKind::Group);
+  const std::unordered_set<RecordKey> held(children->begin(), children->end());
+  std::erase_if(nestedKeys, [&](const RecordKey& child) { return held.contains(child); });
   const bool sameMembers = nestedKeys.empty() && holdsAllPersons(group, group.key);
   if (sameValues && sameMembers && (!group.namesFewer || options_.update)) return;
   if (!options_.update) {
@@ -202,47 +202,34 @@ void GroupImport::collectStored(const Group& group, SaveRequest& request) {
   for (const auto& child : nestedKeys) nest(group, child, request);
 }
 
-std::vector<Link> GroupImport::unnamedMembers(const Group& group, RecordKind kind) {
+RecordKeys GroupImport::unnamedMembers(const Group& group, RecordKind kind) {
   const auto& direct = kind == RecordKind::Person ? group.persons : group.storedSubgroups;
   std::unordered_set<RecordKey> named(direct.begin(), direct.end());
   for (const auto child : group.subgroups) {
     if (child != kNoGroup) named.insert(groups_[child].key);
   }
-  std::vector<Link> unnamed;
+  RecordKeys unnamed;
   const auto held = source_.children(group.key, kind);
   for (const auto& child : *held) {
-    if (!named.contains(child)) unnamed.push_back({group.key, child});
+    if (!named.contains(child)) unnamed.push_back(child);
   }
   return unnamed;
 }
 
-// Before anything is added, so that a group may come to lie in one that it held.
-void GroupImport::removeUnnamed() {
-  std::vector<Link> persons;
-  std::vector<Link> subgroups;
-  const bool isFree = source_.unsavedChanges().empty();
+// Known before anything is added, so that a group may come to lie in one that it held.
+void GroupImport::removeUnnamed(SaveRequest& request) {
   for (auto& group : groups_) {
     if (!group.stored || plainUid(group.card).empty()) continue;
-    const auto first = persons.size() + subgroups.size();
-    for (const auto& link : unnamedMembers(group, RecordKind::Person)) persons.push_back(link);
-    for (const auto& link : unnamedMembers(group, RecordKind::Group)) subgroups.push_back(link);
-    group.namesFewer = persons.size() + subgroups.size() > first;
-    if (group.namesFewer && options_.update && !isFree) {
-      report(group, "members were not removed: there are unsaved changes");
+    const auto persons = unnamedMembers(group, RecordKind::Person);
+    const auto subgroups = unnamedMembers(group, RecordKind::Group);
+    group.namesFewer = !persons.empty() || !subgroups.empty();
+    if (!options_.update) continue;
+    for (const auto& child : persons) request.removedLinks.push_back({group.key, child});
+    for (const auto& child : subgroups) {
+      request.removedLinks.push_back({group.key, child});
+      removed_[group.key].insert(child);
     }
   }
-  if (!options_.update || !isFree || (persons.empty() && subgroups.empty())) return;
-  unlinkAll(persons, RecordKind::Person);
-  unlinkAll(subgroups, RecordKind::Group);
-  const auto saved = source_.save();
-  if (!saved.done) {
-    source_.revert();
-    throw std::runtime_error(saved.reason);
-  }
-}
-
-void GroupImport::unlinkAll(const std::vector<Link>& links, RecordKind kind) {
-  for (const auto& link : links) source_.unlink(link.group, link.child, kind);
 }
 
 void GroupImport::nest(const Group& group, const RecordKey& child, SaveRequest& request) {
@@ -265,7 +252,10 @@ bool GroupImport::isBelow(const RecordKey& group, const RecordKey& top) {
       if (seen.insert(child).second) open.push_back(child);
     };
     const auto below = source_.children(key, RecordKind::Group);
-    for (const auto& child : *below) visit(child);
+    const auto removed = removed_.find(key);
+    for (const auto& child : *below) {
+      if (removed == removed_.end() || !removed->second.contains(child)) visit(child);
+    }
     const auto [first, last] = nested_.equal_range(key);
     for (auto link = first; link != last; ++link) visit(link->second);
   }

@@ -51,9 +51,8 @@ class GroupImport {
   // What a group that was there gets; nothing without leave to update.
   void collectStored(const Group& group, SaveRequest& request);
   // The members that a stored group holds and its card does not name; gone with leave to update.
-  std::vector<Link> unnamedMembers(const Group& group, RecordKind kind);
-  void removeUnnamed();
-  void unlinkAll(const std::vector<Link>& links, RecordKind kind);
+  RecordKeys unnamedMembers(const Group& group, RecordKind kind);
+  void removeUnnamed(SaveRequest& request);
   void nest(const Group& group, const RecordKey& child, SaveRequest& request);
   // True when the group is the other one, or lies somewhere below it.
   bool isBelow(const RecordKey& group, const RecordKey& top);
@@ -67,6 +66,7 @@ class GroupImport {
   std::unordered_map<std::string, std::size_t> byUid_;
   std::unordered_set<std::string> withoutUid_;  // name and members
   std::unordered_multimap<RecordKey, RecordKey> nested_;
+  std::unordered_map<RecordKey, std::unordered_set<RecordKey>> removed_;  // sub-groups, by group
   std::size_t bytes_ = 0;
   std::size_t steps_ = 0;
 };

@@ -1,4 +1,3 @@
-#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -31,9 +30,7 @@ std::string exported(CardVersion version) {
 
 ImportReport import(const std::string& text, const std::string& container,
                     const ImportOptions& options = {}) {
-  const auto path = testing::TempDir() + "/export_test.vcf";
-  std::ofstream(path, std::ios::binary) << text;
-  return importFiles({path}, container, options);
+  return importFiles({support::temporaryFile("export_test.vcf", text)}, container, options);
 }
 
 ImportOptions updating() {
@@ -166,10 +163,26 @@ TEST(Import, LeavesAGroupTheMembersThatItsCardNames) {
 
   // Edits of this process that nobody saved are not saved by the way.
   ASSERT_TRUE(contactSource().link(groups[1], persons[0], RecordKind::Person));
-  const auto busy = import(groupOf({}), local, updating());
-  ASSERT_EQ(busy.problems.size(), 1U);
-  EXPECT_EQ(busy.problems[0].reason, "members were not removed: there are unsaved changes");
-  EXPECT_FALSE(contactSource().unsavedChanges().empty());
+  EXPECT_EQ(import(groupOf({}), local, updating()).problemCount, 0U);
+  EXPECT_EQ(contactSource().unsavedChanges().addedLinks.size(), 1U);
+  EXPECT_EQ(held(RecordKind::Person), RecordKeys{persons[0]});
+}
+
+TEST(Import, LosesNoMemberWhenItsRequestIsRefused) {
+  build();
+  auto& source = contactSource();
+  const auto groups = source.recordsIn(kLocal, RecordKind::Group);
+  const auto before = *source.children(groups[1], RecordKind::Person);
+  ASSERT_EQ(before.size(), 2U);
+  SaveRequest request;
+  request.removedLinks.push_back({groups[1], before[0]});
+  request.links.push_back({groups[0], groups[1]});
+  EXPECT_FALSE(source.execute(request));
+  EXPECT_EQ(*source.children(groups[1], RecordKind::Person), before);
+  // Out of the outer group, the inner one may take it in.
+  request.removedLinks.push_back({groups[1], groups[0]});
+  EXPECT_TRUE(source.execute(request)) << request.reason;
+  EXPECT_EQ(*source.children(groups[1], RecordKind::Person), RecordKeys{before[1]});
 }
 
 TEST(Export, EndsWhereTheSinkSays) {
