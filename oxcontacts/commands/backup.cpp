@@ -1,9 +1,6 @@
-#include "platform/store/backup.hpp"
-
 #include <condition_variable>
 #include <filesystem>
 #include <mutex>
-#include <optional>
 #include <string_view>
 
 #include "OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
@@ -13,6 +10,7 @@
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/files.hpp"
 #include "oxcontacts/find.hpp"
+#include "oxcontacts/guarded_copy.hpp"
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
@@ -99,18 +97,6 @@ void refuseForeignTags(const std::string& path) {
   throw CommandError(kFailed, path + ": would be replaced by the tags of the copy, and holds none");
 }
 
-// A copy that goes when Ctrl-C ends the program.
-struct GuardedCopy {
-  explicit GuardedCopy(const std::string& target) {
-    const SignalsHeld held;
-    copy.emplace(target);
-    guard.emplace(copy->path());
-  }
-
-  std::optional<DatabaseCopy> copy;
-  std::optional<GoesWhenInterrupted> guard;
-};
-
 // Both are put in their places, the tags first, once both are complete.
 void backUpAll(const Context& context, const std::string& path) {
   refuseStoreFile(path);
@@ -138,8 +124,9 @@ void backUp(const Context& context, const Arguments& arguments) {
   if (words.size() != (arguments.all ? 1U : 2U)) {
     throw CommandError(kUsage, "backup takes BOOK and FILE, or --all and FILE");
   }
-  if (OutputFile::isStandardOutput(words.back()))
+  if (OutputFile::isStandardOutput(words.back()) || OutputFile::isStream(words.back())) {
     throw CommandError(kUsage, "a backup needs a file of its own");
+  }
   if (arguments.all) {
     backUpAll(context, words.front());
   } else {

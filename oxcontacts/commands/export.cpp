@@ -1,5 +1,6 @@
 #include <optional>
 
+#include "base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
@@ -42,15 +43,23 @@ Records recordsFor(const Context& context, const Arguments& arguments) {
 }
 
 vcard::ExportReport writeHostCards(const Records& records, OutputFile& output, ProgressBar& bar) {
-  std::size_t done = 0;
+  vcard::ExportReport report;
+  const auto failuresBefore = failures::failureCount();
   for (const auto& person : records.persons) {
     const auto card = person->newCreateVcard();
-    if (!card) throw storeFailure(person->ID().value_or("") + " could not be read");
-    if (done > 0) output.write("\r\n");
+    if (failures::failureCount() != failuresBefore) {
+      throw storeFailure(person->ID().value_or("") + " could not be read");
+    }
+    if (!card) {
+      ++report.gone;
+      continue;
+    }
+    if (report.persons > 0) output.write("\r\n");
     output.write(*card);
-    bar.show(100.0 * static_cast<double>(++done) / static_cast<double>(records.persons.size()));
+    bar.show(100.0 * static_cast<double>(++report.persons) /
+             static_cast<double>(records.persons.size()));
   }
-  return {.persons = done};
+  return report;
 }
 
 vcard::ExportReport writeCards(const Records& records, vcard::CardVersion version,

@@ -11,11 +11,11 @@
 #include "oxcontacts/edit/restored_tags.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
+#include "oxcontacts/guarded_copy.hpp"
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
 #include "platform/Contacts/CNContactStore.hpp"
-#include "platform/store/backup.hpp"
 #include "platform/store/contact_source.hpp"
 
 namespace ox::program {
@@ -27,7 +27,12 @@ struct Arguments {
   bool force = false;
 };
 
-// Beside the store, named after the time; the tags beside the copy.
+bool isTaken(const std::string& path) {
+  return std::filesystem::exists(path) || std::filesystem::exists(path + ".tags");
+}
+
+// Beside the store, named after the time; the tags beside the copy. Both are complete before the
+// first one is put in its place.
 std::string copyOfStore() {
   const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   std::tm parts{};
@@ -36,9 +41,15 @@ std::string copyOfStore() {
   std::strftime(time, sizeof time, "%Y%m%dT%H%M%SZ", &parts);
   const auto first = contactStorePath() + ".before-restore-" + time;
   auto path = first;
-  for (int i = 2; std::filesystem::exists(path); ++i) path = first + "-" + std::to_string(i);
-  if (std::filesystem::exists(tagStorePath())) copyDatabase(tagStorePath(), path + ".tags");
-  copyStore(contactStorePath(), path);
+  for (int i = 2; isTaken(path); ++i) path = first + "-" + std::to_string(i);
+  GuardedCopy store(path);
+  store.copy->takeStore(contactStorePath());
+  if (std::filesystem::exists(tagStorePath())) {
+    GuardedCopy tags(path + ".tags");
+    tags.copy->takeDatabase(tagStorePath());
+    tags.copy->put();
+  }
+  store.copy->put();
   return path;
 }
 

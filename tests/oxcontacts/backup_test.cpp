@@ -153,6 +153,28 @@ TEST(RestoreCommand, EmptiesABookOnlyWithForce) {
   EXPECT_EQ(runJson({"groups"}), Json::array());
 }
 
+TEST(RestoreCommand, LeavesNoHalfCopyOfTheStore) {
+  fillStore();
+  const auto file = temporaryPath("local.book").string();
+  run({"backup", "_local", file});
+  {
+    sqlite::Connection store(support::StoreEnvironment::instance().contactStore().string(),
+                             sqlite::Connection::Mode::ReadWrite);
+    store.execute("CREATE TABLE uncopied(x)");
+    store.execute("PRAGMA writable_schema=ON");
+    store.execute(
+        "UPDATE sqlite_master SET sql = 'CREATE TABLE uncopied(x UNIQUE COLLATE none)' "
+        "WHERE name = 'uncopied'");
+  }
+  const auto result = run({"restore", "_local", file});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_NE(result.errors.find("no such collation"), std::string::npos) << result.errors;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(support::StoreEnvironment::instance().folder())) {
+    EXPECT_EQ(entry.path().string().find(".before-restore-"), std::string::npos) << entry.path();
+  }
+}
+
 TEST(RestoreCommand, SaysWhenItCouldNotSave) {
   fillStore();
   const auto file = temporaryPath("local.book").string();
@@ -253,7 +275,8 @@ TEST(BackupCommand, LeavesWhatIsThereWhenItFails) {
       {{"--all", store + "-wal"}, 1, "itself"},
       {{"_local", folder}, 1, "Is a directory"},
       {{"--all", folder}, 1, "Is a directory"},
-      {{"_local", "/dev/null"}, 1, "/dev/null is no regular file"},
+      {{"_local", "/dev/null"}, 2, "a backup needs a file of its own"},
+      {{"--all", "/dev/null"}, 2, "a backup needs a file of its own"},
       {{"_local", (folder / "none" / "x").string()}, 1, "No such file or directory"},
       {{"--all", (folder / "none" / "x").string()}, 1, "No such file or directory"},
       {{"Nowhere", kept}, 4, "there is no book \"Nowhere\""},

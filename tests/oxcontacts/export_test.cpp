@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <thread>
 
 #include "tests/oxcontacts/program.hpp"
@@ -154,6 +155,33 @@ std::size_t namesBeginning(const std::string& start) {
     count += entry.path().filename().string().starts_with(start) ? 1 : 0;
   }
   return count;
+}
+
+TEST(ExportCommand, WritesIntoPipesAndDevices) {
+  importCards();
+  const auto pipe = temporaryPath("out.pipe").string();
+  EXPECT_EQ(runShell("mkfifo " + pipe + "; cat " + pipe + " & \"$OX\" export -o " + pipe + "; wait")
+                .output,
+            run({"export"}).output);
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+  EXPECT_EQ(run({"export", "-o", "/dev/null"}).exitCode, 0);
+  EXPECT_EQ(run({"export", "-o", "/dev/full"}).errors,
+            "oxcontacts: /dev/full: No space left on device\n");
+}
+
+TEST(ExportCommand, PassesOverWhomAnotherProcessRemovesMeanwhile) {
+  importCards();
+  const auto rest = run({"export", "--format", "host-vcard", "王小明"}).output;
+  const auto pipe = temporaryPath("out.pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  support::RunningProcess program(programCommand({"export", "--format", "host-vcard", "-o", pipe}));
+  ASSERT_TRUE(waitsIn(program.id(), {SYS_openat}));  // it knows whom, and waits for the reader
+  EXPECT_EQ(run({"remove-person", "Ann Lee"}).exitCode, 0);
+  EXPECT_EQ(fileBytes(pipe), rest);
+  const auto result = program.wait();
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_NE(result.errors.find("1 record went while this was exported"), std::string::npos)
+      << result.errors;
 }
 
 TEST(ExportCommand, LeavesNothingWhenInterrupted) {

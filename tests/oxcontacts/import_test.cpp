@@ -200,6 +200,44 @@ TEST(ImportCommand, TellsWhatItCommittedWhenTheReportCannotBeWritten) {
   EXPECT_EQ(runJson({"persons"}).size(), 1U);
 }
 
+// The names of what is left of a file that is written beside its target.
+std::string unfinishedFiles() {
+  std::string names;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(support::StoreEnvironment::instance().folder())) {
+    if (entry.path().extension() == ".new") names += entry.path().filename().string() + " ";
+  }
+  return names;
+}
+
+TEST(ImportCommand, WritesTheReportAlsoWhenNobodyReadsWhatItPrints) {
+  const auto file = temporaryFile("cut.vcf", kAnn + "BEGIN:VCARD\r\nFN:Cut").string();
+  const auto report = temporaryPath("report.json").string();
+  const auto result =
+      runShell("{ \"$OX\" import " + file + " --json --report " + report + "; echo $? >&2; } | :");
+  EXPECT_EQ(countsOf(Json::parse(support::fileBytes(report))), "cards 2, added 1, refused 1");
+  EXPECT_EQ(unfinishedFiles(), "") << result.errors;
+}
+
+TEST(ImportCommand, ReportsIntoPipesAndDevices) {
+  const auto file = temporaryFile("good.vcf", kAnn).string();
+  EXPECT_EQ(run({"import", file, "--report", "/dev/null"}).exitCode, 0);
+  const auto skipped = run({"--quiet", "import", file, "--report", "/dev/stderr"});
+  EXPECT_EQ(countsOf(Json::parse(skipped.errors)), "cards 1, skipped 1");
+  const auto pipe = temporaryPath("report.pipe").string();
+  const auto piped = runShell("mkfifo " + pipe + "; cat " + pipe + " & \"$OX\" import " + file +
+                              " --report " + pipe + " >&2; wait");
+  EXPECT_EQ(countsOf(Json::parse(piped.output)), "cards 1, skipped 1") << piped.errors;
+  const auto full = run({"import", file, "--report", "/dev/full"});
+  EXPECT_EQ(full.exitCode, 1);
+  EXPECT_EQ(full.errors,
+            "oxcontacts: the report could not be written: /dev/full: No space left on device\n");
+  const auto log = temporaryFile("log", "before\n");
+  runShell("\"$OX\" import " + file + " --report /dev/stderr 2>>" + log.string());
+  EXPECT_TRUE(support::fileBytes(log).starts_with("before\n{")) << support::fileBytes(log);
+  EXPECT_EQ(unfinishedFiles(), "");
+}
+
 TEST(ImportCommand, EndsCleanlyWhenInterrupted) {
   const auto pipe = temporaryPath("pipe.vcf");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "oxcontacts/interruption.hpp"
+#include "platform/store/backup.hpp"
+
+namespace ox::program {
+
+// A copy of a database that goes when a signal ends the program before it is put in its place.
+struct GuardedCopy {
+  explicit GuardedCopy(const std::string& target) {
+    const SignalsHeld held;
+    copy.emplace(target);
+    guard.emplace(copy->path());
+  }
+
+  std::optional<GoesWhenInterrupted> guard;
+  std::optional<DatabaseCopy> copy;
+};
+
+}  // namespace ox::program
