@@ -1,3 +1,4 @@
+#include "base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
@@ -20,12 +21,17 @@ MadeRecords madeOf(const Persons& persons) {
 Persons copied(const Context& context, const Persons& sources, OxMacAddressBook& book) {
   ProgressBar bar(context, "copying");
   Persons copies;
+  std::size_t done = 0;
   for (const auto& source : sources) {
-    auto copy = book.addOneFromOtherPerson(std::shared_ptr<IOxPerson>(source));
-    if (!copy) giveUp(madeOf(copies));
-    copyTags(*source, *copy, book);
-    copies.push_back(std::move(copy));
-    bar.show(100.0 * static_cast<double>(copies.size()) / static_cast<double>(sources.size()));
+    const auto before = failures::failureCount();
+    if (auto copy = book.addOneFromOtherPerson(std::shared_ptr<IOxPerson>(source))) {
+      copies.push_back(std::move(copy));
+      copyTags(*source, *copies.back(), book);
+    }
+    // What could not be read would be missing in the copy.
+    if (copies.size() == done || failures::failureCount() != before) giveUp(madeOf(copies));
+    ++done;
+    bar.show(100.0 * static_cast<double>(done) / static_cast<double>(sources.size()));
   }
   return copies;
 }

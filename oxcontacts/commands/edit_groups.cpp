@@ -1,5 +1,6 @@
 #include <iostream>
 
+#include "base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
@@ -40,15 +41,19 @@ void addGroup(const Context& context, const NewGroup& arguments) {
   if (!book->canCreateGroup()) {
     throw CommandError(kFailed, "the book \"" + book->name().value_or("") + "\" takes no groups");
   }
+  const auto before = failures::snapshot();
   const auto group = arguments.under.empty() ? book->addGroupByName(arguments.name)
                                              : madeUnder(*book, arguments.under, arguments.name);
   if (!group) throw storeFailure("no group was added");
+  if (failures::snapshot() != before) giveUp({group});  // its name or its place was refused
   if (saveEdits({group})) tellGroup(context, "added the group " + arguments.name, group);
 }
 
 void renameGroup(const Context& context, const std::string& name, const std::string& newName) {
   const auto group = findGroup(name);
+  const auto before = failures::snapshot();
   group->setDisplayName(newName);
+  if (failures::snapshot() != before) giveUp();
   if (saveEdits()) tellGroup(context, "renamed the group to " + newName, group);
 }
 

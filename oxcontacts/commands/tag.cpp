@@ -16,13 +16,27 @@ struct Arguments {
   std::vector<std::string> removed;
 };
 
+// Every change takes effect at once: when one fails, those before it stand.
+void noteChange(const std::string& change, std::uint64_t failuresBefore, std::string& done) {
+  if (failures::failureCount() != failuresBefore) {
+    throw storeFailure(done.empty() ? "the tags were not changed" : "only this was done: " + done);
+  }
+  done += (done.empty() ? "" : ", ") + change;
+}
+
 void changeTags(const Context& context, const Arguments& arguments) {
   const auto person = findPerson(arguments.person);
   discoveredBooks(context);
-  const auto failures = failures::snapshot().failures;
-  for (const auto& tag : arguments.removed) person->removeTag(tag);
-  for (const auto& tag : arguments.added) person->addTag(tag);
-  if (failures::snapshot().failures != failures) throw storeFailure("the tags were not changed");
+  const auto before = failures::failureCount();
+  std::string done;
+  for (const auto& tag : arguments.removed) {
+    person->removeTag(tag);
+    noteChange("removed " + tag, before, done);
+  }
+  for (const auto& tag : arguments.added) {
+    person->addTag(tag);
+    noteChange("added " + tag, before, done);
+  }
   saveTags();
   const auto tags = person->tagArray();
   if (context.json) {

@@ -103,6 +103,37 @@ TEST(FailedSave, PrintsNothing) {
   EXPECT_EQ(runJson({"groups"})[0]["persons"], 1);
 }
 
+TEST(FailedCopy, MakesNoPersonOfARecordThatCannotBeRead) {
+  run({"accounts", "add", "iCloud", "--identifier", "A:ABAccount"});
+  run({"add-person", "_local", "name=Ann"});
+  run({"add-person", "_local", "name=Ben"});
+  const auto ids = personIds();
+  sqlite::Connection store(support::StoreEnvironment::instance().contactStore().string(),
+                           sqlite::Connection::Mode::ReadWrite);
+  store.execute("UPDATE content SET properties = x'00' WHERE record = 2");
+  const auto result = run({"copy", ids.at("Ann"), ids.at("Ben"), "--to", "iCloud"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_NE(result.errors.find("nothing was saved: "), std::string::npos) << result.errors;
+  EXPECT_EQ(result.errors.find("copied"), std::string::npos) << result.errors;
+  EXPECT_EQ(store.queryInteger("SELECT count(*) FROM record"), 2);
+}
+
+TEST(FailedTag, SaysWhatStands) {
+  run({"add-person", "_local", "name=Ann"});
+  run({"tag", "Ann", "--add", "a", "--add", "b"});
+  sqlite::Connection(support::StoreEnvironment::instance().tagStore().string(),
+                     sqlite::Connection::Mode::ReadWrite)
+      .execute(
+          "CREATE TRIGGER refusal BEFORE INSERT ON tag BEGIN SELECT RAISE(ABORT, 'no room');"
+          " END");
+  const auto half = run({"tag", "Ann", "--remove", "a", "--add", "c"});
+  EXPECT_EQ(half.exitCode, 1);
+  EXPECT_NE(half.errors.find("only this was done: removed a: "), std::string::npos) << half.errors;
+  EXPECT_EQ(run({"tag", "Ann"}).output, "b\n");
+  const auto none = run({"tag", "Ann", "--add", "c"});
+  EXPECT_NE(none.errors.find("the tags were not changed: "), std::string::npos) << none.errors;
+}
+
 TEST(RefusedAssignment, LeavesTheOthersUndone) {
   // A value of another type than the store knows the property by is refused by the store alone.
   run({"accounts"});
