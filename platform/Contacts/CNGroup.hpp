@@ -40,7 +40,7 @@ class CNMutableGroup : public CNGroup {
   // A new, unnamed group with a new identifier.
   static std::shared_ptr<CNMutableGroup> init();
 
-  void setName(Text name);
+  void setName(const Text& name);
   void setProperties(PropertyBag properties) { properties_ = std::move(properties); }
 
  private:

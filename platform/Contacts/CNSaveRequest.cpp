@@ -27,7 +27,7 @@ Text CNGroup::name() const {
   return name != nullptr ? Text(*name) : std::nullopt;
 }
 
-void CNMutableGroup::setName(Text name) {
+void CNMutableGroup::setName(const Text& name) {
   properties_.set(property_id::kGroupName, Object(name));
 }
 

@@ -92,7 +92,7 @@ void removeByTheBook(const std::shared_ptr<_ABGroup>& group, const Persons& list
                      const ProgressCallback& report) {
   const auto subgroups = group->subGroups();
   const auto n = static_cast<float>(subgroups.size());
-  const double share = static_cast<double>(100.0F / n);
+  const auto share = static_cast<double>(100.0F / n);
   float i = 0;
   for (const auto& subgroup : subgroups) {
     removeByTheBook(std::dynamic_pointer_cast<_ABGroup>(subgroup), list,
