@@ -35,6 +35,14 @@ KeptRelation keptRelation(std::string_view parameters, const Text& label) {
   return {false, label == relation, label && words.unknown.size() > 1};
 }
 
+// True for kept TYPE words that would give a label to an entry that has none.
+bool givesLabel(const MultiEntry& entry, PropertyId property, std::string_view parameters) {
+  if (entry.label && !CardText(*entry.label).view().empty()) return false;
+  ContentLine line;
+  std::string head;
+  return !typeLabel(property, keptTypeWords(parameters, head, line).known).label.empty();
+}
+
 }  // namespace
 
 void CardWriter::multi(PropertyId property) {
@@ -56,7 +64,8 @@ void CardWriter::multi(PropertyId property) {
     }
     for (const auto& kept : kept_.parametersOf(property, held.identifier)) {
       // A reader counts the entries that it finds.
-      if (allWritten && areAdmitted(kept.said, options_.version)) {
+      if (allWritten && areAdmitted(kept.said, options_.version) &&
+          !givesLabel(held, property, kept.said)) {
         next.kept.append(kept.said);
       } else {
         entryParameters_.push_back(KeptDetail{property, number, kept.said}.text());
