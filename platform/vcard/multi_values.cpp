@@ -1,6 +1,7 @@
 #include <string>
 #include <utility>
 
+#include "base/text/utf8.hpp"
 #include "platform/records/property_keys.hpp"
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/card_builder.hpp"
@@ -210,7 +211,8 @@ bool CardBuilder::addSocialProfile(const ContentLine& line) {
   }
   if (startsWithWord(url, kAnyService) && url.size() > kAnyService.size() &&
       url[kAnyService.size()] == ':') {
-    if (user.empty()) user = percentDecoded(std::string_view(url).substr(kAnyService.size() + 1));
+    if (user.empty())
+      user = validUtf8(percentDecoded(std::string_view(url).substr(kAnyService.size() + 1)));
     url.clear();
   }
   Dictionary profile;

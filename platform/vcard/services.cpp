@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "base/text/utf8.hpp"
 #include "platform/records/property_keys.hpp"
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/uri.hpp"
@@ -82,7 +83,7 @@ Account accountOfUri(std::string_view uri, std::string_view named) {
     service = knownService(named).empty() ? named : knownService(named);
   }
   if (isScheme && !scheme.empty()) uri.remove_prefix(scheme.size() + 1);
-  return {percentDecoded(uri), std::string(service)};
+  return {validUtf8(percentDecoded(uri)), std::string(service)};
 }
 
 std::string uriOfAccount(const Account& account) {

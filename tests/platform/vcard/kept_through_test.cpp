@@ -16,7 +16,8 @@ TEST(CardThrough, UrisOfAccountsGoOutAsTheyCame) {
         "IMPP:https://x.example/a?b=c&d=%C3%A9\n", "IMPP:sip:a%20b@x\n",
         "IMPP;X-SERVICE-TYPE=Jabber:xmpp:bob@x?message\n",
         "IMPP;X-SERVICE-TYPE=AIM:aim:goim?screenname=x\n", "IMPP;X-SERVICE-TYPE=Skype:x-apple:a\n",
-        "IMPP;X-SERVICE-TYPE=Own:own:me\n", "IMPP;X-SERVICE-TYPE=Jabber:XMPP:bob@x\n"}) {
+        "IMPP;X-SERVICE-TYPE=Jabber:xmpp:%FF%FE\n", "IMPP;X-SERVICE-TYPE=Own:own:me\n",
+        "IMPP;X-SERVICE-TYPE=Jabber:XMPP:bob@x\n"}) {
     rows.push_back({"3.0", line, line, line});
     rows.push_back({"4.0", line, line, line});
   }

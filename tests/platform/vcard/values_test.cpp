@@ -101,6 +101,9 @@ TEST(CardValues, AccountsNameTheirService) {
       {"4.0", "IMPP:xmpp:j\nIMPP:ymsgr:y\n", account("j", "Jabber") + account("y", "Yahoo")},
       {"3.0", "IMPP;X-SERVICE-TYPE=Own:x-apple:me\n", account("me", "Own")},
       {"4.0", "IMPP:other:me\n", account("other:me", "")},
+      {"4.0", "IMPP:xmpp:%FF\nX-SOCIALPROFILE:x-apple:%FF\n",
+       account("\xEF\xBF\xBD", "Jabber") +
+           "SocialProfile[-]={username=\xEF\xBF\xBD}\nkept=;19#1:xmpp:%FF\n"},
       {"3.0", "X-SOCIALPROFILE;type=twitter;x-user=u;x-userid=7:http://t/u\n",
        "SocialProfile[-]={serviceName=twitter,username=u,url=http://t/u,identifier=7}\n"},
   });
