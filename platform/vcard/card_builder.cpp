@@ -54,6 +54,7 @@ void CardBuilder::start(std::size_t line, const CardFacts& facts) {
   for (auto& multi : multis_) multi = {};
   grouped_.clear();
   notes_.clear();
+  members_.clear();
   uid_.clear();
   fullName_.clear();
   fullNameLine_.clear();
@@ -97,9 +98,11 @@ bool CardBuilder::addGroupLine(const ContentLine& line) {
       return addUid(line);
     case Meaning::Kind:
       return true;
-    case Meaning::Member:
-      card_.members.emplace_back(uidKey(uidOf(line)));
+    case Meaning::Member: {
+      auto member = std::string(uidKey(uidOf(line)));
+      if (members_.insert(member).second) card_.members.push_back(std::move(member));
       return true;
+    }
     default:
       return false;
   }

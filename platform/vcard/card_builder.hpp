@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -118,8 +119,9 @@ class CardBuilder {
   std::array<Multi, kMultiCount> multis_;
   std::vector<GroupedEntry> grouped_;
   std::vector<GroupNote> notes_;
-  std::size_t sharedLabels_ = 0;  // bytes of labels beyond the first of each group
-  std::string noteParameters_;    // of the first note
+  std::size_t sharedLabels_ = 0;             // bytes of labels beyond the first of each group
+  std::string noteParameters_;               // of the first note
+  std::unordered_set<std::string> members_;  // that the card has
   std::string uid_;
   std::string fullName_;
   std::string fullNameLine_;

@@ -316,6 +316,7 @@ TEST(CardThrough, RevisionIsWrittenOnlyOfWhatItWasTrueFor) {
 TEST(CardThrough, RevisionOfAGroupIsTrueForItsMembers) {
   const auto group = propertiesOf("4.0",
                                   "KIND:group\nFN:g\nMEMBER:urn:uuid:1\nMEMBER:urn:uuid:2\n"
+                                  "MEMBER:1\n"
                                   "REV:20200203T040506Z\n");
   const auto hasRevision = [&](const std::vector<std::string>& members) {
     std::string card;
