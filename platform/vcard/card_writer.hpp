@@ -57,6 +57,7 @@ class CardWriter {
   bool isRevisionTrue(std::string_view rest, bool isRestKnown) const;
   void keptLines();
   void keptParameters();
+  void groupParameters(bool named);
   void wrapped(std::string_view line);
   void exactValues();
 

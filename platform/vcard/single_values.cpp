@@ -120,6 +120,9 @@ bool CardBuilder::addFullName(const ContentLine& line) {
   fullNameDerived_ = isDerived(line);
   fullNameLine_.clear();
   appendKept(line, fullNameLine_);
+  if (card_.isGroup && !fullNameDerived_ && !fullName_.empty()) {
+    keepParameters(property_id::kGroupName, 0, line, 0, 0, true);
+  }
   return true;
 }
 

@@ -170,6 +170,17 @@ void CardWriter::keptParameters() {
   for (const auto& text : entryParameters_) wrapped(text);
 }
 
+// The same of a group, which has N in 3.0 only.
+void CardWriter::groupParameters(bool named) {
+  for (const auto& kept : kept_.parameters()) {
+    const bool ofName = kept.property == property_id::kGroupName;
+    if (kept.entry != 0 || (!ofName && kept.property != property_id::kLast)) continue;
+    const bool hasLine = ofName ? named : is30();
+    if (!hasLine || !areAdmitted(kept.said, options_.version)) wrapped(kept.text());
+  }
+  for (const auto& text : entryParameters_) wrapped(text);
+}
+
 void CardWriter::exactValues() {
   if (inexact_.empty()) return;
   PropertyBag exact;
@@ -212,11 +223,17 @@ void CardWriter::group(const std::vector<std::string>& members) {
   begin();
   const auto* name = properties_.text(property_id::kGroupName);
   const CardText text(name != nullptr ? std::string_view(*name) : std::string_view());
-  if (is30()) line_.raw("N:").text(text.view()).raw(";;;;").end();
+  if (is30()) {
+    line_.raw("N");
+    ownParameters(property_id::kLast);
+    line_.raw(":").text(text.view()).raw(";;;;").end();
+  }
   if (text.view().empty()) {
     line_.raw(is30() ? "FN;X-DERIVED=TRUE:?" : "FN;DERIVED=TRUE:?").end();
   } else {
-    line_.raw("FN:").text(text.view()).end();
+    line_.raw("FN");
+    ownParameters(property_id::kGroupName);
+    line_.raw(":").text(text.view()).end();
   }
   line_.raw(is30() ? "X-ADDRESSBOOKSERVER-KIND:group" : "KIND:group").end();
   uid();
@@ -234,6 +251,7 @@ void CardWriter::group(const std::vector<std::string>& members) {
     if (!keptLine(kept_.fullNameLine())) wrapped(kept_.fullNameLine());
   }
   keptLines();
+  groupParameters(!text.view().empty());
   end();
 }
 

@@ -291,6 +291,43 @@ TEST(CardThrough, SecondLinesDoNotTakeThePlaceOfAClearedValue) {
   EXPECT_EQ(linesOf(propertiesOf("3.0", lines), {}), lines);
 }
 
+TEST(CardThrough, WordsThatWereKeptGiveNoLabelToAnEntryWithout) {
+  const std::string names = "N:a;;;;\nFN:a\n";
+  auto bag = propertiesOf(
+      "3.0", names + "item1.TEL;TYPE=WORK;X-A=b:1\nitem1.X-ABLabel:Boat\nTEL;TYPE=MODEM:2\n");
+  auto values = *std::get<MultiValuePtr>(*bag.find(property_id::kPhone));
+  values.entries[0].label.reset();
+  bag.set(property_id::kPhone, std::make_shared<const MultiValue>(values));
+  const auto lines = linesOf(bag, {});
+  EXPECT_EQ(lines,
+            names + "TEL:1\nTEL;TYPE=MODEM:2\nX-OX-LINE:%3B16%231%3BTYPE%3DWORK%3BX-A%3Db\n");
+  EXPECT_EQ(linesOf(propertiesOf("3.0", lines), {}), lines);
+}
+
+TEST(CardThrough, GroupsKeepTheParametersOfTheirName) {
+  const auto bag = propertiesOf("3.0",
+                                "X-ADDRESSBOOKSERVER-KIND:group\nN;X-FOO=1:Chor\n"
+                                "FN;LANGUAGE=de:Chor\nFN;LANGUAGE=en:Choir\n");
+  const auto written = [](const PropertyBag& properties, CardVersion version) {
+    std::string card;
+    appendGroup(properties, {}, {.version = version}, card);
+    return card;
+  };
+  const auto in30 = written(bag, CardVersion::V30);
+  const auto in40 = written(bag, CardVersion::V40);
+  EXPECT_EQ(in30,
+            "BEGIN:VCARD\r\nVERSION:3.0\r\nN;X-FOO=1:Chor;;;;\r\nFN;LANGUAGE=de:Chor\r\n"
+            "X-ADDRESSBOOKSERVER-KIND:group\r\nFN;LANGUAGE=en:Choir\r\nEND:VCARD\r\n");
+  EXPECT_EQ(in40,
+            "BEGIN:VCARD\r\nVERSION:4.0\r\nFN;LANGUAGE=de:Chor\r\nKIND:group\r\n"
+            "FN;LANGUAGE=en:Choir\r\nX-OX-LINE:%3B3%230%3BX-FOO%3D1\r\nEND:VCARD\r\n");
+  for (const auto& text : {in30, in40}) {
+    const auto again = std::get<Card>(readAll(text).at(0)).properties;
+    EXPECT_EQ(written(again, CardVersion::V30), in30);
+    EXPECT_EQ(written(again, CardVersion::V40), in40);
+  }
+}
+
 TEST(CardThrough, RevisionIsWrittenOnlyOfWhatItWasTrueFor) {
   const std::string lines = "N:a;;;;\nFN:a\nREV:20200203T040506Z\n";
   const auto bag = propertiesOf("3.0", lines);
