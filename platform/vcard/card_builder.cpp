@@ -49,6 +49,7 @@ void CardBuilder::start(std::size_t line, const CardFacts& facts) {
   card_.line = line;
   card_.isGroup = facts.isGroup;
   dialect_ = facts.dialect;
+  is40_ = facts.is40;
   for (auto& text : texts_) text.clear();
   birthday_.reset();
   for (auto& multi : multis_) multi = {};

@@ -114,6 +114,7 @@ class CardBuilder {
 
   Card card_;
   Dialect dialect_ = Dialect::V30;
+  bool is40_ = false;
   std::array<std::string, property_id::kNote + 1> texts_;  // empty: missing
   std::optional<Date> birthday_;
   std::array<Multi, kMultiCount> multis_;

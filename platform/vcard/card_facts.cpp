@@ -73,6 +73,7 @@ CardFacts factsOf(const RawCard& card) {
       const auto version = versionOf(line);
       facts.hasVersion = !version.empty();
       if (version == "2.1") facts.dialect = Dialect::V21;
+      facts.is40 = version == "4.0";
     }
     if (first != 'K' && first != 'X') continue;
     if (saysGroup(unfolded(card, i, buffer))) facts.isGroup = true;

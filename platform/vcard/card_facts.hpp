@@ -9,6 +9,7 @@ namespace ox::vcard {
 struct CardFacts {
   Dialect dialect = Dialect::V30;
   bool hasVersion = false;
+  bool is40 = false;
   bool isGroup = false;
 };
 

@@ -214,7 +214,9 @@ bool CardBuilder::addSound(const ContentLine& line) {
 }
 
 std::string CardBuilder::uidOf(const ContentLine& line) {
-  const auto given = uidOfValue(trimmed(line.value));
+  const auto value = trimmed(line.value);
+  // Only 4.0 wants a URI of it.
+  const auto given = is40_ ? uidOfValue(value) : std::string(value);
   std::string uid(CardText(given).view());
   std::erase(uid, '\n');
   if (uid.size() != given.size()) mend(line, "UID with control characters");

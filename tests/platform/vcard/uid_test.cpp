@@ -34,6 +34,7 @@ TEST(CardUid, IsTheSameUriInCardAndGroup) {
       {"grp1", "UID:x-ox-uid:grp1", "x-ox-uid:grp1"},
       {"a b:c\\;é", "UID:x-ox-uid:a%20b%3Ac%5C%3B%C3%A9", "x-ox-uid:a%20b%3Ac%5C%3B%C3%A9"},
       {"mailto:a@b", "UID:mailto:a@b", "mailto:a@b"},
+      {"x-ox-uid:a%20b", "UID:x-ox-uid:x-ox-uid%3Aa%2520b", "x-ox-uid:x-ox-uid%3Aa%2520b"},
   };
   for (const auto& row : rows) {
     PropertyBag bag;
