@@ -27,6 +27,15 @@ bool isNestedText(const ContentLine& line) {
   return startsWithWord(value, "BEGIN:VCARD\\N");
 }
 
+// The line break that may stand before a nested card, with the blanks before it.
+void dropBreakAfterColon(std::string& kept) {
+  const auto feed = kept.find('\n');
+  if (feed == std::string::npos) return;
+  auto start = feed;
+  while (start > 0 && isBlank(kept[start - 1])) --start;
+  if (start > 0 && kept[start - 1] == ':') kept.erase(start, feed + 1 - start);
+}
+
 std::string spellingOfClean(const NameParts& parts) {
   const CardText last(parts.last);
   const CardText first(parts.first);
@@ -85,8 +94,7 @@ void CardBuilder::add(const ContentLine& line) {
     kept.resize(kept.size() - line.value.size());
     kept += text(line);
   }
-  const auto feed = kept.find('\n');
-  if (feed != std::string::npos && feed > 0 && kept[feed - 1] == ':') kept.erase(feed, 1);
+  dropBreakAfterColon(kept);
   unmodelled_.emplace_back(std::move(kept));
 }
 

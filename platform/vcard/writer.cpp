@@ -134,6 +134,7 @@ bool CardWriter::nestedCard(std::string_view text) {
   const auto head = lineInVersion(text.substr(0, colon + 1), options_.version);
   if (!head) return false;
   auto card = text.substr(colon + 1);
+  while (!card.empty() && isBlank(card.front())) card.remove_prefix(1);
   if (card.starts_with('\n')) card.remove_prefix(1);  // as older stores kept it
   line_.raw(*head).text(card).end();
   return true;

@@ -38,6 +38,8 @@ TEST(CardFraming, NestedCardsBelongToTheOuterOne) {
   const std::string inner = "BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n";
   EXPECT_EQ(textOfCard("2.1", "AGENT:\n" + inner + "TITLE:out\n"),
             "JobTitle=out\nkept=AGENT:BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n");
+  EXPECT_EQ(textOfCard("2.1", "AGENT: \t\n" + inner + "TITLE:out\n"),
+            "JobTitle=out\nkept=AGENT:BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n");
   EXPECT_EQ(textOfCard("3.0", "AGENT:" + inner + "TITLE:out\n"),
             "JobTitle=out\nkept=AGENT:BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n");
   EXPECT_EQ(textOfCard("3.0", "AGENT:someone\nTITLE:out\n"), "JobTitle=out\nkept=AGENT:someone\n");
