@@ -172,6 +172,7 @@ bool CardBuilder::addNote(const ContentLine& line) {
   readTypeWords(line, types_);
   collectParameters(line, 0, types_.known, true);
   if (scratch_ != noteParameters_) return false;
+  if (types_.rank != 0) mend(line, "preference of one note among several left out");
   (note += '\n') += text(line);
   return true;
 }

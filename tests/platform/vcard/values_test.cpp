@@ -54,6 +54,9 @@ TEST(CardValues, SingleValuesAndTheirReadings) {
       {"2.1", "N:Mohn;Albert\nSOUND;X-IRMC-N:mo;al;;;\n",
        "First=Albert\nLast=Mohn\nFirstPhonetic=al\nLastPhonetic=mo\n"},
       {"3.0", "NOTE:one\nNOTE:two\n", "Note=one\ntwo\n"},
+      {"4.0", "NOTE;PREF=2:one\nNOTE;PREF=1:two\n",
+       "Note=one\ntwo\nkept=;15#0;PREF=2\n"
+       "repair 4: preference of one note among several left out\n"},
       {"3.0", "TITLE:a\nTITLE:b\nORG:c\nORG:d\n",
        "Organization=c\nJobTitle=a\nkept=TITLE:b\nkept=ORG:d\n"},
       {"3.0", "UID: urn:uuid:1-2\nTITLE:a\n", "JobTitle=a\nUID=urn:uuid:1-2\n"},
