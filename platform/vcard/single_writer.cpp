@@ -11,7 +11,6 @@
 // The lines of what a record holds once.
 
 namespace ox::vcard {
-namespace {}  // namespace
 
 std::string_view CardWriter::textOf(PropertyId property) {
   const auto* value = values_[property];
