@@ -41,8 +41,13 @@ std::size_t MemorySource::peekAt(std::uint64_t offset, char* buffer, std::size_t
 
 FileSource::FileSource(const std::string& path, const std::atomic<bool>* stop)
     : path_(path), stop_(stop) {
-  descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor_ < 0) fail(path_, errno);
+  // Waits while nobody writes to a pipe. A stop leaves it unopened, which reads as its end.
+  while (descriptor_ < 0) {
+    descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor_ >= 0) break;
+    if (errno != EINTR) fail(path_, errno);
+    if (stop_ != nullptr && stop_->load()) return;
+  }
   struct stat status {};
   int failure = ::fstat(descriptor_, &status) != 0 ? errno : 0;
   if (failure == 0 && S_ISDIR(status.st_mode)) failure = EISDIR;
@@ -55,7 +60,7 @@ FileSource::FileSource(const std::string& path, const std::atomic<bool>* stop)
 }
 
 FileSource::~FileSource() {
-  ::close(descriptor_);
+  if (descriptor_ >= 0) ::close(descriptor_);
 }
 
 // False when it was stopped instead. A signal may come just before the wait: looked at again soon.
@@ -69,7 +74,7 @@ bool FileSource::waitForInput() const {
 }
 
 std::size_t FileSource::read(char* buffer, std::size_t size) {
-  if (stop_ != nullptr && !isFile_ && !waitForInput()) return 0;
+  if (descriptor_ < 0 || (stop_ != nullptr && !isFile_ && !waitForInput())) return 0;
   while (true) {
     const auto got = ::read(descriptor_, buffer, size);
     if (got >= 0) return static_cast<std::size_t>(got);

@@ -1,8 +1,14 @@
 #include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 #include "card_text.hpp"
@@ -124,6 +130,33 @@ TEST(CardSource, FilesAreReadAndFailuresNamed) {
   };
   EXPECT_EQ(reasonFor(path), path.string() + ": No such file or directory");
   EXPECT_EQ(reasonFor("/"), "/: Is a directory");
+}
+
+TEST(CardSource, StopEndsTheWaitForAWriterOfAPipe) {
+  const auto path = std::filesystem::temp_directory_path() /
+                    ("card_source_test_" + std::to_string(::getpid()) + ".pipe");
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  struct sigaction action {};
+  action.sa_handler = [](int) {};
+  ::sigaction(SIGUSR1, &action, nullptr);
+  std::atomic<bool> stop{false};
+  std::atomic<bool> isOpen{false};
+  // Without the stop an interruption ends nothing.
+  std::thread interrupting([&, waiting = ::pthread_self()] {
+    for (int count = 0; !isOpen; ++count) {
+      if (count == 20) stop = true;
+      ::pthread_kill(waiting, SIGUSR1);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  });
+  FileSource source(path, &stop);
+  EXPECT_TRUE(stop);
+  isOpen = true;
+  interrupting.join();
+  std::filesystem::remove(path);
+  char byte = 0;
+  EXPECT_EQ(source.read(&byte, 1), 0U);
+  EXPECT_EQ(source.peekAt(0, &byte, 1), 0U);
 }
 
 }  // namespace
