@@ -41,7 +41,7 @@ class RepeatingSource : public ByteSource {
  private:
   static std::size_t take(std::string& text, char* buffer, std::size_t size) {
     const auto count = std::min(size, text.size());
-    std::memcpy(buffer, text.data(), count);
+    std::copy_n(text.data(), count, buffer);
     text.erase(0, count);
     return count;
   }
