@@ -22,8 +22,9 @@ constexpr std::array kAddressParts = {
     PartRow{"country", kABAddressCountryKey},
 };
 
-// The stored entries of a property while they are changed. Through the model every entry would be
-// a new one: here those that are not touched stay what they are, with all that is kept of them.
+// The stored entries of a property while they are changed. Through the model an address would lose
+// what the model does not know and gain a country code; those that are not touched stay as they
+// are. An entry that is written as it stood keeps its identifier: the store sees to that.
 struct Entries {
   MultiValue value;
   bool needsMain = false;
@@ -89,23 +90,13 @@ std::uint64_t insertNew(const Assignment& assignment, Object stored, std::size_t
   return identifier;
 }
 
-// The entry that says the very same already; 0 when there is none.
-std::uint64_t sameEntry(const Object& stored, const Text& label, const MultiValue& value) {
-  const auto same = std::ranges::find_if(value.entries, [&](const MultiEntry& entry) {
-    return entry.value == stored && entry.label == label;
-  });
-  return same != value.entries.end() ? same->identifier : 0;
-}
-
 void applyWhole(const Assignment& assignment, MultiValue& value) {
   const bool hadMain = value.primary != 0;
   auto stored = convert::storedFromElement(assignment.value, assignment.property->subValueType());
-  const auto same = assignment.adds ? 0 : sameEntry(stored, assignment.label, value);
   const auto end = value.entries.size();
   const auto place = assignment.adds ? end : takeOut(assignment.label, value);
   if (stored.isMissing()) return;
-  auto added = insertNew(assignment, std::move(stored), place, value);
-  if (same != 0) added = value.entries[place].identifier = same;
+  const auto added = insertNew(assignment, std::move(stored), place, value);
   // The new entry follows the main one that it replaced, and whatever stood alone is main.
   if (hadMain && value.primary == 0) value.primary = added;
   if (!assignment.adds && !assignment.label) value.primary = added;

@@ -26,12 +26,13 @@ void appendText(std::string_view raw, Dialect dialect, std::string& out) {
   appendTextEscaped(CardText(text).view(), out);
 }
 
-void appendList(std::string_view raw, Dialect dialect, std::string& out) {
+// Pieces parted by that mark, each as we would spell it.
+void appendPieces(std::string_view raw, char mark, Dialect dialect, std::string& out) {
   std::size_t from = 0;
-  for (auto comma = findBare(raw, ',', 0); comma != npos; comma = findBare(raw, ',', from)) {
-    appendText(raw.substr(from, comma - from), dialect, out);
-    out += ',';
-    from = comma + 1;
+  for (auto at = findBare(raw, mark, 0); at != npos; at = findBare(raw, mark, from)) {
+    appendText(raw.substr(from, at - from), dialect, out);
+    out += mark;
+    from = at + 1;
   }
   appendText(raw.substr(from), dialect, out);
 }
@@ -58,7 +59,7 @@ bool hasList(std::string_view value, Dialect dialect) {
 
 std::string listSpelling(std::string_view value, Dialect dialect) {
   std::string out;
-  appendList(value, dialect, out);
+  appendPieces(value, ',', dialect, out);
   return out;
 }
 
@@ -66,7 +67,7 @@ std::string structureSpelling(std::span<const std::string_view> components, Dial
   std::string out;
   for (std::size_t i = 0; i < components.size(); ++i) {
     if (i > 0) out += ';';
-    appendList(components[i], dialect, out);
+    appendPieces(components[i], ',', dialect, out);
   }
   return out;
 }
@@ -92,13 +93,7 @@ bool isNameSpelling(std::string_view spelling, const NameParts& parts) {
 
 std::string unitsSpelling(std::string_view value, Dialect dialect) {
   std::string out;
-  std::size_t from = 0;
-  for (auto mark = findBare(value, ';', 0); mark != npos; mark = findBare(value, ';', from)) {
-    appendText(value.substr(from, mark - from), dialect, out);
-    out += ';';
-    from = mark + 1;
-  }
-  appendText(value.substr(from), dialect, out);
+  appendPieces(value, ';', dialect, out);
   while (out.ends_with(';') && !out.ends_with("\\;")) out.pop_back();
   return out;
 }
