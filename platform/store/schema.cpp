@@ -91,15 +91,17 @@ void makeFile(const std::string& path) {
   }
 }
 
-// The schema version of the file; 0 for an empty one. Refuses foreign and newer files.
+// The schema version of the file; 0 for an empty one. Refuses foreign and newer files. One
+// statement sees one state of the file, whoever is making its tables at the same moment.
 int versionOf(sqlite::Connection& database, const std::string& path) {
-  const auto application = database.queryInteger("PRAGMA application_id");
-  const auto version = database.queryInteger("PRAGMA user_version");
+  auto header = database.prepare(
+      "SELECT application_id, user_version, (SELECT count(*) FROM sqlite_schema)"
+      " FROM pragma_application_id, pragma_user_version");
+  header.step();
+  const auto application = header.integer(0);
+  const auto version = header.integer(1);
   if (application != kStoreApplicationId) {
-    if (application == 0 && version == 0 &&
-        database.queryInteger("SELECT count(*) FROM sqlite_schema") == 0) {
-      return 0;
-    }
+    if (application == 0 && version == 0 && header.integer(2) == 0) return 0;
     fail(StoreError::Kind::NotAStore, path, "is a database of another program");
   }
   if (version > kSchemaVersion) {

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <string>
@@ -28,7 +29,10 @@ bool addContact(const std::string& name) {
   contact->setProperties(values);
   const auto request = CNSaveRequest::init();
   request->addContact_toContainerWithIdentifier(contact, "_local");
-  return CNContactStore::init()->executeSaveRequest_error(*request, nullptr);
+  std::string error;
+  const bool added = CNContactStore::init()->executeSaveRequest_error(*request, &error);
+  if (!added) std::fprintf(stderr, "%s: %s\n", name.c_str(), error.c_str());
+  return added;
 }
 
 const support::SecondProcess addsMany("addsMany", [](const auto& arguments) {
@@ -79,7 +83,10 @@ TEST(Store, LosesNoUpdateOfFourWritingProcesses) {
   for (const char* name : {"a", "b", "c", "d"}) {
     writers.push_back(std::make_unique<support::RunningProcess>(addsMany.command({name})));
   }
-  for (auto& writer : writers) EXPECT_EQ(writer->wait().exitCode, 0);
+  for (auto& writer : writers) {
+    const auto ended = writer->wait();
+    EXPECT_EQ(ended.exitCode, 0) << ended.errors;
+  }
   EXPECT_EQ(ABAddressBook::sharedAddressBook()->people().size(), 201U);
   EXPECT_EQ(storeProblems(storePath()), std::vector<std::string>{});
 }
@@ -89,7 +96,10 @@ TEST(Store, IsMadeOnceBySeveralProcessesAtTheSameMoment) {
   for (const char* name : {"a", "b", "c", "d"}) {
     writers.push_back(std::make_unique<support::RunningProcess>(addsMany.command({name})));
   }
-  for (auto& writer : writers) EXPECT_EQ(writer->wait().exitCode, 0);
+  for (auto& writer : writers) {
+    const auto ended = writer->wait();
+    EXPECT_EQ(ended.exitCode, 0) << ended.errors;
+  }
   EXPECT_EQ(ABAddressBook::sharedAddressBook()->people().size(), 200U);
   EXPECT_EQ(contactSource().containers().size(), 1U);
 }
