@@ -17,6 +17,8 @@ static_assert(std::endian::native == std::endian::little, "the stored form is li
 constexpr char kVersion = 1;
 constexpr std::size_t kChecksumSize = 8;
 constexpr int kMaxDepth = 32;
+// Room that is made before anything is read; more entries than that make room as they come.
+constexpr std::uint64_t kMostReserved = 12;
 
 enum class Tag : std::uint8_t {
   String = 1,
@@ -312,6 +314,7 @@ class Decoder {
   Object dictionary(int depth) {
     Dictionary entries;
     const auto size = count();
+    entries.reserve(std::min(size, kMostReserved));
     for (std::uint64_t i = 0; i < size; ++i) {
       const auto key = bytes();
       entries.set(key, object(depth + 1));
@@ -348,11 +351,19 @@ PropertyBag decodeProperties(std::string_view bytes, std::size_t mostProperties)
   if (checksum != checksum64(content)) damaged("are damaged: their checksum differs");
   if (content.front() != kVersion) damaged("are of an unknown version");
   PropertyBag properties;
+  properties.reserve(std::min<std::size_t>(mostProperties, kMostReserved));
   std::size_t count = 0;
+  PropertyId last = 0;
   for (Decoder decoder(content.substr(1)); !decoder.atEnd();) {
     if (++count > mostProperties) damaged("are too many");
     auto [id, value] = decoder.property();
-    properties.set(id, std::move(value));
+    // They lie in order, but for custom ones, whose numbers are this process's own.
+    if (id > last && !isMissing(value)) {
+      last = id;
+      properties.append(id, std::move(value));
+    } else {
+      properties.set(id, std::move(value));
+    }
   }
   return properties;
 }
