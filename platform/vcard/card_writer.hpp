@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <forward_list>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -9,7 +10,9 @@
 
 #include "platform/vcard/full_name.hpp"
 #include "platform/vcard/kept_texts.hpp"
+#include "platform/vcard/kept_values.hpp"
 #include "platform/vcard/line_writer.hpp"
+#include "platform/vcard/property_names.hpp"
 #include "platform/vcard/writer.hpp"
 
 namespace ox::vcard {
@@ -50,8 +53,8 @@ class CardWriter {
   void begin();
   void end();
   void uid();
-  bool keptLine(std::string_view text);
-  bool wouldBeValue(std::string_view text);
+  bool keptLine(const KeptLine& kept);
+  bool wouldBeValue(const PropertyRow& row, std::string_view text);
   bool nestedCard(std::string_view text);
   // False when what REV was true for is not what is written.
   bool isRevisionTrue(std::string_view rest, bool isRestKnown) const;
@@ -98,7 +101,7 @@ class CardWriter {
   KeptTexts kept_;
 
   std::array<const PropertyValue*, property_id::kOtherDates + 1> values_{};
-  std::array<std::string, property_id::kNote + 1> cleaned_;  // texts that had to be changed
+  std::forward_list<std::string> cleaned_;  // texts that had to be changed, borrowed while it lives
   std::vector<PropertyId> inexact_;
   std::vector<std::string> entryParameters_;  // kept ones of entries, for lines of their own
   // A kept group whose entries are written, and what its X-ABLabel says of them.
@@ -115,6 +118,7 @@ class CardWriter {
   bool photoWritten_ = false;
   bool isGroup_ = false;
   std::string scratch_;
+  std::string lineRoom_;  // for kept lines that change with the version
 };
 
 }  // namespace ox::vcard

@@ -6,19 +6,23 @@
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/content_line.hpp"
 #include "platform/vcard/kept_texts.hpp"
+#include "platform/vcard/name_table.hpp"
 #include "platform/vcard/uri.hpp"
 
 namespace ox::vcard {
 namespace {
 
-using Written = std::optional<std::string>;
+// What a version makes of a line: missing when it cannot say it. Borrows from the line or the room.
+using Written = std::optional<std::string_view>;
 
-Written asItStands(const ContentLine& line) {
-  return std::string(line.head).append(":").append(line.value);
+// Head and value are parts of one line, with a colon between them.
+Written asItStands(const ContentLine& line, std::string& /*room*/) {
+  return std::string_view(line.head.data(), line.head.size() + 1 + line.value.size());
 }
 
-Written withValue(const ContentLine& line, std::string_view value) {
-  return std::string(line.head).append(":").append(value);
+Written withValue(const ContentLine& line, std::string_view value, std::string& room) {
+  room.assign(line.head).append(":").append(value);
+  return room;
 }
 
 bool hasValueType(const ContentLine& line, std::string_view type) {
@@ -42,7 +46,7 @@ bool areDigits(std::string_view text, std::size_t count) {
 }
 
 // RFC 6350, section 4.3.5: the basic form of ISO 8601, to the second.
-Written timestamp(std::string_view text) {
+std::optional<std::string> timestamp(std::string_view text) {
   constexpr auto npos = std::string_view::npos;
   const auto mark = text.find('T');
   if (mark == npos) return std::nullopt;
@@ -59,9 +63,9 @@ Written timestamp(std::string_view text) {
   return date + "T" + time + zone;
 }
 
-Written rev40(const ContentLine& line) {
+Written rev40(const ContentLine& line, std::string& room) {
   const auto basic = timestamp(line.value);
-  return basic ? withValue(line, *basic) : std::nullopt;
+  return basic ? withValue(line, *basic, room) : std::nullopt;
 }
 
 bool isDegrees(std::string_view text) {
@@ -75,7 +79,7 @@ bool isDegrees(std::string_view text) {
 
 // Latitude and longitude with something between them; missing when the value says anything else.
 // vCard 2.1 parts them by a comma, 3.0 by a semicolon, RFC 5870 by a comma.
-Written degrees(std::string_view value, char separator) {
+std::optional<std::string> degrees(std::string_view value, char separator) {
   const auto mark = value.find_first_of(",;");
   if (mark == std::string_view::npos) return std::nullopt;
   const auto latitude = trimmed(value.substr(0, mark));
@@ -84,123 +88,123 @@ Written degrees(std::string_view value, char separator) {
   return std::string(latitude).append(1, separator).append(longitude);
 }
 
-Written geo30(const ContentLine& line) {
+Written geo30(const ContentLine& line, std::string& room) {
   if (line.find(ParameterKind::Value) != nullptr) return std::nullopt;
   auto value = line.value;
   if (startsWithWord(value, "GEO:")) value.remove_prefix(4);
   const auto both = degrees(value, ';');
-  return both ? withValue(line, *both) : std::nullopt;
+  return both ? withValue(line, *both, room) : std::nullopt;
 }
 
-Written geo40(const ContentLine& line) {
-  if (isUri(line.value)) return asItStands(line);
+Written geo40(const ContentLine& line, std::string& room) {
+  if (isUri(line.value)) return asItStands(line, room);
   const auto both = degrees(line.value, ',');
-  return both ? withValue(line, "geo:" + *both) : std::nullopt;
+  return both ? withValue(line, "geo:" + *both, room) : std::nullopt;
 }
 
-Written reference40(const ContentLine& line) {
-  return hasValueType(line, "TEXT") || isReference(line.value) ? asItStands(line) : std::nullopt;
+Written reference40(const ContentLine& line, std::string& room) {
+  return hasValueType(line, "TEXT") || isReference(line.value) ? asItStands(line, room)
+                                                               : std::nullopt;
 }
 
 // A URI that says that it is one: 3.0 takes such a value for base64 or text otherwise.
-Written saidReference(const ContentLine& line) {
+Written saidReference(const ContentLine& line, std::string& room) {
   if (!isReference(line.value)) return std::nullopt;
-  if (line.find(ParameterKind::Value) != nullptr) return asItStands(line);
-  return std::string(line.head).append(";VALUE=uri:").append(line.value);
+  if (line.find(ParameterKind::Value) != nullptr) return asItStands(line, room);
+  room.assign(line.head).append(";VALUE=uri:").append(line.value);
+  return room;
 }
 
-Written binary30(const ContentLine& line) {
-  return line.encoding == Encoding::Base64 ? asItStands(line) : saidReference(line);
+Written binary30(const ContentLine& line, std::string& room) {
+  return line.encoding == Encoding::Base64 ? asItStands(line, room) : saidReference(line, room);
 }
 
 // A key may be text in both versions, but only 4.0 wants that said.
-Written key30(const ContentLine& line) {
-  const auto binary = binary30(line);
-  return binary || hasValueType(line, "URI") ? binary : asItStands(line);
+Written key30(const ContentLine& line, std::string& room) {
+  const auto binary = binary30(line, room);
+  return binary || hasValueType(line, "URI") ? binary : asItStands(line, room);
 }
 
-Written key40(const ContentLine& line) {
-  return hasValueType(line, "TEXT") ? asItStands(line) : saidReference(line);
+Written key40(const ContentLine& line, std::string& room) {
+  return hasValueType(line, "TEXT") ? asItStands(line, room) : saidReference(line, room);
 }
 
-Written textOnly(const ContentLine& line) {
-  return hasValueType(line, "TEXT") ? asItStands(line) : std::nullopt;
+Written textOnly(const ContentLine& line, std::string& room) {
+  return hasValueType(line, "TEXT") ? asItStands(line, room) : std::nullopt;
 }
 
-Written refused(const ContentLine& /*line*/) {
+Written refused(const ContentLine& /*line*/, std::string& /*room*/) {
   return std::nullopt;
-}
-
-struct Rule {
-  std::string_view name;
-  Written (*in30)(const ContentLine&);
-  Written (*in40)(const ContentLine&);
-  bool onlyOnce = false;
-};
-
-constexpr std::array kRules = {
-    // What properties give, or what belongs to the frame of a card.
-    Rule{"BEGIN", refused, refused},
-    Rule{"END", refused, refused},
-    Rule{"VERSION", refused, refused},
-    Rule{"N", refused, refused},
-    Rule{"UID", refused, refused},
-    Rule{"MEMBER", refused, refused},
-    Rule{"X-OX-LINE", refused, refused},
-    Rule{"X-OX-PROPERTY", refused, refused},
-    // Dates that are none.
-    Rule{"BDAY", refused, textOnly, true},
-    Rule{"ANNIVERSARY", refused, textOnly, true},
-    // Gone from 4.0: RFC 6350, appendix A.2.
-    Rule{"AGENT", asItStands, refused},
-    Rule{"CLASS", asItStands, refused, true},
-    Rule{"LABEL", asItStands, refused},
-    Rule{"MAILER", asItStands, refused},
-    Rule{"NAME", asItStands, refused},
-    Rule{"PROFILE", asItStands, refused},
-    Rule{"SORT-STRING", asItStands, refused, true},
-    // Values of another form.
-    Rule{"REV", asItStands, rev40, true},
-    Rule{"GEO", geo30, geo40},
-    Rule{"PHOTO", binary30, saidReference},
-    Rule{"LOGO", binary30, saidReference},
-    Rule{"SOUND", binary30, saidReference},
-    Rule{"KEY", key30, key40},
-    Rule{"SOURCE", asItStands, reference40},
-    Rule{"FBURL", asItStands, reference40},
-    Rule{"CALADRURI", asItStands, reference40},
-    Rule{"CALURI", asItStands, reference40},
-    Rule{"RELATED", asItStands, reference40},
-    Rule{"KIND", asItStands, asItStands, true},
-    Rule{"PRODID", asItStands, asItStands, true},
-    Rule{"GENDER", asItStands, asItStands, true},
-};
-
-const Rule* ruleOf(std::string_view name) {
-  for (const auto& rule : kRules) {
-    if (isWord(name, rule.name)) return &rule;
-  }
-  return nullptr;
 }
 
 }  // namespace
 
-std::optional<std::string> lineInVersion(std::string_view line, CardVersion version) {
-  const auto* rule = ruleOf(nameOfLine(line));
-  if (rule == nullptr) {
-    return isWellFormed(line, version) ? std::optional(std::string(line)) : std::nullopt;
-  }
-  if (!isWellFormed(line, version)) return std::nullopt;
-  ContentLine content;
-  const auto colon = parseHead(line, content);
-  if (colon == std::string_view::npos) return std::nullopt;
-  content.value = line.substr(colon + 1);
-  return (version == CardVersion::V30 ? rule->in30 : rule->in40)(content);
+struct LineRule {
+  std::string_view name;
+  Written (*in30)(const ContentLine&, std::string&);
+  Written (*in40)(const ContentLine&, std::string&);
+  bool onlyOnce = false;
+};
+
+namespace {
+
+constexpr std::array kRules = {
+    // What properties give, or what belongs to the frame of a card.
+    LineRule{"BEGIN", refused, refused},
+    LineRule{"END", refused, refused},
+    LineRule{"VERSION", refused, refused},
+    LineRule{"N", refused, refused},
+    LineRule{"UID", refused, refused},
+    LineRule{"MEMBER", refused, refused},
+    LineRule{"X-OX-LINE", refused, refused},
+    LineRule{"X-OX-PROPERTY", refused, refused},
+    // Dates that are none.
+    LineRule{"BDAY", refused, textOnly, true},
+    LineRule{"ANNIVERSARY", refused, textOnly, true},
+    // Gone from 4.0: RFC 6350, appendix A.2.
+    LineRule{"AGENT", asItStands, refused},
+    LineRule{"CLASS", asItStands, refused, true},
+    LineRule{"LABEL", asItStands, refused},
+    LineRule{"MAILER", asItStands, refused},
+    LineRule{"NAME", asItStands, refused},
+    LineRule{"PROFILE", asItStands, refused},
+    LineRule{"SORT-STRING", asItStands, refused, true},
+    // Values of another form.
+    LineRule{"REV", asItStands, rev40, true},
+    LineRule{"GEO", geo30, geo40},
+    LineRule{"PHOTO", binary30, saidReference},
+    LineRule{"LOGO", binary30, saidReference},
+    LineRule{"SOUND", binary30, saidReference},
+    LineRule{"KEY", key30, key40},
+    LineRule{"SOURCE", asItStands, reference40},
+    LineRule{"FBURL", asItStands, reference40},
+    LineRule{"CALADRURI", asItStands, reference40},
+    LineRule{"CALURI", asItStands, reference40},
+    LineRule{"RELATED", asItStands, reference40},
+    LineRule{"KIND", asItStands, asItStands, true},
+    LineRule{"PRODID", asItStands, asItStands, true},
+    LineRule{"GENDER", asItStands, asItStands, true},
+};
+
+constexpr NameTable kTable(kRules);
+
+}  // namespace
+
+KeptLine::KeptLine(std::string_view text)
+    : text_(text), name_(nameOfLine(text)), rule_(kTable.find(name_)) {}
+
+bool KeptLine::isOnlyOnce() const {
+  return rule_ != nullptr && rule_->onlyOnce;
 }
 
-bool isOnlyOnce(std::string_view name) {
-  const auto* rule = ruleOf(name);
-  return rule != nullptr && rule->onlyOnce;
+std::optional<std::string_view> KeptLine::inVersion(CardVersion version, std::string& room) const {
+  if (!isWellFormed(text_, version)) return std::nullopt;
+  if (rule_ == nullptr) return text_;
+  ContentLine content;
+  const auto colon = parseHead(text_, content);
+  if (colon == std::string_view::npos) return std::nullopt;
+  content.value = text_.substr(colon + 1);
+  return (version == CardVersion::V30 ? rule_->in30 : rule_->in40)(content, room);
 }
 
 }  // namespace ox::vcard

@@ -1,10 +1,9 @@
 #include "platform/vcard/property_names.hpp"
 
 #include <array>
-#include <cstddef>
 
 #include "platform/records/property_keys.hpp"
-#include "platform/vcard/ascii.hpp"
+#include "platform/vcard/name_table.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -72,36 +71,13 @@ constexpr std::array kRows = {
 };
 
 constexpr PropertyRow kUnknown{"", Unmodelled};
-constexpr std::size_t kSlots = 256;
-
-constexpr std::size_t slotOf(std::string_view name) {
-  const auto at = [&](std::size_t i) { return static_cast<std::size_t>(upper(name[i])); };
-  const std::size_t mixed =
-      name.size() * 7 + at(0) * 31 + at(name.size() / 2) * 17 + at(name.size() - 1) * 5;
-  return mixed % kSlots;
-}
-
-// Row numbers by hash, open addressing; -1 is a free slot.
-constexpr auto kTable = [] {
-  std::array<std::int8_t, kSlots> table{};
-  table.fill(-1);
-  for (std::size_t row = 0; row < kRows.size(); ++row) {
-    std::size_t slot = slotOf(kRows[row].name);
-    while (table[slot] >= 0) slot = (slot + 1) % kSlots;
-    table[slot] = static_cast<std::int8_t>(row);
-  }
-  return table;
-}();
+constexpr NameTable kTable(kRows);
 
 }  // namespace
 
 const PropertyRow& propertyRow(std::string_view name) {
-  if (name.empty()) return kUnknown;
-  for (std::size_t slot = slotOf(name); kTable[slot] >= 0; slot = (slot + 1) % kSlots) {
-    const auto& row = kRows[static_cast<std::size_t>(kTable[slot])];
-    if (isWord(name, row.name)) return row;
-  }
-  return kUnknown;
+  const auto* row = kTable.find(name);
+  return row != nullptr ? *row : kUnknown;
 }
 
 }  // namespace ox::vcard

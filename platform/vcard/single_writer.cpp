@@ -24,8 +24,7 @@ std::string_view CardWriter::textOf(PropertyId property) {
   const CardText clean(*text);
   if (!clean.isChanged()) return *text;
   notExact(property);
-  cleaned_[property] = clean.view();
-  return cleaned_[property];
+  return cleaned_.emplace_front(clean.view());
 }
 
 void CardWriter::ownParameters(PropertyId property) {
@@ -80,7 +79,7 @@ void CardWriter::sortAs(bool named) {
 // take it for the name.
 void CardWriter::fullName(const NameParts& parts) {
   const auto line = nameChanged_ ? std::string_view() : kept_.fullNameLine();
-  if (!line.empty() && keptLine(line)) return;
+  if (!line.empty() && keptLine(KeptLine(line))) return;
   composeFullName(parts, scratch_);
   const auto company = textOf(property_id::kOrganization);
   if (!scratch_.empty() || !company.empty()) {
@@ -127,8 +126,10 @@ void CardWriter::organization() {
   line_.raw("ORG");
   ownParameters(property_id::kOrganization);
   const auto spelling = kept_.spellingOf(property_id::kOrganization, 0);
-  const Organization held{std::string(company), std::string(department)};
-  const bool isSpelt = !spelling.empty() && organizationOf(spelling, Dialect::V30) == held;
+  const auto isHeld = [&](const Organization& spelt) {
+    return spelt.company == company && spelt.department == department;
+  };
+  const bool isSpelt = !spelling.empty() && isHeld(organizationOf(spelling, Dialect::V30));
   line_.raw(":").raw(isSpelt ? spelling : organizationSpelling(company, department)).end();
 }
 

@@ -7,8 +7,6 @@
 #include "platform/vcard/card_writer.hpp"
 #include "platform/vcard/content_line.hpp"
 #include "platform/vcard/exact_values.hpp"
-#include "platform/vcard/kept_values.hpp"
-#include "platform/vcard/property_names.hpp"
 #include "platform/vcard/revision.hpp"
 #include "platform/vcard/type_words.hpp"
 #include "platform/vcard/uid.hpp"
@@ -23,9 +21,8 @@ constexpr std::string_view kUrnPrefix = "urn:uuid:";
 constexpr std::size_t kUuidLength = 36;
 
 // A kept line that would make a group of a person.
-bool saysGroup(std::string_view line) {
-  return propertyRow(nameOfLine(line)).meaning == Meaning::Kind &&
-         isWord(trimmed(line.substr(line.rfind(':') + 1)), "GROUP");
+bool saysGroup(const PropertyRow& row, std::string_view line) {
+  return row.meaning == Meaning::Kind && isWord(trimmed(line.substr(line.rfind(':') + 1)), "GROUP");
 }
 
 // RFC 2426, section 3.1.4, by reference: no picture that a record could hold.
@@ -93,8 +90,7 @@ void CardWriter::wrapped(std::string_view line) {
 }
 
 // True for a kept second line whose first is gone: a reader would take it for the value.
-bool CardWriter::wouldBeValue(std::string_view text) {
-  const auto& row = propertyRow(nameOfLine(text));
+bool CardWriter::wouldBeValue(const PropertyRow& row, std::string_view text) {
   switch (row.meaning) {
     case Meaning::Text:
       return textOf(row.property).empty();
@@ -113,16 +109,17 @@ bool CardWriter::wouldBeValue(std::string_view text) {
 }
 
 // False when the line has to be wrapped.
-bool CardWriter::keptLine(std::string_view text) {
-  const auto name = nameOfLine(text);
-  const bool onlyOnce = isOnlyOnce(name);
-  const auto isName = [&](std::string_view other) { return isSameWord(name, other); };
-  if (onlyOnce && std::any_of(onceWritten_.begin(), onceWritten_.end(), isName)) return false;
-  if (!isGroup_ && (saysGroup(text) || wouldBeValue(text))) return false;
-  const auto line = lineInVersion(text, options_.version);
+bool CardWriter::keptLine(const KeptLine& kept) {
+  const auto isName = [&](std::string_view other) { return isSameWord(kept.name(), other); };
+  if (kept.isOnlyOnce() && std::any_of(onceWritten_.begin(), onceWritten_.end(), isName)) {
+    return false;
+  }
+  const auto& row = propertyRow(kept.name());
+  if (!isGroup_ && (saysGroup(row, kept.text()) || wouldBeValue(row, kept.text()))) return false;
+  const auto line = kept.inVersion(options_.version, lineRoom_);
   if (!line) return false;
   line_.raw(*line).end();
-  if (onlyOnce) onceWritten_.push_back(name);
+  if (kept.isOnlyOnce()) onceWritten_.push_back(kept.name());
   return true;
 }
 
@@ -131,7 +128,7 @@ bool CardWriter::nestedCard(std::string_view text) {
   const auto colon = text.substr(0, text.find('\n')).find(':');
   const CardText nested(text);
   if (colon == std::string_view::npos || nested.isChanged()) return false;
-  const auto head = lineInVersion(text.substr(0, colon + 1), options_.version);
+  const auto head = KeptLine(text.substr(0, colon + 1)).inVersion(options_.version, lineRoom_);
   if (!head) return false;
   auto card = text.substr(colon + 1);
   while (!card.empty() && isBlank(card.front())) card.remove_prefix(1);
@@ -153,11 +150,12 @@ void CardWriter::keptLines() {
   if (values_[property_id::kBirthday] != nullptr) onceWritten_.emplace_back("BDAY");
   if (anniversaryWritten_) onceWritten_.emplace_back("ANNIVERSARY");
   for (const auto text : kept_.lines()) {
-    if (nameChanged_ && isWord(nameOfLine(text), "FN")) continue;
-    if (revised_ && isWord(nameOfLine(text), "REV")) continue;
+    const KeptLine kept(text);
+    if (nameChanged_ && isWord(kept.name(), "FN")) continue;
+    if (revised_ && isWord(kept.name(), "REV")) continue;
     const bool isNested = text.find('\n') != std::string_view::npos;
     if (isNested && !options_.nestedCards) continue;
-    if (!(isNested ? nestedCard(text) : keptLine(text))) wrapped(text);
+    if (!(isNested ? nestedCard(text) : keptLine(kept))) wrapped(text);
   }
 }
 
@@ -249,7 +247,7 @@ void CardWriter::group(const std::vector<std::string>& members) {
     line_.raw(schemeOf(uid.view()).empty() ? kUrnPrefix : std::string_view()).raw(uid.view()).end();
   }
   if (!kept_.fullNameLine().empty()) {
-    if (!keptLine(kept_.fullNameLine())) wrapped(kept_.fullNameLine());
+    if (!keptLine(KeptLine(kept_.fullNameLine()))) wrapped(kept_.fullNameLine());
   }
   keptLines();
   groupParameters(!text.view().empty());
