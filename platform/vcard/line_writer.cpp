@@ -41,57 +41,64 @@ bool has(char c, Trait trait) {
   return (kTraits[static_cast<unsigned char>(c)] & trait) != 0;
 }
 
-// Eight characters at a time, since every text and every line is looked through: the top bit of a
-// byte tells that it is below that value, or is that value. Bytes above such a one may be told too,
-// so only "none" is certain.
-class EightCharacters {
+// Sixteen characters at a time, since every text and every line is looked through.
+class Characters {
  public:
-  explicit EightCharacters(const char* text) { std::memcpy(&word_, text, sizeof word_); }
+  static constexpr std::size_t kCount = 16;
 
-  std::uint64_t below(std::uint64_t value) const {
-    return (word_ - kOnes * value) & ~word_ & kTops;
+  // Takes as many as are left, and blanks for the rest.
+  explicit Characters(std::string_view text) {
+    if (text.size() >= kCount) {
+      std::memcpy(&block_, text.data(), kCount);
+    } else {
+      block_ = Block{} + static_cast<std::uint8_t>(' ');
+      std::memcpy(&block_, text.data(), text.size());
+    }
   }
-  std::uint64_t equal(std::uint64_t value) const {
-    const auto mixed = word_ ^ (kOnes * value);
-    return (mixed - kOnes) & ~mixed & kTops;
+
+  bool holdControls() const { return any(controls()); }
+  // Of no trait at all.
+  bool areOrdinary() const {
+    return !any(controls() | (block_ == ',') | (block_ == ';') | (block_ == '\\'));
   }
-  std::uint64_t controls() const { return below(0x20) | equal(0x7F); }
 
  private:
-  static constexpr std::uint64_t kOnes = 0x0101010101010101U;
-  static constexpr std::uint64_t kTops = 0x8080808080808080U;
-  std::uint64_t word_ = 0;
+  // Compilers make one instruction of each operation on it.
+  using Block = std::uint8_t __attribute__((vector_size(kCount)));
+  using Mask = std::int8_t __attribute__((vector_size(kCount)));
+
+  // The tab is taken for one, so only "none" is certain.
+  Mask controls() const { return (block_ < 0x20) | (block_ == 0x7F); }
+  static bool any(Mask mask) {
+    std::array<std::uint64_t, 2> halves{};
+    std::memcpy(halves.data(), &mask, sizeof mask);
+    return (halves[0] | halves[1]) != 0;
+  }
+
+  Block block_;
 };
-
-// True for eight characters of which none is a control character, a comma, a semicolon or a
-// backslash.
-bool areOrdinary(const char* text) {
-  const EightCharacters word(text);
-  return (word.controls() | word.equal(',') | word.equal(';') | word.equal('\\')) == 0;
-}
-
-// False when the text holds no control character at all.
-bool mayHoldControls(std::string_view text) {
-  std::uint64_t found = 0;
-  std::size_t at = 0;
-  for (; at + 8 <= text.size(); at += 8) found |= EightCharacters(text.data() + at).controls();
-  for (; at < text.size(); ++at) found |= has(text[at], kForbidden) ? 1U : 0U;
-  return found != 0;
-}
 
 // The first character with that trait at or after a place; the size without one. The trait is one
 // that only characters have which are not ordinary.
 std::size_t findTrait(std::string_view text, std::size_t at, Trait trait) {
   while (at < text.size()) {
-    if (at + 8 <= text.size() && areOrdinary(text.data() + at)) {
-      at += 8;
-      continue;
+    const auto stop = std::min(at + Characters::kCount, text.size());
+    if (!Characters(text.substr(at)).areOrdinary()) {
+      for (; at < stop; ++at) {
+        if (has(text[at], trait)) return at;
+      }
     }
-    for (const auto stop = std::min(at + 8, text.size()); at < stop; ++at) {
-      if (has(text[at], trait)) return at;
-    }
+    at = stop;
   }
   return at;
+}
+
+// False when the text holds no control character at all.
+bool mayHoldControls(std::string_view text) {
+  for (; text.size() > Characters::kCount; text.remove_prefix(Characters::kCount)) {
+    if (Characters(text).holdControls()) return true;
+  }
+  return Characters(text).holdControls();
 }
 
 void appendEscaped(std::string_view text, Trait trait, std::string& out) {
@@ -120,7 +127,7 @@ std::size_t pieceOf(std::string_view rest, std::size_t octets) {
 }  // namespace
 
 bool isPlain(std::string_view text) {
-  return !text.empty() && !CardText(text).isChanged();
+  return !text.empty() && findTrait(text, 0, kControl) == text.size();
 }
 
 void appendTextEscaped(std::string_view text, std::string& out) {
