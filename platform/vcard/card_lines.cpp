@@ -27,6 +27,14 @@ bool continues(std::string_view line) {
   return !line.empty() && isBlank(line.front());
 }
 
+// The frame of a card is UTF-8 in any case, and no character goes beyond its line.
+bool isAllUtf8(const RawCard& card) {
+  for (std::size_t i = 0; i < card.lines.size(); ++i) {
+    if (!card.lines[i].isAscii && !isValidUtf8(card.lineAt(i))) return false;
+  }
+  return true;
+}
+
 // The front of a text for a message.
 std::string excerpt(std::string_view text) {
   constexpr std::size_t kShown = 60;
@@ -96,7 +104,7 @@ void CardLines::start(RawCard& card, const CardFacts& facts, bool trustBytes) {
   card_ = &card;
   trustBytes_ = trustBytes;
   dialect_ = facts.dialect;
-  validUtf8_ = isValidUtf8(card.bytes);
+  validUtf8_ = isAllUtf8(card);
   guessed_.clear();
   next_ = 0;
 }

@@ -7,6 +7,7 @@
 #include "base/text/utf8.hpp"
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/markers.hpp"
+#include "platform/vcard/sixteen_bytes.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -25,10 +26,25 @@ std::string_view withoutGroup(std::string_view line) {
   return line;
 }
 
+// Of the line break that the text starts with: LF, CR, CRLF, or the CR CR LF that comes of
+// converting twice.
+std::size_t breakLength(std::string_view text) {
+  if (text.front() == '\n' || text.size() == 1) return 1;
+  if (text[1] == '\n') return 2;
+  return text.starts_with("\r\r\n") ? 3 : 1;
+}
+
 // False for nearly every line: it neither ends in a colon and blanks nor in the word VCARD.
 bool mayOpenNested(std::string_view line) {
   const char last = upper(line.back());
   return last == ':' || last == 'D' || isBlank(last) || last == '\0';
+}
+
+// Nearly every line: it cannot open or close a card, and is not blank.
+bool isOrdinary(std::string_view line) {
+  if (line.empty() || mayOpenNested(line)) return false;
+  const char first = upper(line.front());
+  return first != 'B' && first != 'E' && first != '\xEF';
 }
 
 // The value of an AGENT line without blanks, which opens a nested card when it is empty or a BEGIN;
@@ -51,21 +67,27 @@ bool isCutEnd(std::string_view line) {
 
 }  // namespace
 
-void CardSlicer::seek(Mark& mark) const {
-  if (mark.at >= next_ && mark.at < end_ && buffer_[mark.at] == mark.byte) return;
-  const std::size_t from = std::max(mark.at, next_);
-  const auto* found =
-      from < end_ ? std::memchr(buffer_.get() + from, mark.byte, end_ - from) : nullptr;
-  mark.at = found == nullptr
-                ? end_
-                : static_cast<std::size_t>(static_cast<const char*>(found) - buffer_.get());
-}
-
-// The first line break at or after next_; end_ when the buffer holds none.
+// The first line break at or after next_; end_ when the buffer holds none. Every byte is looked at
+// once, and by the way whether it is ASCII.
 std::size_t CardSlicer::findBreak() {
-  seek(feed_);
-  seek(carriage_);
-  return std::min(feed_.at, carriage_.at);
+  const char* const text = buffer_.get();
+  std::size_t at = scanned_;
+  SixteenBytes seen;
+  SixteenBytes breaks;
+  while (breaks.isZero() && end_ - at >= SixteenBytes::kCount) {
+    const SixteenBytes bytes(text + at);
+    seen = seen | bytes;
+    breaks = bytes.equalTo('\n') | bytes.equalTo('\r');
+    at += breaks.isZero() ? SixteenBytes::kCount : breaks.firstSet();
+  }
+  isAscii_ = isAscii_ && seen.isAscii();
+  if (breaks.isZero()) {
+    for (; at < end_ && text[at] != '\n' && text[at] != '\r'; ++at) {
+      isAscii_ = isAscii_ && (text[at] & 0x80) == 0;
+    }
+  }
+  scanned_ = at;
+  return at;
 }
 
 void CardSlicer::makeRoom() {
@@ -75,8 +97,7 @@ void CardSlicer::makeRoom() {
     end_ -= kept;
     next_ -= kept;
     card_ -= keeping_ ? kept : card_;
-    feed_.at -= std::min(feed_.at, kept);
-    carriage_.at -= std::min(carriage_.at, kept);
+    scanned_ -= kept;
   }
   if (capacity_ - end_ >= kBlock) return;
   const std::size_t wanted = std::max(2 * capacity_, 2 * kBlock);
@@ -101,6 +122,7 @@ void CardSlicer::dropFront(Line& line) {
   if (line.whole) front_.assign(buffer_.get() + next_, std::min(kFront, end_ - next_));
   line.whole = false;
   next_ = end_;
+  scanned_ = end_;
 }
 
 bool CardSlicer::nextLine(Line& line) {
@@ -120,23 +142,13 @@ bool CardSlicer::nextLine(Line& line) {
   ++lineNumber_;
   line.start = next_;
   line.text = line.whole ? std::string_view(buffer_.get() + next_, stop - next_) : front_;
-  next_ = stop;
-  if (stop == end_) return true;
-  next_ += breakLength(stop);
+  line.isAscii = isAscii_;
+  goTo(stop == end_ ? stop : stop + breakLength({buffer_.get() + stop, end_ - stop}));
   return true;
 }
 
-// Of the line break at that place: LF, CR, CRLF, or the CR CR LF that comes of converting twice.
-std::size_t CardSlicer::breakLength(std::size_t at) const {
-  const std::string_view rest(buffer_.get() + at, end_ - at);
-  if (rest.starts_with("\r\r\n")) return 3;
-  return rest.starts_with("\r\n") ? 2 : 1;
-}
-
 void CardSlicer::takeBack(const Line& line) {
-  next_ = line.start;
-  feed_.at = next_;
-  carriage_.at = next_;
+  goTo(line.start);
   --lineNumber_;
 }
 
@@ -167,6 +179,15 @@ void CardSlicer::refuse(RawCard& card, std::string reason) {
 }
 
 CardSlicer::Step CardSlicer::addLine(RawCard& card, const Line& line) {
+  if (!keeping_ || !isOrdinary(line.text) || card.lines.size() >= kMaxLines) {
+    return addUnusualLine(card, line);
+  }
+  agentBefore_ = false;
+  keepLine(card, line);
+  return Step::Inside;
+}
+
+CardSlicer::Step CardSlicer::addUnusualLine(RawCard& card, const Line& line) {
   if (!keeping_ && card.refusal.empty()) refuse(card, "the card is larger than 64 MiB");
   const bool opens = line.whole && isBegin(line.text);
   if (opens && !agentBefore_) return Step::CutOff;
@@ -179,10 +200,7 @@ CardSlicer::Step CardSlicer::addLine(RawCard& card, const Line& line) {
   }
   if (depth_ > 1 + kMaxDepth) refuse(card, "cards are nested more than 8 deep");
   if (card.lines.size() >= kMaxLines) refuse(card, "the card has more than 1048576 lines");
-  if (keeping_) {
-    card.lines.push_back({static_cast<std::uint32_t>(line.start - card_),
-                          static_cast<std::uint32_t>(line.text.size())});
-  }
+  if (keeping_) keepLine(card, line);
   return Step::Inside;
 }
 

@@ -16,6 +16,7 @@ namespace ox::vcard {
 struct LineSpan {
   std::uint32_t offset = 0;
   std::uint32_t length = 0;
+  bool isAscii = false;  // certainly
 };
 
 // One card as the file spells it. The views are borrowed from the slicer until its next call.
@@ -57,40 +58,45 @@ class CardSlicer {
     std::string_view text;  // only its front when it is too long to keep
     std::size_t start = 0;  // in the buffer
     bool whole = true;
-  };
-  // The first position of a byte value at or after a place; searched once over every byte.
-  struct Mark {
-    char byte;
-    std::size_t at = 0;
+    bool isAscii = true;
   };
   enum class Step { Inside, Closed, CutOff };
 
   bool nextLine(Line& line);
   std::size_t findBreak();
-  std::size_t breakLength(std::size_t at) const;
-  void seek(Mark& mark) const;
   bool fill();
   void makeRoom();
+  // The next line starts there.
+  void goTo(std::size_t place) {
+    next_ = place;
+    scanned_ = place;
+    isAscii_ = true;
+  }
   void takeBack(const Line& line);
   void dropFront(Line& line);
   void addStray(std::string_view text);
 
   void startCard(RawCard& card, const Line& line);
   Step addLine(RawCard& card, const Line& line);
+  Step addUnusualLine(RawCard& card, const Line& line);
+  void keepLine(RawCard& card, const Line& line) const {
+    card.lines.push_back({static_cast<std::uint32_t>(line.start - card_),
+                          static_cast<std::uint32_t>(line.text.size()), line.isAscii});
+  }
   void refuse(RawCard& card, std::string reason);
   void endOfSource(RawCard& card) const;
 
   ByteSource& source_;
   std::unique_ptr<char[]> buffer_;
   std::size_t capacity_ = 0;
-  std::size_t end_ = 0;   // of the bytes in the buffer
-  std::size_t next_ = 0;  // where the next line starts
-  std::size_t card_ = 0;  // where the kept card starts
-  bool keeping_ = false;  // everything from card_ on must stay in the buffer
-  bool atEnd_ = false;    // the source has no more
-  Mark feed_{'\n'};
-  Mark carriage_{'\r'};
-  std::string front_;  // of a line that is too long to keep
+  std::size_t end_ = 0;      // of the bytes in the buffer
+  std::size_t next_ = 0;     // where the next line starts
+  std::size_t card_ = 0;     // where the kept card starts
+  bool keeping_ = false;     // everything from card_ on must stay in the buffer
+  bool atEnd_ = false;       // the source has no more
+  std::size_t scanned_ = 0;  // the line that starts at next_ has no break before this
+  bool isAscii_ = true;      // and is ASCII up to there
+  std::string front_;        // of a line that is too long to keep
   std::size_t lineNumber_ = 0;
   std::uint64_t bytesRead_ = 0;
 
