@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
+#include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
+#include "base/sqlite/connection.hpp"
 #include "platform/AddressBook/ABAddressBook.hpp"
 #include "platform/AddressBook/ABPerson.hpp"
 #include "platform/records/property_keys.hpp"
@@ -124,6 +128,55 @@ TEST(Export, OfAnEditedPersonIsRecognised) {
   }
 }
 
+// More than are read at once; every third has a picture of so many bytes.
+RecordKeys buildMany(std::size_t count, std::size_t pictureBytes) {
+  StoreBuilder builder;
+  builder.in(std::string(kLocal));
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto name = "p" + std::to_string(i);
+    const auto picture = i % 3 == 0 ? makeData(std::string(pictureBytes, 'x') + name) : nullptr;
+    builder.person(name, {.first = name, .image = picture});
+  }
+  return contactSource().recordsIn(kLocal, RecordKind::Person);
+}
+
+std::string cardOf(const RecordKey& key) {
+  std::string card;
+  const auto uid = uidOfRecord(key);
+  appendCard(*contactSource().committedValues(key), contactSource().committedImage(key),
+             {.version = CardVersion::V30, .uid = uid}, card);
+  return card;
+}
+
+TEST(Export, OnManyThreadsGivesEveryCardInOrder) {
+  auto keys = buildMany(500, 20'000);
+  std::vector<std::string> expected;
+  for (const auto& key : keys) expected.push_back(cardOf(key));
+  keys.insert(keys.begin() + 300, RecordKey::of("nobody"));
+  const auto caller = std::this_thread::get_id();
+  std::vector<std::string> given;
+  const auto report = exportCards(keys, {}, CardVersion::V30, [&](std::string_view card) {
+    EXPECT_EQ(std::this_thread::get_id(), caller);
+    given.emplace_back(card);
+    return true;
+  });
+  EXPECT_EQ(given, expected);
+  EXPECT_EQ(report.persons, 500U);
+  EXPECT_EQ(report.gone, 1U);
+  EXPECT_FALSE(report.stopped);
+}
+
+TEST(Export, FailsForARecordThatCannotBeRead) {
+  const auto keys = buildMany(300, 10);
+  sqlite::Connection(support::StoreEnvironment::instance().contactStore().string(),
+                     sqlite::Connection::Mode::ReadWrite)
+      .execute(
+          "UPDATE content SET properties = x'00' WHERE record = "
+          "(SELECT id FROM record WHERE uid = 'p290')");
+  const auto taking = [](std::string_view) { return true; };
+  EXPECT_THROW(exportCards(keys, {}, CardVersion::V30, taking), StoreError);
+}
+
 std::string groupOf(const std::vector<std::string>& members) {
   std::string card = "BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:G\nUID:g\n";
   for (const auto& member : members) card += "MEMBER:x-ox-uid:" + member + "\n";
@@ -186,18 +239,20 @@ TEST(Import, LosesNoMemberWhenItsRequestIsRefused) {
 }
 
 TEST(Export, EndsWhereTheSinkSays) {
-  StoreBuilder().in(std::string(kLocal)).persons("p", 3);
-  const auto persons = contactSource().recordsIn(kLocal, RecordKind::Person);
-  int calls = 0;
+  const auto keys = buildMany(500, 10);
+  std::uint64_t given = 0;
   const auto report =
-      exportCards(persons, {}, CardVersion::V30, [&](std::string_view) { return ++calls < 2; });
-  EXPECT_EQ(calls, 2);
-  EXPECT_EQ(report.persons, 1U);
+      exportCards(keys, {}, CardVersion::V30, [&](std::string_view) { return ++given <= 200; });
+  EXPECT_EQ(given, 201U);
+  EXPECT_EQ(report.persons, 200U);
   EXPECT_TRUE(report.stopped);
-  const auto gone = exportCards({RecordKey::make(RecordKind::Person), persons[0]}, {},
-                                CardVersion::V30, [](std::string_view) { return true; });
-  EXPECT_EQ(gone.gone, 1U);
-  EXPECT_EQ(gone.persons, 1U);
+  given = 0;
+  const auto throwing = [&](std::string_view) -> bool {
+    if (++given == 150) throw std::runtime_error("full");
+    return true;
+  };
+  EXPECT_THROW(exportCards(keys, {}, CardVersion::V30, throwing), std::runtime_error);
+  EXPECT_EQ(given, 150U);
 }
 
 TEST(CardRepresentation, SaysWhatTheRecordViewSees) {
