@@ -24,20 +24,31 @@ bool saysGroup(std::string_view line) {
          isWord(trimmed(line.substr(colon + 1)), "GROUP");
 }
 
+// False for most lines: those that tell something start with one of these letters.
+bool mayTell(std::string_view line) {
+  if (line.empty()) return false;
+  switch (upper(line.front())) {
+    case 'A':
+    case 'B':
+    case 'E':
+    case 'K':
+    case 'V':
+    case 'X':
+      return true;
+    default:
+      return false;
+  }
+}
+
 // The line that starts there, unfolded as far as a short property needs.
 std::string_view unfolded(const RawCard& card, std::size_t index, std::string& buffer) {
   constexpr std::size_t kEnough = 128;
-  const auto continues = [&] {
-    if (++index >= card.lines.size()) return false;
-    const auto next = card.lineAt(index);
-    return !next.empty() && isBlank(next.front());
-  };
   const auto line = card.lineAt(index);
-  if (line.size() > kEnough || !continues()) return line;
+  if (line.size() > kEnough || !card.isContinued(index)) return line;
   buffer.assign(line);
-  do {
-    buffer.append(card.lineAt(index).substr(1));
-  } while (buffer.size() <= kEnough && continues());
+  while (buffer.size() <= kEnough && card.isContinued(index)) {
+    buffer.append(card.lineAt(++index).substr(1));
+  }
   return buffer;
 }
 
@@ -62,7 +73,8 @@ CardFacts factsOf(const RawCard& card) {
   std::string buffer;
   for (std::size_t i = 0; i < card.lines.size(); ++i) {
     const auto line = card.lineAt(i);
-    const char first = line.empty() ? '\0' : upper(line.front());
+    if (!mayTell(line)) continue;
+    const char first = upper(line.front());
     if (first == 'B' && isBegin(line)) ++depth;
     if (first == 'A' && startsWithWord(line, "AGENT") && isBegin(line.substr(line.find(':') + 1))) {
       ++depth;

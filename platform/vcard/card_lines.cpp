@@ -23,16 +23,19 @@ bool isShifting(std::string_view charset) {
          startsWithWord(charset, "UTF-7") || startsWithWord(charset, "UTF-16");
 }
 
-bool continues(std::string_view line) {
-  return !line.empty() && isBlank(line.front());
-}
-
 // The frame of a card is UTF-8 in any case, and no character goes beyond its line.
 bool isAllUtf8(const RawCard& card) {
   for (std::size_t i = 0; i < card.lines.size(); ++i) {
     if (!card.lines[i].isAscii && !isValidUtf8(card.lineAt(i))) return false;
   }
   return true;
+}
+
+// True for a line that may have been broken because it was too long.
+bool isFull(const LineSpan& line) {
+  constexpr std::size_t kShortest = 70;
+  constexpr std::size_t kLongest = 80;
+  return line.length >= kShortest && line.length <= kLongest;
 }
 
 // The front of a text for a message.
@@ -120,9 +123,12 @@ const ContentLine* CardLines::next() {
 bool CardLines::readLine(std::size_t index) {
   text_ = card_->lineAt(index);
   next_ = index + 1;
-  if (isBlankLine(text_)) return false;
-  if (isBlank(text_.front())) text_ = trimmed(text_);
-  unfold(index);
+  if (text_.empty()) return false;
+  if (isBlank(text_.front())) {
+    text_ = trimmed(text_);
+    if (text_.empty()) return false;
+  }
+  if (card_->isContinued(index)) unfold(index);
   if (text_.back() == '=' && parseHead(text_, line_) != npos &&
       line_.encoding == Encoding::QuotedPrintable) {
     joinSoftBreaks();
@@ -137,9 +143,9 @@ bool CardLines::readLine(std::size_t index) {
     const auto size = text_.size();
     if (line_.encoding == Encoding::Base64) {
       joinBase64();
-    } else if (startsNested(line_)) {
+    } else if (isWord(line_.name, "AGENT") && startsNested(line_)) {
       joinNested();
-    } else {
+    } else if (isFull(card_->lines[next_ - 1])) {
       joinBrokenFold();
     }
     if (text_.data() != before || text_.size() != size) colon = parseHead(text_, line_);
@@ -150,21 +156,23 @@ bool CardLines::readLine(std::size_t index) {
     parseHead(head_, line_);
   }
   line_.value = text_.substr(colon + 1);
-  decodeValue();
+  if (!validUtf8_ || line_.encoding == Encoding::QuotedPrintable || !line_.charset.empty()) {
+    decodeValue();
+  }
   return true;
 }
 
 // Joins the lines that continue this one: RFC 6350, section 3.2. In vCard 2.1 lines are broken at
 // blanks, which stay.
 void CardLines::unfold(std::size_t index) {
-  if (next_ >= card_->lines.size() || !continues(card_->lineAt(next_))) return;
+  if (!card_->isContinued(next_ - 1)) return;
   // A soft break goes first: the blank after it belongs to the text.
   if (text_.back() == '=' && parseHead(text_, line_) != npos &&
       line_.encoding == Encoding::QuotedPrintable) {
     return;
   }
   if (index + 1 == next_) joined_.assign(text_);
-  while (next_ < card_->lines.size() && continues(card_->lineAt(next_))) {
+  while (card_->isContinued(next_ - 1)) {
     const auto line = card_->lineAt(next_++);
     if (dialect_ == Dialect::V30) {
       joined_.append(line.substr(1));
@@ -191,7 +199,7 @@ void CardLines::joinSoftBreaks() {
 void CardLines::joinBase64() {
   while (next_ < card_->lines.size()) {
     const auto line = card_->lineAt(next_);
-    if (line.empty() || !(continues(line) || looksLikeBase64(line))) break;
+    if (line.empty() || !(isBlank(line.front()) || looksLikeBase64(line))) break;
     if (text_.data() != joined_.data()) joined_.assign(text_);
     joined_.append(trimmed(line));
     text_ = joined_;
@@ -200,7 +208,6 @@ void CardLines::joinBase64() {
 }
 
 bool CardLines::startsNested(const ContentLine& line) const {
-  if (!isWord(line.name, "AGENT")) return false;
   const auto value = text_.substr(line.head.size() + 1);
   if (isBegin(value)) return true;
   if (!isBlankLine(value)) return false;
@@ -231,9 +238,8 @@ bool CardLines::startsLine(std::size_t index) const {
   if (parseHead(line, other) != npos) return true;
   constexpr std::size_t kLongestHead = 2000;
   std::string head(line.substr(0, kLongestHead));
-  while (++index < card_->lines.size() && continues(card_->lineAt(index)) &&
-         head.size() < kLongestHead) {
-    head.append(card_->lineAt(index).substr(1));
+  for (; card_->isContinued(index) && head.size() < kLongestHead; ++index) {
+    head.append(card_->lineAt(index + 1).substr(1));
     if (parseHead(head, other) != npos) return true;
   }
   return false;
@@ -241,10 +247,6 @@ bool CardLines::startsLine(std::size_t index) const {
 
 // A line of full length whose continuation lost its leading blank.
 void CardLines::joinBrokenFold() {
-  constexpr std::size_t kShortestFull = 70;
-  constexpr std::size_t kLongestFull = 80;
-  const auto last = card_->lines[next_ - 1].length;
-  if (last < kShortestFull || last > kLongestFull) return;
   const auto line = card_->lineAt(next_);
   if (isBlankLine(line)) return;
   if (line.front() == '#' || startsLine(next_)) return;

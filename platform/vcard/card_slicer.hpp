@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/vcard/ascii.hpp"
 #include "platform/vcard/byte_source.hpp"
 #include "platform/vcard/card.hpp"
 
@@ -28,7 +29,11 @@ struct RawCard {
   std::vector<Problem> repairs;
 
   std::string_view lineAt(std::size_t index) const {
-    return bytes.substr(lines[index].offset, lines[index].length);
+    return {bytes.data() + lines[index].offset, lines[index].length};
+  }
+  // True when the line after that one starts with a blank.
+  bool isContinued(std::size_t index) const {
+    return ++index < lines.size() && lines[index].length > 0 && isBlank(bytes[lines[index].offset]);
   }
 };
 

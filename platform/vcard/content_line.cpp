@@ -1,6 +1,7 @@
 #include "platform/vcard/content_line.hpp"
 
 #include <array>
+#include <cstdint>
 
 #include "platform/vcard/ascii.hpp"
 
@@ -45,31 +46,46 @@ bool readEncoding(std::string_view word, Encoding& encoding) {
   return true;
 }
 
-// The end of a parameter's value: the next semicolon or colon outside of quotes. A quote without
-// its partner is a character like any other.
-std::size_t endOfValue(std::string_view text, std::size_t at) {
-  while (at < text.size() && text[at] != ';' && text[at] != ':') {
-    if (text[at] == '"') {
-      const auto close = text.find('"', at + 1);
-      if (close != npos) at = close;
-    }
-    ++at;
+// What a character may be in the head of a line.
+enum Role : std::uint8_t {
+  kInName = 1,        // RFC 6350, section 3.3, and the underscore, which some programs use
+  kEndsWord = 2,      // ends a parameter's name, or a bare word
+  kEndsOrQuotes = 4,  // ends a parameter's value, or starts one in quotes
+};
+
+constexpr auto kRoles = [] {
+  std::array<std::uint8_t, 256> roles{};
+  for (std::size_t i = 0; i < roles.size(); ++i) {
+    const char c = static_cast<char>(i);
+    unsigned bits = 0;
+    if (isLetter(c) || isDigit(c) || c == '-' || c == '_') bits |= kInName;
+    if (c == '=' || c == ';' || c == ':' || c == '"') bits |= kEndsWord;
+    if (c == ';' || c == ':' || c == '"') bits |= kEndsOrQuotes;
+    roles[i] = static_cast<std::uint8_t>(bits);
   }
+  return roles;
+}();
+
+bool has(char c, Role role) {
+  return (kRoles[static_cast<unsigned char>(c)] & role) != 0;
+}
+
+// The end of the name that starts at that place.
+std::size_t endOfName(std::string_view text, std::size_t at) {
+  while (at < text.size() && has(text[at], kInName)) ++at;
   return at;
 }
 
-// What names consist of: RFC 6350, section 3.3, and the underscore, which some programs use.
-constexpr auto kNameLetters = [] {
-  std::array<bool, 256> letters{};
-  for (std::size_t i = 0; i < letters.size(); ++i) {
-    const char c = static_cast<char>(i);
-    letters[i] = isLetter(c) || isDigit(c) || c == '-' || c == '_';
+// The end of a parameter's value: the next semicolon or colon outside of quotes. A quote without
+// its partner is a character like any other.
+std::size_t endOfValue(std::string_view text, std::size_t at) {
+  for (; at < text.size(); ++at) {
+    if (!has(text[at], kEndsOrQuotes)) continue;
+    if (text[at] != '"') break;
+    const auto close = text.find('"', at + 1);
+    if (close != npos) at = close;
   }
-  return letters;
-}();
-
-bool isNameLetter(char c) {
-  return kNameLetters[static_cast<unsigned char>(c)];
+  return at;
 }
 
 std::string_view withoutQuotes(std::string_view text) {
@@ -83,10 +99,7 @@ std::string_view withoutQuotes(std::string_view text) {
 // One parameter, its place after the semicolon. Where it ends.
 std::size_t parseParameter(std::string_view text, std::size_t at, ContentLine& line) {
   std::size_t mark = at;
-  while (mark < text.size() && text[mark] != '=' && text[mark] != ';' && text[mark] != ':' &&
-         text[mark] != '"') {
-    ++mark;
-  }
+  while (mark < text.size() && !has(text[mark], kEndsWord)) ++mark;
   Parameter parameter;
   std::size_t end = 0;
   if (mark < text.size() && text[mark] == '=') {
@@ -125,11 +138,11 @@ std::size_t parseHead(std::string_view text, ContentLine& line) {
   line.charset = {};
   line.group = {};
   std::size_t start = 0;
-  std::size_t at = 0;
-  for (; at < text.size() && (isNameLetter(text[at]) || text[at] == '.'); ++at) {
-    if (text[at] != '.') continue;
+  auto at = endOfName(text, 0);
+  while (at < text.size() && text[at] == '.') {
     line.group = text.substr(0, at);
     start = at + 1;
+    at = endOfName(text, start);
   }
   line.name = text.substr(start, at - start);
   while (at < text.size() && isBlank(text[at])) ++at;
