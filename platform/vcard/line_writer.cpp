@@ -4,9 +4,9 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
 
 #include "platform/vcard/ascii.hpp"
+#include "platform/vcard/sixteen_bytes.hpp"
 #include "platform/vcard/uri.hpp"
 
 namespace ox::vcard {
@@ -41,49 +41,24 @@ bool has(char c, Trait trait) {
   return (kTraits[static_cast<unsigned char>(c)] & trait) != 0;
 }
 
-// Sixteen characters at a time, since every text and every line is looked through.
-class Characters {
- public:
-  static constexpr std::size_t kCount = 16;
+// Every text and every line is looked through for these. The tab is taken for one, so only "none"
+// is certain.
+SixteenBytes controlsOf(const SixteenBytes& bytes) {
+  return bytes.below(0x20) | bytes.equalTo(0x7F);
+}
 
-  // Takes as many as are left, and blanks for the rest.
-  explicit Characters(std::string_view text) {
-    if (text.size() >= kCount) {
-      std::memcpy(&block_, text.data(), kCount);
-    } else {
-      block_ = Block{} + static_cast<std::uint8_t>(' ');
-      std::memcpy(&block_, text.data(), text.size());
-    }
-  }
-
-  bool holdControls() const { return any(controls()); }
-  // Of no trait at all.
-  bool areOrdinary() const {
-    return !any(controls() | (block_ == ',') | (block_ == ';') | (block_ == '\\'));
-  }
-
- private:
-  // Compilers make one instruction of each operation on it.
-  using Block = std::uint8_t __attribute__((vector_size(kCount)));
-  using Mask = std::int8_t __attribute__((vector_size(kCount)));
-
-  // The tab is taken for one, so only "none" is certain.
-  Mask controls() const { return (block_ < 0x20) | (block_ == 0x7F); }
-  static bool any(Mask mask) {
-    std::array<std::uint64_t, 2> halves{};
-    std::memcpy(halves.data(), &mask, sizeof mask);
-    return (halves[0] | halves[1]) != 0;
-  }
-
-  Block block_;
-};
+// True for characters without any trait.
+bool areOrdinary(const SixteenBytes& bytes) {
+  const auto escaped = bytes.equalTo(',') | bytes.equalTo(';') | bytes.equalTo('\\');
+  return (controlsOf(bytes) | escaped).isZero();
+}
 
 // The first character with that trait at or after a place; the size without one. The trait is one
 // that only characters have which are not ordinary.
 std::size_t findTrait(std::string_view text, std::size_t at, Trait trait) {
   while (at < text.size()) {
-    const auto stop = std::min(at + Characters::kCount, text.size());
-    if (!Characters(text.substr(at)).areOrdinary()) {
+    const auto stop = std::min(at + SixteenBytes::kCount, text.size());
+    if (!areOrdinary(SixteenBytes(text.substr(at)))) {
       for (; at < stop; ++at) {
         if (has(text[at], trait)) return at;
       }
@@ -95,10 +70,11 @@ std::size_t findTrait(std::string_view text, std::size_t at, Trait trait) {
 
 // False when the text holds no control character at all.
 bool mayHoldControls(std::string_view text) {
-  for (; text.size() > Characters::kCount; text.remove_prefix(Characters::kCount)) {
-    if (Characters(text).holdControls()) return true;
+  SixteenBytes controls;
+  for (; text.size() > SixteenBytes::kCount; text.remove_prefix(SixteenBytes::kCount)) {
+    controls = controls | controlsOf(SixteenBytes(text));
   }
-  return Characters(text).holdControls();
+  return !(controls | controlsOf(SixteenBytes(text))).isZero();
 }
 
 void appendEscaped(std::string_view text, Trait trait, std::string& out) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace ox::vcard {
 
@@ -17,9 +18,22 @@ class SixteenBytes {
   SixteenBytes() = default;
   explicit SixteenBytes(const char* text) { std::memcpy(&bytes_, text, kCount); }
 
-  // Every bit of a byte is set where it is that character, none where it is not.
+  // As many as are left of the text, and blanks for the rest.
+  explicit SixteenBytes(std::string_view text) {
+    if (text.size() >= kCount) {
+      std::memcpy(&bytes_, text.data(), kCount);
+    } else {
+      bytes_ = Bytes{} + static_cast<unsigned char>(' ');
+      std::memcpy(&bytes_, text.data(), text.size());
+    }
+  }
+
+  // Every bit of a byte is set where the answer is yes, none where it is no.
   SixteenBytes equalTo(char c) const {
     return SixteenBytes(reinterpret_cast<Bytes>(bytes_ == static_cast<unsigned char>(c)));
+  }
+  SixteenBytes below(char c) const {
+    return SixteenBytes(reinterpret_cast<Bytes>(bytes_ < static_cast<unsigned char>(c)));
   }
   SixteenBytes operator|(const SixteenBytes& other) const {
     return SixteenBytes(bytes_ | other.bytes_);
