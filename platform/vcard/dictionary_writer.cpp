@@ -20,7 +20,7 @@ namespace {
 template <std::size_t N>
 class Texts {
  public:
-  Texts(const Dictionary& dictionary, const std::array<std::string_view, N>& keys) : keys_(keys) {
+  Texts(const Dictionary& dictionary, const std::array<std::string_view, N>& keys) {
     for (const auto& [key, value] : dictionary.entries()) {
       const auto found = std::find(keys.begin(), keys.end(), key);
       const auto* text = value.text();
@@ -34,27 +34,26 @@ class Texts {
 
   // All values are texts under one of the keys.
   bool isExact() const { return isExact_; }
-  bool has(std::string_view key) const { return at(key) != nullptr; }
-  std::string_view operator[](std::string_view key) const {
-    const auto* text = at(key);
-    return text != nullptr ? std::string_view(*text) : std::string_view();
+  bool has(std::size_t key) const { return texts_[key] != nullptr; }
+  // By the key's place among the keys; empty when there is none.
+  std::string_view operator[](std::size_t key) const {
+    return has(key) ? std::string_view(*texts_[key]) : std::string_view();
   }
 
  private:
-  const std::string* at(std::string_view key) const {
-    return texts_[static_cast<std::size_t>(std::find(keys_.begin(), keys_.end(), key) -
-                                           keys_.begin())];
-  }
-
-  const std::array<std::string_view, N>& keys_;
   std::array<const std::string*, N> texts_{};
   bool isExact_ = true;
 };
 
+enum AddressPart : std::size_t { kStreet, kCity, kState, kZip, kCountry, kCode, kBox, kExtended };
 constexpr std::array kAddressKeys = {
     kABAddressStreetKey,  kABAddressCityKey,        kABAddressStateKey,       kABAddressZIPKey,
     kABAddressCountryKey, kABAddressCountryCodeKey, kAddressPostOfficeBoxKey, kAddressExtendedKey};
+
+enum MessagePart : std::size_t { kMessageUser, kMessageService };
 constexpr std::array kMessageKeys = {kABInstantMessageUsernameKey, kABInstantMessageServiceKey};
+
+enum SocialPart : std::size_t { kService, kUser, kUrl, kUserIdentifier };
 constexpr std::array kSocialKeys = {kABSocialProfileServiceKey, kABSocialProfileUsernameKey,
                                     kABSocialProfileURLKey, kABSocialProfileUserIdentifierKey};
 
@@ -90,23 +89,25 @@ bool CardWriter::address(const Entry& entry) {
   if (dictionary == nullptr) return false;
   const Texts<kAddressKeys.size()> parts(*dictionary, kAddressKeys);
   bool exact = parts.isExact();
-  for (const auto key : kAddressKeys) exact &= !parts.has(key) || isPlain(parts[key]);
-  const auto box = parts[kAddressPostOfficeBoxKey];
-  const auto extended = parts[kAddressExtendedKey];
-  const auto street = streetAlone(parts[kABAddressStreetKey], box, extended);
+  for (std::size_t key = 0; key < kAddressKeys.size(); ++key) {
+    exact &= !parts.has(key) || isPlain(parts[key]);
+  }
+  const auto box = parts[kBox];
+  const auto extended = parts[kExtended];
+  const auto street = streetAlone(parts[kStreet], box, extended);
   exact &= street.has_value();
   // In the order of RFC 6350, section 6.3.1.
   const std::array<std::string_view, 7> components = {street ? box : std::string_view(),
                                                       street ? extended : std::string_view(),
-                                                      street.value_or(parts[kABAddressStreetKey]),
-                                                      parts[kABAddressCityKey],
-                                                      parts[kABAddressStateKey],
-                                                      parts[kABAddressZIPKey],
-                                                      parts[kABAddressCountryKey]};
+                                                      street.value_or(parts[kStreet]),
+                                                      parts[kCity],
+                                                      parts[kState],
+                                                      parts[kZip],
+                                                      parts[kCountry]};
   const auto saysNothing = [](std::string_view part) { return CardText(part).view().empty(); };
   if (std::all_of(components.begin(), components.end(), saysNothing)) return false;
 
-  const auto code = parts[kABAddressCountryCodeKey];
+  const auto code = parts[kCode];
   const bool hasCode = code.size() == 2 && isLetter(code[0]) && isLetter(code[1]);
   const auto head = startEntry(entry, "ADR", hasCode);
   if (!entry.spelling.empty() && isAddressSpelling(entry.spelling, components)) {
@@ -127,19 +128,18 @@ bool CardWriter::message(const Entry& entry) {
   const auto* dictionary = entry.held->value.dictionary();
   if (dictionary == nullptr) return false;
   const Texts<kMessageKeys.size()> parts(*dictionary, kMessageKeys);
-  const auto service = parts[kABInstantMessageServiceKey];
+  const auto service = parts[kMessageService];
   const auto known = knownService(service);
   const auto head = startEntry(entry, "IMPP");
   const CardText name(service);
   if (!name.view().empty()) line_.parameter("X-SERVICE-TYPE", name.view());
-  const Account account{std::string(parts[kABInstantMessageUsernameKey]), std::string(service)};
+  const Account account{std::string(parts[kMessageUser]), std::string(service)};
   const bool isSpelt =
       !entry.spelling.empty() && accountOfUri(entry.spelling, name.view()) == account;
   line_.raw(":").uri(isSpelt ? entry.spelling : uriOfAccount(account));
   endEntry(entry, head);
-  return parts.isExact() && parts.has(kABInstantMessageUsernameKey) &&
-         (!parts.has(kABInstantMessageServiceKey) ||
-          (isPlain(service) && (known.empty() || known == service)));
+  return parts.isExact() && parts.has(kMessageUser) &&
+         (!parts.has(kMessageService) || (isPlain(service) && (known.empty() || known == service)));
 }
 
 bool CardWriter::socialProfile(const Entry& entry) {
@@ -147,13 +147,15 @@ bool CardWriter::socialProfile(const Entry& entry) {
   if (dictionary == nullptr || dictionary->empty()) return false;
   const Texts<kSocialKeys.size()> parts(*dictionary, kSocialKeys);
   bool exact = parts.isExact();
-  for (const auto key : kSocialKeys) exact &= !parts.has(key) || isPlain(parts[key]);
-  const auto service = parts[kABSocialProfileServiceKey];
-  const auto user = parts[kABSocialProfileUsernameKey];
-  const auto identifier = parts[kABSocialProfileUserIdentifierKey];
+  for (std::size_t key = 0; key < kSocialKeys.size(); ++key) {
+    exact &= !parts.has(key) || isPlain(parts[key]);
+  }
+  const auto service = parts[kService];
+  const auto user = parts[kUser];
+  const auto identifier = parts[kUserIdentifier];
   // That scheme stands for a profile without URL.
-  const bool isUrl = !startsWithWord(parts[kABSocialProfileURLKey], "X-APPLE:");
-  const CardText url(isUrl ? parts[kABSocialProfileURLKey] : std::string_view());
+  const bool isUrl = !startsWithWord(parts[kUrl], "X-APPLE:");
+  const CardText url(isUrl ? parts[kUrl] : std::string_view());
   const CardText identifierText(identifier);
   const bool named = isTypeWord(service);
   if (!named && user.empty() && identifierText.view().empty() && url.view().empty()) return false;
