@@ -215,27 +215,22 @@ void CardBuilder::keepDigest() {
     return isWord(nameOfLine(*kept.text()), "REV");
   };
   if (std::none_of(unmodelled_.begin(), unmodelled_.end(), isRevision)) return;
-  const auto said = ":" + digestOfValues(card_.properties) + ":" +
-                    (card_.isGroup ? digestOfMembers(card_.members) : digestOfPicture(card_.photo));
-  unmodelled_.emplace_back(KeptDetail{property_id::kUnmodelledLines, 0, said}.text());
+  scratch_.assign(1, ':').append(digestOfValues(card_.properties)).append(1, ':');
+  scratch_ += card_.isGroup ? digestOfMembers(card_.members) : digestOfPicture(card_.photo);
+  unmodelled_.emplace_back(KeptDetail{property_id::kUnmodelledLines, 0, scratch_}.text());
 }
 
 // Lines in the order of the card, then details by what they belong to and what they are, so that a
 // card and the one that is written of it give the same.
 void CardBuilder::sortKept() {
-  const auto detailOf = [](const Object& kept) {
-    return readKeptDetail(*kept.text()).value_or(KeptDetail{});
+  const auto placeOf = [](const Object& kept) {
+    const auto detail = readKeptDetail(*kept.text()).value_or(KeptDetail{});
+    return std::tuple(!detail.said.empty(), detail.property, detail.entry, detail.rank() != 0,
+                      detail.isSpelling(), detail.isGroup());
   };
-  const auto first =
-      std::stable_partition(unmodelled_.begin(), unmodelled_.end(),
-                            [&](const Object& kept) { return detailOf(kept).said.empty(); });
-  std::stable_sort(first, unmodelled_.end(), [&](const Object& a, const Object& b) {
-    const auto left = detailOf(a);
-    const auto right = detailOf(b);
-    return std::tuple(left.property, left.entry, left.rank() != 0, left.isSpelling(),
-                      left.isGroup()) < std::tuple(right.property, right.entry, right.rank() != 0,
-                                                   right.isSpelling(), right.isGroup());
-  });
+  const auto inOrder = [&](const Object& a, const Object& b) { return placeOf(a) < placeOf(b); };
+  if (std::is_sorted(unmodelled_.begin(), unmodelled_.end(), inOrder)) return;
+  std::stable_sort(unmodelled_.begin(), unmodelled_.end(), inOrder);
 }
 
 // By rising number, so that every value is appended.

@@ -89,7 +89,7 @@ class CardBuilder {
   // The value of UID or MEMBER.
   std::string uidOf(const ContentLine& line);
   std::optional<Date> readDate(const ContentLine& line);
-  void addEntry(PropertyId property, Object value, const ContentLine& line, EntryExtras extras);
+  void addEntry(PropertyId property, Object&& value, const ContentLine& line, EntryExtras extras);
   void keepParameters(PropertyId property, std::size_t entry, const ContentLine& line,
                       std::uint32_t ownKinds, std::uint32_t typeWords, bool unknownWords);
   void collectParameters(const ContentLine& line, std::uint32_t ownKinds, std::uint32_t typeWords,

@@ -1,5 +1,6 @@
 #include "platform/vcard/decode.hpp"
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -31,32 +32,34 @@ std::uint8_t digitOf(char c) {
   return kDigits[static_cast<std::uint8_t>(c)];
 }
 
-// The bits of a letter in each place of four, and a mark above them where the letter is none.
+// The bits of a letter in each place of four, as the three bytes lie in memory, and a mark above
+// them where the letter is none.
 constexpr std::uint32_t kNoLetter = 1U << 24U;
 
 constexpr auto kPlaces = [] {
+  static_assert(std::endian::native == std::endian::little, "the first byte is the lowest");
   std::array<std::array<std::uint32_t, 256>, 4> places{};
   for (std::size_t place = 0; place < places.size(); ++place) {
     for (std::size_t c = 0; c < kDigits.size(); ++c) {
-      const std::uint32_t digit = kDigits[c];
-      places[place][c] = digit == kNoDigit ? kNoLetter : digit << (18U - 6U * place);
+      const std::uint32_t bits = std::uint32_t{kDigits[c]} << (18U - 6U * place);
+      const std::uint32_t bytes = bits >> 16U | (bits & 0xFF00U) | (bits & 0xFFU) << 16U;
+      places[place][c] = kDigits[c] == kNoDigit ? kNoLetter : bytes;
     }
   }
   return places;
 }();
 
-// Four letters at a time, as long as nothing else comes. The letters read.
+// Four letters at a time, as long as nothing else comes. The letters read; `out` has room for one
+// byte more than they stand for, since four are written for three.
 std::size_t decodeQuads(std::string_view text, std::string& out) {
   const auto letter = [&](std::size_t at) { return static_cast<std::uint8_t>(text[at]); };
   std::size_t at = 0;
   char* to = out.data();
   for (; at + 4 <= text.size(); at += 4, to += 3) {
-    const std::uint32_t bits = kPlaces[0][letter(at)] | kPlaces[1][letter(at + 1)] |
-                               kPlaces[2][letter(at + 2)] | kPlaces[3][letter(at + 3)];
-    if (bits >= kNoLetter) break;
-    to[0] = static_cast<char>(bits >> 16U);
-    to[1] = static_cast<char>(bits >> 8U);
-    to[2] = static_cast<char>(bits);
+    const std::uint32_t bytes = kPlaces[0][letter(at)] | kPlaces[1][letter(at + 1)] |
+                                kPlaces[2][letter(at + 2)] | kPlaces[3][letter(at + 3)];
+    if (bytes >= kNoLetter) break;
+    std::memcpy(to, &bytes, sizeof bytes);
   }
   out.resize(static_cast<std::size_t>(to - out.data()));
   return at;
@@ -104,7 +107,7 @@ void appendQuotedPrintable(std::string_view text, std::string& out) {
 
 std::optional<std::string> decodeBase64(std::string_view text) {
   std::string out;
-  out.resize(text.size() / 4 * 3 + 3);
+  out.resize(text.size() / 4 * 3 + 4);
   std::size_t at = decodeQuads(text, out);
   std::uint32_t bits = 0;
   unsigned count = 0;  // letters in bits

@@ -1,6 +1,7 @@
 #include "platform/vcard/kept_lines.hpp"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 
 #include "platform/vcard/ascii.hpp"
@@ -25,8 +26,15 @@ std::string groupKey(std::string_view group) {
 }
 
 std::string KeptDetail::text() const {
-  std::string result = ";" + std::to_string(property) + "#" + std::to_string(entry);
-  return result.append(said);
+  std::array<char, 32> digits{};
+  const auto write = [&](std::uint64_t number) {
+    const auto* const end = std::to_chars(digits.begin(), digits.end(), number).ptr;
+    return std::string_view(digits.data(), end);
+  };
+  std::string result;
+  result.reserve(digits.size() + said.size());
+  result.append(1, ';').append(write(property));
+  return result.append(1, '#').append(write(entry)).append(said);
 }
 
 bool KeptDetail::isSortAs() const {

@@ -32,7 +32,7 @@ bool saysText(const ContentLine& line) {
 
 }  // namespace
 
-void CardBuilder::addEntry(PropertyId property, Object value, const ContentLine& line,
+void CardBuilder::addEntry(PropertyId property, Object&& value, const ContentLine& line,
                            EntryExtras extras) {
   auto& held = multi(property);
   const std::size_t number = held.entries.size() + 1;
@@ -53,10 +53,8 @@ void CardBuilder::addEntry(PropertyId property, Object value, const ContentLine&
     label.label = extras.label;
   }
   if (number == 1) held.entries.reserve(4);
-  auto& entry = held.entries.emplace_back();
-  entry.identifier = number;
-  if (!label.label.empty()) entry.label.emplace(label.label);
-  entry.value = std::move(value);
+  held.entries.push_back({number, std::nullopt, std::move(value)});
+  if (!label.label.empty()) held.entries.back().label.emplace(label.label);
   if (line.group.empty()) return;
   const auto parameters = unmodelled_.size() > keptBefore ? keptBefore : kNone;
   grouped_.push_back(
@@ -124,11 +122,12 @@ void CardBuilder::collectParameters(const ContentLine& line, std::uint32_t ownKi
 
 // A phone, an e-mail address or a URL; the scheme goes that a URI value has in front of it.
 bool CardBuilder::addSimple(PropertyId property, const ContentLine& line, std::string_view scheme) {
-  auto value = text(line);
-  auto bare = trimmed(value);
+  Object value = text(line);
+  const auto& whole = *value.text();
+  auto bare = trimmed(whole);
   if (!scheme.empty() && startsWithWord(bare, scheme)) bare.remove_prefix(scheme.size());
   if (bare.empty()) return true;
-  if (bare.size() != value.size()) value = std::string(bare);
+  if (bare.size() != whole.size()) value = std::string(bare);
   addEntry(property, std::move(value), line, {});
   return true;
 }

@@ -215,16 +215,22 @@ bool CardBuilder::addSound(const ContentLine& line) {
 }
 
 std::string CardBuilder::uidOf(const ContentLine& line) {
-  const auto value = trimmed(line.value);
+  auto value = trimmed(line.value);
   // Only 4.0 wants a URI of it.
-  const auto given = is40_ ? uidOfValue(value) : std::string(value);
-  std::string uid(CardText(given).view());
-  std::erase(uid, '\n');
-  if (uid.size() != given.size()) mend(line, "UID with control characters");
+  std::string named;
+  if (is40_) value = named = uidOfValue(value);
+  const CardText clean(value);
+  auto uid = clean.view();
+  if (clean.isChanged() || uid.find('\n') != std::string_view::npos) {
+    named = uid;
+    std::erase(named, '\n');
+    uid = named;
+    if (uid.size() != value.size()) mend(line, "UID with control characters");
+  }
   const bool isBare =
       std::any_of(line.parameters.begin(), line.parameters.end(),
                   [](const Parameter& each) { return isWord(each.name, kBareUid); });
-  return isBare ? std::string(uidKey(uid)) : uid;
+  return std::string(isBare ? uidKey(uid) : uid);
 }
 
 bool CardBuilder::addUid(const ContentLine& line) {
