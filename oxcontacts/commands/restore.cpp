@@ -101,8 +101,8 @@ void verify(const Context& context, const OxMacAddressBook& book, const StoreCou
   }
   const auto found = countsOf(book);
   if (found.groups != expected.groups || found.persons != expected.persons) {
-    throw CommandError(kFailed, "the book holds " + std::to_string(found.groups) + " groups and " +
-                                    std::to_string(found.persons) + " persons, the file " +
+    throw CommandError(kFailed, "the book holds " + counted(found.groups, "group") + " and " +
+                                    counted(found.persons, "person") + ", the file " +
                                     std::to_string(expected.groups) + " and " +
                                     std::to_string(expected.persons) + keeps);
   }

@@ -5,6 +5,7 @@
 #include <sstream>
 #include <unordered_set>
 
+#include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
 
@@ -84,8 +85,9 @@ void printTree(Groups roots) {
       [](const _ABGroup& group, std::size_t depth, bool) {
         std::cout << std::string(2 * std::min(depth, kDeepestIndent), ' ')
                   << terminalText(group.displayName().value_or("")) << "  ("
-                  << group.persons().size() << " persons, " << group.includePersonsCount()
-                  << " with sub-groups, book " << group.addressBookID().value_or("") << ")\n";
+                  << counted(group.persons().size(), "person") << ", "
+                  << group.includePersonsCount() << " with sub-groups, book "
+                  << group.addressBookID().value_or("") << ")\n";
       },
       [] {});
 }

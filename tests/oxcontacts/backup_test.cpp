@@ -37,7 +37,7 @@ std::string contentOf(const std::string& book) {
 std::string localContent() {
   return "Ann Lee \"1\"[\"sailing\"]; Ben null[]; "
          "Friends  (0 persons, 1 with sub-groups, book _local)\n"
-         "  Close  (1 persons, 1 with sub-groups, book _local)\n";
+         "  Close  (1 person, 1 with sub-groups, book _local)\n";
 }
 
 std::filesystem::path copyBeforeRestore() {

@@ -151,7 +151,7 @@ TEST(GroupsCommand, ShowsTheTreeOfABook) {
                                   {"includePersons", 1},
                                   {"subGroups", Json::array()}}}));
   EXPECT_EQ(runJson({"groups", "--book", "iCloud"}), Json::array());
-  EXPECT_EQ(run({"groups"}).output, "Friends  (1 persons, 1 with sub-groups, book _local)\n");
+  EXPECT_EQ(run({"groups"}).output, "Friends  (1 person, 1 with sub-groups, book _local)\n");
 }
 
 }  // namespace
