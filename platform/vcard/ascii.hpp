@@ -21,11 +21,12 @@ inline constexpr bool isBlank(char c) {
   return c == ' ' || c == '\t';
 }
 
-// True when the text is that word, in any case. The word is given in upper case.
+// True when the text is that word, in any case. The word is given in upper case, which is also how
+// most texts are.
 inline constexpr bool isWord(std::string_view text, std::string_view upperWord) {
   if (text.size() != upperWord.size()) return false;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (upper(text[i]) != upperWord[i]) return false;
+    if (text[i] != upperWord[i] && upper(text[i]) != upperWord[i]) return false;
   }
   return true;
 }

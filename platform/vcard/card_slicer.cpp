@@ -1,6 +1,8 @@
 #include "platform/vcard/card_slicer.hpp"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -34,17 +36,34 @@ std::size_t breakLength(std::string_view text) {
   return text.starts_with("\r\r\n") ? 3 : 1;
 }
 
-// False for nearly every line: it neither ends in a colon and blanks nor in the word VCARD.
+// Letters that tell a line apart from nearly every other.
+enum Mark : std::uint8_t {
+  kFirstOfMarker = 1,  // BEGIN, END, or what stands before BEGIN at the start of a file
+  kLastOfOpener = 2,   // of a line that ends in a colon and blanks, or in the word VCARD
+};
+
+constexpr auto kMarks = [] {
+  std::array<std::uint8_t, 256> marks{};
+  for (const char c : std::string_view("BbEe\xEF")) {
+    marks[static_cast<unsigned char>(c)] |= std::uint8_t{kFirstOfMarker};
+  }
+  for (const char c : std::string_view(":Dd \t\0", 6)) {
+    marks[static_cast<unsigned char>(c)] |= std::uint8_t{kLastOfOpener};
+  }
+  return marks;
+}();
+
+bool is(char c, Mark mark) {
+  return (kMarks[static_cast<unsigned char>(c)] & mark) != 0;
+}
+
 bool mayOpenNested(std::string_view line) {
-  const char last = upper(line.back());
-  return last == ':' || last == 'D' || isBlank(last) || last == '\0';
+  return is(line.back(), kLastOfOpener);
 }
 
 // Nearly every line: it cannot open or close a card, and is not blank.
 bool isOrdinary(std::string_view line) {
-  if (line.empty() || mayOpenNested(line)) return false;
-  const char first = upper(line.front());
-  return first != 'B' && first != 'E' && first != '\xEF';
+  return !line.empty() && !is(line.front(), kFirstOfMarker) && !mayOpenNested(line);
 }
 
 // The value of an AGENT line without blanks, which opens a nested card when it is empty or a BEGIN;
