@@ -37,14 +37,6 @@ std::string dataFolder() {
   throw std::system_error(errno, std::generic_category(), path);
 }
 
-// Only what is missing is made: folders that are there keep their rights.
-void createPrivateFolders(const std::filesystem::path& folder) {
-  if (folder.empty() || ::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return;
-  if (errno != ENOENT || folder == folder.parent_path()) fail(folder);
-  createPrivateFolders(folder.parent_path());
-  if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) fail(folder);
-}
-
 // So that the new name survives a power cut. Some file systems cannot sync a folder; they need not.
 void syncFolder(const std::filesystem::path& folder) {
   const int file =
@@ -52,6 +44,21 @@ void syncFolder(const std::filesystem::path& folder) {
   if (file < 0) return;
   ::fsync(file);
   ::close(file);
+}
+
+// Whether there is such a folder now; errno says why not.
+bool createPrivateFolder(const std::filesystem::path& folder) {
+  if (::mkdir(folder.c_str(), 0700) != 0) return errno == EEXIST;
+  syncFolder(folder.parent_path());
+  return true;
+}
+
+// Only what is missing is made: folders that are there keep their rights.
+void createPrivateFolders(const std::filesystem::path& folder) {
+  if (folder.empty() || createPrivateFolder(folder)) return;
+  if (errno != ENOENT || folder == folder.parent_path()) fail(folder);
+  createPrivateFolders(folder.parent_path());
+  if (!createPrivateFolder(folder)) fail(folder);
 }
 
 }  // namespace

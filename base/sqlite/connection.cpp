@@ -71,6 +71,14 @@ std::int64_t Connection::changes() const {
   return sqlite3_changes64(handle_);
 }
 
+std::int64_t Connection::totalChanges() const {
+  return sqlite3_total_changes64(handle_);
+}
+
+std::string Connection::logPath() const {
+  return sqlite3_filename_wal(sqlite3_db_filename(handle_, "main"));
+}
+
 Transaction::Transaction(Connection& connection) : connection_(connection) {
   connection_.execute("BEGIN IMMEDIATE");
 }

@@ -28,6 +28,11 @@ class Connection {
   void setBusyTimeout(int milliseconds);
   std::int64_t lastRowId() const;
   std::int64_t changes() const;
+  // Rows changed since the file was opened, those of transactions that were rolled back too.
+  std::int64_t totalChanges() const;
+  // Where SQLite keeps the write-ahead log of this database: beside the file itself, through every
+  // link that led to it.
+  std::string logPath() const;
   sqlite3* handle() const { return handle_; }
 
  private:

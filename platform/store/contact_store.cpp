@@ -42,13 +42,13 @@ ContactStore::~ContactStore() {
 sqlite::Connection& ContactStore::database() {
   if (database_.handle() != nullptr) return database_;
   auto opened = openStoreFile(path_);
-  database_ = std::move(opened);
-  auto& rows = statement(Sql::CustomProperties);
-  const sqlite::StatementScope scope(rows);
+  auto rows = opened.prepare(sqlOf(Sql::CustomProperties));
   while (rows.step()) {
     const auto id = property_table::add(rows.text(0), static_cast<ABPropertyType>(rows.integer(1)));
     if (id != 0) writtenCustomProperties_.insert(id);
   }
+  // Open only now: had the properties not been read, the next try would have to read them.
+  database_ = std::move(opened);
   return database_;
 }
 

@@ -51,13 +51,15 @@ void ContactStore::write(bool durable, Step step) {
       writing.nextRow = next.integer(0);
       next.reset();
       const auto firstRow = writing.nextRow;
+      const auto changesBefore = file.totalChanges();
       try {
         step(writing);
         if (writing.nextRow != firstRow) {
           statement(Sql::SetNextRecord).bind(1, writing.nextRow).run();
         }
         transaction.commit();
-        unsynced_ = !durable;
+        // A commit that wrote nothing has synced nothing either.
+        if (file.totalChanges() != changesBefore) unsynced_ = !durable;
       } catch (...) {
         // What was read in between is what was to be written, and now never was.
         forgetValues();
@@ -117,6 +119,7 @@ SaveReport ContactStore::commit(const RecordChanges& changes) {
       if (const auto entry = find(key)) removeRecord(*entry, writing);
     }
   });
+  sync();  // creations, when every edit was dropped
   report.done = true;
   return report;
 }
@@ -313,14 +316,14 @@ void ContactStore::checkpoint() {
     file.execute("PRAGMA synchronous=FULL");
     durable_ = true;
     file.queryInteger("PRAGMA wal_checkpoint(TRUNCATE)");
-    syncWriteAheadLog(path_);
+    syncWriteAheadLog(file);
     unsynced_ = false;
   });
 }
 
 void ContactStore::sync() {
   if (!unsynced_) return;
-  syncWriteAheadLog(path_);
+  syncWriteAheadLog(database_);
   unsynced_ = false;
 }
 

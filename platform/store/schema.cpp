@@ -174,8 +174,8 @@ sqlite::Connection openStoreFile(const std::string& path) {
   }
 }
 
-void syncWriteAheadLog(const std::string& path) {
-  const auto log = path + "-wal";
+void syncWriteAheadLog(const sqlite::Connection& store) {
+  const auto log = store.logPath();
   const int file = ::open(log.c_str(), O_RDONLY | O_CLOEXEC);
   if (file < 0) {
     if (errno == ENOENT) return;

@@ -19,8 +19,8 @@ sqlite::Connection openStoreFile(const std::string& path);
 // also when there is no file.
 sqlite::Connection openExistingStoreFile(const std::string& path);
 
-// Returns when the store's write-ahead log, if there is one, would survive a power cut.
-void syncWriteAheadLog(const std::string& path);
+// Returns when the open store's write-ahead log, if there is one, would survive a power cut.
+void syncWriteAheadLog(const sqlite::Connection& store);
 
 // The failure as the store reports it, with the file's name in front.
 [[noreturn]] void throwStoreError(const std::string& path, const std::exception& error);
