@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -171,7 +172,8 @@ class OxMacAddressBook final : public OxAddressBook,
   // Replaces everything in the book by what the data of a neutral book holds, on a thread of its
   // own; returns at once. The last report is finished: at 0 when the data cannot be read and the
   // book is as it was, else at 100 after the save. One that is cut short, by a lack of memory say,
-  // forgets every unsaved change of the process, so that no later save removes the old records.
+  // or that cannot make a record for lack of room, forgets every unsaved change of the process, so
+  // that no later save removes the old records.
   void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress) override;
   // Hands the book to the callback as the data of a neutral book, on a thread of its own; returns
   // at once. The last report is finished and carries the data.
@@ -216,6 +218,8 @@ class OxMacAddressBook final : public OxAddressBook,
   // what that cannot carry.
   Data collectedData();
 
+  // Reports of loads whose callback threw: failures, but none that cost the load a record.
+  std::atomic<std::uint64_t> failedReports_ = 0;
   std::mutex callbacks_;  // guards the two below; not held while one of them runs
   ProgressCallback _loadProgressBlock;
   SaveCallback _progressBlock;
