@@ -1,5 +1,6 @@
 // oxcontacts: the contact store on the command line.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -108,7 +109,7 @@ int honest(int code, const failures::Snapshot& before) {
   std::cout.flush();
   if (!std::cout) {
     Context::complain("the output could not be written");
-    if (code == kDone) code = kFailed;
+    if (seemsDone) code = kFailed;
   }
   return code;
 }
@@ -152,5 +153,7 @@ int mainOf(int argc, char** argv) {
 }  // namespace ox::program
 
 int main(int argc, char** argv) {
+  // A file that may not grow any more is a failure to be told, not a reason to die.
+  std::signal(SIGXFSZ, SIG_IGN);
   return ox::program::mainOf(argc, argv);
 }
