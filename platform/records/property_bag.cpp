@@ -16,6 +16,10 @@ constexpr std::size_t kMaxEntries = 10'000;
 
 // Neither a day that does not exist nor parts that mean nothing together.
 bool isStorable(const Date& date) {
+  // Nearly every one is a day and no more: its text is read as that very day.
+  const bool isDay =
+      date.year && date.month && date.day && !date.secondOfDay && !date.utcOffsetMinutes;
+  if (isDay) return date.isValid();
   return Date::fromText(date.toText()) == date;
 }
 
