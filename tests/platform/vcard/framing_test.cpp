@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "card_text.hpp"
@@ -13,6 +14,59 @@ TEST(CardFraming, VersionsLineEndsAndBlanksMayBeMixed) {
                       "\xEF\xBB\xBF"
                       "BEGIN: VCARD\r\r\nVERSION:4.0\r\r\nTITLE:c\r\r\n d\r\r\nEND:VCARD"),
             "JobTitle=A\n--\nJobTitle=b\n--\nJobTitle=cd\n");
+}
+
+// Gives what it holds in pieces of that size.
+class PiecewiseSource : public ByteSource {
+ public:
+  PiecewiseSource(std::string_view bytes, std::size_t piece) : bytes_(bytes), piece_(piece) {}
+
+  std::size_t read(char* buffer, std::size_t size) override {
+    const auto count = bytes_.copy(buffer, std::min(size, piece_));
+    bytes_.remove_prefix(count);
+    return count;
+  }
+
+ private:
+  std::string_view bytes_;
+  std::size_t piece_;
+};
+
+std::string textInPieces(std::string_view bytes, std::size_t piece) {
+  PiecewiseSource source(bytes, piece);
+  Reader reader(source);
+  const auto result = reader.next();
+  return result ? textOf(*result) : "";
+}
+
+TEST(CardFraming, LinesEndAtEveryPlaceWhateverTheirBreakAndThePiecesReadAtOnce) {
+  for (const auto* lineBreak : {"\n", "\r", "\r\n", "\r\r\n"}) {
+    for (std::size_t length = 1; length <= 40; ++length) {
+      const std::string name(length, 'x');
+      const auto job = "\xC3\xA9" + name;
+      std::string card = "BEGIN:VCARD";
+      for (const auto& line : {"VERSION:3.0"s, "NICKNAME:" + name, "TITLE:" + job, "END:VCARD"s}) {
+        (card += lineBreak) += line;
+      }
+      card += lineBreak;
+      const auto expected = "Nickname=" + name + "\nJobTitle=" + job + "\n";
+      for (const std::size_t piece : {1, 15, 16, 17, 1000}) {
+        ASSERT_EQ(textInPieces(card, piece), expected) << length << " in pieces of " << piece;
+      }
+    }
+  }
+}
+
+// Bytes of a line tell whether it is UTF-8, wherever in it they stand.
+TEST(CardFraming, EveryByteBeyondAsciiIsSeenInALine) {
+  for (std::size_t place = 0; place < 40; ++place) {
+    std::string name(40, 'x');
+    name[place] = '\xE9';
+    const auto text = textOfCard("3.0", "TITLE:" + name + "\nNICKNAME:y\n");
+    auto expected = std::string(name).replace(place, 1, "\xC3\xA9");
+    EXPECT_NE(text.find("JobTitle=" + expected + "\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("repair 3: text is not UTF-8, read as "), std::string::npos) << text;
+  }
 }
 
 TEST(CardFraming, MissingVersionIsGuessedAndNamed) {
