@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
 
 #include "card_text.hpp"
@@ -50,7 +51,7 @@ TEST(CardFraming, LinesEndAtEveryPlaceWhateverTheirBreakAndThePiecesReadAtOnce) 
       }
       card += lineBreak;
       const auto expected = "Nickname=" + name + "\nJobTitle=" + job + "\n";
-      for (const std::size_t piece : {1, 15, 16, 17, 1000}) {
+      for (const auto piece : std::array<std::size_t, 5>{1, 15, 16, 17, 1000}) {
         ASSERT_EQ(textInPieces(card, piece), expected) << length << " in pieces of " << piece;
       }
     }
