@@ -203,8 +203,9 @@ void checkKey(const Key& key, const OxProperty& property) {
   if (key.label && key.label->empty()) misused("the label after \"" + key.name + ":\" is missing");
   const auto parts = partsOf(property);
   if (!key.hasPart) return;
+  const auto spaced = std::string(1, ' ').append(parts);
   const bool known = !key.part.empty() && key.part.find(' ') == std::string::npos &&
-                     (" " + std::string(parts)).find(" " + key.part + " ") != std::string::npos;
+                     spaced.find(" " + key.part + " ") != std::string::npos;
   if (known) return;
   misused("\"" + key.name + "\" has no part \"" + key.part + "\"" +
           (parts.empty() ? "" : "; it has " + std::string(parts.substr(0, parts.size() - 1))));

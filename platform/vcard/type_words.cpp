@@ -132,7 +132,7 @@ void readTypeWords(const ContentLine& line, TypeWords& words) {
 
 TypeWords keptTypeWords(std::string_view parameters, std::string& head, ContentLine& line) {
   TypeWords words;
-  head.assign("X").append(parameters) += ':';
+  head.assign(1, 'X').append(parameters).append(1, ':');
   if (parseHead(head, line) != std::string_view::npos) readTypeWords(line, words);
   words.known &= ~(kVoice | kInternet);
   return words;
