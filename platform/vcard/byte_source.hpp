@@ -55,6 +55,8 @@ class FileSource : public ByteSource {
 
   std::size_t read(char* buffer, std::size_t size) override;
   std::size_t peekAt(std::uint64_t offset, char* buffer, std::size_t size) override;
+  // False for a pipe or a terminal, whose next bytes may have to be waited for.
+  bool isFile() const { return isFile_; }
   // In bytes; 0 when it is not known beforehand (a pipe).
   std::uint64_t size() const { return size_; }
 

@@ -7,9 +7,9 @@
 
 #include "platform/store/contact_source.hpp"
 #include "platform/vcard/byte_source.hpp"
+#include "platform/vcard/cards_ahead.hpp"
 #include "platform/vcard/group_import.hpp"
 #include "platform/vcard/person_import.hpp"
-#include "platform/vcard/reader.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -27,22 +27,23 @@ class Import {
 
   void readFile(const std::string& path) {
     FileSource source(path, options_.stop);
-    Reader reader(source);
+    CardsAhead cards(source);
     const auto firstProblem = report_.problems.size();
     while (!isStopped()) {
-      auto result = reader.next();
+      auto* read = cards.next();
       // What a stop cut off is no card of the file.
-      if (!result || isStopped()) break;
-      take(path, std::move(*result));
+      if (read == nullptr || isStopped()) break;
+      take(path, *read);
       if (persons_.isFull()) {
         persons_.commit();
-        tell(reader.bytesRead());
+        tell(cards.bytesRead());
       }
     }
     persons_.commit();
-    tell(reader.bytesRead());
-    before_ += reader.bytesRead();
+    tell(cards.bytesRead());
+    before_ += cards.bytesRead();
     if (isStopped()) return;
+    const auto& reader = cards.reader();
     report_.strayLines += reader.strayCount();
     if (reader.cardsSeen() == 0) {
       report_.uselessFiles.push_back(path + ": holds no vCard");
@@ -69,19 +70,19 @@ class Import {
   bool isStopped() const { return options_.stop != nullptr && options_.stop->load(); }
 
  private:
-  void take(const std::string& path, Reader::Result result) {
-    if (auto* refusal = std::get_if<Refusal>(&result)) {
+  void take(const std::string& path, CardRead& read) {
+    if (auto* refusal = std::get_if<Refusal>(&read.result)) {
       refuse(path, refusal->line, std::move(refusal->reason));
       return;
     }
-    auto& card = std::get<Card>(result);
+    auto& card = std::get<Card>(read.result);
     if (options_.strict && !card.repairs.empty()) {
       const auto& first = card.repairs.front();
       refuse(path, first.line, "not clean: " + first.reason);
     } else if (card.isGroup) {
       groups_.add(path, std::move(card));
     } else {
-      persons_.add(path, std::move(card));
+      persons_.add(path, std::move(card), read.fingerprint);
     }
   }
 

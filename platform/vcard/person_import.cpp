@@ -118,10 +118,9 @@ std::optional<PersonImport::Match> PersonImport::matchByContent(const Card& card
   return stored.empty() ? std::nullopt : std::optional(Match{stored.front(), 0, true, true});
 }
 
-void PersonImport::add(const std::string& file, Card card) {
+void PersonImport::add(const std::string& file, Card&& card, std::uint64_t fingerprint) {
   const auto* uidText = card.properties.text(property_id::kCardUid);
   const std::string uid(uidText != nullptr ? uidKey(*uidText) : std::string_view());
-  const auto fingerprint = contentFingerprint(card.properties, card.photo);
   const auto match =
       uid.empty() ? matchByContent(card, fingerprint) : matchByUid(card, uid, fingerprint);
 
@@ -141,7 +140,7 @@ void PersonImport::add(const std::string& file, Card card) {
   }
 }
 
-void PersonImport::append(Card card, std::string_view uid, std::uint64_t fingerprint) {
+void PersonImport::append(Card&& card, std::string_view uid, std::uint64_t fingerprint) {
   ++counted_.added;
   batchBytes_ += roughSize(card);
   const auto index = batch_.additions.size();
@@ -155,7 +154,7 @@ void PersonImport::append(Card card, std::string_view uid, std::uint64_t fingerp
                               std::move(card.properties), std::move(card.photo), fingerprint});
 }
 
-void PersonImport::replace(const Match& match, Card card, std::uint64_t fingerprint) {
+void PersonImport::replace(const Match& match, Card&& card, std::uint64_t fingerprint) {
   ++counted_.updated;
   batchBytes_ += roughSize(card);
   if (startedEmpty_) addedHashes_.insert(fingerprint);

@@ -31,7 +31,8 @@ class PersonImport {
   PersonImport(ContactSource& source, std::string container, const ImportOptions& options,
                ImportReport& report);
 
-  void add(const std::string& file, Card card);
+  // The fingerprint is that of the card's content. Takes from the card what it keeps.
+  void add(const std::string& file, Card&& card, std::uint64_t fingerprint);
   // True when enough has come together for a commit.
   bool isFull() const;
   void commit();
@@ -50,8 +51,8 @@ class PersonImport {
   bool isExported(const Card& card, const RecordKey& key);
   std::optional<Match> matchByContent(const Card& card, std::uint64_t fingerprint);
   bool storeMayHold(std::uint64_t hash) const;
-  void append(Card card, std::string_view uid, std::uint64_t fingerprint);
-  void replace(const Match& match, Card card, std::uint64_t fingerprint);
+  void append(Card&& card, std::string_view uid, std::uint64_t fingerprint);
+  void replace(const Match& match, Card&& card, std::uint64_t fingerprint);
 
   ContactSource& source_;
   std::string container_;

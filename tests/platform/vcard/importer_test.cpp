@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/records/property_keys.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 #include "tests/support/switched_source.hpp"
@@ -73,6 +74,33 @@ TEST(Importer, WritesFiveThousandCardsAtATimeAndAsksTheEmptyStoreNothing) {
   EXPECT_EQ(counts.checkpoint, 1U);
   EXPECT_EQ(lastDone, text.size());
   EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "12500 = 0 + 0 + 12500 + 0 + 0");
+}
+
+// Cards are read ahead on another thread.
+TEST(Importer, KeepsOrderAndLinesOfFilesAcrossThreads) {
+  const std::string empty = "BEGIN:VCARD\r\nVERSION:3.0\r\nEND:VCARD\r\n";
+  const auto lines = [](std::uint64_t cards) { return cards * 6; };
+  std::string first;
+  for (int i = 0; i < 11000; ++i) {
+    if (i == 4999 || i == 5001 || i == 10999) first += empty;
+    first += cardOf("u" + std::to_string(i), "P" + std::to_string(i));
+  }
+  const auto one = temporaryFile("one.vcf", first).string();
+  const auto two = temporaryFile("two.vcf", empty + manyCards(3)).string();
+  const auto report = importFiles({one, two}, "_local", {});
+  const std::string reason = "the card holds no property";
+  const std::vector<ImportProblem> expected = {{one, lines(4999) + 1, reason},
+                                               {one, lines(5001) + 4, reason},
+                                               {one, lines(10999) + 7, reason},
+                                               {two, 1, reason}};
+  EXPECT_EQ(report.problems, expected);
+  EXPECT_EQ(countsOf(report), "11007 = 11000 + 0 + 3 + 4 + 0");
+  const auto persons = contactSource().recordsIn("_local", RecordKind::Person);
+  ASSERT_EQ(persons.size(), 11000U);
+  for (std::size_t i = 0; i < persons.size(); ++i) {
+    const auto values = contactSource().committedValues(persons[i]);
+    ASSERT_EQ(*values->text(property_id::kFirst), "P" + std::to_string(i));
+  }
 }
 
 TEST(Importer, KeepsWhatItCommittedWhenStopped) {
