@@ -64,6 +64,18 @@ bool fitsBase(const Object& value, std::int32_t type) {
   }
 }
 
+std::size_t sizeOf(const Object& value) {
+  if (const auto* text = value.text()) return text->size();
+  if (const auto* data = value.as<Data>()) return (*data)->size();
+  std::size_t size = 0;
+  if (const auto* array = value.array()) {
+    for (const auto& element : *array) size += sizeOf(element);
+  } else if (const auto* dictionary = value.dictionary()) {
+    for (const auto& [key, held] : dictionary->entries()) size += key.size() + sizeOf(held);
+  }
+  return size;
+}
+
 }  // namespace
 
 std::uint64_t MultiValue::add(Object value, Text label) {
@@ -118,6 +130,20 @@ void PropertyBag::set(PropertyId id, PropertyValue value) {
   } else {
     entries_.emplace(found, id, std::move(value));
   }
+}
+
+std::size_t roughSize(const PropertyBag& properties) {
+  std::size_t size = 0;
+  for (const auto& [id, value] : properties.entries()) {
+    if (const auto* single = std::get_if<Object>(&value)) {
+      size += sizeOf(*single);
+      continue;
+    }
+    for (const auto& entry : std::get<MultiValuePtr>(value)->entries) {
+      size += sizeOf(entry.value) + (entry.label ? entry.label->size() : 0);
+    }
+  }
+  return size;
 }
 
 bool fitsType(const PropertyValue& value, ABPropertyType type) {

@@ -71,6 +71,10 @@ class PropertyBag {
   std::vector<Entry> entries_;
 };
 
+// How many bytes of text and data the values hold, about what they take in memory beyond their
+// count.
+std::size_t roughSize(const PropertyBag& properties);
+
 // True when the value has the shape that the type asks for (a string for a string property,
 // elements of the base type in a multi-value) and can be stored; a missing value always fits.
 bool fitsType(const PropertyValue& value, ABPropertyType type);

@@ -1,5 +1,6 @@
 #include "platform/vcard/cards_ahead.hpp"
 
+#include <memory>
 #include <utility>
 #include <variant>
 
@@ -50,16 +51,17 @@ CardRead* CardsAhead::next() {
       bytesRead_ = reader_.bytesRead();
       return nullptr;
     }
-    auto spent = std::exchange(batch_, ahead_.valid() ? ahead_.get() : readBatch());
+    const auto spent =
+        std::make_shared<Batch>(std::exchange(batch_, ahead_.valid() ? ahead_.get() : readBatch()));
     given_ = 0;
     if (batch_.isLast || batch_.failure || most_ == 1) continue;
     // Memory that goes back to the thread it came from is there for the next batch, and neither
     // thread waits for the other's.
-    ahead_ = std::async(std::launch::async | std::launch::deferred,
-                        [this, spent = std::move(spent)]() mutable {
-                          spent = {};
-                          return readBatch();
-                        });
+    const auto work = [this, spent] {
+      *spent = {};
+      return readBatch();
+    };
+    ahead_ = std::async(std::launch::async | std::launch::deferred, work);
   }
   auto& card = batch_.cards[given_++];
   bytesRead_ = card.bytesRead;

@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <future>
+#include <memory>
 #include <span>
 #include <string>
 #include <unordered_set>
@@ -13,7 +14,7 @@ namespace {
 
 // Persons are read and written by batches, a few of them ahead of the sink.
 constexpr std::size_t kPersonsAtOnce = 128;
-constexpr std::size_t kPictureBytesAtOnce = 1U << 20U;
+constexpr std::size_t kBytesAtOnce = 1U << 20U;
 constexpr std::size_t kBatchesAhead = 3;
 
 struct StoredPerson {
@@ -49,14 +50,14 @@ class Export {
     std::deque<std::future<Cards>> written;
     while (!report_.stopped) {
       while (!keys.empty() && written.size() < kBatchesAhead) {
-        auto persons = read(keys);
-        // A single batch is not worth a thread.
+        const auto persons = std::make_shared<const std::vector<StoredPerson>>(read(keys));
+        const auto work = [persons, version = version_] { return cardsOf(*persons, version); };
+        // A single batch is not worth a thread. Work is copied into the future, not moved: where no
+        // thread can be had, it is needed once more.
         const bool isAll = keys.empty() && written.empty();
         const auto policy =
             isAll ? std::launch::deferred : std::launch::async | std::launch::deferred;
-        written.push_back(std::async(policy, [persons = std::move(persons), version = version_] {
-          return cardsOf(persons, version);
-        }));
+        written.push_back(std::async(policy, work));
       }
       if (written.empty()) return;
       const auto cards = written.front().get();
@@ -90,8 +91,8 @@ class Export {
   // The next persons that are there; takes their keys away.
   std::vector<StoredPerson> read(std::span<const RecordKey>& keys) {
     std::vector<StoredPerson> persons;
-    std::size_t pictureBytes = 0;
-    while (!keys.empty() && persons.size() < kPersonsAtOnce && pictureBytes < kPictureBytesAtOnce) {
+    std::size_t bytes = 0;
+    while (!keys.empty() && persons.size() < kPersonsAtOnce && bytes < kBytesAtOnce) {
       const auto& key = keys.front();
       keys = keys.subspan(1);
       auto values = source_.committedValues(key);
@@ -100,7 +101,7 @@ class Export {
         continue;
       }
       auto picture = source_.committedImage(key);
-      if (picture) pictureBytes += picture->size();
+      bytes += roughSize(*values) + (picture ? picture->size() : 0);
       persons.push_back({key, std::move(values), std::move(picture)});
     }
     return persons;

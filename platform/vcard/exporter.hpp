@@ -23,9 +23,9 @@ struct ExportReport {
 // order; unsaved changes do not count. Every card has a UID: that of the card it came from, else
 // uidOfRecord, so that groups can name their members and an import into the same container
 // recognises the record. A group names those of its members and sub-groups that are exported with
-// it. Memory is bounded by the largest picture beside the two lists. Other threads write cards
-// while this one reads the store and calls the sink. Throws StoreError, and what the
-// sink throws; cards of the persons shortly before one that cannot be read may not be given then.
+// it. Memory is bounded by a few of the largest records beside the two lists. Other threads write
+// cards while this one reads the store and calls the sink. Throws StoreError, and what the sink
+// throws; cards of the persons shortly before one that cannot be read may not be given then.
 ExportReport exportCards(const RecordKeys& persons, const RecordKeys& groups, CardVersion version,
                          const CardSink& sink);
 

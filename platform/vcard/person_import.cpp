@@ -27,10 +27,8 @@ bool saysTheSame(const Card& card, std::string_view written) {
          sameContent(read->properties, card.properties);
 }
 
-std::size_t roughSize(const Card& card) {
-  std::size_t size = card.photo ? card.photo->size() : 0;
-  if (const auto* note = card.properties.text(property_id::kNote)) size += note->size();
-  return size;
+std::size_t sizeOf(const Card& card) {
+  return roughSize(card.properties) + (card.photo ? card.photo->size() : 0);
 }
 
 }  // namespace
@@ -142,7 +140,7 @@ void PersonImport::add(const std::string& file, Card&& card, std::uint64_t finge
 
 void PersonImport::append(Card&& card, std::string_view uid, std::uint64_t fingerprint) {
   ++counted_.added;
-  batchBytes_ += roughSize(card);
+  batchBytes_ += sizeOf(card);
   const auto index = batch_.additions.size();
   if (!uid.empty()) {
     batchByUid_.emplace(uid, index);
@@ -156,7 +154,7 @@ void PersonImport::append(Card&& card, std::string_view uid, std::uint64_t finge
 
 void PersonImport::replace(const Match& match, Card&& card, std::uint64_t fingerprint) {
   ++counted_.updated;
-  batchBytes_ += roughSize(card);
+  batchBytes_ += sizeOf(card);
   if (startedEmpty_) addedHashes_.insert(fingerprint);
   if (match.stored) {
     batchReplaced_.insert(match.key);

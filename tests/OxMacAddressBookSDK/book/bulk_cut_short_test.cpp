@@ -1,37 +1,16 @@
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include "base/failures.hpp"
 #include "base/sqlite/connection.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
+#include "tests/support/no_more_threads.hpp"
 
 namespace ox::test {
 namespace {
 
+using support::NoMoreThreads;
 using support::SourceCounts;
-
-// While it lives no thread can be started: each would get a stack that no address space holds.
-class NoMoreThreads {
- public:
-  NoMoreThreads() {
-    ::pthread_getattr_default_np(&before_);
-    pthread_attr_t attributes;
-    ::pthread_getattr_default_np(&attributes);
-    ::pthread_attr_setstacksize(&attributes, std::size_t{1} << 60);
-    ::pthread_setattr_default_np(&attributes);
-    ::pthread_attr_destroy(&attributes);
-  }
-  NoMoreThreads(const NoMoreThreads&) = delete;
-  NoMoreThreads& operator=(const NoMoreThreads&) = delete;
-  ~NoMoreThreads() {
-    ::pthread_setattr_default_np(&before_);
-    ::pthread_attr_destroy(&before_);
-  }
-
- private:
-  pthread_attr_t before_{};
-};
 
 std::shared_ptr<OxMacAddressBook> bookOf(const std::string& container) {
   return OxMacAddressBook::initWithContainer(containerOf(container, container, 3));

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "base/failures.hpp"
+#include "platform/vcard/exporter.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/support/allocation_limit.hpp"
@@ -39,6 +40,24 @@ TEST(BulkSave, ThatHasNoMemoryForItsDataEndsWithoutAny) {
   EXPECT_EQ(reports, "0 33.33333206176758 66.66666412353516 100 100!");
   EXPECT_EQ(failures::snapshot().failures, 1U);
   EXPECT_EQ(failures::snapshot().lastReason, "a save was cut short: std::bad_alloc");
+}
+
+// One allocation holds the text of all cards that are written at once.
+TEST(Export, OfLargeRecordsTakesTheRoomOfAFew) {
+  for (int i = 0; i < 40; ++i) {
+    StoreBuilder().person("p" + std::to_string(i), {.note = std::string(kLarge, 'n')});
+  }
+  std::size_t bytes = 0;
+  const auto keys = contactSource().records(RecordKind::Person);
+  support::refuseAllocationsFrom(8 * kLarge);
+  const auto report =
+      vcard::exportCards(keys, {}, vcard::CardVersion::V30, [&](std::string_view card) {
+        bytes += card.size();
+        return true;
+      });
+  support::allowAllAllocations();
+  EXPECT_EQ(report.persons, 40U);
+  EXPECT_GT(bytes, 40 * kLarge);
 }
 
 }  // namespace

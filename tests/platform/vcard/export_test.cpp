@@ -10,6 +10,7 @@
 #include "platform/records/property_keys.hpp"
 #include "platform/vcard/exporter.hpp"
 #include "platform/vcard/importer.hpp"
+#include "tests/support/no_more_threads.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -164,6 +165,20 @@ TEST(Export, OnManyThreadsGivesEveryCardInOrder) {
   EXPECT_EQ(report.persons, 500U);
   EXPECT_EQ(report.gone, 1U);
   EXPECT_FALSE(report.stopped);
+}
+
+TEST(Export, WithoutThreadsGivesEveryCardAllTheSame) {
+  const auto keys = buildMany(500, 10);
+  std::vector<std::string> expected;
+  for (const auto& key : keys) expected.push_back(cardOf(key));
+  std::vector<std::string> given;
+  const support::NoMoreThreads none;
+  const auto report = exportCards(keys, {}, CardVersion::V30, [&](std::string_view card) {
+    given.emplace_back(card);
+    return true;
+  });
+  EXPECT_EQ(given, expected);
+  EXPECT_EQ(report.persons, 500U);
 }
 
 TEST(Export, FailsForARecordThatCannotBeRead) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/records/property_keys.hpp"
+#include "tests/support/no_more_threads.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 #include "tests/support/switched_source.hpp"
@@ -74,6 +75,25 @@ TEST(Importer, WritesFiveThousandCardsAtATimeAndAsksTheEmptyStoreNothing) {
   EXPECT_EQ(counts.checkpoint, 1U);
   EXPECT_EQ(lastDone, text.size());
   EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "12500 = 0 + 0 + 12500 + 0 + 0");
+}
+
+TEST(Importer, DoesWithoutThreads) {
+  const support::NoMoreThreads none;
+  const auto file = temporaryFile("many.vcf", manyCards(11000));
+  EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "11000 = 11000 + 0 + 0 + 0 + 0");
+  EXPECT_EQ(contactSource().recordsIn("_local", RecordKind::Person).size(), 11000U);
+}
+
+TEST(Importer, WritesLargeCardsAsSoonAsTheyTakeMuchRoom) {
+  auto& source = SwitchedSource::install();
+  std::string text;
+  for (int i = 0; i < 5; ++i) {
+    const auto kept = "X-LARGE:" + std::string(20'000'000, 'x') + "\r\n";
+    text += cardOf("u" + std::to_string(i), "P").insert(sizeof("BEGIN:VCARD\r\n") - 1, kept);
+  }
+  const auto report = importFiles({temporaryFile("large.vcf", text)}, "_local", {});
+  EXPECT_EQ(countsOf(report), "5 = 5 + 0 + 0 + 0 + 0");
+  EXPECT_EQ(source.counts().execute, 2U) << "four of them reach 64 MiB";
 }
 
 // Cards are read ahead on another thread.
