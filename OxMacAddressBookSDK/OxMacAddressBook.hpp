@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -218,8 +217,6 @@ class OxMacAddressBook final : public OxAddressBook,
   // what that cannot carry.
   Data collectedData();
 
-  // Reports of loads whose callback threw: failures, but none that cost the load a record.
-  std::atomic<std::uint64_t> failedReports_ = 0;
   std::mutex callbacks_;  // guards the two below; not held while one of them runs
   ProgressCallback _loadProgressBlock;
   SaveCallback _progressBlock;

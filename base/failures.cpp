@@ -16,6 +16,8 @@ struct Counter {
   }
 };
 
+thread_local std::uint64_t failuresOfThread = 0;
+
 }  // namespace
 
 void countRefusal(std::string reason) {
@@ -26,6 +28,7 @@ void countRefusal(std::string reason) {
 }
 
 void countFailure(std::string reason) {
+  ++failuresOfThread;
   auto& counter = Counter::shared();
   const std::lock_guard lock(counter.mutex);
   ++counter.counts.failures;
@@ -36,6 +39,16 @@ std::uint64_t failureCount() {
   auto& counter = Counter::shared();
   const std::lock_guard lock(counter.mutex);
   return counter.counts.failures;
+}
+
+std::uint64_t failureCountOfThread() {
+  return failuresOfThread;
+}
+
+Aside::Aside() : before_(failuresOfThread) {}
+
+Aside::~Aside() {
+  failuresOfThread = before_;
 }
 
 Snapshot snapshot() {

@@ -22,5 +22,21 @@ void countFailure(std::string reason);
 Snapshot snapshot();
 // The number of failures alone: what was read while it rose may be empty for no reason of its own.
 std::uint64_t failureCount();
+// Those that this thread counted, outside of every Aside: for work that is done on one thread, and
+// must not be taken for failed because of what others do meanwhile.
+std::uint64_t failureCountOfThread();
+
+// While it lives, what its thread counts is left out of failureCountOfThread(): for callbacks,
+// whose failures are not those of the work.
+class Aside {
+ public:
+  Aside();
+  Aside(const Aside&) = delete;
+  Aside& operator=(const Aside&) = delete;
+  ~Aside();
+
+ private:
+  std::uint64_t before_;
+};
 
 }  // namespace ox::failures

@@ -38,7 +38,8 @@ void OxMacAddressBook::loadWithData_progressBlock(const Data& data,
 }
 
 void OxMacAddressBook::reportLoad(double value, bool finished) {
-  const bool reported = contained("a load's progress callback threw", [&] {
+  const failures::Aside aside;
+  contained("a load's progress callback threw", [&] {
     ProgressCallback callback;
     {
       const std::lock_guard lock(callbacks_);
@@ -46,7 +47,6 @@ void OxMacAddressBook::reportLoad(double value, bool finished) {
     }
     progress::report(callback, value, finished);
   });
-  if (!reported) ++failedReports_;
 }
 
 // Whoever waits for the last report must get it, whatever happens on the way.
@@ -65,16 +65,19 @@ void OxMacAddressBook::loadThreed(const Data& data) {
 }
 
 bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general) {
-  const auto failed = [&] { return failures::failureCount() - failedReports_; };
-  const auto failedBefore = failed();
-  const bool ended = contained(
-      "a load was cut short, the old records are kept and empty new ones stand beside them", [&] {
-        clearAddressBook();
-        addGroupAndPersonByGeneralAddressBook(general);
-        adjustGroupAndPersonRelatedByGeneralAddressBook(general);
-      });
-  // What could not be made or read was counted and left out: the old records must not go for it.
-  if (ended && failed() == failedBefore) return true;
+  constexpr const char* kCutShort =
+      "a load was cut short, the old records are kept and empty new ones stand beside them";
+  const auto failedBefore = failures::failureCountOfThread();
+  const bool ended = contained(kCutShort, [&] {
+    clearAddressBook();
+    addGroupAndPersonByGeneralAddressBook(general);
+    adjustGroupAndPersonRelatedByGeneralAddressBook(general);
+  });
+  if (ended) {
+    if (failures::failureCountOfThread() == failedBefore) return true;
+    // What could not be made or read was left out: the old records must not go for it.
+    countThrown(kCutShort, "not every new one could be made");
+  }
   // Removals that stayed unsaved would reach the store with the next save of whatever book.
   contained("what a load left unsaved could not be reverted", [&] { abAddressBook()->revert(); });
   // To be filled anew: the old persons are back, and of the new ones some may be missing in it.

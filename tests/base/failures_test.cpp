@@ -31,5 +31,21 @@ TEST(Failures, LoseNoCountAcrossThreads) {
   EXPECT_EQ(snapshot().refusals, 4000U);
 }
 
+TEST(Failures, OfAThreadAreItsOwnWithoutThoseThatArePutAside) {
+  countFailure("a");
+  std::thread([] {
+    countFailure("b");
+    EXPECT_EQ(failureCountOfThread(), 1U);
+  }).join();
+  {
+    const Aside aside;
+    countFailure("c");
+    countRefusal("d");
+  }
+  countFailure("e");
+  EXPECT_EQ(failureCountOfThread(), 2U);
+  EXPECT_EQ(snapshot(), (Snapshot{1, 4, "e"}));
+}
+
 }  // namespace
 }  // namespace ox::failures

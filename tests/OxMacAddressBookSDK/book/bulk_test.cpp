@@ -221,5 +221,20 @@ TEST(BulkLoad, GoesOnWhenItsCallbackThrows) {
   book->loadThreed(data);  // and none at all
 }
 
+TEST(BulkLoad, IsWholeWhateverElseFailsMeanwhile) {
+  StoreBuilder().persons("p", 5);
+  const auto book = bookNamed("_local");
+  const auto data = savedData(book);
+  Reports run;
+  book->loadWithData_progressBlock(data, [report = run.loadCallback()](double value, bool done) {
+    OxAddressBookGeneral::addressBookWithData(makeData("no book"));
+    std::thread([] { failures::countFailure("of somebody else"); }).join();
+    report(value, done);
+  });
+  EXPECT_EQ(run.wait(), "0 10 20 30 40 50 50 100 100 100!");
+  EXPECT_EQ(failures::snapshot().failures, 20U) << "two a report";
+  EXPECT_EQ(listsNames.run({"_local"}).output, "p0 p1 p2 p3 p4 ");
+}
+
 }  // namespace
 }  // namespace ox::test
