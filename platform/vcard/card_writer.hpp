@@ -2,7 +2,7 @@
 
 #include <array>
 #include <cstddef>
-#include <forward_list>
+#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -101,7 +101,7 @@ class CardWriter {
   KeptTexts kept_;
 
   std::array<const PropertyValue*, property_id::kOtherDates + 1> values_{};
-  std::forward_list<std::string> cleaned_;  // texts that had to be changed, borrowed while it lives
+  std::map<PropertyId, std::string> cleaned_;  // texts that had to be changed
   std::vector<PropertyId> inexact_;
   std::vector<std::string> entryParameters_;  // kept ones of entries, for lines of their own
   // A kept group whose entries are written, and what its X-ABLabel says of them.

@@ -24,7 +24,7 @@ std::string_view CardWriter::textOf(PropertyId property) {
   const CardText clean(*text);
   if (!clean.isChanged()) return *text;
   notExact(property);
-  return cleaned_.emplace_front(clean.view());
+  return cleaned_.try_emplace(property, clean.view()).first->second;
 }
 
 void CardWriter::ownParameters(PropertyId property) {
