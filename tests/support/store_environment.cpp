@@ -23,7 +23,9 @@ StoreEnvironment& StoreEnvironment::instance() {
 }
 
 void StoreEnvironment::setUp() {
-  auto pattern = (std::filesystem::temp_directory_path() / "ox-test-XXXXXX").string();
+  auto pattern =
+      (std::filesystem::canonical(std::filesystem::temp_directory_path()) / "ox-test-XXXXXX")
+          .string();
   if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
   folder_ = pattern;
   for (const auto* name : {"home", "data"}) std::filesystem::create_directory(folder_ / name);
