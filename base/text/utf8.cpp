@@ -42,20 +42,6 @@ std::uint64_t topBits(const char* bytes) {
   return word & 0x8080808080808080U;
 }
 
-// Most texts are, and short.
-bool isAscii(std::string_view text) {
-  constexpr std::size_t kWord = sizeof(std::uint64_t);
-  std::uint64_t found = 0;
-  if (text.size() < kWord) {
-    for (std::size_t at = 0; at < text.size(); ++at) found |= byteAt(text, at) & 0x80U;
-    return found == 0;
-  }
-  for (std::size_t at = 0; at + kWord <= text.size(); at += kWord) {
-    found |= topBits(text.data() + at);
-  }
-  return (found | topBits(text.data() + text.size() - kWord)) == 0;
-}
-
 // The end of the run of ASCII that starts at `at`.
 std::size_t afterAscii(std::string_view text, std::size_t at) {
   while (text.size() - at >= sizeof(std::uint64_t) && topBits(text.data() + at) == 0) {
@@ -110,6 +96,19 @@ std::size_t validPrefix(std::string_view text) {
 }
 
 }  // namespace
+
+bool isAscii(std::string_view text) {
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  std::uint64_t found = 0;
+  if (text.size() < kWord) {
+    for (std::size_t at = 0; at < text.size(); ++at) found |= byteAt(text, at) & 0x80U;
+    return found == 0;
+  }
+  for (std::size_t at = 0; at + kWord <= text.size(); at += kWord) {
+    found |= topBits(text.data() + at);
+  }
+  return (found | topBits(text.data() + text.size() - kWord)) == 0;
+}
 
 bool isValidUtf8(std::string_view text) {
   return isAscii(text) || validPrefix(text) == text.size();

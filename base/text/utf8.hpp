@@ -5,6 +5,9 @@
 
 namespace ox {
 
+// True when no byte is above 7F; the empty text is.
+bool isAscii(std::string_view text);
+
 // True when the bytes are well-formed UTF-8 (Unicode, table 3-7): no overlong forms, no surrogates,
 // nothing above U+10FFFF. NUL is a character like any other; the empty text is valid.
 bool isValidUtf8(std::string_view text);

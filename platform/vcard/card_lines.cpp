@@ -13,10 +13,6 @@ namespace {
 
 constexpr auto npos = std::string_view::npos;
 
-bool isAscii(std::string_view text) {
-  return std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
-}
-
 // Charsets in which bytes below 80 may stand for something else than ASCII.
 bool isShifting(std::string_view charset) {
   return startsWithWord(charset, "ISO-2022") || startsWithWord(charset, "HZ") ||

@@ -47,7 +47,7 @@ SixteenBytes controlsOf(const SixteenBytes& bytes) {
   return bytes.below(0x20) | bytes.equalTo(0x7F);
 }
 
-// True for characters without any trait.
+// True for characters that are neither controls nor escaped.
 bool areOrdinary(const SixteenBytes& bytes) {
   const auto escaped = bytes.equalTo(',') | bytes.equalTo(';') | bytes.equalTo('\\');
   return (controlsOf(bytes) | escaped).isZero();

@@ -24,7 +24,7 @@ class SixteenBytes {
       std::memcpy(&bytes_, text.data(), kCount);
     } else {
       bytes_ = Bytes{} + static_cast<unsigned char>(' ');
-      std::memcpy(&bytes_, text.data(), text.size());
+      if (!text.empty()) std::memcpy(&bytes_, text.data(), text.size());
     }
   }
 
