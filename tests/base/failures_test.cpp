@@ -16,9 +16,9 @@ TEST(Failures, AreCountedByKindWithTheLastReason) {
 }
 
 TEST(Failures, LoseNoCountAcrossThreads) {
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < 4; ++thread) {
-    threads.emplace_back([] {
+  std::vector<std::thread> threads(4);
+  for (auto& thread : threads) {
+    thread = std::thread([] {
       for (int i = 0; i < 1000; ++i) {
         countFailure("a");
         countRefusal("b");

@@ -88,7 +88,9 @@ TEST(Importer, WritesLargeCardsAsSoonAsTheyTakeMuchRoom) {
   auto& source = SwitchedSource::install();
   std::string text;
   for (int i = 0; i < 5; ++i) {
-    const auto kept = "X-LARGE:" + std::string(20'000'000, 'x') + "\r\n";
+    std::string kept = "X-LARGE:";
+    kept.resize(20'000'000, 'x');
+    kept += "\r\n";
     text += cardOf("u" + std::to_string(i), "P").insert(sizeof("BEGIN:VCARD\r\n") - 1, kept);
   }
   const auto report = importFiles({temporaryFile("large.vcf", text)}, "_local", {});
