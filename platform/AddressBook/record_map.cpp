@@ -10,7 +10,9 @@ namespace {
 
 // Open addressing over plain pointers to the records: a million of them cost 16 MB. A record leaves
 // the table in its destructor, so every pointer in it is good while the lock is held, even when the
-// record's last owner has just gone.
+// record's last owner has just gone. For the same reason nobody may let go of a record with the
+// lock held, however briefly it was owned: it may be the last owner by then, and the destructor
+// would wait for the lock for ever.
 class Table {
  public:
   std::mutex& mutex() { return mutex_; }
@@ -18,18 +20,17 @@ class Table {
   // The live object, or null. Call with the lock held.
   std::shared_ptr<ABRecord> find(const RecordKey& key) {
     if (slots_.empty()) return nullptr;
-    const auto* record = slots_[slotOf(key)];
-    return record != nullptr ? std::const_pointer_cast<ABRecord>(record->weak_from_this().lock())
-                             : nullptr;
+    auto* record = slots_[slotOf(key)];
+    // Of a record that is not const: a weak pointer to a const one is made by way of an owner.
+    return record != nullptr ? record->weak_from_this().lock() : nullptr;
   }
 
-  // Must come before put, and before the record is made: a record that died with the lock held
-  // would wait for it for ever.
+  // Must come before put, which therefore cannot fail.
   void makeRoom() {
     if ((used_ + 1) * 4 > slots_.size() * 3) grow();
   }
 
-  void put(const ABRecord& record) {
+  void put(ABRecord& record) {
     auto& slot = slots_[slotOf(record.key())];
     if (slot == nullptr) ++used_;
     slot = &record;
@@ -61,15 +62,15 @@ class Table {
   }
 
   void grow() {
-    auto old = std::exchange(
-        slots_, std::vector<const ABRecord*>(std::max<std::size_t>(64, slots_.size() * 2)));
-    for (const auto* record : old) {
+    auto old =
+        std::exchange(slots_, std::vector<ABRecord*>(std::max<std::size_t>(64, slots_.size() * 2)));
+    for (auto* record : old) {
       if (record != nullptr) slots_[slotOf(record->key())] = record;
     }
   }
 
   std::mutex mutex_;
-  std::vector<const ABRecord*> slots_;
+  std::vector<ABRecord*> slots_;
   std::size_t used_ = 0;
 };
 
@@ -79,21 +80,27 @@ Table& table() {
 }
 
 template <typename Record, typename Make>
+std::shared_ptr<Record> recordOf(const RecordKey& key, Make make) {
+  std::shared_ptr<ABRecord> found;  // let go of when the lock is open again
+  std::shared_ptr<Record> record;
+  const std::lock_guard lock(table().mutex());
+  found = table().find(key);
+  // An identifier may have come back as a record of the other kind while somebody still holds the
+  // removed one.
+  record = std::dynamic_pointer_cast<Record>(std::move(found));
+  if (!record) {
+    table().makeRoom();
+    record = make(key);
+    table().put(*record);
+  }
+  return record;
+}
+
+template <typename Record, typename Make>
 std::vector<std::shared_ptr<Record>> recordsOf(const RecordKeys& keys, Make make) {
   std::vector<std::shared_ptr<Record>> records;
   records.reserve(keys.size());
-  const std::lock_guard lock(table().mutex());
-  for (const auto& key : keys) {
-    // An identifier may have come back as a record of the other kind while somebody still holds the
-    // removed one.
-    auto record = std::dynamic_pointer_cast<Record>(table().find(key));
-    if (!record) {
-      table().makeRoom();
-      record = make(key);
-      table().put(*record);
-    }
-    records.push_back(std::move(record));
-  }
+  for (const auto& key : keys) records.push_back(recordOf<Record>(key, make));
   return records;
 }
 
@@ -108,11 +115,11 @@ std::vector<std::shared_ptr<ABGroup>> groups(const RecordKeys& keys) {
 }
 
 std::shared_ptr<ABPerson> person(const RecordKey& key) {
-  return persons({key}).front();
+  return recordOf<ABPerson>(key, makePersonRecord);
 }
 
 std::shared_ptr<ABGroup> group(const RecordKey& key) {
-  return groups({key}).front();
+  return recordOf<ABGroup>(key, makeGroupRecord);
 }
 
 void forget(const ABRecord& record) {

@@ -16,7 +16,7 @@ namespace ox::record_map {
 std::shared_ptr<ABPerson> person(const RecordKey& key);
 std::shared_ptr<ABGroup> group(const RecordKey& key);
 
-// The same for a whole list, under one lock.
+// The same for a whole list.
 std::vector<std::shared_ptr<ABPerson>> persons(const RecordKeys& keys);
 std::vector<std::shared_ptr<ABGroup>> groups(const RecordKeys& keys);
 

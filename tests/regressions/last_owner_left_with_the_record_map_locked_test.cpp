@@ -1,0 +1,38 @@
+// A look-up of a record's object held it for a moment with the identity map locked. When everybody
+// else let go of it in that moment, its destructor waited for that same lock: the process stood
+// still for ever.
+#include <gtest/gtest.h>
+#include <thread>
+
+#include "platform/AddressBook/record_map.hpp"
+
+namespace ox {
+namespace {
+
+constexpr int kRounds = 200'000;
+
+TEST(RecordObject, IsAskedForWhileItsLastOwnerLetsGo) {
+  const auto key = RecordKey::of("g:ABGroup");
+  const auto askAndLetGo = [&] {
+    for (int i = 0; i < kRounds; ++i) record_map::group(key);
+  };
+  std::thread other(askAndLetGo);
+  askAndLetGo();
+  other.join();
+  const auto held = record_map::group(key);
+  EXPECT_EQ(record_map::group(key), held);
+}
+
+TEST(RecordObject, OfTheOtherKindIsAskedForWhileItsLastOwnerLetsGo) {
+  const auto key = RecordKey::of("back as a person");
+  std::thread other([&] {
+    for (int i = 0; i < kRounds; ++i) record_map::group(key);
+  });
+  for (int i = 0; i < kRounds; ++i) record_map::person(key);
+  other.join();
+  const auto held = record_map::person(key);
+  EXPECT_EQ(record_map::person(key), held);
+}
+
+}  // namespace
+}  // namespace ox
