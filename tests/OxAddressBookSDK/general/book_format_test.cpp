@@ -271,6 +271,9 @@ TEST(BookFormat, RefusesPicturesThatAreNotWhatTheyClaim) {
   const Image flat{64, 64, std::vector<std::uint8_t>(64 * 64 * 4, 9)};
   const auto packed = packedPixels(flat);
   EXPECT_LT(packed.size(), 100U);
+  // Large enough to be looked at through a window.
+  const Image broad{1025, 1024, std::vector<std::uint8_t>(std::size_t{1025} * 1024 * 4, 9)};
+  const auto large = packedPixels(broad);
   struct Row {
     std::string packed;
     std::uint32_t width;
@@ -288,6 +291,12 @@ TEST(BookFormat, RefusesPicturesThatAreNotWhatTheyClaim) {
       {packed + "x", 64, 64, false},
       {packed.substr(0, packed.size() - 1), 64, 64, false},
       {packed.substr(0, packed.size() - 1) + "x", 64, 64, false},
+      {large, 1025, 1024, true},
+      {large, 1025, 1023, false},
+      {large, 1025, 1025, false},
+      {large + "x", 1025, 1024, false},
+      {large.substr(0, large.size() - 1), 1025, 1024, false},
+      {large.substr(0, large.size() - 1) + "x", 1025, 1024, false},
       {"", 0, 0, false},
       {packedPixels(Image{}), 0, 0, true},
       {packedPixels(Image{}), 9, 0, true},
@@ -299,6 +308,7 @@ TEST(BookFormat, RefusesPicturesThatAreNotWhatTheyClaim) {
     EXPECT_EQ(read(fileWithJson(imageJson(width, height, bytes))) != nullptr, fits) << i;
   }
   EXPECT_EQ(*imageOfPackedPixels(packed, 64, 64), flat);
+  EXPECT_EQ(*imageOfPackedPixels(large, 1025, 1024), broad);
   EXPECT_FALSE(read(fileWithJson(R"({"kind":"image","width":-1,"height":1,"pixels":")" +
                                  base64(packed) + "\"}")));
 }
