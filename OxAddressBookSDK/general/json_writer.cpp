@@ -1,16 +1,22 @@
 #include "OxAddressBookSDK/general/json_writer.hpp"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 
+#include "base/text/sixteen_bytes.hpp"
 #include "base/text/utf8.hpp"
 
 namespace ox {
 namespace {
 
-bool needsEscape(char character) {
-  return static_cast<unsigned char>(character) < 0x20 || character == '"' || character == '\\';
+// How much of the text stands before the first character that must be escaped.
+std::size_t plainPrefix(std::string_view text) {
+  for (std::size_t at = 0; at < text.size(); at += SixteenBytes::kCount) {
+    const SixteenBytes bytes(text.substr(at));
+    const auto escaped = bytes.below(' ') | bytes.equalTo('"') | bytes.equalTo('\\');
+    if (!escaped.isZero()) return at + escaped.firstSet();
+  }
+  return text.size();
 }
 
 void appendEscaped(std::string& out, char character) {
@@ -86,8 +92,7 @@ void JsonWriter::text(std::string_view text) {
 void JsonWriter::quote(std::string_view text) {
   out_ += '"';
   while (true) {
-    const auto plain = static_cast<std::size_t>(
-        std::find_if(text.begin(), text.end(), needsEscape) - text.begin());
+    const auto plain = plainPrefix(text);
     out_ += text.substr(0, plain);
     if (plain == text.size()) break;
     appendEscaped(out_, text[plain]);

@@ -6,10 +6,10 @@
 #include <cstring>
 #include <utility>
 
+#include "base/text/sixteen_bytes.hpp"
 #include "base/text/utf8.hpp"
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/markers.hpp"
-#include "platform/vcard/sixteen_bytes.hpp"
 
 namespace ox::vcard {
 namespace {

@@ -5,8 +5,8 @@
 #include <charconv>
 #include <cstdint>
 
+#include "base/text/sixteen_bytes.hpp"
 #include "platform/vcard/ascii.hpp"
-#include "platform/vcard/sixteen_bytes.hpp"
 #include "platform/vcard/uri.hpp"
 
 namespace ox::vcard {

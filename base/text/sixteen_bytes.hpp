@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace ox::vcard {
+namespace ox {
 
 // Sixteen bytes of text side by side, for what is asked of every byte of a file: g++ and clang make
 // one instruction of each operation where the processor has it.
@@ -66,4 +66,4 @@ class SixteenBytes {
   Bytes bytes_{};
 };
 
-}  // namespace ox::vcard
+}  // namespace ox
