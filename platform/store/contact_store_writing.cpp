@@ -311,13 +311,16 @@ void ContactStore::writeCustomProperties(const PropertyBag& properties) {
 void ContactStore::checkpoint() {
   guarded([&] {
     auto& file = database();
-    // A reader may keep the checkpoint from finishing; the write-ahead log is synced all the same,
-    // and with it everything committed so far.
-    file.execute("PRAGMA synchronous=FULL");
-    durable_ = true;
-    file.queryInteger("PRAGMA wal_checkpoint(TRUNCATE)");
     syncWriteAheadLog(file);
     unsynced_ = false;
+    file.execute("PRAGMA synchronous=FULL");
+    durable_ = true;
+    try {
+      file.queryInteger("PRAGMA wal_checkpoint(TRUNCATE)");
+    } catch (const sqlite::Error&) {
+      // No room, or a reader in the way: it stays in the log, where it is as safe. SQLite tries
+      // again by itself.
+    }
   });
 }
 

@@ -64,7 +64,6 @@ class Import {
     } else {
       groups_.commit();
     }
-    contactSource().checkpoint();
   }
 
   bool isStopped() const { return options_.stop != nullptr && options_.stop->load(); }
@@ -125,6 +124,26 @@ std::uint64_t lookAt(const std::vector<std::string>& paths, ImportReport& report
   return allKnown ? total : 0;
 }
 
+void fail(ImportReport& report, const std::exception& error) {
+  report.failure = error.what();
+  if (const auto* failure = dynamic_cast<const StoreError*>(&error)) {
+    report.failureKind = failure->kind();
+  }
+}
+
+// What is counted must survive a power cut, also when nothing more could be done.
+void makeDurable(ImportReport& report) {
+  const bool wrote = report.added + report.updated + report.groups > 0;
+  if (!wrote && !report.failure.empty()) return;
+  try {
+    contactSource().checkpoint();
+  } catch (const std::exception& error) {
+    if (report.failure.empty()) return fail(report, error);
+    report.failure += "; what was committed may not survive a power cut: ";
+    report.failure += error.what();
+  }
+}
+
 }  // namespace
 
 void ImportReport::addProblem(const std::string& file, std::size_t line, std::string reason) {
@@ -161,12 +180,10 @@ ImportReport importFiles(const std::vector<std::string>& paths, const std::strin
       }
     }
     import.finish();
-  } catch (const StoreError& error) {
-    report.failure = error.what();
-    report.failureKind = error.kind();
   } catch (const std::exception& error) {
-    report.failure = error.what();
+    fail(report, error);
   }
+  makeDurable(report);
   return report;
 }
 

@@ -46,12 +46,19 @@ TEST(FullDisk, AtAnyWriteOfAnImportLeavesWhatItCounted) {
   FaultyDisk::shared();
   support::StoreBuilder().person("there", {.first = "Ann"});
   int made = 0;
+  int told = 0;
   const int met = forEachTrouble(Points::Each, [&](const Trouble& trouble) {
     const auto path = support::temporaryFile("cards.vcf", cards(made++)).string();
     vcard::ImportReport report;
     const auto import = [&] { report = vcard::importFiles({path}, "_local", {}); };
     const bool struck = trouble.during(import);
-    EXPECT_EQ(report.failure.starts_with(storePath()), struck) << report.failure;
+    if (report.failure.empty()) {
+      // Met, if at all, when the write-ahead log was to be emptied, which can wait.
+      EXPECT_EQ(report.added + report.skipped, kPersons);
+    } else {
+      EXPECT_TRUE(struck && report.failure.starts_with(storePath())) << report.failure;
+      ++told;
+    }
     EXPECT_EQ(count(RecordKind::Person), 1 + report.added);
     EXPECT_EQ(count(RecordKind::Group), report.groups);
     EXPECT_EQ(committedState(storePath()), stateOf(contactSource()));
@@ -69,6 +76,7 @@ TEST(FullDisk, AtAnyWriteOfAnImportLeavesWhatItCounted) {
     return struck;
   });
   EXPECT_GT(met, 90);
+  EXPECT_GT(told, 40);
 }
 
 std::string nameOf(const ABRecord& record, std::string_view property) {

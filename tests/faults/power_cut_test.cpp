@@ -242,6 +242,23 @@ TEST(PowerCut, AfterASaveThatHadNothingLeftToWriteKeepsTheCreations) {
   EXPECT_EQ(stateAfterCutNow("contacts.db"), state);
 }
 
+// What an import had committed before it failed was counted, but never waited for.
+TEST(PowerCut, AfterAnImportThatFailedKeepsWhatItCounted) {
+  auto& disk = FaultyDisk::shared();
+  disk.record(support::StoreEnvironment::instance().folder().string());
+  const auto first = support::temporaryFile("first.vcf", card("one", "")).string();
+  const auto second = support::temporaryFile("second.vcf", card("two", "")).string();
+  vcard::ImportOptions options;
+  options.progress = [&](auto, auto) { disk.failAt(1, Fault::Full); };
+  const auto report = vcard::importFiles({first, second}, "_local", options);
+  EXPECT_TRUE(disk.mend());
+  EXPECT_EQ(report.failure, storePath() + ": database or disk is full");
+  EXPECT_EQ(report.added, 1U);
+  const auto state = committedState(storePath());
+  EXPECT_NE(state.find(":ABPerson"), std::string::npos);
+  EXPECT_EQ(stateAfterCutNow("contacts.db"), state);
+}
+
 // The file was synced, and its name, but not the names of the folders made for it.
 TEST(PowerCut, AfterAStoreWasMadeKeepsItsNewFolders) {
   auto& disk = FaultyDisk::shared();
