@@ -118,8 +118,8 @@ void ContactStore::readRecordsAfter(std::int64_t row) {
   const sqlite::StatementScope scope(rows);
   rows.bind(1, row);
   while (rows.step()) {
-    seenRow_ = rows.integer(0);
     index_.append(entryOfRow(rows));
+    seenRow_ = rows.integer(0);
   }
 }
 
@@ -210,13 +210,24 @@ std::shared_ptr<const PropertyBag> ContactStore::values(const RecordKey& key) {
   const auto* cached = values_.find(key);
   auto values = cached != nullptr ? *cached : nullptr;
   if (!values) {
-    const auto entry = find(key);
+    auto entry = find(key);
     if (!entry) return nullptr;
     // Whoever walks the records in their order is given a few at a time.
     const bool walks =
         indexLoaded_ && entry->row > lastMissedRow_ && entry->row <= lastMissedRow_ + kRowsAhead;
     lastMissedRow_ = entry->row;
     values = guarded([&] { return readValues(*entry, walks ? kRowsAhead : 1); });
+    while (!values) {
+      // Another process may have removed it since the last look, and even made it again.
+      const auto row = entry->row;
+      refresh(Look::Now);
+      entry = find(key);
+      if (!entry) return nullptr;
+      if (entry->row == row) {
+        throw DamagedRecord(path_ + ": " + key.text() + ": its stored values are missing");
+      }
+      values = guarded([&] { return readValues(*entry, 1); });
+    }
   }
   lastKey_ = key;
   lastValues_ = values;
@@ -224,15 +235,13 @@ std::shared_ptr<const PropertyBag> ContactStore::values(const RecordKey& key) {
 }
 
 // The record's own values, which the cache may have let go of again, and up to `count` - 1 records
-// behind it for the cache.
+// behind it for the cache. Null when that row has none.
 std::shared_ptr<const PropertyBag> ContactStore::readValues(const Entry& entry,
                                                             std::int64_t count) {
   auto& rows = statement(Sql::ContentFrom);
   const sqlite::StatementScope scope(rows);
   rows.bind(1, entry.row).bind(2, count);
-  if (!rows.step() || rows.integer(0) != entry.row) {
-    throw DamagedRecord(path_ + ": " + entry.key.text() + ": its stored values are missing");
-  }
+  if (!rows.step() || rows.integer(0) != entry.row) return nullptr;
   std::size_t bytesRead = rows.blob(2).size();
   auto values = std::make_shared<const PropertyBag>(decodeNaming(entry.key, rows.blob(2)));
   values_.put(entry.key, values, kDecodedFactor * bytesRead);
