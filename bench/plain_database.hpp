@@ -14,9 +14,10 @@ class Database {
  public:
   explicit Database(const std::string& path) {
     check(sqlite3_open(path.c_str(), &handle_));
+    run("PRAGMA page_size=2048");
     run("PRAGMA journal_mode=WAL");
     run("PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-65536;"
-        "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=16000");
+        "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=32768");
   }
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;

@@ -20,6 +20,10 @@ namespace ox {
 namespace {
 
 constexpr int kBusyMilliseconds = 10'000;
+// Of a new store. A commit of one new person writes five pages: of half SQLite's usual size they
+// cost a fifth less, and reading costs no more.
+constexpr int kPageBytes = 2048;
+constexpr std::int64_t kLogBytesBetweenCheckpoints = std::int64_t{64} << 20U;
 
 // record: uid holds the 16 bytes of our own identifiers (see RecordKey), any other identifier as
 // text. Row numbers come from the counter and are never used again, so a row number tells what is
@@ -129,11 +133,13 @@ sqlite::Connection openMigrated(const std::string& path) {
   sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
   database.setBusyTimeout(kBusyMilliseconds);
   versionOf(database, path);
+  database.execute(("PRAGMA page_size=" + std::to_string(kPageBytes)).c_str());
   database.execute("PRAGMA journal_mode=WAL");
+  const auto pages = kLogBytesBetweenCheckpoints / database.queryInteger("PRAGMA page_size");
+  database.execute(("PRAGMA wal_autocheckpoint=" + std::to_string(pages)).c_str());
   database.execute(
       "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-65536;"
-      "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=16000;"
-      "PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON;"
+      "PRAGMA temp_store=MEMORY; PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON;"
       "PRAGMA journal_size_limit=67108864");
   migrate(database, path);
   return database;
