@@ -208,6 +208,9 @@ class OxMacAddressBook final : public OxAddressBook,
 
  private:
   ImagePtr artwork(std::string_view ending) const;
+  // Asks the store for the persons of the container, stamps them with this book's ID and puts them
+  // into the cache; the result is what the store gave. For books with container only.
+  std::vector<std::shared_ptr<_ABPerson>> fillCache();
   // To the callback of the latest request; what it throws ends that report only.
   void reportLoad(double value, bool finished = false);
   // The unsaved part of a load; false, and nothing of it is left unsaved, when it was cut short.

@@ -89,10 +89,13 @@ void OxMacAddressBook::clearAddressBook() {
   if (_allPersonArray) _allPersonArray->clear();
   const auto records = abAddressBook();
   for (const auto& group : allGroups()) records->removeRecord(group);
-  // The cache is empty, so this fetches the persons anew, and leaves them in it.
-  const auto persons = allPersons();
-  if (!persons) return;
-  for (const auto& person : persons->snapshot()) records->removeRecord(person);
+  if (_container) {
+    // What the store gives, not what the cache holds: where another thread has put a person into it
+    // meanwhile, all others would stay.
+    for (const auto& person : fillCache()) records->removeRecord(person);
+  } else if (const auto persons = allPersons()) {
+    for (const auto& person : persons->snapshot()) records->removeRecord(person);
+  }
 }
 
 void OxMacAddressBook::addGroupAndPersonByGeneralAddressBook(

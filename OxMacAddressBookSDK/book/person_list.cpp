@@ -32,9 +32,30 @@ void PersonList::append(const std::vector<Person>& persons) {
   persons_.insert(persons_.end(), persons.begin(), persons.end());
 }
 
-void PersonList::fillIfEmpty(std::vector<Person> persons) {
+std::uint64_t PersonList::epoch() const {
   const std::lock_guard lock(mutex_);
-  if (persons_.empty()) persons_ = std::move(persons);
+  return epoch_;
+}
+
+void PersonList::fill(const std::vector<Person>& persons, std::uint64_t epoch) {
+  std::vector<Person> all;
+  all.reserve(persons.size());
+  const std::lock_guard lock(mutex_);
+  if (epoch_ != epoch) return;
+  std::unordered_set<const void*> present;
+  for (const auto& person : persons_) present.insert(person.get());
+  for (const auto& person : persons) {
+    if (!present.contains(person.get())) all.push_back(person);
+  }
+  all.insert(all.end(), persons_.begin(), persons_.end());
+  persons_.swap(all);
+  ++epoch_;
+}
+
+void PersonList::appendNew(const Person& person, std::uint64_t epoch) {
+  const std::lock_guard lock(mutex_);
+  const bool found = epoch_ != epoch && std::ranges::find(persons_, person) != persons_.end();
+  if (!found) persons_.push_back(person);
 }
 
 void PersonList::removeAll(const std::vector<Person>& persons) {
@@ -53,6 +74,7 @@ void PersonList::clear() {
   std::vector<Person> released;  // persons are let go of outside the lock
   const std::lock_guard lock(mutex_);
   released.swap(persons_);
+  ++epoch_;
 }
 
 }  // namespace ox

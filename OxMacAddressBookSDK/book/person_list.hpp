@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -22,8 +23,13 @@ class PersonList {
 
   void append(Person person);
   void append(const std::vector<Person>& persons);
-  // Appends unless another thread has filled the list meanwhile.
-  void fillIfEmpty(std::vector<Person> persons);
+  // Rises whenever the list is filled or emptied: what was fetched under an older number is stale.
+  std::uint64_t epoch() const;
+  // Puts those that are not in it yet before the persons that came during the fetch; nothing when
+  // the list was filled or emptied since that epoch.
+  void fill(const std::vector<Person>& persons, std::uint64_t epoch);
+  // Appends a person that was made since that epoch, unless a fill has found it already.
+  void appendNew(const Person& person, std::uint64_t epoch);
   // All of them in one step; those that are not in the list are left out.
   void removeAll(const std::vector<Person>& persons);
   void clear();
@@ -31,6 +37,7 @@ class PersonList {
  private:
   mutable std::mutex mutex_;
   std::vector<Person> persons_;
+  std::uint64_t epoch_ = 0;
 };
 
 }  // namespace ox

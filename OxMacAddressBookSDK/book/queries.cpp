@@ -8,6 +8,13 @@ namespace ox {
 std::shared_ptr<PersonList> OxMacAddressBook::allPersons() {
   if (_allPersonArray && _allPersonArray->size() > 0) return _allPersonArray;
   if (!_container) return allPersons2();
+  // Once, unless another thread empties the cache before the persons are in it.
+  while (!fillCache().empty() && _allPersonArray->size() == 0) continue;
+  return _allPersonArray;
+}
+
+std::vector<PersonList::Person> OxMacAddressBook::fillCache() {
+  const auto epoch = _allPersonArray->epoch();
   const auto records = abAddressBook();
   std::vector<PersonList::Person> persons;
   for (const auto& contact : contactsIn(*CNContactStore::init(), *_container)) {
@@ -16,8 +23,8 @@ std::shared_ptr<PersonList> OxMacAddressBook::allPersons() {
     person->setAddressID(_xxID);
     persons.push_back(std::move(person));
   }
-  _allPersonArray->fillIfEmpty(std::move(persons));
-  return _allPersonArray;
+  _allPersonArray->fill(persons, epoch);
+  return persons;
 }
 
 std::shared_ptr<PersonList> OxMacAddressBook::allPersons2() {

@@ -5,6 +5,7 @@
 namespace ox {
 
 std::shared_ptr<_ABPerson> OxMacAddressBook::newPerson() {
+  const auto epoch = _allPersonArray ? _allPersonArray->epoch() : 0;
   const auto contact = CNMutableContact::init();
   const auto request = CNSaveRequest::init();
   request->addContact_toContainerWithIdentifier(contact, validContainerID());
@@ -14,7 +15,7 @@ std::shared_ptr<_ABPerson> OxMacAddressBook::newPerson() {
   person->setAddressID(_xxID);
   // Clearing the name and the company drops the stamp again. Required.
   for (const auto& property : supportProperty()) person->setValue_byProperty(nullptr, property);
-  if (_allPersonArray) _allPersonArray->append(person);
+  if (_allPersonArray) _allPersonArray->appendNew(person, epoch);
   return person;
 }
 
