@@ -170,9 +170,11 @@ class OxMacAddressBook final : public OxAddressBook,
 
   // Replaces everything in the book by what the data of a neutral book holds, on a thread of its
   // own; returns at once. The last report is finished: at 0 when the data cannot be read and the
-  // book is as it was, else at 100 after the save. One that is cut short, by a lack of memory say,
-  // or that cannot make a record for lack of room, forgets every unsaved change of the process, so
-  // that no later save removes the old records.
+  // book is as it was, else at 100 after the save. One that is cut short, by a lack of memory or
+  // room say, or by somebody's revert of the unsaved changes, counts a failure and forgets every
+  // unsaved change of the process: the old records are kept but for those that a save meanwhile has
+  // removed. For any save while a load runs, of whatever book, writes what the load has done so
+  // far, and nothing takes that back. A host neither saves nor reverts until the last report.
   void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress) override;
   // Hands the book to the callback as the data of a neutral book, on a thread of its own; returns
   // at once. The last report is finished and carries the data.
@@ -213,8 +215,10 @@ class OxMacAddressBook final : public OxAddressBook,
   std::vector<std::shared_ptr<_ABPerson>> fillCache();
   // To the callback of the latest request; what it throws ends that report only.
   void reportLoad(double value, bool finished = false);
-  // The unsaved part of a load; false, and nothing of it is left unsaved, when it was cut short.
-  bool replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general);
+  // The unsaved part of a load; false, and nothing of it is left unsaved, when it was cut short, by
+  // a revert since `revertsBefore` too.
+  bool replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general,
+                      std::uint64_t revertsBefore);
   void reportSave(bool finished, const Data& data, double value);
   // The book as the data of a neutral book, with a report for each record; missing when it holds
   // what that cannot carry.

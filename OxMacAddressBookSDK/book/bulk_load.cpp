@@ -10,6 +10,8 @@
 namespace ox {
 namespace {
 
+constexpr const char* kReverted = "somebody reverted the unsaved changes meanwhile";
+
 // done of total in the half of the run that begins at `from` percent.
 double halfPercent(std::size_t done, std::size_t total, float from) {
   return static_cast<double>(static_cast<float>(done) * 50.0F / static_cast<float>(total) + from);
@@ -56,15 +58,22 @@ void OxMacAddressBook::loadThreed(const Data& data) {
             [&] { general = OxAddressBookGeneral::addressBookWithData(data); });
   if (!general) return reportLoad(0.0, true);
   reportLoad(0.0);
-  if (replaceRecords(general)) {
+  const auto revertsBefore = ABAddressBook::revertCount();
+  if (replaceRecords(general, revertsBefore)) {
+    constexpr const char* kCutShort = "the save of a load was cut short";
     reportLoad(progress::kDone);
     // What it could not write stays unsaved: the next save then completes the load.
-    contained("the save of a load was cut short", [&] { save(); });
+    contained(kCutShort, [&] { save(); });
+    if (ABAddressBook::revertCount() != revertsBefore) {
+      countThrown(kCutShort, kReverted);
+      if (_allPersonArray) _allPersonArray->clear();
+    }
   }
   reportLoad(progress::kDone, true);
 }
 
-bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general) {
+bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general,
+                                      std::uint64_t revertsBefore) {
   constexpr const char* kCutShort =
       "a load was cut short, the old records are kept and empty new ones stand beside them";
   const auto failedBefore = failures::failureCountOfThread();
@@ -74,9 +83,10 @@ bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral
     adjustGroupAndPersonRelatedByGeneralAddressBook(general);
   });
   if (ended) {
-    if (failures::failureCountOfThread() == failedBefore) return true;
+    const bool reverted = ABAddressBook::revertCount() != revertsBefore;
+    if (!reverted && failures::failureCountOfThread() == failedBefore) return true;
     // What could not be made or read was left out: the old records must not go for it.
-    countThrown(kCutShort, "not every new one could be made");
+    countThrown(kCutShort, reverted ? kReverted : "not every new one could be made");
   }
   // Removals that stayed unsaved would reach the store with the next save of whatever book.
   contained("what a load left unsaved could not be reverted", [&] { abAddressBook()->revert(); });

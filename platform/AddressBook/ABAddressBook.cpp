@@ -1,10 +1,20 @@
 #include "platform/AddressBook/ABAddressBook.hpp"
 
+#include <atomic>
+
 #include "platform/AddressBook/answer.hpp"
 #include "platform/AddressBook/record_map.hpp"
 #include "platform/store/contact_source.hpp"
 
 namespace ox {
+namespace {
+
+std::atomic<std::uint64_t>& reverts() {
+  static auto& count = *new std::atomic<std::uint64_t>(0);
+  return count;
+}
+
+}  // namespace
 
 std::shared_ptr<ABAddressBook> ABAddressBook::sharedAddressBook() {
   static auto& shared = *new std::shared_ptr<ABAddressBook>(new ABAddressBook);
@@ -59,7 +69,13 @@ UnsavedChanges ABAddressBook::unsavedChanges() {
 }
 
 void ABAddressBook::revert() {
+  ++reverts();
   contactSource().revert();
+  ++reverts();
+}
+
+std::uint64_t ABAddressBook::revertCount() {
+  return reverts();
 }
 
 }  // namespace ox

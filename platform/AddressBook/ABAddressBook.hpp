@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -33,6 +34,9 @@ class ABAddressBook {
   UnsavedChanges unsavedChanges();
   // Forgets every unsaved change.
   void revert();
+  // Rises as each revert of this process begins and as it ends: work whose unsaved changes must
+  // last compares before and after.
+  static std::uint64_t revertCount();
 
  private:
   ABAddressBook() = default;

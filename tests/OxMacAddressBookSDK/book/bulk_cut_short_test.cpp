@@ -69,6 +69,49 @@ TEST(BulkLoad, ThatIsCutShortKeepsTheOldRecords) {
   }
 }
 
+// As a load of another book does that is cut short.
+TEST(BulkLoad, ThatSomebodyRevertsIsCutShort) {
+  struct Row {
+    const char* container;
+    int revertedAt;
+    const char* reports;
+    const char* content;
+    const char* reason;
+  };
+  const std::vector<Row> rows = {
+      {"made", 2, "0 25 50 50 100 100 100!", "made0  [G: made0] [:] ",
+       "a load was cut short, the old records are kept and empty new ones stand beside them: "
+       "somebody reverted the unsaved changes meanwhile"},
+      {"done", 7, "0 25 50 50 100 100 100 100!", "done0  [G: done0] [:] ",
+       "the save of a load was cut short: somebody reverted the unsaved changes meanwhile"},
+  };
+  for (const auto& row : rows) {
+    const std::string name = row.container;
+    StoreBuilder()
+        .container(name, name, 3)
+        .persons(name, 1)
+        .group("G" + name, "G")
+        .member("G" + name, name + "0");
+    const auto book = bookOf(name);
+    const auto data = savedData(book);
+    const auto before = failures::snapshot().failures;
+    Reports run;
+    book->loadWithData_progressBlock(
+        data, [report = run.loadCallback(), left = std::make_shared<int>(row.revertedAt)](
+                  double value, bool done) {
+          if (--*left == 0) ABAddressBook::sharedAddressBook()->revert();
+          report(value, done);
+        });
+    EXPECT_EQ(run.wait(), row.reports);
+    EXPECT_EQ(failures::snapshot().failures, before + 1) << name;
+    EXPECT_EQ(failures::snapshot().lastReason, row.reason);
+    EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges()) << name;
+    EXPECT_EQ(contentOf(*book), row.content);
+    book->save();
+    EXPECT_EQ(contentOf(*bookOf(name)), row.content);
+  }
+}
+
 TEST(BulkLoad, WhoseSaveFailsIsCompletedByTheNextSave) {
   StoreBuilder().persons("p", 1);
   const auto book = bookNamed("_local");
