@@ -4,6 +4,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "base/text/composed.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
 #include "platform/store/contact_source.hpp"
 
@@ -35,15 +36,29 @@ std::string quoted(const std::string& text) {
   throw CommandError(kUsage, message);
 }
 
+// What the user typed as a name, to be found however its accents are stored.
+class WantedName {
+ public:
+  explicit WantedName(const std::string& typed) : typed_(typed), composed_(composed(typed)) {}
+  bool isNameOf(const Text& name) const {
+    return name && (*name == typed_ || composed(*name) == composed_);
+  }
+
+ private:
+  std::string typed_;
+  std::string composed_;
+};
+
 // The one record of that display name.
 template <typename Record, typename Records>
 std::shared_ptr<Record> oneNamed(const char* what, const std::string& text, const Records& records,
                                  std::shared_ptr<Record> (*asHost)(std::shared_ptr<ABRecord>)) {
+  const WantedName wanted(text);
   std::shared_ptr<Record> found;
   std::vector<Candidate> candidates;
   for (const auto& record : records) {
     auto host = asHost(record);
-    if (!host || host->displayName() != text) continue;
+    if (!host || !wanted.isNameOf(host->displayName())) continue;
     candidates.push_back({host->ID().value_or(""), text});
     found = std::move(host);
   }
@@ -71,15 +86,18 @@ Book bookOf(const BookList& books, const ContainerPtr& account) {
 
 // Those of that name, be it their own or their account's, each once.
 std::vector<Book> booksNamed(const BookList& books, const std::string& text) {
+  const WantedName wanted(text);
   std::vector<Book> named;
   for (const auto& book : books) {
-    if (book->name() == text) named.push_back(book);
+    if (wanted.isNameOf(book->name())) named.push_back(book);
   }
   for (const auto& account : contactSource().containers()) {
     auto book = bookOf(books, account);
     const bool known = std::any_of(named.begin(), named.end(),
                                    [&](const Book& other) { return other->ID() == book->ID(); });
-    if (!known && (account->name == text || book->name() == text)) named.push_back(std::move(book));
+    if (!known && (wanted.isNameOf(account->name) || wanted.isNameOf(book->name()))) {
+      named.push_back(std::move(book));
+    }
   }
   return named;
 }
@@ -88,10 +106,11 @@ std::vector<Book> booksNamed(const BookList& books, const std::string& text) {
 
 ContainerPtr findAccount(const std::string& text) {
   if (auto container = contactSource().containerNamed(text)) return container;
+  const WantedName wanted(text);
   ContainerPtr found;
   std::vector<Candidate> candidates;
   for (const auto& container : contactSource().containers()) {
-    if (container->name != text) continue;
+    if (!wanted.isNameOf(container->name)) continue;
     candidates.push_back({container->identifier, container->name});
     found = container;
   }

@@ -13,7 +13,10 @@ namespace {
 // A row for a single value, one for each element of a multiple one; the main one bears a star.
 void addRows(const OxProperty& property, const OxValue& value, Table& table) {
   if (const auto* single = dynamic_cast<const OxMutableSingleValue*>(&value)) {
-    table.addRow({property.displayName(), "", readableText(single->value())});
+    auto text = readableText(single->value());
+    // A person without a name has one all the same, of no parts.
+    if (text.empty() && property.name() == OxProPertyName) return;
+    table.addRow({property.displayName(), "", std::move(text)});
     return;
   }
   const auto* multiple = dynamic_cast<const OxMutableMultipleValue*>(&value);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 
 #include "base/failures.hpp"
@@ -24,7 +25,18 @@ void noteChange(const std::string& change, std::uint64_t failuresBefore, std::st
   done += (done.empty() ? "" : ", ") + change;
 }
 
+void refuseContradictions(const Arguments& arguments) {
+  for (const auto& tag : arguments.added) {
+    if (std::find(arguments.removed.begin(), arguments.removed.end(), tag) ==
+        arguments.removed.end()) {
+      continue;
+    }
+    throw CommandError(kUsage, "\"" + tag + "\" cannot be both added and removed");
+  }
+}
+
 void changeTags(const Context& context, const Arguments& arguments) {
+  refuseContradictions(arguments);
   const auto person = findPerson(arguments.person);
   discoveredBooks(context);
   const auto before = failures::failureCount();

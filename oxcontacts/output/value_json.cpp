@@ -71,6 +71,15 @@ void addReadable(const Json& json, std::string& text) {
   text += part;
 }
 
+std::string readableName(const OxObjectPersonName& name) {
+  std::string text;
+  for (const auto& part : {name.first(), name.middle(), name.last()}) {
+    if (!part || part->empty()) continue;
+    text += (text.empty() ? "" : " ") + *part;
+  }
+  return text;
+}
+
 }  // namespace
 
 Json jsonOf(const Object& object) {
@@ -101,6 +110,7 @@ Json jsonOf(const OxValue& value) {
 }
 
 std::string readableText(const Object& object) {
+  if (const auto name = object.host<OxObjectPersonName>()) return readableName(*name);
   if (const auto image = object.image()) {
     return std::to_string(image->width) + " x " + std::to_string(image->height) + " pixels";
   }

@@ -159,6 +159,10 @@ TEST(TagCommand, AddsAndRemovesAtOnce) {
   EXPECT_EQ(run({"tag", "Ann"}).output, "b\nc\n");
   EXPECT_EQ(runJson({"persons", "--tag", "c"}).size(), 1U);
   EXPECT_EQ(run({"tag", "Ann", "--add", ""}).exitCode, 2);
+  const auto both = run({"tag", "Ann", "--add", "x", "--add", "b", "--remove", "b"});
+  EXPECT_EQ(both.exitCode, 2);
+  EXPECT_EQ(both.errors, "oxcontacts: \"b\" cannot be both added and removed\n");
+  EXPECT_EQ(run({"tag", "Ann"}).output, "b\nc\n");
   EXPECT_EQ(run({"tag", "Nobody"}).exitCode, 4);
 }
 

@@ -130,6 +130,29 @@ TEST(ShowCommand, GivesEveryValue) {
   EXPECT_EQ(run({"show", "Nobody"}).exitCode, 4);
 }
 
+TEST(ShowCommand, WritesANameInItsOwnOrderAndNoneForNobody) {
+  fillStore();
+  const auto shown = [](const std::string& name) { return run({"show", name}).output; };
+  EXPECT_NE(shown("Ann Lee").find("\nName                Ann Lee\n"), std::string::npos)
+      << shown("Ann Lee");
+  const auto unnamed = runJson({"add-person", "_local", "note=x"});
+  const auto output = shown(unnamed["ID"]);
+  EXPECT_EQ(output.find("Name"), std::string::npos) << output;
+  EXPECT_NE(output.find("Note"), std::string::npos) << output;
+}
+
+TEST(ShowCommand, FindsANameHoweverItsAccentsAreStored) {
+  const auto file = temporaryFile(
+      "zoe.vcf", card({"N:;Zoe\u0308;;;", "FN:Zoe\u0308"}) + card({"N:;Łée;;;", "FN:Łée"}));
+  ASSERT_EQ(run({"import", file}).exitCode, 0);
+  run({"accounts", "add", "Bu\u0308ro"});
+  EXPECT_EQ(runJson({"show", "Zoë"})["displayName"], "Zoe\u0308");
+  EXPECT_EQ(runJson({"show", "Łe\u0301e"})["displayName"], "Łée");
+  EXPECT_EQ(run({"show", "Zoe"}).exitCode, 4);
+  EXPECT_EQ(run({"persons", "--book", "Büro"}).exitCode, 0);
+  EXPECT_EQ(run({"accounts", "remove", "Büro"}).exitCode, 0);
+}
+
 TEST(ShowCommand, AsksWhichOfSeveralIsMeant) {
   const auto twins = temporaryFile(
       "twins.vcf", card({"UID:1", "N:;Ann;;;", "FN:Ann"}) + card({"UID:2", "N:;Ann;;;", "FN:Ann"}));

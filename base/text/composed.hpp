@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ox {
+
+// The text in NFC, so that an accented letter is the same however it was typed; a text that cannot
+// be composed comes back as it is.
+std::string composed(std::string_view text);
+
+}  // namespace ox
