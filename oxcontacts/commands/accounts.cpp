@@ -3,6 +3,7 @@
 
 #include "base/uuid.hpp"
 #include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/edit/tags_to_remove.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/table.hpp"
@@ -82,16 +83,34 @@ void addAccount(const Context& context, const NewAccount& account) {
   }
 }
 
+std::vector<std::shared_ptr<_ABPerson>> hostPersons(const RecordKeys& keys) {
+  std::vector<std::shared_ptr<_ABPerson>> persons;
+  persons.reserve(keys.size());
+  for (const auto& key : keys) {
+    auto person = hostPerson(ABAddressBook::sharedAddressBook()->recordForUniqueId(key.text()));
+    if (person) persons.push_back(std::move(person));
+  }
+  return persons;
+}
+
 void removeAccount(const Context& context, const std::string& text, bool force) {
   const auto container = findAccount(text);
-  if (!force && (!contactSource().recordsIn(container->identifier, RecordKind::Person).empty() ||
+  const auto persons = contactSource().recordsIn(container->identifier, RecordKind::Person);
+  if (!force && (!persons.empty() ||
                  !contactSource().recordsIn(container->identifier, RecordKind::Group).empty())) {
     throw CommandError(kFailed, container->name + " holds records; --force removes them with it");
   }
+  if (!persons.empty()) discoveredBooks(context);
+  const TagsToRemove tags(hostPersons(persons));
   SaveRequest request;
   request.removedContainers.push_back({container->identifier, force});
   execute(std::move(request));
-  context.tell("removed " + container->name);
+  tags.remove();
+  if (context.json) {
+    printJson(accountJson(*container));
+  } else {
+    context.tell("removed " + container->name);
+  }
 }
 
 void declareAdd(CLI::App& accounts, const Context& context) {

@@ -1,8 +1,8 @@
-#include "OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/apply.hpp"
 #include "oxcontacts/edit/saving.hpp"
+#include "oxcontacts/edit/tags_to_remove.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/person_json.hpp"
 
@@ -15,7 +15,8 @@ struct Arguments {
 };
 
 std::string nameAndId(const _ABPerson& person) {
-  return person.displayName().value_or("") + " (" + person.ID().value_or("") + ")";
+  const auto name = person.displayName().value_or("");
+  return name + (name.empty() ? "(" : " (") + person.ID().value_or("") + ")";
 }
 
 void tellPerson(const Context& context, const char* what, const _ABPerson& person) {
@@ -52,27 +53,13 @@ void setValues(const Context& context, const Arguments& arguments) {
   if (saveEdits()) tellPerson(context, "changed ", *person);
 }
 
-// Not before the persons are gone: tags are removed at once.
-void removeTags(const std::vector<std::pair<Text, Text>>& booksAndPersons) {
-  const auto failures = failures::failureCount();
-  for (const auto& [book, person] : booksAndPersons) {
-    const auto manager = OxTagManager::tagManagerWithID(book);
-    if (manager && manager->tagsByPersonID(person)) manager->removeForPersonID(person);
-  }
-  if (failures::failureCount() != failures) {
-    throw storeFailure("the persons are removed, but not all of their tags");
-  }
-  saveTags();
-}
-
 void removePersons(const Context& context, const std::vector<std::string>& names) {
   const auto persons = findPersons(names);
   discoveredBooks(context);
   Json removed = Json::array();
   std::string told;
-  std::vector<std::pair<Text, Text>> booksAndPersons;
+  const auto tags = TagsToRemove(persons);
   for (const auto& person : persons) {
-    booksAndPersons.emplace_back(person->addressBookID(), person->ID());
     if (context.json) removed.push_back(personJson(*person));
     told += (told.empty() ? "removed " : ", ") + nameAndId(*person);
   }
@@ -80,7 +67,7 @@ void removePersons(const Context& context, const std::vector<std::string>& names
     ABAddressBook::sharedAddressBook()->removeRecord(person);
   }
   saveEdits();
-  removeTags(booksAndPersons);
+  tags.remove();
   if (context.json) {
     printJson(removed);
   } else {

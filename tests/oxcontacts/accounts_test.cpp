@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "base/sqlite/connection.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -38,6 +39,19 @@ TEST(AccountsCommand, RemovesOneThatHoldsRecordsOnlyWithForce) {
   EXPECT_EQ(run({"accounts", "remove", "iCloud", "--force"}).exitCode, 0);
   EXPECT_EQ(runJson({"persons"}), Json::array());
   EXPECT_EQ(run({"check"}).output, "sound\n");
+}
+
+TEST(AccountsCommand, RemovesTheTagsWithThePersons) {
+  run({"accounts", "add", "iCloud", "--identifier", "A:ABAccount"});
+  const std::string ann = runJson({"add-person", "iCloud", "name=Ann"})["ID"];
+  const std::string ben = runJson({"add-person", "_local", "name=Ben"})["ID"];
+  run({"tag", ann, "--add", "secret"});
+  run({"tag", ben, "--add", "kept"});
+  EXPECT_EQ(runJson({"accounts", "remove", "iCloud", "--force"})["identifier"], "A:ABAccount");
+  EXPECT_EQ(run({"tag", ben}).output, "kept\n");
+  sqlite::Connection tags(support::StoreEnvironment::instance().tagStore().string(),
+                          sqlite::Connection::Mode::ReadOnly);
+  EXPECT_EQ(tags.queryInteger("SELECT count(*) FROM tag"), 1);
 }
 
 TEST(AccountsCommand, TellsWhatItCannotDo) {

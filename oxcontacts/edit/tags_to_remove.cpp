@@ -1,0 +1,28 @@
+#include "oxcontacts/edit/tags_to_remove.hpp"
+
+#include "OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "base/failures.hpp"
+#include "oxcontacts/edit/saving.hpp"
+
+namespace ox::program {
+
+TagsToRemove::TagsToRemove(const std::vector<std::shared_ptr<_ABPerson>>& persons) {
+  booksAndPersons_.reserve(persons.size());
+  for (const auto& person : persons) {
+    booksAndPersons_.emplace_back(person->addressBookID(), person->ID());
+  }
+}
+
+void TagsToRemove::remove() const {
+  const auto failures = failures::failureCount();
+  for (const auto& [book, person] : booksAndPersons_) {
+    const auto manager = OxTagManager::tagManagerWithID(book);
+    if (manager && manager->tagsByPersonID(person)) manager->removeForPersonID(person);
+  }
+  if (failures::failureCount() != failures) {
+    throw storeFailure("the persons are removed, but not all of their tags");
+  }
+  saveTags();
+}
+
+}  // namespace ox::program
