@@ -73,6 +73,33 @@ std::string tagStorePath() {
   return contactStorePath() + ".tags";
 }
 
+std::string placeOf(const std::string& path) {
+  constexpr int kMostLinks = 40;
+  std::error_code error;
+  auto place = std::filesystem::absolute(path, error);
+  if (error) return path;
+  const auto status = std::filesystem::status(place, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return path;
+  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(place, error); ++i) {
+    place = place.parent_path() / std::filesystem::read_symlink(place, error);
+    if (error) return path;
+  }
+  auto whole = std::filesystem::weakly_canonical(place, error);
+  return error ? path : whole.string();
+}
+
+bool isStoreFile(const std::string& path) {
+  const auto place = placeOf(path);
+  for (const auto& own : {contactStorePath(), contactStorePath() + ".tags", tagStorePath()}) {
+    for (const auto* ending : {"", "-wal", "-shm", "-journal"}) {
+      const auto file = placeOf(own) + ending;
+      std::error_code error;
+      if (file == place || (std::filesystem::equivalent(place, file, error) && !error)) return true;
+    }
+  }
+  return false;
+}
+
 bool createPrivateFile(const std::string& path) {
   const auto folder = std::filesystem::path(path).parent_path();
   createPrivateFolders(folder);

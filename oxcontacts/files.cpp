@@ -41,12 +41,14 @@ std::string bytesOf(const std::string& path, std::uint64_t count) {
 }  // namespace
 
 std::string readFile(const std::string& path, std::uint64_t atMost) {
+  refuseStoreFile(path);
   const auto size = sizeOf(path);
   if (size > atMost) fail(path, "is too large (" + std::to_string(size) + " bytes)");
   return bytesOf(path, size);
 }
 
 std::string readStart(const std::string& path, std::uint64_t count) {
+  refuseStoreFile(path);
   return bytesOf(path, std::min(sizeOf(path), count));
 }
 
@@ -60,31 +62,8 @@ void writeFile(const std::string& path, std::string_view bytes) {
   }
 }
 
-std::string placeOf(const std::string& path) {
-  constexpr int kMostLinks = 40;
-  std::error_code error;
-  auto place = std::filesystem::absolute(path, error);
-  if (error) return path;
-  const auto status = std::filesystem::status(place, error);
-  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return path;
-  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(place, error); ++i) {
-    place = place.parent_path() / std::filesystem::read_symlink(place, error);
-    if (error) return path;
-  }
-  auto whole = std::filesystem::weakly_canonical(place, error);
-  return error ? path : whole.string();
-}
-
 void refuseStoreFile(const std::string& path) {
-  const auto place = placeOf(path);
-  for (const auto& own : {contactStorePath(), contactStorePath() + ".tags", tagStorePath()}) {
-    for (const auto* ending : {"", "-wal", "-shm", "-journal"}) {
-      const auto file = placeOf(own) + ending;
-      std::error_code error;
-      if (file != place && (!std::filesystem::equivalent(place, file, error) || error)) continue;
-      throw CommandError(kFailed, path + ": is a file of the store itself");
-    }
-  }
+  if (isStoreFile(path)) throw CommandError(kFailed, path + ": is a file of the store itself");
 }
 
 }  // namespace ox::program

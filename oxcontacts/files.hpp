@@ -8,16 +8,15 @@ namespace ox::program {
 
 // Files that the user names. Each throws a CommandError that names the file and the reason.
 
-// The bytes of a regular file of at most that size; anything else is never opened.
+// The bytes of a regular file of at most that size; anything else, and a file of the store, is
+// never opened.
 std::string readFile(const std::string& path, std::uint64_t atMost);
 // The first bytes of a regular file, fewer when it is shorter.
 std::string readStart(const std::string& path, std::uint64_t count);
 // Replaces the file by these bytes, once they are complete and synced; see OutputFile.
 void writeFile(const std::string& path, std::string_view bytes);
-// The absolute path of the file that a path names, through every link; of one that is not there
-// yet as well. The path itself when it names anything but a file, or cannot be followed.
-std::string placeOf(const std::string& path);
-// Throws when the path leads to where the contact store or the tags are, or will be.
+// Throws when the path leads to where the contact store or the tags are, or will be. Nothing that
+// the user names is opened before this.
 void refuseStoreFile(const std::string& path);
 
 }  // namespace ox::program

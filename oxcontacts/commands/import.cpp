@@ -2,6 +2,7 @@
 #include <iostream>
 #include <optional>
 
+#include "base/store_location.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/files.hpp"
 #include "oxcontacts/find.hpp"

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "base/store_location.hpp"
 #include "platform/store/contact_source.hpp"
 #include "platform/vcard/byte_source.hpp"
 #include "platform/vcard/cards_ahead.hpp"
@@ -103,12 +104,16 @@ class Import {
   std::uint64_t total_ = 0;
 };
 
-// The bytes of all files; every one that cannot be opened goes to the report. Pipes are not opened,
-// for they can be read only once.
+// The bytes of all files; every one that cannot or must not be opened goes to the report. Pipes are
+// not opened, for they can be read only once.
 std::uint64_t lookAt(const std::vector<std::string>& paths, ImportReport& report) {
   std::uint64_t total = 0;
   bool allKnown = true;
   for (const auto& path : paths) {
+    if (isStoreFile(path)) {
+      report.uselessFiles.push_back(path + ": is a file of the store itself");
+      continue;
+    }
     std::error_code unknown;
     const auto type = std::filesystem::status(path, unknown).type();
     if (type == std::filesystem::file_type::fifo || type == std::filesystem::file_type::character) {

@@ -58,10 +58,11 @@ struct ImportReport {
 };
 
 // Imports vCard files into a container, which must exist (its identifier, or standard id). All
-// files are looked at first: when one cannot be opened nothing is imported. Cards are committed in
-// batches, groups and their members at the end in one request, so that members may stand in any
-// file and in any order. A card whose UID is in the container, or one without UID whose content is,
-// is not added again. Returns when everything would survive a power cut. One thread at a time.
+// files are looked at first: when one cannot be opened, or is a file of the store itself, nothing
+// is imported. Cards are committed in batches, groups and their members at the end in one request,
+// so that members may stand in any file and in any order. A card whose UID is in the container, or
+// one without UID whose content is, is not added again. Returns when everything would survive a
+// power cut. One thread at a time.
 ImportReport importFiles(const std::vector<std::string>& paths, const std::string& container,
                          const ImportOptions& options);
 

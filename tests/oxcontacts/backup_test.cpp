@@ -116,7 +116,7 @@ TEST(RestoreCommand, RefusesAnythingButAWholeBackup) {
       {temporaryPath("missing.book"), "does not exist"},
       {support::StoreEnvironment::instance().folder(), "is a directory"},
       {"/dev/zero", "is not a regular file"},
-      {support::StoreEnvironment::instance().contactStore(), none},
+      {support::StoreEnvironment::instance().contactStore(), "is a file of the store itself"},
       {temporaryFile("empty.book", ""), none},
       {temporaryFile("cards.vcf", card({"N:;Ann;;;"})), none},
       {hole, none},

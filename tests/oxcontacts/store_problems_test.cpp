@@ -102,6 +102,43 @@ TEST(StoreProblems, AStoreThatAnotherProcessWritesForLongIsBusy) {
   EXPECT_EQ(runJson({"persons"}), Json::array());
 }
 
+// Closing such a file after reading it would drop the locks that the program itself holds on it.
+TEST(StoreProblems, NoCommandReadsAFileOfTheStoreItself) {
+  run({"add-person", "_local", "name=Ann"});
+  run({"tag", "Ann", "--add", "T"});
+  const auto& environment = support::StoreEnvironment::instance();
+  const auto store = environment.contactStore();
+  std::filesystem::create_symlink(store, temporaryPath("link"));
+  std::filesystem::create_hard_link(store, temporaryPath("twin"));
+  std::filesystem::create_hard_link(environment.tagStore(), temporaryPath("twin of the tags"));
+  const std::vector<std::string> names = {
+      store,
+      temporaryPath("link"),
+      temporaryPath("twin"),
+      std::filesystem::relative(store),
+      store.string() + "-wal",
+      store.string() + "-shm",
+      environment.tagStore(),
+      temporaryPath("twin of the tags"),
+  };
+  const auto good = temporaryFile("good.vcf", card({"N:;Ben;;;", "FN:Ben"})).string();
+  for (const auto& name : names) {
+    for (const auto& command :
+         std::vector<std::vector<std::string>>{{"import", good, name},
+                                               {"photo", "Ann", "--set", name},
+                                               {"restore", "_local", name, "--force"}}) {
+      const auto result = run(command);
+      EXPECT_EQ(result.exitCode, 1) << command[0];
+      EXPECT_EQ(result.errors, "oxcontacts: " + name + ": is a file of the store itself\n");
+    }
+  }
+  const auto fromInput = runShell("\"$OX\" import /dev/stdin <" + store.string());
+  EXPECT_EQ(fromInput.exitCode, 1);
+  EXPECT_EQ(fromInput.errors, "oxcontacts: /dev/stdin: is a file of the store itself\n");
+  EXPECT_EQ(personIds().size(), 1U);
+  EXPECT_EQ(run({"check"}).output, "sound\n");
+}
+
 TEST(StoreProblems, CheckFindsADamagedByte) {
   const auto cards = temporaryFile("one.vcf", card({"N:;Ann;;;", "FN:Ann", "NOTE:fingerbone"}));
   ASSERT_EQ(run({"import", cards}).exitCode, 0);

@@ -1,9 +1,13 @@
 #include "platform/vcard/importer.hpp"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 
+#include "base/store_location.hpp"
 #include "platform/records/property_keys.hpp"
+#include "platform/store/store_source.hpp"
 #include "tests/support/no_more_threads.hpp"
+#include "tests/support/second_process.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 #include "tests/support/switched_source.hpp"
@@ -135,6 +139,25 @@ TEST(Importer, KeepsWhatItCommittedWhenStopped) {
   EXPECT_TRUE(report.interrupted);
   EXPECT_EQ(countsOf(report), "5000 = 5000 + 0 + 0 + 0 + 0");
   EXPECT_EQ(support::realSource().recordsIn("_local", RecordKind::Person).size(), 5000U);
+}
+
+const support::SecondProcess looksAtTheStore("looksAtTheStore", [](const auto&) {
+  const auto source = openStoreSource(contactStorePath());  // closed at the end
+  return source->recordsIn("_local", RecordKind::Person).size() == 1 ? 0 : 1;
+});
+
+// Had the import opened and closed it, the locks of this process would be gone, and the other one
+// would take the log away under it.
+TEST(Importer, LeavesTheFilesOfTheStoreToTheStore) {
+  StoreBuilder().person("p1", {.first = "Ann"});
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  for (const auto& name : {store, store + "-wal", store + "-shm"}) {
+    const auto report = importFiles({name}, "_local", {});
+    EXPECT_EQ(report.uselessFiles,
+              std::vector<std::string>{name + ": is a file of the store itself"});
+    EXPECT_EQ(looksAtTheStore.run().exitCode, 0);
+    EXPECT_TRUE(std::filesystem::exists(store + "-wal")) << name;
+  }
 }
 
 TEST(Importer, SaysWhyTheStoreFailed) {
