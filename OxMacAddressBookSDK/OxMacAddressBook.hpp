@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <variant>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "OxAddressBookSDK/properties/OxProperty.hpp"
 #include "OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "OxMacAddressBookSDK/book/constants.hpp"
+#include "OxMacAddressBookSDK/book/latest_callback.hpp"
 #include "OxMacAddressBookSDK/book/person_list.hpp"
 #include "OxMacAddressBookSDK/registry/book_list.hpp"
 #include "base/callbacks.hpp"
@@ -168,6 +168,10 @@ class OxMacAddressBook final : public OxAddressBook,
 
   // --- the whole book ---
 
+  // The callback of the latest load gets the reports of every load of the book that still runs, and
+  // that of the latest save those of every save: of several at once, so it may be called by their
+  // threads at the same time.
+
   // Replaces everything in the book by what the data of a neutral book holds, on a thread of its
   // own; returns at once. The last report is finished: at 0 when the data cannot be read and the
   // book is as it was, else at 100 after the save. One that is cut short, by a lack of memory or
@@ -224,9 +228,8 @@ class OxMacAddressBook final : public OxAddressBook,
   // what that cannot carry.
   Data collectedData();
 
-  std::mutex callbacks_;  // guards the two below; not held while one of them runs
-  ProgressCallback _loadProgressBlock;
-  SaveCallback _progressBlock;
+  LatestCallback<ProgressCallback> _loadProgressBlock;
+  LatestCallback<SaveCallback> _progressBlock;
 };
 
 }  // namespace ox

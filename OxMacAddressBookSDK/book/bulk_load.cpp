@@ -17,6 +17,11 @@ double halfPercent(std::size_t done, std::size_t total, float from) {
   return static_cast<double>(static_cast<float>(done) * 50.0F / static_cast<float>(total) + from);
 }
 
+void reportTo(const ProgressCallback& callback, double value, bool finished) {
+  contained("a load's progress callback threw",
+            [&] { progress::report(callback, value, finished); });
+}
+
 std::shared_ptr<_ABGroup> groupMadeFor(const OxGeneralGroup* neutral) {
   return neutral != nullptr ? std::dynamic_pointer_cast<_ABGroup>(neutral->extend()) : nullptr;
 }
@@ -29,26 +34,17 @@ std::shared_ptr<_ABPerson> personMadeFor(const OxGeneralPerson* neutral) {
 
 void OxMacAddressBook::loadWithData_progressBlock(const Data& data,
                                                   const ProgressCallback& progress) {
-  {
-    const std::lock_guard lock(callbacks_);
-    _loadProgressBlock = progress;
-  }
   const bool started = contained("a load could not be started", [&] {
+    _loadProgressBlock.replace(progress);
     runDetached([book = shared_from_this(), data] { book->loadThreed(data); });
   });
-  if (!started) reportLoad(0.0, true);
+  // To the one at hand: there may have been no room to keep it.
+  if (!started) reportTo(progress, 0.0, true);
 }
 
 void OxMacAddressBook::reportLoad(double value, bool finished) {
   const failures::Aside aside;
-  contained("a load's progress callback threw", [&] {
-    ProgressCallback callback;
-    {
-      const std::lock_guard lock(callbacks_);
-      callback = _loadProgressBlock;
-    }
-    progress::report(callback, value, finished);
-  });
+  if (const auto callback = _loadProgressBlock.current()) reportTo(*callback, value, finished);
 }
 
 // Whoever waits for the last report must get it, whatever happens on the way.

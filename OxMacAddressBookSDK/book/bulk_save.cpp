@@ -7,27 +7,27 @@
 #include "base/detached_worker.hpp"
 
 namespace ox {
+namespace {
+
+void reportTo(const SaveCallback& callback, bool finished, const Data& data, double value) {
+  contained("a save's progress callback threw", [&] {
+    if (callback) callback(finished, data, value);
+  });
+}
+
+}  // namespace
 
 void OxMacAddressBook::saveDataBlock(const SaveCallback& progress) {
-  {
-    const std::lock_guard lock(callbacks_);
-    _progressBlock = progress;
-  }
   const bool started = contained("a save could not be started", [&] {
+    _progressBlock.replace(progress);
     runDetached([book = shared_from_this()] { book->saveDataThreed(); });
   });
-  if (!started) reportSave(true, nullptr, progress::kDone);
+  // To the one at hand: there may have been no room to keep it.
+  if (!started) reportTo(progress, true, nullptr, progress::kDone);
 }
 
 void OxMacAddressBook::reportSave(bool finished, const Data& data, double value) {
-  contained("a save's progress callback threw", [&] {
-    SaveCallback callback;
-    {
-      const std::lock_guard lock(callbacks_);
-      callback = _progressBlock;
-    }
-    if (callback) callback(finished, data, value);
-  });
+  if (const auto callback = _progressBlock.current()) reportTo(*callback, finished, data, value);
 }
 
 // Whoever waits for the last report must get it, whatever happens on the way.

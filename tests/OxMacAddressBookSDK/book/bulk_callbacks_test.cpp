@@ -130,6 +130,60 @@ TEST(BulkCallbacks, ThatAreAbsentAreSkipped) {
   EXPECT_EQ(failures::snapshot(), failures::Snapshot());
 }
 
+// Its end starts another save and another load of the book.
+struct StartsAnother {
+  OxMacAddressBook& book;
+  Data data;
+  Reports save;
+  Reports load;
+
+  ~StartsAnother() {
+    book.saveDataBlock(save.saveCallback());
+    book.loadWithData_progressBlock(data, load.loadCallback());
+  }
+};
+
+TEST(BulkCallbacks, MayStartAnotherWhenTheyGo) {
+  StoreBuilder().persons("p", 1);
+  const auto book = bookOfItsOwn();
+  const auto data = savedData(book);
+  for (const bool loads : {false, true}) {
+    waitForWorkers(book);
+    Reports save;
+    Reports load;
+    // Each request takes the last owner away from the one before it.
+    const auto request = [&](const std::shared_ptr<StartsAnother>& held) {
+      if (loads) {
+        book->loadWithData_progressBlock(data, [held](double, bool) {});
+      } else {
+        book->saveDataBlock([held](bool, const Data&, double) {});
+      }
+    };
+    request(std::make_shared<StartsAnother>(*book, data, save, load));
+    waitForWorkers(book);
+    request(nullptr);
+    EXPECT_TRUE(save.wait().ends_with("!")) << loads;
+    EXPECT_TRUE(load.wait().ends_with("!")) << loads;
+  }
+  waitForWorkers(book);
+}
+
+TEST(BulkCallbacks, KeepTheirStateFromCallToCall) {
+  StoreBuilder().persons("p", 2);
+  const auto book = bookNamed("_local");
+  Reports run;
+  book->saveDataBlock(
+      [report = run.saveCallback(), calls = 0](bool finished, const Data&, double) mutable {
+        report(finished, nullptr, ++calls);
+      });
+  EXPECT_EQ(run.wait(), "1 2 3 4!");
+  book->loadWithData_progressBlock(
+      savedData(book), [report = run.loadCallback(), calls = 0](double, bool finished) mutable {
+        report(++calls, finished);
+      });
+  EXPECT_EQ(run.wait(), "1 2 3 4 5 6 7!");
+}
+
 TEST(BulkCallbacks, MayBeFollowedByNone) {
   StoreBuilder().persons("p", 2);
   const auto book = bookOfItsOwn();

@@ -42,6 +42,38 @@ TEST(BulkSave, ThatHasNoMemoryForItsDataEndsWithoutAny) {
   EXPECT_EQ(failures::snapshot().lastReason, "a save was cut short: std::bad_alloc");
 }
 
+// Every copy of the callbacks takes a large allocation.
+TEST(BulkCallbacks, ThatCannotBeCopiedGetTheirLastReport) {
+  StoreBuilder().persons("p", 1);
+  const auto book = bookNamed("_local");
+  const std::string large(kLarge, 'c');
+  Reports run;
+  const SaveCallback save = [report = run.saveCallback(), large](bool finished, const Data& data,
+                                                                 double value) {
+    support::refuseAllocationsFrom(kLarge);
+    report(finished, data, value);
+  };
+  const ProgressCallback load = [report = run.loadCallback(), large](double value, bool finished) {
+    support::refuseAllocationsFrom(kLarge);
+    report(value, finished);
+  };
+  book->saveDataBlock(save);
+  EXPECT_EQ(run.wait(), "0 100 100 data!");
+  support::allowAllAllocations();
+  book->loadWithData_progressBlock(run.data(), load);
+  EXPECT_EQ(run.wait(), "0 50 50 100 100 100!");
+  EXPECT_EQ(failures::snapshot(), failures::Snapshot());
+  // And where they cannot be kept either.
+  book->saveDataBlock(save);
+  EXPECT_EQ(run.wait(), "100!");
+  EXPECT_EQ(failures::snapshot().lastReason, "a save could not be started: std::bad_alloc");
+  book->loadWithData_progressBlock(run.data(), load);
+  EXPECT_EQ(run.wait(), "0!");
+  EXPECT_EQ(failures::snapshot().lastReason, "a load could not be started: std::bad_alloc");
+  support::allowAllAllocations();
+  EXPECT_EQ(failures::snapshot().failures, 2U);
+}
+
 // One allocation holds the text of all cards that are written at once.
 TEST(Export, OfLargeRecordsTakesTheRoomOfAFew) {
   for (int i = 0; i < 40; ++i) {
