@@ -15,6 +15,7 @@
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
 #include "oxcontacts/output_file.hpp"
+#include "platform/store/contact_source.hpp"
 
 namespace ox::program {
 namespace {
@@ -71,6 +72,18 @@ bool complainOfPictures(OxMacAddressBook& book, const std::string& path) {
   return any;
 }
 
+// Tells of groups that no book of such an account shows; true when there are any.
+bool complainOfHiddenGroups(const OxMacAddressBook& book, const std::string& path) {
+  if (book.canCreateGroup()) return false;
+  const auto container = book.validContainerID().value_or("");
+  const auto count = contactSource().recordsIn(container, RecordKind::Group).size();
+  if (count == 0) return false;
+  Context::complain(book.name().value_or("") + " shows no groups: " + counted(count, "group") +
+                    (count == 1 ? " is" : " are") + " not in " + path + "; `backup --all` keeps " +
+                    (count == 1 ? "it" : "them"));
+  return true;
+}
+
 void backUpBook(const Context& context, const std::string& name, const std::string& path) {
   refuseStoreFile(path);
   const auto failuresBefore = failures::failureCount();
@@ -83,7 +96,9 @@ void backUpBook(const Context& context, const std::string& name, const std::stri
   writeFile(path, *data);
   tellCounts(context, {book->allGroups().size(), book->allPersonsCount()},
              book->name().value_or(""), path);
-  if (complainOfPictures(*book, path)) throw CommandError(kDoneWithRefusals, "");
+  const bool withoutPictures = complainOfPictures(*book, path);
+  const bool withoutGroups = complainOfHiddenGroups(*book, path);
+  if (withoutPictures || withoutGroups) throw CommandError(kDoneWithRefusals, "");
 }
 
 // The user named the copy of the store only: what bears the name of its tags must be tags.
@@ -144,7 +159,8 @@ void declareBackup(CLI::App& program, const Context& context) {
   backup->footer(
       "A book is brought back by `restore`. A copy of the whole store is a store: `--store FILE` "
       "works with it.\nNothing is written when a record cannot be read. A picture that cannot be "
-      "decoded is left out of a book, its person named, and the exit code 3.");
+      "decoded is left out of a book, its person named, and the exit code 3; so it is with the "
+      "groups of an account whose books show none.");
   backup->callback([&context, arguments] { backUp(context, *arguments); });
 }
 

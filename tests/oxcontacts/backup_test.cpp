@@ -91,6 +91,29 @@ TEST(BackupCommand, RestoresIntoABookWithoutRecordsAndIntoOneThatHasSome) {
   }
 }
 
+// Groups may come into such an account with an import; its book shows none of them.
+TEST(BackupCommand, TellsOfGroupsThatTheBookDoesNotShowAndRestoringKeepsThem) {
+  run({"accounts", "add", "Google", "--identifier", "G:ABAccount"});
+  const auto cards = temporaryFile(
+      "cards.vcf", card({"UID:a", "N:;Ann;;;", "FN:Ann"}) +
+                       card({"UID:g", "N:Hidden;;;;", "FN:Hidden", "X-ADDRESSBOOKSERVER-KIND:group",
+                             "X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:a"}));
+  run({"import", cards, "--into", "Google"});
+  const auto file = temporaryPath("google.book").string();
+  const auto saved = run({"backup", "Google", file});
+  EXPECT_EQ(saved.exitCode, 3);
+  EXPECT_EQ(saved.errors, "oxcontacts: saved Google to " + file + ": 0 groups, 1 person\n" +
+                              "oxcontacts: Google shows no groups: 1 group is not in " + file +
+                              "; `backup --all` keeps it\n");
+  const auto restored = run({"restore", "Google", file});
+  EXPECT_EQ(restored.exitCode, 0) << restored.errors;
+  EXPECT_TRUE(restored.errors.ends_with("restored Google: 1 group, 1 person\n")) << restored.errors;
+  // Those of a file come in beside them.
+  fillStore();
+  run({"backup", "_local", file});
+  EXPECT_EQ(runJson({"restore", "Google", file}), Json({{"groups", 3}, {"persons", 2}}));
+}
+
 TEST(RestoreCommand, RefusesAnythingButAWholeBackup) {
   fillStore();
   const auto file = temporaryPath("local.book").string();
