@@ -46,6 +46,14 @@ class ImageReadError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// How far a store has come: equal as long as nobody, this process included, commits anything.
+struct StoreMoment {
+  std::int64_t version = -1;  // another one after commits elsewhere
+  std::uint64_t commits = 0;  // of this process
+
+  bool operator==(const StoreMoment&) const = default;
+};
+
 struct NewRecord {
   RecordKey key;
   RecordKind kind = RecordKind::Person;
@@ -54,6 +62,7 @@ struct NewRecord {
   Data image;
   // contentFingerprint of both, for whoever has worked it out already.
   std::optional<std::uint64_t> fingerprint = std::nullopt;
+  bool leftOut = false;  // see SaveRequest
 };
 
 // Replaces all values of a committed record.
@@ -61,11 +70,13 @@ struct ReplacedRecord {
   RecordKey key;
   PropertyBag properties;
   Data image;
+  bool leftOut = false;  // see SaveRequest
 };
 
 struct Link {
   RecordKey group;
   RecordKey child;
+  bool leftOut = false;  // see SaveRequest
 };
 
 struct ContainerRemoval {
@@ -81,6 +92,18 @@ struct SaveRequest {
   std::vector<Link> removedLinks;  // one that is not there is left alone
   std::vector<Link> links;         // one that exists already is left alone
   std::vector<ContainerRemoval> removedContainers;
+
+  // For a request that was put together from what the store held: from before it was looked at.
+  // The moment after the request once that is written.
+  std::optional<StoreMoment> moment = std::nullopt;
+  // Answers whether others had committed since.
+  bool outdated = false;
+  // What then becomes of it. LeaveOut: additions are left out that are there by now (by the UID of
+  // their card; a person without one by its content), and in any case replacements of records that
+  // are gone and links that cannot be made. All of these are marked, the rest is written.
+  enum class WhenOutdated : std::uint8_t { Refuse, LeaveOut };
+  WhenOutdated whenOutdated = WhenOutdated::Refuse;
+
   std::string reason;  // why nothing was written, when execute answers false
 };
 

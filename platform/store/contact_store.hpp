@@ -58,6 +58,9 @@ class ContactStore {
   // Rises whenever committed links may have changed, by whomever.
   std::uint64_t linkGeneration() const { return linkGeneration_; }
 
+  // As of the last look.
+  StoreMoment moment() const { return {seenVersion_, commits_}; }
+
   const std::vector<ContainerPtr>& containers();
   // By row; null when there is none.
   ContainerPtr container(std::int32_t row);
@@ -112,6 +115,9 @@ class ContactStore {
   void write(bool durable, Step step);
   void addContainer(const ContainerInfo& container, Writing& writing);
   void removeContainer(const ContainerRemoval& removal, Writing& writing);
+  // Compares the request's moment with the store as it is under the write lock.
+  void settleOutdated(SaveRequest& request);
+  bool isThere(const NewRecord& record);
   void addRecord(NewRecord& record, Writing& writing);
   void replaceRecord(const ReplacedRecord& record, Writing& writing);
   void applyEdit(const RecordEdit& edit, Writing& writing, SaveReport& report);
@@ -133,6 +139,7 @@ class ContactStore {
   bool unsynced_ = false;  // something was committed without waiting for the disk
 
   std::int64_t seenVersion_ = -1;  // data_version at the last look
+  std::uint64_t commits_ = 0;      // of ours, that changed something
   std::int64_t seenRow_ = 0;       // the last record in the index
   std::int64_t seenRemoval_ = 0;
   std::int64_t lastLook_ = -1;  // in milliseconds of a coarse clock

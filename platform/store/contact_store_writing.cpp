@@ -6,6 +6,8 @@
 #include "platform/store/contact_store.hpp"
 #include "platform/store/fingerprint.hpp"
 #include "platform/store/property_codec.hpp"
+#include "platform/vcard/card.hpp"
+#include "platform/vcard/writer.hpp"
 
 namespace ox {
 namespace {
@@ -18,6 +20,11 @@ class Refused : public std::runtime_error {
 
 std::uint64_t checksumOf(const Data& image) {
   return image ? checksum64(*image) : 0;
+}
+
+std::uint64_t fingerprintOf(const NewRecord& record) {
+  return record.fingerprint ? *record.fingerprint
+                            : contentFingerprint(record.properties, record.image);
 }
 
 }  // namespace
@@ -59,7 +66,10 @@ void ContactStore::write(bool durable, Step step) {
         }
         transaction.commit();
         // A commit that wrote nothing has synced nothing either.
-        if (file.totalChanges() != changesBefore) unsynced_ = !durable;
+        if (file.totalChanges() != changesBefore) {
+          unsynced_ = !durable;
+          ++commits_;
+        }
       } catch (...) {
         // What was read in between is what was to be written, and now never was.
         forgetValues();
@@ -89,16 +99,25 @@ std::optional<ContactStore::Entry> ContactStore::findWriting(const RecordKey& ke
 bool ContactStore::execute(SaveRequest& request) {
   try {
     write(false, [&](Writing& writing) {
+      settleOutdated(request);
+      const bool leavesOut = request.whenOutdated == SaveRequest::WhenOutdated::LeaveOut;
       for (const auto& container : request.newContainers) addContainer(container, writing);
-      for (auto& record : request.additions) addRecord(record, writing);
-      for (const auto& record : request.replacements) replaceRecord(record, writing);
+      for (auto& record : request.additions) {
+        if (!record.leftOut) addRecord(record, writing);
+      }
+      for (auto& record : request.replacements) {
+        record.leftOut = leavesOut && !findWriting(record.key, writing);
+        if (!record.leftOut) replaceRecord(record, writing);
+      }
       for (const auto& link : request.removedLinks) removeLink(link, writing);
-      for (const auto& link : request.links) {
+      for (auto& link : request.links) {
         const auto refused = addLink(link, writing);
-        if (!refused.empty()) throw Refused(refused);
+        if (!refused.empty() && !leavesOut) throw Refused(refused);
+        link.leftOut = !refused.empty();
       }
       for (const auto& removal : request.removedContainers) removeContainer(removal, writing);
     });
+    if (request.moment) request.moment = moment();
     return true;
   } catch (const Refused& refused) {
     request.reason = refused.what();
@@ -122,6 +141,33 @@ SaveReport ContactStore::commit(const RecordChanges& changes) {
   sync();  // creations, when every edit was dropped
   report.done = true;
   return report;
+}
+
+void ContactStore::settleOutdated(SaveRequest& request) {
+  request.outdated = request.moment && *request.moment != moment();
+  if (!request.outdated) return;
+  if (request.whenOutdated == SaveRequest::WhenOutdated::Refuse) {
+    throw Refused("the store was changed meanwhile");
+  }
+  // Before anything is added: what one request adds is not compared with itself.
+  for (auto& record : request.additions) record.leftOut = isThere(record);
+}
+
+// Finds what recordsWithUid finds.
+bool ContactStore::isThere(const NewRecord& record) {
+  const auto& container = record.container;
+  const auto kind = record.kind;
+  const auto* text = record.properties.text(property_id::kCardUid);
+  const auto uid = text != nullptr ? vcard::uidKey(*text) : std::string_view();
+  if (uid.empty()) {
+    return kind == RecordKind::Person &&
+           !withFingerprint(container, kind, fingerprintOf(record)).empty();
+  }
+  if (!withCardUid(container, kind, uid).empty()) return true;
+  if (!withCardUid(container, kind, std::string("urn:uuid:").append(uid)).empty()) return true;
+  const auto own = RecordKey::known(vcard::recordOfUid(uid, kind));
+  const auto entry = own ? find(*own) : std::nullopt;
+  return entry && entry->kind == kind && entry->container == containerRow(container);
 }
 
 void ContactStore::addContainer(const ContainerInfo& container, Writing&) {
@@ -171,9 +217,7 @@ void ContactStore::addRecord(NewRecord& record, Writing& writing) {
     writing.renamed[record.key] = fresh;
     record.key = fresh;
   }
-  writeContent(Sql::InsertContent, writing.nextRow, record.properties,
-               record.fingerprint ? *record.fingerprint
-                                  : contentFingerprint(record.properties, record.image));
+  writeContent(Sql::InsertContent, writing.nextRow, record.properties, fingerprintOf(record));
   if (record.image) writeImage(writing.nextRow, record.image);
   const Entry entry{record.key, writing.nextRow, container, record.kind, true};
   writing.added.push_back(entry);

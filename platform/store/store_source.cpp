@@ -244,6 +244,12 @@ class StoreSource final : public ContactSource {
     return store_.image(key);
   }
 
+  StoreMoment moment() override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    return store_.moment();
+  }
+
   bool execute(SaveRequest& request) override {
     if (!isStorable(request)) return false;
     for (auto& record : request.additions) {

@@ -68,6 +68,7 @@ PersonImport::PersonImport(ContactSource& source, std::string container,
       container_(std::move(container)),
       options_(options),
       report_(report),
+      moment_(source.moment()),
       startedEmpty_(source.recordsIn(container_, RecordKind::Person).empty()) {}
 
 bool PersonImport::isFull() const {
@@ -127,18 +128,19 @@ void PersonImport::add(const std::string& file, Card&& card, std::uint64_t finge
   for (auto& repair : card.repairs)
     counted_.addProblem(file, repair.line, std::move(repair.reason));
   if (!match) {
-    append(std::move(card), uid, fingerprint);
+    append({&file, card.line}, std::move(card), uid, fingerprint);
   } else if (match->sameContent) {
     ++counted_.skipped;
   } else if (!options_.update) {
     ++counted_.skipped;
     counted_.addProblem(file, card.line, "differs from the person with the same UID; not updated");
   } else {
-    replace(*match, std::move(card), fingerprint);
+    replace(*match, {&file, card.line}, std::move(card), fingerprint);
   }
 }
 
-void PersonImport::append(Card&& card, std::string_view uid, std::uint64_t fingerprint) {
+void PersonImport::append(const Origin& origin, Card&& card, std::string_view uid,
+                          std::uint64_t fingerprint) {
   ++counted_.added;
   batchBytes_ += sizeOf(card);
   const auto index = batch_.additions.size();
@@ -150,15 +152,18 @@ void PersonImport::append(Card&& card, std::string_view uid, std::uint64_t finge
   if (startedEmpty_) addedHashes_.insert(fingerprint);
   batch_.additions.push_back({RecordKey::make(RecordKind::Person), RecordKind::Person, container_,
                               std::move(card.properties), std::move(card.photo), fingerprint});
+  additionOrigins_.push_back(origin);
 }
 
-void PersonImport::replace(const Match& match, Card&& card, std::uint64_t fingerprint) {
+void PersonImport::replace(const Match& match, const Origin& origin, Card&& card,
+                           std::uint64_t fingerprint) {
   ++counted_.updated;
   batchBytes_ += sizeOf(card);
   if (startedEmpty_) addedHashes_.insert(fingerprint);
   if (match.stored) {
     batchReplaced_.insert(match.key);
     batch_.replacements.push_back({match.key, std::move(card.properties), std::move(card.photo)});
+    replacementOrigins_.push_back(origin);
   } else {
     auto& record = batch_.additions[match.addition];
     batchByContent_.emplace(fingerprint, match.addition);
@@ -168,16 +173,60 @@ void PersonImport::replace(const Match& match, Card&& card, std::uint64_t finger
   }
 }
 
+// Ends: what others keep changing right now is all that is tried again.
 void PersonImport::commit() {
+  for (auto left = writeBatch(); !left.empty(); left = writeBatch()) {
+    for (auto& [origin, properties, photo, fingerprint] : left) {
+      Card card;
+      card.properties = std::move(properties);
+      card.photo = std::move(photo);
+      card.line = origin.line;
+      add(*origin.file, std::move(card), fingerprint);
+    }
+  }
+}
+
+std::vector<PersonImport::LeftOut> PersonImport::takeLeftOut() {
+  std::vector<LeftOut> left;
+  for (std::size_t i = 0; i < batch_.additions.size(); ++i) {
+    auto& record = batch_.additions[i];
+    if (!record.leftOut) continue;
+    --counted_.added;
+    const auto fingerprint = contentFingerprint(record.properties, record.image);
+    left.push_back(
+        {additionOrigins_[i], std::move(record.properties), std::move(record.image), fingerprint});
+  }
+  for (std::size_t i = 0; i < batch_.replacements.size(); ++i) {
+    auto& record = batch_.replacements[i];
+    if (!record.leftOut) continue;
+    --counted_.updated;
+    const auto fingerprint = contentFingerprint(record.properties, record.image);
+    left.push_back({replacementOrigins_[i], std::move(record.properties), std::move(record.image),
+                    fingerprint});
+  }
+  counted_.cards -= left.size();
+  return left;
+}
+
+std::vector<PersonImport::LeftOut> PersonImport::writeBatch() {
+  std::vector<LeftOut> left;
   if (!batch_.additions.empty() || !batch_.replacements.empty()) {
+    batch_.moment = moment_;
+    batch_.whenOutdated = SaveRequest::WhenOutdated::LeaveOut;
     if (!source_.execute(batch_)) throw std::runtime_error(batch_.reason);
+    moment_ = *batch_.moment;
+    if (batch_.outdated) startedEmpty_ = false;
+    left = takeLeftOut();
   }
   report_.takeCounts(counted_);
+  additionOrigins_.clear();
+  replacementOrigins_.clear();
   batch_ = {};
   batchBytes_ = 0;
   batchByUid_.clear();
   batchByContent_.clear();
   batchReplaced_.clear();
+  return left;
 }
 
 }  // namespace ox::vcard

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include "platform/store/contact_source.hpp"
 #include "platform/vcard/card.hpp"
@@ -31,13 +32,26 @@ class PersonImport {
   PersonImport(ContactSource& source, std::string container, const ImportOptions& options,
                ImportReport& report);
 
-  // The fingerprint is that of the card's content. Takes from the card what it keeps.
+  // The fingerprint is that of the card's content. Takes from the card what it keeps; the name of
+  // the file is borrowed until the card is committed.
   void add(const std::string& file, Card&& card, std::uint64_t fingerprint);
   // True when enough has come together for a commit.
   bool isFull() const;
+  // Also what others have added meanwhile is not added again, and what they removed is.
   void commit();
 
  private:
+  struct Origin {
+    const std::string* file;
+    std::size_t line;
+  };
+  // A card whose match was none any more when it was to be written.
+  struct LeftOut {
+    Origin origin;
+    PropertyBag properties;
+    Data photo;
+    std::uint64_t fingerprint;
+  };
   // What a card is equal to already; null members when that record is of this batch.
   struct Match {
     RecordKey key;
@@ -51,8 +65,11 @@ class PersonImport {
   bool isExported(const Card& card, const RecordKey& key);
   std::optional<Match> matchByContent(const Card& card, std::uint64_t fingerprint);
   bool storeMayHold(std::uint64_t hash) const;
-  void append(Card&& card, std::string_view uid, std::uint64_t fingerprint);
-  void replace(const Match& match, Card&& card, std::uint64_t fingerprint);
+  void append(const Origin& origin, Card&& card, std::string_view uid, std::uint64_t fingerprint);
+  void replace(const Match& match, const Origin& origin, Card&& card, std::uint64_t fingerprint);
+  // Writes the batch and begins another; what was left out is not counted.
+  std::vector<LeftOut> writeBatch();
+  std::vector<LeftOut> takeLeftOut();
 
   ContactSource& source_;
   std::string container_;
@@ -60,13 +77,16 @@ class PersonImport {
   ImportReport& report_;
 
   SaveRequest batch_;
+  std::vector<Origin> additionOrigins_;
+  std::vector<Origin> replacementOrigins_;
   ImportReport counted_;  // of this batch
   std::size_t batchBytes_ = 0;
   std::unordered_map<std::string, std::size_t> batchByUid_;
   std::unordered_multimap<std::uint64_t, std::size_t> batchByContent_;
   std::unordered_set<RecordKey> batchReplaced_;
-  // When the container was empty, everything in it came from here: hashes of the UIDs and contents
-  // that were added, so that a new card asks the store nothing.
+  StoreMoment moment_;  // from before the cards of the batch were looked for
+  // When the container was empty and nobody else has written, everything in it came from here:
+  // hashes of the UIDs and contents that were added, so that a new card asks the store nothing.
   bool startedEmpty_;
   std::unordered_set<std::uint64_t> addedHashes_;
 };

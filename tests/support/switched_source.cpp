@@ -263,6 +263,11 @@ std::uint64_t SwitchedSource::committedFingerprint(const RecordKey& key) {
   return real_->committedFingerprint(key);
 }
 
+StoreMoment SwitchedSource::moment() {
+  enterContainerView(&SourceCounts::moment);
+  return real_->moment();
+}
+
 bool SwitchedSource::execute(SaveRequest& request) {
   enterContainerView(&SourceCounts::execute);
   return real_->execute(request);

@@ -37,6 +37,7 @@ struct SourceCounts {
   std::uint64_t committedValues = 0;
   std::uint64_t committedImage = 0;
   std::uint64_t committedFingerprint = 0;
+  std::uint64_t moment = 0;
   std::uint64_t execute = 0;
   std::uint64_t recordsWithCardUid = 0;
   std::uint64_t recordsWithFingerprint = 0;
@@ -103,6 +104,7 @@ class SwitchedSource : public ContactSource {
   std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) override;
   Data committedImage(const RecordKey& key) override;
   std::uint64_t committedFingerprint(const RecordKey& key) override;
+  StoreMoment moment() override;
   bool execute(SaveRequest& request) override;
   RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
                                 std::string_view uid) override;

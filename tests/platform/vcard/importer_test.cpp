@@ -1,7 +1,10 @@
 #include "platform/vcard/importer.hpp"
 
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
+#include <thread>
+#include <utility>
 
 #include "base/store_location.hpp"
 #include "platform/records/property_keys.hpp"
@@ -15,6 +18,7 @@
 namespace ox::vcard {
 namespace {
 
+using support::PersonValues;
 using support::StoreBuilder;
 using support::SwitchedSource;
 using support::temporaryFile;
@@ -139,6 +143,106 @@ TEST(Importer, KeepsWhatItCommittedWhenStopped) {
   EXPECT_TRUE(report.interrupted);
   EXPECT_EQ(countsOf(report), "5000 = 5000 + 0 + 0 + 0 + 0");
   EXPECT_EQ(support::realSource().recordsIn("_local", RecordKind::Person).size(), 5000U);
+}
+
+// A source in whose way another process gets: what is to be done just before a request is written.
+class InterruptedSource : public SwitchedSource {
+ public:
+  using Interruption = std::function<void(ContactSource& elsewhere)>;
+
+  static InterruptedSource& install() {
+    auto source = std::make_shared<InterruptedSource>();
+    installContactSource(source);
+    return *source;
+  }
+  InterruptedSource() : SwitchedSource(openStoreSource(contactStorePath())) {}
+
+  // Once, before so many more requests.
+  void beforeRequest(int passing, Interruption interruption) {
+    passing_ = passing;
+    interruption_ = std::move(interruption);
+  }
+  ContactSource& elsewhere() { return *elsewhere_; }
+
+  bool execute(SaveRequest& request) override {
+    if (interruption_ && passing_-- == 0) std::exchange(interruption_, nullptr)(*elsewhere_);
+    return SwitchedSource::execute(request);
+  }
+
+ private:
+  std::shared_ptr<ContactSource> elsewhere_ = openStoreSource(contactStorePath());
+  int passing_ = 0;
+  Interruption interruption_;
+};
+
+std::string withoutUid(const std::string& name) {
+  return "BEGIN:VCARD\r\nVERSION:3.0\r\nN:;" + name + ";;;\r\nFN:" + name + "\r\nEND:VCARD\r\n";
+}
+
+// Four cards, two of them with other content, come in elsewhere: those of the batch that is being
+// written, and of batches to come.
+TEST(Importer, AddsNothingThatOthersAddMeanwhile) {
+  struct Row {
+    int requests;  // before that of the others
+    bool update;
+    std::string counts;
+  };
+  const std::vector<Row> rows = {
+      {0, false, "12501 = 12497 + 0 + 4 + 0 + 0"},
+      {0, true, "12501 = 12497 + 2 + 2 + 0 + 0"},
+      {1, false, "12501 = 12498 + 0 + 3 + 0 + 0"},
+      {2, false, "12501 = 12500 + 0 + 1 + 0 + 0"},
+  };
+  auto& source = InterruptedSource::install();
+  const auto file = temporaryFile("many.vcf", manyCards(12500) + withoutUid("Zoe")).string();
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const auto container = "c" + std::to_string(i) + ":ABAccount";
+    StoreBuilder(source.elsewhere()).container(container, "account", 3);
+    std::vector<std::string> known = {"u10", "urn:uuid:u6000", "u12000"};
+    if (rows[i].requests > 0) known[0] = "elsewhere";
+    if (rows[i].requests > 1) known[1] = "elsewhere too";
+    if (rows[i].requests > 1) known[2] = "and there";
+    source.beforeRequest(rows[i].requests, [&](ContactSource& elsewhere) {
+      auto account = StoreBuilder(elsewhere).in(container);
+      const auto add = [&](const PersonValues& values) {
+        account.person(RecordKey::make(RecordKind::Person).text(), values);
+      };
+      add({.first = "P10", .more = {{property_id::kCardUid, Object(known[0])}}});
+      add({.first = "Other", .more = {{property_id::kCardUid, Object(known[1])}}});
+      add({.first = "Other", .more = {{property_id::kCardUid, Object(known[2])}}});
+      // The same as the last card, which has no UID.
+      add({.first = "Zoe"});
+    });
+    ImportOptions options;
+    options.update = rows[i].update;
+    const auto report = importFiles({file}, container, options);
+    EXPECT_EQ(report.failure, "") << i;
+    EXPECT_EQ(countsOf(report), rows[i].counts) << i;
+    const auto differ = rows[i].update || rows[i].requests > 1 ? 0U : 2U;
+    EXPECT_EQ(report.problems.size(), differ) << i;
+    const auto others = rows[i].requests + (rows[i].requests > 1 ? 1 : 0);
+    EXPECT_EQ(source.recordsIn(container, RecordKind::Person).size(),
+              12501U + static_cast<std::size_t>(others))
+        << i;
+  }
+}
+
+TEST(Importer, AddsACardOnceFromManyThreads) {
+  const auto file = temporaryFile("many.vcf", manyCards(6000) + withoutUid("Zoe")).string();
+  std::vector<ImportReport> reports(3);
+  std::vector<std::thread> threads;
+  for (auto& report : reports) {
+    threads.emplace_back([&] { report = importFiles({file}, "_local", {}); });
+  }
+  for (auto& thread : threads) thread.join();
+  std::uint64_t added = 0;
+  for (const auto& report : reports) {
+    EXPECT_EQ(report.failure, "");
+    EXPECT_EQ(report.added + report.skipped, 6001U);
+    added += report.added;
+  }
+  EXPECT_EQ(added, 6001U);
+  EXPECT_EQ(contactSource().recordsIn("_local", RecordKind::Person).size(), 6001U);
 }
 
 const support::SecondProcess looksAtTheStore("looksAtTheStore", [](const auto&) {
