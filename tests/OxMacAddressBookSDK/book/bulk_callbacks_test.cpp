@@ -131,16 +131,22 @@ TEST(BulkCallbacks, ThatAreAbsentAreSkipped) {
 }
 
 // Its end starts another save and another load of the book.
-struct StartsAnother {
-  OxMacAddressBook& book;
-  Data data;
-  Reports save;
-  Reports load;
-
+class StartsAnother {
+ public:
+  StartsAnother(OxMacAddressBook& book, Data data, Reports save, Reports load)
+      : book_(book), data_(std::move(data)), save_(std::move(save)), load_(std::move(load)) {}
+  StartsAnother(const StartsAnother&) = delete;
+  StartsAnother& operator=(const StartsAnother&) = delete;
   ~StartsAnother() {
-    book.saveDataBlock(save.saveCallback());
-    book.loadWithData_progressBlock(data, load.loadCallback());
+    book_.saveDataBlock(save_.saveCallback());
+    book_.loadWithData_progressBlock(data_, load_.loadCallback());
   }
+
+ private:
+  OxMacAddressBook& book_;
+  Data data_;
+  Reports save_;
+  Reports load_;
 };
 
 TEST(BulkCallbacks, MayStartAnotherWhenTheyGo) {
