@@ -181,7 +181,9 @@ class OxMacAddressBook final : public OxAddressBook,
   // far, and nothing takes that back. A host neither saves nor reverts until the last report.
   void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress) override;
   // Hands the book to the callback as the data of a neutral book, on a thread of its own; returns
-  // at once. The last report is finished and carries the data.
+  // at once. The last report is finished and carries the data; none when the save was cut short, by
+  // a lack of memory say. What the store does not give is missing in the data, and counted as a
+  // failure: a host that replaces an earlier copy looks at the count first (base/failures.hpp).
   void saveDataBlock(const SaveCallback& progress) override;
 
   // The steps of both, on the calling thread.

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "base/failures.hpp"
 #include "base/sqlite/connection.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
@@ -168,6 +169,23 @@ TEST(BulkSave, ThatIsCutShortEndsWithoutData) {
   EXPECT_EQ(run.wait(), "0 100!");
   EXPECT_EQ(failures::snapshot().lastReason,
             "a save was cut short: something that is no exception was thrown");
+}
+
+// A query that fails is an empty one.
+TEST(BulkSave, OfAStoreThatFailsHoldsWhatIsGivenAndCountsTheRest) {
+  auto& source = SwitchedSource::install();
+  StoreBuilder(source.real()).persons("p", 2).group("g", "G").member("g", "p0");
+  const auto book = bookOf("_local:ABAccount");
+  Reports run;
+  source.denyContainerAccess();
+  book->saveDataBlock(run.saveCallback());
+  EXPECT_EQ(run.wait(), "0 100 100 data!");
+  source.denyContainerAccess(false);
+  EXPECT_EQ(failures::snapshot().failures, 2U) << "the book of the group, and the persons";
+  EXPECT_EQ(failures::snapshot().lastReason, "access to the containers is denied");
+  const auto general = OxAddressBookGeneral::addressBookWithData(run.data());
+  EXPECT_EQ(general->personsDic().count(), 0U);
+  EXPECT_EQ(general->groupsDic().count(), 1U);
 }
 
 TEST(BulkRuns, ThatCannotBeStartedSaySoAtOnce) {
