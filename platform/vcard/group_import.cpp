@@ -12,6 +12,8 @@ namespace {
 constexpr auto kNoGroup = static_cast<std::size_t>(-1);
 // How far the search for circles through stored groups goes in one import.
 constexpr std::size_t kMaxSteps = 10'000'000;
+// How often the groups are worked out.
+constexpr int kTries = 5;
 
 std::string plainUid(const Card& card) {
   const auto* uid = card.properties.text(property_id::kCardUid);
@@ -64,6 +66,68 @@ void GroupImport::add(const std::string& file, Card card) {
 }
 
 void GroupImport::commit() {
+  int tries = 1;
+  while (!tryCommit(tries < kTries ? SaveRequest::WhenOutdated::Refuse
+                                   : SaveRequest::WhenOutdated::LeaveOut)) {
+    ++tries;
+  }
+  groups_.clear();
+  report_.takeCounts(counted_);
+}
+
+bool GroupImport::tryCommit(SaveRequest::WhenOutdated whenOutdated) {
+  const auto problems = counted_.problems.size();
+  const auto problemCount = counted_.problemCount;
+  const auto moment = source_.moment();
+  auto request = workOut();
+  if (request.additions.empty() && request.replacements.empty() && request.removedLinks.empty() &&
+      request.links.empty()) {
+    return true;
+  }
+  request.moment = moment;
+  request.whenOutdated = whenOutdated;
+  if (!source_.execute(request)) {
+    if (!request.outdated) throw std::runtime_error(request.reason);
+    forgetTry(problems, problemCount);
+    return false;
+  }
+  reportLeftOut(request);
+  return true;
+}
+
+void GroupImport::forgetTry(std::size_t problems, std::uint64_t problemCount) {
+  counted_.problems.resize(problems);
+  counted_.problemCount = problemCount;
+  for (auto& group : groups_) {
+    if (group.stored) group.key = RecordKey::make(RecordKind::Group);
+    group.stored = false;
+    group.namesFewer = false;
+    group.persons.clear();
+    group.subgroups.clear();
+    group.storedSubgroups.clear();
+  }
+  nested_.clear();
+  removed_.clear();
+  steps_ = 0;
+}
+
+void GroupImport::reportLeftOut(const SaveRequest& request) {
+  std::unordered_map<RecordKey, const Group*> byKey;
+  for (const auto& group : groups_) byKey.emplace(group.key, &group);
+  for (const auto& record : request.additions) {
+    if (record.leftOut) report(*byKey.at(record.key), "was added elsewhere meanwhile; left out");
+  }
+  for (const auto& record : request.replacements) {
+    if (record.leftOut) report(*byKey.at(record.key), "was removed elsewhere meanwhile; left out");
+  }
+  for (const auto& link : request.links) {
+    if (link.leftOut) {
+      report(*byKey.at(link.group), "the member " + link.child.text() + " could not be added");
+    }
+  }
+}
+
+SaveRequest GroupImport::workOut() {
   SaveRequest request;
   for (auto& group : groups_) {
     resolveMembers(group);
@@ -72,18 +136,13 @@ void GroupImport::commit() {
   breakCircles();
   removeUnnamed(request);
   // New groups first: nothing stored leads into them yet, so their links close no circle.
-  for (auto& group : groups_) {
+  for (const auto& group : groups_) {
     if (!group.stored) collectNew(group, request);
   }
   for (const auto& group : groups_) {
     if (group.stored) collectStored(group, request);
   }
-  groups_.clear();
-  if (!request.additions.empty() || !request.replacements.empty() ||
-      !request.removedLinks.empty() || !request.links.empty()) {
-    if (!source_.execute(request)) throw std::runtime_error(request.reason);
-  }
-  report_.takeCounts(counted_);
+  return request;
 }
 
 void GroupImport::resolveMembers(Group& group) {
@@ -164,9 +223,9 @@ void GroupImport::breakCirclesFrom(std::size_t start, std::vector<char>& colours
   }
 }
 
-void GroupImport::collectNew(Group& group, SaveRequest& request) {
+void GroupImport::collectNew(const Group& group, SaveRequest& request) {
   request.additions.push_back(
-      {group.key, RecordKind::Group, container_, std::move(group.card.properties), nullptr});
+      {group.key, RecordKind::Group, container_, group.card.properties, nullptr});
   for (const auto& person : group.persons) request.links.push_back({group.key, person});
   for (const auto& child : group.subgroups) {
     if (child == kNoGroup) continue;

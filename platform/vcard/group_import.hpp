@@ -25,6 +25,8 @@ class GroupImport {
       : source_(source), container_(std::move(container)), options_(options), report_(report) {}
 
   void add(const std::string& file, Card card);
+  // Works the request out anew when others have written meanwhile. Where they write again and again
+  // what cannot be written as it was worked out is left out at last, with a problem.
   void commit();
 
  private:
@@ -40,6 +42,11 @@ class GroupImport {
   };
 
   void report(const Group& group, std::string reason);
+  // False when it has to be worked out anew.
+  bool tryCommit(SaveRequest::WhenOutdated whenOutdated);
+  void forgetTry(std::size_t problems, std::uint64_t problemCount);
+  SaveRequest workOut();
+  void reportLeftOut(const SaveRequest& request);
   // Turns the UIDs of members into persons and groups.
   void resolveMembers(Group& group);
   void findStored(Group& group);
@@ -47,7 +54,7 @@ class GroupImport {
   // Takes away the links that would make a new group its own descendant.
   void breakCircles();
   void breakCirclesFrom(std::size_t start, std::vector<char>& colours);
-  void collectNew(Group& group, SaveRequest& request);
+  void collectNew(const Group& group, SaveRequest& request);
   // What a group that was there gets; nothing without leave to update.
   void collectStored(const Group& group, SaveRequest& request);
   // The members that a stored group holds and its card does not name; gone with leave to update.

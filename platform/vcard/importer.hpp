@@ -61,8 +61,8 @@ struct ImportReport {
 // files are looked at first: when one cannot be opened, or is a file of the store itself, nothing
 // is imported. Cards are committed in batches, groups and their members at the end in one request,
 // so that members may stand in any file and in any order. A card whose UID is in the container, or
-// one without UID whose content is, is not added again. Returns when everything would survive a
-// power cut. One thread at a time.
+// one without UID whose content is, is not added again, also when others write meanwhile. Returns
+// when everything would survive a power cut. Several may run at once.
 ImportReport importFiles(const std::vector<std::string>& paths, const std::string& container,
                          const ImportOptions& options);
 

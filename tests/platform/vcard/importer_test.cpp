@@ -245,6 +245,102 @@ TEST(Importer, AddsACardOnceFromManyThreads) {
   EXPECT_EQ(contactSource().recordsIn("_local", RecordKind::Person).size(), 6001U);
 }
 
+void removeElsewhere(ContactSource& elsewhere, const std::string& uid) {
+  for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
+    for (const auto& key : elsewhere.recordsWithCardUid("_local", kind, uid)) {
+      elsewhere.remove(key, kind);
+    }
+  }
+  ASSERT_TRUE(elsewhere.save().done);
+}
+
+std::string namesOf(ContactSource& source, const RecordKeys& keys, PropertyId property) {
+  std::string names;
+  for (const auto& key : keys) {
+    names += (names.empty() ? "" : " ") + *source.committedValues(key)->text(property);
+  }
+  return names;
+}
+
+TEST(Importer, AddsAnewWhatOthersRemoveWhileItIsUpdated) {
+  auto& source = InterruptedSource::install();
+  importFiles({temporaryFile("old.vcf", manyCards(4)).string()}, "_local", {});
+  source.beforeRequest(0, [](ContactSource& elsewhere) { removeElsewhere(elsewhere, "u1"); });
+  std::string cards;
+  for (const auto* uid : {"u0", "u1", "u2", "new"}) cards += cardOf(uid, std::string("N") + uid);
+  ImportOptions options;
+  options.update = true;
+  const auto report = importFiles({temporaryFile("new.vcf", cards).string()}, "_local", options);
+  EXPECT_EQ(report.failure, "");
+  EXPECT_EQ(countsOf(report), "4 = 2 + 2 + 0 + 0 + 0");
+  EXPECT_EQ(namesOf(source, source.recordsIn("_local", RecordKind::Person), property_id::kFirst),
+            "Nu0 Nu2 P3 Nnew Nu1");
+}
+
+std::string groupOf(const std::string& uid, const std::vector<std::string>& members) {
+  std::string text = "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:" + uid + "\r\nN:" + uid +
+                     ";;;;\r\nFN:" + uid + "\r\nX-ADDRESSBOOKSERVER-KIND:group\r\n";
+  for (const auto& member : members) {
+    text += "X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:" + member + "\r\n";
+  }
+  return text + "END:VCARD\r\n";
+}
+
+// The groups of the local account with their members, and what the report tells.
+std::string groupsAfter(ContactSource& source, const ImportReport& report) {
+  std::string text = report.failure;
+  for (const auto& group : source.recordsIn("_local", RecordKind::Group)) {
+    text +=
+        namesOf(source, {group}, property_id::kGroupName) + "(" +
+        namesOf(source, *source.children(group, RecordKind::Person), property_id::kFirst) + "; " +
+        namesOf(source, *source.children(group, RecordKind::Group), property_id::kGroupName) + ") ";
+  }
+  for (const auto& problem : report.problems) {
+    text += "| " + std::to_string(problem.line) + ": " + problem.reason;
+  }
+  return text;
+}
+
+TEST(Importer, LinksWhatIsThereWhenOthersRemoveAndAddMeanwhile) {
+  auto& source = InterruptedSource::install();
+  const auto cards = temporaryFile("groups.vcf", manyCards(3) + groupOf("G", {"u0", "u1", "H"}) +
+                                                     groupOf("H", {"u2"}))
+                         .string();
+  source.beforeRequest(1, [](ContactSource& elsewhere) {
+    removeElsewhere(elsewhere, "u1");
+    StoreBuilder(elsewhere).group("h", "H");
+    SaveRequest request;
+    const auto key = RecordKey::of("h");
+    request.replacements.push_back({key, *elsewhere.committedValues(key), nullptr});
+    request.replacements[0].properties.set(property_id::kCardUid, Object(std::string("H")));
+    ASSERT_TRUE(elsewhere.execute(request)) << request.reason;
+  });
+  EXPECT_EQ(groupsAfter(source, importFiles({cards}, "_local", {})),
+            "H(; ) G(P0; H) | 19: the member u1 is not there| 29: differs from the group with the "
+            "same UID; not updated");
+}
+
+// As long as the import asks, so that it has to do with what it finds at last.
+TEST(Importer, EndsAlsoWhenOthersNeverStopWriting) {
+  auto& source = InterruptedSource::install();
+  const auto cards = temporaryFile("groups.vcf", manyCards(9) + groupOf("G", {"u0", "u7", "u8"}) +
+                                                     groupOf("H", {"u1", "G"}))
+                         .string();
+  int requests = 0;
+  std::string last;
+  std::function<void(ContactSource&)> again = [&](ContactSource& elsewhere) {
+    const auto uid = "u" + std::to_string(++requests + 3);
+    last = elsewhere.recordsWithCardUid("_local", RecordKind::Person, uid).at(0).text();
+    removeElsewhere(elsewhere, uid);
+    source.beforeRequest(0, again);
+  };
+  source.beforeRequest(1, again);
+  const auto found = groupsAfter(source, importFiles({cards}, "_local", {}));
+  EXPECT_EQ(found, "G(P0; ) H(P1; G) | 55: the member u7 is not there| 55: the member " + last +
+                       " could not be added");
+  EXPECT_EQ(requests, 5);
+}
+
 const support::SecondProcess looksAtTheStore("looksAtTheStore", [](const auto&) {
   const auto source = openStoreSource(contactStorePath());  // closed at the end
   return source->recordsIn("_local", RecordKind::Person).size() == 1 ? 0 : 1;
