@@ -40,6 +40,26 @@ TEST(ImportCommand, AddsNothingTwice) {
   EXPECT_EQ(groups[0]["persons"], 1);
 }
 
+TEST(ImportCommand, AddsNothingTwiceWhenTwoImportTheSame) {
+  std::string cards = kFriends + kAnn + kBen;
+  for (int i = 0; i < 6000; ++i) {
+    const auto name = "P" + std::to_string(i);
+    cards += card({"UID:" + name, "N:;" + name + ";;;", "FN:" + name});
+  }
+  const auto file = temporaryFile("many.vcf", cards).string();
+  support::RunningProcess one(programCommand({"--json", "import", file}));
+  support::RunningProcess two(programCommand({"--json", "import", file}));
+  int added = 0;
+  for (auto* process : {&one, &two}) {
+    const auto result = process->wait();
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    added += Json::parse(result.output)["added"].get<int>();
+  }
+  EXPECT_EQ(added, 6002);
+  EXPECT_EQ(runJson({"persons"}).size(), 6002U);
+  EXPECT_EQ(runJson({"groups"}).size(), 1U);
+}
+
 TEST(ImportCommand, ChangesWhatHasTheSameUidOnlyWithUpdate) {
   import(kAnn);
   const auto other = card({"UID:a1", "N:Lee;Anna;;;", "FN:Anna Lee"});
@@ -108,6 +128,25 @@ TEST(ImportCommand, GroupsFindTheirMembersAnywhere) {
   EXPECT_EQ(groups[0]["subGroups"][0]["subGroups"][0]["displayName"], "loop");
   EXPECT_EQ(countsOf(runJson({"import", first, second})), "cards 4, skipped 1, groups 3");
   EXPECT_EQ(run({"check"}).output, "sound\n");
+}
+
+TEST(ImportCommand, TellsOfGroupsThatTheAccountDoesNotShow) {
+  run({"accounts", "add", "Google"});
+  const auto file = temporaryFile("google.vcf", kAnn + kFriends);
+  const auto result = run({"import", file, "--into", "Google"});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.errors, "oxcontacts: Google shows no groups: 1 group card stays out of sight\n");
+  EXPECT_EQ(result.output,
+            "2 cards: 1 added, 0 updated, 0 skipped, 0 refused, 1 group; 0 repaired\n");
+  EXPECT_EQ(run({"import", file}).errors, "");
+}
+
+TEST(ImportCommand, ReadsStandardInput) {
+  const auto file = temporaryFile("cards.vcf", kAnn + kBen).string();
+  EXPECT_EQ(runShell("\"$OX\" import - < '" + file + "'").output,
+            "2 cards: 2 added, 0 updated, 0 skipped, 0 refused, 0 groups; 0 repaired\n");
+  EXPECT_EQ(runShell("cat '" + file + "' | \"$OX\" import -").output,
+            "2 cards: 0 added, 0 updated, 2 skipped, 0 refused, 0 groups; 0 repaired\n");
 }
 
 TEST(ImportCommand, RefusesFilesThatHoldNoCards) {
