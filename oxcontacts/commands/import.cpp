@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -6,6 +7,7 @@
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/files.hpp"
 #include "oxcontacts/find.hpp"
+#include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
 #include "oxcontacts/output_file.hpp"
@@ -84,7 +86,8 @@ std::string summary(const vcard::ImportReport& report) {
   return count(report.cards, report.cards == 1 ? "card: " : "cards: ") +
          count(report.added, "added, ") + count(report.updated, "updated, ") +
          count(report.skipped, "skipped, ") + count(report.refused, "refused, ") +
-         count(report.groups, "groups; ") + count(report.repaired, "repaired");
+         count(report.groups, report.groups == 1 ? "group; " : "groups; ") +
+         count(report.repaired, "repaired");
 }
 
 // Throws unless everything went well.
@@ -97,7 +100,20 @@ void endWith(const vcard::ImportReport& report, bool reportWritten) {
   if (report.refused > 0 || report.strayLines > 0) throw CommandError(kDoneWithRefusals, "");
 }
 
-void importCards(const Context& context, const Arguments& arguments) {
+// Groups come into any account, so that an export holds them; not every account's book shows them.
+void tellOfHiddenGroups(const Context& context, const ContainerPtr& account,
+                        const vcard::ImportReport& report) {
+  if (report.groups == 0) return;
+  const auto book =
+      OxMacAddressBook::initWithContainer(std::make_shared<const CNContainer>(account));
+  if (book->canCreateGroup()) return;
+  context.tell(account->name + " shows no groups: " + counted(report.groups, "group card") +
+               " stay" + (report.groups == 1 ? "s" : "") + " out of sight");
+}
+
+void importCards(const Context& context, Arguments arguments) {
+  std::replace(arguments.files.begin(), arguments.files.end(), std::string("-"),
+               std::string("/dev/stdin"));
   const auto container = findAccount(arguments.into);
   auto reportFile = reportFileFor(arguments);
   auto options = arguments.options;
@@ -113,6 +129,7 @@ void importCards(const Context& context, const Arguments& arguments) {
   // First of all: whoever reads what is printed may stop reading, which ends the program.
   const bool written = !reportFile || writeReport(*reportFile, reportJson(report));
   showProblems(context, report);
+  tellOfHiddenGroups(context, container, report);
   if (context.json) {
     printJson(reportJson(report));
   } else {
@@ -126,7 +143,7 @@ void importCards(const Context& context, const Arguments& arguments) {
 void declareImport(CLI::App& program, const Context& context) {
   auto* command = program.add_subcommand("import", "Import vCards into an account");
   const auto arguments = std::make_shared<Arguments>();
-  command->add_option("FILE", arguments->files, "vCard files")->required();
+  command->add_option("FILE", arguments->files, "vCard files; - is standard input")->required();
   command->add_option("--into", arguments->into, "The account (else the local one)")
       ->type_name("ACCOUNT");
   command->add_flag("--update", arguments->options.update,
