@@ -231,6 +231,7 @@ TEST(Importer, AddsACardOnceFromManyThreads) {
   const auto file = temporaryFile("many.vcf", manyCards(6000) + withoutUid("Zoe")).string();
   std::vector<ImportReport> reports(3);
   std::vector<std::thread> threads;
+  threads.reserve(reports.size());
   for (auto& report : reports) {
     threads.emplace_back([&] { report = importFiles({file}, "_local", {}); });
   }
