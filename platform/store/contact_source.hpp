@@ -73,8 +73,9 @@ class ContactSource {
   virtual std::uint64_t committedFingerprint(const RecordKey& key) = 0;
   // How far the store has come, looked for now.
   virtual StoreMoment moment() = 0;
-  // Whole, but for what the request lets be left out, or not at all. Additions whose identifier is taken get a new one, written into the
-  // request. False with a reason in the request when nothing was written.
+  // Whole, but for what the request lets be left out, or not at all. Additions whose identifier is
+  // taken get a new one, written into the request. False with a reason in the request when nothing
+  // was written.
   virtual bool execute(SaveRequest& request) = 0;
   // Committed records of a container that came from a card with that UID, or whose content has that
   // fingerprint (platform/store/fingerprint.hpp), in creation order.
