@@ -2,12 +2,11 @@
 #include <utility>
 
 #include "base/checksum.hpp"
+#include "platform/records/card_uid.hpp"
 #include "platform/store/circle.hpp"
 #include "platform/store/contact_store.hpp"
 #include "platform/store/fingerprint.hpp"
 #include "platform/store/property_codec.hpp"
-#include "platform/vcard/card.hpp"
-#include "platform/vcard/writer.hpp"
 
 namespace ox {
 namespace {
@@ -158,14 +157,14 @@ bool ContactStore::isThere(const NewRecord& record) {
   const auto& container = record.container;
   const auto kind = record.kind;
   const auto* text = record.properties.text(property_id::kCardUid);
-  const auto uid = text != nullptr ? vcard::uidKey(*text) : std::string_view();
+  const auto uid = text != nullptr ? uidKey(*text) : std::string_view();
   if (uid.empty()) {
     return kind == RecordKind::Person &&
            !withFingerprint(container, kind, fingerprintOf(record)).empty();
   }
   if (!withCardUid(container, kind, uid).empty()) return true;
-  if (!withCardUid(container, kind, std::string("urn:uuid:").append(uid)).empty()) return true;
-  const auto own = RecordKey::known(vcard::recordOfUid(uid, kind));
+  if (!withCardUid(container, kind, std::string(kUrnPrefix).append(uid)).empty()) return true;
+  const auto own = RecordKey::known(recordOfUid(uid, kind));
   const auto entry = own ? find(*own) : std::nullopt;
   return entry && entry->kind == kind && entry->container == containerRow(container);
 }

@@ -44,9 +44,6 @@ struct Refusal {
   bool operator==(const Refusal&) const = default;
 };
 
-// The UID without a leading "urn:uuid:": what UIDs and members are compared by.
-std::string_view uidKey(std::string_view uid);
-
 // Entries of an address dictionary beside the public ones: the first two components of ADR (RFC
 // 6350, section 6.3.1) exactly as the card gave them. They also stand as the first lines of the
 // street, where a reader of the record sees them; a writer takes them off there again.

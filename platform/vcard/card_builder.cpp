@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/text/utf8.hpp"
+#include "platform/records/card_uid.hpp"
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/decode.hpp"
 #include "platform/vcard/exact_values.hpp"
@@ -46,12 +47,6 @@ std::string spellingOfClean(const NameParts& parts) {
 }
 
 }  // namespace
-
-std::string_view uidKey(std::string_view uid) {
-  constexpr std::string_view kPrefix = "URN:UUID:";
-  uid = trimmed(uid);
-  return startsWithWord(uid, kPrefix) ? uid.substr(kPrefix.size()) : uid;
-}
 
 void CardBuilder::start(std::size_t line, const CardFacts& facts) {
   card_ = Card();

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/records/card_uid.hpp"
+
 namespace ox::vcard {
 namespace {
 

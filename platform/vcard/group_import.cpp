@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "platform/records/card_uid.hpp"
 #include "platform/store/fingerprint.hpp"
 #include "platform/vcard/person_import.hpp"
 

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platform/records/card_uid.hpp"
 #include "platform/store/fingerprint.hpp"
 #include "platform/vcard/byte_source.hpp"
 #include "platform/vcard/reader.hpp"
@@ -11,8 +12,6 @@
 
 namespace ox::vcard {
 namespace {
-
-constexpr std::string_view kUrnPrefix = "urn:uuid:";
 
 bool sameRecord(const PropertyBag& a, const Data& imageOfA, const Card& card) {
   return sameData(imageOfA, card.photo) && sameContent(a, card.properties);

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "base/checksum.hpp"
+#include "platform/records/card_uid.hpp"
 #include "platform/store/fingerprint.hpp"
 #include "platform/vcard/card.hpp"
 

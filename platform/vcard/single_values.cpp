@@ -2,6 +2,7 @@
 #include <span>
 #include <utility>
 
+#include "platform/records/card_uid.hpp"
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/card_builder.hpp"
 #include "platform/vcard/card_date.hpp"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/records/card_uid.hpp"
 #include "platform/vcard/ascii.hpp"
 #include "platform/vcard/card.hpp"
 #include "platform/vcard/card_writer.hpp"
@@ -16,9 +17,6 @@
 
 namespace ox::vcard {
 namespace {
-
-constexpr std::string_view kUrnPrefix = "urn:uuid:";
-constexpr std::size_t kUuidLength = 36;
 
 // A kept line that would make a group of a person.
 bool saysGroup(const PropertyRow& row, std::string_view line) {
@@ -269,19 +267,6 @@ std::string writeCard(const PropertyBag& properties, const Data& photo,
 void appendGroup(const PropertyBag& properties, const std::vector<std::string>& members,
                  const WriteOptions& options, std::string& out) {
   CardWriter(properties, options, out).group(members);
-}
-
-std::string uidOfRecord(const RecordKey& key) {
-  auto identifier = key.text();
-  if (!key.isPacked()) return identifier;
-  identifier.resize(kUuidLength);
-  return std::string(kUrnPrefix) += identifier;
-}
-
-std::string recordOfUid(std::string_view uid, RecordKind kind) {
-  const auto plain = uidKey(uid);
-  if (plain.size() != kUuidLength) return std::string(plain);
-  return std::string(plain) += kind == RecordKind::Person ? ":ABPerson" : ":ABGroup";
 }
 
 }  // namespace ox::vcard

@@ -38,10 +38,4 @@ std::string writeCard(const PropertyBag& properties, const Data& photo,
 void appendGroup(const PropertyBag& properties, const std::vector<std::string>& members,
                  const WriteOptions& options, std::string& out);
 
-// The UID that a record of that identifier bears when no card gave it one: "urn:uuid:" and the UUID
-// of one of our own, else the identifier itself.
-std::string uidOfRecord(const RecordKey& key);
-// The identifier that such a UID was made from, as far as the UID tells.
-std::string recordOfUid(std::string_view uid, RecordKind kind);
-
 }  // namespace ox::vcard

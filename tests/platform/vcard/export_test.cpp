@@ -7,6 +7,7 @@
 #include "base/sqlite/connection.hpp"
 #include "platform/AddressBook/ABAddressBook.hpp"
 #include "platform/AddressBook/ABPerson.hpp"
+#include "platform/records/card_uid.hpp"
 #include "platform/records/property_keys.hpp"
 #include "platform/vcard/exporter.hpp"
 #include "platform/vcard/importer.hpp"

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "card_text.hpp"
+#include "platform/records/card_uid.hpp"
 #include "platform/vcard/writer.hpp"
 #include "written_card.hpp"
 

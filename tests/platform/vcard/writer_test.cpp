@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "card_text.hpp"
+#include "platform/records/card_uid.hpp"
 #include "platform/records/property_keys.hpp"
 #include "written_card.hpp"
 
