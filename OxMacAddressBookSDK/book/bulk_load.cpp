@@ -57,7 +57,6 @@ void OxMacAddressBook::loadThreed(const Data& data) {
   const auto revertsBefore = ABAddressBook::revertCount();
   if (replaceRecords(general, revertsBefore)) {
     constexpr const char* kCutShort = "the save of a load was cut short";
-    reportLoad(progress::kDone);
     // What it could not write stays unsaved: the next save then completes the load.
     contained(kCutShort, [&] { save(); });
     if (ABAddressBook::revertCount() != revertsBefore) {
@@ -79,6 +78,7 @@ bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral
     adjustGroupAndPersonRelatedByGeneralAddressBook(general);
   });
   if (ended) {
+    reportLoad(progress::kDone);
     const bool reverted = ABAddressBook::revertCount() != revertsBefore;
     if (!reverted && failures::failureCountOfThread() == failedBefore) return true;
     // What could not be made or read was left out: the old records must not go for it.

@@ -3,6 +3,7 @@
 #include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "base/failures.hpp"
 #include "base/sqlite/connection.hpp"
+#include "platform/store/store_source.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/support/no_more_threads.hpp"
@@ -80,11 +81,12 @@ TEST(BulkLoad, ThatSomebodyRevertsIsCutShort) {
     const char* reason;
   };
   const std::vector<Row> rows = {
-      {"made", 2, "0 25 50 50 100 100 100!", "made0  [G: made0] [:] ",
+      {"made", 2, "0 25 50 50 100 100 100 100!", "made0  [G: made0] [:] ",
        "a load was cut short, the old records are kept and empty new ones stand beside them: "
        "somebody reverted the unsaved changes meanwhile"},
       {"done", 7, "0 25 50 50 100 100 100 100!", "done0  [G: done0] [:] ",
-       "the save of a load was cut short: somebody reverted the unsaved changes meanwhile"},
+       "a load was cut short, the old records are kept and empty new ones stand beside them: "
+       "somebody reverted the unsaved changes meanwhile"},
   };
   for (const auto& row : rows) {
     const std::string name = row.container;
@@ -111,6 +113,29 @@ TEST(BulkLoad, ThatSomebodyRevertsIsCutShort) {
     book->save();
     EXPECT_EQ(contentOf(*bookOf(name)), row.content);
   }
+}
+
+// Another thread's revert comes right before the save.
+class RevertedBeforeSaving final : public SwitchedSource {
+ public:
+  using SwitchedSource::SwitchedSource;
+  SaveReport save() override {
+    ABAddressBook::sharedAddressBook()->revert();
+    return SwitchedSource::save();
+  }
+};
+
+TEST(BulkLoad, ThatSomebodyRevertsAsItSavesIsCutShort) {
+  StoreBuilder().persons("p", 1);
+  const auto data = savedData(bookNamed("_local"));
+  installContactSource(std::make_shared<RevertedBeforeSaving>(
+      openStoreSource(support::StoreEnvironment::instance().contactStore().string())));
+  const auto book = bookOf("_local:ABAccount");
+  EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");
+  EXPECT_EQ(failures::snapshot().failures, 1U);
+  EXPECT_EQ(failures::snapshot().lastReason,
+            "the save of a load was cut short: somebody reverted the unsaved changes meanwhile");
+  EXPECT_EQ(contentOf(*book), "p0  ") << "and an empty one beside it";
 }
 
 TEST(BulkLoad, WhoseSaveFailsIsCompletedByTheNextSave) {
