@@ -171,11 +171,12 @@ TEST(BulkLoad, DeletesNoGroupsOfABookThatMayHaveNoneButMakesNewOnes) {
   const auto google = OxMacAddressBook::initWithContainer(containerOf("G:ABAccount", "Google", 3));
   ASSERT_FALSE(google->canCreateGroup());
   EXPECT_EQ(loaded(google, data), "0 25 50 50 100 100 100 100!");
-  std::string names;
+  std::string groups;
   for (const auto& each : ABAddressBook::sharedAddressBook()->groups()) {
-    names += *hostGroup(each)->displayName() + " ";
+    const auto group = hostGroup(each);
+    groups += *group->displayName() + " in " + group->AccountID().value_or("-") + "; ";
   }
-  EXPECT_EQ(names, "New Old New ");
+  EXPECT_EQ(groups, "New in _local; Old in G; New in G; ");
 }
 
 TEST(BulkLoad, LinksNothingForKeysThatPointNowhere) {
