@@ -77,10 +77,12 @@ class ContactSource {
   // taken get a new one, written into the request. False with a reason in the request when nothing
   // was written.
   virtual bool execute(SaveRequest& request) = 0;
-  // Committed records of a container that came from a card with that UID, or whose content has that
-  // fingerprint (platform/store/fingerprint.hpp), in creation order.
+  // Committed records of a container that came from a card with that UID, with or without
+  // "urn:uuid:", in creation order; else the one that an export gives that UID because it has no
+  // other (uidOfRecord).
   virtual RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
                                         std::string_view uid) = 0;
+  // Those whose content has that fingerprint (platform/store/fingerprint.hpp), in creation order.
   virtual RecordKeys recordsWithFingerprint(std::string_view containerIdentifier, RecordKind kind,
                                             std::uint64_t fingerprint) = 0;
   // Returns when everything committed so far would survive a power cut.

@@ -4,6 +4,7 @@
 
 #include "base/checksum.hpp"
 #include "base/sqlite/error.hpp"
+#include "platform/records/card_uid.hpp"
 #include "platform/store/property_codec.hpp"
 #include "platform/store/schema.hpp"
 #include "platform/store/statements.hpp"
@@ -333,12 +334,20 @@ RecordKeysPtr ContactStore::parents(const RecordKey& record) {
 RecordKeys ContactStore::withCardUid(std::string_view containerIdentifier, RecordKind kind,
                                      std::string_view uid) {
   const auto container = containerRow(containerIdentifier);
-  return guarded([&] {
-    auto& rows = statement(Sql::RecordsByCardUid);
-    const sqlite::StatementScope scope(rows);
-    rows.bindText(1, uid);
-    return keysOf(rows, container, kind);
-  });
+  const auto plain = uidKey(uid);
+  for (const auto& spelling : {std::string(plain), std::string(kUrnPrefix).append(plain)}) {
+    auto found = guarded([&] {
+      auto& rows = statement(Sql::RecordsByCardUid);
+      const sqlite::StatementScope scope(rows);
+      rows.bindText(1, spelling);
+      return keysOf(rows, container, kind);
+    });
+    if (!found.empty()) return found;
+  }
+  const auto own = RecordKey::known(recordOfUid(plain, kind));
+  const auto entry = own ? find(*own) : std::nullopt;
+  if (!entry || entry->kind != kind || entry->container != container) return {};
+  return {*own};
 }
 
 RecordKeys ContactStore::withFingerprint(std::string_view containerIdentifier, RecordKind kind,

@@ -152,21 +152,14 @@ void ContactStore::settleOutdated(SaveRequest& request) {
   for (auto& record : request.additions) record.leftOut = isThere(record);
 }
 
-// Finds what recordsWithUid finds.
 bool ContactStore::isThere(const NewRecord& record) {
   const auto& container = record.container;
-  const auto kind = record.kind;
-  const auto* text = record.properties.text(property_id::kCardUid);
-  const auto uid = text != nullptr ? uidKey(*text) : std::string_view();
-  if (uid.empty()) {
-    return kind == RecordKind::Person &&
-           !withFingerprint(container, kind, fingerprintOf(record)).empty();
+  const auto* uid = record.properties.text(property_id::kCardUid);
+  if (uid != nullptr && !uidKey(*uid).empty()) {
+    return !withCardUid(container, record.kind, *uid).empty();
   }
-  if (!withCardUid(container, kind, uid).empty()) return true;
-  if (!withCardUid(container, kind, std::string(kUrnPrefix).append(uid)).empty()) return true;
-  const auto own = RecordKey::known(recordOfUid(uid, kind));
-  const auto entry = own ? find(*own) : std::nullopt;
-  return entry && entry->kind == kind && entry->container == containerRow(container);
+  return record.kind == RecordKind::Person &&
+         !withFingerprint(container, record.kind, fingerprintOf(record)).empty();
 }
 
 void ContactStore::addContainer(const ContainerInfo& container, Writing&) {

@@ -153,12 +153,12 @@ void GroupImport::resolveMembers(Group& group) {
       group.subgroups.push_back(inImport->second);
       continue;
     }
-    const auto persons = recordsWithUid(source_, container_, RecordKind::Person, member);
+    const auto persons = source_.recordsWithCardUid(container_, RecordKind::Person, member);
     if (!persons.empty()) {
       group.persons.push_back(persons.front());
       continue;
     }
-    const auto groups = recordsWithUid(source_, container_, RecordKind::Group, member);
+    const auto groups = source_.recordsWithCardUid(container_, RecordKind::Group, member);
     if (!groups.empty()) {
       group.storedSubgroups.push_back(groups.front());
     } else {
@@ -171,7 +171,7 @@ void GroupImport::findStored(Group& group) {
   const auto uid = plainUid(group.card);
   RecordKeys found;
   if (!uid.empty()) {
-    found = recordsWithUid(source_, container_, RecordKind::Group, uid);
+    found = source_.recordsWithCardUid(container_, RecordKind::Group, uid);
   } else {
     found = source_.recordsWithFingerprint(container_, RecordKind::Group,
                                            contentFingerprint(group.card.properties, nullptr));

@@ -45,22 +45,6 @@ bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& im
   return false;
 }
 
-RecordKeys recordsWithUid(ContactSource& source, const std::string& container, RecordKind kind,
-                          std::string_view uid) {
-  const auto plain = uidKey(uid);
-  auto found = source.recordsWithCardUid(container, kind, plain);
-  if (found.empty()) {
-    found = source.recordsWithCardUid(container, kind, std::string(kUrnPrefix) += plain);
-  }
-  if (found.empty()) {
-    const auto own = RecordKey::known(recordOfUid(uid, kind));
-    const auto holder = own ? source.containerOf(own->text(), kind) : nullptr;
-    const auto wanted = holder ? source.containerNamed(container) : nullptr;
-    if (wanted && wanted->identifier == holder->identifier) found.push_back(*own);
-  }
-  return found;
-}
-
 PersonImport::PersonImport(ContactSource& source, std::string container,
                            const ImportOptions& options, ImportReport& report)
     : source_(source),
@@ -88,7 +72,7 @@ std::optional<PersonImport::Match> PersonImport::matchByUid(const Card& card, st
                  sameRecord(record.properties, record.image, card)};
   }
   if (!storeMayHold(std::hash<std::string_view>()(uid))) return std::nullopt;
-  const auto stored = recordsWithUid(source_, container_, RecordKind::Person, uid);
+  const auto stored = source_.recordsWithCardUid(container_, RecordKind::Person, uid);
   if (stored.empty()) return std::nullopt;
   const auto& key = stored.front();
   if (batchReplaced_.contains(key)) commit();

@@ -13,11 +13,6 @@
 
 namespace ox::vcard {
 
-// The records of a container that bear that card UID, with or without "urn:uuid:"; else the one
-// that an export gives that UID because it has no other (uidOfRecord).
-RecordKeys recordsWithUid(ContactSource& source, const std::string& container, RecordKind kind,
-                          std::string_view uid);
-
 // True when the card is what is written of such a record in one of the versions. A group's members
 // are taken for its own.
 bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& image);
