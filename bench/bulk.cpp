@@ -11,12 +11,12 @@
 #include <string_view>
 #include <utility>
 
-#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "base/store_location.hpp"
 #include "bench/child.hpp"
 #include "bench/figures.hpp"
 #include "bench/plain_edits.hpp"
 #include "bench/stores.hpp"
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/base/store_location.hpp"
 
 namespace ox::bench {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "base/image.hpp"
-#include "platform/images/image_codec.hpp"
+#include "ox/base/image.hpp"
+#include "ox/platform/images/image_codec.hpp"
 
 namespace ox::bench {
 namespace {

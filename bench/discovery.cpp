@@ -5,12 +5,12 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "base/store_location.hpp"
 #include "bench/child.hpp"
 #include "bench/figures.hpp"
 #include "bench/plain_sqlite.hpp"
 #include "bench/stores.hpp"
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/base/store_location.hpp"
 
 namespace ox::bench {
 namespace {

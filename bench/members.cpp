@@ -6,14 +6,14 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
-#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "base/store_location.hpp"
 #include "bench/child.hpp"
 #include "bench/figures.hpp"
 #include "bench/plain_edits.hpp"
 #include "bench/stores.hpp"
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/base/store_location.hpp"
 
 namespace ox::bench {
 namespace {

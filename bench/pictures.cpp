@@ -3,11 +3,11 @@
 #include <stdexcept>
 #include <zlib.h>
 
-#include "OxAddressBookSDK/general/picture_bytes.hpp"
-#include "base/base64.hpp"
 #include "bench/contact_photos.hpp"
 #include "bench/figures.hpp"
-#include "platform/images/image_codec.hpp"
+#include "ox/OxAddressBookSDK/general/picture_bytes.hpp"
+#include "ox/base/base64.hpp"
+#include "ox/platform/images/image_codec.hpp"
 
 namespace ox::bench {
 namespace {

@@ -8,9 +8,9 @@
 #include <unicode/translit.h>
 #include <unicode/unistr.h>
 
-#include "base/text/transcription.hpp"
 #include "bench/contacts.hpp"
 #include "bench/figures.hpp"
+#include "ox/base/text/transcription.hpp"
 
 namespace ox::bench {
 namespace {

@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "bench/contacts.hpp"
-#include "platform/store/store_source.hpp"
-#include "platform/vcard/importer.hpp"
+#include "ox/platform/store/store_source.hpp"
+#include "ox/transfer/importer.hpp"
 
 namespace ox::bench {
 namespace {

@@ -8,8 +8,8 @@
 #include "bench/figures.hpp"
 #include "bench/plain_edits.hpp"
 #include "bench/stores.hpp"
-#include "platform/store/store_source.hpp"
-#include "platform/vcard/exporter.hpp"
+#include "ox/platform/store/store_source.hpp"
+#include "ox/transfer/exporter.hpp"
 
 namespace ox::bench {
 namespace {

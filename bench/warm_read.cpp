@@ -4,11 +4,11 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "bench/figures.hpp"
 #include "bench/plain_sqlite.hpp"
 #include "bench/stores.hpp"
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 
 namespace ox::bench {
 namespace {

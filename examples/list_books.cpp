@@ -1,8 +1,8 @@
 // Lists every address book of the contact store with its persons.
 #include <cstdio>
 
-#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 
 int main() {
   const auto books = ox::OxMacAddressBook::addressBookArrayWithProgressBlock(

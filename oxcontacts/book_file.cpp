@@ -3,9 +3,9 @@
 #include <string_view>
 #include <unistd.h>
 
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
-#include "OxAddressBookSDK/general/book_format.hpp"
-#include "base/failures.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/general/book_format.hpp"
+#include "ox/base/failures.hpp"
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/files.hpp"
 

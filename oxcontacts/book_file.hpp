@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "base/data.hpp"
+#include "ox/base/data.hpp"
+#include "ox/platform/store/backup.hpp"
 #include "oxcontacts/edit/restored_tags.hpp"
-#include "platform/store/backup.hpp"
 
 namespace ox::program {
 

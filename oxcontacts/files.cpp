@@ -5,7 +5,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "base/store_location.hpp"
+#include "ox/base/store_location.hpp"
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/output_file.hpp"
 

@@ -4,9 +4,9 @@
 #include <unordered_set>
 #include <vector>
 
-#include "base/text/composed.hpp"
+#include "ox/base/text/composed.hpp"
+#include "ox/platform/store/contact_source.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
-#include "platform/store/contact_source.hpp"
 
 namespace ox::program {
 namespace {

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
-#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/platform/store/changes.hpp"
 #include "oxcontacts/context.hpp"
-#include "platform/store/changes.hpp"
 
 namespace ox::program {
 

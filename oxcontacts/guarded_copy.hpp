@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
+#include "ox/platform/store/backup.hpp"
 #include "oxcontacts/interruption.hpp"
-#include "platform/store/backup.hpp"
 
 namespace ox::program {
 

@@ -7,13 +7,13 @@
 #include <iostream>
 #include <unistd.h>
 
-#include "base/failures.hpp"
-#include "base/store_location.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/base/store_location.hpp"
+#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/contact_source.hpp"
 #include "oxcontacts/arguments.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/context.hpp"
-#include "platform/store/changes.hpp"
-#include "platform/store/contact_source.hpp"
 
 namespace ox::program {
 namespace {

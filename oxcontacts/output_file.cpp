@@ -9,7 +9,7 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "base/store_location.hpp"
+#include "ox/base/store_location.hpp"
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/files.hpp"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/replacement_file.hpp"
+#include "ox/base/replacement_file.hpp"
 #include "oxcontacts/interruption.hpp"
 
 namespace ox::program {

@@ -1,14 +1,14 @@
 #include <array>
 #include <string_view>
 
-#include "base/uuid.hpp"
+#include "ox/base/uuid.hpp"
+#include "ox/platform/Contacts/CNContainer.hpp"
+#include "ox/platform/store/contact_source.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/tags_to_remove.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/table.hpp"
-#include "platform/Contacts/CNContainer.hpp"
-#include "platform/store/contact_source.hpp"
 
 namespace ox::program {
 namespace {

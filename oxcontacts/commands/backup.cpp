@@ -3,9 +3,10 @@
 #include <mutex>
 #include <string_view>
 
-#include "OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
-#include "base/failures.hpp"
-#include "base/store_location.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/base/store_location.hpp"
+#include "ox/platform/store/contact_source.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/files.hpp"
@@ -15,7 +16,6 @@
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
 #include "oxcontacts/output_file.hpp"
-#include "platform/store/contact_source.hpp"
 
 namespace ox::program {
 namespace {

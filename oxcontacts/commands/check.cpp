@@ -1,9 +1,9 @@
-#include "platform/store/check.hpp"
+#include "ox/platform/store/check.hpp"
 
 #include <iostream>
 
-#include "OxAddressBookSDK/tags/OxTagManager.hpp"
-#include "base/store_location.hpp"
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/base/store_location.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/terminal_text.hpp"

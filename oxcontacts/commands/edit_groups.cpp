@@ -1,6 +1,6 @@
 #include <iostream>
 
-#include "base/failures.hpp"
+#include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"

@@ -1,4 +1,4 @@
-#include "base/failures.hpp"
+#include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/apply.hpp"
 #include "oxcontacts/edit/saving.hpp"

@@ -1,13 +1,13 @@
 #include <optional>
 
-#include "base/failures.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/transfer/exporter.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
 #include "oxcontacts/output_file.hpp"
-#include "platform/vcard/exporter.hpp"
 
 namespace ox::program {
 namespace {

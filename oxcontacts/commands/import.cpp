@@ -3,7 +3,8 @@
 #include <iostream>
 #include <optional>
 
-#include "base/store_location.hpp"
+#include "ox/base/store_location.hpp"
+#include "ox/transfer/importer.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/files.hpp"
 #include "oxcontacts/find.hpp"
@@ -11,7 +12,6 @@
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
 #include "oxcontacts/output_file.hpp"
-#include "platform/vcard/importer.hpp"
 
 namespace ox::program {
 namespace {

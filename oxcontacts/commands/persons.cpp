@@ -2,7 +2,7 @@
 #include <charconv>
 #include <optional>
 
-#include "base/text/case.hpp"
+#include "ox/base/text/case.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/json.hpp"

@@ -1,9 +1,9 @@
-#include "base/failures.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/platform/images/image_codec.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/files.hpp"
 #include "oxcontacts/find.hpp"
-#include "platform/images/image_codec.hpp"
 
 namespace ox::program {
 namespace {

@@ -4,8 +4,10 @@
 #include <filesystem>
 #include <mutex>
 
-#include "base/failures.hpp"
-#include "base/store_location.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/base/store_location.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
+#include "ox/platform/store/contact_source.hpp"
 #include "oxcontacts/book_file.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/restored_tags.hpp"
@@ -15,8 +17,6 @@
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
-#include "platform/Contacts/CNContactStore.hpp"
-#include "platform/store/contact_source.hpp"
 
 namespace ox::program {
 namespace {

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "base/failures.hpp"
+#include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"

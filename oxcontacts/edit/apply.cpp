@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 
-#include "OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
-#include "OxMacAddressBookSDK/_ABPerson/property_names.hpp"
-#include "base/text/case.hpp"
-#include "platform/records/property_keys.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/property_names.hpp"
+#include "ox/base/text/case.hpp"
+#include "ox/records/property_keys.hpp"
 
 namespace ox::program {
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "oxcontacts/edit/assignment.hpp"
 
 namespace ox::program {

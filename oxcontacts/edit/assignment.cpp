@@ -4,14 +4,14 @@
 #include <array>
 #include <string_view>
 
-#include "OxAddressBookSDK/objects/OxObjectEmail.hpp"
-#include "OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPersonName.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPhone.hpp"
-#include "OxMacAddressBookSDK/_ABPerson/property_names.hpp"
-#include "base/text/case.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectEmail.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/property_names.hpp"
+#include "ox/base/text/case.hpp"
+#include "ox/records/property_keys.hpp"
 #include "oxcontacts/context.hpp"
-#include "platform/records/property_keys.hpp"
 
 namespace ox::program {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "OxAddressBookSDK/properties/OxProperty.hpp"
-#include "base/object.hpp"
+#include "ox/OxAddressBookSDK/properties/OxProperty.hpp"
+#include "ox/base/object.hpp"
 
 namespace ox::program {
 

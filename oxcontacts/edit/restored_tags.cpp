@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 
 namespace ox::program {
 namespace {

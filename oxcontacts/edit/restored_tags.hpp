@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "platform/store/contact_source.hpp"
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/platform/store/contact_source.hpp"
 
 namespace ox::program {
 

@@ -1,9 +1,9 @@
 #include "oxcontacts/edit/saving.hpp"
 
-#include "OxAddressBookSDK/tags/OxTagManager.hpp"
-#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "base/failures.hpp"
-#include "platform/AddressBook/ABAddressBook.hpp"
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox::program {
 namespace {

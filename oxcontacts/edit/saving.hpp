@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "ox/platform/AddressBook/ABRecord.hpp"
 #include "oxcontacts/context.hpp"
-#include "platform/AddressBook/ABRecord.hpp"
 
 namespace ox::program {
 

@@ -1,7 +1,7 @@
 #include "oxcontacts/edit/tags_to_remove.hpp"
 
-#include "OxAddressBookSDK/tags/OxTagManager.hpp"
-#include "base/failures.hpp"
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/base/failures.hpp"
 #include "oxcontacts/edit/saving.hpp"
 
 namespace ox::program {

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 
 namespace ox::program {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 
 namespace ox::program {
 

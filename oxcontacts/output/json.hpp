@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "base/text.hpp"
+#include "ox/base/text.hpp"
 
 namespace ox::program {
 

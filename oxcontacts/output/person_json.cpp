@@ -1,6 +1,6 @@
 #include "oxcontacts/output/person_json.hpp"
 
-#include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "oxcontacts/output/value_json.hpp"
 
 namespace ox::program {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "oxcontacts/output/json.hpp"
 
 namespace ox::program {

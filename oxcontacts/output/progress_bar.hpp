@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "base/callbacks.hpp"
+#include "ox/base/callbacks.hpp"
 #include "oxcontacts/context.hpp"
 
 namespace ox::program {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "base/text/display_width.hpp"
+#include "ox/base/text/display_width.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
 
 namespace ox::program {

@@ -1,10 +1,10 @@
 #include "oxcontacts/output/value_json.hpp"
 
-#include "OxAddressBookSDK/objects/OxObjectAddress.hpp"
-#include "OxAddressBookSDK/objects/OxObjectEmail.hpp"
-#include "OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPersonName.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPhone.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectAddress.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectEmail.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
 
 namespace ox::program {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 #include "oxcontacts/output/json.hpp"
 
 namespace ox::program {

@@ -3,18 +3,18 @@
 #include <gtest/gtest.h>
 #include <type_traits>
 
-#include "OxAddressBookSDK/IOxGroup.hpp"
-#include "OxAddressBookSDK/IOxPerson.hpp"
-#include "OxAddressBookSDK/OxAddressBook.hpp"
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
-#include "OxAddressBookSDK/objects/OxCountry.hpp"
-#include "OxAddressBookSDK/objects/OxObjectAddress.hpp"
-#include "OxAddressBookSDK/objects/OxObjectEmail.hpp"
-#include "OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPersonName.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPhone.hpp"
-#include "OxAddressBookSDK/tags/OxTagManager.hpp"
-#include "OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "ox/OxAddressBookSDK/IOxGroup.hpp"
+#include "ox/OxAddressBookSDK/IOxPerson.hpp"
+#include "ox/OxAddressBookSDK/OxAddressBook.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/objects/OxCountry.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectAddress.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectEmail.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 
 namespace ox {
 namespace {

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
-#include "OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
-#include "OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "tests/support/sequence.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

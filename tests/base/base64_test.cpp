@@ -1,4 +1,4 @@
-#include "base/base64.hpp"
+#include "ox/base/base64.hpp"
 
 #include <gtest/gtest.h>
 #include <utility>

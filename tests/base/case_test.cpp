@@ -1,4 +1,4 @@
-#include "base/text/case.hpp"
+#include "ox/base/text/case.hpp"
 
 #include <gtest/gtest.h>
 #include <string>

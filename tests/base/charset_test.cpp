@@ -1,4 +1,4 @@
-#include "base/text/charset.hpp"
+#include "ox/base/text/charset.hpp"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,4 +1,4 @@
-#include "base/checksum.hpp"
+#include "ox/base/checksum.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "base/date.hpp"
+#include "ox/base/date.hpp"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,4 +1,4 @@
-#include "base/detached_worker.hpp"
+#include "ox/base/detached_worker.hpp"
 
 #include <future>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 #include <system_error>
 #include <thread>
 
-#include "base/failures.hpp"
+#include "ox/base/failures.hpp"
 
 namespace ox {
 namespace {

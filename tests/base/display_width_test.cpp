@@ -1,4 +1,4 @@
-#include "base/text/display_width.hpp"
+#include "ox/base/text/display_width.hpp"
 
 #include <array>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "base/failures.hpp"
+#include "ox/base/failures.hpp"
 
 #include <gtest/gtest.h>
 #include <thread>

@@ -1,4 +1,4 @@
-#include "base/text/locale.hpp"
+#include "ox/base/text/locale.hpp"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

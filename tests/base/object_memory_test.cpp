@@ -2,7 +2,7 @@
 #include <new>
 #include <string>
 
-#include "base/object.hpp"
+#include "ox/base/object.hpp"
 #include "tests/support/allocation_limit.hpp"
 
 namespace ox {

@@ -1,4 +1,4 @@
-#include "base/object.hpp"
+#include "ox/base/object.hpp"
 
 #include <gtest/gtest.h>
 #include <limits>

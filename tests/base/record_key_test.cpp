@@ -1,4 +1,4 @@
-#include "base/record_key.hpp"
+#include "ox/base/record_key.hpp"
 
 #include <gtest/gtest.h>
 #include <set>
@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "base/uuid.hpp"
+#include "ox/base/uuid.hpp"
 
 namespace ox {
 namespace {

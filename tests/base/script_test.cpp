@@ -1,4 +1,4 @@
-#include "base/text/script.hpp"
+#include "ox/base/text/script.hpp"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,4 +1,4 @@
-#include "base/serial_queue.hpp"
+#include "ox/base/serial_queue.hpp"
 
 #include <gtest/gtest.h>
 #include <stdexcept>

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "base/sqlite/connection.hpp"
-#include "base/sqlite/error.hpp"
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/base/sqlite/error.hpp"
 
 namespace ox::sqlite {
 namespace {

@@ -1,4 +1,4 @@
-#include "base/store_location.hpp"
+#include "ox/base/store_location.hpp"
 
 #include <cstdlib>
 #include <filesystem>

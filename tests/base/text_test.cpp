@@ -1,4 +1,4 @@
-#include "base/text.hpp"
+#include "ox/base/text.hpp"
 
 #include <gtest/gtest.h>
 

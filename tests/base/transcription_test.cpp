@@ -1,11 +1,11 @@
-#include "base/text/transcription.hpp"
+#include "ox/base/text/transcription.hpp"
 
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "base/text/icu_transcription.hpp"
+#include "ox/base/text/icu_transcription.hpp"
 
 namespace ox {
 namespace {

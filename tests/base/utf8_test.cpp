@@ -1,4 +1,4 @@
-#include "base/text/utf8.hpp"
+#include "ox/base/text/utf8.hpp"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,4 +1,4 @@
-#include "base/uuid.hpp"
+#include "ox/base/uuid.hpp"
 
 #include <algorithm>
 #include <chrono>

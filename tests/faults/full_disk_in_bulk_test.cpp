@@ -1,9 +1,9 @@
 // A disk that is full, or broken, at any one of the changes of an import or of a book's load.
 #include <gtest/gtest.h>
 
-#include "base/failures.hpp"
-#include "platform/AddressBook/ABAddressBook.hpp"
-#include "platform/vcard/importer.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/transfer/importer.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/faults/store_state.hpp"
 #include "tests/faults/trouble.hpp"

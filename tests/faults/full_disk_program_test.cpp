@@ -5,7 +5,7 @@
 #include <set>
 #include <sstream>
 
-#include "platform/store/store_source.hpp"
+#include "ox/platform/store/store_source.hpp"
 #include "tests/faults/store_state.hpp"
 #include "tests/faults/trouble.hpp"
 #include "tests/oxcontacts/program.hpp"

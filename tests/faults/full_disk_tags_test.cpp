@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 #include <optional>
 
-#include "OxAddressBookSDK/tags/OxTagManager.hpp"
-#include "OxAddressBookSDK/tags/tag_file.hpp"
-#include "base/failures.hpp"
-#include "base/sqlite/error.hpp"
-#include "base/store_location.hpp"
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_file.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/base/sqlite/error.hpp"
+#include "ox/base/store_location.hpp"
 #include "tests/faults/trouble.hpp"
 #include "tests/support/store_environment.hpp"
 

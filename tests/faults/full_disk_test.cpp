@@ -1,11 +1,11 @@
 // A disk that is full, or broken, at any one of the changes that an operation makes to it.
 #include <gtest/gtest.h>
 
-#include "base/failures.hpp"
-#include "base/sqlite/connection.hpp"
-#include "platform/AddressBook/ABAddressBook.hpp"
-#include "platform/Contacts/CNContactStore.hpp"
-#include "platform/store/store_source.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
+#include "ox/platform/store/store_source.hpp"
 #include "tests/faults/store_state.hpp"
 #include "tests/faults/trouble.hpp"
 #include "tests/support/store_builder.hpp"

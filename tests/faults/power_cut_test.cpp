@@ -7,12 +7,12 @@
 #include <gtest/gtest.h>
 #include <set>
 
-#include "OxAddressBookSDK/tags/OxTagManager.hpp"
-#include "OxAddressBookSDK/tags/tag_file.hpp"
-#include "base/sqlite/connection.hpp"
-#include "platform/AddressBook/ABAddressBook.hpp"
-#include "platform/store/store_source.hpp"
-#include "platform/vcard/importer.hpp"
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_file.hpp"
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/store/store_source.hpp"
+#include "ox/transfer/importer.hpp"
 #include "tests/faults/faulty_disk.hpp"
 #include "tests/faults/store_state.hpp"
 #include "tests/faults/trouble.hpp"

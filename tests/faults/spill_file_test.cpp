@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include "base/failures.hpp"
-#include "platform/AddressBook/ABAddressBook.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "tests/faults/store_state.hpp"
 #include "tests/faults/trouble.hpp"
 #include "tests/support/store_builder.hpp"

@@ -1,9 +1,9 @@
 #include "tests/faults/store_state.hpp"
 
-#include "base/checksum.hpp"
-#include "platform/store/check.hpp"
-#include "platform/store/fingerprint.hpp"
-#include "platform/store/store_source.hpp"
+#include "ox/base/checksum.hpp"
+#include "ox/platform/store/check.hpp"
+#include "ox/platform/store/store_source.hpp"
+#include "ox/records/fingerprint.hpp"
 
 namespace ox::faults {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/store/contact_source.hpp"
+#include "ox/platform/store/contact_source.hpp"
 
 namespace ox::faults {
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "base/sqlite/connection.hpp"
+#include "ox/base/sqlite/connection.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
 

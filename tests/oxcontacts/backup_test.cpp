@@ -1,7 +1,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
-#include "base/sqlite/connection.hpp"
+#include "ox/base/sqlite/connection.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/platform/images/picture_files.hpp"
 #include "tests/support/store_builder.hpp"

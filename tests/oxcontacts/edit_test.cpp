@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
 
-#include "base/sqlite/connection.hpp"
+#include "ox/base/sqlite/connection.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
 

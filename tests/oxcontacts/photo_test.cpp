@@ -1,8 +1,8 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
-#include "base/base64.hpp"
-#include "platform/images/image_codec.hpp"
+#include "ox/base/base64.hpp"
+#include "ox/platform/images/image_codec.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/platform/images/picture_files.hpp"
 #include "tests/support/store_environment.hpp"

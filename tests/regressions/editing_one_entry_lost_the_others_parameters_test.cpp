@@ -3,10 +3,10 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
-#include "platform/AddressBook/ABAddressBook.hpp"
-#include "platform/AddressBook/ABMultiValue.hpp"
-#include "platform/vcard/exporter.hpp"
-#include "platform/vcard/importer.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/AddressBook/ABMultiValue.hpp"
+#include "ox/transfer/exporter.hpp"
+#include "ox/transfer/importer.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox {

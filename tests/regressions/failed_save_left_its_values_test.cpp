@@ -3,8 +3,8 @@
 // setting one of them again was "no change", and the edit was lost.
 #include <gtest/gtest.h>
 
-#include "base/sqlite/connection.hpp"
-#include "platform/AddressBook/ABAddressBook.hpp"
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "tests/support/second_process.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

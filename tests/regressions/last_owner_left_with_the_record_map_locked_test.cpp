@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <thread>
 
-#include "platform/AddressBook/record_map.hpp"
+#include "ox/platform/AddressBook/record_map.hpp"
 
 namespace ox {
 namespace {

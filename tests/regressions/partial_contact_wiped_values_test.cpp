@@ -4,8 +4,8 @@
 // removed one's identifier.
 #include <gtest/gtest.h>
 
-#include "platform/AddressBook/ABAddressBook.hpp"
-#include "platform/Contacts/CNContactStore.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 #include "tests/support/store_builder.hpp"
 
 namespace ox {

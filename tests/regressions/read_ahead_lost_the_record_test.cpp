@@ -3,7 +3,7 @@
 // property wrote that emptiness over all others.
 #include <gtest/gtest.h>
 
-#include "platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "tests/support/store_builder.hpp"
 
 namespace ox {

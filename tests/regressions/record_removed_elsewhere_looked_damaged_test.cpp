@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "base/store_location.hpp"
-#include "platform/store/contact_source.hpp"
-#include "platform/store/store_source.hpp"
+#include "ox/base/store_location.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/store_source.hpp"
 #include "tests/support/store_builder.hpp"
 
 namespace ox {

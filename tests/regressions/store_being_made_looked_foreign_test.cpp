@@ -6,8 +6,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/store/contact_source.hpp"
-#include "platform/store/schema.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/schema.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox {

@@ -3,9 +3,9 @@
 // that does not exist was stored, and no backup of the book could be written any more.
 #include <gtest/gtest.h>
 
-#include "base/failures.hpp"
-#include "platform/AddressBook/ABAddressBook.hpp"
-#include "platform/Contacts/CNContactStore.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 #include "tests/support/store_builder.hpp"
 
 namespace ox {

@@ -1,5 +1,5 @@
 // Plain records for the platform's own tests, which have no framework above them.
-#include "platform/AddressBook/record_factory.hpp"
+#include "ox/platform/AddressBook/record_factory.hpp"
 
 namespace ox {
 

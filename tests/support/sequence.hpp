@@ -3,7 +3,7 @@
 #include <mutex>
 #include <string>
 
-#include "base/callbacks.hpp"
+#include "ox/base/callbacks.hpp"
 
 namespace ox::support {
 

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/records/property_types.hpp"
-#include "platform/store/contact_source.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/records/property_types.hpp"
 
 namespace ox::support {
 

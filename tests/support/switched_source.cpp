@@ -1,6 +1,6 @@
 #include "tests/support/switched_source.hpp"
 
-#include "platform/store/store_source.hpp"
+#include "ox/platform/store/store_source.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox::support {

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/store/contact_source.hpp"
+#include "ox/platform/store/contact_source.hpp"
 
 namespace ox::support {
 

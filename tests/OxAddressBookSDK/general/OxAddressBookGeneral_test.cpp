@@ -1,8 +1,8 @@
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 
 #include <gtest/gtest.h>
 
-#include "OxAddressBookSDK/values/OxMutableSingleValue.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableSingleValue.hpp"
 #include "tests/OxAddressBookSDK/general/loose_group.hpp"
 
 namespace ox {

@@ -1,11 +1,11 @@
-#include "OxAddressBookSDK/general/OxGeneralPerson.hpp"
+#include "ox/OxAddressBookSDK/general/OxGeneralPerson.hpp"
 
 #include <gtest/gtest.h>
 
-#include "OxAddressBookSDK/objects/OxObjectEmail.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPersonName.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPhone.hpp"
-#include "OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectEmail.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 
 namespace ox {
 namespace {

@@ -1,5 +1,5 @@
 // The file form as it stands in bytes, and what of it is refused although its sum is right.
-#include "OxAddressBookSDK/general/book_format.hpp"
+#include "ox/OxAddressBookSDK/general/book_format.hpp"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -7,13 +7,13 @@
 #include <utility>
 #include <vector>
 
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
-#include "OxAddressBookSDK/general/picture_bytes.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPersonName.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPhone.hpp"
-#include "OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
-#include "base/base64.hpp"
-#include "base/failures.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/general/picture_bytes.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "ox/base/base64.hpp"
+#include "ox/base/failures.hpp"
 #include "tests/OxAddressBookSDK/general/loose_group.hpp"
 
 namespace ox {

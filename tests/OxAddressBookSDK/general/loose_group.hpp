@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OxAddressBookSDK/IOxGroup.hpp"
+#include "ox/OxAddressBookSDK/IOxGroup.hpp"
 
 namespace ox {
 

@@ -1,4 +1,4 @@
-#include "OxAddressBookSDK/general/packed_picture.hpp"
+#include "ox/OxAddressBookSDK/general/packed_picture.hpp"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -6,12 +6,12 @@
 #include <vector>
 #include <zlib.h>
 
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
-#include "OxAddressBookSDK/general/book_format.hpp"
-#include "OxAddressBookSDK/general/picture_bytes.hpp"
-#include "OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
-#include "base/base64.hpp"
-#include "base/failures.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/general/book_format.hpp"
+#include "ox/OxAddressBookSDK/general/picture_bytes.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "ox/base/base64.hpp"
+#include "ox/base/failures.hpp"
 
 namespace ox {
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
-#include "OxAddressBookSDK/general/book_format.hpp"
+#include "ox/OxAddressBookSDK/general/book_format.hpp"
 #include "tests/OxAddressBookSDK/general/loose_group.hpp"
 #include "tests/OxAddressBookSDK/general/random_book.hpp"
 

@@ -1,4 +1,4 @@
-#include "OxAddressBookSDK/objects/OxCountry.hpp"
+#include "ox/OxAddressBookSDK/objects/OxCountry.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "OxAddressBookSDK/objects/OxInstantMessageServer.hpp"
+#include "ox/OxAddressBookSDK/objects/OxInstantMessageServer.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "OxAddressBookSDK/objects/OxObjectPersonName.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 
 #include <gtest/gtest.h>
 #include <vector>

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "OxAddressBookSDK/objects/OxObjectAddress.hpp"
-#include "OxAddressBookSDK/objects/OxObjectEmail.hpp"
-#include "OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPhone.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectAddress.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectEmail.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
 
 namespace ox {
 namespace {

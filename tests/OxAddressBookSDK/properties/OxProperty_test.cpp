@@ -1,4 +1,4 @@
-#include "OxAddressBookSDK/properties/OxProperty.hpp"
+#include "ox/OxAddressBookSDK/properties/OxProperty.hpp"
 
 #include <gtest/gtest.h>
 #include <set>

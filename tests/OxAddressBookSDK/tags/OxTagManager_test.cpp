@@ -1,12 +1,12 @@
-#include "OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <thread>
 
-#include "base/failures.hpp"
-#include "base/sqlite/connection.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/base/sqlite/connection.hpp"
 #include "tests/support/second_process.hpp"
 #include "tests/support/store_environment.hpp"
 

@@ -1,12 +1,12 @@
-#include "OxAddressBookSDK/tags/tag_file.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_file.hpp"
 
 #include <gtest/gtest.h>
 #include <string>
 
-#include "OxAddressBookSDK/tags/OxTagManager.hpp"
-#include "base/failures.hpp"
-#include "base/sqlite/connection.hpp"
-#include "base/sqlite/error.hpp"
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/base/sqlite/error.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox {

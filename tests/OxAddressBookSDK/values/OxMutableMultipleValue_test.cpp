@@ -1,4 +1,4 @@
-#include "OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 
 #include <gtest/gtest.h>
 

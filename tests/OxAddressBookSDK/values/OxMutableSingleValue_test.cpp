@@ -1,8 +1,8 @@
-#include "OxAddressBookSDK/values/OxMutableSingleValue.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableSingleValue.hpp"
 
 #include <gtest/gtest.h>
 
-#include "OxAddressBookSDK/objects/OxObjectPhone.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
 
 namespace ox {
 namespace {

@@ -1,4 +1,4 @@
-#include "OxMacAddressBookSDK/_ABGroup/flatten.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/flatten.hpp"
 
 #include <gtest/gtest.h>
 #include <memory>

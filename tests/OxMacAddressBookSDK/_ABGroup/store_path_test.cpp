@@ -1,4 +1,4 @@
-#include "OxMacAddressBookSDK/_ABGroup/store_path.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/store_path.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
-#include "base/failures.hpp"
-#include "platform/images/image_codec.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/platform/images/image_codec.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {

@@ -1,4 +1,4 @@
-#include "OxMacAddressBookSDK/_ABPerson/property_names.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/property_names.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/AddressBook/ABMultiValue.hpp"
+#include "ox/platform/AddressBook/ABMultiValue.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {

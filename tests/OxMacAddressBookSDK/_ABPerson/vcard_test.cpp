@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include "OxMacAddressBookSDK/_ABPerson/vcard_photo.hpp"
-#include "base/base64.hpp"
-#include "platform/images/image_codec.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/vcard_photo.hpp"
+#include "ox/base/base64.hpp"
+#include "ox/platform/images/image_codec.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/platform/images/picture_files.hpp"
 

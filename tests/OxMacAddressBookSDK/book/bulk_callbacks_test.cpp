@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <thread>
 
-#include "base/failures.hpp"
+#include "ox/base/failures.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 

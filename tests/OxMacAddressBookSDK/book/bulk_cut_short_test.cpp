@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
-#include "base/failures.hpp"
-#include "base/sqlite/connection.hpp"
-#include "platform/store/store_source.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/store/store_source.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/support/no_more_threads.hpp"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "base/failures.hpp"
-#include "platform/vcard/exporter.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/transfer/exporter.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/support/allocation_limit.hpp"

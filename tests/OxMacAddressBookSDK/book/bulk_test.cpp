@@ -2,8 +2,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
-#include "base/failures.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/base/failures.hpp"
 #include "tests/OxAddressBookSDK/general/loose_group.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"

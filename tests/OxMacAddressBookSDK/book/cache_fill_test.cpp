@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <utility>
 
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
-#include "platform/store/store_source.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/platform/store/store_source.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 

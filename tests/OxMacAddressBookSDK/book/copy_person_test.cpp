@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "OxMacAddressBookSDK/book/services.hpp"
-#include "OxMacAddressBookSDK/version.hpp"
-#include "platform/images/image_codec.hpp"
+#include "ox/OxMacAddressBookSDK/book/services.hpp"
+#include "ox/OxMacAddressBookSDK/version.hpp"
+#include "ox/platform/images/image_codec.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "base/failures.hpp"
+#include "ox/base/failures.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/support/second_process.hpp"
 

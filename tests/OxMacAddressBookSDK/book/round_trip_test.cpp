@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "base/failures.hpp"
+#include "ox/base/failures.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/book/same_records.hpp"
 #include "tests/OxMacAddressBookSDK/book/storable_book.hpp"

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "OxAddressBookSDK/objects/OxObjectPersonName.hpp"
-#include "OxAddressBookSDK/values/OxMutableSingleValue.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableSingleValue.hpp"
 
 namespace ox::test {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 
 namespace ox::test {
 

@@ -9,13 +9,13 @@
 #include <utility>
 #include <vector>
 
-#include "OxAddressBookSDK/objects/OxObjectAddress.hpp"
-#include "OxAddressBookSDK/objects/OxObjectEmail.hpp"
-#include "OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPersonName.hpp"
-#include "OxAddressBookSDK/objects/OxObjectPhone.hpp"
-#include "OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
-#include "platform/records/property_keys.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectAddress.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectEmail.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
+#include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "ox/records/property_keys.hpp"
 #include "tests/OxAddressBookSDK/general/loose_group.hpp"
 
 namespace ox::test {

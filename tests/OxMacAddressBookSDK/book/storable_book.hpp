@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 
 namespace ox::test {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <thread>
 
-#include "OxMacAddressBookSDK/registry/version_gate.hpp"
+#include "ox/OxMacAddressBookSDK/registry/version_gate.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {

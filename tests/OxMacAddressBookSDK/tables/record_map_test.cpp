@@ -1,11 +1,11 @@
-#include "OxMacAddressBookSDK/tables/record_map.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_map.hpp"
 
 #include <gtest/gtest.h>
 #include <random>
 #include <unordered_map>
 
-#include "OxMacAddressBookSDK/tables/record_stamp_table.hpp"
-#include "OxMacAddressBookSDK/tables/record_text_table.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_text_table.hpp"
 
 namespace ox {
 namespace {

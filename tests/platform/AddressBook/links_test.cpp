@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "base/failures.hpp"
-#include "platform/AddressBook/ABAddressBook.hpp"
-#include "platform/store/contact_source.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/store/contact_source.hpp"
 #include "tests/support/second_process.hpp"
 #include "tests/support/store_builder.hpp"
 

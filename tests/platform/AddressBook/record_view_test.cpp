@@ -3,11 +3,11 @@
 #include <string>
 #include <sys/stat.h>
 
-#include "base/failures.hpp"
-#include "base/sqlite/connection.hpp"
-#include "platform/AddressBook/ABAddressBook.hpp"
-#include "platform/Contacts/CNContactStore.hpp"
-#include "platform/store/check.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
+#include "ox/platform/store/check.hpp"
 #include "tests/support/second_process.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "base/failures.hpp"
-#include "platform/AddressBook/ABAddressBook.hpp"
-#include "platform/Contacts/CNContactStore.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 #include "tests/support/switched_source.hpp"

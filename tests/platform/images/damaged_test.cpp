@@ -8,8 +8,8 @@
 #include <vector>
 #include <zlib.h>
 
-#include "platform/images/image_codec.hpp"
-#include "platform/images/image_file.hpp"
+#include "ox/platform/images/image_codec.hpp"
+#include "ox/platform/images/image_file.hpp"
 #include "tests/platform/images/picture_files.hpp"
 
 namespace ox::images {

@@ -1,4 +1,4 @@
-#include "platform/images/image_codec.hpp"
+#include "ox/platform/images/image_codec.hpp"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

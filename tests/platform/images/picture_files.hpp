@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "base/image.hpp"
+#include "ox/base/image.hpp"
 
 // Files that our own encoders never write, made for the tests.
 namespace ox::images {

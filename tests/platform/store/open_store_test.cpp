@@ -3,10 +3,10 @@
 #include <string>
 #include <sys/stat.h>
 
-#include "base/sqlite/connection.hpp"
-#include "platform/store/check.hpp"
-#include "platform/store/schema.hpp"
-#include "platform/store/store_source.hpp"
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/store/check.hpp"
+#include "ox/platform/store/schema.hpp"
+#include "ox/platform/store/store_source.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox {

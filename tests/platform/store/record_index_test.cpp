@@ -1,4 +1,4 @@
-#include "platform/store/record_index.hpp"
+#include "ox/platform/store/record_index.hpp"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -7,10 +7,10 @@
 #include <thread>
 #include <vector>
 
-#include "platform/AddressBook/ABAddressBook.hpp"
-#include "platform/Contacts/CNContactStore.hpp"
-#include "platform/store/check.hpp"
-#include "platform/store/contact_source.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
+#include "ox/platform/store/check.hpp"
+#include "ox/platform/store/contact_source.hpp"
 #include "tests/support/second_process.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

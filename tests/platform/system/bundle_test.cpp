@@ -5,8 +5,8 @@
 #include <string>
 #include <unistd.h>
 
-#include "platform/images/image_file.hpp"
-#include "platform/system/NSBundle.hpp"
+#include "ox/platform/images/image_file.hpp"
+#include "ox/platform/system/NSBundle.hpp"
 
 namespace ox {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/system/Gestalt.hpp"
+#include "ox/platform/system/Gestalt.hpp"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

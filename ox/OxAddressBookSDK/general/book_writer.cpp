@@ -1,0 +1,127 @@
+#include <string>
+
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/general/book_format.hpp"
+#include "ox/OxAddressBookSDK/general/json_writer.hpp"
+#include "ox/OxAddressBookSDK/general/object_json.hpp"
+#include "ox/OxAddressBookSDK/general/packed_picture.hpp"
+#include "ox/OxAddressBookSDK/general/picture_bytes.hpp"
+#include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/base/text/utf8.hpp"
+
+namespace ox {
+namespace {
+
+using namespace book_format;
+
+void writeLabel(JsonWriter& out, const OxLabel& label) {
+  out.name("label");
+  out.beginObject();
+  out.member("name", label.name());
+  out.member("displayName", label.displayName());
+  out.endObject();
+}
+
+// The members of one value; the caller has begun the object.
+void writeSingle(JsonWriter& out, const OxMutableSingleValue& value) {
+  if (value.type() == value_type::kMultiple) throw Unwritable("a single value of multiple type");
+  out.member("type", std::int64_t{value.type()});
+  if (value.label()) writeLabel(out, *value.label());
+  if (value.value().isMissing()) return;
+  out.name("value");
+  writeObject(out, value.value());
+}
+
+void writeMultiple(JsonWriter& out, const OxMutableMultipleValue& multiple) {
+  out.member("type", std::int64_t{multiple.type()});
+  if (const auto main = multiple.mainValue()) {
+    out.member("main", static_cast<std::int64_t>(multiple.indexOfValue(main)));
+  }
+  out.name("values");
+  out.beginArray();
+  for (std::uint64_t i = 0; i < multiple.count(); ++i) {
+    out.beginObject();
+    writeSingle(out, *multiple.valueAtIndex(i));
+    out.endObject();
+  }
+  out.endArray();
+}
+
+void writeProperty(JsonWriter& out, const OxProperty& property, const OxValue& value) {
+  // Two names could become one if they were repaired.
+  if (!isValidUtf8(property.name())) throw Unwritable("a property name that is not UTF-8");
+  out.beginObject();
+  out.member("property", std::string_view(property.name()));
+  if (const auto* multiple = dynamic_cast<const OxMutableMultipleValue*>(&value)) {
+    writeMultiple(out, *multiple);
+  } else if (const auto* single = dynamic_cast<const OxMutableSingleValue*>(&value)) {
+    writeSingle(out, *single);
+  } else {
+    throw Unwritable("a value of a foreign class");
+  }
+  out.endObject();
+  if (pixelsInPackedPictures(value) > kMaxPackedPixels) throw Unwritable(kTooManyPixels);
+}
+
+// What is to be mended before the book can be written.
+std::string placeOf(const OxGeneralPerson& person, std::string_view key,
+                    const OxProperty& property) {
+  const auto name = person.displayName().value_or("");
+  return validUtf8(property.name() + " of " + (name.empty() ? "" : name + ", ") + std::string(key));
+}
+
+void writePerson(JsonWriter& out, std::string_view key, const OxGeneralPerson& person) {
+  if (person.values().size() > kMaxEntries) {
+    throw Unwritable(std::string(key) + ": a person of too many properties");
+  }
+  out.beginObject();
+  out.member("person", key);
+  out.name("values");
+  out.beginArray();
+  for (const auto& [property, value] : person.values()) {
+    try {
+      writeProperty(out, *property, *value);
+    } catch (const Unwritable& reason) {
+      throw Unwritable(placeOf(person, key, *property) + ": " + reason.what());
+    }
+  }
+  out.endArray();
+  out.endObject();
+  out.endLine();
+}
+
+void writeKeys(JsonWriter& out, std::string_view name, const OxGeneralGroup::Keys& keys) {
+  out.name(name);
+  out.beginArray();
+  for (const auto& key : keys) out.text(key);
+  out.endArray();
+}
+
+void writeGroup(JsonWriter& out, std::string_view key, const OxGeneralGroup& group) {
+  out.beginObject();
+  out.member("group", key);
+  out.member("title", group.title());
+  writeKeys(out, "subArray", group.subArray());
+  writeKeys(out, "persons", group.persons());
+  out.endObject();
+  out.endLine();
+}
+
+}  // namespace
+
+Data OxAddressBookGeneral::saveToData() const {
+  try {
+    JsonWriter out{std::string(kHeader)};
+    for (const auto& [key, group] : groups_) writeGroup(out, key, *group);
+    for (const auto& [key, person] : persons_) writePerson(out, key, *person);
+    auto file = out.take();
+    file += trailer(file, groups_.count(), persons_.count());
+    return makeData(std::move(file));
+  } catch (const Unwritable& reason) {
+    failures::countFailure(std::string("the neutral book cannot be written: ") + reason.what());
+    return nullptr;
+  }
+}
+
+}  // namespace ox

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "ox/base/text.hpp"
+
+namespace ox {
+
+// Appends JSON to one growing text, without a tree of values. The caller keeps the grammar: a value
+// after each name, an end for each begin. Ill-formed UTF-8 in texts becomes U+FFFD.
+class JsonWriter {
+ public:
+  // Goes on after `start`, which ends where a value may begin.
+  explicit JsonWriter(std::string start = {}) : out_(std::move(start)) {}
+
+  void beginObject() { begin('{'); }
+  void endObject() { end('}'); }
+  void beginArray() { begin('['); }
+  void endArray() { end(']'); }
+  // The name must be valid UTF-8.
+  void name(std::string_view name);
+
+  void null();
+  void integer(std::int64_t number);
+  // Always with a point or an exponent, so that it is read back as a real; not for what is not
+  // finite.
+  void real(double number);
+  void text(std::string_view text);
+
+  void member(std::string_view itsName, std::string_view value);
+  // Left out when missing.
+  void member(std::string_view itsName, const Text& value);
+  void member(std::string_view itsName, std::int64_t value);
+
+  void endLine();
+  std::string take() { return std::move(out_); }
+
+ private:
+  void begin(char mark);
+  void end(char mark);
+  void separate();
+  void quote(std::string_view text);
+
+  std::string out_;
+  bool first_ = true;  // nothing stands before the next value in its container
+};
+
+}  // namespace ox

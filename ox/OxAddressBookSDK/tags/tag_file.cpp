@@ -1,0 +1,147 @@
+#include "ox/OxAddressBookSDK/tags/tag_file.hpp"
+
+#include <chrono>
+#include <thread>
+#include <utility>
+
+#include "ox/base/sqlite/error.hpp"
+
+namespace ox {
+namespace {
+
+constexpr std::chrono::milliseconds kBusyTimeout{10'000};
+constexpr std::int64_t kApplicationId = 0x4F785447;  // "OxTG"
+constexpr std::int64_t kSchemaVersion = 1;
+constexpr int kNotOurs = 26;  // what SQLite says of a file that is no database
+
+// The key holds the tag, so that no person can have one twice; position gives the order.
+constexpr const char* kSchema = R"(
+  CREATE TABLE tag (
+    manager TEXT NOT NULL,
+    person TEXT NOT NULL,
+    tag TEXT NOT NULL,
+    position INTEGER NOT NULL,
+    PRIMARY KEY (manager, person, tag)
+  ) WITHOUT ROWID;
+  PRAGMA application_id = 0x4F785447;
+  PRAGMA user_version = 1;
+)";
+
+constexpr std::string_view kSelect =
+    "SELECT tag FROM tag WHERE manager = ?1 AND person = ?2 ORDER BY position";
+constexpr std::string_view kInsert =
+    "INSERT OR IGNORE INTO tag (manager, person, tag, position) SELECT ?1, ?2, ?3, "
+    "(SELECT ifnull(max(position), 0) + 1 FROM tag WHERE manager = ?1 AND person = ?2)";
+constexpr std::string_view kDeleteOne =
+    "DELETE FROM tag WHERE manager = ?1 AND person = ?2 AND tag = ?3";
+constexpr std::string_view kDeleteAll = "DELETE FROM tag WHERE manager = ?1 AND person = ?2";
+
+bool isEmptyDatabase(sqlite::Connection& connection) {
+  return connection.queryInteger("PRAGMA application_id") == 0 &&
+         connection.queryInteger("PRAGMA user_version") == 0 &&
+         connection.queryInteger("SELECT count(*) FROM sqlite_schema") == 0;
+}
+
+void requireOurs(sqlite::Connection& connection, const std::string& path) {
+  if (connection.queryInteger("PRAGMA application_id") != kApplicationId) {
+    throw sqlite::Error(kNotOurs, path + ": not a tag file");
+  }
+  const auto version = connection.queryInteger("PRAGMA user_version");
+  if (version != kSchemaVersion) {
+    throw sqlite::Error(kNotOurs, path + ": a tag file of version " + std::to_string(version) +
+                                      ", this program knows " + std::to_string(kSchemaVersion));
+  }
+}
+
+void createSchema(sqlite::Connection& connection) {
+  connection.execute("PRAGMA journal_mode = WAL");
+  sqlite::Transaction transaction(connection);
+  if (!isEmptyDatabase(connection)) return;  // another process was first
+  connection.execute(kSchema);
+  transaction.commit();
+}
+
+sqlite::Connection openOnce(const std::string& path) {
+  sqlite::Connection connection(path, sqlite::Connection::Mode::ReadWrite);
+  connection.setBusyTimeout(static_cast<int>(kBusyTimeout.count()));
+  if (isEmptyDatabase(connection)) createSchema(connection);
+  requireOurs(connection, path);
+  connection.execute("PRAGMA synchronous = NORMAL");
+  return connection;
+}
+
+// Two processes that switch a new file to WAL at once make SQLite answer "busy" without waiting.
+sqlite::Connection openWithRetries(const std::string& path) {
+  const auto end = std::chrono::steady_clock::now() + kBusyTimeout;
+  while (true) {
+    try {
+      return openOnce(path);
+    } catch (const sqlite::Error& error) {
+      if (!error.isBusy() || std::chrono::steady_clock::now() > end) throw;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+}
+
+}  // namespace
+
+TagFile::TagFile(const std::string& path) : TagFile(openWithRetries(path)) {}
+
+TagFile::TagFile(sqlite::Connection connection)
+    : connection_(std::move(connection)),
+      select_(connection_.prepare(kSelect)),
+      insert_(connection_.prepare(kInsert)),
+      deleteOne_(connection_.prepare(kDeleteOne)),
+      deleteAll_(connection_.prepare(kDeleteAll)) {}
+
+TagFile::Tags TagFile::tags(std::string_view manager, std::string_view person) {
+  const sqlite::StatementScope scope(select_);
+  select_.bindText(1, manager).bindText(2, person);
+  Tags result;
+  while (select_.step()) result.emplace_back(select_.text(0));
+  return result;
+}
+
+void TagFile::add(std::string_view manager, std::string_view person, std::string_view tag) {
+  insert_.bindText(1, manager).bindText(2, person).bindText(3, tag).run();
+}
+
+void TagFile::remove(std::string_view manager, std::string_view person, std::string_view tag) {
+  deleteOne_.bindText(1, manager).bindText(2, person).bindText(3, tag).run();
+}
+
+void TagFile::replace(std::string_view manager, std::string_view person, const Tags& tags) {
+  sqlite::Transaction transaction(connection_);
+  deleteAll_.bindText(1, manager).bindText(2, person).run();
+  for (const auto& tag : tags) add(manager, person, tag);
+  transaction.commit();
+}
+
+TagFile::Tags TagFile::problems() {
+  Tags result;
+  auto check = connection_.prepare("PRAGMA integrity_check(100)");
+  while (check.step()) {
+    if (check.text(0) != "ok") result.emplace_back(check.text(0));
+  }
+  return result;
+}
+
+void TagFile::sync() {
+  struct Normal {
+    sqlite::Connection& connection;
+    ~Normal() {
+      try {
+        connection.execute("PRAGMA synchronous = NORMAL");
+      } catch (const sqlite::Error&) {
+        // It stays fully synced: slower, not less safe.
+      }
+    }
+  } const normal{connection_};
+  connection_.execute("PRAGMA synchronous = FULL");
+  sqlite::Transaction transaction(connection_);
+  // The version written anew, so that there is something to commit.
+  connection_.execute("PRAGMA user_version = 1");
+  transaction.commit();
+}
+
+}  // namespace ox

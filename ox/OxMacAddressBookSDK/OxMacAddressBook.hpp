@@ -1,0 +1,237 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "ox/OxAddressBookSDK/IOxPerson.hpp"
+#include "ox/OxAddressBookSDK/OxAddressBook.hpp"
+#include "ox/OxAddressBookSDK/properties/OxProperty.hpp"
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/OxMacAddressBookSDK/book/constants.hpp"
+#include "ox/OxMacAddressBookSDK/book/latest_callback.hpp"
+#include "ox/OxMacAddressBookSDK/book/person_list.hpp"
+#include "ox/OxMacAddressBookSDK/registry/book_list.hpp"
+#include "ox/base/callbacks.hpp"
+#include "ox/base/image.hpp"
+#include "ox/base/serial_queue.hpp"
+#include "ox/base/text.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
+
+namespace ox {
+
+class _ABGroup;
+class OxAddressBookGeneral;
+
+// One address book of the system contact store: a container (an account, or the local store), or
+// all records of one account id. Held in shared pointers. Safe from any thread once it is made;
+// what it is never changes afterwards.
+class OxMacAddressBook final : public OxAddressBook,
+                               public std::enable_shared_from_this<OxMacAddressBook> {
+  struct Key {
+    explicit Key() = default;
+  };
+
+ public:
+  // --- finding the books ---
+
+  // The books of the store, found once in the life of the process; the host's normal entry.
+  static BookList addressBookArray();
+  // The same with progress; the callback may be absent. Every call ends with (100, true), and the
+  // callback runs while the list is locked: starting a discovery from it, or whatever looks for the
+  // book of a person (tags, a new person), is a std::logic_error.
+  // What it throws reaches the caller, and the list is not built.
+  static BookList addressBookArrayWithProgressBlock(const ProgressCallback& progress);
+  // The same list, built by walking the containers. The callback is required by the call that
+  // builds the list: std::invalid_argument without.
+  static BookList addressBookArrayWithProgressBlock2(const ProgressCallback& progress);
+  // Two further ways of building, each with a list of its own. Where an iCloud book is found, an
+  // empty local book is left out.
+  static BookList addressBookArray2();
+  static BookList addressBookArray3();
+
+  // A book without ID, name or container, for the host; always the same object.
+  static std::shared_ptr<OxMacAddressBook> ShareAddressBook();
+  // Whether the system's major number is above 9 and its minor number above 10, or 12. Asked once.
+  static bool SystemVersionAbove10_11();
+  static bool SystemVersionAbove10_13();
+  // The queue on which the shared list is built and read.
+  static SerialQueue& addressArrayQueue();
+  // Does nothing: lists that were built stay.
+  static void resetGAddressArray(const ProgressCallback& callback);
+
+  // --- containers and accounts ---
+
+  // The text without every ":ABAccount"; missing for a missing one.
+  static Text standID(TextView identifier);
+  // The text with ":ABPerson" appended unless it contains it.
+  static Text standABPersonID(TextView identifier);
+  // Whether the container is worth listing: the first of its groups, or without groups of its
+  // contacts, that is known to the record database or bears its suffix must be known to it.
+  static bool needAddAdreessBook_ab_store(const CNContainerPtr& container,
+                                          const std::shared_ptr<ABAddressBook>& ab,
+                                          const std::shared_ptr<CNContactStore>& store);
+  // Whether the book belongs to one of the containers; the local book always does.
+  static bool hasContainerArray_addressArray(const std::vector<CNContainerPtr>& containers,
+                                             const std::shared_ptr<OxMacAddressBook>& book);
+  // Whether one of the books stands for the container; the local one is always represented.
+  static bool hasAddress_container(const std::vector<std::shared_ptr<OxMacAddressBook>>& books,
+                                   const CNContainerPtr& container);
+
+  // --- making a book ---
+
+  static std::shared_ptr<OxMacAddressBook> initWithContainer(const CNContainerPtr& container);
+  // A book of all records of an account id: no name, no container, no person cache.
+  static std::shared_ptr<OxMacAddressBook> initWithID(TextView identifier);
+  static std::shared_ptr<OxMacAddressBook> init();
+  // Takes name and service type from the container.
+  void initNameAndType(const CNContainerPtr& container);
+
+  // --- what it is ---
+
+  std::shared_ptr<ABAddressBook> abAddressBook() const;
+  Text ID() const override { return _xxID; }
+  Text name() const override { return _xxName; }
+  // The container's own identifier; the ID for a book without container.
+  Text validContainerID() const;
+  const std::shared_ptr<OxTagManager>& tagManager() const { return _tagManager; }
+
+  bool canCreateGroup() const override;
+  bool canCreateSubGroup() const override;
+  bool canOprate() const override;
+  // Always false.
+  bool isInternetAdressBook() const override { return false; }
+
+  // The service's artwork, read from its file at every call; null when it is not installed.
+  ImagePtr thumbnail() const override;
+  ImagePtr logo1() const override;
+  ImagePtr logo2() const override;
+  ImagePtr logo3() const override;
+  ImagePtr logo4() const override;
+  ImagePtr loadImageWithName_type(TextView name, TextView type) const;
+
+  // --- persons and groups ---
+
+  // The live cache, filled from the store while it is empty; null for a book without cache.
+  std::shared_ptr<PersonList> allPersons();
+  // The live cache after appending every person that is stamped with this book's ID; null likewise.
+  std::shared_ptr<PersonList> allPersons2();
+  std::uint64_t allPersonsCount() override;
+  // Sub-groups included; empty for a book that cannot have groups.
+  std::vector<std::shared_ptr<_ABGroup>> allGroups() const;
+  // The groups that lie in no other group.
+  std::vector<std::shared_ptr<_ABGroup>> rootGroups() const;
+  std::uint64_t rootGroupsCount() const override;
+  // Null when there is no such group in this book.
+  std::shared_ptr<_ABGroup> groupByID(TextView identifier) const;
+  // The records of those ids, of whatever kind and book; unknown ids are left out.
+  std::vector<std::shared_ptr<ABRecord>> personsForIDs(
+      const std::vector<std::string>& identifiers) const;
+
+  // --- making and removing records ---
+
+  // A new person of this book, written at once, with every supported property cleared and in the
+  // cache; null, and the cache as it was, when the store did not take it.
+  std::shared_ptr<_ABPerson> newPerson();
+  // A new, unnamed group of this book, written at once; null when the store did not take it.
+  std::shared_ptr<_ABGroup> newGroup();
+  std::shared_ptr<_ABGroup> addGroupByName(TextView name);
+  // Takes the persons out of the cache, forgets their tags at once, and removes their records at
+  // the next save.
+  void removePersons(const std::vector<std::shared_ptr<_ABPerson>>& persons);
+  // Removes the group and everything below it at the next save. Always true.
+  bool removeGroup(const std::shared_ptr<_ABGroup>& group);
+  // The record alone.
+  void reallyRemoveOneGroup(const std::shared_ptr<_ABGroup>& group);
+  // Writes every unsaved change of the process, in whatever book.
+  void save() override;
+  // Nothing.
+  void sync() override {}
+  void update() override {}
+
+  // --- copying a person in ---
+
+  // A contact of the container database, or a person of whatever book.
+  using PersonSource = std::variant<std::monostate, CNContactPtr, std::shared_ptr<IOxPerson>>;
+
+  // The new person of this book; null for a missing source, when the store did not take it, and
+  // when a host's person had nothing to copy (an empty person is then left in the book). The copy
+  // of a contact is neither stamped with this book nor put into its cache.
+  std::shared_ptr<_ABPerson> addOneFromOtherPerson(const PersonSource& source);
+  // Clears a single value that holds an empty text or nothing; never the name, the birthday or the
+  // tags.
+  void needSingValueClearValue_property(const std::shared_ptr<_ABPerson>& person,
+                                        const OxPropertyPtr& property);
+
+  // --- the whole book ---
+
+  // The callback of the latest load gets the reports of every load of the book that still runs, and
+  // that of the latest save those of every save: of several at once, so it may be called by their
+  // threads at the same time.
+
+  // Replaces everything in the book by what the data of a neutral book holds, on a thread of its
+  // own; returns at once. The last report is finished: at 0 when the data cannot be read and the
+  // book is as it was, else at 100 after the save. One that is cut short, by a lack of memory or
+  // room say, or by somebody's revert of the unsaved changes, counts a failure and forgets every
+  // unsaved change of the process: the old records are kept but for those that a save meanwhile has
+  // removed. For any save while a load runs, of whatever book, writes what the load has done so
+  // far, and nothing takes that back. A host neither saves nor reverts until the last report.
+  void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress) override;
+  // Hands the book to the callback as the data of a neutral book, on a thread of its own; returns
+  // at once. The last report is finished and carries the data; none when the save was cut short, by
+  // a lack of memory say. What the store does not give is missing in the data, and counted as a
+  // failure: a host that replaces an earlier copy looks at the count first (ox/base/failures.hpp).
+  void saveDataBlock(const SaveCallback& progress) override;
+
+  // The steps of both, on the calling thread.
+  void loadThreed(const Data& data);
+  void saveDataThreed();
+  // Removes every group and person of the book. The removed persons are in the cache afterwards,
+  // until the next such call. Required.
+  void clearAddressBook();
+  void addGroupAndPersonByGeneralAddressBook(const std::shared_ptr<OxAddressBookGeneral>& general);
+  void adjustGroupAndPersonRelatedByGeneralAddressBook(
+      const std::shared_ptr<OxAddressBookGeneral>& general);
+
+  // --- properties ---
+
+  // Every property that the model knows. Borrowed for the life of the process.
+  const std::vector<OxPropertyPtr>& supportProperty() const override;
+  // The nine that a host shows first; always the same array.
+  static const std::vector<OxPropertyPtr>& CommonProperty();
+  const std::vector<OxPropertyPtr>& commonProperty() const override { return CommonProperty(); }
+
+  explicit OxMacAddressBook(Key) {}
+
+  // Set while the book is made and listed, read only afterwards.
+  std::shared_ptr<OxTagManager> _tagManager;
+  Text _xxID;
+  Text _xxName;
+  std::int32_t _serverType = 0;
+  CNContainerPtr _container;
+  std::shared_ptr<PersonList> _allPersonArray;  // null unless made from a container
+
+ private:
+  ImagePtr artwork(std::string_view ending) const;
+  // Asks the store for the persons of the container, stamps them with this book's ID and puts them
+  // into the cache; the result is what the store gave. For books with container only.
+  std::vector<std::shared_ptr<_ABPerson>> fillCache();
+  // To the callback of the latest request; what it throws ends that report only.
+  void reportLoad(double value, bool finished = false);
+  // The unsaved part of a load; false, and nothing of it is left unsaved, when it was cut short, by
+  // a revert since `revertsBefore` too.
+  bool replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general,
+                      std::uint64_t revertsBefore);
+  void reportSave(bool finished, const Data& data, double value);
+  // The book as the data of a neutral book, with a report for each record; missing when it holds
+  // what that cannot carry.
+  Data collectedData();
+
+  LatestCallback<ProgressCallback> _loadProgressBlock;
+  LatestCallback<SaveCallback> _progressBlock;
+};
+
+}  // namespace ox

@@ -1,0 +1,47 @@
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/registry/containers.hpp"
+
+namespace ox {
+
+std::shared_ptr<_ABPerson> hostPerson(std::shared_ptr<ABRecord> record) {
+  if (!record || record->kind() != RecordKind::Person) return nullptr;
+  return std::static_pointer_cast<_ABPerson>(std::move(record));
+}
+
+RecordStampTable& _ABPerson::dictionarySave() {
+  static auto& dic = *new RecordStampTable;
+  return dic;
+}
+
+Text _ABPerson::ID() const {
+  return uniqueId();
+}
+
+BookId _ABPerson::bookId() const {
+  if (const auto stored = dictionarySave().find(key())) return *stored;
+  const Text account = AccountID();
+  return dictionarySave().setIfAbsent(key(), BookId::of(account ? *account : OxMacAddressBookID));
+}
+
+Text _ABPerson::addressBookID() const {
+  return bookId().text();
+}
+
+void _ABPerson::setAddressID(TextView bookID) {
+  if (bookID) dictionarySave().set(key(), BookId::of(*bookID));
+}
+
+Text _ABPerson::AccountID() const {
+  const auto container = containerOf(*CNContactStore::init(), *this);
+  return container ? OxMacAddressBook::standID(container->identifier()) : std::nullopt;
+}
+
+std::shared_ptr<OxMacAddressBook> _ABPerson::personAddressBook() const {
+  for (const auto& book : OxMacAddressBook::addressBookArray()) {
+    if (book->_xxID == addressBookID()) return book;
+  }
+  return nullptr;
+}
+
+}  // namespace ox

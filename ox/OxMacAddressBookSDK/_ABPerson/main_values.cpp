@@ -1,0 +1,20 @@
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+
+namespace ox {
+
+std::shared_ptr<const OxObjectPhone> _ABPerson::mainPhone() const {
+  return valueOfMainValueForProPertyName(OxProPertyPhone).host<OxObjectPhone>();
+}
+
+std::shared_ptr<const OxObjectEmail> _ABPerson::mainEmail() const {
+  return valueOfMainValueForProPertyName(OxProPertyEmail).host<OxObjectEmail>();
+}
+
+std::vector<std::shared_ptr<IOxGroup>> _ABPerson::groups() const {
+  std::vector<std::shared_ptr<IOxGroup>> groups;
+  for (auto& group : parentGroups()) groups.push_back(hostGroup(std::move(group)));
+  return groups;
+}
+
+}  // namespace ox

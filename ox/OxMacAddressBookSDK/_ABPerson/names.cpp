@@ -1,0 +1,18 @@
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/property_names.hpp"
+
+namespace ox {
+
+Text _ABPerson::macPropertyNameByName(TextView name) const {
+  return name ? Text(names::storeNameOf(*name)) : std::nullopt;
+}
+
+Text _ABPerson::propertyNameByMacName(TextView name) const {
+  return name ? Text(names::propertyNameOf(*name)) : std::nullopt;
+}
+
+Text _ABPerson::labelDisplayNameByName(TextView name) const {
+  return name ? Text(names::labelWordOf(*name)) : std::nullopt;
+}
+
+}  // namespace ox

@@ -1,0 +1,58 @@
+#include <new>
+
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
+#include "ox/base/failures.hpp"
+#include "ox/platform/images/image_codec.hpp"
+#include "ox/platform/store/changes.hpp"
+
+namespace ox {
+
+ImagePtr storedPicture(const _ABPerson& person) {
+  try {
+    const Data data = person.imageData();
+    return data ? images::decodeImage(*data) : nullptr;
+  } catch (const ImageReadError&) {
+    return nullptr;
+  } catch (const std::bad_alloc&) {
+    const auto name = person.displayName().value_or("");
+    failures::countFailure("there is no memory for the picture of " +
+                           (name.empty() ? "" : name + ", ") + person.ID().value_or(""));
+    return nullptr;
+  }
+}
+
+bool hasUnreadablePicture(const _ABPerson& person) {
+  try {
+    return person.imageData() && !storedPicture(person);
+  } catch (const ImageReadError&) {
+    return true;
+  }
+}
+
+std::shared_ptr<OxMutableSingleValue> _ABPerson::thumbnailValue() const {
+  return singleValueByMacValue_property(storedPicture(*this),
+                                        OxProperty::propertyWithName(OxProPertyThumbnail));
+}
+
+void _ABPerson::setThumbnailValue(const std::shared_ptr<OxMutableSingleValue>& value) {
+  const ImagePtr image = value ? value->value().image() : nullptr;
+  const Data data = image ? images::encodeTiff(*image) : nullptr;
+  if (!data && value && !value->value().isMissing()) {
+    return failures::countRefusal("a thumbnail must be a picture");
+  }
+  setImageData(data);
+}
+
+ImagePtr _ABPerson::thumbnail() const {
+  const auto value =
+      std::dynamic_pointer_cast<OxMutableSingleValue>(valueByPropertyName(OxProPertyThumbnail));
+  return value ? value->value().image() : nullptr;
+}
+
+void _ABPerson::setThumbnail(const ImagePtr& image) {
+  const auto property = OxProperty::propertyWithName(OxProPertyThumbnail);
+  setValue_byProperty(singleValueByMacValue_property(image, property), property);
+}
+
+}  // namespace ox

@@ -1,0 +1,49 @@
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/tag_list.hpp"
+#include "ox/base/failures.hpp"
+
+namespace ox {
+namespace {
+
+// Null when no discovered book holds the person: then there is nowhere to keep tags.
+std::shared_ptr<OxTagManager> tagManagerOf(const _ABPerson& person) {
+  const auto book = person.personAddressBook();
+  return book ? book->tagManager() : nullptr;
+}
+
+}  // namespace
+
+std::vector<std::string> _ABPerson::tagArray() const {
+  const auto manager = tagManagerOf(*this);
+  return manager ? manager->tagsByPersonID(ID()).value_or(std::vector<std::string>())
+                 : std::vector<std::string>();
+}
+
+void _ABPerson::addTag(TextView tag) {
+  if (const auto manager = tagManagerOf(*this)) manager->addPersonID_forTag(ID(), tag);
+}
+
+void _ABPerson::removeTag(TextView tag) {
+  if (const auto manager = tagManagerOf(*this)) manager->removePersonID_fromTag(ID(), tag);
+}
+
+void _ABPerson::setTags(const std::optional<std::vector<std::string>>& tags) {
+  const auto manager = tagManagerOf(*this);
+  if (manager) manager->setTags_forPersonID(tags ? *tags : std::vector<std::string>(), ID());
+}
+
+std::shared_ptr<OxMutableSingleValue> _ABPerson::tagsValue() const {
+  return singleValueByMacValue_property(tagListObject(tagArray()),
+                                        OxProperty::propertyWithName(OxProPertyTags));
+}
+
+void _ABPerson::setTagsValue(const std::shared_ptr<OxMutableSingleValue>& value) {
+  const auto tags = value ? tagsOfObject(value->value()) : std::nullopt;
+  if (!tags && value && !value->value().isMissing()) {
+    return failures::countRefusal("tags must be a list of texts");
+  }
+  setTags(tags);
+}
+
+}  // namespace ox

@@ -1,0 +1,144 @@
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/book/contained.hpp"
+#include "ox/OxMacAddressBookSDK/registry/progress.hpp"
+#include "ox/base/detached_worker.hpp"
+#include "ox/base/failures.hpp"
+
+namespace ox {
+namespace {
+
+constexpr const char* kReverted = "somebody reverted the unsaved changes meanwhile";
+
+// done of total in the half of the run that begins at `from` percent.
+double halfPercent(std::size_t done, std::size_t total, float from) {
+  return static_cast<double>(static_cast<float>(done) * 50.0F / static_cast<float>(total) + from);
+}
+
+void reportTo(const ProgressCallback& callback, double value, bool finished) {
+  contained("a load's progress callback threw",
+            [&] { progress::report(callback, value, finished); });
+}
+
+std::shared_ptr<_ABGroup> groupMadeFor(const OxGeneralGroup* neutral) {
+  return neutral != nullptr ? std::dynamic_pointer_cast<_ABGroup>(neutral->extend()) : nullptr;
+}
+
+std::shared_ptr<_ABPerson> personMadeFor(const OxGeneralPerson* neutral) {
+  return neutral != nullptr ? std::dynamic_pointer_cast<_ABPerson>(neutral->extend()) : nullptr;
+}
+
+}  // namespace
+
+void OxMacAddressBook::loadWithData_progressBlock(const Data& data,
+                                                  const ProgressCallback& progress) {
+  const bool started = contained("a load could not be started", [&] {
+    _loadProgressBlock.replace(progress);
+    runDetached([book = shared_from_this(), data] { book->loadThreed(data); });
+  });
+  // To the one at hand: there may have been no room to keep it.
+  if (!started) reportTo(progress, 0.0, true);
+}
+
+void OxMacAddressBook::reportLoad(double value, bool finished) {
+  const failures::Aside aside;
+  if (const auto callback = _loadProgressBlock.current()) reportTo(*callback, value, finished);
+}
+
+// Whoever waits for the last report must get it, whatever happens on the way.
+void OxMacAddressBook::loadThreed(const Data& data) {
+  std::shared_ptr<OxAddressBookGeneral> general;
+  contained("a load was cut short before it changed anything",
+            [&] { general = OxAddressBookGeneral::addressBookWithData(data); });
+  if (!general) return reportLoad(0.0, true);
+  reportLoad(0.0);
+  const auto revertsBefore = ABAddressBook::revertCount();
+  if (replaceRecords(general, revertsBefore)) {
+    constexpr const char* kCutShort = "the save of a load was cut short";
+    // What it could not write stays unsaved: the next save then completes the load.
+    contained(kCutShort, [&] { save(); });
+    if (ABAddressBook::revertCount() != revertsBefore) {
+      countThrown(kCutShort, kReverted);
+      if (_allPersonArray) _allPersonArray->clear();
+    }
+  }
+  reportLoad(progress::kDone, true);
+}
+
+bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general,
+                                      std::uint64_t revertsBefore) {
+  constexpr const char* kCutShort =
+      "a load was cut short, the old records are kept and empty new ones stand beside them";
+  const auto failedBefore = failures::failureCountOfThread();
+  const bool ended = contained(kCutShort, [&] {
+    clearAddressBook();
+    addGroupAndPersonByGeneralAddressBook(general);
+    adjustGroupAndPersonRelatedByGeneralAddressBook(general);
+  });
+  if (ended) {
+    reportLoad(progress::kDone);
+    const bool reverted = ABAddressBook::revertCount() != revertsBefore;
+    if (!reverted && failures::failureCountOfThread() == failedBefore) return true;
+    // What could not be made or read was left out: the old records must not go for it.
+    countThrown(kCutShort, reverted ? kReverted : "not every new one could be made");
+  }
+  // Removals that stayed unsaved would reach the store with the next save of whatever book.
+  contained("what a load left unsaved could not be reverted", [&] { abAddressBook()->revert(); });
+  // To be filled anew: the old persons are back, and of the new ones some may be missing in it.
+  if (_allPersonArray) _allPersonArray->clear();
+  return false;
+}
+
+void OxMacAddressBook::clearAddressBook() {
+  if (_allPersonArray) _allPersonArray->clear();
+  const auto records = abAddressBook();
+  for (const auto& group : allGroups()) records->removeRecord(group);
+  if (_container) {
+    // What the store gives, not what the cache holds: where another thread has put a person into it
+    // meanwhile, all others would stay.
+    for (const auto& person : fillCache()) records->removeRecord(person);
+  } else if (const auto persons = allPersons()) {
+    for (const auto& person : persons->snapshot()) records->removeRecord(person);
+  }
+}
+
+void OxMacAddressBook::addGroupAndPersonByGeneralAddressBook(
+    const std::shared_ptr<OxAddressBookGeneral>& general) {
+  if (!general) return;
+  const auto& groups = general->groupsDic();
+  const auto& persons = general->personsDic();
+  const std::size_t total = groups.count() + persons.count();
+  std::size_t done = 0;
+  for (const auto& [key, group] : groups) {
+    group->setExtend(addGroupByName(group->title()));
+    reportLoad(halfPercent(++done, total, 0.0F));
+  }
+  for (const auto& [key, person] : persons) {
+    person->setExtend(addOneFromOtherPerson(std::shared_ptr<IOxPerson>(person)));
+    reportLoad(halfPercent(++done, total, 0.0F));
+  }
+  reportLoad(50.0);
+}
+
+void OxMacAddressBook::adjustGroupAndPersonRelatedByGeneralAddressBook(
+    const std::shared_ptr<OxAddressBookGeneral>& general) {
+  if (!general) return;
+  const auto& groups = general->groupsDic();
+  std::size_t done = 0;
+  for (const auto& [key, neutral] : groups) {
+    if (const auto group = groupMadeFor(neutral.get())) {
+      for (const auto& subgroup : neutral->subArray()) {
+        group->addSubgroup(groupMadeFor(groups.objectForKey(subgroup).get()));
+      }
+      for (const auto& member : neutral->persons()) {
+        group->addMember(personMadeFor(general->personsDic().objectForKey(member).get()));
+      }
+    }
+    reportLoad(halfPercent(++done, groups.count(), 50.0F));
+  }
+  reportLoad(progress::kDone);
+}
+
+}  // namespace ox

@@ -1,0 +1,60 @@
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/book/contained.hpp"
+#include "ox/OxMacAddressBookSDK/registry/progress.hpp"
+#include "ox/base/detached_worker.hpp"
+
+namespace ox {
+namespace {
+
+void reportTo(const SaveCallback& callback, bool finished, const Data& data, double value) {
+  contained("a save's progress callback threw", [&] {
+    if (callback) callback(finished, data, value);
+  });
+}
+
+}  // namespace
+
+void OxMacAddressBook::saveDataBlock(const SaveCallback& progress) {
+  const bool started = contained("a save could not be started", [&] {
+    _progressBlock.replace(progress);
+    runDetached([book = shared_from_this()] { book->saveDataThreed(); });
+  });
+  // To the one at hand: there may have been no room to keep it.
+  if (!started) reportTo(progress, true, nullptr, progress::kDone);
+}
+
+void OxMacAddressBook::reportSave(bool finished, const Data& data, double value) {
+  if (const auto callback = _progressBlock.current()) reportTo(*callback, finished, data, value);
+}
+
+// Whoever waits for the last report must get it, whatever happens on the way.
+void OxMacAddressBook::saveDataThreed() {
+  Data data;
+  contained("a save was cut short", [&] { data = collectedData(); });
+  reportSave(true, data, progress::kDone);
+}
+
+Data OxMacAddressBook::collectedData() {
+  const auto general = OxAddressBookGeneral::init();
+  const auto groups = allGroups();
+  const auto list = allPersons();
+  const auto persons = list ? list->snapshot() : std::vector<PersonList::Person>();
+  const std::size_t total = groups.size() + persons.size();
+  // Counted from 0 where a load counts from 1. Required.
+  std::size_t index = 0;
+  for (const auto& group : groups) {
+    general->addGroup(group);
+    reportSave(false, nullptr, progress::percent(index++, total));
+  }
+  for (const auto& person : persons) {
+    general->addPerson(person);
+    reportSave(false, nullptr, progress::percent(index++, total));
+  }
+  reportSave(false, nullptr, progress::kDone);
+  return general->saveToData();
+}
+
+}  // namespace ox

@@ -1,0 +1,61 @@
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+
+namespace ox {
+namespace {
+
+// True when the value holds nothing, or a text that says nothing.
+bool saysNothing(const OxMutableSingleValue& value) {
+  const auto* const text = value.value().text();
+  return value.value().isMissing() || (text != nullptr && text->empty());
+}
+
+std::shared_ptr<_ABPerson> addContact(OxMacAddressBook& book, const CNContact& contact) {
+  const auto copy = CNMutableContact::mutableCopy(contact);
+  const auto request = CNSaveRequest::init();
+  request->addContact_toContainerWithIdentifier(copy, book.validContainerID());
+  // Only a stored copy has an identifier of its own: until then it bears that of its source.
+  if (!CNContactStore::init()->executeSaveRequest_error(*request, nullptr)) return nullptr;
+  auto person = hostPerson(book.abAddressBook()->recordForUniqueId(copy->identifier()));
+  for (const auto& property : book.supportProperty()) {
+    if (property->valueType() == value_type::kMultiple) continue;
+    book.needSingValueClearValue_property(person, property);
+  }
+  return person;
+}
+
+std::shared_ptr<_ABPerson> addPerson(OxMacAddressBook& book, const IOxPerson& source) {
+  auto person = book.newPerson();
+  if (!person) return nullptr;
+  bool copied = false;
+  for (const auto& property : book.supportProperty()) {
+    const auto value = source.valueByProperty(property);
+    if (!value) continue;
+    person->setValue_byProperty(value, property);
+    copied = true;
+  }
+  return copied ? person : nullptr;
+}
+
+}  // namespace
+
+std::shared_ptr<_ABPerson> OxMacAddressBook::addOneFromOtherPerson(const PersonSource& source) {
+  if (const auto* const contact = std::get_if<CNContactPtr>(&source)) {
+    return *contact ? addContact(*this, **contact) : nullptr;
+  }
+  const auto* const person = std::get_if<std::shared_ptr<IOxPerson>>(&source);
+  return person != nullptr && *person ? addPerson(*this, **person) : nullptr;
+}
+
+void OxMacAddressBook::needSingValueClearValue_property(const std::shared_ptr<_ABPerson>& person,
+                                                        const OxPropertyPtr& property) {
+  if (!person || !property) return;
+  const auto value = person->valueByProperty(property);
+  if (!value) return;
+  const auto& name = property->name();
+  if (name == OxProPertyName || name == OxProPertyBirthday || name == OxProPertyTags) return;
+  const auto single = std::dynamic_pointer_cast<OxMutableSingleValue>(value);
+  if (single && saysNothing(*single)) person->setValue_byProperty(nullptr, property);
+}
+
+}  // namespace ox

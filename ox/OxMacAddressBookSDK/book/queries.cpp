@@ -1,0 +1,86 @@
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/registry/containers.hpp"
+
+namespace ox {
+
+std::shared_ptr<PersonList> OxMacAddressBook::allPersons() {
+  if (_allPersonArray && _allPersonArray->size() > 0) return _allPersonArray;
+  if (!_container) return allPersons2();
+  // Once, unless another thread empties the cache before the persons are in it.
+  while (!fillCache().empty() && _allPersonArray->size() == 0) continue;
+  return _allPersonArray;
+}
+
+std::vector<PersonList::Person> OxMacAddressBook::fillCache() {
+  const auto epoch = _allPersonArray->epoch();
+  const auto records = abAddressBook();
+  std::vector<PersonList::Person> persons;
+  for (const auto& contact : contactsIn(*CNContactStore::init(), *_container)) {
+    auto person = personForContact(*records, *contact);
+    if (!person) continue;
+    person->setAddressID(_xxID);
+    persons.push_back(std::move(person));
+  }
+  _allPersonArray->fill(persons, epoch);
+  return persons;
+}
+
+std::shared_ptr<PersonList> OxMacAddressBook::allPersons2() {
+  if (!_allPersonArray) return nullptr;
+  std::vector<PersonList::Person> persons;
+  for (const auto& record : abAddressBook()->people()) {
+    auto person = hostPerson(record);
+    if (person->addressBookID() == _xxID) persons.push_back(std::move(person));
+  }
+  _allPersonArray->append(persons);
+  return _allPersonArray;
+}
+
+std::uint64_t OxMacAddressBook::allPersonsCount() {
+  const auto persons = allPersons();
+  return persons ? persons->size() : 0;
+}
+
+std::vector<std::shared_ptr<_ABGroup>> OxMacAddressBook::allGroups() const {
+  std::vector<std::shared_ptr<_ABGroup>> groups;
+  if (!canCreateGroup()) return groups;
+  for (const auto& record : abAddressBook()->groups()) {
+    auto group = hostGroup(record);
+    if (group->addressBookID() == _xxID) groups.push_back(std::move(group));
+  }
+  return groups;
+}
+
+std::vector<std::shared_ptr<_ABGroup>> OxMacAddressBook::rootGroups() const {
+  std::vector<std::shared_ptr<_ABGroup>> groups;
+  if (!canCreateGroup()) return groups;
+  for (const auto& record : abAddressBook()->groups()) {
+    if (!record->parentGroups().empty()) continue;
+    auto group = hostGroup(record);
+    if (group->addressBookID() == _xxID) groups.push_back(std::move(group));
+  }
+  return groups;
+}
+
+std::uint64_t OxMacAddressBook::rootGroupsCount() const {
+  return rootGroups().size();
+}
+
+std::shared_ptr<_ABGroup> OxMacAddressBook::groupByID(TextView identifier) const {
+  auto group = hostGroup(abAddressBook()->recordForUniqueId(identifier));
+  return group && group->addressBookID() == _xxID ? group : nullptr;
+}
+
+std::vector<std::shared_ptr<ABRecord>> OxMacAddressBook::personsForIDs(
+    const std::vector<std::string>& identifiers) const {
+  std::vector<std::shared_ptr<ABRecord>> found;
+  const auto records = abAddressBook();
+  for (const auto& identifier : identifiers) {
+    if (auto record = records->recordForUniqueId(identifier)) found.push_back(std::move(record));
+  }
+  return found;
+}
+
+}  // namespace ox

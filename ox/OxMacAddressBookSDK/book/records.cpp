@@ -1,0 +1,62 @@
+#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+
+namespace ox {
+
+std::shared_ptr<_ABPerson> OxMacAddressBook::newPerson() {
+  const auto epoch = _allPersonArray ? _allPersonArray->epoch() : 0;
+  const auto contact = CNMutableContact::init();
+  const auto request = CNSaveRequest::init();
+  request->addContact_toContainerWithIdentifier(contact, validContainerID());
+  CNContactStore::init()->executeSaveRequest_error(*request, nullptr);
+  auto person = hostPerson(abAddressBook()->recordForUniqueId(contact->identifier()));
+  if (!person) return nullptr;
+  person->setAddressID(_xxID);
+  // Clearing the name and the company drops the stamp again. Required.
+  for (const auto& property : supportProperty()) person->setValue_byProperty(nullptr, property);
+  if (_allPersonArray) _allPersonArray->appendNew(person, epoch);
+  return person;
+}
+
+std::shared_ptr<_ABGroup> OxMacAddressBook::newGroup() {
+  const auto group = CNMutableGroup::init();
+  const auto request = CNSaveRequest::init();
+  request->addGroup_toContainerWithIdentifier(group, validContainerID());
+  CNContactStore::init()->executeSaveRequest_error(*request, nullptr);
+  return hostGroup(abAddressBook()->recordForUniqueId(group->identifier()));
+}
+
+std::shared_ptr<_ABGroup> OxMacAddressBook::addGroupByName(TextView name) {
+  auto group = newGroup();
+  if (group) group->setDisplayName(name);
+  return group;
+}
+
+void OxMacAddressBook::removePersons(const std::vector<std::shared_ptr<_ABPerson>>& persons) {
+  if (_allPersonArray) _allPersonArray->removeAll(persons);
+  const auto records = abAddressBook();
+  for (const auto& person : persons) {
+    if (!person) continue;
+    if (_tagManager) _tagManager->removeForPersonID(person->ID());
+    person->removeDisplayNameCache();
+    records->removeRecord(person);
+  }
+}
+
+bool OxMacAddressBook::removeGroup(const std::shared_ptr<_ABGroup>& group) {
+  if (group) group->removeAllSubGroup();
+  reallyRemoveOneGroup(group);
+  return true;
+}
+
+void OxMacAddressBook::reallyRemoveOneGroup(const std::shared_ptr<_ABGroup>& group) {
+  abAddressBook()->removeRecord(group);
+}
+
+void OxMacAddressBook::save() {
+  abAddressBook()->save();
+  OxTagManager::makeDurable();
+}
+
+}  // namespace ox

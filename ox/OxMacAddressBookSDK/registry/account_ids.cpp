@@ -1,0 +1,31 @@
+#include <unordered_set>
+
+#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/book/services.hpp"
+#include "ox/OxMacAddressBookSDK/registry/builds.hpp"
+
+namespace ox::registry {
+
+Books booksByAccountIds() {
+  std::vector<BookId> ids;
+  std::unordered_set<BookId> met;
+  const auto meet = [&ids, &met](BookId id) {
+    if (met.insert(id).second) ids.push_back(id);
+  };
+  meet(BookId::of(OxMacAddressBookID));
+  const auto records = ABAddressBook::sharedAddressBook();
+  for (auto& person : records->people()) meet(hostPerson(std::move(person))->bookId());
+  for (auto& group : records->groups()) meet(hostGroup(std::move(group))->bookId());
+
+  Books books;
+  for (const auto id : ids) {
+    const std::string text = id.text();
+    auto book = OxMacAddressBook::initWithID(text);
+    book->_xxName = text == OxMacAddressBookID ? std::string(services::kLocalName) : text;
+    books.push_back(std::move(book));
+  }
+  return books;
+}
+
+}  // namespace ox::registry

@@ -1,0 +1,18 @@
+#include "ox/OxMacAddressBookSDK/registry/book_collector.hpp"
+
+#include "ox/OxMacAddressBookSDK/book/services.hpp"
+
+namespace ox {
+
+void BookCollector::add(const OxMacAddressBookPtr& book, bool local) {
+  if (local) {
+    books_.push_front(book);
+  } else {
+    books_.push_back(book);
+  }
+  const bool standsForLocal =
+      rule_ == LocalBookRule::LocalOrICloudBook && book->_serverType == services::kICloud;
+  if (local || standsForLocal) localBookMissing_ = false;
+}
+
+}  // namespace ox

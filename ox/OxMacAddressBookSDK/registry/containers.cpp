@@ -1,0 +1,29 @@
+#include "ox/OxMacAddressBookSDK/registry/containers.hpp"
+
+#include <utility>
+
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+
+namespace ox {
+
+CNContainerPtr containerOf(CNContactStore& store, const ABRecord& record) {
+  const auto predicateFor = record.kind() == RecordKind::Person
+                                ? CNContainer::predicateForContainerOfContactWithIdentifier
+                                : CNContainer::predicateForContainerOfGroupWithIdentifier;
+  auto containers =
+      store.containersMatchingPredicate_error(predicateFor(record.uniqueId()), nullptr);
+  return containers.empty() ? nullptr : std::move(containers.front());
+}
+
+std::vector<CNContactPtr> contactsIn(CNContactStore& store, const CNContainer& container) {
+  return store.unifiedContactsMatchingPredicate_keysToFetch_error(
+      CNContact::predicateForContactsInContainerWithIdentifier(container.identifier()), {},
+      nullptr);
+}
+
+std::shared_ptr<_ABPerson> personForContact(ABAddressBook& records, const CNContact& contact) {
+  return hostPerson(records.recordForUniqueId(contact.identifier()));
+}
+
+}  // namespace ox

@@ -1,0 +1,71 @@
+#include "ox/base/replacement_file.hpp"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+#include "ox/base/uuid.hpp"
+
+namespace ox {
+namespace {
+
+// The errno that says why the target cannot be replaced; 0 when it can.
+int obstacle(const std::string& target) {
+  struct stat status {};
+  if (::stat(target.c_str(), &status) != 0) return errno == ENOENT ? 0 : errno;
+  if (S_ISDIR(status.st_mode)) return EISDIR;
+  return S_ISREG(status.st_mode) ? 0 : EINVAL;
+}
+
+// Some file systems cannot sync a folder; they need not.
+void syncFolderOf(const std::string& path) {
+  const auto folder = std::filesystem::path(path).parent_path();
+  const int file =
+      ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (file < 0) return;
+  ::fsync(file);
+  ::close(file);
+}
+
+}  // namespace
+
+ReplacementFile::ReplacementFile(std::string target) : target_(std::move(target)) {
+  const int code = obstacle(target_);
+  if (code == EINVAL) target_ += " is no regular file";
+  if (code != 0) fail(code);
+  path_ = target_ + "." + uuidText(makeUuid()) + ".new";
+  file_ = ::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (file_ < 0) fail(errno);
+}
+
+ReplacementFile::~ReplacementFile() {
+  if (file_ >= 0) ::close(file_);
+  if (!committed_) ::unlink(path_.c_str());
+}
+
+void ReplacementFile::fail(int code) const {
+  throw std::system_error(code, std::generic_category(), target_);
+}
+
+void ReplacementFile::write(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto written = ::write(file_, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) fail(errno);
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+void ReplacementFile::commit() {
+  if (::fsync(file_) != 0) fail(errno);
+  if (std::rename(path_.c_str(), target_.c_str()) != 0) fail(errno);
+  committed_ = true;
+  syncFolderOf(target_);
+}
+
+}  // namespace ox

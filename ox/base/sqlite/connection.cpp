@@ -1,0 +1,100 @@
+#include "ox/base/sqlite/connection.hpp"
+
+#include <sqlite3.h>
+#include <utility>
+
+#include "ox/base/sqlite/error.hpp"
+
+namespace ox::sqlite {
+namespace {
+
+int openFlags(Connection::Mode mode) {
+  switch (mode) {
+    case Connection::Mode::ReadWriteCreate:
+      return SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    case Connection::Mode::ReadWrite:
+      return SQLITE_OPEN_READWRITE;
+    case Connection::Mode::ReadOnly:
+      return SQLITE_OPEN_READONLY;
+  }
+  return SQLITE_OPEN_READONLY;
+}
+
+}  // namespace
+
+Connection::Connection(const std::string& path, Mode mode) {
+  const int flags = openFlags(mode) | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+  const int result = sqlite3_open_v2(path.c_str(), &handle_, flags, nullptr);
+  if (result == SQLITE_OK) return;
+  const Error error(result, path + ": " + (handle_ ? sqlite3_errmsg(handle_) : "out of memory"));
+  sqlite3_close(std::exchange(handle_, nullptr));
+  throw error;
+}
+
+Connection::Connection(Connection&& other) noexcept
+    : handle_(std::exchange(other.handle_, nullptr)) {}
+
+Connection& Connection::operator=(Connection&& other) noexcept {
+  std::swap(handle_, other.handle_);
+  return *this;
+}
+
+Connection::~Connection() {
+  sqlite3_close(handle_);
+}
+
+void Connection::execute(const char* sql) {
+  if (sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+    throw Error(sqlite3_extended_errcode(handle_), sqlite3_errmsg(handle_));
+  }
+}
+
+std::int64_t Connection::queryInteger(std::string_view sql) {
+  auto statement = prepare(sql);
+  return statement.step() ? statement.integer(0) : 0;
+}
+
+Text Connection::queryText(std::string_view sql) {
+  auto statement = prepare(sql);
+  return statement.step() ? statement.optionalText(0) : std::nullopt;
+}
+
+void Connection::setBusyTimeout(int milliseconds) {
+  sqlite3_busy_timeout(handle_, milliseconds);
+}
+
+std::int64_t Connection::lastRowId() const {
+  return sqlite3_last_insert_rowid(handle_);
+}
+
+std::int64_t Connection::changes() const {
+  return sqlite3_changes64(handle_);
+}
+
+std::int64_t Connection::totalChanges() const {
+  return sqlite3_total_changes64(handle_);
+}
+
+std::string Connection::logPath() const {
+  return sqlite3_filename_wal(sqlite3_db_filename(handle_, "main"));
+}
+
+Transaction::Transaction(Connection& connection) : connection_(connection) {
+  connection_.execute("BEGIN IMMEDIATE");
+}
+
+Transaction::~Transaction() {
+  if (!open_) return;
+  try {
+    connection_.execute("ROLLBACK");
+  } catch (const Error&) {
+    // SQLite has rolled back by itself (a full disk, an I/O error): nothing is left to undo.
+  }
+}
+
+void Transaction::commit() {
+  connection_.execute("COMMIT");
+  open_ = false;
+}
+
+}  // namespace ox::sqlite

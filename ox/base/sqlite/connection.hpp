@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "ox/base/sqlite/statement.hpp"
+
+namespace ox::sqlite {
+
+// One open database file. Used by one thread at a time; statements must go before it does.
+class Connection {
+ public:
+  enum class Mode { ReadWriteCreate, ReadWrite, ReadOnly };
+
+  Connection() = default;
+  // Throws Error naming the file. Extended result codes are on; foreign keys are not yet.
+  Connection(const std::string& path, Mode mode);
+  Connection(Connection&& other) noexcept;
+  Connection& operator=(Connection&& other) noexcept;
+  ~Connection();
+
+  void execute(const char* sql);
+  Statement prepare(std::string_view sql) { return {handle_, sql}; }
+  // The first column of the first row; 0 or missing when there is no row.
+  std::int64_t queryInteger(std::string_view sql);
+  Text queryText(std::string_view sql);
+  void setBusyTimeout(int milliseconds);
+  std::int64_t lastRowId() const;
+  std::int64_t changes() const;
+  // Rows changed since the file was opened, those of transactions that were rolled back too.
+  std::int64_t totalChanges() const;
+  // Where SQLite keeps the write-ahead log of this database: beside the file itself, through every
+  // link that led to it.
+  std::string logPath() const;
+  sqlite3* handle() const { return handle_; }
+
+ private:
+  sqlite3* handle_ = nullptr;
+};
+
+// An immediate write transaction: rolled back unless committed.
+class Transaction {
+ public:
+  explicit Transaction(Connection& connection);
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+  ~Transaction();
+  void commit();
+
+ private:
+  Connection& connection_;
+  bool open_ = true;
+};
+
+}  // namespace ox::sqlite

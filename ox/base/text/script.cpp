@@ -1,0 +1,62 @@
+#include "ox/base/text/script.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <unicode/uscript.h>
+#include <unicode/utf8.h>
+
+namespace ox {
+namespace {
+
+struct Range {
+  UChar32 first;
+  UChar32 last;
+};
+
+// Shared by several scripts, so their script property names none of ours.
+constexpr std::array kMarksOfNames = {
+    Range{0x00B7, 0x00B7},    // middle dot
+    Range{0x3099, 0x309A},    // combining voiced and semi-voiced sound marks
+    Range{0x30FB, 0x30FC},    // katakana middle dot, prolonged sound mark
+    Range{0xFE00, 0xFE0F},    // variation selectors
+    Range{0xFF65, 0xFF65},    // half-width middle dot
+    Range{0xFF70, 0xFF70},    // half-width prolonged sound mark
+    Range{0xE0100, 0xE01EF},  // variation selectors of ideographs
+};
+
+bool isMarkOfNames(UChar32 character) {
+  return std::any_of(kMarksOfNames.begin(), kMarksOfNames.end(), [&](const Range& range) {
+    return character >= range.first && character <= range.last;
+  });
+}
+
+bool isOfTheScripts(UChar32 character) {
+  if (character < 0x1100) return false;
+  if (character >= 0x4E00 && character <= 0x9FFF) return true;
+  UErrorCode status = U_ZERO_ERROR;
+  const auto script = uscript_getScript(character, &status);
+  return script == USCRIPT_HAN || script == USCRIPT_HIRAGANA || script == USCRIPT_KATAKANA ||
+         script == USCRIPT_HANGUL;
+}
+
+}  // namespace
+
+bool isHanKanaHangul(std::string_view text) {
+  bool found = false;
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  const std::size_t length = text.size();
+  for (std::size_t at = 0; at < length;) {
+    UChar32 character = 0;
+    U8_NEXT(bytes, at, length, character);
+    if (character < 0) return false;
+    if (isOfTheScripts(character)) {
+      found = true;
+    } else if (!isMarkOfNames(character)) {
+      return false;
+    }
+  }
+  return found;
+}
+
+}  // namespace ox

@@ -1,0 +1,81 @@
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+
+#include <atomic>
+
+#include "ox/platform/AddressBook/answer.hpp"
+#include "ox/platform/AddressBook/record_map.hpp"
+#include "ox/platform/store/contact_source.hpp"
+
+namespace ox {
+namespace {
+
+std::atomic<std::uint64_t>& reverts() {
+  static auto& count = *new std::atomic<std::uint64_t>(0);
+  return count;
+}
+
+}  // namespace
+
+std::shared_ptr<ABAddressBook> ABAddressBook::sharedAddressBook() {
+  static auto& shared = *new std::shared_ptr<ABAddressBook>(new ABAddressBook);
+  return shared;
+}
+
+std::vector<std::shared_ptr<ABPerson>> ABAddressBook::people() {
+  return answer([] { return record_map::persons(contactSource().records(RecordKind::Person)); });
+}
+
+std::vector<std::shared_ptr<ABGroup>> ABAddressBook::groups() {
+  return answer([] { return record_map::groups(contactSource().records(RecordKind::Group)); });
+}
+
+std::shared_ptr<ABRecord> ABAddressBook::recordForUniqueId(TextView uniqueId) {
+  if (!uniqueId) return nullptr;
+  return answer([&]() -> std::shared_ptr<ABRecord> {
+    const auto record = contactSource().record(*uniqueId);
+    if (!record) return nullptr;
+    if (record->kind == RecordKind::Person) return record_map::person(record->key);
+    return record_map::group(record->key);
+  });
+}
+
+bool ABAddressBook::removeRecord(const std::shared_ptr<ABRecord>& record) {
+  if (!record) return false;
+  return answer([&] { return contactSource().remove(record->key(), record->kind()); });
+}
+
+bool ABAddressBook::save() {
+  return saveAndReturnError().done;
+}
+
+SaveReport ABAddressBook::saveAndReturnError() {
+  SaveReport report;
+  try {
+    report = contactSource().save();
+  } catch (const std::exception& error) {
+    report.reason = error.what();
+  }
+  if (!report.done) failures::countFailure(report.reason);
+  for (const auto& dropped : report.dropped) failures::countRefusal(dropped);
+  return report;
+}
+
+bool ABAddressBook::hasUnsavedChanges() {
+  return !unsavedChanges().empty();
+}
+
+UnsavedChanges ABAddressBook::unsavedChanges() {
+  return answer([] { return contactSource().unsavedChanges(); });
+}
+
+void ABAddressBook::revert() {
+  ++reverts();
+  contactSource().revert();
+  ++reverts();
+}
+
+std::uint64_t ABAddressBook::revertCount() {
+  return reverts();
+}
+
+}  // namespace ox

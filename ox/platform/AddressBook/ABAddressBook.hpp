@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "ox/platform/AddressBook/ABGroup.hpp"
+#include "ox/platform/AddressBook/ABPerson.hpp"
+#include "ox/platform/store/changes.hpp"
+
+namespace ox {
+
+// The record database: every person and group of every account, as committed, plus this process's
+// unsaved changes. One for the process, never destroyed, safe from any thread. A store that fails
+// is counted (ox/base/failures.hpp) and answers empty.
+class ABAddressBook {
+ public:
+  static std::shared_ptr<ABAddressBook> sharedAddressBook();
+
+  // In creation order.
+  std::vector<std::shared_ptr<ABPerson>> people();
+  std::vector<std::shared_ptr<ABGroup>> groups();
+  // Null when there is no such record, or it was removed.
+  std::shared_ptr<ABRecord> recordForUniqueId(TextView uniqueId);
+  // Marks the record and its links as removed; the store follows at the save. False when refused.
+  bool removeRecord(const std::shared_ptr<ABRecord>& record);
+
+  // Writes every unsaved change in one durable transaction; false when it failed, and then nothing
+  // was written and the changes are kept for the next try.
+  bool save();
+  // The same, with the reason and with what a removal elsewhere has overtaken.
+  SaveReport saveAndReturnError();
+  bool hasUnsavedChanges();
+  UnsavedChanges unsavedChanges();
+  // Forgets every unsaved change.
+  void revert();
+  // Rises as each revert of this process begins and as it ends: work whose unsaved changes must
+  // last compares before and after.
+  static std::uint64_t revertCount();
+
+ private:
+  ABAddressBook() = default;
+};
+
+}  // namespace ox

@@ -1,0 +1,72 @@
+#include "ox/platform/AddressBook/ABPerson.hpp"
+
+#include <utility>
+
+#include "ox/platform/AddressBook/answer.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/vcard/writer.hpp"
+
+namespace ox {
+
+std::vector<std::string> ABPerson::properties() {
+  std::vector<std::string> names;
+  for (auto& entry : property_table::all(RecordKind::Person))
+    names.push_back(std::move(entry.name));
+  return names;
+}
+
+std::uint64_t ABPerson::addPropertiesAndTypes(
+    const std::vector<std::pair<std::string, std::int32_t>>& propertiesAndTypes) {
+  std::uint64_t known = 0;
+  for (const auto& [name, type] : propertiesAndTypes) {
+    if (property_table::add(name, static_cast<ABPropertyType>(type)) != 0) {
+      ++known;
+    } else {
+      failures::countRefusal("the property " + name + " is known with another type, or has none");
+    }
+  }
+  return known;
+}
+
+ABPropertyType ABPerson::typeOfProperty(TextView property) {
+  if (!property) return kABErrorInProperty;
+  return property_table::typeOf(property_table::idOf(RecordKind::Person, *property));
+}
+
+Data ABPerson::imageData() const {
+  try {
+    return contactSource().imageData(key());
+  } catch (const ImageReadError& error) {
+    failures::countFailure(error.what());
+    throw;
+  } catch (const StoreError& error) {
+    failures::countFailure(error.what());
+    return nullptr;
+  }
+}
+
+bool ABPerson::setImageData(Data image) {
+  return answer([&] { return contactSource().setImageData(key(), std::move(image)); });
+}
+
+Data ABPerson::vCardRepresentation() const {
+  return answer([&]() -> Data {
+    auto& source = contactSource();
+    PropertyBag values;
+    const auto take = [&](PropertyId property) {
+      auto value = source.value(key(), property);
+      if (!isMissing(value)) values.set(property, std::move(value));
+    };
+    for (PropertyId id = property_id::kFirst; id <= property_id::kOtherDates; ++id) take(id);
+    take(property_id::kCardUid);
+    take(property_id::kUnmodelledLines);
+    for (PropertyId id = kFirstCustomProperty; property_table::typeOf(id) != kABErrorInProperty;
+         ++id) {
+      take(id);
+    }
+    if (values.empty() && !source.record(key().text())) return nullptr;
+    return makeData(vcard::writeCard(values, nullptr, {.nestedCards = false}));
+  });
+}
+
+}  // namespace ox

@@ -1,0 +1,43 @@
+#include "ox/platform/AddressBook/ABRecord.hpp"
+
+#include <utility>
+
+#include "ox/platform/AddressBook/ABGroup.hpp"
+#include "ox/platform/AddressBook/answer.hpp"
+#include "ox/platform/AddressBook/record_map.hpp"
+#include "ox/platform/store/contact_source.hpp"
+
+namespace ox {
+
+ABRecord::~ABRecord() {
+  record_map::forget(*this);
+}
+
+Text ABRecord::uniqueId() const {
+  return key_.text();
+}
+
+PropertyValue ABRecord::valueForProperty(TextView property) const {
+  const auto id = property ? property_table::idOf(kind(), *property) : PropertyId{0};
+  if (id == 0) return {};
+  return answer([&] { return contactSource().value(key_, id); });
+}
+
+bool ABRecord::setValue_forProperty(PropertyValue value, TextView property) {
+  const auto id = property ? property_table::idOf(kind(), *property) : PropertyId{0};
+  return answer([&] { return contactSource().setValue(key_, kind(), id, std::move(value)); });
+}
+
+bool ABRecord::removeValueForProperty(TextView property) {
+  return setValue_forProperty({}, property);
+}
+
+Text ABRecord::description() const {
+  return answer([&]() -> Text { return contactSource().description(key_, kind()); });
+}
+
+std::vector<std::shared_ptr<ABGroup>> ABRecord::parentGroups() const {
+  return answer([&] { return record_map::groups(*contactSource().parents(key_)); });
+}
+
+}  // namespace ox

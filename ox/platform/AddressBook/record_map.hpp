@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "ox/platform/AddressBook/ABGroup.hpp"
+#include "ox/platform/AddressBook/ABPerson.hpp"
+#include "ox/platform/store/contact_source.hpp"
+
+// The identity map: one live object for each stored record, owned by whoever holds it. Safe from
+// any thread.
+
+namespace ox::record_map {
+
+// The live object of that record, made when there is none.
+std::shared_ptr<ABPerson> person(const RecordKey& key);
+std::shared_ptr<ABGroup> group(const RecordKey& key);
+
+// The same for a whole list.
+std::vector<std::shared_ptr<ABPerson>> persons(const RecordKeys& keys);
+std::vector<std::shared_ptr<ABGroup>> groups(const RecordKeys& keys);
+
+// Called by a record that is being destroyed.
+void forget(const ABRecord& record);
+
+}  // namespace ox::record_map

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ox/platform/images/image_codec.hpp"
+
+// What each codec file gives to image_codec.cpp. The bytes start with the format's signature. A
+// failure is null or missing, with `reason` set.
+namespace ox::images {
+
+ImagePtr decodePng(std::string_view bytes, std::string& reason);
+std::optional<ImageSize> sizeOfPng(std::string_view bytes, std::string& reason);
+
+ImagePtr decodeJpeg(std::string_view bytes, std::string& reason);
+std::optional<ImageSize> sizeOfJpeg(std::string_view bytes, std::string& reason);
+
+ImagePtr decodeTiff(std::string_view bytes, std::string& reason);
+std::optional<ImageSize> sizeOfTiff(std::string_view bytes, std::string& reason);
+
+// False, with a reason, when there is no pixel or more than kMaxPixels.
+bool isAllowedSize(std::uint64_t width, std::uint64_t height, std::string& reason);
+
+// True when the picture is one that can be encoded: not empty, within kMaxPixels, pixels complete.
+bool isEncodable(const Image& image);
+
+inline constexpr const char* kImplausible = "claims more pixels than its bytes can hold";
+
+}  // namespace ox::images

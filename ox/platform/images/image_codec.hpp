@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ox/base/data.hpp"
+#include "ox/base/image.hpp"
+
+// Pictures as bytes: TIFF (6.0), PNG (RFC 2083) and JPEG (ITU-T T.81). Free functions without
+// state, safe from any thread. Nothing is printed, whatever the bytes are.
+namespace ox::images {
+
+// 8192 x 8192. A file that claims more is refused before anything is allocated for it.
+inline constexpr std::uint64_t kMaxPixels = std::uint64_t{64} << 20U;
+
+struct ImageSize {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+
+  bool operator==(const ImageSize&) const = default;
+};
+
+// The picture in the bytes, told by content: upright (the orientation of a TIFF or of a JPEG's Exif
+// block is applied), 8 bits a channel (16-bit samples are scaled), grey, palette and CMYK turned
+// into RGB. Null when the bytes are of no known kind, truncated, damaged, too large, or claim more
+// pixels than so few bytes can hold; `reason` then says why in a few words. Throws std::bad_alloc
+// when there is no memory for its pixels.
+ImagePtr decodeImage(std::string_view bytes, std::string* reason = nullptr);
+
+// Width and height as decodeImage would give them, from the header alone. Missing when it would
+// refuse the header; the rest of the file may still be damaged.
+std::optional<ImageSize> imageSize(std::string_view bytes);
+
+// Lossless: deflate-compressed RGBA; decodeImage gives the same picture back. Null for a picture
+// that is empty, above kMaxPixels, or whose pixels do not fill its size.
+Data encodeTiff(const Image& image);
+
+// The library's default quality (75); transparency shows white. Null as above, and for a side over
+// 65 500 pixels, which the format cannot hold.
+Data encodeJpeg(const Image& image);
+
+}  // namespace ox::images

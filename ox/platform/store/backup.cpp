@@ -1,0 +1,123 @@
+#include "ox/platform/store/backup.hpp"
+
+#include <filesystem>
+#include <system_error>
+
+#include "ox/base/sqlite/error.hpp"
+#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/schema.hpp"
+#include "ox/records/property_bag.hpp"
+
+namespace ox {
+namespace {
+
+constexpr int kBusyMilliseconds = 10'000;
+
+void refuseSameFile(const std::string& from, const std::string& to) {
+  std::error_code error;
+  if (!std::filesystem::equivalent(from, to, error) || error) return;
+  throw StoreError(StoreError::Kind::Unavailable, to + ": is the store itself");
+}
+
+// The whole content in one read transaction: neither a writer nor this program's own unsaved
+// changes get in.
+void copyInto(sqlite::Connection& source, const std::string& path) {
+  auto statement = source.prepare("VACUUM INTO ?1");
+  statement.bindText(1, path);
+  statement.run();
+}
+
+std::uint64_t countOf(sqlite::Connection& store, RecordKind kind) {
+  auto rows = store.prepare("SELECT count(*) FROM record WHERE kind = ?1");
+  rows.bind(1, static_cast<std::int64_t>(kind));
+  rows.step();
+  return static_cast<std::uint64_t>(rows.integer(0));
+}
+
+void refuseUnsound(sqlite::Connection& copy, const std::string& to) {
+  const auto answer = copy.queryText("PRAGMA quick_check(1)");
+  if (answer == "ok") return;
+  throw StoreError(StoreError::Kind::Corrupt,
+                   to + ": the copy would not be sound: " + answer.value_or(""));
+}
+
+}  // namespace
+
+template <typename Step>
+auto DatabaseCopy::guarded(Step step) {
+  try {
+    return step();
+  } catch (const sqlite::Error& error) {
+    throwStoreError(target_, error);
+  } catch (const std::system_error& error) {
+    throwStoreError(target_, error);
+  }
+}
+
+DatabaseCopy::DatabaseCopy(const std::string& target) : target_(target) {
+  guarded([&] { file_.emplace(target); });
+}
+
+template <typename Look>
+void DatabaseCopy::take(sqlite::Connection& source, Look look) {
+  guarded([&] {
+    copyInto(source, file_->path());
+    sqlite::Connection copy(file_->path(), sqlite::Connection::Mode::ReadOnly);
+    refuseUnsound(copy, target_);
+    look(copy);
+  });
+}
+
+StoreCounts DatabaseCopy::takeStore(const std::string& from) {
+  auto source = openExistingStoreFile(from);
+  refuseSameFile(from, target_);
+  StoreCounts counts;
+  take(source, [&](sqlite::Connection& copy) {
+    counts = {countOf(copy, RecordKind::Group), countOf(copy, RecordKind::Person)};
+  });
+  return counts;
+}
+
+void DatabaseCopy::takeDatabase(const std::string& from) {
+  refuseSameFile(from, target_);
+  try {
+    sqlite::Connection source(from, sqlite::Connection::Mode::ReadWrite);
+    source.setBusyTimeout(kBusyMilliseconds);
+    take(source, [](sqlite::Connection&) {});
+  } catch (const sqlite::Error& error) {
+    throwStoreError(from, error);
+  }
+}
+
+// A log or journal that lies beside the target would be taken for that of the new file: it is
+// brought into the old one first.
+void DatabaseCopy::settleTarget() {
+  const auto log = target_ + "-wal";
+  if (!std::filesystem::exists(log) && !std::filesystem::exists(target_ + "-journal")) return;
+  guarded([&] {
+    sqlite::Connection old(target_, sqlite::Connection::Mode::ReadWrite);
+    old.queryText("PRAGMA journal_mode=DELETE");
+  });
+  if (!std::filesystem::exists(log)) return;
+  throw StoreError(StoreError::Kind::Busy, target_ + ": is a store that is in use");
+}
+
+void DatabaseCopy::put() {
+  settleTarget();
+  guarded([&] { file_->commit(); });
+}
+
+StoreCounts copyStore(const std::string& from, const std::string& to) {
+  DatabaseCopy copy(to);
+  const auto counts = copy.takeStore(from);
+  copy.put();
+  return counts;
+}
+
+void copyDatabase(const std::string& from, const std::string& to) {
+  DatabaseCopy copy(to);
+  copy.takeDatabase(from);
+  copy.put();
+}
+
+}  // namespace ox

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "ox/base/replacement_file.hpp"
+#include "ox/base/sqlite/connection.hpp"
+
+namespace ox {
+
+struct StoreCounts {
+  std::uint64_t groups = 0;
+  std::uint64_t persons = 0;
+};
+
+// A copy of a store, or of the database of another kind that belongs to one, under a name of its
+// own beside the file that it is to replace; gone unless it is put there. Each step throws
+// StoreError, and the target is as it was. One thread at a time.
+class DatabaseCopy {
+ public:
+  // Makes it, empty.
+  explicit DatabaseCopy(const std::string& target);
+
+  // Where it lies until it is put in its place.
+  const std::string& path() const { return file_->path(); }
+  // Takes what is committed at one moment; the result is what a store holds.
+  StoreCounts takeStore(const std::string& from);
+  void takeDatabase(const std::string& from);
+  // Fails when the target is a store that somebody uses: for whoever replaces several files.
+  void settleTarget();
+  // Settles the target and replaces it by the copy, synced.
+  void put();
+
+ private:
+  template <typename Step>
+  auto guarded(Step step);
+  template <typename Look>
+  void take(sqlite::Connection& source, Look look);
+
+  std::string target_;
+  std::optional<ReplacementFile> file_;
+};
+
+// Writes a copy of the store at `from`, as it is committed at one moment whatever other processes
+// do, and replaces the file `to` by it once it is complete and synced; the result is what the copy
+// holds. Throws StoreError, and `to` is as it was: no store at `from`, both are the same file, a
+// place that cannot be written, a copy that is not sound.
+StoreCounts copyStore(const std::string& from, const std::string& to);
+
+// The same for the database of another kind that belongs to a store.
+void copyDatabase(const std::string& from, const std::string& to);
+
+}  // namespace ox

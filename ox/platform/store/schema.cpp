@@ -1,0 +1,214 @@
+#include "ox/platform/store/schema.hpp"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+
+#include "ox/base/sqlite/error.hpp"
+#include "ox/base/store_location.hpp"
+#include "ox/platform/store/changes.hpp"
+
+namespace ox {
+namespace {
+
+constexpr int kBusyMilliseconds = 10'000;
+// Of a new store. A commit of one new person writes five pages: of half SQLite's usual size they
+// cost a fifth less, and reading costs no more.
+constexpr int kPageBytes = 2048;
+constexpr std::int64_t kLogBytesBetweenCheckpoints = std::int64_t{64} << 20U;
+
+// record: uid holds the 16 bytes of our own identifiers (see RecordKey), any other identifier as
+// text. Row numbers come from the counter and are never used again, so a row number tells what is
+// new, and the removal table what is gone, since a process last looked.
+// content: fingerprint is contentFingerprint() of values and picture.
+constexpr const char* kVersion1 = R"sql(
+CREATE TABLE container(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  identifier TEXT NOT NULL UNIQUE,
+  name TEXT NOT NULL,
+  type INTEGER NOT NULL);
+CREATE TABLE counter(next_record INTEGER NOT NULL);
+INSERT INTO counter VALUES(1);
+CREATE TABLE record(
+  id INTEGER PRIMARY KEY,
+  uid BLOB NOT NULL UNIQUE,
+  kind INTEGER NOT NULL,
+  container INTEGER NOT NULL REFERENCES container(id));
+CREATE TABLE content(
+  record INTEGER PRIMARY KEY REFERENCES record(id) ON DELETE CASCADE,
+  card_uid TEXT,
+  fingerprint INTEGER NOT NULL,
+  properties BLOB NOT NULL);
+CREATE INDEX content_card_uid ON content(card_uid) WHERE card_uid IS NOT NULL;
+CREATE INDEX content_fingerprint ON content(fingerprint);
+CREATE TABLE image(
+  record INTEGER PRIMARY KEY REFERENCES record(id) ON DELETE CASCADE,
+  checksum INTEGER NOT NULL,
+  data BLOB NOT NULL);
+CREATE TABLE link(
+  id INTEGER PRIMARY KEY,
+  parent INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE,
+  child INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE);
+CREATE INDEX link_parent ON link(parent);
+CREATE UNIQUE INDEX link_child ON link(child, parent);
+CREATE TABLE removal(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  record INTEGER NOT NULL);
+CREATE TABLE custom_property(
+  name TEXT PRIMARY KEY,
+  type INTEGER NOT NULL);
+INSERT INTO container(identifier, name, type) VALUES('_local:ABAccount', 'On My Mac', 1);
+)sql";
+
+constexpr std::array kMigrations = {kVersion1};
+static_assert(kMigrations.size() == kSchemaVersion);
+
+[[noreturn]] void fail(StoreError::Kind kind, const std::string& path, const std::string& reason) {
+  throw StoreError(kind, path + ": " + reason);
+}
+
+// Refuses what cannot be a store. Only looks: opening and closing the file here would drop the
+// locks that an open connection of this process holds on it.
+void checkFile(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) {
+    if (errno == ENOENT) return;
+    fail(StoreError::Kind::Unavailable, path, std::strerror(errno));
+  }
+  if (S_ISDIR(status.st_mode)) fail(StoreError::Kind::NotAStore, path, "is a directory");
+  if (!S_ISREG(status.st_mode)) fail(StoreError::Kind::NotAStore, path, "is not a regular file");
+}
+
+void makeFile(const std::string& path) {
+  try {
+    createPrivateFile(path);
+  } catch (const std::system_error& error) {
+    throw StoreError(StoreError::Kind::Unavailable, error.what());
+  }
+}
+
+// The schema version of the file; 0 for an empty one. Refuses foreign and newer files. One
+// statement sees one state of the file, whoever is making its tables at the same moment.
+int versionOf(sqlite::Connection& database, const std::string& path) {
+  auto header = database.prepare(
+      "SELECT application_id, user_version, (SELECT count(*) FROM sqlite_schema)"
+      " FROM pragma_application_id, pragma_user_version");
+  header.step();
+  const auto application = header.integer(0);
+  const auto version = header.integer(1);
+  if (application != kStoreApplicationId) {
+    if (application == 0 && version == 0 && header.integer(2) == 0) return 0;
+    fail(StoreError::Kind::NotAStore, path, "is a database of another program");
+  }
+  if (version > kSchemaVersion) {
+    fail(StoreError::Kind::NewerSchema, path,
+         "was written by a newer version (schema " + std::to_string(version) +
+             ", this version knows " + std::to_string(kSchemaVersion) + ")");
+  }
+  return static_cast<int>(version);
+}
+
+void migrate(sqlite::Connection& database, const std::string& path) {
+  if (versionOf(database, path) == kSchemaVersion) return;
+  sqlite::Transaction transaction(database);
+  // Another process may have been faster.
+  const int from = versionOf(database, path);
+  for (int version = from; version < kSchemaVersion; ++version) {
+    database.execute(kMigrations[static_cast<std::size_t>(version)]);
+  }
+  database.execute(("PRAGMA user_version=" + std::to_string(kSchemaVersion)).c_str());
+  database.execute(("PRAGMA application_id=" + std::to_string(kStoreApplicationId)).c_str());
+  transaction.commit();
+}
+
+sqlite::Connection openMigrated(const std::string& path) {
+  sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
+  database.setBusyTimeout(kBusyMilliseconds);
+  versionOf(database, path);
+  database.execute(("PRAGMA page_size=" + std::to_string(kPageBytes)).c_str());
+  database.execute("PRAGMA journal_mode=WAL");
+  const auto pages = kLogBytesBetweenCheckpoints / database.queryInteger("PRAGMA page_size");
+  database.execute(("PRAGMA wal_autocheckpoint=" + std::to_string(pages)).c_str());
+  database.execute(
+      "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-65536;"
+      "PRAGMA temp_store=MEMORY; PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON;"
+      "PRAGMA journal_size_limit=67108864");
+  migrate(database, path);
+  return database;
+}
+
+}  // namespace
+
+void throwStoreError(const std::string& path, const std::exception& error) {
+  const auto* sqlite = dynamic_cast<const sqlite::Error*>(&error);
+  auto kind = StoreError::Kind::Unavailable;
+  if (sqlite != nullptr) {
+    const int code = sqlite->code() & 0xFF;
+    if (sqlite->isBusy()) kind = StoreError::Kind::Busy;
+    if (code == SQLITE_NOTADB) kind = StoreError::Kind::NotAStore;
+    if (code == SQLITE_CORRUPT) kind = StoreError::Kind::Corrupt;
+  }
+  if (kind == StoreError::Kind::NotAStore)
+    throw StoreError(kind, path + ": is not a contact store");
+  const std::string what = error.what();
+  throw StoreError(kind, what.starts_with(path) ? what : path + ": " + what);
+}
+
+sqlite::Connection openStoreFile(const std::string& path) {
+  checkFile(path);
+  makeFile(path);
+  // Turning a new file to write-ahead logging answers "busy" at once while another process does the
+  // same, whatever the time-out says.
+  const auto deadline =
+      std::chrono::steady_clock::now() + std::chrono::milliseconds(kBusyMilliseconds);
+  while (true) {
+    try {
+      return openMigrated(path);
+    } catch (const sqlite::Error& error) {
+      if (!error.isBusy() || std::chrono::steady_clock::now() > deadline)
+        throwStoreError(path, error);
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  }
+}
+
+void syncWriteAheadLog(const sqlite::Connection& store) {
+  const auto log = store.logPath();
+  const int file = ::open(log.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) {
+    if (errno == ENOENT) return;
+    fail(StoreError::Kind::Unavailable, log, std::strerror(errno));
+  }
+  const int result = ::fsync(file);
+  const int reason = errno;
+  ::close(file);
+  if (result != 0) fail(StoreError::Kind::Unavailable, log, std::strerror(reason));
+}
+
+sqlite::Connection openExistingStoreFile(const std::string& path) {
+  checkFile(path);
+  std::error_code error;
+  if (!std::filesystem::exists(path, error)) {
+    fail(StoreError::Kind::Unavailable, path, "does not exist");
+  }
+  try {
+    sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
+    database.setBusyTimeout(kBusyMilliseconds);
+    if (versionOf(database, path) == 0) {
+      fail(StoreError::Kind::NotAStore, path, "is an empty file, not a contact store");
+    }
+    return database;
+  } catch (const sqlite::Error& failure) {
+    throwStoreError(path, failure);
+  }
+}
+
+}  // namespace ox

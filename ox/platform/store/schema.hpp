@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+#include "ox/base/sqlite/connection.hpp"
+
+namespace ox {
+
+inline constexpr int kSchemaVersion = 1;
+// "OxAB": tells a contact store from any other SQLite file.
+inline constexpr int kStoreApplicationId = 0x4F784142;
+
+// Opens the store file, making it (and its folder) when absent, and brings its schema up to date.
+// Throws StoreError naming the file and the reason: a directory, a foreign file, a newer schema, a
+// lock that another process keeps, a place that cannot be written.
+sqlite::Connection openStoreFile(const std::string& path);
+
+// Opens an existing store to look at it, without changing its schema. Throws StoreError likewise,
+// also when there is no file.
+sqlite::Connection openExistingStoreFile(const std::string& path);
+
+// Returns when the open store's write-ahead log, if there is one, would survive a power cut.
+void syncWriteAheadLog(const sqlite::Connection& store);
+
+// The failure as the store reports it, with the file's name in front.
+[[noreturn]] void throwStoreError(const std::string& path, const std::exception& error);
+
+}  // namespace ox

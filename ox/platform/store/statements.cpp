@@ -1,0 +1,132 @@
+#include "ox/platform/store/statements.hpp"
+
+#include <array>
+#include <cstring>
+
+#include "ox/platform/store/changes.hpp"
+
+namespace ox {
+namespace {
+
+constexpr int kTextColumn = 3;
+constexpr std::size_t kUidBytes = 16;
+
+struct Row {
+  Sql which;
+  std::string_view text;
+};
+
+constexpr std::array kStatements = {
+    Row{Sql::DataVersion, "PRAGMA data_version"},
+    Row{Sql::CustomProperties, "SELECT name, type FROM custom_property ORDER BY rowid"},
+    Row{Sql::Containers,
+        "SELECT id, identifier, name, type FROM container "
+        "ORDER BY type <> 1, id"},
+    Row{Sql::RecordCounts,
+        "SELECT (SELECT coalesce(max(id), 0) FROM removal), next_record FROM counter"},
+    Row{Sql::RecordsAfter, "SELECT id, uid, kind, container FROM record WHERE id > ?1 ORDER BY id"},
+    Row{Sql::RemovalsAfter, "SELECT id, record FROM removal WHERE id > ?1 ORDER BY id"},
+    Row{Sql::RecordByUid, "SELECT id, uid, kind, container FROM record WHERE uid = ?1"},
+    Row{Sql::ContentFrom,
+        "SELECT c.record, r.uid, c.properties FROM content c JOIN record r ON r.id = c.record "
+        "WHERE c.record >= ?1 ORDER BY c.record LIMIT ?2"},
+    Row{Sql::FingerprintByRow, "SELECT fingerprint FROM content WHERE record = ?1"},
+    Row{Sql::ImageByRow, "SELECT checksum, data FROM image WHERE record = ?1"},
+    Row{Sql::ChildrenOfRow,
+        "SELECT r.uid FROM link l JOIN record r ON r.id = l.child "
+        "WHERE l.parent = ?1 AND r.kind = ?2 ORDER BY l.id"},
+    Row{Sql::ParentsOfRow,
+        "SELECT r.uid FROM link l JOIN record r ON r.id = l.parent WHERE l.child = ?1 "
+        "ORDER BY l.id"},
+    Row{Sql::RecordsByCardUid,
+        "SELECT r.id, r.uid, r.kind, r.container FROM content c JOIN record r ON r.id = c.record "
+        "WHERE c.card_uid = ?1 ORDER BY r.id"},
+    Row{Sql::RecordsByFingerprint,
+        "SELECT r.id, r.uid, r.kind, r.container FROM content c JOIN record r ON r.id = c.record "
+        "WHERE c.fingerprint = ?1 ORDER BY r.id"},
+    Row{Sql::NextRecord, "SELECT next_record FROM counter"},
+    Row{Sql::SetNextRecord, "UPDATE counter SET next_record = ?1"},
+    Row{Sql::InsertContainer,
+        "INSERT INTO container(identifier, name, type) VALUES(?1, ?2, ?3) ON CONFLICT DO NOTHING"},
+    Row{Sql::DeleteContainer, "DELETE FROM container WHERE id = ?1"},
+    Row{Sql::CountInContainer, "SELECT count(*) FROM record WHERE container = ?1"},
+    Row{Sql::RecordsOfContainer,
+        "SELECT id, uid, kind, container FROM record WHERE container = ?1 ORDER BY id"},
+    Row{Sql::InsertRecord,
+        "INSERT INTO record(id, uid, kind, container) VALUES(?1, ?2, ?3, ?4) "
+        "ON CONFLICT(uid) DO NOTHING"},
+    Row{Sql::DeleteRecord, "DELETE FROM record WHERE id = ?1"},
+    Row{Sql::InsertRemoval, "INSERT INTO removal(record) VALUES(?1)"},
+    Row{Sql::InsertContent,
+        "INSERT INTO content(record, card_uid, fingerprint, properties) VALUES(?1, ?2, ?3, ?4)"},
+    Row{Sql::UpdateContent,
+        "UPDATE content SET card_uid = ?2, fingerprint = ?3, properties = ?4 WHERE record = ?1"},
+    Row{Sql::PictureChecksum, "SELECT checksum FROM image WHERE record = ?1"},
+    Row{Sql::SetImage,
+        "INSERT INTO image(record, checksum, data) VALUES(?1, ?2, ?3) "
+        "ON CONFLICT(record) DO UPDATE SET checksum = excluded.checksum, data = excluded.data"},
+    Row{Sql::DeleteImage, "DELETE FROM image WHERE record = ?1"},
+    Row{Sql::InsertLink,
+        "INSERT INTO link(parent, child) VALUES(?1, ?2) ON CONFLICT(child, parent) DO NOTHING"},
+    Row{Sql::DeleteLink, "DELETE FROM link WHERE parent = ?1 AND child = ?2"},
+    Row{Sql::ParentRows, "SELECT parent FROM link WHERE child = ?1"},
+    Row{Sql::SubgroupRows,
+        "SELECT l.child FROM link l JOIN record r ON r.id = l.child "
+        "WHERE l.parent = ?1 AND r.kind = ?2"},
+    Row{Sql::InsertCustomProperty,
+        "INSERT INTO custom_property(name, type) VALUES(?1, ?2) ON CONFLICT DO NOTHING"},
+};
+
+[[noreturn]] void damagedIdentifier() {
+  throw StoreError(StoreError::Kind::Corrupt, "a stored identifier is damaged");
+}
+
+constexpr bool inOrderOfTheEnumeration() {
+  for (std::size_t i = 0; i < kStatements.size(); ++i) {
+    if (static_cast<std::size_t>(kStatements[i].which) != i) return false;
+  }
+  return kStatements.size() == static_cast<std::size_t>(Sql::Count);
+}
+static_assert(inOrderOfTheEnumeration());
+
+}  // namespace
+
+std::string_view sqlOf(Sql which) {
+  return kStatements[static_cast<std::size_t>(which)].text;
+}
+
+StoredUid::StoredUid(const RecordKey& key) : asText_(key.isForeign()) {
+  const auto& bytes = key.bytes();
+  bytes_ =
+      asText_ ? key.text() : std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+void StoredUid::bindTo(sqlite::Statement& statement, int index) const {
+  if (asText_) {
+    statement.bindText(index, bytes_);
+  } else {
+    statement.bindBlob(index, bytes_);
+  }
+}
+
+RecordKey keyOfColumn(const sqlite::Statement& row, int column) {
+  if (row.columnType(column) == kTextColumn) return RecordKey::of(row.text(column));
+  const auto bytes = row.blob(column);
+  if (bytes.size() != kUidBytes) damagedIdentifier();
+  std::array<std::uint8_t, kUidBytes> uid{};
+  std::memcpy(uid.data(), bytes.data(), bytes.size());
+  const auto key = RecordKey::fromBytes(uid);
+  if (!key.isPacked()) damagedIdentifier();
+  return key;
+}
+
+RecordIndex::Entry entryOfRow(const sqlite::Statement& row) {
+  RecordIndex::Entry entry;
+  entry.row = row.integer(0);
+  entry.key = keyOfColumn(row, 1);
+  entry.kind = row.integer(2) == 0 ? RecordKind::Person : RecordKind::Group;
+  entry.container = static_cast<std::int32_t>(row.integer(3));
+  return entry;
+}
+
+}  // namespace ox

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "ox/base/sqlite/statement.hpp"
+#include "ox/platform/store/record_index.hpp"
+
+namespace ox {
+
+// Every statement that ContactStore prepares.
+enum class Sql : std::uint8_t {
+  DataVersion,
+  CustomProperties,
+  Containers,
+  RecordCounts,
+  RecordsAfter,
+  RemovalsAfter,
+  RecordByUid,
+  ContentFrom,
+  FingerprintByRow,
+  ImageByRow,
+  ChildrenOfRow,
+  ParentsOfRow,
+  RecordsByCardUid,
+  RecordsByFingerprint,
+  // writing
+  NextRecord,
+  SetNextRecord,
+  InsertContainer,
+  DeleteContainer,
+  CountInContainer,
+  RecordsOfContainer,
+  InsertRecord,
+  DeleteRecord,
+  InsertRemoval,
+  InsertContent,
+  UpdateContent,
+  PictureChecksum,
+  SetImage,
+  DeleteImage,
+  InsertLink,
+  DeleteLink,
+  ParentRows,
+  SubgroupRows,
+  InsertCustomProperty,
+  Count,
+};
+
+std::string_view sqlOf(Sql which);
+
+// How a record's row holds its identifier: the 16 bytes of our own, the text of any other.
+class StoredUid {
+ public:
+  explicit StoredUid(const RecordKey& key);
+  // Borrowed by the statement: this object must outlive the step.
+  void bindTo(sqlite::Statement& statement, int index) const;
+
+ private:
+  bool asText_;
+  std::string bytes_;
+};
+
+RecordKey keyOfColumn(const sqlite::Statement& row, int column);
+
+// Of a row of id, uid, kind, container.
+RecordIndex::Entry entryOfRow(const sqlite::Statement& row);
+
+}  // namespace ox

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "ox/records/property_bag.hpp"
+
+namespace ox {
+
+// The new multi-value with the old identifiers on every entry that the old one holds too: under the
+// same label, else under another. Whoever rewrites a whole list to change one entry thus changes
+// that one alone, and what is remembered of the others by identifier stays theirs.
+MultiValue withIdentifiersOf(const MultiValue& before, MultiValue now);
+
+}  // namespace ox

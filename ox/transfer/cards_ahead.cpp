@@ -1,0 +1,71 @@
+#include "ox/transfer/cards_ahead.hpp"
+
+#include <memory>
+#include <utility>
+#include <variant>
+
+#include "ox/records/fingerprint.hpp"
+#include "ox/transfer/person_import.hpp"
+
+namespace ox::vcard {
+namespace {
+
+// As many as are committed at once: the longest that the caller is busy with something else.
+constexpr std::size_t kCardsAtOnce = PersonImport::kBatchCards;
+constexpr std::size_t kBytesAtOnce = 8U << 20U;
+
+CardRead examined(Reader::Result result, std::uint64_t bytesRead) {
+  const auto* card = std::get_if<Card>(&result);
+  const auto fingerprint =
+      card != nullptr && !card->isGroup ? contentFingerprint(card->properties, card->photo) : 0;
+  return {std::move(result), fingerprint, bytesRead};
+}
+
+}  // namespace
+
+CardsAhead::CardsAhead(FileSource& source)
+    : reader_(source), most_(source.isFile() ? kCardsAtOnce : 1) {}
+
+CardsAhead::Batch CardsAhead::readBatch() {
+  Batch batch;
+  const auto start = reader_.bytesRead();
+  try {
+    while (batch.cards.size() < most_ && reader_.bytesRead() - start <= kBytesAtOnce) {
+      auto result = reader_.next();
+      if (!result) {
+        batch.isLast = true;
+        break;
+      }
+      batch.cards.push_back(examined(*std::move(result), reader_.bytesRead()));
+    }
+  } catch (...) {
+    batch.failure = std::current_exception();
+  }
+  return batch;
+}
+
+CardRead* CardsAhead::next() {
+  while (given_ == batch_.cards.size()) {
+    if (batch_.failure) std::rethrow_exception(batch_.failure);
+    if (batch_.isLast) {
+      bytesRead_ = reader_.bytesRead();
+      return nullptr;
+    }
+    const auto spent =
+        std::make_shared<Batch>(std::exchange(batch_, ahead_.valid() ? ahead_.get() : readBatch()));
+    given_ = 0;
+    if (batch_.isLast || batch_.failure || most_ == 1) continue;
+    // Memory that goes back to the thread it came from is there for the next batch, and neither
+    // thread waits for the other's.
+    const auto work = [this, spent] {
+      *spent = {};
+      return readBatch();
+    };
+    ahead_ = std::async(std::launch::async | std::launch::deferred, work);
+  }
+  auto& card = batch_.cards[given_++];
+  bytesRead_ = card.bytesRead;
+  return &card;
+}
+
+}  // namespace ox::vcard

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <future>
+#include <vector>
+
+#include "ox/vcard/byte_source.hpp"
+#include "ox/vcard/reader.hpp"
+
+namespace ox::vcard {
+
+// A card, or why it is none, with what an import asks of it first.
+struct CardRead {
+  Reader::Result result;
+  std::uint64_t fingerprint = 0;  // contentFingerprint of a person's card
+  std::uint64_t bytesRead = 0;    // of the file so far
+};
+
+// The cards of one file in their order. While the caller deals with a batch of them, the next one
+// is read on another thread; one at most, so that memory stays bounded by it and by the largest
+// card. What a pipe has given must not wait for what it has not: there everything happens on the
+// caller's thread, as in small files. Used by one thread at a time.
+class CardsAhead {
+ public:
+  // The source is borrowed for the life of this.
+  explicit CardsAhead(FileSource& source);
+
+  // The next card, to be changed or moved from, until the next call; null at the end. Throws
+  // SourceError, after the cards before it were given, when the source cannot be read further.
+  CardRead* next();
+
+  // Of the file, when the card given last was read.
+  std::uint64_t bytesRead() const { return bytesRead_; }
+  // For what the reader knows once next() has given the end.
+  const Reader& reader() const { return reader_; }
+
+ private:
+  struct Batch {
+    std::vector<CardRead> cards;
+    bool isLast = false;
+    std::exception_ptr failure;  // behind the cards
+  };
+
+  Batch readBatch();
+
+  Reader reader_;
+  std::size_t most_;  // cards in a batch
+  Batch batch_;
+  std::size_t given_ = 0;  // of the batch
+  std::uint64_t bytesRead_ = 0;
+  std::future<Batch> ahead_;  // last: whoever reads is waited for before anything else goes
+};
+
+}  // namespace ox::vcard

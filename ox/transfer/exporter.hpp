@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/vcard/writer.hpp"
+
+namespace ox::vcard {
+
+// Takes one whole card, borrowed for the call; false stops the export.
+using CardSink = std::function<bool(std::string_view card)>;
+
+struct ExportReport {
+  std::uint64_t persons = 0;  // cards that the sink took
+  std::uint64_t groups = 0;
+  std::uint64_t gone = 0;  // records that are not there (any more)
+  bool stopped = false;    // by the sink
+};
+
+// Gives the sink the cards of those persons, then of those groups, as they are stored, in the given
+// order; unsaved changes do not count. Every card has a UID: that of the card it came from, else
+// uidOfRecord, so that groups can name their members and an import into the same container
+// recognises the record. A group names those of its members and sub-groups that are exported with
+// it. Memory is bounded by a few of the largest records beside the two lists. Other threads write
+// cards while this one reads the store and calls the sink. Throws StoreError, and what the sink
+// throws; cards of the persons shortly before one that cannot be read may not be given then.
+ExportReport exportCards(const RecordKeys& persons, const RecordKeys& groups, CardVersion version,
+                         const CardSink& sink);
+
+}  // namespace ox::vcard

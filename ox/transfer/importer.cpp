@@ -1,0 +1,195 @@
+#include "ox/transfer/importer.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <stdexcept>
+#include <utility>
+
+#include "ox/base/store_location.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/transfer/cards_ahead.hpp"
+#include "ox/transfer/group_import.hpp"
+#include "ox/transfer/person_import.hpp"
+#include "ox/vcard/byte_source.hpp"
+
+namespace ox::vcard {
+namespace {
+
+// One import under way.
+class Import {
+ public:
+  Import(const std::string& container, const ImportOptions& options, ImportReport& report)
+      : options_(options),
+        report_(report),
+        persons_(contactSource(), container, options, report),
+        groups_(contactSource(), container, options, report) {}
+
+  void setTotal(std::uint64_t bytes) { total_ = bytes; }
+
+  void readFile(const std::string& path) {
+    FileSource source(path, options_.stop);
+    CardsAhead cards(source);
+    const auto firstProblem = report_.problems.size();
+    while (!isStopped()) {
+      auto* read = cards.next();
+      // What a stop cut off is no card of the file.
+      if (read == nullptr || isStopped()) break;
+      take(path, *read);
+      if (persons_.isFull()) {
+        persons_.commit();
+        tell(cards.bytesRead());
+      }
+    }
+    persons_.commit();
+    tell(cards.bytesRead());
+    before_ += cards.bytesRead();
+    if (isStopped()) return;
+    const auto& reader = cards.reader();
+    report_.strayLines += reader.strayCount();
+    if (reader.cardsSeen() == 0) {
+      report_.uselessFiles.push_back(path + ": holds no vCard");
+      return;
+    }
+    for (const auto& stray : reader.strayLines()) {
+      report_.addProblem(path, stray.line, stray.reason);
+    }
+    std::stable_sort(report_.problems.begin() + static_cast<std::ptrdiff_t>(firstProblem),
+                     report_.problems.end(),
+                     [](const auto& a, const auto& b) { return a.line < b.line; });
+  }
+
+  void finish() {
+    persons_.commit();
+    if (isStopped()) {
+      report_.interrupted = true;
+    } else {
+      groups_.commit();
+    }
+  }
+
+  bool isStopped() const { return options_.stop != nullptr && options_.stop->load(); }
+
+ private:
+  void take(const std::string& path, CardRead& read) {
+    if (auto* refusal = std::get_if<Refusal>(&read.result)) {
+      refuse(path, refusal->line, std::move(refusal->reason));
+      return;
+    }
+    auto& card = std::get<Card>(read.result);
+    if (options_.strict && !card.repairs.empty()) {
+      const auto& first = card.repairs.front();
+      refuse(path, first.line, "not clean: " + first.reason);
+    } else if (card.isGroup) {
+      groups_.add(path, std::move(card));
+    } else {
+      persons_.add(path, std::move(card), read.fingerprint);
+    }
+  }
+
+  void refuse(const std::string& path, std::size_t line, std::string reason) {
+    ++report_.cards;
+    ++report_.refused;
+    report_.addProblem(path, line, std::move(reason));
+  }
+
+  void tell(std::uint64_t read) const {
+    if (options_.progress) options_.progress(before_ + read, total_);
+  }
+
+  const ImportOptions& options_;
+  ImportReport& report_;
+  PersonImport persons_;
+  GroupImport groups_;
+  std::uint64_t before_ = 0;  // bytes of the files that are done
+  std::uint64_t total_ = 0;
+};
+
+// The bytes of all files; every one that cannot or must not be opened goes to the report. Pipes are
+// not opened, for they can be read only once.
+std::uint64_t lookAt(const std::vector<std::string>& paths, ImportReport& report) {
+  std::uint64_t total = 0;
+  bool allKnown = true;
+  for (const auto& path : paths) {
+    if (isStoreFile(path)) {
+      report.uselessFiles.push_back(path + ": is a file of the store itself");
+      continue;
+    }
+    std::error_code unknown;
+    const auto type = std::filesystem::status(path, unknown).type();
+    if (type == std::filesystem::file_type::fifo || type == std::filesystem::file_type::character) {
+      allKnown = false;
+      continue;
+    }
+    try {
+      total += FileSource(path).size();
+    } catch (const SourceError& error) {
+      report.uselessFiles.emplace_back(error.what());
+    }
+  }
+  return allKnown ? total : 0;
+}
+
+void fail(ImportReport& report, const std::exception& error) {
+  report.failure = error.what();
+  if (const auto* failure = dynamic_cast<const StoreError*>(&error)) {
+    report.failureKind = failure->kind();
+  }
+}
+
+// What is counted must survive a power cut, also when nothing more could be done.
+void makeDurable(ImportReport& report) {
+  const bool wrote = report.added + report.updated + report.groups > 0;
+  if (!wrote && !report.failure.empty()) return;
+  try {
+    contactSource().checkpoint();
+  } catch (const std::exception& error) {
+    if (report.failure.empty()) return fail(report, error);
+    report.failure += "; what was committed may not survive a power cut: ";
+    report.failure += error.what();
+  }
+}
+
+}  // namespace
+
+void ImportReport::addProblem(const std::string& file, std::size_t line, std::string reason) {
+  ++problemCount;
+  if (problems.size() < kProblemsKept) problems.push_back({file, line, std::move(reason)});
+}
+
+void ImportReport::takeCounts(ImportReport& batch) {
+  for (const auto count :
+       {&ImportReport::cards, &ImportReport::added, &ImportReport::updated, &ImportReport::skipped,
+        &ImportReport::refused, &ImportReport::groups, &ImportReport::repaired}) {
+    this->*count += batch.*count;
+  }
+  for (auto& problem : batch.problems) {
+    addProblem(problem.file, problem.line, std::move(problem.reason));
+  }
+  batch = {};
+}
+
+ImportReport importFiles(const std::vector<std::string>& paths, const std::string& container,
+                         const ImportOptions& options) {
+  ImportReport report;
+  const auto total = lookAt(paths, report);
+  if (!report.uselessFiles.empty()) return report;
+  try {
+    Import import(container, options, report);
+    import.setTotal(total);
+    for (const auto& path : paths) {
+      if (import.isStopped()) break;
+      try {
+        import.readFile(path);
+      } catch (const SourceError& error) {
+        report.uselessFiles.emplace_back(error.what());
+      }
+    }
+    import.finish();
+  } catch (const std::exception& error) {
+    fail(report, error);
+  }
+  makeDurable(report);
+  return report;
+}
+
+}  // namespace ox::vcard

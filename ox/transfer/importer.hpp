@@ -1,0 +1,69 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ox/platform/store/changes.hpp"
+
+namespace ox::vcard {
+
+struct ImportOptions {
+  // A card whose UID is known with other content replaces that content instead of being skipped.
+  bool update = false;
+  // A card that would have to be mended is refused instead.
+  bool strict = false;
+  // (bytes read, bytes in all; the latter 0 when it is not known), about once for a batch.
+  std::function<void(std::uint64_t, std::uint64_t)> progress;
+  // Set from elsewhere: what was read so far is committed, nothing more is read. Borrowed.
+  const std::atomic<bool>* stop = nullptr;
+};
+
+struct ImportProblem {
+  std::string file;
+  std::size_t line = 0;  // of the file; 0 when the file as a whole is meant
+  std::string reason;
+
+  bool operator==(const ImportProblem&) const = default;
+};
+
+// What an import did. Every card is in exactly one of added, updated, skipped, refused and groups;
+// what is counted is committed.
+struct ImportReport {
+  std::uint64_t cards = 0;
+  std::uint64_t added = 0;
+  std::uint64_t updated = 0;
+  std::uint64_t skipped = 0;   // there already, with the same content or without leave to update
+  std::uint64_t refused = 0;   // could not be read
+  std::uint64_t groups = 0;    // group cards, whether the group was there or not
+  std::uint64_t repaired = 0;  // of all these, how many had to be mended
+
+  static constexpr std::size_t kProblemsKept = 100'000;
+  std::vector<ImportProblem> problems;    // the first ones, in the order of the files
+  std::uint64_t problemCount = 0;         // all of them
+  std::uint64_t strayLines = 0;           // text outside of any card
+  std::vector<std::string> uselessFiles;  // cannot be read, or hold no card; why, naming the file
+
+  bool interrupted = false;
+  // The store failed, and why; what was committed before stays.
+  std::string failure;
+  std::optional<StoreError::Kind> failureKind;
+
+  void addProblem(const std::string& file, std::size_t line, std::string reason);
+  // Adds what was counted apart from this, and empties that.
+  void takeCounts(ImportReport& batch);
+};
+
+// Imports vCard files into a container, which must exist (its identifier, or standard id). All
+// files are looked at first: when one cannot be opened, or is a file of the store itself, nothing
+// is imported. Cards are committed in batches, groups and their members at the end in one request,
+// so that members may stand in any file and in any order. A card whose UID is in the container, or
+// one without UID whose content is, is not added again, also when others write meanwhile. Returns
+// when everything would survive a power cut. Several may run at once.
+ImportReport importFiles(const std::vector<std::string>& paths, const std::string& container,
+                         const ImportOptions& options);
+
+}  // namespace ox::vcard
