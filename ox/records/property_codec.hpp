@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -14,8 +15,14 @@ namespace ox {
 // checksum of all before it, little endian. Images and host objects cannot be stored.
 std::string encodeProperties(const PropertyBag& properties);
 
-// Throws StoreError (corrupt) when the bytes are not what encodeProperties wrote, or hold more
-// properties than that. Registers custom properties that are not known yet.
+// The bytes are not what encodeProperties wrote.
+class DamagedProperties : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Throws DamagedProperties, also when the bytes hold more properties than that. Registers custom
+// properties that are not known yet.
 PropertyBag decodeProperties(std::string_view bytes, std::size_t mostProperties = SIZE_MAX);
 
 }  // namespace ox

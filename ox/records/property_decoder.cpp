@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "ox/base/checksum.hpp"
-#include "ox/platform/store/changes.hpp"
 #include "ox/records/property_code.hpp"
 #include "ox/records/property_codec.hpp"
 
@@ -36,7 +35,7 @@ class Decoder {
 
  private:
   [[noreturn]] static void corrupt() {
-    throw DamagedRecord("the stored values of a record are damaged");
+    throw DamagedProperties("the stored values of a record are damaged");
   }
 
   static PropertyId checkedId(std::uint64_t id) {
@@ -176,7 +175,7 @@ class Decoder {
 
 PropertyBag decodeProperties(std::string_view bytes, std::size_t mostProperties) {
   const auto damaged = [](const char* why) {
-    throw DamagedRecord(std::string("the stored values of a record ") + why);
+    throw DamagedProperties(std::string("the stored values of a record ") + why);
   };
   if (bytes.size() < 1 + kChecksumSize) damaged("are cut short");
   const auto content = bytes.substr(0, bytes.size() - kChecksumSize);

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "ox/base/base64.hpp"
-#include "ox/platform/store/changes.hpp"
 #include "ox/records/clean_text.hpp"
 #include "ox/records/property_codec.hpp"
 #include "ox/vcard/reader.hpp"
@@ -65,7 +64,7 @@ std::optional<PropertyBag> readExactValues(std::string_view text) {
     auto properties = decodeProperties(*bytes, kMostProperties);
     cleanText(properties);
     return properties;
-  } catch (const StoreError&) {
+  } catch (const DamagedProperties&) {
     return std::nullopt;
   }
 }

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "ox/platform/store/changes.hpp"
 #include "ox/records/fingerprint.hpp"
 
 namespace ox {
@@ -53,12 +52,13 @@ TEST(PropertyCodec, GivesEveryKindOfValueBack) {
 TEST(PropertyCodec, RefusesEveryCutAndEveryFlippedBit) {
   const auto bytes = encodeProperties(fullBag());
   for (std::size_t size = 0; size < bytes.size(); ++size) {
-    EXPECT_THROW(decodeProperties(std::string_view(bytes).substr(0, size)), StoreError) << size;
+    EXPECT_THROW(decodeProperties(std::string_view(bytes).substr(0, size)), DamagedProperties)
+        << size;
   }
   for (std::size_t bit = 0; bit < bytes.size() * 8; ++bit) {
     auto flipped = bytes;
     flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << (bit % 8)));
-    EXPECT_THROW(decodeProperties(flipped), StoreError) << bit;
+    EXPECT_THROW(decodeProperties(flipped), DamagedProperties) << bit;
   }
 }
 

@@ -55,6 +55,8 @@ void checkRecords(sqlite::Connection& file, Problems& problems) {
       if (rows.optionalText(6) != (uid != nullptr ? Text(*uid) : std::nullopt)) {
         problems.push_back(name + ": the card UID it is found by is not its own");
       }
+    } catch (const DamagedProperties& error) {
+      problems.push_back(name + ": " + error.what());
     } catch (const StoreError& error) {
       problems.push_back(name + ": " + error.what());
     }

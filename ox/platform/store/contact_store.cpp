@@ -253,7 +253,7 @@ std::shared_ptr<const PropertyBag> ContactStore::readValues(const Entry& entry,
     try {
       auto ahead = std::make_shared<const PropertyBag>(decodeProperties(bytes));
       values_.put(key, std::move(ahead), kDecodedFactor * bytes.size());
-    } catch (const DamagedRecord&) {
+    } catch (const DamagedProperties&) {
       break;  // a damaged neighbour is reported when it is asked for itself
     }
   }
@@ -279,7 +279,7 @@ std::uint64_t ContactStore::fingerprint(const RecordKey& key) {
 PropertyBag ContactStore::decodeNaming(const RecordKey& key, std::string_view bytes) {
   try {
     return decodeProperties(bytes);
-  } catch (const DamagedRecord& error) {
+  } catch (const DamagedProperties& error) {
     throw DamagedRecord(path_ + ": " + key.text() + ": " + error.what());
   }
 }
