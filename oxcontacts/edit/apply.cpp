@@ -4,7 +4,7 @@
 #include <array>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
-#include "ox/OxMacAddressBookSDK/_ABPerson/property_names.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
 #include "ox/base/text/case.hpp"
 #include "ox/records/property_keys.hpp"
 

@@ -8,7 +8,7 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
-#include "ox/OxMacAddressBookSDK/_ABPerson/property_names.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
 #include "ox/base/text/case.hpp"
 #include "ox/records/property_keys.hpp"
 #include "oxcontacts/context.hpp"

@@ -3,7 +3,7 @@
 
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "ox/OxMacAddressBookSDK/registry/progress.hpp"
+#include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 
 namespace ox {
 namespace {

@@ -1,5 +1,5 @@
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "ox/OxMacAddressBookSDK/_ABPerson/property_names.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
 
 namespace ox {
 

@@ -1,6 +1,6 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "ox/OxMacAddressBookSDK/_ABPerson/property_names.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/tag_list.hpp"
 #include "ox/base/failures.hpp"
 

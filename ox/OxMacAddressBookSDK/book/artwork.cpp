@@ -1,5 +1,5 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "ox/OxMacAddressBookSDK/book/services.hpp"
+#include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 #include "ox/platform/images/image_file.hpp"
 #include "ox/platform/system/NSBundle.hpp"
 

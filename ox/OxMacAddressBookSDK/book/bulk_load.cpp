@@ -2,8 +2,8 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "ox/OxMacAddressBookSDK/book/contained.hpp"
-#include "ox/OxMacAddressBookSDK/registry/progress.hpp"
+#include "ox/OxMacAddressBookSDK/ground/contained.hpp"
+#include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/base/detached_worker.hpp"
 #include "ox/base/failures.hpp"
 

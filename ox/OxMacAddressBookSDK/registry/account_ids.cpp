@@ -2,7 +2,7 @@
 
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "ox/OxMacAddressBookSDK/book/services.hpp"
+#include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
 
 namespace ox::registry {

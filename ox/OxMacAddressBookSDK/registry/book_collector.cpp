@@ -1,6 +1,6 @@
 #include "ox/OxMacAddressBookSDK/registry/book_collector.hpp"
 
-#include "ox/OxMacAddressBookSDK/book/services.hpp"
+#include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 
 namespace ox {
 

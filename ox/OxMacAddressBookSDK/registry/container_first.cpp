@@ -2,9 +2,9 @@
 #include <stdexcept>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/ground/containers.hpp"
+#include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
-#include "ox/OxMacAddressBookSDK/registry/containers.hpp"
-#include "ox/OxMacAddressBookSDK/registry/progress.hpp"
 
 namespace ox::registry {
 namespace {

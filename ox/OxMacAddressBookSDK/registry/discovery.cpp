@@ -2,8 +2,8 @@
 #include <optional>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
-#include "ox/OxMacAddressBookSDK/registry/progress.hpp"
 
 namespace ox {
 namespace {

@@ -1,6 +1,6 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "ox/OxMacAddressBookSDK/book/services.hpp"
-#include "ox/OxMacAddressBookSDK/registry/containers.hpp"
+#include "ox/OxMacAddressBookSDK/ground/containers.hpp"
+#include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 
 namespace ox {
 namespace {

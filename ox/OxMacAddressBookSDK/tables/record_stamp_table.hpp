@@ -5,7 +5,7 @@
 #include <shared_mutex>
 
 #include "ox/OxMacAddressBookSDK/tables/book_id.hpp"
-#include "ox/OxMacAddressBookSDK/tables/record_map.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_hash_table.hpp"
 
 namespace ox {
 

@@ -5,7 +5,7 @@
 #include <shared_mutex>
 #include <string>
 
-#include "ox/OxMacAddressBookSDK/tables/record_map.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_hash_table.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {

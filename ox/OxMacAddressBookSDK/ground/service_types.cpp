@@ -1,10 +1,10 @@
-#include "ox/OxMacAddressBookSDK/book/services.hpp"
+#include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 
-#include "ox/OxMacAddressBookSDK/book/constants.hpp"
+#include "ox/OxMacAddressBookSDK/ground/constants.hpp"
 #include "ox/base/text/case.hpp"
 
 namespace ox::services {

@@ -1,7 +1,7 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/store_path.hpp"
-#include "ox/OxMacAddressBookSDK/registry/containers.hpp"
+#include "ox/OxMacAddressBookSDK/ground/containers.hpp"
 
 namespace ox {
 

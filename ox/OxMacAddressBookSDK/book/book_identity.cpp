@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "ox/OxMacAddressBookSDK/book/services.hpp"
+#include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 
 namespace ox {
 namespace {

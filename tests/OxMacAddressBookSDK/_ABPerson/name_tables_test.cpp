@@ -1,4 +1,4 @@
-#include "ox/OxMacAddressBookSDK/_ABPerson/property_names.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "ox/OxMacAddressBookSDK/tables/record_map.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_hash_table.hpp"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "ox/OxMacAddressBookSDK/book/services.hpp"
+#include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 #include "ox/OxMacAddressBookSDK/version.hpp"
 #include "ox/platform/images/image_codec.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"

@@ -1,4 +1,4 @@
-#include "ox/OxMacAddressBookSDK/registry/containers.hpp"
+#include "ox/OxMacAddressBookSDK/ground/containers.hpp"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "ox/OxMacAddressBookSDK/book/person_list.hpp"
+#include "ox/OxMacAddressBookSDK/ground/person_list.hpp"
 
 #include <algorithm>
 #include <iterator>
