@@ -18,7 +18,7 @@ std::vector<PersonList::Person> OxMacAddressBook::fillCache() {
   const auto records = abAddressBook();
   std::vector<PersonList::Person> persons;
   for (const auto& contact : contactsIn(*CNContactStore::init(), *_container)) {
-    auto person = personForContact(*records, *contact);
+    auto person = hostPerson(records->recordForUniqueId(contact->identifier()));
     if (!person) continue;
     person->setAddressID(_xxID);
     persons.push_back(std::move(person));

@@ -2,8 +2,7 @@
 
 #include <utility>
 
-#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/AddressBook/ABRecord.hpp"
 
 namespace ox {
 
@@ -20,10 +19,6 @@ std::vector<CNContactPtr> contactsIn(CNContactStore& store, const CNContainer& c
   return store.unifiedContactsMatchingPredicate_keysToFetch_error(
       CNContact::predicateForContactsInContainerWithIdentifier(container.identifier()), {},
       nullptr);
-}
-
-std::shared_ptr<_ABPerson> personForContact(ABAddressBook& records, const CNContact& contact) {
-  return hostPerson(records.recordForUniqueId(contact.identifier()));
 }
 
 }  // namespace ox

@@ -6,9 +6,7 @@
 
 namespace ox {
 
-class ABAddressBook;
 class ABRecord;
-class _ABPerson;
 
 // The questions that several walks ask of the container database.
 
@@ -16,7 +14,5 @@ class _ABPerson;
 CNContainerPtr containerOf(CNContactStore& store, const ABRecord& record);
 // With identifiers only.
 std::vector<CNContactPtr> contactsIn(CNContactStore& store, const CNContainer& container);
-// The contact's record; null when the record database does not know it or it is no person.
-std::shared_ptr<_ABPerson> personForContact(ABAddressBook& records, const CNContact& contact);
 
 }  // namespace ox

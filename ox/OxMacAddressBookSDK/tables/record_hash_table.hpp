@@ -13,7 +13,7 @@ namespace ox {
 // records: one flat array, at least half full once it has grown. Not locked; a moved-from Value
 // must be cheap to destroy.
 template <typename Value>
-class RecordMap {
+class RecordHashTable {
  public:
   std::size_t size() const { return size_; }
 

@@ -26,7 +26,7 @@ class RecordStampTable {
 
  private:
   mutable std::shared_mutex mutex_;
-  RecordMap<BookId> books_;
+  RecordHashTable<BookId> books_;
 };
 
 }  // namespace ox

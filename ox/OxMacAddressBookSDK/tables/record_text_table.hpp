@@ -26,7 +26,7 @@ class RecordTextTable {
 
  private:
   mutable std::shared_mutex mutex_;
-  RecordMap<std::string> texts_;
+  RecordHashTable<std::string> texts_;
   std::uint64_t removals_ = 0;
 };
 

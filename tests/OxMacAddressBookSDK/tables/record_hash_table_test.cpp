@@ -10,12 +10,12 @@
 namespace ox {
 namespace {
 
-TEST(RecordMap, AgreesWithAStandardMapThroughInsertionsAndRemovals) {
+TEST(RecordHashTable, AgreesWithAStandardMapThroughInsertionsAndRemovals) {
   std::vector<RecordKey> keys;
   keys.reserve(2050);
   for (int i = 0; i < 2000; ++i) keys.push_back(RecordKey::make(RecordKind::Person));
   for (int i = 0; i < 50; ++i) keys.push_back(RecordKey::of("foreign " + std::to_string(i)));
-  RecordMap<int> map;
+  RecordHashTable<int> map;
   std::unordered_map<RecordKey, int> expected;
   std::mt19937 random(7);
   for (int step = 0; step < 40000; ++step) {
@@ -38,8 +38,8 @@ TEST(RecordMap, AgreesWithAStandardMapThroughInsertionsAndRemovals) {
   }
 }
 
-TEST(RecordMap, KeepsTheFirstValueAndHoldsNothingForNoRecord) {
-  RecordMap<int> map;
+TEST(RecordHashTable, KeepsTheFirstValueAndHoldsNothingForNoRecord) {
+  RecordHashTable<int> map;
   const auto key = RecordKey::of("a");
   EXPECT_EQ(map.find(key), nullptr);
   map.erase(key);
