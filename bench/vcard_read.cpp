@@ -6,7 +6,7 @@
 
 #include "bench/contacts.hpp"
 #include "bench/figures.hpp"
-#include "ox/vcard/reader.hpp"
+#include "ox/vcard/read/reader.hpp"
 
 namespace ox::bench {
 namespace {

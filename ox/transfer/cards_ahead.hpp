@@ -6,8 +6,8 @@
 #include <future>
 #include <vector>
 
-#include "ox/vcard/byte_source.hpp"
-#include "ox/vcard/reader.hpp"
+#include "ox/vcard/read/reader.hpp"
+#include "ox/vcard/source/byte_source.hpp"
 
 namespace ox::vcard {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "ox/platform/store/contact_source.hpp"
-#include "ox/vcard/writer.hpp"
+#include "ox/vcard/write/writer.hpp"
 
 namespace ox::vcard {
 

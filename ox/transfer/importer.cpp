@@ -10,7 +10,7 @@
 #include "ox/transfer/cards_ahead.hpp"
 #include "ox/transfer/group_import.hpp"
 #include "ox/transfer/person_import.hpp"
-#include "ox/vcard/byte_source.hpp"
+#include "ox/vcard/source/byte_source.hpp"
 
 namespace ox::vcard {
 namespace {

@@ -6,9 +6,9 @@
 
 #include "ox/records/card_uid.hpp"
 #include "ox/records/fingerprint.hpp"
-#include "ox/vcard/byte_source.hpp"
-#include "ox/vcard/reader.hpp"
-#include "ox/vcard/writer.hpp"
+#include "ox/vcard/read/reader.hpp"
+#include "ox/vcard/source/byte_source.hpp"
+#include "ox/vcard/write/writer.hpp"
 
 namespace ox::vcard {
 namespace {

@@ -9,7 +9,7 @@
 
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/transfer/importer.hpp"
-#include "ox/vcard/card.hpp"
+#include "ox/vcard/read/card.hpp"
 
 namespace ox::vcard {
 

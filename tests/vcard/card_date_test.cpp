@@ -1,4 +1,4 @@
-#include "ox/vcard/card_date.hpp"
+#include "ox/vcard/properties/card_date.hpp"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ox/vcard/reader.hpp"
+#include "ox/vcard/read/reader.hpp"
 
 namespace ox::vcard {
 

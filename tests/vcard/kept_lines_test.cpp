@@ -1,4 +1,4 @@
-#include "ox/vcard/kept_lines.hpp"
+#include "ox/vcard/unmodelled/kept_lines.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "ox/records/property_keys.hpp"
-#include "ox/vcard/kept_lines.hpp"
+#include "ox/vcard/unmodelled/kept_lines.hpp"
 
 using namespace std::string_view_literals;
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <random>
 
-#include "ox/vcard/card.hpp"
+#include "ox/vcard/read/card.hpp"
 
 namespace ox::vcard {
 

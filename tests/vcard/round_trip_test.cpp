@@ -3,7 +3,7 @@
 
 #include "card_text.hpp"
 #include "ox/records/fingerprint.hpp"
-#include "ox/vcard/writer.hpp"
+#include "ox/vcard/write/writer.hpp"
 #include "random_card.hpp"
 
 // What is written is read back as it was.

@@ -2,7 +2,7 @@
 
 #include "card_text.hpp"
 #include "ox/records/card_uid.hpp"
-#include "ox/vcard/writer.hpp"
+#include "ox/vcard/write/writer.hpp"
 #include "written_card.hpp"
 
 using namespace std::string_literals;

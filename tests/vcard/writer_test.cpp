@@ -1,4 +1,4 @@
-#include "ox/vcard/writer.hpp"
+#include "ox/vcard/write/writer.hpp"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ox/vcard/writer.hpp"
+#include "ox/vcard/write/writer.hpp"
 
 namespace ox::vcard {
 

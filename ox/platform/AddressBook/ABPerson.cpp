@@ -4,7 +4,7 @@
 
 #include "ox/platform/AddressBook/answer.hpp"
 #include "ox/platform/store/contact_source.hpp"
-#include "ox/vcard/writer.hpp"
+#include "ox/vcard/write/writer.hpp"
 
 namespace ox {
 

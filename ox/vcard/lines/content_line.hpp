@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ox/vcard/properties/property_names.hpp"
+
+namespace ox::vcard {
+
+// How values are escaped and lines folded: vCard 2.1, or 3.0 and 4.0, which agree in both.
+enum class Dialect : std::uint8_t { V21, V30 };
+
+enum class Encoding : std::uint8_t { None, QuotedPrintable, Base64 };
+
+// What a parameter is about. A bare word of vCard 2.1 is a Type unless it names an encoding.
+enum class ParameterKind : std::uint8_t {
+  Type,
+  Pref,
+  Encoding,
+  Charset,
+  Value,
+  ServiceType,
+  UserName,
+  UserIdentifier,
+  SortAs,
+  OmittedYear,
+  Other,
+};
+
+inline constexpr std::uint32_t bitOf(ParameterKind kind) {
+  return 1U << static_cast<unsigned>(kind);
+}
+
+struct Parameter {
+  std::string_view name;   // empty for a bare word
+  std::string_view value;  // as it stands, quotes and escapes included
+  ParameterKind kind = ParameterKind::Other;
+};
+
+// One content line (RFC 6350, section 3.3), unfolded. Everything is borrowed from whoever made it,
+// until it makes the next one.
+struct ContentLine {
+  std::size_t number = 0;  // of its first physical line
+  std::string_view head;   // before the colon: group, name and parameters
+  std::string_view group;  // "item1" of "item1.TEL"; empty without one
+  std::string_view name;
+  const PropertyRow* row = nullptr;
+  std::vector<Parameter> parameters;
+  std::string_view value;  // UTF-8; base64 is still encoded
+  Encoding encoding = Encoding::None;
+  std::string_view charset;  // of a CHARSET parameter
+
+  const Parameter* find(ParameterKind kind) const;
+};
+
+// Splits the head of a line, up to the colon that starts its value, and fills everything but number
+// and value. The length of the head; npos when the text is no content line.
+std::size_t parseHead(std::string_view text, ContentLine& line);
+
+// The words of a parameter value: split at commas, quotes taken off, in or out of quotes alike.
+template <typename Use>
+void forEachWord(std::string_view value, Use&& use) {
+  std::size_t from = 0;
+  while (from <= value.size()) {
+    std::size_t comma = value.find(',', from);
+    if (comma == std::string_view::npos) comma = value.size();
+    auto word = value.substr(from, comma - from);
+    while (!word.empty() && (word.front() == '"' || word.front() == ' ')) word.remove_prefix(1);
+    while (!word.empty() && (word.back() == '"' || word.back() == ' ')) word.remove_suffix(1);
+    if (!word.empty()) use(word);
+    from = comma + 1;
+  }
+}
+
+// The value of a parameter as text: quotes taken off, the circumflex escapes of RFC 6868 undone.
+std::string parameterText(const Parameter& parameter);
+
+}  // namespace ox::vcard

@@ -1,0 +1,325 @@
+#include "ox/vcard/source/card_lines.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "ox/base/text/charset.hpp"
+#include "ox/base/text/utf8.hpp"
+#include "ox/vcard/lines/decode.hpp"
+#include "ox/vcard/source/markers.hpp"
+
+namespace ox::vcard {
+namespace {
+
+constexpr auto npos = std::string_view::npos;
+
+// Charsets in which bytes below 80 may stand for something else than ASCII.
+bool isShifting(std::string_view charset) {
+  return startsWithWord(charset, "ISO-2022") || startsWithWord(charset, "HZ") ||
+         startsWithWord(charset, "UTF-7") || startsWithWord(charset, "UTF-16");
+}
+
+// The frame of a card is UTF-8 in any case, and no character goes beyond its line.
+bool isAllUtf8(const RawCard& card) {
+  for (std::size_t i = 0; i < card.lines.size(); ++i) {
+    if (!card.lines[i].isAscii && !isValidUtf8(card.lineAt(i))) return false;
+  }
+  return true;
+}
+
+// True for a line that may have been broken because it was too long.
+bool isFull(const LineSpan& line) {
+  constexpr std::size_t kShortest = 70;
+  constexpr std::size_t kLongest = 80;
+  return line.length >= kShortest && line.length <= kLongest;
+}
+
+// The front of a text for a message.
+std::string excerpt(std::string_view text) {
+  constexpr std::size_t kShown = 60;
+  return validUtf8(std::string(text.substr(0, kShown))) + (text.size() > kShown ? "..." : "");
+}
+
+// True when a repaired text has more characters beyond ASCII that were right than ones that were
+// not: damaged UTF-8, no other charset.
+bool isMostlyUtf8(std::string_view repaired) {
+  constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+  std::size_t wrong = 0;
+  for (auto at = repaired.find(kReplacement); at != npos;
+       at = repaired.find(kReplacement, at + 3)) {
+    ++wrong;
+  }
+  const auto leads = std::count_if(repaired.begin(), repaired.end(),
+                                   [](char c) { return static_cast<unsigned char>(c) >= 0xC0; });
+  return static_cast<std::size_t>(leads) > 2 * wrong;
+}
+
+// Every CRLF becomes a line feed.
+void withLineFeeds(std::string& text) {
+  if (text.find('\r') == npos) return;
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+    text[kept++] = text[i];
+  }
+  text.resize(kept);
+}
+
+void appendWithEscapedBreaks(std::string_view value, std::string& out) {
+  for (const char c : value) {
+    if (c == '\n' || c == '\r') {
+      out += "\\n";
+    } else {
+      out += c;
+    }
+  }
+}
+
+// True for a head that vCard 3.0 and 4.0 spell the same way.
+bool isKeptAsItStands(const ContentLine& line) {
+  if (!line.charset.empty() || line.encoding == Encoding::QuotedPrintable) return false;
+  return std::all_of(line.parameters.begin(), line.parameters.end(), [](const Parameter& each) {
+    return !each.name.empty() && (each.kind != ParameterKind::Encoding || each.value == "b");
+  });
+}
+
+void appendKeptHead(const ContentLine& line, std::string& out) {
+  if (!line.group.empty()) out.append(line.group) += '.';
+  out.append(line.name);
+  for (const auto& parameter : line.parameters) {
+    if (parameter.kind == ParameterKind::Encoding || parameter.kind == ParameterKind::Charset) {
+      continue;
+    }
+    (out += ';').append(parameter.name.empty() ? "TYPE" : parameter.name) += '=';
+    out.append(parameter.value);
+  }
+  if (line.encoding == Encoding::Base64) out += ";ENCODING=b";
+  out += ':';
+}
+
+}  // namespace
+
+void CardLines::start(RawCard& card, const CardFacts& facts, bool trustBytes) {
+  card_ = &card;
+  trustBytes_ = trustBytes;
+  dialect_ = facts.dialect;
+  validUtf8_ = isAllUtf8(card);
+  guessed_.clear();
+  next_ = 0;
+}
+
+const ContentLine* CardLines::next() {
+  while (next_ < card_->lines.size()) {
+    if (readLine(next_)) return &line_;
+  }
+  return nullptr;
+}
+
+// Reads the line that starts at that physical line; false when there is none to give.
+bool CardLines::readLine(std::size_t index) {
+  text_ = card_->lineAt(index);
+  next_ = index + 1;
+  if (text_.empty()) return false;
+  if (isBlank(text_.front())) {
+    text_ = trimmed(text_);
+    if (text_.empty()) return false;
+  }
+  if (card_->isContinued(index)) unfold(index);
+  if (text_.back() == '=' && parseHead(text_, line_) != npos &&
+      line_.encoding == Encoding::QuotedPrintable) {
+    joinSoftBreaks();
+  }
+  auto colon = parseHead(text_, line_);
+  if (colon == npos) {
+    passOver(index, text_);
+    return false;
+  }
+  if (next_ < card_->lines.size()) {
+    const auto* const before = text_.data();
+    const auto size = text_.size();
+    if (line_.encoding == Encoding::Base64) {
+      joinBase64();
+    } else if (isWord(line_.name, "AGENT") && startsNested(line_)) {
+      joinNested();
+    } else if (isFull(card_->lines[next_ - 1])) {
+      joinBrokenFold();
+    }
+    if (text_.data() != before || text_.size() != size) colon = parseHead(text_, line_);
+  }
+  line_.number = card_->line + 1 + index;
+  if (!validUtf8_ && !isValidUtf8(line_.head)) {
+    head_ = toUtf8(line_.head, {}) + ':';
+    parseHead(head_, line_);
+  }
+  line_.value = text_.substr(colon + 1);
+  if (!validUtf8_ || line_.encoding == Encoding::QuotedPrintable || !line_.charset.empty()) {
+    decodeValue();
+  }
+  return true;
+}
+
+// Joins the lines that continue this one: RFC 6350, section 3.2. In vCard 2.1 lines are broken at
+// blanks, which stay.
+void CardLines::unfold(std::size_t index) {
+  if (!card_->isContinued(next_ - 1)) return;
+  // A soft break goes first: the blank after it belongs to the text.
+  if (text_.back() == '=' && parseHead(text_, line_) != npos &&
+      line_.encoding == Encoding::QuotedPrintable) {
+    return;
+  }
+  if (index + 1 == next_) joined_.assign(text_);
+  while (card_->isContinued(next_ - 1)) {
+    const auto line = card_->lineAt(next_++);
+    if (dialect_ == Dialect::V30) {
+      joined_.append(line.substr(1));
+    } else if (!isBlankLine(line)) {
+      joined_.append(line);
+    }
+  }
+  text_ = joined_;
+}
+
+// RFC 2045, section 6.7, rule 5: an equals sign at the end of a line takes the break away.
+void CardLines::joinSoftBreaks() {
+  if (text_.data() != joined_.data()) joined_.assign(text_);
+  while (!joined_.empty() && joined_.back() == '=') {
+    joined_.pop_back();
+    if (next_ == card_->lines.size()) break;
+    joined_.append(card_->lineAt(next_++));
+  }
+  text_ = joined_;
+  unfold(next_);
+}
+
+// Base64 goes on over lines with and without a leading blank until a blank line or a property.
+void CardLines::joinBase64() {
+  while (next_ < card_->lines.size()) {
+    const auto line = card_->lineAt(next_);
+    if (line.empty() || !(isBlank(line.front()) || looksLikeBase64(line))) break;
+    if (text_.data() != joined_.data()) joined_.assign(text_);
+    joined_.append(trimmed(line));
+    text_ = joined_;
+    ++next_;
+  }
+}
+
+bool CardLines::startsNested(const ContentLine& line) const {
+  const auto value = text_.substr(line.head.size() + 1);
+  if (isBegin(value)) return true;
+  if (!isBlankLine(value)) return false;
+  std::size_t index = next_;
+  while (index < card_->lines.size() && isBlankLine(card_->lineAt(index))) ++index;
+  return index < card_->lines.size() && isBegin(card_->lineAt(index));
+}
+
+// Takes a whole nested card into one text, its lines parted by line feeds.
+void CardLines::joinNested() {
+  std::size_t depth = isBegin(text_.substr(line_.head.size() + 1)) ? 1 : 0;
+  if (text_.data() != joined_.data()) joined_.assign(text_);
+  while (next_ < card_->lines.size()) {
+    const auto line = card_->lineAt(next_++);
+    joined_ += '\n';
+    joined_.append(line);
+    const auto colon = startsWithWord(line, "AGENT") ? line.find(':') : npos;
+    if (isBegin(line) || (colon != npos && isBegin(trimmed(line.substr(colon + 1))))) ++depth;
+    if (isEnd(line) && --depth == 0) break;
+  }
+  text_ = joined_;
+}
+
+// True when a content line starts at that physical line; its head may be folded itself.
+bool CardLines::startsLine(std::size_t index) const {
+  ContentLine other;
+  const auto line = card_->lineAt(index);
+  if (parseHead(line, other) != npos) return true;
+  constexpr std::size_t kLongestHead = 2000;
+  std::string head(line.substr(0, kLongestHead));
+  for (; card_->isContinued(index) && head.size() < kLongestHead; ++index) {
+    head.append(card_->lineAt(index + 1).substr(1));
+    if (parseHead(head, other) != npos) return true;
+  }
+  return false;
+}
+
+// A line of full length whose continuation lost its leading blank.
+void CardLines::joinBrokenFold() {
+  const auto line = card_->lineAt(next_);
+  if (isBlankLine(line)) return;
+  if (line.front() == '#' || startsLine(next_)) return;
+  mend(next_, "line without a name, joined to the line before it");
+  if (text_.data() != joined_.data()) joined_.assign(text_);
+  joined_.append(line);
+  text_ = joined_;
+  ++next_;
+}
+
+void CardLines::decodeValue() {
+  if (line_.encoding == Encoding::QuotedPrintable) {
+    decoded_.clear();
+    appendQuotedPrintable(line_.value, decoded_);
+    const bool clean = line_.charset.empty() || isWord(line_.charset, "UTF-8");
+    if (!clean || !isValidUtf8(decoded_)) decoded_ = toUtf8(decoded_, line_.charset);
+    withLineFeeds(decoded_);
+    line_.value = decoded_;
+    return;
+  }
+  if (validUtf8_ && (line_.charset.empty() || trustBytes_ || isWord(line_.charset, "UTF-8"))) {
+    return;
+  }
+  if (isAscii(line_.value) && !isShifting(line_.charset)) return;
+  const auto charset = trustBytes_ ? std::string_view() : line_.charset;
+  if (charset.empty() && isValidUtf8(line_.value)) return;
+  decoded_ = toUtf8(line_.value, charset);
+  line_.value = decoded_;
+}
+
+std::string CardLines::toUtf8(std::string_view bytes, std::string_view charset) {
+  const bool saysUtf8 = isWord(charset, "UTF-8") || isWord(charset, "UTF8");
+  if (!charset.empty() && !saysUtf8) {
+    if (auto text = utf8FromCharset(bytes, charset)) return *std::move(text);
+  }
+  if (isValidUtf8(bytes)) return std::string(bytes);
+  auto repaired = validUtf8(std::string(bytes));
+  if (trustBytes_ || isMostlyUtf8(repaired)) {
+    mend(next_ - 1, "ill-formed UTF-8 replaced by U+FFFD");
+    return repaired;
+  }
+  auto text = utf8FromCharset(bytes, guessedCharset());
+  return text ? *std::move(text) : repaired;
+}
+
+const std::string& CardLines::guessedCharset() {
+  if (guessed_.empty()) {
+    guessed_ = guess_(*card_);
+    mend(next_ - 1, "text is not UTF-8, read as " + guessed_);
+  }
+  return guessed_;
+}
+
+void CardLines::passOver(std::size_t index, std::string_view text) {
+  mend(index, (text.front() == '#' ? "comment passed over: " : "no content line, passed over: ") +
+                  excerpt(text));
+}
+
+void CardLines::mend(std::size_t index, std::string reason) {
+  card_->repairs.push_back({card_->line + 1 + index, std::move(reason)});
+}
+
+void appendKept(const ContentLine& line, std::string& out) {
+  out.reserve(out.size() + line.head.size() + line.value.size() + 1);
+  if (isKeptAsItStands(line)) {
+    out.append(line.head) += ':';
+  } else {
+    appendKeptHead(line, out);
+  }
+  if (line.encoding == Encoding::Base64) {
+    std::copy_if(line.value.begin(), line.value.end(), std::back_inserter(out),
+                 [](char c) { return !isBlank(c); });
+  } else if (line.encoding == Encoding::QuotedPrintable || !line.charset.empty()) {
+    appendWithEscapedBreaks(line.value, out);
+  } else {
+    out.append(line.value);
+  }
+}
+
+}  // namespace ox::vcard

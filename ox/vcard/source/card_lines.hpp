@@ -1,0 +1,65 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "ox/vcard/lines/content_line.hpp"
+#include "ox/vcard/read/card_facts.hpp"
+#include "ox/vcard/source/card_slicer.hpp"
+
+namespace ox::vcard {
+
+// Answers the charset of text that is no UTF-8 and names no charset of its own. Asked at most once
+// for a card.
+using CharsetGuess = std::function<std::string(const RawCard&)>;
+
+// The content lines of one card, in order: unfolded, quoted-printable undone, everything in UTF-8.
+// Lines that are no content lines go to the card's repairs.
+class CardLines {
+ public:
+  explicit CardLines(CharsetGuess guess) : guess_(std::move(guess)) {}
+
+  // Starts with another card. It is borrowed until the next start. `trustBytes`: the file itself
+  // says that it is UTF-8, whatever its CHARSET parameters claim.
+  void start(RawCard& card, const CardFacts& facts, bool trustBytes);
+
+  // The next line; null at the end. Valid until the next call.
+  const ContentLine* next();
+
+ private:
+  bool readLine(std::size_t index);
+  bool startsNested(const ContentLine& line) const;
+  void joinNested();
+  void unfold(std::size_t index);
+  void joinSoftBreaks();
+  void joinBase64();
+  bool startsLine(std::size_t index) const;
+  void joinBrokenFold();
+  void decodeValue();
+  std::string toUtf8(std::string_view bytes, std::string_view charset);
+  const std::string& guessedCharset();
+  void passOver(std::size_t index, std::string_view text);
+  void mend(std::size_t index, std::string reason);
+
+  bool trustBytes_ = false;
+  CharsetGuess guess_;
+  RawCard* card_ = nullptr;
+  Dialect dialect_ = Dialect::V30;
+  bool validUtf8_ = true;  // the whole card
+  std::string guessed_;
+  std::size_t next_ = 0;  // physical line
+  ContentLine line_;
+  std::string_view text_;  // the line at hand, unfolded
+  std::string joined_;     // its bytes when it took more than one physical line
+  std::string decoded_;    // its value when that is not a part of the text
+  std::string head_;       // its head when that was no UTF-8
+};
+
+// Appends the line as it is kept when nothing models it: unfolded, without quoted-printable and
+// CHARSET (line feeds become \n again), base64 without blanks, the bare words and encodings of
+// vCard 2.1 as 3.0 writes them.
+void appendKept(const ContentLine& line, std::string& out);
+
+}  // namespace ox::vcard

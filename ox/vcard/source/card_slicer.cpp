@@ -1,0 +1,261 @@
+#include "ox/vcard/source/card_slicer.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#include "ox/base/text/sixteen_bytes.hpp"
+#include "ox/base/text/utf8.hpp"
+#include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/source/markers.hpp"
+
+namespace ox::vcard {
+namespace {
+
+constexpr std::size_t kBlock = 256U << 10U;
+// Of a line that is too long to keep, this much tells what it is.
+constexpr std::size_t kFront = 64;
+
+// What follows the group of a line; asked of every line, so it looks at the front only.
+std::string_view withoutGroup(std::string_view line) {
+  constexpr std::size_t kLongestGroup = 16;
+  const auto count = std::min(line.size(), kLongestGroup);
+  for (std::size_t i = 0; i < count && line[i] != ':' && line[i] != ';'; ++i) {
+    if (line[i] == '.') return line.substr(i + 1);
+  }
+  return line;
+}
+
+// Of the line break that the text starts with: LF, CR, CRLF, or the CR CR LF that comes of
+// converting twice.
+std::size_t breakLength(std::string_view text) {
+  if (text.front() == '\n' || text.size() == 1) return 1;
+  if (text[1] == '\n') return 2;
+  return text.starts_with("\r\r\n") ? 3 : 1;
+}
+
+// Letters that tell a line apart from nearly every other.
+enum Mark : std::uint8_t {
+  kFirstOfMarker = 1,  // BEGIN, END, or what stands before BEGIN at the start of a file
+  kLastOfOpener = 2,   // of a line that ends in a colon and blanks, or in the word VCARD
+};
+
+constexpr auto kMarks = [] {
+  std::array<std::uint8_t, 256> marks{};
+  for (const char c : std::string_view("BbEe\xEF")) {
+    marks[static_cast<unsigned char>(c)] |= std::uint8_t{kFirstOfMarker};
+  }
+  for (const char c : std::string_view(":Dd \t\0", 6)) {
+    marks[static_cast<unsigned char>(c)] |= std::uint8_t{kLastOfOpener};
+  }
+  return marks;
+}();
+
+bool is(char c, Mark mark) {
+  return (kMarks[static_cast<unsigned char>(c)] & mark) != 0;
+}
+
+bool mayOpenNested(std::string_view line) {
+  return is(line.back(), kLastOfOpener);
+}
+
+// Nearly every line: it cannot open or close a card, and is not blank.
+bool isOrdinary(std::string_view line) {
+  return !line.empty() && !is(line.front(), kFirstOfMarker) && !mayOpenNested(line);
+}
+
+// The value of an AGENT line without blanks, which opens a nested card when it is empty or a BEGIN;
+// null data for other lines, and where it is anything else.
+std::string_view agentValue(std::string_view line) {
+  if (!mayOpenNested(line)) return {};
+  line = withoutGroup(line);
+  if (line.size() < 6 || upper(line.front()) != 'A' || !startsWithWord(line, "AGENT")) return {};
+  const auto colon = line.find(':');
+  if (colon == std::string_view::npos || (line[5] != ':' && line[5] != ';')) return {};
+  return trimmed(line.substr(colon + 1));
+}
+
+// True for an END line that lost its tail.
+bool isCutEnd(std::string_view line) {
+  constexpr std::string_view kEnd = "END:VCARD";
+  line = trimmed(line);
+  return line.size() >= 3 && line.size() < kEnd.size() && isWord(line, kEnd.substr(0, line.size()));
+}
+
+}  // namespace
+
+// The first line break at or after next_; end_ when the buffer holds none. Every byte is looked at
+// once, and by the way whether it is ASCII.
+std::size_t CardSlicer::findBreak() {
+  const char* const text = buffer_.get();
+  std::size_t at = scanned_;
+  SixteenBytes seen;
+  SixteenBytes breaks;
+  while (breaks.isZero() && end_ - at >= SixteenBytes::kCount) {
+    const SixteenBytes bytes(text + at);
+    seen = seen | bytes;
+    breaks = bytes.equalTo('\n') | bytes.equalTo('\r');
+    at += breaks.isZero() ? SixteenBytes::kCount : breaks.firstSet();
+  }
+  isAscii_ = isAscii_ && seen.isAscii();
+  if (breaks.isZero()) {
+    for (; at < end_ && text[at] != '\n' && text[at] != '\r'; ++at) {
+      isAscii_ = isAscii_ && (text[at] & 0x80) == 0;
+    }
+  }
+  scanned_ = at;
+  return at;
+}
+
+void CardSlicer::makeRoom() {
+  const std::size_t kept = keeping_ ? card_ : next_;
+  if (kept > 0) {
+    std::memmove(buffer_.get(), buffer_.get() + kept, end_ - kept);
+    end_ -= kept;
+    next_ -= kept;
+    card_ -= keeping_ ? kept : card_;
+    scanned_ -= kept;
+  }
+  if (capacity_ - end_ >= kBlock) return;
+  const std::size_t wanted = std::max(2 * capacity_, 2 * kBlock);
+  auto larger = std::make_unique_for_overwrite<char[]>(wanted);
+  if (end_ > 0) std::memcpy(larger.get(), buffer_.get(), end_);
+  buffer_ = std::move(larger);
+  capacity_ = wanted;
+}
+
+bool CardSlicer::fill() {
+  if (atEnd_) return false;
+  makeRoom();
+  const auto got = source_.read(buffer_.get() + end_, kBlock);
+  if (got == 0) atEnd_ = true;
+  end_ += got;
+  bytesRead_ += got;
+  return got > 0;
+}
+
+// Forgets what is in the buffer of a line that is not kept, but for its front.
+void CardSlicer::dropFront(Line& line) {
+  if (line.whole) front_.assign(buffer_.get() + next_, std::min(kFront, end_ - next_));
+  line.whole = false;
+  next_ = end_;
+  scanned_ = end_;
+}
+
+bool CardSlicer::nextLine(Line& line) {
+  line.whole = true;
+  std::size_t stop = findBreak();
+  // A carriage return near the end may be the first part of a longer break.
+  while (stop == end_ || (buffer_[stop] == '\r' && stop + 2 >= end_ && !atEnd_)) {
+    if (keeping_ && end_ - card_ > kMaxCard) keeping_ = false;
+    if (!keeping_ && end_ - next_ > kBlock && stop == end_) dropFront(line);
+    if (!fill()) {
+      stop = findBreak();
+      break;
+    }
+    stop = findBreak();
+  }
+  if (stop == end_ && next_ == end_ && line.whole) return false;
+  ++lineNumber_;
+  line.start = next_;
+  line.text = line.whole ? std::string_view(buffer_.get() + next_, stop - next_) : front_;
+  line.isAscii = isAscii_;
+  goTo(stop == end_ ? stop : stop + breakLength({buffer_.get() + stop, end_ - stop}));
+  return true;
+}
+
+void CardSlicer::takeBack(const Line& line) {
+  goTo(line.start);
+  --lineNumber_;
+}
+
+void CardSlicer::addStray(std::string_view text) {
+  if (isBlankLine(text)) return;
+  ++strayCount_;
+  if (stray_.size() >= kStrayKept) return;
+  constexpr std::size_t kShown = 60;
+  stray_.push_back(
+      {lineNumber_, "text outside of any card: " + validUtf8(std::string(text.substr(0, kShown)))});
+}
+
+void CardSlicer::startCard(RawCard& card, const Line& line) {
+  card.line = lineNumber_;
+  card.lines.clear();
+  card.refusal.clear();
+  card.repairs.clear();
+  card_ = line.start;
+  keeping_ = true;
+  depth_ = 1;
+  agentBefore_ = false;
+}
+
+// From here on the card's lines are only counted, not kept.
+void CardSlicer::refuse(RawCard& card, std::string reason) {
+  if (card.refusal.empty()) card.refusal = std::move(reason);
+  keeping_ = false;
+}
+
+CardSlicer::Step CardSlicer::addLine(RawCard& card, const Line& line) {
+  if (!keeping_ || !isOrdinary(line.text) || card.lines.size() >= kMaxLines) {
+    return addUnusualLine(card, line);
+  }
+  agentBefore_ = false;
+  keepLine(card, line);
+  return Step::Inside;
+}
+
+CardSlicer::Step CardSlicer::addUnusualLine(RawCard& card, const Line& line) {
+  if (!keeping_ && card.refusal.empty()) refuse(card, "the card is larger than 64 MiB");
+  const bool opens = line.whole && isBegin(line.text);
+  if (opens && !agentBefore_) return Step::CutOff;
+  if (line.whole && isEnd(line.text) && --depth_ == 0) return Step::Closed;
+  if (opens) ++depth_;
+  if (!isBlankLine(line.text)) {
+    const auto agent = agentValue(line.text);
+    agentBefore_ = agent.data() != nullptr && agent.empty();
+    if (isBegin(agent)) ++depth_;
+  }
+  if (depth_ > 1 + kMaxDepth) refuse(card, "cards are nested more than 8 deep");
+  if (card.lines.size() >= kMaxLines) refuse(card, "the card has more than 1048576 lines");
+  if (keeping_) keepLine(card, line);
+  return Step::Inside;
+}
+
+void CardSlicer::endOfSource(RawCard& card) const {
+  if (!card.refusal.empty()) return;
+  if (depth_ == 1 && !card.lines.empty()) {
+    const auto& span = card.lines.back();
+    if (isCutEnd({buffer_.get() + card_ + span.offset, span.length})) {
+      card.lines.pop_back();
+      card.repairs.push_back({lineNumber_, "END:VCARD is cut off"});
+      return;
+    }
+  }
+  card.refusal = "the file ends inside the card";
+}
+
+bool CardSlicer::next(RawCard& card) {
+  keeping_ = false;
+  Line line;
+  while (true) {
+    if (!nextLine(line)) return false;
+    if (line.whole && isBegin(line.text)) break;
+    addStray(line.text);
+  }
+  startCard(card, line);
+  Step step = Step::Inside;
+  while (step == Step::Inside && nextLine(line)) step = addLine(card, line);
+  if (step == Step::Inside) endOfSource(card);
+  if (step == Step::CutOff) {
+    if (card.refusal.empty()) {
+      card.repairs.push_back({lineNumber_, "END:VCARD is missing before the next card"});
+    }
+    takeBack(line);
+  }
+  if (card.refusal.empty()) card.bytes = {buffer_.get() + card_, next_ - card_};
+  return true;
+}
+
+}  // namespace ox::vcard

@@ -1,0 +1,114 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/read/card.hpp"
+#include "ox/vcard/source/byte_source.hpp"
+
+namespace ox::vcard {
+
+// One physical line of a card without its line break, as a part of RawCard::bytes.
+struct LineSpan {
+  std::uint32_t offset = 0;
+  std::uint32_t length = 0;
+  bool isAscii = false;  // certainly
+};
+
+// One card as the file spells it. The views are borrowed from the slicer until its next call.
+struct RawCard {
+  std::size_t line = 0;         // of BEGIN; lines[i] is line + 1 + i
+  std::string_view bytes;       // from BEGIN on
+  std::vector<LineSpan> lines;  // what stands between BEGIN and END, blank lines included
+  std::string refusal;          // not empty: the card cannot be read, and why
+  std::vector<Problem> repairs;
+
+  std::string_view lineAt(std::size_t index) const {
+    return {bytes.data() + lines[index].offset, lines[index].length};
+  }
+  // True when the line after that one starts with a blank.
+  bool isContinued(std::size_t index) const {
+    return ++index < lines.size() && lines[index].length > 0 && isBlank(bytes[lines[index].offset]);
+  }
+};
+
+// Cuts a source into cards by their BEGIN and END lines and looks at nothing else. LF, CR, CRLF
+// and CR CR LF end a line. A BEGIN right after an AGENT line without value opens a nested card,
+// which belongs to the outer one; any other BEGIN inside a card means that the END before it is
+// missing: the card ends there, mended, since all its lines are whole. A card that the end of the
+// source cuts off is refused, because nothing tells how much is missing.
+class CardSlicer {
+ public:
+  static constexpr std::size_t kMaxCard = 64U << 20U;
+  static constexpr std::size_t kMaxLines = 1U << 20U;
+  static constexpr std::size_t kMaxDepth = 8;  // cards inside a card
+  static constexpr std::size_t kStrayKept = 100;
+
+  explicit CardSlicer(ByteSource& source) : source_(source) {}
+
+  // The next card; false at the end.
+  bool next(RawCard& card);
+
+  std::uint64_t bytesRead() const { return bytesRead_; }
+  const std::vector<Problem>& strayLines() const { return stray_; }
+  std::size_t strayCount() const { return strayCount_; }
+
+ private:
+  struct Line {
+    std::string_view text;  // only its front when it is too long to keep
+    std::size_t start = 0;  // in the buffer
+    bool whole = true;
+    bool isAscii = true;
+  };
+  enum class Step { Inside, Closed, CutOff };
+
+  bool nextLine(Line& line);
+  std::size_t findBreak();
+  bool fill();
+  void makeRoom();
+  // The next line starts there.
+  void goTo(std::size_t place) {
+    next_ = place;
+    scanned_ = place;
+    isAscii_ = true;
+  }
+  void takeBack(const Line& line);
+  void dropFront(Line& line);
+  void addStray(std::string_view text);
+
+  void startCard(RawCard& card, const Line& line);
+  Step addLine(RawCard& card, const Line& line);
+  Step addUnusualLine(RawCard& card, const Line& line);
+  void keepLine(RawCard& card, const Line& line) const {
+    card.lines.push_back({static_cast<std::uint32_t>(line.start - card_),
+                          static_cast<std::uint32_t>(line.text.size()), line.isAscii});
+  }
+  void refuse(RawCard& card, std::string reason);
+  void endOfSource(RawCard& card) const;
+
+  ByteSource& source_;
+  std::unique_ptr<char[]> buffer_;
+  std::size_t capacity_ = 0;
+  std::size_t end_ = 0;      // of the bytes in the buffer
+  std::size_t next_ = 0;     // where the next line starts
+  std::size_t card_ = 0;     // where the kept card starts
+  bool keeping_ = false;     // everything from card_ on must stay in the buffer
+  bool atEnd_ = false;       // the source has no more
+  std::size_t scanned_ = 0;  // the line that starts at next_ has no break before this
+  bool isAscii_ = true;      // and is ASCII up to there
+  std::string front_;        // of a line that is too long to keep
+  std::size_t lineNumber_ = 0;
+  std::uint64_t bytesRead_ = 0;
+
+  std::size_t depth_ = 0;  // 1 inside a card
+  bool agentBefore_ = false;
+  std::vector<Problem> stray_;
+  std::size_t strayCount_ = 0;
+};
+
+}  // namespace ox::vcard
