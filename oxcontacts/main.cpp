@@ -1,7 +1,7 @@
 // oxcontacts: the contact store on the command line.
 #include <CLI/CLI.hpp>
+#include <cassert>
 #include <csignal>
-#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -123,7 +123,10 @@ int mainOf(int argc, char** argv) {
   program.fallthrough();
   declareGlobalOptions(program, context);
   program.parse_complete_callback([&] {
-    if (!context.store.empty()) ::setenv("OX_CONTACT_STORE", context.store.c_str(), 1);
+    if (!context.store.empty()) {
+      [[maybe_unused]] const bool isFirst = useContactStore(context.store);
+      assert(isFirst);  // nothing has asked for the store yet
+    }
     // A store that cannot be used ends every command here, before it has printed or changed
     // anything; check looks for itself and makes no store.
     if (!program.got_subcommand("check")) contactSource().containers();

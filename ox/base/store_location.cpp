@@ -1,14 +1,14 @@
 #include "ox/base/store_location.hpp"
 
 #include <array>
-#include <cerrno>
 #include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
+#include <mutex>
+#include <optional>
 #include <pwd.h>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace ox {
 namespace {
@@ -33,37 +33,42 @@ std::string dataFolder() {
   return homeFolder() + "/.local/share";
 }
 
-[[noreturn]] void fail(const std::string& path) {
-  throw std::system_error(errno, std::generic_category(), path);
+// The store that the process was told to use instead of that of the environment.
+struct ChosenStore {
+  std::mutex mutex;
+  std::optional<std::string> path;
+  bool settled = false;
+};
+
+ChosenStore& chosenStore() {
+  static auto& chosen = *new ChosenStore;
+  return chosen;
 }
 
-// So that the new name survives a power cut. Some file systems cannot sync a folder; they need not.
-void syncFolder(const std::filesystem::path& folder) {
-  const int file =
-      ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (file < 0) return;
-  ::fsync(file);
-  ::close(file);
-}
-
-// Whether there is such a folder now; errno says why not.
-bool createPrivateFolder(const std::filesystem::path& folder) {
-  if (::mkdir(folder.c_str(), 0700) != 0) return errno == EEXIST;
-  syncFolder(folder.parent_path());
-  return true;
-}
-
-// Only what is missing is made: folders that are there keep their rights.
-void createPrivateFolders(const std::filesystem::path& folder) {
-  if (folder.empty() || createPrivateFolder(folder)) return;
-  if (errno != ENOENT || folder == folder.parent_path()) fail(folder);
-  createPrivateFolders(folder.parent_path());
-  if (!createPrivateFolder(folder)) fail(folder);
+std::optional<std::string> chosenPath() {
+  auto& chosen = chosenStore();
+  const std::lock_guard lock(chosen.mutex);
+  return chosen.path;
 }
 
 }  // namespace
 
+bool useContactStore(std::string path) {
+  auto& chosen = chosenStore();
+  const std::lock_guard lock(chosen.mutex);
+  if (chosen.settled) return false;
+  chosen.path = std::move(path);
+  return true;
+}
+
+void settleStoreLocation() {
+  auto& chosen = chosenStore();
+  const std::lock_guard lock(chosen.mutex);
+  chosen.settled = true;
+}
+
 std::string contactStorePath() {
+  if (auto path = chosenPath()) return std::move(*path);
   if (auto path = environment("OX_CONTACT_STORE"); !path.empty()) return path;
   return dataFolder() + "/oxcontacts/contacts.db";
 }
@@ -98,19 +103,6 @@ bool isStoreFile(const std::string& path) {
     }
   }
   return false;
-}
-
-bool createPrivateFile(const std::string& path) {
-  const auto folder = std::filesystem::path(path).parent_path();
-  createPrivateFolders(folder);
-  const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (file < 0) {
-    if (errno == EEXIST) return false;
-    fail(path);
-  }
-  ::close(file);
-  syncFolder(folder);
-  return true;
 }
 
 }  // namespace ox

@@ -2,13 +2,21 @@
 
 #include <string>
 
-// Where the files of this user lie, and how they come into being. The environment is read on each
-// call; an empty variable counts as unset.
+// Where the contact store and the tags of this process lie. The environment is read on each call;
+// an empty variable counts as unset. Safe from any thread.
 
 namespace ox {
 
-// $OX_CONTACT_STORE, else oxcontacts/contacts.db under $XDG_DATA_HOME (when that is an absolute
-// path) or ~/.local/share.
+// Makes the file at that path the contact store of this process, whatever $OX_CONTACT_STORE says.
+// False, and nothing is changed, once the process has begun to use a store or its tags: they stay
+// together until the process ends.
+bool useContactStore(std::string path);
+
+// From now on useContactStore is refused; called by whoever is about to open the store or the tags.
+void settleStoreLocation();
+
+// What useContactStore was given, else $OX_CONTACT_STORE, else oxcontacts/contacts.db under
+// $XDG_DATA_HOME (when that is an absolute path) or ~/.local/share.
 std::string contactStorePath();
 
 // $OX_TAG_STORE, else the path of the contact store with ".tags" after it.
@@ -22,10 +30,5 @@ std::string placeOf(const std::string& path);
 // database keeps beside them are or will be. Such a file must never be opened by anybody else:
 // closing it would drop the locks that the database of this process holds on it.
 bool isStoreFile(const std::string& path);
-
-// Makes the file, empty and for this user alone (0600), with the missing folders above it (0700),
-// and syncs the folder that received it. A file that exists is left as it is. True when it was
-// made; throws std::system_error naming the path.
-bool createPrivateFile(const std::string& path);
 
 }  // namespace ox

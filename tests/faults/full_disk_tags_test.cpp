@@ -6,6 +6,7 @@
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
 #include "ox/base/failures.hpp"
+#include "ox/base/private_file.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/base/store_location.hpp"
 #include "tests/faults/trouble.hpp"

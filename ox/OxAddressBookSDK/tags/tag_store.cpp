@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "ox/base/private_file.hpp"
 #include "ox/base/store_location.hpp"
 
 namespace ox {
@@ -16,12 +17,14 @@ TagFile* TagStore::existing() {
   if (file_) return file_.get();
   const auto path = tagStorePath();
   if (!std::filesystem::exists(path)) return nullptr;
+  settleStoreLocation();
   file_ = std::make_unique<TagFile>(path);
   return file_.get();
 }
 
 TagFile& TagStore::existingOrNew() {
   if (!file_) {
+    settleStoreLocation();
     const auto path = tagStorePath();
     createPrivateFile(path);
     file_ = std::make_unique<TagFile>(path);

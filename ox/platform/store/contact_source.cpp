@@ -29,6 +29,7 @@ ContactSource& contactSource() {
   if (auto* current = installed.current.load(std::memory_order_acquire)) return *current;
   const std::lock_guard lock(installed.mutex);
   if (installed.current == nullptr) {
+    settleStoreLocation();
     installed.all.push_back(openStoreSource(contactStorePath()));
     installed.current = installed.all.back().get();
   }

@@ -12,8 +12,8 @@
 #include <thread>
 #include <unistd.h>
 
+#include "ox/base/private_file.hpp"
 #include "ox/base/sqlite/error.hpp"
-#include "ox/base/store_location.hpp"
 #include "ox/platform/store/changes.hpp"
 
 namespace ox {
