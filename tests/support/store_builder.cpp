@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/base/store_location.hpp"
 #include "tests/support/switched_source.hpp"
 
 namespace ox::support {
@@ -55,6 +57,15 @@ StoreBuilder& StoreBuilder::container(const std::string& identifier, const std::
   SaveRequest request;
   request.newContainers.push_back({identifier, name, type});
   return run(std::move(request));
+}
+
+StoreBuilder& StoreBuilder::twinContainer(const std::string& identifier, const std::string& name,
+                                          std::int32_t type) {
+  source_->containers();  // makes the file
+  sqlite::Connection store(contactStorePath(), sqlite::Connection::Mode::ReadWrite);
+  auto insert = store.prepare("INSERT INTO container(identifier, name, type) VALUES(?1, ?2, ?3)");
+  insert.bindText(1, identifier).bindText(2, name).bind(3, type).run();
+  return in(identifier);
 }
 
 StoreBuilder& StoreBuilder::in(const std::string& identifier) {

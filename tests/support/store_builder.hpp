@@ -53,6 +53,10 @@ class StoreBuilder {
   // Adds a container, unless there is one with that identifier, and goes on in it.
   StoreBuilder& container(const std::string& identifier, const std::string& name,
                           std::int32_t type);
+  // The same with a standard id that another container has already: the store refuses that, but one
+  // of an earlier version may hold it. Goes on in it.
+  StoreBuilder& twinContainer(const std::string& identifier, const std::string& name,
+                              std::int32_t type);
   // Goes on in an existing container (identifier or standard id).
   StoreBuilder& in(const std::string& identifier);
   StoreBuilder& person(const std::string& identifier, const PersonValues& values = {});

@@ -27,7 +27,8 @@ class CNSaveRequest {
   // exists is left alone.
   void addMember_toGroup(TextView contactIdentifier, TextView groupIdentifier);
   void addSubgroup_toGroup(TextView subgroupIdentifier, TextView groupIdentifier);
-  // The new container's identifier must be free.
+  // Refused when there is a container of the same standard id (the identifier without every
+  // ":ABAccount") already, or when that is empty.
   void addContainer(ContainerInfo container);
   // Without force, refused while the container holds records. The first local container is never
   // removed.

@@ -162,15 +162,21 @@ bool ContactStore::isThere(const NewRecord& record) {
          !withFingerprint(container, record.kind, fingerprintOf(record)).empty();
 }
 
+// Stored records and programs name a container by its standard id alone, so two of one standard id
+// could not be told apart. Stores of earlier versions may hold such a pair; it can still be read.
 void ContactStore::addContainer(const ContainerInfo& container, Writing&) {
+  const auto standardId = standardContainerId(container.identifier);
+  if (standardId.empty()) throw Refused("\"" + container.identifier + "\" is no identifier");
+  loadContainers();
+  for (const auto& known : containers_) {
+    if (standardContainerId(known->identifier) != standardId) continue;
+    throw Refused("there is an account with the identifier " + known->identifier + " already");
+  }
   statement(Sql::InsertContainer)
       .bindText(1, container.identifier)
       .bindText(2, container.name)
       .bind(3, container.type)
       .run();
-  if (database().changes() == 0) {
-    throw Refused("there is an account with the identifier " + container.identifier + " already");
-  }
   containersLoaded_ = false;
 }
 

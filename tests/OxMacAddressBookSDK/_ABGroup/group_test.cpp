@@ -61,7 +61,7 @@ TEST(GroupAddressBook, IsTheFirstDiscoveredBookOfTheGroupsId) {
   StoreBuilder()
       .container("A", "First", 3)
       .group("g", "G")
-      .container("A:ABAccount", "Second", 3)
+      .twinContainer("A:ABAccount", "Second", 3)
       .group("h", "H");
   const auto books = OxMacAddressBook::addressBookArray();
   ASSERT_EQ(idsOf(books), "_local A A");

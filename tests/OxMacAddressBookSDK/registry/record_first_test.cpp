@@ -93,7 +93,7 @@ TEST(RecordFirstDiscovery, PersonsOfTwoContainersWithOneStandardIdGoIntoTheBookM
   StoreBuilder()
       .container("A:ABAccount", "First", 3)
       .person("1", {})
-      .container("A", "Second", 3)
+      .twinContainer("A", "Second", 3)
       .person("2", {})
       .in("A:ABAccount")
       .person("3", {});

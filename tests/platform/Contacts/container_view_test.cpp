@@ -90,6 +90,39 @@ TEST(ContainerView, SeesCommittedRowsOnly) {
   EXPECT_EQ(contactsFor(predicate), "a2 ");
 }
 
+TEST(SaveRequest, AddsNoSecondContainerOfAStandardId) {
+  const auto refusalOf = [](std::vector<std::string> identifiers) {
+    const auto request = CNSaveRequest::init();
+    for (auto& identifier : identifiers) request->addContainer({std::move(identifier), "New", 3});
+    std::string reason;
+    EXPECT_FALSE(CNContactStore::init()->executeSaveRequest_error(*request, &reason));
+    return reason;
+  };
+  twoAccounts();
+  const std::string taken = "there is an account with the identifier A:ABAccount already";
+  EXPECT_EQ(refusalOf({"A:ABAccount"}), taken);
+  EXPECT_EQ(refusalOf({"A"}), taken);
+  EXPECT_EQ(refusalOf({"A:ABAccount:ABAccount"}), taken);
+  EXPECT_EQ(refusalOf({"_local"}),
+            "there is an account with the identifier _local:ABAccount already");
+  EXPECT_EQ(refusalOf({"B", "B:ABAccount"}), "there is an account with the identifier B already");
+  EXPECT_EQ(refusalOf({":ABAccount"}), "\":ABAccount\" is no identifier");
+  EXPECT_EQ(refusalOf({""}), "\"\" is no identifier");
+  EXPECT_EQ(containersFor(std::nullopt), "_local:ABAccount L2:ABAccount A:ABAccount ");
+}
+
+TEST(ContainerView, FindsNeitherOfTwoContainersByTheStandardIdThatTheyShare) {
+  StoreBuilder()
+      .container("A:ABAccount", "First", 3)
+      .twinContainer("A:ABAccount:ABAccount", "Second", 3);
+  const auto named = [](const char* identifier) {
+    return containersFor(CNContainer::predicateForContainersWithIdentifiers({identifier}));
+  };
+  EXPECT_EQ(named("A"), "");
+  EXPECT_EQ(named("A:ABAccount"), "A:ABAccount ");
+  EXPECT_EQ(named("A:ABAccount:ABAccount"), "A:ABAccount:ABAccount ");
+}
+
 TEST(SaveRequest, CommitsManyAdditionsAtOnceUnderKnownIdentifiers) {
   const auto store = CNContactStore::init();
   const auto request = CNSaveRequest::init();
