@@ -2,16 +2,16 @@
 
 #include <string>
 
+#include "ox/OxMacAddressBookSDK/admin/restored_tags.hpp"
 #include "ox/base/data.hpp"
-#include "ox/platform/store/backup.hpp"
-#include "oxcontacts/edit/restored_tags.hpp"
+#include "ox/records/record_counts.hpp"
 
 namespace ox::program {
 
 // A backup of one book that was read once and found whole.
 struct BookFile {
   Data data;
-  StoreCounts counts;
+  RecordCounts counts;
   TagLists tags;
 };
 

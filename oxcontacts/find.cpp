@@ -4,8 +4,8 @@
 #include <unordered_set>
 #include <vector>
 
+#include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/text/composed.hpp"
-#include "ox/platform/store/contact_source.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
 
 namespace ox::program {
@@ -78,10 +78,10 @@ Book bookWithId(const BookList& books, const Text& id) {
 }
 
 // The discovered one, or one that is made: no discovery lists an account without records.
-Book bookOf(const BookList& books, const ContainerPtr& account) {
-  auto book = bookWithId(books, OxMacAddressBook::standID(account->identifier));
+Book bookOf(const BookList& books, const CNContainerPtr& account) {
+  auto book = bookWithId(books, OxMacAddressBook::standID(account->identifier()));
   if (book) return book;
-  return OxMacAddressBook::initWithContainer(std::make_shared<const CNContainer>(account));
+  return OxMacAddressBook::initWithContainer(account);
 }
 
 // Those of that name, be it their own or their account's, each once.
@@ -91,11 +91,11 @@ std::vector<Book> booksNamed(const BookList& books, const std::string& text) {
   for (const auto& book : books) {
     if (wanted.isNameOf(book->name())) named.push_back(book);
   }
-  for (const auto& account : contactSource().containers()) {
+  for (const auto& account : accounts()) {
     auto book = bookOf(books, account);
     const bool known = std::any_of(named.begin(), named.end(),
                                    [&](const Book& other) { return other->ID() == book->ID(); });
-    if (!known && (wanted.isNameOf(account->name) || wanted.isNameOf(book->name()))) {
+    if (!known && (wanted.isNameOf(account->name()) || wanted.isNameOf(book->name()))) {
       named.push_back(std::move(book));
     }
   }
@@ -104,15 +104,15 @@ std::vector<Book> booksNamed(const BookList& books, const std::string& text) {
 
 }  // namespace
 
-ContainerPtr findAccount(const std::string& text) {
-  if (auto container = contactSource().containerNamed(text)) return container;
+CNContainerPtr findAccount(const std::string& text) {
+  if (auto account = accountNamed(text)) return account;
   const WantedName wanted(text);
-  ContainerPtr found;
+  CNContainerPtr found;
   std::vector<Candidate> candidates;
-  for (const auto& container : contactSource().containers()) {
-    if (!wanted.isNameOf(container->name)) continue;
-    candidates.push_back({container->identifier, container->name});
-    found = container;
+  for (const auto& account : accounts()) {
+    if (!wanted.isNameOf(account->name())) continue;
+    candidates.push_back({account->identifier().value_or(""), text});
+    found = account;
   }
   if (!found) notFound("account", text);
   if (candidates.size() > 1) ambiguous("account", text, candidates);
@@ -121,7 +121,7 @@ ContainerPtr findAccount(const std::string& text) {
 
 std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text) {
   if (auto book = bookWithId(books, text)) return book;
-  if (const auto account = contactSource().containerNamed(text)) return bookOf(books, account);
+  if (const auto account = accountNamed(text)) return bookOf(books, account);
   const auto named = booksNamed(books, text);
   if (named.empty()) notFound("book", text);
   if (named.size() == 1) return named.front();

@@ -7,7 +7,7 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "ox/platform/store/changes.hpp"
+#include "ox/platform/Contacts/CNContainer.hpp"
 #include "oxcontacts/context.hpp"
 
 namespace ox::program {
@@ -16,7 +16,7 @@ namespace ox::program {
 // CommandError: kNotFound when nothing bears that name, kUsage with the candidates when several do.
 
 // By identifier or standard id, else by name.
-ContainerPtr findAccount(const std::string& text);
+CNContainerPtr findAccount(const std::string& text);
 // Among the discovered books and those of accounts without records, which no discovery lists: by
 // ID, else by name.
 std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text);

@@ -1,23 +1,25 @@
 #pragma once
 
+#include <list>
 #include <optional>
 #include <string>
 
-#include "ox/platform/store/backup.hpp"
+#include "ox/OxMacAddressBookSDK/admin/store_copy.hpp"
 #include "oxcontacts/interruption.hpp"
 
 namespace ox::program {
 
-// A copy of a database that goes when a signal ends the program before it is put in its place.
+// A copy of the store whose files go when a signal ends the program before they are put in their
+// places.
 struct GuardedCopy {
-  explicit GuardedCopy(const std::string& target) {
+  explicit GuardedCopy(const std::string& path) {
     const SignalsHeld held;
-    copy.emplace(target);
-    guard.emplace(copy->path());
+    copy.emplace(path);
+    for (auto& file : copy->files()) guards.emplace_back(std::move(file));
   }
 
-  std::optional<GoesWhenInterrupted> guard;
-  std::optional<DatabaseCopy> copy;
+  std::list<GoesWhenInterrupted> guards;
+  std::optional<StoreCopy> copy;
 };
 
 }  // namespace ox::program

@@ -7,10 +7,10 @@
 #include <iostream>
 #include <unistd.h>
 
+#include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/changes.hpp"
-#include "ox/platform/store/contact_source.hpp"
 #include "oxcontacts/arguments.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/context.hpp"
@@ -129,7 +129,7 @@ int mainOf(int argc, char** argv) {
     }
     // A store that cannot be used ends every command here, before it has printed or changed
     // anything; check looks for itself and makes no store.
-    if (!program.got_subcommand("check")) contactSource().containers();
+    if (!program.got_subcommand("check")) accounts();
   });
   declareAccounts(program, context);
   declareImport(program, context);

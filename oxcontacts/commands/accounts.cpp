@@ -1,11 +1,10 @@
+#include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
+
 #include <array>
 #include <string_view>
 
-#include "ox/base/uuid.hpp"
-#include "ox/platform/Contacts/CNContainer.hpp"
-#include "ox/platform/store/contact_source.hpp"
 #include "oxcontacts/commands/commands.hpp"
-#include "oxcontacts/edit/tags_to_remove.hpp"
+#include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/table.hpp"
@@ -20,36 +19,33 @@ std::string typeWord(std::int32_t type) {
   return index < kTypeWords.size() ? kTypeWords[index] : std::to_string(type);
 }
 
-std::int32_t typeOf(std::string_view word) {
+CNContainerType typeOf(std::string_view word) {
   for (std::size_t i = 0; i < kTypeWords.size(); ++i) {
-    if (kTypeWords[i] == word) return static_cast<std::int32_t>(i);
+    if (kTypeWords[i] == word) return static_cast<CNContainerType>(i);
   }
   return CNContainerTypeUnassigned;
 }
 
-Json accountJson(const ContainerInfo& container) {
-  return {{"identifier", container.identifier},
-          {"name", container.name},
-          {"type", typeWord(container.type)}};
+Json accountJson(const CNContainer& account) {
+  return {{"identifier", jsonOf(account.identifier())},
+          {"name", jsonOf(account.name())},
+          {"type", typeWord(account.type())}};
 }
 
 void listAccounts(const Context& context) {
-  const auto containers = contactSource().containers();
+  const auto all = accounts();
   if (context.json) {
     JsonList list;
-    for (const auto& container : containers) list.add(accountJson(*container));
+    for (const auto& account : all) list.add(accountJson(*account));
     list.close();
     return;
   }
   Table table({{"NAME"}, {"TYPE"}, {"IDENTIFIER"}});
-  for (const auto& container : containers) {
-    table.addRow({container->name, typeWord(container->type), container->identifier});
+  for (const auto& account : all) {
+    table.addRow({account->name().value_or(""), typeWord(account->type()),
+                  account->identifier().value_or("")});
   }
   table.print(context);
-}
-
-void execute(SaveRequest request) {
-  if (!contactSource().execute(request)) throw CommandError(kFailed, request.reason);
 }
 
 struct NewAccount {
@@ -58,80 +54,59 @@ struct NewAccount {
   std::string identifier;
 };
 
-// Two accounts of one standard id could not be told apart where that is what names them.
-void refuseTakenId(const std::string& identifier) {
-  const auto standId = OxMacAddressBook::standID(identifier);
-  if (standId->empty()) throw CommandError(kUsage, "\"" + identifier + "\" is no identifier");
-  for (const auto& container : contactSource().containers()) {
-    if (OxMacAddressBook::standID(container->identifier) != standId) continue;
-    throw CommandError(
-        kFailed, "there is an account with the identifier " + container->identifier + " already");
-  }
-}
-
-void addAccount(const Context& context, const NewAccount& account) {
-  ContainerInfo container{account.identifier, account.name, typeOf(account.type)};
-  if (container.identifier.empty()) container.identifier = uuidText(makeUuid()) + ":ABAccount";
-  refuseTakenId(container.identifier);
-  SaveRequest request;
-  request.newContainers.push_back(container);
-  execute(std::move(request));
+void tellAccount(const Context& context, const CNContainer& account, const std::string& what) {
   if (context.json) {
-    printJson(accountJson(container));
+    printJson(accountJson(account));
   } else {
-    context.tell("added " + container.name + " (" + container.identifier + ")");
+    context.tell(what);
   }
 }
 
-std::vector<std::shared_ptr<_ABPerson>> hostPersons(const RecordKeys& keys) {
-  std::vector<std::shared_ptr<_ABPerson>> persons;
-  persons.reserve(keys.size());
-  for (const auto& key : keys) {
-    auto person = hostPerson(ABAddressBook::sharedAddressBook()->recordForUniqueId(key.text()));
-    if (person) persons.push_back(std::move(person));
+void add(const Context& context, const NewAccount& wanted) {
+  const auto& identifier = wanted.identifier;
+  if (!identifier.empty() && OxMacAddressBook::standID(identifier)->empty()) {
+    throw CommandError(kUsage, "\"" + identifier + "\" is no identifier");
   }
-  return persons;
+  const auto account = addAccount(wanted.name, typeOf(wanted.type), identifier);
+  tellAccount(
+      context, *account,
+      "added " + account->name().value_or("") + " (" + account->identifier().value_or("") + ")");
 }
 
-void removeAccount(const Context& context, const std::string& text, bool force) {
-  const auto container = findAccount(text);
-  const auto persons = contactSource().recordsIn(container->identifier, RecordKind::Person);
-  if (!force && (!persons.empty() ||
-                 !contactSource().recordsIn(container->identifier, RecordKind::Group).empty())) {
-    throw CommandError(kFailed, container->name + " holds records; --force removes them with it");
+void remove(const Context& context, const std::string& text, WithRecords withRecords) {
+  const auto account = findAccount(text);
+  const auto identifier = account->identifier().value_or("");
+  const auto name = account->name().value_or("");
+  const bool holdsPersons = !recordsOfAccount(identifier, RecordKind::Person).empty();
+  const bool holdsGroups = !recordsOfAccount(identifier, RecordKind::Group).empty();
+  if (withRecords == WithRecords::No && (holdsPersons || holdsGroups)) {
+    throw CommandError(kFailed, name + " holds records; --force removes them with it");
   }
-  if (!persons.empty()) discoveredBooks(context);
-  const TagsToRemove tags(hostPersons(persons));
-  SaveRequest request;
-  request.removedContainers.push_back({container->identifier, force});
-  execute(std::move(request));
-  tags.remove();
-  if (context.json) {
-    printJson(accountJson(*container));
-  } else {
-    context.tell("removed " + container->name);
-  }
+  if (holdsPersons) discoveredBooks(context);
+  refuseTagsLeft(removeAccount(identifier, withRecords));
+  tellAccount(context, *account, "removed " + name);
 }
 
 void declareAdd(CLI::App& accounts, const Context& context) {
-  auto* add = accounts.add_subcommand("add", "Add an account");
+  auto* command = accounts.add_subcommand("add", "Add an account");
   const auto account = std::make_shared<NewAccount>();
-  add->add_option("NAME", account->name, "What it is called")->required();
-  add->add_option("--type", account->type, "local, exchange or carddav (the default)")
+  command->add_option("NAME", account->name, "What it is called")->required();
+  command->add_option("--type", account->type, "local, exchange or carddav (the default)")
       ->check(CLI::IsMember({"local", "exchange", "carddav"}))
       ->type_name("TYPE");
-  add->add_option("--identifier", account->identifier, "Its identifier (else a new one)")
+  command->add_option("--identifier", account->identifier, "Its identifier (else a new one)")
       ->type_name("ID");
-  add->callback([&context, account] { addAccount(context, *account); });
+  command->callback([&context, account] { add(context, *account); });
 }
 
 void declareRemove(CLI::App& accounts, const Context& context) {
-  auto* remove = accounts.add_subcommand("remove", "Remove an account");
+  auto* command = accounts.add_subcommand("remove", "Remove an account");
   const auto name = std::make_shared<std::string>();
-  const auto force = std::make_shared<bool>(false);
-  remove->add_option("ACCOUNT", *name, "Which")->required();
-  remove->add_flag("--force", *force, "With everything in it");
-  remove->callback([&context, name, force] { removeAccount(context, *name, *force); });
+  const auto withRecords = std::make_shared<WithRecords>(WithRecords::No);
+  command->add_option("ACCOUNT", *name, "Which")->required();
+  command->add_flag_callback(
+      "--force", [withRecords] { *withRecords = WithRecords::Yes; }, "With everything in it");
+  command->callback([&context, name, withRecords] { remove(context, *name, *withRecords); });
 }
 
 }  // namespace

@@ -4,9 +4,9 @@
 #include <string_view>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
+#include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/store_location.hpp"
-#include "ox/platform/store/contact_source.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/files.hpp"
@@ -47,7 +47,7 @@ Data savedBook(const Context& context, OxMacAddressBook& book) {
   return state->data;
 }
 
-void tellCounts(const Context& context, const StoreCounts& counts, const std::string& what,
+void tellCounts(const Context& context, const RecordCounts& counts, const std::string& what,
                 const std::string& path) {
   if (context.json) {
     printJson({{"groups", counts.groups}, {"persons", counts.persons}});
@@ -76,7 +76,7 @@ bool complainOfPictures(OxMacAddressBook& book, const std::string& path) {
 bool complainOfHiddenGroups(const OxMacAddressBook& book, const std::string& path) {
   if (book.canCreateGroup()) return false;
   const auto container = book.validContainerID().value_or("");
-  const auto count = contactSource().recordsIn(container, RecordKind::Group).size();
+  const auto count = recordsOfAccount(container, RecordKind::Group).size();
   if (count == 0) return false;
   Context::complain(book.name().value_or("") + " shows no groups: " + counted(count, "group") +
                     (count == 1 ? " is" : " are") + " not in " + path + "; `backup --all` keeps " +
@@ -112,25 +112,13 @@ void refuseForeignTags(const std::string& path) {
   throw CommandError(kFailed, path + ": would be replaced by the tags of the copy, and holds none");
 }
 
-// Both are put in their places, the tags first, once both are complete.
 void backUpAll(const Context& context, const std::string& path) {
   refuseStoreFile(path);
   refuseStoreFile(path + ".tags");
-  const auto tagsPath = placeOf(path + ".tags");
-  refuseForeignTags(tagsPath);
-  GuardedCopy store(placeOf(path));
-  const auto counts = store.copy->takeStore(contactStorePath());
-  GuardedCopy tags(tagsPath);
-  const bool hasTags = std::filesystem::exists(tagStorePath());
-  if (hasTags) tags.copy->takeDatabase(tagStorePath());
-  store.copy->settleTarget();
-  tags.copy->settleTarget();
-  if (hasTags) {
-    tags.copy->put();
-  } else {
-    std::filesystem::remove(tagsPath);  // those of an earlier copy
-  }
-  store.copy->put();
+  refuseForeignTags(placeOf(path + ".tags"));
+  GuardedCopy guarded(path);
+  const auto counts = guarded.copy->take();
+  guarded.copy->put();
   tellCounts(context, counts, "the whole store", path);
 }
 

@@ -1,9 +1,6 @@
-#include "ox/platform/store/check.hpp"
-
 #include <iostream>
 
-#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
-#include "ox/base/store_location.hpp"
+#include "ox/OxMacAddressBookSDK/admin/store_problems.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
@@ -12,8 +9,7 @@ namespace ox::program {
 namespace {
 
 void checkStore(const Context& context) {
-  auto problems = storeProblems(contactStorePath());
-  for (auto& problem : OxTagManager::problems()) problems.push_back(std::move(problem));
+  const auto problems = problemsOfStoreAndTags();
   if (context.json) {
     printJson({{"ok", problems.empty()}, {"problems", problems}});
   } else {

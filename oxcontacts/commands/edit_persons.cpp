@@ -2,7 +2,6 @@
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/apply.hpp"
 #include "oxcontacts/edit/saving.hpp"
-#include "oxcontacts/edit/tags_to_remove.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/person_json.hpp"
 
@@ -67,7 +66,7 @@ void removePersons(const Context& context, const std::vector<std::string>& names
     ABAddressBook::sharedAddressBook()->removeRecord(person);
   }
   saveEdits();
-  tags.remove();
+  refuseTagsLeft(tags.remove());
   if (context.json) {
     printJson(removed);
   } else {

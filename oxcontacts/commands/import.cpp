@@ -101,20 +101,20 @@ void endWith(const vcard::ImportReport& report, bool reportWritten) {
 }
 
 // Groups come into any account, so that an export holds them; not every account's book shows them.
-void tellOfHiddenGroups(const Context& context, const ContainerPtr& account,
+void tellOfHiddenGroups(const Context& context, const CNContainerPtr& account,
                         const vcard::ImportReport& report) {
   if (report.groups == 0) return;
-  const auto book =
-      OxMacAddressBook::initWithContainer(std::make_shared<const CNContainer>(account));
+  const auto book = OxMacAddressBook::initWithContainer(account);
   if (book->canCreateGroup()) return;
-  context.tell(account->name + " shows no groups: " + counted(report.groups, "group card") +
-               " stay" + (report.groups == 1 ? "s" : "") + " out of sight");
+  context.tell(account->name().value_or("") +
+               " shows no groups: " + counted(report.groups, "group card") + " stay" +
+               (report.groups == 1 ? "s" : "") + " out of sight");
 }
 
 void importCards(const Context& context, Arguments arguments) {
   std::replace(arguments.files.begin(), arguments.files.end(), std::string("-"),
                std::string("/dev/stdin"));
-  const auto container = findAccount(arguments.into);
+  const auto account = findAccount(arguments.into);
   auto reportFile = reportFileFor(arguments);
   auto options = arguments.options;
   vcard::ImportReport report;
@@ -124,12 +124,12 @@ void importCards(const Context& context, Arguments arguments) {
     options.progress = [&](std::uint64_t done, std::uint64_t total) {
       if (total > 0) bar.show(100.0 * static_cast<double>(done) / static_cast<double>(total));
     };
-    report = vcard::importFiles(arguments.files, container->identifier, options);
+    report = vcard::importFiles(arguments.files, account->identifier().value_or(""), options);
   }
   // First of all: whoever reads what is printed may stop reading, which ends the program.
   const bool written = !reportFile || writeReport(*reportFile, reportJson(report));
   showProblems(context, report);
-  tellOfHiddenGroups(context, container, report);
+  tellOfHiddenGroups(context, account, report);
   if (context.json) {
     printJson(reportJson(report));
   } else {

@@ -4,13 +4,13 @@
 #include <filesystem>
 #include <mutex>
 
+#include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
+#include "ox/OxMacAddressBookSDK/admin/restored_tags.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
-#include "ox/platform/store/contact_source.hpp"
 #include "oxcontacts/book_file.hpp"
 #include "oxcontacts/commands/commands.hpp"
-#include "oxcontacts/edit/restored_tags.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/guarded_copy.hpp"
@@ -31,8 +31,7 @@ bool isTaken(const std::string& path) {
   return std::filesystem::exists(path) || std::filesystem::exists(path + ".tags");
 }
 
-// Beside the store, named after the time; the tags beside the copy. Both are complete before the
-// first one is put in its place.
+// Beside the store, named after the time; the tags beside the copy.
 std::string copyOfStore() {
   const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   std::tm parts{};
@@ -42,14 +41,9 @@ std::string copyOfStore() {
   const auto first = contactStorePath() + ".before-restore-" + time;
   auto path = first;
   for (int i = 2; isTaken(path); ++i) path = first + "-" + std::to_string(i);
-  GuardedCopy store(path);
-  store.copy->takeStore(contactStorePath());
-  if (std::filesystem::exists(tagStorePath())) {
-    GuardedCopy tags(path + ".tags");
-    tags.copy->takeDatabase(tagStorePath());
-    tags.copy->put();
-  }
-  store.copy->put();
+  GuardedCopy guarded(path);
+  guarded.copy->take();
+  guarded.copy->put();
   return path;
 }
 
@@ -81,17 +75,17 @@ void refuseLockedStore() {
   }
 }
 
-RecordKeys personsIn(const OxMacAddressBook& book) {
-  return contactSource().recordsIn(book.validContainerID().value_or(""), RecordKind::Person);
+std::vector<RecordKey> personsIn(const OxMacAddressBook& book) {
+  return recordsOfAccount(book.validContainerID().value_or(""), RecordKind::Person);
 }
 
-StoreCounts countsOf(const OxMacAddressBook& book) {
+RecordCounts countsOf(const OxMacAddressBook& book) {
   const auto container = book.validContainerID().value_or("");
-  return {contactSource().recordsIn(container, RecordKind::Group).size(), personsIn(book).size()};
+  return {recordsOfAccount(container, RecordKind::Group).size(), personsIn(book).size()};
 }
 
 // Throws unless the book holds what it should.
-void verify(const Context& context, const OxMacAddressBook& book, const StoreCounts& expected,
+void verify(const Context& context, const OxMacAddressBook& book, const RecordCounts& expected,
             const std::string& copy, std::uint64_t failuresBefore) {
   const auto keeps = "; the store as it was is in " + copy;
   if (failures::failureCount() != failuresBefore) {
@@ -131,7 +125,7 @@ void restore(const Context& context, const Arguments& arguments) {
   const auto failuresBefore = failures::failureCount();
   load(context, *book, file.data);
   if (failures::failureCount() == failuresBefore) {
-    settleTags(*book, before, file.tags);
+    settleRestoredTags(*book, before, file.tags);
     OxTagManager::makeDurable();
   }
   verify(context, *book, expected, copy, failuresBefore);

@@ -8,7 +8,7 @@
 namespace ox::program {
 namespace {
 
-void removeTags(const std::shared_ptr<ABRecord>& record) {
+void removeTagsOf(const std::shared_ptr<ABRecord>& record) {
   const auto person = hostPerson(record);
   if (!person) return;
   const auto manager = OxTagManager::tagManagerWithID(person->addressBookID());
@@ -19,10 +19,14 @@ bool removeAgain(const MadeRecords& made) {
   if (made.empty()) return true;
   const auto store = ABAddressBook::sharedAddressBook();
   for (const auto& record : made) {
-    removeTags(record);
+    removeTagsOf(record);
     store->removeRecord(record);
   }
   return store->save();
+}
+
+[[noreturn]] void refuseLosableTags() {
+  throw storeFailure("the tags may not survive a power cut");
 }
 
 std::string leftBehind(const MadeRecords& made) {
@@ -51,7 +55,18 @@ void giveUp(const MadeRecords& made) {
 }
 
 void saveTags() {
-  if (!OxTagManager::makeDurable()) throw storeFailure("the tags may not survive a power cut");
+  if (!OxTagManager::makeDurable()) refuseLosableTags();
+}
+
+void refuseTagsLeft(TagsToRemove::Outcome outcome) {
+  switch (outcome) {
+    case TagsToRemove::Outcome::Removed:
+      return;
+    case TagsToRemove::Outcome::Incomplete:
+      throw storeFailure("the persons are removed, but not all of their tags");
+    case TagsToRemove::Outcome::NotDurable:
+      refuseLosableTags();
+  }
 }
 
 bool saveEdits(const MadeRecords& made) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ox/OxMacAddressBookSDK/admin/tags_to_remove.hpp"
 #include "ox/platform/AddressBook/ABRecord.hpp"
 #include "oxcontacts/context.hpp"
 
@@ -23,6 +24,8 @@ using MadeRecords = std::vector<std::shared_ptr<ABRecord>>;
 bool saveEdits(const MadeRecords& made = {});
 // The tags alone, which are changed at once.
 void saveTags();
+// Throws a CommandError that says which tags of persons that are gone are left.
+void refuseTagsLeft(TagsToRemove::Outcome outcome);
 
 // Ends the command with storeFailure: forgets every unsaved change, removes what was made, with its
 // tags, and names what could not be removed.

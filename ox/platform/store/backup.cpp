@@ -1,5 +1,6 @@
 #include "ox/platform/store/backup.hpp"
 
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
@@ -68,10 +69,10 @@ void DatabaseCopy::take(sqlite::Connection& source, Look look) {
   });
 }
 
-StoreCounts DatabaseCopy::takeStore(const std::string& from) {
+RecordCounts DatabaseCopy::takeStore(const std::string& from) {
   auto source = openExistingStoreFile(from);
   refuseSameFile(from, target_);
-  StoreCounts counts;
+  RecordCounts counts;
   take(source, [&](sqlite::Connection& copy) {
     counts = {countOf(copy, RecordKind::Group), countOf(copy, RecordKind::Person)};
   });
@@ -107,7 +108,7 @@ void DatabaseCopy::put() {
   guarded([&] { file_->commit(); });
 }
 
-StoreCounts copyStore(const std::string& from, const std::string& to) {
+RecordCounts copyStore(const std::string& from, const std::string& to) {
   DatabaseCopy copy(to);
   const auto counts = copy.takeStore(from);
   copy.put();

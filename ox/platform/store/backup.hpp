@@ -1,18 +1,13 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 
 #include "ox/base/replacement_file.hpp"
 #include "ox/base/sqlite/connection.hpp"
+#include "ox/records/record_counts.hpp"
 
 namespace ox {
-
-struct StoreCounts {
-  std::uint64_t groups = 0;
-  std::uint64_t persons = 0;
-};
 
 // A copy of a store, or of the database of another kind that belongs to one, under a name of its
 // own beside the file that it is to replace; gone unless it is put there. Each step throws
@@ -25,7 +20,7 @@ class DatabaseCopy {
   // Where it lies until it is put in its place.
   const std::string& path() const { return file_->path(); }
   // Takes what is committed at one moment; the result is what a store holds.
-  StoreCounts takeStore(const std::string& from);
+  RecordCounts takeStore(const std::string& from);
   void takeDatabase(const std::string& from);
   // Fails when the target is a store that somebody uses: for whoever replaces several files.
   void settleTarget();
@@ -46,7 +41,7 @@ class DatabaseCopy {
 // do, and replaces the file `to` by it once it is complete and synced; the result is what the copy
 // holds. Throws StoreError, and `to` is as it was: no store at `from`, both are the same file, a
 // place that cannot be written, a copy that is not sound.
-StoreCounts copyStore(const std::string& from, const std::string& to);
+RecordCounts copyStore(const std::string& from, const std::string& to);
 
 // The same for the database of another kind that belongs to a store.
 void copyDatabase(const std::string& from, const std::string& to);

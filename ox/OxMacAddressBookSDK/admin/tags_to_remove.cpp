@@ -1,10 +1,9 @@
-#include "oxcontacts/edit/tags_to_remove.hpp"
+#include "ox/OxMacAddressBookSDK/admin/tags_to_remove.hpp"
 
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/base/failures.hpp"
-#include "oxcontacts/edit/saving.hpp"
 
-namespace ox::program {
+namespace ox {
 
 TagsToRemove::TagsToRemove(const std::vector<std::shared_ptr<_ABPerson>>& persons) {
   booksAndPersons_.reserve(persons.size());
@@ -13,16 +12,14 @@ TagsToRemove::TagsToRemove(const std::vector<std::shared_ptr<_ABPerson>>& person
   }
 }
 
-void TagsToRemove::remove() const {
+TagsToRemove::Outcome TagsToRemove::remove() const {
   const auto failures = failures::failureCount();
   for (const auto& [book, person] : booksAndPersons_) {
     const auto manager = OxTagManager::tagManagerWithID(book);
     if (manager && manager->tagsByPersonID(person)) manager->removeForPersonID(person);
   }
-  if (failures::failureCount() != failures) {
-    throw storeFailure("the persons are removed, but not all of their tags");
-  }
-  saveTags();
+  if (failures::failureCount() != failures) return Outcome::Incomplete;
+  return OxTagManager::makeDurable() ? Outcome::Removed : Outcome::NotDurable;
 }
 
-}  // namespace ox::program
+}  // namespace ox

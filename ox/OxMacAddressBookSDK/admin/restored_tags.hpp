@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "ox/platform/store/contact_source.hpp"
+#include "ox/base/record_key.hpp"
 
-namespace ox::program {
+namespace ox {
 
 // Of each person of a book, in order.
 using TagLists = std::vector<std::vector<std::string>>;
@@ -15,6 +15,7 @@ using TagLists = std::vector<std::vector<std::string>>;
 // book that held no record when the books were discovered is not among those that its new persons
 // find their tags through. `loaded` are the tags of those that were loaded. To be called after a
 // load without failures, before the book's persons change again.
-void settleTags(OxMacAddressBook& book, const RecordKeys& removed, const TagLists& loaded);
+void settleRestoredTags(OxMacAddressBook& book, const std::vector<RecordKey>& removed,
+                        const TagLists& loaded);
 
-}  // namespace ox::program
+}  // namespace ox

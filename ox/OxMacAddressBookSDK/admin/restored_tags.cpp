@@ -1,16 +1,17 @@
-#include "oxcontacts/edit/restored_tags.hpp"
+#include "ox/OxMacAddressBookSDK/admin/restored_tags.hpp"
 
 #include <algorithm>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 
-namespace ox::program {
+namespace ox {
 namespace {
 
 // The persons that the load made: one for each of the file's, behind what the cache held. Unlike
 // the store, the cache knows nothing of what other processes made meanwhile. Empty when fewer were
 // made.
-std::vector<PersonList::Person> madeByLoad(OxMacAddressBook& book, const RecordKeys& removed,
+std::vector<PersonList::Person> madeByLoad(OxMacAddressBook& book,
+                                           const std::vector<RecordKey>& removed,
                                            std::size_t count) {
   const auto cache = book.allPersons();
   auto persons = cache ? cache->snapshot() : std::vector<PersonList::Person>();
@@ -22,7 +23,8 @@ std::vector<PersonList::Person> madeByLoad(OxMacAddressBook& book, const RecordK
 
 }  // namespace
 
-void settleTags(OxMacAddressBook& book, const RecordKeys& removed, const TagLists& loaded) {
+void settleRestoredTags(OxMacAddressBook& book, const std::vector<RecordKey>& removed,
+                        const TagLists& loaded) {
   const auto& manager = book.tagManager();
   if (!manager) return;
   for (const auto& key : removed) {
@@ -36,4 +38,4 @@ void settleTags(OxMacAddressBook& book, const RecordKeys& removed, const TagList
   }
 }
 
-}  // namespace ox::program
+}  // namespace ox

@@ -1,17 +1,12 @@
-#include "oxcontacts/edit/restored_tags.hpp"
+#include "ox/OxMacAddressBookSDK/admin/restored_tags.hpp"
 
 #include <gtest/gtest.h>
 
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/support/second_process.hpp"
 
-namespace ox::program_tests {
+namespace ox::test {
 namespace {
-
-using test::bookNamed;
-using test::Reports;
-using test::savedData;
-using test::StoreBuilder;
 
 const support::SecondProcess addsAPerson("addsAPerson", [](const auto& arguments) {
   StoreBuilder().in(arguments.at(0)).person(arguments.at(1), {.first = "Intruder"});
@@ -22,7 +17,7 @@ const support::SecondProcess addsAPerson("addsAPerson", [](const auto& arguments
 std::string tagsIn(const OxMacAddressBook& book) {
   std::string text;
   for (const auto& key : contactSource().recordsIn(*book.validContainerID(), RecordKind::Person)) {
-    text += *test::person(key.text())->displayName() + '[';
+    text += *person(key.text())->displayName() + '[';
     const auto tags = book.tagManager()->tagsByPersonID(key.text());
     for (const auto& tag : tags.value_or(std::vector<std::string>())) text += tag + ' ';
     text += "] ";
@@ -36,8 +31,7 @@ TEST(RestoredTags, GoToThePersonsThatTheLoadMadeWhateverOthersAdd) {
       .person("b", {.first = "Ben"})
       .container("E:ABAccount", "Empty", 3);
   const auto data = savedData(bookNamed("_local"));
-  const auto book =
-      OxMacAddressBook::initWithContainer(test::containerOf("E:ABAccount", "Empty", 3));
+  const auto book = OxMacAddressBook::initWithContainer(containerOf("E:ABAccount", "Empty", 3));
   Reports run;
   book->loadWithData_progressBlock(data,
                                    [report = run.loadCallback()](double percent, bool finished) {
@@ -47,7 +41,7 @@ TEST(RestoredTags, GoToThePersonsThatTheLoadMadeWhateverOthersAdd) {
                                      report(percent, finished);
                                    });
   EXPECT_EQ(run.wait(), "0 25 50 50 100 100 100!");
-  program::settleTags(*book, {}, {{"sailing"}, {"chess", "tea"}});
+  settleRestoredTags(*book, {}, {{"sailing"}, {"chess", "tea"}});
   EXPECT_EQ(tagsIn(*book), "Ann[sailing ] Intruder[] Ben[chess tea ] ");
 }
 
@@ -56,8 +50,8 @@ TEST(RestoredTags, OfPersonsThatWereRemovedGo) {
   const auto book = bookNamed("_local");
   book->tagManager()->setTags_forPersonID(std::vector<std::string>{"old"}, "a");
   const auto data = savedData(book);
-  test::loaded(book, data);
-  program::settleTags(*book, {RecordKey::of("a")}, {{"new"}});
+  loaded(book, data);
+  settleRestoredTags(*book, {RecordKey::of("a")}, {{"new"}});
   EXPECT_EQ(tagsIn(*book), "Ann[new ] ");
   EXPECT_FALSE(book->tagManager()->tagsByPersonID("a"));
 }
@@ -65,10 +59,10 @@ TEST(RestoredTags, OfPersonsThatWereRemovedGo) {
 TEST(RestoredTags, GoToNobodyWhenFewerPersonsWereMade) {
   StoreBuilder().person("a", {.first = "Ann"});
   const auto book = bookNamed("_local");
-  test::loaded(book, savedData(book));
-  program::settleTags(*book, {RecordKey::of("a")}, {{"one"}, {"two"}});
+  loaded(book, savedData(book));
+  settleRestoredTags(*book, {RecordKey::of("a")}, {{"one"}, {"two"}});
   EXPECT_EQ(tagsIn(*book), "Ann[] ");
 }
 
 }  // namespace
-}  // namespace ox::program_tests
+}  // namespace ox::test

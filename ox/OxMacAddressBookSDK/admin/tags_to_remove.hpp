@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+
+namespace ox {
+
+// The tags of persons that are about to be removed other than by their book, which would forget the
+// tags itself. Whose they are must be asked while the persons are there, after the books were
+// discovered; taken away they must be when the persons are gone, for tags are removed at once. Used
+// by one thread at a time.
+class TagsToRemove {
+ public:
+  explicit TagsToRemove(const std::vector<std::shared_ptr<_ABPerson>>& persons);
+
+  enum class Outcome : std::uint8_t {
+    Removed,     // and a power cut would not bring them back
+    Incomplete,  // some of them could not be removed; the failure is counted
+    NotDurable,  // all are removed, but a power cut may bring them back; the failure is counted
+  };
+  [[nodiscard]] Outcome remove() const;
+
+ private:
+  std::vector<std::pair<Text, Text>> booksAndPersons_;
+};
+
+}  // namespace ox

@@ -1,0 +1,74 @@
+#include "ox/OxMacAddressBookSDK/admin/store_copy.hpp"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "ox/OxMacAddressBookSDK/admin/store_problems.hpp"
+#include "ox/base/sqlite/connection.hpp"
+#include "tests/OxMacAddressBookSDK/fixtures.hpp"
+
+namespace ox::test {
+namespace {
+
+using std::filesystem::exists;
+using support::temporaryPath;
+
+std::int64_t countIn(const std::string& path, const std::string& table) {
+  return sqlite::Connection(path, sqlite::Connection::Mode::ReadOnly)
+      .queryInteger("SELECT count(*) FROM " + table);
+}
+
+void tag(const std::string& person) {
+  OxTagManager::tagManagerWithID("_local")->addPersonID_forTag(person, "chess");
+}
+
+TEST(StoreCopy, HoldsTheStoreAndItsTagsOnceItIsPut) {
+  StoreBuilder().persons("p", 3).group("g", "Friends");
+  tag("p0");
+  const std::string target = temporaryPath("copy.db");
+  StoreCopy copy(target);
+  const auto files = copy.files();
+  ASSERT_EQ(files.size(), 2U);
+  EXPECT_EQ(copy.take(), (RecordCounts{1, 3}));
+  EXPECT_TRUE(exists(files[0]) && exists(files[1]));
+  EXPECT_FALSE(exists(target));
+  StoreBuilder().person("later", {});
+  copy.put();
+  EXPECT_EQ(countIn(target, "record"), 4);
+  EXPECT_EQ(countIn(target + ".tags", "tag"), 1);
+  EXPECT_FALSE(exists(files[0]) || exists(files[1]));
+}
+
+TEST(StoreCopy, TakesTheTagsOfAnEarlierCopyAwayWhenThereAreNone) {
+  StoreBuilder().person("p", {});
+  const std::string target = temporaryPath("copy.db");
+  support::temporaryFile("copy.db.tags", "old");
+  StoreCopy copy(target);
+  copy.take();
+  copy.put();
+  EXPECT_TRUE(exists(target));
+  EXPECT_FALSE(exists(target + ".tags"));
+}
+
+TEST(StoreCopy, LeavesNothingUnlessItIsPut) {
+  StoreBuilder().person("p", {});
+  const auto folder = temporaryPath("copies");
+  std::filesystem::create_directory(folder);
+  StoreCopy(folder / "copy.db").take();
+  EXPECT_TRUE(std::filesystem::is_empty(folder));
+}
+
+TEST(ProblemsOfStoreAndTags, AreThoseOfTheStoreAndOfTheTags) {
+  StoreBuilder().person("p", {});
+  EXPECT_EQ(problemsOfStoreAndTags(), std::vector<std::string>());
+  const auto& environment = support::StoreEnvironment::instance();
+  sqlite::Connection store(environment.contactStore(), sqlite::Connection::Mode::ReadWrite);
+  store.execute("UPDATE content SET fingerprint = fingerprint + 1");
+  ASSERT_EQ(support::temporaryFile("tags.db", "no tags at all"), environment.tagStore());
+  const std::vector<std::string> problems = {"p: its fingerprint is not that of its values",
+                                             "file is not a database"};
+  EXPECT_EQ(problemsOfStoreAndTags(), problems);
+}
+
+}  // namespace
+}  // namespace ox::test
