@@ -1,7 +1,7 @@
 #include "tests/faults/store_state.hpp"
 
 #include "ox/base/checksum.hpp"
-#include "ox/platform/store/check.hpp"
+#include "ox/platform/store/file/check.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "ox/records/fingerprint.hpp"
 

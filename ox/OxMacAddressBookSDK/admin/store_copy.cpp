@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "ox/base/store_location.hpp"
-#include "ox/platform/store/backup.hpp"
+#include "ox/platform/store/file/backup.hpp"
 
 namespace ox {
 

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "ox/base/failures.hpp"
-#include "ox/platform/store/circle.hpp"
-#include "ox/platform/store/contact_store.hpp"
-#include "ox/platform/store/pending_links.hpp"
-#include "ox/platform/store/pending_values.hpp"
+#include "ox/platform/store/committed/circle.hpp"
+#include "ox/platform/store/committed/contact_store.hpp"
+#include "ox/platform/store/unsaved/pending_links.hpp"
+#include "ox/platform/store/unsaved/pending_values.hpp"
 #include "ox/records/clean_text.hpp"
 #include "ox/records/entry_identity.hpp"
 

@@ -4,8 +4,8 @@
 #include <sys/stat.h>
 
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/check.hpp"
-#include "ox/platform/store/schema.hpp"
+#include "ox/platform/store/file/check.hpp"
+#include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "tests/support/store_environment.hpp"
 

@@ -1,4 +1,4 @@
-#include "ox/platform/store/record_index.hpp"
+#include "ox/platform/store/committed/record_index.hpp"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,4 +1,4 @@
-#include "ox/platform/store/pending_values.hpp"
+#include "ox/platform/store/unsaved/pending_values.hpp"
 
 #include <algorithm>
 

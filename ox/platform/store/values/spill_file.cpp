@@ -1,4 +1,4 @@
-#include "ox/platform/store/spill_file.hpp"
+#include "ox/platform/store/values/spill_file.hpp"
 
 #include <cerrno>
 #include <cstdlib>

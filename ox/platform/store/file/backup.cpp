@@ -1,4 +1,4 @@
-#include "ox/platform/store/backup.hpp"
+#include "ox/platform/store/file/backup.hpp"
 
 #include <cstdint>
 #include <filesystem>
@@ -6,7 +6,7 @@
 
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/changes.hpp"
-#include "ox/platform/store/schema.hpp"
+#include "ox/platform/store/file/schema.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {

@@ -6,8 +6,8 @@
 #include <unordered_set>
 #include <vector>
 
-#include "ox/platform/store/contact_store.hpp"
-#include "ox/platform/store/spill_file.hpp"
+#include "ox/platform/store/committed/contact_store.hpp"
+#include "ox/platform/store/values/spill_file.hpp"
 
 namespace ox {
 

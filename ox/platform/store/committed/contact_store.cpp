@@ -1,11 +1,11 @@
-#include "ox/platform/store/contact_store.hpp"
+#include "ox/platform/store/committed/contact_store.hpp"
 
 #include <ctime>
 
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/error.hpp"
-#include "ox/platform/store/schema.hpp"
-#include "ox/platform/store/statements.hpp"
+#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/file/statements.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/records/property_codec.hpp"
 

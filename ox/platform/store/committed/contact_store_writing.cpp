@@ -2,8 +2,8 @@
 #include <utility>
 
 #include "ox/base/checksum.hpp"
-#include "ox/platform/store/circle.hpp"
-#include "ox/platform/store/contact_store.hpp"
+#include "ox/platform/store/committed/circle.hpp"
+#include "ox/platform/store/committed/contact_store.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"

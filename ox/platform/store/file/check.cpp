@@ -1,12 +1,12 @@
-#include "ox/platform/store/check.hpp"
+#include "ox/platform/store/file/check.hpp"
 
 #include <string_view>
 
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/changes.hpp"
-#include "ox/platform/store/schema.hpp"
-#include "ox/platform/store/statements.hpp"
+#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/file/statements.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
 

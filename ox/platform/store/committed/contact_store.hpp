@@ -13,12 +13,12 @@
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/committed/generation_cache.hpp"
+#include "ox/platform/store/committed/record_index.hpp"
 #include "ox/platform/store/contact_source.hpp"
-#include "ox/platform/store/generation_cache.hpp"
-#include "ox/platform/store/record_index.hpp"
-#include "ox/platform/store/schema.hpp"
-#include "ox/platform/store/spill_file.hpp"
-#include "ox/platform/store/statements.hpp"
+#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/file/statements.hpp"
+#include "ox/platform/store/values/spill_file.hpp"
 
 namespace ox {
 

@@ -1,4 +1,4 @@
-#include "ox/platform/store/schema.hpp"
+#include "ox/platform/store/file/schema.hpp"
 
 #include <array>
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "ox/platform/store/statements.hpp"
+#include "ox/platform/store/file/statements.hpp"
 
 #include <array>
 #include <cstring>

@@ -1,8 +1,8 @@
-#include "ox/platform/store/pending_links.hpp"
+#include "ox/platform/store/unsaved/pending_links.hpp"
 
 #include <algorithm>
 
-#include "ox/platform/store/contact_store.hpp"
+#include "ox/platform/store/committed/contact_store.hpp"
 
 namespace ox {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "ox/base/sqlite/statement.hpp"
-#include "ox/platform/store/record_index.hpp"
+#include "ox/platform/store/committed/record_index.hpp"
 
 namespace ox {
 
