@@ -10,7 +10,7 @@
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/store_location.hpp"
-#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 #include "oxcontacts/arguments.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/context.hpp"

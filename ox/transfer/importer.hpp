@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 
 namespace ox::vcard {
 

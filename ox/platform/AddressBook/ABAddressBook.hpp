@@ -6,7 +6,7 @@
 
 #include "ox/platform/AddressBook/ABGroup.hpp"
 #include "ox/platform/AddressBook/ABPerson.hpp"
-#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/values/unsaved_changes.hpp"
 
 namespace ox {
 

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "ox/platform/Contacts/CNPredicate.hpp"
-#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/values/container_info.hpp"
 
 namespace ox {
 

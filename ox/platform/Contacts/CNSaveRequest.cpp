@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "ox/platform/Contacts/CNContactStore.hpp"
+#include "ox/platform/store/values/save_request.hpp"
 
 namespace ox {
 

@@ -6,9 +6,11 @@
 
 #include "ox/platform/Contacts/CNContact.hpp"
 #include "ox/platform/Contacts/CNGroup.hpp"
-#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/values/container_info.hpp"
 
 namespace ox {
+
+struct SaveRequest;
 
 // A set of changes for the container database, executed as one transaction by
 // CNContactStore::executeSaveRequest_error. Holds the contacts and groups given to it; their values

@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "ox/base/record_key.hpp"
-#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/values/record_entry.hpp"
+#include "ox/platform/store/values/save_request.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
@@ -19,10 +21,6 @@ struct RecordInfo {
   RecordKind kind = RecordKind::Person;
   ContainerPtr container;
 };
-
-// Records in creation order, members and sub-groups in the order of adding.
-using RecordKeys = std::vector<RecordKey>;
-using RecordKeysPtr = std::shared_ptr<const RecordKeys>;
 
 // Everything that the two views ask of the store that lies below them. The record view sees
 // committed rows and this process's unsaved changes; the container view sees committed rows only.

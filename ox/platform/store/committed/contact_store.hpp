@@ -12,37 +12,22 @@
 
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/base/sqlite/error.hpp"
-#include "ox/platform/store/changes.hpp"
 #include "ox/platform/store/committed/generation_cache.hpp"
 #include "ox/platform/store/committed/record_index.hpp"
-#include "ox/platform/store/contact_source.hpp"
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
-#include "ox/platform/store/values/spill_file.hpp"
+#include "ox/platform/store/values/container_info.hpp"
+#include "ox/platform/store/values/record_changes.hpp"
+#include "ox/platform/store/values/save_request.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {
-
-// What the record view wants written: the latest value of each changed property (missing: removed),
-// pictures, removals and links.
-struct RecordEdit {
-  RecordKey key;
-  RecordKind kind = RecordKind::Person;
-  std::vector<std::pair<PropertyId, PropertyValue>> values;
-  std::optional<SpillableData> image;
-};
-
-struct RecordChanges {
-  std::vector<RecordEdit> edits;
-  std::vector<RecordKey> removals;
-  std::vector<Link> removedLinks;
-  std::vector<Link> addedLinks;
-};
 
 // The committed rows of one store file. Everything is opened, loaded and prepared when it is first
 // needed. Used by one thread at a time; every operation throws StoreError when the file fails.
 class ContactStore {
  public:
-  using Entry = RecordIndex::Entry;
+  using Entry = RecordEntry;
 
   explicit ContactStore(std::string path);
   ~ContactStore();

@@ -110,7 +110,7 @@ bool ContactStore::execute(SaveRequest& request) {
       }
       for (const auto& link : request.removedLinks) removeLink(link, writing);
       for (auto& link : request.links) {
-        const auto refused = addLink(link, writing);
+        const auto refused = addLink({link.group, link.child}, writing);
         if (!refused.empty() && !leavesOut) throw Refused(refused);
         link.leftOut = !refused.empty();
       }

@@ -61,8 +61,8 @@ const RecordIndex::Entry* RecordIndex::find(const RecordKey& key) const {
   return &entries_[position - 1];
 }
 
-std::vector<RecordKey> RecordIndex::all(RecordKind kind) const {
-  std::vector<RecordKey> keys;
+RecordKeys RecordIndex::all(RecordKind kind) const {
+  RecordKeys keys;
   keys.reserve(alive_);
   for (const auto& entry : entries_) {
     if (entry.alive && entry.kind == kind) keys.push_back(entry.key);
@@ -70,8 +70,8 @@ std::vector<RecordKey> RecordIndex::all(RecordKind kind) const {
   return keys;
 }
 
-std::vector<RecordKey> RecordIndex::inContainer(std::int32_t container, RecordKind kind) const {
-  std::vector<RecordKey> keys;
+RecordKeys RecordIndex::inContainer(std::int32_t container, RecordKind kind) const {
+  RecordKeys keys;
   const auto found = containers_.find(container);
   if (found == containers_.end()) return keys;
   keys.reserve(found->second.size());

@@ -4,7 +4,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "ox/base/record_key.hpp"
+#include "ox/platform/store/values/record_entry.hpp"
 
 namespace ox {
 
@@ -12,13 +12,7 @@ namespace ox {
 // "which container holds it" need, without a statement. Used under its owner's lock.
 class RecordIndex {
  public:
-  struct Entry {
-    RecordKey key;
-    std::int64_t row = 0;
-    std::int32_t container = 0;  // row of the container
-    RecordKind kind = RecordKind::Person;
-    bool alive = true;
-  };
+  using Entry = RecordEntry;
 
   void reserve(std::size_t records);
   // Rows must rise from call to call.
@@ -27,8 +21,8 @@ class RecordIndex {
   void removeRow(std::int64_t row);
   // Null when there is no such record. Borrowed until the next change.
   const Entry* find(const RecordKey& key) const;
-  std::vector<RecordKey> all(RecordKind kind) const;
-  std::vector<RecordKey> inContainer(std::int32_t container, RecordKind kind) const;
+  RecordKeys all(RecordKind kind) const;
+  RecordKeys inContainer(std::int32_t container, RecordKind kind) const;
   std::size_t size() const { return alive_; }
   void clear();
 

@@ -5,8 +5,8 @@
 #include <system_error>
 
 #include "ox/base/sqlite/error.hpp"
-#include "ox/platform/store/changes.hpp"
 #include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {

@@ -4,9 +4,9 @@
 
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/error.hpp"
-#include "ox/platform/store/changes.hpp"
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
 

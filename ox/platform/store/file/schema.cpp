@@ -14,7 +14,7 @@
 
 #include "ox/base/private_file.hpp"
 #include "ox/base/sqlite/error.hpp"
-#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {
 namespace {

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstring>
 
-#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {
 namespace {
@@ -119,8 +119,8 @@ RecordKey keyOfColumn(const sqlite::Statement& row, int column) {
   return key;
 }
 
-RecordIndex::Entry entryOfRow(const sqlite::Statement& row) {
-  RecordIndex::Entry entry;
+RecordEntry entryOfRow(const sqlite::Statement& row) {
+  RecordEntry entry;
   entry.row = row.integer(0);
   entry.key = keyOfColumn(row, 1);
   entry.kind = row.integer(2) == 0 ? RecordKind::Person : RecordKind::Group;

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "ox/base/sqlite/statement.hpp"
-#include "ox/platform/store/committed/record_index.hpp"
+#include "ox/platform/store/values/record_entry.hpp"
 
 namespace ox {
 
@@ -65,6 +65,6 @@ class StoredUid {
 RecordKey keyOfColumn(const sqlite::Statement& row, int column);
 
 // Of a row of id, uid, kind, container.
-RecordIndex::Entry entryOfRow(const sqlite::Statement& row);
+RecordEntry entryOfRow(const sqlite::Statement& row);
 
 }  // namespace ox

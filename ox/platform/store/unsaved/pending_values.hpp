@@ -6,8 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "ox/platform/store/committed/contact_store.hpp"
-#include "ox/platform/store/values/spill_file.hpp"
+#include "ox/platform/store/values/record_changes.hpp"
 
 namespace ox {
 

@@ -8,7 +8,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "ox/platform/store/changes.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {
 namespace {

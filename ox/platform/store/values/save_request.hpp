@@ -1,50 +1,17 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "ox/base/data.hpp"
 #include "ox/base/record_key.hpp"
+#include "ox/platform/store/values/container_info.hpp"
+#include "ox/platform/store/values/unsaved_changes.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
-
-struct ContainerInfo {
-  std::string identifier;
-  std::string name;
-  std::int32_t type = 0;  // 0 unassigned, 1 local, 2 Exchange, 3 CardDAV
-};
-using ContainerPtr = std::shared_ptr<const ContainerInfo>;
-
-// The store failed: it cannot be opened, read or written. kind() tells what a program may do about
-// it.
-class StoreError : public std::runtime_error {
- public:
-  enum class Kind { Busy, NotAStore, NewerSchema, Unavailable, Corrupt, Denied };
-
-  StoreError(Kind kind, const std::string& what) : std::runtime_error(what), kind_(kind) {}
-  Kind kind() const { return kind_; }
-
- private:
-  Kind kind_;
-};
-
-// The file can be read but one record of it cannot.
-class DamagedRecord : public StoreError {
- public:
-  explicit DamagedRecord(const std::string& what) : StoreError(Kind::Corrupt, what) {}
-};
-
-// A stored picture that cannot be read back.
-class ImageReadError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 // How far a store has come: equal as long as nobody, this process included, commits anything.
 struct StoreMoment {
@@ -73,15 +40,10 @@ struct ReplacedRecord {
   bool leftOut = false;  // see SaveRequest
 };
 
-struct Link {
+struct NewLink {
   RecordKey group;
   RecordKey child;
   bool leftOut = false;  // see SaveRequest
-};
-
-struct ContainerRemoval {
-  std::string identifier;
-  bool withRecords = false;  // false: refused while the container holds records
 };
 
 // One request of the container view: committed as one transaction, in the order of the lists.
@@ -90,7 +52,7 @@ struct SaveRequest {
   std::vector<NewRecord> additions;
   std::vector<ReplacedRecord> replacements;
   std::vector<Link> removedLinks;  // one that is not there is left alone
-  std::vector<Link> links;         // one that exists already is left alone
+  std::vector<NewLink> links;      // one that exists already is left alone
   std::vector<ContainerRemoval> removedContainers;
 
   // For a request that was put together from what the store held: from before it was looked at.
@@ -105,29 +67,6 @@ struct SaveRequest {
   WhenOutdated whenOutdated = WhenOutdated::Refuse;
 
   std::string reason;  // why nothing was written, when execute answers false
-};
-
-// What a save of the record view did.
-struct SaveReport {
-  bool done = false;
-  std::string reason;                // why not, when not done
-  std::vector<std::string> dropped;  // edits lost to a removal elsewhere, one sentence each
-};
-
-// What the record view holds that no save has written yet.
-struct UnsavedChanges {
-  struct Value {
-    RecordKey key;
-    PropertyId property;  // 0: the image
-  };
-  std::vector<Value> values;
-  std::vector<RecordKey> removals;
-  std::vector<Link> addedLinks;
-  std::vector<Link> removedLinks;
-
-  bool empty() const {
-    return values.empty() && removals.empty() && addedLinks.empty() && removedLinks.empty();
-  }
 };
 
 }  // namespace ox

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace ox {
+
+// One account of the store.
+struct ContainerInfo {
+  std::string identifier;
+  std::string name;
+  std::int32_t type = 0;  // 0 unassigned, 1 local, 2 Exchange, 3 CardDAV
+};
+using ContainerPtr = std::shared_ptr<const ContainerInfo>;
+
+// The wish to remove one.
+struct ContainerRemoval {
+  std::string identifier;
+  bool withRecords = false;  // false: refused while the container holds records
+};
+
+}  // namespace ox

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ox/base/record_key.hpp"
+#include "ox/records/property_bag.hpp"
+
+namespace ox {
+
+// A person or group that stands directly in a group.
+struct Link {
+  RecordKey group;
+  RecordKey child;
+};
+
+// What the record view holds that no save has written yet.
+struct UnsavedChanges {
+  struct Value {
+    RecordKey key;
+    PropertyId property;  // 0: the image
+  };
+  std::vector<Value> values;
+  std::vector<RecordKey> removals;
+  std::vector<Link> addedLinks;
+  std::vector<Link> removedLinks;
+
+  bool empty() const {
+    return values.empty() && removals.empty() && addedLinks.empty() && removedLinks.empty();
+  }
+};
+
+// What a save of the record view did.
+struct SaveReport {
+  bool done = false;
+  std::string reason;                // why not, when not done
+  std::vector<std::string> dropped;  // edits lost to a removal elsewhere, one sentence each
+};
+
+}  // namespace ox
