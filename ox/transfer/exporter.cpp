@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "ox/platform/store/contact_source.hpp"
 #include "ox/records/card_uid.hpp"
 
 namespace ox::vcard {
@@ -76,7 +77,7 @@ class Export {
     }
     std::vector<std::string> members;
     for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
-      const auto held = source_.children(key, kind);
+      const auto held = source_.committedChildren(key, kind);
       for (const auto& child : *held) {
         if (exported.contains(child)) members.push_back(uidOf(child));
       }
@@ -132,7 +133,7 @@ class Export {
     }
   }
 
-  ContactSource& source_ = contactSource();
+  ContainerSource& source_ = containerSource();
   CardVersion version_;
   const CardSink& sink_;
   ExportReport report_;

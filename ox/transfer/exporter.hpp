@@ -4,7 +4,7 @@
 #include <functional>
 #include <string_view>
 
-#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/values/record_keys.hpp"
 #include "ox/vcard/write/writer.hpp"
 
 namespace ox::vcard {

@@ -183,7 +183,7 @@ void GroupImport::findStored(Group& group) {
 }
 
 bool GroupImport::holdsAllPersons(const Group& group, const RecordKey& stored) {
-  const auto held = source_.children(stored, RecordKind::Person);
+  const auto held = source_.committedChildren(stored, RecordKind::Person);
   const std::unordered_set<RecordKey> members(held->begin(), held->end());
   return std::all_of(group.persons.begin(), group.persons.end(),
                      [&](const RecordKey& person) { return members.contains(person); });
@@ -248,7 +248,7 @@ void GroupImport::collectStored(const Group& group, SaveRequest& request) {
   for (const auto& child : group.subgroups) {
     if (child != kNoGroup) nestedKeys.push_back(groups_[child].key);
   }
-  const auto children = source_.children(group.key, RecordKind::Group);
+  const auto children = source_.committedChildren(group.key, RecordKind::Group);
   const std::unordered_set<RecordKey> held(children->begin(), children->end());
   std::erase_if(nestedKeys, [&](const RecordKey& child) { return held.contains(child); });
   const bool sameMembers = nestedKeys.empty() && holdsAllPersons(group, group.key);
@@ -269,7 +269,7 @@ RecordKeys GroupImport::unnamedMembers(const Group& group, RecordKind kind) {
     if (child != kNoGroup) named.insert(groups_[child].key);
   }
   RecordKeys unnamed;
-  const auto held = source_.children(group.key, kind);
+  const auto held = source_.committedChildren(group.key, kind);
   for (const auto& child : *held) {
     if (!named.contains(child)) unnamed.push_back(child);
   }
@@ -311,7 +311,7 @@ bool GroupImport::isBelow(const RecordKey& group, const RecordKey& top) {
     const auto visit = [&](const RecordKey& child) {
       if (seen.insert(child).second) open.push_back(child);
     };
-    const auto below = source_.children(key, RecordKind::Group);
+    const auto below = source_.committedChildren(key, RecordKind::Group);
     const auto removed = removed_.find(key);
     for (const auto& child : *below) {
       if (removed == removed_.end() || !removed->second.contains(child)) visit(child);

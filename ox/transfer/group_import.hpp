@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/container_source.hpp"
 #include "ox/transfer/importer.hpp"
 #include "ox/vcard/read/card.hpp"
 
@@ -20,7 +20,7 @@ class GroupImport {
   // Group cards that are kept; what comes after is refused, so that no input fills the memory.
   static constexpr std::size_t kMaxBytes = 256U << 20U;
 
-  GroupImport(ContactSource& source, std::string container, const ImportOptions& options,
+  GroupImport(ContainerSource& source, std::string container, const ImportOptions& options,
               ImportReport& report)
       : source_(source), container_(std::move(container)), options_(options), report_(report) {}
 
@@ -64,7 +64,7 @@ class GroupImport {
   // True when the group is the other one, or lies somewhere below it.
   bool isBelow(const RecordKey& group, const RecordKey& top);
 
-  ContactSource& source_;
+  ContainerSource& source_;
   std::string container_;
   const ImportOptions& options_;
   ImportReport& report_;

@@ -21,8 +21,8 @@ class Import {
   Import(const std::string& container, const ImportOptions& options, ImportReport& report)
       : options_(options),
         report_(report),
-        persons_(contactSource(), container, options, report),
-        groups_(contactSource(), container, options, report) {}
+        persons_(containerSource(), container, options, report),
+        groups_(containerSource(), container, options, report) {}
 
   void setTotal(std::uint64_t bytes) { total_ = bytes; }
 
@@ -141,7 +141,7 @@ void makeDurable(ImportReport& report) {
   const bool wrote = report.added + report.updated + report.groups > 0;
   if (!wrote && !report.failure.empty()) return;
   try {
-    contactSource().checkpoint();
+    containerSource().checkpoint();
   } catch (const std::exception& error) {
     if (report.failure.empty()) return fail(report, error);
     report.failure += "; what was committed may not survive a power cut: ";

@@ -45,7 +45,7 @@ bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& im
   return false;
 }
 
-PersonImport::PersonImport(ContactSource& source, std::string container,
+PersonImport::PersonImport(ContainerSource& source, std::string container,
                            const ImportOptions& options, ImportReport& report)
     : source_(source),
       container_(std::move(container)),

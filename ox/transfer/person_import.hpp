@@ -7,7 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/container_source.hpp"
 #include "ox/transfer/importer.hpp"
 #include "ox/vcard/read/card.hpp"
 
@@ -24,7 +24,7 @@ class PersonImport {
   static constexpr std::size_t kBatchCards = 5000;
   static constexpr std::size_t kBatchBytes = 64U << 20U;
 
-  PersonImport(ContactSource& source, std::string container, const ImportOptions& options,
+  PersonImport(ContainerSource& source, std::string container, const ImportOptions& options,
                ImportReport& report);
 
   // The fingerprint is that of the card's content. Takes from the card what it keeps; the name of
@@ -66,7 +66,7 @@ class PersonImport {
   std::vector<LeftOut> writeBatch();
   std::vector<LeftOut> takeLeftOut();
 
-  ContactSource& source_;
+  ContainerSource& source_;
   std::string container_;
   const ImportOptions& options_;
   ImportReport& report_;

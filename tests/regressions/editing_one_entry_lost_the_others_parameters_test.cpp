@@ -5,6 +5,7 @@
 
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/AddressBook/ABMultiValue.hpp"
+#include "ox/platform/store/contact_source.hpp"
 #include "ox/transfer/exporter.hpp"
 #include "ox/transfer/importer.hpp"
 #include "tests/support/store_environment.hpp"

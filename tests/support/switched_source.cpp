@@ -139,6 +139,12 @@ std::optional<RecordInfo> SwitchedSource::record(std::string_view identifier) {
   return real_->record(identifier);
 }
 
+std::optional<RecordInfo> SwitchedSource::record(const RecordKey& key) {
+  count(&SourceCounts::record);
+  if (isIn(&SwitchedSource::hiddenFromRecords_, key.text())) return std::nullopt;
+  return real_->record(key);
+}
+
 PropertyValue SwitchedSource::value(const RecordKey& key, PropertyId property) {
   {
     const std::scoped_lock hold(lock_);
@@ -234,6 +240,12 @@ ContainerPtr SwitchedSource::containerOf(std::string_view identifier, RecordKind
   return real_->containerOf(identifier, kind);
 }
 
+ContainerPtr SwitchedSource::containerOf(const RecordKey& key, RecordKind kind) {
+  enterContainerView(&SourceCounts::containerOf);
+  if (isIn(&SwitchedSource::hiddenFromContainers_, key.text())) return nullptr;
+  return real_->containerOf(key, kind);
+}
+
 ContainerPtr SwitchedSource::containerNamed(std::string_view identifier) {
   enterContainerView(&SourceCounts::containerNamed);
   return real_->containerNamed(identifier);
@@ -261,6 +273,12 @@ std::uint64_t SwitchedSource::committedFingerprint(const RecordKey& key) {
   enterContainerView(&SourceCounts::committedFingerprint);
   if (isIn(&SwitchedSource::hiddenFromContainers_, key.text())) return 0;
   return real_->committedFingerprint(key);
+}
+
+RecordKeysPtr SwitchedSource::committedChildren(const RecordKey& group, RecordKind kind) {
+  enterContainerView(&SourceCounts::committedChildren);
+  return std::make_shared<const RecordKeys>(
+      without(&SwitchedSource::hiddenFromContainers_, *real_->committedChildren(group, kind)));
 }
 
 StoreMoment SwitchedSource::moment() {

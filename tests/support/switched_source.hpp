@@ -13,7 +13,7 @@
 
 namespace ox::support {
 
-// How often each operation of the source was called.
+// How often each operation of the source was called, by key or by identifier.
 struct SourceCounts {
   std::uint64_t records = 0;
   std::uint64_t record = 0;
@@ -37,6 +37,7 @@ struct SourceCounts {
   std::uint64_t committedValues = 0;
   std::uint64_t committedImage = 0;
   std::uint64_t committedFingerprint = 0;
+  std::uint64_t committedChildren = 0;
   std::uint64_t moment = 0;
   std::uint64_t execute = 0;
   std::uint64_t recordsWithCardUid = 0;
@@ -82,6 +83,7 @@ class SwitchedSource : public ContactSource {
 
   RecordKeys records(RecordKind kind) override;
   std::optional<RecordInfo> record(std::string_view identifier) override;
+  std::optional<RecordInfo> record(const RecordKey& key) override;
   PropertyValue value(const RecordKey& key, PropertyId property) override;
   bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                 PropertyValue value) override;
@@ -99,11 +101,13 @@ class SwitchedSource : public ContactSource {
 
   std::vector<ContainerPtr> containers() override;
   ContainerPtr containerOf(std::string_view identifier, RecordKind kind) override;
+  ContainerPtr containerOf(const RecordKey& key, RecordKind kind) override;
   ContainerPtr containerNamed(std::string_view identifier) override;
   RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind) override;
   std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) override;
   Data committedImage(const RecordKey& key) override;
   std::uint64_t committedFingerprint(const RecordKey& key) override;
+  RecordKeysPtr committedChildren(const RecordKey& group, RecordKind kind) override;
   StoreMoment moment() override;
   bool execute(SaveRequest& request) override;
   RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,

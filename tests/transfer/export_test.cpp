@@ -254,6 +254,15 @@ TEST(Import, LosesNoMemberWhenItsRequestIsRefused) {
   EXPECT_EQ(*source.children(groups[1], RecordKind::Person), RecordKeys{before[1]});
 }
 
+TEST(Export, NamesNoMemberThatNobodySaved) {
+  build();
+  const auto persons = contactSource().recordsIn(kLocal, RecordKind::Person);
+  const auto groups = contactSource().recordsIn(kLocal, RecordKind::Group);
+  const auto saved = exported(CardVersion::V40);
+  ASSERT_TRUE(contactSource().link(groups[0], persons[0], RecordKind::Person));
+  EXPECT_EQ(exported(CardVersion::V40), saved);
+}
+
 TEST(Export, EndsWhereTheSinkSays) {
   const auto keys = buildMany(500, 10);
   std::uint64_t given = 0;

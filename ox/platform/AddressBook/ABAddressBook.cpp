@@ -14,6 +14,12 @@ std::atomic<std::uint64_t>& reverts() {
   return count;
 }
 
+std::shared_ptr<ABRecord> liveRecord(const std::optional<RecordInfo>& record) {
+  if (!record) return nullptr;
+  if (record->kind == RecordKind::Person) return record_map::person(record->key);
+  return record_map::group(record->key);
+}
+
 }  // namespace
 
 std::shared_ptr<ABAddressBook> ABAddressBook::sharedAddressBook() {
@@ -22,26 +28,25 @@ std::shared_ptr<ABAddressBook> ABAddressBook::sharedAddressBook() {
 }
 
 std::vector<std::shared_ptr<ABPerson>> ABAddressBook::people() {
-  return answer([] { return record_map::persons(contactSource().records(RecordKind::Person)); });
+  return answer([] { return record_map::persons(recordSource().records(RecordKind::Person)); });
 }
 
 std::vector<std::shared_ptr<ABGroup>> ABAddressBook::groups() {
-  return answer([] { return record_map::groups(contactSource().records(RecordKind::Group)); });
+  return answer([] { return record_map::groups(recordSource().records(RecordKind::Group)); });
 }
 
 std::shared_ptr<ABRecord> ABAddressBook::recordForUniqueId(TextView uniqueId) {
   if (!uniqueId) return nullptr;
-  return answer([&]() -> std::shared_ptr<ABRecord> {
-    const auto record = contactSource().record(*uniqueId);
-    if (!record) return nullptr;
-    if (record->kind == RecordKind::Person) return record_map::person(record->key);
-    return record_map::group(record->key);
-  });
+  return answer([&] { return liveRecord(recordSource().record(*uniqueId)); });
+}
+
+std::shared_ptr<ABRecord> ABAddressBook::recordForKey(const RecordKey& key) {
+  return answer([&] { return liveRecord(recordSource().record(key)); });
 }
 
 bool ABAddressBook::removeRecord(const std::shared_ptr<ABRecord>& record) {
   if (!record) return false;
-  return answer([&] { return contactSource().remove(record->key(), record->kind()); });
+  return answer([&] { return recordSource().remove(record->key(), record->kind()); });
 }
 
 bool ABAddressBook::save() {
@@ -51,7 +56,7 @@ bool ABAddressBook::save() {
 SaveReport ABAddressBook::saveAndReturnError() {
   SaveReport report;
   try {
-    report = contactSource().save();
+    report = recordSource().save();
   } catch (const std::exception& error) {
     report.reason = error.what();
   }
@@ -65,12 +70,12 @@ bool ABAddressBook::hasUnsavedChanges() {
 }
 
 UnsavedChanges ABAddressBook::unsavedChanges() {
-  return answer([] { return contactSource().unsavedChanges(); });
+  return answer([] { return recordSource().unsavedChanges(); });
 }
 
 void ABAddressBook::revert() {
   ++reverts();
-  contactSource().revert();
+  recordSource().revert();
   ++reverts();
 }
 

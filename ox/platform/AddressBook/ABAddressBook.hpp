@@ -22,6 +22,8 @@ class ABAddressBook {
   std::vector<std::shared_ptr<ABGroup>> groups();
   // Null when there is no such record, or it was removed.
   std::shared_ptr<ABRecord> recordForUniqueId(TextView uniqueId);
+  // The same for whoever has the key at hand.
+  std::shared_ptr<ABRecord> recordForKey(const RecordKey& key);
   // Marks the record and its links as removed; the store follows at the save. False when refused.
   bool removeRecord(const std::shared_ptr<ABRecord>& record);
 

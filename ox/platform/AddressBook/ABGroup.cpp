@@ -8,32 +8,32 @@ namespace ox {
 
 std::vector<std::shared_ptr<ABPerson>> ABGroup::members() const {
   return answer(
-      [&] { return record_map::persons(*contactSource().children(key(), RecordKind::Person)); });
+      [&] { return record_map::persons(*recordSource().children(key(), RecordKind::Person)); });
 }
 
 std::vector<std::shared_ptr<ABGroup>> ABGroup::subgroups() const {
   return answer(
-      [&] { return record_map::groups(*contactSource().children(key(), RecordKind::Group)); });
+      [&] { return record_map::groups(*recordSource().children(key(), RecordKind::Group)); });
 }
 
 bool ABGroup::addMember(const std::shared_ptr<ABPerson>& person) {
   if (!person) return false;
-  return answer([&] { return contactSource().link(key(), person->key(), RecordKind::Person); });
+  return answer([&] { return recordSource().link(key(), person->key(), RecordKind::Person); });
 }
 
 bool ABGroup::removeMember(const std::shared_ptr<ABPerson>& person) {
   if (!person) return false;
-  return answer([&] { return contactSource().unlink(key(), person->key(), RecordKind::Person); });
+  return answer([&] { return recordSource().unlink(key(), person->key(), RecordKind::Person); });
 }
 
 bool ABGroup::addSubgroup(const std::shared_ptr<ABGroup>& group) {
   if (!group) return false;
-  return answer([&] { return contactSource().link(key(), group->key(), RecordKind::Group); });
+  return answer([&] { return recordSource().link(key(), group->key(), RecordKind::Group); });
 }
 
 bool ABGroup::removeSubgroup(const std::shared_ptr<ABGroup>& group) {
   if (!group) return false;
-  return answer([&] { return contactSource().unlink(key(), group->key(), RecordKind::Group); });
+  return answer([&] { return recordSource().unlink(key(), group->key(), RecordKind::Group); });
 }
 
 }  // namespace ox

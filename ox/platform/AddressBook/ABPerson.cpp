@@ -35,7 +35,7 @@ ABPropertyType ABPerson::typeOfProperty(TextView property) {
 
 Data ABPerson::imageData() const {
   try {
-    return contactSource().imageData(key());
+    return recordSource().imageData(key());
   } catch (const ImageReadError& error) {
     failures::countFailure(error.what());
     throw;
@@ -46,12 +46,12 @@ Data ABPerson::imageData() const {
 }
 
 bool ABPerson::setImageData(Data image) {
-  return answer([&] { return contactSource().setImageData(key(), std::move(image)); });
+  return answer([&] { return recordSource().setImageData(key(), std::move(image)); });
 }
 
 Data ABPerson::vCardRepresentation() const {
   return answer([&]() -> Data {
-    auto& source = contactSource();
+    auto& source = recordSource();
     PropertyBag values;
     const auto take = [&](PropertyId property) {
       auto value = source.value(key(), property);

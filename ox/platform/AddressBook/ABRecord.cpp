@@ -20,12 +20,12 @@ Text ABRecord::uniqueId() const {
 PropertyValue ABRecord::valueForProperty(TextView property) const {
   const auto id = property ? property_table::idOf(kind(), *property) : PropertyId{0};
   if (id == 0) return {};
-  return answer([&] { return contactSource().value(key_, id); });
+  return answer([&] { return recordSource().value(key_, id); });
 }
 
 bool ABRecord::setValue_forProperty(PropertyValue value, TextView property) {
   const auto id = property ? property_table::idOf(kind(), *property) : PropertyId{0};
-  return answer([&] { return contactSource().setValue(key_, kind(), id, std::move(value)); });
+  return answer([&] { return recordSource().setValue(key_, kind(), id, std::move(value)); });
 }
 
 bool ABRecord::removeValueForProperty(TextView property) {
@@ -33,11 +33,11 @@ bool ABRecord::removeValueForProperty(TextView property) {
 }
 
 Text ABRecord::description() const {
-  return answer([&]() -> Text { return contactSource().description(key_, kind()); });
+  return answer([&]() -> Text { return recordSource().description(key_, kind()); });
 }
 
 std::vector<std::shared_ptr<ABGroup>> ABRecord::parentGroups() const {
-  return answer([&] { return record_map::groups(*contactSource().parents(key_)); });
+  return answer([&] { return record_map::groups(*recordSource().parents(key_)); });
 }
 
 }  // namespace ox

@@ -5,7 +5,7 @@
 
 #include "ox/platform/AddressBook/ABGroup.hpp"
 #include "ox/platform/AddressBook/ABPerson.hpp"
-#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/values/record_keys.hpp"
 
 // The identity map: one live object for each stored record, owned by whoever holds it. Safe from
 // any thread.

@@ -26,14 +26,20 @@ auto answer(std::string* error, Question question) -> decltype(question()) {
 
 std::vector<ContainerPtr> containersFor(const CNPredicate& predicate) {
   std::vector<ContainerPtr> found;
+  const auto kind =
+      predicate.kind == Kind::ContainerOfContact ? RecordKind::Person : RecordKind::Group;
+  if (!predicate.key.isNone()) {
+    if (auto container = containerSource().containerOf(predicate.key, kind)) {
+      found.push_back(std::move(container));
+    }
+  }
   for (const auto& identifier : predicate.identifiers) {
     ContainerPtr container;
-    if (predicate.kind == Kind::ContainerOfContact) {
-      container = contactSource().containerOf(identifier, RecordKind::Person);
-    } else if (predicate.kind == Kind::ContainerOfGroup) {
-      container = contactSource().containerOf(identifier, RecordKind::Group);
-    } else if (predicate.kind == Kind::ContainersWithIdentifiers) {
-      container = contactSource().containerNamed(identifier);
+    if (predicate.kind == Kind::ContainersWithIdentifiers) {
+      container = containerSource().containerNamed(identifier);
+    } else if (predicate.kind == Kind::ContainerOfContact ||
+               predicate.kind == Kind::ContainerOfGroup) {
+      container = containerSource().containerOf(identifier, kind);
     }
     if (container) found.push_back(std::move(container));
   }
@@ -49,9 +55,9 @@ RecordKeys keysFor(const CNPredicate& predicate, RecordKind kind) {
   RecordKeys keys;
   for (const auto& identifier : predicate.identifiers) {
     if (byContainer) {
-      const auto held = contactSource().recordsIn(identifier, kind);
+      const auto held = containerSource().recordsIn(identifier, kind);
       keys.insert(keys.end(), held.begin(), held.end());
-    } else if (byId && contactSource().containerOf(identifier, kind)) {
+    } else if (byId && containerSource().containerOf(identifier, kind)) {
       keys.push_back(RecordKey::of(identifier));
     }
   }
@@ -68,7 +74,7 @@ std::vector<CNContainerPtr> CNContactStore::containersMatchingPredicate_error(
     const std::optional<CNPredicate>& predicate, std::string* error) {
   return answer(error, [&] {
     std::vector<CNContainerPtr> containers;
-    for (auto& info : predicate ? containersFor(*predicate) : contactSource().containers()) {
+    for (auto& info : predicate ? containersFor(*predicate) : containerSource().containers()) {
       containers.push_back(std::make_shared<const CNContainer>(std::move(info)));
     }
     return containers;
@@ -77,9 +83,9 @@ std::vector<CNContainerPtr> CNContactStore::containersMatchingPredicate_error(
 
 void CNContactStore::fetchValues(CNContact& contact) {
   answer(nullptr, [&] {
-    const auto values = contactSource().committedValues(contact.key_);
+    const auto values = containerSource().committedValues(contact.key_);
     if (!values) return;
-    contact.image_ = contactSource().committedImage(contact.key_);
+    contact.image_ = containerSource().committedImage(contact.key_);
     contact.properties_ = *values;
     contact.hasValues_ = true;
   });
@@ -105,15 +111,15 @@ std::vector<CNGroupPtr> CNContactStore::groupsMatchingPredicate_error(
     if (predicate) {
       keys = keysFor(*predicate, RecordKind::Group);
     } else {
-      for (const auto& container : contactSource().containers()) {
-        const auto held = contactSource().recordsIn(container->identifier, RecordKind::Group);
+      for (const auto& container : containerSource().containers()) {
+        const auto held = containerSource().recordsIn(container->identifier, RecordKind::Group);
         keys.insert(keys.end(), held.begin(), held.end());
       }
     }
     std::vector<CNGroupPtr> groups;
     for (const auto& key : keys) {
       std::shared_ptr<CNGroup> group(new CNGroup(key));
-      if (const auto values = contactSource().committedValues(key)) group->properties_ = *values;
+      if (const auto values = containerSource().committedValues(key)) group->properties_ = *values;
       groups.push_back(std::move(group));
     }
     return groups;
@@ -124,7 +130,7 @@ bool CNContactStore::executeSaveRequest_error(CNSaveRequest& request, std::strin
   return answer(error, [&] {
     auto collected = request.collect();
     const auto refused = request.refusal();
-    if (!refused && contactSource().execute(collected)) {
+    if (!refused && containerSource().execute(collected)) {
       request.takeKeys(collected);
       return true;
     }

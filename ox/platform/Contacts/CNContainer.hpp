@@ -23,7 +23,9 @@ class CNContainer {
   Text name() const { return info_->name; }
   std::int32_t type() const { return info_->type; }
 
-  // The container that holds that contact or group; all containers of those identifiers.
+  // The container that holds that contact or group, by identifier or as a record at hand; all
+  // containers of those identifiers.
+  static CNPredicate predicateForContainerOfRecord(const RecordKey& key, RecordKind kind);
   static CNPredicate predicateForContainerOfContactWithIdentifier(TextView identifier);
   static CNPredicate predicateForContainerOfGroupWithIdentifier(TextView identifier);
   static CNPredicate predicateForContainersWithIdentifiers(std::vector<std::string> identifiers);

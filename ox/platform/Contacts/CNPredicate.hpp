@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "ox/base/record_key.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
@@ -23,9 +24,11 @@ struct CNPredicate {
 
   Kind kind;
   std::vector<std::string> identifiers;  // a missing identifier leaves the list empty
+  // Instead of an identifier: a record at hand need not be looked for by its text.
+  RecordKey key = {};
 
   static CNPredicate one(Kind kind, TextView identifier) {
-    CNPredicate predicate{kind, {}};
+    CNPredicate predicate{kind, {}, {}};
     if (identifier) predicate.identifiers.emplace_back(*identifier);
     return predicate;
   }

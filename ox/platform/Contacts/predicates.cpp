@@ -16,9 +16,13 @@ CNPredicate CNContainer::predicateForContainerOfGroupWithIdentifier(TextView ide
   return CNPredicate::one(Kind::ContainerOfGroup, identifier);
 }
 
+CNPredicate CNContainer::predicateForContainerOfRecord(const RecordKey& key, RecordKind kind) {
+  return {kind == RecordKind::Person ? Kind::ContainerOfContact : Kind::ContainerOfGroup, {}, key};
+}
+
 CNPredicate CNContainer::predicateForContainersWithIdentifiers(
     std::vector<std::string> identifiers) {
-  return {Kind::ContainersWithIdentifiers, std::move(identifiers)};
+  return {Kind::ContainersWithIdentifiers, std::move(identifiers), {}};
 }
 
 CNPredicate CNContact::predicateForContactsInContainerWithIdentifier(TextView identifier) {
@@ -26,7 +30,7 @@ CNPredicate CNContact::predicateForContactsInContainerWithIdentifier(TextView id
 }
 
 CNPredicate CNContact::predicateForContactsWithIdentifiers(std::vector<std::string> identifiers) {
-  return {Kind::ContactsWithIdentifiers, std::move(identifiers)};
+  return {Kind::ContactsWithIdentifiers, std::move(identifiers), {}};
 }
 
 CNPredicate CNGroup::predicateForGroupsInContainerWithIdentifier(TextView identifier) {
@@ -34,7 +38,7 @@ CNPredicate CNGroup::predicateForGroupsInContainerWithIdentifier(TextView identi
 }
 
 CNPredicate CNGroup::predicateForGroupsWithIdentifiers(std::vector<std::string> identifiers) {
-  return {Kind::GroupsWithIdentifiers, std::move(identifiers)};
+  return {Kind::GroupsWithIdentifiers, std::move(identifiers), {}};
 }
 
 }  // namespace ox

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/store_source.hpp"

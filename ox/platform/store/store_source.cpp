@@ -39,12 +39,10 @@ class StoreSource final : public ContactSource {
   }
 
   std::optional<RecordInfo> record(std::string_view identifier) override {
-    const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
-    const auto entry = store_.find(identifier);
-    if (!entry || values_.isRemoved(entry->key)) return std::nullopt;
-    return RecordInfo{entry->key, entry->kind, store_.container(entry->container)};
+    return visibleRecord(identifier);
   }
+
+  std::optional<RecordInfo> record(const RecordKey& key) override { return visibleRecord(key); }
 
   PropertyValue value(const RecordKey& key, PropertyId property) override {
     const std::lock_guard lock(mutex_);
@@ -203,15 +201,11 @@ class StoreSource final : public ContactSource {
   }
 
   ContainerPtr containerOf(std::string_view identifier, RecordKind kind) override {
-    const std::lock_guard lock(mutex_);
-    // A record never changes its container, so only a record that is not known is looked for anew.
-    store_.refresh(Look::AtMostEvery10ms);
-    auto entry = store_.find(identifier);
-    if (!entry) {
-      store_.refresh(Look::Now);
-      entry = store_.find(identifier);
-    }
-    return entry && entry->kind == kind ? store_.container(entry->container) : nullptr;
+    return containerThatHolds(identifier, kind);
+  }
+
+  ContainerPtr containerOf(const RecordKey& key, RecordKind kind) override {
+    return containerThatHolds(key, kind);
   }
 
   ContainerPtr containerNamed(std::string_view identifier) override {
@@ -242,6 +236,12 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::AtMostEvery10ms);
     return store_.image(key);
+  }
+
+  RecordKeysPtr committedChildren(const RecordKey& group, RecordKind kind) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    return store_.children(group, kind);
   }
 
   StoreMoment moment() override {
@@ -280,6 +280,29 @@ class StoreSource final : public ContactSource {
   }
 
  private:
+  // By key or by identifier; so is the container below.
+  template <typename Id>
+  std::optional<RecordInfo> visibleRecord(const Id& id) {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    const auto entry = store_.find(id);
+    if (!entry || values_.isRemoved(entry->key)) return std::nullopt;
+    return RecordInfo{entry->key, entry->kind, store_.container(entry->container)};
+  }
+
+  template <typename Id>
+  ContainerPtr containerThatHolds(const Id& id, RecordKind kind) {
+    const std::lock_guard lock(mutex_);
+    // A record never changes its container, so only a record that is not known is looked for anew.
+    store_.refresh(Look::AtMostEvery10ms);
+    auto entry = store_.find(id);
+    if (!entry) {
+      store_.refresh(Look::Now);
+      entry = store_.find(id);
+    }
+    return entry && entry->kind == kind ? store_.container(entry->container) : nullptr;
+  }
+
   static void keepIdentifiers(const PropertyValue& before, PropertyValue& now) {
     const auto* old = std::get_if<MultiValuePtr>(&before);
     auto* entries = std::get_if<MultiValuePtr>(&now);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ox/platform/store/values/record_entry.hpp"
+#include "ox/platform/store/values/record_keys.hpp"
 
 namespace ox {
 

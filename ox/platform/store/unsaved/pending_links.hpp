@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "ox/platform/store/values/record_entry.hpp"
+#include "ox/platform/store/values/record_keys.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
 
 namespace ox {

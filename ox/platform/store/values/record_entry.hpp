@@ -1,16 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 #include "ox/base/record_key.hpp"
 
 namespace ox {
-
-// Records in creation order, members and sub-groups in the order of adding.
-using RecordKeys = std::vector<RecordKey>;
-using RecordKeysPtr = std::shared_ptr<const RecordKeys>;
 
 // What the store file knows of a record without its values. Rows rise in the order of creation and
 // are never used again; the container is given by its row.

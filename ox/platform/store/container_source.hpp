@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "ox/base/data.hpp"
+#include "ox/platform/store/values/container_info.hpp"
+#include "ox/platform/store/values/record_keys.hpp"
+#include "ox/platform/store/values/save_request.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+#include "ox/records/property_bag.hpp"
+
+namespace ox {
+
+// What the container view, import and export ask of the store below them: committed rows only,
+// whatever this process has not saved. Every operation is safe from any thread and throws
+// StoreError when the store itself fails.
+class ContainerSource {
+ public:
+  ContainerSource() = default;
+  ContainerSource(const ContainerSource&) = delete;
+  ContainerSource& operator=(const ContainerSource&) = delete;
+  virtual ~ContainerSource() = default;
+
+  virtual std::vector<ContainerPtr> containers() = 0;
+  // Null when no container holds such a record.
+  virtual ContainerPtr containerOf(std::string_view identifier, RecordKind kind) = 0;
+  virtual ContainerPtr containerOf(const RecordKey& key, RecordKind kind) = 0;
+  // By exact identifier, else the one container whose standard id equals the text; else null.
+  virtual ContainerPtr containerNamed(std::string_view identifier) = 0;
+  virtual RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind) = 0;
+  // Null when there is no such record.
+  virtual std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) = 0;
+  virtual Data committedImage(const RecordKey& key) = 0;
+  // contentFingerprint of the committed values and picture, without reading them; 0 when there is
+  // no such record.
+  virtual std::uint64_t committedFingerprint(const RecordKey& key) = 0;
+  // The members or sub-groups of a group.
+  virtual RecordKeysPtr committedChildren(const RecordKey& group, RecordKind kind) = 0;
+  // How far the store has come, looked for now.
+  virtual StoreMoment moment() = 0;
+  // Whole, but for what the request lets be left out, or not at all. Additions whose identifier is
+  // taken get a new one, written into the request. False with a reason in the request when nothing
+  // was written.
+  virtual bool execute(SaveRequest& request) = 0;
+  // Records of a container that came from a card with that UID, with or without "urn:uuid:", in
+  // creation order; else the one that an export gives that UID because it has no other
+  // (uidOfRecord).
+  virtual RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
+                                        std::string_view uid) = 0;
+  // Those whose content has that fingerprint (ox/records/fingerprint.hpp), in creation order.
+  virtual RecordKeys recordsWithFingerprint(std::string_view containerIdentifier, RecordKind kind,
+                                            std::uint64_t fingerprint) = 0;
+  // Returns when everything committed so far would survive a power cut.
+  virtual void checkpoint() = 0;
+};
+
+}  // namespace ox

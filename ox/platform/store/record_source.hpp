@@ -1,0 +1,57 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ox/base/data.hpp"
+#include "ox/platform/store/values/container_info.hpp"
+#include "ox/platform/store/values/record_keys.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+#include "ox/platform/store/values/unsaved_changes.hpp"
+#include "ox/records/property_bag.hpp"
+
+namespace ox {
+
+// What is known of a stored record without its values.
+struct RecordInfo {
+  RecordKey key;
+  RecordKind kind = RecordKind::Person;
+  ContainerPtr container;
+};
+
+// What the record view asks of the store below it, which answers with the committed rows and this
+// process's unsaved changes. Every operation is safe from any thread and throws StoreError when the
+// store itself fails; a refused edit is counted (ox/base/failures.hpp) and answers false.
+class RecordSource {
+ public:
+  RecordSource() = default;
+  RecordSource(const RecordSource&) = delete;
+  RecordSource& operator=(const RecordSource&) = delete;
+  virtual ~RecordSource() = default;
+
+  virtual RecordKeys records(RecordKind kind) = 0;
+  // Missing when there is no such record or it was removed, unsaved removals included.
+  virtual std::optional<RecordInfo> record(std::string_view identifier) = 0;
+  virtual std::optional<RecordInfo> record(const RecordKey& key) = 0;
+  // A removed record keeps its values until the save; a missing object afterwards.
+  virtual PropertyValue value(const RecordKey& key, PropertyId property) = 0;
+  virtual bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
+                        PropertyValue value) = 0;
+  // Null without an image. May throw ImageReadError.
+  virtual Data imageData(const RecordKey& key) = 0;
+  virtual bool setImageData(const RecordKey& key, Data image) = 0;
+  virtual RecordKeysPtr children(const RecordKey& group, RecordKind kind) = 0;
+  virtual RecordKeysPtr parents(const RecordKey& record) = 0;
+  // Refused: a link that exists already, crosses containers or closes a circle.
+  virtual bool link(const RecordKey& group, const RecordKey& child, RecordKind childKind) = 0;
+  virtual bool unlink(const RecordKey& group, const RecordKey& child, RecordKind childKind) = 0;
+  virtual bool remove(const RecordKey& key, RecordKind kind) = 0;
+  // The record as text, for people and for finding the store file it lies in.
+  virtual std::string description(const RecordKey& key, RecordKind kind) = 0;
+  virtual SaveReport save() = 0;
+  virtual UnsavedChanges unsavedChanges() = 0;
+  virtual void revert() = 0;
+};
+
+}  // namespace ox
