@@ -16,22 +16,24 @@
 namespace ox {
 namespace {
 
-using Look = ContactStore::Look;
+using Look = CommittedRecords::Look;
 
 bool refuse(const std::string& reason) {
   failures::countRefusal(reason);
   return false;
 }
 
-// The store and this process's unsaved changes behind one lock.
+// The store and this process's unsaved changes behind one lock. An unsaved change that equals what
+// is committed is dropped, so that setting a value and setting it back leaves nothing to save.
 class StoreSource final : public ContactSource {
  public:
-  explicit StoreSource(std::string path) : store_(std::move(path)), links_(store_) {}
+  explicit StoreSource(std::string path)
+      : store_(std::move(path)), committed_(store_.committed()), links_(committed_) {}
 
   RecordKeys records(RecordKind kind) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
-    auto keys = store_.records(kind);
+    committed_.refresh(Look::Now);
+    auto keys = committed_.records(kind);
     if (values_.hasRemovals()) {
       std::erase_if(keys, [this](const RecordKey& key) { return values_.isRemoved(key); });
     }
@@ -46,7 +48,7 @@ class StoreSource final : public ContactSource {
 
   PropertyValue value(const RecordKey& key, PropertyId property) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
+    committed_.refresh(Look::AtMostEvery10ms);
     return visibleValue(key, property);
   }
 
@@ -60,7 +62,7 @@ class StoreSource final : public ContactSource {
     if (isMissing(value)) value = Object();  // whatever the spelling
     cleanText(value);
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
+    committed_.refresh(Look::AtMostEvery10ms);
     if (!isWritable(key)) return refuse("there is no record " + key.text());
     const auto visible = visibleValue(key, property);
     if (looksTheSame(visible, value)) return true;
@@ -75,13 +77,13 @@ class StoreSource final : public ContactSource {
 
   Data imageData(const RecordKey& key) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
+    committed_.refresh(Look::AtMostEvery10ms);
     return visibleImage(key);
   }
 
   bool setImageData(const RecordKey& key, Data image) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
+    committed_.refresh(Look::AtMostEvery10ms);
     if (!isWritable(key)) return refuse("there is no record " + key.text());
     if (isPicture(&StoreSource::visibleImage, key, image)) return true;
     if (isPicture(&StoreSource::savedImage, key, image)) {
@@ -94,22 +96,22 @@ class StoreSource final : public ContactSource {
 
   RecordKeysPtr children(const RecordKey& group, RecordKind kind) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
+    committed_.refresh(Look::Now);
     return links_.children(group, kind);
   }
 
   RecordKeysPtr parents(const RecordKey& record) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
+    committed_.refresh(Look::Now);
     return values_.isRemoved(record) ? std::make_shared<const RecordKeys>()
                                      : links_.parents(record);
   }
 
   bool link(const RecordKey& group, const RecordKey& child, RecordKind childKind) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
-    const auto parent = store_.find(group);
-    const auto below = store_.find(child);
+    committed_.refresh(Look::AtMostEvery10ms);
+    const auto parent = committed_.find(group);
+    const auto below = committed_.find(child);
     if (!parent || !isWritable(group)) return refuse("there is no group " + group.text());
     if (!below || !isWritable(child)) return refuse("there is no record " + child.text());
     if (parent->container != below->container) return refuse("the link would cross accounts");
@@ -123,7 +125,7 @@ class StoreSource final : public ContactSource {
 
   bool unlink(const RecordKey& group, const RecordKey& child, RecordKind childKind) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
+    committed_.refresh(Look::AtMostEvery10ms);
     if (!isWritable(group)) return refuse("there is no group " + group.text());
     if (!links_.isLinked(group, child, childKind)) return false;  // nothing to take away
     links_.remove(group, child, childKind);
@@ -132,7 +134,7 @@ class StoreSource final : public ContactSource {
 
   bool remove(const RecordKey& key, RecordKind) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
+    committed_.refresh(Look::Now);
     if (!isWritable(key)) return refuse("there is no record " + key.text());
     links_.forgetRecord(key);
     values_.remove(key);
@@ -145,8 +147,8 @@ class StoreSource final : public ContactSource {
     text += key.text() + ")\n  stored in: ";
     text += std::filesystem::path(store_.path()).parent_path().string();
     text += "/Library/Application Support/AddressBook/";
-    const auto entry = store_.find(key);
-    const auto container = entry ? store_.container(entry->container) : nullptr;
+    const auto entry = committed_.find(key);
+    const auto container = entry ? committed_.containers().inRow(entry->container) : nullptr;
     if (container && container->type != 1) {
       text += "Sources/" + standardContainerId(container->identifier) + "/";
     }
@@ -196,8 +198,8 @@ class StoreSource final : public ContactSource {
 
   std::vector<ContainerPtr> containers() override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
-    return store_.containers();
+    committed_.refresh(Look::Now);
+    return committed_.containers().all();
   }
 
   ContainerPtr containerOf(std::string_view identifier, RecordKind kind) override {
@@ -210,44 +212,45 @@ class StoreSource final : public ContactSource {
 
   ContainerPtr containerNamed(std::string_view identifier) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
-    return store_.containerNamed(identifier);
+    committed_.refresh(Look::Now);
+    auto& containers = committed_.containers();
+    return containers.inRow(containers.rowOf(identifier));
   }
 
   RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
-    return store_.recordsIn(containerIdentifier, kind);
+    committed_.refresh(Look::Now);
+    return committed_.recordsIn(containerIdentifier, kind);
   }
 
   std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
-    return store_.values(key);
+    committed_.refresh(Look::AtMostEvery10ms);
+    return committed_.values(key);
   }
 
   std::uint64_t committedFingerprint(const RecordKey& key) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
-    return store_.fingerprint(key);
+    committed_.refresh(Look::AtMostEvery10ms);
+    return committed_.fingerprint(key);
   }
 
   Data committedImage(const RecordKey& key) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::AtMostEvery10ms);
-    return store_.image(key);
+    committed_.refresh(Look::AtMostEvery10ms);
+    return committed_.image(key);
   }
 
   RecordKeysPtr committedChildren(const RecordKey& group, RecordKind kind) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
-    return store_.children(group, kind);
+    committed_.refresh(Look::Now);
+    return committed_.children(group, kind);
   }
 
   StoreMoment moment() override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
-    return store_.moment();
+    committed_.refresh(Look::Now);
+    return committed_.moment();
   }
 
   bool execute(SaveRequest& request) override {
@@ -263,15 +266,15 @@ class StoreSource final : public ContactSource {
   RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
                                 std::string_view uid) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
-    return store_.withCardUid(containerIdentifier, kind, uid);
+    committed_.refresh(Look::Now);
+    return committed_.withCardUid(containerIdentifier, kind, uid);
   }
 
   RecordKeys recordsWithFingerprint(std::string_view containerIdentifier, RecordKind kind,
                                     std::uint64_t fingerprint) override {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
-    return store_.withFingerprint(containerIdentifier, kind, fingerprint);
+    committed_.refresh(Look::Now);
+    return committed_.withFingerprint(containerIdentifier, kind, fingerprint);
   }
 
   void checkpoint() override {
@@ -284,23 +287,23 @@ class StoreSource final : public ContactSource {
   template <typename Id>
   std::optional<RecordInfo> visibleRecord(const Id& id) {
     const std::lock_guard lock(mutex_);
-    store_.refresh(Look::Now);
-    const auto entry = store_.find(id);
+    committed_.refresh(Look::Now);
+    const auto entry = committed_.find(id);
     if (!entry || values_.isRemoved(entry->key)) return std::nullopt;
-    return RecordInfo{entry->key, entry->kind, store_.container(entry->container)};
+    return RecordInfo{entry->key, entry->kind, committed_.containers().inRow(entry->container)};
   }
 
   template <typename Id>
   ContainerPtr containerThatHolds(const Id& id, RecordKind kind) {
     const std::lock_guard lock(mutex_);
     // A record never changes its container, so only a record that is not known is looked for anew.
-    store_.refresh(Look::AtMostEvery10ms);
-    auto entry = store_.find(id);
+    committed_.refresh(Look::AtMostEvery10ms);
+    auto entry = committed_.find(id);
     if (!entry) {
-      store_.refresh(Look::Now);
-      entry = store_.find(id);
+      committed_.refresh(Look::Now);
+      entry = committed_.find(id);
     }
-    return entry && entry->kind == kind ? store_.container(entry->container) : nullptr;
+    return entry && entry->kind == kind ? committed_.containers().inRow(entry->container) : nullptr;
   }
 
   static void keepIdentifiers(const PropertyValue& before, PropertyValue& now) {
@@ -327,7 +330,7 @@ class StoreSource final : public ContactSource {
   }
 
   PropertyValue committedValue(const RecordKey& key, PropertyId property) {
-    const auto values = store_.values(key);
+    const auto values = committed_.values(key);
     const auto* value = values ? values->find(property) : nullptr;
     return value != nullptr ? *value : PropertyValue();
   }
@@ -339,14 +342,15 @@ class StoreSource final : public ContactSource {
     return committedValue(key, property);
   }
 
-  Data savedImage(const RecordKey& key) { return store_.image(key); }
+  Data savedImage(const RecordKey& key) { return committed_.image(key); }
 
   Data visibleImage(const RecordKey& key) {
     if (auto unsaved = values_.image(key)) return std::move(*unsaved);
-    return store_.image(key);
+    return committed_.image(key);
   }
 
-  // A damaged picture is no picture's equal: a new one takes its place, and it is not none either.
+  // A damaged picture equals no other one, so that a new one takes its place; nor does it equal
+  // having none, so that it can be removed.
   bool isPicture(Data (StoreSource::*read)(const RecordKey&), const RecordKey& key,
                  const Data& image) {
     try {
@@ -357,7 +361,7 @@ class StoreSource final : public ContactSource {
   }
 
   bool isWritable(const RecordKey& key) {
-    return !values_.isRemoved(key) && store_.find(key).has_value();
+    return !values_.isRemoved(key) && committed_.find(key).has_value();
   }
 
   bool wouldBeBelowItself(const RecordKey& group, const RecordKey& child) {
@@ -368,6 +372,7 @@ class StoreSource final : public ContactSource {
 
   std::mutex mutex_;
   ContactStore store_;
+  CommittedRecords& committed_;
   PendingValues values_;
   PendingLinks links_;
 };

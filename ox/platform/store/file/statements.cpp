@@ -48,7 +48,6 @@ constexpr std::array kStatements = {
     Row{Sql::SetNextRecord, "UPDATE counter SET next_record = ?1"},
     Row{Sql::InsertContainer, "INSERT INTO container(identifier, name, type) VALUES(?1, ?2, ?3)"},
     Row{Sql::DeleteContainer, "DELETE FROM container WHERE id = ?1"},
-    Row{Sql::CountInContainer, "SELECT count(*) FROM record WHERE container = ?1"},
     Row{Sql::RecordsOfContainer,
         "SELECT id, uid, kind, container FROM record WHERE container = ?1 ORDER BY id"},
     Row{Sql::InsertRecord,

@@ -9,7 +9,7 @@
 
 namespace ox {
 
-// Every statement that ContactStore prepares.
+// Every statement that is prepared once and kept.
 enum class Sql : std::uint8_t {
   DataVersion,
   CustomProperties,
@@ -30,7 +30,6 @@ enum class Sql : std::uint8_t {
   SetNextRecord,
   InsertContainer,
   DeleteContainer,
-  CountInContainer,
   RecordsOfContainer,
   InsertRecord,
   DeleteRecord,

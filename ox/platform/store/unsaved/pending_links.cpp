@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ox/platform/store/committed/contact_store.hpp"
+#include "ox/platform/store/committed/committed_records.hpp"
 
 namespace ox {
 
@@ -29,8 +29,8 @@ void PendingLinks::List::closeHoles() {
 }
 
 void PendingLinks::followStore() {
-  if (seenGeneration_ == store_.linkGeneration()) return;
-  seenGeneration_ = store_.linkGeneration();
+  if (seenGeneration_ == committed_.linkGeneration()) return;
+  seenGeneration_ = committed_.linkGeneration();
   memberLists_.clear();
   groupLists_.clear();
 }
@@ -41,7 +41,7 @@ PendingLinks::List& PendingLinks::list(const RecordKey& group, RecordKind kind) 
   const auto found = known.find(group);
   if (found != known.end()) return found->second;
   List made;
-  const auto committed = store_.children(group, kind);
+  const auto committed = committed_.children(group, kind);
   for (const auto& child : *committed) {
     if (!removed_.contains({group, child}) && !goneRecords_.contains(child)) {
       made.append(child, true);
@@ -109,7 +109,8 @@ void PendingLinks::forgetRecord(const RecordKey& key) {
 RecordKeysPtr PendingLinks::children(const RecordKey& group, RecordKind kind) {
   followStore();
   if (goneRecords_.contains(group)) return std::make_shared<const RecordKeys>();
-  if (goneRecords_.empty() && !editedGroups_.contains(group)) return store_.children(group, kind);
+  if (goneRecords_.empty() && !editedGroups_.contains(group))
+    return committed_.children(group, kind);
   auto& known = list(group, kind);
   if (!known.snapshot) {
     known.closeHoles();
@@ -120,7 +121,7 @@ RecordKeysPtr PendingLinks::children(const RecordKey& group, RecordKind kind) {
 
 RecordKeysPtr PendingLinks::parents(const RecordKey& child) {
   followStore();
-  auto committed = store_.parents(child);
+  auto committed = committed_.parents(child);
   if (empty() && goneRecords_.empty()) return committed;
   auto keys = std::make_shared<RecordKeys>();
   for (const auto& group : *committed) {

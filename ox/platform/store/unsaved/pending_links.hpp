@@ -11,14 +11,14 @@
 
 namespace ox {
 
-class ContactStore;
+class CommittedRecords;
 
 // Unsaved link edits of the record view, and the lists of members and sub-groups as that view sees
 // them. Every edit costs the same however long the lists are; a list is put together anew only when
 // it is asked for after an edit. Used under its owner's lock.
 class PendingLinks {
  public:
-  explicit PendingLinks(ContactStore& store) : store_(store) {}
+  explicit PendingLinks(CommittedRecords& committed) : committed_(committed) {}
 
   bool isLinked(const RecordKey& group, const RecordKey& child, RecordKind childKind);
   // The link must not exist (must exist) in the record view.
@@ -83,7 +83,7 @@ class PendingLinks {
   void followStore();
   std::vector<Link> inOrder(const Edits& edits) const;
 
-  ContactStore& store_;
+  CommittedRecords& committed_;
   std::uint64_t seenGeneration_ = 0;
   std::uint64_t nextEdit_ = 1;
   Edits added_;

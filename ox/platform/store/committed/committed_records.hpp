@@ -1,0 +1,108 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ox/base/data.hpp"
+#include "ox/platform/store/committed/container_list.hpp"
+#include "ox/platform/store/committed/generation_cache.hpp"
+#include "ox/platform/store/committed/record_index.hpp"
+#include "ox/platform/store/file/store_file.hpp"
+#include "ox/platform/store/values/record_keys.hpp"
+#include "ox/platform/store/values/save_request.hpp"
+#include "ox/records/property_bag.hpp"
+
+namespace ox {
+
+// What a transaction has written, for the memory to follow once it is committed.
+struct WrittenRecords {
+  std::vector<RecordEntry> added;  // rows rise
+  std::vector<std::int64_t> removedRows;
+  std::vector<RecordKey> changedValues;  // of removed records too
+  bool linksChanged = false;
+};
+
+// The committed rows of one store file as this process knows them: an index of all records once
+// somebody lists, and bounded caches of values and links. What other processes commit is looked for
+// when the caller says refresh; until then everything is as of the last look. Used by one thread at
+// a time; every operation throws StoreError when the file fails.
+class CommittedRecords {
+ public:
+  using Entry = RecordEntry;
+
+  explicit CommittedRecords(StoreFile& file);
+
+  // Whether other processes have committed is looked for now, or only when the last look is older
+  // than 10 ms.
+  enum class Look { Now, AtMostEvery10ms };
+  void refresh(Look look);
+  // As of the last look.
+  StoreMoment moment() const { return {seenVersion_, commits_}; }
+  // Rises whenever committed links may have changed, by whomever.
+  std::uint64_t linkGeneration() const { return linkGeneration_; }
+
+  ContainerList& containers() { return containers_; }
+  RecordKeys records(RecordKind kind);
+  RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind);
+  std::optional<Entry> find(std::string_view identifier);
+  std::optional<Entry> find(const RecordKey& key);
+  // Null when there is no such record.
+  std::shared_ptr<const PropertyBag> values(const RecordKey& key);
+  // 0 when there is no such record.
+  std::uint64_t fingerprint(const RecordKey& key);
+  // Null without a picture; throws ImageReadError when its bytes are damaged.
+  Data image(const RecordKey& key);
+  RecordKeysPtr children(const RecordKey& group, RecordKind kind);
+  RecordKeysPtr parents(const RecordKey& record);
+  RecordKeys withCardUid(std::string_view containerIdentifier, RecordKind kind,
+                         std::string_view uid);
+  RecordKeys withFingerprint(std::string_view containerIdentifier, RecordKind kind,
+                             std::uint64_t fingerprint);
+
+  // For whoever writes. This process has committed something.
+  void noteCommit() { ++commits_; }
+  // What was written is committed.
+  void follow(const WrittenRecords& written);
+  // What was written is rolled back: forgets what may have been read of it in between.
+  void forgetUncommitted();
+
+ private:
+  void loadIndex();
+  void readRecordsAfter(std::int64_t row);
+  void readNews();
+  void forgetLinks();
+  void forgetValues();
+  std::shared_ptr<const PropertyBag> readStored(const RecordKey& key, Entry entry);
+  std::shared_ptr<const PropertyBag> readValues(const Entry& entry, std::int64_t count);
+  PropertyBag decodeNaming(const RecordKey& key, std::string_view bytes);
+  RecordKeys keysOf(sqlite::Statement& rows, std::int32_t container, RecordKind kind);
+  RecordKeysPtr linkedKeys(Sql which, const RecordKey& key, std::optional<RecordKind> kind);
+
+  StoreFile& file_;
+
+  std::int64_t seenVersion_ = -1;  // data_version at the last look
+  std::uint64_t commits_ = 0;      // of ours, that changed something
+  std::int64_t seenRow_ = 0;       // the last record in the index
+  std::int64_t seenRemoval_ = 0;
+  std::int64_t lastLook_ = -1;  // in milliseconds of a coarse clock
+  std::uint64_t linkGeneration_ = 1;
+
+  ContainerList containers_;
+  bool indexLoaded_ = false;
+  RecordIndex index_;
+
+  // The record read last, in front of the cache: properties are read one after another.
+  RecordKey lastKey_;
+  std::shared_ptr<const PropertyBag> lastValues_;
+  std::int64_t lastMissedRow_ = INT64_MIN / 2;
+  GenerationCache<RecordKey, std::shared_ptr<const PropertyBag>> values_;
+  GenerationCache<RecordKey, RecordKeysPtr> memberLists_;
+  GenerationCache<RecordKey, RecordKeysPtr> subgroupLists_;
+  GenerationCache<RecordKey, RecordKeysPtr> parentLists_;
+};
+
+}  // namespace ox

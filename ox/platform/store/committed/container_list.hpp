@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "ox/platform/store/file/store_file.hpp"
+#include "ox/platform/store/values/container_info.hpp"
+
+namespace ox {
+
+// The committed containers, read when they are first asked for and after each forget(). Used by one
+// thread at a time; throws StoreError when the file fails.
+class ContainerList {
+ public:
+  explicit ContainerList(StoreFile& file) : file_(file) {}
+
+  // The local one first, then in creation order.
+  const std::vector<ContainerPtr>& all();
+  // Null when there is none in that row.
+  ContainerPtr inRow(std::int32_t row);
+  // By exact identifier, else the one container whose standard id equals the text; 0 without one.
+  std::int32_t rowOf(std::string_view identifier);
+  void forget() { loaded_ = false; }
+
+ private:
+  void load();
+
+  StoreFile& file_;
+  bool loaded_ = false;
+  std::vector<ContainerPtr> all_;
+  std::unordered_map<std::int32_t, ContainerPtr> byRow_;
+};
+
+// The identifier with every ":ABAccount" taken out.
+std::string standardContainerId(std::string_view identifier);
+
+}  // namespace ox

@@ -1,0 +1,81 @@
+#include "ox/platform/store/file/store_file.hpp"
+
+#include <cassert>
+#include <utility>
+
+namespace ox {
+
+StoreFile::~StoreFile() {
+  statements_.clear();  // a statement must go before its connection does
+}
+
+sqlite::Connection& StoreFile::connection() {
+  if (connection_.handle() != nullptr) return connection_;
+  auto opened = openStoreFile(path_);
+  auto rows = opened.prepare(sqlOf(Sql::CustomProperties));
+  while (rows.step()) {
+    const auto id = property_table::add(rows.text(0), static_cast<ABPropertyType>(rows.integer(1)));
+    if (id != 0) writtenCustomProperties_.insert(id);
+  }
+  // Only now does the file count as open: had the properties not been read, the next try would have
+  // to read them, since values in it may be of these properties.
+  connection_ = std::move(opened);
+  return connection_;
+}
+
+sqlite::Statement& StoreFile::statement(Sql which) {
+  assert(which < Sql::Count);
+  if (statements_.empty()) statements_.resize(static_cast<std::size_t>(Sql::Count));
+  auto& prepared = statements_[static_cast<std::size_t>(which)];
+  if (!prepared) prepared = connection().prepare(sqlOf(which));
+  return prepared;
+}
+
+void StoreFile::letCommits(Outlive outlive) {
+  if (outlive == outlive_) return;
+  connection().execute(outlive == Outlive::PowerCut ? "PRAGMA synchronous=FULL"
+                                                    : "PRAGMA synchronous=NORMAL");
+  outlive_ = outlive;
+}
+
+void StoreFile::noteCommit() {
+  // The log is one file: a commit that waited for the disk has taken along every commit before it.
+  unsynced_ = outlive_ == Outlive::Kill;
+}
+
+void StoreFile::sync() {
+  if (!unsynced_) return;
+  assert(connection_.handle() != nullptr);
+  syncWriteAheadLog(connection_);
+  unsynced_ = false;
+}
+
+void StoreFile::checkpoint() {
+  guarded([&] {
+    auto& file = connection();
+    syncWriteAheadLog(file);
+    unsynced_ = false;
+    file.execute("PRAGMA synchronous=FULL");
+    outlive_ = Outlive::PowerCut;
+    try {
+      file.queryInteger("PRAGMA wal_checkpoint(TRUNCATE)");
+    } catch (const sqlite::Error&) {
+      // There is no room, or a reader is in the way. What was committed stays in the log, where it
+      // is as safe, and SQLite tries again by itself.
+    }
+  });
+}
+
+void StoreFile::writeCustomProperties(const PropertyBag& properties) {
+  // Custom properties have the highest numbers, and a bag is ordered by number.
+  for (auto entry = properties.entries().rbegin();
+       entry != properties.entries().rend() && entry->first >= kFirstCustomProperty; ++entry) {
+    if (!writtenCustomProperties_.insert(entry->first).second) continue;
+    statement(Sql::InsertCustomProperty)
+        .bindText(1, property_table::nameOf(entry->first))
+        .bind(2, property_table::typeOf(entry->first))
+        .run();
+  }
+}
+
+}  // namespace ox

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/base/sqlite/error.hpp"
+#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/file/statements.hpp"
+#include "ox/records/property_bag.hpp"
+
+namespace ox {
+
+// One store file: its connection, opened when first needed, its prepared statements, and how safe
+// its commits are. Used by one thread at a time.
+class StoreFile {
+ public:
+  explicit StoreFile(std::string path) : path_(std::move(path)) {}
+  ~StoreFile();
+  StoreFile(const StoreFile&) = delete;
+  StoreFile& operator=(const StoreFile&) = delete;
+
+  const std::string& path() const { return path_; }
+
+  // Runs the step; what the file refused becomes a StoreError that names it.
+  template <typename Step>
+  auto guarded(Step step) -> decltype(step());
+
+  sqlite::Connection& connection();
+  sqlite::Statement& statement(Sql which);
+
+  // What the next commits outlive. A process that is killed loses nothing that was handed to the
+  // system, which costs no wait; a power cut loses what the disk has not confirmed.
+  enum class Outlive { Kill, PowerCut };
+  void letCommits(Outlive outlive);
+  // To be called once a commit has written something.
+  void noteCommit();
+  // Returns when every commit so far would survive a power cut; costs nothing when it would
+  // already.
+  void sync();
+  // The same, and the log is brought into the file as far as that goes.
+  void checkpoint();
+
+  // Writes a row for each custom property that the store does not know yet. To be called inside a
+  // transaction; forgetCustomProperties when that is rolled back.
+  void writeCustomProperties(const PropertyBag& properties);
+  void forgetCustomProperties() { writtenCustomProperties_.clear(); }
+
+ private:
+  std::string path_;
+  sqlite::Connection connection_;
+  std::vector<sqlite::Statement> statements_;  // by Sql, prepared when first used
+  Outlive outlive_ = Outlive::Kill;
+  bool unsynced_ = false;  // something was committed without waiting for the disk
+  std::unordered_set<PropertyId> writtenCustomProperties_;
+};
+
+template <typename Step>
+auto StoreFile::guarded(Step step) -> decltype(step()) {
+  try {
+    return step();
+  } catch (const sqlite::Error& error) {
+    throwStoreError(path_, error);
+  }
+}
+
+}  // namespace ox
