@@ -16,7 +16,7 @@ std::shared_ptr<_ABPerson> addContact(OxMacAddressBook& book, const CNContact& c
   request->addContact_toContainerWithIdentifier(copy, book.validContainerID());
   // Only a stored copy has an identifier of its own: until then it bears that of its source.
   if (!CNContactStore::init()->executeSaveRequest_error(*request, nullptr)) return nullptr;
-  auto person = hostPerson(book.abAddressBook()->recordForUniqueId(copy->identifier()));
+  auto person = hostPerson(book.abAddressBook()->recordForKey(copy->key()));
   for (const auto& property : book.supportProperty()) {
     if (property->valueType() == value_type::kMultiple) continue;
     book.needSingValueClearValue_property(person, property);

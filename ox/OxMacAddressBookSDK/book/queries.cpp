@@ -18,7 +18,7 @@ std::vector<PersonList::Person> OxMacAddressBook::fillCache() {
   const auto records = abAddressBook();
   std::vector<PersonList::Person> persons;
   for (const auto& contact : contactsIn(*CNContactStore::init(), *_container)) {
-    auto person = hostPerson(records->recordForUniqueId(contact->identifier()));
+    auto person = hostPerson(records->recordForKey(contact->key()));
     if (!person) continue;
     person->setAddressID(_xxID);
     persons.push_back(std::move(person));

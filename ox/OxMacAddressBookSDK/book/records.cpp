@@ -10,7 +10,7 @@ std::shared_ptr<_ABPerson> OxMacAddressBook::newPerson() {
   const auto request = CNSaveRequest::init();
   request->addContact_toContainerWithIdentifier(contact, validContainerID());
   CNContactStore::init()->executeSaveRequest_error(*request, nullptr);
-  auto person = hostPerson(abAddressBook()->recordForUniqueId(contact->identifier()));
+  auto person = hostPerson(abAddressBook()->recordForKey(contact->key()));
   if (!person) return nullptr;
   person->setAddressID(_xxID);
   // Clearing the name and the company drops the stamp again. Required.
@@ -24,7 +24,7 @@ std::shared_ptr<_ABGroup> OxMacAddressBook::newGroup() {
   const auto request = CNSaveRequest::init();
   request->addGroup_toContainerWithIdentifier(group, validContainerID());
   CNContactStore::init()->executeSaveRequest_error(*request, nullptr);
-  return hostGroup(abAddressBook()->recordForUniqueId(group->identifier()));
+  return hostGroup(abAddressBook()->recordForKey(group->key()));
 }
 
 std::shared_ptr<_ABGroup> OxMacAddressBook::addGroupByName(TextView name) {

@@ -7,11 +7,8 @@
 namespace ox {
 
 CNContainerPtr containerOf(CNContactStore& store, const ABRecord& record) {
-  const auto predicateFor = record.kind() == RecordKind::Person
-                                ? CNContainer::predicateForContainerOfContactWithIdentifier
-                                : CNContainer::predicateForContainerOfGroupWithIdentifier;
-  auto containers =
-      store.containersMatchingPredicate_error(predicateFor(record.uniqueId()), nullptr);
+  auto containers = store.containersMatchingPredicate_error(
+      CNContainer::predicateForContainerOfRecord(record.key(), record.kind()), nullptr);
   return containers.empty() ? nullptr : std::move(containers.front());
 }
 

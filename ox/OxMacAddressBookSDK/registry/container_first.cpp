@@ -59,7 +59,7 @@ void fillCaches(const Listing& listing, const ProgressCallback& progress) {
   std::size_t done = 0;
   for (const auto& [book, contacts] : listing.books) {
     for (const auto& contact : contacts) {
-      if (auto person = hostPerson(records->recordForUniqueId(contact->identifier()))) {
+      if (auto person = hostPerson(records->recordForKey(contact->key()))) {
         person->setAddressID(book->_xxID);
         book->_allPersonArray->append(std::move(person));
       }

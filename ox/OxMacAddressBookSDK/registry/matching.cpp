@@ -18,8 +18,8 @@ bool contains(std::string_view text, std::string_view part) {
 template <typename Items>
 bool firstTellingItemIsKnown(const Items& items, ABAddressBook& records, std::string_view suffix) {
   for (const auto& item : items) {
+    if (records.recordForKey(item->key())) return true;
     const Text identifier = item->identifier();
-    if (records.recordForUniqueId(identifier)) return true;
     if (identifier && contains(*identifier, suffix)) return false;
   }
   return false;
