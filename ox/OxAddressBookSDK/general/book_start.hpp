@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace ox {
+
+// What the first bytes of a file say of it, before a whole one is read.
+enum class BookStart : std::uint8_t {
+  ThisVersion,   // a neutral book as OxAddressBookGeneral reads it, if the rest is whole
+  OtherVersion,  // a neutral book that only another version can read
+  NoBook,
+};
+
+// How many bytes it takes.
+inline constexpr std::size_t kBookStartBytes = 64;
+
+// Of the first kBookStartBytes of a file, or of all where there are fewer.
+BookStart bookStartOf(std::string_view bytes);
+
+}  // namespace ox
