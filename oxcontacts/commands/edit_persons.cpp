@@ -1,6 +1,6 @@
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
-#include "oxcontacts/edit/apply.hpp"
+#include "oxcontacts/edit/apply_assignments.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/person_json.hpp"
@@ -30,7 +30,7 @@ void tellPerson(const Context& context, const char* what, const _ABPerson& perso
 void applyAll(const std::vector<Assignment>& assignments, _ABPerson& person,
               const MadeRecords& made) {
   const auto before = failures::snapshot();
-  apply(assignments, person);
+  applyAssignments(assignments, person);
   if (failures::snapshot() != before) giveUp(made);
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
@@ -8,13 +7,10 @@
 
 namespace ox::program {
 
-// All of them, before anything is changed; throws what parseAssignment throws.
-std::vector<Assignment> parseAssignments(const std::vector<std::string>& texts);
-
 // Changes the person, in memory until the save; what the store refuses is counted. Without label or
 // "+", the whole property; with a label, the entries of that label; a part of an address, the entry
 // of that label or the main one. A person that had a main value, or no value, has a main value
 // afterwards.
-void apply(const std::vector<Assignment>& assignments, _ABPerson& person);
+void applyAssignments(const std::vector<Assignment>& assignments, _ABPerson& person);
 
 }  // namespace ox::program

@@ -8,28 +8,12 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
-#include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
-#include "ox/base/text/case.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/person_entries.hpp"
 #include "ox/records/property_keys.hpp"
 #include "oxcontacts/context.hpp"
 
 namespace ox::program {
 namespace {
-
-constexpr std::array kLabelKeys = {
-    kABHomeLabel,         kABWorkLabel,
-    kABOtherLabel,        kABPhoneMobileLabel,
-    kABHomePageLabel,     kABPhoneiPhoneLabel,
-    kABPhoneMainLabel,    kABPhoneHomeFAXLabel,
-    kABPhoneWorkFAXLabel, std::string_view("_$!<OtherFAX>!$_"),
-    kABPhonePagerLabel,   kABAssistantLabel,
-    kABFatherLabel,       kABMotherLabel,
-    kABParentLabel,       kABBrotherLabel,
-    kABSisterLabel,       kABChildLabel,
-    kABFriendLabel,       kABSpouseLabel,
-    kABPartnerLabel,      kABManagerLabel,
-    kABAnniversaryLabel,
-};
 
 struct PartsRow {
   std::int32_t type;
@@ -82,20 +66,6 @@ std::string_view partsOf(const OxProperty& property) {
     if (row.type == elementType(property)) return row.parts;
   }
   return {};
-}
-
-std::string withoutBlanks(std::string_view text) {
-  std::string kept(text);
-  std::erase(kept, ' ');
-  return kept;
-}
-
-std::string labelKeyOf(const std::string& word) {
-  const auto wanted = withoutBlanks(word);
-  for (const auto key : kLabelKeys) {
-    if (equalsIgnoringCase(withoutBlanks(names::labelWordOf(key)), wanted)) return std::string(key);
-  }
-  return word;
 }
 
 // The last word is the last name.
@@ -241,6 +211,13 @@ Assignment parseAssignment(const std::string& text) {
     assignment.value = wholeValue(value, elementType(*assignment.property));
   }
   return assignment;
+}
+
+std::vector<Assignment> parseAssignments(const std::vector<std::string>& texts) {
+  std::vector<Assignment> assignments;
+  assignments.reserve(texts.size());
+  for (const auto& text : texts) assignments.push_back(parseAssignment(text));
+  return assignments;
 }
 
 }  // namespace ox::program

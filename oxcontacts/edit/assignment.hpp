@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "ox/OxAddressBookSDK/properties/OxProperty.hpp"
 #include "ox/base/object.hpp"
@@ -21,6 +22,9 @@ struct Assignment {
 // Properties and parts in any case; a label that is a built-in word becomes its key,
 // whatever its case and blanks.
 Assignment parseAssignment(const std::string& text);
+
+// All of them, before anything is changed.
+std::vector<Assignment> parseAssignments(const std::vector<std::string>& texts);
 
 // The names of all properties that can be assigned, for the user.
 std::string propertyNames();

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "oxcontacts/edit/apply.hpp"
+#include "oxcontacts/edit/apply_assignments.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
@@ -90,7 +90,8 @@ TEST(Edit, KeepsAnAddressThatHoldsMoreThanItsParts) {
         .value = Dictionary{{"City", "Oslo"}, {"CountryCode", "no"}}}});
   support::StoreBuilder().person("ann", {.more = {{property_id::kAddress, addresses}}});
   const auto ann = test::person("ann");
-  program::apply(program::parseAssignments({"address.city:home=", "address.city:work="}), *ann);
+  program::applyAssignments(program::parseAssignments({"address.city:home=", "address.city:work="}),
+                            *ann);
   const auto stored = ann->valueForProperty(kABAddressProperty);
   const auto& entries = std::get<MultiValuePtr>(stored)->entries;
   ASSERT_EQ(entries.size(), 1U);

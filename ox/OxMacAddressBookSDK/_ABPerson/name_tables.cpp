@@ -1,8 +1,10 @@
 #include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
 
 #include <array>
+#include <string>
 
 #include "ox/OxAddressBookSDK/properties/OxPropertyNames.hpp"
+#include "ox/base/text/case.hpp"
 #include "ox/records/property_keys.hpp"
 
 namespace ox::names {
@@ -71,6 +73,23 @@ std::string_view lookUp(const Table& table, std::string_view Row::*from, std::st
   return otherwise;
 }
 
+std::string withoutBlanks(std::string_view text) {
+  std::string kept(text);
+  std::erase(kept, ' ');
+  return kept;
+}
+
+// The key of the first row that shows the word; empty when none does.
+template <typename Table>
+std::string_view keyShownAs(const Table& table, const std::string& word) {
+  for (const auto& row : table) {
+    // Two keys are shown as Mobile; whoever says so means the telephone.
+    if (row.left == kABMobileMeLabel) continue;
+    if (equalsIgnoringCase(withoutBlanks(row.right), word)) return row.left;
+  }
+  return {};
+}
+
 }  // namespace
 
 std::string_view storeNameOf(std::string_view propertyName) {
@@ -86,6 +105,13 @@ std::string_view labelWordOf(std::string_view labelKey) {
   if (!labelKey.starts_with("_$!<")) return labelKey;
   const auto general = lookUp(kGeneralLabels, &Row::left, &Row::right, labelKey, labelKey);
   return lookUp(kRelationLabels, &Row::left, &Row::right, labelKey, general);
+}
+
+std::string_view labelKeyOf(std::string_view word) {
+  const auto wanted = withoutBlanks(word);
+  if (const auto key = keyShownAs(kGeneralLabels, wanted); !key.empty()) return key;
+  const auto key = keyShownAs(kRelationLabels, wanted);
+  return key.empty() ? word : key;
 }
 
 }  // namespace ox::names

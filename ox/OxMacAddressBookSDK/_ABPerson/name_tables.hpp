@@ -12,5 +12,7 @@ std::string_view propertyNameOf(std::string_view storeName);
 
 // The word shown for a label key.
 std::string_view labelWordOf(std::string_view labelKey);
+// The built-in label key shown as that word, whatever its case and blanks.
+std::string_view labelKeyOf(std::string_view word);
 
 }  // namespace ox::names

@@ -23,6 +23,13 @@ constexpr std::array kFields = {
 
 }  // namespace
 
+std::string_view storedAddressKeyOf(std::string_view field) {
+  for (const auto& row : kFields) {
+    if (row.field == field) return row.storedKey;
+  }
+  return {};
+}
+
 std::shared_ptr<OxObjectAddress> addressFromStored(const Dictionary& stored) {
   auto address = OxObjectAddress::init();
   address->setCountryCode(stored.get(kABAddressCountryCodeKey).toText());

@@ -11,4 +11,7 @@ std::shared_ptr<OxObjectAddress> addressFromStored(const Dictionary& stored);
 // Only what is present.
 std::shared_ptr<Dictionary> storedFromAddress(const OxObjectAddress& address);
 
+// The key that the store keeps an OxAddressField... under; empty for any other name.
+std::string_view storedAddressKeyOf(std::string_view field);
+
 }  // namespace ox::convert
