@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "ox/platform/AddressBook/answer.hpp"
-#include "ox/platform/AddressBook/record_map.hpp"
+#include "ox/platform/AddressBook/live_records.hpp"
 #include "ox/platform/store/contact_source.hpp"
 
 namespace ox {
@@ -16,8 +16,8 @@ std::atomic<std::uint64_t>& reverts() {
 
 std::shared_ptr<ABRecord> liveRecord(const std::optional<RecordInfo>& record) {
   if (!record) return nullptr;
-  if (record->kind == RecordKind::Person) return record_map::person(record->key);
-  return record_map::group(record->key);
+  if (record->kind == RecordKind::Person) return live_records::person(record->key);
+  return live_records::group(record->key);
 }
 
 }  // namespace
@@ -28,11 +28,11 @@ std::shared_ptr<ABAddressBook> ABAddressBook::sharedAddressBook() {
 }
 
 std::vector<std::shared_ptr<ABPerson>> ABAddressBook::people() {
-  return answer([] { return record_map::persons(recordSource().records(RecordKind::Person)); });
+  return answer([] { return live_records::persons(recordSource().records(RecordKind::Person)); });
 }
 
 std::vector<std::shared_ptr<ABGroup>> ABAddressBook::groups() {
-  return answer([] { return record_map::groups(recordSource().records(RecordKind::Group)); });
+  return answer([] { return live_records::groups(recordSource().records(RecordKind::Group)); });
 }
 
 std::shared_ptr<ABRecord> ABAddressBook::recordForUniqueId(TextView uniqueId) {

@@ -1,19 +1,19 @@
 #include "ox/platform/AddressBook/ABGroup.hpp"
 
 #include "ox/platform/AddressBook/answer.hpp"
-#include "ox/platform/AddressBook/record_map.hpp"
+#include "ox/platform/AddressBook/live_records.hpp"
 #include "ox/platform/store/contact_source.hpp"
 
 namespace ox {
 
 std::vector<std::shared_ptr<ABPerson>> ABGroup::members() const {
   return answer(
-      [&] { return record_map::persons(*recordSource().children(key(), RecordKind::Person)); });
+      [&] { return live_records::persons(*recordSource().children(key(), RecordKind::Person)); });
 }
 
 std::vector<std::shared_ptr<ABGroup>> ABGroup::subgroups() const {
   return answer(
-      [&] { return record_map::groups(*recordSource().children(key(), RecordKind::Group)); });
+      [&] { return live_records::groups(*recordSource().children(key(), RecordKind::Group)); });
 }
 
 bool ABGroup::addMember(const std::shared_ptr<ABPerson>& person) {

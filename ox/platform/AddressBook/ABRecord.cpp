@@ -4,13 +4,13 @@
 
 #include "ox/platform/AddressBook/ABGroup.hpp"
 #include "ox/platform/AddressBook/answer.hpp"
-#include "ox/platform/AddressBook/record_map.hpp"
+#include "ox/platform/AddressBook/live_records.hpp"
 #include "ox/platform/store/contact_source.hpp"
 
 namespace ox {
 
 ABRecord::~ABRecord() {
-  record_map::forget(*this);
+  live_records::forget(*this);
 }
 
 Text ABRecord::uniqueId() const {
@@ -37,7 +37,7 @@ Text ABRecord::description() const {
 }
 
 std::vector<std::shared_ptr<ABGroup>> ABRecord::parentGroups() const {
-  return answer([&] { return record_map::groups(*recordSource().parents(key_)); });
+  return answer([&] { return live_records::groups(*recordSource().parents(key_)); });
 }
 
 }  // namespace ox

@@ -8,7 +8,7 @@ namespace {
 
 RecordIndex::Entry entry(std::int64_t row, const std::string& id, std::int32_t container = 1,
                          RecordKind kind = RecordKind::Person) {
-  return {RecordKey::of(id), row, container, kind, true};
+  return {RecordKey::of(id), row, container, kind};
 }
 
 std::string texts(const std::vector<RecordKey>& keys) {

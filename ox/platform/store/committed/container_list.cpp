@@ -1,6 +1,5 @@
 #include "ox/platform/store/committed/container_list.hpp"
 
-#include <cassert>
 #include <utility>
 
 namespace ox {
@@ -20,7 +19,6 @@ void ContainerList::load() {
       all_.push_back(std::move(container));
     }
   });
-  assert(byRow_.size() == all_.size());
   loaded_ = true;
 }
 

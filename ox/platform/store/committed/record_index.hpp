@@ -4,6 +4,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "ox/base/record_slots.hpp"
 #include "ox/platform/store/values/record_entry.hpp"
 #include "ox/platform/store/values/record_keys.hpp"
 
@@ -24,19 +25,25 @@ class RecordIndex {
   const Entry* find(const RecordKey& key) const;
   RecordKeys all(RecordKind kind) const;
   RecordKeys inContainer(std::int32_t container, RecordKind kind) const;
-  std::size_t size() const { return alive_; }
+  std::size_t size() const { return slots_.size(); }
   void clear();
 
  private:
-  std::size_t slotOf(const RecordKey& key) const;
-  void rehash(std::size_t slots);
+  // A slot holds a place in the list, plus one; 0 is free.
+  struct Rules {
+    static constexpr std::size_t kFullPercent = 75;
+    const std::vector<Entry>& entries;
+
+    bool isFree(std::uint32_t slot) const { return slot == 0; }
+    const RecordKey& keyOf(std::uint32_t slot) const { return entries[slot - 1].key; }
+  };
+
+  Rules rules() const { return {entries_}; }
   void compact();
 
-  std::vector<Entry> entries_;        // in creation order, removed ones marked
-  std::vector<std::uint32_t> slots_;  // open addressing: position in entries_ + 1, 0 free
-  std::size_t used_ = 0;              // slots that are not free
-  std::size_t alive_ = 0;
-  std::unordered_map<std::int32_t, std::vector<std::uint32_t>> containers_;  // positions
+  std::vector<Entry> entries_;  // in creation order; those that were removed have no key any more
+  RecordSlots<std::uint32_t, Rules> slots_;
+  std::unordered_map<std::int32_t, std::vector<std::uint32_t>> containers_;  // places
 };
 
 }  // namespace ox

@@ -87,7 +87,7 @@ void StoreTransaction::addRecord(NewRecord& record) {
   }
   writeContent(Sql::InsertContent, nextRow_, record.properties, fingerprintOf(record));
   if (record.image) writeImage(nextRow_, record.image);
-  const Entry entry{record.key, nextRow_, container, record.kind, true};
+  const Entry entry{record.key, nextRow_, container, record.kind};
   assert(written_.added.empty() || written_.added.back().row < entry.row);
   written_.added.push_back(entry);
   addedByKey_.emplace(record.key, entry);

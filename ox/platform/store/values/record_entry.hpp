@@ -13,7 +13,6 @@ struct RecordEntry {
   std::int64_t row = 0;
   std::int32_t container = 0;
   RecordKind kind = RecordKind::Person;
-  bool alive = true;  // false in the index when it was removed since
 };
 
 }  // namespace ox

@@ -1,77 +1,51 @@
-#include "ox/platform/AddressBook/record_map.hpp"
+#include "ox/platform/AddressBook/live_records.hpp"
 
 #include <mutex>
 #include <utility>
 
+#include "ox/base/record_slots.hpp"
 #include "ox/platform/AddressBook/record_factory.hpp"
 
-namespace ox::record_map {
+namespace ox::live_records {
 namespace {
 
-// Open addressing over plain pointers to the records: a million of them cost 16 MB. A record leaves
-// the table in its destructor, so every pointer in it is good while the lock is held, even when the
-// record's last owner has just gone. For the same reason nobody may let go of a record with the
-// lock held, however briefly it was owned: it may be the last owner by then, and the destructor
-// would wait for the lock for ever.
+// A slot points to a record and reads its key there.
+struct Rules {
+  static constexpr std::size_t kFullPercent = 75;
+  bool isFree(const ABRecord* record) const { return record == nullptr; }
+  const RecordKey& keyOf(const ABRecord* record) const { return record->key(); }
+};
+
+// Plain pointers to the records: a million of them cost 16 MB. A record leaves the table in its
+// destructor, so every pointer in it is good while the lock is held, even when the record's last
+// owner has just gone. For the same reason nobody may let go of a record with the lock held,
+// however briefly it was owned: it may be the last owner by then, and the destructor would wait for
+// the lock for ever.
 class Table {
  public:
   std::mutex& mutex() { return mutex_; }
 
   // The live object, or null. Call with the lock held.
   std::shared_ptr<ABRecord> find(const RecordKey& key) {
-    if (slots_.empty()) return nullptr;
-    auto* record = slots_[slotOf(key)];
+    auto* const* slot = slots_.find(key, Rules{});
     // Of a record that is not const: a weak pointer to a const one is made by way of an owner.
-    return record != nullptr ? record->weak_from_this().lock() : nullptr;
+    return slot != nullptr ? (*slot)->weak_from_this().lock() : nullptr;
   }
 
   // Must come before put, which therefore cannot fail.
-  void makeRoom() {
-    if ((used_ + 1) * 4 > slots_.size() * 3) grow();
-  }
+  void makeRoom() { slots_.makeRoom(Rules{}); }
 
-  void put(ABRecord& record) {
-    auto& slot = slots_[slotOf(record.key())];
-    if (slot == nullptr) ++used_;
-    slot = &record;
-  }
+  void put(ABRecord& record) { *slots_.claim(record.key(), Rules{}).first = &record; }
 
   void erase(const ABRecord& record) {
-    if (slots_.empty()) return;
-    auto hole = slotOf(record.key());
-    if (slots_[hole] != &record) return;  // a new object has taken its place
-    const auto mask = slots_.size() - 1;
-    // Close the hole so that every later entry of the run stays reachable.
-    for (auto next = (hole + 1) & mask; slots_[next] != nullptr; next = (next + 1) & mask) {
-      const auto home = slots_[next]->key().hash() & mask;
-      if (((next - home) & mask) >= ((next - hole) & mask)) {
-        slots_[hole] = slots_[next];
-        hole = next;
-      }
-    }
-    slots_[hole] = nullptr;
-    --used_;
+    auto* const* slot = slots_.find(record.key(), Rules{});
+    // Otherwise it never came to stand here, or a new object has taken its place.
+    if (slot != nullptr && *slot == &record) slots_.erase(slot, Rules{});
   }
 
  private:
-  std::size_t slotOf(const RecordKey& key) const {
-    const auto mask = slots_.size() - 1;
-    auto slot = key.hash() & mask;
-    while (slots_[slot] != nullptr && slots_[slot]->key() != key) slot = (slot + 1) & mask;
-    return slot;
-  }
-
-  void grow() {
-    auto old =
-        std::exchange(slots_, std::vector<ABRecord*>(std::max<std::size_t>(64, slots_.size() * 2)));
-    for (auto* record : old) {
-      if (record != nullptr) slots_[slotOf(record->key())] = record;
-    }
-  }
-
   std::mutex mutex_;
-  std::vector<ABRecord*> slots_;
-  std::size_t used_ = 0;
+  RecordSlots<ABRecord*, Rules> slots_;
 };
 
 Table& table() {
@@ -127,4 +101,4 @@ void forget(const ABRecord& record) {
   table().erase(record);
 }
 
-}  // namespace ox::record_map
+}  // namespace ox::live_records

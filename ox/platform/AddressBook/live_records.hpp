@@ -10,7 +10,7 @@
 // The identity map: one live object for each stored record, owned by whoever holds it. Safe from
 // any thread.
 
-namespace ox::record_map {
+namespace ox::live_records {
 
 // The live object of that record, made when there is none.
 std::shared_ptr<ABPerson> person(const RecordKey& key);
@@ -23,4 +23,4 @@ std::vector<std::shared_ptr<ABGroup>> groups(const RecordKeys& keys);
 // Called by a record that is being destroyed.
 void forget(const ABRecord& record);
 
-}  // namespace ox::record_map
+}  // namespace ox::live_records

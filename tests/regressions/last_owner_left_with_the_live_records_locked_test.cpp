@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <thread>
 
-#include "ox/platform/AddressBook/record_map.hpp"
+#include "ox/platform/AddressBook/live_records.hpp"
 
 namespace ox {
 namespace {
@@ -14,24 +14,24 @@ constexpr int kRounds = 200'000;
 TEST(RecordObject, IsAskedForWhileItsLastOwnerLetsGo) {
   const auto key = RecordKey::of("g:ABGroup");
   const auto askAndLetGo = [&] {
-    for (int i = 0; i < kRounds; ++i) record_map::group(key);
+    for (int i = 0; i < kRounds; ++i) live_records::group(key);
   };
   std::thread other(askAndLetGo);
   askAndLetGo();
   other.join();
-  const auto held = record_map::group(key);
-  EXPECT_EQ(record_map::group(key), held);
+  const auto held = live_records::group(key);
+  EXPECT_EQ(live_records::group(key), held);
 }
 
 TEST(RecordObject, OfTheOtherKindIsAskedForWhileItsLastOwnerLetsGo) {
   const auto key = RecordKey::of("back as a person");
   std::thread other([&] {
-    for (int i = 0; i < kRounds; ++i) record_map::group(key);
+    for (int i = 0; i < kRounds; ++i) live_records::group(key);
   });
-  for (int i = 0; i < kRounds; ++i) record_map::person(key);
+  for (int i = 0; i < kRounds; ++i) live_records::person(key);
   other.join();
-  const auto held = record_map::person(key);
-  EXPECT_EQ(record_map::person(key), held);
+  const auto held = live_records::person(key);
+  EXPECT_EQ(live_records::person(key), held);
 }
 
 }  // namespace
