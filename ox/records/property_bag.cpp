@@ -1,6 +1,7 @@
 #include "ox/records/property_bag.hpp"
 
 #include <algorithm>
+#include <cassert>
 
 #include "ox/base/uuid.hpp"
 
@@ -121,6 +122,7 @@ const std::string* PropertyBag::text(PropertyId id) const {
 }
 
 void PropertyBag::set(PropertyId id, PropertyValue value) {
+  assert(id != 0);
   const auto found = std::lower_bound(entries_.begin(), entries_.end(), id, idBefore);
   const bool held = found != entries_.end() && found->first == id;
   if (isMissing(value)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -60,7 +61,9 @@ class PropertyBag {
   // missing.
   template <typename Value>
   void append(PropertyId id, Value&& value) {
+    assert(entries_.empty() || entries_.back().first < id);
     entries_.emplace_back(id, std::forward<Value>(value));
+    assert(!isMissing(entries_.back().second));
   }
   const std::vector<Entry>& entries() const { return entries_; }
   bool empty() const { return entries_.empty(); }

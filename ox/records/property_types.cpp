@@ -1,6 +1,7 @@
 #include "ox/records/property_types.hpp"
 
 #include <array>
+#include <cassert>
 #include <deque>
 #include <mutex>
 #include <shared_mutex>
@@ -122,6 +123,7 @@ class CustomProperties {
   }
 
   Entry find(PropertyId id) {
+    assert(id >= kFirstCustomProperty);
     const std::shared_lock lock(mutex_);
     const auto index = static_cast<std::size_t>(id - kFirstCustomProperty);
     return index < entries_.size() ? entries_[index] : Entry{0, {}, kABErrorInProperty};

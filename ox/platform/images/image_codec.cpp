@@ -1,6 +1,7 @@
 #include "ox/platform/images/image_codec.hpp"
 
 #include <array>
+#include <cassert>
 
 #include "ox/platform/images/codecs.hpp"
 
@@ -35,6 +36,7 @@ ImagePtr decodeImage(std::string_view bytes, std::string* reason) {
   std::string why = bytes.empty() ? "empty" : "neither TIFF, PNG nor JPEG";
   const auto* codec = codecOf(bytes);
   auto image = codec != nullptr ? codec->decode(bytes, why) : nullptr;
+  assert(!image || isEncodable(*image));  // not empty, within the limit, every pixel there
   if (reason != nullptr && !image) *reason = why;
   return image;
 }

@@ -1,6 +1,7 @@
 // The library's header needs <cstdio> before it.
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
@@ -135,6 +136,7 @@ bool readPixels(Reader& reader, std::uint8_t* pixels) {
   // Programs that write this marker store ink inverted.
   const bool inverted = codec.saw_Adobe_marker != FALSE;
   while (codec.output_scanline < codec.output_height) {
+    assert(codec.output_width == codec.image_width && codec.output_height == codec.image_height);
     JSAMPROW row = pixels + std::size_t{codec.output_scanline} * codec.output_width * 4;
     jpeg_read_scanlines(&codec, &row, 1);
     if (ink) rgbFromInk(row, codec.output_width, inverted);
@@ -181,6 +183,7 @@ bool write(Writer& writer, const Image& image, std::uint8_t* rowBuffer) {
   jpeg_start_compress(&codec, TRUE);
   while (codec.next_scanline < codec.image_height) {
     const std::size_t from = std::size_t{codec.next_scanline} * image.width * 4;
+    assert(from + std::size_t{image.width} * 4 <= image.pixels.size());
     overWhite(image.pixels.data() + from, image.width, rowBuffer);
     jpeg_write_scanlines(&codec, &rowBuffer, 1);
   }

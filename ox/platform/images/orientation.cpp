@@ -1,5 +1,6 @@
 #include "ox/platform/images/orientation.hpp"
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -96,6 +97,7 @@ Image uprighted(Image stored, int orientation) {
   if (orientation < 2 || orientation > 8) return stored;
   const ImageSize from{stored.width, stored.height};
   const ImageSize to = uprighted(from, orientation);
+  assert(stored.pixels.size() == std::size_t{from.width} * from.height * 4);
   Image upright{.width = to.width,
                 .height = to.height,
                 .pixels = std::vector<std::uint8_t>(stored.pixels.size())};
@@ -103,6 +105,7 @@ Image uprighted(Image stored, int orientation) {
   for (std::uint32_t y = 0; y < to.height; ++y) {
     for (std::uint32_t x = 0; x < to.width; ++x, out += 4) {
       const auto place = storedPlace({x, y}, from, orientation);
+      assert(place.x < from.width && place.y < from.height);
       std::memcpy(out, &stored.pixels[(std::size_t{place.y} * from.width + place.x) * 4], 4);
     }
   }

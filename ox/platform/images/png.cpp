@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cassert>
 #include <csetjmp>
 #include <cstring>
 #include <memory>
@@ -122,6 +123,7 @@ ImagePtr decodePng(std::string_view bytes, std::string& reason) {
   auto image = std::make_shared<Image>();
   image->width = reader.width;
   image->height = reader.height;
+  assert(std::uint64_t{reader.width} * reader.height <= kMaxPixels);
   image->pixels.resize(std::size_t{reader.width} * reader.height * 4);
   if (readPixels(reader, image->pixels.data())) return image;
   reason = reader.message;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstring>
 #include <memory>
 #include <span>
@@ -88,6 +89,7 @@ bool isPlain(TIFF* tiff, const Header& header) {
 }
 
 void addAlpha(const std::vector<std::uint8_t>& rgb, std::uint8_t* rgba) {
+  assert(rgb.size() % 3 == 0);
   for (std::size_t at = 0; at < rgb.size(); at += 3, rgba += 4) {
     std::memcpy(rgba, rgb.data() + at, 3);
     rgba[3] = 255;
@@ -97,6 +99,7 @@ void addAlpha(const std::vector<std::uint8_t>& rgb, std::uint8_t* rgba) {
 // By strips: the library unpacks a whole one several times faster than its rows one by one.
 bool readPlain(TIFF* tiff, const Header& header, std::vector<std::uint8_t>& pixels) {
   const std::size_t rowSize = std::size_t{header.width} * header.samples;
+  assert(pixels.size() == std::size_t{header.width} * header.height * 4);
   std::uint32_t rowsPerStrip = 0;
   TIFFGetFieldDefaulted(tiff, TIFFTAG_ROWSPERSTRIP, &rowsPerStrip);
   if (TIFFScanlineSize64(tiff) != rowSize || rowsPerStrip == 0) return false;
@@ -132,6 +135,7 @@ bool readConverted(TIFF* tiff, const Header& header, std::vector<std::uint8_t>& 
   const bool read = TIFFRGBAImageGet(&converter, raster.data(), header.width, header.height) == 1;
   TIFFRGBAImageEnd(&converter);
   if (!read) return false;
+  assert(pixels.size() == raster.size() * 4);
   auto* out = pixels.data();
   for (const std::uint32_t pixel : raster) {
     const std::uint32_t alpha = TIFFGetA(pixel);

@@ -1,6 +1,7 @@
 #include "ox/platform/images/tiff_directory.hpp"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -19,6 +20,7 @@ constexpr std::uint64_t kShared = 4096;
 
 // The number of that many bytes, in the byte order that the file begins with. The bytes are there.
 std::uint64_t numberAt(std::string_view bytes, std::uint64_t at, std::uint64_t size) {
+  assert(at + size <= bytes.size());
   const bool bigEndian = bytes.front() == 'M';
   std::uint64_t number = 0;
   for (std::uint64_t i = 0; i < size; ++i) {

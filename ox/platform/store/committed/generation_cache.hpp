@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <unordered_map>
 #include <utility>
@@ -7,11 +8,14 @@
 namespace ox {
 
 // A bounded cache that keeps what was used lately: two halves, and when the young one is full the
-// old one is forgotten. Costs are in whatever unit the owner counts (bytes, elements).
+// old one is forgotten. What is found in the old half moves to the young one, so whatever was used
+// since the halves last changed places survives, and no list of uses has to be kept in order at
+// each look-up. Costs are in whatever unit the owner counts (bytes, elements); both halves together
+// cost at most twice the half's, but that a single value above it is still taken.
 template <typename Key, typename Value>
 class GenerationCache {
  public:
-  explicit GenerationCache(std::size_t halfCost) : halfCost_(halfCost) {}
+  explicit GenerationCache(std::size_t halfCost) : halfCost_(halfCost) { assert(halfCost > 0); }
 
   // Null when it is not there. Borrowed until the next put or clear.
   const Value* find(const Key& key) {

@@ -1,6 +1,7 @@
 #include "ox/platform/store/file/statements.hpp"
 
 #include <array>
+#include <cassert>
 #include <cstring>
 
 #include "ox/platform/store/values/store_error.hpp"
@@ -90,10 +91,12 @@ static_assert(inOrderOfTheEnumeration());
 }  // namespace
 
 std::string_view sqlOf(Sql which) {
+  assert(which < Sql::Count);
   return kStatements[static_cast<std::size_t>(which)].text;
 }
 
 StoredUid::StoredUid(const RecordKey& key) : asText_(key.isForeign()) {
+  assert(!key.isNone());
   const auto& bytes = key.bytes();
   bytes_ =
       asText_ ? key.text() : std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());

@@ -1,6 +1,8 @@
 #include "ox/platform/store/unsaved/pending_links.hpp"
 
 #include <algorithm>
+#include <cassert>
+#include <utility>
 
 #include "ox/platform/store/committed/committed_records.hpp"
 
@@ -16,6 +18,7 @@ bool PendingLinks::List::take(const RecordKey& child) {
   const auto place = places.find(child);
   if (place == places.end()) return false;
   const bool committed = place->second.committed;
+  assert(order[place->second.index] == child);
   order[place->second.index] = RecordKey();
   places.erase(place);
   snapshot.reset();
@@ -26,10 +29,12 @@ void PendingLinks::List::closeHoles() {
   if (places.size() == order.size()) return;
   std::erase(order, RecordKey());
   for (std::size_t i = 0; i < order.size(); ++i) places[order[i]].index = i;
+  assert(places.size() == order.size());
 }
 
 void PendingLinks::followStore() {
   if (seenGeneration_ == committed_.linkGeneration()) return;
+  assert(seenGeneration_ < committed_.linkGeneration());
   seenGeneration_ = committed_.linkGeneration();
   memberLists_.clear();
   groupLists_.clear();
@@ -69,6 +74,8 @@ bool PendingLinks::isLinked(const RecordKey& group, const RecordKey& child, Reco
 }
 
 void PendingLinks::add(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
+  assert(group != child && !goneRecords_.contains(group) && !goneRecords_.contains(child));
+  assert(!isLinked(group, child, childKind));
   list(group, childKind).append(child, false);
   // A committed link that was taken away and put back stands at the end from now on, so both edits
   // are kept: the save removes it first and then adds it.
@@ -85,6 +92,7 @@ void PendingLinks::add(const RecordKey& group, const RecordKey& child, RecordKin
 }
 
 void PendingLinks::remove(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
+  assert(isLinked(group, child, childKind));
   const bool committed = list(group, childKind).take(child);
   if (added_.erase({group, child}) != 0) {
     std::erase(addedParents_[child], group);

@@ -1,6 +1,9 @@
 #include "ox/platform/store/unsaved/pending_values.hpp"
 
 #include <algorithm>
+#include <cassert>
+#include <iterator>
+#include <utility>
 
 namespace ox {
 namespace {
@@ -20,6 +23,7 @@ RecordEdit& PendingValues::edit(const RecordKey& key, RecordKind kind) {
   made.key = key;
   made.kind = kind;
   places_.emplace(key, std::prev(edits_.end()));
+  assert(places_.size() == edits_.size());
   return made;
 }
 
@@ -33,6 +37,7 @@ void PendingValues::dropIfEmpty(const RecordKey& key) {
   if (found == places_.end() || !found->second->values.empty() || found->second->image) return;
   edits_.erase(found->second);
   places_.erase(found);
+  assert(places_.size() == edits_.size());
 }
 
 const PropertyValue* PendingValues::value(const RecordKey& key, PropertyId property) const {
@@ -44,6 +49,7 @@ const PropertyValue* PendingValues::value(const RecordKey& key, PropertyId prope
 
 void PendingValues::setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                              PropertyValue value) {
+  assert(!isRemoved(key) && property != 0);
   auto& changed = edit(key, kind);
   const auto entry = entryOf(changed.values, property);
   if (entry != changed.values.end()) {
@@ -69,6 +75,7 @@ std::optional<Data> PendingValues::image(const RecordKey& key) const {
 }
 
 void PendingValues::setImage(const RecordKey& key, RecordKind kind, Data image) {
+  assert(!isRemoved(key));
   SpillableData kept(std::move(image), spill_);
   auto& changed = edit(key, kind).image;
   if (changed) changed->drop();
@@ -85,7 +92,9 @@ void PendingValues::dropImage(const RecordKey& key) {
 }
 
 void PendingValues::remove(const RecordKey& key) {
+  assert(!key.isNone());
   if (removed_.insert(key).second) removals_.push_back(key);
+  assert(removed_.size() == removals_.size());
 }
 
 std::vector<RecordEdit> PendingValues::edits() const {

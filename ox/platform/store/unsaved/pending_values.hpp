@@ -10,7 +10,11 @@
 
 namespace ox {
 
-// Unsaved values, pictures and removals of the record view. Used under its owner's lock.
+// Unsaved values, pictures and removals of the record view: the overlay over the committed rows. It
+// holds what the owner has found to differ from them, in memory and never as an open transaction,
+// so that no other process ever waits for this one's edits. A removed record takes no further
+// change; the changes from before stay readable until the save, which leaves them out. Used under
+// its owner's lock.
 class PendingValues {
  public:
   // Null when the property has no unsaved value; a missing value in it means "removed".

@@ -1,5 +1,6 @@
 #include "ox/platform/store/values/spill_file.hpp"
 
+#include <cassert>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -52,6 +53,7 @@ SpillFile::Place SpillFile::put(const std::string& bytes) {
 }
 
 Data SpillFile::get(const Place& place) const {
+  assert(file_ >= 0 && place.offset + place.size <= end_);
   std::string bytes(place.size, '\0');
   std::size_t read = 0;
   while (read < bytes.size()) {
@@ -65,6 +67,7 @@ Data SpillFile::get(const Place& place) const {
 }
 
 void SpillFile::drop(const Place& place) const {
+  assert(file_ >= 0 && place.offset + place.size <= end_);
   // Where the file system knows no holes the room is free again after clear().
   ::fallocate(file_, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(place.offset),
               static_cast<off_t>(place.size));
