@@ -10,6 +10,7 @@
 #include "bench/stores.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "ox/transfer/exporter.hpp"
+#include "ox/vcard/write/writer.hpp"
 
 namespace ox::bench {
 namespace {

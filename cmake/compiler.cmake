@@ -1,4 +1,5 @@
-# One interface target carries every flag that all of our code is compiled with.
+# One interface target carries every flag that all of our code is compiled with. Nothing that hosts
+# link names it, so none of the flags reaches them.
 add_library(ox_flags INTERFACE)
 target_include_directories(ox_flags INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(ox_flags INTERFACE
@@ -25,10 +26,10 @@ if(OX_SANITIZE MATCHES "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 endif()
 
 find_program(OX_CCACHE ccache)
-if(OX_CCACHE)
+if(OX_CCACHE AND PROJECT_IS_TOP_LEVEL)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${OX_CCACHE})
 endif()
 find_program(OX_LLD ld.lld)
-if(OX_LLD)
+if(OX_LLD AND PROJECT_IS_TOP_LEVEL)
   target_link_options(ox_flags INTERFACE -fuse-ld=lld)
 endif()

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ox/base/callbacks.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
@@ -12,7 +13,7 @@ namespace ox {
 class IOxPerson;
 
 // A group of an address book, as a host sees it.
-class IOxGroup {
+class OX_EXPORT IOxGroup {
  public:
   virtual ~IOxGroup() = default;
 

@@ -7,6 +7,7 @@
 
 #include "ox/OxAddressBookSDK/properties/OxProperty.hpp"
 #include "ox/OxAddressBookSDK/values/OxValue.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/image.hpp"
 #include "ox/base/text.hpp"
 
@@ -17,7 +18,7 @@ class OxObjectEmail;
 class OxObjectPhone;
 
 // A person of an address book, as a host sees it.
-class IOxPerson {
+class OX_EXPORT IOxPerson {
  public:
   virtual ~IOxPerson() = default;
 

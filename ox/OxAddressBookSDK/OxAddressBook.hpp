@@ -6,6 +6,7 @@
 #include "ox/OxAddressBookSDK/properties/OxProperty.hpp"
 #include "ox/base/callbacks.hpp"
 #include "ox/base/data.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/image.hpp"
 #include "ox/base/text.hpp"
 
@@ -13,7 +14,7 @@ namespace ox {
 
 // An address book, as a host sees it: persons and groups under one identity, and what may be done
 // with them.
-class OxAddressBook {
+class OX_EXPORT OxAddressBook {
  public:
   OxAddressBook(const OxAddressBook&) = delete;
   OxAddressBook& operator=(const OxAddressBook&) = delete;

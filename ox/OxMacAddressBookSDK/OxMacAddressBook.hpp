@@ -15,6 +15,7 @@
 #include "ox/OxMacAddressBookSDK/ground/latest_callback.hpp"
 #include "ox/OxMacAddressBookSDK/ground/person_list.hpp"
 #include "ox/base/callbacks.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/image.hpp"
 #include "ox/base/serial_queue.hpp"
 #include "ox/base/text.hpp"
@@ -29,8 +30,8 @@ class OxAddressBookGeneral;
 // One address book of the system contact store: a container (an account, or the local store), or
 // all records of one account id. Held in shared pointers. Safe from any thread once it is made;
 // what it is never changes afterwards.
-class OxMacAddressBook final : public OxAddressBook,
-                               public std::enable_shared_from_this<OxMacAddressBook> {
+class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
+                                         public std::enable_shared_from_this<OxMacAddressBook> {
   struct Key {
     explicit Key() = default;
   };

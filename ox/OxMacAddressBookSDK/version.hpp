@@ -1,9 +1,11 @@
 #pragma once
 
+#include "ox/base/export.hpp"
+
 namespace ox {
 
-extern const double OxMacAddressBookSDKVersionNumber;
+OX_EXPORT extern const double OxMacAddressBookSDKVersionNumber;
 // A what-string: "@(#)PROGRAM:" to a line feed, so that it can be found in the binary.
-extern const char* const OxMacAddressBookSDKVersionString;
+OX_EXPORT extern const char* const OxMacAddressBookSDKVersionString;
 
 }  // namespace ox

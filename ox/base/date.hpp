@@ -6,11 +6,13 @@
 #include <string>
 #include <string_view>
 
+#include "ox/base/export.hpp"
+
 namespace ox {
 
 // A calendar date of a contact: any of year, month and day may be missing (a birthday without a
 // year), and a time of day may follow. A plain value in the proleptic Gregorian calendar.
-struct Date {
+struct OX_EXPORT Date {
   std::optional<std::int16_t> year;
   std::optional<std::uint8_t> month;  // 1 to 12
   std::optional<std::uint8_t> day;    // 1 to 31, valid in its month (29 February without a year)

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "ox/base/export.hpp"
+
 // What went wrong in this process. The operations that hosts call report no errors; they count them
 // here, and whoever must not report a success that was none compares before and after. Safe from
 // any thread.
@@ -17,18 +19,18 @@ struct Snapshot {
   bool operator==(const Snapshot&) const = default;
 };
 
-void countRefusal(std::string reason);
-void countFailure(std::string reason);
-Snapshot snapshot();
+OX_EXPORT void countRefusal(std::string reason);
+OX_EXPORT void countFailure(std::string reason);
+OX_EXPORT Snapshot snapshot();
 // The number of failures alone: what was read while it rose may be empty for no reason of its own.
-std::uint64_t failureCount();
+OX_EXPORT std::uint64_t failureCount();
 // Those that this thread counted, outside of every Aside: for work that is done on one thread, and
 // must not be taken for failed because of what others do meanwhile.
-std::uint64_t failureCountOfThread();
+OX_EXPORT std::uint64_t failureCountOfThread();
 
 // While it lives, what its thread counts is left out of failureCountOfThread(): for callbacks,
 // whose failures are not those of the work.
-class Aside {
+class OX_EXPORT Aside {
  public:
   Aside();
   Aside(const Aside&) = delete;

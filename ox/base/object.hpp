@@ -11,6 +11,7 @@
 
 #include "ox/base/data.hpp"
 #include "ox/base/date.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/image.hpp"
 #include "ox/base/text.hpp"
 
@@ -18,7 +19,7 @@ namespace ox {
 
 // What a layer above puts into an Object without the layers below knowing it. Shared, immutable
 // through this handle.
-class HostObject {
+class OX_EXPORT HostObject {
  public:
   HostObject() = default;
   HostObject(const HostObject&) = default;
@@ -35,7 +36,7 @@ using Array = std::vector<Object>;
 
 // What a property or an element holds: nothing, or exactly one of the kinds below. A value: copied
 // freely (the large kinds are shared and immutable) and compared by content.
-class Object {
+class OX_EXPORT Object {
  public:
   using ArrayPtr = std::shared_ptr<const Array>;
   using DictionaryPtr = std::shared_ptr<const Dictionary>;
@@ -92,7 +93,7 @@ class Object {
     return held ? std::dynamic_pointer_cast<const T>(*held) : nullptr;
   }
 
-  friend bool operator==(const Object& a, const Object& b);
+  friend OX_EXPORT bool operator==(const Object& a, const Object& b);
 
  private:
   // A null pointer is a missing object, never a held null.
@@ -114,7 +115,7 @@ class Object {
 
 // A small ordered dictionary with text keys; enumerates in the order of insertion. Equality does
 // not look at the order.
-class Dictionary {
+class OX_EXPORT Dictionary {
  public:
   using Entry = std::pair<std::string, Object>;
 
@@ -132,7 +133,7 @@ class Dictionary {
   bool empty() const { return entries_.empty(); }
   std::size_t size() const { return entries_.size(); }
 
-  friend bool operator==(const Dictionary& a, const Dictionary& b);
+  friend OX_EXPORT bool operator==(const Dictionary& a, const Dictionary& b);
 
  private:
   std::vector<Entry> entries_;

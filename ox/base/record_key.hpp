@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "ox/base/export.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
@@ -19,7 +20,7 @@ enum class RecordKind : std::uint8_t { Person = 0, Group = 1 };
 // Our own identifiers ("<UUIDv7>:ABPerson", "<UUIDv7>:ABGroup") are packed into the bytes, the kind
 // in the place of the constant version digit; any other text is interned for the life of the
 // process. Equal keys stand for equal texts. A value; safe from any thread.
-class RecordKey {
+class OX_EXPORT RecordKey {
  public:
   RecordKey() = default;  // no record; equal to no key made from a text
 

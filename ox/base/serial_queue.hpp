@@ -5,10 +5,12 @@
 #include <mutex>
 #include <thread>
 
+#include "ox/base/export.hpp"
+
 namespace ox {
 
 // Runs submitted tasks one at a time. Safe from any thread; not copied.
-class SerialQueue {
+class OX_EXPORT SerialQueue {
  public:
   SerialQueue() = default;
   SerialQueue(const SerialQueue&) = delete;

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "ox/base/export.hpp"
+
 namespace ox {
 
 // Text as every layer speaks of it: UTF-8, and missing is never the same as empty.
@@ -36,9 +38,9 @@ class TextView {
 };
 
 // The text with every occurrence of `what` taken out.
-std::string withoutAll(std::string_view text, std::string_view what);
+OX_EXPORT std::string withoutAll(std::string_view text, std::string_view what);
 
 // The text with its line feeds taken out; missing stays missing.
-Text withoutLineBreaks(TextView text);
+OX_EXPORT Text withoutLineBreaks(TextView text);
 
 }  // namespace ox

@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/base/object.hpp"
 #include "ox/records/property_types.hpp"
 
@@ -25,7 +26,7 @@ struct MultiEntry {
 };
 
 // A multi-value as records hold it: entries in order, at most one of them primary (0: none).
-struct MultiValue {
+struct OX_EXPORT MultiValue {
   std::vector<MultiEntry> entries;
   std::uint64_t primary = 0;
 
@@ -40,14 +41,14 @@ using MultiValuePtr = std::shared_ptr<const MultiValue>;
 // What a property holds: one object (missing: nothing) or a multi-value (null: nothing).
 using PropertyValue = std::variant<Object, MultiValuePtr>;
 
-bool isMissing(const PropertyValue& value);
+OX_EXPORT bool isMissing(const PropertyValue& value);
 // By content; a multi-value's entry identifiers count.
-bool sameValue(const PropertyValue& a, const PropertyValue& b);
+OX_EXPORT bool sameValue(const PropertyValue& a, const PropertyValue& b);
 // What a host can see of it: entries, labels and which one is primary, whatever the identifiers.
-bool looksTheSame(const PropertyValue& a, const PropertyValue& b);
+OX_EXPORT bool looksTheSame(const PropertyValue& a, const PropertyValue& b);
 
 // Every property that one record holds, ordered by number. A value; never holds a missing one.
-class PropertyBag {
+class OX_EXPORT PropertyBag {
  public:
   using Entry = std::pair<PropertyId, PropertyValue>;
 
@@ -76,10 +77,10 @@ class PropertyBag {
 
 // How many bytes of text and data the values hold, about what they take in memory beyond their
 // count.
-std::size_t roughSize(const PropertyBag& properties);
+OX_EXPORT std::size_t roughSize(const PropertyBag& properties);
 
 // True when the value has the shape that the type asks for (a string for a string property,
 // elements of the base type in a multi-value) and can be stored; a missing value always fits.
-bool fitsType(const PropertyValue& value, ABPropertyType type);
+OX_EXPORT bool fitsType(const PropertyValue& value, ABPropertyType type);
 
 }  // namespace ox

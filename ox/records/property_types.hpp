@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/base/record_key.hpp"
 #include "ox/base/text.hpp"
 
@@ -48,17 +49,17 @@ struct Entry {
 };
 
 // The number of the property of that kind of record; 0 when there is none.
-PropertyId idOf(RecordKind kind, std::string_view name);
+OX_EXPORT PropertyId idOf(RecordKind kind, std::string_view name);
 // kABErrorInProperty for an unknown number.
-ABPropertyType typeOf(PropertyId id);
-std::string nameOf(PropertyId id);
+OX_EXPORT ABPropertyType typeOf(PropertyId id);
+OX_EXPORT std::string nameOf(PropertyId id);
 
 // Registers a custom property of persons. The number of the existing one when the name is known
 // with that type; 0 when it is known with another type, or the type is no type.
-PropertyId add(std::string_view name, ABPropertyType type);
+OX_EXPORT PropertyId add(std::string_view name, ABPropertyType type);
 
 // Every property of that kind of record that a host may see, built-in ones first, in fixed order.
-std::vector<Entry> all(RecordKind kind);
+OX_EXPORT std::vector<Entry> all(RecordKind kind);
 
 }  // namespace property_table
 

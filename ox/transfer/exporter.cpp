@@ -11,6 +11,7 @@
 
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/records/card_uid.hpp"
+#include "ox/vcard/write/writer.hpp"
 
 namespace ox::vcard {
 namespace {

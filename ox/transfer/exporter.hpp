@@ -4,8 +4,9 @@
 #include <functional>
 #include <string_view>
 
+#include "ox/base/export.hpp"
 #include "ox/platform/store/values/record_keys.hpp"
-#include "ox/vcard/write/writer.hpp"
+#include "ox/vcard/card_version.hpp"
 
 namespace ox::vcard {
 
@@ -26,7 +27,7 @@ struct ExportReport {
 // it. Memory is bounded by a few of the largest records beside the two lists. Other threads write
 // cards while this one reads the store and calls the sink. Throws StoreError, and what the sink
 // throws; cards of the persons shortly before one that cannot be read may not be given then.
-ExportReport exportCards(const RecordKeys& persons, const RecordKeys& groups, CardVersion version,
-                         const CardSink& sink);
+OX_EXPORT ExportReport exportCards(const RecordKeys& persons, const RecordKeys& groups,
+                                   CardVersion version, const CardSink& sink);
 
 }  // namespace ox::vcard

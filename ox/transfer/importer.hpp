@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox::vcard {
@@ -32,7 +33,7 @@ struct ImportProblem {
 
 // What an import did. Every card is in exactly one of added, updated, skipped, refused and groups;
 // what is counted is committed.
-struct ImportReport {
+struct OX_EXPORT ImportReport {
   std::uint64_t cards = 0;
   std::uint64_t added = 0;
   std::uint64_t updated = 0;
@@ -63,7 +64,7 @@ struct ImportReport {
 // so that members may stand in any file and in any order. A card whose UID is in the container, or
 // one without UID whose content is, is not added again, also when others write meanwhile. Returns
 // when everything would survive a power cut. Several may run at once.
-ImportReport importFiles(const std::vector<std::string>& paths, const std::string& container,
-                         const ImportOptions& options);
+OX_EXPORT ImportReport importFiles(const std::vector<std::string>& paths,
+                                   const std::string& container, const ImportOptions& options);
 
 }  // namespace ox::vcard

@@ -11,6 +11,7 @@
 #include "ox/records/property_keys.hpp"
 #include "ox/transfer/exporter.hpp"
 #include "ox/transfer/importer.hpp"
+#include "ox/vcard/write/writer.hpp"
 #include "tests/support/no_more_threads.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

@@ -6,11 +6,12 @@
 #include "ox/OxAddressBookSDK/general/OxGeneralPerson.hpp"
 #include "ox/OxAddressBookSDK/general/keyed_list.hpp"
 #include "ox/base/data.hpp"
+#include "ox/base/export.hpp"
 
 namespace ox {
 
 // A neutral address book: groups and persons of any book, copied into memory. One thread at a time.
-class OxAddressBookGeneral {
+class OX_EXPORT OxAddressBookGeneral {
   struct Key {
     explicit Key() = default;
   };

@@ -6,13 +6,14 @@
 #include <vector>
 
 #include "ox/OxAddressBookSDK/IOxPerson.hpp"
+#include "ox/base/export.hpp"
 
 namespace ox {
 
 // A person of a neutral book: values by property, in memory. Belongs to no address book and to no
 // group that answers IOxGroup. Its pictures are held packed: they take little room, and each answer
 // unpacks them anew. One thread at a time.
-class OxGeneralPerson final : public IOxPerson {
+class OX_EXPORT OxGeneralPerson final : public IOxPerson {
   struct Key {
     explicit Key() = default;
   };

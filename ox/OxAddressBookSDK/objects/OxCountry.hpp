@@ -4,10 +4,12 @@
 #include <string>
 #include <utility>
 
+#include "ox/base/export.hpp"
+
 namespace ox {
 
 // A country. Immutable.
-class OxCountry {
+class OX_EXPORT OxCountry {
   struct Key {
     explicit Key() = default;
   };

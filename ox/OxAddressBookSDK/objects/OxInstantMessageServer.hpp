@@ -4,12 +4,13 @@
 #include <string>
 #include <utility>
 
+#include "ox/base/export.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
 
 // An instant-message service. Immutable; safe from any thread. Compare by name().
-class OxInstantMessageServer {
+class OX_EXPORT OxInstantMessageServer {
   struct Key {
     explicit Key() = default;
   };

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "ox/OxAddressBookSDK/properties/OxPropertyNames.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/object.hpp"
 #include "ox/base/text.hpp"
 
@@ -12,7 +13,7 @@ namespace ox {
 
 // A postal address: a country code and the five OxAddressField... texts, each of which may be
 // missing. Filled by its maker, then shared and left alone.
-class OxObjectAddress final : public HostObject {
+class OX_EXPORT OxObjectAddress final : public HostObject {
   struct Key {
     explicit Key() = default;
   };

@@ -3,13 +3,14 @@
 #include <memory>
 #include <utility>
 
+#include "ox/base/export.hpp"
 #include "ox/base/object.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
 
 // An e-mail address as it was written. Immutable.
-class OxObjectEmail final : public HostObject {
+class OX_EXPORT OxObjectEmail final : public HostObject {
   struct Key {
     explicit Key() = default;
   };

@@ -4,13 +4,14 @@
 #include <utility>
 
 #include "ox/OxAddressBookSDK/objects/OxInstantMessageServer.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/object.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
 
 // An account with an instant-message service. Immutable.
-class OxObjectInstantMessage final : public HostObject {
+class OX_EXPORT OxObjectInstantMessage final : public HostObject {
   struct Key {
     explicit Key() = default;
   };

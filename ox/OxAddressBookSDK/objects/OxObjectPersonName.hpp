@@ -3,13 +3,14 @@
 #include <memory>
 #include <utility>
 
+#include "ox/base/export.hpp"
 #include "ox/base/object.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
 
 // The parts of a person's name, each of which may be missing. Immutable.
-class OxObjectPersonName final : public HostObject {
+class OX_EXPORT OxObjectPersonName final : public HostObject {
   struct Key {
     explicit Key() = default;
   };

@@ -3,13 +3,14 @@
 #include <memory>
 #include <utility>
 
+#include "ox/base/export.hpp"
 #include "ox/base/object.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
 
 // A phone number as it was written. Immutable.
-class OxObjectPhone final : public HostObject {
+class OX_EXPORT OxObjectPhone final : public HostObject {
   struct Key {
     explicit Key() = default;
   };

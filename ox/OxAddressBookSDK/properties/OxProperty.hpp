@@ -7,6 +7,7 @@
 
 #include "ox/OxAddressBookSDK/properties/OxPropertyNames.hpp"
 #include "ox/OxAddressBookSDK/properties/value_types.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
@@ -17,7 +18,7 @@ using OxPropertyPtr = std::shared_ptr<const OxProperty>;
 // What is known of one property of a person. Immutable; safe from any thread. The standard
 // descriptors are made once and live until the process ends; pointers to them own nothing, so keep
 // no weak_ptr to one.
-class OxProperty {
+class OX_EXPORT OxProperty {
   struct Key {
     explicit Key() = default;
   };

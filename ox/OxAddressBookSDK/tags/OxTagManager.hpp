@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
@@ -14,7 +15,7 @@ namespace ox {
 // process. Nothing is opened before the first look-up and no file is made before the first tag. A
 // file that cannot be used gives empty answers and is counted (ox/base/failures.hpp); it is never
 // overwritten. Every operation ignores a missing argument. Safe from any thread.
-class OxTagManager {
+class OX_EXPORT OxTagManager {
   struct Key {
     explicit Key() = default;
   };

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ox/OxAddressBookSDK/values/OxMutableSingleValue.hpp"
+#include "ox/base/export.hpp"
 
 namespace ox {
 
@@ -12,7 +13,7 @@ namespace ox {
 inline constexpr std::uint64_t OxNotFound = UINT64_MAX;
 
 // Values in order, one of which may be the main one.
-class OxMutableMultipleValue final : public OxValue {
+class OX_EXPORT OxMutableMultipleValue final : public OxValue {
   struct Key {
     explicit Key() = default;
   };

@@ -4,11 +4,12 @@
 
 #include "ox/OxAddressBookSDK/values/OxLabel.hpp"
 #include "ox/OxAddressBookSDK/values/OxValue.hpp"
+#include "ox/base/export.hpp"
 
 namespace ox {
 
 // One value with its label: a text, date, picture, tag list (an array of texts) or value object.
-class OxMutableSingleValue final : public OxValue {
+class OX_EXPORT OxMutableSingleValue final : public OxValue {
   struct Key {
     explicit Key() = default;
   };

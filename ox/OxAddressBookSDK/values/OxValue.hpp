@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "ox/OxAddressBookSDK/properties/value_types.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/object.hpp"
 
 namespace ox {
@@ -14,7 +15,7 @@ using OxValuePtr = std::shared_ptr<OxValue>;
 // What a property of a person holds: an OxMutableMultipleValue when type() is kMultiple, else an
 // OxMutableSingleValue. Values are free-standing copies: changing one changes no person until it is
 // set. One thread at a time. Compared by content.
-class OxValue : public HostObject {
+class OX_EXPORT OxValue : public HostObject {
  public:
   // A code of value_type.
   virtual std::int32_t type() const = 0;

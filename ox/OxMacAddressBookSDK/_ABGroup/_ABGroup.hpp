@@ -6,6 +6,7 @@
 
 #include "ox/OxAddressBookSDK/IOxGroup.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
+#include "ox/base/export.hpp"
 #include "ox/platform/AddressBook/ABGroup.hpp"
 
 namespace ox {
@@ -16,7 +17,7 @@ class _ABPerson;
 // A group record of the system contact store that answers the model's group interface. The record
 // database makes every group record as one of these; it adds no state to the record. See ABRecord
 // for identity, ownership and threads.
-class _ABGroup final : public ABGroup, public IOxGroup {
+class OX_EXPORT _ABGroup final : public ABGroup, public IOxGroup {
  public:
   explicit _ABGroup(const RecordKey& key) : ABGroup(key) {}
 
@@ -76,6 +77,6 @@ class _ABGroup final : public ABGroup, public IOxGroup {
 };
 
 // The record as the group it is; null for a person and for a missing record.
-std::shared_ptr<_ABGroup> hostGroup(std::shared_ptr<ABRecord> record);
+OX_EXPORT std::shared_ptr<_ABGroup> hostGroup(std::shared_ptr<ABRecord> record);
 
 }  // namespace ox

@@ -16,6 +16,7 @@
 #include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_text_table.hpp"
+#include "ox/base/export.hpp"
 #include "ox/platform/AddressBook/ABPerson.hpp"
 
 namespace ox {
@@ -25,7 +26,7 @@ class OxMacAddressBook;
 // A person record of the system contact store that answers the model's person interface. The record
 // database makes every person record as one of these; it adds no state to the record, what the
 // process remembers of it is in the tables below. See ABRecord for identity, ownership and threads.
-class _ABPerson final : public ABPerson, public IOxPerson {
+class OX_EXPORT _ABPerson final : public ABPerson, public IOxPerson {
  public:
   explicit _ABPerson(const RecordKey& key) : ABPerson(key) {}
 
@@ -144,6 +145,6 @@ class _ABPerson final : public ABPerson, public IOxPerson {
 };
 
 // The record as the person it is; null for a group and for a missing record.
-std::shared_ptr<_ABPerson> hostPerson(std::shared_ptr<ABRecord> record);
+OX_EXPORT std::shared_ptr<_ABPerson> hostPerson(std::shared_ptr<ABRecord> record);
 
 }  // namespace ox

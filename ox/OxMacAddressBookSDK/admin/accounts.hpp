@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ox/OxMacAddressBookSDK/admin/tags_to_remove.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/record_key.hpp"
 #include "ox/platform/Contacts/CNContainer.hpp"
 
@@ -17,29 +18,29 @@
 namespace ox {
 
 // An account that cannot be added or removed as it was asked for; nothing was changed.
-class AccountRefused : public std::runtime_error {
+class OX_EXPORT AccountRefused : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
 // The local ones first, then in the order in which they were added.
-std::vector<CNContainerPtr> accounts();
+OX_EXPORT std::vector<CNContainerPtr> accounts();
 // By identifier, else the one account whose standard id equals the text; null when there is none.
-CNContainerPtr accountNamed(std::string_view identifier);
+OX_EXPORT CNContainerPtr accountNamed(std::string_view identifier);
 // The committed records of an account (its identifier or standard id), in creation order; none when
 // there is no such account.
-std::vector<RecordKey> recordsOfAccount(std::string_view identifier, RecordKind kind);
+OX_EXPORT std::vector<RecordKey> recordsOfAccount(std::string_view identifier, RecordKind kind);
 
 // Without an identifier the account gets a new one. Throws AccountRefused when there is an account
 // of the same standard id already, or when that would be empty.
-CNContainerPtr addAccount(const std::string& name, CNContainerType type,
-                          const std::string& identifier = {});
+OX_EXPORT CNContainerPtr addAccount(const std::string& name, CNContainerType type,
+                                    const std::string& identifier = {});
 
 enum class WithRecords : std::uint8_t { No, Yes };
 // Removes an account (its identifier or standard id): with its records and the tags of its persons,
 // or only if it holds none. Discovers the books, if nobody has, for tags are kept by book. Throws
 // AccountRefused for the local account, for one that holds records that must not go, and when there
 // is no such account. The result tells what became of the tags.
-TagsToRemove::Outcome removeAccount(std::string_view identifier, WithRecords withRecords);
+OX_EXPORT TagsToRemove::Outcome removeAccount(std::string_view identifier, WithRecords withRecords);
 
 }  // namespace ox

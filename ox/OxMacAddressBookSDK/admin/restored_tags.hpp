@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/record_key.hpp"
 
 namespace ox {
@@ -15,7 +16,7 @@ using TagLists = std::vector<std::vector<std::string>>;
 // book that held no record when the books were discovered is not among those that its new persons
 // find their tags through. `loaded` are the tags of those that were loaded. To be called after a
 // load without failures, before the book's persons change again.
-void settleRestoredTags(OxMacAddressBook& book, const std::vector<RecordKey>& removed,
-                        const TagLists& loaded);
+OX_EXPORT void settleRestoredTags(OxMacAddressBook& book, const std::vector<RecordKey>& removed,
+                                  const TagLists& loaded);
 
 }  // namespace ox

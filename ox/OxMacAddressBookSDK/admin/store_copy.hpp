@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/records/record_counts.hpp"
 
 namespace ox {
@@ -12,7 +13,7 @@ namespace ox {
 // beside the files that they are to replace, and are gone with this object unless they are put
 // there. Each step throws StoreError or std::system_error, and what they were to replace is as it
 // was. Used by one thread at a time.
-class StoreCopy {
+class OX_EXPORT StoreCopy {
  public:
   // Makes both, empty. The tags are to go to the path with ".tags" after it; links are followed.
   explicit StoreCopy(const std::string& path);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/base/export.hpp"
 
 namespace ox {
 
@@ -13,7 +14,7 @@ namespace ox {
 // tags itself. Whose they are must be asked while the persons are there, after the books were
 // discovered; taken away they must be when the persons are gone, for tags are removed at once. Used
 // by one thread at a time.
-class TagsToRemove {
+class OX_EXPORT TagsToRemove {
  public:
   explicit TagsToRemove(const std::vector<std::shared_ptr<_ABPerson>>& persons);
 

@@ -6,13 +6,15 @@
 #include <mutex>
 #include <vector>
 
+#include "ox/base/export.hpp"
+
 namespace ox {
 
 class _ABPerson;
 
 // The live list of a book's persons: whoever holds it sees later changes. Safe from any thread; to
 // walk it, take a snapshot.
-class PersonList {
+class OX_EXPORT PersonList {
  public:
   using Person = std::shared_ptr<_ABPerson>;
 

@@ -5,12 +5,14 @@
 #include <string>
 #include <string_view>
 
+#include "ox/base/export.hpp"
+
 namespace ox {
 
 // The ID of an address book in four bytes: a number into a list of texts that is kept for the life
 // of the process. Books are few, records many. Equal numbers stand for equal texts. A value; safe
 // from any thread.
-class BookId {
+class OX_EXPORT BookId {
  public:
   BookId() = default;  // no book
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/platform/AddressBook/ABGroup.hpp"
 #include "ox/platform/AddressBook/ABPerson.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
@@ -13,7 +14,7 @@ namespace ox {
 // The record database: every person and group of every account, as committed, plus this process's
 // unsaved changes. One for the process, never destroyed, safe from any thread. A store that fails
 // is counted (ox/base/failures.hpp) and answers empty.
-class ABAddressBook {
+class OX_EXPORT ABAddressBook {
  public:
   static std::shared_ptr<ABAddressBook> sharedAddressBook();
 

@@ -3,13 +3,14 @@
 #include <memory>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/platform/AddressBook/ABPerson.hpp"
 
 namespace ox {
 
 // A group record. Links are edited in memory until the address book's save. See ABRecord for
 // identity, ownership and threads.
-class ABGroup : public ABRecord {
+class OX_EXPORT ABGroup : public ABRecord {
  public:
   explicit ABGroup(const RecordKey& key) : ABRecord(key) {}
 

@@ -2,13 +2,14 @@
 
 #include <cstdint>
 
+#include "ox/base/export.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
 
 // A system multi-value: entries of value, label key and identifier, at most one of them primary. A
 // cheap handle on immutable content; copied freely.
-class ABMultiValue {
+class OX_EXPORT ABMultiValue {
  public:
   explicit ABMultiValue(MultiValuePtr content);
 
@@ -26,7 +27,7 @@ class ABMultiValue {
 };
 
 // One that is still being put together. Not shared between threads.
-class ABMutableMultiValue {
+class OX_EXPORT ABMutableMultiValue {
  public:
   static ABMutableMultiValue init() { return ABMutableMultiValue(); }
   static ABMutableMultiValue mutableCopy(const ABMultiValue& source);

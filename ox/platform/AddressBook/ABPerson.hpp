@@ -4,12 +4,13 @@
 #include <utility>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/platform/AddressBook/ABRecord.hpp"
 
 namespace ox {
 
 // A person record. See ABRecord for identity, ownership and threads.
-class ABPerson : public ABRecord {
+class OX_EXPORT ABPerson : public ABRecord {
  public:
   explicit ABPerson(const RecordKey& key) : ABRecord(key) {}
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/records/property_bag.hpp"
 #include "ox/records/property_keys.hpp"
 
@@ -13,7 +14,7 @@ class ABGroup;
 // A record of the record database: a slim handle, its values are read from the store on demand. One
 // live object stands for one stored record, so records compare by pointer; equality is by id. Made
 // by the address book only, held in shared pointers, safe from any thread.
-class ABRecord : public std::enable_shared_from_this<ABRecord> {
+class OX_EXPORT ABRecord : public std::enable_shared_from_this<ABRecord> {
  public:
   ABRecord(const ABRecord&) = delete;
   ABRecord& operator=(const ABRecord&) = delete;

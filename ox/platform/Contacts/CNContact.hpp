@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/platform/Contacts/CNPredicate.hpp"
 #include "ox/records/property_bag.hpp"
 
@@ -11,7 +12,7 @@ namespace ox {
 
 // A contact as the container database gave it, or one that is being made. Identifiers are known
 // from the beginning. Mutable ones are used by one thread at a time.
-class CNContact {
+class OX_EXPORT CNContact {
  public:
   virtual ~CNContact() = default;
 
@@ -37,7 +38,7 @@ class CNContact {
 
 using CNContactPtr = std::shared_ptr<const CNContact>;
 
-class CNMutableContact : public CNContact {
+class OX_EXPORT CNMutableContact : public CNContact {
  public:
   // A new, empty contact with a new identifier.
   static std::shared_ptr<CNMutableContact> init();

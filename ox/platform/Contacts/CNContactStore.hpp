@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/platform/Contacts/CNContact.hpp"
 #include "ox/platform/Contacts/CNContainer.hpp"
 #include "ox/platform/Contacts/CNGroup.hpp"
@@ -15,7 +16,7 @@ namespace ox {
 // The container database: committed records by container. A cheap handle on the one store; safe
 // from any thread. A query that fails is counted (ox/base/failures.hpp) and answers an empty list;
 // the error text, asked for or not, says why.
-class CNContactStore {
+class OX_EXPORT CNContactStore {
  public:
   static std::shared_ptr<CNContactStore> init();
 

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "ox/base/export.hpp"
 #include "ox/platform/Contacts/CNPredicate.hpp"
 #include "ox/platform/store/values/container_info.hpp"
 
@@ -15,7 +16,7 @@ enum CNContainerType : std::int32_t {
 };
 
 // One container (account) as it was when it was asked for. Immutable; equal by identifier.
-class CNContainer {
+class OX_EXPORT CNContainer {
  public:
   explicit CNContainer(ContainerPtr info) : info_(std::move(info)) {}
 

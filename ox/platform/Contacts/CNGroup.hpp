@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/base/record_key.hpp"
 #include "ox/platform/Contacts/CNPredicate.hpp"
 #include "ox/records/property_bag.hpp"
@@ -11,7 +12,7 @@
 namespace ox {
 
 // A group as the container database gave it, or one that is being made.
-class CNGroup {
+class OX_EXPORT CNGroup {
  public:
   virtual ~CNGroup() = default;
 
@@ -35,7 +36,7 @@ class CNGroup {
 
 using CNGroupPtr = std::shared_ptr<const CNGroup>;
 
-class CNMutableGroup : public CNGroup {
+class OX_EXPORT CNMutableGroup : public CNGroup {
  public:
   // A new, unnamed group with a new identifier.
   static std::shared_ptr<CNMutableGroup> init();

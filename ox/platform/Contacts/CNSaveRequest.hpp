@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ox/base/export.hpp"
 #include "ox/platform/Contacts/CNContact.hpp"
 #include "ox/platform/Contacts/CNGroup.hpp"
 #include "ox/platform/store/values/container_info.hpp"
@@ -15,7 +16,7 @@ struct SaveRequest;
 // A set of changes for the container database, executed as one transaction by
 // CNContactStore::executeSaveRequest_error. Holds the contacts and groups given to it; their values
 // are read when it is executed. Used by one thread at a time.
-class CNSaveRequest {
+class OX_EXPORT CNSaveRequest {
  public:
   static std::shared_ptr<CNSaveRequest> init();
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,10 +7,9 @@
 #include "ox/base/data.hpp"
 #include "ox/base/record_key.hpp"
 #include "ox/records/property_bag.hpp"
+#include "ox/vcard/card_version.hpp"
 
 namespace ox::vcard {
-
-enum class CardVersion : std::uint8_t { V30, V40 };  // RFC 2426, RFC 6350
 
 struct WriteOptions {
   CardVersion version = CardVersion::V30;
