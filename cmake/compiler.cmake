@@ -25,8 +25,17 @@ if(OX_SANITIZE MATCHES "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(ox_flags INTERFACE -Wno-maybe-uninitialized)
 endif()
 
-find_program(OX_CCACHE ccache)
-if(OX_CCACHE AND PROJECT_IS_TOP_LEVEL)
+# A cache that cannot be written fails every compilation: one file is compiled through it first.
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  find_program(OX_CCACHE ccache)
+  file(WRITE ${PROJECT_BINARY_DIR}/ccache_probe.cpp "int probe;\n")
+  execute_process(
+    COMMAND ${OX_CCACHE} ${CMAKE_CXX_COMPILER} -c ccache_probe.cpp -o ccache_probe.o
+    WORKING_DIRECTORY ${PROJECT_BINARY_DIR}
+    RESULT_VARIABLE probed OUTPUT_QUIET ERROR_QUIET)
+  if(NOT probed EQUAL 0)
+    set(OX_CCACHE "" CACHE FILEPATH "" FORCE)
+  endif()
   set(CMAKE_CXX_COMPILER_LAUNCHER ${OX_CCACHE})
 endif()
 find_program(OX_LLD ld.lld)
