@@ -6,18 +6,25 @@ set -eu
 start=$PWD
 cd "$(dirname "$0")"
 root=$PWD
-scripts/install_packages
-cmake --preset release >/dev/null
-cmake --build --preset release --target oxcontacts -j "$(nproc)" >&2
 program=$root/build/release/oxcontacts/oxcontacts
+cores=$(nproc)
+if [ ! -x "$program" ]; then
+  echo "This installs the Debian packages that are missing (packages.txt, the first part), builds" >&2
+  echo "oxcontacts under build/release, about $((12 / cores + 1)) minutes on $cores cores, and runs it." >&2
+fi
+scripts/install_packages run
+cmake --preset release >/dev/null
+cmake --build --preset release --target oxcontacts -j "$cores" >&2
 
 if [ $# -gt 0 ]; then
   cd "$start"
   exec "$program" "$@"
 fi
 
-: "${OX_CONTACT_STORE:=$root/build/demo/contacts.db}"
-export OX_CONTACT_STORE
+# The store that a command with arguments works on, and the one of this demo.
+own=${OX_CONTACT_STORE:-${XDG_DATA_HOME:-${HOME:-}/.local/share}/oxcontacts/contacts.db}
+demo=${OX_CONTACT_STORE:-$root/build/demo/contacts.db}
+export OX_CONTACT_STORE="$demo"
 
 # file, account, name, type
 import() {
@@ -73,3 +80,11 @@ echo "3. What came of it: Mia in three books, the restored groups, one person in
 "$program" groups --book Archive
 "$program" show "$("$program" --json persons --book Archive --find 'Mia Holm' |
   sed -n 's/.*"ID": *"\([^"]*\)".*/\1/p' | head -n 1)"
+
+echo
+if [ "$own" = "$demo" ]; then
+  echo "./run.sh persons, and every other command, works on $own."
+else
+  echo "./run.sh persons, and every other command, works on your own store, $own."
+  echo "On that of this demo: ./run.sh --store $demo persons"
+fi

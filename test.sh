@@ -3,7 +3,7 @@
 # cases about threads once more under the thread sanitizer.
 set -eu
 cd "$(dirname "$0")"
-scripts/install_packages
+scripts/install_packages develop
 jobs=$(nproc)
 
 scripts/check_layering
