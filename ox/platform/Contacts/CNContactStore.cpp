@@ -27,18 +27,18 @@ auto answer(std::string* error, Question question) -> decltype(question()) {
 std::vector<ContainerPtr> containersFor(const CNPredicate& predicate) {
   std::vector<ContainerPtr> found;
   const auto kind =
-      predicate.kind == Kind::ContainerOfContact ? RecordKind::Person : RecordKind::Group;
-  if (!predicate.key.isNone()) {
-    if (auto container = containerSource().containerOf(predicate.key, kind)) {
+      predicate.kind() == Kind::ContainerOfContact ? RecordKind::Person : RecordKind::Group;
+  if (!predicate.key().isNone()) {
+    if (auto container = containerSource().containerOf(predicate.key(), kind)) {
       found.push_back(std::move(container));
     }
   }
-  for (const auto& identifier : predicate.identifiers) {
+  for (const auto& identifier : predicate.identifiers()) {
     ContainerPtr container;
-    if (predicate.kind == Kind::ContainersWithIdentifiers) {
+    if (predicate.kind() == Kind::ContainersWithIdentifiers) {
       container = containerSource().containerNamed(identifier);
-    } else if (predicate.kind == Kind::ContainerOfContact ||
-               predicate.kind == Kind::ContainerOfGroup) {
+    } else if (predicate.kind() == Kind::ContainerOfContact ||
+               predicate.kind() == Kind::ContainerOfGroup) {
       container = containerSource().containerOf(identifier, kind);
     }
     if (container) found.push_back(std::move(container));
@@ -48,12 +48,13 @@ std::vector<ContainerPtr> containersFor(const CNPredicate& predicate) {
 
 // The records that the predicate asks for, of that kind.
 RecordKeys keysFor(const CNPredicate& predicate, RecordKind kind) {
-  const bool byContainer = predicate.kind == (kind == RecordKind::Person ? Kind::ContactsInContainer
-                                                                         : Kind::GroupsInContainer);
-  const bool byId = predicate.kind == (kind == RecordKind::Person ? Kind::ContactsWithIdentifiers
-                                                                  : Kind::GroupsWithIdentifiers);
+  const bool byContainer =
+      predicate.kind() ==
+      (kind == RecordKind::Person ? Kind::ContactsInContainer : Kind::GroupsInContainer);
+  const bool byId = predicate.kind() == (kind == RecordKind::Person ? Kind::ContactsWithIdentifiers
+                                                                    : Kind::GroupsWithIdentifiers);
   RecordKeys keys;
-  for (const auto& identifier : predicate.identifiers) {
+  for (const auto& identifier : predicate.identifiers()) {
     if (byContainer) {
       const auto held = containerSource().recordsIn(identifier, kind);
       keys.insert(keys.end(), held.begin(), held.end());

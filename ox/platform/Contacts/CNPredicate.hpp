@@ -11,7 +11,8 @@ namespace ox {
 
 // A question to the container database, made by the predicate operations of CNContainer, CNContact
 // and CNGroup. A value.
-struct CNPredicate {
+class CNPredicate {
+ public:
   enum class Kind {
     ContainerOfContact,
     ContainerOfGroup,
@@ -22,16 +23,24 @@ struct CNPredicate {
     GroupsWithIdentifiers,
   };
 
-  Kind kind;
-  std::vector<std::string> identifiers;  // a missing identifier leaves the list empty
-  // Instead of an identifier: a record at hand need not be looked for by its text.
-  RecordKey key = {};
-
+  CNPredicate(Kind kind, std::vector<std::string> identifiers, const RecordKey& key = {})
+      : kind_(kind), identifiers_(std::move(identifiers)), key_(key) {}
+  // A missing identifier leaves the list empty.
   static CNPredicate one(Kind kind, TextView identifier) {
-    CNPredicate predicate{kind, {}, {}};
-    if (identifier) predicate.identifiers.emplace_back(*identifier);
+    CNPredicate predicate(kind, {});
+    if (identifier) predicate.identifiers_.emplace_back(*identifier);
     return predicate;
   }
+
+  Kind kind() const { return kind_; }
+  const std::vector<std::string>& identifiers() const { return identifiers_; }
+  // Instead of an identifier: a record at hand need not be looked for by its text.
+  const RecordKey& key() const { return key_; }
+
+ private:
+  Kind kind_;
+  std::vector<std::string> identifiers_;
+  RecordKey key_;
 };
 
 }  // namespace ox

@@ -91,7 +91,9 @@ Text CNSaveRequest::refusal() const {
 SaveRequest CNSaveRequest::collect() const {
   SaveRequest request;
   request.newContainers = newContainers_;
-  request.removedContainers = removedContainers_;
+  for (const auto& removal : removedContainers_) {
+    request.removedContainers.push_back({removal.container, removal.withRecords});
+  }
   request.additions.reserve(additions_.size());
   for (const auto& addition : additions_) {
     if (addition.contact) {

@@ -55,11 +55,15 @@ class OX_EXPORT CNSaveRequest {
     std::string group;
     std::string child;
   };
+  struct Removal {
+    std::string container;
+    bool withRecords = false;
+  };
   std::vector<Addition> additions_;
   std::vector<std::shared_ptr<CNMutableContact>> updates_;
   std::vector<LinkByText> links_;
   std::vector<ContainerInfo> newContainers_;
-  std::vector<ContainerRemoval> removedContainers_;
+  std::vector<Removal> removedContainers_;
 };
 
 }  // namespace ox

@@ -14,10 +14,4 @@ struct ContainerInfo {
 };
 using ContainerPtr = std::shared_ptr<const ContainerInfo>;
 
-// The wish to remove one.
-struct ContainerRemoval {
-  std::string identifier;
-  bool withRecords = false;  // false: refused while the container holds records
-};
-
 }  // namespace ox

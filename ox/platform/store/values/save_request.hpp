@@ -21,6 +21,12 @@ struct StoreMoment {
   bool operator==(const StoreMoment&) const = default;
 };
 
+// The wish to remove a container.
+struct ContainerRemoval {
+  std::string identifier;
+  bool withRecords = false;  // false: refused while the container holds records
+};
+
 struct NewRecord {
   RecordKey key;
   RecordKind kind = RecordKind::Person;
