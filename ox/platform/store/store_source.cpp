@@ -67,6 +67,7 @@ class StoreSource final : public ContactSource {
     const auto visible = visibleValue(key, property);
     if (looksTheSame(visible, value)) return true;
     keepIdentifiers(visible, value);
+    // Compared with what is committed, not with what is visible: a change back to it is none.
     if (looksTheSame(committedValue(key, property), value)) {
       values_.dropValue(key, property);
     } else {
@@ -306,6 +307,8 @@ class StoreSource final : public ContactSource {
     return entry && entry->kind == kind ? committed_.containers().inRow(entry->container) : nullptr;
   }
 
+  // Hosts write a whole list to change one entry of it; the entries that are the same keep the
+  // identifiers they have.
   static void keepIdentifiers(const PropertyValue& before, PropertyValue& now) {
     const auto* old = std::get_if<MultiValuePtr>(&before);
     auto* entries = std::get_if<MultiValuePtr>(&now);

@@ -11,7 +11,9 @@
 namespace ox {
 
 // Every committed record in memory, about 45 bytes each: what listing, look-up and the question
-// "which container holds it" need, without a statement. Used under its owner's lock.
+// "which container holds it" need, without a statement. What it is given comes from the file and
+// may be damaged; then it answers what the file says, and nothing worse. Used under its owner's
+// lock.
 class RecordIndex {
  public:
   using Entry = RecordEntry;

@@ -90,8 +90,9 @@ void DatabaseCopy::takeDatabase(const std::string& from) {
   }
 }
 
-// A log or journal that lies beside the target would be taken for that of the new file: it is
-// brought into the old one first.
+// A log or journal that lies beside the target belongs to the old file but would be taken for that
+// of the new one, and its pages would be written over it. So it is brought into the old file first;
+// when that cannot be done, somebody has the old file open.
 void DatabaseCopy::settleTarget() {
   const auto log = target_ + "-wal";
   if (!std::filesystem::exists(log) && !std::filesystem::exists(target_ + "-journal")) return;

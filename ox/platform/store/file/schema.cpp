@@ -28,7 +28,14 @@ constexpr std::int64_t kLogBytesBetweenCheckpoints = std::int64_t{64} << 20U;
 // record: uid holds the 16 bytes of our own identifiers (see RecordKey), any other identifier as
 // text. Row numbers come from the counter and are never used again, so a row number tells what is
 // new, and the removal table what is gone, since a process last looked.
-// content: fingerprint is contentFingerprint() of values and picture.
+// content: all values of a record in one row, because an import then writes few rows and a record
+// is read by one look-up. The blob ends in a checksum of its own (see property_codec.hpp): SQLite
+// does not notice a changed byte inside a row. card_uid repeats a value of the blob to find it by;
+// fingerprint is contentFingerprint() of values and picture.
+// image: apart from the values, which are read far more often; checksum is that of the data.
+// link: its number tells the order of adding.
+// removal: rows of records that are gone. They are kept, since nobody knows which processes have
+// seen them; a row takes a few bytes.
 constexpr const char* kVersion1 = R"sql(
 CREATE TABLE container(
   id INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -95,8 +102,9 @@ void makeFile(const std::string& path) {
   }
 }
 
-// The schema version of the file; 0 for an empty one. Refuses foreign and newer files. One
-// statement sees one state of the file, whoever is making its tables at the same moment.
+// The schema version of the file; 0 for an empty one. Refuses foreign and newer files. All three
+// facts are asked in one statement, which sees one state of the file: asked one by one, a store
+// that another process is just making would have tables but no mark yet, and look foreign.
 int versionOf(sqlite::Connection& database, const std::string& path) {
   auto header = database.prepare(
       "SELECT application_id, user_version, (SELECT count(*) FROM sqlite_schema)"
@@ -118,6 +126,8 @@ int versionOf(sqlite::Connection& database, const std::string& path) {
 
 void migrate(sqlite::Connection& database, const std::string& path) {
   if (versionOf(database, path) == kSchemaVersion) return;
+  // Tables, version and mark are one transaction: whoever is killed half way leaves an empty file,
+  // which the next opening begins again.
   sqlite::Transaction transaction(database);
   // Another process may have been faster.
   const int from = versionOf(database, path);
@@ -133,6 +143,7 @@ sqlite::Connection openMigrated(const std::string& path) {
   sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
   database.setBusyTimeout(kBusyMilliseconds);
   versionOf(database, path);
+  // The page size counts for a new file alone, and only before the journal mode is set.
   database.execute(("PRAGMA page_size=" + std::to_string(kPageBytes)).c_str());
   database.execute("PRAGMA journal_mode=WAL");
   const auto pages = kLogBytesBetweenCheckpoints / database.queryInteger("PRAGMA page_size");
@@ -181,6 +192,7 @@ sqlite::Connection openStoreFile(const std::string& path) {
 }
 
 void syncWriteAheadLog(const sqlite::Connection& store) {
+  // The log lies beside the file that a link leads to, not beside the link.
   const auto log = store.logPath();
   const int file = ::open(log.c_str(), O_RDONLY | O_CLOEXEC);
   if (file < 0) {

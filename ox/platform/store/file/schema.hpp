@@ -11,6 +11,8 @@ inline constexpr int kSchemaVersion = 1;
 inline constexpr int kStoreApplicationId = 0x4F784142;
 
 // Opens the store file, making it (and its folder) when absent, and brings its schema up to date.
+// What a killed process has left is put right by the opening: commits that stand whole in the log
+// count, a half-written one is ignored, a file whose tables were never committed is made anew.
 // Throws StoreError naming the file and the reason: a directory, a foreign file, a newer schema, a
 // lock that another process keeps, a place that cannot be written.
 sqlite::Connection openStoreFile(const std::string& path);

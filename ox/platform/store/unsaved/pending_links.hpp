@@ -14,8 +14,11 @@ namespace ox {
 class CommittedRecords;
 
 // Unsaved link edits of the record view, and the lists of members and sub-groups as that view sees
-// them. Every edit costs the same however long the lists are; a list is put together anew only when
-// it is asked for after an edit. Used under its owner's lock.
+// them: the committed ones without the links that were taken away, then the links that were added.
+// The edits are what a save writes; the lists follow from them and from what is committed, and are
+// thrown away when the committed links change. Every edit costs the same however long the lists
+// are; a list is put together anew only when it is asked for after an edit. Used under its owner's
+// lock.
 class PendingLinks {
  public:
   explicit PendingLinks(CommittedRecords& committed) : committed_(committed) {}
@@ -47,10 +50,13 @@ class PendingLinks {
       return pair.group.hash() * 31 + pair.child.hash();
     }
   };
-  // Link edits with the number that tells their order.
+  // Link edits with the number that tells their order, which is the order of the lists too: taking
+  // a link away and adding it again gives it a new number, and the place at the end that goes with
+  // it.
   using Edits = std::unordered_map<Pair, std::uint64_t, PairHash>;
 
-  // One list as the record view sees it; holes where a link was taken away.
+  // One list as the record view sees it. A link that is taken away leaves a hole, so that the
+  // others keep their places; the holes are closed when the list is asked for.
   struct Place {
     std::size_t index = 0;
     bool committed = false;
@@ -65,7 +71,8 @@ class PendingLinks {
     bool take(const RecordKey& child);
     void closeHoles();
   };
-  // An addition, valid while added_ holds the same number for it.
+  // An addition, valid while added_ holds the same number for it. One that was taken back is not
+  // looked for in its list; it is passed over, and cleared away when half of the list is such.
   struct Addition {
     std::uint64_t number = 0;
     RecordKey child;

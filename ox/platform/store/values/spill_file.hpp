@@ -7,8 +7,9 @@
 namespace ox {
 
 // Bytes put aside in a private file without a name, so that many unsaved pictures do not fill the
-// memory. The file goes with this object. Used by one thread at a time; throws StoreError when the
-// disk refuses.
+// memory. The file loses its name as soon as it is open: no other program can open it, and the
+// system frees it when this process ends, in whatever way. Used by one thread at a time; throws
+// StoreError when the disk refuses.
 class SpillFile {
  public:
   struct Place {
