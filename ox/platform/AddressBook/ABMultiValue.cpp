@@ -13,7 +13,7 @@ Text identifierText(std::uint64_t identifier) {
   return std::string(buffer.data(), end);
 }
 
-// 0, which no entry has, for any other text.
+// The result is 0, which no entry has, for any text that is no identifier.
 std::uint64_t identifierFromText(TextView text) {
   if (!text) return 0;
   std::uint64_t identifier = 0;

@@ -1,3 +1,5 @@
+// The predicate operations of CNContainer, CNContact and CNGroup.
+
 #include <utility>
 
 #include "ox/platform/Contacts/CNContact.hpp"

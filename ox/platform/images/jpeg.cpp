@@ -1,4 +1,5 @@
-// The library's header needs <cstdio> before it.
+// JPEG, read and written by libjpeg, whose header needs <cstdio> before it.
+
 #include <algorithm>
 #include <array>
 #include <cassert>
@@ -18,7 +19,7 @@
 namespace ox::images {
 namespace {
 
-// First member, so that the library's pointer to it is a pointer to the whole.
+// The manager is the first member, so that the library's pointer to it is a pointer to the whole.
 struct ErrorState {
   jpeg_error_mgr manager{};
   std::jmp_buf escape{};
@@ -95,7 +96,8 @@ int storedOrientation(const jpeg_decompress_struct& codec) {
   return 1;
 }
 
-// Every block of 8 x 8 takes at least one bit; only arithmetic coding needs less.
+// False when the file is too small for its pixels: every block of 8 x 8 takes at least one bit, and
+// only arithmetic coding needs less.
 bool isPlausible(const jpeg_decompress_struct& codec, std::size_t fileSize) {
   const std::uint64_t blocks =
       ((std::uint64_t{codec.image_width} + 7) / 8) * ((std::uint64_t{codec.image_height} + 7) / 8);
@@ -116,7 +118,7 @@ bool readAllowedHeader(Reader& reader, std::string_view bytes, std::string& reas
   return true;
 }
 
-// In place: four channels of ink become red, green, blue and full alpha.
+// Turns four channels of ink into red, green, blue and full alpha, in place.
 void rgbFromInk(std::uint8_t* row, std::uint32_t width, bool inverted) {
   for (std::uint32_t x = 0; x < width; ++x, row += 4) {
     for (int i = 0; i < 4; ++i)

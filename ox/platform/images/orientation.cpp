@@ -36,7 +36,7 @@ struct Point {
   std::uint32_t y;
 };
 
-// Where the stored pixel lies that belongs at this place of the upright picture.
+// Tells where the stored pixel lies that belongs at this place of the upright picture.
 Point storedPlace(Point upright, ImageSize stored, int orientation) {
   const auto [x, y] = upright;
   const std::uint32_t right = stored.width - 1;

@@ -1,3 +1,5 @@
+// PNG, read by libpng.
+
 #include <algorithm>
 #include <cassert>
 #include <csetjmp>
@@ -84,7 +86,8 @@ bool readPixels(Reader& reader, std::uint8_t* pixels) {
   return true;
 }
 
-// Deflate cannot shrink anything further than this.
+// False when the file is too small for its pixels: deflate cannot shrink anything further than
+// this.
 bool isPlausible(const Reader& reader, std::size_t fileSize) {
   constexpr std::uint64_t kMaxRatio = 1032;
   const std::uint64_t rowSize = (reader.width * reader.bitsPerPixel + 7) / 8;

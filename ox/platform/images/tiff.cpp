@@ -1,3 +1,5 @@
+// TIFF, read and written by libtiff.
+
 #include <algorithm>
 #include <array>
 #include <cassert>
@@ -57,8 +59,8 @@ Header headerOf(TIFF* tiff) {
   return header;
 }
 
-// So many bytes cannot come out of so small a file: one bit a row is the least that the schemes
-// write (an empty fax line), about a thousandth the least for the others.
+// False when so many pixels cannot come out of so small a file. The least that the fax schemes
+// write is one bit for a row (an empty line); the others shrink to about a thousandth at most.
 bool isPlausible(const Header& header, std::size_t fileSize) {
   const std::uint64_t pixels = std::uint64_t{header.width} * header.height;
   const std::uint64_t raw = pixels * header.samples * header.bits / 8;
@@ -80,7 +82,8 @@ bool isReadable(const Header& header, std::size_t fileSize, std::string& reason)
   return false;
 }
 
-// Rows of 8-bit RGB or RGBA: read as they are, since the general way multiplies by alpha.
+// True for rows of 8-bit RGB or RGBA, which are read as they are: the general way multiplies them
+// by their alpha, and that cannot be undone exactly.
 bool isPlain(TIFF* tiff, const Header& header) {
   return header.bits == 8 && header.photometric == PHOTOMETRIC_RGB &&
          header.planes == PLANARCONFIG_CONTIG && TIFFIsTiled(tiff) == 0 &&
@@ -96,7 +99,7 @@ void addAlpha(const std::vector<std::uint8_t>& rgb, std::uint8_t* rgba) {
   }
 }
 
-// By strips: the library unpacks a whole one several times faster than its rows one by one.
+// Reads whole strips, which the library unpacks several times faster than their rows one by one.
 bool readPlain(TIFF* tiff, const Header& header, std::vector<std::uint8_t>& pixels) {
   const std::size_t rowSize = std::size_t{header.width} * header.samples;
   assert(pixels.size() == std::size_t{header.width} * header.height * 4);
@@ -123,13 +126,14 @@ std::uint8_t withoutAlpha(std::uint32_t channel, std::uint32_t alpha) {
   return static_cast<std::uint8_t>(std::min(255U, (channel * 255 + alpha / 2) / alpha));
 }
 
-// Everything else by the library's own conversion, whose result is multiplied by alpha.
+// Reads every other kind by the library's own conversion, whose result is multiplied by alpha.
 bool readConverted(TIFF* tiff, const Header& header, std::vector<std::uint8_t>& pixels) {
   std::vector<std::uint32_t> raster(std::size_t{header.width} * header.height);
   TIFFRGBAImage converter;
   std::array<char, 1024> message{};
   if (TIFFRGBAImageBegin(&converter, tiff, 1, message.data()) == 0) return false;
-  // As stored: the orientation is applied afterwards, for every codec alike.
+  // The pixels are read as they are stored; the orientation is applied afterwards, for every codec
+  // alike.
   converter.orientation = ORIENTATION_TOPLEFT;
   converter.req_orientation = ORIENTATION_TOPLEFT;
   const bool read = TIFFRGBAImageGet(&converter, raster.data(), header.width, header.height) == 1;
@@ -165,7 +169,7 @@ void describe(TIFF* tiff, const Image& image, std::uint32_t rowsPerStrip) {
   TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
 }
 
-// By strips of about 256 kB, for the same reason.
+// Writes strips of about 256 kB, for the same reason as they are read.
 bool writeImage(TIFF* tiff, const Image& image) {
   constexpr std::size_t kStripSize = 1U << 18U;
   const std::size_t rowSize = std::size_t{image.width} * 4;

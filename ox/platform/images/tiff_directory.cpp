@@ -11,8 +11,8 @@ namespace {
 constexpr std::uint64_t kCountSize = 2;
 constexpr std::uint64_t kEntrySize = 12;
 constexpr std::uint64_t kLinkSize = 4;
-// By type. The library skips entries of other types; it takes 16 to 18 from the larger kind of
-// file.
+// The size of a value by its type. The library skips entries of other types; it takes 16 to 18 from
+// the larger kind of file.
 constexpr std::array<std::uint64_t, 19> kSizes = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4,
                                                   8, 4, 8, 4, 0, 0, 8, 8, 8};
 // Some writers let entries share a small value.
