@@ -8,6 +8,8 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_text_table.hpp"
 #include "tests/support/sequence.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

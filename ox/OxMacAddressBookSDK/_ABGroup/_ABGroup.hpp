@@ -5,13 +5,14 @@
 #include <vector>
 
 #include "ox/OxAddressBookSDK/IOxGroup.hpp"
-#include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
 #include "ox/base/export.hpp"
 #include "ox/platform/AddressBook/ABGroup.hpp"
 
 namespace ox {
 
+class BookId;
 class OxMacAddressBook;
+class RecordStampTable;
 class _ABPerson;
 
 // A group record of the system contact store that answers the model's group interface. The record

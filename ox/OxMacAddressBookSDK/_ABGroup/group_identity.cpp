@@ -2,6 +2,7 @@
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/store_path.hpp"
 #include "ox/OxMacAddressBookSDK/ground/containers.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
 
 namespace ox {
 

@@ -14,14 +14,15 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
 #include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
-#include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
-#include "ox/OxMacAddressBookSDK/tables/record_text_table.hpp"
 #include "ox/base/export.hpp"
 #include "ox/platform/AddressBook/ABPerson.hpp"
 
 namespace ox {
 
+class BookId;
 class OxMacAddressBook;
+class RecordStampTable;
+class RecordTextTable;
 
 // A person record of the system contact store that answers the model's person interface. The record
 // database makes every person record as one of these; it adds no state to the record, what the

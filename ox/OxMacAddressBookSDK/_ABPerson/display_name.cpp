@@ -1,4 +1,6 @@
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_text_table.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/text/transcription.hpp"
 

@@ -1,6 +1,8 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/ground/containers.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_text_table.hpp"
 
 namespace ox {
 

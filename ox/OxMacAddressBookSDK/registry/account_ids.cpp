@@ -4,6 +4,7 @@
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
 
 namespace ox::registry {
 

@@ -6,6 +6,7 @@
 #include "ox/OxMacAddressBookSDK/ground/containers.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
+#include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
 
 namespace ox::registry {
 namespace {

@@ -5,14 +5,12 @@
 #include <string>
 #include <string_view>
 
-#include "ox/base/export.hpp"
-
 namespace ox {
 
 // The ID of an address book in four bytes: a number into a list of texts that is kept for the life
 // of the process. Books are few, records many. Equal numbers stand for equal texts. A value; safe
 // from any thread.
-class OX_EXPORT BookId {
+class BookId {
  public:
   BookId() = default;  // no book
 

@@ -6,13 +6,12 @@
 
 #include "ox/OxMacAddressBookSDK/tables/book_id.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_hash_table.hpp"
-#include "ox/base/export.hpp"
 
 namespace ox {
 
 // Which book holds which record. Entries stay until they are removed. Safe from any thread; no lock
 // is held when an operation returns.
-class OX_EXPORT RecordStampTable {
+class RecordStampTable {
  public:
   // Missing when nothing is stored for the record.
   std::optional<BookId> find(const RecordKey& record) const;

@@ -6,14 +6,13 @@
 #include <string>
 
 #include "ox/OxMacAddressBookSDK/tables/record_hash_table.hpp"
-#include "ox/base/export.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
 
 // One text a record, worked out once. Entries stay until they are removed. Safe from any thread; no
 // lock is held when an operation returns.
-class OX_EXPORT RecordTextTable {
+class RecordTextTable {
  public:
   // Missing when nothing is stored for the record; an empty text is a stored one.
   Text find(const RecordKey& record) const;
