@@ -1,6 +1,7 @@
 #!/bin/sh
-# Builds and runs every test: once under the address and undefined-behaviour sanitizers, then the
-# cases about threads once more under the thread sanitizer.
+# Builds and runs every test under the address and undefined-behaviour sanitizers, builds and runs
+# the hosts of tests/package against what that build installs, then runs the cases about threads
+# once more under the thread sanitizer.
 set -eu
 cd "$(dirname "$0")"
 scripts/install_packages develop
@@ -11,7 +12,9 @@ if [ "${CI:-}" = true ]; then scripts/check_format; fi
 
 cmake --preset dev
 cmake --build --preset dev -j "$jobs"
+scripts/check_headers build/dev
 ctest --preset dev -j "$jobs"
+tests/package/run build/dev
 
 # The thread sanitizer wants memory where it expects it; not every kernel leaves that free.
 fixed=
