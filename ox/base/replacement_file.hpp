@@ -3,12 +3,14 @@
 #include <string>
 #include <string_view>
 
+#include "ox/base/export.hpp"
+
 namespace ox {
 
 // A file that takes the place of another one when it is complete: written under a name of its own
 // beside its target, which stays as it was until the commit. Gone with this object unless
 // committed. One thread at a time; every failure is a std::system_error that names the file.
-class ReplacementFile {
+class OX_EXPORT ReplacementFile {
  public:
   // Makes it, empty and for this user alone. Refuses a target that is no regular file.
   explicit ReplacementFile(std::string target);

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "ox/base/export.hpp"
+
 namespace ox {
 
 // What the first bytes of a file say of it, before a whole one is read.
@@ -17,6 +19,6 @@ enum class BookStart : std::uint8_t {
 inline constexpr std::size_t kBookStartBytes = 64;
 
 // Of the first kBookStartBytes of a file, or of all where there are fewer.
-BookStart bookStartOf(std::string_view bytes);
+OX_EXPORT BookStart bookStartOf(std::string_view bytes);
 
 }  // namespace ox

@@ -7,12 +7,13 @@
 
 #include "ox/OxAddressBookSDK/properties/OxProperty.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/base/export.hpp"
 
 namespace ox {
 
 // The key of the built-in label that is called so, whatever the case and the blanks of the word
 // ("home fax"); the word itself when none is.
-std::string labelKeyOf(std::string_view word);
+OX_EXPORT std::string labelKeyOf(std::string_view word);
 
 // The entries of one property of a person that may have several, as the store holds them: for
 // changing one of them. A value that is set through the model writes all entries anew, so that an
@@ -23,7 +24,7 @@ std::string labelKeyOf(std::string_view word);
 // text or reads the same whatever its case. A value is what elements of the property hold in the
 // model (an OxObjectPhone, a text, ...). A person that had a main value, or no value, has a main
 // value afterwards. Borrows the person for its whole life; used by one thread at a time.
-class PersonEntries {
+class OX_EXPORT PersonEntries {
  public:
   // The entries as they are now; the property is one of several values.
   PersonEntries(_ABPerson& person, const OxPropertyPtr& property);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ox/base/export.hpp"
 #include "ox/base/image.hpp"
 
 namespace ox {
@@ -8,10 +9,10 @@ class _ABPerson;
 
 // The person's picture, decoded; null without one, and when its bytes are no picture that we can
 // decode. Null and counted as a failure when they cannot be read, and for want of memory.
-ImagePtr storedPicture(const _ABPerson& person);
+OX_EXPORT ImagePtr storedPicture(const _ABPerson& person);
 
 // True when the store holds a picture of the person that storedPicture does not give. For whoever
 // promises that nothing is left out: readers take such a picture for none.
-bool hasUnreadablePicture(const _ABPerson& person);
+OX_EXPORT bool hasUnreadablePicture(const _ABPerson& person);
 
 }  // namespace ox

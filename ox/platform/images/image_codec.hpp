@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "ox/base/data.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/image.hpp"
 
 // Pictures as bytes: TIFF (6.0), PNG (RFC 2083) and JPEG (ITU-T T.81). Free functions without
@@ -27,18 +28,18 @@ struct ImageSize {
 // into RGB. Null when the bytes are of no known kind, truncated, damaged, too large, or claim more
 // pixels than so few bytes can hold; `reason` then says why in a few words. Throws std::bad_alloc
 // when there is no memory for its pixels.
-ImagePtr decodeImage(std::string_view bytes, std::string* reason = nullptr);
+OX_EXPORT ImagePtr decodeImage(std::string_view bytes, std::string* reason = nullptr);
 
 // Width and height as decodeImage would give them, from the header alone. Missing when it would
 // refuse the header; the rest of the file may still be damaged.
-std::optional<ImageSize> imageSize(std::string_view bytes);
+OX_EXPORT std::optional<ImageSize> imageSize(std::string_view bytes);
 
 // Lossless: deflate-compressed RGBA; decodeImage gives the same picture back. Null for a picture
 // that is empty, above kMaxPixels, or whose pixels do not fill its size.
-Data encodeTiff(const Image& image);
+OX_EXPORT Data encodeTiff(const Image& image);
 
 // The library's default quality (75); transparency shows white. Null as above, and for a side over
 // 65 500 pixels, which the format cannot hold.
-Data encodeJpeg(const Image& image);
+OX_EXPORT Data encodeJpeg(const Image& image);
 
 }  // namespace ox::images
