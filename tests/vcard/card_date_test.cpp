@@ -9,7 +9,7 @@ namespace {
 
 struct Row {
   std::string text;
-  std::string expected;  // "~" in front: mended; empty: unreadable
+  std::string expected;  // "~" in front: unusual; empty: unreadable
 };
 
 TEST(CardDate, ReadsWhatCanMeanOneDayOnly) {
@@ -47,7 +47,7 @@ TEST(CardDate, ReadsWhatCanMeanOneDayOnly) {
   };
   for (const auto& row : rows) {
     const auto read = readCardDate(row.text, "");
-    EXPECT_EQ(read ? (read->mended ? "~" : "") + read->date.toText() : "", row.expected)
+    EXPECT_EQ(read ? (read->isUnusual ? "~" : "") + read->date.toText() : "", row.expected)
         << row.text;
   }
 }

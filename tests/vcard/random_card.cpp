@@ -3,7 +3,8 @@
 #include <array>
 
 #include "ox/records/property_keys.hpp"
-#include "ox/vcard/unmodelled/kept_lines.hpp"
+#include "ox/vcard/properties/address.hpp"
+#include "ox/vcard/unmodelled/property_detail.hpp"
 
 using namespace std::string_view_literals;
 
@@ -148,7 +149,7 @@ void RandomCards::addMulti(PropertyId property, PropertyBag& bag, Array& kept) {
     if (oneIn(10) && property == property_id::kPhone) {
       const auto number = add(*values, "+1 555 0100", Text(kABWorkLabel));
       const auto words = kKept[below(kKept.size())];
-      kept.emplace_back(KeptDetail{property, number, words}.text());
+      kept.emplace_back(encodeDetail({property, number, DetailKind::Parameters, words}));
     }
     // A value of another type is never held.
     if (!fitsType(std::make_shared<const MultiValue>(MultiValue{{{1, {}, value}}, 0}),

@@ -150,7 +150,6 @@ std::size_t parseHead(std::string_view text, ContentLine& line) {
   while (at < text.size() && text[at] == ';') at = parseParameter(text, at + 1, line);
   if (at >= text.size()) return npos;
   line.head = text.substr(0, at);
-  line.row = &propertyRow(line.name);
   return at;
 }
 

@@ -6,8 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include "ox/vcard/properties/property_names.hpp"
-
 namespace ox::vcard {
 
 // How values are escaped and lines folded: vCard 2.1, or 3.0 and 4.0, which agree in both.
@@ -47,7 +45,6 @@ struct ContentLine {
   std::string_view head;   // before the colon: group, name and parameters
   std::string_view group;  // "item1" of "item1.TEL"; empty without one
   std::string_view name;
-  const PropertyRow* row = nullptr;
   std::vector<Parameter> parameters;
   std::string_view value;  // UTF-8; base64 is still encoded
   Encoding encoding = Encoding::None;

@@ -177,7 +177,7 @@ void LineWriter::takeOutControls() {
 
 void LineWriter::end() {
   takeOutControls();
-  if (out_.size() - start_ > kLineOctets) {
+  if (folding_ == Folding::Yes && out_.size() - start_ > kLineOctets) {
     unfolded_.assign(out_, start_);
     out_.resize(start_);
     std::string_view rest = unfolded_;

@@ -28,12 +28,16 @@ bool isPlain(std::string_view text);
 // Appends a text value with its escapes: backslash, comma, semicolon and line feed.
 void appendTextEscaped(std::string_view text, std::string& out);
 
+// Whether lines of more than 75 octets are folded, as those of a card have to be.
+enum class Folding { No, Yes };
+
 // Builds content lines at the end of a text that it borrows (RFC 6350, section 3.2). Nothing that
 // it is given can start a line of its own: text() and parameter() escape line feeds, and end()
 // takes out every other control character but the tab, whoever put it there.
 class LineWriter {
  public:
-  explicit LineWriter(std::string& out) : out_(out), start_(out.size()) {}
+  explicit LineWriter(std::string& out, Folding folding = Folding::Yes)
+      : out_(out), start_(out.size()), folding_(folding) {}
 
   LineWriter& raw(std::string_view text) {
     out_.append(text);
@@ -56,6 +60,7 @@ class LineWriter {
 
   std::string& out_;
   std::size_t start_;
+  Folding folding_;
   std::string unfolded_;
 };
 

@@ -140,39 +140,40 @@ void appendTime(const Date& date, std::string_view separator, std::string& text)
 
 }  // namespace
 
-std::optional<DateSpelling> spellCardDate(const Date& date, bool truncated) {
+std::optional<WrittenDate> writeCardDate(const Date& date, CardVersion version) {
+  const bool truncated = version == CardVersion::V40;
   if (!date.isValid()) return std::nullopt;
-  DateSpelling spelling;
+  WrittenDate written;
   const bool wholeDay = date.month && date.day;
-  spelling.isExact =
+  written.isExact =
       (date.secondOfDay || !date.utcOffsetMinutes) && (date.year != kNoYear || !date.month);
   if (!truncated) {
     if (!wholeDay) return std::nullopt;
-    spelling.omitsYear = !date.year;
-    appendDigits(date.year.value_or(kNoYear), 4, spelling.text);
-    appendDigits(*date.month, 2, spelling.text += '-');
-    appendDigits(*date.day, 2, spelling.text += '-');
+    written.omitsYear = !date.year;
+    appendDigits(date.year.value_or(kNoYear), 4, written.text);
+    appendDigits(*date.month, 2, written.text += '-');
+    appendDigits(*date.day, 2, written.text += '-');
   } else {
-    appendTruncated(date, spelling.text);
-    if (date.secondOfDay && !spelling.text.empty() && !date.day) {
-      spelling.isExact = false;
-      return spelling;
+    appendTruncated(date, written.text);
+    if (date.secondOfDay && !written.text.empty() && !date.day) {
+      written.isExact = false;
+      return written;
     }
   }
-  if (date.secondOfDay) appendTime(date, truncated ? "" : ":", spelling.text);
-  return spelling;
+  if (date.secondOfDay) appendTime(date, truncated ? "" : ":", written.text);
+  return written;
 }
 
 std::optional<CardDate> readCardDate(std::string_view text, std::string_view omittedYear) {
   text = trimmed(text);
   auto date = Date::fromText(text);
-  const bool mended = !date;
+  const bool isUnusual = !date;
   if (!date) date = readUnusual(text);
   if (!date) return std::nullopt;
   if (date->year && (*date->year == kNoYear || *date->year == number(omittedYear)) && date->month) {
     date->year = std::nullopt;
   }
-  return CardDate{*date, mended};
+  return CardDate{*date, isUnusual};
 }
 
 }  // namespace ox::vcard

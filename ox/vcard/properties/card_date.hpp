@@ -5,13 +5,14 @@
 #include <string_view>
 
 #include "ox/base/date.hpp"
+#include "ox/vcard/card_version.hpp"
 
 namespace ox::vcard {
 
-// A date as cards spell it.
+// A date as a card writes it.
 struct CardDate {
   Date date;
-  bool mended = false;  // not a spelling of any vCard version
+  bool isUnusual = false;  // in no form of any vCard version
 };
 
 // Reads the spellings of vCard and the usual ones beside them, as far as they can mean one day
@@ -21,12 +22,12 @@ struct CardDate {
 std::optional<CardDate> readCardDate(std::string_view text, std::string_view omittedYear);
 
 // A date as a card writes it: in vCard 3.0 "1990-05-17", in 4.0 "19900517" or truncated.
-struct DateSpelling {
+struct WrittenDate {
   std::string text;
   bool omitsYear = false;  // the year is 1604 and X-APPLE-OMIT-YEAR has to say so
   bool isExact = true;     // reading it gives the same date
 };
 // Missing when the version has no form for it: vCard 3.0 wants month and day.
-std::optional<DateSpelling> spellCardDate(const Date& date, bool truncated);
+std::optional<WrittenDate> writeCardDate(const Date& date, CardVersion version);
 
 }  // namespace ox::vcard

@@ -1,16 +1,20 @@
 #include "ox/vcard/properties/uid.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "ox/base/text/utf8.hpp"
+#include "ox/records/card_uid.hpp"
 #include "ox/vcard/lines/ascii.hpp"
-#include "ox/vcard/lines/line_writer.hpp"
 #include "ox/vcard/lines/uri.hpp"
+#include "ox/vcard/properties/each_property.hpp"
 
 namespace ox::vcard {
 namespace {
 
 constexpr std::string_view kOwnScheme = "x-ox-uid:";
+// The parameter of a UID in 4.0 that is a UUID without "urn:uuid:" in the record.
+constexpr std::string_view kBareUid = "X-OX-BARE";
 
 bool hasOwnScheme(std::string_view text) {
   return startsWithWord(text, "X-OX-UID:");
@@ -20,8 +24,7 @@ bool isHexDigit(char c) {
   return isDigit(c) || (upper(c) >= 'A' && upper(c) <= 'F');
 }
 
-}  // namespace
-
+// True for the 36 characters of RFC 4122, section 3.
 bool isUuid(std::string_view text) {
   constexpr std::string_view kForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
   return text.size() == kForm.size() &&
@@ -29,17 +32,82 @@ bool isUuid(std::string_view text) {
                     [](char c, char form) { return form == 'x' ? isHexDigit(c) : c == form; });
 }
 
+// A UID as a URI: as it is when it is one, "urn:uuid:" before a UUID, else "x-ox-uid:" and its text
+// with percent escapes.
 std::string uriOfUid(std::string_view uid) {
   if (isUri(uid) && !hasOwnScheme(uid)) return std::string(uid);
-  if (isUuid(uid)) return std::string("urn:uuid:").append(uid);
+  if (isUuid(uid)) return std::string(kUrnPrefix).append(uid);
   std::string uri(kOwnScheme);
   appendPercentEncoded(uid, uri);
   return uri;
 }
 
+// The UID that a value of UID or MEMBER means: undoes "x-ox-uid:" and takes any other as it is.
 std::string uidOfValue(std::string_view value) {
   if (!hasOwnScheme(value)) return std::string(value);
   return validUtf8(percentDecoded(value.substr(kOwnScheme.size())));
+}
+
+std::string uidOf(const ContentLine& line, CardDraft& draft) {
+  auto value = trimmed(line.value);
+  // Only 4.0 wants a URI of it.
+  std::string named;
+  if (draft.facts.is40) value = named = uidOfValue(value);
+  const CardText clean(value);
+  auto uid = clean.view();
+  if (clean.isChanged() || uid.find('\n') != std::string_view::npos) {
+    named = uid;
+    std::erase(named, '\n');
+    uid = named;
+    if (uid.size() != value.size()) draft.repaired(line, "UID with control characters");
+  }
+  const bool isBare =
+      std::any_of(line.parameters.begin(), line.parameters.end(),
+                  [](const Parameter& each) { return isWord(each.name, kBareUid); });
+  return std::string(isBare ? uidKey(uid) : uid);
+}
+
+}  // namespace
+
+bool readUid(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
+  if (!draft.uid.empty()) return false;
+  draft.uid = uidOf(line, draft);
+  return true;
+}
+
+bool readMember(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
+  auto member = std::string(uidKey(uidOf(line, draft)));
+  if (draft.memberKeys.insert(member).second) draft.members.push_back(std::move(member));
+  return true;
+}
+
+void writeUid(const PropertyRow& /*row*/, PropertyWriter& card) {
+  writeUidLine(card);
+}
+
+void writeUidLine(PropertyWriter& card) {
+  const auto* own = card.properties().text(property_id::kCardUid);
+  const CardText text(own != nullptr ? std::string_view(*own) : card.fallbackUid());
+  if (text.view().empty()) return;
+  card.line().raw("UID");
+  if (card.is30()) {
+    card.line().raw(":").raw(text.view()).end();
+    return;
+  }
+  if (isUuid(text.view())) card.line().raw(";").raw(kBareUid).raw("=TRUE");
+  card.line().raw(":").raw(uriOfUid(text.view())).end();
+}
+
+void writeMember(std::string_view member, PropertyWriter& card) {
+  const CardText uid(member);
+  if (!card.is30()) {
+    card.line().raw("MEMBER:").raw(uriOfUid(uid.view())).end();
+    return;
+  }
+  // 3.0 has it so whatever the UID is.
+  card.line().raw("X-ADDRESSBOOKSERVER-MEMBER:");
+  card.line().raw(schemeOf(uid.view()).empty() ? kUrnPrefix : std::string_view());
+  card.line().raw(uid.view()).end();
 }
 
 }  // namespace ox::vcard

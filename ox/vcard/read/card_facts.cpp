@@ -20,7 +20,7 @@ bool saysGroup(std::string_view line) {
   const auto colon = line.find(':');
   if (colon == npos) return false;
   const auto name = trimmed(line.substr(0, line.find(';')).substr(0, colon));
-  return propertyRow(name).meaning == Meaning::Kind &&
+  return (isWord(name, "KIND") || isWord(name, "X-ADDRESSBOOKSERVER-KIND")) &&
          isWord(trimmed(line.substr(colon + 1)), "GROUP");
 }
 

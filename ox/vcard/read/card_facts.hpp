@@ -1,18 +1,11 @@
 #pragma once
 
-#include "ox/vcard/lines/content_line.hpp"
 #include "ox/vcard/source/card_slicer.hpp"
+#include "ox/vcard/values/card_draft.hpp"
 
 namespace ox::vcard {
 
-// What has to be known of a card before its first line is read.
-struct CardFacts {
-  Dialect dialect = Dialect::V30;
-  bool hasVersion = false;
-  bool is40 = false;
-  bool isGroup = false;
-};
-
+// Looks through a card for what has to be known before its first line is read.
 CardFacts factsOf(const RawCard& card);
 
 }  // namespace ox::vcard

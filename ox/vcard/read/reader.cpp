@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ox/vcard/read/card_builder.hpp"
+#include "ox/vcard/read/card_facts.hpp"
 #include "ox/vcard/source/card_lines.hpp"
 #include "ox/vcard/source/card_slicer.hpp"
 #include "ox/vcard/source/charset_evidence.hpp"
@@ -34,7 +35,7 @@ class Reader::Parts {
     if (!raw_.refusal.empty()) return Refusal{raw_.line, raw_.refusal};
     const auto facts = factsOf(raw_);
     if (!facts.hasVersion) raw_.repairs.push_back({raw_.line, "VERSION is missing"});
-    lines_.start(raw_, facts, utf16_.saysItsEncoding());
+    lines_.start(raw_, facts.dialect, utf16_.saysItsEncoding());
     builder_.start(raw_.line, facts);
     while (const auto* line = lines_.next()) builder_.add(*line);
     Card card = builder_.finish();

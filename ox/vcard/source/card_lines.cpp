@@ -65,44 +65,12 @@ void withLineFeeds(std::string& text) {
   text.resize(kept);
 }
 
-void appendWithEscapedBreaks(std::string_view value, std::string& out) {
-  for (const char c : value) {
-    if (c == '\n' || c == '\r') {
-      out += "\\n";
-    } else {
-      out += c;
-    }
-  }
-}
-
-// True for a head that vCard 3.0 and 4.0 spell the same way.
-bool isKeptAsItStands(const ContentLine& line) {
-  if (!line.charset.empty() || line.encoding == Encoding::QuotedPrintable) return false;
-  return std::all_of(line.parameters.begin(), line.parameters.end(), [](const Parameter& each) {
-    return !each.name.empty() && (each.kind != ParameterKind::Encoding || each.value == "b");
-  });
-}
-
-void appendKeptHead(const ContentLine& line, std::string& out) {
-  if (!line.group.empty()) out.append(line.group) += '.';
-  out.append(line.name);
-  for (const auto& parameter : line.parameters) {
-    if (parameter.kind == ParameterKind::Encoding || parameter.kind == ParameterKind::Charset) {
-      continue;
-    }
-    (out += ';').append(parameter.name.empty() ? "TYPE" : parameter.name) += '=';
-    out.append(parameter.value);
-  }
-  if (line.encoding == Encoding::Base64) out += ";ENCODING=b";
-  out += ':';
-}
-
 }  // namespace
 
-void CardLines::start(RawCard& card, const CardFacts& facts, bool trustBytes) {
+void CardLines::start(RawCard& card, Dialect dialect, bool trustBytes) {
   card_ = &card;
   trustBytes_ = trustBytes;
-  dialect_ = facts.dialect;
+  dialect_ = dialect;
   validUtf8_ = isAllUtf8(card);
   guessed_.clear();
   next_ = 0;
@@ -303,23 +271,6 @@ void CardLines::passOver(std::size_t index, std::string_view text) {
 
 void CardLines::mend(std::size_t index, std::string reason) {
   card_->repairs.push_back({card_->line + 1 + index, std::move(reason)});
-}
-
-void appendKept(const ContentLine& line, std::string& out) {
-  out.reserve(out.size() + line.head.size() + line.value.size() + 1);
-  if (isKeptAsItStands(line)) {
-    out.append(line.head) += ':';
-  } else {
-    appendKeptHead(line, out);
-  }
-  if (line.encoding == Encoding::Base64) {
-    std::copy_if(line.value.begin(), line.value.end(), std::back_inserter(out),
-                 [](char c) { return !isBlank(c); });
-  } else if (line.encoding == Encoding::QuotedPrintable || !line.charset.empty()) {
-    appendWithEscapedBreaks(line.value, out);
-  } else {
-    out.append(line.value);
-  }
 }
 
 }  // namespace ox::vcard

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "ox/vcard/lines/content_line.hpp"
-#include "ox/vcard/read/card_facts.hpp"
 #include "ox/vcard/source/card_slicer.hpp"
 
 namespace ox::vcard {
@@ -23,7 +22,7 @@ class CardLines {
 
   // Starts with another card. It is borrowed until the next start. `trustBytes`: the file itself
   // says that it is UTF-8, whatever its CHARSET parameters claim.
-  void start(RawCard& card, const CardFacts& facts, bool trustBytes);
+  void start(RawCard& card, Dialect dialect, bool trustBytes);
 
   // The next line; null at the end. Valid until the next call.
   const ContentLine* next();
@@ -56,10 +55,5 @@ class CardLines {
   std::string decoded_;    // its value when that is not a part of the text
   std::string head_;       // its head when that was no UTF-8
 };
-
-// Appends the line as it is kept when nothing models it: unfolded, without quoted-printable and
-// CHARSET (line feeds become \n again), base64 without blanks, the bare words and encodings of
-// vCard 2.1 as 3.0 writes them.
-void appendKept(const ContentLine& line, std::string& out);
 
 }  // namespace ox::vcard

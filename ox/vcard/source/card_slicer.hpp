@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "ox/vcard/lines/ascii.hpp"
-#include "ox/vcard/read/card.hpp"
+#include "ox/vcard/lines/problem.hpp"
 #include "ox/vcard/source/byte_source.hpp"
 
 namespace ox::vcard {

@@ -8,7 +8,6 @@
 #include "ox/base/checksum.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/records/fingerprint.hpp"
-#include "ox/vcard/read/card.hpp"
 
 namespace ox::vcard {
 namespace {

@@ -1,0 +1,59 @@
+#include "ox/vcard/lines/structured_value.hpp"
+
+#include "ox/vcard/lines/decode.hpp"
+#include "ox/vcard/lines/line_writer.hpp"
+
+namespace ox::vcard {
+namespace {
+
+constexpr auto npos = std::string_view::npos;
+
+// The first of that character at or after a place that no backslash stands before.
+std::size_t findBare(std::string_view text, char wanted, std::size_t at) {
+  for (; at < text.size(); ++at) {
+    if (text[at] == '\\') {
+      ++at;
+    } else if (text[at] == wanted) {
+      return at;
+    }
+  }
+  return npos;
+}
+
+void appendText(std::string_view raw, Dialect dialect, std::string& out) {
+  const auto text = unescaped(raw, dialect);
+  appendTextEscaped(CardText(text).view(), out);
+}
+
+void appendPieces(std::string_view raw, char mark, Dialect dialect, std::string& out) {
+  std::size_t from = 0;
+  for (auto at = findBare(raw, mark, 0); at != npos; at = findBare(raw, mark, from)) {
+    appendText(raw.substr(from, at - from), dialect, out);
+    out += mark;
+    from = at + 1;
+  }
+  appendText(raw.substr(from), dialect, out);
+}
+
+}  // namespace
+
+bool hasList(std::string_view value, Dialect dialect) {
+  return dialect == Dialect::V30 && findBare(value, ',', 0) != npos;
+}
+
+std::string canonicalPieces(std::string_view value, char mark, Dialect dialect) {
+  std::string out;
+  appendPieces(value, mark, dialect, out);
+  return out;
+}
+
+std::string canonicalComponents(std::span<const std::string_view> components, Dialect dialect) {
+  std::string out;
+  for (std::size_t i = 0; i < components.size(); ++i) {
+    if (i > 0) out += ';';
+    appendPieces(components[i], ',', dialect, out);
+  }
+  return out;
+}
+
+}  // namespace ox::vcard

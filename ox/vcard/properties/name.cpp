@@ -1,0 +1,316 @@
+#include "ox/vcard/properties/name.hpp"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <utility>
+
+#include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/decode.hpp"
+#include "ox/vcard/lines/structured_value.hpp"
+#include "ox/vcard/properties/each_property.hpp"
+#include "ox/vcard/properties/full_name.hpp"
+#include "ox/vcard/unmodelled/line_form.hpp"
+#include "ox/vcard/unmodelled/unmodelled_line.hpp"
+
+namespace ox::vcard {
+namespace {
+
+// One component of N: its text, and what joins the elements of a list in it.
+struct NamePart {
+  PropertyId property;
+  std::string_view separator;
+};
+
+// In the order of RFC 6350, section 6.2.2.
+constexpr std::array kParts = {
+    NamePart{property_id::kLast, " "}, NamePart{property_id::kFirst, " "},
+    NamePart{property_id::kMiddle, " "}, NamePart{property_id::kTitle, " "},
+    NamePart{property_id::kSuffix, ", "}};
+
+template <typename TextOf>
+NameParts partsFrom(TextOf&& textOf) {
+  return {.last = textOf(property_id::kLast),
+          .first = textOf(property_id::kFirst),
+          .middle = textOf(property_id::kMiddle),
+          .title = textOf(property_id::kTitle),
+          .suffix = textOf(property_id::kSuffix)};
+}
+
+NameParts partsHeldBy(CollectedValues& values) {
+  return partsFrom([&](PropertyId id) { return std::string_view(values.text(id)); });
+}
+
+NameParts partsHeldBy(PropertyWriter& card) {
+  return partsFrom([&](PropertyId id) { return card.textOf(id); });
+}
+
+std::array<std::string_view, 5> inOrder(const NameParts& parts) {
+  return {parts.last, parts.first, parts.middle, parts.title, parts.suffix};
+}
+
+bool isEmpty(const NameParts& parts) {
+  const auto all = inOrder(parts);
+  return std::all_of(all.begin(), all.end(), [](std::string_view part) { return part.empty(); });
+}
+
+// The value of N for these parts.
+std::string valueOfName(const NameParts& parts) {
+  std::string value;
+  for (const auto part : inOrder(parts)) {
+    appendTextEscaped(CardText(part).view(), value);
+    value += ';';
+  }
+  value.pop_back();
+  return value;
+}
+
+// True when a reader makes these parts of the value.
+bool givesName(std::string_view value, const NameParts& parts) {
+  const auto read = components<kParts.size()>(value);
+  const auto wanted = inOrder(parts);
+  for (std::size_t i = 0; i < kParts.size(); ++i) {
+    if (unescapedList(read[i], Dialect::V30, kParts[i].separator) != wanted[i]) return false;
+  }
+  return true;
+}
+
+// The readings of the last and the first name that a SORT-AS parameter gives (RFC 6350, section
+// 5.9); some programs part them by a semicolon.
+struct Readings {
+  std::string last;
+  std::string first;
+
+  bool operator==(const Readings&) const = default;
+};
+
+Readings readingsOf(const Parameter& sortAs) {
+  const auto reading = parameterText(sortAs);
+  const auto mark = reading.find_first_of(",;");
+  Readings result{reading.substr(0, mark), {}};
+  if (mark != std::string::npos) {
+    result.first = trimmed(std::string_view(reading).substr(mark + 1));
+  }
+  return result;
+}
+
+// Of the parameter as it is preserved: ";SORT-AS=...".
+Readings readingsOfPreserved(std::string_view parameter) {
+  const auto equals = parameter.find('=');
+  if (equals == std::string_view::npos) return {};
+  return readingsOf({"SORT-AS", parameter.substr(equals + 1), ParameterKind::SortAs});
+}
+
+// RFC 9554, section 4.4: what the line says is made of other lines. vCard 3.0 has no such
+// parameter.
+bool isDerived(const ContentLine& line) {
+  for (const auto& parameter : line.parameters) {
+    const bool named = isWord(parameter.name, "DERIVED") || isWord(parameter.name, "X-DERIVED");
+    if (named && isWord(parameter.value, "TRUE")) return true;
+  }
+  return false;
+}
+
+bool hasReadingType(const ContentLine& line) {
+  bool found = false;
+  for (const auto& parameter : line.parameters) {
+    if (parameter.kind != ParameterKind::Type) continue;
+    forEachWord(parameter.value, [&](std::string_view word) { found |= isWord(word, "X-IRMC-N"); });
+  }
+  return found;
+}
+
+// The parameter of N, as long as the readings are those that it gave. vCard 3.0 has none such.
+void writeSortAs(PropertyWriter& card, bool isNamed) {
+  const auto preserved = card.unmodelled().sortAs();
+  if (preserved.empty()) return;
+  const Readings held{std::string(card.textOf(property_id::kLastPhonetic)),
+                      std::string(card.textOf(property_id::kFirstPhonetic))};
+  if (readingsOfPreserved(preserved) != held) return;
+  if (isNamed && !card.is30() && areAdmitted(preserved, card.version())) {
+    card.line().raw(preserved);
+  } else {
+    card.wrapLater({property_id::kLastPhonetic, 0, DetailKind::SortAs, std::string(preserved)});
+  }
+}
+
+// What FN says of a person without a name: never nothing.
+std::string nameInstead(PropertyWriter& card) {
+  const auto nickname = card.textOf(property_id::kNickname);
+  if (!nickname.empty()) return std::string(nickname);
+  for (const auto id : {property_id::kEmail, property_id::kPhone}) {
+    const auto* value = card.valueOf(id);
+    const auto* values = value != nullptr ? std::get_if<MultiValuePtr>(value) : nullptr;
+    if (values == nullptr || (*values)->entries.empty()) continue;
+    const auto* text = (*values)->entries.front().value.text();
+    if (text == nullptr) continue;
+    const CardText clean(*text);
+    if (!trimmed(clean.view()).empty()) return std::string(clean.view());
+  }
+  return "?";
+}
+
+}  // namespace
+
+bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
+  if (draft.name.hasParts) return false;
+  const auto components = vcard::components<kParts.size() + 1>(line.value);
+  for (std::size_t i = 0; i < kParts.size(); ++i) {
+    if (components[i].empty()) continue;
+    draft.values.text(kParts[i].property) =
+        unescapedList(components[i], draft.facts.dialect, kParts[i].separator);
+    draft.name.hasParts = true;
+  }
+  const bool allTaken = components.back().find_first_not_of("; ") == std::string_view::npos;
+  if (!allTaken) draft.repaired(line, "N has more than five components, kept as text beside them");
+  if (!draft.facts.isGroup && hasList(line.value, draft.facts.dialect)) {
+    draft.name.verbatimParts =
+        canonicalComponents(std::span(components).first<kParts.size()>(), draft.facts.dialect);
+    draft.preserveVerbatim(property_id::kLast, draft.name.verbatimParts);
+  }
+  if (line.parameters.empty()) return allTaken;
+  if (const auto* sortAs = line.find(ParameterKind::SortAs)) {
+    auto readings = readingsOf(*sortAs);
+    draft.values.text(property_id::kLastPhonetic) = std::move(readings.last);
+    draft.values.text(property_id::kFirstPhonetic) = std::move(readings.first);
+    if (!draft.facts.isGroup) {
+      draft.unmodelled.details.push_back({property_id::kLastPhonetic, 0, DetailKind::SortAs,
+                                          std::string(";SORT-AS=").append(sortAs->value)});
+    }
+  }
+  draft.preserveParameters(property_id::kLast, line, bitOf(ParameterKind::SortAs));
+  return allTaken;
+}
+
+bool readFormattedName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
+  auto& name = draft.name;
+  if (!name.formatted.empty()) {
+    name.isRepeated = true;
+    return false;
+  }
+  name.formatted = draft.text(line);
+  name.isDerived = isDerived(line);
+  name.formattedLine.clear();
+  appendPreserved(line, name.formattedLine);
+  if (draft.facts.isGroup && !name.isDerived && !name.formatted.empty()) {
+    draft.preserveParameters(property_id::kGroupName, line);
+  }
+  return true;
+}
+
+// SOUND;X-IRMC-N holds the reading of N.
+bool readSound(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
+  if (line.encoding == Encoding::Base64 || !hasReadingType(line)) return false;
+  auto& values = draft.values;
+  if (!values.text(property_id::kLastPhonetic).empty() ||
+      !values.text(property_id::kFirstPhonetic).empty()) {
+    return false;
+  }
+  const auto parts = components<5>(line.value);
+  values.text(property_id::kLastPhonetic) = unescaped(parts[0], draft.facts.dialect);
+  values.text(property_id::kFirstPhonetic) = unescaped(parts[1], draft.facts.dialect);
+  values.text(property_id::kMiddlePhonetic) = unescaped(parts[2], draft.facts.dialect);
+  return true;
+}
+
+void settleName(CardDraft& draft) {
+  auto& name = draft.name;
+  auto& values = draft.values;
+  const auto& company = values.text(property_id::kOrganization);
+  if (name.isDerived && !name.hasParts) return;
+  if (!name.hasParts && name.formatted != company) {
+    const auto parts = partsOfFullName(name.formatted);
+    values.text(property_id::kFirst) = parts.first;
+    values.text(property_id::kLast) = parts.last;
+  }
+  const auto parts = partsHeldBy(values);
+  std::string composed;
+  composeFullName(parts, composed);
+  const bool isCovered = name.formatted.empty() || name.formatted == composed ||
+                         (composed.empty() && name.formatted == company);
+  if (isCovered && !name.isRepeated) return;
+  draft.unmodelled.lines.insert(draft.unmodelled.lines.begin(), name.formattedLine);
+  // What FN says counts as long as the name is the one that came with it.
+  if (name.verbatimParts.empty()) {
+    draft.preserveVerbatim(property_id::kLast, valueOfName(parts));
+  }
+}
+
+std::string groupNameOf(CardDraft& draft) {
+  if (!draft.name.formatted.empty() && !draft.name.isDerived) return draft.name.formatted;
+  std::string composed;
+  composeFullName({.last = draft.values.text(property_id::kLast),
+                   .first = draft.values.text(property_id::kFirst)},
+                  composed);
+  return composed;
+}
+
+// In 4.0 a person without a name has no N.
+void writeName(const PropertyRow& /*row*/, PropertyWriter& card) {
+  const auto parts = partsHeldBy(card);
+  const bool isNamed = !isEmpty(parts);
+  const auto verbatim = card.unmodelled().verbatimOf(property_id::kLast, 0);
+  const bool isVerbatim = !verbatim.empty() && givesName(verbatim, parts);
+  if (!verbatim.empty() && !isVerbatim) card.noteNameChanged();
+  if (!isNamed && !card.is30()) return writeSortAs(card, isNamed);
+  card.line().raw("N");
+  if (isNamed) card.writeParameters(property_id::kLast);
+  writeSortAs(card, isNamed);
+  card.line().raw(":");
+  if (isVerbatim) {
+    card.line().raw(verbatim);
+  } else {
+    card.line().raw(valueOfName(parts));
+  }
+  card.line().end();
+}
+
+// Never missing. One that is made of something else than names has to say so, or a reader would
+// take it for the name.
+void writeFormattedName(const PropertyRow& /*row*/, PropertyWriter& card) {
+  const auto line =
+      card.isNameChanged() ? std::string_view() : card.unmodelled().formattedNameLine();
+  std::string room;
+  if (!line.empty()) {
+    if (const auto admitted = UnmodelledLine(line).inVersion(card.version(), room)) {
+      card.line().raw(*admitted).end();
+      return;
+    }
+  }
+  std::string composed;
+  composeFullName(partsHeldBy(card), composed);
+  const auto company = card.textOf(property_id::kOrganization);
+  if (!composed.empty() || !company.empty()) {
+    card.line().raw("FN:").text(composed.empty() ? company : composed).end();
+  } else {
+    card.line().raw(card.is30() ? "FN;X-DERIVED=TRUE:" : "FN;DERIVED=TRUE:");
+    card.line().text(nameInstead(card)).end();
+  }
+  if (!line.empty()) card.writeWrapped(line);
+}
+
+void writeGroupName(PropertyWriter& card) {
+  const auto* name = card.properties().text(property_id::kGroupName);
+  const CardText text(name != nullptr ? std::string_view(*name) : std::string_view());
+  if (card.is30()) {
+    card.line().raw("N");
+    card.writeParameters(property_id::kLast);
+    card.line().raw(":").text(text.view()).raw(";;;;").end();
+  }
+  if (text.view().empty()) {
+    card.line().raw(card.is30() ? "FN;X-DERIVED=TRUE:?" : "FN;DERIVED=TRUE:?").end();
+    return;
+  }
+  card.line().raw("FN");
+  card.writeParameters(property_id::kGroupName);
+  card.line().raw(":").text(text.view()).end();
+}
+
+bool lacksReadings(const PropertyRow& /*row*/, std::string_view line, PropertyWriter& card) {
+  if (!card.textOf(property_id::kLastPhonetic).empty()) return false;
+  if (!card.textOf(property_id::kFirstPhonetic).empty()) return false;
+  ContentLine sound;
+  return parseHead(line, sound) != std::string_view::npos && hasReadingType(sound);
+}
+
+}  // namespace ox::vcard

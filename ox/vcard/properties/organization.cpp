@@ -1,0 +1,102 @@
+#include <utility>
+
+#include "ox/vcard/lines/decode.hpp"
+#include "ox/vcard/lines/structured_value.hpp"
+#include "ox/vcard/properties/each_property.hpp"
+
+// ORG: the company, then its units. The department holds the units as the card parts them.
+
+namespace ox::vcard {
+namespace {
+
+struct Organization {
+  std::string company;
+  std::string department;
+};
+
+// A semicolon at the end is there when a backslash stands before it.
+bool endsWithBareSemicolon(std::string_view value) {
+  return value.ends_with(';') && !value.ends_with("\\;");
+}
+
+Organization organizationOf(std::string_view value, Dialect dialect) {
+  const auto parts = components<2>(value);
+  auto units = parts[1];
+  while (endsWithBareSemicolon(units)) units.remove_suffix(1);
+  return {unescaped(parts[0], dialect), unescaped(units, dialect)};
+}
+
+// ORG as a card wrote it, in canonical form.
+std::string canonicalValue(std::string_view value, Dialect dialect) {
+  auto out = canonicalPieces(value, ';', dialect);
+  while (endsWithBareSemicolon(out)) out.pop_back();
+  return out;
+}
+
+// Units are parted by semicolons; one at the end would be taken for an empty unit.
+void appendUnits(std::string_view department, std::string& out) {
+  constexpr auto npos = std::string_view::npos;
+  const bool atEnd = department.ends_with(';');
+  if (atEnd) department.remove_suffix(1);
+  std::size_t from = 0;
+  for (auto mark = department.find(';'); mark != npos; mark = department.find(';', from)) {
+    appendTextEscaped(department.substr(from, mark - from), out);
+    out += ';';
+    from = mark + 1;
+  }
+  appendTextEscaped(department.substr(from), out);
+  if (atEnd) out += "\\;";
+}
+
+std::string valueOf(std::string_view company, std::string_view department) {
+  std::string out;
+  appendTextEscaped(company, out);
+  if (department.empty()) return out;
+  out += ';';
+  appendUnits(department, out);
+  return out;
+}
+
+bool gives(std::string_view verbatim, std::string_view company, std::string_view department) {
+  const auto read = organizationOf(verbatim, Dialect::V30);
+  return read.company == company && read.department == department;
+}
+
+}  // namespace
+
+bool readOrganization(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
+  auto& company = draft.values.text(row.property);
+  auto& department = draft.values.text(property_id::kDepartment);
+  if (!company.empty() || !department.empty()) return false;
+  auto read = organizationOf(line.value, draft.facts.dialect);
+  company = std::move(read.company);
+  department = std::move(read.department);
+  if (line.value.find("\\;") != std::string_view::npos) {
+    const auto canonical = canonicalValue(line.value, draft.facts.dialect);
+    const auto ours = valueOf(CardText(company).view(), CardText(department).view());
+    if (canonical != ours) draft.preserveVerbatim(row.property, canonical);
+  }
+  draft.preserveParameters(row.property, line);
+  return true;
+}
+
+void writeOrganization(const PropertyRow& row, PropertyWriter& card) {
+  const auto company = card.textOf(row.property);
+  const auto department = card.textOf(property_id::kDepartment);
+  if (company.empty() && department.empty()) return;
+  card.line().raw("ORG");
+  card.writeParameters(row.property);
+  const auto verbatim = card.unmodelled().verbatimOf(row.property, 0);
+  card.line().raw(":");
+  if (!verbatim.empty() && gives(verbatim, company, department)) {
+    card.line().raw(verbatim).end();
+  } else {
+    card.line().raw(valueOf(company, department)).end();
+  }
+}
+
+bool lacksOrganization(const PropertyRow& row, std::string_view /*line*/, PropertyWriter& card) {
+  return card.textOf(row.property).empty() && card.textOf(property_id::kDepartment).empty();
+}
+
+}  // namespace ox::vcard

@@ -1,0 +1,115 @@
+#include "ox/vcard/properties/property_index.hpp"
+
+#include <array>
+
+#include "ox/records/property_keys.hpp"
+#include "ox/vcard/lines/name_table.hpp"
+#include "ox/vcard/properties/each_property.hpp"
+
+namespace ox::vcard {
+namespace {
+
+using namespace property_id;
+
+template <WriteEntry* writeEntry>
+void eachEntry(const PropertyRow& row, PropertyWriter& card) {
+  writeEntries(card, row.property, writeEntry);
+}
+
+constexpr PropertyRow textRow(std::string_view name, PropertyId property) {
+  return {name, readSingleText, writeSingleText, property, {}, lacksSingleText};
+}
+
+// A name of a date, an account or a relation that we read and do not write.
+constexpr PropertyRow dateRow(std::string_view name, std::string_view label) {
+  return {name, readDate, nullptr, kOtherDates, label};
+}
+constexpr PropertyRow messageRow(std::string_view name, std::string_view service) {
+  return {name, readMessageUser, nullptr, kInstantMessage, service};
+}
+constexpr PropertyRow relationRow(std::string_view name, std::string_view label) {
+  return {name, readRelation, nullptr, kRelatedNames, label};
+}
+
+// A property of the card as a whole.
+constexpr PropertyRow cardRow(std::string_view name, ReadProperty* read, CardsWith in) {
+  return {name, read, nullptr, 0, {}, nullptr, in};
+}
+
+// A card is written in the order of the rows.
+constexpr std::array kRows = {
+    PropertyRow{"N", readName, writeName, 0, {}, nullptr, CardsWith::Both},
+    PropertyRow{"FN", readFormattedName, writeFormattedName, 0, {}, nullptr, CardsWith::Both},
+    textRow("NICKNAME", kNickname),
+    textRow("X-MAIDENNAME", kMaidenName),
+    textRow("X-PHONETIC-FIRST-NAME", kFirstPhonetic),
+    textRow("X-PHONETIC-MIDDLE-NAME", kMiddlePhonetic),
+    textRow("X-PHONETIC-LAST-NAME", kLastPhonetic),
+    PropertyRow{"SOUND", readSound, nullptr, 0, {}, lacksReadings},
+    PropertyRow{"ORG", readOrganization, writeOrganization, kOrganization, {}, lacksOrganization},
+    textRow("TITLE", kJobTitle),
+    PropertyRow{"BDAY", readBirthday, writeBirthday, kBirthday},
+    PropertyRow{"TEL", readPhone, eachEntry<writePhone>, kPhone},
+    PropertyRow{"EMAIL", readEmail, eachEntry<writeEmail>, kEmail},
+    PropertyRow{"URL", readUrl, eachEntry<writeUrl>, kURLs},
+    PropertyRow{"IMPP", readMessageUri, eachEntry<writeMessage>, kInstantMessage},
+    messageRow("X-AIM", kABInstantMessageServiceAIM),
+    messageRow("X-ICQ", kABInstantMessageServiceICQ),
+    messageRow("X-JABBER", kABInstantMessageServiceJabber),
+    messageRow("X-MSN", kABInstantMessageServiceMSN),
+    messageRow("X-YAHOO", kABInstantMessageServiceYahoo),
+    messageRow("X-SKYPE", kABInstantMessageServiceSkype),
+    messageRow("X-SKYPE-USERNAME", kABInstantMessageServiceSkype),
+    messageRow("X-GADUGADU", kABInstantMessageServiceGaduGadu),
+    messageRow("X-QQ", kABInstantMessageServiceQQ),
+    messageRow("X-GTALK", kABInstantMessageServiceGoogleTalk),
+    messageRow("X-GOOGLE-TALK", kABInstantMessageServiceGoogleTalk),
+    messageRow("X-FACEBOOK", kABInstantMessageServiceFacebook),
+    PropertyRow{"X-SOCIALPROFILE", readSocialProfile, eachEntry<writeSocialProfile>,
+                kSocialProfile},
+    PropertyRow{"ADR", readAddress, eachEntry<writeAddress>, kAddress},
+    PropertyRow{"X-ABADR", readCountryCode, nullptr, kAddress},
+    PropertyRow{"RELATED", readRelated, eachEntry<writeRelated>, kRelatedNames},
+    relationRow("X-ABRELATEDNAMES", {}),
+    relationRow("X-SPOUSE", kABSpouseLabel),
+    relationRow("X-EVOLUTION-SPOUSE", kABSpouseLabel),
+    relationRow("X-MS-SPOUSE", kABSpouseLabel),
+    relationRow("X-MANAGER", kABManagerLabel),
+    relationRow("X-EVOLUTION-MANAGER", kABManagerLabel),
+    relationRow("X-MS-MANAGER", kABManagerLabel),
+    relationRow("X-ASSISTANT", kABAssistantLabel),
+    relationRow("X-EVOLUTION-ASSISTANT", kABAssistantLabel),
+    relationRow("X-MS-ASSISTANT", kABAssistantLabel),
+    PropertyRow{"X-ABDATE", readDate, eachEntry<writeDate>, kOtherDates},
+    dateRow("ANNIVERSARY", kABAnniversaryLabel),
+    dateRow("X-ANNIVERSARY", kABAnniversaryLabel),
+    dateRow("X-EVOLUTION-ANNIVERSARY", kABAnniversaryLabel),
+    dateRow("X-MS-ANNIVERSARY", kABAnniversaryLabel),
+    PropertyRow{"NOTE", readNote, writeSingleText, kNote, {}, lacksSingleText},
+    PropertyRow{"PHOTO", readPhoto, writePhoto, 0, {}, lacksPhoto},
+    PropertyRow{"UID", readUid, writeUid, 0, {}, nullptr, CardsWith::Both},
+    cardRow("MEMBER", readMember, CardsWith::Groups),
+    cardRow("X-ADDRESSBOOKSERVER-MEMBER", readMember, CardsWith::Groups),
+    cardRow("KIND", readNothing, CardsWith::Groups),
+    cardRow("X-ADDRESSBOOKSERVER-KIND", readNothing, CardsWith::Groups),
+    cardRow("VERSION", readNothing, CardsWith::Both),
+    cardRow("X-ABLABEL", readLabel, CardsWith::Persons),
+    cardRow("X-OX-PROPERTY", readStoredValues, CardsWith::Persons),
+    cardRow("X-OX-LINE", readWrappedLine, CardsWith::Both),
+};
+
+constexpr NameTable kTable(kRows);
+
+}  // namespace
+
+const PropertyRow* findProperty(std::string_view name) {
+  return kTable.find(name);
+}
+
+void writeProperties(PropertyWriter& card) {
+  for (const auto& row : kRows) {
+    if (row.write != nullptr) row.write(row, card);
+  }
+}
+
+}  // namespace ox::vcard

@@ -1,0 +1,61 @@
+#include "ox/vcard/lines/decode.hpp"
+#include "ox/vcard/lines/structured_value.hpp"
+#include "ox/vcard/properties/each_property.hpp"
+
+// Properties that hold one text: NICKNAME, TITLE, X-MAIDENNAME, X-PHONETIC-..., and NOTE, whose
+// lines join.
+
+namespace ox::vcard {
+
+bool readSingleText(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
+  if (line.value.empty()) return true;
+  auto& held = draft.values.text(row.property);
+  // SORT-AS may have given it already.
+  const bool isReading =
+      row.property == property_id::kFirstPhonetic || row.property == property_id::kLastPhonetic;
+  if (!held.empty()) return isReading && line.parameters.empty() && held == draft.text(line);
+  held = draft.text(line);
+  if (row.property == property_id::kNickname && hasList(line.value, draft.facts.dialect)) {
+    draft.preserveVerbatim(row.property, canonicalPieces(line.value, ',', draft.facts.dialect));
+  }
+  draft.preserveParameters(row.property, line);
+  return true;
+}
+
+// Several notes are one, unless their parameters tell them apart.
+bool readNote(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
+  if (line.value.empty()) return true;
+  auto& note = draft.values.text(row.property);
+  if (note.empty()) {
+    note = draft.text(line);
+    draft.noteParameters = draft.preserveParameters(row.property, line);
+    return true;
+  }
+  readTypeWords(line, draft.types);
+  if (draft.parametersOf(line, draft.types.known) != draft.noteParameters) return false;
+  if (draft.types.rank != 0) {
+    draft.repaired(line, "preference of one note among several left out");
+  }
+  (note += '\n') += draft.text(line);
+  return true;
+}
+
+void writeSingleText(const PropertyRow& row, PropertyWriter& card) {
+  const auto text = card.textOf(row.property);
+  if (text.empty()) return;
+  card.line().raw(row.name);
+  card.writeParameters(row.property);
+  const auto verbatim = card.unmodelled().verbatimOf(row.property, 0);
+  card.line().raw(":");
+  if (!verbatim.empty() && unescaped(verbatim, Dialect::V30) == text) {
+    card.line().raw(verbatim).end();
+  } else {
+    card.line().text(text).end();
+  }
+}
+
+bool lacksSingleText(const PropertyRow& row, std::string_view /*line*/, PropertyWriter& card) {
+  return card.textOf(row.property).empty();
+}
+
+}  // namespace ox::vcard

@@ -1,0 +1,108 @@
+#include "ox/vcard/unmodelled/unmodelled.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/unmodelled/line_form.hpp"
+
+namespace ox::vcard {
+namespace {
+
+bool byOwner(const DetailView& a, const DetailView& b) {
+  return std::pair(a.property, a.entry) < std::pair(b.property, b.entry);
+}
+
+const DetailView* find(const std::vector<DetailView>& details, PropertyId property,
+                       std::uint64_t entry) {
+  const auto found =
+      std::lower_bound(details.begin(), details.end(), DetailView{property, entry}, byOwner);
+  if (found == details.end() || found->property != property || found->entry != entry) {
+    return nullptr;
+  }
+  return &*found;
+}
+
+}  // namespace
+
+Unmodelled::Unmodelled(const PropertyBag& properties) {
+  const auto* held = properties.find(property_id::kUnmodelledLines);
+  if (held == nullptr) return;
+  const auto* single = std::get_if<Object>(held);
+  const auto* texts = single != nullptr ? single->array() : nullptr;
+  if (texts == nullptr) return;
+  for (const auto& element : *texts) {
+    const auto* text = element.text();
+    if (text == nullptr || text->empty()) continue;
+    if (const auto detail = decodeDetail(*text)) {
+      takeDetail(*detail);
+      continue;
+    }
+    const auto name = lineNameOf(*text);
+    if (formattedNameLine_.empty() && isWord(name.name, "FN")) {
+      formattedNameLine_ = *text;
+      continue;
+    }
+    lines_.emplace_back(*text);
+    takeGroup(name.group);
+  }
+  for (auto* details : {&parameters_, &verbatim_, &ranks_, &groups_}) {
+    if (details->size() > 1) std::stable_sort(details->begin(), details->end(), byOwner);
+  }
+}
+
+// Notes the number of an "itemN": a writer must not give it to a group of its own.
+void Unmodelled::takeGroup(std::string_view group) {
+  constexpr std::string_view kItem = "ITEM";
+  if (!startsWithWord(group, kItem)) return;
+  const auto digits = group.substr(kItem.size());
+  std::uint32_t number = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  firstFreeItem_ = std::max<std::size_t>(firstFreeItem_, std::size_t{number} + 1);
+}
+
+void Unmodelled::takeDetail(const DetailView& detail) {
+  switch (detail.kind) {
+    case DetailKind::SortAs:
+      sortAs_ = detail.text;
+      return;
+    case DetailKind::Preference:
+      ranks_.push_back(detail);
+      return;
+    case DetailKind::Verbatim:
+      verbatim_.push_back(detail);
+      return;
+    case DetailKind::Parameters:
+      parameters_.push_back(detail);
+      return;
+    case DetailKind::Group:
+      if (!isGroupName(detail.text)) return;
+      groups_.push_back(detail);
+      takeGroup(detail.text);
+  }
+}
+
+std::span<const DetailView> Unmodelled::parametersOf(PropertyId property,
+                                                     std::uint64_t entry) const {
+  const auto [first, last] = std::equal_range(parameters_.begin(), parameters_.end(),
+                                              DetailView{property, entry}, byOwner);
+  return {first, last};
+}
+
+std::string_view Unmodelled::verbatimOf(PropertyId property, std::uint64_t entry) const {
+  const auto* detail = find(verbatim_, property, entry);
+  return detail != nullptr ? detail->text : std::string_view();
+}
+
+unsigned Unmodelled::rankOf(PropertyId property, std::uint64_t entry) const {
+  const auto* detail = find(ranks_, property, entry);
+  return detail != nullptr ? vcard::rankOf(*detail) : 0;
+}
+
+std::string_view Unmodelled::groupOf(PropertyId property, std::uint64_t entry) const {
+  const auto* detail = find(groups_, property, entry);
+  return detail != nullptr ? detail->text : std::string_view();
+}
+
+}  // namespace ox::vcard

@@ -1,0 +1,87 @@
+#include "ox/vcard/write/unmodelled_writer.hpp"
+
+#include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/properties/property_index.hpp"
+#include "ox/vcard/unmodelled/line_form.hpp"
+
+namespace ox::vcard {
+namespace {
+
+// A line that would make a group of a person.
+bool makesGroup(const UnmodelledLine& line) {
+  const bool isKind =
+      isWord(line.name(), "KIND") || isWord(line.name(), "X-ADDRESSBOOKSERVER-KIND");
+  return isKind && isWord(trimmed(line.text().substr(line.text().rfind(':') + 1)), "GROUP");
+}
+
+}  // namespace
+
+// A preserved second line whose first is gone, for one.
+bool UnmodelledWriter::wouldBeMisread(const UnmodelledLine& line) {
+  if (of_ == Of::Group) return false;
+  if (makesGroup(line)) return true;
+  const auto* row = findProperty(line.name());
+  return row != nullptr && row->lacks != nullptr && row->lacks(*row, line.text(), card_);
+}
+
+bool UnmodelledWriter::writeLine(std::string_view text) {
+  const UnmodelledLine line(text);
+  if (line.isOnlyOnce() && card_.hasWritten(line.name())) return false;
+  if (wouldBeMisread(line)) return false;
+  const auto admitted = line.inVersion(card_.version(), room_);
+  if (!admitted) return false;
+  card_.line().raw(*admitted).end();
+  if (line.isOnlyOnce()) card_.noteWritten(line.name());
+  return true;
+}
+
+// RFC 2426, section 3.5.4: a card as a text value.
+bool UnmodelledWriter::writeNestedCard(std::string_view text) {
+  const auto colon = text.substr(0, text.find('\n')).find(':');
+  const CardText nested(text);
+  if (colon == std::string_view::npos || nested.isChanged()) return false;
+  const auto head = UnmodelledLine(text.substr(0, colon + 1)).inVersion(card_.version(), room_);
+  if (!head) return false;
+  auto card = text.substr(colon + 1);
+  while (!card.empty() && isBlank(card.front())) card.remove_prefix(1);
+  if (card.starts_with('\n')) card.remove_prefix(1);  // as older stores kept it
+  card_.line().raw(*head).text(card).end();
+  return true;
+}
+
+void UnmodelledWriter::writeLines(Revision revision, NestedCards nestedCards) {
+  for (const auto text : card_.unmodelled().lines()) {
+    const auto name = lineNameOf(text).name;
+    if (card_.isNameChanged() && isWord(name, "FN")) continue;
+    if (revision == Revision::IsOutdated && isWord(name, "REV")) continue;
+    const bool isNested = text.find('\n') != std::string_view::npos;
+    if (isNested && nestedCards == NestedCards::LeftOut) continue;
+    if (!(isNested ? writeNestedCard(text) : writeLine(text))) card_.writeWrapped(text);
+  }
+}
+
+// True when the property of a single value's parameters has a line in which they could stand.
+bool UnmodelledWriter::hasLineFor(const DetailView& parameters) const {
+  if (of_ == Of::Person) return true;
+  if (parameters.property == property_id::kLast) return card_.is30();
+  const auto* name = card_.properties().text(property_id::kGroupName);
+  return name != nullptr && !CardText(*name).view().empty();
+}
+
+void UnmodelledWriter::writeDetails() {
+  const auto isOurs = [&](const DetailView& parameters) {
+    if (parameters.entry != 0) return false;
+    const auto property = parameters.property;
+    return of_ == Of::Person
+               ? property == kPhotoDetails || card_.valueOf(property) != nullptr
+               : property == property_id::kGroupName || property == property_id::kLast;
+  };
+  for (const auto& parameters : card_.unmodelled().parameters()) {
+    if (!isOurs(parameters)) continue;
+    if (hasLineFor(parameters) && areAdmitted(parameters.text, card_.version())) continue;
+    card_.writeWrapped(encodeDetail(parameters));
+  }
+  card_.writeWrappedLater();
+}
+
+}  // namespace ox::vcard
