@@ -6,8 +6,6 @@
 
 #include "ox/records/card_uid.hpp"
 #include "ox/records/fingerprint.hpp"
-#include "ox/vcard/read/reader.hpp"
-#include "ox/vcard/source/byte_source.hpp"
 #include "ox/vcard/write/writer.hpp"
 
 namespace ox::vcard {
@@ -17,13 +15,22 @@ bool sameRecord(const PropertyBag& a, const Data& imageOfA, const Card& card) {
   return sameData(imageOfA, card.photo) && sameContent(a, card.properties);
 }
 
-bool saysTheSame(const Card& card, std::string_view written) {
-  MemorySource source(written);
-  Reader reader(source);
-  const auto result = reader.next();
-  const auto* read = result ? std::get_if<Card>(&*result) : nullptr;
-  return read != nullptr && sameData(read->photo, card.photo) &&
-         sameContent(read->properties, card.properties);
+// Whoever was given no UID by a card bears one of its own in an export.
+PropertyBag withoutUid(const PropertyBag& properties) {
+  auto rest = properties;
+  rest.set(property_id::kCardUid, Object());
+  return rest;
+}
+
+std::string cardOf(const PropertyBag& properties, const Data& image, const Card& frame,
+                   CardVersion version) {
+  std::string card;
+  if (frame.isGroup) {
+    appendGroup(properties, frame.members, {.version = version}, card);
+  } else {
+    appendCard(properties, image, {.version = version}, card);
+  }
+  return card;
 }
 
 std::size_t sizeOf(const Card& card) {
@@ -32,17 +39,14 @@ std::size_t sizeOf(const Card& card) {
 
 }  // namespace
 
+// What was written and read once is written again as it was, so equal cards are told by their text.
 bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& image) {
-  for (const auto version : {CardVersion::V30, CardVersion::V40}) {
-    std::string written;
-    if (card.isGroup) {
-      appendGroup(properties, card.members, {.version = version}, written);
-    } else {
-      appendCard(properties, image, {.version = version}, written);
-    }
-    if (saysTheSame(card, written)) return true;
-  }
-  return false;
+  const auto stored = withoutUid(properties);
+  const auto read = withoutUid(card.properties);
+  const auto isSameIn = [&](CardVersion version) {
+    return cardOf(stored, image, card, version) == cardOf(read, card.photo, card, version);
+  };
+  return isSameIn(CardVersion::V30) || isSameIn(CardVersion::V40);
 }
 
 PersonImport::PersonImport(ContainerSource& source, std::string container,

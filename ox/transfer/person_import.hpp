@@ -13,8 +13,9 @@
 
 namespace ox::vcard {
 
-// True when the card is what is written of such a record in one of the versions. A group's members
-// are taken for its own.
+// True when one of the versions has the same card for both, whatever their UIDs: an export leaves
+// out what is not true any more, and writes some unmodelled lines in another form. A group's
+// members are taken for its own.
 bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& image);
 
 // Writes the person cards of an import, a batch at a time, and counts them once they are committed.
