@@ -3,7 +3,7 @@
 #include <array>
 
 #include "ox/records/property_keys.hpp"
-#include "ox/vcard/properties/address.hpp"
+#include "ox/vcard/properties/card_address.hpp"
 #include "ox/vcard/unmodelled/property_detail.hpp"
 
 using namespace std::string_view_literals;

@@ -32,11 +32,11 @@ WriteEntry writeDate;
 ReadProperty readPhone, readEmail, readUrl;
 WriteEntry writePhone, writeEmail, writeUrl;
 
-// address.cpp: ADR, X-ABADR
+// card_address.cpp: ADR, X-ABADR
 ReadProperty readAddress, readCountryCode;
 WriteEntry writeAddress;
 
-// instant_message.cpp: IMPP, X-AIM and its like
+// card_message.cpp: IMPP, X-AIM and its like
 ReadProperty readMessageUri, readMessageUser;
 WriteEntry writeMessage;
 
@@ -48,7 +48,7 @@ WriteEntry writeSocialProfile;
 ReadProperty readRelated, readRelation;
 WriteEntry writeRelated;
 
-// photo.cpp: PHOTO
+// card_photo.cpp: PHOTO
 ReadProperty readPhoto;
 WriteProperty writePhoto;
 LacksProperty lacksPhoto;

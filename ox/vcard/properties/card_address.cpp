@@ -1,4 +1,4 @@
-#include "ox/vcard/properties/address.hpp"
+#include "ox/vcard/properties/card_address.hpp"
 
 #include <optional>
 #include <utility>
