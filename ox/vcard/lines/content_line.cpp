@@ -1,6 +1,7 @@
 #include "ox/vcard/lines/content_line.hpp"
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 
 #include "ox/vcard/lines/ascii.hpp"
@@ -149,6 +150,7 @@ std::size_t parseHead(std::string_view text, ContentLine& line) {
   if (line.name.empty() || at == text.size() || (text[at] != ':' && text[at] != ';')) return npos;
   while (at < text.size() && text[at] == ';') at = parseParameter(text, at + 1, line);
   if (at >= text.size()) return npos;
+  assert(text[at] == ':' && at >= line.name.size());
   line.head = text.substr(0, at);
   return at;
 }

@@ -1,6 +1,7 @@
 #include "ox/vcard/lines/decode.hpp"
 
 #include <bit>
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -52,6 +53,7 @@ constexpr auto kPlaces = [] {
 // Four letters at a time, as long as nothing else comes. The letters read; `out` has room for one
 // byte more than they stand for, since four are written for three.
 std::size_t decodeQuads(std::string_view text, std::string& out) {
+  assert(out.size() >= text.size() / 4 * 3 + 1 && "four bytes are written for three");
   const auto letter = [&](std::size_t at) { return static_cast<std::uint8_t>(text[at]); };
   std::size_t at = 0;
   char* to = out.data();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <charconv>
 #include <cstdint>
 
@@ -91,6 +92,7 @@ void appendEscaped(std::string_view text, Trait trait, std::string& out) {
 
 // How much of the rest goes on one line of that many octets.
 std::size_t pieceOf(std::string_view rest, std::size_t octets) {
+  assert(octets > 4 && "a character fits on a line");
   if (rest.size() <= octets) return rest.size();
   std::size_t at = octets;
   while (at > 0 && (static_cast<unsigned char>(rest[at]) & 0xC0U) == 0x80U) --at;
@@ -176,6 +178,7 @@ void LineWriter::takeOutControls() {
 }
 
 void LineWriter::end() {
+  assert(start_ <= out_.size() && "nobody takes written lines back");
   takeOutControls();
   if (folding_ == Folding::Yes && out_.size() - start_ > kLineOctets) {
     unfolded_.assign(out_, start_);
@@ -184,6 +187,7 @@ void LineWriter::end() {
     std::size_t octets = kLineOctets;
     while (true) {
       const auto piece = pieceOf(rest, octets);
+      assert(piece > 0 && piece <= octets);
       out_.append(rest.substr(0, piece));
       rest.remove_prefix(piece);
       if (rest.empty()) break;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -29,6 +30,7 @@ struct RawCard {
   std::vector<Problem> repairs;
 
   std::string_view lineAt(std::size_t index) const {
+    assert(index < lines.size());
     return {bytes.data() + lines[index].offset, lines[index].length};
   }
   // True when the line after that one starts with a blank.
@@ -40,7 +42,7 @@ struct RawCard {
 // Cuts a source into cards by their BEGIN and END lines and looks at nothing else. LF, CR, CRLF
 // and CR CR LF end a line. A BEGIN right after an AGENT line without value opens a nested card,
 // which belongs to the outer one; any other BEGIN inside a card means that the END before it is
-// missing: the card ends there, mended, since all its lines are whole. A card that the end of the
+// missing: the card ends there, repaired, since all its lines are whole. A card that the end of the
 // source cuts off is refused, because nothing tells how much is missing.
 class CardSlicer {
  public:
@@ -85,6 +87,7 @@ class CardSlicer {
   Step addLine(RawCard& card, const Line& line);
   Step addUnusualLine(RawCard& card, const Line& line);
   void keepLine(RawCard& card, const Line& line) const {
+    assert(line.whole && line.start >= card_ && "the card's bytes are one run in the buffer");
     card.lines.push_back({static_cast<std::uint32_t>(line.start - card_),
                           static_cast<std::uint32_t>(line.text.size()), line.isAscii});
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/content_line.hpp"
@@ -17,6 +18,7 @@ using Written = std::optional<std::string_view>;
 
 // Head and value are parts of one line, with a colon between them.
 Written asItStands(const ContentLine& line, std::string& /*room*/) {
+  assert(line.head.data() + line.head.size() + 1 == line.value.data());
   return std::string_view(line.head.data(), line.head.size() + 1 + line.value.size());
 }
 
@@ -119,7 +121,7 @@ Written binary30(const ContentLine& line, std::string& room) {
   return line.encoding == Encoding::Base64 ? asItStands(line, room) : referenceWithType(line, room);
 }
 
-// A key may be text in both versions, but only 4.0 wants that said.
+// A key may be text in both versions, but only 4.0 wants VALUE to tell it.
 Written key30(const ContentLine& line, std::string& room) {
   const auto binary = binary30(line, room);
   return binary || hasValueType(line, "URI") ? binary : asItStands(line, room);
