@@ -8,7 +8,7 @@
 namespace ox::vcard {
 namespace {
 
-TEST(CardThrough, AnAccountThatChangedIsSpeltAnew) {
+TEST(CardThrough, AnAccountThatChangedIsWrittenAnew) {
   auto bag = propertiesOf("4.0", "FN:?\nIMPP:xmpp:bob@x?message\nIMPP:xmpp:ann@x?message\n");
   auto values = *std::get<MultiValuePtr>(*bag.find(property_id::kInstantMessage));
   Dictionary account = *values.entries[1].value.dictionary();
@@ -84,7 +84,7 @@ TEST(CardThrough, SecondLinesDoNotTakeThePlaceOfAClearedValue) {
   EXPECT_EQ(linesOf(propertiesOf("3.0", lines), {}), lines);
 }
 
-TEST(CardThrough, WordsThatWereKeptGiveNoLabelToAnEntryWithout) {
+TEST(CardThrough, PreservedWordsGiveNoLabelToAnEntryWithout) {
   const std::string names = "N:a;;;;\nFN:a\n";
   auto bag = propertiesOf(
       "3.0", names + "item1.TEL;TYPE=WORK;X-A=b:1\nitem1.X-ABLabel:Boat\nTEL;TYPE=MODEM:2\n");

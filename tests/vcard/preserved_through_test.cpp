@@ -38,7 +38,7 @@ TEST(CardThrough, NotesOfSeveralLanguagesStayApart) {
   });
 }
 
-TEST(CardThrough, KeptLinesTakeTheFormOfTheVersion) {
+TEST(CardThrough, UnmodelledLinesTakeTheFormOfTheVersion) {
   const auto same = [](const std::string& line) { return ThroughRow{"3.0", line, line, line}; };
   expectThrough({
       {"4.0", "REV:20200203T040506+0200\n", "REV:20200203T040506+0200\n",
@@ -68,7 +68,7 @@ TEST(CardThrough, KeptLinesTakeTheFormOfTheVersion) {
 }
 
 // These come back in the other version's spelling.
-TEST(CardThrough, KeptLinesAreSpeltAnewForTheOtherVersion) {
+TEST(CardThrough, UnmodelledLinesTakeTheFormOfTheOtherVersion) {
   struct Row {
     std::string line;
     std::string in30;
@@ -177,7 +177,7 @@ TEST(CardThrough, RanksOfPreferenceComeBack) {
   EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}), "N:a;;;;\nFN:a\nTEL:1\nTEL;PREF=1:2\n");
 }
 
-TEST(CardThrough, KeptLinesStayInTheGroupOfTheirEntry) {
+TEST(CardThrough, UnmodelledLinesStayInTheGroupOfTheirEntry) {
   const auto same = [](const std::string& line) { return ThroughRow{"3.0", line, line, line}; };
   expectThrough({
       same("item1.TEL:1\nwork.EMAIL:a@b\nitem1.X-CUSTOM:x\nwork.X-NOTE:y\n"),
@@ -200,7 +200,7 @@ TEST(CardThrough, KeptLinesStayInTheGroupOfTheirEntry) {
             "N:a;;;;\nFN:a\ng.TEL:1\nitem1.TEL:2\nitem1.X-ABLabel:Boat\ng.X-CUSTOM:x\n");
 }
 
-TEST(CardThrough, PersonsStayPersonsWhateverTheyKeep) {
+TEST(CardThrough, PersonsStayPersonsWhateverIsPreserved) {
   const auto wrapped = [](const std::string& line) { return ThroughRow{"3.0", line, line, line}; };
   expectThrough({
       wrapped("X-OX-LINE:KIND%3Agroup\n"),

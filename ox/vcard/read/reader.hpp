@@ -13,9 +13,9 @@
 namespace ox::vcard {
 
 // Reads every card of a source, one after the other: vCard 2.1, 3.0 (RFC 2426) and 4.0 (RFC 6350),
-// mixed and misspelt as programs write them. Memory is bounded by the largest card that is allowed
-// (64 MiB), whatever the size of the source. A card between BEGIN and END comes out as a Card, or
-// as a Refusal with the reason; neither touches its neighbours. One thread at a time.
+// mixed, and with the mistakes that programs make. Memory is bounded by the largest card that is
+// allowed (64 MiB), whatever the size of the source. A card between BEGIN and END comes out as a
+// Card, or as a Refusal with the reason; neither touches its neighbours. One thread at a time.
 class Reader {
  public:
   using Result = std::variant<Card, Refusal>;

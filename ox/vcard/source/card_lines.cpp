@@ -1,6 +1,7 @@
 #include "ox/vcard/source/card_lines.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 #include "ox/base/text/charset.hpp"
@@ -77,6 +78,7 @@ void CardLines::start(RawCard& card, Dialect dialect, bool trustBytes) {
 }
 
 const ContentLine* CardLines::next() {
+  assert(card_ != nullptr && "a card was started");
   while (next_ < card_->lines.size()) {
     if (readLine(next_)) return &line_;
   }
@@ -214,13 +216,15 @@ void CardLines::joinBrokenFold() {
   const auto line = card_->lineAt(next_);
   if (isBlankLine(line)) return;
   if (line.front() == '#' || startsLine(next_)) return;
-  mend(next_, "line without a name, joined to the line before it");
+  addRepair(next_, "line without a name, joined to the line before it");
   if (text_.data() != joined_.data()) joined_.assign(text_);
   joined_.append(line);
   text_ = joined_;
   ++next_;
 }
 
+// The value becomes UTF-8: of its transport encoding first, then of the charset that the line
+// names, or that the card is taken to be in.
 void CardLines::decodeValue() {
   if (line_.encoding == Encoding::QuotedPrintable) {
     decoded_.clear();
@@ -241,6 +245,8 @@ void CardLines::decodeValue() {
   line_.value = decoded_;
 }
 
+// A charset that the line names comes first. Without one, bytes that are UTF-8 are taken for it,
+// and damaged UTF-8 is told from another charset by how much of it is right.
 std::string CardLines::toUtf8(std::string_view bytes, std::string_view charset) {
   const bool saysUtf8 = isWord(charset, "UTF-8") || isWord(charset, "UTF8");
   if (!charset.empty() && !saysUtf8) {
@@ -249,7 +255,7 @@ std::string CardLines::toUtf8(std::string_view bytes, std::string_view charset) 
   if (isValidUtf8(bytes)) return std::string(bytes);
   auto repaired = validUtf8(std::string(bytes));
   if (trustBytes_ || isMostlyUtf8(repaired)) {
-    mend(next_ - 1, "ill-formed UTF-8 replaced by U+FFFD");
+    addRepair(next_ - 1, "ill-formed UTF-8 replaced by U+FFFD");
     return repaired;
   }
   auto text = utf8FromCharset(bytes, guessedCharset());
@@ -259,17 +265,18 @@ std::string CardLines::toUtf8(std::string_view bytes, std::string_view charset) 
 const std::string& CardLines::guessedCharset() {
   if (guessed_.empty()) {
     guessed_ = guess_(*card_);
-    mend(next_ - 1, "text is not UTF-8, read as " + guessed_);
+    addRepair(next_ - 1, "text is not UTF-8, read as " + guessed_);
   }
   return guessed_;
 }
 
 void CardLines::passOver(std::size_t index, std::string_view text) {
-  mend(index, (text.front() == '#' ? "comment passed over: " : "no content line, passed over: ") +
-                  excerpt(text));
+  addRepair(index,
+            (text.front() == '#' ? "comment passed over: " : "no content line, passed over: ") +
+                excerpt(text));
 }
 
-void CardLines::mend(std::size_t index, std::string reason) {
+void CardLines::addRepair(std::size_t index, std::string reason) {
   card_->repairs.push_back({card_->line + 1 + index, std::move(reason)});
 }
 

@@ -40,7 +40,7 @@ class CardLines {
   std::string toUtf8(std::string_view bytes, std::string_view charset);
   const std::string& guessedCharset();
   void passOver(std::size_t index, std::string_view text);
-  void mend(std::size_t index, std::string reason);
+  void addRepair(std::size_t index, std::string reason);
 
   bool trustBytes_ = false;
   CharsetGuess guess_;

@@ -21,7 +21,7 @@ enum class DetailKind : std::uint8_t {
 // What a card says of one property beside its value, so that a writer can say it again. A verbatim
 // value counts for as long as the record holds what a reader makes of it. That of the last name is
 // the whole of N, and FN counts as long as it does. That of the unmodelled lines themselves holds
-// the digests of what the record said when its REV was true (revision.hpp).
+// the digests of what the card held that REV came with (revision.hpp).
 template <typename TextOfDetail>
 struct Detail {
   PropertyId property = 0;

@@ -81,8 +81,8 @@ struct CardDraft {
   std::string parametersOf(const ContentLine& line, std::uint32_t typeWords,
                            std::uint32_t ownKinds = 0,
                            UnknownWords unknownWords = UnknownWords::ArePreserved) const;
-  // Preserves the ranks beside that of each primary entry, which is 1 unless something else is
-  // said.
+  // Preserves the ranks of entries, but for the rank 1 of a primary entry, which being primary
+  // tells.
   void preserveRanks();
 };
 

@@ -15,7 +15,7 @@ struct WriteOptions {
   CardVersion version = CardVersion::V30;
   // The UID of a record that came from no card; empty: such a record gets none.
   std::string_view uid = {};
-  // Whether the nested cards that were kept (AGENT) are written too.
+  // Whether the nested cards that were preserved (AGENT) are written too.
   bool nestedCards = true;
 };
 
@@ -23,16 +23,16 @@ struct WriteOptions {
 // inside an escape. Nothing but the arguments decides what is written, so equal bags give equal
 // bytes. Whatever the version cannot say goes into two lines that our reader takes back:
 // X-OX-PROPERTY holds custom properties and the values that the ordinary lines do not give exactly
-// (exact_values.hpp), X-OX-LINE a kept line or parameter that the version does not admit, percent
-// escaped. Texts have to be UTF-8. A null photo is none. Safe from any thread.
+// (stored_values.hpp), X-OX-LINE an unmodelled line or a detail that the version does not admit,
+// percent escaped. Texts have to be UTF-8. A null photo is none. Safe from any thread.
 void appendCard(const PropertyBag& properties, const Data& photo, const WriteOptions& options,
                 std::string& out);
 std::string writeCard(const PropertyBag& properties, const Data& photo,
                       const WriteOptions& options);
 
-// Appends the card of a group: its name, UID and kept lines, and the UIDs of its members, be they
-// persons or groups, in that order. In vCard 4.0 KIND:group and MEMBER, in 3.0 the same with the
-// names X-ADDRESSBOOKSERVER-KIND and -MEMBER.
+// Appends the card of a group: its name, UID and unmodelled lines, and the UIDs of its members, be
+// they persons or groups, in that order. In vCard 4.0 KIND:group and MEMBER, in 3.0 the same with
+// the names X-ADDRESSBOOKSERVER-KIND and -MEMBER.
 void appendGroup(const PropertyBag& properties, const std::vector<std::string>& members,
                  const WriteOptions& options, std::string& out);
 
