@@ -1,3 +1,4 @@
+// accounts, accounts add, accounts remove: the containers of the store.
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 
 #include <array>

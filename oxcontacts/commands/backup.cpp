@@ -1,12 +1,10 @@
+// backup: one book as the data of a neutral book, or a copy of the whole store.
 #include <condition_variable>
-#include <filesystem>
 #include <mutex>
-#include <string_view>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/failures.hpp"
-#include "ox/base/store_location.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/files.hpp"
@@ -101,21 +99,7 @@ void backUpBook(const Context& context, const std::string& name, const std::stri
   if (withoutPictures || withoutGroups) throw CommandError(kDoneWithRefusals, "");
 }
 
-// The user named the copy of the store only: what bears the name of its tags must be tags.
-void refuseForeignTags(const std::string& path) {
-  constexpr std::string_view kDatabase("SQLite format 3\0", 16);
-  constexpr std::string_view kTags = "OxTG";  // the file's application id
-  constexpr std::size_t kPlace = 68;
-  if (!std::filesystem::exists(path)) return;
-  const auto start = readStart(path, kPlace + kTags.size());
-  if (start.starts_with(kDatabase) && start.ends_with(kTags)) return;
-  throw CommandError(kFailed, path + ": would be replaced by the tags of the copy, and holds none");
-}
-
 void backUpAll(const Context& context, const std::string& path) {
-  refuseStoreFile(path);
-  refuseStoreFile(path + ".tags");
-  refuseForeignTags(placeOf(path + ".tags"));
   GuardedCopy guarded(path);
   const auto counts = guarded.copy->take();
   guarded.copy->put();

@@ -1,3 +1,4 @@
+// books: the address books that discovery finds.
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/json.hpp"

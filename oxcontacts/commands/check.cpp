@@ -1,3 +1,4 @@
+// check: what is wrong with the store and with its tags.
 #include <iostream>
 
 #include "ox/OxMacAddressBookSDK/admin/store_problems.hpp"

@@ -1,3 +1,4 @@
+// add-group, rename-group, remove-group.
 #include <iostream>
 
 #include "ox/base/failures.hpp"

@@ -1,3 +1,5 @@
+// add-person, set, remove-person: each reads what is asked for, finds whom it means, edits, saves
+// and tells.
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/apply_assignments.hpp"

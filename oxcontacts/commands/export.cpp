@@ -1,3 +1,4 @@
+// export: persons and groups as vCards.
 #include <optional>
 
 #include "ox/base/failures.hpp"

@@ -1,3 +1,4 @@
+// groups: the tree of groups.
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/group_tree.hpp"

@@ -1,3 +1,4 @@
+// import: vCards into an account.
 #include <algorithm>
 #include <filesystem>
 #include <iostream>

@@ -1,3 +1,4 @@
+// group-add, group-remove: who is in a group.
 #include <iostream>
 #include <unordered_set>
 

@@ -1,3 +1,4 @@
+// persons: the list, by book, group, tag or text.
 #include <algorithm>
 #include <charconv>
 #include <optional>

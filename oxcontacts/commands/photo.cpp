@@ -1,3 +1,4 @@
+// photo: the picture of a person, set, fetched or removed.
 #include "ox/base/failures.hpp"
 #include "ox/platform/images/image_codec.hpp"
 #include "oxcontacts/commands/commands.hpp"

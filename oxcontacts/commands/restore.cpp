@@ -1,3 +1,4 @@
+// restore: a book from a backup of one.
 #include <chrono>
 #include <condition_variable>
 #include <ctime>

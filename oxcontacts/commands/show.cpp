@@ -1,3 +1,4 @@
+// show: every value of one person.
 #include <iostream>
 
 #include "oxcontacts/commands/commands.hpp"

@@ -1,3 +1,4 @@
+// tag: the tags of one person.
 #include <algorithm>
 #include <iostream>
 

@@ -1,6 +1,10 @@
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
 
+#include <array>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -142,6 +146,19 @@ void TagFile::sync() {
   // The version written anew, so that there is something to commit.
   connection_.execute("PRAGMA user_version = 1");
   transaction.commit();
+}
+
+bool isTagFile(const std::string& path) {
+  constexpr std::string_view kDatabase("SQLite format 3\0", 16);
+  constexpr std::size_t kPlaceOfId = 68;
+  constexpr std::string_view kId = "OxTG";  // kApplicationId as it stands in the file
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return false;
+  std::array<char, kPlaceOfId + kId.size()> start{};
+  std::ifstream file(path, std::ios::binary);
+  if (!file.read(start.data(), start.size())) return false;
+  const std::string_view bytes(start.data(), start.size());
+  return bytes.starts_with(kDatabase) && bytes.ends_with(kId);
 }
 
 }  // namespace ox

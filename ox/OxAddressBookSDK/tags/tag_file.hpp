@@ -38,4 +38,8 @@ class TagFile {
   sqlite::Statement deleteAll_;
 };
 
+// Whether the file at that path is a tag file by its first bytes, of whatever version. It is opened
+// without the database, so it must not be one that this process has open.
+bool isTagFile(const std::string& path);
+
 }  // namespace ox

@@ -3,17 +3,43 @@
 #include <cassert>
 #include <filesystem>
 
+#include "ox/OxAddressBookSDK/tags/tag_file.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/file/backup.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {
+namespace {
+
+[[noreturn]] void refuse(const std::string& path, const char* why) {
+  throw StoreError(StoreError::Kind::Unavailable, path + why);
+}
+
+std::string placeOfTarget(const std::string& path) {
+  if (isStoreFile(path)) refuse(path, ": is a file of the store itself");
+  return placeOf(path);
+}
+
+std::string placeOfTags(const std::string& path) {
+  auto place = placeOfTarget(path);
+  if (std::filesystem::exists(place) && !isTagFile(place)) {
+    refuse(place, ": would be replaced by the tags of the copy, and holds none");
+  }
+  return place;
+}
+
+}  // namespace
 
 struct StoreCopy::Copies {
   explicit Copies(const std::string& path)
-      : store(placeOf(path)), tagsTarget(placeOf(path + ".tags")), tags(tagsTarget) {}
+      : storePlace(placeOfTarget(path)),
+        tagsPlace(placeOfTags(path + ".tags")),
+        store(storePlace),
+        tags(tagsPlace) {}
 
+  std::string storePlace;
+  std::string tagsPlace;
   DatabaseCopy store;
-  std::string tagsTarget;
   DatabaseCopy tags;
   bool taken = false;
   bool hasTags = false;
@@ -42,7 +68,7 @@ void StoreCopy::put() {
   if (copies_->hasTags) {
     copies_->tags.put();
   } else {
-    std::filesystem::remove(copies_->tagsTarget);
+    std::filesystem::remove(copies_->tagsPlace);
   }
   copies_->store.put();
 }

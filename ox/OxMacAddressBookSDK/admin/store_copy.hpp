@@ -16,6 +16,8 @@ namespace ox {
 class OX_EXPORT StoreCopy {
  public:
   // Makes both, empty. The tags are to go to the path with ".tags" after it; links are followed.
+  // Refused for a file of the store itself, and when something else than tags lies where the tags
+  // are to go: nobody has named that file.
   explicit StoreCopy(const std::string& path);
   StoreCopy(const StoreCopy&) = delete;
   StoreCopy& operator=(const StoreCopy&) = delete;

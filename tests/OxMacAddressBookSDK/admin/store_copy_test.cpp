@@ -5,6 +5,7 @@
 
 #include "ox/OxMacAddressBookSDK/admin/store_problems.hpp"
 #include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {
@@ -41,13 +42,42 @@ TEST(StoreCopy, HoldsTheStoreAndItsTagsOnceItIsPut) {
 
 TEST(StoreCopy, TakesTheTagsOfAnEarlierCopyAwayWhenThereAreNone) {
   StoreBuilder().person("p", {});
+  tag("p");
   const std::string target = temporaryPath("copy.db");
-  support::temporaryFile("copy.db.tags", "old");
-  StoreCopy copy(target);
-  copy.take();
-  copy.put();
-  EXPECT_TRUE(exists(target));
-  EXPECT_FALSE(exists(target + ".tags"));
+  for (const bool hasTags : {true, false}) {
+    if (!hasTags) std::filesystem::remove(support::StoreEnvironment::instance().tagStore());
+    StoreCopy copy(target);
+    copy.take();
+    copy.put();
+    EXPECT_TRUE(exists(target));
+    EXPECT_EQ(exists(target + ".tags"), hasTags);
+  }
+}
+
+std::string refusalOf(const std::string& target) {
+  try {
+    StoreCopy copy(target);
+    return "none";
+  } catch (const StoreError& error) {
+    return error.what();
+  }
+}
+
+TEST(StoreCopy, ReplacesNeitherTheStoreNorAFileThatNobodyNamed) {
+  StoreBuilder().person("p", {});
+  tag("p");
+  const auto& environment = support::StoreEnvironment::instance();
+  const auto folder = environment.folder();
+  const std::string store = environment.contactStore();
+  EXPECT_EQ(refusalOf(store), store + ": is a file of the store itself");
+  std::filesystem::create_hard_link(environment.tagStore(), folder / "twin.tags");
+  EXPECT_EQ(refusalOf(folder / "twin"),
+            (folder / "twin.tags").string() + ": is a file of the store itself");
+  const std::string foreign = support::temporaryFile("letter.tags", "Dear Ann");
+  EXPECT_EQ(refusalOf(folder / "letter"),
+            foreign + ": would be replaced by the tags of the copy, and holds none");
+  EXPECT_EQ(support::fileBytes(foreign), "Dear Ann");
+  EXPECT_FALSE(exists(folder / "letter"));
 }
 
 TEST(StoreCopy, LeavesNothingUnlessItIsPut) {
