@@ -1,7 +1,10 @@
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 
+#include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
 
+#include "ox/base/store_location.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {
@@ -93,6 +96,24 @@ TEST(RemoveAccount, TellsThatTagsAreLeft) {
   std::filesystem::create_directory(environment.tagStore());  // no tag file can be read there
   EXPECT_EQ(removeAccount("A", WithRecords::Yes), Outcome::Incomplete);
   EXPECT_FALSE(person("a"));
+}
+
+TEST(ChosenStore, IsTheOneThatIsUsedWithItsTagsBesideIt) {
+  ::unsetenv("OX_TAG_STORE");
+  const std::string other = support::temporaryPath("other/chosen.db");
+  EXPECT_TRUE(useContactStore(other));
+  EXPECT_EQ(accountsAsText(), "_local:ABAccount On My Mac 1");
+  OxTagManager::tagManagerWithID("_local")->addPersonID_forTag("p", "chess");
+  EXPECT_TRUE(std::filesystem::exists(other));
+  EXPECT_TRUE(std::filesystem::exists(other + ".tags"));
+  EXPECT_FALSE(std::filesystem::exists(support::StoreEnvironment::instance().contactStore()));
+  EXPECT_FALSE(useContactStore(support::temporaryPath("third.db")));
+  EXPECT_EQ(contactStorePath(), other);
+}
+
+TEST(ChosenStore, CannotBeChosenOnceTheTagsAreInUse) {
+  OxTagManager::tagManagerWithID("_local")->addPersonID_forTag("p", "chess");
+  EXPECT_FALSE(useContactStore(support::temporaryPath("other.db")));
 }
 
 }  // namespace
