@@ -27,7 +27,8 @@ class OX_EXPORT IOxPerson {
   virtual Text addressBookID() const = 0;
   virtual Text displayName() const = 0;
 
-  // A new value, the caller's own; null when the person holds none.
+  // Null when the person holds none. Borrowed, for it may be the very value that the person holds:
+  // copy what is kept, and change a copy only. A record of the store answers with a new one.
   virtual OxValuePtr valueByProperty(const OxPropertyPtr& property) const = 0;
   virtual OxValuePtr valueByPropertyName(TextView name) const = 0;
   // A missing value takes the property away; the value is not kept, only what it holds.

@@ -27,8 +27,9 @@ std::shared_ptr<OxGeneralPerson> OxGeneralPerson::make(Text identifier) {
 
 std::shared_ptr<OxGeneralPerson> OxGeneralPerson::copyOf(const IOxPerson& person) {
   auto result = make(person.ID());
+  // A person may answer with the value that it holds: only a copy can be packed and kept.
   for (const auto& property : OxProperty::StandardPropertyArray()) {
-    result->takeValue(person.valueByProperty(property), property);
+    result->setValue_byProperty(person.valueByProperty(property), property);
   }
   return result;
 }

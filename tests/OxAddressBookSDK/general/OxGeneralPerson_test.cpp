@@ -6,6 +6,7 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
 #include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "tests/OxAddressBookSDK/general/live_person.hpp"
 
 namespace ox {
 namespace {
@@ -132,6 +133,33 @@ TEST(OxGeneralPerson, KeepsTagsAndPictureAsOrdinaryValues) {
   EXPECT_EQ(namesOf(person->notNullValueProperty()), Tags{"OxProPertyThumbnail"});
   person->setThumbnail(nullptr);
   EXPECT_TRUE(person->notNullValueProperty().empty());
+}
+
+TEST(OxGeneralPerson, LeavesTheValuesOfThePersonThatItCopiesToThatPerson) {
+  const auto image = std::make_shared<const Image>(Image{1, 1, {1, 2, 3, 4}});
+  const auto picture = single(Object(image), value_type::kImage);
+  const auto phone = single(OxObjectPhone::initWithPhoneNumber("1"), value_type::kPhone);
+  const auto phones = OxMutableMultipleValue::init();
+  phones->addValue(phone);
+  phones->addValue(single(Object(Array{Object(image)})));
+  LivePerson host("h");
+  host.setValue_byPropertyName(picture, OxProPertyThumbnail);
+  host.setValue_byPropertyName(phones, OxProPertyPhone);
+
+  const auto copy = OxGeneralPerson::copyOf(host);
+  EXPECT_EQ(picture->value().image(), image) << "packed in the host's own value";
+  EXPECT_EQ(phones->valueAtIndex(1)->value(), Object(Array{Object(image)}));
+
+  picture->setValue(Object("gone"));
+  phone->setValue(OxObjectPhone::initWithPhoneNumber("2"));
+  phones->setMainValue(phone);
+  ASSERT_TRUE(copy->thumbnail());
+  EXPECT_EQ(*copy->thumbnail(), *image);
+  EXPECT_EQ(copy->mainPhone(), nullptr);
+  const auto copied =
+      std::dynamic_pointer_cast<OxMutableMultipleValue>(copy->valueByPropertyName(OxProPertyPhone));
+  ASSERT_TRUE(copied);
+  EXPECT_EQ(copied->valueAtIndex(0)->value().host<OxObjectPhone>()->phoneNumber(), Text("1"));
 }
 
 }  // namespace
