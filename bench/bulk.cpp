@@ -17,6 +17,7 @@
 #include "bench/stores.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/base/store_location.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox::bench {
 namespace {

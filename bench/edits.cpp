@@ -11,6 +11,8 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/base/store_location.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox::bench {
 namespace {
@@ -32,7 +34,7 @@ double makePersons(std::size_t count) {
 double removeHalf() {
   const auto book = OxMacAddressBook::addressBookArray().element(0);
   const auto persons = book->allPersons()->snapshot();
-  std::vector<std::shared_ptr<_ABPerson>> half;
+  Persons half;
   for (std::size_t i = 0; i < persons.size(); i += 2) half.push_back(persons[i]);
   const Stopwatch watch;
   book->removePersons(half);
@@ -48,7 +50,7 @@ double editAndSave() {
   std::size_t changed = 0;
   const Stopwatch watch;
   for (std::size_t i = 0; i < kSavedEdits; ++i) {
-    const auto& person = persons[i % persons.size()];
+    const auto person = recordOf(persons[i % persons.size()]);
     const Object note = "edit " + std::to_string(i);
     changed += person->setValue_forProperty(note, kABNoteProperty) ? 1 : 0;
     book->save();

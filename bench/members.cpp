@@ -21,8 +21,6 @@ namespace {
 constexpr std::size_t kMembersOfGroup = 100;
 constexpr std::size_t kSubgroups = 10;
 
-using Persons = std::vector<std::shared_ptr<IOxPerson>>;
-
 struct Measure {
   double seconds = 0;
   std::size_t members = 0;  // found when it was done
@@ -33,14 +31,13 @@ std::shared_ptr<OxMacAddressBook> book() {
 }
 
 Persons everybody(OxMacAddressBook& book) {
-  const auto persons = book.allPersons()->snapshot();
-  return {persons.begin(), persons.end()};
+  return book.allPersons()->snapshot();
 }
 
 Measure addAll() {
   const auto all = book();
   const auto persons = everybody(*all);
-  const std::shared_ptr<IOxGroup> group = all->newGroup();
+  const auto group = all->newGroup();
   const Stopwatch watch;
   group->addPersons(persons);
   all->save();
@@ -51,7 +48,7 @@ Measure addAll() {
 Measure removeAll() {
   const auto all = book();
   const auto persons = everybody(*all);
-  const std::shared_ptr<IOxGroup> group = all->newGroup();
+  const auto group = all->newGroup();
   group->addPersons(persons);
   all->save();
   const auto before = group->persons().size();
@@ -69,7 +66,7 @@ Measure makeTree() {
   std::vector<std::shared_ptr<_ABGroup>> groups;
   const Stopwatch watch;
   for (std::size_t i = 0; i * kMembersOfGroup < persons.size(); ++i) {
-    groups.push_back(all->newGroup());
+    groups.push_back(recordOf(all->newGroup()));
     if (i > 0) groups[(i - 1) / kSubgroups]->addSubgroup(groups.back());
     const auto end = std::min((i + 1) * kMembersOfGroup, persons.size());
     groups.back()->addPersons({persons.begin() + static_cast<std::ptrdiff_t>(i * kMembersOfGroup),
@@ -82,7 +79,7 @@ Measure makeTree() {
 
 Measure flatten(bool again) {
   const auto all = book();
-  const std::shared_ptr<IOxGroup> root = all->rootGroups().at(0);
+  const auto root = all->rootGroups().at(0);
   if (again) root->includePersons();
   const Stopwatch watch;
   const auto persons = root->includePersons();

@@ -12,6 +12,7 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/base/store_location.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox::bench {
 namespace {

@@ -9,6 +9,7 @@
 #include "bench/stores.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox::bench {
 namespace {

@@ -6,6 +6,7 @@
 
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/text/composed.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
 
 namespace ox::program {

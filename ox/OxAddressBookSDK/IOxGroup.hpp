@@ -2,15 +2,13 @@
 
 #include <cstdint>
 #include <memory>
-#include <vector>
 
+#include "ox/OxAddressBookSDK/record_lists.hpp"
 #include "ox/base/callbacks.hpp"
 #include "ox/base/export.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
-
-class IOxPerson;
 
 // A group of an address book, as a host sees it.
 class OX_EXPORT IOxGroup {
@@ -23,11 +21,11 @@ class OX_EXPORT IOxGroup {
   virtual Text addressBookID() const = 0;
   virtual void setDisplayName(TextView name) = 0;
   virtual Text displayName() const = 0;
-  virtual std::vector<std::shared_ptr<IOxGroup>> subGroups() const = 0;
+  virtual Groups subGroups() const = 0;
   // The direct members.
-  virtual std::vector<std::shared_ptr<IOxPerson>> persons() const = 0;
+  virtual Persons persons() const = 0;
   // The members of this group and of every group below it.
-  virtual std::vector<std::shared_ptr<IOxPerson>> includePersons() const = 0;
+  virtual Persons includePersons() const = 0;
   virtual std::uint64_t includePersonsCount() const = 0;
 
   // Edits of the tree and of the membership. None of them saves.
@@ -37,15 +35,12 @@ class OX_EXPORT IOxGroup {
   // Deletes a direct sub-group and everything below it. True when it was one.
   virtual bool removeSubGroup(const std::shared_ptr<IOxGroup>& group) = 0;
   // From this group and every group below it.
-  virtual void removePersons(const std::vector<std::shared_ptr<IOxPerson>>& persons) = 0;
-  virtual void removePersonsFromThisGroup(
-      const std::vector<std::shared_ptr<IOxPerson>>& persons) = 0;
+  virtual void removePersons(const Persons& persons) = 0;
+  virtual void removePersonsFromThisGroup(const Persons& persons) = 0;
   // Those that are not members yet.
-  virtual void addPersons(const std::vector<std::shared_ptr<IOxPerson>>& persons) = 0;
-  virtual void removePersons_progress(const std::vector<std::shared_ptr<IOxPerson>>& persons,
-                                      const ProgressCallback& progress) = 0;
-  virtual void addPersons_progress(const std::vector<std::shared_ptr<IOxPerson>>& persons,
-                                   const ProgressCallback& progress) = 0;
+  virtual void addPersons(const Persons& persons) = 0;
+  virtual void removePersons_progress(const Persons& persons, const ProgressCallback& progress) = 0;
+  virtual void addPersons_progress(const Persons& persons, const ProgressCallback& progress) = 0;
 
  protected:
   IOxGroup() = default;

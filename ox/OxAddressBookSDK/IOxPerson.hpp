@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ox/OxAddressBookSDK/properties/OxProperty.hpp"
+#include "ox/OxAddressBookSDK/record_lists.hpp"
 #include "ox/OxAddressBookSDK/values/OxValue.hpp"
 #include "ox/base/export.hpp"
 #include "ox/base/image.hpp"
@@ -13,7 +14,6 @@
 
 namespace ox {
 
-class IOxGroup;
 class OxObjectEmail;
 class OxObjectPhone;
 
@@ -40,7 +40,7 @@ class OX_EXPORT IOxPerson {
   virtual std::shared_ptr<const OxObjectPhone> mainPhone() const = 0;
   virtual std::shared_ptr<const OxObjectEmail> mainEmail() const = 0;
   // The groups that hold this person.
-  virtual std::vector<std::shared_ptr<IOxGroup>> groups() const = 0;
+  virtual Groups groups() const = 0;
   // The properties for which this person holds a value that is not an empty multiple one, in the
   // standard order.
   virtual std::vector<OxPropertyPtr> notNullValueProperty() const = 0;

@@ -3,33 +3,32 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <variant>
+#include <string_view>
 #include <vector>
 
-#include "ox/OxAddressBookSDK/IOxPerson.hpp"
 #include "ox/OxAddressBookSDK/OxAddressBook.hpp"
-#include "ox/OxAddressBookSDK/properties/OxProperty.hpp"
-#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/ground/book_list.hpp"
 #include "ox/OxMacAddressBookSDK/ground/constants.hpp"
+#include "ox/OxMacAddressBookSDK/ground/host_records.hpp"
 #include "ox/OxMacAddressBookSDK/ground/latest_callback.hpp"
-#include "ox/OxMacAddressBookSDK/ground/person_list.hpp"
-#include "ox/base/callbacks.hpp"
 #include "ox/base/export.hpp"
-#include "ox/base/image.hpp"
-#include "ox/base/serial_queue.hpp"
-#include "ox/base/text.hpp"
-#include "ox/platform/AddressBook/ABAddressBook.hpp"
-#include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox {
 
-class _ABGroup;
+class ABAddressBook;
+class CNContact;
+class CNContactStore;
+class CNContainer;
 class OxAddressBookGeneral;
+class SerialQueue;
+
+using CNContactPtr = std::shared_ptr<const CNContact>;
+using CNContainerPtr = std::shared_ptr<const CNContainer>;
 
 // One address book of the system contact store: a container (an account, or the local store), or
 // all records of one account id. Held in shared pointers. Safe from any thread once it is made;
-// what it is never changes afterwards.
+// what it is never changes afterwards. Whoever asks it for the record database or its container
+// includes the header of that class.
 class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
                                          public std::enable_shared_from_this<OxMacAddressBook> {
   struct Key {
@@ -79,14 +78,16 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
   static bool hasContainerArray_addressArray(const std::vector<CNContainerPtr>& containers,
                                              const std::shared_ptr<OxMacAddressBook>& book);
   // Whether one of the books stands for the container; the local one is always represented.
-  static bool hasAddress_container(const std::vector<std::shared_ptr<OxMacAddressBook>>& books,
-                                   const CNContainerPtr& container);
+  static bool hasAddress_container(const BookList& books, const CNContainerPtr& container);
 
   // --- making a book ---
 
   static std::shared_ptr<OxMacAddressBook> initWithContainer(const CNContainerPtr& container);
   // A book of all records of an account id: no name, no container, no person cache.
   static std::shared_ptr<OxMacAddressBook> initWithID(TextView identifier);
+  // The same with a name, as the account is listed: the local one as "On My Mac", any other by its
+  // ID.
+  static std::shared_ptr<OxMacAddressBook> listedWithID(TextView identifier);
   static std::shared_ptr<OxMacAddressBook> init();
   // Takes name and service type from the container.
   void initNameAndType(const CNContainerPtr& container);
@@ -98,7 +99,10 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
   Text name() const override { return _xxName; }
   // The container's own identifier; the ID for a book without container.
   Text validContainerID() const;
-  const std::shared_ptr<OxTagManager>& tagManager() const { return _tagManager; }
+  const std::shared_ptr<OxTagManager>& tagManager() const override { return _tagManager; }
+  // The service behind the book: 0 local, 1 Google, 2 QQ, 3 Facebook, 4 Yahoo, 5 LinkedIn, 6 AOL,
+  // 7 Exchange, 8 iCloud, 9 any other.
+  std::int32_t serverType() const { return _serverType; }
 
   bool canCreateGroup() const override;
   bool canCreateSubGroup() const override;
@@ -117,36 +121,34 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
   // --- persons and groups ---
 
   // The live cache, filled from the store while it is empty; null for a book without cache.
-  std::shared_ptr<PersonList> allPersons();
+  std::shared_ptr<PersonList> allPersons() override;
   // The live cache after appending every person that is stamped with this book's ID; null likewise.
   std::shared_ptr<PersonList> allPersons2();
+  // The live cache as it is; null for a book that was not made from a container.
+  const std::shared_ptr<PersonList>& allPersonArray() const { return _allPersonArray; }
   std::uint64_t allPersonsCount() override;
-  // Sub-groups included; empty for a book that cannot have groups.
-  std::vector<std::shared_ptr<_ABGroup>> allGroups() const;
-  // The groups that lie in no other group.
-  std::vector<std::shared_ptr<_ABGroup>> rootGroups() const;
+  Groups allGroups() const override;
+  Groups rootGroups() const override;
   std::uint64_t rootGroupsCount() const override;
-  // Null when there is no such group in this book.
-  std::shared_ptr<_ABGroup> groupByID(TextView identifier) const;
-  // The records of those ids, of whatever kind and book; unknown ids are left out.
-  std::vector<std::shared_ptr<ABRecord>> personsForIDs(
-      const std::vector<std::string>& identifiers) const;
+  std::shared_ptr<IOxGroup> groupByID(TextView identifier) const override;
+  // Of whatever book.
+  std::vector<OxRecord> personsForIDs(const std::vector<std::string>& identifiers) const override;
 
-  // --- making and removing records ---
+  // --- making and removing records; what they give are records of the store, see recordOf ---
 
   // A new person of this book, written at once, with every supported property cleared and in the
   // cache; null, and the cache as it was, when the store did not take it.
-  std::shared_ptr<_ABPerson> newPerson();
+  std::shared_ptr<IOxPerson> newPerson() override;
   // A new, unnamed group of this book, written at once; null when the store did not take it.
-  std::shared_ptr<_ABGroup> newGroup();
-  std::shared_ptr<_ABGroup> addGroupByName(TextView name);
+  std::shared_ptr<IOxGroup> newGroup() override;
+  std::shared_ptr<IOxGroup> addGroupByName(TextView name) override;
   // Takes the persons out of the cache, forgets their tags at once, and removes their records at
   // the next save.
-  void removePersons(const std::vector<std::shared_ptr<_ABPerson>>& persons);
+  void removePersons(const Persons& persons) override;
   // Removes the group and everything below it at the next save. Always true.
-  bool removeGroup(const std::shared_ptr<_ABGroup>& group);
+  bool removeGroup(const std::shared_ptr<IOxGroup>& group) override;
   // The record alone.
-  void reallyRemoveOneGroup(const std::shared_ptr<_ABGroup>& group);
+  void reallyRemoveOneGroup(const std::shared_ptr<IOxGroup>& group);
   // Writes every unsaved change of the process, in whatever book.
   void save() override;
   // Nothing.
@@ -155,16 +157,16 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
 
   // --- copying a person in ---
 
-  // A contact of the container database, or a person of whatever book.
-  using PersonSource = std::variant<std::monostate, CNContactPtr, std::shared_ptr<IOxPerson>>;
-
   // The new person of this book; null for a missing source, when the store did not take it, and
-  // when a host's person had nothing to copy (an empty person is then left in the book). The copy
-  // of a contact is neither stamped with this book nor put into its cache.
-  std::shared_ptr<_ABPerson> addOneFromOtherPerson(const PersonSource& source);
+  // when the source had nothing to copy (an empty person is then left in the book).
+  std::shared_ptr<IOxPerson> addOneFromOtherPerson(
+      const std::shared_ptr<IOxPerson>& source) override;
+  // The same of a contact of the container database, whose copy is neither stamped with this book
+  // nor put into its cache.
+  std::shared_ptr<IOxPerson> addOneFromOtherPerson(const CNContactPtr& source);
   // Clears a single value that holds an empty text or nothing; never the name, the birthday or the
   // tags.
-  void needSingValueClearValue_property(const std::shared_ptr<_ABPerson>& person,
+  void needSingValueClearValue_property(const std::shared_ptr<IOxPerson>& person,
                                         const OxPropertyPtr& property);
 
   // --- the whole book ---
@@ -187,7 +189,10 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
   // failure: a host that replaces an earlier copy looks at the count first (ox/base/failures.hpp).
   void saveDataBlock(const SaveCallback& progress) override;
 
-  // The steps of both, on the calling thread.
+  // The steps of both, on the calling thread. They report to the callback of the latest request, or
+  // to the one that is set here; to nobody before either.
+  void setLoadProgressBlock(const ProgressCallback& progress);
+  void setProgressBlock(const SaveCallback& progress);
   void loadThreed(const Data& data);
   void saveDataThreed();
   // Removes every group and person of the book. The removed persons are in the cache afterwards,
@@ -207,19 +212,11 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
 
   explicit OxMacAddressBook(Key) {}
 
-  // Set while the book is made and listed, read only afterwards.
-  std::shared_ptr<OxTagManager> _tagManager;
-  Text _xxID;
-  Text _xxName;
-  std::int32_t _serverType = 0;
-  CNContainerPtr _container;
-  std::shared_ptr<PersonList> _allPersonArray;  // null unless made from a container
-
  private:
   ImagePtr artwork(std::string_view ending) const;
   // Asks the store for the persons of the container, stamps them with this book's ID and puts them
   // into the cache; the result is what the store gave. For books with container only.
-  std::vector<std::shared_ptr<_ABPerson>> fillCache();
+  Persons fillCache();
   // To the callback of the latest request; what it throws ends that report only.
   void reportLoad(double value, bool finished = false);
   // The unsaved part of a load; false, and nothing of it is left unsaved, when it was cut short, by
@@ -231,8 +228,14 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
   // what that cannot carry.
   Data collectedData();
 
-  LatestCallback<ProgressCallback> _loadProgressBlock;
+  std::shared_ptr<OxTagManager> _tagManager;
+  Text _xxID;
+  Text _xxName;
+  std::int32_t _serverType = 0;
   LatestCallback<SaveCallback> _progressBlock;
+  LatestCallback<ProgressCallback> _loadProgressBlock;
+  CNContainerPtr _container;
+  std::shared_ptr<PersonList> _allPersonArray;  // null unless made from a container
 };
 
 }  // namespace ox

@@ -10,7 +10,7 @@ namespace {
 Json bookJson(OxMacAddressBook& book) {
   return {{"ID", jsonOf(book.ID())},
           {"name", jsonOf(book.name())},
-          {"serverType", book._serverType},
+          {"serverType", book.serverType()},
           {"canCreateGroup", book.canCreateGroup()},
           {"canCreateSubGroup", book.canCreateSubGroup()},
           {"canOprate", book.canOprate()},

@@ -1,3 +1,4 @@
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
@@ -24,7 +25,7 @@ Persons copied(const Context& context, const Persons& sources, OxMacAddressBook&
   std::size_t done = 0;
   for (const auto& source : sources) {
     const auto before = failures::failureCount();
-    if (auto copy = book.addOneFromOtherPerson(std::shared_ptr<IOxPerson>(source))) {
+    if (auto copy = recordOf(book.addOneFromOtherPerson(source))) {
       copies.push_back(std::move(copy));
       copyTags(*source, *copies.back(), book);
     }

@@ -2,6 +2,7 @@
 #include <iostream>
 
 #include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
@@ -34,7 +35,7 @@ Group madeUnder(OxMacAddressBook& book, const std::string& parentName, const std
     throw CommandError(kFailed,
                        "the book \"" + book.name().value_or("") + "\" takes no groups in groups");
   }
-  return std::dynamic_pointer_cast<_ABGroup>(parent->addSubGroupByName(name));
+  return recordOf(parent->addSubGroupByName(name));
 }
 
 void addGroup(const Context& context, const NewGroup& arguments) {
@@ -43,7 +44,7 @@ void addGroup(const Context& context, const NewGroup& arguments) {
     throw CommandError(kFailed, "the book \"" + book->name().value_or("") + "\" takes no groups");
   }
   const auto before = failures::snapshot();
-  const auto group = arguments.under.empty() ? book->addGroupByName(arguments.name)
+  const auto group = arguments.under.empty() ? recordOf(book->addGroupByName(arguments.name))
                                              : madeUnder(*book, arguments.under, arguments.name);
   if (!group) throw storeFailure("no group was added");
   if (failures::snapshot() != before) giveUp({group});  // its name or its place was refused

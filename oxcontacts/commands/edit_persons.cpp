@@ -1,6 +1,7 @@
 // add-person, set, remove-person: each reads what is asked for, finds whom it means, edits, saves
 // and tells.
 #include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/apply_assignments.hpp"
 #include "oxcontacts/edit/saving.hpp"
@@ -39,7 +40,7 @@ void applyAll(const std::vector<Assignment>& assignments, _ABPerson& person,
 void addPerson(const Context& context, const Arguments& arguments) {
   const auto assignments = parseAssignments(arguments.assignments);
   const auto book = findBook(discoveredBooks(context), arguments.record);
-  const auto person = book->newPerson();
+  const auto person = recordOf(book->newPerson());
   if (!person) throw storeFailure("no person was added");
   applyAll(assignments, *person, {person});
   if (saveEdits({person})) tellPerson(context, "added ", *person);

@@ -2,6 +2,7 @@
 #include <optional>
 
 #include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/transfer/exporter.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"

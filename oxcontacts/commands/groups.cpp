@@ -8,10 +8,14 @@ namespace {
 
 Groups rootGroups(const Context& context, const std::string& bookName) {
   const auto books = discoveredBooks(context);
-  if (!bookName.empty()) return findBook(books, bookName)->rootGroups();
   Groups roots;
-  for (const auto& book : books) {
-    for (auto& group : book->rootGroups()) roots.push_back(std::move(group));
+  const auto addThoseOf = [&roots](const OxMacAddressBook& book) {
+    for (const auto& group : book.rootGroups()) roots.push_back(recordOf(group));
+  };
+  if (bookName.empty()) {
+    for (const auto& book : books) addThoseOf(*book);
+  } else {
+    addThoseOf(*findBook(books, bookName));
   }
   return roots;
 }

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "ox/base/text/case.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/json.hpp"
@@ -38,7 +39,7 @@ Persons startingPersons(const Context& context, const Arguments& arguments) {
   Persons persons;
   if (!arguments.group.empty()) {
     for (const auto& member : findGroup(arguments.group)->persons()) {
-      if (auto person = std::dynamic_pointer_cast<_ABPerson>(member)) persons.push_back(person);
+      if (auto person = recordOf(member)) persons.push_back(std::move(person));
     }
   } else if (arguments.book.empty()) {
     for (const auto& record : ABAddressBook::sharedAddressBook()->people()) {
@@ -48,8 +49,10 @@ Persons startingPersons(const Context& context, const Arguments& arguments) {
   if (arguments.book.empty()) return persons;
   const auto book = findBook(discoveredBooks(context), arguments.book);
   if (arguments.group.empty()) {
-    const auto held = book->allPersons();
-    return held ? held->snapshot() : Persons();
+    if (const auto held = book->allPersons()) {
+      for (const auto& person : held->snapshot()) persons.push_back(recordOf(person));
+    }
+    return persons;
   }
   std::erase_if(persons,
                 [&](const Person& person) { return person->addressBookID() != book->ID(); });

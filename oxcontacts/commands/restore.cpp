@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <mutex>
 
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/OxMacAddressBookSDK/admin/restored_tags.hpp"
 #include "ox/base/failures.hpp"

@@ -17,7 +17,7 @@ constexpr std::size_t kDeepestIndent = 40;
 Groups subGroupsOf(const _ABGroup& group) {
   Groups below;
   for (const auto& child : group.subGroups()) {
-    if (auto host = std::dynamic_pointer_cast<_ABGroup>(child)) below.push_back(std::move(host));
+    if (auto host = recordOf(child)) below.push_back(std::move(host));
   }
   return below;
 }

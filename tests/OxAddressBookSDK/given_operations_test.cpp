@@ -38,15 +38,19 @@ static_assert(allNamed(&IOxGroup::ID, &IOxGroup::subGroupsCount, &IOxGroup::addr
                        &IOxGroup::removeSubGroup, &IOxGroup::removePersons,
                        &IOxGroup::removePersonsFromThisGroup, &IOxGroup::addPersons,
                        &IOxGroup::removePersons_progress, &IOxGroup::addPersons_progress));
-static_assert(allNamed(&OxAddressBook::ID, &OxAddressBook::name, &OxAddressBook::canCreateGroup,
-                       &OxAddressBook::canCreateSubGroup, &OxAddressBook::canOprate,
-                       &OxAddressBook::isInternetAdressBook, &OxAddressBook::thumbnail,
-                       &OxAddressBook::logo1, &OxAddressBook::logo2, &OxAddressBook::logo3,
-                       &OxAddressBook::logo4, &OxAddressBook::allPersonsCount,
-                       &OxAddressBook::rootGroupsCount, &OxAddressBook::supportProperty,
-                       &OxAddressBook::commonProperty, &OxAddressBook::save, &OxAddressBook::sync,
-                       &OxAddressBook::update, &OxAddressBook::loadWithData_progressBlock,
-                       &OxAddressBook::saveDataBlock));
+static_assert(
+    allNamed(&OxAddressBook::ID, &OxAddressBook::name, &OxAddressBook::canCreateGroup,
+             &OxAddressBook::canCreateSubGroup, &OxAddressBook::canOprate,
+             &OxAddressBook::isInternetAdressBook, &OxAddressBook::thumbnail, &OxAddressBook::logo1,
+             &OxAddressBook::logo2, &OxAddressBook::logo3, &OxAddressBook::logo4,
+             &OxAddressBook::allPersons, &OxAddressBook::allPersonsCount, &OxAddressBook::allGroups,
+             &OxAddressBook::rootGroups, &OxAddressBook::rootGroupsCount, &OxAddressBook::groupByID,
+             &OxAddressBook::personsForIDs, &OxAddressBook::newPerson, &OxAddressBook::newGroup,
+             &OxAddressBook::addGroupByName, &OxAddressBook::addOneFromOtherPerson,
+             &OxAddressBook::removePersons, &OxAddressBook::removeGroup, &OxAddressBook::tagManager,
+             &OxAddressBook::supportProperty, &OxAddressBook::commonProperty, &OxAddressBook::save,
+             &OxAddressBook::sync, &OxAddressBook::update,
+             &OxAddressBook::loadWithData_progressBlock, &OxAddressBook::saveDataBlock));
 static_assert(allNamed(&OxProperty::propertyWithName, &OxProperty::StandardPropertyArray,
                        &OxProperty::name, &OxProperty::displayName, &OxProperty::valueType,
                        &OxProperty::subValueType));

@@ -5,11 +5,14 @@
 #include <string_view>
 #include <vector>
 
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_text_table.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 #include "tests/support/sequence.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
@@ -33,7 +36,7 @@ inline std::shared_ptr<_ABGroup> group(std::string_view id) {
 // The first discovered book of that ID; null when there is none.
 inline std::shared_ptr<OxMacAddressBook> bookNamed(std::string_view id) {
   for (const auto& book : OxMacAddressBook::addressBookArray()) {
-    if (book->_xxID == id) return book;
+    if (book->ID() == id) return book;
   }
   return nullptr;
 }
@@ -63,7 +66,7 @@ std::string idsOf(const List& list) {
 }
 
 inline std::string cachedIn(const OxMacAddressBook& book) {
-  return book._allPersonArray ? idsOf(book._allPersonArray->snapshot()) : "no cache";
+  return book.allPersonArray() ? idsOf(book.allPersonArray()->snapshot()) : "no cache";
 }
 
 // One single value of that type, without label.

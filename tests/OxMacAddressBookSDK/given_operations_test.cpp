@@ -41,7 +41,11 @@ static_assert(
         &Book::rootGroupsCount, &Book::groupByID, &Book::personsForIDs, &Book::supportProperty,
         &Book::commonProperty, &Book::newPerson, &Book::newGroup, &Book::addGroupByName,
         &Book::removePersons, &Book::removeGroup, &Book::reallyRemoveOneGroup, &Book::save,
-        &Book::sync, &Book::update, &Book::addOneFromOtherPerson,
+        &Book::sync, &Book::update,
+        static_cast<std::shared_ptr<IOxPerson> (Book::*)(const std::shared_ptr<IOxPerson>&)>(
+            &Book::addOneFromOtherPerson),
+        static_cast<std::shared_ptr<IOxPerson> (Book::*)(const CNContactPtr&)>(
+            &Book::addOneFromOtherPerson),
         &Book::needSingValueClearValue_property, &Book::loadWithData_progressBlock,
         &Book::saveDataBlock, &Book::loadThreed, &Book::saveDataThreed, &Book::clearAddressBook,
         &Book::addGroupAndPersonByGeneralAddressBook,

@@ -42,7 +42,7 @@ class OX_EXPORT OxGeneralPerson final : public IOxPerson {
   void setThumbnail(const ImagePtr& image) override;
   std::shared_ptr<const OxObjectPhone> mainPhone() const override;
   std::shared_ptr<const OxObjectEmail> mainEmail() const override;
-  std::vector<std::shared_ptr<IOxGroup>> groups() const override { return {}; }
+  Groups groups() const override { return {}; }
   std::vector<OxPropertyPtr> notNullValueProperty() const override;
   // Every value itself, no copy, in the order in which the properties were first set; a
   // PackedPicture stands where the value has a picture. Borrowed until the next change.

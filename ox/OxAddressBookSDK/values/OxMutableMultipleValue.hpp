@@ -54,4 +54,16 @@ class OX_EXPORT OxMutableMultipleValue final : public OxValue {
   std::uint64_t main_ = OxNotFound;
 };
 
+// The value as the multiple one that its type says it is; null for a single and for a missing one.
+inline std::shared_ptr<OxMutableMultipleValue> multipleOf(const OxValuePtr& value) {
+  if (!value || value->type() != value_type::kMultiple) return nullptr;
+  return std::dynamic_pointer_cast<OxMutableMultipleValue>(value);
+}
+
+// The value as a single one; null for a multiple and for a missing one.
+inline std::shared_ptr<OxMutableSingleValue> singleOf(const OxValuePtr& value) {
+  if (!value || value->type() == value_type::kMultiple) return nullptr;
+  return std::dynamic_pointer_cast<OxMutableSingleValue>(value);
+}
+
 }  // namespace ox

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ox/OxAddressBookSDK/IOxGroup.hpp"
+#include "ox/OxMacAddressBookSDK/ground/host_records.hpp"
 #include "ox/base/export.hpp"
 #include "ox/platform/AddressBook/ABGroup.hpp"
 
@@ -46,11 +47,11 @@ class OX_EXPORT _ABGroup final : public ABGroup, public IOxGroup {
 
   // --- the tree ---
 
-  std::vector<std::shared_ptr<IOxGroup>> subGroups() const override;
+  Groups subGroups() const override;
   std::uint64_t subGroupsCount() const override;
-  std::vector<std::shared_ptr<IOxPerson>> persons() const override;
+  Persons persons() const override;
   // Each person once, where the last sub-group that holds it puts it.
-  std::vector<std::shared_ptr<IOxPerson>> includePersons() const override;
+  Persons includePersons() const override;
   std::uint64_t includePersonsCount() const override;
   static std::vector<std::shared_ptr<_ABPerson>> personFromGroup(
       const std::shared_ptr<const ABGroup>& group);
@@ -63,21 +64,15 @@ class OX_EXPORT _ABGroup final : public ABGroup, public IOxGroup {
   bool removeSubGroup(const std::shared_ptr<IOxGroup>& group) override;
   // From the leaves upward.
   void removeAllSubGroup();
-  void addPersons(const std::vector<std::shared_ptr<IOxPerson>>& persons) override;
-  void addPersons_progress(const std::vector<std::shared_ptr<IOxPerson>>& persons,
-                           const ProgressCallback& progress) override;
-  void removePersonsFromThisGroup(const std::vector<std::shared_ptr<IOxPerson>>& persons) override;
-  void removePersons(const std::vector<std::shared_ptr<IOxPerson>>& persons) override;
-  void removePersonsOfSubGroup(const std::vector<std::shared_ptr<IOxPerson>>& persons);
+  void addPersons(const Persons& persons) override;
+  void addPersons_progress(const Persons& persons, const ProgressCallback& progress) override;
+  void removePersonsFromThisGroup(const Persons& persons) override;
+  void removePersons(const Persons& persons) override;
+  void removePersonsOfSubGroup(const Persons& persons);
   // The values do not rise steadily: a sub-group's whole run is squeezed into its parent's first
   // half. Required. An absent callback is never called.
-  void removePersons_progress(const std::vector<std::shared_ptr<IOxPerson>>& persons,
-                              const ProgressCallback& progress) override;
-  void removePersonsPrivate_progress(const std::vector<std::shared_ptr<IOxPerson>>& persons,
-                                     const ProgressCallback& progress);
+  void removePersons_progress(const Persons& persons, const ProgressCallback& progress) override;
+  void removePersonsPrivate_progress(const Persons& persons, const ProgressCallback& progress);
 };
-
-// The record as the group it is; null for a person and for a missing record.
-OX_EXPORT std::shared_ptr<_ABGroup> hostGroup(std::shared_ptr<ABRecord> record);
 
 }  // namespace ox

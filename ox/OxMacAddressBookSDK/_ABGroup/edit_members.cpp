@@ -8,13 +8,7 @@
 namespace ox {
 namespace {
 
-using Persons = std::vector<std::shared_ptr<IOxPerson>>;
-using Groups = std::vector<std::shared_ptr<ABGroup>>;
-
-// The record that the person is; null for a person of another kind.
-std::shared_ptr<_ABPerson> recordOf(const std::shared_ptr<IOxPerson>& person) {
-  return std::dynamic_pointer_cast<_ABPerson>(person);
-}
+using GroupRecords = std::vector<std::shared_ptr<ABGroup>>;
 
 void removeFrom(ABGroup& group, const Persons& persons) {
   for (const auto& person : persons) group.removeMember(recordOf(person));
@@ -47,7 +41,7 @@ class RemovalFromTree {
  private:
   struct Level {
     std::shared_ptr<ABGroup> group;
-    Groups subgroups;  // as they were at the start
+    GroupRecords subgroups;  // as they were at the start
     std::size_t next = 0;
     double share = 0;
   };
@@ -90,13 +84,13 @@ class RemovalFromTree {
 };
 
 // The group and all groups below it, each once, sub-groups before the group that holds them.
-Groups fromTheLeaves(const std::shared_ptr<ABGroup>& root) {
+GroupRecords fromTheLeaves(const std::shared_ptr<ABGroup>& root) {
   struct Level {
     std::shared_ptr<ABGroup> group;
-    Groups subgroups;
+    GroupRecords subgroups;
     std::size_t next = 0;
   };
-  Groups order;
+  GroupRecords order;
   std::unordered_set<RecordKey> met{root->key()};
   std::vector<Level> open;
   open.push_back({root, root->subgroups()});

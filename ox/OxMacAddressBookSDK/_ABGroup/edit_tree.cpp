@@ -7,15 +7,14 @@
 namespace ox {
 namespace {
 
-using Groups = std::vector<std::shared_ptr<ABGroup>>;
-
+using GroupRecords = std::vector<std::shared_ptr<ABGroup>>;
 using Keys = std::unordered_set<RecordKey>;
 
 // One group whose sub-groups are being torn down.
 struct Level {
   std::shared_ptr<_ABGroup> group;
   std::shared_ptr<OxMacAddressBook> book;  // null: the group gives nothing up
-  Groups subgroups;                        // as they were at the start
+  GroupRecords subgroups;                  // as they were at the start
   std::size_t next = 0;
 };
 
@@ -24,15 +23,15 @@ void detach(ABGroup& from, const std::shared_ptr<_ABGroup>& subgroup, OxMacAddre
   if (from.removeSubgroup(subgroup)) book.reallyRemoveOneGroup(subgroup);
 }
 
-// Depth first without recursion: a tree may be deeper than the stack. Groups above the one that is
-// being emptied are left alone, so that links in a circle, as a damaged store or the edits of two
-// processes make them, end the walk. A group met again by another way was emptied already.
+// Depth first without recursion: a tree may be deeper than the stack. GroupRecords above the one
+// that is being emptied are left alone, so that links in a circle, as a damaged store or the edits
+// of two processes make them, end the walk. A group met again by another way was emptied already.
 void removeBelow(std::shared_ptr<_ABGroup> root, Keys above) {
   Keys emptied;
   std::vector<Level> open;
   const auto enter = [&](std::shared_ptr<_ABGroup> group) {
     above.insert(group->key());
-    auto subgroups = emptied.insert(group->key()).second ? group->subgroups() : Groups();
+    auto subgroups = emptied.insert(group->key()).second ? group->subgroups() : GroupRecords();
     std::erase_if(subgroups, [&](const auto& subgroup) { return above.contains(subgroup->key()); });
     // A leaf needs no book.
     auto book = subgroups.empty() ? nullptr : group->groupAddressBook();
@@ -60,16 +59,14 @@ void removeBelow(std::shared_ptr<_ABGroup> root, Keys above) {
 std::shared_ptr<IOxGroup> _ABGroup::addSubGroupByName(TextView name) {
   const auto book = groupAddressBook();
   if (!book) return nullptr;
-  auto group = book->newGroup();
-  if (!group) return nullptr;
-  group->setDisplayName(name);
-  addSubgroup(group);
+  auto group = book->addGroupByName(name);
+  if (group) addSubgroup(recordOf(group));
   return group;
 }
 
 bool _ABGroup::removeSubGroup(const std::shared_ptr<IOxGroup>& group) {
   const auto book = groupAddressBook();
-  const auto subgroup = std::dynamic_pointer_cast<_ABGroup>(group);
+  const auto subgroup = recordOf(group);
   if (!book || !subgroup) return false;
   const auto direct = subgroups();
   if (std::find(direct.begin(), direct.end(), subgroup) == direct.end()) return false;

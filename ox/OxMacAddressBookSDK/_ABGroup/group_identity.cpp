@@ -1,14 +1,23 @@
+#include <cassert>
+
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/store_path.hpp"
 #include "ox/OxMacAddressBookSDK/ground/containers.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox {
 
 std::shared_ptr<_ABGroup> hostGroup(std::shared_ptr<ABRecord> record) {
   if (!record || record->kind() != RecordKind::Group) return nullptr;
+  // Every group record is made as one: see record_factory.cpp.
+  assert(dynamic_cast<const _ABGroup*>(record.get()) != nullptr);
   return std::static_pointer_cast<_ABGroup>(std::move(record));
+}
+
+std::shared_ptr<_ABGroup> recordOf(const std::shared_ptr<IOxGroup>& group) {
+  return std::dynamic_pointer_cast<_ABGroup>(group);
 }
 
 RecordStampTable& _ABGroup::dictionarySave() {
@@ -44,7 +53,7 @@ Text _ABGroup::AccountID() const {
 
 std::shared_ptr<OxMacAddressBook> _ABGroup::groupAddressBook() const {
   for (const auto& book : OxMacAddressBook::addressBookArray()) {
-    if (book->_xxID == addressBookID()) return book;
+    if (book->ID() == addressBookID()) return book;
   }
   return nullptr;
 }

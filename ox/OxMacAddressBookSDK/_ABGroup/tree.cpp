@@ -18,15 +18,14 @@ std::vector<std::shared_ptr<const ABGroup>> subgroupsOf(const ABGroup& group) {
   return {subgroups.begin(), subgroups.end()};
 }
 
-std::vector<std::shared_ptr<IOxPerson>> asHostSees(
-    const std::vector<std::shared_ptr<_ABPerson>>& persons) {
+Persons asHostSees(const std::vector<std::shared_ptr<_ABPerson>>& persons) {
   return {persons.begin(), persons.end()};
 }
 
 }  // namespace
 
-std::vector<std::shared_ptr<IOxGroup>> _ABGroup::subGroups() const {
-  std::vector<std::shared_ptr<IOxGroup>> groups;
+Groups _ABGroup::subGroups() const {
+  Groups groups;
   for (auto& group : subgroups()) groups.push_back(hostGroup(std::move(group)));
   return groups;
 }
@@ -35,11 +34,11 @@ std::uint64_t _ABGroup::subGroupsCount() const {
   return subgroups().size();
 }
 
-std::vector<std::shared_ptr<IOxPerson>> _ABGroup::persons() const {
+Persons _ABGroup::persons() const {
   return asHostSees(membersOf(*this));
 }
 
-std::vector<std::shared_ptr<IOxPerson>> _ABGroup::includePersons() const {
+Persons _ABGroup::includePersons() const {
   return asHostSees(personFromGroup(std::static_pointer_cast<const ABGroup>(shared_from_this())));
 }
 

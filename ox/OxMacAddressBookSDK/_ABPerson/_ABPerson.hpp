@@ -14,6 +14,7 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
 #include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "ox/OxMacAddressBookSDK/ground/host_records.hpp"
 #include "ox/base/export.hpp"
 #include "ox/platform/AddressBook/ABPerson.hpp"
 
@@ -91,7 +92,7 @@ class OX_EXPORT _ABPerson final : public ABPerson, public IOxPerson {
   void setThumbnail(const ImagePtr& image) override;
   std::shared_ptr<const OxObjectPhone> mainPhone() const override;
   std::shared_ptr<const OxObjectEmail> mainEmail() const override;
-  std::vector<std::shared_ptr<IOxGroup>> groups() const override;
+  Groups groups() const override;
 
   // --- vCard ---
 
@@ -144,8 +145,5 @@ class OX_EXPORT _ABPerson final : public ABPerson, public IOxPerson {
  private:
   void setSpecialValue(const OxValuePtr& value, std::string_view name);
 };
-
-// The record as the person it is; null for a group and for a missing record.
-OX_EXPORT std::shared_ptr<_ABPerson> hostPerson(std::shared_ptr<ABRecord> record);
 
 }  // namespace ox

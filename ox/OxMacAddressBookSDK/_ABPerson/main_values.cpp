@@ -11,8 +11,8 @@ std::shared_ptr<const OxObjectEmail> _ABPerson::mainEmail() const {
   return valueOfMainValueForProPertyName(OxProPertyEmail).host<OxObjectEmail>();
 }
 
-std::vector<std::shared_ptr<IOxGroup>> _ABPerson::groups() const {
-  std::vector<std::shared_ptr<IOxGroup>> groups;
+Groups _ABPerson::groups() const {
+  Groups groups;
   for (auto& group : parentGroups()) groups.push_back(hostGroup(std::move(group)));
   return groups;
 }

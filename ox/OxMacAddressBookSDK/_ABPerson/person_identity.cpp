@@ -1,14 +1,23 @@
+#include <cassert>
+
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/ground/containers.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_text_table.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox {
 
 std::shared_ptr<_ABPerson> hostPerson(std::shared_ptr<ABRecord> record) {
   if (!record || record->kind() != RecordKind::Person) return nullptr;
+  // Every person record is made as one: see record_factory.cpp.
+  assert(dynamic_cast<const _ABPerson*>(record.get()) != nullptr);
   return std::static_pointer_cast<_ABPerson>(std::move(record));
+}
+
+std::shared_ptr<_ABPerson> recordOf(const std::shared_ptr<IOxPerson>& person) {
+  return std::dynamic_pointer_cast<_ABPerson>(person);
 }
 
 RecordStampTable& _ABPerson::dictionarySave() {
@@ -41,7 +50,7 @@ Text _ABPerson::AccountID() const {
 
 std::shared_ptr<OxMacAddressBook> _ABPerson::personAddressBook() const {
   for (const auto& book : OxMacAddressBook::addressBookArray()) {
-    if (book->_xxID == addressBookID()) return book;
+    if (book->ID() == addressBookID()) return book;
   }
   return nullptr;
 }

@@ -1,3 +1,4 @@
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/tag_list.hpp"

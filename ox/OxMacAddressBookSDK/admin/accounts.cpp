@@ -5,6 +5,7 @@
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/base/uuid.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/store/contact_source.hpp"
 
 namespace ox {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 
 namespace ox {
@@ -10,15 +11,14 @@ namespace {
 // The persons that the load made: one for each of the file's, behind what the cache held. Unlike
 // the store, the cache knows nothing of what other processes made meanwhile. Empty when fewer were
 // made.
-std::vector<PersonList::Person> madeByLoad(OxMacAddressBook& book,
-                                           const std::vector<RecordKey>& removed,
-                                           std::size_t count) {
+Persons madeByLoad(OxMacAddressBook& book, const std::vector<RecordKey>& removed,
+                   std::size_t count) {
   const auto cache = book.allPersons();
-  auto persons = cache ? cache->snapshot() : std::vector<PersonList::Person>();
+  auto persons = cache ? cache->snapshot() : Persons();
   if (count == 0 || persons.size() < count) return {};
   persons.erase(persons.begin(), persons.end() - static_cast<std::ptrdiff_t>(count));
-  const bool isOld = std::ranges::find(removed, persons.front()->key()) != removed.end();
-  return isOld ? std::vector<PersonList::Person>() : persons;
+  const bool isOld = std::ranges::find(removed, recordOf(persons.front())->key()) != removed.end();
+  return isOld ? Persons() : persons;
 }
 
 }  // namespace

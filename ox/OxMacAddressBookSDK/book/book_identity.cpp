@@ -1,7 +1,10 @@
 #include <algorithm>
 
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContainer.hpp"
 
 namespace ox {
 namespace {
@@ -34,6 +37,13 @@ std::shared_ptr<OxMacAddressBook> OxMacAddressBook::initWithID(TextView identifi
   book->_serverType = identifier == OxMacAddressBookID ? services::kLocal : services::kOther;
   book->_tagManager = OxTagManager::tagManagerWithID(identifier);
   registerOtherProperty();
+  return book;
+}
+
+std::shared_ptr<OxMacAddressBook> OxMacAddressBook::listedWithID(TextView identifier) {
+  auto book = initWithID(identifier);
+  const bool local = book->_serverType == services::kLocal;
+  book->_xxName = local ? Text(services::kLocalName) : book->_xxID;
   return book;
 }
 

@@ -6,6 +6,7 @@
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/base/detached_worker.hpp"
 #include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox {
 namespace {
@@ -23,11 +24,11 @@ void reportTo(const ProgressCallback& callback, double value, bool finished) {
 }
 
 std::shared_ptr<_ABGroup> groupMadeFor(const OxGeneralGroup* neutral) {
-  return neutral != nullptr ? std::dynamic_pointer_cast<_ABGroup>(neutral->extend()) : nullptr;
+  return neutral != nullptr ? recordOf(neutral->extend()) : nullptr;
 }
 
 std::shared_ptr<_ABPerson> personMadeFor(const OxGeneralPerson* neutral) {
-  return neutral != nullptr ? std::dynamic_pointer_cast<_ABPerson>(neutral->extend()) : nullptr;
+  return neutral != nullptr ? recordOf(neutral->extend()) : nullptr;
 }
 
 }  // namespace
@@ -35,11 +36,15 @@ std::shared_ptr<_ABPerson> personMadeFor(const OxGeneralPerson* neutral) {
 void OxMacAddressBook::loadWithData_progressBlock(const Data& data,
                                                   const ProgressCallback& progress) {
   const bool started = contained("a load could not be started", [&] {
-    _loadProgressBlock.replace(progress);
+    setLoadProgressBlock(progress);
     runDetached([book = shared_from_this(), data] { book->loadThreed(data); });
   });
   // To the one at hand: there may have been no room to keep it.
   if (!started) reportTo(progress, 0.0, true);
+}
+
+void OxMacAddressBook::setLoadProgressBlock(const ProgressCallback& progress) {
+  _loadProgressBlock.replace(progress);
 }
 
 void OxMacAddressBook::reportLoad(double value, bool finished) {
@@ -94,13 +99,13 @@ bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral
 void OxMacAddressBook::clearAddressBook() {
   if (_allPersonArray) _allPersonArray->clear();
   const auto records = abAddressBook();
-  for (const auto& group : allGroups()) records->removeRecord(group);
+  for (const auto& group : allGroups()) records->removeRecord(recordOf(group));
   if (_container) {
     // What the store gives, not what the cache holds: where another thread has put a person into it
     // meanwhile, all others would stay.
-    for (const auto& person : fillCache()) records->removeRecord(person);
+    for (const auto& person : fillCache()) records->removeRecord(recordOf(person));
   } else if (const auto persons = allPersons()) {
-    for (const auto& person : persons->snapshot()) records->removeRecord(person);
+    for (const auto& person : persons->snapshot()) records->removeRecord(recordOf(person));
   }
 }
 
@@ -116,7 +121,7 @@ void OxMacAddressBook::addGroupAndPersonByGeneralAddressBook(
     reportLoad(halfPercent(++done, total, 0.0F));
   }
   for (const auto& [key, person] : persons) {
-    person->setExtend(addOneFromOtherPerson(std::shared_ptr<IOxPerson>(person)));
+    person->setExtend(addOneFromOtherPerson(person));
     reportLoad(halfPercent(++done, total, 0.0F));
   }
   reportLoad(50.0);

@@ -1,7 +1,5 @@
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
-#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/ground/contained.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/base/detached_worker.hpp"
@@ -19,11 +17,15 @@ void reportTo(const SaveCallback& callback, bool finished, const Data& data, dou
 
 void OxMacAddressBook::saveDataBlock(const SaveCallback& progress) {
   const bool started = contained("a save could not be started", [&] {
-    _progressBlock.replace(progress);
+    setProgressBlock(progress);
     runDetached([book = shared_from_this()] { book->saveDataThreed(); });
   });
   // To the one at hand: there may have been no room to keep it.
   if (!started) reportTo(progress, true, nullptr, progress::kDone);
+}
+
+void OxMacAddressBook::setProgressBlock(const SaveCallback& progress) {
+  _progressBlock.replace(progress);
 }
 
 void OxMacAddressBook::reportSave(bool finished, const Data& data, double value) {
@@ -41,7 +43,7 @@ Data OxMacAddressBook::collectedData() {
   const auto general = OxAddressBookGeneral::init();
   const auto groups = allGroups();
   const auto list = allPersons();
-  const auto persons = list ? list->snapshot() : std::vector<PersonList::Person>();
+  const auto persons = list ? list->snapshot() : Persons();
   const std::size_t total = groups.size() + persons.size();
   // Counted from 0 where a load counts from 1. Required.
   std::size_t index = 0;

@@ -1,5 +1,8 @@
+#include "ox/OxAddressBookSDK/values/OxMutableSingleValue.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox {
 namespace {
@@ -10,13 +13,14 @@ bool saysNothing(const OxMutableSingleValue& value) {
   return value.value().isMissing() || (text != nullptr && text->empty());
 }
 
-std::shared_ptr<_ABPerson> addContact(OxMacAddressBook& book, const CNContact& contact) {
+std::shared_ptr<IOxPerson> addContact(OxMacAddressBook& book, const CNContact& contact) {
   const auto copy = CNMutableContact::mutableCopy(contact);
   const auto request = CNSaveRequest::init();
   request->addContact_toContainerWithIdentifier(copy, book.validContainerID());
   // Only a stored copy has an identifier of its own: until then it bears that of its source.
   if (!CNContactStore::init()->executeSaveRequest_error(*request, nullptr)) return nullptr;
-  auto person = hostPerson(book.abAddressBook()->recordForKey(copy->key()));
+  const std::shared_ptr<IOxPerson> person =
+      hostPerson(book.abAddressBook()->recordForKey(copy->key()));
   for (const auto& property : book.supportProperty()) {
     if (property->valueType() == value_type::kMultiple) continue;
     book.needSingValueClearValue_property(person, property);
@@ -24,7 +28,7 @@ std::shared_ptr<_ABPerson> addContact(OxMacAddressBook& book, const CNContact& c
   return person;
 }
 
-std::shared_ptr<_ABPerson> addPerson(OxMacAddressBook& book, const IOxPerson& source) {
+std::shared_ptr<IOxPerson> addPerson(OxMacAddressBook& book, const IOxPerson& source) {
   auto person = book.newPerson();
   if (!person) return nullptr;
   bool copied = false;
@@ -39,15 +43,16 @@ std::shared_ptr<_ABPerson> addPerson(OxMacAddressBook& book, const IOxPerson& so
 
 }  // namespace
 
-std::shared_ptr<_ABPerson> OxMacAddressBook::addOneFromOtherPerson(const PersonSource& source) {
-  if (const auto* const contact = std::get_if<CNContactPtr>(&source)) {
-    return *contact ? addContact(*this, **contact) : nullptr;
-  }
-  const auto* const person = std::get_if<std::shared_ptr<IOxPerson>>(&source);
-  return person != nullptr && *person ? addPerson(*this, **person) : nullptr;
+std::shared_ptr<IOxPerson> OxMacAddressBook::addOneFromOtherPerson(
+    const std::shared_ptr<IOxPerson>& source) {
+  return source ? addPerson(*this, *source) : nullptr;
 }
 
-void OxMacAddressBook::needSingValueClearValue_property(const std::shared_ptr<_ABPerson>& person,
+std::shared_ptr<IOxPerson> OxMacAddressBook::addOneFromOtherPerson(const CNContactPtr& source) {
+  return source ? addContact(*this, *source) : nullptr;
+}
+
+void OxMacAddressBook::needSingValueClearValue_property(const std::shared_ptr<IOxPerson>& person,
                                                         const OxPropertyPtr& property) {
   if (!person || !property) return;
   const auto value = person->valueByProperty(property);

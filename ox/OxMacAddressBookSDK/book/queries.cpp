@@ -2,6 +2,8 @@
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/ground/containers.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox {
 
@@ -13,10 +15,10 @@ std::shared_ptr<PersonList> OxMacAddressBook::allPersons() {
   return _allPersonArray;
 }
 
-std::vector<PersonList::Person> OxMacAddressBook::fillCache() {
+Persons OxMacAddressBook::fillCache() {
   const auto epoch = _allPersonArray->epoch();
   const auto records = abAddressBook();
-  std::vector<PersonList::Person> persons;
+  Persons persons;
   for (const auto& contact : contactsIn(*CNContactStore::init(), *_container)) {
     auto person = hostPerson(records->recordForKey(contact->key()));
     if (!person) continue;
@@ -29,7 +31,7 @@ std::vector<PersonList::Person> OxMacAddressBook::fillCache() {
 
 std::shared_ptr<PersonList> OxMacAddressBook::allPersons2() {
   if (!_allPersonArray) return nullptr;
-  std::vector<PersonList::Person> persons;
+  Persons persons;
   for (const auto& record : abAddressBook()->people()) {
     auto person = hostPerson(record);
     if (person->addressBookID() == _xxID) persons.push_back(std::move(person));
@@ -43,8 +45,8 @@ std::uint64_t OxMacAddressBook::allPersonsCount() {
   return persons ? persons->size() : 0;
 }
 
-std::vector<std::shared_ptr<_ABGroup>> OxMacAddressBook::allGroups() const {
-  std::vector<std::shared_ptr<_ABGroup>> groups;
+Groups OxMacAddressBook::allGroups() const {
+  Groups groups;
   if (!canCreateGroup()) return groups;
   for (const auto& record : abAddressBook()->groups()) {
     auto group = hostGroup(record);
@@ -53,8 +55,8 @@ std::vector<std::shared_ptr<_ABGroup>> OxMacAddressBook::allGroups() const {
   return groups;
 }
 
-std::vector<std::shared_ptr<_ABGroup>> OxMacAddressBook::rootGroups() const {
-  std::vector<std::shared_ptr<_ABGroup>> groups;
+Groups OxMacAddressBook::rootGroups() const {
+  Groups groups;
   if (!canCreateGroup()) return groups;
   for (const auto& record : abAddressBook()->groups()) {
     if (!record->parentGroups().empty()) continue;
@@ -68,17 +70,22 @@ std::uint64_t OxMacAddressBook::rootGroupsCount() const {
   return rootGroups().size();
 }
 
-std::shared_ptr<_ABGroup> OxMacAddressBook::groupByID(TextView identifier) const {
+std::shared_ptr<IOxGroup> OxMacAddressBook::groupByID(TextView identifier) const {
   auto group = hostGroup(abAddressBook()->recordForUniqueId(identifier));
   return group && group->addressBookID() == _xxID ? group : nullptr;
 }
 
-std::vector<std::shared_ptr<ABRecord>> OxMacAddressBook::personsForIDs(
+std::vector<OxRecord> OxMacAddressBook::personsForIDs(
     const std::vector<std::string>& identifiers) const {
-  std::vector<std::shared_ptr<ABRecord>> found;
+  std::vector<OxRecord> found;
   const auto records = abAddressBook();
   for (const auto& identifier : identifiers) {
-    if (auto record = records->recordForUniqueId(identifier)) found.push_back(std::move(record));
+    const auto record = records->recordForUniqueId(identifier);
+    if (auto person = hostPerson(record)) {
+      found.emplace_back(std::shared_ptr<IOxPerson>(std::move(person)));
+    } else if (auto group = hostGroup(record)) {
+      found.emplace_back(std::shared_ptr<IOxGroup>(std::move(group)));
+    }
   }
   return found;
 }

@@ -1,10 +1,13 @@
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox {
 
-std::shared_ptr<_ABPerson> OxMacAddressBook::newPerson() {
+std::shared_ptr<IOxPerson> OxMacAddressBook::newPerson() {
   const auto epoch = _allPersonArray ? _allPersonArray->epoch() : 0;
   const auto contact = CNMutableContact::init();
   const auto request = CNSaveRequest::init();
@@ -19,7 +22,7 @@ std::shared_ptr<_ABPerson> OxMacAddressBook::newPerson() {
   return person;
 }
 
-std::shared_ptr<_ABGroup> OxMacAddressBook::newGroup() {
+std::shared_ptr<IOxGroup> OxMacAddressBook::newGroup() {
   const auto group = CNMutableGroup::init();
   const auto request = CNSaveRequest::init();
   request->addGroup_toContainerWithIdentifier(group, validContainerID());
@@ -27,16 +30,17 @@ std::shared_ptr<_ABGroup> OxMacAddressBook::newGroup() {
   return hostGroup(abAddressBook()->recordForKey(group->key()));
 }
 
-std::shared_ptr<_ABGroup> OxMacAddressBook::addGroupByName(TextView name) {
+std::shared_ptr<IOxGroup> OxMacAddressBook::addGroupByName(TextView name) {
   auto group = newGroup();
   if (group) group->setDisplayName(name);
   return group;
 }
 
-void OxMacAddressBook::removePersons(const std::vector<std::shared_ptr<_ABPerson>>& persons) {
+void OxMacAddressBook::removePersons(const Persons& persons) {
   if (_allPersonArray) _allPersonArray->removeAll(persons);
   const auto records = abAddressBook();
-  for (const auto& person : persons) {
+  for (const auto& each : persons) {
+    const auto person = recordOf(each);
     if (!person) continue;
     if (_tagManager) _tagManager->removeForPersonID(person->ID());
     person->removeDisplayNameCache();
@@ -44,14 +48,14 @@ void OxMacAddressBook::removePersons(const std::vector<std::shared_ptr<_ABPerson
   }
 }
 
-bool OxMacAddressBook::removeGroup(const std::shared_ptr<_ABGroup>& group) {
-  if (group) group->removeAllSubGroup();
+bool OxMacAddressBook::removeGroup(const std::shared_ptr<IOxGroup>& group) {
+  if (const auto record = recordOf(group)) record->removeAllSubGroup();
   reallyRemoveOneGroup(group);
   return true;
 }
 
-void OxMacAddressBook::reallyRemoveOneGroup(const std::shared_ptr<_ABGroup>& group) {
-  abAddressBook()->removeRecord(group);
+void OxMacAddressBook::reallyRemoveOneGroup(const std::shared_ptr<IOxGroup>& group) {
+  abAddressBook()->removeRecord(recordOf(group));
 }
 
 void OxMacAddressBook::save() {

@@ -16,7 +16,7 @@ using OxMacAddressBookPtr = std::shared_ptr<OxMacAddressBook>;
 class BookList {
  public:
   BookList() : BookList(std::vector<OxMacAddressBookPtr>()) {}
-  explicit BookList(std::vector<OxMacAddressBookPtr> books)
+  BookList(std::vector<OxMacAddressBookPtr> books)
       : books_(std::make_shared<const std::vector<OxMacAddressBookPtr>>(std::move(books))) {}
 
   std::size_t size() const { return books_->size(); }

@@ -2,9 +2,9 @@
 
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox::registry {
 
@@ -20,12 +20,8 @@ Books booksByAccountIds() {
   for (auto& group : records->groups()) meet(hostGroup(std::move(group))->bookId());
 
   Books books;
-  for (const auto id : ids) {
-    const std::string text = id.text();
-    auto book = OxMacAddressBook::initWithID(text);
-    book->_xxName = text == OxMacAddressBookID ? std::string(services::kLocalName) : text;
-    books.push_back(std::move(book));
-  }
+  books.reserve(ids.size());
+  for (const auto id : ids) books.push_back(OxMacAddressBook::listedWithID(id.text()));
   return books;
 }
 

@@ -11,7 +11,7 @@ void BookCollector::add(const OxMacAddressBookPtr& book, bool local) {
     books_.push_back(book);
   }
   const bool standsForLocal =
-      rule_ == LocalBookRule::LocalOrICloudBook && book->_serverType == services::kICloud;
+      rule_ == LocalBookRule::LocalOrICloudBook && book->serverType() == services::kICloud;
   if (local || standsForLocal) localBookMissing_ = false;
 }
 

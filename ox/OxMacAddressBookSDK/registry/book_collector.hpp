@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/platform/Contacts/CNContainer.hpp"
 
 namespace ox {
 

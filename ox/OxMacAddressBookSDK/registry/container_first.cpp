@@ -5,6 +5,8 @@
 #include "ox/OxMacAddressBookSDK/ground/containers.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox::registry {
 namespace {
@@ -58,10 +60,11 @@ void fillCaches(const Listing& listing, const ProgressCallback& progress) {
   const double share = progress::shareLeft(spent);
   std::size_t done = 0;
   for (const auto& [book, contacts] : listing.books) {
+    const Text bookID = book->ID();
     for (const auto& contact : contacts) {
       if (auto person = hostPerson(records->recordForKey(contact->key()))) {
-        person->setAddressID(book->_xxID);
-        book->_allPersonArray->append(std::move(person));
+        person->setAddressID(bookID);
+        book->allPersonArray()->append(std::move(person));
       }
       const double percent = progress::percent(++done, listing.contactCount);
       progress::report(progress, percent * share + base);

@@ -4,6 +4,7 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
+#include "ox/base/serial_queue.hpp"
 
 namespace ox {
 namespace {

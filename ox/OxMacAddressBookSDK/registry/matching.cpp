@@ -1,6 +1,7 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/ground/containers.hpp"
 #include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox {
 namespace {
@@ -50,20 +51,21 @@ bool OxMacAddressBook::needAddAdreessBook_ab_store(const CNContainerPtr& contain
 bool OxMacAddressBook::hasContainerArray_addressArray(
     const std::vector<CNContainerPtr>& containers, const std::shared_ptr<OxMacAddressBook>& book) {
   if (!book) return false;
-  if (book->_serverType == services::kLocal) return true;
+  if (book->serverType() == services::kLocal) return true;
+  const Text bookID = book->ID();
   for (const auto& container : containers) {
-    if (container && book->_xxID && book->_xxID == standID(container->identifier())) return true;
+    if (container && bookID && bookID == standID(container->identifier())) return true;
   }
   return false;
 }
 
-bool OxMacAddressBook::hasAddress_container(
-    const std::vector<std::shared_ptr<OxMacAddressBook>>& books, const CNContainerPtr& container) {
+bool OxMacAddressBook::hasAddress_container(const BookList& books,
+                                            const CNContainerPtr& container) {
   if (!container) return false;
   if (container->type() == CNContainerTypeLocal) return true;
   const Text identifier = standID(container->identifier());
   for (const auto& book : books) {
-    if (book && identifier && book->_xxID == identifier) return true;
+    if (book && identifier && book->ID() == identifier) return true;
   }
   return false;
 }

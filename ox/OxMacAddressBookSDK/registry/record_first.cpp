@@ -7,6 +7,8 @@
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox::registry {
 namespace {
@@ -23,7 +25,7 @@ class RecordWalk {
     const Met& met = meet(container, Listed::ById);
     _ABPerson::dictionarySave().set(person->key(), met.bookId);
     if (caches_ == Caches::Fill) {
-      booksById_.at(met.bookId)->_allPersonArray->append(std::move(person));
+      booksById_.at(met.bookId)->allPersonArray()->append(std::move(person));
     }
   }
 
@@ -57,7 +59,7 @@ class RecordWalk {
     Met& met = place->second;
     if (isNew) {
       const auto book = OxMacAddressBook::initWithContainer(container);
-      met = {container, BookId::of(book->_xxID.value_or(""))};
+      met = {container, BookId::of(book->ID().value_or(""))};
       found_.add(book, isLocal(*container));
       if (listed == Listed::ById) booksById_[met.bookId] = book;
     }

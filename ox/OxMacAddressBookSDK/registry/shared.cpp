@@ -1,5 +1,6 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/registry/version_gate.hpp"
+#include "ox/base/serial_queue.hpp"
 
 namespace ox {
 

@@ -84,5 +84,16 @@ TEST(OxMutableMultipleValue, CopiesElementsAndKeepsTheMainOneInItsPlace) {
   EXPECT_EQ(values->valueAtIndex(1)->value(), Object("b"));
 }
 
+TEST(OxMutableMultipleValue, IsToldFromASingleOneByItsType) {
+  const OxValuePtr multiple = OxMutableMultipleValue::init();
+  const OxValuePtr single = OxMutableSingleValue::init();
+  EXPECT_EQ(multipleOf(multiple), multiple);
+  EXPECT_EQ(multipleOf(single), nullptr);
+  EXPECT_EQ(multipleOf(nullptr), nullptr);
+  EXPECT_EQ(singleOf(single), single);
+  EXPECT_EQ(singleOf(multiple), nullptr);
+  EXPECT_EQ(singleOf(nullptr), nullptr);
+}
+
 }  // namespace
 }  // namespace ox

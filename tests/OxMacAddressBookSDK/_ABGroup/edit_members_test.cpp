@@ -95,7 +95,7 @@ void removeByTheBook(const std::shared_ptr<_ABGroup>& group, const Persons& list
   const auto share = static_cast<double>(100.0F / n);
   float i = 0;
   for (const auto& subgroup : subgroups) {
-    removeByTheBook(std::dynamic_pointer_cast<_ABGroup>(subgroup), list,
+    removeByTheBook(recordOf(subgroup), list,
                     [&](double p, bool) { report((p + share * p / 100) * 0.5, false); });
     i += 1;
     report(static_cast<double>(i * 100.0F / n) * 0.5, false);

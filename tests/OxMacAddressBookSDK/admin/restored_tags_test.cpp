@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/support/second_process.hpp"
 

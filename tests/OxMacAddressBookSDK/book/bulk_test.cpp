@@ -237,5 +237,27 @@ TEST(BulkLoad, IsWholeWhateverElseFailsMeanwhile) {
   EXPECT_EQ(listsNames.run({"_local"}).output, "p0 p1 p2 p3 p4 ");
 }
 
+TEST(BulkSteps, RunDirectlyReportToTheCallbackThatIsSet) {
+  StoreBuilder().persons("p", 1).group("g", "G");
+  const auto book = bookNamed("_local");
+  Reports saving;
+  book->setProgressBlock(saving.saveCallback());
+  book->saveDataThreed();
+  EXPECT_EQ(saving.wait(), "0 50 100 100 data!");
+  EXPECT_EQ(saving.worker(), std::this_thread::get_id());
+
+  Sequence loading;
+  book->setLoadProgressBlock(loading.callback());
+  book->loadThreed(saving.data());
+  EXPECT_EQ(loading.text(), "0 25 50 50 100 100 100 100!");
+  loading.clear();
+  const auto general = OxAddressBookGeneral::addressBookWithData(saving.data());
+  book->addGroupAndPersonByGeneralAddressBook(general);
+  EXPECT_EQ(loading.text(), "25 50 50");
+  loading.clear();
+  book->adjustGroupAndPersonRelatedByGeneralAddressBook(general);
+  EXPECT_EQ(loading.text(), "100 100");
+}
+
 }  // namespace
 }  // namespace ox::test

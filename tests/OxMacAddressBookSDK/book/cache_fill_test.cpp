@@ -66,7 +66,7 @@ TEST_F(CacheFill, PutsWhatItFindsBeforeAPersonMadeMeanwhile) {
   source.afterFetch = [&] { made = newPersonOfTheBook(); };
   book->allPersons();
   EXPECT_EQ(cachedIn(*book), "p0 p1 " + made) << "not among those that were fetched";
-  book->_allPersonArray->clear();
+  book->allPersonArray()->clear();
   source.beforeFetch = [&] { made += ' ' + newPersonOfTheBook(); };
   book->allPersons();
   EXPECT_EQ(cachedIn(*book), "p0 p1 " + made) << "fetched, and in the cache";
@@ -90,7 +90,7 @@ TEST_F(CacheFill, IsTheFirstOfTwo) {
 TEST_F(CacheFill, StartsAnewWhenTheCacheIsEmptiedMeanwhile) {
   source.afterFetch = [&] {
     StoreBuilder().in("A:ABAccount").persons("late", 1);
-    book->_allPersonArray->clear();
+    book->allPersonArray()->clear();
   };
   book->allPersons();
   EXPECT_EQ(cachedIn(*book), "p0 p1 late0");

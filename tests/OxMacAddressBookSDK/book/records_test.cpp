@@ -35,12 +35,10 @@ TEST(NewPerson, IsStoredAtOnceClearedStampedAndCached) {
 
 TEST(NewPerson, LosesItsStampWhenTheNameIsClearedAndDerivesItAnew) {
   StoreBuilder().container("A:ABAccount", "iCloud", 3).persons("p", 1);
-  const auto book = OxMacAddressBook::initWithID("_local");
   OxMacAddressBook::addressBookArray();
-  // Made through a book whose ID is not that of the container.
-  const auto account = OxMacAddressBook::initWithContainer(containerOf("A:ABAccount", "x", 3));
-  account->_xxID = "another";
-  const auto made = account->newPerson();
+  // Made through a book whose ID is not the container's standard id.
+  const auto account = OxMacAddressBook::initWithID("A:ABAccount");
+  const auto made = recordOf(account->newPerson());
   ASSERT_TRUE(made);
   EXPECT_EQ(_ABPerson::dictionarySave().find(made->key()), std::nullopt);
   EXPECT_EQ(made->addressBookID(), "A");
@@ -58,14 +56,14 @@ TEST(NewPerson, OfABookWithUnknownContainerIsMissingAndLeavesTheCache) {
 
 TEST(NewPerson, OfABookMadeFromAnIdGoesIntoTheContainerOfThatId) {
   const auto book = OxMacAddressBook::initWithID("_local");
-  const auto made = book->newPerson();
+  const auto made = recordOf(book->newPerson());
   ASSERT_TRUE(made);
   EXPECT_EQ(made->AccountID(), "_local");
 }
 
 TEST(NewGroup, IsStoredAtOnceUnnamedAndNotStamped) {
   const auto book = bookNamed("_local");
-  const auto made = book->newGroup();
+  const auto made = recordOf(book->newGroup());
   ASSERT_TRUE(made);
   EXPECT_EQ(made->displayName(), "");
   EXPECT_EQ(_ABGroup::dictionarySave().find(made->key()), std::nullopt);
@@ -216,7 +214,7 @@ TEST(Book, ServesATypicalRequestFromTheListToTheSave) {
               {.first = "Ann", .phones = {{"_$!<Home>!$_", "111"}, {"_$!<Work>!$_", "222", true}}});
   std::shared_ptr<OxMacAddressBook> cloud;
   for (const auto& book : OxMacAddressBook::addressBookArray()) {
-    if (book->_serverType == 8) cloud = book;
+    if (book->serverType() == 8) cloud = book;
   }
   ASSERT_TRUE(cloud);
   const auto ann = cloud->allPersons()->element(0);

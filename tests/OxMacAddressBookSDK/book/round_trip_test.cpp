@@ -16,7 +16,7 @@ namespace {
 // What the book gives out once it has taken the data; missing when the load did not end well.
 Data savedAfterLoading(const std::shared_ptr<OxMacAddressBook>& book, const Data& data) {
   if (!loaded(book, data).ends_with(" 100!")) return nullptr;
-  book->_allPersonArray->clear();  // it still lists the persons that the load has removed
+  book->allPersonArray()->clear();  // it still lists the persons that the load has removed
   return savedData(book);
 }
 

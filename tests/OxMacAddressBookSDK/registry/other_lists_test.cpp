@@ -21,9 +21,9 @@ TEST(AccountIdDiscovery, ListsTheLocalBookFirstThenIdsAsTheyAreMet) {
   std::string names;
   for (const auto& book : books) names += *book->name() + ';';
   EXPECT_EQ(names, "On My Mac;B;A;G;");
-  EXPECT_EQ(books.element(0)->_serverType, 0);
-  EXPECT_EQ(books.element(1)->_serverType, 9);
-  EXPECT_EQ(books.element(1)->_container, nullptr);
+  EXPECT_EQ(books.element(0)->serverType(), 0);
+  EXPECT_EQ(books.element(1)->serverType(), 9);
+  EXPECT_EQ(books.element(1)->validContainerID(), books.element(1)->ID()) << "no container";
   EXPECT_EQ(books.element(1)->allPersons(), nullptr);
   EXPECT_EQ(OxMacAddressBook::addressBookArray(), books);
 }

@@ -161,7 +161,7 @@ TEST(RecordFirstDiscovery, ConcurrentFirstCallsBuildOneList) {
   for (auto& list : lists) threads.emplace_back([&list] { list = discover(); });
   for (auto& thread : threads) thread.join();
   for (const auto& list : lists) EXPECT_EQ(list.element(0), lists[0].element(0));
-  EXPECT_EQ(lists[0].element(0)->_allPersonArray->size(), 20U);
+  EXPECT_EQ(lists[0].element(0)->allPersonArray()->size(), 20U);
 }
 
 }  // namespace

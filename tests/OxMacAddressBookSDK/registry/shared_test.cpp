@@ -59,9 +59,9 @@ TEST(SharedInstances, ThePlainBookHasNothingButItsTagStore) {
   EXPECT_EQ(book->ID(), Text());
   EXPECT_EQ(book->name(), Text());
   EXPECT_EQ(book->validContainerID(), Text());
-  EXPECT_EQ(book->_container, nullptr);
-  EXPECT_EQ(book->_serverType, 0);
-  EXPECT_EQ(book->_allPersonArray, nullptr);
+  EXPECT_EQ(book->validContainerID(), Text());
+  EXPECT_EQ(book->serverType(), 0);
+  EXPECT_EQ(book->allPersonArray(), nullptr);
   EXPECT_EQ(book->tagManager(), OxTagManager::tagManagerWithID("mac_addressbookTagsID"));
 }
 

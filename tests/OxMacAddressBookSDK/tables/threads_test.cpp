@@ -18,7 +18,8 @@ TEST(Threads, ShareTablesCachesAndListsWithoutHarm) {
     threads.emplace_back([number] {
       const auto books = OxMacAddressBook::addressBookArray();
       const auto persons = books.element(1)->allPersons();
-      for (const auto& person : persons->snapshot()) {
+      for (const auto& each : persons->snapshot()) {
+        const auto person = recordOf(each);
         EXPECT_EQ(person->displayName(), person->ID());
         person->nameChineesPinyin();
         if (number == 0) person->removeDisplayNameCache();
@@ -35,7 +36,7 @@ TEST(Threads, ShareTablesCachesAndListsWithoutHarm) {
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(_ABGroup::dictionarySave().count(), 1U);
   EXPECT_EQ(_ABPerson::dictionarySave().count(), std::size_t{kPersons});
-  EXPECT_GE(OxMacAddressBook::addressBookArray().element(1)->_allPersonArray->size(),
+  EXPECT_GE(OxMacAddressBook::addressBookArray().element(1)->allPersonArray()->size(),
             std::size_t{kPersons});
 }
 

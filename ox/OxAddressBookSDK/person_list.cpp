@@ -1,6 +1,7 @@
-#include "ox/OxMacAddressBookSDK/ground/person_list.hpp"
+#include "ox/OxAddressBookSDK/person_list.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <iterator>
 #include <unordered_set>
 #include <utility>
@@ -17,7 +18,7 @@ PersonList::Person PersonList::element(std::size_t index) const {
   return index < persons_.size() ? persons_[index] : nullptr;
 }
 
-std::vector<PersonList::Person> PersonList::snapshot() const {
+Persons PersonList::snapshot() const {
   const std::lock_guard lock(mutex_);
   return persons_;
 }
@@ -27,7 +28,7 @@ void PersonList::append(Person person) {
   persons_.push_back(std::move(person));
 }
 
-void PersonList::append(const std::vector<Person>& persons) {
+void PersonList::append(const Persons& persons) {
   const std::lock_guard lock(mutex_);
   persons_.insert(persons_.end(), persons.begin(), persons.end());
 }
@@ -37,10 +38,11 @@ std::uint64_t PersonList::epoch() const {
   return epoch_;
 }
 
-void PersonList::fill(const std::vector<Person>& persons, std::uint64_t epoch) {
-  std::vector<Person> all;
+void PersonList::fill(const Persons& persons, std::uint64_t epoch) {
+  Persons all;
   all.reserve(persons.size());
   const std::lock_guard lock(mutex_);
+  assert(epoch <= epoch_);
   if (epoch_ != epoch) return;
   std::unordered_set<const void*> present;
   for (const auto& person : persons_) present.insert(person.get());
@@ -54,14 +56,15 @@ void PersonList::fill(const std::vector<Person>& persons, std::uint64_t epoch) {
 
 void PersonList::appendNew(const Person& person, std::uint64_t epoch) {
   const std::lock_guard lock(mutex_);
+  assert(epoch <= epoch_);
   const bool found = epoch_ != epoch && std::ranges::find(persons_, person) != persons_.end();
   if (!found) persons_.push_back(person);
 }
 
-void PersonList::removeAll(const std::vector<Person>& persons) {
+void PersonList::removeAll(const Persons& persons) {
   std::unordered_set<const void*> gone;
   for (const auto& person : persons) gone.insert(person.get());
-  std::vector<Person> released;  // persons are let go of outside the lock
+  Persons released;  // persons are let go of outside the lock
   const std::lock_guard lock(mutex_);
   const auto kept =
       std::stable_partition(persons_.begin(), persons_.end(),
@@ -71,7 +74,7 @@ void PersonList::removeAll(const std::vector<Person>& persons) {
 }
 
 void PersonList::clear() {
-  std::vector<Person> released;  // persons are let go of outside the lock
+  Persons released;  // persons are let go of outside the lock
   const std::lock_guard lock(mutex_);
   released.swap(persons_);
   ++epoch_;
