@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -26,6 +27,7 @@ class KeyedList {
     } else {
       entries_[found->second].second = std::move(object);
     }
+    assert(places_.size() == entries_.size() && entries_[found->second].first == key);
   }
 
   // Null when no object has that key.

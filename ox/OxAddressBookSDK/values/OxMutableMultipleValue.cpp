@@ -1,6 +1,7 @@
 #include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 namespace ox {
@@ -31,6 +32,7 @@ void OxMutableMultipleValue::setMainValue(
     const std::shared_ptr<const OxMutableSingleValue>& element) {
   const auto index = indexOfValue(element);
   if (!element || index != OxNotFound) main_ = index;
+  assert(main_ == OxNotFound || main_ < elements_.size());
 }
 
 OxValuePtr OxMutableMultipleValue::copy() const {
@@ -40,6 +42,7 @@ OxValuePtr OxMutableMultipleValue::copy() const {
     result->elements_.push_back(element->copySingle());
   }
   result->main_ = main_;
+  assert(main_ == OxNotFound || main_ < elements_.size());
   return result;
 }
 

@@ -1,5 +1,6 @@
 #include "ox/OxMacAddressBookSDK/tables/book_id.hpp"
 
+#include <cassert>
 #include <deque>
 #include <mutex>
 #include <shared_mutex>
@@ -22,6 +23,7 @@ class BookIdTexts {
 
   std::string textOf(std::uint32_t number) {
     const std::shared_lock lock(mutex_);
+    assert(number != 0 && number <= texts_.size());
     return texts_[number - 1];
   }
 
