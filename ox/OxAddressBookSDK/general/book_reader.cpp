@@ -1,3 +1,4 @@
+// Reading the file form of the neutral book.
 #include <string>
 #include <string_view>
 

@@ -1,3 +1,4 @@
+// Writing the file form of the neutral book.
 #include <string>
 
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"

@@ -1,3 +1,4 @@
+// Reading what a value holds from its JSON form.
 #include <algorithm>
 #include <array>
 #include <limits>

@@ -1,3 +1,4 @@
+// Writing what a value holds in its JSON form.
 #include <array>
 #include <cmath>
 #include <string>

@@ -1,3 +1,4 @@
+// Adding persons to a group and removing them from it and from the groups below it, with progress.
 #include <unordered_set>
 #include <utility>
 
@@ -116,7 +117,8 @@ void _ABGroup::addPersons(const Persons& persons) {
 }
 
 void _ABGroup::addPersons_progress(const Persons& persons, const ProgressCallback& progress) {
-  // Taken once: a person named twice is offered to the store twice. Required.
+  // The members are taken once, before the first is added: a person named twice in the list is
+  // offered to the store twice. Required.
   std::unordered_set<RecordKey> before;
   for (const auto& member : members()) before.insert(member->key());
   for (std::size_t k = 0; k < persons.size(); ++k) {

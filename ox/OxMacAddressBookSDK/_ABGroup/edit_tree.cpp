@@ -1,3 +1,4 @@
+// Adding and removing sub-groups.
 #include <algorithm>
 #include <unordered_set>
 
@@ -33,7 +34,7 @@ void removeBelow(std::shared_ptr<_ABGroup> root, Keys above) {
     above.insert(group->key());
     auto subgroups = emptied.insert(group->key()).second ? group->subgroups() : GroupRecords();
     std::erase_if(subgroups, [&](const auto& subgroup) { return above.contains(subgroup->key()); });
-    // A leaf needs no book.
+    // A group without sub-groups gives nothing up, so its book need not be looked for.
     auto book = subgroups.empty() ? nullptr : group->groupAddressBook();
     open.push_back({std::move(group), std::move(book), std::move(subgroups)});
   };

@@ -1,3 +1,4 @@
+// Which record a group is, what it is called, and which book holds it.
 #include <cassert>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"

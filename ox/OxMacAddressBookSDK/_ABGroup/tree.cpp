@@ -1,3 +1,4 @@
+// What lies in a group: its sub-groups, its members, and the members of the whole tree.
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/flatten.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"

@@ -1,3 +1,4 @@
+// The converters of single elements as operations of a person; convert/ does the work.
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/convert/address.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/convert/email.hpp"

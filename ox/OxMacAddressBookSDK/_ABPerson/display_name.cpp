@@ -1,3 +1,4 @@
+// The display name and its transcription, which are worked out once and remembered.
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_text_table.hpp"

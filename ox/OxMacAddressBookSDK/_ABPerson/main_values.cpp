@@ -1,3 +1,4 @@
+// What a person answers without a property: the main phone and e-mail address, the groups.
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 

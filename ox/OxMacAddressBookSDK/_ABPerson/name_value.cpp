@@ -1,3 +1,4 @@
+// The name: three stored texts, one value of the model.
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/base/failures.hpp"
 

@@ -1,3 +1,4 @@
+// The name tables as operations of a person.
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
 

@@ -1,3 +1,4 @@
+// Which record a person is, and which book holds it.
 #include <cassert>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"

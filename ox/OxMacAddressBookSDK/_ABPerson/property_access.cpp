@@ -1,3 +1,4 @@
+// Reading and writing a property by its descriptor or by its name: who does it, and in what order.
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
@@ -53,7 +54,8 @@ void _ABPerson::setValue_byProperty(const OxValuePtr& value, const OxPropertyPtr
 
 void _ABPerson::setSpecialValue(const OxValuePtr& value, std::string_view name) {
   const auto single = std::dynamic_pointer_cast<OxMutableSingleValue>(value);
-  // A multiple value is of the wrong kind here: refused as the store does it, the old value stays.
+  // A multiple value is of the wrong kind here. It is refused as the store refuses one, and the old
+  // value stays.
   if (value && !single) {
     return failures::countRefusal("a multiple value for " + std::string(name));
   }

@@ -1,3 +1,4 @@
+// From what the store holds to values of the model.
 #include <algorithm>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
@@ -43,7 +44,8 @@ std::shared_ptr<OxMutableMultipleValue> _ABPerson::multipleValueByMacValue_prope
   const auto main =
       std::find_if(value->entries.begin(), value->entries.end(),
                    [&](const auto& entry) { return entry.identifier == value->primary; });
-  // The stored place as it is, also when an entry gave no element. Required.
+  // The main element is looked for at the place that the primary entry has in the store, also when
+  // an entry before it gave no element and every later one has moved up. Required.
   multiple->setMainValue(
       multiple->valueAtIndex(static_cast<std::uint64_t>(main - value->entries.begin())));
   return multiple;

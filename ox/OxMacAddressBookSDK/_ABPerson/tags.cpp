@@ -1,3 +1,4 @@
+// The tags of a person, which the tag store of the person's book keeps.
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"

@@ -1,3 +1,4 @@
+// The picture of a person: stored bytes, decoded for the model.
 #include <new>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"

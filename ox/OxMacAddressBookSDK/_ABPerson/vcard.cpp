@@ -1,3 +1,4 @@
+// The vCard of a person with the picture in a line of its own.
 #include <string_view>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"

@@ -1,3 +1,4 @@
+// From values of the model to what the store holds.
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
 #include "ox/platform/AddressBook/ABMultiValue.hpp"
@@ -5,7 +6,8 @@
 namespace ox {
 namespace {
 
-// What the person holds under that name, emptied; a new one when it holds no multi-value.
+// The multi-value that the person holds under that name, without its entries; a new one when the
+// person holds none.
 ABMutableMultiValue emptied(const PropertyValue& current) {
   const auto* const stored = std::get_if<MultiValuePtr>(&current);
   if (stored == nullptr) return ABMutableMultiValue::init();

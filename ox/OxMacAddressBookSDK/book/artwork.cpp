@@ -1,3 +1,4 @@
+// The pictures of the service behind a book.
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 #include "ox/platform/images/image_file.hpp"

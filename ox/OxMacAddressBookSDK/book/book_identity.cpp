@@ -1,3 +1,4 @@
+// How a book is made, which service it belongs to, and what that allows.
 #include <algorithm>
 
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"

@@ -1,3 +1,14 @@
+// Replacing a whole book by what the data of a neutral book holds.
+//
+// The order is required, and each step leaves something to fall back on. The data is read before
+// anything is touched, so data that cannot be read costs nothing. The old records are then marked
+// as removed, which stays unsaved, while every new one is in the store as soon as it is made; links
+// come last, for both of their ends must exist. Until the save at the end, reverting the unsaved
+// changes therefore brings every old record back: that is what a load does which is cut short or
+// could not make all of its records. The new ones that were made by then stay in the store, empty,
+// for nothing but a removal takes them out again. A revert by anybody else undoes the removals in
+// the same way, and would leave old and new side by side without a word, so reverts are counted
+// before and after.
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
@@ -39,7 +50,7 @@ void OxMacAddressBook::loadWithData_progressBlock(const Data& data,
     setLoadProgressBlock(progress);
     runDetached([book = shared_from_this(), data] { book->loadThreed(data); });
   });
-  // To the one at hand: there may have been no room to keep it.
+  // The callback at hand is told, for there may have been no room to keep it in the book.
   if (!started) reportTo(progress, 0.0, true);
 }
 
@@ -52,7 +63,8 @@ void OxMacAddressBook::reportLoad(double value, bool finished) {
   if (const auto callback = _loadProgressBlock.current()) reportTo(*callback, value, finished);
 }
 
-// Whoever waits for the last report must get it, whatever happens on the way.
+// Somebody waits for the last report and must get it, whatever happens on the way: every step that
+// can throw is contained.
 void OxMacAddressBook::loadThreed(const Data& data) {
   std::shared_ptr<OxAddressBookGeneral> general;
   contained("a load was cut short before it changed anything",
@@ -91,7 +103,8 @@ bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral
   }
   // Removals that stayed unsaved would reach the store with the next save of whatever book.
   contained("what a load left unsaved could not be reverted", [&] { abAddressBook()->revert(); });
-  // To be filled anew: the old persons are back, and of the new ones some may be missing in it.
+  // The next call fills the cache anew: the old persons are back in the store, and some of the new
+  // ones may be missing in the cache.
   if (_allPersonArray) _allPersonArray->clear();
   return false;
 }
@@ -101,8 +114,9 @@ void OxMacAddressBook::clearAddressBook() {
   const auto records = abAddressBook();
   for (const auto& group : allGroups()) records->removeRecord(recordOf(group));
   if (_container) {
-    // What the store gives, not what the cache holds: where another thread has put a person into it
-    // meanwhile, all others would stay.
+    // The persons to remove are those that the store gives. The cache was emptied just now, but
+    // another thread may have put a new person into it since: it would then be served as it is, and
+    // all the others would stay in the store.
     for (const auto& person : fillCache()) records->removeRecord(recordOf(person));
   } else if (const auto persons = allPersons()) {
     for (const auto& person : persons->snapshot()) records->removeRecord(recordOf(person));

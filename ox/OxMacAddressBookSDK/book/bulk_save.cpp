@@ -1,3 +1,4 @@
+// The whole book as the data of a neutral book.
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/ground/contained.hpp"
@@ -20,7 +21,7 @@ void OxMacAddressBook::saveDataBlock(const SaveCallback& progress) {
     setProgressBlock(progress);
     runDetached([book = shared_from_this()] { book->saveDataThreed(); });
   });
-  // To the one at hand: there may have been no room to keep it.
+  // The callback at hand is told, for there may have been no room to keep it in the book.
   if (!started) reportTo(progress, true, nullptr, progress::kDone);
 }
 
@@ -32,7 +33,7 @@ void OxMacAddressBook::reportSave(bool finished, const Data& data, double value)
   if (const auto callback = _progressBlock.current()) reportTo(*callback, finished, data, value);
 }
 
-// Whoever waits for the last report must get it, whatever happens on the way.
+// Somebody waits for the last report and must get it, whatever happens on the way.
 void OxMacAddressBook::saveDataThreed() {
   Data data;
   contained("a save was cut short", [&] { data = collectedData(); });
@@ -45,7 +46,8 @@ Data OxMacAddressBook::collectedData() {
   const auto list = allPersons();
   const auto persons = list ? list->snapshot() : Persons();
   const std::size_t total = groups.size() + persons.size();
-  // Counted from 0 where a load counts from 1. Required.
+  // A save counts its items from 0 where a load counts them from 1, so its first report is 0 and
+  // the last item does not reach 100. Required.
   std::size_t index = 0;
   for (const auto& group : groups) {
     general->addGroup(group);

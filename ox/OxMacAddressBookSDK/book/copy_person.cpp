@@ -1,3 +1,4 @@
+// Copying persons and contacts into a book.
 #include "ox/OxAddressBookSDK/values/OxMutableSingleValue.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"

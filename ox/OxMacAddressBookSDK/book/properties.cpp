@@ -1,3 +1,4 @@
+// The properties that a book supports, and the common ones.
 #include <array>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"

@@ -1,3 +1,4 @@
+// Which persons and groups a book holds.
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
@@ -10,7 +11,8 @@ namespace ox {
 std::shared_ptr<PersonList> OxMacAddressBook::allPersons() {
   if (_allPersonArray && _allPersonArray->size() > 0) return _allPersonArray;
   if (!_container) return allPersons2();
-  // Once, unless another thread empties the cache before the persons are in it.
+  // One fill is enough, unless another thread empties the cache before the persons are in it: what
+  // was fetched is then stale and is dropped, and the store is asked again.
   while (!fillCache().empty() && _allPersonArray->size() == 0) continue;
   return _allPersonArray;
 }

@@ -1,3 +1,4 @@
+// Making and removing persons and groups, and the save.
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
@@ -16,7 +17,9 @@ std::shared_ptr<IOxPerson> OxMacAddressBook::newPerson() {
   auto person = hostPerson(abAddressBook()->recordForKey(contact->key()));
   if (!person) return nullptr;
   person->setAddressID(_xxID);
-  // Clearing the name and the company drops the stamp again. Required.
+  // Clearing the name or the company forgets everything that is remembered of the person, the stamp
+  // of the line above included; whoever asks for the book next derives it from the container.
+  // Required.
   for (const auto& property : supportProperty()) person->setValue_byProperty(nullptr, property);
   if (_allPersonArray) _allPersonArray->appendNew(person, epoch);
   return person;

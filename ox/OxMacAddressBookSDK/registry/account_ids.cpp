@@ -1,3 +1,4 @@
+// The books of a system without container database: one for each account id of a record.
 #include <unordered_set>
 
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"

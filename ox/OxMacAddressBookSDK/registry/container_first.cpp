@@ -1,3 +1,4 @@
+// The books found by walking the containers, and then the contacts of each.
 #include <deque>
 #include <stdexcept>
 
@@ -22,8 +23,9 @@ struct Listing {
   std::size_t containerCount = 0;
 };
 
-// The contacts come into the cache in the second phase, but for a local book that was not accepted:
-// its persons are loaded at once.
+// The first phase: one percent for each container. The contacts of a book come into its cache in
+// the second phase. A local book that was not accepted is listed all the same, and its persons are
+// loaded at once.
 Listing listContainers(const std::shared_ptr<CNContactStore>& store,
                        const ProgressCallback& progress) {
   const auto records = ABAddressBook::sharedAddressBook();
@@ -53,6 +55,8 @@ Listing listContainers(const std::shared_ptr<CNContactStore>& store,
   return listing;
 }
 
+// The second phase: the contacts share the percents that the first one has left. With a hundred
+// containers or more nothing is left, and the values stand still or fall. Required.
 void fillCaches(const Listing& listing, const ProgressCallback& progress) {
   const auto records = ABAddressBook::sharedAddressBook();
   const std::size_t spent = listing.containerCount + 1;

@@ -1,3 +1,4 @@
+// The lists of books that the process keeps, each built by the first call that needs it.
 #include <mutex>
 #include <optional>
 

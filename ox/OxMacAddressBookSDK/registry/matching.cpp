@@ -1,3 +1,4 @@
+// How the identifiers of containers, records and books match.
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/ground/containers.hpp"
 #include "ox/OxMacAddressBookSDK/ground/service_types.hpp"

@@ -1,3 +1,4 @@
+// The books found by walking the persons, and then the groups.
 #include <string>
 #include <unordered_map>
 
@@ -13,8 +14,9 @@
 namespace ox::registry {
 namespace {
 
-// One walk over the records. The containers met are kept by identifier, the last one at hand: the
-// records of a container tend to follow one another.
+// One walk over the records. Each record is stamped with the ID of its container's book, so that
+// nobody has to ask the store again which book holds it. The containers met are kept by identifier,
+// and the last one is kept at hand, because the records of a container tend to follow one another.
 class RecordWalk {
  public:
   RecordWalk(LocalBookRule rule, Caches caches) : found_(rule), caches_(caches) {}
@@ -72,8 +74,8 @@ class RecordWalk {
   std::shared_ptr<CNContactStore> store_ = CNContactStore::init();
   std::unordered_map<std::string, Met> met_;
   const Met* last_ = nullptr;
-  // Books of containers met through a person. Two containers may share a standard id: then the
-  // persons of both go into the book made last.
+  // The books of those containers that were met through a person. Where two containers share a
+  // standard id, the persons of both go into the book that was made last.
   std::unordered_map<BookId, OxMacAddressBookPtr> booksById_;
 };
 

@@ -1,3 +1,4 @@
+// What all books of the process share: the plain book, the version gates, the registry queue.
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/registry/version_gate.hpp"
 #include "ox/base/serial_queue.hpp"

@@ -9,7 +9,8 @@
 
 namespace ox {
 
-// Which book holds which record. Entries stay until they are removed. Safe from any thread; no lock
+// Which book holds which record: the stamps that discovery gives, and what a record worked out for
+// itself where it had none. Entries stay until they are removed. Safe from any thread; no lock
 // is held when an operation returns.
 class RecordStampTable {
  public:
