@@ -17,29 +17,29 @@ namespace {
 using namespace book_format;
 
 void writeLabel(JsonWriter& out, const OxLabel& label) {
-  out.name("label");
+  out.writeName("label");
   out.beginObject();
-  out.member("name", label.name());
-  out.member("displayName", label.displayName());
+  out.writeMember("name", label.name());
+  out.writeMember("displayName", label.displayName());
   out.endObject();
 }
 
 // The members of one value; the caller has begun the object.
 void writeSingle(JsonWriter& out, const OxMutableSingleValue& value) {
   if (value.type() == value_type::kMultiple) throw Unwritable("a single value of multiple type");
-  out.member("type", std::int64_t{value.type()});
+  out.writeMember("type", std::int64_t{value.type()});
   if (value.label()) writeLabel(out, *value.label());
   if (value.value().isMissing()) return;
-  out.name("value");
+  out.writeName("value");
   writeObject(out, value.value());
 }
 
 void writeMultiple(JsonWriter& out, const OxMutableMultipleValue& multiple) {
-  out.member("type", std::int64_t{multiple.type()});
+  out.writeMember("type", std::int64_t{multiple.type()});
   if (const auto main = multiple.mainValue()) {
-    out.member("main", static_cast<std::int64_t>(multiple.indexOfValue(main)));
+    out.writeMember("main", static_cast<std::int64_t>(multiple.indexOfValue(main)));
   }
-  out.name("values");
+  out.writeName("values");
   out.beginArray();
   for (std::uint64_t i = 0; i < multiple.count(); ++i) {
     out.beginObject();
@@ -53,7 +53,7 @@ void writeProperty(JsonWriter& out, const OxProperty& property, const OxValue& v
   // Two names could become one if they were repaired.
   if (!isValidUtf8(property.name())) throw Unwritable("a property name that is not UTF-8");
   out.beginObject();
-  out.member("property", std::string_view(property.name()));
+  out.writeMember("property", std::string_view(property.name()));
   if (const auto* multiple = dynamic_cast<const OxMutableMultipleValue*>(&value)) {
     writeMultiple(out, *multiple);
   } else if (const auto* single = dynamic_cast<const OxMutableSingleValue*>(&value)) {
@@ -77,8 +77,8 @@ void writePerson(JsonWriter& out, std::string_view key, const OxGeneralPerson& p
     throw Unwritable(std::string(key) + ": a person of too many properties");
   }
   out.beginObject();
-  out.member("person", key);
-  out.name("values");
+  out.writeMember("person", key);
+  out.writeName("values");
   out.beginArray();
   for (const auto& [property, value] : person.values()) {
     try {
@@ -93,16 +93,16 @@ void writePerson(JsonWriter& out, std::string_view key, const OxGeneralPerson& p
 }
 
 void writeKeys(JsonWriter& out, std::string_view name, const OxGeneralGroup::Keys& keys) {
-  out.name(name);
+  out.writeName(name);
   out.beginArray();
-  for (const auto& key : keys) out.text(key);
+  for (const auto& key : keys) out.writeText(key);
   out.endArray();
 }
 
 void writeGroup(JsonWriter& out, std::string_view key, const OxGeneralGroup& group) {
   out.beginObject();
-  out.member("group", key);
-  out.member("title", group.title());
+  out.writeMember("group", key);
+  out.writeMember("title", group.title());
   writeKeys(out, "subArray", group.subArray());
   writeKeys(out, "persons", group.persons());
   out.endObject();

@@ -51,26 +51,26 @@ void JsonWriter::separate() {
   first_ = false;
 }
 
-void JsonWriter::name(std::string_view name) {
+void JsonWriter::writeName(std::string_view name) {
   separate();
   quote(name);
   out_ += ':';
   first_ = true;
 }
 
-void JsonWriter::null() {
+void JsonWriter::writeNull() {
   separate();
   out_ += "null";
 }
 
-void JsonWriter::integer(std::int64_t number) {
+void JsonWriter::writeInteger(std::int64_t number) {
   separate();
   std::array<char, 24> digits{};
   const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
   out_.append(digits.data(), result.ptr);
 }
 
-void JsonWriter::real(double number) {
+void JsonWriter::writeReal(double number) {
   separate();
   std::array<char, 40> digits{};
   const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
@@ -80,7 +80,7 @@ void JsonWriter::real(double number) {
   if (shortest.find_first_of(".e") == std::string_view::npos) out_ += ".0";
 }
 
-void JsonWriter::text(std::string_view text) {
+void JsonWriter::writeText(std::string_view text) {
   separate();
   if (isValidUtf8(text)) {
     quote(text);
@@ -101,18 +101,18 @@ void JsonWriter::quote(std::string_view text) {
   out_ += '"';
 }
 
-void JsonWriter::member(std::string_view itsName, std::string_view value) {
-  name(itsName);
-  text(value);
+void JsonWriter::writeMember(std::string_view name, std::string_view value) {
+  writeName(name);
+  writeText(value);
 }
 
-void JsonWriter::member(std::string_view itsName, const Text& value) {
-  if (value) member(itsName, std::string_view(*value));
+void JsonWriter::writeMember(std::string_view name, const Text& value) {
+  if (value) writeMember(name, std::string_view(*value));
 }
 
-void JsonWriter::member(std::string_view itsName, std::int64_t value) {
-  name(itsName);
-  integer(value);
+void JsonWriter::writeMember(std::string_view name, std::int64_t value) {
+  writeName(name);
+  writeInteger(value);
 }
 
 void JsonWriter::endLine() {

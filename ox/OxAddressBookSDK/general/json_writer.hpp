@@ -22,19 +22,19 @@ class JsonWriter {
   void beginArray() { begin('['); }
   void endArray() { end(']'); }
   // The name must be valid UTF-8.
-  void name(std::string_view name);
+  void writeName(std::string_view name);
 
-  void null();
-  void integer(std::int64_t number);
+  void writeNull();
+  void writeInteger(std::int64_t number);
   // Always with a point or an exponent, so that it is read back as a real; not for what is not
   // finite.
-  void real(double number);
-  void text(std::string_view text);
+  void writeReal(double number);
+  void writeText(std::string_view text);
 
-  void member(std::string_view itsName, std::string_view value);
+  void writeMember(std::string_view name, std::string_view value);
   // Left out when missing.
-  void member(std::string_view itsName, const Text& value);
-  void member(std::string_view itsName, std::int64_t value);
+  void writeMember(std::string_view name, const Text& value);
+  void writeMember(std::string_view name, std::int64_t value);
 
   void endLine();
   std::string take() { return std::move(out_); }

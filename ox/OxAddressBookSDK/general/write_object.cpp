@@ -23,45 +23,45 @@ constexpr std::array kAddressFields = {OxAddressFieldCountryOrArea, OxAddressFie
 
 void beginKind(JsonWriter& out, std::string_view kind) {
   out.beginObject();
-  out.member("kind", kind);
+  out.writeMember("kind", kind);
 }
 
 void writeParts(JsonWriter& out, const OxObjectPhone& phone) {
   beginKind(out, kind::kPhone);
-  out.member("phoneNumber", phone.phoneNumber());
+  out.writeMember("phoneNumber", phone.phoneNumber());
 }
 
 void writeParts(JsonWriter& out, const OxObjectEmail& email) {
   beginKind(out, kind::kEmail);
-  out.member("email", email.email());
+  out.writeMember("email", email.email());
 }
 
 void writeParts(JsonWriter& out, const OxObjectAddress& address) {
   beginKind(out, kind::kAddress);
-  out.member("countryCode", address.countryCode());
+  out.writeMember("countryCode", address.countryCode());
   for (const auto field : kAddressFields) {
-    out.member(field, address.stringValueByFieldName(field));
+    out.writeMember(field, address.stringValueByFieldName(field));
   }
 }
 
 void writeParts(JsonWriter& out, const OxObjectInstantMessage& account) {
   beginKind(out, kind::kInstantMessage);
-  out.member("userName", account.userName());
-  if (account.server()) out.member("server", std::string_view(account.server()->name()));
+  out.writeMember("userName", account.userName());
+  if (account.server()) out.writeMember("server", std::string_view(account.server()->name()));
 }
 
 void writeParts(JsonWriter& out, const OxObjectPersonName& name) {
   beginKind(out, kind::kPersonName);
-  out.member("first", name.first());
-  out.member("middle", name.middle());
-  out.member("last", name.last());
+  out.writeMember("first", name.first());
+  out.writeMember("middle", name.middle());
+  out.writeMember("last", name.last());
 }
 
 void writeParts(JsonWriter& out, const PackedPicture& picture) {
   beginKind(out, kind::kImage);
-  out.member("width", std::int64_t{picture.width()});
-  out.member("height", std::int64_t{picture.height()});
-  out.member("pixels", std::string_view(base64(picture.bytes())));
+  out.writeMember("width", std::int64_t{picture.width()});
+  out.writeMember("height", std::int64_t{picture.height()});
+  out.writeMember("pixels", std::string_view(base64(picture.bytes())));
 }
 
 // False when the object is not a T.
@@ -79,16 +79,16 @@ class ObjectWriter {
  public:
   ObjectWriter(JsonWriter& out, std::size_t nesting) : out_(out), nesting_(nesting) {}
 
-  void operator()(std::monostate) const { out_.null(); }
-  void operator()(const std::string& text) const { out_.text(text); }
-  void operator()(std::int64_t number) const { out_.integer(number); }
+  void operator()(std::monostate) const { out_.writeNull(); }
+  void operator()(const std::string& text) const { out_.writeText(text); }
+  void operator()(std::int64_t number) const { out_.writeInteger(number); }
 
   void operator()(double number) const {
-    if (std::isfinite(number)) return out_.real(number);
+    if (std::isfinite(number)) return out_.writeReal(number);
     beginKind(out_, kind::kReal);
-    out_.member("value", std::string_view(std::isnan(number) ? "nan"
-                                          : number < 0       ? "-inf"
-                                                             : "inf"));
+    out_.writeMember("value", std::string_view(std::isnan(number) ? "nan"
+                                               : number < 0       ? "-inf"
+                                                                  : "inf"));
     out_.endObject();
   }
 
@@ -96,13 +96,13 @@ class ObjectWriter {
     const auto text = date.toText();
     if (Date::fromText(text) != date) throw Unwritable("a date that does not exist");
     beginKind(out_, kind::kDate);
-    out_.member("value", std::string_view(text));
+    out_.writeMember("value", std::string_view(text));
     out_.endObject();
   }
 
   void operator()(const Data& data) const {
     beginKind(out_, kind::kData);
-    out_.member("base64", std::string_view(base64(*data)));
+    out_.writeMember("base64", std::string_view(base64(*data)));
     out_.endObject();
   }
 
@@ -124,12 +124,12 @@ class ObjectWriter {
     const ObjectWriter inner = deeper();
     if (dictionary->size() > kMaxEntries) throw Unwritable("a dictionary of too many entries");
     beginKind(out_, kind::kDictionary);
-    out_.name("entries");
+    out_.writeName("entries");
     out_.beginObject();
     for (const auto& [key, element] : dictionary->entries()) {
       // Two keys could become one if they were repaired.
       if (!isValidUtf8(key)) throw Unwritable("a dictionary key that is not UTF-8");
-      out_.name(key);
+      out_.writeName(key);
       std::visit(inner, element.storage());
     }
     out_.endObject();
