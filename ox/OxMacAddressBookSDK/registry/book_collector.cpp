@@ -4,7 +4,8 @@
 
 namespace ox {
 
-void BookCollector::add(const OxMacAddressBookPtr& book, bool local) {
+void BookCollector::add(const OxMacAddressBookPtr& book, const CNContainer& container) {
+  const bool local = isLocal(container);
   if (local) {
     books_.push_front(book);
   } else {

@@ -17,7 +17,8 @@ class BookCollector {
  public:
   explicit BookCollector(LocalBookRule rule) : rule_(rule) {}
 
-  void add(const OxMacAddressBookPtr& book, bool local);
+  // The book of that container.
+  void add(const OxMacAddressBookPtr& book, const CNContainer& container);
   bool localBookMissing() const { return localBookMissing_; }
   std::vector<OxMacAddressBookPtr> books() const { return {books_.begin(), books_.end()}; }
 

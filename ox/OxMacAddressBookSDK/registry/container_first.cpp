@@ -98,7 +98,7 @@ Books booksByPreloadedContainers() {
   const auto list = [&found](const CNContainerPtr& container) {
     const auto book = OxMacAddressBook::initWithContainer(container);
     book->allPersons();
-    found.add(book, isLocal(*container));
+    found.add(book, *container);
   };
   for (const auto& container : store->containersMatchingPredicate_error({}, nullptr)) {
     if (OxMacAddressBook::needAddAdreessBook_ab_store(container, records, store)) list(container);

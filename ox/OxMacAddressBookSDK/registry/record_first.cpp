@@ -41,7 +41,8 @@ class RecordWalk {
   Books finish() {
     if (found_.localBookMissing()) {
       for (const auto& container : store_->containersMatchingPredicate_error({}, nullptr)) {
-        if (isLocal(*container)) found_.add(OxMacAddressBook::initWithContainer(container), true);
+        if (isLocal(*container))
+          found_.add(OxMacAddressBook::initWithContainer(container), *container);
       }
     }
     return found_.books();
@@ -62,7 +63,7 @@ class RecordWalk {
     if (isNew) {
       const auto book = OxMacAddressBook::initWithContainer(container);
       met = {container, BookId::of(book->ID().value_or(""))};
-      found_.add(book, isLocal(*container));
+      found_.add(book, *container);
       if (listed == Listed::ById) booksById_[met.bookId] = book;
     }
     last_ = &met;
