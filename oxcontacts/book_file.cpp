@@ -37,8 +37,9 @@ BookFile readBookFile(const std::string& path) {
   refuseOtherFile(path);
   BookFile file;
   file.data = makeData(readFile(path, memoryOfMachine()));
+  const failures::Watch watch;
   const auto book = OxAddressBookGeneral::addressBookWithData(file.data);
-  if (!book) refuse(path, "is no whole backup of a book: " + failures::snapshot().lastReason);
+  if (!book) refuse(path, "is no whole backup of a book: " + watch.lastReason());
   file.counts = {book->groupsDic().count(), book->personsDic().count()};
   for (const auto& [key, person] : book->personsDic()) file.tags.push_back(person->tagArray());
   return file;

@@ -94,16 +94,15 @@ int run(CLI::App& program, int argc, char** argv) {
   }
 }
 
-// The operations below report no errors: what they counted meanwhile tells whether the command did
+// The operations below report no errors: what the watch saw meanwhile tells whether the command did
 // what it seems to have done.
-int honest(int code, const failures::Snapshot& before) {
-  const auto after = failures::snapshot();
+int honest(int code, const failures::Watch& watch) {
   const bool seemsDone = code == kDone || code == kDoneWithRefusals;
-  if (seemsDone && after.failures != before.failures) {
-    Context::complain(after.lastReason);
+  if (seemsDone && watch.hasFailures()) {
+    Context::complain(watch.lastReason());
     code = kFailed;
-  } else if (code == kDone && after.refusals != before.refusals) {
-    Context::complain(after.lastReason);
+  } else if (code == kDone && !watch.isClear()) {
+    Context::complain(watch.lastReason());
     code = kDoneWithRefusals;
   }
   std::cout.flush();
@@ -148,8 +147,8 @@ int mainOf(int argc, char** argv) {
   declareRestore(program, context);
   declareCheck(program, context);
   takeAsGiven(program);
-  const auto before = failures::snapshot();
-  return honest(run(program, argc, argv), before);
+  const failures::Watch watch;
+  return honest(run(program, argc, argv), watch);
 }
 
 }  // namespace

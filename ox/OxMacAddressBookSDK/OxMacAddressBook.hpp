@@ -178,15 +178,16 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
   // Replaces everything in the book by what the data of a neutral book holds, on a thread of its
   // own; returns at once. The last report is finished: at 0 when the data cannot be read and the
   // book is as it was, else at 100 after the save. One that is cut short, by a lack of memory or
-  // room say, or by somebody's revert of the unsaved changes, counts a failure and forgets every
-  // unsaved change of the process: the old records are kept but for those that a save meanwhile has
-  // removed. For any save while a load runs, of whatever book, writes what the load has done so
-  // far, and nothing takes that back. A host neither saves nor reverts until the last report.
+  // room say, or by somebody's revert of the unsaved changes, is noticed as a failure and forgets
+  // every unsaved change of the process: the old records are kept but for those that a save
+  // meanwhile has removed. For any save while a load runs, of whatever book, writes what the load
+  // has done so far, and nothing takes that back. A host neither saves nor reverts until the last
+  // report.
   void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress) override;
   // Hands the book to the callback as the data of a neutral book, on a thread of its own; returns
   // at once. The last report is finished and carries the data; none when the save was cut short, by
-  // a lack of memory say. What the store does not give is missing in the data, and counted as a
-  // failure: a host that replaces an earlier copy looks at the count first (ox/base/failures.hpp).
+  // a lack of memory say. What the store does not give is missing in the data, and noticed as a
+  // failure: a host that replaces an earlier copy asks its watch first (ox/base/failures.hpp).
   void saveDataBlock(const SaveCallback& progress) override;
 
   // The steps of both, on the calling thread. They report to the callback of the latest request, or

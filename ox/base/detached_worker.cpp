@@ -1,5 +1,6 @@
 #include "ox/base/detached_worker.hpp"
 
+#include <cassert>
 #include <exception>
 #include <thread>
 #include <utility>
@@ -13,16 +14,17 @@ void runContained(const std::function<void()>& task) {
   try {
     task();
   } catch (const std::exception& error) {
-    failures::countFailure(error.what());
+    failures::notice(error);
   } catch (...) {
-    failures::countFailure("a detached task threw something that is no exception");
+    failures::notice(FailureKind::Other, "a detached task threw something that is no exception");
   }
 }
 
 }  // namespace
 
 void runDetached(std::function<void()> task) {
-  std::thread([task = std::move(task)] { runContained(task); }).detach();
+  assert(task);
+  std::thread(failures::watched([task = std::move(task)] { runContained(task); })).detach();
 }
 
 }  // namespace ox

@@ -17,7 +17,8 @@ class OX_EXPORT SerialQueue {
   SerialQueue& operator=(const SerialQueue&) = delete;
 
   // Runs the task when its turn has come and returns once it has run; what it throws reaches the
-  // caller. A task that submits to its own queue would wait for itself: std::logic_error.
+  // caller, whose thread it runs on and whose watches see it. A task that submits to its own queue
+  // would wait for itself: std::logic_error.
   void sync(const std::function<void()>& task);
 
  private:

@@ -4,6 +4,7 @@
 #include <utility>
 #include <variant>
 
+#include "ox/base/failures.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/transfer/person_import.hpp"
 
@@ -57,10 +58,10 @@ CardRead* CardsAhead::next() {
     if (batch_.isLast || batch_.failure || most_ == 1) continue;
     // Memory that goes back to the thread it came from is there for the next batch, and neither
     // thread waits for the other's.
-    const auto work = [this, spent] {
+    const auto work = failures::watched([this, spent] {
       *spent = {};
       return readBatch();
-    };
+    });
     ahead_ = std::async(std::launch::async | std::launch::deferred, work);
   }
   auto& card = batch_.cards[given_++];

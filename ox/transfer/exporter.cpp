@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "ox/base/failures.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/vcard/write/writer.hpp"
@@ -55,7 +56,8 @@ class Export {
     while (!report_.stopped) {
       while (!keys.empty() && written.size() < kBatchesAhead) {
         const auto persons = std::make_shared<const std::vector<StoredPerson>>(read(keys));
-        const auto work = [persons, version = version_] { return cardsOf(*persons, version); };
+        const auto work =
+            failures::watched([persons, version = version_] { return cardsOf(*persons, version); });
         // A single batch is not worth a thread. Work is copied into the future, not moved: where no
         // thread can be had, it is needed once more.
         const bool isAll = keys.empty() && written.empty();

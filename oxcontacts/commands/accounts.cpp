@@ -84,7 +84,8 @@ void remove(const Context& context, const std::string& text, WithRecords withRec
     throw CommandError(kFailed, name + " holds records; --force removes them with it");
   }
   if (holdsPersons) discoveredBooks(context);
-  refuseTagsLeft(removeAccount(identifier, withRecords));
+  const failures::Watch watch;
+  refuseTagsLeft(removeAccount(identifier, withRecords), watch);
   tellAccount(context, *account, "removed " + name);
 }
 

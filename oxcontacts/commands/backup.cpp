@@ -84,12 +84,12 @@ bool complainOfHiddenGroups(const OxMacAddressBook& book, const std::string& pat
 
 void backUpBook(const Context& context, const std::string& name, const std::string& path) {
   refuseStoreFile(path);
-  const auto failuresBefore = failures::failureCount();
+  const failures::Watch watch;
   const auto book = findBook(discoveredBooks(context), name);
   const auto data = savedBook(context, *book);
   // What could not be read is missing in the data, and an earlier backup may hold it.
-  if (!data || failures::failureCount() != failuresBefore) {
-    throw storeFailure("the book was not saved, " + path + " is as it was");
+  if (!data || watch.hasFailures()) {
+    throw storeFailure("the book was not saved, " + path + " is as it was", watch);
   }
   writeFile(path, *data);
   tellCounts(context, {book->allGroups().size(), book->allPersonsCount()},

@@ -24,13 +24,13 @@ Persons copied(const Context& context, const Persons& sources, OxMacAddressBook&
   Persons copies;
   std::size_t done = 0;
   for (const auto& source : sources) {
-    const auto before = failures::failureCount();
+    const failures::Watch watch;
     if (auto copy = recordOf(book.addOneFromOtherPerson(source))) {
       copies.push_back(std::move(copy));
       copyTags(*source, *copies.back(), book);
     }
     // What could not be read would be missing in the copy.
-    if (copies.size() == done || failures::failureCount() != before) giveUp(madeOf(copies));
+    if (copies.size() == done || watch.hasFailures()) giveUp(watch, madeOf(copies));
     ++done;
     bar.show(100.0 * static_cast<double>(done) / static_cast<double>(sources.size()));
   }

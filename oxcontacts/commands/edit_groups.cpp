@@ -43,19 +43,19 @@ void addGroup(const Context& context, const NewGroup& arguments) {
   if (!book->canCreateGroup()) {
     throw CommandError(kFailed, "the book \"" + book->name().value_or("") + "\" takes no groups");
   }
-  const auto before = failures::snapshot();
+  const failures::Watch watch;
   const auto group = arguments.under.empty() ? recordOf(book->addGroupByName(arguments.name))
                                              : madeUnder(*book, arguments.under, arguments.name);
-  if (!group) throw storeFailure("no group was added");
-  if (failures::snapshot() != before) giveUp({group});  // its name or its place was refused
+  if (!group) throw storeFailure("no group was added", watch);
+  if (!watch.isClear()) giveUp(watch, {group});  // its name or its place was refused
   if (saveEdits({group})) tellGroup(context, "added the group " + arguments.name, group);
 }
 
 void renameGroup(const Context& context, const std::string& name, const std::string& newName) {
   const auto group = findGroup(name);
-  const auto before = failures::snapshot();
+  const failures::Watch watch;
   group->setDisplayName(newName);
-  if (failures::snapshot() != before) giveUp();
+  if (!watch.isClear()) giveUp(watch);
   if (saveEdits()) tellGroup(context, "renamed the group to " + newName, group);
 }
 

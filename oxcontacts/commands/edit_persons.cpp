@@ -32,16 +32,17 @@ void tellPerson(const Context& context, const char* what, const _ABPerson& perso
 // All of them, or none when the store refuses one.
 void applyAll(const std::vector<Assignment>& assignments, _ABPerson& person,
               const MadeRecords& made) {
-  const auto before = failures::snapshot();
+  const failures::Watch watch;
   applyAssignments(assignments, person);
-  if (failures::snapshot() != before) giveUp(made);
+  if (!watch.isClear()) giveUp(watch, made);
 }
 
 void addPerson(const Context& context, const Arguments& arguments) {
   const auto assignments = parseAssignments(arguments.assignments);
   const auto book = findBook(discoveredBooks(context), arguments.record);
+  const failures::Watch watch;
   const auto person = recordOf(book->newPerson());
-  if (!person) throw storeFailure("no person was added");
+  if (!person) throw storeFailure("no person was added", watch);
   applyAll(assignments, *person, {person});
   if (saveEdits({person})) tellPerson(context, "added ", *person);
 }
@@ -69,7 +70,8 @@ void removePersons(const Context& context, const std::vector<std::string>& names
     ABAddressBook::sharedAddressBook()->removeRecord(person);
   }
   saveEdits();
-  refuseTagsLeft(tags.remove());
+  const failures::Watch watch;
+  refuseTagsLeft(tags.remove(), watch);
   if (context.json) {
     printJson(removed);
   } else {

@@ -46,11 +46,11 @@ Records recordsFor(const Context& context, const Arguments& arguments) {
 
 vcard::ExportReport writeHostCards(const Records& records, OutputFile& output, ProgressBar& bar) {
   vcard::ExportReport report;
-  const auto failuresBefore = failures::failureCount();
+  const failures::Watch watch;
   for (const auto& person : records.persons) {
     const auto card = person->newCreateVcard();
-    if (failures::failureCount() != failuresBefore) {
-      throw storeFailure(person->ID().value_or("") + " could not be read");
+    if (watch.hasFailures()) {
+      throw storeFailure(person->ID().value_or("") + " could not be read", watch);
     }
     if (!card) {
       ++report.gone;

@@ -23,9 +23,9 @@ std::string sizeOf(const Image& image) {
 }
 
 void changePicture(_ABPerson& person, const ImagePtr& image) {
-  const auto before = failures::snapshot();
+  const failures::Watch watch;
   person.setThumbnail(image);
-  if (failures::snapshot() != before) giveUp();
+  if (!watch.isClear()) giveUp(watch);
 }
 
 void setPhoto(const Context& context, _ABPerson& person, const std::string& path) {

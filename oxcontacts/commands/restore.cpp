@@ -71,9 +71,10 @@ void load(const Context& context, OxMacAddressBook& book, const Data& data) {
 // A load deletes first and cannot say that another program keeps it from writing: whether one does
 // is seen before, by writing nothing.
 void refuseLockedStore() {
+  const failures::Watch watch;
   std::string reason;
   if (!CNContactStore::init()->executeSaveRequest_error(*CNSaveRequest::init(), &reason)) {
-    throw storeFailure("nothing was restored");
+    throw storeFailure("nothing was restored", watch);
   }
 }
 
@@ -88,10 +89,10 @@ RecordCounts countsOf(const OxMacAddressBook& book) {
 
 // Throws unless the book holds what it should.
 void verify(const Context& context, const OxMacAddressBook& book, const RecordCounts& expected,
-            const std::string& copy, std::uint64_t failuresBefore) {
+            const std::string& copy, const failures::Watch& watch) {
   const auto keeps = "; the store as it was is in " + copy;
-  if (failures::failureCount() != failuresBefore) {
-    const auto failure = storeFailure("restoring failed");
+  if (watch.hasFailures()) {
+    const auto failure = storeFailure("restoring failed", watch);
     throw CommandError(failure.code(),
                        std::string(failure.what()) + "; the book may be incomplete" + keeps);
   }
@@ -124,13 +125,13 @@ void restore(const Context& context, const Arguments& arguments) {
   refuseLockedStore();
   const auto copy = copyOfStore();
   context.tell("the store as it was: " + copy);
-  const auto failuresBefore = failures::failureCount();
+  const failures::Watch watch;
   load(context, *book, file.data);
-  if (failures::failureCount() == failuresBefore) {
+  if (!watch.hasFailures()) {
     settleRestoredTags(*book, before, file.tags);
     OxTagManager::makeDurable();
   }
-  verify(context, *book, expected, copy, failuresBefore);
+  verify(context, *book, expected, copy, watch);
 }
 
 }  // namespace

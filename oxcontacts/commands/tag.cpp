@@ -19,9 +19,10 @@ struct Arguments {
 };
 
 // Every change takes effect at once: when one fails, those before it stand.
-void noteChange(const std::string& change, std::uint64_t failuresBefore, std::string& done) {
-  if (failures::failureCount() != failuresBefore) {
-    throw storeFailure(done.empty() ? "the tags were not changed" : "only this was done: " + done);
+void noteChange(const std::string& change, const failures::Watch& watch, std::string& done) {
+  if (watch.hasFailures()) {
+    throw storeFailure(done.empty() ? "the tags were not changed" : "only this was done: " + done,
+                       watch);
   }
   done += (done.empty() ? "" : ", ") + change;
 }
@@ -40,15 +41,15 @@ void changeTags(const Context& context, const Arguments& arguments) {
   refuseContradictions(arguments);
   const auto person = findPerson(arguments.person);
   discoveredBooks(context);
-  const auto before = failures::failureCount();
+  const failures::Watch watch;
   std::string done;
   for (const auto& tag : arguments.removed) {
     person->removeTag(tag);
-    noteChange("removed " + tag, before, done);
+    noteChange("removed " + tag, watch, done);
   }
   for (const auto& tag : arguments.added) {
     person->addTag(tag);
-    noteChange("added " + tag, before, done);
+    noteChange("added " + tag, watch, done);
   }
   saveTags();
   const auto tags = person->tagArray();

@@ -2,7 +2,6 @@
 
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
-#include "ox/base/failures.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox::program {
@@ -25,8 +24,8 @@ bool removeAgain(const MadeRecords& made) {
   return store->save();
 }
 
-[[noreturn]] void refuseLosableTags() {
-  throw storeFailure("the tags may not survive a power cut");
+[[noreturn]] void refuseLosableTags(const failures::Watch& watch) {
+  throw storeFailure("the tags may not survive a power cut", watch);
 }
 
 std::string leftBehind(const MadeRecords& made) {
@@ -39,41 +38,44 @@ std::string leftBehind(const MadeRecords& made) {
 
 }  // namespace
 
-CommandError storeFailure(const std::string& what) {
-  const auto reason = failures::snapshot().lastReason;
-  // The operations above the store pass on a text and no kind: this is how SQLite says it.
-  const bool busy = reason.find("database is locked") != std::string::npos;
-  return {busy ? kBusy : kFailed, what + ": " + reason};
+CommandError storeFailure(const std::string& what, const failures::Watch& watch) {
+  const auto last = watch.last();
+  const bool busy = last && last->kind == FailureKind::Busy;
+  return {busy ? kBusy : kFailed, what + ": " + watch.lastReason()};
 }
 
-void giveUp(const MadeRecords& made) {
-  const auto failure = storeFailure("nothing was saved");
+void giveUp(const failures::Watch& watch, const MadeRecords& made) {
+  const auto failure = storeFailure("nothing was saved", watch);
   ABAddressBook::sharedAddressBook()->revert();
+  const failures::Watch removal;
   if (removeAgain(made)) throw failure;
   ABAddressBook::sharedAddressBook()->revert();
-  throw storeFailure(leftBehind(made));
+  throw storeFailure(leftBehind(made), removal);
 }
 
 void saveTags() {
-  if (!OxTagManager::makeDurable()) refuseLosableTags();
+  const failures::Watch watch;
+  if (!OxTagManager::makeDurable()) refuseLosableTags(watch);
 }
 
-void refuseTagsLeft(TagsToRemove::Outcome outcome) {
+void refuseTagsLeft(TagsToRemove::Outcome outcome, const failures::Watch& watch) {
   switch (outcome) {
     case TagsToRemove::Outcome::Removed:
       return;
     case TagsToRemove::Outcome::Incomplete:
-      throw storeFailure("the persons are removed, but not all of their tags");
+      throw storeFailure("the persons are removed, but not all of their tags", watch);
     case TagsToRemove::Outcome::NotDurable:
-      refuseLosableTags();
+      refuseLosableTags(watch);
   }
 }
 
 bool saveEdits(const MadeRecords& made) {
+  const failures::Watch watch;
   const auto report = ABAddressBook::sharedAddressBook()->saveAndReturnError();
-  if (!report.done) giveUp(made);
+  if (!report.done) giveUp(watch, made);
   // The last one is told when the program ends.
-  for (std::size_t i = 0; i + 1 < report.dropped.size(); ++i) Context::complain(report.dropped[i]);
+  for (std::size_t i = 0; i + 1 < report.dropped.size(); ++i)
+    Context::complain(report.dropped[i].reason);
   saveTags();
   return report.dropped.empty();
 }

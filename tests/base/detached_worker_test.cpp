@@ -31,17 +31,19 @@ TEST(DetachedWorker, RunsOnAThreadOfItsOwnAndReturnsAtOnce) {
 }
 
 TEST(DetachedWorker, ContainsWhatATaskThrowsCountsItAndLetsGoOfWhatItOwns) {
+  const failures::Watch watch;
   auto farewell = std::make_shared<Farewell>();
   auto gone = farewell->gone.get_future();
   runDetached([owned = std::move(farewell)] { throw std::runtime_error("disk full"); });
   gone.wait();
-  EXPECT_EQ(failures::snapshot(), (failures::Snapshot{0, 1, "disk full"}));
+  EXPECT_EQ(watch.counts(), (failures::Counts{0, 1}));
+  EXPECT_EQ(watch.last(), (Failure{FailureKind::Other, "disk full", ""}));
 
   farewell = std::make_shared<Farewell>();
   gone = farewell->gone.get_future();
   runDetached([owned = std::move(farewell)] { throw 7; });
   gone.wait();
-  EXPECT_EQ(failures::snapshot().failures, 2U);
+  EXPECT_EQ(watch.counts(), (failures::Counts{0, 2}));
 }
 
 TEST(DetachedWorker, TellsItsCallerWhenNoThreadCanBeStarted) {

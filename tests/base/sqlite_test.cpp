@@ -120,6 +120,23 @@ TEST_F(Sqlite, TellsABusyFileFromOtherErrors) {
   EXPECT_FALSE(Error(1, "x").isBusy());
 }
 
+TEST(SqliteError, TellsItsKindWhateverTheExtendedCode) {
+  const std::vector<std::pair<int, FailureKind>> rows = {
+      {5, FailureKind::Busy},          // SQLITE_BUSY
+      {517, FailureKind::Busy},        // SQLITE_BUSY_SNAPSHOT
+      {6, FailureKind::Busy},          // SQLITE_LOCKED
+      {13, FailureKind::Full},         // SQLITE_FULL
+      {3, FailureKind::Denied},        // SQLITE_PERM
+      {26, FailureKind::NotAStore},    // SQLITE_NOTADB
+      {11, FailureKind::Corrupt},      // SQLITE_CORRUPT
+      {267, FailureKind::Corrupt},     // SQLITE_CORRUPT_VTAB
+      {7, FailureKind::NoMemory},      // SQLITE_NOMEM
+      {14, FailureKind::Unavailable},  // SQLITE_CANTOPEN
+      {778, FailureKind::Unavailable}  // SQLITE_IOERR_WRITE
+  };
+  for (const auto& [code, kind] : rows) EXPECT_EQ(Error(code, "x").kind(), kind) << code;
+}
+
 TEST_F(Sqlite, EndsTheReadWhenTheScopeOfAStatementEnds) {
   auto connection = open();
   connection.execute(

@@ -104,6 +104,7 @@ std::string content() {
 }
 
 TEST(FullDisk, AtAnyWriteOfALoadLosesNobody) {
+  const failures::Watch watch;
   FaultyDisk::shared();
   support::StoreBuilder()
       .person("ann", {.first = "Ann", .note = std::string(3'000, 'n')})
@@ -113,9 +114,9 @@ TEST(FullDisk, AtAnyWriteOfALoadLosesNobody) {
   const auto data = test::savedData(test::bookNamed("_local"));
   const std::string whole = "Ann Ben [Friends: Ann Ben] ";
   const int met = forEachTrouble(Points::Each, [&](const Trouble& trouble) {
-    const auto before = failures::failureCount();
+    const auto before = watch.counts().failures;
     const bool struck = trouble.during([&] { test::loaded(test::bookNamed("_local"), data); });
-    EXPECT_EQ(failures::failureCount() != before, struck);
+    EXPECT_EQ(watch.counts().failures != before, struck);
     EXPECT_EQ(problemsOf(storePath()), "");
     EXPECT_EQ(content(), whole);
     // What is left unsaved completes the load; it must not be half of one.

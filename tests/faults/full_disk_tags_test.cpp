@@ -18,6 +18,7 @@ namespace {
 using Tags = OxTagManager::Tags;
 
 TEST(FullDisk, AtAnyWriteOfATagEditChangesNoTag) {
+  const failures::Watch watch;
   FaultyDisk::shared();
   const auto manager = OxTagManager::tagManagerWithID("book");
   const std::string large(9'000, 'l');
@@ -40,9 +41,9 @@ TEST(FullDisk, AtAnyWriteOfATagEditChangesNoTag) {
   for (const auto& row : rows) {
     met += forEachTrouble(Points::Each, [&](const Trouble& trouble) {
       manager->setTags_forPersonID(before, "p");
-      const auto failed = failures::failureCount();
+      const auto failed = watch.counts().failures;
       const bool struck = trouble.during([&] { row.edit(*manager, large); });
-      EXPECT_EQ(failures::failureCount(), failed + (struck ? 1 : 0));
+      EXPECT_EQ(watch.counts().failures, failed + (struck ? 1 : 0));
       if (struck) {
         EXPECT_EQ(manager->tagsByPersonID("p"), before);
         EXPECT_EQ(TagFile(tagStorePath()).tags("book", "p"), before);

@@ -59,6 +59,7 @@ void edit(int number) {
 }
 
 TEST(FullDisk, AtAnyWriteOfASaveKeepsItsChangesForTheNextTry) {
+  const failures::Watch watch;
   FaultyDisk::shared();
   buildRecords();
   int made = 0;
@@ -67,13 +68,13 @@ TEST(FullDisk, AtAnyWriteOfASaveKeepsItsChangesForTheNextTry) {
     const auto before = committedState(storePath());
     edit(made++);
     const auto wanted = stateOf(contactSource());
-    const auto failed = failures::failureCount();
+    const auto failed = watch.counts().failures;
     SaveReport report;
     const bool struck = trouble.during([&] { report = book()->saveAndReturnError(); });
     EXPECT_EQ(report.done, !struck);
     if (struck) {
-      EXPECT_TRUE(report.reason.starts_with(storePath() + ": ")) << report.reason;
-      EXPECT_EQ(failures::failureCount(), failed + 1);
+      EXPECT_TRUE(report.failure.reason.starts_with(storePath() + ": ")) << report.failure.reason;
+      EXPECT_EQ(watch.counts().failures, failed + 1);
       EXPECT_EQ(committedState(storePath()), before);
       EXPECT_EQ(stateOf(contactSource()), wanted);
       EXPECT_EQ(problemsOf(storePath()), "");
@@ -132,6 +133,7 @@ std::shared_ptr<CNSaveRequest> additions(int count) {
 }
 
 TEST(FullDisk, AtAnyWriteOfARequestWritesNothingOfIt) {
+  const failures::Watch watch;
   FaultyDisk::shared();
   support::StoreBuilder().person("there", {.first = "Ann"});
   const int met = forEachTrouble(Points::Sampled, [&](const Trouble& trouble) {
@@ -139,7 +141,7 @@ TEST(FullDisk, AtAnyWriteOfARequestWritesNothingOfIt) {
     const auto before = committedState(storePath());
     const auto held = contactSource().records(RecordKind::Person).size();
     const auto request = additions(kContacts);
-    const auto failed = failures::failureCount();
+    const auto failed = watch.counts().failures;
     bool done = false;
     std::string error;
     const auto execute = [&] {
@@ -149,7 +151,7 @@ TEST(FullDisk, AtAnyWriteOfARequestWritesNothingOfIt) {
     EXPECT_EQ(done, !struck);
     if (struck) {
       EXPECT_TRUE(error.starts_with(storePath() + ": ")) << error;
-      EXPECT_EQ(failures::failureCount(), failed + 1);
+      EXPECT_EQ(watch.counts().failures, failed + 1);
       EXPECT_EQ(stateOf(contactSource()), before);
       EXPECT_EQ(committedState(storePath()), before);
       execute();

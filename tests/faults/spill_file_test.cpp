@@ -39,6 +39,7 @@ std::string pictureOf(ABPerson& person) {
 }
 
 TEST(FullDisk, RefusesThePictureThatFindsNoRoomAndNoOther) {
+  const failures::Watch watch;
   support::StoreBuilder().persons("p", 2).person("stored", {.image = picture('s')});
   const auto book = ABAddressBook::sharedAddressBook();
   const auto people = book->people();
@@ -46,15 +47,14 @@ TEST(FullDisk, RefusesThePictureThatFindsNoRoomAndNoOther) {
   auto& fresh = *people.at(1);
   auto& stored = *people.at(2);
   ASSERT_TRUE(waiting.setImageData(picture('w')));
-  ASSERT_EQ(failures::snapshot().failures, 0U);
+  ASSERT_EQ(watch.counts().failures, 0U);
   {
     const SizeLimit limit(30'000);
     for (auto* person : {&waiting, &fresh, &stored}) {
       EXPECT_FALSE(person->setImageData(picture('x')));
     }
-    EXPECT_EQ(failures::snapshot().failures, 3U);
-    EXPECT_EQ(failures::snapshot().lastReason,
-              "the file for unsaved pictures: writing: File too large");
+    EXPECT_EQ(watch.counts().failures, 3U);
+    EXPECT_EQ(watch.lastReason(), "the file for unsaved pictures: writing: File too large");
     EXPECT_EQ(pictureOf(waiting), "w20000");
     EXPECT_EQ(pictureOf(fresh), "none");
     EXPECT_EQ(pictureOf(stored), "s20000");
@@ -74,15 +74,16 @@ TEST(FullDisk, RefusesThePictureThatFindsNoRoomAndNoOther) {
 }
 
 TEST(FullDisk, WithoutAPlaceForUnsavedPicturesRefusesThem) {
+  const failures::Watch watch;
   support::StoreBuilder().persons("p", 1);
   const auto book = ABAddressBook::sharedAddressBook();
   const auto people = book->people();
   auto& person = *people.front();
   ASSERT_EQ(::setenv("TMPDIR", "/nowhere", 1), 0);
   EXPECT_FALSE(person.setImageData(picture('x')));
-  EXPECT_EQ(failures::snapshot().failures, 1U);
-  EXPECT_TRUE(failures::snapshot().lastReason.starts_with("the file for unsaved pictures: "));
-  EXPECT_TRUE(failures::snapshot().lastReason.ends_with(": No such file or directory"));
+  EXPECT_EQ(watch.counts().failures, 1U);
+  EXPECT_TRUE(watch.lastReason().starts_with("the file for unsaved pictures: "));
+  EXPECT_TRUE(watch.lastReason().ends_with(": No such file or directory"));
   EXPECT_TRUE(person.setImageData(makeData("small ones wait in memory")));
   ASSERT_EQ(::unsetenv("TMPDIR"), 0);
   EXPECT_TRUE(person.setImageData(picture('y')));

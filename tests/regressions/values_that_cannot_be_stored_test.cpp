@@ -3,7 +3,6 @@
 // that does not exist was stored, and no backup of the book could be written any more.
 #include <gtest/gtest.h>
 
-#include "ox/base/failures.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
 #include "tests/support/store_builder.hpp"

@@ -30,12 +30,12 @@ class OX_EXPORT OxAddressBookGeneral {
   void addGroup(const std::shared_ptr<IOxGroup>& group);
   void addPerson(const std::shared_ptr<IOxPerson>& person);
 
-  // The file form (docs/neutral-book.md). Equal books give equal bytes. Missing, and counted as a
+  // The file form (docs/neutral-book.md). Equal books give equal bytes. Missing, and noticed as a
   // failure that names the person and the property, when a value has no place in it: a value object
   // of a foreign class, an impossible date, a picture whose pixels do not fit its size, more than
   // 64 M pixels, arrays nested deeper than 32.
   Data saveToData() const;
-  // The book that saveToData wrote; null, and counted as a failure, for anything else: a single
+  // The book that saveToData wrote; null, and noticed as a failure, for anything else: a single
   // bit changed or byte cut off is enough. Missing data gives null.
   static std::shared_ptr<OxAddressBookGeneral> addressBookWithData(const Data& data);
 

@@ -144,7 +144,8 @@ std::shared_ptr<OxAddressBookGeneral> OxAddressBookGeneral::addressBookWithData(
     if (file.substr(body.size()) != expected) throw Unreadable("other counts than it says");
     return book;
   } catch (const Unreadable& reason) {
-    failures::countFailure(std::string("the neutral book cannot be read: ") + reason.what());
+    failures::notice(FailureKind::Corrupt,
+                     std::string("the neutral book cannot be read: ") + reason.what());
     return nullptr;
   }
 }

@@ -120,7 +120,8 @@ Data OxAddressBookGeneral::saveToData() const {
     file += trailer(file, groups_.count(), persons_.count());
     return makeData(std::move(file));
   } catch (const Unwritable& reason) {
-    failures::countFailure(std::string("the neutral book cannot be written: ") + reason.what());
+    failures::notice(FailureKind::Other,
+                     std::string("the neutral book cannot be written: ") + reason.what());
     return nullptr;
   }
 }

@@ -9,19 +9,20 @@
 
 #include "ox/OxAddressBookSDK/tags/tag_store.hpp"
 #include "ox/base/failures.hpp"
+#include "ox/base/store_location.hpp"
 #include "ox/base/text/utf8.hpp"
 
 namespace ox {
 namespace {
 
-// The one place where failures of the tag file end: counted, and the answer stays what it was.
+// The one place where failures of the tag file end: noticed, and the answer stays what it was.
 template <typename Work>
 bool contained(const Work& work) {
   try {
     work();
     return true;
   } catch (const std::exception& error) {
-    failures::countFailure(std::string("tags: ") + error.what());
+    failures::notice(kindOf(error), std::string("tags: ") + error.what(), tagStorePath());
     return false;
   }
 }

@@ -13,7 +13,7 @@ namespace ox {
 // The tags of persons, by person ID, under one identifier. A person's tags are texts in the order
 // of adding, none twice. Changes take effect at once, for every process, and outlive a killed
 // process. Nothing is opened before the first look-up and no file is made before the first tag. A
-// file that cannot be used gives empty answers and is counted (ox/base/failures.hpp); it is never
+// file that cannot be used gives empty answers and is noticed (ox/base/failures.hpp); it is never
 // overwritten. Every operation ignores a missing argument. Safe from any thread.
 class OX_EXPORT OxTagManager {
   struct Key {

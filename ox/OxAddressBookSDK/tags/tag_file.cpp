@@ -16,7 +16,6 @@ namespace {
 constexpr std::chrono::milliseconds kBusyTimeout{10'000};
 constexpr std::int64_t kApplicationId = 0x4F785447;  // "OxTG"
 constexpr std::int64_t kSchemaVersion = 1;
-constexpr int kNotOurs = 26;  // what SQLite says of a file that is no database
 
 // The key holds the tag, so that no person can have one twice; position gives the order.
 constexpr const char* kSchema = R"(
@@ -48,12 +47,14 @@ bool isEmptyDatabase(sqlite::Connection& connection) {
 
 void requireOurs(sqlite::Connection& connection, const std::string& path) {
   if (connection.queryInteger("PRAGMA application_id") != kApplicationId) {
-    throw sqlite::Error(kNotOurs, path + ": not a tag file");
+    throw FailureError(FailureKind::NotAStore, path + ": not a tag file", path);
   }
   const auto version = connection.queryInteger("PRAGMA user_version");
   if (version != kSchemaVersion) {
-    throw sqlite::Error(kNotOurs, path + ": a tag file of version " + std::to_string(version) +
-                                      ", this program knows " + std::to_string(kSchemaVersion));
+    throw FailureError(version > kSchemaVersion ? FailureKind::NewerSchema : FailureKind::NotAStore,
+                       path + ": a tag file of version " + std::to_string(version) +
+                           ", this program knows " + std::to_string(kSchemaVersion),
+                       path);
   }
 }
 

@@ -30,9 +30,9 @@ template <typename WorkOut>
 std::string remembered(RecordTextTable& table, const RecordKey& record, WorkOut workOut) {
   if (auto stored = table.find(record)) return std::move(*stored);
   const auto removals = table.removals();
-  const auto failed = failures::failureCount();
+  const failures::Watch watch(failures::Watch::Over::OwnWork);
   std::string text = workOut();
-  if (failures::failureCount() == failed) table.setUnlessRemoved(record, text, removals);
+  if (!watch.hasFailures()) table.setUnlessRemoved(record, text, removals);
   return text;
 }
 

@@ -24,7 +24,7 @@ std::shared_ptr<OxMutableSingleValue> _ABPerson::nameValue() const {
 void _ABPerson::setNameValue(const std::shared_ptr<OxMutableSingleValue>& value) {
   const auto name = value ? value->value().host<OxObjectPersonName>() : nullptr;
   if (!name && value && !value->value().isMissing()) {
-    return failures::countRefusal("a name must be a person name");
+    return failures::noticeRefusal("a name must be a person name", key().text());
   }
   setValue_forProperty(name ? Object(name->first()) : Object(), kABFirstNameProperty);
   setValue_forProperty(name ? Object(name->middle()) : Object(), kABMiddleNameProperty);

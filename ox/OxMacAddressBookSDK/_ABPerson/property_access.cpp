@@ -57,7 +57,7 @@ void _ABPerson::setSpecialValue(const OxValuePtr& value, std::string_view name) 
   // A multiple value is of the wrong kind here. It is refused as the store refuses one, and the old
   // value stays.
   if (value && !single) {
-    return failures::countRefusal("a multiple value for " + std::string(name));
+    return failures::noticeRefusal("a multiple value for " + std::string(name), key().text());
   }
   if (name == OxProPertyThumbnail) return setThumbnailValue(single);
   if (name == OxProPertyTags) return setTagsValue(single);

@@ -8,7 +8,7 @@ namespace ox {
 class _ABPerson;
 
 // The person's picture, decoded; null without one, and when its bytes are no picture that we can
-// decode. Null and counted as a failure when they cannot be read, and for want of memory.
+// decode. Null and noticed as a failure when they cannot be read, and for want of memory.
 OX_EXPORT ImagePtr storedPicture(const _ABPerson& person);
 
 // True when the store holds a picture of the person that storedPicture does not give. For whoever

@@ -43,7 +43,7 @@ std::shared_ptr<OxMutableSingleValue> _ABPerson::tagsValue() const {
 void _ABPerson::setTagsValue(const std::shared_ptr<OxMutableSingleValue>& value) {
   const auto tags = value ? tagsOfObject(value->value()) : std::nullopt;
   if (!tags && value && !value->value().isMissing()) {
-    return failures::countRefusal("tags must be a list of texts");
+    return failures::noticeRefusal("tags must be a list of texts", key().text());
   }
   setTags(tags);
 }

@@ -17,8 +17,11 @@ ImagePtr storedPicture(const _ABPerson& person) {
     return nullptr;
   } catch (const std::bad_alloc&) {
     const auto name = person.displayName().value_or("");
-    failures::countFailure("there is no memory for the picture of " +
-                           (name.empty() ? "" : name + ", ") + person.ID().value_or(""));
+    const auto identifier = person.ID().value_or("");
+    failures::notice(
+        FailureKind::NoMemory,
+        "there is no memory for the picture of " + (name.empty() ? "" : name + ", ") + identifier,
+        identifier);
     return nullptr;
   }
 }
@@ -40,7 +43,7 @@ void _ABPerson::setThumbnailValue(const std::shared_ptr<OxMutableSingleValue>& v
   const ImagePtr image = value ? value->value().image() : nullptr;
   const Data data = image ? images::encodeTiff(*image) : nullptr;
   if (!data && value && !value->value().isMissing()) {
-    return failures::countRefusal("a thumbnail must be a picture");
+    return failures::noticeRefusal("a thumbnail must be a picture", key().text());
   }
   setImageData(data);
 }

@@ -13,12 +13,12 @@ TagsToRemove::TagsToRemove(const std::vector<std::shared_ptr<_ABPerson>>& person
 }
 
 TagsToRemove::Outcome TagsToRemove::remove() const {
-  const auto failures = failures::failureCount();
+  const failures::Watch watch(failures::Watch::Over::OwnWork);
   for (const auto& [book, person] : booksAndPersons_) {
     const auto manager = OxTagManager::tagManagerWithID(book);
     if (manager && manager->tagsByPersonID(person)) manager->removeForPersonID(person);
   }
-  if (failures::failureCount() != failures) return Outcome::Incomplete;
+  if (watch.hasFailures()) return Outcome::Incomplete;
   return OxTagManager::makeDurable() ? Outcome::Removed : Outcome::NotDurable;
 }
 

@@ -20,8 +20,8 @@ class OX_EXPORT TagsToRemove {
 
   enum class Outcome : std::uint8_t {
     Removed,     // and a power cut would not bring them back
-    Incomplete,  // some of them could not be removed; the failure is counted
-    NotDurable,  // all are removed, but a power cut may bring them back; the failure is counted
+    Incomplete,  // some of them could not be removed; the failure is noticed
+    NotDurable,  // all are removed, but a power cut may bring them back; the failure is noticed
   };
   [[nodiscard]] Outcome remove() const;
 

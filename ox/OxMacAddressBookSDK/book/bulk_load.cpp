@@ -77,7 +77,7 @@ void OxMacAddressBook::loadThreed(const Data& data) {
     // What it could not write stays unsaved: the next save then completes the load.
     contained(kCutShort, [&] { save(); });
     if (ABAddressBook::revertCount() != revertsBefore) {
-      countThrown(kCutShort, kReverted);
+      noticeThrown(kCutShort, kReverted);
       if (_allPersonArray) _allPersonArray->clear();
     }
   }
@@ -88,7 +88,7 @@ bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral
                                       std::uint64_t revertsBefore) {
   constexpr const char* kCutShort =
       "a load was cut short, the old records are kept and empty new ones stand beside them";
-  const auto failedBefore = failures::failureCountOfThread();
+  const failures::Watch watch(failures::Watch::Over::OwnWork);
   const bool ended = contained(kCutShort, [&] {
     clearAddressBook();
     addGroupAndPersonByGeneralAddressBook(general);
@@ -97,9 +97,9 @@ bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral
   if (ended) {
     reportLoad(progress::kDone);
     const bool reverted = ABAddressBook::revertCount() != revertsBefore;
-    if (!reverted && failures::failureCountOfThread() == failedBefore) return true;
+    if (!reverted && !watch.hasFailures()) return true;
     // What could not be made or read was left out: the old records must not go for it.
-    countThrown(kCutShort, reverted ? kReverted : "not every new one could be made");
+    noticeThrown(kCutShort, reverted ? kReverted : "not every new one could be made");
   }
   // Removals that stayed unsaved would reach the store with the next save of whatever book.
   contained("what a load left unsaved could not be reverted", [&] { abAddressBook()->revert(); });

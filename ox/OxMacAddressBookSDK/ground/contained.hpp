@@ -7,17 +7,18 @@
 
 namespace ox {
 
-// Counts what was thrown as a failure: "<what>: <reason>". Throws nothing, though there may be no
-// memory left for the reason.
-inline void countThrown(const char* what, const char* reason) noexcept {
+// Notices a failure: "<what>: <reason>". Throws nothing, though there may be no memory left for the
+// reason: the last report is owed all the same.
+inline void noticeThrown(const char* what, const char* reason,
+                         FailureKind kind = FailureKind::Other) noexcept {
   try {
-    failures::countFailure(std::string(what) + ": " + reason);
+    failures::notice(kind, std::string(what) + ": " + reason);
   } catch (...) {
-    return;  // the last report is owed all the same
+    failures::notice(kind, what);
   }
 }
 
-// Runs the task; false, and counted as a failure, when it threw. For what must go on to its last
+// Runs the task; false, and noticed as a failure, when it threw. For what must go on to its last
 // report whatever happens on the way.
 template <typename Task>
 bool contained(const char* what, Task task) noexcept {
@@ -25,9 +26,9 @@ bool contained(const char* what, Task task) noexcept {
     task();
     return true;
   } catch (const std::exception& error) {
-    countThrown(what, error.what());
+    noticeThrown(what, error.what(), kindOf(error));
   } catch (...) {
-    countThrown(what, "something that is no exception was thrown");
+    noticeThrown(what, "something that is no exception was thrown");
   }
   return false;
 }

@@ -1,16 +1,18 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
+
+#include "ox/base/failure.hpp"
 
 namespace ox::sqlite {
 
-// A statement or a file that SQLite refused. code() is the extended result code.
-class Error : public std::runtime_error {
+// A statement or a file that SQLite refused. code() is the extended result code; kind() is what it
+// means to others, who need to know none of SQLite's codes.
+class Error : public FailureError {
  public:
-  Error(int code, const std::string& what) : std::runtime_error(what), code_(code) {}
+  Error(int code, const std::string& what);
   int code() const { return code_; }
-  bool isBusy() const { return (code_ & 0xFF) == 5 || (code_ & 0xFF) == 6; }
+  bool isBusy() const { return kind() == FailureKind::Busy; }
 
  private:
   int code_;

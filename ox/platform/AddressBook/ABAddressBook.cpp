@@ -58,10 +58,10 @@ SaveReport ABAddressBook::saveAndReturnError() {
   try {
     report = recordSource().save();
   } catch (const std::exception& error) {
-    report.reason = error.what();
+    report.failure = failureOf(error);
   }
-  if (!report.done) failures::countFailure(report.reason);
-  for (const auto& dropped : report.dropped) failures::countRefusal(dropped);
+  if (!report.done) failures::notice(report.failure);
+  for (const auto& dropped : report.dropped) failures::notice(dropped);
   return report;
 }
 

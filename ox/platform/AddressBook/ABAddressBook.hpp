@@ -13,7 +13,7 @@ namespace ox {
 
 // The record database: every person and group of every account, as committed, plus this process's
 // unsaved changes. One for the process, never destroyed, safe from any thread. A store that fails
-// is counted (ox/base/failures.hpp) and answers empty.
+// is noticed (ox/base/failures.hpp) and answers empty.
 class OX_EXPORT ABAddressBook {
  public:
   static std::shared_ptr<ABAddressBook> sharedAddressBook();

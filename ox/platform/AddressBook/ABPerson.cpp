@@ -22,7 +22,7 @@ std::uint64_t ABPerson::addPropertiesAndTypes(
     if (property_table::add(name, static_cast<ABPropertyType>(type)) != 0) {
       ++known;
     } else {
-      failures::countRefusal("the property " + name + " is known with another type, or has none");
+      failures::noticeRefusal("the property " + name + " is known with another type, or has none");
     }
   }
   return known;
@@ -37,10 +37,10 @@ Data ABPerson::imageData() const {
   try {
     return recordSource().imageData(key());
   } catch (const ImageReadError& error) {
-    failures::countFailure(error.what());
+    failures::notice(error);
     throw;
   } catch (const StoreError& error) {
-    failures::countFailure(error.what());
+    failures::notice(error);
     return nullptr;
   }
 }

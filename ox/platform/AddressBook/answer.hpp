@@ -8,13 +8,13 @@
 namespace ox {
 
 // The one place where a failing store meets the record database, which reports no errors: the
-// failure is counted with its reason, and the answer is the empty one.
+// failure is noticed, and the answer is the empty one.
 template <typename Question>
 auto answer(Question question) -> decltype(question()) {
   try {
     return question();
   } catch (const std::exception& error) {
-    failures::countFailure(error.what());
+    failures::notice(error);
     return decltype(question())();
   }
 }

@@ -11,14 +11,14 @@ namespace {
 
 using Kind = CNPredicate::Kind;
 
-// The one place where a failing store meets the container database: counted with its reason, handed
-// to the caller who asked for it, and the answer is the empty one.
+// The one place where a failing store meets the container database: noticed, handed to the
+// caller who asked for it, and the answer is the empty one.
 template <typename Question>
 auto answer(std::string* error, Question question) -> decltype(question()) {
   try {
     return question();
   } catch (const std::exception& failure) {
-    failures::countFailure(failure.what());
+    failures::notice(failure);
     if (error != nullptr) *error = failure.what();
     return decltype(question())();
   }
@@ -136,7 +136,7 @@ bool CNContactStore::executeSaveRequest_error(CNSaveRequest& request, std::strin
       return true;
     }
     const auto& reason = refused ? *refused : collected.reason;
-    failures::countRefusal(reason);
+    failures::noticeRefusal(reason);
     if (error != nullptr) *error = reason;
     return false;
   });

@@ -14,7 +14,7 @@
 namespace ox {
 
 // The container database: committed records by container. A cheap handle on the one store; safe
-// from any thread. A query that fails is counted (ox/base/failures.hpp) and answers an empty list;
+// from any thread. A query that fails is noticed (ox/base/failures.hpp) and answers an empty list;
 // the error text, asked for or not, says why.
 class OX_EXPORT CNContactStore {
  public:

@@ -22,7 +22,7 @@ struct RecordInfo {
 
 // What the record view asks of the store below it, which answers with the committed rows and this
 // process's unsaved changes. Every operation is safe from any thread and throws StoreError when the
-// store itself fails; a refused edit is counted (ox/base/failures.hpp) and answers false.
+// store itself fails; a refused edit is noticed (ox/base/failures.hpp) and answers false.
 class RecordSource {
  public:
   RecordSource() = default;

@@ -18,8 +18,9 @@ namespace {
 
 using Look = CommittedRecords::Look;
 
-bool refuse(const std::string& reason) {
-  failures::countRefusal(reason);
+// The record is the one that was to be changed.
+bool refuse(const std::string& reason, const RecordKey& record) {
+  failures::noticeRefusal(reason, record.text());
   return false;
 }
 
@@ -55,15 +56,16 @@ class StoreSource final : public ContactSource {
   bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                 PropertyValue value) override {
     const auto type = property_table::typeOf(property);
-    if (property == 0 || type == kABErrorInProperty) return refuse("there is no such property");
+    if (property == 0 || type == kABErrorInProperty)
+      return refuse("there is no such property", key);
     if (!fitsType(value, type)) {
-      return refuse("a value of the wrong type for " + property_table::nameOf(property));
+      return refuse("a value of the wrong type for " + property_table::nameOf(property), key);
     }
     if (isMissing(value)) value = Object();  // whatever the spelling
     cleanText(value);
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::AtMostEvery10ms);
-    if (!isWritable(key)) return refuse("there is no record " + key.text());
+    if (!isWritable(key)) return refuse("there is no record " + key.text(), key);
     const auto visible = visibleValue(key, property);
     if (looksTheSame(visible, value)) return true;
     keepIdentifiers(visible, value);
@@ -85,7 +87,7 @@ class StoreSource final : public ContactSource {
   bool setImageData(const RecordKey& key, Data image) override {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::AtMostEvery10ms);
-    if (!isWritable(key)) return refuse("there is no record " + key.text());
+    if (!isWritable(key)) return refuse("there is no record " + key.text(), key);
     if (isPicture(&StoreSource::visibleImage, key, image)) return true;
     if (isPicture(&StoreSource::savedImage, key, image)) {
       values_.dropImage(key);
@@ -113,12 +115,13 @@ class StoreSource final : public ContactSource {
     committed_.refresh(Look::AtMostEvery10ms);
     const auto parent = committed_.find(group);
     const auto below = committed_.find(child);
-    if (!parent || !isWritable(group)) return refuse("there is no group " + group.text());
-    if (!below || !isWritable(child)) return refuse("there is no record " + child.text());
-    if (parent->container != below->container) return refuse("the link would cross accounts");
-    if (links_.isLinked(group, child, childKind)) return refuse("the link exists already");
+    if (!parent || !isWritable(group)) return refuse("there is no group " + group.text(), group);
+    if (!below || !isWritable(child)) return refuse("there is no record " + child.text(), child);
+    if (parent->container != below->container)
+      return refuse("the link would cross accounts", group);
+    if (links_.isLinked(group, child, childKind)) return refuse("the link exists already", group);
     if (childKind == RecordKind::Group && wouldBeBelowItself(group, child)) {
-      return refuse("the group would be below itself");
+      return refuse("the group would be below itself", group);
     }
     links_.add(group, child, childKind);
     return true;
@@ -127,7 +130,7 @@ class StoreSource final : public ContactSource {
   bool unlink(const RecordKey& group, const RecordKey& child, RecordKind childKind) override {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::AtMostEvery10ms);
-    if (!isWritable(group)) return refuse("there is no group " + group.text());
+    if (!isWritable(group)) return refuse("there is no group " + group.text(), group);
     if (!links_.isLinked(group, child, childKind)) return false;  // nothing to take away
     links_.remove(group, child, childKind);
     return true;
@@ -136,7 +139,7 @@ class StoreSource final : public ContactSource {
   bool remove(const RecordKey& key, RecordKind) override {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::Now);
-    if (!isWritable(key)) return refuse("there is no record " + key.text());
+    if (!isWritable(key)) return refuse("there is no record " + key.text(), key);
     links_.forgetRecord(key);
     values_.remove(key);
     return true;
@@ -167,7 +170,7 @@ class StoreSource final : public ContactSource {
       report = store_.commit(
           {values_.edits(), values_.removals(), links_.removedLinks(), links_.addedLinks()});
     } catch (const StoreError& error) {
-      report.reason = error.what();
+      report.failure = failureOf(error);
     }
     if (report.done) {
       values_.clear();

@@ -142,6 +142,7 @@ Object nested(std::size_t depth, bool dictionaries) {
 }
 
 TEST(BookFormat, IsNotWrittenRatherThanWrittenUnreadable) {
+  const failures::Watch watch;
   Date impossible;
   impossible.month = 2;
   impossible.day = 30;
@@ -151,13 +152,13 @@ TEST(BookFormat, IsNotWrittenRatherThanWrittenUnreadable) {
   EXPECT_FALSE(fileWithNote(Object(Dictionary{{"\xFF", "x"}})));
   EXPECT_FALSE(fileWithNote(nested(33, true)));
   EXPECT_FALSE(fileWithNote(nested(33, false)));
-  EXPECT_EQ(failures::snapshot().failures, 6U);
+  EXPECT_EQ(watch.counts().failures, 6U);
   for (const bool dictionaries : {false, true}) {
     const auto file = fileWithNote(nested(32, dictionaries));
     ASSERT_TRUE(file);
     EXPECT_TRUE(read(*file));
   }
-  EXPECT_EQ(failures::snapshot().failures, 6U);
+  EXPECT_EQ(watch.counts().failures, 6U);
 }
 
 // Why a book is not written whose one person has that value.
@@ -168,7 +169,8 @@ std::string reasonAgainst(TextView property, const OxValuePtr& value) {
   const auto book = OxAddressBookGeneral::init();
   book->addPerson(OxGeneralPerson::make("another"));
   book->addPerson(person);
-  return book->saveToData() ? "written" : failures::snapshot().lastReason;
+  const failures::Watch watch;
+  return book->saveToData() ? "written" : watch.lastReason();
 }
 
 TEST(BookFormat, NamesThePersonAndThePropertyThatCannotBeWritten) {

@@ -116,8 +116,9 @@ std::string fileOf(Object picture) {
   person->setValue_byPropertyName(single(std::move(picture)), OxProPertyThumbnail);
   const auto book = OxAddressBookGeneral::init();
   book->addPerson(person);
+  const failures::Watch watch;
   const auto file = book->saveToData();
-  return file ? *file : failures::snapshot().lastReason;
+  return file ? *file : watch.lastReason();
 }
 
 TEST(PackedPicture, OfMoreThan64MPixelsInOneValueIsNeitherWrittenNorRead) {

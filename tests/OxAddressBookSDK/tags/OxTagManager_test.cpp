@@ -32,6 +32,7 @@ TEST(OxTagManager, IsTheSameObjectForOneIdentifierAndMissingForNone) {
 }
 
 TEST(OxTagManager, MakesNoFileBeforeTheFirstTag) {
+  const failures::Watch watch;
   const auto tags = manager();
   EXPECT_EQ(tags->tagsByPersonID("p"), std::nullopt);
   tags->setTags_forPersonID(Tags(), "p");
@@ -43,7 +44,7 @@ TEST(OxTagManager, MakesNoFileBeforeTheFirstTag) {
   EXPECT_EQ(OxTagManager::problems(), Tags());
   EXPECT_TRUE(OxTagManager::makeDurable());
   EXPECT_FALSE(std::filesystem::exists(tagFile()));
-  EXPECT_EQ(failures::snapshot(), failures::Snapshot());
+  EXPECT_EQ(watch.counts(), failures::Counts());
 
   tags->addPersonID_forTag("p", "x");
   struct stat status {};
@@ -100,8 +101,9 @@ TEST(OxTagManager, RepairsIllFormedTextAndKeepsNul) {
 }
 
 const support::SecondProcess tagsAnn("tagsAnn", [](const auto& arguments) {
+  const failures::Watch watch;
   for (const auto& tag : arguments) manager()->addPersonID_forTag("ann", tag);
-  return failures::snapshot().failures == 0 ? 0 : 1;
+  return watch.hasFailures() ? 1 : 0;
 });
 
 const support::SecondProcess clearsAnn("clearsAnn", [](const auto&) {
@@ -121,13 +123,14 @@ TEST(OxTagManager, SeesWhatAnotherProcessWroteAtOnce) {
 }
 
 TEST(OxTagManager, LosesNothingWhenProcessesMakeTheFileAndWriteAtOnce) {
+  const failures::Watch watch;
   support::RunningProcess first(tagsAnn.command({"a1", "a2", "a3", "a4"}));
   support::RunningProcess second(tagsAnn.command({"b1", "b2", "b3", "b4"}));
   for (const auto* tag : {"c1", "c2", "c3", "c4"}) manager()->addPersonID_forTag("ann", tag);
   EXPECT_EQ(first.wait().exitCode, 0);
   EXPECT_EQ(second.wait().exitCode, 0);
   EXPECT_EQ(manager()->tagsByPersonID("ann").value_or(Tags()).size(), 12U);
-  EXPECT_EQ(failures::snapshot().failures, 0U);
+  EXPECT_EQ(watch.counts().failures, 0U);
 }
 
 TEST(OxTagManager, LosesNothingWhenThreadsWriteAtOnce) {

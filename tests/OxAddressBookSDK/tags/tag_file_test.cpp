@@ -42,6 +42,7 @@ TEST(TagFile, RefusesWhatIsNoTagFileOfItsVersionAndLeavesItAlone) {
 }
 
 TEST(TagFile, FailsSilentlyButCountedOnAFileThatIsNoDatabase) {
+  const failures::Watch watch;
   const auto path = support::StoreEnvironment::instance().tagStore();
   const std::string bytes(5000, 'x');
   support::temporaryFile(path.filename().string(), bytes);
@@ -49,14 +50,15 @@ TEST(TagFile, FailsSilentlyButCountedOnAFileThatIsNoDatabase) {
   EXPECT_EQ(manager->tagsByPersonID("p"), std::nullopt);
   manager->addPersonID_forTag("p", "x");
   EXPECT_EQ(manager->tagsByPersonID("p"), std::nullopt);
-  EXPECT_EQ(failures::snapshot().failures, 3U);
-  EXPECT_EQ(failures::snapshot().refusals, 0U);
-  EXPECT_EQ(failures::snapshot().lastReason, "tags: file is not a database");
+  EXPECT_EQ(watch.counts().failures, 3U);
+  EXPECT_EQ(watch.counts().refusals, 0U);
+  EXPECT_EQ(watch.lastReason(), "tags: file is not a database");
   EXPECT_EQ(OxTagManager::problems().size(), 1U);
   EXPECT_EQ(support::fileBytes(path), bytes);
 }
 
 TEST(TagFile, ReportsADamagedPageAndAnswersMissing) {
+  const failures::Watch watch;
   const auto path = support::StoreEnvironment::instance().tagStore().string();
   {
     support::temporaryFile("tags.db", "");
@@ -69,7 +71,7 @@ TEST(TagFile, ReportsADamagedPageAndAnswersMissing) {
   bytes.replace(4096, bytes.size() - 4096, bytes.size() - 4096, '\x5A');
   support::temporaryFile("tags.db", bytes);
   EXPECT_EQ(OxTagManager::tagManagerWithID("book")->tagsByPersonID("person 5"), std::nullopt);
-  EXPECT_EQ(failures::snapshot().failures, 1U);
+  EXPECT_EQ(watch.counts().failures, 1U);
   EXPECT_FALSE(OxTagManager::problems().empty());
 }
 

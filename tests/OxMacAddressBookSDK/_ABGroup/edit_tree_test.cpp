@@ -149,9 +149,11 @@ TEST(GroupsInACircle, AreUndoneByTheSaveWhichNamesTheLink) {
   const auto report = ABAddressBook::sharedAddressBook()->saveAndReturnError();
   EXPECT_TRUE(report.done);
   EXPECT_EQ(report.dropped,
-            (std::vector<std::string>{
-                "the link from b to a was refused: a group would be below itself",
-                "the link from b to g was refused: a group would be below itself"}));
+            (std::vector<Failure>{
+                {FailureKind::Refused,
+                 "the link from b to a was refused: a group would be below itself", "b"},
+                {FailureKind::Refused,
+                 "the link from b to g was refused: a group would be below itself", "b"}}));
   EXPECT_EQ(idsOf(group("b")->subGroups()), "");
 }
 

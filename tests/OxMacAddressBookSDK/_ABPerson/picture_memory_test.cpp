@@ -9,6 +9,7 @@ namespace ox::test {
 namespace {
 
 TEST(Thumbnail, ThatFindsNoMemoryIsAFailureThatNamesThePerson) {
+  const failures::Watch watch;
   const Image large{512, 512, std::vector<std::uint8_t>(std::size_t{512} * 512 * 4)};
   StoreBuilder().person("p", {.first = "Ann", .image = images::encodeTiff(large)});
   const auto ann = person("p");
@@ -16,8 +17,8 @@ TEST(Thumbnail, ThatFindsNoMemoryIsAFailureThatNamesThePerson) {
   const auto picture = ann->thumbnail();
   support::allowAllAllocations();
   EXPECT_FALSE(picture);
-  EXPECT_EQ(failures::snapshot().failures, 1U);
-  EXPECT_EQ(failures::snapshot().lastReason, "there is no memory for the picture of Ann, p");
+  EXPECT_EQ(watch.counts().failures, 1U);
+  EXPECT_EQ(watch.lastReason(), "there is no memory for the picture of Ann, p");
   ASSERT_TRUE(ann->thumbnail());
   EXPECT_EQ(*ann->thumbnail(), large);
 }

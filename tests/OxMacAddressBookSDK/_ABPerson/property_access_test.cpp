@@ -95,15 +95,16 @@ TEST(Thumbnail, IsStoredAsTiffAndReadBack) {
 }
 
 TEST(Thumbnail, ThatCannotBeReadOrDecodedIsNone) {
+  const failures::Watch watch;
   auto& source = SwitchedSource::install();
   StoreBuilder(source.real())
       .person("unreadable", {.image = images::encodeTiff(*redPixel())})
       .person("no picture", {.image = makeData("no picture")});
   source.raiseOnImageOf("unreadable");
   EXPECT_EQ(person("unreadable")->valueByPropertyName(OxProPertyThumbnail), nullptr);
-  EXPECT_EQ(failures::failureCount(), 1U);
+  EXPECT_EQ(watch.counts().failures, 1U);
   EXPECT_EQ(person("no picture")->valueByPropertyName(OxProPertyThumbnail), nullptr);
-  EXPECT_EQ(failures::failureCount(), 1U);
+  EXPECT_EQ(watch.counts().failures, 1U);
 }
 
 TEST(Thumbnail, ThatIsStoredButCannotBeReadCanBeAskedFor) {

@@ -114,6 +114,7 @@ TEST(BulkCallbacks, OfALoadAndOfASaveDoNotReplaceEachOther) {
 }
 
 TEST(BulkCallbacks, ThatAreAbsentAreSkipped) {
+  const failures::Watch watch;
   StoreBuilder().persons("p", 2);
   const auto data = savedData(bookNamed("_local"));
   StoreBuilder().persons("later", 1);
@@ -127,7 +128,7 @@ TEST(BulkCallbacks, ThatAreAbsentAreSkipped) {
   EXPECT_EQ(storedNames(), "p0 p1 ");
   book->saveDataBlock(nullptr);
   waitForWorkers(book);
-  EXPECT_EQ(failures::snapshot(), failures::Snapshot());
+  EXPECT_EQ(watch.counts(), failures::Counts());
 }
 
 // Its end starts another save and another load of the book.
@@ -193,6 +194,7 @@ TEST(BulkCallbacks, KeepTheirStateFromCallToCall) {
 }
 
 TEST(BulkCallbacks, MayBeFollowedByNone) {
+  const failures::Watch watch;
   StoreBuilder().persons("p", 2);
   const auto book = bookOfItsOwn();
   const Gate gate;
@@ -202,7 +204,7 @@ TEST(BulkCallbacks, MayBeFollowedByNone) {
   gate.open();
   waitForWorkers(book);
   EXPECT_EQ(gate.reports(), 1);
-  EXPECT_EQ(failures::snapshot(), failures::Snapshot());
+  EXPECT_EQ(watch.counts(), failures::Counts());
 }
 
 }  // namespace

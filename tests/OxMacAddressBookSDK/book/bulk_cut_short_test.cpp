@@ -31,6 +31,7 @@ std::string contentOf(OxMacAddressBook& book) {
 }
 
 TEST(BulkLoad, ThatIsCutShortKeepsTheOldRecords) {
+  const failures::Watch watch;
   auto& source = SwitchedSource::install();
   struct Row {
     const char* container;
@@ -56,12 +57,12 @@ TEST(BulkLoad, ThatIsCutShortKeepsTheOldRecords) {
         .members("G" + name, {name + "1", name + "0"});
     const auto book = bookOf(name);
     const auto data = savedData(book);
-    const auto before = failures::snapshot().failures;
+    const auto before = watch.counts().failures;
     source.raiseOn(row.operation, row.passing);
     EXPECT_EQ(loaded(book, data), row.reports);
     source.raiseOn(nullptr);
-    EXPECT_EQ(failures::snapshot().failures, before + 1) << name;
-    EXPECT_EQ(failures::snapshot().lastReason,
+    EXPECT_EQ(watch.counts().failures, before + 1) << name;
+    EXPECT_EQ(watch.lastReason(),
               "a load was cut short, the old records are kept and empty new ones stand beside "
               "them: something that is no exception was thrown");
     EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges()) << name;
@@ -73,6 +74,7 @@ TEST(BulkLoad, ThatIsCutShortKeepsTheOldRecords) {
 
 // As a load of another book does that is cut short.
 TEST(BulkLoad, ThatSomebodyRevertsIsCutShort) {
+  const failures::Watch watch;
   struct Row {
     const char* container;
     int revertedAt;
@@ -97,7 +99,7 @@ TEST(BulkLoad, ThatSomebodyRevertsIsCutShort) {
         .member("G" + name, name + "0");
     const auto book = bookOf(name);
     const auto data = savedData(book);
-    const auto before = failures::snapshot().failures;
+    const auto before = watch.counts().failures;
     Reports run;
     book->loadWithData_progressBlock(
         data, [report = run.loadCallback(), left = std::make_shared<int>(row.revertedAt)](
@@ -106,8 +108,8 @@ TEST(BulkLoad, ThatSomebodyRevertsIsCutShort) {
           report(value, done);
         });
     EXPECT_EQ(run.wait(), row.reports);
-    EXPECT_EQ(failures::snapshot().failures, before + 1) << name;
-    EXPECT_EQ(failures::snapshot().lastReason, row.reason);
+    EXPECT_EQ(watch.counts().failures, before + 1) << name;
+    EXPECT_EQ(watch.lastReason(), row.reason);
     EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges()) << name;
     EXPECT_EQ(contentOf(*book), row.content);
     book->save();
@@ -126,19 +128,21 @@ class RevertedBeforeSaving final : public SwitchedSource {
 };
 
 TEST(BulkLoad, ThatSomebodyRevertsAsItSavesIsCutShort) {
+  const failures::Watch watch;
   StoreBuilder().persons("p", 1);
   const auto data = savedData(bookNamed("_local"));
   installContactSource(std::make_shared<RevertedBeforeSaving>(
       openStoreSource(support::StoreEnvironment::instance().contactStore().string())));
   const auto book = bookOf("_local:ABAccount");
   EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");
-  EXPECT_EQ(failures::snapshot().failures, 1U);
-  EXPECT_EQ(failures::snapshot().lastReason,
+  EXPECT_EQ(watch.counts().failures, 1U);
+  EXPECT_EQ(watch.lastReason(),
             "the save of a load was cut short: somebody reverted the unsaved changes meanwhile");
   EXPECT_EQ(contentOf(*book), "p0  ") << "and an empty one beside it";
 }
 
 TEST(BulkLoad, WhoseSaveFailsIsCompletedByTheNextSave) {
+  const failures::Watch watch;
   StoreBuilder().persons("p", 1);
   const auto book = bookNamed("_local");
   const auto data = savedData(book);
@@ -147,7 +151,7 @@ TEST(BulkLoad, WhoseSaveFailsIsCompletedByTheNextSave) {
   store.execute(
       "CREATE TRIGGER keep BEFORE DELETE ON record BEGIN SELECT RAISE(ABORT,'kept'); END");
   EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");
-  EXPECT_EQ(failures::snapshot().failures, 1U);
+  EXPECT_EQ(watch.counts().failures, 1U);
   EXPECT_TRUE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
   EXPECT_EQ(contentOf(*bookOf("_local:ABAccount")), "p0 ") << "as this process sees it";
   EXPECT_EQ(store.queryInteger("SELECT count(*) FROM record"), 2);
@@ -158,6 +162,7 @@ TEST(BulkLoad, WhoseSaveFailsIsCompletedByTheNextSave) {
 }
 
 TEST(BulkLoad, WhoseSaveIsCutShortStaysUnsaved) {
+  const failures::Watch watch;
   auto& source = SwitchedSource::install();
   StoreBuilder(source.real()).persons("p", 1);
   const auto book = bookNamed("_local");
@@ -165,7 +170,7 @@ TEST(BulkLoad, WhoseSaveIsCutShortStaysUnsaved) {
   source.raiseOn(&SourceCounts::save);
   EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");
   source.raiseOn(nullptr);
-  EXPECT_EQ(failures::snapshot().lastReason,
+  EXPECT_EQ(watch.lastReason(),
             "the save of a load was cut short: something that is no exception was thrown");
   EXPECT_TRUE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
   book->save();
@@ -173,31 +178,33 @@ TEST(BulkLoad, WhoseSaveIsCutShortStaysUnsaved) {
 }
 
 TEST(BulkLoad, WhoseRecordsCannotBeMadeOrLinkedEndsAllTheSame) {
+  const failures::Watch watch;
   auto& source = SwitchedSource::install();
   StoreBuilder(source.real()).persons("p", 1).group("g", "G").member("g", "p0");
   const auto data = savedData(bookNamed("_local"));
   const auto nowhere = bookOf("Nowhere:ABAccount");
   EXPECT_EQ(loaded(nowhere, data), "0 25 50 50 100 100 100 100!");
   EXPECT_EQ(contentOf(*nowhere), "");
-  EXPECT_EQ(failures::snapshot().refusals, 2U) << "the group and the person";
+  EXPECT_EQ(watch.counts().refusals, 2U) << "the group and the person";
   source.refuseLinkEdits();
   EXPECT_EQ(loaded(bookNamed("_local"), data), "0 25 50 50 100 100 100 100!");
   EXPECT_EQ(contentOf(*bookOf("_local:ABAccount")), "p0 [G:] ");
 }
 
 TEST(BulkSave, ThatIsCutShortEndsWithoutData) {
+  const failures::Watch watch;
   auto& source = SwitchedSource::install();
   StoreBuilder(source.real()).persons("p", 3);
   Reports run;
   source.raiseOn(&SourceCounts::imageData, 1);
   bookNamed("_local")->saveDataBlock(run.saveCallback());
   EXPECT_EQ(run.wait(), "0 100!");
-  EXPECT_EQ(failures::snapshot().lastReason,
-            "a save was cut short: something that is no exception was thrown");
+  EXPECT_EQ(watch.lastReason(), "a save was cut short: something that is no exception was thrown");
 }
 
 // A query that fails is an empty one.
 TEST(BulkSave, OfAStoreThatFailsHoldsWhatIsGivenAndCountsTheRest) {
+  const failures::Watch watch;
   auto& source = SwitchedSource::install();
   StoreBuilder(source.real()).persons("p", 2).group("g", "G").member("g", "p0");
   const auto book = bookOf("_local:ABAccount");
@@ -206,30 +213,29 @@ TEST(BulkSave, OfAStoreThatFailsHoldsWhatIsGivenAndCountsTheRest) {
   book->saveDataBlock(run.saveCallback());
   EXPECT_EQ(run.wait(), "0 100 100 data!");
   source.denyContainerAccess(false);
-  EXPECT_EQ(failures::snapshot().failures, 2U) << "the book of the group, and the persons";
-  EXPECT_EQ(failures::snapshot().lastReason, "access to the containers is denied");
+  EXPECT_EQ(watch.counts().failures, 2U) << "the book of the group, and the persons";
+  EXPECT_EQ(watch.lastReason(), "access to the containers is denied");
   const auto general = OxAddressBookGeneral::addressBookWithData(run.data());
   EXPECT_EQ(general->personsDic().count(), 0U);
   EXPECT_EQ(general->groupsDic().count(), 1U);
 }
 
 TEST(BulkRuns, ThatCannotBeStartedSaySoAtOnce) {
+  const failures::Watch watch;
   StoreBuilder().persons("p", 1);
   const auto book = bookNamed("_local");
   const auto data = savedData(book);
   {
     const NoMoreThreads none;
     EXPECT_EQ(loaded(book, data), "0!");
-    const auto afterLoad = failures::snapshot();
-    EXPECT_EQ(afterLoad.failures, 1U);
-    EXPECT_TRUE(afterLoad.lastReason.starts_with("a load could not be started: "));
+    EXPECT_EQ(watch.counts().failures, 1U);
+    EXPECT_TRUE(watch.lastReason().starts_with("a load could not be started: "));
     Reports run;
     book->saveDataBlock(run.saveCallback());
     EXPECT_EQ(run.wait(), "100!");
     EXPECT_EQ(run.worker(), std::this_thread::get_id());
-    const auto afterSave = failures::snapshot();
-    EXPECT_EQ(afterSave.failures, 2U);
-    EXPECT_TRUE(afterSave.lastReason.starts_with("a save could not be started: "));
+    EXPECT_EQ(watch.counts().failures, 2U);
+    EXPECT_TRUE(watch.lastReason().starts_with("a save could not be started: "));
   }
   EXPECT_EQ(cachedIn(*book), "p0");
   EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");

@@ -12,6 +12,7 @@ namespace {
 constexpr std::size_t kLarge = std::size_t{1} << 20;
 
 TEST(BulkLoad, ThatHasNoMemoryToReadItsDataTouchesNothing) {
+  const failures::Watch watch;
   StoreBuilder().person("p", {.note = std::string(kLarge, 'n')}).group("g", "G");
   const auto book = bookNamed("_local");
   const auto data = savedData(book);
@@ -19,15 +20,17 @@ TEST(BulkLoad, ThatHasNoMemoryToReadItsDataTouchesNothing) {
   const auto reports = loaded(book, data);
   support::allowAllAllocations();
   EXPECT_EQ(reports, "0!");
-  const auto after = failures::snapshot();
-  EXPECT_EQ(after.failures, 1U);
-  EXPECT_EQ(after.lastReason, "a load was cut short before it changed anything: std::bad_alloc");
+  EXPECT_EQ(watch.counts(), (failures::Counts{0, 1}));
+  EXPECT_EQ(watch.last(),
+            (Failure{FailureKind::NoMemory,
+                     "a load was cut short before it changed anything: std::bad_alloc", ""}));
   EXPECT_EQ(cachedIn(*book), "p");
   EXPECT_EQ(idsOf(book->allGroups()), "g");
   EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
 }
 
 TEST(BulkSave, ThatHasNoMemoryForItsDataEndsWithoutAny) {
+  const failures::Watch watch;
   for (const auto* identifier : {"p", "q", "r"}) {
     StoreBuilder().person(identifier, {.note = std::string(kLarge / 2, 'n')});
   }
@@ -38,12 +41,13 @@ TEST(BulkSave, ThatHasNoMemoryForItsDataEndsWithoutAny) {
   const auto reports = run.wait();
   support::allowAllAllocations();
   EXPECT_EQ(reports, "0 33.33333206176758 66.66666412353516 100 100!");
-  EXPECT_EQ(failures::snapshot().failures, 1U);
-  EXPECT_EQ(failures::snapshot().lastReason, "a save was cut short: std::bad_alloc");
+  EXPECT_EQ(watch.counts().failures, 1U);
+  EXPECT_EQ(watch.lastReason(), "a save was cut short: std::bad_alloc");
 }
 
 // Every copy of the callbacks takes a large allocation.
 TEST(BulkCallbacks, ThatCannotBeCopiedGetTheirLastReport) {
+  const failures::Watch watch;
   StoreBuilder().persons("p", 1);
   const auto book = bookNamed("_local");
   const std::string large(kLarge, 'c');
@@ -62,16 +66,16 @@ TEST(BulkCallbacks, ThatCannotBeCopiedGetTheirLastReport) {
   support::allowAllAllocations();
   book->loadWithData_progressBlock(run.data(), load);
   EXPECT_EQ(run.wait(), "0 50 50 100 100 100!");
-  EXPECT_EQ(failures::snapshot(), failures::Snapshot());
+  EXPECT_EQ(watch.counts(), failures::Counts());
   // And where they cannot be kept either.
   book->saveDataBlock(save);
   EXPECT_EQ(run.wait(), "100!");
-  EXPECT_EQ(failures::snapshot().lastReason, "a save could not be started: std::bad_alloc");
+  EXPECT_EQ(watch.lastReason(), "a save could not be started: std::bad_alloc");
   book->loadWithData_progressBlock(run.data(), load);
   EXPECT_EQ(run.wait(), "0!");
-  EXPECT_EQ(failures::snapshot().lastReason, "a load could not be started: std::bad_alloc");
+  EXPECT_EQ(watch.lastReason(), "a load could not be started: std::bad_alloc");
   support::allowAllAllocations();
-  EXPECT_EQ(failures::snapshot().failures, 2U);
+  EXPECT_EQ(watch.counts().failures, 2U);
 }
 
 // One allocation holds the text of all cards that are written at once.

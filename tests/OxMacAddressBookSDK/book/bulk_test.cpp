@@ -147,6 +147,7 @@ TEST(BulkLoad, LeavesRemovedPersonsInTheCacheBeforeTheNewOnes) {
 }
 
 TEST(BulkLoad, OfUnreadableDataTouchesNothing) {
+  const failures::Watch watch;
   StoreBuilder().persons("p", 1);
   const auto book = bookNamed("_local");
   const auto good = savedData(book);
@@ -159,7 +160,7 @@ TEST(BulkLoad, OfUnreadableDataTouchesNothing) {
   auto newer = *good;
   newer.replace(newer.find("\"version\":1"), 11, "\"version\":2");
   EXPECT_EQ(loaded(book, makeData(newer)), "0!");
-  EXPECT_EQ(failures::snapshot().failures, 4U) << "missing data is none";
+  EXPECT_EQ(watch.counts().failures, 4U) << "missing data is none";
   EXPECT_EQ(cachedIn(*book), "p0");
   EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
 }
@@ -189,6 +190,7 @@ TEST(BulkLoad, LinksNothingForKeysThatPointNowhere) {
 }
 
 TEST(BulkLoad, LeavesOutTheLinksThatWouldPutAGroupBelowItself) {
+  const failures::Watch watch;
   StoreBuilder().persons("p", 2);
   const auto g = std::make_shared<LooseGroup>("g", "G");
   const auto h = std::make_shared<LooseGroup>("h", "H");
@@ -205,8 +207,8 @@ TEST(BulkLoad, LeavesOutTheLinksThatWouldPutAGroupBelowItself) {
   const auto book = bookNamed("_local");
   EXPECT_EQ(loaded(book, general->saveToData()), "0 12.5 25 37.5 50 50 75 100 100 100 100!");
   EXPECT_EQ(listsNames.run({"_local"}).output, "p0 p1 [G: <H> p0] [H: p1] ");
-  EXPECT_EQ(failures::snapshot().refusals, 2U) << "G below G, and G below H";
-  EXPECT_EQ(failures::snapshot().failures, 0U);
+  EXPECT_EQ(watch.counts().refusals, 2U) << "G below G, and G below H";
+  EXPECT_EQ(watch.counts().failures, 0U);
 }
 
 TEST(BulkLoad, GoesOnWhenItsCallbackThrows) {
@@ -222,18 +224,21 @@ TEST(BulkLoad, GoesOnWhenItsCallbackThrows) {
   book->loadThreed(data);  // and none at all
 }
 
+// The host is told of what its callback did, and takes nothing of others for its own.
 TEST(BulkLoad, IsWholeWhateverElseFailsMeanwhile) {
+  const failures::Watch watch;
   StoreBuilder().persons("p", 5);
   const auto book = bookNamed("_local");
   const auto data = savedData(book);
   Reports run;
   book->loadWithData_progressBlock(data, [report = run.loadCallback()](double value, bool done) {
     OxAddressBookGeneral::addressBookWithData(makeData("no book"));
-    std::thread([] { failures::countFailure("of somebody else"); }).join();
+    std::thread([] { failures::notice(FailureKind::Other, "of somebody else"); }).join();
     report(value, done);
   });
   EXPECT_EQ(run.wait(), "0 10 20 30 40 50 50 100 100 100!");
-  EXPECT_EQ(failures::snapshot().failures, 20U) << "two a report";
+  EXPECT_EQ(watch.counts(), (failures::Counts{0, 10})) << "one a report";
+  EXPECT_EQ(failures::Watch().earlier().size(), 10U) << "of somebody else";
   EXPECT_EQ(listsNames.run({"_local"}).output, "p0 p1 p2 p3 p4 ");
 }
 

@@ -117,6 +117,7 @@ TEST(RecordView, TakesAnEqualMultiValueWithNewIdentifiersForNoChange) {
 }
 
 TEST(RecordView, ReadsRecordsOneAfterAnotherAndADamagedOneAmongThemAlone) {
+  const failures::Watch watch;
   StoreBuilder().persons("p", 100);
   {
     sqlite::Connection file(support::StoreEnvironment::instance().contactStore().string(),
@@ -128,7 +129,7 @@ TEST(RecordView, ReadsRecordsOneAfterAnotherAndADamagedOneAmongThemAlone) {
     if (textOf(*person, kABFirstNameProperty) == person->uniqueId()) ++read;
   }
   EXPECT_EQ(read, 99);
-  EXPECT_EQ(failures::snapshot().failures, 1U);
+  EXPECT_EQ(watch.counts().failures, 1U);
 }
 
 TEST(RecordView, RevertsToWhatWasSaved) {
@@ -146,6 +147,7 @@ TEST(RecordView, RevertsToWhatWasSaved) {
 }
 
 TEST(RecordView, RefusesWrongTypesUnknownPropertiesAndKeepsTheOldValue) {
+  const failures::Watch watch;
   StoreBuilder().person("p1", {.first = "Ann"}).group("g1", "Friends");
   const auto person = personNamed("p1");
   EXPECT_FALSE(person->setValue_forProperty(Object(std::int64_t{1}), kABFirstNameProperty));
@@ -158,8 +160,8 @@ TEST(RecordView, RefusesWrongTypesUnknownPropertiesAndKeepsTheOldValue) {
   EXPECT_FALSE(
       person->setValue_forProperty(std::make_shared<const MultiValue>(numbers), kABPhoneProperty));
   EXPECT_EQ(textOf(*person, kABFirstNameProperty), "Ann");
-  EXPECT_EQ(failures::snapshot().refusals, 6U);
-  EXPECT_EQ(failures::snapshot().failures, 0U);
+  EXPECT_EQ(watch.counts().refusals, 6U);
+  EXPECT_EQ(watch.counts().failures, 0U);
 }
 
 TEST(RecordView, KeepsValuesOfARemovedRecordUntilTheSave) {
@@ -231,8 +233,10 @@ TEST(TwoProcesses, ARemovalElsewhereWinsAndIsNamed) {
   EXPECT_EQ(removes.run({"p1"}).exitCode, 0);
   const auto report = book()->saveAndReturnError();
   EXPECT_TRUE(report.done);
-  EXPECT_EQ(report.dropped,
-            (std::vector<std::string>{"the changes of p1 were dropped: it was removed elsewhere"}));
+  EXPECT_EQ(
+      report.dropped,
+      (std::vector<Failure>{{FailureKind::Refused,
+                             "the changes of p1 were dropped: it was removed elsewhere", "p1"}}));
   EXPECT_EQ(committedFirst("p2"), "Bert");
   EXPECT_EQ(ids(book()->people()), "p2 ");
 }
@@ -323,6 +327,7 @@ TEST(RecordView, KnowsAGroupThatCameBackUnderAHeldPersonsIdentifier) {
 }
 
 TEST(RecordView, AFailedSaveSaysWhyAndKeepsTheChanges) {
+  const failures::Watch watch;
   StoreBuilder().person("p1", {.first = "Ann"});
   const auto person = personNamed("p1");
   person->setValue_forProperty(Object("Bea"), kABFirstNameProperty);
@@ -335,9 +340,10 @@ TEST(RecordView, AFailedSaveSaysWhyAndKeepsTheChanges) {
   }
   const auto report = book()->saveAndReturnError();
   EXPECT_FALSE(report.done);
-  EXPECT_EQ(report.reason, path.string() + ": disk is full");
+  EXPECT_EQ(report.failure,
+            (Failure{FailureKind::Unavailable, path.string() + ": disk is full", path.string()}));
   EXPECT_TRUE(book()->hasUnsavedChanges());
-  EXPECT_EQ(failures::snapshot().failures, 1U);
+  EXPECT_EQ(watch.counts().failures, 1U);
   {
     sqlite::Connection file(path.string(), sqlite::Connection::Mode::ReadWrite);
     file.execute("DROP TRIGGER full");

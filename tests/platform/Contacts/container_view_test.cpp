@@ -145,6 +145,7 @@ TEST(SaveRequest, CommitsManyAdditionsAtOnceUnderKnownIdentifiers) {
 }
 
 TEST(SaveRequest, WithAnUnknownContainerWritesNothing) {
+  const failures::Watch watch;
   const auto request = CNSaveRequest::init();
   request->addContact_toContainerWithIdentifier(CNMutableContact::init(), "_local");
   request->addContact_toContainerWithIdentifier(CNMutableContact::init(), "nowhere");
@@ -152,7 +153,7 @@ TEST(SaveRequest, WithAnUnknownContainerWritesNothing) {
   EXPECT_FALSE(CNContactStore::init()->executeSaveRequest_error(*request, &error));
   EXPECT_EQ(error, "there is no account nowhere");
   EXPECT_EQ(ABAddressBook::sharedAddressBook()->people().size(), 0U);
-  EXPECT_EQ(failures::snapshot().refusals, 1U);
+  EXPECT_EQ(watch.counts().refusals, 1U);
 
   const auto unnamed = CNSaveRequest::init();
   unnamed->addContact_toContainerWithIdentifier(CNMutableContact::init(), nullptr);
@@ -197,13 +198,14 @@ TEST(SaveRequest, RemovesContainersWithTheirRecordsOnlyByForce) {
 }
 
 TEST(ContainerView, AnswersEmptyAndCountsWhenAccessIsDenied) {
+  const failures::Watch watch;
   twoAccounts();
   support::SwitchedSource::install().denyContainerAccess();
   std::string error;
   EXPECT_EQ(CNContactStore::init()->containersMatchingPredicate_error(std::nullopt, &error).size(),
             0U);
   EXPECT_NE(error, "");
-  EXPECT_EQ(failures::snapshot().failures, 1U);
+  EXPECT_EQ(watch.counts().failures, 1U);
   EXPECT_EQ(ABAddressBook::sharedAddressBook()->people().size(), 3U);
 }
 

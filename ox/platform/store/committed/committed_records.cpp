@@ -174,7 +174,8 @@ std::shared_ptr<const PropertyBag> CommittedRecords::readStored(const RecordKey&
     const auto now = find(key);
     if (!now) return nullptr;
     if (now->row == row) {
-      throw DamagedRecord(file_.path() + ": " + key.text() + ": its stored values are missing");
+      throw DamagedRecord(file_.path() + ": " + key.text() + ": its stored values are missing",
+                          key.text());
     }
     entry = *now;
     values = file_.guarded([&] { return readValues(entry, 1); });
@@ -228,7 +229,7 @@ PropertyBag CommittedRecords::decodeNaming(const RecordKey& key, std::string_vie
   try {
     return decodeProperties(bytes);
   } catch (const DamagedProperties& error) {
-    throw DamagedRecord(file_.path() + ": " + key.text() + ": " + error.what());
+    throw DamagedRecord(file_.path() + ": " + key.text() + ": " + error.what(), key.text());
   }
 }
 
@@ -243,7 +244,8 @@ Data CommittedRecords::image(const RecordKey& key) {
     const auto bytes = row.blob(1);
     if (checksum64(bytes) != static_cast<std::uint64_t>(row.integer(0))) {
       throw ImageReadError(file_.path() + ": " + key.text() +
-                           ": the stored picture is damaged: its checksum differs");
+                               ": the stored picture is damaged: its checksum differs",
+                           key.text());
     }
     return makeData(std::string(bytes));
   });

@@ -76,13 +76,14 @@ bool ContactStore::execute(SaveRequest& request) {
 
 SaveReport ContactStore::commit(const RecordChanges& changes) {
   SaveReport report;
-  const auto noteDropped = [&report](std::string why) {
-    if (!why.empty()) report.dropped.push_back(std::move(why));
+  const auto noteDropped = [&report](std::string why, const RecordKey& record) {
+    if (why.empty()) return;
+    report.dropped.push_back({FailureKind::Refused, std::move(why), record.text()});
   };
   write(StoreFile::Outlive::PowerCut, [&](StoreTransaction& writing) {
-    for (const auto& edit : changes.edits) noteDropped(writing.applyEdit(edit));
+    for (const auto& edit : changes.edits) noteDropped(writing.applyEdit(edit), edit.key);
     for (const auto& link : changes.removedLinks) writing.removeLink(link);
-    for (const auto& link : changes.addedLinks) noteDropped(writing.addLink(link));
+    for (const auto& link : changes.addedLinks) noteDropped(writing.addLink(link), link.group);
     for (const auto& key : changes.removals) {
       if (const auto entry = writing.find(key)) writing.removeRecord(*entry);
     }

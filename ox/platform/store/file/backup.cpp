@@ -17,7 +17,7 @@ constexpr int kBusyMilliseconds = 10'000;
 void refuseSameFile(const std::string& from, const std::string& to) {
   std::error_code error;
   if (!std::filesystem::equivalent(from, to, error) || error) return;
-  throw StoreError(StoreError::Kind::Unavailable, to + ": is the store itself");
+  throw StoreError(StoreError::Kind::Unavailable, to + ": is the store itself", to);
 }
 
 // The whole content in one read transaction: neither a writer nor this program's own unsaved
@@ -39,7 +39,7 @@ void refuseUnsound(sqlite::Connection& copy, const std::string& to) {
   const auto answer = copy.queryText("PRAGMA quick_check(1)");
   if (answer == "ok") return;
   throw StoreError(StoreError::Kind::Corrupt,
-                   to + ": the copy would not be sound: " + answer.value_or(""));
+                   to + ": the copy would not be sound: " + answer.value_or(""), to);
 }
 
 }  // namespace
@@ -101,7 +101,7 @@ void DatabaseCopy::settleTarget() {
     old.queryText("PRAGMA journal_mode=DELETE");
   });
   if (!std::filesystem::exists(log)) return;
-  throw StoreError(StoreError::Kind::Busy, target_ + ": is a store that is in use");
+  throw StoreError(StoreError::Kind::Busy, target_ + ": is a store that is in use", target_);
 }
 
 void DatabaseCopy::put() {

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <sqlite3.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <thread>
@@ -79,7 +78,7 @@ constexpr std::array kMigrations = {kVersion1};
 static_assert(kMigrations.size() == kSchemaVersion);
 
 [[noreturn]] void fail(StoreError::Kind kind, const std::string& path, const std::string& reason) {
-  throw StoreError(kind, path + ": " + reason);
+  throw StoreError(kind, path + ": " + reason, path);
 }
 
 // Refuses what cannot be a store. Only looks: opening and closing the file here would drop the
@@ -98,7 +97,7 @@ void makeFile(const std::string& path) {
   try {
     createPrivateFile(path);
   } catch (const std::system_error& error) {
-    throw StoreError(StoreError::Kind::Unavailable, error.what());
+    throw StoreError(StoreError::Kind::Unavailable, error.what(), path);
   }
 }
 
@@ -159,18 +158,12 @@ sqlite::Connection openMigrated(const std::string& path) {
 }  // namespace
 
 void throwStoreError(const std::string& path, const std::exception& error) {
-  const auto* sqlite = dynamic_cast<const sqlite::Error*>(&error);
-  auto kind = StoreError::Kind::Unavailable;
-  if (sqlite != nullptr) {
-    const int code = sqlite->code() & 0xFF;
-    if (sqlite->isBusy()) kind = StoreError::Kind::Busy;
-    if (code == SQLITE_NOTADB) kind = StoreError::Kind::NotAStore;
-    if (code == SQLITE_CORRUPT) kind = StoreError::Kind::Corrupt;
-  }
-  if (kind == StoreError::Kind::NotAStore)
-    throw StoreError(kind, path + ": is not a contact store");
+  const auto* known = dynamic_cast<const FailureError*>(&error);
+  const auto kind = known != nullptr ? known->kind() : FailureKind::Unavailable;
+  if (kind == FailureKind::NotAStore)
+    throw StoreError(kind, path + ": is not a contact store", path);
   const std::string what = error.what();
-  throw StoreError(kind, what.starts_with(path) ? what : path + ": " + what);
+  throw StoreError(kind, what.starts_with(path) ? what : path + ": " + what, path);
 }
 
 sqlite::Connection openStoreFile(const std::string& path) {

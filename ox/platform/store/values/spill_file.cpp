@@ -17,8 +17,9 @@ namespace {
 constexpr std::size_t kLarge = 16U << 10U;
 
 [[noreturn]] void fail(const std::string& what) {
-  throw StoreError(StoreError::Kind::Unavailable,
-                   "the file for unsaved pictures: " + what + ": " + std::strerror(errno));
+  const int reason = errno;
+  throw StoreError(reason == ENOSPC ? StoreError::Kind::Full : StoreError::Kind::Unavailable,
+                   "the file for unsaved pictures: " + what + ": " + std::strerror(reason));
 }
 
 int openNameless() {

@@ -1,35 +1,33 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "ox/base/export.hpp"
+#include "ox/base/failure.hpp"
 
 namespace ox {
 
 // The store failed: it cannot be opened, read or written. kind() tells what a program may do about
-// it.
-class OX_EXPORT StoreError : public std::runtime_error {
+// it, subject() the file.
+class OX_EXPORT StoreError : public FailureError {
  public:
-  enum class Kind { Busy, NotAStore, NewerSchema, Unavailable, Corrupt, Denied };
-
-  StoreError(Kind kind, const std::string& what) : std::runtime_error(what), kind_(kind) {}
-  Kind kind() const { return kind_; }
-
- private:
-  Kind kind_;
+  using Kind = FailureKind;
+  using FailureError::FailureError;
 };
 
-// The file can be read but one record of it cannot.
+// The file can be read but one record of it, the subject, cannot.
 class OX_EXPORT DamagedRecord : public StoreError {
  public:
-  explicit DamagedRecord(const std::string& what) : StoreError(Kind::Corrupt, what) {}
+  DamagedRecord(const std::string& what, std::string record)
+      : StoreError(Kind::Corrupt, what, std::move(record)) {}
 };
 
-// A stored picture that cannot be read back.
-class OX_EXPORT ImageReadError : public std::runtime_error {
+// A stored picture that cannot be read back; the subject is its record.
+class OX_EXPORT ImageReadError : public FailureError {
  public:
-  using std::runtime_error::runtime_error;
+  explicit ImageReadError(const std::string& what, std::string record = {})
+      : FailureError(FailureKind::Corrupt, what, std::move(record)) {}
 };
 
 }  // namespace ox

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
+#include "ox/base/failure.hpp"
 #include "ox/base/record_key.hpp"
 #include "ox/records/property_bag.hpp"
 
@@ -33,8 +33,8 @@ struct UnsavedChanges {
 // What a save of the record view did.
 struct SaveReport {
   bool done = false;
-  std::string reason;                // why not, when not done
-  std::vector<std::string> dropped;  // edits lost to a removal elsewhere, one sentence each
+  Failure failure;               // why not, when not done
+  std::vector<Failure> dropped;  // edits that were refused, lost to a removal elsewhere say
 };
 
 }  // namespace ox
