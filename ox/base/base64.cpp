@@ -1,6 +1,7 @@
 #include "ox/base/base64.hpp"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -64,6 +65,7 @@ std::string base64(std::string_view bytes) {
     std::memcpy(out, kPairs[bits >> 12].data(), 2);
     std::memcpy(out + 2, kPairs[bits & 0xFFF].data(), 2);
   }
+  assert(bytes.size() - at < 3);
   if (at == bytes.size()) return text;
   const std::uint32_t bits = byteAt(bytes, at) << 16 | byteAt(bytes, at + 1) << 8;
   std::memcpy(out, kPairs[bits >> 12].data(), 2);
@@ -84,6 +86,7 @@ std::optional<std::string> bytesOfBase64(std::string_view text) {
     bytes += static_cast<char>(*bits >> 8 & 0xFF);
     bytes += static_cast<char>(*bits & 0xFF);
   }
+  assert(bytes.size() == text.size() / 4 * 3 && bytes.size() >= padding);
   for (std::size_t i = 0; i < padding; ++i) {
     if (bytes.back() != '\0') return std::nullopt;
     bytes.pop_back();

@@ -1,6 +1,7 @@
 #include "ox/base/date.hpp"
 
 #include <array>
+#include <cassert>
 #include <cstdio>
 
 namespace ox {
@@ -98,6 +99,7 @@ bool readCalendarPart(std::string_view text, Date& date) {
 }
 
 int daysIn(int month, std::optional<std::int16_t> year) {
+  assert(month >= 1 && month <= 12);
   constexpr std::array<int, 12> kDays = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   const bool shortFebruary = year && (*year % 4 != 0 || (*year % 100 == 0 && *year % 400 != 0));
   return month == 2 && shortFebruary ? 28 : kDays[static_cast<std::size_t>(month - 1)];

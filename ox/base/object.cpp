@@ -1,6 +1,7 @@
 #include "ox/base/object.hpp"
 
 #include <algorithm>
+#include <cassert>
 
 namespace ox {
 namespace {
@@ -13,9 +14,11 @@ struct SameContent {
   }
   template <typename T>
   bool operator()(const std::shared_ptr<const T>& a, const std::shared_ptr<const T>& b) const {
+    assert(a && b && "a null pointer is held as a missing object");
     return a == b || *a == *b;
   }
   bool operator()(const Object::HostObjectPtr& a, const Object::HostObjectPtr& b) const {
+    assert(a && b && "a null pointer is held as a missing object");
     return a == b || a->equals(*b);
   }
 };

@@ -1,5 +1,6 @@
 #include "ox/base/record_key.hpp"
 
+#include <cassert>
 #include <deque>
 #include <mutex>
 #include <unordered_map>
@@ -22,6 +23,7 @@ class InternTable {
     const std::lock_guard lock(mutex_);
     const auto found = numbers_.find(text);
     if (found != numbers_.end()) return found->second;
+    assert(numbers_.size() == texts_.size());
     texts_.emplace_back(text);
     const std::uint64_t number = texts_.size() - 1;
     numbers_.emplace(texts_.back(), number);
@@ -36,6 +38,7 @@ class InternTable {
 
   std::string text(std::uint64_t number) {
     const std::lock_guard lock(mutex_);
+    assert(number < texts_.size());
     return texts_.at(number);
   }
 
@@ -78,6 +81,7 @@ RecordKey RecordKey::make(RecordKind kind) {
   if (kind == RecordKind::Group) {
     key.bytes_[6] = static_cast<std::uint8_t>((key.bytes_[6] & 0x0FU) | kGroupDigit);
   }
+  assert(key.isPacked());
   return key;
 }
 
@@ -88,6 +92,7 @@ RecordKey RecordKey::of(std::string_view identifier) {
   } else {
     key.bytes_ = foreignBytes(internTable().intern(identifier), kForeignMark);
   }
+  assert(key.isPacked() != key.isForeign());
   return key;
 }
 
@@ -110,6 +115,7 @@ std::string RecordKey::text() const {
     return internTable().text(number);
   }
   if (isNone()) return {};
+  assert(isPacked());
   Uuid uuid = bytes_;
   const bool person = (uuid[6] & 0xF0U) == kPersonDigit;
   uuid[6] = static_cast<std::uint8_t>((uuid[6] & 0x0FU) | 0x70U);

@@ -1,5 +1,6 @@
 #include "ox/base/replacement_file.hpp"
 
+#include <cassert>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -53,6 +54,7 @@ void ReplacementFile::fail(int code) const {
 }
 
 void ReplacementFile::write(std::string_view bytes) {
+  assert(file_ >= 0 && !committed_);
   while (!bytes.empty()) {
     const auto written = ::write(file_, bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
@@ -62,6 +64,7 @@ void ReplacementFile::write(std::string_view bytes) {
 }
 
 void ReplacementFile::commit() {
+  assert(file_ >= 0 && !committed_);
   if (::fsync(file_) != 0) fail(errno);
   if (std::rename(path_.c_str(), target_.c_str()) != 0) fail(errno);
   committed_ = true;

@@ -1,5 +1,6 @@
 #include "ox/base/serial_queue.hpp"
 
+#include <cassert>
 #include <stdexcept>
 
 namespace ox {
@@ -11,6 +12,7 @@ void SerialQueue::sync(const std::function<void()>& task) {
         "must not start another discovery)");
   }
   const std::lock_guard lock(mutex_);
+  assert(running_.load() == std::thread::id() && "whoever ran before has left");
   running_ = std::this_thread::get_id();
   struct Leave {
     std::atomic<std::thread::id>& running;

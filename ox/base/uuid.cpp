@@ -1,5 +1,6 @@
 #include "ox/base/uuid.hpp"
 
+#include <cassert>
 #include <cerrno>
 #include <chrono>
 #include <mutex>
@@ -39,6 +40,7 @@ class RandomPool {
                  words_.size() * sizeof(words_.front()));
       used_ = 0;
     }
+    assert(used_ < words_.size());
     return words_[used_++];
   }
 
@@ -57,6 +59,7 @@ class RisingClock {
                          .count();
     const auto candidate = static_cast<std::uint64_t>(now) << 12U;
     const std::lock_guard lock(mutex_);
+    assert(last_ != UINT64_MAX);
     last_ = candidate > last_ ? candidate : last_ + 1;
     return last_;
   }
@@ -110,6 +113,7 @@ std::string uuidText(const Uuid& uuid) {
     text[at++] = kDigits[byte >> 4U];
     text[at++] = kDigits[byte & 0x0FU];
   }
+  assert(at == kTextLength);
   return text;
 }
 
@@ -124,6 +128,7 @@ std::optional<Uuid> uuidFromText(std::string_view text) {
     if (high == kNoDigit || low == kNoDigit) return std::nullopt;
     byte = static_cast<std::uint8_t>(high << 4U | low);
   }
+  assert(at == kTextLength);
   return uuid;
 }
 

@@ -1,6 +1,7 @@
 #include "ox/records/clean_text.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -46,6 +47,7 @@ Object cleaned(const Object& object) {
     for (const auto& element : *array) elements.push_back(cleaned(element));
     return elements;
   }
+  assert(object.dictionary() != nullptr && "nothing else holds text");
   Dictionary dictionary;
   for (const auto& [key, value] : object.dictionary()->entries()) {
     dictionary.set(validUtf8(key), cleaned(value));

@@ -82,6 +82,8 @@ std::size_t sizeOf(const Object& value) {
 std::uint64_t MultiValue::add(Object value, Text label) {
   std::uint64_t identifier = 0;
   while (identifier == 0) identifier = randomBits();
+  assert(std::none_of(entries.begin(), entries.end(),
+                      [&](const MultiEntry& entry) { return entry.identifier == identifier; }));
   entries.push_back({identifier, std::move(label), std::move(value)});
   return identifier;
 }
@@ -94,12 +96,14 @@ bool isMissing(const PropertyValue& value) {
 bool sameValue(const PropertyValue& a, const PropertyValue& b) {
   if (a.index() != b.index()) return false;
   if (const auto* single = std::get_if<Object>(&a)) return *single == std::get<Object>(b);
+  assert(std::get<MultiValuePtr>(a) && std::get<MultiValuePtr>(b));
   return *std::get<MultiValuePtr>(a) == *std::get<MultiValuePtr>(b);
 }
 
 bool looksTheSame(const PropertyValue& a, const PropertyValue& b) {
   if (a.index() != b.index()) return false;
   if (const auto* single = std::get_if<Object>(&a)) return *single == std::get<Object>(b);
+  assert(std::get<MultiValuePtr>(a) && std::get<MultiValuePtr>(b));
   const auto& left = *std::get<MultiValuePtr>(a);
   const auto& right = *std::get<MultiValuePtr>(b);
   return std::equal(left.entries.begin(), left.entries.end(), right.entries.begin(),
@@ -125,6 +129,7 @@ void PropertyBag::set(PropertyId id, PropertyValue value) {
   assert(id != 0);
   const auto found = std::lower_bound(entries_.begin(), entries_.end(), id, idBefore);
   const bool held = found != entries_.end() && found->first == id;
+  assert(id != 0 && (found == entries_.begin() || std::prev(found)->first < id));
   if (isMissing(value)) {
     if (held) entries_.erase(found);
   } else if (held) {

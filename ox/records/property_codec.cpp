@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -28,6 +29,7 @@ class Encoder {
   Encoder& operator=(const Encoder&) = delete;
 
   void property(PropertyId id, const PropertyValue& value) {
+    assert(property_table::typeOf(id) != kABErrorInProperty && !isMissing(value));
     if (id >= kFirstCustomProperty) {
       number(0);
       bytes(property_table::nameOf(id));
@@ -60,7 +62,9 @@ class Encoder {
  private:
   // The place of the next byte; so many find room there.
   char* room(std::size_t count) {
+    assert(size_ <= capacity_);
     if (count > capacity_ - size_) grow(count);
+    assert(count <= capacity_ - size_);
     return start_ + size_;
   }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -109,6 +110,7 @@ class Decoder {
       if (label != 0) entry.label = std::string(take(label - 1));
       entry.value = object(0);
     }
+    assert(values->entries.size() == size);
     if (primary != 0) values->primary = values->entries[primary - 1].identifier;
     return values;
   }
@@ -198,6 +200,8 @@ PropertyBag decodeProperties(std::string_view bytes, std::size_t mostProperties)
       properties.set(id, std::move(value));
     }
   }
+  assert(std::is_sorted(properties.entries().begin(), properties.entries().end(),
+                        [](const auto& a, const auto& b) { return a.first < b.first; }));
   return properties;
 }
 

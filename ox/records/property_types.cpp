@@ -107,6 +107,7 @@ class CustomProperties {
  public:
   PropertyId add(std::string_view name, ABPropertyType type) {
     const std::unique_lock lock(mutex_);
+    assert(numbers_.size() == entries_.size());
     const auto found = numbers_.find(name);
     if (found != numbers_.end()) return entry(found->second).type == type ? found->second : 0;
     if (entries_.size() >= UINT16_MAX - kFirstCustomProperty) return 0;
@@ -136,7 +137,9 @@ class CustomProperties {
 
  private:
   const Entry& entry(PropertyId id) const {
-    return entries_[static_cast<std::size_t>(id - kFirstCustomProperty)];
+    const auto index = static_cast<std::size_t>(id - kFirstCustomProperty);
+    assert(id >= kFirstCustomProperty && index < entries_.size());
+    return entries_[index];
   }
 
   std::shared_mutex mutex_;

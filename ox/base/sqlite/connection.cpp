@@ -1,5 +1,6 @@
 #include "ox/base/sqlite/connection.hpp"
 
+#include <cassert>
 #include <sqlite3.h>
 #include <utility>
 
@@ -40,10 +41,12 @@ Connection& Connection::operator=(Connection&& other) noexcept {
 }
 
 Connection::~Connection() {
-  sqlite3_close(handle_);
+  [[maybe_unused]] const int result = sqlite3_close(handle_);
+  assert(result == SQLITE_OK && "every statement went before its connection");
 }
 
 void Connection::execute(const char* sql) {
+  assert(handle_ != nullptr);
   if (sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
     throw Error(sqlite3_extended_errcode(handle_), sqlite3_errmsg(handle_));
   }
@@ -93,6 +96,7 @@ Transaction::~Transaction() {
 }
 
 void Transaction::commit() {
+  assert(open_ && "a transaction is committed once");
   connection_.execute("COMMIT");
   open_ = false;
 }

@@ -1,6 +1,7 @@
 #include "ox/base/text/charset.hpp"
 
 #include <array>
+#include <cassert>
 #include <cctype>
 #include <memory>
 #include <unicode/ucnv.h>
@@ -96,6 +97,7 @@ std::string convert(UConverter* converter, std::string_view bytes) {
     ucnv_toUnicode(converter, &next, units.data() + units.size(), &source, end, nullptr, 1,
                    &status);
     more = status == U_BUFFER_OVERFLOW_ERROR;
+    assert(next >= units.data() && next <= units.data() + units.size() && source <= end);
     auto count = static_cast<std::int32_t>(next - units.data());
     if (more && count > 0 && U16_IS_LEAD(units[static_cast<std::size_t>(count - 1)])) {
       half = units[static_cast<std::size_t>(--count)];
@@ -104,6 +106,7 @@ std::string convert(UConverter* converter, std::string_view bytes) {
     std::int32_t length = 0;
     u_strToUTF8WithSub(out.data(), static_cast<std::int32_t>(out.size()), &length, units.data(),
                        count, 0xFFFD, nullptr, &written);
+    assert(U_SUCCESS(written) && length <= static_cast<std::int32_t>(out.size()));
     result.append(out.data(), static_cast<std::size_t>(length));
   }
   return result;

@@ -1,6 +1,7 @@
 #include "ox/base/text/transcription.hpp"
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -78,7 +79,9 @@ std::optional<std::size_t> writeFromTable(std::string_view text, char* out) {
         ((before & traits::kLetter) != 0 && (entry.traits & traits::kBlankAtLetter) != 0);
     if (setOff) out[written++] = ' ';
     std::memcpy(out + written, entry.text.data(), entry.text.size());
+    assert(entry.length <= entry.text.size());
     written += entry.length;
+    assert(written <= at * kGrowth && "the room that the caller made");
     before = entry.traits;
   }
   return written;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cassert>
 #include <string>
 #include <string_view>
 #include <unicode/locid.h>
@@ -63,6 +64,7 @@ Transcribed workedOut(char32_t character) {
   if (text.size() > Transcribed::kSpace) return {.traits = traits::kKnown | traits::kNotHere};
   Transcribed result{.length = static_cast<std::uint8_t>(text.size()),
                      .traits = blankTraits(static_cast<UChar32>(character))};
+  assert(text.size() <= result.text.size());
   std::copy(text.begin(), text.end(), result.text.begin());
   result.traits |= traits::kKnown;
   if (character >= kHanBegin && isContextual(character)) result.traits |= traits::kContextual;
@@ -77,6 +79,7 @@ Transcribed transcribed(char32_t character) {
     if (character < kHanBegin || character >= kHanEnd) return {.traits = traits::kNotHere};
     index = kLatinEnd + (character - kHanBegin);
   }
+  assert(index < kSize);
   auto& entry = table()[index];
   Transcribed result = entry.load(std::memory_order_relaxed);
   if ((result.traits & traits::kKnown) == 0) {

@@ -1,5 +1,6 @@
 #include "ox/base/text/utf8.hpp"
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -57,6 +58,7 @@ struct Step {
 };
 
 Step stepAt(std::string_view text, std::size_t at) {
+  assert(at < text.size());
   const Follow follow = followOf(byteAt(text, at));
   if (!follow.valid) return {1, false};
   std::uint8_t low = follow.low;
@@ -83,6 +85,7 @@ std::size_t validPrefix(std::string_view text) {
   std::size_t at = 0;
   while (true) {
     at = afterAscii(text, at);
+    assert(at <= text.size());
     if (at == text.size()) return at;
     // Nearly every character beyond ASCII is one of these.
     if (isPlainThree(text, at)) {
