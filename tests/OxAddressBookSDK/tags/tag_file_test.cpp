@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <tuple>
 
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/base/sqlite/error.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox {
@@ -18,10 +18,13 @@ std::string makeDatabase(const char* name, const char* sql) {
   return path;
 }
 
-std::string openingFails(const std::string& path) {
+// Why the file is refused, and of what kind the refusal is.
+std::string openingFails(const std::string& path, FailureKind kind) {
   try {
     const TagFile file(path);
-  } catch (const sqlite::Error& error) {
+  } catch (const FailureError& error) {
+    EXPECT_EQ(error.kind(), kind);
+    EXPECT_EQ(error.subject(), path);
     return std::string(error.what()).substr(path.size());
   }
   return "opened";
@@ -32,16 +35,18 @@ TEST(TagFile, RefusesWhatIsNoTagFileOfItsVersionAndLeavesItAlone) {
   const auto otherId = makeDatabase("other", "PRAGMA application_id = 7");
   const auto newer =
       makeDatabase("newer", "PRAGMA application_id = 0x4F785447; PRAGMA user_version = 2");
-  for (const auto& [path, reason] :
-       {std::pair{foreign, ": not a tag file"}, std::pair{otherId, ": not a tag file"},
-        std::pair{newer, ": a tag file of version 2, this program knows 1"}}) {
+  for (const auto& [path, kind, reason] :
+       {std::tuple{foreign, FailureKind::NotAStore, ": not a tag file"},
+        std::tuple{otherId, FailureKind::NotAStore, ": not a tag file"},
+        std::tuple{newer, FailureKind::NewerSchema,
+                   ": a tag file of version 2, this program knows 1"}}) {
     const auto before = support::fileBytes(path);
-    EXPECT_EQ(openingFails(path), reason);
+    EXPECT_EQ(openingFails(path, kind), reason);
     EXPECT_EQ(support::fileBytes(path), before);
   }
 }
 
-TEST(TagFile, FailsSilentlyButCountedOnAFileThatIsNoDatabase) {
+TEST(TagFile, FailsSilentlyButNoticedOnAFileThatIsNoDatabase) {
   const failures::Watch watch;
   const auto path = support::StoreEnvironment::instance().tagStore();
   const std::string bytes(5000, 'x');
