@@ -19,6 +19,7 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
 set(soname ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME liboxmacaddressbooksdk${soname})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
 "contact manager's view of every address book of a store
  The address books of a durable contact store, one SQLite file, through one
