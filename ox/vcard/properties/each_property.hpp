@@ -10,7 +10,7 @@ namespace ox::vcard {
 
 // name.cpp: N, its readings, and what FN makes of them
 ReadProperty readName, readFormattedName, readSound;
-WriteProperty writeName, writeFormattedName;
+WriteProperty writeName;  // both lines
 LacksProperty lacksReadings;
 
 // single_text.cpp: NICKNAME, TITLE, X-MAIDENNAME, X-PHONETIC-..., NOTE

@@ -54,15 +54,24 @@ bool isEmpty(const NameParts& parts) {
   return std::all_of(all.begin(), all.end(), [](std::string_view part) { return part.empty(); });
 }
 
-// The value of N for these parts.
+// The value of N for these parts, which are as CardText leaves them.
 std::string valueOfName(const NameParts& parts) {
   std::string value;
   for (const auto part : inOrder(parts)) {
-    appendTextEscaped(CardText(part).view(), value);
+    appendTextEscaped(part, value);
     value += ';';
   }
   value.pop_back();
   return value;
+}
+
+std::string valueOfUncleanName(const NameParts& parts) {
+  const CardText last(parts.last);
+  const CardText first(parts.first);
+  const CardText middle(parts.middle);
+  const CardText title(parts.title);
+  const CardText suffix(parts.suffix);
+  return valueOfName({last.view(), first.view(), middle.view(), title.view(), suffix.view()});
 }
 
 // True when a reader makes these parts of the value.
@@ -150,6 +159,49 @@ std::string nameInstead(PropertyWriter& card) {
   return "?";
 }
 
+// In 4.0 a person without a name has no N.
+void writeParts(const NameParts& parts, PropertyWriter& card) {
+  const bool isNamed = !isEmpty(parts);
+  const auto verbatim = card.unmodelled().verbatimOf(property_id::kLast, 0);
+  const bool isVerbatim = !verbatim.empty() && givesName(verbatim, parts);
+  if (!verbatim.empty() && !isVerbatim) card.noteNameChanged();
+  if (!isNamed && !card.is30()) return writeSortAs(card, isNamed);
+  card.line().raw("N");
+  if (isNamed) card.writeParameters(property_id::kLast);
+  writeSortAs(card, isNamed);
+  card.line().raw(":");
+  if (isVerbatim) {
+    card.line().raw(verbatim);
+  } else {
+    card.line().raw(valueOfName(parts));
+  }
+  card.line().end();
+}
+
+// Never missing. One that is made of something else than names has to say so, or a reader would
+// take it for the name.
+void writeFormattedName(const NameParts& parts, PropertyWriter& card) {
+  const auto line =
+      card.isNameChanged() ? std::string_view() : card.unmodelled().formattedNameLine();
+  std::string room;
+  if (!line.empty()) {
+    if (const auto admitted = UnmodelledLine(line).inVersion(card.version(), room)) {
+      card.line().raw(*admitted).end();
+      return;
+    }
+  }
+  std::string composed;
+  composeFullName(parts, composed);
+  const auto company = card.textOf(property_id::kOrganization);
+  if (!composed.empty() || !company.empty()) {
+    card.line().raw("FN:").text(composed.empty() ? company : composed).end();
+  } else {
+    card.line().raw(card.is30() ? "FN;X-DERIVED=TRUE:" : "FN;DERIVED=TRUE:");
+    card.line().text(nameInstead(card)).end();
+  }
+  if (!line.empty()) card.writeWrapped(line);
+}
+
 }  // namespace
 
 bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
@@ -232,7 +284,7 @@ void settleName(CardDraft& draft) {
   draft.unmodelled.lines.insert(draft.unmodelled.lines.begin(), name.formattedLine);
   // What FN says counts as long as the name is the one that came with it.
   if (name.verbatimParts.empty()) {
-    draft.preserveVerbatim(property_id::kLast, valueOfName(parts));
+    draft.preserveVerbatim(property_id::kLast, valueOfUncleanName(parts));
   }
 }
 
@@ -245,48 +297,10 @@ std::string groupNameOf(CardDraft& draft) {
   return composed;
 }
 
-// In 4.0 a person without a name has no N.
 void writeName(const PropertyRow& /*row*/, PropertyWriter& card) {
   const auto parts = partsHeldBy(card);
-  const bool isNamed = !isEmpty(parts);
-  const auto verbatim = card.unmodelled().verbatimOf(property_id::kLast, 0);
-  const bool isVerbatim = !verbatim.empty() && givesName(verbatim, parts);
-  if (!verbatim.empty() && !isVerbatim) card.noteNameChanged();
-  if (!isNamed && !card.is30()) return writeSortAs(card, isNamed);
-  card.line().raw("N");
-  if (isNamed) card.writeParameters(property_id::kLast);
-  writeSortAs(card, isNamed);
-  card.line().raw(":");
-  if (isVerbatim) {
-    card.line().raw(verbatim);
-  } else {
-    card.line().raw(valueOfName(parts));
-  }
-  card.line().end();
-}
-
-// Never missing. One that is made of something else than names has to say so, or a reader would
-// take it for the name.
-void writeFormattedName(const PropertyRow& /*row*/, PropertyWriter& card) {
-  const auto line =
-      card.isNameChanged() ? std::string_view() : card.unmodelled().formattedNameLine();
-  std::string room;
-  if (!line.empty()) {
-    if (const auto admitted = UnmodelledLine(line).inVersion(card.version(), room)) {
-      card.line().raw(*admitted).end();
-      return;
-    }
-  }
-  std::string composed;
-  composeFullName(partsHeldBy(card), composed);
-  const auto company = card.textOf(property_id::kOrganization);
-  if (!composed.empty() || !company.empty()) {
-    card.line().raw("FN:").text(composed.empty() ? company : composed).end();
-  } else {
-    card.line().raw(card.is30() ? "FN;X-DERIVED=TRUE:" : "FN;DERIVED=TRUE:");
-    card.line().text(nameInstead(card)).end();
-  }
-  if (!line.empty()) card.writeWrapped(line);
+  writeParts(parts, card);
+  writeFormattedName(parts, card);
 }
 
 void writeGroupName(PropertyWriter& card) {

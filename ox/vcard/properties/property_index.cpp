@@ -39,7 +39,7 @@ constexpr PropertyRow cardRow(std::string_view name, ReadProperty* read, CardsWi
 // A card is written in the order of the rows.
 constexpr std::array kRows = {
     PropertyRow{"N", readName, writeName, 0, {}, nullptr, CardsWith::Both},
-    PropertyRow{"FN", readFormattedName, writeFormattedName, 0, {}, nullptr, CardsWith::Both},
+    PropertyRow{"FN", readFormattedName, nullptr, 0, {}, nullptr, CardsWith::Both},
     textRow("NICKNAME", kNickname),
     textRow("X-MAIDENNAME", kMaidenName),
     textRow("X-PHONETIC-FIRST-NAME", kFirstPhonetic),

@@ -24,8 +24,7 @@ bool UnmodelledWriter::wouldBeMisread(const UnmodelledLine& line) {
   return row != nullptr && row->lacks != nullptr && row->lacks(*row, line.text(), card_);
 }
 
-bool UnmodelledWriter::writeLine(std::string_view text) {
-  const UnmodelledLine line(text);
+bool UnmodelledWriter::writeLine(const UnmodelledLine& line) {
   if (line.isOnlyOnce() && card_.hasWritten(line.name())) return false;
   if (wouldBeMisread(line)) return false;
   const auto admitted = line.inVersion(card_.version(), room_);
@@ -51,12 +50,12 @@ bool UnmodelledWriter::writeNestedCard(std::string_view text) {
 
 void UnmodelledWriter::writeLines(Revision revision, NestedCards nestedCards) {
   for (const auto text : card_.unmodelled().lines()) {
-    const auto name = lineNameOf(text).name;
-    if (card_.isNameChanged() && isWord(name, "FN")) continue;
-    if (revision == Revision::IsOutdated && isWord(name, "REV")) continue;
+    const UnmodelledLine line(text);
+    if (card_.isNameChanged() && isWord(line.name(), "FN")) continue;
+    if (revision == Revision::IsOutdated && isWord(line.name(), "REV")) continue;
     const bool isNested = text.find('\n') != std::string_view::npos;
     if (isNested && nestedCards == NestedCards::LeftOut) continue;
-    if (!(isNested ? writeNestedCard(text) : writeLine(text))) card_.writeWrapped(text);
+    if (!(isNested ? writeNestedCard(text) : writeLine(line))) card_.writeWrapped(text);
   }
 }
 

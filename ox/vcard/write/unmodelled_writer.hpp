@@ -21,7 +21,7 @@ class UnmodelledWriter {
   UnmodelledWriter(PropertyWriter& card, Of of) : card_(card), of_(of) {}
 
   // False when the line has to be wrapped.
-  bool writeLine(std::string_view text);
+  bool writeLine(const UnmodelledLine& line);
   void writeLines(Revision revision, NestedCards nestedCards);
   void writeDetails();
 

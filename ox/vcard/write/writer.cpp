@@ -82,7 +82,7 @@ void appendGroup(const PropertyBag& properties, const std::vector<std::string>& 
   for (const auto& member : members) writeMember(member, card);
   UnmodelledWriter unmodelled(card, UnmodelledWriter::Of::Group);
   const auto name = card.unmodelled().formattedNameLine();
-  if (!name.empty() && !unmodelled.writeLine(name)) card.writeWrapped(name);
+  if (!name.empty() && !unmodelled.writeLine(UnmodelledLine(name))) card.writeWrapped(name);
   unmodelled.writeLines(revisionOf(card, digestOfMembers(members)),
                         options.nestedCards ? NestedCards::Written : NestedCards::LeftOut);
   unmodelled.writeDetails();
