@@ -7,12 +7,14 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/text.hpp"
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/version.hpp"
+#include "ox/base/serial_queue.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/transfer/exporter.hpp"
 #include "ox/transfer/importer.hpp"
@@ -48,9 +50,9 @@ void edit(const std::shared_ptr<ox::OxMacAddressBook>& book) {
   expect(!ox::ABAddressBook::sharedAddressBook()->hasUnsavedChanges(), "changes are left unsaved");
 
   const auto record = ox::ABAddressBook::sharedAddressBook()->recordForUniqueId(person->ID());
-  expect(record == person, "the store's record is another object");
   const auto host = std::dynamic_pointer_cast<ox::IOxPerson>(record);
   if (!host) return expect(false, "a record does not answer the model's interface");
+  expect(host == person, "the store's record is another object");
   expect(host->displayName() == ox::Text("Brightwater"), "another display name");
   const auto phone = host->mainPhone();
   expect(phone && phone->phoneNumber() == ox::Text("+1 555 0100"), "another phone number");
