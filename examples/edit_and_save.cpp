@@ -34,8 +34,7 @@ std::pair<Book, Person> personNamed(const std::string& name) {
 
 // The main number becomes this one; the others, and every label, stay.
 void changePhone(ox::IOxPerson& person, const std::string& number) {
-  const auto old = std::dynamic_pointer_cast<ox::OxMutableMultipleValue>(
-      person.valueByPropertyName(ox::OxProPertyPhone));
+  const auto old = ox::multipleOf(person.valueByPropertyName(ox::OxProPertyPhone));
   const auto phones = ox::OxMutableMultipleValue::init();
   const auto main = old ? old->mainValue() : nullptr;
   const auto changed = main ? main->copySingle() : ox::OxMutableSingleValue::init();
