@@ -88,6 +88,11 @@ inline constexpr PropertyId kSocialProfile = 20;
 inline constexpr PropertyId kAddress = 21;
 inline constexpr PropertyId kRelatedNames = 22;
 inline constexpr PropertyId kOtherDates = 23;
+// The built-in properties of persons are two runs of numbers without a gap, those of one value and
+// the multi-values behind them. Whatever walks through all of them ends here.
+inline constexpr PropertyId kLastSingle = kNote;
+inline constexpr PropertyId kFirstMulti = kPhone;
+inline constexpr PropertyId kLastMulti = kOtherDates;
 inline constexpr PropertyId kGroupName = 64;
 // Kept with a record, never shown to a host as a property.
 inline constexpr PropertyId kCardUid = 96;          // string: the UID of the card it came from

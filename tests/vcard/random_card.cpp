@@ -168,10 +168,10 @@ Card RandomCards::next() {
   Card card;
   auto& bag = card.properties;
   Array kept;
-  for (PropertyId id = property_id::kFirst; id <= property_id::kNote; ++id) {
+  for (PropertyId id = property_id::kFirst; id <= property_id::kLastSingle; ++id) {
     if (!oneIn(3)) bag.set(id, id == property_id::kBirthday ? Object(date()) : Object(text()));
   }
-  for (PropertyId id = property_id::kPhone; id <= property_id::kOtherDates; ++id) {
+  for (PropertyId id = property_id::kFirstMulti; id <= property_id::kLastMulti; ++id) {
     if (oneIn(2)) addMulti(id, bag, kept);
   }
   if (oneIn(2)) kept.insert(kept.begin(), Object("X-OWN;X-P=q:a\\,b"));

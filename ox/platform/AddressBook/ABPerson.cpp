@@ -57,7 +57,7 @@ Data ABPerson::vCardRepresentation() const {
       auto value = source.value(key(), property);
       if (!isMissing(value)) values.set(property, std::move(value));
     };
-    for (PropertyId id = property_id::kFirst; id <= property_id::kOtherDates; ++id) take(id);
+    for (PropertyId id = property_id::kFirst; id <= property_id::kLastMulti; ++id) take(id);
     take(property_id::kCardUid);
     take(property_id::kUnmodelledLines);
     for (PropertyId id = kFirstCustomProperty; property_table::typeOf(id) != kABErrorInProperty;

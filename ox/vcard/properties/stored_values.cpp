@@ -90,7 +90,7 @@ void takeStoredValues(const PropertyBag& stored, PropertyBag& properties) {
     if (!fitsType(value, property_table::typeOf(id))) continue;
     if (id >= kFirstCustomProperty) {
       properties.set(id, value);
-    } else if (id <= property_id::kOtherDates) {
+    } else if (id <= property_id::kLastMulti) {
       builtIn.append(id, asNumbered(value));
     }
   }

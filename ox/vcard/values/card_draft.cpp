@@ -64,7 +64,8 @@ void CardDraft::addEntry(PropertyId property, Object&& value, const ContentLine&
 }
 
 void CardDraft::preserveVerbatim(PropertyId property, std::string_view value) {
-  const auto entry = property < kFirstMulti ? 0 : values.multi(property).entries.size();
+  const auto entry =
+      property < property_id::kFirstMulti ? 0 : values.multi(property).entries.size();
   unmodelled.details.push_back({property, entry, DetailKind::Verbatim, std::string(value)});
 }
 
@@ -102,7 +103,7 @@ std::string CardDraft::parametersOf(const ContentLine& line, std::uint32_t typeW
 }
 
 void CardDraft::preserveRanks() {
-  for (PropertyId id = kFirstMulti; id < kFirstMulti + kMultiCount; ++id) {
+  for (PropertyId id = property_id::kFirstMulti; id <= property_id::kLastMulti; ++id) {
     const auto& held = values.multi(id);
     for (const auto& [entry, rank] : held.ranks) {
       if (entry == held.primary && rank == 1) continue;

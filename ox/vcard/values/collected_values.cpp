@@ -14,14 +14,14 @@ void CollectedValues::clear() {
 void CollectedValues::moveInto(PropertyBag& properties) {
   constexpr std::size_t kUsual = 12;
   properties.reserve(kUsual);
-  for (PropertyId id = property_id::kFirst; id <= property_id::kNote; ++id) {
+  for (PropertyId id = property_id::kFirst; id <= property_id::kLastSingle; ++id) {
     if (id == property_id::kBirthday) {
       if (birthday_) properties.append(id, Object(*birthday_));
     } else if (!texts_[id].empty()) {
       properties.append(id, Object(std::move(texts_[id])));
     }
   }
-  for (PropertyId id = kFirstMulti; id < kFirstMulti + kMultiCount; ++id) {
+  for (PropertyId id = property_id::kFirstMulti; id <= property_id::kLastMulti; ++id) {
     auto& held = multi(id);
     if (held.entries.empty()) continue;
     assert(held.primary <= held.entries.size());

@@ -13,11 +13,6 @@
 
 namespace ox::vcard {
 
-// The multi-values of persons, whose properties have numbers without a gap.
-inline constexpr PropertyId kFirstMulti = property_id::kPhone;
-inline constexpr std::size_t kMultiCount = 8;
-static_assert(kFirstMulti + kMultiCount == property_id::kOtherDates + 1);
-
 // A multi-value of which some lines have been read.
 struct CollectedEntries {
   std::vector<MultiEntry> entries;                      // numbered 1, 2, 3...
@@ -36,8 +31,8 @@ class CollectedValues {
   }
   std::optional<Date>& birthday() { return birthday_; }
   CollectedEntries& multi(PropertyId property) {
-    assert(property >= kFirstMulti && property < kFirstMulti + kMultiCount);
-    return multis_[property - kFirstMulti];
+    assert(property >= property_id::kFirstMulti && property <= property_id::kLastMulti);
+    return multis_[property - property_id::kFirstMulti];
   }
 
   void clear();
@@ -45,9 +40,9 @@ class CollectedValues {
   void moveInto(PropertyBag& properties);
 
  private:
-  std::array<std::string, property_id::kNote + 1> texts_;
+  std::array<std::string, property_id::kLastSingle + 1> texts_;
   std::optional<Date> birthday_;
-  std::array<CollectedEntries, kMultiCount> multis_;
+  std::array<CollectedEntries, property_id::kLastMulti - property_id::kFirstMulti + 1> multis_;
 };
 
 }  // namespace ox::vcard

@@ -96,7 +96,7 @@ class PropertyWriter {
   LineWriter line_;
   Unmodelled unmodelled_;
   ItemGroups groups_;
-  std::array<const PropertyValue*, property_id::kOtherDates + 1> values_{};
+  std::array<const PropertyValue*, property_id::kLastMulti + 1> values_{};
   std::map<PropertyId, std::string> cleaned_;  // texts that had to be changed
   std::vector<PropertyId> inexact_;
   std::vector<PropertyDetail> later_;
