@@ -18,7 +18,7 @@ bool sameRecord(const PropertyBag& a, const Data& imageOfA, const Card& card) {
 // Whoever was given no UID by a card bears one of its own in an export.
 PropertyBag withoutUid(const PropertyBag& properties) {
   auto rest = properties;
-  rest.set(property_id::kCardUid, Object());
+  rest.set(property_id::kCardUid, PropertyValue());
   return rest;
 }
 
