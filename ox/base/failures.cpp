@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cassert>
+#include <cstddef>
 #include <mutex>
 #include <new>
 #include <string>
@@ -34,6 +35,7 @@ class Log : public std::enable_shared_from_this<Log> {
   }
 
   void close() { open_ = false; }
+  bool isClosed() const { return !open_; }
   // Somebody will be told of what is added.
   bool tells() const { return over_ == Watch::Over::Everything && open_; }
   Watch::Over over() const { return over_; }
@@ -75,7 +77,9 @@ std::shared_ptr<Log> sharedCurrent() {
 class Unwatched {
  public:
   static Unwatched& shared() {
-    static auto& unwatched = *new Unwatched;
+    // In room of its own, for the first failure may be that there is no memory.
+    alignas(Unwatched) static std::byte room[sizeof(Unwatched)];
+    static auto& unwatched = *new (room) Unwatched;
     return unwatched;
   }
 
@@ -112,7 +116,10 @@ Watch::Watch(Over over) : log_(std::make_shared<Log>(over, sharedCurrent())) {
 Watch::~Watch() {
   assert(current == log_.get() && "a watch goes on the thread that opened it, the inner one first");
   log_->close();
-  current = log_->outer();
+  if (current != log_.get()) return;
+  // An outer one that has gone before must not be left behind: its log goes with this one.
+  do current = current->outer();
+  while (current != nullptr && current->isClosed());
 }
 
 Counts Watch::counts() const {

@@ -5,7 +5,9 @@
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "ox/base/detached_worker.hpp"
@@ -51,6 +53,19 @@ TEST(Watch, TakesTheKindFromWhatWasThrown) {
                                          {FailureKind::NoMemory, "std::bad_alloc", ""},
                                          {FailureKind::Other, "odd", ""}};
   EXPECT_EQ(watch.all(), expected);
+}
+
+TEST(Watch, TakesTheKindFromTheErrorOfASystemCall) {
+  const std::pair<std::errc, FailureKind> rows[] = {
+      {std::errc::permission_denied, FailureKind::Denied},
+      {std::errc::read_only_file_system, FailureKind::Denied},
+      {std::errc::no_space_on_device, FailureKind::Full},
+      {std::errc::not_enough_memory, FailureKind::NoMemory},
+      {std::errc::io_error, FailureKind::Unavailable},
+  };
+  for (const auto& [code, kind] : rows) {
+    EXPECT_EQ(kindOf(std::system_error(std::make_error_code(code), "file")), kind);
+  }
 }
 
 TEST(Watch, SeesItsOwnScopeAndEverythingBelowIt) {

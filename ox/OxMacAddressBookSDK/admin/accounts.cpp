@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/base/failures.hpp"
 #include "ox/base/uuid.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/store/contact_source.hpp"
@@ -58,6 +59,8 @@ CNContainerPtr addAccount(const std::string& name, CNContainerType type,
 }
 
 TagsToRemove::Outcome removeAccount(std::string_view identifier, WithRecords withRecords) {
+  // Which tags go is asked of operations that report no failure but to a watch.
+  const failures::Watch watch(failures::Watch::Over::OwnWork);
   const bool withAll = withRecords == WithRecords::Yes;
   const auto persons = withAll ? personsOf(identifier) : std::vector<std::shared_ptr<_ABPerson>>();
   if (!persons.empty()) OxMacAddressBook::addressBookArray();
@@ -67,7 +70,10 @@ TagsToRemove::Outcome removeAccount(std::string_view identifier, WithRecords wit
   request.removedContainers.push_back(
       {account ? account->identifier : std::string(identifier), withAll});
   execute(std::move(request));
-  return tags.remove();
+  const auto outcome = tags.remove();
+  return watch.hasFailures() && outcome == TagsToRemove::Outcome::Removed
+             ? TagsToRemove::Outcome::Incomplete
+             : outcome;
 }
 
 }  // namespace ox

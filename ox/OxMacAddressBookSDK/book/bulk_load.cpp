@@ -9,6 +9,8 @@
 // for nothing but a removal takes them out again. A revert by anybody else undoes the removals in
 // the same way, and would leave old and new side by side without a word, so reverts are counted
 // before and after.
+#include <optional>
+
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
@@ -88,8 +90,9 @@ bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral
                                       std::uint64_t revertsBefore) {
   constexpr const char* kCutShort =
       "a load was cut short, the old records are kept and empty new ones stand beside them";
-  const failures::Watch watch(failures::Watch::Over::OwnWork);
+  std::optional<failures::Watch> watch;
   const bool ended = contained(kCutShort, [&] {
+    watch.emplace(failures::Watch::Over::OwnWork);
     clearAddressBook();
     addGroupAndPersonByGeneralAddressBook(general);
     adjustGroupAndPersonRelatedByGeneralAddressBook(general);
@@ -97,7 +100,7 @@ bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral
   if (ended) {
     reportLoad(progress::kDone);
     const bool reverted = ABAddressBook::revertCount() != revertsBefore;
-    if (!reverted && !watch.hasFailures()) return true;
+    if (!reverted && !watch->hasFailures()) return true;
     // What could not be made or read was left out: the old records must not go for it.
     noticeThrown(kCutShort, reverted ? kReverted : "not every new one could be made");
   }

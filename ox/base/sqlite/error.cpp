@@ -6,6 +6,7 @@ namespace ox::sqlite {
 namespace {
 
 FailureKind kindOfCode(int code) {
+  if (code == SQLITE_IOERR_NOMEM) return FailureKind::NoMemory;
   switch (code & 0xFF) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
@@ -14,6 +15,7 @@ FailureKind kindOfCode(int code) {
       return FailureKind::Full;
     case SQLITE_PERM:
     case SQLITE_AUTH:
+    case SQLITE_READONLY:
       return FailureKind::Denied;
     case SQLITE_NOTADB:
       return FailureKind::NotAStore;

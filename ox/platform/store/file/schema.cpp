@@ -158,8 +158,8 @@ sqlite::Connection openMigrated(const std::string& path) {
 }  // namespace
 
 void throwStoreError(const std::string& path, const std::exception& error) {
-  const auto* known = dynamic_cast<const FailureError*>(&error);
-  const auto kind = known != nullptr ? known->kind() : FailureKind::Unavailable;
+  const auto known = kindOf(error);
+  const auto kind = known != FailureKind::Other ? known : FailureKind::Unavailable;
   if (kind == FailureKind::NotAStore)
     throw StoreError(kind, path + ": is not a contact store", path);
   const std::string what = error.what();
