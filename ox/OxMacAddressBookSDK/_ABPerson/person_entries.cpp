@@ -7,6 +7,7 @@
 #include "ox/OxMacAddressBookSDK/_ABPerson/convert/address.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
+#include "ox/base/failures.hpp"
 #include "ox/base/text/case.hpp"
 #include "ox/records/property_keys.hpp"
 
@@ -44,11 +45,14 @@ std::string labelKeyOf(std::string_view word) {
   return std::string(names::labelKeyOf(word));
 }
 
-PersonEntries::PersonEntries(_ABPerson& person, const OxPropertyPtr& property)
-    : person_(person),
-      storeName_(names::storeNameOf(property->name())),
-      elementType_(property->subValueType()) {
-  assert(property->valueType() == value_type::kMultiple);
+PersonEntries::PersonEntries(_ABPerson& person, const OxPropertyPtr& property) : person_(person) {
+  if (!property || property->valueType() != value_type::kMultiple) {
+    failures::noticeRefusal("only a property of several values has entries",
+                            person_.uniqueId().value_or(""));
+    return;
+  }
+  storeName_ = names::storeNameOf(property->name());
+  elementType_ = property->subValueType();
   const auto stored = person_.valueForProperty(storeName_);
   if (const auto* held = std::get_if<MultiValuePtr>(&stored); held && *held) value_ = **held;
   needsMain_ = value_.entries.empty() || value_.primary != 0;
@@ -59,9 +63,19 @@ bool PersonEntries::holdsLabel(std::string_view label) const {
                              [&](const MultiEntry& entry) { return hasLabel(entry, label); });
 }
 
-void PersonEntries::add(const Object& value, const Text& label) {
+// Missing, and noticed, for a value of another kind than elements of the property are.
+std::optional<Object> PersonEntries::storedFrom(const Object& value) const {
   auto stored = convert::storedFromElement(value, elementType_);
-  if (!stored.isMissing()) insert(std::move(stored), label, value_.entries.size());
+  const bool isNothing = value.isMissing() || value.toText() == Text("");
+  if (!stored.isMissing() || isNothing) return stored;
+  failures::noticeRefusal("a value does not fit the entries of " + storeName_,
+                          person_.uniqueId().value_or(""));
+  return std::nullopt;
+}
+
+void PersonEntries::add(const Object& value, const Text& label) {
+  auto stored = storedFrom(value);
+  if (stored && !stored->isMissing()) insert(*std::move(stored), label, value_.entries.size());
 }
 
 void PersonEntries::replaceAll(const Object& value) {
@@ -75,10 +89,11 @@ void PersonEntries::replaceLabelled(const std::string& label, const Object& valu
 // Those of the label, or all without one.
 void PersonEntries::replace(const Text& label, const Object& value) {
   const bool hadMain = value_.primary != 0;
-  auto stored = convert::storedFromElement(value, elementType_);
+  auto stored = storedFrom(value);
+  if (!stored) return;
   const auto place = takeOut(label);
-  if (stored.isMissing()) return;
-  insert(std::move(stored), label, place);
+  if (stored->isMissing()) return;
+  insert(*std::move(stored), label, place);
   // The new entry follows the main one that it replaced, and whatever stands alone is main.
   const bool replacedMain = hadMain && value_.primary == 0;
   if (replacedMain || !label) value_.primary = value_.entries[place].identifier;
@@ -107,9 +122,19 @@ void PersonEntries::insert(Object stored, const Text& label, std::size_t place) 
               value_.entries.end());
 }
 
+// Empty, and noticed, for a name that is no field's.
+std::string_view PersonEntries::fieldKey(std::string_view field) const {
+  const auto key = convert::storedAddressKeyOf(field);
+  if (key.empty()) {
+    failures::noticeRefusal("addresses have no field " + std::string(field),
+                            person_.uniqueId().value_or(""));
+  }
+  return key;
+}
+
 void PersonEntries::addAddress(std::string_view field, const std::string& text, const Text& label) {
-  insert(withField(Object(), convert::storedAddressKeyOf(field), text), label,
-         value_.entries.size());
+  const auto key = fieldKey(field);
+  if (!key.empty()) insert(withField(Object(), key, text), label, value_.entries.size());
 }
 
 // The end when there is none.
@@ -129,7 +154,9 @@ void PersonEntries::setAddressField(std::string_view field, const Text& text, co
     if (text) addAddress(field, *text, label);
     return;
   }
-  auto address = withField(entry->value, convert::storedAddressKeyOf(field), text);
+  const auto key = fieldKey(field);
+  if (key.empty()) return;
+  auto address = withField(entry->value, key, text);
   if (!isEmptyAddress(address)) {
     entry->value = std::move(address);
     return;
@@ -139,6 +166,7 @@ void PersonEntries::setAddressField(std::string_view field, const Text& text, co
 }
 
 bool PersonEntries::write() {
+  if (storeName_.empty()) return false;
   if (value_.entries.empty()) return person_.setValue_forProperty(Object(), storeName_);
   if (needsMain_ && value_.primary == 0) value_.primary = value_.entries.front().identifier;
   return person_.setValue_forProperty(std::make_shared<const MultiValue>(value_), storeName_);

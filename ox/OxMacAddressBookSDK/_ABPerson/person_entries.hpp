@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,11 +23,13 @@ OX_EXPORT std::string labelKeyOf(std::string_view word);
 //
 // A label is a label key or a text of the user's own, and means every entry whose label is the same
 // text or reads the same whatever its case. A value is what elements of the property hold in the
-// model (an OxObjectPhone, a text, ...). A person that had a main value, or no value, has a main
-// value afterwards. Borrows the person for its whole life; used by one thread at a time.
+// model (an OxObjectPhone, a text, ...); one of another kind is refused and changes nothing. A
+// person that had a main value, or no value, has a main value afterwards. Borrows the person for
+// its whole life; used by one thread at a time.
 class OX_EXPORT PersonEntries {
  public:
-  // The entries as they are now; the property is one of several values.
+  // The entries as they are now. A property of one value has none: that is refused, and nothing is
+  // written.
   PersonEntries(_ABPerson& person, const OxPropertyPtr& property);
 
   bool holdsLabel(std::string_view label) const;
@@ -51,16 +54,18 @@ class OX_EXPORT PersonEntries {
   bool write();
 
  private:
+  std::optional<Object> storedFrom(const Object& value) const;
+  std::string_view fieldKey(std::string_view field) const;
   std::size_t takeOut(const Text& label);
   void insert(Object stored, const Text& label, std::size_t place);
   void replace(const Text& label, const Object& value);
   std::vector<MultiEntry>::iterator addressOf(const Text& label);
 
   _ABPerson& person_;
-  std::string storeName_;
-  std::int32_t elementType_;
+  std::string storeName_;  // empty: the property has no entries, and nothing is written
+  std::int32_t elementType_ = 0;
   MultiValue value_;
-  bool needsMain_;
+  bool needsMain_ = false;
 };
 
 }  // namespace ox

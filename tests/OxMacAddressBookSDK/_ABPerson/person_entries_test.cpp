@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <map>
 
+#include "ox/base/failures.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {
@@ -147,6 +148,41 @@ TEST(PersonEntries, AreNotGivenToAPersonThatIsGone) {
   ABAddressBook::sharedAddressBook()->removeRecord(gone);
   entries.replaceAll(phone("4"));
   EXPECT_FALSE(entries.write());
+}
+
+TEST(PersonEntries, RefuseAValueOfAnotherKindAndChangeNothing) {
+  StoreBuilder().person("p", {.phones = {{"Boat", "1"}, {"Work", "2", true}}});
+  const auto before = storedPhones();
+  const failures::Watch watch;
+  changePhones([](PersonEntries& entries) {
+    entries.replaceAll(Object("3"));
+    entries.replaceLabelled("Boat", Object("3"));
+    entries.add(Object("3"), std::nullopt);
+  });
+  EXPECT_EQ(storedPhones(), before);
+  EXPECT_EQ(watch.counts(), (failures::Counts{3, 0}));
+  EXPECT_EQ(watch.last(),
+            (Failure{FailureKind::Refused, "a value does not fit the entries of Phone", "p"}));
+}
+
+TEST(PersonEntries, RefuseAFieldThatAddressesDoNotHave) {
+  StoreBuilder().person("p", {});
+  const failures::Watch watch;
+  changeEntries(OxProPertyAddress, [](PersonEntries& entries) {
+    entries.addAddress("Planet", "Mars", std::nullopt);
+    entries.setAddressField("Planet", "Mars", std::nullopt);
+  });
+  EXPECT_EQ(stored(kABAddressProperty), "nothing");
+  EXPECT_EQ(watch.counts(), (failures::Counts{2, 0}));
+}
+
+TEST(PersonEntries, OfAPropertyOfOneValueAreRefusedAndKeepIt) {
+  StoreBuilder().person("p", {.note = "kept"});
+  const failures::Watch watch;
+  EXPECT_FALSE(PersonEntries(*person("p"), property(OxProPertyNote)).write());
+  EXPECT_FALSE(PersonEntries(*person("p"), nullptr).write());
+  EXPECT_EQ(std::get<Object>(person("p")->valueForProperty(kABNoteProperty)), Object("kept"));
+  EXPECT_EQ(watch.counts(), (failures::Counts{2, 0}));
 }
 
 TEST(LabelKeyOf, FindsABuiltInLabelByItsWord) {
