@@ -56,7 +56,7 @@ std::optional<std::string> chosenPath() {
 bool useContactStore(std::string path) {
   auto& chosen = chosenStore();
   const std::lock_guard lock(chosen.mutex);
-  if (chosen.settled) return false;
+  if (chosen.settled || path.empty()) return false;
   chosen.path = std::move(path);
   return true;
 }

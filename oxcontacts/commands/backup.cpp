@@ -61,7 +61,8 @@ bool complainOfPictures(OxMacAddressBook& book, const std::string& path) {
   const auto persons = book.allPersons();
   if (!persons) return false;
   for (const auto& person : persons->snapshot()) {
-    if (!hasUnreadablePicture(*recordOf(person))) continue;
+    const auto record = recordOf(person);
+    if (!record || !hasUnreadablePicture(*record)) continue;
     any = true;
     Context::complain(person->displayName().value_or("") + " (" + person->ID().value_or("") +
                       "): the picture cannot be decoded and is not in " + path +

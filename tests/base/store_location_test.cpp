@@ -50,6 +50,8 @@ TEST(StoreLocation, FollowsTheVariablesInTheirOrder) {
 TEST(StoreLocation, OfThisProcessIsTheChosenOneUntilItIsInUse) {
   set("OX_CONTACT_STORE", "/a/b.db");
   set("OX_TAG_STORE", nullptr);
+  EXPECT_FALSE(useContactStore(""));
+  EXPECT_EQ(contactStorePath(), "/a/b.db");
   EXPECT_TRUE(useContactStore("/c/first.db"));
   EXPECT_TRUE(useContactStore("/c/d.db"));
   EXPECT_EQ(contactStorePath(), "/c/d.db");

@@ -15,9 +15,9 @@ TagStore& TagStore::shared() {
 
 TagFile* TagStore::existing() {
   if (file_) return file_.get();
+  settleStoreLocation();
   const auto path = tagStorePath();
   if (!std::filesystem::exists(path)) return nullptr;
-  settleStoreLocation();
   file_ = std::make_unique<TagFile>(path);
   return file_.get();
 }

@@ -17,8 +17,9 @@ Persons madeByLoad(OxMacAddressBook& book, const std::vector<RecordKey>& removed
   auto persons = cache ? cache->snapshot() : Persons();
   if (count == 0 || persons.size() < count) return {};
   persons.erase(persons.begin(), persons.end() - static_cast<std::ptrdiff_t>(count));
-  const bool isOld = std::ranges::find(removed, recordOf(persons.front())->key()) != removed.end();
-  return isOld ? Persons() : persons;
+  const auto first = recordOf(persons.front());  // null for a host's own person
+  const bool isNew = first && std::ranges::find(removed, first->key()) == removed.end();
+  return isNew ? persons : Persons();
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include "ox/OxMacAddressBookSDK/admin/store_copy.hpp"
 
-#include <cassert>
 #include <filesystem>
+#include <stdexcept>
 
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
 #include "ox/base/store_location.hpp"
@@ -62,7 +62,7 @@ RecordCounts StoreCopy::take() {
 }
 
 void StoreCopy::put() {
-  assert(copies_->taken);
+  if (!copies_->taken) throw std::logic_error("a copy that was not taken cannot be put in place");
   copies_->store.settleTarget();
   copies_->tags.settleTarget();
   if (copies_->hasTags) {

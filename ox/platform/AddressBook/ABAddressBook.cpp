@@ -41,6 +41,7 @@ std::shared_ptr<ABRecord> ABAddressBook::recordForUniqueId(TextView uniqueId) {
 }
 
 std::shared_ptr<ABRecord> ABAddressBook::recordForKey(const RecordKey& key) {
+  if (key.isNone()) return nullptr;
   return answer([&] { return liveRecord(recordSource().record(key)); });
 }
 

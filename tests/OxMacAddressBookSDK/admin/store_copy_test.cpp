@@ -88,6 +88,13 @@ TEST(StoreCopy, LeavesNothingUnlessItIsPut) {
   EXPECT_TRUE(std::filesystem::is_empty(folder));
 }
 
+TEST(StoreCopy, ThatWasNotTakenReplacesNothing) {
+  StoreBuilder().person("p", {});
+  const auto earlier = support::temporaryFile("copy.db", "an earlier one");
+  EXPECT_THROW(StoreCopy(earlier).put(), std::logic_error);
+  EXPECT_EQ(support::fileBytes(earlier), "an earlier one");
+}
+
 TEST(ProblemsOfStoreAndTags, AreThoseOfTheStoreAndOfTheTags) {
   StoreBuilder().person("p", {});
   EXPECT_EQ(problemsOfStoreAndTags(), std::vector<std::string>());

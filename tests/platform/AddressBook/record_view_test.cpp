@@ -70,6 +70,10 @@ TEST(RecordView, ListsEveryRecordInCreationOrderAsOneLiveObjectEach) {
   EXPECT_EQ(book()->recordForUniqueId(nullptr), nullptr);
 }
 
+TEST(RecordView, FindsNoRecordByTheKeyThatStandsForNone) {
+  EXPECT_EQ(ABAddressBook::sharedAddressBook()->recordForKey(RecordKey()), nullptr);
+}
+
 TEST(RecordView, KeepsChangesInMemoryUntilTheSave) {
   StoreBuilder().person("p1", {.first = "Ann"});
   const auto person = personNamed("p1");

@@ -116,6 +116,19 @@ TEST(Store, NeverBelievesDamagedBytes) {
   EXPECT_EQ(storeProblems(path.string()).size(), 1U);
 }
 
+TEST(Store, WithoutItsCountersIsReadAllTheSame) {
+  const auto path = temporaryPath("uncounted.db");
+  {
+    const auto source = openStoreSource(path.string());
+    SaveRequest request;
+    request.additions.push_back({RecordKey::of("p1"), RecordKind::Person, "_local", {}, {}});
+    ASSERT_TRUE(source->execute(request));
+  }
+  sqlite::Connection(path.string(), sqlite::Connection::Mode::ReadWrite)
+      .execute("DELETE FROM counter");
+  EXPECT_EQ(openStoreSource(path.string())->records(RecordKind::Person).size(), 1U);
+}
+
 TEST(Check, NamesWhatIsWrong) {
   const auto path = temporaryPath("checked.db");
   const auto source = openStoreSource(path.string());

@@ -87,10 +87,11 @@ void CommittedRecords::loadIndex() {
   {
     auto& counts = file_.statement(Sql::RecordCounts);
     const sqlite::StatementScope scope(counts);
-    counts.step();
+    // A damaged file may hold no counts: the rows are read all the same.
+    const bool isThere = counts.step();
     // Before the rows are read: a removal between both is then met once more, which does no harm.
-    seenRemoval_ = counts.integer(0);
-    index_.reserve(static_cast<std::size_t>(counts.integer(1)));
+    seenRemoval_ = isThere ? counts.integer(0) : 0;
+    index_.reserve(isThere ? static_cast<std::size_t>(counts.integer(1)) : 0);
   }
   readRecordsAfter(0);
   indexLoaded_ = true;

@@ -18,8 +18,7 @@ void ContactStore::write(StoreFile::Outlive outlive, Step step) {
     // Inside the write lock nobody else commits: what is read now stays true to the end.
     committed_.refresh(CommittedRecords::Look::Now);
     auto& next = file_.statement(Sql::NextRecord);
-    next.step();
-    const auto firstRow = next.integer(0);
+    const auto firstRow = next.step() ? next.integer(0) : 0;
     next.reset();
     StoreTransaction writing(file_, committed_, firstRow);
     const auto changesBefore = file.totalChanges();
