@@ -1,10 +1,12 @@
 // Gives a person another phone number, saves the book, says what failed on the way, and writes a
 // backup of the book to a file: edit_and_save PERSON NUMBER FILE
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <future>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
@@ -58,6 +60,17 @@ ox::Data backupOf(const Book& book) {
   return data->get_future().get();
 }
 
+// The new file takes the old one's place when it is whole.
+bool replaceFile(const std::filesystem::path& path, const std::string& bytes) {
+  const auto fresh = path.string() + ".new";
+  std::ofstream file(fresh, std::ios::binary);
+  file << bytes;
+  file.close();
+  std::error_code error;
+  if (file) std::filesystem::rename(fresh, path, error);
+  return file && !error;
+}
+
 // No operation reports an error: what went wrong since the watch was opened stands in it.
 bool tell(const ox::failures::Watch& watch) {
   for (const auto& failure : watch.all()) {
@@ -85,9 +98,7 @@ int main(int argc, char** argv) {
   const auto data = backupOf(book);
   // A backup that was not made whole must not take the place of an earlier one.
   if (!tell(watch) || !data) return 1;
-  std::ofstream file(argv[3], std::ios::binary);
-  file << *data;
-  if (!file.flush()) {
+  if (!replaceFile(argv[3], *data)) {
     std::fprintf(stderr, "failed: %s cannot be written\n", argv[3]);
     return 1;
   }

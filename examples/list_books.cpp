@@ -3,7 +3,7 @@
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 
-// Every list of persons is of one type, wherever it comes from.
+// Lists of persons are of one type, wherever they come from.
 void print(const ox::Persons& persons) {
   for (const auto& person : persons) {
     std::printf("  %s\n", person->displayName().value_or("").c_str());

@@ -89,7 +89,8 @@ class OX_EXPORT OxAddressBook {
 
   // --- the whole book ---
 
-  // Writes what was changed in memory; brings in what was changed elsewhere, where a book can.
+  // Writes what was changed in memory; brings in what was changed elsewhere, where a book can. A
+  // save that fails keeps the changes for the next one; a watch tells (ox/base/failures.hpp).
   virtual void save() = 0;
   virtual void sync() = 0;
   virtual void update() = 0;

@@ -149,7 +149,9 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
   bool removeGroup(const std::shared_ptr<IOxGroup>& group) override;
   // The record alone.
   void reallyRemoveOneGroup(const std::shared_ptr<IOxGroup>& group);
-  // Writes every unsaved change of the process, in whatever book.
+  // Writes every unsaved change of the process, in whatever book, as one transaction. One that
+  // fails writes nothing of it and keeps the changes for the next save; a watch tells
+  // (ox/base/failures.hpp). Tags are written at once and stay as they are.
   void save() override;
   // Nothing.
   void sync() override {}

@@ -50,7 +50,7 @@ void edit(const std::shared_ptr<ox::OxMacAddressBook>& book) {
   expect(!ox::ABAddressBook::sharedAddressBook()->hasUnsavedChanges(), "changes are left unsaved");
 
   const auto record = ox::ABAddressBook::sharedAddressBook()->recordForUniqueId(person->ID());
-  const auto host = std::dynamic_pointer_cast<ox::IOxPerson>(record);
+  const auto host = ox::hostPerson(record);
   if (!host) return expect(false, "a record does not answer the model's interface");
   expect(host == person, "the store's record is another object");
   expect(host->displayName() == ox::Text("Brightwater"), "another display name");

@@ -16,7 +16,8 @@ inline constexpr std::uint64_t kMaxPackedPixels = std::uint64_t{64} << 20U;
 std::string packedPixels(const Image& image);
 
 // True when the bytes are exactly a picture of that size as packedPixels writes it, of at most
-// kMaxPackedPixels. They are unpacked through a small window, so it takes little memory.
+// kMaxPackedPixels. They are unpacked at once while they are small, else through a window, so it
+// takes little memory.
 bool arePackedPixels(std::string_view packed, std::uint32_t width, std::uint32_t height);
 
 // Reads what packedPixels wrote. Null when arePackedPixels would be false; memory grows with what

@@ -13,8 +13,9 @@ class OxValue;
 using OxValuePtr = std::shared_ptr<OxValue>;
 
 // What a property of a person holds: an OxMutableMultipleValue when type() is kMultiple, else an
-// OxMutableSingleValue. Values are free-standing copies: changing one changes no person until it is
-// set. One thread at a time. Compared by content.
+// OxMutableSingleValue. Free-standing: a person takes what a value holds when it is set, and not
+// the value itself. What a person answers may be its own live value, see IOxPerson. One thread at a
+// time. Compared by content.
 class OX_EXPORT OxValue : public HostObject {
  public:
   // A code of value_type.

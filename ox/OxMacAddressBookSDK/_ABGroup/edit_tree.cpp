@@ -24,7 +24,7 @@ void detach(ABGroup& from, const std::shared_ptr<_ABGroup>& subgroup, OxMacAddre
   if (from.removeSubgroup(subgroup)) book.reallyRemoveOneGroup(subgroup);
 }
 
-// Depth first without recursion: a tree may be deeper than the stack. GroupRecords above the one
+// Depth first without recursion: a tree may be deeper than the stack. Groups above the one
 // that is being emptied are left alone, so that links in a circle, as a damaged store or the edits
 // of two processes make them, end the walk. A group met again by another way was emptied already.
 void removeBelow(std::shared_ptr<_ABGroup> root, Keys above) {
