@@ -20,6 +20,7 @@ using Over = Watch::Over;
 
 std::vector<std::string> reasonsOf(const std::vector<Failure>& failures) {
   std::vector<std::string> reasons;
+  reasons.reserve(failures.size());
   for (const auto& failure : failures) reasons.push_back(failure.reason);
   return reasons;
 }
