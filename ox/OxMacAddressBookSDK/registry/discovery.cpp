@@ -5,7 +5,6 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
-#include "ox/base/failures.hpp"
 #include "ox/base/serial_queue.hpp"
 
 namespace ox {
@@ -13,41 +12,10 @@ namespace {
 
 using registry::Books;
 
-// A list that is kept for the life of the process, with the first thing that failed while it was
-// built: whoever is given the list later learns why something may be missing in it.
-struct Kept {
-  BookList books;
-  std::optional<Failure> failure;
-};
-
-template <typename Build>
-Kept keptOf(Build build) {
-  const failures::Watch watch(failures::Watch::Over::OwnWork);
-  Kept kept{BookList(build()), std::nullopt};
-  for (auto& seen : watch.all()) {
-    if (!kept.failure && !seen.isRefusal()) kept.failure = std::move(seen);
-  }
-  return kept;
-}
-
-const BookList& givenAgain(const Kept& kept) {
-  if (kept.failure) failures::notice(*kept.failure);
-  return kept.books;
-}
-
-// The host's own failures are not those of the list that is being built.
-ProgressCallback aside(const ProgressCallback& progress) {
-  if (!progress) return nullptr;
-  return [&progress](double percent, bool finished) {
-    const failures::Aside aside;
-    progress(percent, finished);
-  };
-}
-
 // The list that both progress operations share. Touched by tasks on the registry queue only; kept
 // when its build has succeeded, so a build that threw leaves it absent.
-std::optional<Kept>& gAddressArray() {
-  static auto& g_AddressArray = *new std::optional<Kept>;
+std::optional<BookList>& gAddressArray() {
+  static auto& g_AddressArray = *new std::optional<BookList>;
   return g_AddressArray;
 }
 
@@ -56,14 +24,13 @@ class KeptList {
  public:
   BookList get(Books (*build)()) {
     const std::lock_guard lock(mutex_);
-    if (list_) return givenAgain(*list_);
-    list_ = keptOf(build);
-    return list_->books;
+    if (!list_) list_ = BookList(build());
+    return *list_;
   }
 
  private:
   std::mutex mutex_;
-  std::optional<Kept> list_;
+  std::optional<BookList> list_;
 };
 
 // The shared list, built by `build` if it is absent; the result is a copy, the caller's own. What
@@ -73,11 +40,10 @@ BookList sharedList(Build build, Last last) {
   BookList result;
   OxMacAddressBook::addressArrayQueue().sync([&] {
     auto& list = gAddressArray();
-    if (list) givenAgain(*list);
-    const auto built = list ? *list : keptOf(build);
+    const auto built = list ? *list : BookList(build());
     last();
     list = built;
-    result = built.books.copy();
+    result = built.copy();
   });
   return result;
 }
@@ -93,14 +59,13 @@ BookList OxMacAddressBook::addressBookArray() {
 BookList OxMacAddressBook::addressBookArrayWithProgressBlock(const ProgressCallback& progress) {
   return sharedList(
       [&progress] {
-        return registry::booksByRecords(LocalBookRule::LocalBook, registry::Caches::Fill,
-                                        aside(progress));
+        return registry::booksByRecords(LocalBookRule::LocalBook, registry::Caches::Fill, progress);
       },
       [&progress] { progress::report(progress, progress::kDone, true); });
 }
 
 BookList OxMacAddressBook::addressBookArrayWithProgressBlock2(const ProgressCallback& progress) {
-  return sharedList([&progress] { return registry::booksByContainers(aside(progress)); }, [] {});
+  return sharedList([&progress] { return registry::booksByContainers(progress); }, [] {});
 }
 
 BookList OxMacAddressBook::addressBookArray2() {

@@ -2,7 +2,6 @@
 #include <stdexcept>
 #include <thread>
 
-#include "ox/base/failures.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {
@@ -115,30 +114,6 @@ TEST(RecordFirstDiscovery, EachCallGivesACopyOfTheListBuiltFirst) {
   EXPECT_EQ(second.element(1), nullptr);
   EXPECT_EQ(idsOf(OxMacAddressBook::addressBookArray()), "_local");
   EXPECT_EQ(OxMacAddressBook::addressBookArray().element(0), first.element(0));
-}
-
-TEST(RecordFirstDiscovery, TellsEveryoneWhoIsGivenTheListWhatFailedAsItWasBuilt) {
-  auto& source = SwitchedSource::install();
-  StoreBuilder(source.real()).person("p", {});
-  source.denyContainerAccess();
-  {
-    const failures::Watch first;
-    discover();
-    EXPECT_TRUE(first.hasFailures());
-  }
-  source.denyContainerAccess(false);
-  const failures::Watch second;
-  discover();
-  EXPECT_EQ(second.counts(), (failures::Counts{0, 1}));
-  EXPECT_EQ(second.last()->kind, FailureKind::Denied);
-}
-
-TEST(RecordFirstDiscovery, IsNotBlamedForWhatTheCallbackDoes) {
-  StoreBuilder().person("p", {});
-  discover([](double, bool) { failures::notice(FailureKind::Other, "the host's own"); });
-  const failures::Watch watch;
-  discover();
-  EXPECT_TRUE(watch.isClear());
 }
 
 TEST(RecordFirstDiscovery, KeepsTheEmptyListOfAStoreThatDeniedAccess) {
