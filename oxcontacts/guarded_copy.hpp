@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ox/OxMacAddressBookSDK/admin/store_copy.hpp"
+#include "oxcontacts/context.hpp"
 #include "oxcontacts/interruption.hpp"
 
 namespace ox::program {
@@ -21,5 +22,9 @@ struct GuardedCopy {
   std::list<GoesWhenInterrupted> guards;
   std::optional<StoreCopy> copy;
 };
+
+// Keeps a copy of the store as it is now, from before the command of that name replaces much of it;
+// the result is its path. Tells the user where it lies.
+std::string keepCopyBefore(const Context& context, const std::string& command);
 
 }  // namespace ox::program

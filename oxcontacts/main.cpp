@@ -145,6 +145,7 @@ int mainOf(int argc, char** argv) {
   declareExport(program, context);
   declareBackup(program, context);
   declareRestore(program, context);
+  declareCopies(program, context);
   declareCheck(program, context);
   takeAsGiven(program);
   const failures::Watch watch;

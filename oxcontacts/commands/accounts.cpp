@@ -7,6 +7,7 @@
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
+#include "oxcontacts/guarded_copy.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/table.hpp"
 
@@ -84,6 +85,7 @@ void remove(const Context& context, const std::string& text, WithRecords withRec
     throw CommandError(kFailed, name + " holds records; --force removes them with it");
   }
   if (holdsPersons) discoveredBooks(context);
+  if (holdsPersons || holdsGroups) keepCopyBefore(context, "accounts-remove");
   const failures::Watch watch;
   refuseTagsLeft(removeAccount(identifier, withRecords), watch);
   tellAccount(context, *account, "removed " + name);

@@ -19,6 +19,7 @@ void declareEditPersons(CLI::App& program, const Context& context);
 void declareEditGroups(CLI::App& program, const Context& context);
 void declareMembers(CLI::App& program, const Context& context);
 void declareTag(CLI::App& program, const Context& context);
+void declareCopies(CLI::App& program, const Context& context);
 void declareCopy(CLI::App& program, const Context& context);
 void declarePhoto(CLI::App& program, const Context& context);
 void declareExport(CLI::App& program, const Context& context);

@@ -1,15 +1,11 @@
 // restore: a book from a backup of one.
-#include <chrono>
 #include <condition_variable>
-#include <ctime>
-#include <filesystem>
 #include <mutex>
 
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/OxMacAddressBookSDK/admin/restored_tags.hpp"
 #include "ox/base/failures.hpp"
-#include "ox/base/store_location.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
 #include "oxcontacts/book_file.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -28,26 +24,6 @@ struct Arguments {
   std::string file;
   bool force = false;
 };
-
-bool isTaken(const std::string& path) {
-  return std::filesystem::exists(path) || std::filesystem::exists(path + ".tags");
-}
-
-// Beside the store, named after the time; the tags beside the copy.
-std::string copyOfStore() {
-  const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-  std::tm parts{};
-  ::gmtime_r(&now, &parts);
-  char time[32];
-  std::strftime(time, sizeof time, "%Y%m%dT%H%M%SZ", &parts);
-  const auto first = contactStorePath() + ".before-restore-" + time;
-  auto path = first;
-  for (int i = 2; isTaken(path); ++i) path = first + "-" + std::to_string(i);
-  GuardedCopy guarded(path);
-  guarded.copy->take();
-  guarded.copy->put();
-  return path;
-}
 
 // Loads on the book's own thread and waits for its finished report.
 void load(const Context& context, OxMacAddressBook& book, const Data& data) {
@@ -123,8 +99,7 @@ void restore(const Context& context, const Arguments& arguments) {
   // A load removes no groups of a book that shows none.
   if (!book->canCreateGroup()) expected.groups += countsOf(*book).groups;
   refuseLockedStore();
-  const auto copy = copyOfStore();
-  context.tell("the store as it was: " + copy);
+  const auto copy = keepCopyBefore(context, "restore");
   const failures::Watch watch;
   load(context, *book, file.data);
   if (!watch.hasFailures()) {
@@ -143,7 +118,7 @@ void declareRestore(CLI::App& program, const Context& context) {
   command->add_option("FILE", arguments->file, "What `backup BOOK FILE` wrote")->required();
   command->add_flag("--force", arguments->force, "Empty the book when the file holds nothing");
   command->footer(
-      "The store is copied first; the name of the copy is printed. An unreadable file changes "
+      "A copy of the store is kept first (see `copies`). An unreadable file changes "
       "nothing.");
   command->callback([&context, arguments] { restore(context, *arguments); });
 }

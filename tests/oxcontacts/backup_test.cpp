@@ -40,15 +40,8 @@ std::string localContent() {
          "  Close  (1 person, 1 with sub-groups, book _local)\n";
 }
 
-std::filesystem::path copyBeforeRestore() {
-  for (const auto& entry :
-       std::filesystem::directory_iterator(support::StoreEnvironment::instance().folder())) {
-    const auto name = entry.path().filename().string();
-    if (name.starts_with("contacts.db.before-restore-") && !name.ends_with(".tags")) {
-      return entry.path();
-    }
-  }
-  return {};
+std::filesystem::path folderOfCopies() {
+  return support::StoreEnvironment::instance().contactStore().string() + ".copies";
 }
 
 TEST(BackupCommand, BringsABookBackAsItWas) {
@@ -67,8 +60,10 @@ TEST(BackupCommand, BringsABookBackAsItWas) {
                           sqlite::Connection::Mode::ReadOnly);
   EXPECT_EQ(tags.queryInteger("SELECT count(*) FROM tag"), 1);  // none of removed persons
 
-  const auto copy = copyBeforeRestore();
-  ASSERT_FALSE(copy.empty());
+  const auto copies = runJson({"copies"});
+  ASSERT_EQ(copies.size(), 1U);
+  EXPECT_EQ(copies[0]["reason"], "restore");
+  const std::string copy = copies[0]["path"];
   EXPECT_EQ(runJson({"--store", copy, "persons", "--find", "Cy"}).size(), 1U);
 }
 
@@ -159,7 +154,7 @@ TEST(RestoreCommand, RefusesAnythingButAWholeBackup) {
   }
   EXPECT_EQ(run({"restore", "Nowhere", file}).exitCode, 4);
   EXPECT_EQ(contentOf("_local"), localContent());
-  EXPECT_TRUE(copyBeforeRestore().empty());
+  EXPECT_FALSE(std::filesystem::exists(folderOfCopies()));
 }
 
 TEST(RestoreCommand, EmptiesABookOnlyWithForce) {
@@ -192,10 +187,7 @@ TEST(RestoreCommand, LeavesNoHalfCopyOfTheStore) {
   const auto result = run({"restore", "_local", file});
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_NE(result.errors.find("no such collation"), std::string::npos) << result.errors;
-  for (const auto& entry :
-       std::filesystem::directory_iterator(support::StoreEnvironment::instance().folder())) {
-    EXPECT_EQ(entry.path().string().find(".before-restore-"), std::string::npos) << entry.path();
-  }
+  EXPECT_TRUE(std::filesystem::is_empty(folderOfCopies()));
 }
 
 TEST(RestoreCommand, SaysWhenItCouldNotSave) {

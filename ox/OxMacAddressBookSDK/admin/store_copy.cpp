@@ -53,10 +53,13 @@ std::vector<std::string> StoreCopy::files() const {
   return {copies_->store.path(), copies_->tags.path()};
 }
 
-RecordCounts StoreCopy::take() {
+RecordCounts StoreCopy::take(DamagedTags damaged) {
+  using WhenDamaged = DatabaseCopy::WhenDamaged;
   const auto counts = copies_->store.takeStore(contactStorePath());
-  copies_->hasTags = std::filesystem::exists(tagStorePath());
-  if (copies_->hasTags) copies_->tags.takeDatabase(tagStorePath());
+  copies_->hasTags = std::filesystem::exists(tagStorePath()) &&
+                     copies_->tags.takeDatabase(tagStorePath(), damaged == DamagedTags::LeaveOut
+                                                                    ? WhenDamaged::LeaveOut
+                                                                    : WhenDamaged::Fail);
   copies_->taken = true;
   return counts;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,8 +28,9 @@ class OX_EXPORT StoreCopy {
   // ends the process.
   std::vector<std::string> files() const;
   // Takes what is committed at one moment, whatever other processes do meanwhile; the result is
-  // what the copy holds.
-  RecordCounts take();
+  // what the copy holds. Tags that cannot be read are refused, or are not in the copy.
+  enum class DamagedTags : std::uint8_t { Refuse, LeaveOut };
+  RecordCounts take(DamagedTags damaged = DamagedTags::Refuse);
   // Puts both in their places, synced, once both are complete: the tags first. Where there are no
   // tags, those of an earlier copy go.
   void put();

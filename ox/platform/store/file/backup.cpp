@@ -35,6 +35,10 @@ std::uint64_t countOf(sqlite::Connection& store, RecordKind kind) {
   return static_cast<std::uint64_t>(rows.integer(0));
 }
 
+RecordCounts countsOf(sqlite::Connection& store) {
+  return {countOf(store, RecordKind::Group), countOf(store, RecordKind::Person)};
+}
+
 void refuseUnsound(sqlite::Connection& copy, const std::string& to) {
   const auto answer = copy.queryText("PRAGMA quick_check(1)");
   if (answer == "ok") return;
@@ -73,19 +77,21 @@ RecordCounts DatabaseCopy::takeStore(const std::string& from) {
   auto source = openExistingStoreFile(from);
   refuseSameFile(from, target_);
   RecordCounts counts;
-  take(source, [&](sqlite::Connection& copy) {
-    counts = {countOf(copy, RecordKind::Group), countOf(copy, RecordKind::Person)};
-  });
+  take(source, [&](sqlite::Connection& copy) { counts = countsOf(copy); });
   return counts;
 }
 
-void DatabaseCopy::takeDatabase(const std::string& from) {
+bool DatabaseCopy::takeDatabase(const std::string& from, WhenDamaged damaged) {
   refuseSameFile(from, target_);
   try {
     sqlite::Connection source(from, sqlite::Connection::Mode::ReadWrite);
     source.setBusyTimeout(kBusyMilliseconds);
     take(source, [](sqlite::Connection&) {});
-  } catch (const sqlite::Error& error) {
+    return true;
+  } catch (const FailureError& error) {
+    const bool isDamage =
+        error.kind() == FailureKind::Corrupt || error.kind() == FailureKind::NotAStore;
+    if (isDamage && damaged == WhenDamaged::LeaveOut) return false;
     throwStoreError(from, error);
   }
 }
@@ -120,6 +126,15 @@ void copyDatabase(const std::string& from, const std::string& to) {
   DatabaseCopy copy(to);
   copy.takeDatabase(from);
   copy.put();
+}
+
+RecordCounts countsOfStore(const std::string& path) {
+  auto store = openExistingStoreFile(path);
+  try {
+    return countsOf(store);
+  } catch (const sqlite::Error& error) {
+    throwStoreError(path, error);
+  }
 }
 
 }  // namespace ox

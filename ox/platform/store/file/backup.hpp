@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -21,7 +22,9 @@ class DatabaseCopy {
   const std::string& path() const { return file_->path(); }
   // Takes what is committed at one moment; the result is what a store holds.
   RecordCounts takeStore(const std::string& from);
-  void takeDatabase(const std::string& from);
+  // False when that one is damaged and may be: then there is nothing to put.
+  enum class WhenDamaged : std::uint8_t { Fail, LeaveOut };
+  bool takeDatabase(const std::string& from, WhenDamaged damaged = WhenDamaged::Fail);
   // Fails when the target is a store that somebody uses: for whoever replaces several files.
   void settleTarget();
   // Settles the target and replaces it by the copy, synced.
@@ -45,5 +48,8 @@ RecordCounts copyStore(const std::string& from, const std::string& to);
 
 // The same for the database of another kind that belongs to a store.
 void copyDatabase(const std::string& from, const std::string& to);
+
+// How many records the store at that path holds, also one of an earlier version. Throws StoreError.
+RecordCounts countsOfStore(const std::string& path);
 
 }  // namespace ox

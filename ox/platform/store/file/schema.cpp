@@ -13,6 +13,7 @@
 
 #include "ox/base/private_file.hpp"
 #include "ox/base/sqlite/error.hpp"
+#include "ox/platform/store/file/kept_copies.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {
@@ -130,6 +131,11 @@ void migrate(sqlite::Connection& database, const std::string& path) {
   sqlite::Transaction transaction(database);
   // Another process may have been faster.
   const int from = versionOf(database, path);
+  // Under the write lock, so that the copy is what is brought up to date; one that cannot be made
+  // leaves the store as it is.
+  if (from > 0) {
+    keepCopy(path, "migration-" + std::to_string(from) + "-" + std::to_string(kSchemaVersion));
+  }
   for (int version = from; version < kSchemaVersion; ++version) {
     database.execute(kMigrations[static_cast<std::size_t>(version)]);
   }

@@ -1,0 +1,125 @@
+#include "ox/platform/store/file/kept_copies.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <functional>
+#include <sys/stat.h>
+#include <system_error>
+
+#include "ox/base/store_location.hpp"
+#include "ox/platform/store/file/backup.hpp"
+#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+
+namespace ox {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kEnding = ".db";
+constexpr std::size_t kTimeLength = sizeof "20261231T235959.999Z" - 1;
+
+fs::path folderOf(const std::string& store) {
+  return placeOf(store) + ".copies";
+}
+
+// To the millisecond, so that copies made one after another have names of their own.
+std::string timeNow() {
+  using std::chrono::milliseconds;
+  const auto now = std::chrono::floor<milliseconds>(std::chrono::system_clock::now());
+  const auto seconds = std::chrono::system_clock::to_time_t(now);
+  const auto rest = static_cast<int>(now.time_since_epoch().count() % 1000);
+  std::tm parts{};
+  ::gmtime_r(&seconds, &parts);
+  char day[sizeof "20261231T235959"];
+  std::strftime(day, sizeof day, "%Y%m%dT%H%M%S", &parts);
+  const auto fraction = std::to_string(1000 + rest).substr(1);
+  return std::string(day) + "." + fraction + "Z";
+}
+
+void makeFolder(const fs::path& folder) {
+  if (::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return;
+  throw std::system_error(errno, std::generic_category(), folder.string());
+}
+
+bool isCopy(const fs::path& path) {
+  const auto name = path.filename().string();
+  return name.size() > kTimeLength && name[kTimeLength] == '-' && name.ends_with(kEnding);
+}
+
+template <typename Step>
+auto guarded(const std::string& store, Step step) -> decltype(step()) {
+  try {
+    return step();
+  } catch (const std::system_error& error) {
+    throwStoreError(store, error);
+  }
+}
+
+// A file that another process may still be writing, unless that process was killed.
+bool maybeUnfinished(const fs::directory_entry& entry) {
+  constexpr std::chrono::hours kLongest{24};
+  return entry.path().extension() == ".new" &&
+         entry.last_write_time() > fs::file_time_type::clock::now() - kLongest;
+}
+
+}  // namespace
+
+std::string tagsOfStore(const std::string& store) {
+  return placeOf(store) == placeOf(contactStorePath()) ? tagStorePath() : store + ".tags";
+}
+
+std::string pathOfNextCopy(const std::string& store, const std::string& reason) {
+  return guarded(store, [&] {
+    const auto folder = folderOf(store);
+    makeFolder(folder);
+    while (true) {
+      const auto path = folder / (timeNow() + "-" + reason + std::string(kEnding));
+      if (!fs::exists(path)) return path.string();
+    }
+  });
+}
+
+std::vector<std::string> pathsOfCopies(const std::string& store) {
+  return guarded(store, [&] {
+    std::vector<std::string> paths;
+    if (!fs::exists(folderOf(store))) return paths;
+    for (const auto& entry : fs::directory_iterator(folderOf(store))) {
+      if (isCopy(entry.path())) paths.push_back(entry.path().string());
+    }
+    std::ranges::sort(paths, std::greater<>());
+    return paths;
+  });
+}
+
+// What is older than the oldest copy that stays goes, whatever it is: copies, their tags, the logs
+// of those that somebody opened, what a killed process had not finished.
+void sweepCopies(const std::string& store) {
+  const auto copies = pathsOfCopies(store);
+  if (copies.size() < kKeptCopies) return;
+  const auto oldest = fs::path(copies[kKeptCopies - 1]).filename().string();
+  guarded(store, [&] {
+    std::vector<fs::path> old;
+    for (const auto& entry : fs::directory_iterator(folderOf(store))) {
+      const auto name = entry.path().filename().string();
+      if (name < oldest && !maybeUnfinished(entry)) old.push_back(entry.path());
+    }
+    for (const auto& path : old) fs::remove_all(path);
+  });
+}
+
+void keepCopy(const std::string& store, const std::string& reason) {
+  const auto path = pathOfNextCopy(store, reason);
+  if (std::filesystem::exists(tagsOfStore(store))) {
+    DatabaseCopy tags(path + ".tags");
+    // Damaged tags cost the tags of the copy and nothing else.
+    if (tags.takeDatabase(tagsOfStore(store), DatabaseCopy::WhenDamaged::LeaveOut)) tags.put();
+  }
+  copyStore(store, path);  // last: a copy counts once its store is there
+  sweepCopies(store);
+}
+
+}  // namespace ox

@@ -1,0 +1,19 @@
+#include "oxcontacts/guarded_copy.hpp"
+
+#include "ox/OxMacAddressBookSDK/admin/store_copies.hpp"
+
+namespace ox::program {
+
+std::string keepCopyBefore(const Context& context, const std::string& command) {
+  auto path = pathOfNextStoreCopy(command);
+  {
+    GuardedCopy guarded(path);
+    guarded.copy->take(StoreCopy::DamagedTags::LeaveOut);
+    guarded.copy->put();
+  }
+  sweepStoreCopies();
+  context.tell("the store as it was: " + path);
+  return path;
+}
+
+}  // namespace ox::program
