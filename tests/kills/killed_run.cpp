@@ -1,0 +1,91 @@
+#include "tests/kills/killed_run.hpp"
+
+#include <csignal>
+#include <gtest/gtest.h>
+
+#include "tests/kills/kill_switch.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox::kills {
+namespace {
+
+using support::StoreEnvironment;
+
+// The index of the write-ahead log is made anew from the log wherever it is missing.
+bool isKept(const std::filesystem::directory_entry& entry) {
+  return entry.is_regular_file() && !entry.path().string().ends_with("-shm");
+}
+
+}  // namespace
+
+std::string Moment::text() const {
+  return (how == How::Half ? "half through write " : "before change ") + std::to_string(change);
+}
+
+support::ProcessResult runUntil(const Moment& moment, const std::vector<std::string>& command) {
+  return support::runProcess(
+      command, "",
+      {"LD_PRELOAD=" OX_KILL_SWITCH,
+       kFolderVariable + ("=" + StoreEnvironment::instance().folder().string()),
+       kAtVariable + ("=" + std::to_string(moment.change)),
+       std::string(kHowVariable) + (moment.how == How::Half ? "=half" : "=before"),
+       // The switch is loaded before the sanitizers, which stand aside for it.
+       "ASAN_OPTIONS=verify_asan_link_order=0"});
+}
+
+support::ProcessResult runAlive(const std::vector<std::string>& command) {
+  return runUntil({How::Before, 0}, command);
+}
+
+bool wasKilled(const support::ProcessResult& result) {
+  return result.exitCode == 128 + SIGKILL;
+}
+
+PreparedFolder::PreparedFolder() : kept_(support::temporaryPath("prepared")) {
+  std::filesystem::remove_all(kept_);
+  std::filesystem::create_directory(kept_);
+  for (const auto& entry :
+       std::filesystem::directory_iterator(StoreEnvironment::instance().folder())) {
+    if (isKept(entry)) std::filesystem::copy_file(entry, kept_ / entry.path().filename());
+  }
+}
+
+void PreparedFolder::bringBack() const {
+  const auto& folder = StoreEnvironment::instance().folder();
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.is_regular_file()) std::filesystem::remove(entry);
+  }
+  for (const auto& entry : std::filesystem::directory_iterator(kept_)) {
+    std::filesystem::copy_file(entry, folder / entry.path().filename());
+  }
+}
+
+int killEverywhere(const std::vector<std::string>& command,
+                   const std::function<void(const support::ProcessResult& result)>& attempt) {
+  const PreparedFolder prepared;
+  int killed = 0;
+  for (const auto how : {How::Before, How::Half}) {
+    for (Moment moment{how, 1};; ++moment.change) {
+      SCOPED_TRACE("killed " + moment.text());
+      prepared.bringBack();
+      const auto result = runUntil(moment, command);
+      attempt(result);
+      if (testing::Test::HasFailure()) return killed;
+      if (!wasKilled(result)) break;
+      ++killed;
+    }
+  }
+  prepared.bringBack();
+  return killed;
+}
+
+}  // namespace ox::kills
+
+// The machine of the tests keeps its power: nothing is lost that is not synced. These take the
+// place of the system's own functions in the test program, whose looks at the store would sync it.
+extern "C" int fsync(int) {
+  return 0;
+}
+extern "C" int fdatasync(int) {
+  return 0;
+}
