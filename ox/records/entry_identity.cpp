@@ -1,55 +1,89 @@
 #include "ox/records/entry_identity.hpp"
 
-#include <algorithm>
+#include <cstddef>
+#include <unordered_map>
 #include <vector>
+
+#include "ox/records/entry_match.hpp"
 
 namespace ox {
 namespace {
 
-// Every entry is compared with every other; lists beyond this are no longer edited entry by entry.
-constexpr std::size_t kMostEntries = 512;
-
+// Gives identifiers of the old list to entries of the new one, each at most once.
 class Matching {
  public:
   Matching(const MultiValue& before, MultiValue& now)
-      : before_(before), now_(now), taken_(before.entries.size()), given_(now.entries.size()) {}
+      : before_(before),
+        now_(now),
+        givenTo_(before.entries.size(), kNobody),
+        from_(now.entries.size(), kNobody) {}
 
-  template <typename Same>
-  void match(Same same) {
+  void matchIdentifiers() {
+    std::unordered_map<std::uint64_t, std::size_t> places;
+    for (std::size_t j = 0; j < before_.entries.size(); ++j) {
+      places.emplace(before_.entries[j].identifier, j);
+    }
     for (std::size_t i = 0; i < now_.entries.size(); ++i) {
-      for (std::size_t j = 0; j < before_.entries.size() && !given_[i]; ++j) {
-        if (taken_[j] || !same(before_.entries[j], now_.entries[i])) continue;
-        taken_[j] = given_[i] = true;
-        give(now_.entries[i], before_.entries[j].identifier);
+      const auto found = places.find(now_.entries[i].identifier);
+      if (found != places.end() && givenTo_[found->second] == kNobody) give(i, found->second);
+    }
+  }
+
+  void match(EntryMatch::By by) {
+    EntryMatch open(by);
+    for (std::size_t j = 0; j < before_.entries.size(); ++j) {
+      if (givenTo_[j] == kNobody) open.offer(before_.entries[j], j);
+    }
+    for (std::size_t i = 0; i < now_.entries.size(); ++i) {
+      if (from_[i] != kNobody) continue;
+      if (const auto place = open.take(now_.entries[i])) give(i, *place);
+    }
+  }
+
+  void matchPlaces() {
+    std::size_t j = 0;
+    for (std::size_t i = 0; i < now_.entries.size(); ++i) {
+      if (from_[i] != kNobody) {
+        j = from_[i] + 1;
+        continue;
       }
+      const bool isOpen = j < before_.entries.size() && givenTo_[j] == kNobody;
+      if (isOpen && before_.entries[j].label == now_.entries[i].label) give(i, j++);
     }
   }
 
  private:
-  void give(MultiEntry& entry, std::uint64_t identifier) {
+  static constexpr std::size_t kNobody = SIZE_MAX;
+
+  void give(std::size_t i, std::size_t j) {
+    auto& entry = now_.entries[i];
+    const auto identifier = before_.entries[j].identifier;
     if (now_.primary != 0 && now_.primary == entry.identifier) now_.primary = identifier;
     entry.identifier = identifier;
+    givenTo_[j] = i;
+    from_[i] = j;
   }
 
   const MultiValue& before_;
   MultiValue& now_;
-  std::vector<bool> taken_;
-  std::vector<bool> given_;
+  std::vector<std::size_t> givenTo_;  // of each old entry, the place of the new one
+  std::vector<std::size_t> from_;     // of each new entry, the place of the old one
 };
 
 }  // namespace
 
 MultiValue withIdentifiersOf(const MultiValue& before, MultiValue now) {
-  if (std::max(before.entries.size(), now.entries.size()) > kMostEntries) return now;
   Matching matching(before, now);
-  matching.match([](const MultiEntry& old, const MultiEntry& entry) {
-    return old.identifier == entry.identifier;
-  });
-  matching.match([](const MultiEntry& old, const MultiEntry& entry) {
-    return old.label == entry.label && old.value == entry.value;
-  });
-  matching.match(
-      [](const MultiEntry& old, const MultiEntry& entry) { return old.value == entry.value; });
+  matching.matchIdentifiers();
+  matching.match(EntryMatch::By::LabelAndValue);
+  matching.match(EntryMatch::By::Value);
+  return now;
+}
+
+MultiValue withIdentifiersOfPlaces(const MultiValue& before, MultiValue now) {
+  Matching matching(before, now);
+  matching.matchIdentifiers();
+  matching.matchPlaces();
   return now;
 }
 

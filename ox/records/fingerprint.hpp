@@ -15,6 +15,9 @@ std::uint64_t contentFingerprint(const PropertyBag& properties, std::uint64_t pi
 // Of the properties alone, and of all but one.
 std::uint64_t fingerprintWithout(PropertyId leftOut, const PropertyBag& properties);
 
+// Of one object that a record may hold.
+std::uint64_t valueFingerprint(const Object& value);
+
 // The comparison that the fingerprint stands for.
 bool sameContent(const PropertyBag& a, const PropertyBag& b);
 

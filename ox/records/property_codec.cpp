@@ -44,6 +44,15 @@ class Encoder {
     }
   }
 
+  void object(const Object& object) {
+    // Nearly every one is a text.
+    if (const auto* text = object.text()) {
+      write(*text);
+    } else {
+      std::visit([this](const auto& held) { write(held); }, object.storage());
+    }
+  }
+
   void byte(std::uint8_t value) {
     *room(1) = static_cast<char>(value);
     ++size_;
@@ -115,15 +124,6 @@ class Encoder {
       number(entry.label ? entry.label->size() + 1 : 0);
       if (entry.label) append(*entry.label);
       object(entry.value);
-    }
-  }
-
-  void object(const Object& object) {
-    // Nearly every one is a text.
-    if (const auto* text = object.text()) {
-      write(*text);
-    } else {
-      std::visit([this](const auto& held) { write(held); }, object.storage());
     }
   }
 
@@ -233,6 +233,12 @@ std::uint64_t contentFingerprint(const PropertyBag& properties, std::uint64_t pi
 
 std::uint64_t fingerprintWithout(PropertyId leftOut, const PropertyBag& properties) {
   return fingerprint(properties, leftOut, 0);
+}
+
+std::uint64_t valueFingerprint(const Object& value) {
+  Encoder encoder(Identifiers::LeaveOut);
+  encoder.object(value);
+  return checksum64(encoder.written());
 }
 
 bool sameContent(const PropertyBag& a, const PropertyBag& b) {
