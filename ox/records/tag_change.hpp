@@ -1,0 +1,40 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ox/base/export.hpp"
+
+namespace ox {
+
+// The tags of one person under one tag manager, before and after an act.
+struct TagChange {
+  std::string manager;  // its identifier
+  std::string person;   // the person's ID
+  std::vector<std::string> before;
+  std::vector<std::string> after;
+
+  bool operator==(const TagChange&) const = default;
+};
+
+// The stored form, in two parts: each one version byte, then texts and counts of texts, lengths as
+// LEB128, then the XXH3 checksum of all before it, little endian. Whose tags they are stands before
+// the older ones.
+struct StoredTagChange {
+  std::string before;
+  std::string after;
+};
+
+// The bytes are not what encodeTagChange wrote.
+class OX_EXPORT DamagedTagChange : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+OX_EXPORT StoredTagChange encodeTagChange(const TagChange& change);
+// Throws DamagedTagChange.
+OX_EXPORT TagChange decodeTagChange(std::string_view before, std::string_view after);
+
+}  // namespace ox
