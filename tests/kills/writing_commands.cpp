@@ -1,0 +1,110 @@
+#include "tests/kills/writing_commands.hpp"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <ostream>
+
+#include "ox/base/checksum.hpp"
+#include "tests/faults/store_state.hpp"
+#include "tests/kills/killed_run.hpp"
+#include "tests/oxcontacts/program.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox::kills {
+namespace {
+
+std::vector<std::string> commandOf(const Act::Words& arguments) {
+  Act::Words words;
+  for (const auto& word : arguments) {
+    words.push_back(word.starts_with("@") ? support::temporaryPath(word.substr(1)).string() : word);
+  }
+  return program_tests::programCommand(words);
+}
+
+std::string outputState(const std::string& name, const Identifiers& known) {
+  if (name.empty()) return {};
+  const auto path = support::temporaryPath(name).string();
+  if (!std::filesystem::exists(path)) return "no " + name + "\n";
+  if (!name.ends_with(".db")) return name + " " + checksum128(support::fileBytes(path)) + "\n";
+  return name + " " + faults::problemsOf(path) + readableState(known, path, path + ".tags").text();
+}
+
+// The store with its tags, and the file that the act writes.
+ReadableState stateFor(const Act& act, const Identifiers& known) {
+  auto state = readableState(known);
+  state.contacts += outputState(act.output, known);
+  return state;
+}
+
+// What it said; an act that says nothing says it by its end alone.
+bool saysDone(const Act& act, const support::ProcessResult& result) {
+  if (result.exitCode == 0) return true;
+  return !act.told.empty() && (result.output + result.errors).find(act.told) != std::string::npos;
+}
+
+}  // namespace
+
+std::vector<std::string> Act::command() const {
+  return commandOf(arguments);
+}
+
+std::ostream& operator<<(std::ostream& stream, const Act& act) {
+  return stream << act.name;
+}
+
+AllowedStates statesOf(const Act& act, const Identifiers& known) {
+  AllowedStates states([&act, &known] { return stateFor(act, known); });
+  const PreparedFolder prepared;
+  auto ways = act.parts;
+  ways.push_back(act.arguments);
+  for (const auto& way : ways) {
+    const auto result = runAlive(commandOf(way));
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    const auto& told = way == act.arguments ? act.told : "";
+    EXPECT_NE((result.output + result.errors).find(told), std::string::npos) << result.errors;
+    states.add();
+    prepared.bringBack();
+  }
+  return states;
+}
+
+void expectLeftWhole(const Act& act, const AllowedStates& states,
+                     const support::ProcessResult& result) {
+  const auto last = states.count() - 1;
+  const auto left = states.expectLeft(saysDone(act, result) ? last : 0, last);
+  if (left >= last) return;
+  const auto again = runAlive(act.command());
+  EXPECT_EQ(again.exitCode, 0) << again.errors;
+  states.expectLeft(last, last);
+}
+
+const std::vector<Act>& writingCommands() {
+  static const std::vector<Act> acts = {
+      {"ImportsPersons", {"import", "@persons.vcf"}, "2 cards"},
+      {"ImportsPersonsAndGroups",
+       {"import", "@cards.vcf"},
+       "3 cards",
+       {{"import", "@persons.vcf"}}},
+      {"ImportsIntoAnAccount", {"import", "@persons.vcf", "--into", "Work"}, "2 cards"},
+      {"ImportsChangedCards", {"import", "--update", "@changed.vcf"}, "1 updated"},
+      {"SetsValues", {"set", "Ann Lee", "phone+=3", "nickname=Annie", "email="}, "changed Ann Lee"},
+      {"SetsAPicture", {"photo", "Ben Ray", "--set", "@photo.tiff"}, "set the picture of Ben Ray"},
+      {"ClearsAPicture", {"photo", "Ann Lee", "--clear"}, "Ann Lee has no picture now"},
+      {"RenamesAGroup", {"rename-group", "Friends", "Others"}, "Others"},
+      {"RemovesAGroupWithItsTree", {"remove-group", "Friends"}, "removed the group Friends"},
+      {"AddsMembers", {"group-add", "Club", "Ann Lee", "Cid"}, "Club"},
+      {"RemovesMembers", {"group-remove", "Friends", "Ben Ray", "Ann Lee"}, "Friends"},
+      {"RemovesMembersOfTheWholeTree",
+       {"group-remove", "Friends", "Ann Lee", "Cid", "--recursive"},
+       "Friends"},
+      {"AddsAnAccount", {"accounts", "add", "Home"}, "added Home"},
+      {"RemovesAnAccount", {"accounts", "remove", "Old"}, "removed Old"},
+      {"BacksUpABook", {"backup", "_local", "@out.book"}, "saved ", {}, "out.book"},
+      {"BacksUpTheStore", {"backup", "--all", "@out.db"}, "saved ", {}, "out.db"},
+      {"BacksUpOverABackup", {"backup", "Work", "@local.book"}, "saved ", {}, "local.book"},
+      {"Exports", {"export", "-o", "@out.vcf"}, "", {}, "out.vcf"},
+  };
+  return acts;
+}
+
+}  // namespace ox::kills
