@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -17,6 +18,13 @@ struct TagChange {
   std::vector<std::string> after;
 
   bool operator==(const TagChange&) const = default;
+};
+
+// The changes of tags of one act of a store, by the act's number and its random name.
+struct TagAct {
+  std::int64_t number = 0;
+  std::string name;
+  std::vector<TagChange> changes;
 };
 
 // The stored form, in two parts: each one version byte, then texts and counts of texts, lengths as

@@ -1,6 +1,8 @@
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
 
+#include <algorithm>
 #include <array>
+#include <cassert>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -9,16 +11,17 @@
 #include <utility>
 
 #include "ox/base/sqlite/error.hpp"
+#include "ox/records/merge.hpp"
 
 namespace ox {
 namespace {
 
 constexpr std::chrono::milliseconds kBusyTimeout{10'000};
 constexpr std::int64_t kApplicationId = 0x4F785447;  // "OxTG"
-constexpr std::int64_t kSchemaVersion = 1;
+constexpr std::int64_t kSchemaVersion = 2;
 
 // The key holds the tag, so that no person can have one twice; position gives the order.
-constexpr const char* kSchema = R"(
+constexpr const char* kFirstSchema = R"(
   CREATE TABLE tag (
     manager TEXT NOT NULL,
     person TEXT NOT NULL,
@@ -27,7 +30,18 @@ constexpr const char* kSchema = R"(
     PRIMARY KEY (manager, person, tag)
   ) WITHOUT ROWID;
   PRAGMA application_id = 0x4F785447;
-  PRAGMA user_version = 1;
+)";
+
+// Of each contact store, the last act whose changes of tags are in here; and a way to the tags of a
+// person whatever the manager.
+constexpr const char* kSecondSchema = R"(
+  CREATE TABLE followed (
+    store BLOB PRIMARY KEY,
+    number INTEGER NOT NULL,
+    act BLOB NOT NULL
+  ) WITHOUT ROWID;
+  CREATE INDEX tag_person ON tag (person);
+  PRAGMA user_version = 2;
 )";
 
 constexpr std::string_view kSelect =
@@ -38,6 +52,11 @@ constexpr std::string_view kInsert =
 constexpr std::string_view kDeleteOne =
     "DELETE FROM tag WHERE manager = ?1 AND person = ?2 AND tag = ?3";
 constexpr std::string_view kDeleteAll = "DELETE FROM tag WHERE manager = ?1 AND person = ?2";
+constexpr std::string_view kManagers =
+    "SELECT DISTINCT manager FROM tag WHERE person = ?1 ORDER BY manager";
+constexpr std::string_view kFollowed = "SELECT number, act FROM followed WHERE store = ?1";
+constexpr std::string_view kSetFollowed =
+    "INSERT OR REPLACE INTO followed (store, number, act) VALUES (?1, ?2, ?3)";
 
 bool isEmptyDatabase(sqlite::Connection& connection) {
   return connection.queryInteger("PRAGMA application_id") == 0 &&
@@ -50,7 +69,7 @@ void requireOurs(sqlite::Connection& connection, const std::string& path) {
     throw FailureError(FailureKind::NotAStore, path + ": not a tag file", path);
   }
   const auto version = connection.queryInteger("PRAGMA user_version");
-  if (version != kSchemaVersion) {
+  if (version < 1 || version > kSchemaVersion) {
     throw FailureError(version > kSchemaVersion ? FailureKind::NewerSchema : FailureKind::NotAStore,
                        path + ": a tag file of version " + std::to_string(version) +
                            ", this program knows " + std::to_string(kSchemaVersion),
@@ -62,7 +81,15 @@ void createSchema(sqlite::Connection& connection) {
   connection.execute("PRAGMA journal_mode = WAL");
   sqlite::Transaction transaction(connection);
   if (!isEmptyDatabase(connection)) return;  // another process was first
-  connection.execute(kSchema);
+  connection.execute(kFirstSchema);
+  connection.execute(kSecondSchema);
+  transaction.commit();
+}
+
+void migrate(sqlite::Connection& connection) {
+  sqlite::Transaction transaction(connection);
+  if (connection.queryInteger("PRAGMA user_version") != 1) return;  // another process was first
+  connection.execute(kSecondSchema);
   transaction.commit();
 }
 
@@ -71,6 +98,7 @@ sqlite::Connection openOnce(const std::string& path) {
   connection.setBusyTimeout(static_cast<int>(kBusyTimeout.count()));
   if (isEmptyDatabase(connection)) createSchema(connection);
   requireOurs(connection, path);
+  if (connection.queryInteger("PRAGMA user_version") == 1) migrate(connection);
   connection.execute("PRAGMA synchronous = NORMAL");
   return connection;
 }
@@ -97,7 +125,10 @@ TagFile::TagFile(sqlite::Connection connection)
       select_(connection_.prepare(kSelect)),
       insert_(connection_.prepare(kInsert)),
       deleteOne_(connection_.prepare(kDeleteOne)),
-      deleteAll_(connection_.prepare(kDeleteAll)) {}
+      deleteAll_(connection_.prepare(kDeleteAll)),
+      managers_(connection_.prepare(kManagers)),
+      followed_(connection_.prepare(kFollowed)),
+      setFollowed_(connection_.prepare(kSetFollowed)) {}
 
 TagFile::Tags TagFile::tags(std::string_view manager, std::string_view person) {
   const sqlite::StatementScope scope(select_);
@@ -120,6 +151,52 @@ void TagFile::replace(std::string_view manager, std::string_view person, const T
   deleteAll_.bindText(1, manager).bindText(2, person).run();
   for (const auto& tag : tags) add(manager, person, tag);
   transaction.commit();
+}
+
+std::vector<std::string> TagFile::managersOf(std::string_view person) {
+  const sqlite::StatementScope scope(managers_);
+  managers_.bindText(1, person);
+  std::vector<std::string> result;
+  while (managers_.step()) result.emplace_back(managers_.text(0));
+  return result;
+}
+
+std::int64_t TagFile::followed(std::string_view store, std::int64_t last,
+                               const std::vector<TagAct>& acts) {
+  const sqlite::StatementScope scope(followed_);
+  followed_.bindBlob(1, store);
+  if (!followed_.step()) return 0;
+  const auto number = followed_.integer(0);
+  const auto same = std::ranges::find(acts, number, &TagAct::number);
+  const bool isAnother = same != acts.end() && same->name != followed_.blob(1);
+  return number > last || isAnother ? 0 : number;
+}
+
+void TagFile::follow(std::string_view store, std::int64_t last, const std::vector<TagAct>& acts) {
+  assert(std::ranges::is_sorted(acts, {}, &TagAct::number));
+  if (acts.empty()) return;
+  sqlite::Transaction transaction(connection_);
+  const auto number = followed(store, last, acts);
+  if (acts.back().number <= number) return;
+  for (const auto& act : acts) {
+    if (act.number <= number) continue;
+    for (const auto& change : act.changes) merge(change);
+  }
+  setFollowed_.bindBlob(1, store).bind(2, acts.back().number).bindBlob(3, acts.back().name).run();
+  transaction.commit();
+}
+
+void TagFile::merge(const TagChange& change) {
+  const auto present = tags(change.manager, change.person);
+  const auto merged = mergedTags(change.before, change.after, present);
+  if (merged == present) return;
+  // Most changes only append.
+  const bool appends =
+      merged.size() > present.size() && std::equal(present.begin(), present.end(), merged.begin());
+  if (!appends) deleteAll_.bindText(1, change.manager).bindText(2, change.person).run();
+  for (auto i = appends ? present.size() : 0; i < merged.size(); ++i) {
+    add(change.manager, change.person, merged[i]);
+  }
 }
 
 TagFile::Tags TagFile::problems() {
@@ -145,7 +222,7 @@ void TagFile::sync() {
   connection_.execute("PRAGMA synchronous = FULL");
   sqlite::Transaction transaction(connection_);
   // The version written anew, so that there is something to commit.
-  connection_.execute("PRAGMA user_version = 1");
+  connection_.execute("PRAGMA user_version = 2");
   transaction.commit();
 }
 

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "ox/base/sqlite/connection.hpp"
+#include "ox/records/tag_change.hpp"
 
 namespace ox {
 
@@ -13,8 +15,9 @@ class TagFile {
  public:
   using Tags = std::vector<std::string>;
 
-  // Opens the file, which must exist, and fills it when it is empty. Throws, and changes nothing,
-  // when it is not a tag file that this version can read.
+  // Opens the file, which must exist, fills it when it is empty, and brings one of an earlier
+  // version up to this one. Throws, and changes nothing, when it is not a tag file that this
+  // version can read.
   explicit TagFile(const std::string& path);
 
   Tags tags(std::string_view manager, std::string_view person);
@@ -22,6 +25,15 @@ class TagFile {
   void remove(std::string_view manager, std::string_view person, std::string_view tag);
   // The tags must hold none twice.
   void replace(std::string_view manager, std::string_view person, const Tags& tags);
+  // Under which managers the person has tags.
+  std::vector<std::string> managersOf(std::string_view person);
+
+  // Makes the changes of those acts of a store (by its name) that the tags have not followed yet,
+  // in one transaction: each is merged with what is there (ox/records/merge.hpp). The acts are in
+  // the order of their numbers, and none is missing between the last followed one and the last of
+  // them that changed tags; `last` is the number of the store's last act. A store that was put back
+  // to an earlier state gives numbers to other acts; those are followed too.
+  void follow(std::string_view store, std::int64_t last, const std::vector<TagAct>& acts);
 
   // One line for each problem that the file has.
   Tags problems();
@@ -31,11 +43,19 @@ class TagFile {
  private:
   explicit TagFile(sqlite::Connection connection);
 
+  void merge(const TagChange& change);
+  // The number of the last act of the store that the tags have followed; 0 when they have followed
+  // none, or the store has gone back behind it.
+  std::int64_t followed(std::string_view store, std::int64_t last, const std::vector<TagAct>& acts);
+
   sqlite::Connection connection_;
   sqlite::Statement select_;
   sqlite::Statement insert_;
   sqlite::Statement deleteOne_;
   sqlite::Statement deleteAll_;
+  sqlite::Statement managers_;
+  sqlite::Statement followed_;
+  sqlite::Statement setFollowed_;
 };
 
 // Whether the file at that path is a tag file by its first bytes, of whatever version. It is opened
