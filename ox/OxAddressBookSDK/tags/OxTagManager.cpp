@@ -15,13 +15,16 @@
 namespace ox {
 namespace {
 
-// The one place where failures of the tag file end: noticed, and the answer stays what it was.
+// The one place where failures of the tag file end: noticed, and the answer stays what it was. A
+// step of other work that meets them goes on without the tags, so they are not counted among those
+// of that work.
 template <typename Work>
 bool contained(const Work& work) {
   try {
     work();
     return true;
   } catch (const std::exception& error) {
+    const failures::Aside aside;
     failures::notice(kindOf(error), std::string("tags: ") + error.what(), tagStorePath());
     return false;
   }

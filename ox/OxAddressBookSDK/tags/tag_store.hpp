@@ -1,42 +1,69 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_hold.hpp"
+#include "ox/base/export.hpp"
 
 namespace ox {
 
-// The tag file as this process shares it: opened when first needed, made when the first tag is
-// written. Throws sqlite::Error or std::system_error when the file cannot be used; the next call
-// tries again. Safe from any thread.
-class TagStore {
+// The tags as this process shares them: the tag file, opened when first needed and made when the
+// first tag is written, and over it what is held on any thread. Throws FailureError, sqlite::Error
+// or std::system_error when the file cannot be used; the next call tries again. Safe from any
+// thread.
+class OX_EXPORT TagStore {
  public:
   using Tags = TagFile::Tags;
 
   static TagStore& shared();
 
   Tags tags(std::string_view manager, std::string_view person);
+  // The edits are held when the thread holds tags.
   void add(std::string_view manager, std::string_view person, std::string_view tag);
   void remove(std::string_view manager, std::string_view person, std::string_view tag);
   // The tags must hold none twice.
   void replace(std::string_view manager, std::string_view person, const Tags& tags);
+  // Holds that the person has no tags under any manager; the thread must hold tags.
+  void holdWithoutTags(std::string_view person);
+
+  // See TagFile. The file is made when there is none.
+  void follow(std::string_view store, std::int64_t last, const std::vector<TagAct>& acts);
 
   // One line for each problem that the file has; empty when there is no file.
   Tags problems();
   // Syncs what this process has committed; does nothing when that is synced already.
   void makeDurable();
+  // The same for what other processes have committed.
+  void makeAllDurable();
 
  private:
+  friend class TagHold;
+
+  void begin(TagHold& hold);
+  void end(TagHold& hold);
+  void join(TagHold& hold, TagHold& outer);
+  std::vector<TagChange> changesOf(const TagHold* innermost);
+  void forget(TagHold* innermost);
+
   // The open file; null when there is none.
   TagFile* existing();
   // The open file, made when there was none.
   TagFile& existingOrNew();
+  // What an edit of this thread sets out from: with what is held when it is held too.
+  Tags beforeEdit(std::string_view manager, std::string_view person);
+  Tags written(std::string_view manager, std::string_view person);
+  Tags visible(std::string_view manager, std::string_view person);
 
   std::mutex mutex_;
   std::unique_ptr<TagFile> file_;
   bool unsynced_ = false;
+  std::vector<TagHold*> holds_;  // of all threads, an outer one before those in it
 };
 
 }  // namespace ox

@@ -1,0 +1,53 @@
+#include "ox/OxAddressBookSDK/tags/held_tags.hpp"
+
+#include "ox/records/merge.hpp"
+
+namespace ox {
+HeldTags::Tags HeldTags::over(std::string_view manager, std::string_view person, Tags tags) const {
+  const auto found = places_.find(Whose(person, manager));
+  if (found == places_.end()) return tags;
+  const auto& change = changes_[found->second];
+  return mergedTags(change.before, change.after, tags);
+}
+
+std::vector<std::string> HeldTags::managersOf(std::string_view person) const {
+  std::vector<std::string> managers;
+  auto place = places_.lower_bound(Whose(person, {}));
+  for (; place != places_.end() && place->first.first == person; ++place) {
+    managers.push_back(place->first.second);
+  }
+  return managers;
+}
+
+void HeldTags::change(std::string_view manager, std::string_view person, const Tags& before,
+                      const Tags& after) {
+  const auto [place, isNew] =
+      places_.try_emplace({std::string(person), std::string(manager)}, changes_.size());
+  if (isNew) {
+    changes_.push_back({std::string(manager), std::string(person), before, after});
+  } else {
+    auto& held = changes_[place->second];
+    held.after = mergedTags(before, after, held.after);
+  }
+}
+
+void HeldTags::append(const HeldTags& later) {
+  for (const auto& each : later.changes_) {
+    change(each.manager, each.person, each.before, each.after);
+  }
+}
+
+std::vector<TagChange> HeldTags::changes() const {
+  std::vector<TagChange> result;
+  for (const auto& each : changes_) {
+    if (each.before != each.after) result.push_back(each);
+  }
+  return result;
+}
+
+void HeldTags::clear() {
+  changes_.clear();
+  places_.clear();
+}
+
+}  // namespace ox

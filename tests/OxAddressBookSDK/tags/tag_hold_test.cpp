@@ -1,0 +1,153 @@
+#include "ox/OxAddressBookSDK/tags/tag_hold.hpp"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <thread>
+
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_store.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox {
+namespace {
+
+using Tags = OxTagManager::Tags;
+using Changes = std::vector<TagChange>;
+
+OxTagManager& manager() {
+  return *OxTagManager::tagManagerWithID("book");
+}
+
+Tags tags(const char* person = "p") {
+  return manager().tagsByPersonID(person).value_or(Tags());
+}
+
+Tags writtenTags(const char* person = "p") {
+  const auto path = support::StoreEnvironment::instance().tagStore();
+  return std::filesystem::exists(path) ? TagFile(path.string()).tags("book", person) : Tags();
+}
+
+TEST(TagHold, ShowsTheProcessWhatItHoldsAndWritesNothing) {
+  manager().setTags_forPersonID(Tags{"a", "b"}, "p");
+  const TagHold hold;
+  EXPECT_TRUE(TagHold::isOnThread());
+  manager().addPersonID_forTag("p", "c");
+  manager().addPersonID_forTag("p", "a");
+  manager().removePersonID_fromTag("p", "b");
+  manager().setTags_forPersonID(Tags{"z"}, "q");
+  EXPECT_EQ(tags(), (Tags{"a", "c"}));
+  std::thread([] { EXPECT_EQ(tags(), (Tags{"a", "c"})); }).join();
+  EXPECT_EQ(writtenTags(), (Tags{"a", "b"}));
+  EXPECT_EQ(TagHold::changesOfThread(),
+            (Changes{{"book", "p", {"a", "b"}, {"a", "c"}}, {"book", "q", {}, {"z"}}}));
+}
+
+TEST(TagHold, ForgetsAtItsEndWhatWasNotWritten) {
+  manager().setTags_forPersonID(Tags{"a"}, "p");
+  {
+    const TagHold hold;
+    manager().removeForPersonID("p");
+    EXPECT_EQ(tags(), Tags());
+  }
+  EXPECT_FALSE(TagHold::isOnThread());
+  EXPECT_EQ(tags(), Tags{"a"});
+  EXPECT_EQ(TagHold::changesOfThread(), Changes());
+}
+
+TEST(TagHold, MakesNoFileAndHoldsNoChangeThatIsNone) {
+  const TagHold hold;
+  manager().setTags_forPersonID(std::nullopt, "p");
+  manager().removePersonID_fromTag("p", "a");
+  manager().addPersonID_forTag("p", "a");
+  manager().removePersonID_fromTag("p", "a");
+  EXPECT_EQ(TagHold::changesOfThread(), Changes());
+  EXPECT_EQ(tags(), Tags());
+  EXPECT_FALSE(std::filesystem::exists(support::StoreEnvironment::instance().tagStore()));
+}
+
+TEST(TagHold, LetsWhatOthersWriteShowThrough) {
+  manager().setTags_forPersonID(Tags{"a", "b"}, "p");
+  const TagHold hold;
+  manager().removePersonID_fromTag("p", "a");
+  std::thread([] { manager().addPersonID_forTag("p", "theirs"); }).join();
+  EXPECT_EQ(tags(), (Tags{"b", "theirs"}));
+  manager().addPersonID_forTag("p", "mine");
+  EXPECT_EQ(tags(), (Tags{"b", "theirs", "mine"}));
+  EXPECT_EQ(TagHold::changesOfThread(), (Changes{{"book", "p", {"a", "b"}, {"b", "mine"}}}));
+  TagHold::forgetThose();
+  EXPECT_EQ(tags(), (Tags{"a", "b", "theirs"}));
+}
+
+TEST(TagHold, OfAnotherThreadIsSeenButNotPartOfThisOne) {
+  const TagHold hold;
+  manager().addPersonID_forTag("p", "a");
+  std::thread([] {
+    EXPECT_FALSE(TagHold::isOnThread());
+    const TagHold other;
+    manager().addPersonID_forTag("p", "b");
+    EXPECT_EQ(TagHold::changesOfThread(), (Changes{{"book", "p", {"a"}, {"a", "b"}}}));
+  }).join();
+  EXPECT_EQ(TagHold::changesOfThread(), (Changes{{"book", "p", {}, {"a"}}}));
+  EXPECT_EQ(tags(), Tags{"a"});
+}
+
+TEST(TagHold, NestedIsPartOfTheOuterOneWhenItJoins) {
+  const TagHold outer;
+  manager().addPersonID_forTag("p", "a");
+  {
+    TagHold inner;
+    manager().addPersonID_forTag("p", "b");
+    EXPECT_EQ(TagHold::changesOfThread(), (Changes{{"book", "p", {}, {"a", "b"}}}));
+    EXPECT_TRUE(inner.joinOuter());
+  }
+  {
+    const TagHold dropped;
+    manager().removeForPersonID("p");
+    EXPECT_EQ(TagHold::changesOfThread(), Changes());
+  }
+  EXPECT_EQ(tags(), (Tags{"a", "b"}));
+  EXPECT_EQ(TagHold::changesOfThread(), (Changes{{"book", "p", {}, {"a", "b"}}}));
+}
+
+TEST(TagHold, OutermostJoinsNone) {
+  TagHold hold;
+  EXPECT_FALSE(hold.joinOuter());
+}
+
+TEST(TagHold, PausedLetsChangesBeWritten) {
+  const TagHold hold;
+  manager().addPersonID_forTag("p", "held");
+  {
+    const TagHold::Pause pause;
+    EXPECT_FALSE(TagHold::isOnThread());
+    manager().addPersonID_forTag("p", "written");
+  }
+  EXPECT_EQ(writtenTags(), Tags{"written"});
+  EXPECT_EQ(TagHold::changesOfThread(), (Changes{{"book", "p", {}, {"held"}}}));
+}
+
+TEST(TagHold, TakesAllTagsOfAPersonWhateverTheManager) {
+  manager().setTags_forPersonID(Tags{"a"}, "p");
+  OxTagManager::tagManagerWithID("other")->setTags_forPersonID(Tags{"b", "c"}, "p");
+  manager().setTags_forPersonID(Tags{"stays"}, "pp");
+  const TagHold hold;
+  OxTagManager::tagManagerWithID("third")->addPersonID_forTag("p", "held");
+  TagStore::shared().holdWithoutTags("p");
+  TagStore::shared().holdWithoutTags("nobody");
+  EXPECT_EQ(TagHold::changesOfThread(),
+            (Changes{{"book", "p", {"a"}, {}}, {"other", "p", {"b", "c"}, {}}}));
+  EXPECT_EQ(tags("pp"), Tags{"stays"});
+}
+
+TEST(TagHold, FollowsWhatItsActWrote) {
+  const TagHold hold;
+  manager().setTags_forPersonID(Tags{"a", "b"}, "p");
+  TagStore::shared().follow("store", 1, {{1, "one", TagHold::changesOfThread()}});
+  EXPECT_EQ(tags(), (Tags{"a", "b"}));
+  TagHold::forgetThose();
+  EXPECT_EQ(tags(), (Tags{"a", "b"}));
+  EXPECT_EQ(writtenTags(), (Tags{"a", "b"}));
+}
+
+}  // namespace
+}  // namespace ox
