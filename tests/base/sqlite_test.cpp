@@ -162,5 +162,46 @@ TEST_F(Sqlite, MovesAConnectionWithItsStatements) {
   EXPECT_EQ(second.queryInteger("SELECT count(*) FROM t"), 2);
 }
 
+TEST_F(Sqlite, AsksOneStatementAboutManyKeysInTheirOrder) {
+  auto connection = open();
+  connection.execute("CREATE TABLE t (id INTEGER PRIMARY KEY, name BLOB)");
+  connection.execute("INSERT INTO t VALUES (1, 'one'), (2, x'0074'), (3, ''), (4, 4), (5, NULL)");
+  const std::string bytes("\0t", 2);
+  KeyList names;
+  names.addBlob(bytes);
+  names.addText("two");
+  names.addText("");
+  names.addText("one");
+  names.addBlob("one");
+  names.add(4);
+  names.addText("one");
+  auto select =
+      connection.prepare("SELECT k.rowid, t.id FROM keys(?1) k CROSS JOIN t ON t.name = k.key");
+  const auto found = [&](const KeyList& keys) {
+    std::string text;
+    const StatementScope scope(select);
+    select.bindKeys(1, keys);
+    while (select.step()) {
+      text += std::to_string(select.integer(0)) + ":" + std::to_string(select.integer(1)) + " ";
+    }
+    return text;
+  };
+  EXPECT_EQ(found(names), "0:2 2:3 3:1 5:4 6:1 ");
+  EXPECT_EQ(found({}), "");
+  KeyList other;
+  other.addText("one");
+  EXPECT_EQ(found(other), "0:1 ");
+}
+
+TEST_F(Sqlite, TakesWhatIsNoListOfKeysForAnEmptyOne) {
+  auto connection = open();
+  auto select = connection.prepare("SELECT count(*) FROM keys(?1)");
+  select.bind(1, 7);
+  ASSERT_TRUE(select.step());
+  EXPECT_EQ(select.integer(0), 0);
+  EXPECT_EQ(codeOf([&] { connection.prepare("SELECT count(*) FROM keys"); }), 1);
+  EXPECT_EQ(codeOf([&] { connection.execute("INSERT INTO keys VALUES (1)"); }), 1);
+}
+
 }  // namespace
 }  // namespace ox::sqlite

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "ox/base/sqlite/error.hpp"
+#include "ox/base/sqlite/key_list.hpp"
 
 namespace ox::sqlite {
 namespace {
@@ -25,7 +26,8 @@ int openFlags(Connection::Mode mode) {
 
 Connection::Connection(const std::string& path, Mode mode) {
   const int flags = openFlags(mode) | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
-  const int result = sqlite3_open_v2(path.c_str(), &handle_, flags, nullptr);
+  int result = sqlite3_open_v2(path.c_str(), &handle_, flags, nullptr);
+  if (result == SQLITE_OK) result = registerKeyLists(handle_);
   if (result == SQLITE_OK) return;
   const Error error(result, path + ": " + (handle_ ? sqlite3_errmsg(handle_) : "out of memory"));
   sqlite3_close(std::exchange(handle_, nullptr));

@@ -77,6 +77,14 @@ Statement& Statement::bindNull(int index) {
   return *this;
 }
 
+Statement& Statement::bindKeys(int index, const KeyList& keys) {
+  assert(hasPlace(statement_, index));
+  // SQLite takes the pointer without const; the table only reads.
+  check(sqlite3_bind_pointer(statement_, index, const_cast<KeyList*>(&keys), kKeyListPointer,
+                             nullptr));
+  return *this;
+}
+
 bool Statement::step() {
   assert(statement_ != nullptr);
   const int result = sqlite3_step(statement_);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "ox/base/sqlite/key_list.hpp"
 #include "ox/base/text.hpp"
 
 struct sqlite3;
@@ -24,6 +25,8 @@ class Statement {
   Statement& bindText(int index, TextView text);  // missing binds NULL
   Statement& bindBlob(int index, std::string_view bytes);
   Statement& bindNull(int index);
+  // The list is borrowed as texts are.
+  Statement& bindKeys(int index, const KeyList& keys);
 
   // True with a row to read, false when the statement is done. Throws Error.
   bool step();
