@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "ox/records/card_uid.hpp"
 #include "ox/records/fingerprint.hpp"
@@ -107,6 +108,7 @@ void GroupImport::forgetTry(std::size_t problems, std::uint64_t problemCount) {
     group.subgroups.clear();
     group.storedSubgroups.clear();
   }
+  children_.clear();
   nested_.clear();
   removed_.clear();
   steps_ = 0;
@@ -130,10 +132,8 @@ void GroupImport::reportLeftOut(const SaveRequest& request) {
 
 SaveRequest GroupImport::workOut() {
   SaveRequest request;
-  for (auto& group : groups_) {
-    resolveMembers(group);
-    findStored(group);
-  }
+  resolveMembers();
+  findStored();
   breakCircles();
   removeUnnamed(request);
   // New groups first: nothing stored leads into them yet, so their links close no circle.
@@ -146,45 +146,88 @@ SaveRequest GroupImport::workOut() {
   return request;
 }
 
-void GroupImport::resolveMembers(Group& group) {
-  for (const auto& member : group.card.members) {
-    const auto inImport = byUid_.find(member);
-    if (inImport != byUid_.end()) {
-      group.subgroups.push_back(inImport->second);
-      continue;
+void GroupImport::resolveMembers() {
+  std::vector<std::string_view> uids;
+  std::unordered_set<std::string_view> met;
+  for (const auto& group : groups_) {
+    for (const auto& member : group.card.members) {
+      if (!byUid_.contains(member) && met.insert(member).second) uids.push_back(member);
     }
-    const auto persons = source_.recordsWithCardUid(container_, RecordKind::Person, member);
-    if (!persons.empty()) {
-      group.persons.push_back(persons.front());
-      continue;
-    }
-    const auto groups = source_.recordsWithCardUid(container_, RecordKind::Group, member);
-    if (!groups.empty()) {
-      group.storedSubgroups.push_back(groups.front());
-    } else {
-      report(group, "the member " + member + " is not there");
+  }
+  const auto persons = firstMatches(RecordKind::Person, uids);
+  std::erase_if(uids, [&](std::string_view uid) { return persons.contains(uid); });
+  const auto stored = firstMatches(RecordKind::Group, uids);
+  for (auto& group : groups_) {
+    for (const auto& member : group.card.members) {
+      if (const auto here = byUid_.find(member); here != byUid_.end()) {
+        group.subgroups.push_back(here->second);
+      } else if (const auto person = persons.find(member); person != persons.end()) {
+        group.persons.push_back(person->second);
+      } else if (const auto known = stored.find(member); known != stored.end()) {
+        group.storedSubgroups.push_back(known->second);
+      } else {
+        report(group, "the member " + member + " is not there");
+      }
     }
   }
 }
 
-void GroupImport::findStored(Group& group) {
-  const auto uid = plainUid(group.card);
-  RecordKeys found;
-  if (!uid.empty()) {
-    found = source_.recordsWithCardUid(container_, RecordKind::Group, uid);
-  } else {
-    found = source_.recordsWithFingerprint(container_, RecordKind::Group,
-                                           contentFingerprint(group.card.properties, nullptr));
-    std::erase_if(found, [&](const RecordKey& key) { return !holdsAllPersons(group, key); });
+// By UID; those that are not there are missing.
+std::unordered_map<std::string_view, RecordKey> GroupImport::firstMatches(
+    RecordKind kind, const std::vector<std::string_view>& uids) {
+  std::vector<SoughtRecord> sought;
+  sought.reserve(uids.size());
+  for (const auto uid : uids) sought.push_back({uid});
+  std::unordered_map<std::string_view, RecordKey> first;
+  if (sought.empty()) return first;
+  const auto found = source_.matches(container_, kind, sought);
+  for (std::size_t i = 0; i < uids.size(); ++i) {
+    if (!found[i].empty()) first.emplace(uids[i], found[i].front().key);
   }
-  if (found.empty()) return;
-  group.key = found.front();
-  group.stored = true;
+  return first;
+}
+
+void GroupImport::findStored() {
+  if (groups_.empty()) return;
+  std::vector<std::string> uids;
+  uids.reserve(groups_.size());
+  std::vector<SoughtRecord> sought;
+  for (const auto& group : groups_) {
+    uids.push_back(plainUid(group.card));
+    sought.push_back({uids.back(), uids.back().empty()
+                                       ? contentFingerprint(group.card.properties, nullptr)
+                                       : 0});
+  }
+  const auto found = source_.matches(container_, RecordKind::Group, sought);
+  RecordKeys candidates;
+  for (const auto& records : found) {
+    for (const auto& record : records) candidates.push_back(record.key);
+  }
+  askForChildren(candidates);
+  for (std::size_t i = 0; i < groups_.size(); ++i) {
+    for (const auto& record : found[i]) {
+      if (uids[i].empty() && !holdsAllPersons(groups_[i], record.key)) continue;
+      groups_[i].key = record.key;
+      groups_[i].stored = true;
+      break;
+    }
+  }
+}
+
+void GroupImport::askForChildren(const RecordKeys& groups) {
+  for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
+    const auto lists = source_.committedChildren(groups, kind);
+    for (std::size_t i = 0; i < groups.size(); ++i) children_[kind][groups[i]] = lists[i];
+  }
+}
+
+const RecordKeys& GroupImport::childrenOf(const RecordKey& stored, RecordKind kind) const {
+  return *children_.at(kind).at(stored);
 }
 
 bool GroupImport::holdsAllPersons(const Group& group, const RecordKey& stored) {
-  const auto held = source_.committedChildren(stored, RecordKind::Person);
-  const std::unordered_set<RecordKey> members(held->begin(), held->end());
+  const auto& held = childrenOf(stored, RecordKind::Person);
+  const std::unordered_set<RecordKey> members(held.begin(), held.end());
   return std::all_of(group.persons.begin(), group.persons.end(),
                      [&](const RecordKey& person) { return members.contains(person); });
 }
@@ -248,8 +291,8 @@ void GroupImport::collectStored(const Group& group, SaveRequest& request) {
   for (const auto& child : group.subgroups) {
     if (child != kNoGroup) nestedKeys.push_back(groups_[child].key);
   }
-  const auto children = source_.committedChildren(group.key, RecordKind::Group);
-  const std::unordered_set<RecordKey> held(children->begin(), children->end());
+  const auto& children = childrenOf(group.key, RecordKind::Group);
+  const std::unordered_set<RecordKey> held(children.begin(), children.end());
   std::erase_if(nestedKeys, [&](const RecordKey& child) { return held.contains(child); });
   const bool sameMembers = nestedKeys.empty() && holdsAllPersons(group, group.key);
   if (sameValues && sameMembers && (!group.namesFewer || options_.update)) return;
@@ -269,8 +312,7 @@ RecordKeys GroupImport::unnamedMembers(const Group& group, RecordKind kind) {
     if (child != kNoGroup) named.insert(groups_[child].key);
   }
   RecordKeys unnamed;
-  const auto held = source_.committedChildren(group.key, kind);
-  for (const auto& child : *held) {
+  for (const auto& child : childrenOf(group.key, kind)) {
     if (!named.contains(child)) unnamed.push_back(child);
   }
   return unnamed;
@@ -303,21 +345,24 @@ void GroupImport::nest(const Group& group, const RecordKey& child, SaveRequest& 
 
 bool GroupImport::isBelow(const RecordKey& group, const RecordKey& top) {
   std::unordered_set<RecordKey> seen{top};
-  RecordKeys open{top};
-  while (!open.empty()) {
-    const auto key = open.back();
-    open.pop_back();
-    if (key == group || ++steps_ > kMaxSteps) return true;
+  RecordKeys level{top};
+  while (!level.empty()) {
+    const auto lists = source_.committedChildren(level, RecordKind::Group);
+    RecordKeys next;
     const auto visit = [&](const RecordKey& child) {
-      if (seen.insert(child).second) open.push_back(child);
+      if (seen.insert(child).second) next.push_back(child);
     };
-    const auto below = source_.committedChildren(key, RecordKind::Group);
-    const auto removed = removed_.find(key);
-    for (const auto& child : *below) {
-      if (removed == removed_.end() || !removed->second.contains(child)) visit(child);
+    for (std::size_t i = 0; i < level.size(); ++i) {
+      const auto& key = level[i];
+      if (key == group || ++steps_ > kMaxSteps) return true;
+      const auto removed = removed_.find(key);
+      for (const auto& child : *lists[i]) {
+        if (removed == removed_.end() || !removed->second.contains(child)) visit(child);
+      }
+      const auto [first, last] = nested_.equal_range(key);
+      for (auto link = first; link != last; ++link) visit(link->second);
     }
-    const auto [first, last] = nested_.equal_range(key);
-    for (auto link = first; link != last; ++link) visit(link->second);
+    level = std::move(next);
   }
   return false;
 }

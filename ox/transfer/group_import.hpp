@@ -1,6 +1,8 @@
 #pragma once
 
+#include <map>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -48,8 +50,13 @@ class GroupImport {
   SaveRequest workOut();
   void reportLeftOut(const SaveRequest& request);
   // Turns the UIDs of members into persons and groups.
-  void resolveMembers(Group& group);
-  void findStored(Group& group);
+  void resolveMembers();
+  std::unordered_map<std::string_view, RecordKey> firstMatches(
+      RecordKind kind, const std::vector<std::string_view>& uids);
+  void findStored();
+  void askForChildren(const RecordKeys& groups);
+  // Of a group that was asked for.
+  const RecordKeys& childrenOf(const RecordKey& stored, RecordKind kind) const;
   bool holdsAllPersons(const Group& group, const RecordKey& stored);
   // Takes away the links that would make a new group its own descendant.
   void breakCircles();
@@ -71,7 +78,8 @@ class GroupImport {
   ImportReport counted_;  // until the commit
   std::vector<Group> groups_;
   std::unordered_map<std::string, std::size_t> byUid_;
-  std::unordered_set<std::string> withoutUid_;  // name and members
+  std::unordered_set<std::string> withoutUid_;                                   // name and members
+  std::map<RecordKind, std::unordered_map<RecordKey, RecordKeysPtr>> children_;  // of stored groups
   std::unordered_multimap<RecordKey, RecordKey> nested_;
   std::unordered_map<RecordKey, std::unordered_set<RecordKey>> removed_;  // sub-groups, by group
   std::size_t bytes_ = 0;

@@ -1,6 +1,8 @@
 #include "ox/transfer/person_import.hpp"
 
+#include <algorithm>
 #include <functional>
+#include <span>
 #include <stdexcept>
 #include <utility>
 
@@ -11,8 +13,13 @@
 namespace ox::vcard {
 namespace {
 
-bool sameRecord(const PropertyBag& a, const Data& imageOfA, const Card& card) {
-  return sameData(imageOfA, card.photo) && sameContent(a, card.properties);
+// The store is asked about so many cards at once.
+constexpr std::size_t kCardsAsked = 1000;
+constexpr std::size_t kBytesAsked = 1U << 20U;
+
+template <typename Record>
+bool sameRecord(const Record& record, const Card& card) {
+  return sameData(record.image, card.photo) && sameContent(record.properties, card.properties);
 }
 
 // Whoever was given no UID by a card bears one of its own in an export.
@@ -63,140 +70,194 @@ bool PersonImport::isFull() const {
          batchBytes_ >= kBatchBytes;
 }
 
-bool PersonImport::storeMayHold(std::uint64_t hash) const {
-  return !startedEmpty_ || addedHashes_.contains(hash);
+void PersonImport::add(const std::string& file, Card&& card, std::uint64_t fingerprint) {
+  const auto* uid = card.properties.text(property_id::kCardUid);
+  waitingBytes_ += sizeOf(card);
+  waiting_.push_back(
+      {&file, std::move(card), std::string(uid != nullptr ? uidKey(*uid) : ""), fingerprint});
+  if (waiting_.size() >= kCardsAsked || waitingBytes_ >= kBytesAsked) decideWaiting();
 }
 
-std::optional<PersonImport::Match> PersonImport::matchByUid(const Card& card, std::string_view uid,
-                                                            std::uint64_t fingerprint) {
-  const auto inBatch = batchByUid_.find(std::string(uid));
-  if (inBatch != batchByUid_.end()) {
-    const auto& record = batch_.additions[inBatch->second];
-    return Match{record.key, inBatch->second, false,
-                 sameRecord(record.properties, record.image, card)};
+void PersonImport::decideWaiting() {
+  const auto stored = storedMatches();
+  // Taken out first: when a card cannot be decided upon, the import is over.
+  auto waiting = std::exchange(waiting_, {});
+  waitingBytes_ = 0;
+  for (std::size_t i = 0; i < waiting.size(); ++i) decide(std::move(waiting[i]), stored[i]);
+}
+
+bool PersonImport::storeMayHold(const Waiting& waiting) const {
+  if (!startedEmpty_) return true;
+  return addedHashes_.contains(waiting.uid.empty() ? waiting.fingerprint
+                                                   : std::hash<std::string>()(waiting.uid));
+}
+
+std::vector<PersonImport::Stored> PersonImport::storedMatches() {
+  std::vector<Stored> stored(waiting_.size());
+  std::vector<SoughtRecord> sought;
+  std::vector<std::size_t> places;
+  for (std::size_t i = 0; i < waiting_.size(); ++i) {
+    if (!storeMayHold(waiting_[i])) continue;
+    sought.push_back({waiting_[i].uid, waiting_[i].fingerprint});
+    places.push_back(i);
   }
-  if (!storeMayHold(std::hash<std::string_view>()(uid))) return std::nullopt;
-  const auto stored = source_.recordsWithCardUid(container_, RecordKind::Person, uid);
-  if (stored.empty()) return std::nullopt;
-  const auto& key = stored.front();
-  if (batchReplaced_.contains(key)) commit();
-  return Match{key, 0, true,
-               source_.committedFingerprint(key) == fingerprint || isExported(card, key)};
+  if (sought.empty()) return stored;
+  const auto found = source_.matches(container_, RecordKind::Person, sought);
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (found[i].empty()) continue;
+    const auto& first = found[i].front();
+    stored[places[i]] = {first.key, first.fingerprint == sought[i].fingerprint};
+  }
+  compareContents(stored);
+  return stored;
 }
 
-// An export leaves out what is not true any more, and spells some kept lines in another way.
-bool PersonImport::isExported(const Card& card, const RecordKey& key) {
-  const auto values = source_.committedValues(key);
-  return values && isOurCardOf(card, *values, source_.committedImage(key));
-}
-
-std::optional<PersonImport::Match> PersonImport::matchByContent(const Card& card,
-                                                                std::uint64_t fingerprint) {
-  const auto [first, last] = batchByContent_.equal_range(fingerprint);
-  for (auto entry = first; entry != last; ++entry) {
-    const auto& record = batch_.additions[entry->second];
-    if (sameRecord(record.properties, record.image, card)) {
-      return Match{record.key, entry->second, false, true};
+// An export leaves out what is not true any more, and spells some kept lines in another way: what
+// differs by its fingerprint may still be the same card.
+void PersonImport::compareContents(std::vector<Stored>& stored) {
+  RecordKeys keys;
+  std::vector<std::size_t> places;
+  for (std::size_t i = 0; i < stored.size(); ++i) {
+    if (stored[i].key.isNone() || stored[i].sameContent) continue;
+    keys.push_back(stored[i].key);
+    places.push_back(i);
+  }
+  for (std::size_t done = 0; done < keys.size();) {
+    const auto contents = source_.committedContents(std::span(keys).subspan(done), kBytesAsked);
+    for (const auto& [values, picture] : contents) {
+      const auto place = places[done++];
+      const auto& card = waiting_[place].card;
+      stored[place].sameContent = values && isOurCardOf(card, *values, picture);
     }
   }
-  if (!storeMayHold(fingerprint)) return std::nullopt;
-  const auto stored = source_.recordsWithFingerprint(container_, RecordKind::Person, fingerprint);
-  return stored.empty() ? std::nullopt : std::optional(Match{stored.front(), 0, true, true});
 }
 
-void PersonImport::add(const std::string& file, Card&& card, std::uint64_t fingerprint) {
-  const auto* uidText = card.properties.text(property_id::kCardUid);
-  const std::string uid(uidText != nullptr ? uidKey(*uidText) : std::string_view());
-  const auto match =
-      uid.empty() ? matchByContent(card, fingerprint) : matchByUid(card, uid, fingerprint);
+std::size_t PersonImport::additionOf(const Waiting& waiting) const {
+  const auto none = batch_.additions.size();
+  if (!waiting.uid.empty()) {
+    const auto known = batchByUid_.find(waiting.uid);
+    return known != batchByUid_.end() ? known->second : none;
+  }
+  const auto [first, last] = batchByContent_.equal_range(waiting.fingerprint);
+  const auto same = std::find_if(first, last, [&](const auto& entry) {
+    return sameRecord(batch_.additions[entry.second], waiting.card);
+  });
+  return same != last ? same->second : none;
+}
 
+bool PersonImport::isSameAsStored(const Waiting& waiting, const Stored& stored) const {
+  const auto replaced = batchReplaced_.find(stored.key);
+  if (replaced == batchReplaced_.end() || waiting.uid.empty()) return stored.sameContent;
+  const auto& record = batch_.replacements[replaced->second];
+  return sameRecord(record, waiting.card) ||
+         isOurCardOf(waiting.card, record.properties, record.image);
+}
+
+// What this batch is going to write counts before what is stored.
+void PersonImport::decide(Waiting&& waiting, const Stored& stored) {
   ++counted_.cards;
-  if (!card.repairs.empty()) ++counted_.repaired;
-  for (auto& repair : card.repairs)
-    counted_.addProblem(file, repair.line, std::move(repair.reason));
-  if (!match) {
-    append({&file, card.line}, std::move(card), uid, fingerprint);
-  } else if (match->sameContent) {
+  if (!waiting.card.repairs.empty()) ++counted_.repaired;
+  for (auto& repair : waiting.card.repairs) {
+    counted_.addProblem(*waiting.file, repair.line, std::move(repair.reason));
+  }
+  const auto addition = additionOf(waiting);
+  const bool isInBatch = addition < batch_.additions.size();
+  if (!isInBatch && stored.key.isNone()) return append(std::move(waiting));
+  const bool same = isInBatch ? sameRecord(batch_.additions[addition], waiting.card)
+                              : isSameAsStored(waiting, stored);
+  if (same) {
     ++counted_.skipped;
   } else if (!options_.update) {
     ++counted_.skipped;
-    counted_.addProblem(file, card.line, "differs from the person with the same UID; not updated");
+    counted_.addProblem(*waiting.file, waiting.card.line,
+                        "differs from the person with the same UID; not updated");
+  } else if (isInBatch) {
+    replaceAddition(addition, std::move(waiting));
   } else {
-    replace(*match, {&file, card.line}, std::move(card), fingerprint);
+    replaceStored(stored.key, std::move(waiting));
   }
 }
 
-void PersonImport::append(const Origin& origin, Card&& card, std::string_view uid,
-                          std::uint64_t fingerprint) {
+void PersonImport::append(Waiting&& waiting) {
   ++counted_.added;
+  auto& [file, card, uid, fingerprint] = waiting;
   batchBytes_ += sizeOf(card);
   const auto index = batch_.additions.size();
   if (!uid.empty()) {
-    batchByUid_.emplace(uid, index);
-    if (startedEmpty_) addedHashes_.insert(std::hash<std::string_view>()(uid));
+    if (startedEmpty_) addedHashes_.insert(std::hash<std::string>()(uid));
+    batchByUid_.emplace(std::move(uid), index);
   }
   batchByContent_.emplace(fingerprint, index);
   if (startedEmpty_) addedHashes_.insert(fingerprint);
+  additionOrigins_.push_back({file, card.line});
   batch_.additions.push_back({RecordKey::make(RecordKind::Person), RecordKind::Person, container_,
                               std::move(card.properties), std::move(card.photo), fingerprint});
-  additionOrigins_.push_back(origin);
 }
 
-void PersonImport::replace(const Match& match, const Origin& origin, Card&& card,
-                           std::uint64_t fingerprint) {
+void PersonImport::replaceAddition(std::size_t addition, Waiting&& waiting) {
   ++counted_.updated;
-  batchBytes_ += sizeOf(card);
-  if (startedEmpty_) addedHashes_.insert(fingerprint);
-  if (match.stored) {
-    batchReplaced_.insert(match.key);
-    batch_.replacements.push_back({match.key, std::move(card.properties), std::move(card.photo)});
-    replacementOrigins_.push_back(origin);
-  } else {
-    auto& record = batch_.additions[match.addition];
-    batchByContent_.emplace(fingerprint, match.addition);
-    record.properties = std::move(card.properties);
-    record.image = std::move(card.photo);
-    record.fingerprint = fingerprint;
+  batchBytes_ += sizeOf(waiting.card);
+  if (startedEmpty_) addedHashes_.insert(waiting.fingerprint);
+  batchByContent_.emplace(waiting.fingerprint, addition);
+  auto& record = batch_.additions[addition];
+  record.properties = std::move(waiting.card.properties);
+  record.image = std::move(waiting.card.photo);
+  record.fingerprint = waiting.fingerprint;
+}
+
+void PersonImport::replaceStored(const RecordKey& key, Waiting&& waiting) {
+  ++counted_.updated;
+  batchBytes_ += sizeOf(waiting.card);
+  if (startedEmpty_) addedHashes_.insert(waiting.fingerprint);
+  auto& card = waiting.card;
+  const auto [known, isNew] = batchReplaced_.emplace(key, batch_.replacements.size());
+  if (isNew) {
+    replacementOrigins_.emplace_back();
+    batch_.replacements.emplace_back().key = key;
   }
+  replacementOrigins_[known->second] = {waiting.file, card.line};
+  auto& record = batch_.replacements[known->second];
+  record.properties = std::move(card.properties);
+  record.image = std::move(card.photo);
 }
 
 // Ends: what others keep changing right now is all that is tried again.
 void PersonImport::commit() {
+  decideWaiting();
   for (auto left = writeBatch(); !left.empty(); left = writeBatch()) {
-    for (auto& [origin, properties, photo, fingerprint] : left) {
-      Card card;
-      card.properties = std::move(properties);
-      card.photo = std::move(photo);
-      card.line = origin.line;
-      add(*origin.file, std::move(card), fingerprint);
-    }
+    waiting_ = std::move(left);
+    decideWaiting();
   }
 }
 
-std::vector<PersonImport::LeftOut> PersonImport::takeLeftOut() {
-  std::vector<LeftOut> left;
-  for (std::size_t i = 0; i < batch_.additions.size(); ++i) {
-    auto& record = batch_.additions[i];
-    if (!record.leftOut) continue;
-    --counted_.added;
+std::vector<PersonImport::Waiting> PersonImport::takeLeftOut() {
+  std::vector<Waiting> left;
+  const auto take = [&](auto& record, const Origin& origin) {
+    const auto* uid = record.properties.text(property_id::kCardUid);
+    std::string plain(uid != nullptr ? uidKey(*uid) : "");
     const auto fingerprint = contentFingerprint(record.properties, record.image);
-    left.push_back(
-        {additionOrigins_[i], std::move(record.properties), std::move(record.image), fingerprint});
+    Card card;
+    card.properties = std::move(record.properties);
+    card.photo = std::move(record.image);
+    card.line = origin.line;
+    left.push_back({origin.file, std::move(card), std::move(plain), fingerprint});
+  };
+  for (std::size_t i = 0; i < batch_.additions.size(); ++i) {
+    if (!batch_.additions[i].leftOut) continue;
+    --counted_.added;
+    take(batch_.additions[i], additionOrigins_[i]);
   }
   for (std::size_t i = 0; i < batch_.replacements.size(); ++i) {
-    auto& record = batch_.replacements[i];
-    if (!record.leftOut) continue;
+    if (!batch_.replacements[i].leftOut) continue;
     --counted_.updated;
-    const auto fingerprint = contentFingerprint(record.properties, record.image);
-    left.push_back({replacementOrigins_[i], std::move(record.properties), std::move(record.image),
-                    fingerprint});
+    take(batch_.replacements[i], replacementOrigins_[i]);
   }
   counted_.cards -= left.size();
   return left;
 }
 
-std::vector<PersonImport::LeftOut> PersonImport::writeBatch() {
-  std::vector<LeftOut> left;
+std::vector<PersonImport::Waiting> PersonImport::writeBatch() {
+  std::vector<Waiting> left;
   if (!batch_.additions.empty() || !batch_.replacements.empty()) {
     batch_.moment = moment_;
     batch_.whenOutdated = SaveRequest::WhenOutdated::LeaveOut;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -19,7 +20,9 @@ namespace ox::vcard {
 bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& image);
 
 // Writes the person cards of an import, a batch at a time, and counts them once they are committed.
-// Borrows what it is given for its whole life. Throws what the store throws.
+// The store is asked about many cards at once: cards wait until enough have come together, and are
+// then decided upon in their order. Borrows what it is given for its whole life. Throws what the
+// store throws.
 class PersonImport {
  public:
   static constexpr std::size_t kBatchCards = 5000;
@@ -41,37 +44,42 @@ class PersonImport {
     const std::string* file;
     std::size_t line;
   };
-  // A card whose match was none any more when it was to be written.
-  struct LeftOut {
-    Origin origin;
-    PropertyBag properties;
-    Data photo;
+  // A card that nothing was decided about yet, or whose match was none any more when it was to be
+  // written.
+  struct Waiting {
+    const std::string* file;
+    Card card;
+    std::string uid;  // plain; empty without one
     std::uint64_t fingerprint;
   };
-  // What a card is equal to already; null members when that record is of this batch.
-  struct Match {
+  // The stored record that a card is about; no key when there is none.
+  struct Stored {
     RecordKey key;
-    std::size_t addition = 0;  // in the batch, when it is not stored yet
-    bool stored = false;
     bool sameContent = false;
   };
 
-  std::optional<Match> matchByUid(const Card& card, std::string_view uid,
-                                  std::uint64_t fingerprint);
-  bool isExported(const Card& card, const RecordKey& key);
-  std::optional<Match> matchByContent(const Card& card, std::uint64_t fingerprint);
-  bool storeMayHold(std::uint64_t hash) const;
-  void append(const Origin& origin, Card&& card, std::string_view uid, std::uint64_t fingerprint);
-  void replace(const Match& match, const Origin& origin, Card&& card, std::uint64_t fingerprint);
+  void decideWaiting();
+  std::vector<Stored> storedMatches();
+  void compareContents(std::vector<Stored>& stored);
+  void decide(Waiting&& waiting, const Stored& stored);
+  bool isSameAsStored(const Waiting& waiting, const Stored& stored) const;
+  // The addition of this batch that the card is about; the end without one.
+  std::size_t additionOf(const Waiting& waiting) const;
+  bool storeMayHold(const Waiting& waiting) const;
+  void append(Waiting&& waiting);
+  void replaceAddition(std::size_t addition, Waiting&& waiting);
+  void replaceStored(const RecordKey& key, Waiting&& waiting);
   // Writes the batch and begins another; what was left out is not counted.
-  std::vector<LeftOut> writeBatch();
-  std::vector<LeftOut> takeLeftOut();
+  std::vector<Waiting> writeBatch();
+  std::vector<Waiting> takeLeftOut();
 
   ContainerSource& source_;
   std::string container_;
   const ImportOptions& options_;
   ImportReport& report_;
 
+  std::vector<Waiting> waiting_;
+  std::size_t waitingBytes_ = 0;
   SaveRequest batch_;
   std::vector<Origin> additionOrigins_;
   std::vector<Origin> replacementOrigins_;
@@ -79,7 +87,7 @@ class PersonImport {
   std::size_t batchBytes_ = 0;
   std::unordered_map<std::string, std::size_t> batchByUid_;
   std::unordered_multimap<std::uint64_t, std::size_t> batchByContent_;
-  std::unordered_set<RecordKey> batchReplaced_;
+  std::unordered_map<RecordKey, std::size_t> batchReplaced_;  // by place among the replacements
   StoreMoment moment_;  // from before the cards of the batch were looked for
   // When the container was empty and nobody else has written, everything in it came from here:
   // hashes of the UIDs and contents that were added, so that a new card asks the store nothing.

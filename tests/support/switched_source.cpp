@@ -269,16 +269,31 @@ Data SwitchedSource::committedImage(const RecordKey& key) {
   return real_->committedImage(key);
 }
 
-std::uint64_t SwitchedSource::committedFingerprint(const RecordKey& key) {
-  enterContainerView(&SourceCounts::committedFingerprint);
-  if (isIn(&SwitchedSource::hiddenFromContainers_, key.text())) return 0;
-  return real_->committedFingerprint(key);
+std::vector<RecordContent> SwitchedSource::committedContents(std::span<const RecordKey> keys,
+                                                             std::size_t bytes) {
+  enterContainerView(&SourceCounts::committedContents);
+  auto contents = real_->committedContents(keys, bytes);
+  for (std::size_t i = 0; i < contents.size(); ++i) {
+    if (isIn(&SwitchedSource::hiddenFromContainers_, keys[i].text())) contents[i] = {};
+  }
+  return contents;
 }
 
 RecordKeysPtr SwitchedSource::committedChildren(const RecordKey& group, RecordKind kind) {
   enterContainerView(&SourceCounts::committedChildren);
   return std::make_shared<const RecordKeys>(
       without(&SwitchedSource::hiddenFromContainers_, *real_->committedChildren(group, kind)));
+}
+
+std::vector<RecordKeysPtr> SwitchedSource::committedChildren(std::span<const RecordKey> groups,
+                                                             RecordKind kind) {
+  enterContainerView(&SourceCounts::committedChildren);
+  auto lists = real_->committedChildren(groups, kind);
+  for (auto& list : lists) {
+    list =
+        std::make_shared<const RecordKeys>(without(&SwitchedSource::hiddenFromContainers_, *list));
+  }
+  return lists;
 }
 
 StoreMoment SwitchedSource::moment() {
@@ -291,18 +306,17 @@ bool SwitchedSource::execute(SaveRequest& request) {
   return real_->execute(request);
 }
 
-RecordKeys SwitchedSource::recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
-                                              std::string_view uid) {
-  enterContainerView(&SourceCounts::recordsWithCardUid);
-  return without(&SwitchedSource::hiddenFromContainers_,
-                 real_->recordsWithCardUid(containerIdentifier, kind, uid));
-}
-
-RecordKeys SwitchedSource::recordsWithFingerprint(std::string_view containerIdentifier,
-                                                  RecordKind kind, std::uint64_t fingerprint) {
-  enterContainerView(&SourceCounts::recordsWithFingerprint);
-  return without(&SwitchedSource::hiddenFromContainers_,
-                 real_->recordsWithFingerprint(containerIdentifier, kind, fingerprint));
+std::vector<FoundRecords> SwitchedSource::matches(std::string_view containerIdentifier,
+                                                  RecordKind kind,
+                                                  std::span<const SoughtRecord> sought) {
+  enterContainerView(&SourceCounts::matches);
+  auto found = real_->matches(containerIdentifier, kind, sought);
+  for (auto& records : found) {
+    std::erase_if(records, [this](const FoundRecord& record) {
+      return isIn(&SwitchedSource::hiddenFromContainers_, record.key.text());
+    });
+  }
+  return found;
 }
 
 void SwitchedSource::checkpoint() {

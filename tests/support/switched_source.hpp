@@ -36,12 +36,11 @@ struct SourceCounts {
   std::uint64_t recordsIn = 0;
   std::uint64_t committedValues = 0;
   std::uint64_t committedImage = 0;
-  std::uint64_t committedFingerprint = 0;
+  std::uint64_t committedContents = 0;
   std::uint64_t committedChildren = 0;
   std::uint64_t moment = 0;
   std::uint64_t execute = 0;
-  std::uint64_t recordsWithCardUid = 0;
-  std::uint64_t recordsWithFingerprint = 0;
+  std::uint64_t matches = 0;
   std::uint64_t checkpoint = 0;
   // Those of `value`, by property.
   std::map<PropertyId, std::uint64_t> valueOf = {};
@@ -106,14 +105,15 @@ class SwitchedSource : public ContactSource {
   RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind) override;
   std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) override;
   Data committedImage(const RecordKey& key) override;
-  std::uint64_t committedFingerprint(const RecordKey& key) override;
+  std::vector<RecordContent> committedContents(std::span<const RecordKey> keys,
+                                               std::size_t bytes) override;
   RecordKeysPtr committedChildren(const RecordKey& group, RecordKind kind) override;
+  std::vector<RecordKeysPtr> committedChildren(std::span<const RecordKey> groups,
+                                               RecordKind kind) override;
   StoreMoment moment() override;
   bool execute(SaveRequest& request) override;
-  RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
-                                std::string_view uid) override;
-  RecordKeys recordsWithFingerprint(std::string_view containerIdentifier, RecordKind kind,
-                                    std::uint64_t fingerprint) override;
+  std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
+                                    std::span<const SoughtRecord> sought) override;
   void checkpoint() override;
 
  private:

@@ -78,11 +78,58 @@ TEST(Importer, WritesFiveThousandCardsAtATimeAndAsksTheEmptyStoreNothing) {
   EXPECT_EQ(countsOf(importFiles({file}, "_local", options)), "12500 = 12500 + 0 + 0 + 0 + 0");
   const auto counts = source.counts();
   EXPECT_EQ(counts.execute, 3U);
-  EXPECT_EQ(counts.recordsWithCardUid, 0U);
-  EXPECT_EQ(counts.recordsWithFingerprint, 0U);
+  EXPECT_EQ(counts.matches, 0U);
   EXPECT_EQ(counts.checkpoint, 1U);
   EXPECT_EQ(lastDone, text.size());
   EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "12500 = 0 + 0 + 12500 + 0 + 0");
+}
+
+TEST(Importer, AsksAboutAThousandCardsAtATime) {
+  auto& source = SwitchedSource::install();
+  const auto file = temporaryFile("many.vcf", manyCards(2500));
+  importFiles({file}, "_local", {});
+  source.resetCounts();
+  EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "2500 = 0 + 0 + 2500 + 0 + 0");
+  const auto known = source.counts();
+  EXPECT_EQ(known.matches, 3U);
+  EXPECT_EQ(known.committedContents + known.committedValues + known.committedImage, 0U);
+  // Other content: it is read, for an export may differ from what it was made of.
+  auto changed = manyCards(500);
+  for (std::size_t at = 0; (at = changed.find(";P", at)) != std::string::npos;) changed[++at] = 'Q';
+  source.resetCounts();
+  ImportOptions options;
+  options.update = true;
+  const auto report = importFiles({temporaryFile("changed.vcf", changed)}, "_local", options);
+  EXPECT_EQ(countsOf(report), "500 = 0 + 500 + 0 + 0 + 0");
+  EXPECT_EQ(source.counts().matches, 1U);
+  EXPECT_EQ(source.counts().committedContents, 1U);
+}
+
+// Cards that match one another, and the same stored person, within what the store is asked at once.
+TEST(Importer, ComparesCardsOfOneBatchWithEachOther) {
+  const auto importing = [](const std::string& cards, bool update) {
+    ImportOptions options;
+    options.update = update;
+    return countsOf(importFiles({temporaryFile("batch.vcf", cards)}, "_local", options));
+  };
+  const auto names = [] {
+    std::string text;
+    for (const auto& key : contactSource().recordsIn("_local", RecordKind::Person)) {
+      text += *contactSource().committedValues(key)->text(property_id::kFirst) + " ";
+    }
+    return text;
+  };
+  EXPECT_EQ(importing(cardOf("a", "Ann"), false), "1 = 1 + 0 + 0 + 0 + 0");
+  const auto cards = cardOf("a", "Ann") + cardOf("a", "Bea") + cardOf("a", "Bea") +
+                     cardOf("a", "Cyd") + cardOf("b", "Ben") + cardOf("urn:uuid:b", "Ben") +
+                     cardOf("b", "Bob");
+  EXPECT_EQ(importing(cards, false), "7 = 1 + 0 + 6 + 0 + 0");
+  EXPECT_EQ(names(), "Ann Ben ");
+  // Each time the card of Ann comes first and changes nothing, those behind it do.
+  EXPECT_EQ(importing(cards, true), "7 = 0 + 3 + 4 + 0 + 0");
+  EXPECT_EQ(names(), "Cyd Bob ");
+  EXPECT_EQ(importing(cards, true), "7 = 0 + 5 + 2 + 0 + 0");
+  EXPECT_EQ(names(), "Cyd Bob ");
 }
 
 TEST(Importer, DoesWithoutThreads) {
@@ -246,10 +293,14 @@ TEST(Importer, AddsACardOnceFromManyThreads) {
   EXPECT_EQ(contactSource().recordsIn("_local", RecordKind::Person).size(), 6001U);
 }
 
+FoundRecords withCardUid(ContactSource& source, RecordKind kind, std::string_view uid) {
+  return source.matches("_local", kind, std::vector<SoughtRecord>{{uid}}).at(0);
+}
+
 void removeElsewhere(ContactSource& elsewhere, const std::string& uid) {
   for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
-    for (const auto& key : elsewhere.recordsWithCardUid("_local", kind, uid)) {
-      elsewhere.remove(key, kind);
+    for (const auto& found : withCardUid(elsewhere, kind, uid)) {
+      elsewhere.remove(found.key, kind);
     }
   }
   ASSERT_TRUE(elsewhere.save().done);
@@ -331,7 +382,7 @@ TEST(Importer, EndsAlsoWhenOthersNeverStopWriting) {
   std::string last;
   std::function<void(ContactSource&)> again = [&](ContactSource& elsewhere) {
     const auto uid = "u" + std::to_string(++requests + 3);
-    last = elsewhere.recordsWithCardUid("_local", RecordKind::Person, uid).at(0).text();
+    last = withCardUid(elsewhere, RecordKind::Person, uid).at(0).key.text();
     removeElsewhere(elsewhere, uid);
     source.beforeRequest(0, again);
   };

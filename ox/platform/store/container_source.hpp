@@ -1,12 +1,14 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "ox/base/data.hpp"
 #include "ox/platform/store/values/container_info.hpp"
+#include "ox/platform/store/values/many_records.hpp"
 #include "ox/platform/store/values/record_keys.hpp"
 #include "ox/platform/store/values/save_request.hpp"
 #include "ox/platform/store/values/store_error.hpp"
@@ -34,25 +36,27 @@ class ContainerSource {
   // Null when there is no such record.
   virtual std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) = 0;
   virtual Data committedImage(const RecordKey& key) = 0;
-  // contentFingerprint of the committed values and picture, without reading them; 0 when there is
-  // no such record.
-  virtual std::uint64_t committedFingerprint(const RecordKey& key) = 0;
-  // The members or sub-groups of a group.
+  // Values and pictures of the first of these records: as many as come to about that many bytes,
+  // and at least one. A damaged one ends the answer before it; the first one throws DamagedRecord
+  // or ImageReadError.
+  virtual std::vector<RecordContent> committedContents(std::span<const RecordKey> keys,
+                                                       std::size_t bytes) = 0;
+  // The members or sub-groups of a group, or of each of some groups.
   virtual RecordKeysPtr committedChildren(const RecordKey& group, RecordKind kind) = 0;
+  virtual std::vector<RecordKeysPtr> committedChildren(std::span<const RecordKey> groups,
+                                                       RecordKind kind) = 0;
   // How far the store has come, looked for now.
   virtual StoreMoment moment() = 0;
   // Whole, but for what the request lets be left out, or not at all. Additions whose identifier is
   // taken get a new one, written into the request. False with a reason in the request when nothing
   // was written.
   virtual bool execute(SaveRequest& request) = 0;
-  // Records of a container that came from a card with that UID, with or without "urn:uuid:", in
-  // creation order; else the one that an export gives that UID because it has no other
-  // (uidOfRecord).
-  virtual RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
-                                        std::string_view uid) = 0;
-  // Those whose content has that fingerprint (ox/records/fingerprint.hpp), in creation order.
-  virtual RecordKeys recordsWithFingerprint(std::string_view containerIdentifier, RecordKind kind,
-                                            std::uint64_t fingerprint) = 0;
+  // For each of the sought, in creation order: the records of the container that came from a card
+  // with that UID, with or without "urn:uuid:", else the one that an export gives that UID because
+  // it has no other (uidOfRecord); without a UID those whose content has that fingerprint
+  // (ox/records/fingerprint.hpp).
+  virtual std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
+                                            std::span<const SoughtRecord> sought) = 0;
   // Returns when everything committed so far would survive a power cut.
   virtual void checkpoint() = 0;
 };

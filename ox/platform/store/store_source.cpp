@@ -233,10 +233,11 @@ class StoreSource final : public ContactSource {
     return committed_.values(key);
   }
 
-  std::uint64_t committedFingerprint(const RecordKey& key) override {
+  std::vector<RecordContent> committedContents(std::span<const RecordKey> keys,
+                                               std::size_t bytes) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
-    return committed_.fingerprint(key);
+    committed_.refresh(Look::Now);
+    return committed_.contents(keys, bytes);
   }
 
   Data committedImage(const RecordKey& key) override {
@@ -249,6 +250,13 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::Now);
     return committed_.children(group, kind);
+  }
+
+  std::vector<RecordKeysPtr> committedChildren(std::span<const RecordKey> groups,
+                                               RecordKind kind) override {
+    const std::lock_guard lock(mutex_);
+    committed_.refresh(Look::Now);
+    return committed_.children(groups, kind);
   }
 
   StoreMoment moment() override {
@@ -267,18 +275,11 @@ class StoreSource final : public ContactSource {
     return store_.execute(request);
   }
 
-  RecordKeys recordsWithCardUid(std::string_view containerIdentifier, RecordKind kind,
-                                std::string_view uid) override {
+  std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
+                                    std::span<const SoughtRecord> sought) override {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::Now);
-    return committed_.withCardUid(containerIdentifier, kind, uid);
-  }
-
-  RecordKeys recordsWithFingerprint(std::string_view containerIdentifier, RecordKind kind,
-                                    std::uint64_t fingerprint) override {
-    const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
-    return committed_.withFingerprint(containerIdentifier, kind, fingerprint);
+    return committed_.matches(containerIdentifier, kind, sought);
   }
 
   void checkpoint() override {

@@ -5,7 +5,6 @@
 
 #include "ox/base/checksum.hpp"
 #include "ox/platform/store/values/store_error.hpp"
-#include "ox/records/card_uid.hpp"
 #include "ox/records/property_codec.hpp"
 
 namespace ox {
@@ -215,17 +214,6 @@ void CommittedRecords::forgetValues() {
   lastValues_.reset();
 }
 
-std::uint64_t CommittedRecords::fingerprint(const RecordKey& key) {
-  const auto entry = find(key);
-  if (!entry) return 0;
-  return file_.guarded([&]() -> std::uint64_t {
-    auto& row = file_.statement(Sql::FingerprintByRow);
-    const sqlite::StatementScope scope(row);
-    row.bind(1, entry->row);
-    return row.step() ? static_cast<std::uint64_t>(row.integer(0)) : 0;
-  });
-}
-
 PropertyBag CommittedRecords::decodeNaming(const RecordKey& key, std::string_view bytes) {
   try {
     return decodeProperties(bytes);
@@ -268,7 +256,7 @@ RecordKeysPtr CommittedRecords::linkedKeys(Sql which, const RecordKey& key,
 }
 
 RecordKeysPtr CommittedRecords::children(const RecordKey& group, RecordKind kind) {
-  auto& cache = kind == RecordKind::Person ? memberLists_ : subgroupLists_;
+  auto& cache = childLists(kind);
   if (const auto* cached = cache.find(group)) return *cached;
   auto keys = linkedKeys(Sql::ChildrenOfRow, group, kind);
   const auto cost = keys->size() + 1;
@@ -280,46 +268,6 @@ RecordKeysPtr CommittedRecords::parents(const RecordKey& record) {
   auto keys = linkedKeys(Sql::ParentsOfRow, record, std::nullopt);
   const auto cost = keys->size() + 1;
   return *parentLists_.put(record, std::move(keys), cost);
-}
-
-RecordKeys CommittedRecords::withCardUid(std::string_view containerIdentifier, RecordKind kind,
-                                         std::string_view uid) {
-  const auto container = containers_.rowOf(containerIdentifier);
-  const auto plain = uidKey(uid);
-  for (const auto& spelling : {std::string(plain), std::string(kUrnPrefix).append(plain)}) {
-    auto found = file_.guarded([&] {
-      auto& rows = file_.statement(Sql::RecordsByCardUid);
-      const sqlite::StatementScope scope(rows);
-      rows.bindText(1, spelling);
-      return keysOf(rows, container, kind);
-    });
-    if (!found.empty()) return found;
-  }
-  const auto own = RecordKey::known(recordOfUid(plain, kind));
-  const auto entry = own ? find(*own) : std::nullopt;
-  if (!entry || entry->kind != kind || entry->container != container) return {};
-  return {*own};
-}
-
-RecordKeys CommittedRecords::withFingerprint(std::string_view containerIdentifier, RecordKind kind,
-                                             std::uint64_t fingerprint) {
-  const auto container = containers_.rowOf(containerIdentifier);
-  return file_.guarded([&] {
-    auto& rows = file_.statement(Sql::RecordsByFingerprint);
-    const sqlite::StatementScope scope(rows);
-    rows.bind(1, static_cast<std::int64_t>(fingerprint));
-    return keysOf(rows, container, kind);
-  });
-}
-
-RecordKeys CommittedRecords::keysOf(sqlite::Statement& rows, std::int32_t container,
-                                    RecordKind kind) {
-  RecordKeys keys;
-  while (rows.step()) {
-    const auto entry = entryOfRow(rows);
-    if (entry.container == container && entry.kind == kind) keys.push_back(entry.key);
-  }
-  return keys;
 }
 
 void CommittedRecords::follow(const WrittenRecords& written) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "ox/platform/store/committed/generation_cache.hpp"
 #include "ox/platform/store/committed/record_index.hpp"
 #include "ox/platform/store/file/store_file.hpp"
+#include "ox/platform/store/values/many_records.hpp"
 #include "ox/platform/store/values/record_keys.hpp"
 #include "ox/platform/store/values/save_request.hpp"
 #include "ox/records/property_bag.hpp"
@@ -52,16 +54,18 @@ class CommittedRecords {
   std::optional<Entry> find(const RecordKey& key);
   // Null when there is no such record.
   std::shared_ptr<const PropertyBag> values(const RecordKey& key);
-  // 0 when there is no such record.
-  std::uint64_t fingerprint(const RecordKey& key);
   // Null without a picture; throws ImageReadError when its bytes are damaged.
   Data image(const RecordKey& key);
   RecordKeysPtr children(const RecordKey& group, RecordKind kind);
   RecordKeysPtr parents(const RecordKey& record);
-  RecordKeys withCardUid(std::string_view containerIdentifier, RecordKind kind,
-                         std::string_view uid);
-  RecordKeys withFingerprint(std::string_view containerIdentifier, RecordKind kind,
-                             std::uint64_t fingerprint);
+
+  // About many at once (many_at_once.cpp); one answer for each key, in their order.
+  std::vector<std::optional<Entry>> find(std::span<const RecordKey> keys);
+  // See ContainerSource.
+  std::vector<RecordContent> contents(std::span<const RecordKey> keys, std::size_t bytes);
+  std::vector<RecordKeysPtr> children(std::span<const RecordKey> groups, RecordKind kind);
+  std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
+                                    std::span<const SoughtRecord> sought);
 
   // For whoever writes. This process has committed something.
   void noteCommit() { ++commits_; }
@@ -79,7 +83,9 @@ class CommittedRecords {
   std::shared_ptr<const PropertyBag> readStored(const RecordKey& key, Entry entry);
   std::shared_ptr<const PropertyBag> readValues(const Entry& entry, std::int64_t count);
   PropertyBag decodeNaming(const RecordKey& key, std::string_view bytes);
-  RecordKeys keysOf(sqlite::Statement& rows, std::int32_t container, RecordKind kind);
+  auto& childLists(RecordKind kind) {
+    return kind == RecordKind::Person ? memberLists_ : subgroupLists_;
+  }
   RecordKeysPtr linkedKeys(Sql which, const RecordKey& key, std::optional<RecordKind> kind);
 
   StoreFile& file_;

@@ -3,6 +3,7 @@
 #include <cassert>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "ox/platform/store/committed/store_transaction.hpp"
 #include "ox/records/card_uid.hpp"
@@ -105,17 +106,32 @@ void ContactStore::settleOutdated(SaveRequest& request) {
     throw RefusedRequest("the store was changed meanwhile");
   }
   // Before anything is added: what one request adds is not compared with itself.
-  for (auto& record : request.additions) record.leftOut = isThere(record);
+  const std::span additions(request.additions);
+  for (std::size_t first = 0, next = 0; first < additions.size(); first = next) {
+    while (next < additions.size() && additions[next].kind == additions[first].kind &&
+           additions[next].container == additions[first].container) {
+      ++next;
+    }
+    leaveOutStored(additions.subspan(first, next - first));
+  }
 }
 
-bool ContactStore::isThere(const NewRecord& record) {
-  const auto& container = record.container;
-  const auto* uid = record.properties.text(property_id::kCardUid);
-  if (uid != nullptr && !uidKey(*uid).empty()) {
-    return !committed_.withCardUid(container, record.kind, *uid).empty();
+// Of one kind in one container.
+void ContactStore::leaveOutStored(std::span<NewRecord> additions) {
+  std::vector<SoughtRecord> sought;
+  std::vector<NewRecord*> records;
+  for (auto& record : additions) {
+    record.leftOut = false;
+    const auto* uid = record.properties.text(property_id::kCardUid);
+    const bool hasUid = uid != nullptr && !uidKey(*uid).empty();
+    if (!hasUid && record.kind != RecordKind::Person) continue;
+    sought.push_back(hasUid ? SoughtRecord{*uid} : SoughtRecord{{}, fingerprintOf(record)});
+    records.push_back(&record);
   }
-  return record.kind == RecordKind::Person &&
-         !committed_.withFingerprint(container, record.kind, fingerprintOf(record)).empty();
+  if (sought.empty()) return;
+  const auto& any = additions.front();
+  const auto found = committed_.matches(any.container, any.kind, sought);
+  for (std::size_t i = 0; i < records.size(); ++i) records[i]->leftOut = !found[i].empty();
 }
 
 }  // namespace ox

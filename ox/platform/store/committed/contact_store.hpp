@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 
 #include "ox/platform/store/committed/committed_records.hpp"
@@ -35,7 +36,7 @@ class ContactStore {
   template <typename Step>
   void write(StoreFile::Outlive outlive, Step step);
   void settleOutdated(SaveRequest& request);
-  bool isThere(const NewRecord& record);
+  void leaveOutStored(std::span<NewRecord> additions);
 
   StoreFile file_;
   CommittedRecords committed_;

@@ -31,7 +31,6 @@ constexpr std::array kStatements = {
     Row{Sql::ContentFrom,
         "SELECT c.record, r.uid, c.properties FROM content c JOIN record r ON r.id = c.record "
         "WHERE c.record >= ?1 ORDER BY c.record LIMIT ?2"},
-    Row{Sql::FingerprintByRow, "SELECT fingerprint FROM content WHERE record = ?1"},
     Row{Sql::ImageByRow, "SELECT checksum, data FROM image WHERE record = ?1"},
     Row{Sql::ChildrenOfRow,
         "SELECT r.uid FROM link l JOIN record r ON r.id = l.child "
@@ -39,12 +38,29 @@ constexpr std::array kStatements = {
     Row{Sql::ParentsOfRow,
         "SELECT r.uid FROM link l JOIN record r ON r.id = l.parent WHERE l.child = ?1 "
         "ORDER BY l.id"},
-    Row{Sql::RecordsByCardUid,
-        "SELECT r.id, r.uid, r.kind, r.container FROM content c JOIN record r ON r.id = c.record "
-        "WHERE c.card_uid = ?1 ORDER BY r.id"},
-    Row{Sql::RecordsByFingerprint,
-        "SELECT r.id, r.uid, r.kind, r.container FROM content c JOIN record r ON r.id = c.record "
-        "WHERE c.fingerprint = ?1 ORDER BY r.id"},
+    // About many at once. The list comes first and in its order, whatever the planner thinks of it.
+    Row{Sql::RecordsByUids,
+        "SELECT r.id, r.uid, r.kind, r.container, k.rowid "
+        "FROM keys(?1) k CROSS JOIN record r ON r.uid = k.key"},
+    Row{Sql::ContentsOfRows,
+        "SELECT k.rowid, c.properties, i.checksum, i.data "
+        "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
+        "LEFT JOIN image i ON i.record = c.record"},
+    Row{Sql::ChildrenOfRows,
+        "SELECT k.rowid, r.uid FROM keys(?1) k CROSS JOIN link l ON l.parent = k.key "
+        "CROSS JOIN record r ON r.id = l.child WHERE r.kind = ?2 ORDER BY k.rowid, l.id"},
+    Row{Sql::RecordsByCardUids,
+        "SELECT r.id, r.uid, r.kind, r.container, k.rowid, c.fingerprint "
+        "FROM keys(?1) k CROSS JOIN content c ON c.card_uid = k.key "
+        "CROSS JOIN record r ON r.id = c.record ORDER BY k.rowid, c.record"},
+    Row{Sql::RecordsByFingerprints,
+        "SELECT r.id, r.uid, r.kind, r.container, k.rowid, c.fingerprint "
+        "FROM keys(?1) k CROSS JOIN content c ON c.fingerprint = k.key "
+        "CROSS JOIN record r ON r.id = c.record ORDER BY k.rowid, c.record"},
+    Row{Sql::RecordsByRows,
+        "SELECT r.id, r.uid, r.kind, r.container, k.rowid, c.fingerprint "
+        "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
+        "CROSS JOIN record r ON r.id = c.record"},
     Row{Sql::NextRecord, "SELECT next_record FROM counter"},
     Row{Sql::SetNextRecord, "UPDATE counter SET next_record = ?1"},
     Row{Sql::InsertContainer, "INSERT INTO container(identifier, name, type) VALUES(?1, ?2, ?3)"},
@@ -100,6 +116,14 @@ StoredUid::StoredUid(const RecordKey& key) : asText_(key.isForeign()) {
   const auto& bytes = key.bytes();
   bytes_ =
       asText_ ? key.text() : std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+void StoredUid::addTo(sqlite::KeyList& keys) const {
+  if (asText_) {
+    keys.addText(bytes_);
+  } else {
+    keys.addBlob(bytes_);
+  }
 }
 
 void StoredUid::bindTo(sqlite::Statement& statement, int index) const {

@@ -19,12 +19,15 @@ enum class Sql : std::uint8_t {
   RemovalsAfter,
   RecordByUid,
   ContentFrom,
-  FingerprintByRow,
   ImageByRow,
   ChildrenOfRow,
   ParentsOfRow,
-  RecordsByCardUid,
-  RecordsByFingerprint,
+  RecordsByUids,
+  ContentsOfRows,
+  ChildrenOfRows,
+  RecordsByCardUids,
+  RecordsByFingerprints,
+  RecordsByRows,
   // writing
   NextRecord,
   SetNextRecord,
@@ -53,8 +56,9 @@ std::string_view sqlOf(Sql which);
 class StoredUid {
  public:
   explicit StoredUid(const RecordKey& key);
-  // Borrowed by the statement: this object must outlive the step.
+  // Borrowed by the statement or the list: this object must outlive the step.
   void bindTo(sqlite::Statement& statement, int index) const;
+  void addTo(sqlite::KeyList& keys) const;
 
  private:
   bool asText_;

@@ -1,0 +1,223 @@
+// Questions about many records at once: a handful of statements however many they are.
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "ox/base/checksum.hpp"
+#include "ox/platform/store/committed/committed_records.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+#include "ox/records/card_uid.hpp"
+#include "ox/records/property_codec.hpp"
+
+namespace ox {
+namespace {
+
+// False when values or picture are damaged. Of a row as ContentsOfRows gives it.
+bool readContent(const sqlite::Statement& row, RecordContent& content) {
+  RecordContent read;
+  try {
+    read.values = std::make_shared<const PropertyBag>(decodeProperties(row.blob(1)));
+  } catch (const DamagedProperties&) {
+    return false;
+  }
+  if (!row.isNull(2)) {
+    const auto bytes = row.blob(3);
+    if (checksum64(bytes) != static_cast<std::uint64_t>(row.integer(2))) return false;
+    read.picture = makeData(std::string(bytes));
+  }
+  content = std::move(read);
+  return true;
+}
+
+// The records of one container by which sought ones are recognised, found step by step.
+class Matching {
+ public:
+  Matching(StoreFile& file, CommittedRecords& committed, std::int32_t container, RecordKind kind,
+           std::span<const SoughtRecord> sought)
+      : file_(file),
+        committed_(committed),
+        container_(container),
+        kind_(kind),
+        sought_(sought),
+        found_(sought.size()) {}
+
+  std::vector<FoundRecords> run() {
+    std::vector<std::size_t> withUid;
+    Asked contents;
+    for (std::size_t i = 0; i < sought_.size(); ++i) {
+      if (!uidOf(i).empty()) {
+        withUid.push_back(i);
+      } else if (sought_[i].fingerprint != 0) {
+        contents.keys.add(static_cast<std::int64_t>(sought_[i].fingerprint));
+        contents.places.push_back(i);
+      }
+    }
+    ask(Sql::RecordsByFingerprints, contents);
+    findByUid(withUid, "");
+    findByUid(unfoundOf(withUid), kUrnPrefix);
+    findOwn(unfoundOf(withUid));
+    return std::move(found_);
+  }
+
+ private:
+  // Keys for one statement, and which of the sought records each is for.
+  struct Asked {
+    sqlite::KeyList keys;
+    std::vector<std::size_t> places;
+  };
+
+  std::string_view uidOf(std::size_t place) const { return uidKey(sought_[place].cardUid); }
+
+  std::vector<std::size_t> unfoundOf(const std::vector<std::size_t>& places) const {
+    std::vector<std::size_t> unfound;
+    for (const auto place : places) {
+      if (found_[place].empty()) unfound.push_back(place);
+    }
+    return unfound;
+  }
+
+  void findByUid(const std::vector<std::size_t>& places, std::string_view prefix) {
+    std::vector<std::string> spellings;
+    spellings.reserve(places.size());
+    for (const auto place : places) spellings.push_back(std::string(prefix).append(uidOf(place)));
+    Asked asked{{}, places};
+    for (const auto& spelling : spellings) asked.keys.addText(spelling);
+    ask(Sql::RecordsByCardUids, asked);
+  }
+
+  // Those that no card gave a UID, by the one that an export gives them.
+  void findOwn(const std::vector<std::size_t>& places) {
+    std::vector<std::size_t> known;
+    RecordKeys keys;
+    for (const auto place : places) {
+      const auto key = RecordKey::known(recordOfUid(uidOf(place), kind_));
+      if (!key) continue;
+      keys.push_back(*key);
+      known.push_back(place);
+    }
+    Asked asked;
+    const auto entries = committed_.find(keys);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+      if (!entries[i]) continue;
+      asked.keys.add(entries[i]->row);
+      asked.places.push_back(known[i]);
+    }
+    ask(Sql::RecordsByRows, asked);
+  }
+
+  void ask(Sql which, const Asked& asked) {
+    if (asked.places.empty()) return;
+    file_.guarded([&] {
+      auto& rows = file_.statement(which);
+      const sqlite::StatementScope scope(rows);
+      rows.bindKeys(1, asked.keys);
+      while (rows.step()) {
+        const auto entry = entryOfRow(rows);
+        if (entry.container != container_ || entry.kind != kind_) continue;
+        const auto place = asked.places[static_cast<std::size_t>(rows.integer(4))];
+        found_[place].push_back({entry.key, static_cast<std::uint64_t>(rows.integer(5))});
+      }
+    });
+  }
+
+  StoreFile& file_;
+  CommittedRecords& committed_;
+  std::int32_t container_;
+  RecordKind kind_;
+  std::span<const SoughtRecord> sought_;
+  std::vector<FoundRecords> found_;
+};
+
+}  // namespace
+
+std::vector<std::optional<RecordEntry>> CommittedRecords::find(std::span<const RecordKey> keys) {
+  std::vector<std::optional<Entry>> found(keys.size());
+  if (indexLoaded_) {
+    for (std::size_t i = 0; i < keys.size(); ++i) found[i] = find(keys[i]);
+    return found;
+  }
+  const std::vector<StoredUid> uids(keys.begin(), keys.end());
+  sqlite::KeyList list;
+  for (const auto& uid : uids) uid.addTo(list);
+  file_.guarded([&] {
+    auto& rows = file_.statement(Sql::RecordsByUids);
+    const sqlite::StatementScope scope(rows);
+    rows.bindKeys(1, list);
+    while (rows.step()) found[static_cast<std::size_t>(rows.integer(4))] = entryOfRow(rows);
+  });
+  return found;
+}
+
+std::vector<RecordContent> CommittedRecords::contents(std::span<const RecordKey> keys,
+                                                      std::size_t bytes) {
+  sqlite::KeyList list;
+  for (const auto& entry : find(keys)) list.add(entry ? entry->row : 0);
+  std::vector<RecordContent> contents(keys.size());
+  auto answered = keys.size();
+  file_.guarded([&] {
+    auto& rows = file_.statement(Sql::ContentsOfRows);
+    const sqlite::StatementScope scope(rows);
+    rows.bindKeys(1, list);
+    for (std::size_t taken = 0; rows.step();) {
+      const auto place = static_cast<std::size_t>(rows.integer(0));
+      const bool isEnough = taken >= bytes && place > 0;
+      if (isEnough || !readContent(rows, contents[place])) {
+        answered = place;
+        return;
+      }
+      taken += rows.blob(1).size() + rows.blob(3).size();
+    }
+  });
+  // A damaged one at the beginning is asked for alone, to throw what is wrong with it.
+  contents.resize(std::max<std::size_t>(answered, keys.empty() ? 0 : 1));
+  for (std::size_t i = 0; i < contents.size(); ++i) {
+    if (contents[i].values) continue;
+    contents[i].values = values(keys[i]);
+    if (contents[i].values) contents[i].picture = image(keys[i]);
+  }
+  return contents;
+}
+
+std::vector<RecordKeysPtr> CommittedRecords::children(std::span<const RecordKey> groups,
+                                                      RecordKind kind) {
+  auto& cache = childLists(kind);
+  std::vector<RecordKeysPtr> lists(groups.size());
+  std::vector<std::size_t> places;
+  RecordKeys unknown;
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    if (const auto* cached = cache.find(groups[i])) {
+      lists[i] = *cached;
+    } else {
+      places.push_back(i);
+      unknown.push_back(groups[i]);
+    }
+  }
+  if (unknown.empty()) return lists;
+  std::vector<RecordKeys> read(unknown.size());
+  sqlite::KeyList list;
+  for (const auto& entry : find(unknown)) list.add(entry ? entry->row : 0);
+  file_.guarded([&] {
+    auto& rows = file_.statement(Sql::ChildrenOfRows);
+    const sqlite::StatementScope scope(rows);
+    rows.bindKeys(1, list).bind(2, static_cast<std::int64_t>(kind));
+    while (rows.step()) {
+      read[static_cast<std::size_t>(rows.integer(0))].push_back(keyOfColumn(rows, 1));
+    }
+  });
+  for (std::size_t i = 0; i < unknown.size(); ++i) {
+    const auto cost = read[i].size() + 1;
+    lists[places[i]] = std::make_shared<const RecordKeys>(std::move(read[i]));
+    cache.put(unknown[i], lists[places[i]], cost);
+  }
+  return lists;
+}
+
+std::vector<FoundRecords> CommittedRecords::matches(std::string_view containerIdentifier,
+                                                    RecordKind kind,
+                                                    std::span<const SoughtRecord> sought) {
+  const auto container = containers_.rowOf(containerIdentifier);
+  if (container == 0) return std::vector<FoundRecords>(sought.size());
+  return Matching(file_, *this, container, kind, sought).run();
+}
+
+}  // namespace ox

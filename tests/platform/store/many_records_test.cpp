@@ -1,0 +1,184 @@
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/base/store_location.hpp"
+#include "ox/platform/store/store_source.hpp"
+#include "tests/support/statement_count.hpp"
+#include "tests/support/store_builder.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox {
+namespace {
+
+using support::StoreBuilder;
+
+constexpr std::size_t kAll = 1U << 30U;
+constexpr auto kPerson = RecordKind::Person;
+
+support::PersonValues cardOf(const std::string& uid, const std::string& name) {
+  return {.first = name, .more = {{property_id::kCardUid, Object(uid)}}};
+}
+
+std::string namesOf(const std::vector<RecordContent>& contents) {
+  std::string text;
+  for (const auto& [values, picture] : contents) {
+    text += values ? *values->text(property_id::kFirst) : "-";
+    if (picture) text += "+" + *picture;
+    text += " ";
+  }
+  return text;
+}
+
+// The identifiers of what was found, one group of them for each that was sought.
+std::string found(std::string_view container, RecordKind kind,
+                  const std::vector<SoughtRecord>& sought) {
+  std::string text;
+  for (const auto& records : contactSource().matches(container, kind, sought)) {
+    for (const auto& record : records) text += record.key.text() + " ";
+    text += "| ";
+  }
+  return text;
+}
+
+void runInTheStore(const char* sql) {
+  sqlite::Connection(support::StoreEnvironment::instance().contactStore().string(),
+                     sqlite::Connection::Mode::ReadWrite)
+      .execute(sql);
+}
+
+TEST(ManyContents, StandInTheOrderOfTheKeysWithThoseThatAreNotThere) {
+  StoreBuilder()
+      .person("a", {.first = "Ann", .image = makeData("picture")})
+      .person("b", {.first = "Ben"})
+      .person("c", {.first = "Cy"});
+  const std::vector<RecordKey> keys = {RecordKey::of("c"), RecordKey::of("none"),
+                                       RecordKey::of("a"), RecordKey::of("c"), RecordKey::of("b")};
+  EXPECT_EQ(namesOf(contactSource().committedContents(keys, kAll)), "Cy - Ann+picture Cy Ben ");
+  contactSource().recordsIn("_local", kPerson);  // known from now on
+  EXPECT_EQ(namesOf(contactSource().committedContents(keys, kAll)), "Cy - Ann+picture Cy Ben ");
+  EXPECT_EQ(namesOf(contactSource().committedContents({}, kAll)), "");
+}
+
+TEST(ManyContents, EndWhenEnoughBytesHaveComeTogether) {
+  const std::string large(1000, 'x');
+  StoreBuilder()
+      .person("a", {.first = "Ann", .note = large})
+      .person("b", {.first = "Ben", .image = makeData(large)})
+      .person("c", {.first = "Cy"})
+      .person("d", {.first = "Di"});
+  std::vector<RecordKey> keys;
+  for (const auto* id : {"a", "b", "gone", "c", "d"}) keys.push_back(RecordKey::of(id));
+  const auto count = [&](std::size_t bytes) {
+    return contactSource().committedContents(keys, bytes).size();
+  };
+  EXPECT_EQ(count(0), 1U);
+  EXPECT_EQ(count(1000), 1U);
+  EXPECT_EQ(count(2000), 3U);
+  EXPECT_EQ(count(4000), 5U);
+}
+
+TEST(ManyContents, EndBeforeADamagedRecordAndThrowAtOne) {
+  StoreBuilder()
+      .person("a", {.first = "Ann"})
+      .person("b", {.first = "Ben"})
+      .person("c", {.first = "Cy", .image = makeData("picture")});
+  runInTheStore(
+      "UPDATE content SET properties = x'00' WHERE record = "
+      "(SELECT id FROM record WHERE uid = 'b');"
+      "UPDATE image SET data = x'00'");
+  const std::vector<RecordKey> keys = {RecordKey::of("a"), RecordKey::of("b"), RecordKey::of("c")};
+  auto& source = contactSource();
+  EXPECT_EQ(namesOf(source.committedContents(keys, kAll)), "Ann ");
+  EXPECT_THROW(source.committedContents(std::span(keys).subspan(1), kAll), DamagedRecord);
+  EXPECT_THROW(source.committedContents(std::span(keys).subspan(2), kAll), ImageReadError);
+}
+
+TEST(ManyContents, OfRecordsThatWereRemovedElsewhereAreMissing) {
+  const auto elsewhere = openStoreSource(contactStorePath());
+  StoreBuilder().person("a", {.first = "Ann"}).person("b", {.first = "Ben"});
+  const std::vector<RecordKey> keys = contactSource().recordsIn("_local", kPerson);
+  elsewhere->remove(keys[0], kPerson);
+  ASSERT_TRUE(elsewhere->save().done);
+  EXPECT_EQ(namesOf(contactSource().committedContents(keys, kAll)), "- Ben ");
+}
+
+TEST(Matches, AreOfThatContainerAndKindInCreationOrder) {
+  StoreBuilder()
+      .person("a", cardOf("u1", "Ann"))
+      .person("b", cardOf("urn:uuid:u2", "Ben"))
+      .person("c", cardOf("u1", "Cy"))
+      .person("d", cardOf("urn:uuid:u1", "Di"))
+      .container("other:ABAccount", "Other", 3)
+      .person("e", cardOf("u3", "Eve"));
+  const std::vector<SoughtRecord> sought = {{"u2"}, {"u3"}, {"URN:UUID:u1"}, {" urn:uuid:u2 "},
+                                            {"u4"}, {"a"}};
+  EXPECT_EQ(found("_local", kPerson, sought), "b | | a c | b | | a | ");
+  EXPECT_EQ(found("other", kPerson, sought), "| e | | | | | ");
+  EXPECT_EQ(found("_local", RecordKind::Group, sought), "| | | | | | ");
+  EXPECT_EQ(found("none", kPerson, sought), "| | | | | | ");
+  EXPECT_EQ(found("_local", kPerson, {}), "");
+}
+
+// A record that no card gave a UID bears that of its identifier in an export.
+TEST(Matches, AreRecordsByTheUidThatAnExportGivesThem) {
+  const auto own = RecordKey::make(kPerson);
+  StoreBuilder().person(own.text(), {.first = "Ann"}).person("foreign", {.first = "Ben"});
+  const auto uid = own.text().substr(0, 36);
+  const auto all = own.text() + " | " + own.text() + " | foreign | ";
+  const auto urn = "urn:uuid:" + uid;
+  EXPECT_EQ(found("_local", kPerson, {{uid}, {urn}, {"foreign"}}), all);
+  contactSource().recordsIn("_local", kPerson);  // known from now on
+  EXPECT_EQ(found("_local", kPerson, {{uid}, {urn}, {"foreign"}}), all);
+}
+
+TEST(Matches, TellTheFingerprintAndFindItAgain) {
+  StoreBuilder()
+      .person("a", cardOf("u1", "Ann"))
+      .person("b", {.first = "Ben"})
+      .person("c", {.first = "Ben"});
+  const auto fingerprintOf = [](std::string_view uid) {
+    return contactSource()
+        .matches("_local", kPerson, std::vector<SoughtRecord>{{uid}})
+        .at(0)
+        .at(0)
+        .fingerprint;
+  };
+  EXPECT_NE(fingerprintOf("u1"), fingerprintOf("b"));
+  EXPECT_EQ(fingerprintOf("b"), fingerprintOf("c"));
+  EXPECT_EQ(found("_local", kPerson, {{{}, fingerprintOf("b")}, {{}, 1}, {}}), "b c | | | ");
+}
+
+TEST(ManyRecords, AreOneQuestion) {
+  support::statementsRun();
+  auto builder = StoreBuilder().persons("p", 1000).group("g", "G").group("h", "H");
+  for (int i = 0; i < 20; ++i) builder.member("g", "p" + std::to_string(i));
+  auto& source = contactSource();
+  const std::vector<RecordKey> groups = source.recordsIn("_local", RecordKind::Group);
+  const std::vector<RecordKey> keys = source.recordsIn("_local", kPerson);
+  std::vector<std::string> uids;
+  for (const auto& key : keys) uids.push_back(key.text());
+  std::vector<SoughtRecord> sought;
+  for (const auto& uid : uids) sought.push_back({uid});
+  // One of them is the look whether others have written.
+  const auto asked = [](const auto& question) {
+    const auto before = support::statementsRun();
+    question();
+    return support::statementsRun() - before;
+  };
+  EXPECT_EQ(asked([&] { EXPECT_EQ(source.committedContents(keys, kAll).size(), 1000U); }), 2U);
+  EXPECT_EQ(asked([&] {
+              const auto lists = source.committedChildren(groups, kPerson);
+              EXPECT_EQ(lists.at(0)->size(), 20U);
+              EXPECT_EQ(lists.at(1)->size(), 0U);
+            }),
+            2U);
+  EXPECT_EQ(asked([&] { source.committedChildren(groups, kPerson); }), 1U) << "they are known";
+  // By the UID, by its other spelling, by the identifier that it may have been made from.
+  EXPECT_EQ(asked([&] { EXPECT_EQ(source.matches("_local", kPerson, sought).size(), 1000U); }), 4U);
+}
+
+}  // namespace
+}  // namespace ox

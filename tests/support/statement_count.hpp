@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+
+namespace ox::support {
+
+// How many statements this process has run so far on the files that were opened since the first
+// call: what a store on another machine would have to be asked. To be called before the store is
+// opened; safe from any thread.
+std::uint64_t statementsRun();
+
+}  // namespace ox::support
