@@ -1,10 +1,12 @@
 #include "ox/transfer/exporter.hpp"
 
+#include <algorithm>
 #include <deque>
 #include <future>
 #include <memory>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -17,8 +19,8 @@
 namespace ox::vcard {
 namespace {
 
-// Persons are read and written by batches, a few of them ahead of the sink.
-constexpr std::size_t kPersonsAtOnce = 128;
+// Records are read and written by batches, a few of them ahead of the sink.
+constexpr std::size_t kRecordsAtOnce = 512;
 constexpr std::size_t kBytesAtOnce = 1U << 20U;
 constexpr std::size_t kBatchesAhead = 3;
 
@@ -26,6 +28,12 @@ struct StoredPerson {
   RecordKey key;
   std::shared_ptr<const PropertyBag> values;
   Data picture;
+};
+
+struct StoredGroup {
+  RecordKey key;
+  std::shared_ptr<const PropertyBag> values;  // null when it is gone
+  RecordKeys members;                         // that are exported too
 };
 
 struct Cards {
@@ -72,23 +80,38 @@ class Export {
     }
   }
 
-  void addGroup(const RecordKey& key, const std::unordered_set<RecordKey>& exported) {
-    const auto values = source_.committedValues(key);
-    if (!values) {
-      ++report_.gone;
-      return;
-    }
-    std::vector<std::string> members;
-    for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
-      const auto held = source_.committedChildren(key, kind);
-      for (const auto& child : *held) {
-        if (exported.contains(child)) members.push_back(uidOf(child));
+  // Before the persons: of those that are members the UIDs are kept when they are read.
+  void readGroups(std::span<const RecordKey> keys, const std::unordered_set<RecordKey>& exported) {
+    for (std::size_t done = 0; done < keys.size();) {
+      const auto some = keys.subspan(done, std::min(keys.size() - done, kRecordsAtOnce));
+      auto contents = source_.committedContents(some, kBytesAtOnce);
+      const auto read = some.first(contents.size());
+      const auto persons = source_.committedChildren(read, RecordKind::Person);
+      const auto subgroups = source_.committedChildren(read, RecordKind::Group);
+      for (std::size_t i = 0; i < read.size(); ++i) {
+        groups_.push_back({read[i], std::move(contents[i].values), {}});
+        for (const auto& held : {persons[i], subgroups[i]}) addMembers(*held, exported);
       }
+      done += read.size();
     }
-    const auto uid = uidOfRecord(key);
-    std::string card;
-    appendGroup(*values, members, {.version = version_, .uid = uid}, card);
-    give(card, report_.groups);
+    for (const auto& group : groups_) keepUid(group.key, group.values);
+  }
+
+  void addGroups() {
+    for (const auto& group : groups_) {
+      if (report_.stopped) return;
+      if (!group.values) {
+        ++report_.gone;
+        continue;
+      }
+      std::vector<std::string> members;
+      members.reserve(group.members.size());
+      for (const auto& member : group.members) members.push_back(uidOf(member));
+      const auto uid = uidOfRecord(group.key);
+      std::string card;
+      appendGroup(*group.values, members, {.version = version_, .uid = uid}, card);
+      give(card, report_.groups);
+    }
   }
 
   const ExportReport& report() const { return report_; }
@@ -97,26 +120,39 @@ class Export {
   // The next persons that are there; takes their keys away.
   std::vector<StoredPerson> read(std::span<const RecordKey>& keys) {
     std::vector<StoredPerson> persons;
-    std::size_t bytes = 0;
-    while (!keys.empty() && persons.size() < kPersonsAtOnce && bytes < kBytesAtOnce) {
-      const auto& key = keys.front();
-      keys = keys.subspan(1);
-      auto values = source_.committedValues(key);
+    const auto most = keys.first(std::min(keys.size(), kRecordsAtOnce));
+    auto contents = source_.committedContents(most, kBytesAtOnce);
+    for (std::size_t i = 0; i < contents.size(); ++i) {
+      auto& [values, picture] = contents[i];
       if (!values) {
         ++report_.gone;
         continue;
       }
-      auto picture = source_.committedImage(key);
-      bytes += roughSize(*values) + (picture ? picture->size() : 0);
-      persons.push_back({key, std::move(values), std::move(picture)});
+      keepUid(keys[i], values);
+      persons.push_back({keys[i], std::move(values), std::move(picture)});
     }
+    keys = keys.subspan(contents.size());
     return persons;
   }
 
-  std::string uidOf(const RecordKey& key) {
-    const auto values = source_.committedValues(key);
-    const auto* uid = values ? values->text(property_id::kCardUid) : nullptr;
-    return uid != nullptr ? *uid : uidOfRecord(key);
+  void addMembers(const RecordKeys& held, const std::unordered_set<RecordKey>& exported) {
+    for (const auto& child : held) {
+      if (!exported.contains(child)) continue;
+      groups_.back().members.push_back(child);
+      uidsOfMembers_.try_emplace(child);
+    }
+  }
+
+  void keepUid(const RecordKey& key, const std::shared_ptr<const PropertyBag>& values) {
+    const auto member = uidsOfMembers_.find(key);
+    if (member == uidsOfMembers_.end() || !values) return;
+    if (const auto* uid = values->text(property_id::kCardUid)) member->second = *uid;
+  }
+
+  // Whoever has none bears that of the record.
+  std::string uidOf(const RecordKey& member) const {
+    const auto& uid = uidsOfMembers_.at(member);
+    return uid ? *uid : uidOfRecord(member);
   }
 
   void give(const Cards& cards) {
@@ -140,6 +176,8 @@ class Export {
   CardVersion version_;
   const CardSink& sink_;
   ExportReport report_;
+  std::vector<StoredGroup> groups_;
+  std::unordered_map<RecordKey, Text> uidsOfMembers_;  // missing: no card gave one
 };
 
 }  // namespace
@@ -147,16 +185,13 @@ class Export {
 ExportReport exportCards(const RecordKeys& persons, const RecordKeys& groups, CardVersion version,
                          const CardSink& sink) {
   Export work(version, sink);
-  work.addPersons(persons);
-  std::unordered_set<RecordKey> exported;
   if (!groups.empty()) {
-    exported.insert(persons.begin(), persons.end());
+    std::unordered_set<RecordKey> exported(persons.begin(), persons.end());
     exported.insert(groups.begin(), groups.end());
+    work.readGroups(groups, exported);
   }
-  for (const auto& group : groups) {
-    if (work.report().stopped) return work.report();
-    work.addGroup(group, exported);
-  }
+  work.addPersons(persons);
+  work.addGroups();
   return work.report();
 }
 
