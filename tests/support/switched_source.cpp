@@ -227,6 +227,10 @@ void SwitchedSource::revert() {
   real_->revert();
 }
 
+void SwitchedSource::takeBack(const ActIds& acts) {
+  real_->takeBack(acts);
+}
+
 // --- the container view ---
 
 std::vector<ContainerPtr> SwitchedSource::containers() {

@@ -97,6 +97,7 @@ class SwitchedSource : public ContactSource {
   SaveReport save() override;
   UnsavedChanges unsavedChanges() override;
   void revert() override;
+  void takeBack(const ActIds& acts) override;
 
   std::vector<ContainerPtr> containers() override;
   ContainerPtr containerOf(std::string_view identifier, RecordKind kind) override;

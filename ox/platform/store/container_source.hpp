@@ -16,9 +16,9 @@
 
 namespace ox {
 
-// What the container view, import and export ask of the store below them: committed rows only,
-// whatever this process has not saved. Every operation is safe from any thread and throws
-// StoreError when the store itself fails.
+// What the container view, import and export ask of the store below them: committed rows, whatever
+// this process has not saved, and the records that its running acts have created (RunningAct).
+// Every operation is safe from any thread and throws StoreError when the store itself fails.
 class ContainerSource {
  public:
   ContainerSource() = default;
@@ -49,7 +49,9 @@ class ContainerSource {
   virtual StoreMoment moment() = 0;
   // Whole, but for what the request lets be left out, or not at all. Additions whose identifier is
   // taken get a new one, written into the request. False with a reason in the request when nothing
-  // was written.
+  // was written. A request of additions and links alone, without a moment, that a thread makes
+  // while an act runs on it is carried out for this process only, until the act is saved; every
+  // other one is committed at once, act or not.
   virtual bool execute(SaveRequest& request) = 0;
   // For each of the sought, in creation order: the records of the container that came from a card
   // with that UID, with or without "urn:uuid:", else the one that an export gives that UID because

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "ox/base/data.hpp"
+#include "ox/platform/store/values/act_ids.hpp"
 #include "ox/platform/store/values/container_info.hpp"
 #include "ox/platform/store/values/record_keys.hpp"
 #include "ox/platform/store/values/store_error.hpp"
@@ -49,9 +50,13 @@ class RecordSource {
   virtual bool remove(const RecordKey& key, RecordKind kind) = 0;
   // The record as text, for people and for finding the store file it lies in.
   virtual std::string description(const RecordKey& key, RecordKind kind) = 0;
+  // Writes nobody's unsaved changes and those of the acts that run on this thread (RunningAct);
+  // what acts of other threads have changed is seen, but neither written nor reverted nor told.
   virtual SaveReport save() = 0;
   virtual UnsavedChanges unsavedChanges() = 0;
   virtual void revert() = 0;
+  // Forgets what these acts have changed and created, and nothing else.
+  virtual void takeBack(const ActIds& acts) = 0;
 };
 
 }  // namespace ox

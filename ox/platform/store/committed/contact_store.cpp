@@ -74,20 +74,25 @@ bool ContactStore::execute(SaveRequest& request) {
   }
 }
 
-SaveReport ContactStore::commit(const RecordChanges& changes) {
+SaveReport ContactStore::commit(RecordChanges& changes) {
   SaveReport report;
   const auto noteDropped = [&report](std::string why, const RecordKey& record) {
     if (why.empty()) return;
     report.dropped.push_back({FailureKind::Refused, std::move(why), record.text()});
   };
-  write(StoreFile::Outlive::PowerCut, [&](StoreTransaction& writing) {
-    for (const auto& edit : changes.edits) noteDropped(writing.applyEdit(edit), edit.key);
-    for (const auto& link : changes.removedLinks) writing.removeLink(link);
-    for (const auto& link : changes.addedLinks) noteDropped(writing.addLink(link), link.group);
-    for (const auto& key : changes.removals) {
-      if (const auto entry = writing.find(key)) writing.removeRecord(*entry);
-    }
-  });
+  try {
+    write(StoreFile::Outlive::PowerCut, [&](StoreTransaction& writing) {
+      for (auto& record : changes.additions) writing.addRecord(record);
+      for (const auto& edit : changes.edits) noteDropped(writing.applyEdit(edit), edit.key);
+      for (const auto& link : changes.removedLinks) writing.removeLink(link);
+      for (const auto& link : changes.addedLinks) noteDropped(writing.addLink(link), link.group);
+      for (const auto& key : changes.removals) {
+        if (const auto entry = writing.find(key)) writing.removeRecord(*entry);
+      }
+    });
+  } catch (const RefusedRequest& refused) {
+    return {false, {FailureKind::Refused, refused.what(), {}}, {}};
+  }
   // When every edit was dropped nothing was committed, and creations before it may still wait.
   sync();
   report.done = true;
@@ -125,7 +130,8 @@ void ContactStore::leaveOutStored(std::span<NewRecord> additions) {
     const auto* uid = record.properties.text(property_id::kCardUid);
     const bool hasUid = uid != nullptr && !uidKey(*uid).empty();
     if (!hasUid && record.kind != RecordKind::Person) continue;
-    sought.push_back(hasUid ? SoughtRecord{*uid} : SoughtRecord{{}, fingerprintOf(record)});
+    sought.push_back(hasUid ? SoughtRecord{*uid}
+                            : SoughtRecord{{}, fingerprintOf(record, pictureOf(record))});
     records.push_back(&record);
   }
   if (sought.empty()) return;

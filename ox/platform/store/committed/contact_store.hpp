@@ -25,7 +25,7 @@ class ContactStore {
   // A request of the container view; see ContainerSource::execute. Survives a killed process.
   bool execute(SaveRequest& request);
   // A save of the record view, and with it everything committed before. Survives a power cut.
-  SaveReport commit(const RecordChanges& changes);
+  SaveReport commit(RecordChanges& changes);
   // Both return when every commit so far would survive a power cut; sync costs nothing when it
   // would already, checkpoint also empties the log.
   void sync() { file_.sync(); }

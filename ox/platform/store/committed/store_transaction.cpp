@@ -19,9 +19,12 @@ std::uint64_t checksumOf(const Data& image) {
 
 }  // namespace
 
-std::uint64_t fingerprintOf(const NewRecord& record) {
-  return record.fingerprint ? *record.fingerprint
-                            : contentFingerprint(record.properties, record.image);
+Data pictureOf(const NewRecord& record) {
+  return record.spilledImage ? record.spilledImage->get() : record.image;
+}
+
+std::uint64_t fingerprintOf(const NewRecord& record, const Data& picture) {
+  return record.fingerprint ? *record.fingerprint : contentFingerprint(record.properties, picture);
 }
 
 std::optional<RecordEntry> StoreTransaction::find(const RecordKey& key) const {
@@ -85,8 +88,9 @@ void StoreTransaction::addRecord(NewRecord& record) {
     renamed_[record.key] = fresh;
     record.key = fresh;
   }
-  writeContent(Sql::InsertContent, nextRow_, record.properties, fingerprintOf(record));
-  if (record.image) writeImage(nextRow_, record.image);
+  const auto picture = pictureOf(record);
+  writeContent(Sql::InsertContent, nextRow_, record.properties, fingerprintOf(record, picture));
+  if (picture) writeImage(nextRow_, picture);
   const Entry entry{record.key, nextRow_, container, record.kind};
   assert(written_.added.empty() || written_.added.back().row < entry.row);
   written_.added.push_back(entry);
@@ -122,7 +126,7 @@ std::string StoreTransaction::applyEdit(const RecordEdit& edit) {
   }
   assert(before != nullptr);
   auto properties = *before;
-  for (const auto& [id, value] : edit.values) properties.set(id, value);
+  for (const auto& each : edit.values) properties.set(each.property, each.value);
   std::uint64_t picture = 0;
   if (edit.image) {
     const auto image = edit.image->get();

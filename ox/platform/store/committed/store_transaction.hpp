@@ -65,7 +65,9 @@ class StoreTransaction {
   std::unordered_map<RecordKey, RecordKey> renamed_;  // copies, from the identifier of their source
 };
 
-// The fingerprint of a record that is to be added, as its sender worked it out or worked out now.
-std::uint64_t fingerprintOf(const NewRecord& record);
+// Of a record that is to be added: its picture, wherever it lies, and its fingerprint as its sender
+// worked it out or worked out now.
+Data pictureOf(const NewRecord& record);
+std::uint64_t fingerprintOf(const NewRecord& record, const Data& picture);
 
 }  // namespace ox

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "ox/platform/store/committed/committed_records.hpp"
+#include "ox/platform/store/unsaved/pending_values.hpp"
 
 namespace ox {
 
@@ -32,7 +33,14 @@ void PendingLinks::List::closeHoles() {
   assert(places.size() == order.size());
 }
 
-void PendingLinks::followStore() {
+// The committed links may have changed, or edits may have gone: what follows from both is made
+// anew.
+void PendingLinks::follow() {
+  if (!indexed_) {
+    forgetIndex();
+    for (std::size_t i = 0; i < edits_.size(); ++i) index(static_cast<EditIndex>(i));
+    indexed_ = true;
+  }
   if (seenGeneration_ == committed_.linkGeneration()) return;
   assert(seenGeneration_ < committed_.linkGeneration());
   seenGeneration_ = committed_.linkGeneration();
@@ -40,71 +48,123 @@ void PendingLinks::followStore() {
   groupLists_.clear();
 }
 
+void PendingLinks::forgetIndex() noexcept {
+  added_.clear();
+  removed_.clear();
+  addedParents_.clear();
+  addedChildren_.clear();
+  editedGroups_.clear();
+  memberLists_.clear();
+  groupLists_.clear();
+}
+
+void PendingLinks::index(EditIndex edit) {
+  const auto& [link, act, kind, what] = edits_[edit];
+  if (what == What::TakenBack) return;
+  editedGroups_.insert(link.group);
+  if (what == What::Add) {
+    indexAddition(edit);
+  } else {
+    dropAddition(link, act);
+    removed_.insert_or_assign(link, edit);
+  }
+}
+
+void PendingLinks::indexAddition(EditIndex addition) {
+  const auto& link = edits_[addition].link;
+  auto& additions = addedChildren_[link.group];
+  if (additions.stale * 2 > additions.list.size()) {
+    std::erase_if(additions.list, [&](EditIndex each) { return !isValid(each); });
+    additions.stale = 0;
+  }
+  additions.list.push_back(addition);
+  if (added_.insert_or_assign(link, addition).second) {
+    addedParents_[link.child].push_back(link.group);
+  }
+}
+
+bool PendingLinks::dropAddition(const Pair& link, ActId act) {
+  const auto found = added_.find(link);
+  if (found == added_.end()) return false;
+  auto& addition = edits_[found->second];
+  if (addition.act == act) {
+    addition.what = What::TakenBack;
+    ++takenBack_;
+  }
+  added_.erase(found);
+  std::erase(addedParents_[link.child], link.group);
+  ++addedChildren_[link.group].stale;
+  return true;
+}
+
+bool PendingLinks::isValid(EditIndex addition) const {
+  const auto latest = added_.find(edits_[addition].link);
+  return latest != added_.end() && latest->second == addition;
+}
+
 PendingLinks::List& PendingLinks::list(const RecordKey& group, RecordKind kind) {
-  followStore();
+  follow();
   auto& known = lists(kind);
   const auto found = known.find(group);
   if (found != known.end()) return found->second;
   List made;
   const auto committed = committed_.children(group, kind);
   for (const auto& child : *committed) {
-    if (!removed_.contains({group, child}) && !goneRecords_.contains(child)) {
-      made.append(child, true);
-    }
+    if (!removed_.contains({group, child}) && !values_.isRemoved(child)) made.append(child, true);
   }
   const auto additions = addedChildren_.find(group);
   if (additions != addedChildren_.end()) {
-    for (const auto& addition : additions->second.list) {
-      if (!isValid(group, addition)) continue;
-      if (addition.kind == kind && !goneRecords_.contains(addition.child)) {
-        made.append(addition.child, false);
-      }
+    for (const auto addition : additions->second.list) {
+      const auto& edit = edits_[addition];
+      if (!isValid(addition) || edit.childKind != kind) continue;
+      if (!values_.isRemoved(edit.link.child)) made.append(edit.link.child, false);
     }
   }
   return known.emplace(group, std::move(made)).first->second;
-}
-
-bool PendingLinks::isValid(const RecordKey& group, const Addition& addition) const {
-  const auto latest = added_.find({group, addition.child});
-  return latest != added_.end() && latest->second == addition.number;
 }
 
 bool PendingLinks::isLinked(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
   return list(group, childKind).places.contains(child);
 }
 
-void PendingLinks::add(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
-  assert(group != child && !goneRecords_.contains(group) && !goneRecords_.contains(child));
+// Edits that were taken back are cleared away when they are the most.
+void PendingLinks::push(const Edit& edit) {
+  constexpr std::size_t kFewest = 64;
+  edits_.push_back(edit);
+  if (takenBack_ < kFewest || takenBack_ * 2 < edits_.size()) {
+    index(static_cast<EditIndex>(edits_.size() - 1));
+    return;
+  }
+  std::erase_if(edits_, [](const Edit& each) { return each.what == What::TakenBack; });
+  takenBack_ = 0;
+  indexed_ = false;
+}
+
+void PendingLinks::add(ActId act, const RecordKey& group, const RecordKey& child,
+                       RecordKind childKind) {
+  assert(group != child && !values_.isRemoved(group) && !values_.isRemoved(child));
   assert(!isLinked(group, child, childKind));
   list(group, childKind).append(child, false);
   // A committed link that was taken away and put back stands at the end from now on, so both edits
   // are kept: the save removes it first and then adds it.
-  const auto number = nextEdit_++;
-  added_.insert_or_assign({group, child}, number);
-  auto& additions = addedChildren_[group];
-  if (additions.stale * 2 > additions.list.size()) {
-    std::erase_if(additions.list, [&](const auto& addition) { return !isValid(group, addition); });
-    additions.stale = 0;
-  }
-  additions.list.push_back({number, child, childKind});
-  addedParents_[child].push_back(group);
-  editedGroups_.insert(group);
+  push({{group, child}, act, childKind, What::Add});
 }
 
-void PendingLinks::remove(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
+void PendingLinks::remove(ActId act, const RecordKey& group, const RecordKey& child,
+                          RecordKind childKind) {
   assert(isLinked(group, child, childKind));
   const bool committed = list(group, childKind).take(child);
-  if (added_.erase({group, child}) != 0) {
-    std::erase(addedParents_[child], group);
-    ++addedChildren_[group].stale;
+  const auto latest = added_.find({group, child});
+  const bool isOwn = latest != added_.end() && edits_[latest->second].act == act;
+  if (!isOwn || committed) {
+    push({{group, child}, act, childKind, What::Remove});
+  } else {
+    dropAddition({group, child}, act);
   }
-  if (committed) removed_.insert_or_assign({group, child}, nextEdit_++);
-  editedGroups_.insert(group);
 }
 
 void PendingLinks::forgetRecord(const RecordKey& key) {
   const auto groups = parents(key);
-  goneRecords_.insert(key);
   for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
     lists(kind).erase(key);
     for (const auto& group : *groups) {
@@ -115,9 +175,9 @@ void PendingLinks::forgetRecord(const RecordKey& key) {
 }
 
 RecordKeysPtr PendingLinks::children(const RecordKey& group, RecordKind kind) {
-  followStore();
-  if (goneRecords_.contains(group)) return std::make_shared<const RecordKeys>();
-  if (goneRecords_.empty() && !editedGroups_.contains(group))
+  follow();
+  if (values_.isRemoved(group)) return std::make_shared<const RecordKeys>();
+  if (!values_.hasRemovals() && !editedGroups_.contains(group))
     return committed_.children(group, kind);
   auto& known = list(group, kind);
   if (!known.snapshot) {
@@ -128,55 +188,63 @@ RecordKeysPtr PendingLinks::children(const RecordKey& group, RecordKind kind) {
 }
 
 RecordKeysPtr PendingLinks::parents(const RecordKey& child) {
-  followStore();
+  follow();
   auto committed = committed_.parents(child);
-  if (empty() && goneRecords_.empty()) return committed;
+  if (empty() && !values_.hasRemovals()) return committed;
   auto keys = std::make_shared<RecordKeys>();
   for (const auto& group : *committed) {
-    if (!removed_.contains({group, child}) && !goneRecords_.contains(group)) keys->push_back(group);
+    if (!removed_.contains({group, child}) && !values_.isRemoved(group)) keys->push_back(group);
   }
   const auto added = addedParents_.find(child);
   if (added != addedParents_.end()) {
     for (const auto& group : added->second) {
-      if (goneRecords_.contains(group)) continue;
+      if (values_.isRemoved(group)) continue;
       if (std::find(keys->begin(), keys->end(), group) == keys->end()) keys->push_back(group);
     }
   }
   return keys;
 }
 
-std::vector<Link> PendingLinks::inOrder(const Edits& edits) const {
-  std::vector<std::pair<std::uint64_t, Link>> numbered;
-  numbered.reserve(edits.size());
-  for (const auto& [pair, number] : edits) {
-    if (goneRecords_.contains(pair.group) || goneRecords_.contains(pair.child)) continue;
-    numbered.push_back({number, {pair.group, pair.child}});
+bool PendingLinks::isWritten(const Edit& edit, const ActIds& acts) const {
+  return isAmong(acts, edit.act) && !values_.isRemovedBy(acts, edit.link.group) &&
+         !values_.isRemovedBy(acts, edit.link.child);
+}
+
+// An addition that one of these acts took away later is none, however the other acts see it.
+std::vector<Link> PendingLinks::addedLinks(const ActIds& acts) const {
+  LatestEdits removed;
+  for (std::size_t i = 0; i < edits_.size(); ++i) {
+    const auto& edit = edits_[i];
+    if (edit.what != What::Remove || !isAmong(acts, edit.act)) continue;
+    removed.insert_or_assign(edit.link, static_cast<EditIndex>(i));
   }
-  std::sort(numbered.begin(), numbered.end(),
-            [](const auto& a, const auto& b) { return a.first < b.first; });
   std::vector<Link> links;
-  links.reserve(numbered.size());
-  for (const auto& [number, link] : numbered) links.push_back(link);
+  for (std::size_t i = 0; i < edits_.size(); ++i) {
+    const auto& edit = edits_[i];
+    if (edit.what != What::Add || !isWritten(edit, acts)) continue;
+    const auto later = removed.find(edit.link);
+    if (later != removed.end() && later->second > i) continue;
+    links.push_back({edit.link.group, edit.link.child});
+  }
   return links;
 }
 
-std::vector<Link> PendingLinks::addedLinks() const {
-  return inOrder(added_);
+std::vector<Link> PendingLinks::removedLinks(const ActIds& acts) const {
+  std::vector<Link> links;
+  for (const auto& edit : edits_) {
+    if (edit.what != What::Remove || !isWritten(edit, acts)) continue;
+    links.push_back({edit.link.group, edit.link.child});
+  }
+  return links;
 }
 
-std::vector<Link> PendingLinks::removedLinks() const {
-  return inOrder(removed_);
-}
-
-void PendingLinks::clear() {
-  added_.clear();
-  removed_.clear();
-  addedParents_.clear();
-  addedChildren_.clear();
-  editedGroups_.clear();
-  goneRecords_.clear();
-  memberLists_.clear();
-  groupLists_.clear();
+void PendingLinks::clear(const ActIds& acts) noexcept {
+  std::erase_if(edits_, [&](const Edit& edit) {
+    return edit.what == What::TakenBack || isAmong(acts, edit.act);
+  });
+  takenBack_ = 0;
+  forgetIndex();
+  indexed_ = edits_.empty();
 }
 
 }  // namespace ox

@@ -6,38 +6,43 @@
 #include <unordered_set>
 #include <vector>
 
+#include "ox/platform/store/values/act_ids.hpp"
 #include "ox/platform/store/values/record_keys.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
 
 namespace ox {
 
 class CommittedRecords;
+class PendingValues;
 
-// Unsaved link edits of the record view, and the lists of members and sub-groups as that view sees
-// them: the committed ones without the links that were taken away, then the links that were added.
-// The edits are what a save writes; the lists follow from them and from what is committed, and are
-// thrown away when the committed links change. Every edit costs the same however long the lists
+// Unsaved link edits of the record view, each of an act, and the lists of members and sub-groups as
+// that view sees them: the committed ones without the links that were taken away, then the links
+// that were added, all without removed records. The edits stand in the order in which they were
+// made; what a save writes, and the lists, follow from them and from what is committed. The lists
+// are thrown away when the committed links change. Every edit costs the same however long the lists
 // are; a list is put together anew only when it is asked for after an edit. Used under its owner's
 // lock.
 class PendingLinks {
  public:
-  explicit PendingLinks(CommittedRecords& committed) : committed_(committed) {}
+  PendingLinks(CommittedRecords& committed, const PendingValues& values)
+      : committed_(committed), values_(values) {}
 
   bool isLinked(const RecordKey& group, const RecordKey& child, RecordKind childKind);
   // The link must not exist (must exist) in the record view.
-  void add(const RecordKey& group, const RecordKey& child, RecordKind childKind);
-  void remove(const RecordKey& group, const RecordKey& child, RecordKind childKind);
-  // A removed record disappears from every list.
+  void add(ActId act, const RecordKey& group, const RecordKey& child, RecordKind childKind);
+  void remove(ActId act, const RecordKey& group, const RecordKey& child, RecordKind childKind);
+  // To be called before the record is marked as removed, whereby it disappears from every list.
   void forgetRecord(const RecordKey& key);
 
   RecordKeysPtr children(const RecordKey& group, RecordKind kind);
   RecordKeysPtr parents(const RecordKey& child);
 
-  bool empty() const { return added_.empty() && removed_.empty(); }
-  // In the order in which they were made.
-  std::vector<Link> addedLinks() const;
-  std::vector<Link> removedLinks() const;
-  void clear();
+  bool empty() const { return edits_.empty(); }
+  // In the order in which they were made; without those of records that these acts removed.
+  std::vector<Link> addedLinks(const ActIds& acts) const;
+  std::vector<Link> removedLinks(const ActIds& acts) const;
+  // To be called after the removals of these acts were cleared.
+  void clear(const ActIds& acts) noexcept;
 
  private:
   struct Pair {
@@ -50,10 +55,18 @@ class PendingLinks {
       return pair.group.hash() * 31 + pair.child.hash();
     }
   };
-  // Link edits with the number that tells their order, which is the order of the lists too: taking
-  // a link away and adding it again gives it a new number, and the place at the end that goes with
-  // it.
-  using Edits = std::unordered_map<Pair, std::uint64_t, PairHash>;
+  enum class What : std::uint8_t { Add, Remove, TakenBack };
+  // Taking a link away and adding it again makes a new edit, and gives the link the place at the
+  // end that goes with it. An addition that its own act takes away again is taken back; another
+  // act's is followed by a removal, for either act may be written or taken back without the other.
+  struct Edit {
+    Pair link;
+    ActId act = kNobodysAct;
+    RecordKind childKind = RecordKind::Person;
+    What what = What::Add;
+  };
+  using EditIndex = std::uint32_t;
+  using LatestEdits = std::unordered_map<Pair, EditIndex, PairHash>;
 
   // One list as the record view sees it. A link that is taken away leaves a hole, so that the
   // others keep their places; the holes are closed when the list is asked for.
@@ -71,34 +84,39 @@ class PendingLinks {
     bool take(const RecordKey& child);
     void closeHoles();
   };
-  // An addition, valid while added_ holds the same number for it. One that was taken back is not
-  // looked for in its list; it is passed over, and cleared away when half of the list is such.
-  struct Addition {
-    std::uint64_t number = 0;
-    RecordKey child;
-    RecordKind kind = RecordKind::Person;
-  };
+  // The additions to a group, valid while added_ names the same edit. One that was taken back is
+  // not looked for in its list; it is passed over, and cleared away when half of the list is such.
   struct Additions {
-    std::vector<Addition> list;
+    std::vector<EditIndex> list;
     std::size_t stale = 0;  // those that are no longer valid
   };
   using Lists = std::unordered_map<RecordKey, List>;
 
   Lists& lists(RecordKind kind) { return kind == RecordKind::Person ? memberLists_ : groupLists_; }
   List& list(const RecordKey& group, RecordKind kind);
-  bool isValid(const RecordKey& group, const Addition& addition) const;
-  void followStore();
-  std::vector<Link> inOrder(const Edits& edits) const;
+  bool isValid(EditIndex addition) const;
+  void push(const Edit& edit);
+  void index(EditIndex edit);
+  void indexAddition(EditIndex addition);
+  // True when there was a valid one, which must be of that act to be taken back for good.
+  bool dropAddition(const Pair& link, ActId act);
+  void follow();
+  void forgetIndex() noexcept;
+  bool isWritten(const Edit& edit, const ActIds& acts) const;
 
   CommittedRecords& committed_;
+  const PendingValues& values_;
   std::uint64_t seenGeneration_ = 0;
-  std::uint64_t nextEdit_ = 1;
-  Edits added_;
-  Edits removed_;
+  std::vector<Edit> edits_;
+  std::size_t takenBack_ = 0;
+
+  // What follows from the edits.
+  bool indexed_ = true;
+  LatestEdits added_;    // links that stand by an unsaved addition
+  LatestEdits removed_;  // links that were taken away, whether or not they were added again
   std::unordered_map<RecordKey, std::vector<RecordKey>> addedParents_;
   std::unordered_map<RecordKey, Additions> addedChildren_;
   std::unordered_set<RecordKey> editedGroups_;
-  std::unordered_set<RecordKey> goneRecords_;
   Lists memberLists_;
   Lists groupLists_;
 };

@@ -9,14 +9,27 @@ namespace ox {
 namespace {
 
 template <typename Values>
-auto entryOf(Values& values, PropertyId property) {
-  return std::find_if(values.begin(), values.end(),
-                      [&](const auto& entry) { return entry.first == property; });
+auto changeBy(Values& values, ActId act, PropertyId property) {
+  return std::find_if(values.begin(), values.end(), [&](const auto& change) {
+    return change.act == act && change.property == property;
+  });
+}
+
+template <typename Images>
+auto imageBy(Images& images, ActId act) {
+  return std::find_if(images.begin(), images.end(),
+                      [&](const auto& change) { return change.act == act; });
+}
+
+// The latest change stands at the end.
+template <typename List, typename Place>
+void moveToEnd(List& list, Place place) {
+  std::rotate(place, std::next(place), list.end());
 }
 
 }  // namespace
 
-RecordEdit& PendingValues::edit(const RecordKey& key, RecordKind kind) {
+PendingValues::Changed& PendingValues::changed(const RecordKey& key, RecordKind kind) {
   const auto found = places_.find(key);
   if (found != places_.end()) return *found->second;
   auto& made = edits_.emplace_back();
@@ -27,92 +40,171 @@ RecordEdit& PendingValues::edit(const RecordKey& key, RecordKind kind) {
   return made;
 }
 
-const RecordEdit* PendingValues::find(const RecordKey& key) const {
+const PendingValues::Changed* PendingValues::find(const RecordKey& key) const {
   const auto found = places_.find(key);
   return found == places_.end() ? nullptr : &*found->second;
 }
 
 void PendingValues::dropIfEmpty(const RecordKey& key) {
   const auto found = places_.find(key);
-  if (found == places_.end() || !found->second->values.empty() || found->second->image) return;
+  if (found == places_.end()) return;
+  if (!found->second->values.empty() || !found->second->images.empty()) return;
   edits_.erase(found->second);
   places_.erase(found);
   assert(places_.size() == edits_.size());
 }
 
 const PropertyValue* PendingValues::value(const RecordKey& key, PropertyId property) const {
-  const auto* changed = find(key);
-  if (changed == nullptr) return nullptr;
-  const auto entry = entryOf(changed->values, property);
-  return entry == changed->values.end() ? nullptr : &entry->second;
+  const auto* record = find(key);
+  if (record == nullptr) return nullptr;
+  const auto latest = std::find_if(record->values.rbegin(), record->values.rend(),
+                                   [&](const auto& each) { return each.property == property; });
+  return latest == record->values.rend() ? nullptr : &latest->value;
 }
 
-void PendingValues::setValue(const RecordKey& key, RecordKind kind, PropertyId property,
-                             PropertyValue value) {
+bool PendingValues::isChangedByOthers(ActId act, const RecordKey& key, PropertyId property) const {
+  const auto* record = find(key);
+  return record != nullptr &&
+         std::any_of(record->values.begin(), record->values.end(), [&](const auto& each) {
+           return each.property == property && each.act != act;
+         });
+}
+
+void PendingValues::setValue(ActId act, const RecordKey& key, RecordKind kind, PropertyId property,
+                             PropertyValue value, PropertyValue base) {
   assert(!isRemoved(key) && property != 0);
-  auto& changed = edit(key, kind);
-  const auto entry = entryOf(changed.values, property);
-  if (entry != changed.values.end()) {
-    entry->second = std::move(value);
-  } else {
-    changed.values.emplace_back(property, std::move(value));
+  auto& values = changed(key, kind).values;
+  const auto own = changeBy(values, act, property);
+  if (own != values.end()) {
+    own->value = std::move(value);
+    moveToEnd(values, own);
+    return;
   }
+  ValueChange change{property, act, std::move(value), nullptr};
+  if (!isMissing(base)) change.base = std::make_unique<const PropertyValue>(std::move(base));
+  values.push_back(std::move(change));
 }
 
-void PendingValues::dropValue(const RecordKey& key, PropertyId property) {
+void PendingValues::dropValue(ActId act, const RecordKey& key, PropertyId property) {
   const auto found = places_.find(key);
   if (found == places_.end()) return;
   auto& values = found->second->values;
-  const auto entry = entryOf(values, property);
-  if (entry != values.end()) values.erase(entry);
+  const auto own = changeBy(values, act, property);
+  if (own != values.end()) values.erase(own);
   dropIfEmpty(key);
 }
 
 std::optional<Data> PendingValues::image(const RecordKey& key) const {
-  const auto* changed = find(key);
-  if (changed == nullptr || !changed->image) return std::nullopt;
-  return changed->image->get();
+  const auto* record = find(key);
+  if (record == nullptr || record->images.empty()) return std::nullopt;
+  return record->images.back().data.get();
 }
 
-void PendingValues::setImage(const RecordKey& key, RecordKind kind, Data image) {
+bool PendingValues::isImageChangedByOthers(ActId act, const RecordKey& key) const {
+  const auto* record = find(key);
+  return record != nullptr && std::any_of(record->images.begin(), record->images.end(),
+                                          [&](const auto& each) { return each.act != act; });
+}
+
+void PendingValues::setImage(ActId act, const RecordKey& key, RecordKind kind, Data image) {
   assert(!isRemoved(key));
   SpillableData kept(std::move(image), spill_);
-  auto& changed = edit(key, kind).image;
-  if (changed) changed->drop();
-  changed = std::move(kept);
+  auto& images = changed(key, kind).images;
+  const auto own = imageBy(images, act);
+  if (own == images.end()) {
+    images.push_back({act, std::move(kept)});
+    return;
+  }
+  own->data.drop();
+  own->data = std::move(kept);
+  moveToEnd(images, own);
 }
 
-void PendingValues::dropImage(const RecordKey& key) {
+void PendingValues::dropImage(ActId act, const RecordKey& key) {
   const auto found = places_.find(key);
   if (found == places_.end()) return;
-  auto& image = found->second->image;
-  if (image) image->drop();
-  image.reset();
+  auto& images = found->second->images;
+  const auto own = imageBy(images, act);
+  if (own == images.end()) return;
+  own->data.drop();
+  images.erase(own);
   dropIfEmpty(key);
 }
 
-void PendingValues::remove(const RecordKey& key) {
+void PendingValues::remove(ActId act, const RecordKey& key) {
   assert(!key.isNone());
-  if (removed_.insert(key).second) removals_.push_back(key);
+  if (removed_.emplace(key, act).second) removals_.push_back(key);
   assert(removed_.size() == removals_.size());
 }
 
-std::vector<RecordEdit> PendingValues::edits() const {
+bool PendingValues::isRemovedBy(const ActIds& acts, const RecordKey& key) const {
+  const auto found = removed_.find(key);
+  return found != removed_.end() && isAmong(acts, found->second);
+}
+
+// What these acts want together: of one property the latest of their values, and what was committed
+// when the first of them changed it.
+RecordEdit PendingValues::editOf(const Changed& changed, const ActIds& acts) {
+  RecordEdit edit;
+  edit.key = changed.key;
+  edit.kind = changed.kind;
+  edit.values.reserve(changed.values.size());
+  for (const auto& change : changed.values) {
+    if (!isAmong(acts, change.act)) continue;
+    const auto earlier =
+        std::find_if(edit.values.begin(), edit.values.end(),
+                     [&](const auto& each) { return each.property == change.property; });
+    if (earlier != edit.values.end()) {
+      earlier->value = change.value;
+    } else {
+      edit.values.push_back(
+          {change.property, change.value, change.base ? *change.base : PropertyValue()});
+    }
+  }
+  for (const auto& change : changed.images) {
+    if (isAmong(acts, change.act)) edit.image = change.data;
+  }
+  return edit;
+}
+
+std::vector<RecordEdit> PendingValues::edits(const ActIds& acts) const {
   std::vector<RecordEdit> list;
   list.reserve(edits_.size());
-  for (const auto& changed : edits_) {
-    if (isRemoved(changed.key)) continue;
-    list.push_back(changed);
+  for (const auto& each : edits_) {
+    if (isRemovedBy(acts, each.key)) continue;
+    auto edit = editOf(each, acts);
+    if (!edit.values.empty() || edit.image) list.push_back(std::move(edit));
   }
   return list;
 }
 
-void PendingValues::clear() {
-  edits_.clear();
-  places_.clear();
-  removals_.clear();
-  removed_.clear();
-  spill_.clear();
+std::vector<RecordKey> PendingValues::removals(const ActIds& acts) const {
+  std::vector<RecordKey> list;
+  for (const auto& key : removals_) {
+    if (isRemovedBy(acts, key)) list.push_back(key);
+  }
+  return list;
+}
+
+void PendingValues::clear(const ActIds& acts) noexcept {
+  for (auto record = edits_.begin(); record != edits_.end();) {
+    std::erase_if(record->values, [&](const auto& change) { return isAmong(acts, change.act); });
+    std::erase_if(record->images, [&](const auto& change) {
+      if (!isAmong(acts, change.act)) return false;
+      change.data.drop();
+      return true;
+    });
+    const auto next = std::next(record);
+    if (record->values.empty() && record->images.empty()) {
+      places_.erase(record->key);
+      edits_.erase(record);
+    }
+    record = next;
+  }
+  std::erase_if(removals_, [&](const auto& key) { return isRemovedBy(acts, key); });
+  std::erase_if(removed_, [&](const auto& each) { return isAmong(acts, each.second); });
+  assert(removed_.size() == removals_.size() && places_.size() == edits_.size());
+  if (edits_.empty()) spill_.clear();
 }
 
 }  // namespace ox

@@ -8,6 +8,7 @@
 #include "ox/base/data.hpp"
 #include "ox/base/record_key.hpp"
 #include "ox/platform/store/values/container_info.hpp"
+#include "ox/platform/store/values/spill_file.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
 #include "ox/records/property_bag.hpp"
 
@@ -36,6 +37,8 @@ struct NewRecord {
   // contentFingerprint of both, for whoever has worked it out already.
   std::optional<std::uint64_t> fingerprint = std::nullopt;
   bool leftOut = false;  // see SaveRequest
+  // The picture when it was put aside; image is null then.
+  std::optional<SpillableData> spilledImage = std::nullopt;
 };
 
 // Replaces all values of a committed record.
@@ -73,6 +76,12 @@ struct SaveRequest {
   WhenOutdated whenOutdated = WhenOutdated::Refuse;
 
   std::string reason;  // why nothing was written, when execute answers false
+
+  // Additions and links alone, put together without a look at the store.
+  bool onlyCreates() const {
+    return newContainers.empty() && replacements.empty() && removedLinks.empty() &&
+           removedContainers.empty() && !moment;
+  }
 };
 
 }  // namespace ox

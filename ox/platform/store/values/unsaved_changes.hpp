@@ -14,19 +14,22 @@ struct Link {
   RecordKey child;
 };
 
-// What the record view holds that no save has written yet.
+// What the record view holds that no save has written yet; of a record that a running act has
+// created the record alone.
 struct UnsavedChanges {
   struct Value {
     RecordKey key;
     PropertyId property;  // 0: the image
   };
+  std::vector<RecordKey> additions;
   std::vector<Value> values;
   std::vector<RecordKey> removals;
   std::vector<Link> addedLinks;
   std::vector<Link> removedLinks;
 
   bool empty() const {
-    return values.empty() && removals.empty() && addedLinks.empty() && removedLinks.empty();
+    return additions.empty() && values.empty() && removals.empty() && addedLinks.empty() &&
+           removedLinks.empty();
   }
 };
 

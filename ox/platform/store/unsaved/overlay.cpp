@@ -1,0 +1,290 @@
+#include "ox/platform/store/unsaved/overlay.hpp"
+
+#include <cassert>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "ox/platform/store/committed/circle.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+#include "ox/records/entry_identity.hpp"
+
+namespace ox {
+namespace {
+
+// Hosts write a whole list to change one entry of it; the entries that are the same keep the
+// identifiers they have.
+void keepIdentifiers(const PropertyValue& before, PropertyValue& now) {
+  const auto* old = std::get_if<MultiValuePtr>(&before);
+  auto* entries = std::get_if<MultiValuePtr>(&now);
+  if (old == nullptr || !*old || entries == nullptr || !*entries) return;
+  *entries = std::make_shared<const MultiValue>(withIdentifiersOf(**old, **entries));
+}
+
+// The latest values are laid over those that the record was created with.
+void fold(RecordEdit edit, NewRecord& record) {
+  for (auto& each : edit.values) record.properties.set(each.property, std::move(each.value));
+  if (edit.image) record.spilledImage = std::move(edit.image);
+}
+
+}  // namespace
+
+// --- what is there ---
+
+std::optional<RecordEntry> Overlay::find(const RecordKey& key) {
+  if (!additions_.empty()) {
+    if (const auto* created = additions_.find(key)) return *created;
+  }
+  return committed_.find(key);
+}
+
+std::optional<RecordEntry> Overlay::find(std::string_view identifier) {
+  if (!additions_.empty()) {
+    const auto known = RecordKey::known(identifier);
+    if (known) return find(*known);
+  }
+  return committed_.find(identifier);
+}
+
+RecordKeys Overlay::records(RecordKind kind) {
+  auto keys = committed_.records(kind);
+  if (!additions_.empty()) {
+    const auto created = additions_.records(kind);
+    keys.insert(keys.end(), created.begin(), created.end());
+  }
+  if (values_.hasRemovals()) {
+    std::erase_if(keys, [this](const RecordKey& key) { return values_.isRemoved(key); });
+  }
+  return keys;
+}
+
+RecordKeys Overlay::recordsIn(std::string_view containerIdentifier, RecordKind kind) {
+  auto keys = committed_.recordsIn(containerIdentifier, kind);
+  if (additions_.empty()) return keys;
+  const auto container = committed_.containers().rowOf(containerIdentifier);
+  const auto created = additions_.recordsIn(container, kind);
+  keys.insert(keys.end(), created.begin(), created.end());
+  return keys;
+}
+
+std::shared_ptr<const PropertyBag> Overlay::storedValues(const RecordKey& key) {
+  if (!additions_.empty() && additions_.find(key) != nullptr) return additions_.values(key);
+  return committed_.values(key);
+}
+
+Data Overlay::storedImage(const RecordKey& key) {
+  if (!additions_.empty() && additions_.find(key) != nullptr) return additions_.image(key);
+  return committed_.image(key);
+}
+
+// The links of a group that an act has created are all that act's.
+RecordKeysPtr Overlay::storedChildren(const RecordKey& group, RecordKind kind) {
+  if (!additions_.empty() && additions_.find(group) != nullptr) return links_.children(group, kind);
+  return committed_.children(group, kind);
+}
+
+PropertyValue Overlay::storedValue(const RecordKey& key, PropertyId property) {
+  const auto values = storedValues(key);
+  const auto* value = values ? values->find(property) : nullptr;
+  return value != nullptr ? *value : PropertyValue();
+}
+
+PropertyValue Overlay::value(const RecordKey& key, PropertyId property) {
+  if (!values_.empty()) {
+    if (const auto* unsaved = values_.value(key, property)) return *unsaved;
+  }
+  return storedValue(key, property);
+}
+
+Data Overlay::image(const RecordKey& key) {
+  if (auto unsaved = values_.image(key)) return std::move(*unsaved);
+  return storedImage(key);
+}
+
+RecordKeysPtr Overlay::parents(const RecordKey& record) {
+  return isRemoved(record) ? std::make_shared<const RecordKeys>() : links_.parents(record);
+}
+
+// --- edits ---
+
+ActId Overlay::creatorOf(const RecordKey& key) const {
+  if (additions_.empty() || additions_.find(key) == nullptr) return kNobodysAct;
+  return additions_.actOf(key);
+}
+
+void Overlay::setValue(ActId act, const RecordKey& key, RecordKind kind, PropertyId property,
+                       PropertyValue value) {
+  assert(isWritable(key));
+  // What another act has set may be taken back, so it spares nobody a change of his own.
+  const bool alone = values_.empty() || !values_.isChangedByOthers(act, key, property);
+  const auto visible = this->value(key, property);
+  if (alone && looksTheSame(visible, value)) return;
+  keepIdentifiers(visible, value);
+  // Compared with what is committed, not with what is visible: a change back to it is none.
+  auto stored = storedValue(key, property);
+  if (alone && looksTheSame(stored, value)) {
+    values_.dropValue(act, key, property);
+  } else {
+    values_.setValue(act, key, kind, property, std::move(value), std::move(stored));
+  }
+}
+
+// A damaged picture equals no other one, so that a new one takes its place; nor does it equal
+// having none, so that it can be removed.
+bool Overlay::isPicture(Data (Overlay::*read)(const RecordKey&), const RecordKey& key,
+                        const Data& image) {
+  try {
+    return sameData((this->*read)(key), image);
+  } catch (const ImageReadError&) {
+    return false;
+  }
+}
+
+void Overlay::setImage(ActId act, const RecordKey& key, Data image) {
+  assert(isWritable(key));
+  const bool alone = !values_.isImageChangedByOthers(act, key);
+  if (alone && isPicture(&Overlay::image, key, image)) return;
+  if (alone && isPicture(&Overlay::storedImage, key, image)) {
+    values_.dropImage(act, key);
+  } else {
+    values_.setImage(act, key, RecordKind::Person, std::move(image));
+  }
+}
+
+void Overlay::remove(ActId act, const RecordKey& key) {
+  assert(isWritable(key));
+  links_.forgetRecord(key);
+  values_.remove(act, key);
+}
+
+bool Overlay::wouldBeBelowItself(const RecordKey& group, const RecordKey& child) {
+  return closesCircle(
+      group, child, [this](const RecordKey& key) { return *links_.parents(key); },
+      [this](const RecordKey& key) { return *links_.children(key, RecordKind::Group); });
+}
+
+std::string Overlay::refusalOfLink(const RecordKey& group, const RecordKey& child,
+                                   RecordKind childKind) {
+  const auto parent = find(group);
+  const auto below = find(child);
+  if (!parent || isRemoved(group)) return "there is no group " + group.text();
+  if (!below || isRemoved(child)) return "there is no record " + child.text();
+  if (parent->container != below->container) return "the link would cross accounts";
+  if (links_.isLinked(group, child, childKind)) return "the link exists already";
+  if (childKind == RecordKind::Group && wouldBeBelowItself(group, child)) {
+    return "the group would be below itself";
+  }
+  return {};
+}
+
+void Overlay::link(ActId act, const RecordKey& group, const RecordKey& child,
+                   RecordKind childKind) {
+  links_.add(act, group, child, childKind);
+}
+
+void Overlay::unlink(ActId act, const RecordKey& group, const RecordKey& child,
+                     RecordKind childKind) {
+  links_.remove(act, group, child, childKind);
+}
+
+bool Overlay::create(ActId act, SaveRequest& request) {
+  auto& containers = committed_.containers();
+  for (const auto& record : request.additions) {
+    if (containers.rowOf(record.container) != 0) continue;
+    request.reason = "there is no account " + record.container;
+    return false;
+  }
+  std::unordered_map<RecordKey, RecordKey> renamed;
+  for (auto& record : request.additions) {
+    if (find(record.key)) {
+      const auto taken = std::exchange(record.key, RecordKey::make(record.kind));
+      renamed[taken] = record.key;
+    }
+    additions_.add(act, record, containers.rowOf(record.container));
+  }
+  for (auto& link : request.links) {
+    for (auto* end : {&link.group, &link.child}) {
+      const auto found = renamed.find(*end);
+      if (found != renamed.end()) *end = found->second;
+    }
+  }
+  if (createLinks(act, request)) return true;
+  for (const auto& record : request.additions) additions_.drop(record.key);
+  return false;
+}
+
+// Leaves none of them when one is refused.
+bool Overlay::createLinks(ActId act, SaveRequest& request) {
+  std::vector<const NewLink*> made;
+  for (const auto& each : request.links) {
+    const auto child = find(each.child);
+    const auto kind = child ? child->kind : RecordKind::Person;
+    const auto parent = find(each.group);
+    if (parent && parent->kind != RecordKind::Group) {
+      request.reason = parent->key.text() + " is no group";
+    } else if (child && parent && links_.isLinked(each.group, each.child, kind)) {
+      continue;
+    } else {
+      request.reason = refusalOfLink(each.group, each.child, kind);
+    }
+    if (!request.reason.empty()) break;
+    link(act, each.group, each.child, kind);
+    made.push_back(&each);
+  }
+  if (request.reason.empty()) return true;
+  for (const auto* each : made) {
+    unlink(act, each->group, each->child, find(each->child)->kind);
+  }
+  return false;
+}
+
+// --- what is written ---
+
+RecordChanges Overlay::changes(const ActIds& acts) const {
+  RecordChanges changes;
+  std::unordered_map<RecordKey, std::size_t> places;
+  for (const auto& key : additions_.recordsOf(acts)) {
+    if (isRemoved(key)) continue;
+    places.emplace(key, changes.additions.size());
+    auto record = additions_.recordToWrite(key);
+    const auto container = committed_.containers().inRow(additions_.find(key)->container);
+    if (container) record.container = container->identifier;
+    changes.additions.push_back(std::move(record));
+  }
+  for (auto& edit : values_.edits(acts)) {
+    const auto created = places.find(edit.key);
+    if (created != places.end()) {
+      fold(std::move(edit), changes.additions[created->second]);
+    } else {
+      changes.edits.push_back(std::move(edit));
+    }
+  }
+  for (const auto& key : values_.removals(acts)) {
+    if (additions_.empty() || additions_.find(key) == nullptr) changes.removals.push_back(key);
+  }
+  changes.removedLinks = links_.removedLinks(acts);
+  changes.addedLinks = links_.addedLinks(acts);
+  return changes;
+}
+
+UnsavedChanges Overlay::unsavedChanges(const ActIds& acts) const {
+  UnsavedChanges unsaved;
+  auto changes = this->changes(acts);
+  for (const auto& record : changes.additions) unsaved.additions.push_back(record.key);
+  for (const auto& edit : changes.edits) {
+    for (const auto& each : edit.values) unsaved.values.push_back({edit.key, each.property});
+    if (edit.image) unsaved.values.push_back({edit.key, 0});
+  }
+  unsaved.removals = std::move(changes.removals);
+  unsaved.addedLinks = std::move(changes.addedLinks);
+  unsaved.removedLinks = std::move(changes.removedLinks);
+  return unsaved;
+}
+
+void Overlay::clear(const ActIds& acts) {
+  values_.clear(acts);
+  links_.clear(acts);
+  additions_.clear(acts);
+}
+
+}  // namespace ox
