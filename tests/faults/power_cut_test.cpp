@@ -157,8 +157,8 @@ std::filesystem::path emptyFolder() {
 bool countsOn(const std::string& path) {
   sqlite::Connection store(path, sqlite::Connection::Mode::ReadOnly);
   return store.queryInteger(
-             "SELECT next_record > max(ifnull((SELECT max(id) FROM record), 0),"
-             " ifnull((SELECT max(record) FROM removal), 0)) FROM counter") == 1;
+             "SELECT max(next_record) > max(ifnull((SELECT max(id) FROM record), 0),"
+             " ifnull((SELECT max(record) FROM change WHERE what = 3), 0)) FROM act") == 1;
 }
 
 // The next day begins on what the power cut left.

@@ -323,6 +323,14 @@ std::vector<FoundRecords> SwitchedSource::matches(std::string_view containerIden
   return found;
 }
 
+TagDebts SwitchedSource::tagDebts() {
+  return real_->tagDebts();
+}
+
+void SwitchedSource::noteFollowedTags(std::int64_t number) {
+  real_->noteFollowedTags(number);
+}
+
 void SwitchedSource::checkpoint() {
   enterContainerView(&SourceCounts::checkpoint);
   real_->checkpoint();

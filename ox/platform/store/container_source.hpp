@@ -12,6 +12,7 @@
 #include "ox/platform/store/values/record_keys.hpp"
 #include "ox/platform/store/values/save_request.hpp"
 #include "ox/platform/store/values/store_error.hpp"
+#include "ox/platform/store/values/tag_debts.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
@@ -59,6 +60,10 @@ class ContainerSource {
   // (ox/records/fingerprint.hpp).
   virtual std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
                                             std::span<const SoughtRecord> sought) = 0;
+  // What the tag file has to follow; costs one look at an empty table when that is nothing.
+  virtual TagDebts tagDebts() = 0;
+  // The tag file has followed every act up to this one.
+  virtual void noteFollowedTags(std::int64_t number) = 0;
   // Returns when everything committed so far would survive a power cut.
   virtual void checkpoint() = 0;
 };

@@ -249,6 +249,16 @@ class StoreSource final : public ContactSource {
     return committed_.matches(containerIdentifier, kind, sought);
   }
 
+  TagDebts tagDebts() override {
+    const std::lock_guard lock(mutex_);
+    return store_.tagDebts();
+  }
+
+  void noteFollowedTags(std::int64_t number) override {
+    const std::lock_guard lock(mutex_);
+    store_.noteFollowedTags(number);
+  }
+
   void checkpoint() override {
     const std::lock_guard lock(mutex_);
     store_.checkpoint();

@@ -74,15 +74,14 @@ TEST(Store, RefusesANewerSchemaAndLeavesItAlone) {
     file.execute("PRAGMA user_version=99");
   }
   EXPECT_EQ(refusalOf(path),
-            "newer.db: was written by a newer version (schema 99, this version knows 1)");
+            "newer.db: was written by a newer version (schema 99, this version knows 2)");
 }
 
 TEST(Store, RefusesWhenAnotherProgramKeepsItLocked) {
   const auto path = temporaryPath("locked.db");
   openStoreSource(path.string())->containers();
   sqlite::Connection holder(path.string(), sqlite::Connection::Mode::ReadWrite);
-  holder.execute(
-      "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; UPDATE counter SET next_record=1");
+  holder.execute("PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; UPDATE store SET name = name");
   sqlite::Connection probe;
   try {
     probe = openStoreFile(path.string());
@@ -106,7 +105,7 @@ TEST(Store, NeverBelievesDamagedBytes) {
     sqlite::Connection file(path.string(), sqlite::Connection::Mode::ReadWrite);
     file.execute(
         "UPDATE content SET properties = x'01020304050607080900' WHERE record = 1;"
-        "UPDATE image SET data = x'00' WHERE record = 1");
+        "UPDATE image SET data = x'00' WHERE id = 1");
   }
   const auto reader = openStoreSource(path.string());
   EXPECT_THROW(reader->value(RecordKey::of("p1"), property_id::kFirst), StoreError);
@@ -116,7 +115,7 @@ TEST(Store, NeverBelievesDamagedBytes) {
   EXPECT_EQ(storeProblems(path.string()).size(), 1U);
 }
 
-TEST(Store, WithoutItsCountersIsReadAllTheSame) {
+TEST(Store, WithoutItsJournalIsReadAllTheSame) {
   const auto path = temporaryPath("uncounted.db");
   {
     const auto source = openStoreSource(path.string());
@@ -124,9 +123,15 @@ TEST(Store, WithoutItsCountersIsReadAllTheSame) {
     request.additions.push_back({RecordKey::of("p1"), RecordKind::Person, "_local", {}, {}});
     ASSERT_TRUE(source->execute(request));
   }
-  sqlite::Connection(path.string(), sqlite::Connection::Mode::ReadWrite)
-      .execute("DELETE FROM counter");
-  EXPECT_EQ(openStoreSource(path.string())->records(RecordKind::Person).size(), 1U);
+  sqlite::Connection(path.string(), sqlite::Connection::Mode::ReadWrite).execute("DELETE FROM act");
+  const auto reader = openStoreSource(path.string());
+  EXPECT_EQ(reader->records(RecordKind::Person).size(), 1U);
+  SaveRequest request;
+  request.additions.push_back({RecordKey::of("p2"), RecordKind::Person, "_local", {}, {}});
+  EXPECT_THROW(reader->execute(request), StoreError);
+  EXPECT_EQ(storeProblems(path.string()),
+            (std::vector<std::string>{"p1: its row number is not counted",
+                                      "the journal has no last row"}));
 }
 
 TEST(Check, NamesWhatIsWrong) {

@@ -1,5 +1,6 @@
 #include "ox/platform/store/committed/committed_records.hpp"
 
+#include <algorithm>
 #include <ctime>
 #include <utility>
 
@@ -40,35 +41,36 @@ void CommittedRecords::refresh(Look look) {
   if (look == Look::AtMostEvery10ms && lastLook_ >= 0 && now - lastLook_ < kLookMilliseconds)
     return;
   file_.guarded([&] {
-    auto& row = file_.statement(Sql::DataVersion);
-    const sqlite::StatementScope scope(row);
-    row.step();
-    const auto version = row.integer(0);
-    if (version != seenVersion_) readNews();
+    const auto current = version();
+    if (current != seenVersion_) readNews();
     // Set last: when the reading of the news fails half way, the next look reads them again.
-    seenVersion_ = version;
+    seenVersion_ = current;
     lastLook_ = now;
   });
 }
 
-// The version tells that something was committed elsewhere, not what. Values and links are
-// forgotten as a whole and read again when they are asked for. The index is not, since it is as
-// large as the store: the removal table lists what is gone since the last look, and rows above the
-// last one seen are new, because row numbers are never used again. Removals come first: a record
-// that was removed and made again stands in both.
-void CommittedRecords::readNews() {
-  containers_.forget();
-  forgetValues();
-  forgetLinks();
-  if (!indexLoaded_) return;
-  auto& removals = file_.statement(Sql::RemovalsAfter);
-  const sqlite::StatementScope scope(removals);
-  removals.bind(1, seenRemoval_);
-  while (removals.step()) {
-    seenRemoval_ = removals.integer(0);
-    index_.removeRow(removals.integer(1));
-  }
-  readRecordsAfter(seenRow_);
+std::int64_t CommittedRecords::version() {
+  auto& row = file_.statement(Sql::DataVersion);
+  const sqlite::StatementScope scope(row);
+  row.step();
+  return row.integer(0);
+}
+
+bool CommittedRecords::isOutdated() {
+  return file_.guarded([&] { return version() != seenVersion_; });
+}
+
+void CommittedRecords::forgetIndex() {
+  indexLoaded_ = false;
+  index_.clear();
+  seenRow_ = 0;
+}
+
+void CommittedRecords::forgetLink(const RecordKey& group, const RecordKey& child) {
+  ++linkGeneration_;
+  memberLists_.erase(group);
+  subgroupLists_.erase(group);
+  parentLists_.erase(child);
 }
 
 void CommittedRecords::forgetLinks() {
@@ -83,15 +85,10 @@ void CommittedRecords::loadIndex() {
   // An earlier try may have failed half way and left a part behind.
   index_.clear();
   seenRow_ = 0;
-  {
-    auto& counts = file_.statement(Sql::RecordCounts);
-    const sqlite::StatementScope scope(counts);
-    // A damaged file may hold no counts: the rows are read all the same.
-    const bool isThere = counts.step();
-    // Before the rows are read: a removal between both is then met once more, which does no harm.
-    seenRemoval_ = isThere ? counts.integer(0) : 0;
-    index_.reserve(isThere ? static_cast<std::size_t>(counts.integer(1)) : 0);
-  }
+  // Row numbers that are not in use any more cost a little room here; a damaged count costs none.
+  constexpr std::int64_t kMostReserved = 4'000'000;
+  index_.reserve(
+      static_cast<std::size_t>(std::clamp<std::int64_t>(seen_.nextRecord, 0, kMostReserved)));
   readRecordsAfter(0);
   indexLoaded_ = true;
 }
@@ -209,6 +206,11 @@ std::shared_ptr<const PropertyBag> CommittedRecords::readValues(const Entry& ent
   return values;
 }
 
+void CommittedRecords::forgetValuesOf(const RecordKey& key) {
+  values_.erase(key);
+  if (lastKey_ == key) lastValues_.reset();
+}
+
 void CommittedRecords::forgetValues() {
   values_.clear();
   lastValues_.reset();
@@ -268,24 +270,6 @@ RecordKeysPtr CommittedRecords::parents(const RecordKey& record) {
   auto keys = linkedKeys(Sql::ParentsOfRow, record, std::nullopt);
   const auto cost = keys->size() + 1;
   return *parentLists_.put(record, std::move(keys), cost);
-}
-
-void CommittedRecords::follow(const WrittenRecords& written) {
-  for (const auto& key : written.changedValues) values_.erase(key);
-  if (!written.changedValues.empty()) lastValues_.reset();
-  // A removed record takes its links with it.
-  if (written.linksChanged || !written.removedRows.empty()) forgetLinks();
-  if (!indexLoaded_) return;
-  for (const auto row : written.removedRows) index_.removeRow(row);
-  for (const auto& entry : written.added) {
-    index_.append(entry);
-    seenRow_ = entry.row;
-  }
-}
-
-void CommittedRecords::forgetUncommitted() {
-  forgetValues();
-  containers_.forget();
 }
 
 }  // namespace ox

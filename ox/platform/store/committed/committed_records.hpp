@@ -13,20 +13,12 @@
 #include "ox/platform/store/committed/generation_cache.hpp"
 #include "ox/platform/store/committed/record_index.hpp"
 #include "ox/platform/store/file/store_file.hpp"
+#include "ox/platform/store/values/act.hpp"
 #include "ox/platform/store/values/many_records.hpp"
 #include "ox/platform/store/values/record_keys.hpp"
-#include "ox/platform/store/values/save_request.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
-
-// What a transaction has written, for the memory to follow once it is committed.
-struct WrittenRecords {
-  std::vector<RecordEntry> added;  // rows rise
-  std::vector<std::int64_t> removedRows;
-  std::vector<RecordKey> changedValues;  // of removed records too
-  bool linksChanged = false;
-};
 
 // The committed rows of one store file as this process knows them: an index of all records once
 // somebody lists, and bounded caches of values and links. What other processes commit is looked for
@@ -42,8 +34,12 @@ class CommittedRecords {
   // than 10 ms.
   enum class Look { Now, AtMostEvery10ms };
   void refresh(Look look);
+  // Whether anybody else has committed since the last look; the next look will tell what.
+  bool isOutdated();
   // As of the last look.
-  StoreMoment moment() const { return {seenVersion_, commits_}; }
+  const StoreMoment& moment() const { return seen_.moment; }
+  // The row that the next record to be added will have, as of the last look.
+  std::int64_t nextRow() const { return seen_.nextRecord; }
   // Rises whenever committed links may have changed, by whomever.
   std::uint64_t linkGeneration() const { return linkGeneration_; }
 
@@ -67,18 +63,21 @@ class CommittedRecords {
   std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
                                     std::span<const SoughtRecord> sought);
 
-  // For whoever writes. This process has committed something.
-  void noteCommit() { ++commits_; }
-  // What was written is committed.
-  void follow(const WrittenRecords& written);
-  // What was written is rolled back: forgets what may have been read of it in between.
-  void forgetUncommitted();
+  // What this process has written is committed.
+  void follow(const WrittenAct& written);
 
  private:
+  std::int64_t version();
   void loadIndex();
   void readRecordsAfter(std::int64_t row);
   void readNews();
+  bool readActsSince(const ActRow& seen, const ActRow& last);
+  void takeChange(const sqlite::Statement& change);
+  void startAnew();
+  void forgetIndex();
+  void forgetLink(const RecordKey& group, const RecordKey& child);
   void forgetLinks();
+  void forgetValuesOf(const RecordKey& key);
   void forgetValues();
   std::shared_ptr<const PropertyBag> readStored(const RecordKey& key, Entry entry);
   std::shared_ptr<const PropertyBag> readValues(const Entry& entry, std::int64_t count);
@@ -91,10 +90,9 @@ class CommittedRecords {
   StoreFile& file_;
 
   std::int64_t seenVersion_ = -1;  // data_version at the last look
-  std::uint64_t commits_ = 0;      // of ours, that changed something
+  ActRow seen_;                    // the last act at the last look
   std::int64_t seenRow_ = 0;       // the last record in the index
-  std::int64_t seenRemoval_ = 0;
-  std::int64_t lastLook_ = -1;  // in milliseconds of a coarse clock
+  std::int64_t lastLook_ = -1;     // in milliseconds of a coarse clock
   std::uint64_t linkGeneration_ = 1;
 
   ContainerList containers_;

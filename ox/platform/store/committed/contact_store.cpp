@@ -1,111 +1,214 @@
 #include "ox/platform/store/committed/contact_store.hpp"
 
-#include <cassert>
+#include <algorithm>
+#include <chrono>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "ox/platform/store/committed/store_transaction.hpp"
+#include "ox/platform/store/committed/act_builder.hpp"
+#include "ox/platform/store/file/act_writer.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/card_uid.hpp"
 
 namespace ox {
 
-template <typename Step>
-void ContactStore::write(StoreFile::Outlive outlive, Step step) {
-  file_.guarded([&] {
-    auto& file = file_.connection();
+namespace {
+
+constexpr int kTriesWithoutLock = 3;
+
+// How long a writer waits for others altogether, however often it has to decide again.
+class WaitingTime {
+ public:
+  explicit WaitingTime(sqlite::Connection& file) : file_(file) {}
+  WaitingTime(const WaitingTime&) = delete;
+  WaitingTime& operator=(const WaitingTime&) = delete;
+  ~WaitingTime() {
+    if (shortened_) file_.setBusyTimeout(kBusyMilliseconds);
+  }
+
+  void startNextTry() {
+    const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - start_);
+    file_.setBusyTimeout(std::max(1, kBusyMilliseconds - static_cast<int>(waited.count())));
+    shortened_ = true;
+  }
+
+ private:
+  sqlite::Connection& file_;
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  bool shortened_ = false;
+};
+
+}  // namespace
+
+bool ContactStore::write(StoreFile::Outlive outlive, const Decision& decide) {
+  return file_.guarded([&] {
     file_.letCommits(outlive);
-    sqlite::Transaction transaction(file);
-    // Inside the write lock nobody else commits: what is read now stays true to the end.
-    committed_.refresh(CommittedRecords::Look::Now);
-    auto& next = file_.statement(Sql::NextRecord);
-    const auto firstRow = next.step() ? next.integer(0) : 0;
-    next.reset();
-    StoreTransaction writing(file_, committed_, firstRow);
-    const auto changesBefore = file.totalChanges();
-    try {
-      step(writing);
-      assert(writing.nextRow() >= firstRow);
-      if (writing.nextRow() != firstRow) {
-        file_.statement(Sql::SetNextRecord).bind(1, writing.nextRow()).run();
+    WaitingTime waiting(file_.connection());
+    const auto name = makeUuid();
+    std::unordered_set<RecordKey> taken;
+    for (int tries = 0;; ++tries) {
+      if (tries > 0) waiting.startNextTry();
+      const auto lock = tries < kTriesWithoutLock ? Lock::WhenDecided : Lock::First;
+      if (const auto written = tryWriting(lock, name, decide, taken)) return *written;
+    }
+  });
+}
+
+std::optional<bool> ContactStore::tryWriting(Lock lock, const Uuid& name, const Decision& decide,
+                                             std::unordered_set<RecordKey>& taken) {
+  std::optional<sqlite::Transaction> transaction;
+  if (lock == Lock::First) transaction.emplace(file_.connection());
+  committed_.refresh(CommittedRecords::Look::Now);
+  ActBuilder builder(file_, committed_, taken);
+  decide(builder);
+  auto act = builder.take();
+  act.name = name;
+  act.followedTags = followedTags_;
+  // For an act of nothing too: whoever asks for it learns whether the store can be written.
+  if (!transaction) transaction.emplace(file_.connection());
+  if (act.empty()) return false;
+  if (!commitAct(act, taken, *transaction)) return std::nullopt;
+  return true;
+}
+
+// False when it has to be decided again; the transaction is then rolled back by its owner.
+bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& taken,
+                             sqlite::Transaction& transaction) {
+  try {
+    const auto others =
+        committed_.isOutdated() ? ActWriter::Others::HaveCommitted : ActWriter::Others::WereStill;
+    ActWriter writer(file_, act);
+    switch (writer.write(others)) {
+      case ActWriter::Outcome::Written:
+        break;
+      case ActWriter::Outcome::WrittenBefore:
+        return true;
+      case ActWriter::Outcome::Outdated:
+        return false;
+      case ActWriter::Outcome::IdentifierTaken:
+        taken.insert(writer.taken().begin(), writer.taken().end());
+        file_.forgetUncommitted();
+        return false;
+    }
+    transaction.commit();
+    file_.noteCommit();
+    followedTags_.reset();
+    committed_.follow(writer.written());
+    return true;
+  } catch (...) {
+    file_.forgetUncommitted();
+    throw;
+  }
+}
+
+TagDebts ContactStore::tagDebts() {
+  return file_.guarded([&] {
+    TagDebts debts;
+    {
+      auto& numbers = file_.statement(Sql::TagDebts);
+      const sqlite::StatementScope scope(numbers);
+      while (numbers.step()) debts.acts.push_back({numbers.integer(0), {}});
+    }
+    if (debts.acts.empty()) return debts;
+    {
+      auto& name = file_.statement(Sql::StoreName);
+      const sqlite::StatementScope scope(name);
+      if (name.step() && name.blob(0).size() == debts.store.size()) {
+        std::ranges::copy(name.blob(0), debts.store.begin());
       }
-      transaction.commit();
-    } catch (...) {
-      // What was read in between is what was to be written, and now never was.
-      committed_.forgetUncommitted();
-      file_.forgetCustomProperties();
-      throw;
     }
-    // A commit that wrote nothing has synced nothing either.
-    if (file.totalChanges() != changesBefore) {
-      file_.noteCommit();
-      committed_.noteCommit();
+    auto& changes = file_.statement(Sql::TagChangesOfAct);
+    for (auto& act : debts.acts) {
+      const sqlite::StatementScope scope(changes);
+      changes.bind(1, act.number);
+      while (changes.step()) {
+        try {
+          act.changes.push_back(decodeTagChange(changes.blob(0), changes.blob(1)));
+        } catch (const DamagedTagChange& error) {
+          throw StoreError(StoreError::Kind::Corrupt, file_.path() + ": " + error.what(),
+                           file_.path());
+        }
+      }
     }
-    committed_.follow(writing.written());
+    return debts;
   });
 }
 
 bool ContactStore::execute(SaveRequest& request) {
+  std::vector<RecordKey> keys;
   try {
-    write(StoreFile::Outlive::Kill, [&](StoreTransaction& writing) {
+    write(StoreFile::Outlive::Kill, [&](ActBuilder& builder) {
       settleOutdated(request);
+      if (request.moment) {
+        for (const auto& record : request.additions) builder.guardContainer(record.container);
+      }
       const bool leavesOut = request.whenOutdated == SaveRequest::WhenOutdated::LeaveOut;
-      for (const auto& container : request.newContainers) writing.addContainer(container);
-      for (auto& record : request.additions) {
-        if (!record.leftOut) writing.addRecord(record);
+      for (const auto& container : request.newContainers) builder.addContainer(container);
+      keys.clear();
+      for (const auto& record : request.additions) {
+        keys.push_back(record.leftOut ? record.key : builder.addRecord(record));
       }
       for (auto& record : request.replacements) {
-        record.leftOut = leavesOut && !writing.find(record.key);
-        if (!record.leftOut) writing.replaceRecord(record);
+        record.leftOut = leavesOut && !builder.find(record.key);
+        if (!record.leftOut) builder.replaceRecord(record);
       }
-      for (const auto& link : request.removedLinks) writing.removeLink(link);
+      for (const auto& link : request.removedLinks) builder.removeLink(link);
       for (auto& link : request.links) {
-        const auto refused = writing.addLink({link.group, link.child});
+        const auto refused = builder.addLink({link.group, link.child});
         if (!refused.empty() && !leavesOut) throw RefusedRequest(refused);
         link.leftOut = !refused.empty();
       }
-      for (const auto& removal : request.removedContainers) writing.removeContainer(removal);
+      for (const auto& removal : request.removedContainers) builder.removeContainer(removal);
+      builder.changeTags(request.tags);
     });
-    if (request.moment) request.moment = committed_.moment();
-    return true;
   } catch (const RefusedRequest& refused) {
     request.reason = refused.what();
     return false;
   }
+  for (std::size_t i = 0; i < keys.size(); ++i) request.additions[i].key = keys[i];
+  if (request.moment) request.moment = committed_.moment();
+  return true;
 }
 
 SaveReport ContactStore::commit(RecordChanges& changes) {
   SaveReport report;
+  std::vector<RecordKey> keys;
   const auto noteDropped = [&report](std::string why, const RecordKey& record) {
     if (why.empty()) return;
     report.dropped.push_back({FailureKind::Refused, std::move(why), record.text()});
   };
   try {
-    write(StoreFile::Outlive::PowerCut, [&](StoreTransaction& writing) {
-      for (auto& record : changes.additions) writing.addRecord(record);
-      for (const auto& edit : changes.edits) noteDropped(writing.applyEdit(edit), edit.key);
-      for (const auto& link : changes.removedLinks) writing.removeLink(link);
-      for (const auto& link : changes.addedLinks) noteDropped(writing.addLink(link), link.group);
+    write(StoreFile::Outlive::PowerCut, [&](ActBuilder& builder) {
+      report.dropped.clear();
+      keys.clear();
+      for (const auto& record : changes.additions) keys.push_back(builder.addRecord(record));
+      for (const auto& edit : changes.edits) noteDropped(builder.applyEdit(edit), edit.key);
+      for (const auto& link : changes.removedLinks) builder.removeLink(link);
+      for (const auto& link : changes.addedLinks) noteDropped(builder.addLink(link), link.group);
       for (const auto& key : changes.removals) {
-        if (const auto entry = writing.find(key)) writing.removeRecord(*entry);
+        if (const auto entry = builder.find(key)) builder.removeRecord(*entry);
       }
+      builder.changeTags(changes.tags);
     });
   } catch (const RefusedRequest& refused) {
     return {false, {FailureKind::Refused, refused.what(), {}}, {}};
   }
+  for (std::size_t i = 0; i < keys.size(); ++i) changes.additions[i].key = keys[i];
   // When every edit was dropped nothing was committed, and creations before it may still wait.
   sync();
   report.done = true;
   return report;
 }
 
-// A request that was made from what the store held is matched once more against what it holds now.
-// Others may have committed between both, and only the write lock, under which this runs, keeps
-// them from doing so again. Nothing is looked at when the moment is still the same, so an import
-// that is alone pays one comparison a request; and no two imports that run at once add one card
-// twice.
+// A request that was made from what the store held is matched once more against what it holds now,
+// if others have committed between both. Nothing is looked at when the moment is still the same, so
+// an import that is alone pays one comparison a request; and as nothing may come into the container
+// while this is decided and written, no two imports that run at once add one card twice.
 void ContactStore::settleOutdated(SaveRequest& request) {
   request.outdated = request.moment && *request.moment != committed_.moment();
+  for (auto& record : request.additions) record.leftOut = false;
   if (!request.outdated) return;
   if (request.whenOutdated == SaveRequest::WhenOutdated::Refuse) {
     throw RefusedRequest("the store was changed meanwhile");

@@ -1,20 +1,27 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <optional>
 #include <span>
 #include <string>
+#include <unordered_set>
 
 #include "ox/platform/store/committed/committed_records.hpp"
 #include "ox/platform/store/file/store_file.hpp"
+#include "ox/platform/store/values/act.hpp"
 #include "ox/platform/store/values/record_changes.hpp"
 #include "ox/platform/store/values/save_request.hpp"
+#include "ox/platform/store/values/tag_debts.hpp"
 
 namespace ox {
 
-class StoreTransaction;
+class ActBuilder;
 
-// One contact store: its committed records, and the two ways of writing, each one transaction,
-// whole or not at all. Used by one thread at a time; every operation throws StoreError when the
-// file fails.
+// One contact store: its committed records, and the ways of writing, each one act, whole or not at
+// all. An act is decided from what is committed, without a lock, and then written in one step; when
+// others have touched meanwhile what it was decided upon, it is decided again. Used by one thread
+// at a time; every operation throws StoreError when the file fails.
 class ContactStore {
  public:
   explicit ContactStore(std::string path) : file_(std::move(path)), committed_(file_) {}
@@ -31,15 +38,28 @@ class ContactStore {
   void sync() { file_.sync(); }
   void checkpoint() { file_.checkpoint(); }
 
+  TagDebts tagDebts();
+  // The tag file has followed every act up to this one; the next act strikes them out.
+  void noteFollowedTags(std::int64_t number) { followedTags_ = number; }
+
+  // Decides an act and writes it. The decision is repeated as long as others come first, each time
+  // from the beginning; false, and nothing was written, when it has come to nothing.
+  using Decision = std::function<void(ActBuilder&)>;
+  bool write(StoreFile::Outlive outlive, const Decision& decide);
+
  private:
-  // One transaction around the step, then the memory follows.
-  template <typename Step>
-  void write(StoreFile::Outlive outlive, Step step);
+  enum class Lock : std::uint8_t { WhenDecided, First };
+  // Missing: to be decided again.
+  std::optional<bool> tryWriting(Lock lock, const Uuid& name, const Decision& decide,
+                                 std::unordered_set<RecordKey>& taken);
+  bool commitAct(const Act& act, std::unordered_set<RecordKey>& taken,
+                 sqlite::Transaction& transaction);
   void settleOutdated(SaveRequest& request);
   void leaveOutStored(std::span<NewRecord> additions);
 
   StoreFile file_;
   CommittedRecords committed_;
+  std::optional<std::int64_t> followedTags_;
 };
 
 }  // namespace ox

@@ -12,8 +12,6 @@
 namespace ox {
 namespace {
 
-constexpr int kBusyMilliseconds = 10'000;
-
 void refuseSameFile(const std::string& from, const std::string& to) {
   std::error_code error;
   if (!std::filesystem::equivalent(from, to, error) || error) return;

@@ -1,11 +1,14 @@
 #include "ox/platform/store/file/check.hpp"
 
+#include <array>
+#include <cstdint>
 #include <string_view>
 
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
+#include "ox/platform/store/values/journal_row.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
@@ -29,11 +32,15 @@ void checkStructure(sqlite::Connection& file, Problems& problems) {
 }
 
 void checkRecords(sqlite::Connection& file, Problems& problems) {
+  // A store of version 1 that nobody has opened since is looked at as it is.
+  const bool isVersion1 = file.queryInteger("PRAGMA user_version") == 1;
   auto rows = file.prepare(
-      "SELECT r.id, r.uid, r.kind, r.container, c.properties, c.fingerprint, c.card_uid, "
-      "i.checksum, i.data FROM record r LEFT JOIN content c ON c.record = r.id "
-      "LEFT JOIN image i ON i.record = r.id ORDER BY r.id");
-  const auto next = file.queryInteger("SELECT next_record FROM counter");
+      std::string("SELECT r.id, r.uid, r.kind, r.container, c.properties, c.fingerprint, "
+                  "c.card_uid, i.checksum, i.data FROM record r "
+                  "LEFT JOIN content c ON c.record = r.id LEFT JOIN image i ON ") +
+      (isVersion1 ? "i.record = r.id" : "i.id = c.image") + " ORDER BY r.id");
+  const auto next = file.queryInteger(isVersion1 ? "SELECT next_record FROM counter"
+                                                 : "SELECT max(next_record) FROM act");
   while (rows.step()) {
     std::string name = "record in row " + std::to_string(rows.integer(0));
     try {
@@ -63,6 +70,79 @@ void checkRecords(sqlite::Connection& file, Problems& problems) {
   }
 }
 
+// Acts are numbered without a gap, their rows rise, and every row of theirs can be read.
+void checkActs(sqlite::Connection& file, Problems& problems) {
+  auto rows = file.prepare(
+      "SELECT number, length(name), next_record, next_change, bytes FROM act ORDER BY number");
+  std::array<std::int64_t, 4> before{};  // number, next_record, next_change, bytes
+  std::int64_t count = 0;
+  while (rows.step()) {
+    const std::array now = {rows.integer(0), rows.integer(2), rows.integer(3), rows.integer(4)};
+    const auto name = "act " + std::to_string(now[0]);
+    if (rows.integer(1) != 16) problems.push_back(name + ": its name is damaged");
+    if (count++ > 0) {
+      if (now[0] != before[0] + 1) problems.push_back(name + ": those before it are missing");
+      for (std::size_t i = 1; i < now.size(); ++i) {
+        if (now[i] < before[i]) problems.push_back(name + ": its place in the journal is damaged");
+      }
+    }
+    before = now;
+  }
+  if (count == 0) problems.emplace_back("the journal has no last row");
+  const auto nextChange = file.queryInteger("SELECT ifnull(max(id), 0) + 1 FROM change");
+  if (count > 0 && nextChange > before[2]) {
+    problems.emplace_back("the journal holds changes of no act");
+  }
+}
+
+void checkChanges(sqlite::Connection& file, Problems& problems) {
+  auto rows = file.prepare("SELECT id, what, before, after FROM change ORDER BY id");
+  while (rows.step()) {
+    const auto what = rows.integer(1);
+    const auto check = [&](int column) {
+      try {
+        decodeProperties(rows.blob(column));
+      } catch (const DamagedProperties& error) {
+        problems.push_back("change " + std::to_string(rows.integer(0)) +
+                           " of the journal: " + error.what());
+      }
+    };
+    const bool isRemoval = what == static_cast<std::int64_t>(ChangeKind::Removed);
+    const bool ofValues = what == static_cast<std::int64_t>(ChangeKind::Values) ||
+                          what == static_cast<std::int64_t>(ChangeKind::ValuesAndPicture);
+    if (ofValues || (isRemoval && !rows.isNull(2))) check(2);
+    if (ofValues) check(3);
+  }
+}
+
+// A picture belongs to one record, or to one row of the journal that keeps it.
+void checkPictures(sqlite::Connection& file, Problems& problems) {
+  auto rows = file.prepare(
+      "WITH owner(image) AS (SELECT image FROM content WHERE image IS NOT NULL UNION ALL "
+      "SELECT other FROM change WHERE what IN (2, 3) AND other IS NOT NULL), "
+      "counted(image, owners) AS (SELECT image, count(*) FROM owner GROUP BY image) "
+      "SELECT ifnull(i.id, c.image), ifnull(c.owners, 0), i.id IS NULL FROM image i "
+      "FULL JOIN counted c ON c.image = i.id "
+      "WHERE i.id IS NULL OR ifnull(c.owners, 0) <> 1 ORDER BY 1");
+  while (rows.step()) {
+    const auto name = "picture " + std::to_string(rows.integer(0));
+    if (rows.integer(2) != 0) {
+      problems.push_back(name + " is missing");
+    } else if (rows.integer(1) == 0) {
+      problems.push_back(name + " belongs to nobody");
+    } else {
+      problems.push_back(name + " belongs to several records");
+    }
+  }
+}
+
+void checkJournal(sqlite::Connection& file, Problems& problems) {
+  if (file.queryInteger("PRAGMA user_version") == 1) return;  // it had none
+  checkActs(file, problems);
+  checkChanges(file, problems);
+  checkPictures(file, problems);
+}
+
 void checkLinks(sqlite::Connection& file, Problems& problems) {
   auto crossing = file.prepare(
       "SELECT l.id FROM link l JOIN record p ON p.id = l.parent JOIN record c ON c.id = l.child "
@@ -87,7 +167,7 @@ void checkLinks(sqlite::Connection& file, Problems& problems) {
 std::vector<std::string> storeProblems(const std::string& path) {
   auto file = openExistingStoreFile(path);
   Problems problems;
-  for (const auto check : {checkStructure, checkRecords, checkLinks}) {
+  for (const auto check : {checkStructure, checkRecords, checkLinks, checkJournal}) {
     try {
       check(file, problems);
     } catch (const sqlite::Error& error) {

@@ -14,69 +14,16 @@
 #include "ox/base/private_file.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/file/kept_copies.hpp"
+#include "ox/platform/store/file/tables.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {
 namespace {
 
-constexpr int kBusyMilliseconds = 10'000;
 // Of a new store. A commit of one new person writes five pages: of half SQLite's usual size they
 // cost a fifth less, and reading costs no more.
 constexpr int kPageBytes = 2048;
 constexpr std::int64_t kLogBytesBetweenCheckpoints = std::int64_t{64} << 20U;
-
-// record: uid holds the 16 bytes of our own identifiers (see RecordKey), any other identifier as
-// text. Row numbers come from the counter and are never used again, so a row number tells what is
-// new, and the removal table what is gone, since a process last looked.
-// content: all values of a record in one row, because an import then writes few rows and a record
-// is read by one look-up. The blob ends in a checksum of its own (see property_codec.hpp): SQLite
-// does not notice a changed byte inside a row. card_uid repeats a value of the blob to find it by;
-// fingerprint is contentFingerprint() of values and picture.
-// image: apart from the values, which are read far more often; checksum is that of the data.
-// link: its number tells the order of adding.
-// removal: rows of records that are gone. They are kept, since nobody knows which processes have
-// seen them; a row takes a few bytes.
-constexpr const char* kVersion1 = R"sql(
-CREATE TABLE container(
-  id INTEGER PRIMARY KEY AUTOINCREMENT,
-  identifier TEXT NOT NULL UNIQUE,
-  name TEXT NOT NULL,
-  type INTEGER NOT NULL);
-CREATE TABLE counter(next_record INTEGER NOT NULL);
-INSERT INTO counter VALUES(1);
-CREATE TABLE record(
-  id INTEGER PRIMARY KEY,
-  uid BLOB NOT NULL UNIQUE,
-  kind INTEGER NOT NULL,
-  container INTEGER NOT NULL REFERENCES container(id));
-CREATE TABLE content(
-  record INTEGER PRIMARY KEY REFERENCES record(id) ON DELETE CASCADE,
-  card_uid TEXT,
-  fingerprint INTEGER NOT NULL,
-  properties BLOB NOT NULL);
-CREATE INDEX content_card_uid ON content(card_uid) WHERE card_uid IS NOT NULL;
-CREATE INDEX content_fingerprint ON content(fingerprint);
-CREATE TABLE image(
-  record INTEGER PRIMARY KEY REFERENCES record(id) ON DELETE CASCADE,
-  checksum INTEGER NOT NULL,
-  data BLOB NOT NULL);
-CREATE TABLE link(
-  id INTEGER PRIMARY KEY,
-  parent INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE,
-  child INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE);
-CREATE INDEX link_parent ON link(parent);
-CREATE UNIQUE INDEX link_child ON link(child, parent);
-CREATE TABLE removal(
-  id INTEGER PRIMARY KEY AUTOINCREMENT,
-  record INTEGER NOT NULL);
-CREATE TABLE custom_property(
-  name TEXT PRIMARY KEY,
-  type INTEGER NOT NULL);
-INSERT INTO container(identifier, name, type) VALUES('_local:ABAccount', 'On My Mac', 1);
-)sql";
-
-constexpr std::array kMigrations = {kVersion1};
-static_assert(kMigrations.size() == kSchemaVersion);
 
 [[noreturn]] void fail(StoreError::Kind kind, const std::string& path, const std::string& reason) {
   throw StoreError(kind, path + ": " + reason, path);
@@ -129,15 +76,17 @@ void migrate(sqlite::Connection& database, const std::string& path) {
   // Tables, version and mark are one transaction: whoever is killed half way leaves an empty file,
   // which the next opening begins again.
   sqlite::Transaction transaction(database);
-  // Another process may have been faster.
   const int from = versionOf(database, path);
-  // Under the write lock, so that the copy is what is brought up to date; one that cannot be made
-  // leaves the store as it is.
-  if (from > 0) {
+  if (from == kSchemaVersion) return;  // another process was faster
+  if (from == 0) {
+    database.execute(newTables().c_str());
+  } else {
+    // Under the write lock, so that the copy is what is brought up to date; one that cannot be made
+    // leaves the store as it is.
     keepCopy(path, "migration-" + std::to_string(from) + "-" + std::to_string(kSchemaVersion));
-  }
-  for (int version = from; version < kSchemaVersion; ++version) {
-    database.execute(kMigrations[static_cast<std::size_t>(version)]);
+    for (int version = from; version < kSchemaVersion; ++version) {
+      database.execute(migrationFrom(version).c_str());
+    }
   }
   database.execute(("PRAGMA user_version=" + std::to_string(kSchemaVersion)).c_str());
   database.execute(("PRAGMA application_id=" + std::to_string(kStoreApplicationId)).c_str());

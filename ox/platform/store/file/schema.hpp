@@ -6,7 +6,8 @@
 
 namespace ox {
 
-inline constexpr int kSchemaVersion = 1;
+// How long a store that another process has locked is waited for.
+inline constexpr int kBusyMilliseconds = 10'000;
 // "OxAB": tells a contact store from any other SQLite file.
 inline constexpr int kStoreApplicationId = 0x4F784142;
 

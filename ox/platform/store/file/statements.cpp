@@ -23,15 +23,24 @@ constexpr std::array kStatements = {
     Row{Sql::Containers,
         "SELECT id, identifier, name, type FROM container "
         "ORDER BY type <> 1, id"},
-    Row{Sql::RecordCounts,
-        "SELECT (SELECT coalesce(max(id), 0) FROM removal), next_record FROM counter"},
+    Row{Sql::LastAct,
+        "SELECT number, name, next_record, next_change, bytes FROM act ORDER BY number DESC LIMIT "
+        "1"},
+    Row{Sql::ActsFrom,
+        "SELECT number, name, next_record, next_change, bytes FROM act WHERE number >= ?1 "
+        "ORDER BY number"},
+    Row{Sql::ChangesFrom,
+        "SELECT c.what, c.record, c.container, c.other, c.after, r.uid, o.uid FROM change c "
+        "LEFT JOIN record r ON r.id = c.record LEFT JOIN record o ON o.id = c.other "
+        "AND c.what IN (5, 6) WHERE c.id >= ?1 ORDER BY c.id"},
     Row{Sql::RecordsAfter, "SELECT id, uid, kind, container FROM record WHERE id > ?1 ORDER BY id"},
-    Row{Sql::RemovalsAfter, "SELECT id, record FROM removal WHERE id > ?1 ORDER BY id"},
     Row{Sql::RecordByUid, "SELECT id, uid, kind, container FROM record WHERE uid = ?1"},
     Row{Sql::ContentFrom,
         "SELECT c.record, r.uid, c.properties FROM content c JOIN record r ON r.id = c.record "
         "WHERE c.record >= ?1 ORDER BY c.record LIMIT ?2"},
-    Row{Sql::ImageByRow, "SELECT checksum, data FROM image WHERE record = ?1"},
+    Row{Sql::ImageByRow,
+        "SELECT i.checksum, i.data FROM content c JOIN image i ON i.id = c.image "
+        "WHERE c.record = ?1"},
     Row{Sql::ChildrenOfRow,
         "SELECT r.uid FROM link l JOIN record r ON r.id = l.child "
         "WHERE l.parent = ?1 AND r.kind = ?2 ORDER BY l.id"},
@@ -45,7 +54,7 @@ constexpr std::array kStatements = {
     Row{Sql::ContentsOfRows,
         "SELECT k.rowid, c.properties, i.checksum, i.data "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
-        "LEFT JOIN image i ON i.record = c.record"},
+        "LEFT JOIN image i ON i.id = c.image"},
     Row{Sql::ChildrenOfRows,
         "SELECT k.rowid, r.uid FROM keys(?1) k CROSS JOIN link l ON l.parent = k.key "
         "CROSS JOIN record r ON r.id = l.child WHERE r.kind = ?2 ORDER BY k.rowid, l.id"},
@@ -61,33 +70,61 @@ constexpr std::array kStatements = {
         "SELECT r.id, r.uid, r.kind, r.container, k.rowid, c.fingerprint "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
         "CROSS JOIN record r ON r.id = c.record"},
-    Row{Sql::NextRecord, "SELECT next_record FROM counter"},
-    Row{Sql::SetNextRecord, "UPDATE counter SET next_record = ?1"},
-    Row{Sql::InsertContainer, "INSERT INTO container(identifier, name, type) VALUES(?1, ?2, ?3)"},
-    Row{Sql::DeleteContainer, "DELETE FROM container WHERE id = ?1"},
     Row{Sql::RecordsOfContainer,
         "SELECT id, uid, kind, container FROM record WHERE container = ?1 ORDER BY id"},
-    Row{Sql::InsertRecord,
-        "INSERT INTO record(id, uid, kind, container) VALUES(?1, ?2, ?3, ?4) "
-        "ON CONFLICT(uid) DO NOTHING"},
-    Row{Sql::DeleteRecord, "DELETE FROM record WHERE id = ?1"},
-    Row{Sql::InsertRemoval, "INSERT INTO removal(record) VALUES(?1)"},
-    Row{Sql::InsertContent,
-        "INSERT INTO content(record, card_uid, fingerprint, properties) VALUES(?1, ?2, ?3, ?4)"},
-    Row{Sql::UpdateContent,
-        "UPDATE content SET card_uid = ?2, fingerprint = ?3, properties = ?4 WHERE record = ?1"},
-    Row{Sql::PictureChecksum, "SELECT checksum FROM image WHERE record = ?1"},
-    Row{Sql::SetImage,
-        "INSERT INTO image(record, checksum, data) VALUES(?1, ?2, ?3) "
-        "ON CONFLICT(record) DO UPDATE SET checksum = excluded.checksum, data = excluded.data"},
-    Row{Sql::DeleteImage, "DELETE FROM image WHERE record = ?1"},
-    Row{Sql::InsertLink,
-        "INSERT INTO link(parent, child) VALUES(?1, ?2) ON CONFLICT(child, parent) DO NOTHING"},
-    Row{Sql::DeleteLink, "DELETE FROM link WHERE parent = ?1 AND child = ?2"},
     Row{Sql::ParentRows, "SELECT parent FROM link WHERE child = ?1"},
     Row{Sql::SubgroupRows,
         "SELECT l.child FROM link l JOIN record r ON r.id = l.child "
         "WHERE l.parent = ?1 AND r.kind = ?2"},
+    Row{Sql::ActByName, "SELECT number FROM act WHERE number > ?1 AND name = ?2"},
+    Row{Sql::ContainersAddedTo, "SELECT DISTINCT container FROM record WHERE id >= ?1"},
+    Row{Sql::InsertOrigin,
+        "INSERT INTO origin(program, command, together, undoes) VALUES(?1, ?2, ?3, ?4)"},
+    Row{Sql::InsertAct,
+        "INSERT INTO act(number, name, at, origin, next_record, next_change, bytes) "
+        "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7)"},
+    Row{Sql::InsertContainer,
+        "INSERT INTO container(id, identifier, name, type) VALUES(?1, ?2, ?3, ?4)"},
+    Row{Sql::DeleteContainer, "DELETE FROM container WHERE id = ?1"},
+    Row{Sql::InsertRecord,
+        "INSERT INTO record(id, uid, kind, container) VALUES(?1, ?2, ?3, ?4) "
+        "ON CONFLICT(uid) DO NOTHING"},
+    Row{Sql::DeleteRecord, "DELETE FROM record WHERE id = ?1"},
+    Row{Sql::InsertContent,
+        "INSERT INTO content(record, card_uid, fingerprint, image, properties) "
+        "VALUES(?1, ?2, ?3, ?4, ?5)"},
+    Row{Sql::UpdateContent,
+        "UPDATE content SET card_uid = ?2, fingerprint = ?3, properties = ?5 WHERE record = ?1"},
+    Row{Sql::UpdateContentAndImage,
+        "UPDATE content SET card_uid = ?2, fingerprint = ?3, image = ?4, properties = ?5 "
+        "WHERE record = ?1"},
+    Row{Sql::InsertImage, "INSERT INTO image(checksum, data) VALUES(?1, ?2)"},
+    Row{Sql::ImageOfRow,
+        "SELECT i.id, i.checksum, length(i.data) FROM content c JOIN image i ON i.id = c.image "
+        "WHERE c.record = ?1"},
+    Row{Sql::DeleteLinksOfRow,
+        "DELETE FROM link WHERE parent = ?1 OR child = ?1 RETURNING parent, child, id"},
+    Row{Sql::InsertLink,
+        "INSERT INTO link(id, parent, child) VALUES(CASE WHEN EXISTS(SELECT 1 FROM link "
+        "WHERE id = ?1) THEN NULL ELSE ?1 END, ?2, ?3) ON CONFLICT(child, parent) DO NOTHING"},
+    Row{Sql::DeleteLink, "DELETE FROM link WHERE parent = ?1 AND child = ?2 RETURNING id"},
+    Row{Sql::InsertChange,
+        "INSERT INTO change(id, what, record, container, other, place, before, after) "
+        "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"},
+    Row{Sql::InsertRemoved,
+        "INSERT INTO change(id, what, record, container, other, place, before, after) "
+        "SELECT ?1, 3, r.id, r.container, c.image, r.kind, c.properties, r.uid FROM record r "
+        "LEFT JOIN content c ON c.record = r.id WHERE r.id = ?2 RETURNING ifnull(length(before), "
+        "0) "
+        "+ ifnull((SELECT length(data) FROM image WHERE id = other), 0)"},
+    Row{Sql::InsertTagDebt, "INSERT INTO tag_debt VALUES(?1)"},
+    Row{Sql::TagDebts, "SELECT number FROM tag_debt ORDER BY number"},
+    Row{Sql::TagChangesOfAct,
+        "SELECT before, after FROM change WHERE what = 9 AND id >= (SELECT next_change FROM act "
+        "WHERE number = ?1 - 1) AND id < (SELECT next_change FROM act WHERE number = ?1) "
+        "ORDER BY id"},
+    Row{Sql::DeleteTagDebt, "DELETE FROM tag_debt WHERE number <= ?1"},
+    Row{Sql::StoreName, "SELECT name FROM store"},
     Row{Sql::InsertCustomProperty,
         "INSERT INTO custom_property(name, type) VALUES(?1, ?2) ON CONFLICT DO NOTHING"},
 };

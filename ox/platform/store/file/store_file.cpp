@@ -3,6 +3,8 @@
 #include <cassert>
 #include <utility>
 
+#include "ox/platform/store/process_origin.hpp"
+
 namespace ox {
 
 StoreFile::~StoreFile() {
@@ -76,6 +78,27 @@ void StoreFile::writeCustomProperties(const PropertyBag& properties) {
         .bind(2, property_table::typeOf(entry->first))
         .run();
   }
+}
+
+std::int64_t StoreFile::originRow(const std::optional<Origin>& origin) {
+  const auto wanted = origin ? *origin : processOrigin();
+  if (writtenOrigin_ == wanted) return originRow_;
+  auto& insert = statement(Sql::InsertOrigin);
+  insert.bindText(1, wanted.program).bindText(2, wanted.command).bind(3, wanted.together ? 1 : 0);
+  if (wanted.undoes) {
+    insert.bind(4, *wanted.undoes);
+  } else {
+    insert.bindNull(4);
+  }
+  insert.run();
+  originRow_ = connection().lastRowId();
+  writtenOrigin_ = wanted;
+  return originRow_;
+}
+
+void StoreFile::forgetUncommitted() {
+  writtenCustomProperties_.clear();
+  writtenOrigin_.reset();
 }
 
 }  // namespace ox

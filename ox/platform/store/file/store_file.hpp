@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -8,6 +10,7 @@
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
+#include "ox/platform/store/values/origin.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
@@ -43,9 +46,13 @@ class StoreFile {
   void checkpoint();
 
   // Writes a row for each custom property that the store does not know yet. To be called inside a
-  // transaction; forgetCustomProperties when that is rolled back.
+  // transaction; forgetUncommitted when that is rolled back.
   void writeCustomProperties(const PropertyBag& properties);
-  void forgetCustomProperties() { writtenCustomProperties_.clear(); }
+  // The row of that origin, of the process's own when it is missing, written unless it was before.
+  // Likewise.
+  std::int64_t originRow(const std::optional<Origin>& origin);
+  // What was written of both is rolled back.
+  void forgetUncommitted();
 
  private:
   std::string path_;
@@ -54,6 +61,8 @@ class StoreFile {
   Outlive outlive_ = Outlive::Kill;
   bool unsynced_ = false;  // something was committed without waiting for the disk
   std::unordered_set<PropertyId> writtenCustomProperties_;
+  std::optional<Origin> writtenOrigin_;
+  std::int64_t originRow_ = 0;
 };
 
 template <typename Step>

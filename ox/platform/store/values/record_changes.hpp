@@ -7,6 +7,7 @@
 #include "ox/platform/store/values/spill_file.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
 #include "ox/records/property_bag.hpp"
+#include "ox/records/tag_change.hpp"
 
 namespace ox {
 
@@ -33,10 +34,11 @@ struct RecordChanges {
   std::vector<RecordKey> removals;
   std::vector<Link> removedLinks;
   std::vector<Link> addedLinks;
+  std::vector<TagChange> tags = {};  // for the journal, and for the tag file to follow
 
   bool empty() const {
     return additions.empty() && edits.empty() && removals.empty() && removedLinks.empty() &&
-           addedLinks.empty();
+           addedLinks.empty() && tags.empty();
   }
 };
 

@@ -9,18 +9,12 @@
 #include "ox/base/record_key.hpp"
 #include "ox/platform/store/values/container_info.hpp"
 #include "ox/platform/store/values/spill_file.hpp"
+#include "ox/platform/store/values/store_moment.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
 #include "ox/records/property_bag.hpp"
+#include "ox/records/tag_change.hpp"
 
 namespace ox {
-
-// How far a store has come: equal as long as nobody, this process included, commits anything.
-struct StoreMoment {
-  std::int64_t version = -1;  // another one after commits elsewhere
-  std::uint64_t commits = 0;  // of this process
-
-  bool operator==(const StoreMoment&) const = default;
-};
 
 // The wish to remove a container.
 struct ContainerRemoval {
@@ -40,6 +34,11 @@ struct NewRecord {
   // The picture when it was put aside; image is null then.
   std::optional<SpillableData> spilledImage = std::nullopt;
 };
+
+// Of a record that is to be added: its picture, wherever it lies, and its fingerprint as its sender
+// worked it out or worked out now.
+Data pictureOf(const NewRecord& record);
+std::uint64_t fingerprintOf(const NewRecord& record, const Data& picture);
 
 // Replaces all values of a committed record.
 struct ReplacedRecord {
@@ -63,6 +62,7 @@ struct SaveRequest {
   std::vector<Link> removedLinks;  // one that is not there is left alone
   std::vector<NewLink> links;      // one that exists already is left alone
   std::vector<ContainerRemoval> removedContainers;
+  std::vector<TagChange> tags = {};  // for the journal, and for the tag file to follow
 
   // For a request that was put together from what the store held: from before it was looked at.
   // The moment after the request once that is written.

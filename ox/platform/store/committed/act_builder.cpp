@@ -1,0 +1,278 @@
+#include "ox/platform/store/committed/act_builder.hpp"
+
+#include <cassert>
+#include <memory>
+#include <utility>
+
+#include "ox/base/checksum.hpp"
+#include "ox/platform/store/committed/circle.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+#include "ox/records/fingerprint.hpp"
+
+namespace ox {
+namespace {
+
+std::uint64_t checksumOf(const Data& image) {
+  return image ? checksum64(*image) : 0;
+}
+
+// The properties in which the two differ, as each has them.
+void keepDifferences(const PropertyBag& before, const PropertyBag& after, Act::ChangedRecord& to) {
+  to.before = PropertyBag();
+  to.after = PropertyBag();
+  auto old = before.entries().begin();
+  auto now = after.entries().begin();
+  const auto oldEnd = before.entries().end();
+  const auto nowEnd = after.entries().end();
+  while (old != oldEnd || now != nowEnd) {
+    if (now == nowEnd || (old != oldEnd && old->first < now->first)) {
+      to.before.append(old->first, old->second);
+      ++old;
+    } else if (old == oldEnd || now->first < old->first) {
+      to.after.append(now->first, now->second);
+      ++now;
+    } else {
+      if (!sameValue(old->second, now->second)) {
+        to.before.append(old->first, old->second);
+        to.after.append(now->first, now->second);
+      }
+      ++old;
+      ++now;
+    }
+  }
+}
+
+}  // namespace
+
+ActBuilder::ActBuilder(StoreFile& file, CommittedRecords& committed, const Taken& taken)
+    : file_(file), committed_(committed), taken_(taken) {
+  act_.decidedAt = committed.moment();
+  act_.firstRow = committed.nextRow();
+}
+
+std::optional<RecordEntry> ActBuilder::find(const RecordKey& key) const {
+  const auto added = addedByKey_.find(key);
+  return added != addedByKey_.end() ? std::optional(added->second) : committed_.find(key);
+}
+
+std::int32_t ActBuilder::containerRow(std::string_view identifier) {
+  const auto row = committed_.containers().rowOf(identifier);
+  if (row != 0) return row;
+  for (std::size_t i = 0; i < act_.addedContainers.size(); ++i) {
+    const auto& added = act_.addedContainers[i].info.identifier;
+    if (added == identifier || standardContainerId(added) == identifier) {
+      return -static_cast<std::int32_t>(i) - 1;
+    }
+  }
+  return 0;
+}
+
+// Stored records and programs name a container by its standard id alone, so two of one standard id
+// could not be told apart. Stores of earlier versions may hold such a pair; it can still be read.
+void ActBuilder::addContainer(const ContainerInfo& container) {
+  const auto standardId = standardContainerId(container.identifier);
+  if (standardId.empty()) {
+    throw RefusedRequest("\"" + container.identifier + "\" is no identifier");
+  }
+  const auto refuseTwin = [&](const std::string& known) {
+    if (standardContainerId(known) != standardId) return;
+    throw RefusedRequest("there is an account with the identifier " + known + " already");
+  };
+  for (const auto& known : committed_.containers().all()) refuseTwin(known->identifier);
+  for (const auto& added : act_.addedContainers) refuseTwin(added.info.identifier);
+  act_.addedContainers.push_back({0, container});
+}
+
+void ActBuilder::removeContainer(const ContainerRemoval& removal) {
+  const auto row = committed_.containers().rowOf(removal.identifier);
+  if (row == 0) throw RefusedRequest("there is no account " + removal.identifier);
+  if (row == 1) throw RefusedRequest("the local account cannot be removed");
+  std::vector<Entry> held;
+  file_.guarded([&] {
+    auto& rows = file_.statement(Sql::RecordsOfContainer);
+    const sqlite::StatementScope scope(rows);
+    rows.bind(1, row);
+    while (rows.step()) held.push_back(entryOfRow(rows));
+  });
+  if (!held.empty() && !removal.withRecords) {
+    throw RefusedRequest("the account " + removal.identifier + " holds " +
+                         std::to_string(held.size()) + (held.size() == 1 ? " record" : " records"));
+  }
+  for (const auto& entry : held) removeRecord(entry);
+  act_.guards.containers.insert(row);
+  act_.removedContainers.push_back({row, *committed_.containers().inRow(row)});
+}
+
+void ActBuilder::guardContainer(std::string_view identifier) {
+  const auto row = committed_.containers().rowOf(identifier);
+  if (row != 0) act_.guards.containers.insert(row);
+}
+
+RecordKey ActBuilder::addRecord(const NewRecord& record) {
+  const auto container = containerRow(record.container);
+  if (container == 0) throw RefusedRequest("there is no account " + record.container);
+  auto key = record.key;
+  if (taken_.contains(key) || addedByKey_.contains(key)) {
+    // This is the copy of a contact that is stored already. The copy gets an identifier of its own,
+    // and the links of its request mean the copy.
+    key = RecordKey::make(record.kind);
+    renamed_[record.key] = key;
+  }
+  const auto row = act_.firstRow + static_cast<std::int64_t>(act_.added.size());
+  addedByKey_.emplace(key, Entry{key, row, container, record.kind});
+  act_.added.push_back({key, record.kind, container, &record, nullptr});
+  return key;
+}
+
+void ActBuilder::replaceRecord(const ReplacedRecord& record) {
+  const auto entry = find(record.key);
+  if (!entry) throw RefusedRequest("there is no record " + record.key.text());
+  if (isAdded(*entry)) {
+    act_.added[static_cast<std::size_t>(entry->row - act_.firstRow)].replacement = &record;
+    return;
+  }
+  setContent(*entry, record.properties, record.image);
+}
+
+// The change of a record that is committed; a record has one.
+Act::ChangedRecord& ActBuilder::changeOf(const Entry& entry) {
+  const auto [found, isNew] = changedByRow_.emplace(entry.row, act_.changed.size());
+  if (isNew) {
+    act_.guards.records.insert(entry.row);
+    act_.changed.emplace_back().record = entry;
+  }
+  return act_.changed[found->second];
+}
+
+// Values that are damaged can be replaced all the same; then nobody knows what they were.
+std::shared_ptr<const PropertyBag> ActBuilder::valuesBefore(const Entry& entry) {
+  try {
+    if (auto values = committed_.values(entry.key)) return values;
+  } catch (const DamagedRecord&) {
+    return std::make_shared<const PropertyBag>();
+  }
+  throw RefusedRequest("there is no record " + entry.key.text());
+}
+
+void ActBuilder::setContent(const Entry& entry, PropertyBag properties,
+                            const std::optional<Data>& image) {
+  const auto before = valuesBefore(entry);
+  const auto pictureBefore = pictureChecksum(entry.row);
+  auto& change = changeOf(entry);
+  keepDifferences(*before, properties, change);
+  change.properties = std::move(properties);
+  if (image) change.image = image;
+  if (change.image && checksumOf(*change.image) == pictureBefore) change.image.reset();
+  change.fingerprint = contentFingerprint(change.properties,
+                                          change.image ? checksumOf(*change.image) : pictureBefore);
+}
+
+// The merge of a save. It is decided upon what other processes have saved since this one read the
+// record, and only the properties that this process has changed are laid over that: two processes
+// that change different properties both win, and of the same property the later save does. A
+// removal elsewhere wins over any edit.
+std::string ActBuilder::applyEdit(const RecordEdit& edit) {
+  const auto dropped = [&](const std::string& why) {
+    return "the changes of " + edit.key.text() + " were dropped: " + why;
+  };
+  const auto entry = committed_.find(edit.key);
+  if (!entry) return dropped("it was removed elsewhere");
+  std::shared_ptr<const PropertyBag> before;
+  try {
+    before = committed_.values(edit.key);
+  } catch (const DamagedRecord& error) {
+    // One damaged record must not keep every other change from being saved.
+    return dropped(error.what());
+  }
+  if (!before) return dropped("it was removed elsewhere");
+  auto properties = *before;
+  for (const auto& each : edit.values) properties.set(each.property, each.value);
+  setContent(*entry, std::move(properties),
+             edit.image ? std::optional(edit.image->get()) : std::nullopt);
+  return {};
+}
+
+void ActBuilder::removeRecord(const Entry& entry) {
+  act_.removed.push_back(entry);
+}
+
+std::optional<RecordEntry> ActBuilder::meant(const RecordKey& key) const {
+  const auto renamed = renamed_.find(key);
+  return find(renamed != renamed_.end() ? renamed->second : key);
+}
+
+std::string ActBuilder::addLink(const Link& link) {
+  const auto group = meant(link.group);
+  const auto child = meant(link.child);
+  const auto named = [&](const char* why) {
+    return "the link from " + link.group.text() + " to " + link.child.text() + why;
+  };
+  if (!group || !child) return named(" was dropped: one of them is not there");
+  if (group->kind != RecordKind::Group) return named(" was refused: the first is no group");
+  if (group->container != child->container) return named(" was refused: it crosses accounts");
+  if (child->kind == RecordKind::Group) {
+    if (closesCircleOfRows(group->row, child->row)) {
+      return named(" was refused: a group would be below itself");
+    }
+    addedParents_[child->row].push_back(group->row);
+    addedSubgroups_[group->row].push_back(child->row);
+    // Whether it closes a circle depends on every link on the way.
+    if (group->container > 0) act_.guards.containers.insert(group->container);
+  }
+  for (const auto* end : {&*group, &*child}) {
+    if (!isAdded(*end)) act_.guards.records.insert(end->row);
+  }
+  act_.addedLinks.push_back({*group, *child});
+  return {};
+}
+
+// As it will be: with the links that this act adds, without those that it takes away.
+bool ActBuilder::closesCircleOfRows(std::int64_t group, std::int64_t child) {
+  const auto neighbours = [&](std::int64_t row, const auto& added, const auto& removed,
+                              sqlite::Statement& rows) {
+    std::vector<std::int64_t> found;
+    if (row < act_.firstRow) {
+      const sqlite::StatementScope scope(rows);
+      rows.bind(1, row);
+      while (rows.step()) {
+        if (!removed.contains({row, rows.integer(0)})) found.push_back(rows.integer(0));
+      }
+    }
+    const auto own = added.find(row);
+    if (own != added.end()) found.insert(found.end(), own->second.begin(), own->second.end());
+    return found;
+  };
+  return file_.guarded([&] {
+    auto& parents = file_.statement(Sql::ParentRows);
+    auto& subgroups = file_.statement(Sql::SubgroupRows);
+    subgroups.bind(2, static_cast<std::int64_t>(RecordKind::Group));
+    return closesCircle(
+        group, child,
+        [&](std::int64_t row) { return neighbours(row, addedParents_, removedParents_, parents); },
+        [&](std::int64_t row) {
+          return neighbours(row, addedSubgroups_, removedSubgroups_, subgroups);
+        });
+  });
+}
+
+void ActBuilder::removeLink(const Link& link) {
+  const auto group = committed_.find(link.group);
+  const auto child = committed_.find(link.child);
+  if (!group || !child) return;
+  if (child->kind == RecordKind::Group) {
+    removedParents_.insert({child->row, group->row});
+    removedSubgroups_.insert({group->row, child->row});
+  }
+  act_.removedLinks.push_back({*group, *child});
+}
+
+std::uint64_t ActBuilder::pictureChecksum(std::int64_t row) {
+  return file_.guarded([&]() -> std::uint64_t {
+    auto& picture = file_.statement(Sql::ImageOfRow);
+    const sqlite::StatementScope scope(picture);
+    picture.bind(1, row);
+    return picture.step() ? static_cast<std::uint64_t>(picture.integer(1)) : 0;
+  });
+}
+
+}  // namespace ox

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "ox/platform/store/committed/committed_records.hpp"
+#include "ox/platform/store/file/store_file.hpp"
+#include "ox/platform/store/values/act.hpp"
+#include "ox/platform/store/values/record_changes.hpp"
+#include "ox/platform/store/values/save_request.hpp"
+
+namespace ox {
+
+// A request that must not be carried out as it stands. Nothing of it is written.
+class RefusedRequest : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Decides an act step by step, from what is committed and from its own steps so far, and notes what
+// each step was decided upon. Writes nothing. Borrows the file, the records, and until the act is
+// written the values that it is given. Throws RefusedRequest where a step cannot be done,
+// StoreError where the file fails.
+class ActBuilder {
+ public:
+  using Entry = RecordEntry;
+
+  // Identifiers that are another record's, as an earlier try has found.
+  using Taken = std::unordered_set<RecordKey>;
+
+  ActBuilder(StoreFile& file, CommittedRecords& committed, const Taken& taken);
+  ActBuilder(const ActBuilder&) = delete;
+  ActBuilder& operator=(const ActBuilder&) = delete;
+
+  void addContainer(const ContainerInfo& container);
+  void removeContainer(const ContainerRemoval& removal);
+  // The result is the identifier under which it is added: a new one when its own is taken.
+  RecordKey addRecord(const NewRecord& record);
+  void replaceRecord(const ReplacedRecord& record);
+  // Merges the edit into what is committed. Empty when that is done, else why it was dropped.
+  std::string applyEdit(const RecordEdit& edit);
+  void removeRecord(const Entry& entry);
+  // Empty when the link stands then, else why it cannot.
+  std::string addLink(const Link& link);
+  void removeLink(const Link& link);
+  // Tags are merged by the tag file as it follows.
+  void changeTags(std::vector<TagChange> changes) { act_.tags = std::move(changes); }
+  // The act holds only if nothing in the container was added or changed meanwhile.
+  void guardContainer(std::string_view identifier);
+
+  // Records that this act adds count too.
+  std::optional<Entry> find(const RecordKey& key) const;
+  // The row that a container has, or will have; 0 when there is none.
+  std::int32_t containerRow(std::string_view identifier);
+  // Hands the act out; nothing more can be decided.
+  Act take() { return std::move(act_); }
+
+ private:
+  bool isAdded(const Entry& entry) const { return entry.row >= act_.firstRow; }
+  Act::ChangedRecord& changeOf(const Entry& entry);
+  std::shared_ptr<const PropertyBag> valuesBefore(const Entry& entry);
+  void setContent(const Entry& entry, PropertyBag properties, const std::optional<Data>& image);
+  std::optional<Entry> meant(const RecordKey& key) const;
+  bool closesCircleOfRows(std::int64_t group, std::int64_t child);
+  std::uint64_t pictureChecksum(std::int64_t row);
+
+  StoreFile& file_;
+  CommittedRecords& committed_;
+  const Taken& taken_;
+  Act act_;
+  std::unordered_map<RecordKey, Entry> addedByKey_;
+  std::unordered_map<RecordKey, RecordKey> renamed_;  // copies, from the identifier of their source
+  std::unordered_map<std::int64_t, std::size_t> changedByRow_;
+  // The groups' own links that this act adds, by row.
+  std::unordered_map<std::int64_t, std::vector<std::int64_t>> addedParents_;
+  std::unordered_map<std::int64_t, std::vector<std::int64_t>> addedSubgroups_;
+  // Those that it takes away: a row, and its parent or sub-group.
+  std::set<std::pair<std::int64_t, std::int64_t>> removedParents_;
+  std::set<std::pair<std::int64_t, std::int64_t>> removedSubgroups_;
+};
+
+}  // namespace ox

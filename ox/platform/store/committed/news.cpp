@@ -1,0 +1,93 @@
+// How the memory follows what was committed, by this process and by others.
+#include <cassert>
+
+#include "ox/platform/store/committed/committed_records.hpp"
+#include "ox/platform/store/file/act_writer.hpp"
+
+namespace ox {
+
+// The journal names what was touched since the last look, and that alone is forgotten here and read
+// again when it is asked for. Everything is where the journal does not reach back to the last look,
+// tells of another past (a copy has taken the place of the store), or knows nothing of what was
+// committed (another tool has written).
+void CommittedRecords::readNews() {
+  const auto last = lastAct(file_);
+  const bool isTold = last && seenVersion_ >= 0 && last->moment != seen_.moment;
+  if (!isTold || !readActsSince(seen_, *last)) startAnew();
+  // A damaged store that has lost its journal can still be read.
+  seen_ = last.value_or(ActRow());
+}
+
+bool CommittedRecords::readActsSince(const ActRow& seen, const ActRow& last) {
+  if (last.moment.number < seen.moment.number) return false;
+  {
+    auto& acts = file_.statement(Sql::ActsFrom);
+    const sqlite::StatementScope scope(acts);
+    acts.bind(1, seen.moment.number);
+    if (!acts.step() || actOfRow(acts).moment != seen.moment) return false;
+  }
+  {
+    auto& changes = file_.statement(Sql::ChangesFrom);
+    const sqlite::StatementScope scope(changes);
+    changes.bind(1, seen.nextChange);
+    while (changes.step()) takeChange(changes);
+  }
+  if (indexLoaded_ && last.nextRecord != seen.nextRecord) readRecordsAfter(seenRow_);
+  return true;
+}
+
+// A record that was removed since has no identifier any more, and a row of its own further on.
+void CommittedRecords::takeChange(const sqlite::Statement& change) {
+  const auto key = change.isNull(5) ? RecordKey() : keyOfColumn(change, 5);
+  switch (static_cast<ChangeKind>(change.integer(0))) {
+    case ChangeKind::Values:
+    case ChangeKind::ValuesAndPicture:
+      return forgetValuesOf(key);
+    case ChangeKind::Removed:
+      forgetValuesOf(keyOfColumn(change, 4));
+      forgetLink(keyOfColumn(change, 4), keyOfColumn(change, 4));
+      if (indexLoaded_) index_.removeRow(change.integer(1));
+      return;
+    case ChangeKind::Restored:
+      return forgetIndex();  // its place is among those that are in the index
+    case ChangeKind::Linked:
+    case ChangeKind::Unlinked:
+      return forgetLink(key, change.isNull(6) ? RecordKey() : keyOfColumn(change, 6));
+    case ChangeKind::ContainerAdded:
+    case ChangeKind::ContainerRemoved:
+      return containers_.forget();
+    case ChangeKind::Tags:
+      return;
+  }
+  startAnew();  // a kind that this version does not know
+}
+
+void CommittedRecords::startAnew() {
+  containers_.forget();
+  forgetValues();
+  forgetLinks();
+  forgetIndex();
+}
+
+void CommittedRecords::follow(const WrittenAct& written) {
+  for (const auto& key : written.changedValues) forgetValuesOf(key);
+  for (const auto& [group, child] : written.changedLinks) forgetLink(group, child);
+  // The lists of everybody a removed record was linked to.
+  if (written.linksOfRemoved) forgetLinks();
+  if (written.containersChanged) containers_.forget();
+  if (written.row.moment.number != seen_.moment.number + 1) {
+    // Others have committed since the last look, which the act left alone.
+    readNews();
+    return;
+  }
+  seen_ = written.row;
+  if (written.restored) return forgetIndex();
+  if (!indexLoaded_) return;
+  for (const auto row : written.removedRows) index_.removeRow(row);
+  for (const auto& entry : written.added) {
+    index_.append(entry);
+    seenRow_ = entry.row;
+  }
+}
+
+}  // namespace ox

@@ -1,0 +1,145 @@
+// The tables of the store file, version by version.
+#include "ox/platform/store/file/tables.hpp"
+
+#include <cassert>
+#include <string_view>
+
+namespace ox {
+namespace {
+
+// record: uid holds the 16 bytes of our own identifiers (see RecordKey), any other identifier as
+// text. Row numbers rise and are never given to another record.
+// link: its number tells the order of adding.
+constexpr std::string_view kRecordTables = R"sql(
+CREATE TABLE container(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  identifier TEXT NOT NULL UNIQUE,
+  name TEXT NOT NULL,
+  type INTEGER NOT NULL);
+INSERT INTO container(identifier, name, type) VALUES('_local:ABAccount', 'On My Mac', 1);
+CREATE TABLE record(
+  id INTEGER PRIMARY KEY,
+  uid BLOB NOT NULL UNIQUE,
+  kind INTEGER NOT NULL,
+  container INTEGER NOT NULL REFERENCES container(id));
+CREATE TABLE link(
+  id INTEGER PRIMARY KEY,
+  parent INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE,
+  child INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE);
+CREATE INDEX link_parent ON link(parent);
+CREATE UNIQUE INDEX link_child ON link(child, parent);
+CREATE TABLE custom_property(
+  name TEXT PRIMARY KEY,
+  type INTEGER NOT NULL);
+)sql";
+
+// content: all values of a record in one row, because an import then writes few rows and a record
+// is read by one look-up. The blob ends in a checksum of its own (see property_codec.hpp): SQLite
+// does not notice a changed byte inside a row. card_uid repeats a value of the blob to find it by;
+// fingerprint is contentFingerprint() of values and picture; image is the row of the picture.
+// image: apart from the values, which are read far more often; checksum is that of the data. Every
+// row has one owner: a row of content, or one of change that keeps what was there before.
+constexpr std::string_view kContentTables = R"sql(
+CREATE TABLE content(
+  record INTEGER PRIMARY KEY REFERENCES record(id) ON DELETE CASCADE,
+  card_uid TEXT,
+  fingerprint INTEGER NOT NULL,
+  image INTEGER,
+  properties BLOB NOT NULL);
+CREATE TABLE image(
+  id INTEGER PRIMARY KEY,
+  checksum INTEGER NOT NULL,
+  data BLOB NOT NULL);
+)sql";
+
+constexpr std::string_view kContentIndexes = R"sql(
+CREATE INDEX content_card_uid ON content(card_uid) WHERE card_uid IS NOT NULL;
+CREATE INDEX content_fingerprint ON content(fingerprint);
+)sql";
+
+// The journal. store: the name of this store, which no other has.
+// origin: who wrote: a program, and the command it was given. together: all acts of this origin are
+// one command. undoes: the number of the first act of the command that it takes back.
+// act: a commit. next_record and next_change are those after it, so an act's additions are the rows
+// of record from the next_record of the act before it, and its changes likewise: what is added and
+// what is new elsewhere is told without a row for each. at is in milliseconds since 1970, bytes the
+// sum of the journal up to here.
+// change: what an act did beside adding; ChangeKind in values/journal_row.hpp tells the columns.
+// tag_debt: acts whose changes of tags the tag file may not have followed yet.
+// setting: what was set of the bounds of the journal.
+constexpr std::string_view kJournalTables = R"sql(
+CREATE TABLE store(name BLOB NOT NULL);
+INSERT INTO store VALUES(randomblob(16));
+CREATE TABLE origin(
+  id INTEGER PRIMARY KEY,
+  program TEXT NOT NULL,
+  command TEXT NOT NULL,
+  together INTEGER NOT NULL,
+  undoes INTEGER);
+CREATE TABLE act(
+  number INTEGER PRIMARY KEY,
+  name BLOB NOT NULL,
+  at INTEGER NOT NULL,
+  origin INTEGER NOT NULL,
+  next_record INTEGER NOT NULL,
+  next_change INTEGER NOT NULL,
+  bytes INTEGER NOT NULL);
+CREATE TABLE change(
+  id INTEGER PRIMARY KEY,
+  what INTEGER NOT NULL,
+  record INTEGER,
+  container INTEGER,
+  other INTEGER,
+  place INTEGER,
+  before BLOB,
+  after BLOB);
+CREATE TABLE tag_debt(number INTEGER PRIMARY KEY);
+CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
+)sql";
+
+// The act of nobody that every journal begins with.
+std::string firstAct(std::string_view nextRecord) {
+  std::string statement =
+      "INSERT INTO act VALUES(0, randomblob(16), "
+      "CAST((julianday('now') - 2440587.5) * 86400000 AS INTEGER), 0, ";
+  return statement.append(nextRecord).append(", 1, 0);\n");
+}
+
+std::string joined(std::initializer_list<std::string_view> parts) {
+  std::string all;
+  for (const auto part : parts) all.append(part);
+  return all;
+}
+
+}  // namespace
+
+std::string newTables() {
+  return joined({kRecordTables, kContentTables, kContentIndexes, kJournalTables, firstAct("1")});
+}
+
+// Version 1 counted its rows in a table of one row and noted the rows that were gone; a picture
+// stood in the row of its record, whose number it keeps.
+std::string migrationFrom([[maybe_unused]] int version) {
+  assert(version == 1);
+  constexpr std::string_view kAside = R"sql(
+DROP INDEX content_card_uid;
+DROP INDEX content_fingerprint;
+ALTER TABLE content RENAME TO content_1;
+ALTER TABLE image RENAME TO image_1;
+)sql";
+  constexpr std::string_view kMove = R"sql(
+INSERT INTO image SELECT record, checksum, data FROM image_1 ORDER BY record;
+INSERT INTO content SELECT c.record, c.card_uid, c.fingerprint, i.record, c.properties
+  FROM content_1 c LEFT JOIN image_1 i ON i.record = c.record ORDER BY c.record;
+DROP TABLE content_1;
+DROP TABLE image_1;
+)sql";
+  constexpr std::string_view kNextRecord =
+      "max((SELECT ifnull(max(next_record), 1) FROM counter), "
+      "(SELECT ifnull(max(id), 0) + 1 FROM record), "
+      "(SELECT ifnull(max(record), 0) + 1 FROM removal))";
+  return joined({kAside, kContentTables, kMove, kContentIndexes, kJournalTables,
+                 firstAct(kNextRecord), "DROP TABLE counter;\nDROP TABLE removal;\n"});
+}
+
+}  // namespace ox
