@@ -133,16 +133,17 @@ std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::str
 }
 
 std::shared_ptr<_ABPerson> findPerson(const std::string& text) {
-  const auto store = ABAddressBook::sharedAddressBook();
-  if (auto person = hostPerson(store->recordForUniqueId(text))) return person;
-  return oneNamed<_ABPerson>("person", text, store->people(), &hostPerson);
+  return recordOf(findPersons({text}).front());
 }
 
 Persons findPersons(const std::vector<std::string>& texts) {
+  const auto store = ABAddressBook::sharedAddressBook();
+  const auto records = store->recordsForUniqueIds(texts);
   Persons persons;
   std::unordered_set<RecordKey> met;
-  for (const auto& text : texts) {
-    auto person = findPerson(text);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    auto person = hostPerson(records[i]);
+    if (!person) person = oneNamed<_ABPerson>("person", texts[i], store->people(), &hostPerson);
     if (met.insert(person->key()).second) persons.push_back(std::move(person));
   }
   return persons;

@@ -145,6 +145,26 @@ std::optional<RecordInfo> SwitchedSource::record(const RecordKey& key) {
   return real_->record(key);
 }
 
+template <typename Id>
+std::vector<std::optional<RecordInfo>> SwitchedSource::visibleRecords(std::span<const Id> ids) {
+  count(&SourceCounts::recordsWith);
+  auto records = real_->recordsWith(ids);
+  for (auto& record : records) {
+    if (record && isIn(&SwitchedSource::hiddenFromRecords_, record->key.text())) record.reset();
+  }
+  return records;
+}
+
+std::vector<std::optional<RecordInfo>> SwitchedSource::recordsWith(
+    std::span<const std::string> identifiers) {
+  return visibleRecords(identifiers);
+}
+
+std::vector<std::optional<RecordInfo>> SwitchedSource::recordsWith(
+    std::span<const RecordKey> keys) {
+  return visibleRecords(keys);
+}
+
 PropertyValue SwitchedSource::value(const RecordKey& key, PropertyId property) {
   {
     const std::scoped_lock hold(lock_);

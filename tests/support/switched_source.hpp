@@ -17,6 +17,7 @@ namespace ox::support {
 struct SourceCounts {
   std::uint64_t records = 0;
   std::uint64_t record = 0;
+  std::uint64_t recordsWith = 0;
   std::uint64_t value = 0;
   std::uint64_t setValue = 0;
   std::uint64_t imageData = 0;
@@ -83,6 +84,9 @@ class SwitchedSource : public ContactSource {
   RecordKeys records(RecordKind kind) override;
   std::optional<RecordInfo> record(std::string_view identifier) override;
   std::optional<RecordInfo> record(const RecordKey& key) override;
+  std::vector<std::optional<RecordInfo>> recordsWith(
+      std::span<const std::string> identifiers) override;
+  std::vector<std::optional<RecordInfo>> recordsWith(std::span<const RecordKey> keys) override;
   PropertyValue value(const RecordKey& key, PropertyId property) override;
   bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                 PropertyValue value) override;
@@ -127,6 +131,8 @@ class SwitchedSource : public ContactSource {
   // Counts, and throws when access to the container database is denied.
   void enterContainerView(std::uint64_t SourceCounts::*operation) const;
   bool isIn(const Identifiers SwitchedSource::*set, std::string_view identifier) const;
+  template <typename Id>
+  std::vector<std::optional<RecordInfo>> visibleRecords(std::span<const Id> ids);
   RecordKeys without(const Identifiers SwitchedSource::*hidden, const RecordKeys& keys) const;
   bool refusesLinkEditsOf(const RecordKey& group) const;
 

@@ -17,11 +17,11 @@ void execute(SaveRequest request) {
 }
 
 std::vector<std::shared_ptr<_ABPerson>> personsOf(std::string_view identifier) {
-  const auto records = ABAddressBook::sharedAddressBook();
+  const auto keys = recordsOfAccount(identifier, RecordKind::Person);
   std::vector<std::shared_ptr<_ABPerson>> persons;
-  for (const auto& key : recordsOfAccount(identifier, RecordKind::Person)) {
+  for (const auto& record : ABAddressBook::sharedAddressBook()->recordsForKeys(keys)) {
     // One that this process has removed and not saved yet is not found any more.
-    if (auto person = hostPerson(records->recordForUniqueId(key.text()))) {
+    if (auto person = hostPerson(record)) {
       persons.push_back(std::move(person));
     }
   }

@@ -19,10 +19,13 @@ std::shared_ptr<PersonList> OxMacAddressBook::allPersons() {
 
 Persons OxMacAddressBook::fillCache() {
   const auto epoch = _allPersonArray->epoch();
-  const auto records = abAddressBook();
-  Persons persons;
+  std::vector<RecordKey> keys;
   for (const auto& contact : contactsIn(*CNContactStore::init(), *_container)) {
-    auto person = hostPerson(records->recordForKey(contact->key()));
+    keys.push_back(contact->key());
+  }
+  Persons persons;
+  for (const auto& record : abAddressBook()->recordsForKeys(keys)) {
+    auto person = hostPerson(record);
     if (!person) continue;
     person->setAddressID(_xxID);
     persons.push_back(std::move(person));
@@ -80,9 +83,7 @@ std::shared_ptr<IOxGroup> OxMacAddressBook::groupByID(TextView identifier) const
 std::vector<OxRecord> OxMacAddressBook::personsForIDs(
     const std::vector<std::string>& identifiers) const {
   std::vector<OxRecord> found;
-  const auto records = abAddressBook();
-  for (const auto& identifier : identifiers) {
-    const auto record = records->recordForUniqueId(identifier);
+  for (const auto& record : abAddressBook()->recordsForUniqueIds(identifiers)) {
     if (auto person = hostPerson(record)) {
       found.emplace_back(std::shared_ptr<IOxPerson>(std::move(person)));
     } else if (auto group = hostGroup(record)) {

@@ -1,6 +1,8 @@
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 
+#include <algorithm>
 #include <atomic>
+#include <span>
 
 #include "ox/platform/AddressBook/answer.hpp"
 #include "ox/platform/AddressBook/live_records.hpp"
@@ -18,6 +20,21 @@ std::shared_ptr<ABRecord> liveRecord(const std::optional<RecordInfo>& record) {
   if (!record) return nullptr;
   if (record->kind == RecordKind::Person) return live_records::person(record->key);
   return live_records::group(record->key);
+}
+
+// By identifiers or by keys. Asked for by the thousand, so that what is known of a record only on
+// the way to its object never stands in memory for all of a large store.
+template <typename Id>
+std::vector<std::shared_ptr<ABRecord>> liveRecords(std::span<const Id> ids) {
+  constexpr std::size_t kAskedAtOnce = 1000;
+  std::vector<std::shared_ptr<ABRecord>> live;
+  live.reserve(ids.size());
+  while (live.size() < ids.size()) {
+    const auto rest = ids.subspan(live.size());
+    const auto some = rest.first(std::min(rest.size(), kAskedAtOnce));
+    for (const auto& record : recordSource().recordsWith(some)) live.push_back(liveRecord(record));
+  }
+  return live;
 }
 
 }  // namespace
@@ -43,6 +60,20 @@ std::shared_ptr<ABRecord> ABAddressBook::recordForUniqueId(TextView uniqueId) {
 std::shared_ptr<ABRecord> ABAddressBook::recordForKey(const RecordKey& key) {
   if (key.isNone()) return nullptr;
   return answer([&] { return liveRecord(recordSource().record(key)); });
+}
+
+std::vector<std::shared_ptr<ABRecord>> ABAddressBook::recordsForUniqueIds(
+    const std::vector<std::string>& uniqueIds) {
+  auto live = answer([&] { return liveRecords(std::span(uniqueIds)); });
+  live.resize(uniqueIds.size());  // when the store failed
+  return live;
+}
+
+std::vector<std::shared_ptr<ABRecord>> ABAddressBook::recordsForKeys(
+    const std::vector<RecordKey>& keys) {
+  auto live = answer([&] { return liveRecords(std::span(keys)); });
+  live.resize(keys.size());
+  return live;
 }
 
 bool ABAddressBook::removeRecord(const std::shared_ptr<ABRecord>& record) {

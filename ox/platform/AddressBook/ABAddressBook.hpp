@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "ox/base/export.hpp"
@@ -25,6 +26,10 @@ class OX_EXPORT ABAddressBook {
   std::shared_ptr<ABRecord> recordForUniqueId(TextView uniqueId);
   // The same for whoever has the key at hand.
   std::shared_ptr<ABRecord> recordForKey(const RecordKey& key);
+  // The same for each of them: the store is asked once.
+  std::vector<std::shared_ptr<ABRecord>> recordsForUniqueIds(
+      const std::vector<std::string>& uniqueIds);
+  std::vector<std::shared_ptr<ABRecord>> recordsForKeys(const std::vector<RecordKey>& keys);
   // Marks the record and its links as removed; the store follows at the save. False when refused.
   bool removeRecord(const std::shared_ptr<ABRecord>& record);
 

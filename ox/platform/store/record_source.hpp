@@ -1,8 +1,10 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ox/base/data.hpp"
 #include "ox/platform/store/values/act_ids.hpp"
@@ -35,6 +37,10 @@ class RecordSource {
   // Missing when there is no such record or it was removed, unsaved removals included.
   virtual std::optional<RecordInfo> record(std::string_view identifier) = 0;
   virtual std::optional<RecordInfo> record(const RecordKey& key) = 0;
+  // The same for each of them.
+  virtual std::vector<std::optional<RecordInfo>> recordsWith(
+      std::span<const std::string> identifiers) = 0;
+  virtual std::vector<std::optional<RecordInfo>> recordsWith(std::span<const RecordKey> keys) = 0;
   // A removed record keeps its values until the save; a missing object afterwards.
   virtual PropertyValue value(const RecordKey& key, PropertyId property) = 0;
   virtual bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,

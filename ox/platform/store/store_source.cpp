@@ -40,6 +40,15 @@ class StoreSource final : public ContactSource {
 
   std::optional<RecordInfo> record(const RecordKey& key) override { return visibleRecord(key); }
 
+  std::vector<std::optional<RecordInfo>> recordsWith(
+      std::span<const std::string> identifiers) override {
+    return visibleRecords(identifiers);
+  }
+
+  std::vector<std::optional<RecordInfo>> recordsWith(std::span<const RecordKey> keys) override {
+    return visibleRecords(keys);
+  }
+
   PropertyValue value(const RecordKey& key, PropertyId property) override {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::AtMostEvery10ms);
@@ -201,7 +210,7 @@ class StoreSource final : public ContactSource {
                                                std::size_t bytes) override {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::Now);
-    return committed_.contents(keys, bytes);
+    return overlay_.storedContents(keys, bytes);
   }
 
   Data committedImage(const RecordKey& key) override {
@@ -220,7 +229,7 @@ class StoreSource final : public ContactSource {
                                                RecordKind kind) override {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::Now);
-    return committed_.children(groups, kind);
+    return overlay_.storedChildren(groups, kind);
   }
 
   StoreMoment moment() override {
@@ -279,7 +288,20 @@ class StoreSource final : public ContactSource {
   std::optional<RecordInfo> visibleRecord(const Id& id) {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::Now);
-    const auto entry = overlay_.find(id);
+    return visible(overlay_.find(id));
+  }
+
+  template <typename Id>
+  std::vector<std::optional<RecordInfo>> visibleRecords(std::span<const Id> ids) {
+    const std::lock_guard lock(mutex_);
+    committed_.refresh(Look::Now);
+    std::vector<std::optional<RecordInfo>> records;
+    records.reserve(ids.size());
+    for (const auto& entry : overlay_.find(ids)) records.push_back(visible(entry));
+    return records;
+  }
+
+  std::optional<RecordInfo> visible(const std::optional<RecordEntry>& entry) {
     if (!entry || overlay_.isRemoved(entry->key)) return std::nullopt;
     return RecordInfo{entry->key, entry->kind, committed_.containers().inRow(entry->container)};
   }

@@ -5,6 +5,7 @@
 
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/base/store_location.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "tests/support/statement_count.hpp"
 #include "tests/support/store_builder.hpp"
@@ -149,6 +150,44 @@ TEST(Matches, TellTheFingerprintAndFindItAgain) {
   EXPECT_NE(fingerprintOf("u1"), fingerprintOf("b"));
   EXPECT_EQ(fingerprintOf("b"), fingerprintOf("c"));
   EXPECT_EQ(found("_local", kPerson, {{{}, fingerprintOf("b")}, {{}, 1}, {}}), "b c | | | ");
+}
+
+TEST(ManyRecords, AreFoundByIdentifierInTheirOrder) {
+  const auto own = RecordKey::make(kPerson).text();
+  StoreBuilder().person(own).person("a").person("b").group("g", "G");
+  const auto book = ABAddressBook::sharedAddressBook();
+  const auto namesOf = [&](const std::vector<std::string>& identifiers) {
+    std::string text;
+    for (const auto& record : book->recordsForUniqueIds(identifiers)) {
+      text += record ? *record->uniqueId() + " " : "- ";
+    }
+    return text;
+  };
+  const std::vector<std::string> all = {"g", "none", own, "", "b", "a", "g"};
+  EXPECT_EQ(namesOf(all), "g - " + own + " - b a g ");
+  ASSERT_TRUE(book->removeRecord(book->recordForUniqueId("b")));
+  EXPECT_EQ(namesOf(all), "g - " + own + " - - a g ");
+  book->people();  // known from now on
+  EXPECT_EQ(namesOf(all), "g - " + own + " - - a g ");
+  EXPECT_EQ(namesOf({}), "");
+  EXPECT_EQ(book->recordsForKeys({RecordKey::of("a"), RecordKey::of("b")}).at(0),
+            book->recordForUniqueId("a"));
+}
+
+TEST(ManyRecords, AreFoundAndRemovedWithoutAQuestionForEach) {
+  support::statementsRun();
+  StoreBuilder().persons("p", 100);
+  const auto book = ABAddressBook::sharedAddressBook();
+  std::vector<std::string> identifiers;
+  for (int i = 0; i < 100; ++i) identifiers.push_back("p" + std::to_string(i));
+  auto before = support::statementsRun();
+  const auto records = book->recordsForUniqueIds(identifiers);
+  EXPECT_EQ(support::statementsRun() - before, 2U) << "a look and the records";
+  book->people();
+  before = support::statementsRun();
+  for (const auto& record : records) ASSERT_TRUE(book->removeRecord(record));
+  EXPECT_EQ(support::statementsRun() - before, 100U) << "a look each";
+  EXPECT_EQ(book->people().size(), 0U);
 }
 
 TEST(ManyRecords, AreOneQuestion) {

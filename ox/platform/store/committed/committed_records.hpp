@@ -57,6 +57,7 @@ class CommittedRecords {
 
   // About many at once (many_at_once.cpp); one answer for each key, in their order.
   std::vector<std::optional<Entry>> find(std::span<const RecordKey> keys);
+  std::vector<std::optional<Entry>> find(std::span<const std::string> identifiers);
   // See ContainerSource.
   std::vector<RecordContent> contents(std::span<const RecordKey> keys, std::size_t bytes);
   std::vector<RecordKeysPtr> children(std::span<const RecordKey> groups, RecordKind kind);
@@ -85,6 +86,7 @@ class CommittedRecords {
   auto& childLists(RecordKind kind) {
     return kind == RecordKind::Person ? memberLists_ : subgroupLists_;
   }
+  std::vector<std::optional<Entry>> findInFile(const sqlite::KeyList& uids);
   RecordKeysPtr linkedKeys(Sql which, const RecordKey& key, std::optional<RecordKind> kind);
 
   StoreFile& file_;

@@ -131,18 +131,48 @@ class Matching {
 }  // namespace
 
 std::vector<std::optional<RecordEntry>> CommittedRecords::find(std::span<const RecordKey> keys) {
-  std::vector<std::optional<Entry>> found(keys.size());
   if (indexLoaded_) {
-    for (std::size_t i = 0; i < keys.size(); ++i) found[i] = find(keys[i]);
+    std::vector<std::optional<Entry>> found(keys.size());
+    std::ranges::transform(keys, found.begin(), [this](const auto& key) { return find(key); });
     return found;
   }
   const std::vector<StoredUid> uids(keys.begin(), keys.end());
   sqlite::KeyList list;
   for (const auto& uid : uids) uid.addTo(list);
+  return findInFile(list);
+}
+
+std::vector<std::optional<RecordEntry>> CommittedRecords::find(
+    std::span<const std::string> identifiers) {
+  RecordKeys keys;
+  sqlite::KeyList unmet;
+  std::vector<std::size_t> placesOfKeys;
+  std::vector<std::size_t> placesOfUnmet;
+  for (std::size_t i = 0; i < identifiers.size(); ++i) {
+    if (const auto known = RecordKey::known(identifiers[i])) {
+      keys.push_back(*known);
+      placesOfKeys.push_back(i);
+    } else {
+      // A foreign identifier: only the file knows whether it exists.
+      unmet.addText(identifiers[i]);
+      placesOfUnmet.push_back(i);
+    }
+  }
+  std::vector<std::optional<Entry>> found(identifiers.size());
+  const auto byKey = find(keys);
+  for (std::size_t i = 0; i < byKey.size(); ++i) found[placesOfKeys[i]] = byKey[i];
+  const auto byText = findInFile(unmet);
+  for (std::size_t i = 0; i < byText.size(); ++i) found[placesOfUnmet[i]] = byText[i];
+  return found;
+}
+
+std::vector<std::optional<RecordEntry>> CommittedRecords::findInFile(const sqlite::KeyList& uids) {
+  std::vector<std::optional<Entry>> found(uids.size());
+  if (uids.empty()) return found;
   file_.guarded([&] {
     auto& rows = file_.statement(Sql::RecordsByUids);
     const sqlite::StatementScope scope(rows);
-    rows.bindKeys(1, list);
+    rows.bindKeys(1, uids);
     while (rows.step()) found[static_cast<std::size_t>(rows.integer(4))] = entryOfRow(rows);
   });
   return found;

@@ -46,6 +46,26 @@ std::optional<RecordEntry> Overlay::find(std::string_view identifier) {
   return committed_.find(identifier);
 }
 
+std::vector<std::optional<RecordEntry>> Overlay::find(std::span<const RecordKey> keys) {
+  auto found = committed_.find(keys);
+  if (additions_.empty()) return found;
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (const auto* created = additions_.find(keys[i])) found[i] = *created;
+  }
+  return found;
+}
+
+std::vector<std::optional<RecordEntry>> Overlay::find(std::span<const std::string> identifiers) {
+  auto found = committed_.find(identifiers);
+  if (additions_.empty()) return found;
+  for (std::size_t i = 0; i < identifiers.size(); ++i) {
+    const auto known = RecordKey::known(identifiers[i]);
+    const auto* created = known ? additions_.find(*known) : nullptr;
+    if (created != nullptr) found[i] = *created;
+  }
+  return found;
+}
+
 RecordKeys Overlay::records(RecordKind kind) {
   auto keys = committed_.records(kind);
   if (!additions_.empty()) {
@@ -81,6 +101,27 @@ Data Overlay::storedImage(const RecordKey& key) {
 RecordKeysPtr Overlay::storedChildren(const RecordKey& group, RecordKind kind) {
   if (!additions_.empty() && additions_.find(group) != nullptr) return links_.children(group, kind);
   return committed_.children(group, kind);
+}
+
+std::vector<RecordContent> Overlay::storedContents(std::span<const RecordKey> keys,
+                                                   std::size_t bytes) {
+  auto contents = committed_.contents(keys, bytes);
+  if (additions_.empty()) return contents;
+  for (std::size_t i = 0; i < contents.size(); ++i) {
+    if (additions_.find(keys[i]) == nullptr) continue;
+    contents[i] = {additions_.values(keys[i]), additions_.image(keys[i])};
+  }
+  return contents;
+}
+
+std::vector<RecordKeysPtr> Overlay::storedChildren(std::span<const RecordKey> groups,
+                                                   RecordKind kind) {
+  auto lists = committed_.children(groups, kind);
+  if (additions_.empty()) return lists;
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    if (additions_.find(groups[i]) != nullptr) lists[i] = links_.children(groups[i], kind);
+  }
+  return lists;
 }
 
 PropertyValue Overlay::storedValue(const RecordKey& key, PropertyId property) {

@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ox/platform/store/committed/committed_records.hpp"
 #include "ox/platform/store/unsaved/pending_additions.hpp"
@@ -26,6 +28,9 @@ class Overlay {
   // Committed, or created by a running act; also when its removal is unsaved.
   std::optional<RecordEntry> find(const RecordKey& key);
   std::optional<RecordEntry> find(std::string_view identifier);
+  // The same for each of them.
+  std::vector<std::optional<RecordEntry>> find(std::span<const RecordKey> keys);
+  std::vector<std::optional<RecordEntry>> find(std::span<const std::string> identifiers);
   // The act that has created the record; nobody's when it is committed.
   ActId creatorOf(const RecordKey& key) const;
   bool isRemoved(const RecordKey& key) const { return values_.isRemoved(key); }
@@ -48,6 +53,9 @@ class Overlay {
   std::shared_ptr<const PropertyBag> storedValues(const RecordKey& key);
   Data storedImage(const RecordKey& key);
   RecordKeysPtr storedChildren(const RecordKey& group, RecordKind kind);
+  // Of many at once; see ContainerSource.
+  std::vector<RecordContent> storedContents(std::span<const RecordKey> keys, std::size_t bytes);
+  std::vector<RecordKeysPtr> storedChildren(std::span<const RecordKey> groups, RecordKind kind);
 
   // The record must be writable.
   void setValue(ActId act, const RecordKey& key, RecordKind kind, PropertyId property,

@@ -164,6 +164,9 @@ void PendingLinks::remove(ActId act, const RecordKey& group, const RecordKey& ch
 }
 
 void PendingLinks::forgetRecord(const RecordKey& key) {
+  follow();
+  // Its groups are looked for only where one of them may have a list already.
+  if (memberLists_.empty() && groupLists_.empty()) return;
   const auto groups = parents(key);
   for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
     lists(kind).erase(key);
