@@ -26,7 +26,7 @@ Ids idsOf(Database& database, std::int64_t kind) {
 }
 
 std::int64_t nextId(Database& database) {
-  Query query(database, "SELECT next_record FROM counter");
+  Query query(database, "SELECT max(next_record) FROM act");
   query.step();
   return query.number(0);
 }
@@ -36,7 +36,9 @@ class RecordWriter {
  public:
   explicit RecordWriter(Database& database)
       : next_(nextId(database)),
-        counter_(database, "UPDATE counter SET next_record = ?1"),
+        act_(database,
+             "INSERT INTO act(number, name, at, origin, next_record, next_change, bytes) "
+             "VALUES(?1, x'00112233445566778899AABBCCDDEEFF', 1700000000000, 1, ?2, 1, 0)"),
         record_(database, "INSERT INTO record(id, uid, kind, container) VALUES(?1, ?2, ?3, 1)"),
         content_(database,
                  "INSERT INTO content(record, fingerprint, properties) VALUES(?1, ?2, ?3)") {}
@@ -52,15 +54,16 @@ class RecordWriter {
     content_.bind(2, next_);
     content_.bindBlob(3, kEmptyPerson);
     content_.finish();
-    counter_.bind(1, next_ + 1);
-    counter_.finish();
+    act_.bind(1, next_);
+    act_.bind(2, next_ + 1);
+    act_.finish();
     return next_++;
   }
 
  private:
   std::mt19937_64 random_{1};
   std::int64_t next_;
-  Query counter_, record_, content_;
+  Query act_, record_, content_;
 };
 
 // The statements that the values of a record take.
@@ -69,9 +72,8 @@ class ContentWriter {
   explicit ContentWriter(Database& database)
       : content_(database,
                  "UPDATE content SET fingerprint = ?2, properties = ?3 WHERE record = ?1"),
-        image_(database,
-               "INSERT INTO image(record, checksum, data) VALUES(?1, ?2, ?3) ON CONFLICT(record) "
-               "DO UPDATE SET checksum = excluded.checksum, data = excluded.data") {}
+        picture_(database, "UPDATE content SET image = ?1 WHERE record = ?1"),
+        image_(database, "INSERT INTO image(id, checksum, data) VALUES(?1, ?2, ?3)") {}
 
   void write(std::int64_t id, const Rows::Record& row) {
     values(id, row.fingerprint, row.properties);
@@ -80,6 +82,8 @@ class ContentWriter {
     image_.bind(2, row.imageChecksum);
     image_.bindBlob(3, row.image);
     image_.finish();
+    picture_.bind(1, id);
+    picture_.finish();
   }
   void values(std::int64_t id, std::int64_t fingerprint, const std::string& properties) {
     content_.bind(1, id);
@@ -89,7 +93,7 @@ class ContentWriter {
   }
 
  private:
-  Query content_, image_;
+  Query content_, picture_, image_;
 };
 
 // Runs a statement for each pair of numbers in one synced transaction.
@@ -160,7 +164,7 @@ double removeEverySecond(const std::string& path) {
   Database database(path);
   const auto ids = idsOf(database, kPerson);
   Query record(database, "DELETE FROM record WHERE id = ?1");
-  Query removal(database, "INSERT INTO removal(record) VALUES(?1)");
+  Query removal(database, "INSERT INTO change(what, record) VALUES(3, ?1)");
   database.run("PRAGMA synchronous=FULL");
   const Stopwatch watch;
   database.run("BEGIN IMMEDIATE");
@@ -207,7 +211,7 @@ double readContent(const std::string& path) {
   Database database(path);
   Query query(database,
               "SELECT c.properties, i.data FROM content c LEFT JOIN image i "
-              "ON i.record = c.record ORDER BY c.record");
+              "ON i.id = c.image ORDER BY c.record");
   std::size_t bytes = 0;
   const Stopwatch watch;
   while (query.step()) bytes += query.size(0) + query.size(1);

@@ -17,9 +17,9 @@ class Writer {
   explicit Writer(Database& database)
       : record_(database, "INSERT INTO record(id, uid, kind, container) VALUES(?1, ?2, ?3, ?4)"),
         content_(database,
-                 "INSERT INTO content(record, card_uid, fingerprint, properties) "
-                 "VALUES(?1, ?2, ?3, ?4)"),
-        image_(database, "INSERT INTO image(record, checksum, data) VALUES(?1, ?2, ?3)") {}
+                 "INSERT INTO content(record, card_uid, fingerprint, image, properties) "
+                 "VALUES(?1, ?2, ?3, nullif(?4, 0), ?5)"),
+        image_(database, "INSERT INTO image(id, checksum, data) VALUES(?1, ?2, ?3)") {}
 
   void write(const Rows::Record& row) {
     record_.bind(1, row.id);
@@ -30,7 +30,8 @@ class Writer {
     content_.bind(1, row.id);
     content_.bindText(2, row.cardUid);
     content_.bind(3, row.fingerprint);
-    content_.bindBlob(4, row.properties);
+    content_.bind(4, row.image.empty() ? 0 : row.id);
+    content_.bindBlob(5, row.properties);
     content_.finish();
     if (row.image.empty()) return;
     image_.bind(1, row.id);
@@ -59,7 +60,7 @@ Rows readRows(const std::string& path) {
   Query records(database,
                 "SELECT r.id, r.uid, r.kind, r.container, c.card_uid, c.fingerprint, c.properties, "
                 "i.checksum, i.data FROM record r JOIN content c ON c.record = r.id "
-                "LEFT JOIN image i ON i.record = r.id ORDER BY r.id");
+                "LEFT JOIN image i ON i.id = c.image ORDER BY r.id");
   while (records.step()) {
     rows.records.push_back({records.number(0), records.bytes(1), records.number(2),
                             records.number(3), records.bytes(4), records.number(5),

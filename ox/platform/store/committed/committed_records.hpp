@@ -64,8 +64,9 @@ class CommittedRecords {
   std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
                                     std::span<const SoughtRecord> sought);
 
-  // What this process has written is committed.
-  void follow(const WrittenAct& written);
+  // What this process has written is committed. Throws nothing: what cannot be followed now is read
+  // anew at the next look.
+  void follow(const WrittenAct& written) noexcept;
 
  private:
   std::int64_t version();
@@ -74,6 +75,7 @@ class CommittedRecords {
   void readNews();
   bool readActsSince(const ActRow& seen, const ActRow& last);
   void takeChange(const sqlite::Statement& change);
+  void followWritten(const WrittenAct& written);
   void startAnew();
   void forgetIndex();
   void forgetLink(const RecordKey& group, const RecordKey& child);

@@ -69,7 +69,17 @@ void CommittedRecords::startAnew() {
   forgetIndex();
 }
 
-void CommittedRecords::follow(const WrittenAct& written) {
+// The act is committed by now, whatever becomes of this: nobody must be told that it failed.
+void CommittedRecords::follow(const WrittenAct& written) noexcept {
+  try {
+    followWritten(written);
+  } catch (...) {
+    seenVersion_ = -1;
+    lastLook_ = -1;
+  }
+}
+
+void CommittedRecords::followWritten(const WrittenAct& written) {
   for (const auto& key : written.changedValues) forgetValuesOf(key);
   for (const auto& [group, child] : written.changedLinks) forgetLink(group, child);
   // The lists of everybody a removed record was linked to.
