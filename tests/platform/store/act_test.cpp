@@ -1,0 +1,196 @@
+// Acts: decided from what is committed, written when that still holds, decided again when not.
+#include <gtest/gtest.h>
+
+#include "ox/platform/store/committed/act_builder.hpp"
+#include "ox/platform/store/committed/contact_store.hpp"
+#include "ox/platform/store/file/act_writer.hpp"
+#include "ox/platform/store/file/check.hpp"
+#include "ox/platform/store/store_source.hpp"
+#include "tests/support/store_builder.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox {
+namespace {
+
+using Outcome = ActWriter::Outcome;
+
+std::string storePath() {
+  return support::StoreEnvironment::instance().contactStore().string();
+}
+
+NewRecord personNamed(const char* id, const char* name) {
+  NewRecord record{RecordKey::of(id), RecordKind::Person, "_local", {}, nullptr};
+  record.properties.set(property_id::kFirst, Object(name));
+  return record;
+}
+
+RecordEdit noteOf(const char* id, const char* note) {
+  RecordEdit edit;
+  edit.key = RecordKey::of(id);
+  edit.values.push_back({property_id::kNote, Object(note), Object()});
+  return edit;
+}
+
+// Somebody who decides at one time and writes at another, while others are at work.
+class SlowWriter {
+ public:
+  SlowWriter() : file_(storePath()), committed_(file_) {}
+
+  template <typename Decide>
+  Act decide(Decide steps) {
+    committed_.refresh(CommittedRecords::Look::Now);
+    ActBuilder builder(file_, committed_, taken_);
+    steps(builder);
+    return builder.take();
+  }
+
+  Outcome write(const Act& act) {
+    sqlite::Transaction transaction(file_.connection());
+    ActWriter writer(file_, act);
+    const auto outcome = writer.write(committed_.isOutdated() ? ActWriter::Others::HaveCommitted
+                                                              : ActWriter::Others::WereStill);
+    if (outcome == Outcome::Written) {
+      transaction.commit();
+      rows_.clear();
+      for (const auto& entry : writer.written().added) rows_.push_back(entry.row);
+    }
+    return outcome;
+  }
+
+  // Of the additions of the act that was written last.
+  const std::vector<std::int64_t>& rows() const { return rows_; }
+
+ private:
+  StoreFile file_;
+  CommittedRecords committed_;
+  ActBuilder::Taken taken_;
+  std::vector<std::int64_t> rows_;
+};
+
+class ActOfASlowWriter : public testing::Test {
+ protected:
+  ActOfASlowWriter() : others_(openStoreSource(storePath())), build_(*others_) {
+    build_.person("ann", {.first = "Ann"}).person("ben", {.first = "Ben"});
+    build_.group("top", "Top").group("below", "Below");
+  }
+
+  void othersEdit(const char* id) {
+    others_->setValue(RecordKey::of(id), RecordKind::Person, property_id::kLast, Object("Lee"));
+    ASSERT_TRUE(others_->save().done);
+  }
+
+  std::shared_ptr<ContactSource> others_;
+  support::StoreBuilder build_;
+  SlowWriter slow_;
+};
+
+TEST_F(ActOfASlowWriter, HoldsWhileOthersTouchOtherRecords) {
+  const auto act = slow_.decide(
+      [](ActBuilder& builder) { EXPECT_EQ(builder.applyEdit(noteOf("ann", "x")), ""); });
+  othersEdit("ben");
+  build_.person("cid");
+  EXPECT_EQ(slow_.write(act), Outcome::Written);
+}
+
+TEST_F(ActOfASlowWriter, IsOutdatedOnceItsRecordIsTouched) {
+  const auto act = slow_.decide(
+      [](ActBuilder& builder) { EXPECT_EQ(builder.applyEdit(noteOf("ann", "x")), ""); });
+  othersEdit("ann");
+  EXPECT_EQ(slow_.write(act), Outcome::Outdated);
+}
+
+TEST_F(ActOfASlowWriter, GivesItsAdditionsTheNextFreeRows) {
+  const auto cid = personNamed("cid", "Cid");
+  const auto dora = personNamed("dora", "Dora");
+  const auto act = slow_.decide([&](ActBuilder& builder) {
+    builder.addRecord(cid);
+    builder.addRecord(dora);
+    EXPECT_EQ(builder.addLink({RecordKey::of("top"), RecordKey::of("dora")}), "");
+  });
+  build_.person("eve").person("fay");  // rows 5 and 6
+  EXPECT_EQ(slow_.write(act), Outcome::Written);
+  EXPECT_EQ(slow_.rows(), (std::vector<std::int64_t>{7, 8}));
+  EXPECT_EQ(*others_->children(RecordKey::of("top"), RecordKind::Person),
+            (RecordKeys{RecordKey::of("dora")}));
+  EXPECT_EQ(storeProblems(storePath()), std::vector<std::string>{});
+}
+
+TEST_F(ActOfASlowWriter, IsOutdatedOnceSomethingComesIntoAGuardedContainer) {
+  const auto cid = personNamed("cid", "Cid");
+  const auto decide = [&](ActBuilder& builder) {
+    builder.guardContainer("_local");
+    builder.addRecord(cid);
+  };
+  const auto first = slow_.decide(decide);
+  build_.container("A", "iCloud", 3);
+  EXPECT_EQ(slow_.write(first), Outcome::Outdated);  // a container came or went
+  const auto second = slow_.decide(decide);
+  build_.in("A").person("elsewhere");
+  EXPECT_EQ(slow_.write(second), Outcome::Written);
+  const auto dora = personNamed("dora", "Dora");
+  const auto third = slow_.decide([&](ActBuilder& builder) {
+    builder.guardContainer("_local");
+    builder.addRecord(dora);
+  });
+  build_.in("_local").person("here");
+  EXPECT_EQ(slow_.write(third), Outcome::Outdated);
+}
+
+TEST_F(ActOfASlowWriter, IsOutdatedOnceOthersLinkTheGroupsOfItsAccount) {
+  const auto act = slow_.decide([](ActBuilder& builder) {
+    EXPECT_EQ(builder.addLink({RecordKey::of("top"), RecordKey::of("below")}), "");
+  });
+  build_.subgroup("below", "top");
+  EXPECT_EQ(slow_.write(act), Outcome::Outdated);
+  slow_.decide([](ActBuilder& builder) {
+    EXPECT_EQ(builder.addLink({RecordKey::of("top"), RecordKey::of("below")}),
+              "the link from top to below was refused: a group would be below itself");
+  });
+}
+
+TEST_F(ActOfASlowWriter, IsDoneOnceHoweverOftenItIsWritten) {
+  const auto cid = personNamed("cid", "Cid");
+  const auto act = slow_.decide([&](ActBuilder& builder) { builder.addRecord(cid); });
+  EXPECT_EQ(slow_.write(act), Outcome::Written);
+  build_.person("dora");
+  EXPECT_EQ(slow_.write(act), Outcome::WrittenBefore);
+  EXPECT_EQ(others_->records(RecordKind::Person).size(), 4U);
+}
+
+TEST_F(ActOfASlowWriter, FindsAnIdentifierTakenMeanwhile) {
+  const auto cid = personNamed("cid", "Cid");
+  const auto act = slow_.decide([&](ActBuilder& builder) { builder.addRecord(cid); });
+  build_.person("cid");
+  EXPECT_EQ(slow_.write(act), Outcome::IdentifierTaken);
+}
+
+TEST_F(ActOfASlowWriter, IsOutdatedByWhatTheJournalDoesNotTell) {
+  const auto act = slow_.decide(
+      [](ActBuilder& builder) { EXPECT_EQ(builder.applyEdit(noteOf("ann", "x")), ""); });
+  sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE container SET name = 'Mine' WHERE id = 1");
+  EXPECT_EQ(slow_.write(act), Outcome::Outdated);
+}
+
+TEST(ActDecidedAgain, TakesTheLockFirstAfterThreeTries) {
+  const auto others = openStoreSource(storePath());
+  support::StoreBuilder(*others).person("ann", {.first = "Ann"});
+  ContactStore store(storePath());
+  int decisions = 0;
+  const bool written = store.write(StoreFile::Outlive::Kill, [&](ActBuilder& builder) {
+    ++decisions;
+    EXPECT_EQ(builder.applyEdit(noteOf("ann", "mine")), "");
+    if (decisions > 3) return;  // the lock is held: nobody else can write any more
+    others->setValue(RecordKey::of("ann"), RecordKind::Person, property_id::kLast,
+                     Object("Lee " + std::to_string(decisions)));
+    ASSERT_TRUE(others->save().done);
+  });
+  EXPECT_TRUE(written);
+  EXPECT_EQ(decisions, 4);
+  const auto values = store.committed().values(RecordKey::of("ann"));
+  EXPECT_EQ(*values->text(property_id::kNote), "mine");
+  EXPECT_EQ(*values->text(property_id::kLast), "Lee 3");
+}
+
+}  // namespace
+}  // namespace ox
