@@ -34,9 +34,11 @@ const Plan& plan() {
   return read;
 }
 
+// The folder itself, whose names are synced, too.
 bool isBelow(const char* path) {
   const auto length = std::strlen(plan().folder);
-  return std::strncmp(path, plan().folder, length) == 0 && path[length] == '/';
+  if (std::strncmp(path, plan().folder, length) != 0) return false;
+  return path[length] == '/' || path[length] == '\0';
 }
 
 bool isCounted(int file) {

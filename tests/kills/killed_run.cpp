@@ -83,9 +83,9 @@ int killEverywhere(const std::vector<std::string>& command,
 
 // The machine of the tests keeps its power: nothing is lost that is not synced. These take the
 // place of the system's own functions in the test program, whose looks at the store would sync it.
-extern "C" int fsync(int) {
+extern "C" __attribute__((visibility("default"))) int fsync(int) {
   return 0;
 }
-extern "C" int fdatasync(int) {
+extern "C" __attribute__((visibility("default"))) int fdatasync(int) {
   return 0;
 }

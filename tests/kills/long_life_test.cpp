@@ -1,0 +1,206 @@
+// One process works in a store for a very long time: its memory and its files stay as they are, but
+// for the tables that hold an entry for each record that ever was, and it gets no slower.
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <random>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "tests/OxMacAddressBookSDK/fixtures.hpp"
+#include "tests/faults/store_state.hpp"
+#include "tests/kills/record_text.hpp"
+
+namespace ox::kills {
+namespace {
+
+constexpr std::size_t kPersons = 200;
+constexpr std::size_t kGroups = 20;
+
+// How much of it; the environment asks for more.
+std::size_t operations() {
+  constexpr std::size_t kFew = 4'000;
+  const auto* wanted = std::getenv("OX_LIFE_OPERATIONS");
+  return wanted == nullptr ? kFew : std::strtoull(wanted, nullptr, 10);
+}
+
+void save() {
+  ASSERT_TRUE(records()->save());
+}
+
+class Host {
+ public:
+  Host() : book_(test::bookNamed("_local")) {
+    for (std::size_t i = 0; i < kPersons; ++i) addPerson();
+    for (std::size_t i = 0; i < kGroups; ++i) addGroup();
+  }
+
+  void work() {
+    using Step = void (Host::*)();
+    static constexpr std::array kSteps = {
+        &Host::replacePerson, &Host::replaceGroup, &Host::setNote,      &Host::setPhones,
+        &Host::setPicture,    &Host::changeTags,   &Host::changeMember, &Host::readEverybody};
+    const Step step = kSteps[below(kSteps.size())];
+    (this->*step)();
+    ++done_;
+  }
+
+  std::size_t made() const { return made_; }
+
+ private:
+  std::size_t below(std::size_t end) {
+    return std::uniform_int_distribution<std::size_t>(0, end - 1)(chance_);
+  }
+  std::string next() { return std::to_string(made_) + "." + std::to_string(done_); }
+  std::shared_ptr<_ABPerson> anyone() { return persons_[below(persons_.size())]; }
+  std::shared_ptr<_ABGroup> anyGroup() { return groups_[below(groups_.size())]; }
+
+  void addPerson() {
+    ++made_;
+    auto person = recordOf(book_->newPerson());
+    person->setValue_forProperty(Object("P" + next()), kABFirstNameProperty);
+    save();
+    persons_.push_back(std::move(person));
+  }
+
+  void addGroup() {
+    ++made_;
+    groups_.push_back(std::dynamic_pointer_cast<_ABGroup>(book_->addGroupByName("G" + next())));
+    save();
+  }
+
+  void replacePerson() {
+    std::swap(persons_[below(persons_.size())], persons_.back());
+    book_->removePersons({persons_.back()});
+    persons_.pop_back();
+    save();
+    addPerson();
+  }
+
+  void replaceGroup() {
+    std::swap(groups_[below(groups_.size())], groups_.back());
+    book_->removeGroup(groups_.back());
+    groups_.pop_back();
+    save();
+    addGroup();
+  }
+
+  void setNote() {
+    anyone()->setValue_forProperty(Object("note " + next()), kABNoteProperty);
+    save();
+  }
+
+  // A few numbers, one more or the first one gone.
+  void setPhones() {
+    const auto person = anyone();
+    auto phones = entriesOf(*person, kABPhoneProperty);
+    phones.add(Object(next()), "mobile");
+    if (phones.entries.size() > 5) phones.entries.erase(phones.entries.begin());
+    phones.primary = 0;
+    person->setValue_forProperty(std::make_shared<const MultiValue>(std::move(phones)),
+                                 kABPhoneProperty);
+    save();
+  }
+
+  void setPicture() {
+    anyone()->setImageData(makeData(std::string(500 + below(2'000), 'p') + next()));
+    save();
+  }
+
+  void changeTags() {
+    const auto person = anyone();
+    const auto tags = person->tagArray();
+    if (tags.size() < 4) return person->addTag("tag " + std::to_string(below(30)));
+    person->removeTag(tags[below(tags.size())]);
+  }
+
+  void changeMember() {
+    const auto group = anyGroup();
+    const auto person = anyone();
+    if (!group->addMember(person)) group->removeMember(person);
+    save();
+  }
+
+  void readEverybody() {
+    std::size_t size = 0;
+    for (const auto& person : records()->people()) {
+      size += textOf(*person, kABNoteProperty).size();
+      size += entriesOf(*person, kABPhoneProperty).entries.size();
+    }
+    EXPECT_GT(size, 0U);
+  }
+
+  std::shared_ptr<OxMacAddressBook> book_;
+  std::mt19937 chance_{1};
+  std::vector<std::shared_ptr<_ABPerson>> persons_;
+  std::vector<std::shared_ptr<_ABGroup>> groups_;
+  std::size_t made_ = 0;  // records
+  std::size_t done_ = 0;
+};
+
+struct Usage {
+  double memory;     // bytes in RAM
+  double processor;  // seconds of this process
+  std::size_t made;  // records so far
+};
+
+Usage usageNow(const Host& host) {
+  std::ifstream statm("/proc/self/statm");
+  double all = 0;
+  double resident = 0;
+  statm >> all >> resident;
+  rusage used{};
+  ::getrusage(RUSAGE_SELF, &used);
+  const auto seconds = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+  };
+  return {resident * static_cast<double>(::sysconf(_SC_PAGESIZE)),
+          seconds(used.ru_utime) + seconds(used.ru_stime), host.made()};
+}
+
+double fileSize(const std::string& ending) {
+  const auto path = support::StoreEnvironment::instance().contactStore().string() + ending;
+  return std::filesystem::exists(path) ? static_cast<double>(std::filesystem::file_size(path)) : 0;
+}
+
+constexpr double kMiB = 1024 * 1024;
+constexpr double kMostLog = 80 * kMiB;
+constexpr double kMostStore = 160 * kMiB;  // the journal of what was done, and as much again
+constexpr double kMostGrowth = 4 * kMiB;
+constexpr double kMostForARecord = 300;  // bytes that the process remembers of one that has gone
+
+TEST(LongLife, StaysAsSmallAndAsFast) {
+  OxMacAddressBook::addressBookArray();
+  Host host;
+  const auto quarter = operations() / 4;
+  std::vector<Usage> usage;
+  double largestLog = 0;
+  for (std::size_t i = 0; i < 4 * quarter && !HasFailure(); ++i) {
+    if (i % quarter == 0) usage.push_back(usageNow(host));
+    host.work();
+    if (i % 100 == 0) largestLog = std::max(largestLog, fileSize("-wal"));
+  }
+  usage.push_back(usageNow(host));
+  ASSERT_EQ(usage.size(), 5U);
+
+  for (std::size_t i = 1; i < usage.size(); ++i) {
+    std::printf("quarter %zu: %.1f us an operation, %.1f MiB\n", i,
+                1e6 * (usage[i].processor - usage[i - 1].processor) / static_cast<double>(quarter),
+                usage[i].memory / kMiB);
+  }
+  std::printf("log %.1f MiB at most, store %.1f MiB\n", largestLog / kMiB, fileSize("") / kMiB);
+  EXPECT_LT(largestLog, kMostLog);
+  EXPECT_LT(fileSize(""), kMostStore);
+  const auto madeMeanwhile = static_cast<double>(usage[4].made - usage[1].made);
+  EXPECT_LT(usage[4].memory - usage[1].memory, kMostGrowth + kMostForARecord * madeMeanwhile);
+  const auto second = usage[2].processor - usage[1].processor;
+  const auto last = usage[4].processor - usage[3].processor;
+  EXPECT_LT(last, 1.5 * second + 0.1);
+  EXPECT_EQ(faults::problemsOf(support::StoreEnvironment::instance().contactStore().string()), "");
+}
+
+}  // namespace
+}  // namespace ox::kills
