@@ -5,8 +5,9 @@
 namespace ox::support {
 
 // How many statements this process has run so far on the files that were opened since the first
-// call: what a store on another machine would have to be asked. To be called before the store is
-// opened; safe from any thread.
+// call: what a store on another machine would have to be asked. Without the looks whether others
+// have written, whose number depends on the time. To be called before the store is opened; safe
+// from any thread.
 std::uint64_t statementsRun();
 
 }  // namespace ox::support

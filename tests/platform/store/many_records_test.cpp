@@ -182,11 +182,11 @@ TEST(ManyRecords, AreFoundAndRemovedWithoutAQuestionForEach) {
   for (int i = 0; i < 100; ++i) identifiers.push_back("p" + std::to_string(i));
   auto before = support::statementsRun();
   const auto records = book->recordsForUniqueIds(identifiers);
-  EXPECT_EQ(support::statementsRun() - before, 2U) << "a look and the records";
+  EXPECT_EQ(support::statementsRun() - before, 1U);
   book->people();
   before = support::statementsRun();
   for (const auto& record : records) ASSERT_TRUE(book->removeRecord(record));
-  EXPECT_EQ(support::statementsRun() - before, 100U) << "a look each";
+  EXPECT_EQ(support::statementsRun() - before, 0U);
   EXPECT_EQ(book->people().size(), 0U);
 }
 
@@ -201,22 +201,21 @@ TEST(ManyRecords, AreOneQuestion) {
   for (const auto& key : keys) uids.push_back(key.text());
   std::vector<SoughtRecord> sought;
   for (const auto& uid : uids) sought.push_back({uid});
-  // One of them is the look whether others have written.
   const auto asked = [](const auto& question) {
     const auto before = support::statementsRun();
     question();
     return support::statementsRun() - before;
   };
-  EXPECT_EQ(asked([&] { EXPECT_EQ(source.committedContents(keys, kAll).size(), 1000U); }), 2U);
+  EXPECT_EQ(asked([&] { EXPECT_EQ(source.committedContents(keys, kAll).size(), 1000U); }), 1U);
   EXPECT_EQ(asked([&] {
               const auto lists = source.committedChildren(groups, kPerson);
               EXPECT_EQ(lists.at(0)->size(), 20U);
               EXPECT_EQ(lists.at(1)->size(), 0U);
             }),
-            2U);
-  EXPECT_EQ(asked([&] { source.committedChildren(groups, kPerson); }), 1U) << "they are known";
+            1U);
+  EXPECT_EQ(asked([&] { source.committedChildren(groups, kPerson); }), 0U) << "they are known";
   // By the UID, by its other spelling, by the identifier that it may have been made from.
-  EXPECT_EQ(asked([&] { EXPECT_EQ(source.matches("_local", kPerson, sought).size(), 1000U); }), 4U);
+  EXPECT_EQ(asked([&] { EXPECT_EQ(source.matches("_local", kPerson, sought).size(), 1000U); }), 3U);
 }
 
 }  // namespace

@@ -145,19 +145,18 @@ Act::ChangedRecord& ActBuilder::changeOf(const Entry& entry) {
 }
 
 // Values that are damaged can be replaced all the same; then nobody knows what they were.
-std::shared_ptr<const PropertyBag> ActBuilder::valuesBefore(const Entry& entry) {
+KnownContent ActBuilder::contentBefore(const Entry& entry) {
   try {
-    if (auto values = committed_.values(entry.key)) return values;
+    if (auto content = committed_.content(entry.key); content.values) return content;
   } catch (const DamagedRecord&) {
-    return std::make_shared<const PropertyBag>();
+    return {std::make_shared<const PropertyBag>(), pictureChecksum(entry.row)};
   }
   throw RefusedRequest("there is no record " + entry.key.text());
 }
 
 void ActBuilder::setContent(const Entry& entry, PropertyBag properties,
                             const std::optional<Data>& image) {
-  const auto before = valuesBefore(entry);
-  const auto pictureBefore = pictureChecksum(entry.row);
+  const auto [before, pictureBefore] = contentBefore(entry);
   auto& change = changeOf(entry);
   keepDifferences(*before, properties, change);
   change.properties = std::move(properties);

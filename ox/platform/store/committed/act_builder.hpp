@@ -66,7 +66,7 @@ class ActBuilder {
  private:
   bool isAdded(const Entry& entry) const { return entry.row >= act_.firstRow; }
   Act::ChangedRecord& changeOf(const Entry& entry);
-  std::shared_ptr<const PropertyBag> valuesBefore(const Entry& entry);
+  KnownContent contentBefore(const Entry& entry);
   void setContent(const Entry& entry, PropertyBag properties, const std::optional<Data>& image);
   std::optional<Entry> meant(const RecordKey& key) const;
   bool closesCircleOfRows(std::int64_t group, std::int64_t child);

@@ -12,12 +12,8 @@ namespace ox {
 namespace {
 
 constexpr std::int64_t kLookMilliseconds = 10;
-constexpr std::int64_t kRowsAhead = 32;
-constexpr std::size_t kBytesAhead = 256U << 10U;
-constexpr std::size_t kHalfValueCacheBytes = 16U << 20U;
+constexpr std::size_t kHalfEntryCacheEntries = 1U << 14U;
 constexpr std::size_t kHalfLinkCacheEntries = 1U << 20U;
-// What a decoded bag takes in memory, as a multiple of its stored size: an estimate.
-constexpr std::size_t kDecodedFactor = 4;
 
 // Every read asks for the time, and a few milliseconds more or less do not matter.
 std::int64_t coarseMilliseconds() {
@@ -31,7 +27,8 @@ std::int64_t coarseMilliseconds() {
 CommittedRecords::CommittedRecords(StoreFile& file)
     : file_(file),
       containers_(file),
-      values_(kHalfValueCacheBytes),
+      entries_(kHalfEntryCacheEntries),
+      contents_(file),
       memberLists_(kHalfLinkCacheEntries),
       subgroupLists_(kHalfLinkCacheEntries),
       parentLists_(kHalfLinkCacheEntries) {}
@@ -61,6 +58,7 @@ bool CommittedRecords::isOutdated() {
 }
 
 void CommittedRecords::forgetIndex() {
+  entries_.clear();
   indexLoaded_ = false;
   index_.clear();
   seenRow_ = 0;
@@ -123,7 +121,7 @@ std::optional<CommittedRecords::Entry> CommittedRecords::find(std::string_view i
     auto& row = file_.statement(Sql::RecordByUid);
     const sqlite::StatementScope scope(row);
     row.bindText(1, identifier);
-    return row.step() ? std::optional(entryOfRow(row)) : std::nullopt;
+    return row.step() ? kept(entryOfRow(row)) : std::nullopt;
   });
 }
 
@@ -132,114 +130,77 @@ std::optional<CommittedRecords::Entry> CommittedRecords::find(const RecordKey& k
     const auto* entry = index_.find(key);
     return entry != nullptr ? std::optional(*entry) : std::nullopt;
   }
+  if (const auto* entry = entries_.find(key)) return *entry;
   return file_.guarded([&]() -> std::optional<Entry> {
     auto& row = file_.statement(Sql::RecordByUid);
     const sqlite::StatementScope scope(row);
     const StoredUid uid(key);
     uid.bindTo(row, 1);
-    return row.step() ? std::optional(entryOfRow(row)) : std::nullopt;
+    return row.step() ? kept(entryOfRow(row)) : std::nullopt;
   });
+}
+
+std::optional<CommittedRecords::Entry> CommittedRecords::kept(std::optional<Entry> found) {
+  if (found && !indexLoaded_) entries_.put(found->key, *found, 1);
+  return found;
 }
 
 std::shared_ptr<const PropertyBag> CommittedRecords::values(const RecordKey& key) {
   if (lastValues_ && lastKey_ == key) return lastValues_;
-  const auto* cached = values_.find(key);
-  auto values = cached != nullptr ? *cached : nullptr;
-  if (!values) {
-    const auto entry = find(key);
-    if (!entry) return nullptr;
-    values = readStored(key, *entry);
-    if (!values) return nullptr;
-  }
+  auto values = content(key).values;
+  if (!values) return nullptr;
   lastKey_ = key;
   lastValues_ = values;
   return values;
 }
 
-// Null when the record was removed elsewhere meanwhile.
-std::shared_ptr<const PropertyBag> CommittedRecords::readStored(const RecordKey& key, Entry entry) {
-  // Whoever walks the records in their order is given a few at a time.
-  const bool walks =
-      indexLoaded_ && entry.row > lastMissedRow_ && entry.row <= lastMissedRow_ + kRowsAhead;
-  lastMissedRow_ = entry.row;
-  auto values = file_.guarded([&] { return readValues(entry, walks ? kRowsAhead : 1); });
-  while (!values) {
+KnownContent CommittedRecords::content(const RecordKey& key) {
+  if (auto known = contents_.known(key); known.values) return known;
+  const auto entry = find(key);
+  return entry ? readStored(key, *entry) : KnownContent();
+}
+
+// Whoever has listed the records may walk them.
+ContentCache::Ahead CommittedRecords::ahead() const {
+  return indexLoaded_ ? ContentCache::Ahead::WhenWalking : ContentCache::Ahead::No;
+}
+
+// Nothing when the record was removed elsewhere meanwhile.
+KnownContent CommittedRecords::readStored(const RecordKey& key, Entry entry) {
+  auto content = contents_.read(entry, ahead());
+  while (!content.values) {
     // A row without values is damage only if it is still the record's row: another process may have
     // removed the record since the last look, and even made it again.
     const auto row = entry.row;
     refresh(Look::Now);
     const auto now = find(key);
-    if (!now) return nullptr;
+    if (!now) return {};
     if (now->row == row) {
       throw DamagedRecord(file_.path() + ": " + key.text() + ": its stored values are missing",
                           key.text());
     }
     entry = *now;
-    values = file_.guarded([&] { return readValues(entry, 1); });
+    content = contents_.read(entry, ContentCache::Ahead::No);
   }
-  return values;
-}
-
-// The values in that row, and for the cache those of up to `count` - 1 rows behind it. The result
-// is not looked up in the cache, which may have let go of it again by the time the others are in.
-// Null when the row has none.
-std::shared_ptr<const PropertyBag> CommittedRecords::readValues(const Entry& entry,
-                                                                std::int64_t count) {
-  auto& rows = file_.statement(Sql::ContentFrom);
-  const sqlite::StatementScope scope(rows);
-  rows.bind(1, entry.row).bind(2, count);
-  if (!rows.step() || rows.integer(0) != entry.row) return nullptr;
-  std::size_t bytesRead = rows.blob(2).size();
-  auto values = std::make_shared<const PropertyBag>(decodeNaming(entry.key, rows.blob(2)));
-  values_.put(entry.key, values, kDecodedFactor * bytesRead);
-  while (bytesRead < kBytesAhead && rows.step()) {
-    const auto bytes = rows.blob(2);
-    bytesRead += bytes.size();
-    const auto key = keyOfColumn(rows, 1);
-    try {
-      auto ahead = std::make_shared<const PropertyBag>(decodeProperties(bytes));
-      values_.put(key, std::move(ahead), kDecodedFactor * bytes.size());
-    } catch (const DamagedProperties&) {
-      break;  // a damaged neighbour is reported when it is asked for itself
-    }
-  }
-  return values;
+  return content;
 }
 
 void CommittedRecords::forgetValuesOf(const RecordKey& key) {
-  values_.erase(key);
+  contents_.forget(key);
+  entries_.erase(key);
   if (lastKey_ == key) lastValues_.reset();
 }
 
 void CommittedRecords::forgetValues() {
-  values_.clear();
+  contents_.clear();
   lastValues_.reset();
 }
 
-PropertyBag CommittedRecords::decodeNaming(const RecordKey& key, std::string_view bytes) {
-  try {
-    return decodeProperties(bytes);
-  } catch (const DamagedProperties& error) {
-    throw DamagedRecord(file_.path() + ": " + key.text() + ": " + error.what(), key.text());
-  }
-}
-
 Data CommittedRecords::image(const RecordKey& key) {
+  if (const auto known = contents_.known(key); known.values && known.pictureChecksum == 0)
+    return nullptr;
   const auto entry = find(key);
-  if (!entry) return nullptr;
-  return file_.guarded([&]() -> Data {
-    auto& row = file_.statement(Sql::ImageByRow);
-    const sqlite::StatementScope scope(row);
-    row.bind(1, entry->row);
-    if (!row.step()) return nullptr;
-    const auto bytes = row.blob(1);
-    if (checksum64(bytes) != static_cast<std::uint64_t>(row.integer(0))) {
-      throw ImageReadError(file_.path() + ": " + key.text() +
-                               ": the stored picture is damaged: its checksum differs",
-                           key.text());
-    }
-    return makeData(std::string(bytes));
-  });
+  return entry ? contents_.picture(*entry, ahead()) : nullptr;
 }
 
 RecordKeysPtr CommittedRecords::linkedKeys(Sql which, const RecordKey& key,

@@ -10,6 +10,7 @@
 
 #include "ox/base/data.hpp"
 #include "ox/platform/store/committed/container_list.hpp"
+#include "ox/platform/store/committed/content_cache.hpp"
 #include "ox/platform/store/committed/generation_cache.hpp"
 #include "ox/platform/store/committed/record_index.hpp"
 #include "ox/platform/store/file/store_file.hpp"
@@ -50,6 +51,8 @@ class CommittedRecords {
   std::optional<Entry> find(const RecordKey& key);
   // Null when there is no such record.
   std::shared_ptr<const PropertyBag> values(const RecordKey& key);
+  // Null values when there is no such record.
+  KnownContent content(const RecordKey& key);
   // Null without a picture; throws ImageReadError when its bytes are damaged.
   Data image(const RecordKey& key);
   RecordKeysPtr children(const RecordKey& group, RecordKind kind);
@@ -58,6 +61,9 @@ class CommittedRecords {
   // About many at once (many_at_once.cpp); one answer for each key, in their order.
   std::vector<std::optional<Entry>> find(std::span<const RecordKey> keys);
   std::vector<std::optional<Entry>> find(std::span<const std::string> identifiers);
+  // Reads what is not in memory of these in one question, for whoever is going to ask for each.
+  void meet(std::span<const RecordKey> keys);
+  void meetContents(std::span<const RecordKey> keys);
   // See ContainerSource.
   std::vector<RecordContent> contents(std::span<const RecordKey> keys, std::size_t bytes);
   std::vector<RecordKeysPtr> children(std::span<const RecordKey> groups, RecordKind kind);
@@ -82,9 +88,9 @@ class CommittedRecords {
   void forgetLinks();
   void forgetValuesOf(const RecordKey& key);
   void forgetValues();
-  std::shared_ptr<const PropertyBag> readStored(const RecordKey& key, Entry entry);
-  std::shared_ptr<const PropertyBag> readValues(const Entry& entry, std::int64_t count);
-  PropertyBag decodeNaming(const RecordKey& key, std::string_view bytes);
+  ContentCache::Ahead ahead() const;
+  std::optional<Entry> kept(std::optional<Entry> found);
+  KnownContent readStored(const RecordKey& key, Entry entry);
   auto& childLists(RecordKind kind) {
     return kind == RecordKind::Person ? memberLists_ : subgroupLists_;
   }
@@ -103,11 +109,12 @@ class CommittedRecords {
   bool indexLoaded_ = false;
   RecordIndex index_;
 
+  GenerationCache<RecordKey, Entry> entries_;  // while there is no index
+
   // The record read last, in front of the cache: properties are read one after another.
   RecordKey lastKey_;
   std::shared_ptr<const PropertyBag> lastValues_;
-  std::int64_t lastMissedRow_ = INT64_MIN / 2;
-  GenerationCache<RecordKey, std::shared_ptr<const PropertyBag>> values_;
+  ContentCache contents_;
   GenerationCache<RecordKey, RecordKeysPtr> memberLists_;
   GenerationCache<RecordKey, RecordKeysPtr> subgroupLists_;
   GenerationCache<RecordKey, RecordKeysPtr> parentLists_;

@@ -172,6 +172,21 @@ bool ContactStore::execute(SaveRequest& request) {
   return true;
 }
 
+// Whatever the decision is going to ask for one by one.
+void ContactStore::meet(const RecordChanges& changes) {
+  std::vector<RecordKey> edited;
+  std::vector<RecordKey> others = changes.removals;
+  for (const auto& edit : changes.edits) edited.push_back(edit.key);
+  for (const auto* links : {&changes.removedLinks, &changes.addedLinks}) {
+    for (const auto& link : *links) {
+      others.push_back(link.group);
+      others.push_back(link.child);
+    }
+  }
+  committed_.meetContents(edited);
+  committed_.meet(others);
+}
+
 SaveReport ContactStore::commit(RecordChanges& changes) {
   SaveReport report;
   std::vector<RecordKey> keys;
@@ -183,6 +198,7 @@ SaveReport ContactStore::commit(RecordChanges& changes) {
     write(StoreFile::Outlive::PowerCut, [&](ActBuilder& builder) {
       report.dropped.clear();
       keys.clear();
+      meet(changes);
       for (const auto& record : changes.additions) keys.push_back(builder.addRecord(record));
       for (const auto& edit : changes.edits) noteDropped(builder.applyEdit(edit), edit.key);
       for (const auto& link : changes.removedLinks) builder.removeLink(link);

@@ -55,6 +55,7 @@ class ContactStore {
   bool commitAct(const Act& act, std::unordered_set<RecordKey>& taken,
                  sqlite::Transaction& transaction);
   void settleOutdated(SaveRequest& request);
+  void meet(const RecordChanges& changes);
   void leaveOutStored(std::span<NewRecord> additions);
 
   StoreFile file_;

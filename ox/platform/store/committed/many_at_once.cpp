@@ -136,10 +136,22 @@ std::vector<std::optional<RecordEntry>> CommittedRecords::find(std::span<const R
     std::ranges::transform(keys, found.begin(), [this](const auto& key) { return find(key); });
     return found;
   }
-  const std::vector<StoredUid> uids(keys.begin(), keys.end());
+  std::vector<std::optional<Entry>> found(keys.size());
+  std::vector<StoredUid> uids;
+  std::vector<std::size_t> places;
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (const auto* entry = entries_.find(keys[i])) {
+      found[i] = *entry;
+    } else {
+      uids.emplace_back(keys[i]);
+      places.push_back(i);
+    }
+  }
   sqlite::KeyList list;
   for (const auto& uid : uids) uid.addTo(list);
-  return findInFile(list);
+  const auto read = findInFile(list);
+  for (std::size_t i = 0; i < read.size(); ++i) found[places[i]] = read[i];
+  return found;
 }
 
 std::vector<std::optional<RecordEntry>> CommittedRecords::find(
@@ -173,9 +185,22 @@ std::vector<std::optional<RecordEntry>> CommittedRecords::findInFile(const sqlit
     auto& rows = file_.statement(Sql::RecordsByUids);
     const sqlite::StatementScope scope(rows);
     rows.bindKeys(1, uids);
-    while (rows.step()) found[static_cast<std::size_t>(rows.integer(4))] = entryOfRow(rows);
+    while (rows.step()) found[static_cast<std::size_t>(rows.integer(4))] = kept(entryOfRow(rows));
   });
   return found;
+}
+
+void CommittedRecords::meet(std::span<const RecordKey> keys) {
+  if (!indexLoaded_ && keys.size() > 1) find(keys);
+}
+
+void CommittedRecords::meetContents(std::span<const RecordKey> keys) {
+  if (keys.size() < 2) return;
+  std::vector<Entry> entries;
+  for (const auto& entry : find(keys)) {
+    if (entry) entries.push_back(*entry);
+  }
+  contents_.readAll(entries);
 }
 
 std::vector<RecordContent> CommittedRecords::contents(std::span<const RecordKey> keys,

@@ -36,11 +36,13 @@ constexpr std::array kStatements = {
     Row{Sql::RecordsAfter, "SELECT id, uid, kind, container FROM record WHERE id > ?1 ORDER BY id"},
     Row{Sql::RecordByUid, "SELECT id, uid, kind, container FROM record WHERE uid = ?1"},
     Row{Sql::ContentFrom,
-        "SELECT c.record, r.uid, c.properties FROM content c JOIN record r ON r.id = c.record "
+        "SELECT c.record, r.uid, c.properties, i.checksum FROM content c "
+        "CROSS JOIN record r ON r.id = c.record LEFT JOIN image i ON i.id = c.image "
         "WHERE c.record >= ?1 ORDER BY c.record LIMIT ?2"},
-    Row{Sql::ImageByRow,
-        "SELECT i.checksum, i.data FROM content c JOIN image i ON i.id = c.image "
-        "WHERE c.record = ?1"},
+    Row{Sql::PicturesFrom,
+        "SELECT c.record, r.uid, i.checksum, i.data FROM content c "
+        "CROSS JOIN image i ON i.id = c.image CROSS JOIN record r ON r.id = c.record "
+        "WHERE c.record BETWEEN ?1 AND ?2 ORDER BY c.record"},
     Row{Sql::ChildrenOfRow,
         "SELECT r.uid FROM link l JOIN record r ON r.id = l.child "
         "WHERE l.parent = ?1 AND r.kind = ?2 ORDER BY l.id"},
@@ -51,6 +53,10 @@ constexpr std::array kStatements = {
     Row{Sql::RecordsByUids,
         "SELECT r.id, r.uid, r.kind, r.container, k.rowid "
         "FROM keys(?1) k CROSS JOIN record r ON r.uid = k.key"},
+    Row{Sql::ValuesOfRows,
+        "SELECT c.record, r.uid, c.properties, i.checksum FROM keys(?1) k "
+        "CROSS JOIN content c ON c.record = k.key CROSS JOIN record r ON r.id = c.record "
+        "LEFT JOIN image i ON i.id = c.image"},
     Row{Sql::ContentsOfRows,
         "SELECT k.rowid, c.properties, i.checksum, i.data "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
