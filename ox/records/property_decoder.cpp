@@ -28,8 +28,7 @@ class Decoder {
     if (id != 0) return {checkedId(id), value()};
     const auto name = bytes();
     const auto type = static_cast<ABPropertyType>(number());
-    auto known = property_table::idOf(RecordKind::Person, name);
-    if (known == 0) known = property_table::add(name, type);
+    const auto known = property_table::addStored(name, type);
     if (known == 0) corrupt();
     return {known, value()};
   }

@@ -107,14 +107,21 @@ class CustomProperties {
  public:
   PropertyId add(std::string_view name, ABPropertyType type) {
     const std::unique_lock lock(mutex_);
-    assert(numbers_.size() == entries_.size());
+    assert(numbers_.size() <= entries_.size());
     const auto found = numbers_.find(name);
     if (found != numbers_.end()) return entry(found->second).type == type ? found->second : 0;
-    if (entries_.size() >= UINT16_MAX - kFirstCustomProperty) return 0;
-    const auto id = static_cast<PropertyId>(kFirstCustomProperty + entries_.size());
-    entries_.push_back({id, std::string(name), type});
-    numbers_.emplace(entries_.back().name, id);
+    const auto id = append(name, type);
+    if (id != 0) numbers_.emplace(entries_.back().name, id);
     return id;
+  }
+
+  // Under a number of its own when the name is known with another type.
+  PropertyId addBeside(std::string_view name, ABPropertyType type) {
+    const std::unique_lock lock(mutex_);
+    for (const auto& known : entries_) {
+      if (known.name == name && known.type == type) return known.id;
+    }
+    return append(name, type);
   }
 
   PropertyId idOf(std::string_view name) {
@@ -130,12 +137,22 @@ class CustomProperties {
     return index < entries_.size() ? entries_[index] : Entry{0, {}, kABErrorInProperty};
   }
 
+  // Those that are found by their name.
   void appendTo(std::vector<Entry>& list) {
     const std::shared_lock lock(mutex_);
-    list.insert(list.end(), entries_.begin(), entries_.end());
+    for (const auto& entry : entries_) {
+      if (numbers_.at(entry.name) == entry.id) list.push_back(entry);
+    }
   }
 
  private:
+  PropertyId append(std::string_view name, ABPropertyType type) {
+    if (entries_.size() >= UINT16_MAX - kFirstCustomProperty) return 0;
+    const auto id = static_cast<PropertyId>(kFirstCustomProperty + entries_.size());
+    entries_.push_back({id, std::string(name), type});
+    return id;
+  }
+
   const Entry& entry(PropertyId id) const {
     const auto index = static_cast<std::size_t>(id - kFirstCustomProperty);
     assert(id >= kFirstCustomProperty && index < entries_.size());
@@ -176,6 +193,14 @@ PropertyId add(std::string_view name, ABPropertyType type) {
   if (name.empty() || !isType(type)) return 0;
   if (const auto* row = builtInNamed(name)) return row->type == type ? row->id : PropertyId{0};
   return customProperties().add(name, type);
+}
+
+PropertyId addStored(std::string_view name, ABPropertyType type) {
+  if (name.empty() || !isType(type)) return 0;
+  // A property may have become a built-in one since a store took it for a custom one.
+  if (const auto* row = builtInNamed(name)) return row->id;
+  const auto id = customProperties().add(name, type);
+  return id != 0 ? id : customProperties().addBeside(name, type);
 }
 
 std::vector<Entry> all(RecordKind kind) {

@@ -58,6 +58,11 @@ OX_EXPORT std::string nameOf(PropertyId id);
 // with that type; 0 when it is known with another type, or the type is no type.
 OX_EXPORT PropertyId add(std::string_view name, ABPropertyType type);
 
+// The number for values of that custom property as they lie in a store. Registers it like add; when
+// the name is known with another type, the result is a number of its own under which those values
+// stay what they are, and that nobody finds by the name. 0 when the type is no type.
+OX_EXPORT PropertyId addStored(std::string_view name, ABPropertyType type);
+
 // Every property of that kind of record that a host may see, built-in ones first, in fixed order.
 OX_EXPORT std::vector<Entry> all(RecordKind kind);
 

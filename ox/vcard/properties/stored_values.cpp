@@ -44,6 +44,10 @@ PropertyBag throughOrdinaryLines(const PropertyBag& properties, CardVersion vers
   return read;
 }
 
+bool isKnownWithThatType(PropertyId custom) {
+  return property_table::idOf(RecordKind::Person, property_table::nameOf(custom)) == custom;
+}
+
 bool isSameIn(const PropertyBag& a, const PropertyBag& b, PropertyId id) {
   const auto* left = a.find(id);
   const auto* right = b.find(id);
@@ -89,7 +93,7 @@ void takeStoredValues(const PropertyBag& stored, PropertyBag& properties) {
   for (const auto& [id, value] : stored.entries()) {
     if (!fitsType(value, property_table::typeOf(id))) continue;
     if (id >= kFirstCustomProperty) {
-      properties.set(id, value);
+      if (isKnownWithThatType(id)) properties.set(id, value);
     } else if (id <= property_id::kLastMulti) {
       builtIn.append(id, asNumbered(value));
     }
