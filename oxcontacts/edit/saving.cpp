@@ -76,6 +76,7 @@ bool saveEdits(const MadeRecords& made) {
   // The last one is told when the program ends.
   for (std::size_t i = 0; i + 1 < report.dropped.size(); ++i)
     Context::complain(report.dropped[i].reason);
+  for (const auto& overtaken : report.overtaken) Context::complain(overtaken.reason);
   saveTags();
   return report.dropped.empty();
 }

@@ -6,8 +6,10 @@
 
 #include "ox/base/checksum.hpp"
 #include "ox/platform/store/committed/circle.hpp"
+#include "ox/platform/store/committed/overtaken.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
+#include "ox/records/merge.hpp"
 
 namespace ox {
 namespace {
@@ -167,15 +169,15 @@ void ActBuilder::setContent(const Entry& entry, PropertyBag properties,
 }
 
 // The merge of a save. It is decided upon what other processes have saved since this one read the
-// record, and only the properties that this process has changed are laid over that: two processes
-// that change different properties both win, and of the same property the later save does. A
-// removal elsewhere wins over any edit.
+// record, and only what this process has changed is laid over that, property by property and entry
+// by entry: two processes that change different ones both win, and of the same one the later save
+// does. A removal elsewhere wins over any edit.
 std::string ActBuilder::applyEdit(const RecordEdit& edit) {
   const auto dropped = [&](const std::string& why) {
     return "the changes of " + edit.key.text() + " were dropped: " + why;
   };
-  const auto entry = committed_.find(edit.key);
-  if (!entry) return dropped("it was removed elsewhere");
+  const auto record = committed_.find(edit.key);
+  if (!record) return dropped("it was removed elsewhere");
   std::shared_ptr<const PropertyBag> before;
   try {
     before = committed_.values(edit.key);
@@ -185,8 +187,14 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
   }
   if (!before) return dropped("it was removed elsewhere");
   auto properties = *before;
-  for (const auto& each : edit.values) properties.set(each.property, each.value);
-  setContent(*entry, std::move(properties),
+  for (const auto& [property, mine, base] : edit.values) {
+    const auto* held = before->find(property);
+    const auto theirs = held != nullptr ? *held : PropertyValue();
+    std::vector<MultiEntry> lost;
+    properties.set(property, mergedValue(base, mine, theirs, lost));
+    for (const auto& entry : lost) wonOver_.push_back(overtaken(edit.key, property, entry));
+  }
+  setContent(*record, std::move(properties),
              edit.image ? std::optional(edit.image->get()) : std::nullopt);
   return {};
 }

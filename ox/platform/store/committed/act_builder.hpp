@@ -45,8 +45,11 @@ class ActBuilder {
   // The result is the identifier under which it is added: a new one when its own is taken.
   RecordKey addRecord(const NewRecord& record);
   void replaceRecord(const ReplacedRecord& record);
-  // Merges the edit into what is committed. Empty when that is done, else why it was dropped.
+  // Merges the edit into what is committed, entry by entry. Empty when that is done, else why it
+  // was dropped.
   std::string applyEdit(const RecordEdit& edit);
+  // What others had saved that the edits so far have won over.
+  const std::vector<Failure>& wonOver() const { return wonOver_; }
   void removeRecord(const Entry& entry);
   // Empty when the link stands then, else why it cannot.
   std::string addLink(const Link& link);
@@ -76,6 +79,7 @@ class ActBuilder {
   CommittedRecords& committed_;
   const Taken& taken_;
   Act act_;
+  std::vector<Failure> wonOver_;
   std::unordered_map<RecordKey, Entry> addedByKey_;
   std::unordered_map<RecordKey, RecordKey> renamed_;  // copies, from the identifier of their source
   std::unordered_map<std::int64_t, std::size_t> changedByRow_;

@@ -201,6 +201,7 @@ SaveReport ContactStore::commit(RecordChanges& changes) {
       meet(changes);
       for (const auto& record : changes.additions) keys.push_back(builder.addRecord(record));
       for (const auto& edit : changes.edits) noteDropped(builder.applyEdit(edit), edit.key);
+      report.overtaken = builder.wonOver();
       for (const auto& link : changes.removedLinks) builder.removeLink(link);
       for (const auto& link : changes.addedLinks) noteDropped(builder.addLink(link), link.group);
       for (const auto& key : changes.removals) {
@@ -209,7 +210,7 @@ SaveReport ContactStore::commit(RecordChanges& changes) {
       builder.changeTags(changes.tags);
     });
   } catch (const RefusedRequest& refused) {
-    return {false, {FailureKind::Refused, refused.what(), {}}, {}};
+    return {false, {FailureKind::Refused, refused.what(), {}}, {}, {}};
   }
   for (std::size_t i = 0; i < keys.size(); ++i) changes.additions[i].key = keys[i];
   // When every edit was dropped nothing was committed, and creations before it may still wait.

@@ -38,6 +38,9 @@ struct SaveReport {
   bool done = false;
   Failure failure;               // why not, when not done
   std::vector<Failure> dropped;  // edits that were refused, lost to a removal elsewhere say
+  // What others had made of the same entries and values since this process read them: this save
+  // has won over it.
+  std::vector<Failure> overtaken = {};
 };
 
 }  // namespace ox
