@@ -7,15 +7,21 @@
 namespace ox::support {
 namespace {
 
-std::atomic<std::uint64_t>& counter() {
-  static std::atomic<std::uint64_t> count = 0;
-  return count;
+struct Counts {
+  std::atomic<std::uint64_t> statements = 0;
+  std::atomic<std::uint64_t> looks = 0;
+};
+
+Counts& counts() {
+  static Counts counts;
+  return counts;
 }
 
 // What a trigger or a cascade does within a statement is traced behind "--".
 int traced(unsigned, void*, void*, void* text) {
   const std::string_view sql(static_cast<const char*>(text));
-  if (!sql.starts_with("--") && sql != "PRAGMA data_version") ++counter();
+  if (sql.starts_with("--")) return 0;
+  ++(sql == "PRAGMA data_version" ? counts().looks : counts().statements);
   return 0;
 }
 
@@ -28,7 +34,11 @@ int opened(sqlite3* database, const char**, const void*) {
 std::uint64_t statementsRun() {
   // Registering it again does nothing.
   sqlite3_auto_extension(reinterpret_cast<void (*)()>(opened));
-  return counter();
+  return counts().statements;
+}
+
+std::uint64_t looksMade() {
+  return counts().looks;
 }
 
 }  // namespace ox::support

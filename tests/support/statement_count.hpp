@@ -9,5 +9,7 @@ namespace ox::support {
 // have written, whose number depends on the time. To be called before the store is opened; safe
 // from any thread.
 std::uint64_t statementsRun();
+// How many such looks.
+std::uint64_t looksMade();
 
 }  // namespace ox::support

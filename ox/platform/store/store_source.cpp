@@ -121,7 +121,7 @@ class StoreSource final : public ContactSource {
 
   bool remove(const RecordKey& key, RecordKind) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    committed_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
     overlay_.remove(ownerOf(key), key);
     return true;
@@ -247,7 +247,7 @@ class StoreSource final : public ContactSource {
     const auto act = RunningAct::ownerOfChange();
     const std::lock_guard lock(mutex_);
     if (act == kNobodysAct || !request.onlyCreates()) return store_.execute(request);
-    committed_.refresh(Look::Now);
+    committed_.refresh(Look::AtMostEvery10ms);
     return overlay_.create(act, request);
   }
 
@@ -287,6 +287,8 @@ class StoreSource final : public ContactSource {
   template <typename Id>
   std::optional<RecordInfo> visibleRecord(const Id& id) {
     const std::lock_guard lock(mutex_);
+    // Nobody else can have removed what an act of this process has created and not saved yet.
+    if (const auto created = overlay_.findCreated(id)) return visible(created);
     committed_.refresh(Look::Now);
     return visible(overlay_.find(id));
   }

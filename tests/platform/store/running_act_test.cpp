@@ -1,5 +1,6 @@
 #include "ox/platform/store/running_act.hpp"
 
+#include <chrono>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
@@ -9,6 +10,7 @@
 #include "ox/platform/Contacts/CNContactStore.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "tests/support/second_process.hpp"
+#include "tests/support/statement_count.hpp"
 #include "tests/support/store_builder.hpp"
 
 namespace ox {
@@ -348,6 +350,32 @@ TEST(RunningAct, LinksOfARecordThatIsRemovedElsewhereAreDroppedAndNamed) {
   EXPECT_TRUE(report.done);
   EXPECT_EQ(report.dropped.size(), 1U);
   EXPECT_EQ(elsewhere(), "[h:] ");
+}
+
+// What an act has created is known without a question; of looks for news there is one in 10 ms, as
+// for any property, and not one for each record.
+TEST(RunningAct, AsksTheStoreNothingAboutWhatItCreates) {
+  support::statementsRun();
+  StoreBuilder().person("p0");
+  book()->people();
+  const RunningAct act;
+  const auto looks = support::looksMade();
+  const auto statements = support::statementsRun();
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < 300; ++i) {
+    const auto contact = CNMutableContact::init();
+    const auto request = CNSaveRequest::init();
+    request->addContact_toContainerWithIdentifier(contact, Text("_local"));
+    ASSERT_TRUE(CNContactStore::init()->executeSaveRequest_error(*request, nullptr));
+    const auto person = book()->recordForKey(contact->key());
+    ASSERT_TRUE(person->setValue_forProperty(Object("Ann"), kABFirstNameProperty));
+  }
+  const auto spent = std::chrono::duration_cast<std::chrono::milliseconds>(
+      std::chrono::steady_clock::now() - start);
+  EXPECT_EQ(support::statementsRun() - statements, 0U);
+  // The clock that tells the 10 ms is a coarse one.
+  EXPECT_LE(support::looksMade() - looks, static_cast<std::uint64_t>(spent.count()) / 5 + 2);
+  EXPECT_EQ(book()->people().size(), 301U);
 }
 
 }  // namespace

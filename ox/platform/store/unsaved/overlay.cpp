@@ -31,37 +31,40 @@ void fold(RecordEdit edit, NewRecord& record) {
 
 // --- what is there ---
 
+std::optional<RecordEntry> Overlay::findCreated(const RecordKey& key) const {
+  const auto* created = additions_.empty() ? nullptr : additions_.find(key);
+  return created != nullptr ? std::optional(*created) : std::nullopt;
+}
+
+std::optional<RecordEntry> Overlay::findCreated(std::string_view identifier) const {
+  const auto known = additions_.empty() ? std::nullopt : RecordKey::known(identifier);
+  return known ? findCreated(*known) : std::nullopt;
+}
+
 std::optional<RecordEntry> Overlay::find(const RecordKey& key) {
-  if (!additions_.empty()) {
-    if (const auto* created = additions_.find(key)) return *created;
-  }
-  return committed_.find(key);
+  const auto created = findCreated(key);
+  return created ? created : committed_.find(key);
 }
 
 std::optional<RecordEntry> Overlay::find(std::string_view identifier) {
-  if (!additions_.empty()) {
-    const auto known = RecordKey::known(identifier);
-    if (known) return find(*known);
-  }
-  return committed_.find(identifier);
+  const auto created = findCreated(identifier);
+  return created ? created : committed_.find(identifier);
 }
 
 std::vector<std::optional<RecordEntry>> Overlay::find(std::span<const RecordKey> keys) {
-  auto found = committed_.find(keys);
-  if (additions_.empty()) return found;
-  for (std::size_t i = 0; i < keys.size(); ++i) {
-    if (const auto* created = additions_.find(keys[i])) found[i] = *created;
-  }
-  return found;
+  return withCreated(committed_.find(keys), keys);
 }
 
 std::vector<std::optional<RecordEntry>> Overlay::find(std::span<const std::string> identifiers) {
-  auto found = committed_.find(identifiers);
+  return withCreated(committed_.find(identifiers), identifiers);
+}
+
+template <typename Id>
+std::vector<std::optional<RecordEntry>> Overlay::withCreated(
+    std::vector<std::optional<RecordEntry>> found, std::span<const Id> ids) const {
   if (additions_.empty()) return found;
-  for (std::size_t i = 0; i < identifiers.size(); ++i) {
-    const auto known = RecordKey::known(identifiers[i]);
-    const auto* created = known ? additions_.find(*known) : nullptr;
-    if (created != nullptr) found[i] = *created;
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    if (const auto created = findCreated(ids[i])) found[i] = created;
   }
   return found;
 }

@@ -28,7 +28,10 @@ class Overlay {
   // Committed, or created by a running act; also when its removal is unsaved.
   std::optional<RecordEntry> find(const RecordKey& key);
   std::optional<RecordEntry> find(std::string_view identifier);
-  // The same for each of them.
+  // Created by a running act alone.
+  std::optional<RecordEntry> findCreated(const RecordKey& key) const;
+  std::optional<RecordEntry> findCreated(std::string_view identifier) const;
+  // As find, for each of them.
   std::vector<std::optional<RecordEntry>> find(std::span<const RecordKey> keys);
   std::vector<std::optional<RecordEntry>> find(std::span<const std::string> identifiers);
   // The act that has created the record; nobody's when it is committed.
@@ -78,6 +81,9 @@ class Overlay {
   void clear(const ActIds& acts);
 
  private:
+  template <typename Id>
+  std::vector<std::optional<RecordEntry>> withCreated(std::vector<std::optional<RecordEntry>> found,
+                                                      std::span<const Id> ids) const;
   bool isPicture(Data (Overlay::*read)(const RecordKey&), const RecordKey& key, const Data& image);
   bool wouldBeBelowItself(const RecordKey& group, const RecordKey& child);
   bool createLinks(ActId act, SaveRequest& request);
