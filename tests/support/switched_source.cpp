@@ -351,6 +351,10 @@ void SwitchedSource::noteFollowedTags(std::int64_t number) {
   real_->noteFollowedTags(number);
 }
 
+StoreJournal& SwitchedSource::journal() {
+  return real_->journal();
+}
+
 void SwitchedSource::checkpoint() {
   enterContainerView(&SourceCounts::checkpoint);
   real_->checkpoint();

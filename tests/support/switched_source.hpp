@@ -122,6 +122,7 @@ class SwitchedSource : public ContactSource {
   TagDebts tagDebts() override;
   void noteFollowedTags(std::int64_t number) override;
   void checkpoint() override;
+  StoreJournal& journal() override;
 
  private:
   using Identifiers = std::set<std::string, std::less<>>;

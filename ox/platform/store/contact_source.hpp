@@ -7,9 +7,15 @@
 
 namespace ox {
 
+class StoreJournal;
+
 // One store as the two views above it need it. Whoever needs one side only takes that: the record
 // database a RecordSource, the container database, import and export a ContainerSource.
-class ContactSource : public RecordSource, public ContainerSource {};
+class ContactSource : public RecordSource, public ContainerSource {
+ public:
+  // What was done to it, and the way back.
+  virtual StoreJournal& journal() = 0;
+};
 
 // The source that both views use. Unless one was installed, the store at contactStorePath(), opened
 // when first needed.

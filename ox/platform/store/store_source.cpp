@@ -7,6 +7,7 @@
 
 #include "ox/base/failures.hpp"
 #include "ox/platform/store/committed/contact_store.hpp"
+#include "ox/platform/store/journal/store_journal.hpp"
 #include "ox/platform/store/running_act.hpp"
 #include "ox/platform/store/unsaved/overlay.hpp"
 #include "ox/records/clean_text.hpp"
@@ -26,7 +27,12 @@ bool refuse(const std::string& reason, const RecordKey& record) {
 class StoreSource final : public ContactSource {
  public:
   explicit StoreSource(std::string path)
-      : store_(std::move(path)), committed_(store_.committed()), overlay_(committed_) {}
+      : store_(std::move(path)),
+        committed_(store_.committed()),
+        journal_(mutex_, store_),
+        overlay_(committed_) {}
+
+  StoreJournal& journal() override { return journal_; }
 
   RecordKeys records(RecordKind kind) override {
     const std::lock_guard lock(mutex_);
@@ -340,6 +346,7 @@ class StoreSource final : public ContactSource {
   std::mutex mutex_;
   ContactStore store_;
   CommittedRecords& committed_;
+  StoreJournal journal_;
   Overlay overlay_;
 };
 

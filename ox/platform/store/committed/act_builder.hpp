@@ -63,6 +63,8 @@ class ActBuilder {
   std::optional<Entry> find(const RecordKey& key) const;
   // The row that a container has, or will have; 0 when there is none.
   std::int32_t containerRow(std::string_view identifier);
+  // The act so far, for whoever decides rows as they were once.
+  Act& act() { return act_; }
   // Hands the act out; nothing more can be decided.
   Act take() { return std::move(act_); }
 

@@ -8,6 +8,7 @@
 
 #include "ox/platform/store/committed/act_builder.hpp"
 #include "ox/platform/store/file/act_writer.hpp"
+#include "ox/platform/store/file/journal_trim.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/card_uid.hpp"
 
@@ -16,6 +17,8 @@ namespace ox {
 namespace {
 
 constexpr int kTriesWithoutLock = 3;
+// More than come between two times that it is due.
+constexpr std::int64_t kActsOfTrim = 256;
 
 // How long a writer waits for others altogether, however often it has to decide again.
 class WaitingTime {
@@ -92,6 +95,7 @@ bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& take
         file_.forgetUncommitted();
         return false;
     }
+    if (writer.isTrimDue()) trimJournal(file_.connection(), kActsOfTrim);
     transaction.commit();
     file_.noteCommit();
     followedTags_.reset();

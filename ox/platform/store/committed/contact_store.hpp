@@ -28,6 +28,7 @@ class ContactStore {
 
   const std::string& path() const { return file_.path(); }
   CommittedRecords& committed() { return committed_; }
+  StoreFile& file() { return file_; }
 
   // A request of the container view; see ContainerSource::execute. Survives a killed process.
   bool execute(SaveRequest& request);

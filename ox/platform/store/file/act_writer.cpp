@@ -83,6 +83,13 @@ ActWriter::Outcome ActWriter::write(Others others) {
   return Outcome::Written;
 }
 
+bool ActWriter::isTrimDue() const {
+  constexpr std::int64_t kActs = 64;
+  constexpr std::int64_t kBytes = std::int64_t{1} << 20U;
+  const auto& row = written_.row;
+  return row.moment.number % kActs == 0 || row.bytes / kBytes != last_.bytes / kBytes;
+}
+
 bool ActWriter::isWrittenBefore() {
   auto& row = file_.statement(Sql::ActByName);
   const sqlite::StatementScope scope(row);
@@ -222,7 +229,8 @@ void ActWriter::restoreRecords() {
   for (const auto& restored : act_.restored) {
     insertRecord(restored.record);
     if (taken_.contains(restored.record.key)) continue;
-    insertContent(restored.record.row, restored.properties, restored.fingerprint, restored.image);
+    insertContent(restored.record.row, restored.properties, restored.fingerprint,
+                  restored.readImage ? restored.readImage() : nullptr);
     change(ChangeKind::Restored, restored.record.row, restored.record.container).run();
     written_.changedValues.push_back(restored.record.key);
     written_.restored = true;
@@ -252,19 +260,20 @@ void ActWriter::addRecords() {
 void ActWriter::changeRecords() {
   for (const auto& changed : act_.changed) {
     const auto row = changed.record.row;
+    const auto newImage = changed.readImage ? std::optional(changed.readImage()) : changed.image;
     file_.writeCustomProperties(changed.properties);
     const auto bytes = encodeProperties(changed.properties);
     const auto before = encodeProperties(changed.before);
     const auto after = encodeProperties(changed.after);
     bytes_ += static_cast<std::int64_t>(before.size() + after.size());
     const auto* cardUid = changed.properties.text(property_id::kCardUid);
-    auto& update = file_.statement(changed.image ? Sql::UpdateContentAndImage : Sql::UpdateContent);
+    auto& update = file_.statement(newImage ? Sql::UpdateContentAndImage : Sql::UpdateContent);
     update.bind(1, row)
         .bindText(2, cardUid != nullptr ? TextView(*cardUid) : TextView())
         .bind(3, static_cast<std::int64_t>(changed.fingerprint))
         .bindBlob(5, bytes);
     std::optional<std::int64_t> pictureBefore;
-    if (changed.image) {
+    if (newImage) {
       auto& picture = file_.statement(Sql::ImageOfRow);
       const sqlite::StatementScope scope(picture);
       picture.bind(1, row);
@@ -272,7 +281,7 @@ void ActWriter::changeRecords() {
         pictureBefore = picture.integer(0);
         bytes_ += picture.integer(2);
       }
-      if (const auto& image = *changed.image) {
+      if (const auto& image = *newImage) {
         const auto id = insertImage(*image);
         update.bind(4, id);
       } else {
@@ -280,11 +289,11 @@ void ActWriter::changeRecords() {
       }
     }
     update.run();
-    auto& note = change(changed.image ? ChangeKind::ValuesAndPicture : ChangeKind::Values, row,
+    auto& note = change(newImage ? ChangeKind::ValuesAndPicture : ChangeKind::Values, row,
                         changed.record.container);
     if (pictureBefore) note.bind(5, *pictureBefore);
-    if (changed.image) {
-      const auto& image = *changed.image;
+    if (newImage) {
+      const auto& image = *newImage;
       note.bind(6, image ? static_cast<std::int64_t>(checksum64(*image)) : 0);
     }
     note.bindBlob(7, before).bindBlob(8, after).run();
@@ -405,7 +414,7 @@ void ActWriter::writeActRow() {
       .bind(1, row.moment.number)
       .bindBlob(2, bytesOf(act_.name))
       .bind(3, millisecondsNow())
-      .bind(4, file_.originRow(act_.origin))
+      .bind(4, file_.originRow(act_.origin, row.moment.number))
       .bind(5, row.nextRecord)
       .bind(6, row.nextChange)
       .bind(7, row.bytes)

@@ -34,6 +34,9 @@ class ActWriter {
   // Nothing must be committed unless it is written.
   Outcome write(Others others);
   const WrittenAct& written() const { return written_; }
+  // Whether it is time to see if the journal has outgrown its bounds: now and then, so that it
+  // costs a commit next to nothing.
+  bool isTrimDue() const;
   const std::unordered_set<RecordKey>& taken() const { return taken_; }
 
  private:

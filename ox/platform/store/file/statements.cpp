@@ -84,8 +84,10 @@ constexpr std::array kStatements = {
         "WHERE l.parent = ?1 AND r.kind = ?2"},
     Row{Sql::ActByName, "SELECT number FROM act WHERE number > ?1 AND name = ?2"},
     Row{Sql::ContainersAddedTo, "SELECT DISTINCT container FROM record WHERE id >= ?1"},
+    Row{Sql::OriginByRow, "SELECT id FROM origin WHERE id = ?1"},
     Row{Sql::InsertOrigin,
-        "INSERT INTO origin(program, command, together, undoes) VALUES(?1, ?2, ?3, ?4)"},
+        "INSERT INTO origin(program, command, together, undoes, first_act) "
+        "VALUES(?1, ?2, ?3, ?4, ?5)"},
     Row{Sql::InsertAct,
         "INSERT INTO act(number, name, at, origin, next_record, next_change, bytes) "
         "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7)"},

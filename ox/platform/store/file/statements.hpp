@@ -37,6 +37,7 @@ enum class Sql : std::uint8_t {
   // writing
   ActByName,
   ContainersAddedTo,
+  OriginByRow,
   InsertOrigin,
   InsertAct,
   InsertContainer,

@@ -80,9 +80,17 @@ void StoreFile::writeCustomProperties(const PropertyBag& properties) {
   }
 }
 
-std::int64_t StoreFile::originRow(const std::optional<Origin>& origin) {
+bool StoreFile::isOrigin(std::int64_t row) {
+  auto& origin = statement(Sql::OriginByRow);
+  const sqlite::StatementScope scope(origin);
+  origin.bind(1, row);
+  return origin.step();
+}
+
+std::int64_t StoreFile::originRow(const std::optional<Origin>& origin, std::int64_t act) {
   const auto wanted = origin ? *origin : processOrigin();
-  if (writtenOrigin_ == wanted) return originRow_;
+  // One that nobody has used for long may be gone with the acts that bore it.
+  if (writtenOrigin_ == wanted && isOrigin(originRow_)) return originRow_;
   auto& insert = statement(Sql::InsertOrigin);
   insert.bindText(1, wanted.program).bindText(2, wanted.command).bind(3, wanted.together ? 1 : 0);
   if (wanted.undoes) {
@@ -90,7 +98,7 @@ std::int64_t StoreFile::originRow(const std::optional<Origin>& origin) {
   } else {
     insert.bindNull(4);
   }
-  insert.run();
+  insert.bind(5, act).run();
   originRow_ = connection().lastRowId();
   writtenOrigin_ = wanted;
   return originRow_;

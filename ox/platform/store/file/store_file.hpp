@@ -48,9 +48,9 @@ class StoreFile {
   // Writes a row for each custom property that the store does not know yet. To be called inside a
   // transaction; forgetUncommitted when that is rolled back.
   void writeCustomProperties(const PropertyBag& properties);
-  // The row of that origin, of the process's own when it is missing, written unless it was before.
-  // Likewise.
-  std::int64_t originRow(const std::optional<Origin>& origin);
+  // The row of that origin, of the process's own when it is missing, for an act of that number;
+  // written unless it was before. Likewise.
+  std::int64_t originRow(const std::optional<Origin>& origin, std::int64_t act);
   // What was written of both is rolled back.
   void forgetUncommitted();
 
@@ -63,6 +63,8 @@ class StoreFile {
   std::unordered_set<PropertyId> writtenCustomProperties_;
   std::optional<Origin> writtenOrigin_;
   std::int64_t originRow_ = 0;
+
+  bool isOrigin(std::int64_t row);
 };
 
 template <typename Step>

@@ -59,7 +59,8 @@ CREATE INDEX content_fingerprint ON content(fingerprint);
 
 // The journal. store: the name of this store, which no other has.
 // origin: who wrote: a program, and the command it was given. together: all acts of this origin are
-// one command. undoes: the number of the first act of the command that it takes back.
+// one command. undoes: the number of the first act of the command that it takes back. first_act: of
+// its own acts.
 // act: a commit. next_record and next_change are those after it, so an act's additions are the rows
 // of record from the next_record of the act before it, and its changes likewise: what is added and
 // what is new elsewhere is told without a row for each. at is in milliseconds since 1970, bytes the
@@ -75,7 +76,9 @@ CREATE TABLE origin(
   program TEXT NOT NULL,
   command TEXT NOT NULL,
   together INTEGER NOT NULL,
-  undoes INTEGER);
+  undoes INTEGER,
+  first_act INTEGER NOT NULL);
+CREATE INDEX origin_undoes ON origin(undoes) WHERE undoes IS NOT NULL;
 CREATE TABLE act(
   number INTEGER PRIMARY KEY,
   name BLOB NOT NULL,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -9,6 +10,7 @@
 
 #include "ox/base/data.hpp"
 #include "ox/base/record_key.hpp"
+#include "ox/base/uuid.hpp"
 #include "ox/platform/store/values/container_info.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
 #include "ox/platform/store/values/origin.hpp"
@@ -44,14 +46,15 @@ struct Act {
     PropertyBag properties;
     PropertyBag before;
     PropertyBag after;
-    std::optional<Data> image;  // missing: it stays
+    std::optional<Data> image;          // missing: it stays
+    std::function<Data()> readImage{};  // instead of it, asked when the act is written
     std::uint64_t fingerprint = 0;
   };
   // A removed record comes back as it was, in its row.
   struct RestoredRecord {
     RecordEntry record;
     PropertyBag properties;
-    Data image;
+    std::function<Data()> readImage{};  // asked when the act is written; none: no picture
     std::uint64_t fingerprint = 0;
   };
   struct ChangedLink {
@@ -84,10 +87,12 @@ struct Act {
   // The tag file has followed every act up to this one.
   std::optional<std::int64_t> followedTags;
 
+  // Whether there is nothing to write. That a command was taken back is told even where others have
+  // left nothing of it to take back.
   bool empty() const {
-    return addedContainers.empty() && restored.empty() && added.empty() && changed.empty() &&
-           removedLinks.empty() && addedLinks.empty() && removed.empty() &&
-           removedContainers.empty() && tags.empty();
+    return !(origin && origin->undoes) && addedContainers.empty() && restored.empty() &&
+           added.empty() && changed.empty() && removedLinks.empty() && addedLinks.empty() &&
+           removed.empty() && removedContainers.empty() && tags.empty();
   }
 };
 

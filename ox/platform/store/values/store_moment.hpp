@@ -1,8 +1,7 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
-
-#include "ox/base/uuid.hpp"
 
 namespace ox {
 
@@ -11,7 +10,7 @@ namespace ox {
 // act in a copy that went its own way.
 struct StoreMoment {
   std::int64_t number = -1;
-  Uuid name{};
+  std::array<std::uint8_t, 16> name{};
 
   bool operator==(const StoreMoment&) const = default;
 };

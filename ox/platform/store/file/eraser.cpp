@@ -1,0 +1,159 @@
+#include "ox/platform/store/file/eraser.hpp"
+
+#include <set>
+#include <vector>
+
+#include "ox/base/sqlite/error.hpp"
+#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/file/statements.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+#include "ox/records/tag_change.hpp"
+
+namespace ox {
+namespace {
+
+// What one transaction erases.
+class Eraser {
+ public:
+  Eraser(sqlite::Connection& file, const RecordKey& key) : file_(file), key_(key), uid_(key) {
+    hasJournal_ = file.queryInteger("PRAGMA user_version") > 1;
+  }
+
+  bool erase(const std::string& name) {
+    for (const auto row : rows()) {
+      eraseRow(row);
+      found_ = true;
+    }
+    if (!hasJournal_) return found_;
+    eraseTags();
+    eraseNames(name);
+    if (found_) beginAnew();
+    return found_;
+  }
+
+ private:
+  std::vector<std::int64_t> numbersOf(sqlite::Statement& rows) {
+    std::vector<std::int64_t> numbers;
+    while (rows.step()) numbers.push_back(rows.integer(0));
+    return numbers;
+  }
+
+  std::vector<std::int64_t> rows() {
+    auto rows = file_.prepare(hasJournal_ ? "SELECT id FROM record WHERE uid = ?1 UNION "
+                                            "SELECT record FROM change WHERE what = 3 "
+                                            "AND after = ?1"
+                                          : "SELECT id FROM record WHERE uid = ?1");
+    uid_.bindTo(rows, 1);
+    return numbersOf(rows);
+  }
+
+  void runWith(const char* sql, std::int64_t row) { file_.prepare(sql).bind(1, row).run(); }
+
+  void eraseRow(std::int64_t row) {
+    if (hasJournal_) {
+      noteOriginsOf(row);
+      runWith(
+          "DELETE FROM image WHERE id IN (SELECT image FROM content WHERE record = ?1 UNION "
+          "SELECT other FROM change WHERE record = ?1 AND what IN (2, 3))",
+          row);
+      runWith(
+          "DELETE FROM change WHERE (record = ?1 AND what NOT IN (7, 8)) OR "
+          "(other = ?1 AND what IN (5, 6))",
+          row);
+    }
+    runWith("DELETE FROM record WHERE id = ?1", row);
+  }
+
+  void noteOriginsOf(std::int64_t row) {
+    auto origins = file_.prepare(
+        "SELECT origin FROM act WHERE number = (SELECT min(number) FROM act "
+        "WHERE next_record > ?1) UNION SELECT a.origin FROM change c JOIN act a ON a.number = "
+        "(SELECT min(number) FROM act WHERE next_change > c.id) WHERE "
+        "(c.record = ?1 AND c.what NOT IN (7, 8)) OR (c.other = ?1 AND c.what IN (5, 6))");
+    origins.bind(1, row);
+    for (const auto origin : numbersOf(origins)) origins_.insert(origin);
+  }
+
+  // Tags may name the person by the identifier alone.
+  void eraseTags() {
+    const auto person = key_.text();
+    std::vector<std::int64_t> changes;
+    auto rows = file_.prepare("SELECT id, before, after FROM change WHERE what = 9");
+    while (rows.step()) {
+      try {
+        if (decodeTagChange(rows.blob(1), rows.blob(2)).person != person) continue;
+      } catch (const DamagedTagChange&) {
+        continue;
+      }
+      changes.push_back(rows.integer(0));
+    }
+    rows.reset();
+    for (const auto change : changes) runWith("DELETE FROM change WHERE id = ?1", change);
+    found_ = found_ || !changes.empty();
+  }
+
+  void eraseNames(const std::string& name) {
+    if (!name.empty()) {
+      auto origins = file_.prepare("SELECT id FROM origin WHERE instr(command, ?1) > 0");
+      origins.bindText(1, name);
+      for (const auto origin : numbersOf(origins)) origins_.insert(origin);
+    }
+    for (const auto origin : origins_) {
+      runWith(
+          "UPDATE origin SET command = substr(command, 1, instr(command || ' ', ' ') - 1) "
+          "WHERE id = ?1",
+          origin);
+    }
+  }
+
+  // The erasing is an act of its own that nobody can take back; it tells that something was done.
+  void beginAnew() {
+    file_.execute(
+        "UPDATE act SET name = randomblob(16);"
+        "INSERT INTO origin(program, command, together, undoes, first_act) "
+        "SELECT 'oxcontacts', 'forget', 0, 0, max(number) + 1 FROM act;"
+        "INSERT INTO act(number, name, at, origin, next_record, next_change, bytes) "
+        "SELECT number + 1, randomblob(16), "
+        "CAST((julianday('now') - 2440587.5) * 86400000 AS INTEGER), "
+        "(SELECT max(id) FROM origin), next_record, next_change, bytes FROM act "
+        "ORDER BY number DESC LIMIT 1;");
+  }
+
+  sqlite::Connection& file_;
+  const RecordKey& key_;
+  StoredUid uid_;
+  bool hasJournal_ = false;
+  bool found_ = false;
+  std::set<std::int64_t> origins_;
+};
+
+// What was deleted earlier may still stand in parts of pages that nobody uses: only writing every
+// page anew, and the log into the file, leaves nothing of it.
+void writeAnew(sqlite::Connection& file, const std::string& path) {
+  file.execute("PRAGMA temp_store=FILE");
+  file.execute("VACUUM");
+  if (file.queryInteger("PRAGMA wal_checkpoint(TRUNCATE)") == 0) return;
+  throw StoreError(StoreError::Kind::Busy,
+                   path + ": another program is using the store; traces stay in " + path +
+                       "-wal until it ends: try again then",
+                   path);
+}
+
+}  // namespace
+
+bool eraseRecord(const std::string& path, const RecordKey& key, const std::string& name) {
+  try {
+    auto file = openExistingStoreFile(path);
+    file.execute("PRAGMA foreign_keys=ON; PRAGMA secure_delete=ON; PRAGMA synchronous=FULL");
+    sqlite::Transaction transaction(file);
+    const bool found = Eraser(file, key).erase(name);
+    transaction.commit();
+    // Whether or not: an earlier try may have been kept from it.
+    writeAnew(file, path);
+    return found;
+  } catch (const sqlite::Error& error) {
+    throwStoreError(path, error);
+  }
+}
+
+}  // namespace ox

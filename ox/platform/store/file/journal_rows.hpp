@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "ox/platform/store/file/store_file.hpp"
+#include "ox/platform/store/values/journal_row.hpp"
+#include "ox/platform/store/values/origin.hpp"
+
+namespace ox {
+
+// An act of the journal, and where its additions and changes begin.
+struct JournalAct {
+  ActRow row;
+  std::int64_t at = 0;
+  std::int64_t origin = 0;
+  std::int64_t firstRecord = 0;
+  std::int64_t firstChange = 0;
+};
+
+struct JournalOrigin {
+  Origin origin;
+  std::int64_t firstAct = 0;
+};
+
+// A row of the journal; ChangeKind tells what its columns hold. Borrowed until the next row, as its
+// bytes are, which are only read when they are asked for.
+class JournalRow {
+ public:
+  explicit JournalRow(const sqlite::Statement& row) : row_(row) {}
+  ChangeKind what() const { return static_cast<ChangeKind>(row_.integer(1)); }
+  std::int64_t id() const { return row_.integer(0); }
+  std::int64_t record() const { return row_.integer(2); }  // 0: none; so is other
+  std::int32_t container() const { return static_cast<std::int32_t>(row_.integer(3)); }
+  std::int64_t other() const { return row_.integer(4); }
+  std::int64_t place() const { return row_.integer(5); }
+  std::string_view before() const { return row_.blob(6); }
+  std::string_view after() const { return row_.blob(7); }
+  // The identifier of a removed record.
+  RecordKey key() const { return keyOfColumn(row_, 7); }
+
+ private:
+  const sqlite::Statement& row_;
+};
+
+// Reads the journal of one store file, which it borrows. The oldest act that is kept only tells
+// where the next one begins and counts as not there. What was asked in two steps is of one moment
+// only inside of a transaction; nobody believes it otherwise. Throws sqlite::Error.
+class JournalRows {
+ public:
+  explicit JournalRows(StoreFile& file) : file_(file) {}
+
+  std::optional<JournalAct> act(std::int64_t number);
+  // The last act at or before that time, also the one that counts as not there otherwise; missing
+  // when the journal begins later.
+  std::optional<ActRow> actAt(std::int64_t milliseconds);
+  // Whether that act, or the one that counts as not there otherwise, bears that name.
+  bool knows(const StoreMoment& moment);
+  // Each of these goes on until the visitor answers false.
+  using VisitAct = std::function<bool(const JournalAct&)>;
+  void actsFrom(std::int64_t number, const VisitAct& visit);
+  void actsDownFrom(std::int64_t number, const VisitAct& visit);
+  using VisitChange = std::function<bool(const JournalRow&)>;
+  void changes(std::int64_t from, std::int64_t end, const VisitChange& visit);
+  void changesDown(std::int64_t from, std::int64_t end, const VisitChange& visit);
+
+  // Read once; the origin of no act is an empty one.
+  const JournalOrigin& origin(std::int64_t row);
+  // Every command that takes another one back: its number, and that of the other one.
+  std::vector<std::pair<std::int64_t, std::int64_t>> takingBack();
+
+ private:
+  StoreFile& file_;
+  std::unordered_map<std::int64_t, JournalOrigin> origins_;
+};
+
+}  // namespace ox

@@ -1,0 +1,108 @@
+#include "ox/platform/store/file/journal_trim.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+
+namespace ox {
+namespace {
+
+constexpr std::int64_t kFewestBytes = std::int64_t{64} << 20U;
+constexpr std::int64_t kMillisecondsOfDay = 24LL * 60 * 60 * 1000;
+// Origins that no act bears any more are looked for whenever so many acts were written.
+constexpr std::int64_t kActsBetweenOrigins = 4096;
+
+std::int64_t settingOr(sqlite::Connection& file, std::string_view name, std::int64_t otherwise) {
+  auto row = file.prepare("SELECT value FROM setting WHERE name = ?1");
+  row.bindText(1, name);
+  return row.step() ? row.integer(0) : otherwise;
+}
+
+void setSetting(sqlite::Connection& file, std::string_view name, std::int64_t value) {
+  file.prepare("INSERT OR REPLACE INTO setting(name, value) VALUES(?1, ?2)")
+      .bindText(1, name)
+      .bind(2, value)
+      .run();
+}
+
+std::int64_t millisecondsNow() {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(
+             std::chrono::system_clock::now().time_since_epoch())
+      .count();
+}
+
+std::int64_t mostBytes(sqlite::Connection& file, const JournalBounds& bounds) {
+  if (bounds.bytes > 0) return bounds.bytes;
+  const auto store = file.queryInteger("PRAGMA page_count") * file.queryInteger("PRAGMA page_size");
+  return std::max(kFewestBytes, store / 10);
+}
+
+// The first act that must stay whatever the bounds say.
+std::int64_t firstToStay(sqlite::Connection& file) {
+  const auto ofLastCommand = file.queryInteger(
+      "SELECT CASE WHEN o.together THEN o.first_act ELSE a.number END FROM act a "
+      "LEFT JOIN origin o ON o.id = a.origin ORDER BY a.number DESC LIMIT 1");
+  const auto last = file.queryInteger("SELECT ifnull(max(number), 0) FROM act");
+  const auto owed = file.queryInteger("SELECT ifnull(min(number), -1) FROM tag_debt");
+  const auto first = ofLastCommand > 0 ? ofLastCommand : last;
+  return owed >= 0 ? std::min(first, owed) : first;
+}
+
+struct Cut {
+  std::int64_t act = 0;         // the last one that goes
+  std::int64_t nextChange = 0;  // of it
+};
+
+std::optional<Cut> cutOf(sqlite::Connection& file, std::int64_t atMostActs) {
+  const auto bounds = journalBounds(file);
+  const auto bytes = mostBytes(file, bounds);
+  const auto oldest = millisecondsNow() - bounds.days * kMillisecondsOfDay;
+  const auto all = file.queryInteger("SELECT bytes FROM act ORDER BY number DESC LIMIT 1");
+  const auto stays = firstToStay(file);
+  // The first row only tells where the next one begins.
+  auto acts =
+      file.prepare("SELECT number, at, bytes, next_change FROM act ORDER BY number LIMIT ?1");
+  acts.bind(1, atMostActs + 1);
+  if (!acts.step()) return std::nullopt;
+  auto bytesBefore = acts.integer(2);
+  std::optional<Cut> cut;
+  while (acts.step()) {
+    const bool isBeyond = acts.integer(1) < oldest || all - bytesBefore > bytes;
+    if (acts.integer(0) >= stays || !isBeyond) break;
+    cut = {acts.integer(0), acts.integer(3)};
+    bytesBefore = acts.integer(2);
+  }
+  return cut;
+}
+
+}  // namespace
+
+JournalBounds journalBounds(sqlite::Connection& file) {
+  const JournalBounds usual;
+  return {settingOr(file, "journal_days", usual.days),
+          settingOr(file, "journal_bytes", usual.bytes)};
+}
+
+void setJournalBounds(sqlite::Connection& file, const JournalBounds& bounds) {
+  setSetting(file, "journal_days", bounds.days);
+  setSetting(file, "journal_bytes", bounds.bytes);
+}
+
+bool trimJournal(sqlite::Connection& file, std::int64_t atMostActs) {
+  const auto cut = cutOf(file, atMostActs);
+  if (!cut) return false;
+  file.prepare(
+          "DELETE FROM image WHERE id IN (SELECT other FROM change WHERE id < ?1 "
+          "AND what IN (2, 3) AND other IS NOT NULL)")
+      .bind(1, cut->nextChange)
+      .run();
+  file.prepare("DELETE FROM change WHERE id < ?1").bind(1, cut->nextChange).run();
+  file.prepare("DELETE FROM act WHERE number < ?1").bind(1, cut->act).run();
+  const auto acts = file.changes();
+  if (cut->act / kActsBetweenOrigins != (cut->act - acts) / kActsBetweenOrigins) {
+    file.execute("DELETE FROM origin WHERE id < (SELECT min(origin) FROM act WHERE origin > 0)");
+  }
+  return acts >= atMostActs;
+}
+
+}  // namespace ox

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "ox/base/data.hpp"
+#include "ox/platform/store/file/store_file.hpp"
+#include "ox/platform/store/values/record_entry.hpp"
+#include "ox/records/property_bag.hpp"
+
+namespace ox {
+
+// What stands in the rows of one store file now, by row, without the memory's caches. Borrows the
+// file. Throws sqlite::Error.
+class StoredRows {
+ public:
+  explicit StoredRows(StoreFile& file);
+
+  struct Content {
+    PropertyBag properties;
+    std::uint64_t picture = 0;  // its checksum; 0: none
+  };
+
+  std::optional<RecordEntry> record(std::int64_t row);
+  // Those of these rows, rising; at most so many, all below 0.
+  std::vector<RecordEntry> records(std::int64_t from, std::int64_t end, std::int64_t atMost = -1);
+  // Missing when there is none; throws DamagedProperties.
+  std::optional<Content> content(std::int64_t row);
+  // The checksum of a picture; missing when that row is not there.
+  std::optional<std::uint64_t> picture(std::int64_t imageRow);
+  Data pictureBytes(std::int64_t imageRow);
+  // The number of a link.
+  std::optional<std::int64_t> link(std::int64_t group, std::int64_t child);
+  std::vector<std::int64_t> parents(std::int64_t row);
+  std::vector<std::int64_t> subgroups(std::int64_t row);
+  std::vector<RecordEntry> recordsIn(std::int32_t container);
+
+ private:
+  StoreFile& file_;
+  sqlite::Statement record_;
+  sqlite::Statement content_;
+  sqlite::Statement picture_;
+  sqlite::Statement link_;
+};
+
+}  // namespace ox

@@ -1,0 +1,167 @@
+#include "ox/platform/store/journal/store_journal.hpp"
+
+#include <unordered_set>
+#include <utility>
+
+#include "ox/platform/store/committed/act_builder.hpp"
+#include "ox/platform/store/file/eraser.hpp"
+#include "ox/platform/store/file/journal_trim.hpp"
+#include "ox/platform/store/journal/command_list.hpp"
+#include "ox/platform/store/journal/record_history.hpp"
+#include "ox/platform/store/journal/way_back.hpp"
+#include "ox/platform/store/process_origin.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+#include "ox/records/property_codec.hpp"
+
+namespace ox {
+namespace {
+
+constexpr std::int64_t kActsOfTrim = 1024;
+
+// How many records an act touches.
+std::uint64_t recordsOf(const Act& act) {
+  std::unordered_set<std::int64_t> rows;
+  for (const auto& record : act.restored) rows.insert(record.record.row);
+  for (const auto& record : act.changed) rows.insert(record.record.row);
+  for (const auto& record : act.removed) rows.insert(record.row);
+  for (const auto& link : act.addedLinks) rows.insert(link.group.row);
+  for (const auto& link : act.removedLinks) rows.insert(link.group.row);
+  return rows.size() + act.added.size();
+}
+
+std::string numbered(std::int64_t number) {
+  return "command " + std::to_string(number);
+}
+
+// Which command is to be taken back: its first act. Throws RefusedRequest.
+JournalAct wanted(ChangeReader& reader, std::optional<std::int64_t> number,
+                  StoreJournal::Last last) {
+  const TakenBack takenBack(reader.journal());
+  if (!number) {
+    number = last == StoreJournal::Last::Command ? lastCommand(reader) : takenBack.lastUndo();
+    if (!number) throw RefusedRequest("there is nothing to take back");
+  }
+  const auto act = reader.journal().act(*number);
+  if (!act) throw RefusedRequest("the journal has no " + numbered(*number));
+  if (const auto command = reader.commandOf(*act); command != *number) {
+    throw RefusedRequest(std::to_string(*number) + " is a part of " + numbered(command));
+  }
+  if (takenBack.isFinal(*number)) {
+    throw RefusedRequest(numbered(*number) + " cannot be taken back");
+  }
+  if (const auto by = takenBack.by(*number)) {
+    throw RefusedRequest(numbered(*number) + " was taken back by " + numbered(*by));
+  }
+  return *act;
+}
+
+}  // namespace
+
+template <typename Step>
+auto StoreJournal::guarded(Step step) -> decltype(step()) {
+  const std::lock_guard lock(mutex_);
+  const auto& path = store_.path();
+  try {
+    return store_.file().guarded([&] {
+      store_.committed().refresh(CommittedRecords::Look::Now);
+      return step();
+    });
+  } catch (const DamagedProperties& error) {
+    throw StoreError(StoreError::Kind::Corrupt, path + ": the journal: " + error.what(), path);
+  } catch (const DamagedTagChange& error) {
+    throw StoreError(StoreError::Kind::Corrupt, path + ": the journal: " + error.what(), path);
+  }
+}
+
+std::vector<JournalCommand> StoreJournal::commands(std::size_t atMost) {
+  return guarded([&] {
+    ChangeReader reader(store_.file(), store_.committed());
+    return latestCommands(reader, atMost);
+  });
+}
+
+std::vector<JournalChange> StoreJournal::historyOf(const RecordKey& key, std::size_t atMost) {
+  return guarded([&] {
+    ChangeReader reader(store_.file(), store_.committed());
+    const auto record = reader.record(key);
+    return record ? ox::historyOf(reader, *record, atMost) : std::vector<JournalChange>();
+  });
+}
+
+PastRecordAnswer StoreJournal::recordAt(const RecordKey& key, std::int64_t at) {
+  return guarded([&] {
+    ChangeReader reader(store_.file(), store_.committed());
+    const auto act = reader.journal().actAt(at);
+    if (!act) return PastRecordAnswer();
+    const auto record = reader.record(key);
+    if (!record) return PastRecordAnswer{PastRecordAnswer::Was::NotThere, {}};
+    return recordAfter(reader, store_.committed(), *record, *act);
+  });
+}
+
+std::vector<RemovedRecord> StoreJournal::removedRecords(std::size_t atMost) {
+  return guarded([&] {
+    ChangeReader reader(store_.file(), store_.committed());
+    return ox::removedRecords(reader, atMost);
+  });
+}
+
+JournalBounds StoreJournal::bounds() {
+  return guarded([&] { return journalBounds(store_.file().connection()); });
+}
+
+void StoreJournal::setBounds(const JournalBounds& bounds) {
+  guarded([&] {
+    auto& file = store_.file().connection();
+    for (bool isFirst = true, more = true; more; isFirst = false) {
+      sqlite::Transaction transaction(file);
+      if (isFirst) setJournalBounds(file, bounds);
+      more = trimJournal(file, kActsOfTrim);
+      transaction.commit();
+    }
+  });
+}
+
+bool StoreJournal::erase(const RecordKey& key, const std::string& name) {
+  const std::lock_guard lock(mutex_);
+  return eraseRecord(store_.path(), key, name);
+}
+
+StoreMoment StoreJournal::moment() {
+  return guarded([&] { return store_.committed().moment(); });
+}
+
+JournalPart StoreJournal::read(const JournalPlace& from, std::size_t atMost) {
+  return guarded([&] {
+    ChangeReader reader(store_.file(), store_.committed());
+    return partFrom(reader, from, atMost);
+  });
+}
+
+UndoReport StoreJournal::takeBack(std::optional<std::int64_t> number, Last last) {
+  return guarded([&] {
+    UndoReport report;
+    try {
+      report.done = store_.write(StoreFile::Outlive::PowerCut, [&](ActBuilder& builder) {
+        ChangeReader reader(store_.file(), store_.committed());
+        const auto first = wanted(reader, number, last);
+        report.command = first.row.moment.number;
+        report.origin = reader.journal().origin(first.origin).origin;
+        auto& act = builder.act();
+        act.origin = processOrigin();
+        act.origin->together = false;
+        act.origin->undoes = report.command;
+        WayBack way(store_.file(), store_.committed(), act);
+        way.decide(actsOfCommand(reader.journal(), first));
+        report.stays = way.stays();
+        report.records = recordsOf(act);
+      });
+      if (report.done) report.number = store_.committed().moment().number;
+    } catch (const RefusedRequest& refused) {
+      report.reason = refused.what();
+    }
+    return report;
+  });
+}
+
+}  // namespace ox
