@@ -12,6 +12,8 @@ namespace ox::program {
 // The words of the command line, marked where the parser would not take them as they stand and in
 // the order in which it wants them: the last one first.
 std::vector<std::string> parserWords(int argc, const char* const* argv);
+// The words as the user could have typed them, for the journal; of a very long line the beginning.
+std::string commandLine(int argc, const char* const* argv);
 // Without the mark, for a message.
 std::string withoutMark(std::string word);
 // Takes the marks away before an option sees its value, and refuses empty values: what was given

@@ -10,6 +10,7 @@
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/store_location.hpp"
+#include "ox/platform/store/process_origin.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "oxcontacts/arguments.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -126,6 +127,7 @@ int mainOf(int argc, char** argv) {
       [[maybe_unused]] const bool isFirst = useContactStore(context.store);
       assert(isFirst);  // nothing has asked for the store yet
     }
+    setOrigin({"oxcontacts", commandLine(argc, argv), true, std::nullopt});
     // A store that cannot be used ends every command here, before it has printed or changed
     // anything; check looks for itself and makes no store.
     if (!program.got_subcommand("check")) accounts();
@@ -146,6 +148,9 @@ int mainOf(int argc, char** argv) {
   declareBackup(program, context);
   declareRestore(program, context);
   declareCopies(program, context);
+  declareLog(program, context);
+  declareUndo(program, context);
+  declareTrash(program, context);
   declareCheck(program, context);
   takeAsGiven(program);
   const failures::Watch watch;

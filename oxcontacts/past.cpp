@@ -1,0 +1,56 @@
+#include "oxcontacts/past.hpp"
+
+#include <vector>
+
+#include "ox/base/text/composed.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/journal/journal.hpp"
+#include "oxcontacts/find.hpp"
+#include "oxcontacts/output/past_values.hpp"
+
+namespace ox::program {
+namespace {
+
+constexpr std::size_t kAll = SIZE_MAX;
+
+}  // namespace
+
+RecordKey findPersonOfAnyTime(const std::string& text) {
+  try {
+    return findPerson(text)->key();
+  } catch (const CommandError& error) {
+    if (error.code() != kNotFound) throw;
+  }
+  std::vector<RecordKey> found;
+  std::string identifiers;
+  for (const auto& removed : journal::removedRecords(kAll)) {
+    const auto& record = removed.record;
+    const auto identifier = record.key.text();
+    const bool isMeant =
+        identifier == text || composed(nameIn(record.properties)) == composed(text);
+    if (record.kind != RecordKind::Person || !isMeant) continue;
+    found.push_back(record.key);
+    identifiers += (identifiers.empty() ? "" : ", ") + identifier;
+  }
+  if (found.empty()) throw CommandError(kNotFound, "there is and was no person \"" + text + "\"");
+  if (found.size() > 1) {
+    throw CommandError(kUsage, "\"" + text + "\" may be any of " + std::to_string(found.size()) +
+                                   " persons that are gone; name one by its ID: " + identifiers);
+  }
+  return found.front();
+}
+
+std::string nameOfAnyTime(const RecordKey& key) {
+  const auto identifier = key.text();
+  const auto record = ABAddressBook::sharedAddressBook()->recordForKey(key);
+  if (const auto person = hostPerson(record)) return person->displayName().value_or(identifier);
+  if (const auto group = hostGroup(record)) return group->displayName().value_or(identifier);
+  for (const auto& change : journal::historyOf(key, kAll)) {
+    if (change.kind != JournalChange::Kind::Removed) continue;
+    const auto name = nameIn(change.before);
+    return name.empty() ? identifier : name;
+  }
+  return identifier;
+}
+
+}  // namespace ox::program

@@ -1,0 +1,215 @@
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "tests/oxcontacts/program.hpp"
+#include "tests/oxcontacts/store_content.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox::program_tests {
+namespace {
+
+using support::temporaryFile;
+
+void fillStore() {
+  run({"accounts", "add", "Work", "--identifier", "W:ABAccount", "--type", "local"});
+  const auto cards = card({"UID:u-ann", "N:Lee;Ann;;;", "TEL;TYPE=CELL:1", "TEL;TYPE=HOME:2",
+                           "ADR;TYPE=HOME:;;Street 1;Town;;1;Land", "NOTE:likes tea"}) +
+                     card({"UID:u-ben", "N:Ray;Ben;;;", "EMAIL:ben@example.com"});
+  run({"import", temporaryFile("people.vcf", cards).string()});
+  run({"add-group", "_local", "Friends"});
+  run({"add-group", "_local", "Close", "--under", "Friends"});
+  run({"group-add", "Friends", "Ann Lee", "Ben Ray"});
+  run({"group-add", "Close", "Ben Ray"});
+  run({"tag", "Ann Lee", "--add", "chess", "--add", "tea"});
+}
+
+std::int64_t lastNumber() {
+  return runJson({"log", "--limit", "1"})[0]["number"];
+}
+
+TEST(LogCommand, TellsWhoDidWhatAndWhen) {
+  fillStore();
+  run({"set", "Ann Lee", "phone+=+3"});
+  run({"remove-person", "Ben Ray"});
+  const auto log = runJson({"log", "--limit", "2"});
+  ASSERT_EQ(log.size(), 2U) << log;
+  EXPECT_EQ(log[0]["program"], "oxcontacts");
+  EXPECT_EQ(log[0]["command"], "remove-person 'Ben Ray'");
+  EXPECT_EQ(log[0]["removed"], 1);
+  EXPECT_EQ(log[1]["command"], "set 'Ann Lee' phone+=+3");
+  EXPECT_EQ(log[1]["changed"], 1);
+  EXPECT_EQ(log[1]["records"], 1);
+  EXPECT_GT(log[0]["number"], log[1]["number"]);
+}
+
+TEST(LogCommand, TellsWhatWasDoneToOnePersonValueByValue) {
+  fillStore();
+  run({"set", "Ben Ray", "note=fond of tea"});
+  run({"group-remove", "Close", "Ben Ray"});
+  run({"remove-person", "Ben Ray"});
+  const auto log = runJson({"log", "Ben Ray"});
+  std::string text;
+  for (const auto& entry : log) {
+    text += entry["what"].get<std::string>() + " " + entry["property"].dump() + " " +
+            (entry["what"] == "removed" ? std::string("...") : entry["before"].dump()) + " " +
+            entry["after"].dump() + "\n";
+  }
+  EXPECT_EQ(text,
+            "removed null ... null\n"
+            "taken out of group \"Group\" \"Friends\" null\n"
+            "taken out of group \"Group\" \"Close\" null\n"
+            "changed \"OxProPertyNote\" null \"fond of tea\"\n"
+            "put into group \"Group\" null \"Close\"\n"
+            "put into group \"Group\" null \"Friends\"\n"
+            "added null null null\n");
+}
+
+// Each command is done, undone, done again by redo and undone once more: every time the store is as
+// it was.
+TEST(UndoCommand, TakesBackEachCommandAndRedoTakesThatBack) {
+  fillStore();
+  const auto more = temporaryFile("more.vcf", card({"UID:u-ann", "N:Lee;Ann;;;", "TEL:99"}) +
+                                                  card({"UID:u-cy", "N:Cy;;;;", "NOTE:new"}));
+  const auto book = support::temporaryPath("book").string();
+  run({"backup", "_local", book});
+  run({"set", "Ben Ray", "note=after the backup"});
+  const std::vector<std::vector<std::string>> commands = {
+      {"set", "Ann Lee", "phone+=+3", "note=", "name=Anna Lee"},
+      {"add-person", "_local", "name=Dee", "phone=4"},
+      {"remove-person", "Ben Ray"},
+      {"remove-person", "Ann Lee", "Ben Ray"},
+      {"add-group", "_local", "New", "--under", "Close"},
+      {"rename-group", "Friends", "Foes"},
+      {"remove-group", "Close"},
+      {"group-add", "Close", "Ann Lee"},
+      {"group-remove", "Friends", "Ben Ray", "--recursive"},
+      {"copy", "Ann Lee", "--to", "W"},
+      {"import", more.string()},
+      {"import", more.string(), "--update"},
+      {"restore", "_local", book},
+      {"accounts", "add", "Third"},
+  };
+  for (const auto& command : commands) {
+    const auto before = contactsContent();
+    const auto done = run(command);
+    ASSERT_EQ(done.exitCode, 0) << command[0] << done.errors;
+    const auto after = contactsContent();
+    EXPECT_NE(before, after) << command[0];
+    for (int i = 0; i < 2; ++i) {
+      const auto undone = run({"undo"});
+      EXPECT_EQ(undone.exitCode, 0) << command[0] << undone.errors;
+      EXPECT_EQ(contactsContent(), before) << command[0];
+      const auto redone = run({"redo"});
+      EXPECT_EQ(redone.exitCode, 0) << command[0] << redone.errors;
+      EXPECT_EQ(contactsContent(), after) << command[0];
+    }
+    run({"undo"});
+    EXPECT_EQ(contactsContent(), before) << command[0];
+    EXPECT_EQ(run({"check"}).output, "sound\n") << command[0];
+  }
+}
+
+TEST(UndoCommand, BringsBackAnAccountThatWasRemovedWithEverythingInIt) {
+  fillStore();
+  run({"copy", "Ann Lee", "--to", "W"});
+  run({"add-group", "W", "Team"});
+  run({"group-add", "Team", "Ann Lee", "--book", "W"});
+  const auto before = contactsContent();
+  ASSERT_EQ(run({"accounts", "remove", "W", "--force"}).exitCode, 0);
+  ASSERT_EQ(run({"undo"}).exitCode, 0);
+  EXPECT_EQ(contactsContent(), before);
+}
+
+TEST(UndoCommand, LeavesWhatOthersHaveChangedSinceAndNamesIt) {
+  fillStore();
+  run({"set", "Ann Lee", "note=coffee", "nickname=Annie", "phone+=+3"});
+  const auto number = lastNumber();
+  run({"set", "Ann Lee", "note=cocoa", "phone+=+4"});
+  const auto result = run({"undo", std::to_string(number)});
+  EXPECT_EQ(result.exitCode, 3) << result.errors;
+  EXPECT_NE(result.errors.find("Ann Lee: Note was changed since, and stays"), std::string::npos)
+      << result.errors;
+  const auto shown = run({"show", "Ann Lee"}).output;
+  EXPECT_NE(shown.find("cocoa"), std::string::npos) << shown;
+  EXPECT_EQ(shown.find("Annie"), std::string::npos) << shown;
+  EXPECT_EQ(shown.find("+3"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("+4"), std::string::npos) << shown;
+}
+
+TEST(UndoCommand, KeepsAPersonWhomOthersHaveChangedSinceSheWasAdded) {
+  fillStore();
+  run({"add-person", "_local", "name=Dee"});
+  const auto number = std::to_string(lastNumber());
+  run({"set", "Dee", "note=mine"});
+  const auto kept = run({"undo", number});
+  EXPECT_EQ(kept.exitCode, 3);
+  EXPECT_NE(kept.errors.find("Dee: it was changed since it was added, and stays"),
+            std::string::npos)
+      << kept.errors;
+  EXPECT_EQ(runJson({"persons", "--find", "Dee"}).size(), 1U);
+}
+
+TEST(UndoCommand, RemovesAPersonWhomOthersHaveChangedAndTakenThatBack) {
+  fillStore();
+  run({"add-person", "_local", "name=Dee"});
+  const auto number = std::to_string(lastNumber());
+  run({"set", "Dee", "note=mine"});
+  run({"undo"});
+  EXPECT_EQ(run({"undo", number}).exitCode, 0);
+  EXPECT_EQ(runJson({"persons"}).size(), 2U);
+}
+
+TEST(UndoCommand, SaysWhatCannotBeTakenBack) {
+  run({"accounts"});
+  EXPECT_EQ(run({"undo"}).errors, "oxcontacts: there is nothing to take back\n");
+  EXPECT_EQ(run({"redo"}).errors, "oxcontacts: there is nothing to take back\n");
+  run({"add-person", "_local", "name=Dee"});
+  const auto number = std::to_string(lastNumber());
+  EXPECT_EQ(run({"undo", "77"}).errors, "oxcontacts: the journal has no command 77\n");
+  EXPECT_EQ(run({"undo", number}).exitCode, 0);
+  const auto again = run({"undo", number});
+  EXPECT_EQ(again.exitCode, 1);
+  EXPECT_EQ(again.errors, "oxcontacts: command " + number + " was taken back by " + "command " +
+                              std::to_string(lastNumber()) + "\n");
+}
+
+TEST(ShowCommand, ShowsAPersonAsSheWas) {
+  fillStore();
+  run({"set", "Ann Lee", "note=coffee"});
+  const auto time = runJson({"log", "--limit", "1"})[0]["time"].get<std::string>();
+  // The journal tells times to the millisecond, a command line to the second.
+  runShell("sleep 1.1");
+  run({"set", "Ann Lee", "note=cocoa", "phone="});
+  const auto past = runJson({"show", "Ann Lee", "--at", time});
+  EXPECT_EQ(past["displayName"], "Ann Lee") << past;
+  EXPECT_EQ(past["groups"][0]["displayName"], "Friends");
+  std::string values;
+  for (const auto& property : past["properties"]) {
+    values += property["name"].get<std::string>() + " ";
+    if (property["name"] == "OxProPertyNote") {
+      EXPECT_EQ(property["value"], "coffee");
+    }
+    if (property["name"] == "OxProPertyPhone") {
+      EXPECT_EQ(property["values"].size(), 2U);
+    }
+  }
+  EXPECT_NE(values.find("OxProPertyPhone"), std::string::npos) << values;
+  EXPECT_EQ(run({"show", "Ann Lee", "--at", "2001-02-03"}).exitCode, 4);
+  EXPECT_EQ(run({"show", "Ann Lee", "--at", "soon"}).exitCode, 2);
+}
+
+TEST(TrashCommand, ListsWhoWasRemovedUntilSheIsBack) {
+  fillStore();
+  run({"remove-person", "Ben Ray"});
+  run({"remove-group", "Close"});
+  const auto trash = runJson({"trash"});
+  ASSERT_EQ(trash.size(), 2U) << trash;
+  EXPECT_EQ(trash[0]["displayName"], "Close");
+  EXPECT_EQ(trash[0]["kind"], "group");
+  EXPECT_EQ(trash[1]["displayName"], "Ben Ray");
+  EXPECT_EQ(run({"undo", trash[1]["number"].dump()}).exitCode, 0);
+  EXPECT_EQ(runJson({"trash"}).size(), 1U);
+}
+
+}  // namespace
+}  // namespace ox::program_tests
