@@ -1,6 +1,7 @@
 // Reading and writing a property by its descriptor or by its name: who does it, and in what order.
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/_ABPerson/convert/elements.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/name_tables.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/tag_list.hpp"
 #include "ox/base/failures.hpp"
@@ -15,6 +16,20 @@ bool isSpecial(std::string_view name) {
 bool isEmptyMultiple(const OxValue& value) {
   const auto* const multiple = dynamic_cast<const OxMutableMultipleValue*>(&value);
   return multiple != nullptr && multiple->count() == 0;
+}
+
+// Why nothing can be made of the value; null when something can. An element of type multiple is
+// passed over, as one that holds nothing is.
+const char* misfitOf(const OxValue& value) {
+  if (value.type() != value_type::kMultiple) return nullptr;
+  const auto* const multiple = dynamic_cast<const OxMutableMultipleValue*>(&value);
+  if (multiple == nullptr) return "a single value of type multiple for ";
+  for (std::uint64_t i = 0; i < multiple->count(); ++i) {
+    const auto element = multiple->valueAtIndex(i);
+    if (convert::fitsElementType(element->value(), element->type())) continue;
+    return "an element that does not fit its type for ";
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -47,6 +62,9 @@ void _ABPerson::setValue_byProperty(const OxValuePtr& value, const OxPropertyPtr
   if (!property) return;
   const std::string_view name = property->name();
   if (isSpecial(name)) return setSpecialValue(value, name);
+  if (const auto* const misfit = value ? misfitOf(*value) : nullptr) {
+    return failures::noticeRefusal(misfit + std::string(name), key().text());
+  }
   setValue_forProperty(macValueByOxValue_property(value, property), names::storeNameOf(name));
   // The display name falls back to the company.
   if (name == OxProPertyCompany) removeDisplayNameCache();

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "ox/base/failures.hpp"
 #include "ox/platform/AddressBook/ABMultiValue.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
@@ -179,6 +180,36 @@ TEST(WritingAMultiValue, ReplacesWhatThePersonHolds) {
   EXPECT_EQ(written(ann->valueForProperty(kABPhoneProperty)), "c=3");
   ann->setValue_byPropertyName(multiple({single("", 0)}), OxProPertyPhone);
   EXPECT_EQ(ann->valueByPropertyName(OxProPertyPhone), nullptr);
+}
+
+TEST(WritingAMultiValue, OfAnElementThatDoesNotFitItsTypeIsRefusedAndKeepsTheOldValue) {
+  const auto ann = newPersonWith({.phones = {{"a", "1", true}}});
+  const failures::Watch watch;
+  std::uint64_t refusals = 0;
+  for (const std::int32_t type : {6, 7, 9, 13}) {
+    ann->setValue_byPropertyName(multiple({phone("2"), single("text", type)}), OxProPertyPhone);
+    EXPECT_EQ(written(ann->valueForProperty(kABPhoneProperty)), "a=1*") << type;
+    EXPECT_EQ(watch.counts(), (failures::Counts{++refusals, 0})) << type;
+  }
+  EXPECT_EQ(watch.last(),
+            (Failure{FailureKind::Refused,
+                     "an element that does not fit its type for OxProPertyPhone", "p"}));
+  // One that holds nothing is passed over.
+  ann->setValue_byPropertyName(multiple({phone("2"), single({}, value_type::kPhone)}),
+                               OxProPertyPhone);
+  EXPECT_EQ(written(ann->valueForProperty(kABPhoneProperty)), "-=2");
+  EXPECT_EQ(watch.counts().refusals, refusals);
+}
+
+TEST(WritingASingleValue, OfTypeMultipleIsRefusedAndKeepsTheOldValue) {
+  const auto ann = newPersonWith({.note = "note", .phones = {{"a", "1"}}});
+  const failures::Watch watch;
+  ann->setValue_byPropertyName(single("2", value_type::kMultiple), OxProPertyPhone);
+  ann->setValue_byPropertyName(single("other", value_type::kMultiple), OxProPertyNote);
+  EXPECT_EQ(written(ann->valueForProperty(kABPhoneProperty)), "a=1");
+  EXPECT_EQ(std::get<Object>(ann->valueForProperty(kABNoteProperty)), Object("note"));
+  EXPECT_EQ(watch.counts(), (failures::Counts{2, 0}));
+  EXPECT_EQ(watch.lastReason(), "a single value of type multiple for OxProPertyNote");
 }
 
 TEST(WritingAMultiValue, WhatWasReadComesBackTheSame) {

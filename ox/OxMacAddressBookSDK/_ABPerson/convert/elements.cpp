@@ -38,6 +38,22 @@ Object elementFromStored(const Object& stored, std::int32_t type) {
   }
 }
 
+bool fitsElementType(const Object& element, std::int32_t type) {
+  if (element.isMissing()) return true;
+  switch (type) {
+    case value_type::kPhone:
+      return element.host<OxObjectPhone>() != nullptr;
+    case value_type::kEmail:
+      return element.host<OxObjectEmail>() != nullptr;
+    case value_type::kAddress:
+      return element.host<OxObjectAddress>() != nullptr;
+    case value_type::kInstantMessage:
+      return element.host<OxObjectInstantMessage>() != nullptr;
+    default:
+      return true;
+  }
+}
+
 Object storedFromElement(const Object& element, std::int32_t type) {
   switch (type) {
     case value_type::kPhone:

@@ -12,6 +12,9 @@ namespace ox::convert {
 // asks for.
 Object elementFromStored(const Object& stored, std::int32_t type);
 
+// Whether the element holds nothing, or an object of the kind that the code asks for.
+bool fitsElementType(const Object& element, std::int32_t type);
+
 // An empty string of type string is no element: missing.
 Object storedFromElement(const Object& element, std::int32_t type);
 
