@@ -5,12 +5,16 @@
 
 namespace ox {
 
-void SerialQueue::sync(const std::function<void()>& task) {
+void SerialQueue::refuseFromOwnTask() const {
   if (running_.load() == std::this_thread::get_id()) {
     throw std::logic_error(
         "a task submitted synchronously to the serial queue it is running on (a progress callback "
         "must not start another discovery)");
   }
+}
+
+void SerialQueue::sync(const std::function<void()>& task) {
+  refuseFromOwnTask();
   const std::lock_guard lock(mutex_);
   assert(running_.load() == std::thread::id() && "whoever ran before has left");
   running_ = std::this_thread::get_id();

@@ -20,6 +20,8 @@ class OX_EXPORT SerialQueue {
   // caller, whose thread it runs on and whose watches see it. A task that submits to its own queue
   // would wait for itself: std::logic_error.
   void sync(const std::function<void()>& task);
+  // Throws that std::logic_error when it is called from a task of this queue.
+  void refuseFromOwnTask() const;
 
  private:
   std::mutex mutex_;

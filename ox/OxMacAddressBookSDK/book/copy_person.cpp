@@ -2,6 +2,7 @@
 #include "ox/OxAddressBookSDK/values/OxMutableSingleValue.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/registry/builds.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
 
@@ -15,6 +16,7 @@ bool saysNothing(const OxMutableSingleValue& value) {
 }
 
 std::shared_ptr<IOxPerson> addContact(OxMacAddressBook& book, const CNContact& contact) {
+  registry::refuseWithinDiscovery();
   const auto copy = CNMutableContact::mutableCopy(contact);
   const auto request = CNSaveRequest::init();
   request->addContact_toContainerWithIdentifier(copy, book.validContainerID());

@@ -3,12 +3,14 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/registry/builds.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
 
 namespace ox {
 
 std::shared_ptr<IOxPerson> OxMacAddressBook::newPerson() {
+  registry::refuseWithinDiscovery();
   const auto epoch = _allPersonArray ? _allPersonArray->epoch() : 0;
   const auto contact = CNMutableContact::init();
   const auto request = CNSaveRequest::init();

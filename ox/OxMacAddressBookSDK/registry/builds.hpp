@@ -26,4 +26,8 @@ Books booksByPreloadedContainers();
 // One book for each account id of persons, then groups; the local one always first.
 Books booksByAccountIds();
 
+// Throws std::logic_error on a thread that is building the shared list, from which whatever asks
+// for the book of a person cannot go on: called before such work has done anything.
+void refuseWithinDiscovery();
+
 }  // namespace ox::registry

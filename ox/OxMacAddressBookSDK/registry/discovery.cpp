@@ -50,6 +50,13 @@ BookList sharedList(Build build, Last last) {
 
 }  // namespace
 
+void registry::refuseWithinDiscovery() {
+  // Before that version the list that persons find their book in has no callback.
+  if (OxMacAddressBook::SystemVersionAbove10_11()) {
+    OxMacAddressBook::addressArrayQueue().refuseFromOwnTask();
+  }
+}
+
 BookList OxMacAddressBook::addressBookArray() {
   if (SystemVersionAbove10_11()) return addressBookArrayWithProgressBlock(nullptr);
   static auto& adArray = *new KeptList;

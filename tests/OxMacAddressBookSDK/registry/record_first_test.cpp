@@ -1,8 +1,11 @@
+#include <cstdio>
+#include <functional>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <thread>
 
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
+#include "tests/support/second_process.hpp"
 
 namespace ox::test {
 namespace {
@@ -151,6 +154,32 @@ TEST(RecordFirstDiscovery, FromItsOwnCallbackIsALogicError) {
   EXPECT_THROW(discover([](double, bool) { OxMacAddressBook::addressBookArray(); }),
                std::logic_error);
   EXPECT_EQ(idsOf(discover()), "_local");
+}
+
+const support::SecondProcess countsPersonsAndGroups("countsPersonsAndGroups", [](const auto&) {
+  const auto records = ABAddressBook::sharedAddressBook();
+  std::printf("%zu %zu", records->people().size(), records->groups().size());
+  return 0;
+});
+
+TEST(RecordFirstDiscovery, RefusesToMakeWhatNeedsTheListFromItsCallbackAndLeavesNothing) {
+  StoreBuilder().person("p", {.first = "Ann"}).group("g", "G");
+  const auto book = bookNamed("_local");
+  const auto contacts = CNContactStore::init()->unifiedContactsMatchingPredicate_keysToFetch_error(
+      CNContact::predicateForContactsWithIdentifiers({"p"}), {"all"}, nullptr);
+  ASSERT_EQ(contacts.size(), 1U);
+  const std::vector<std::function<void()>> works = {
+      [&] { book->newPerson(); },
+      [&] { book->addOneFromOtherPerson(std::shared_ptr<IOxPerson>(person("p"))); },
+      [&] { book->addOneFromOtherPerson(contacts.front()); },
+      [&] { group("g")->addSubGroupByName("H"); },
+  };
+  for (const auto& work : works) {
+    EXPECT_THROW(discover([&](double, bool) { work(); }), std::logic_error);
+    EXPECT_EQ(countsPersonsAndGroups.run().output, "1 1");
+    EXPECT_EQ(cachedIn(*book), "p");
+    EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+  }
 }
 
 TEST(RecordFirstDiscovery, ConcurrentFirstCallsBuildOneList) {
