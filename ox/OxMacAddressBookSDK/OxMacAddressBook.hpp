@@ -42,7 +42,7 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
   static BookList addressBookArray();
   // The same with progress; the callback may be absent. Every call ends with (100, true), and the
   // callback runs while the list is locked: starting a discovery from it, or whatever looks for the
-  // book of a person (tags, a new person), is a std::logic_error.
+  // book of a person (tags, a new person), is a std::logic_error and leaves nothing behind.
   // What it throws reaches the caller, and the list is not built.
   static BookList addressBookArrayWithProgressBlock(const ProgressCallback& progress);
   // The same list, built by walking the containers. The callback is required by the call that
@@ -136,10 +136,12 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
 
   // --- making and removing records; what they give are records of the store, see recordOf ---
 
-  // A new person of this book, written at once, with every supported property cleared and in the
-  // cache; null, and the cache as it was, when the store did not take it.
+  // What they make is written at once; within an act of the thread (admin/whole_act.hpp) with that.
+
+  // A new person of this book, with every supported property cleared and in the cache; null, and
+  // the cache as it was, when the store did not take it.
   std::shared_ptr<IOxPerson> newPerson() override;
-  // A new, unnamed group of this book, written at once; null when the store did not take it.
+  // A new, unnamed group of this book; null when the store did not take it.
   std::shared_ptr<IOxGroup> newGroup() override;
   std::shared_ptr<IOxGroup> addGroupByName(TextView name) override;
   // Takes the persons out of the cache, forgets their tags at once, and removes their records at
@@ -149,9 +151,10 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
   bool removeGroup(const std::shared_ptr<IOxGroup>& group) override;
   // The record alone.
   void reallyRemoveOneGroup(const std::shared_ptr<IOxGroup>& group);
-  // Writes every unsaved change of the process, in whatever book, as one transaction. One that
-  // fails writes nothing of it and keeps the changes for the next save; a watch tells
-  // (ox/base/failures.hpp). Tags are written at once and stay as they are.
+  // Writes every unsaved change of the process, in whatever book, as one transaction, but for those
+  // of whole acts and loads on other threads. One that fails writes nothing of it and keeps the
+  // changes for the next save; a watch tells (ox/base/failures.hpp). Tags are written at once and
+  // stay as they are.
   void save() override;
   // Nothing.
   void sync() override {}
@@ -179,12 +182,11 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
 
   // Replaces everything in the book by what the data of a neutral book holds, on a thread of its
   // own; returns at once. The last report is finished: at 0 when the data cannot be read and the
-  // book is as it was, else at 100 after the save. One that is cut short, by a lack of memory or
-  // room say, or by somebody's revert of the unsaved changes, is noticed as a failure and forgets
-  // every unsaved change of the process: the old records are kept but for those that a save
-  // meanwhile has removed. For any save while a load runs, of whatever book, writes what the load
-  // has done so far, and nothing takes that back. A host neither saves nor reverts until the last
-  // report.
+  // book is as it was, else at 100 after the save. A load is one act (admin/whole_act.hpp): this
+  // process sees its steps, every other one the old book until all of it is there. One that is cut
+  // short, by a lack of memory or room say, or whose save fails, is noticed as a failure and leaves
+  // the book as it was; what others have left unsaved stays unsaved. A save or a revert meanwhile,
+  // from the callback too, writes and takes back nothing of the load.
   void loadWithData_progressBlock(const Data& data, const ProgressCallback& progress) override;
   // Hands the book to the callback as the data of a neutral book, on a thread of its own; returns
   // at once. The last report is finished and carries the data; none when the save was cut short, by
@@ -222,10 +224,8 @@ class OX_EXPORT OxMacAddressBook final : public OxAddressBook,
   Persons fillCache();
   // To the callback of the latest request; what it throws ends that report only.
   void reportLoad(double value, bool finished = false);
-  // The unsaved part of a load; false, and nothing of it is left unsaved, when it was cut short, by
-  // a revert since `revertsBefore` too.
-  bool replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general,
-                      std::uint64_t revertsBefore);
+  // What a load does before its save; false, and noticed, when not all of it could be done.
+  bool replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general);
   void reportSave(bool finished, const Data& data, double value);
   // The book as the data of a neutral book, with a report for each record; missing when it holds
   // what that cannot carry.

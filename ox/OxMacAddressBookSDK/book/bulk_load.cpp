@@ -1,30 +1,27 @@
 // Replacing a whole book by what the data of a neutral book holds.
 //
-// The order is required, and each step leaves something to fall back on. The data is read before
-// anything is touched, so data that cannot be read costs nothing. The old records are then marked
-// as removed, which stays unsaved, while every new one is in the store as soon as it is made; links
-// come last, for both of their ends must exist. Until the save at the end, reverting the unsaved
-// changes therefore brings every old record back: that is what a load does which is cut short or
-// could not make all of its records. The new ones that were made by then stay in the store, empty,
-// for nothing but a removal takes them out again. A revert by anybody else undoes the removals in
-// the same way, and would leave old and new side by side without a word, so reverts are counted
-// before and after.
-#include <optional>
-
+// The data is read before anything is touched, so data that cannot be read costs nothing. The rest
+// is one act: the old records are marked as removed, the new ones made and filled, then linked, for
+// both ends of a link must exist, and the save at the end writes all of it in one commit. This
+// process sees each step as it is done; no other one sees anything before the commit. A load that
+// is cut short, or could not make all of its records, takes back what it did and nothing else.
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_hold.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/OxMacAddressBookSDK/ground/contained.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/base/detached_worker.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/platform/store/running_act.hpp"
 
 namespace ox {
 namespace {
 
-constexpr const char* kReverted = "somebody reverted the unsaved changes meanwhile";
+constexpr const char* kCutShort = "a load was cut short, the book is as it was";
 
 // done of total in the half of the run that begins at `from` percent.
 double halfPercent(std::size_t done, std::size_t total, float from) {
@@ -60,8 +57,11 @@ void OxMacAddressBook::setLoadProgressBlock(const ProgressCallback& progress) {
   _loadProgressBlock.replace(progress);
 }
 
+// A callback is its host's: what it notices, saves and reverts is none of the load's.
 void OxMacAddressBook::reportLoad(double value, bool finished) {
   const failures::Aside aside;
+  const RunningAct::Pause contacts;
+  const TagHold::Pause tags;
   if (const auto callback = _loadProgressBlock.current()) reportTo(*callback, value, finished);
 }
 
@@ -73,43 +73,26 @@ void OxMacAddressBook::loadThreed(const Data& data) {
             [&] { general = OxAddressBookGeneral::addressBookWithData(data); });
   if (!general) return reportLoad(0.0, true);
   reportLoad(0.0);
-  const auto revertsBefore = ABAddressBook::revertCount();
-  if (replaceRecords(general, revertsBefore)) {
-    constexpr const char* kCutShort = "the save of a load was cut short";
-    // What it could not write stays unsaved: the next save then completes the load.
-    contained(kCutShort, [&] { save(); });
-    if (ABAddressBook::revertCount() != revertsBefore) {
-      noticeThrown(kCutShort, kReverted);
-      if (_allPersonArray) _allPersonArray->clear();
-    }
-  }
+  bool isWritten = false;
+  contained(kCutShort, [&] {
+    WholeAct act;
+    isWritten = replaceRecords(general) && act.save().contacts.done;
+  });
+  // The next call fills the cache anew: the old persons are back, the new ones never came to be.
+  if (!isWritten && _allPersonArray) _allPersonArray->clear();
   reportLoad(progress::kDone, true);
 }
 
-bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general,
-                                      std::uint64_t revertsBefore) {
-  constexpr const char* kCutShort =
-      "a load was cut short, the old records are kept and empty new ones stand beside them";
-  std::optional<failures::Watch> watch;
-  const bool ended = contained(kCutShort, [&] {
-    watch.emplace(failures::Watch::Over::OwnWork);
-    clearAddressBook();
-    addGroupAndPersonByGeneralAddressBook(general);
-    adjustGroupAndPersonRelatedByGeneralAddressBook(general);
-  });
-  if (ended) {
-    reportLoad(progress::kDone);
-    const bool reverted = ABAddressBook::revertCount() != revertsBefore;
-    if (!reverted && !watch->hasFailures()) return true;
-    // What could not be made or read was left out: the old records must not go for it.
-    noticeThrown(kCutShort, reverted ? kReverted : "not every new one could be made");
-  }
-  // Removals that stayed unsaved would reach the store with the next save of whatever book.
-  contained("what a load left unsaved could not be reverted", [&] { abAddressBook()->revert(); });
-  // The next call fills the cache anew: the old persons are back in the store, and some of the new
-  // ones may be missing in the cache.
-  if (_allPersonArray) _allPersonArray->clear();
-  return false;
+bool OxMacAddressBook::replaceRecords(const std::shared_ptr<OxAddressBookGeneral>& general) {
+  // What could not be made or read was left out: the old records must not go for it. A tag file
+  // that fails costs the tags, and is noticed beside this watch.
+  const failures::Watch watch(failures::Watch::Over::OwnWork);
+  clearAddressBook();
+  addGroupAndPersonByGeneralAddressBook(general);
+  adjustGroupAndPersonRelatedByGeneralAddressBook(general);
+  reportLoad(progress::kDone);
+  if (watch.hasFailures()) noticeThrown(kCutShort, "not every new record could be made");
+  return !watch.hasFailures();
 }
 
 void OxMacAddressBook::clearAddressBook() {

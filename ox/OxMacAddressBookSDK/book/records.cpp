@@ -3,6 +3,7 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/ground/contacts_and_tags.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
@@ -64,8 +65,7 @@ void OxMacAddressBook::reallyRemoveOneGroup(const std::shared_ptr<IOxGroup>& gro
 }
 
 void OxMacAddressBook::save() {
-  abAddressBook()->save();
-  OxTagManager::makeDurable();
+  saveContactsAndTags();
 }
 
 }  // namespace ox

@@ -1,7 +1,6 @@
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 
 #include <algorithm>
-#include <atomic>
 #include <span>
 
 #include "ox/platform/AddressBook/answer.hpp"
@@ -10,11 +9,6 @@
 
 namespace ox {
 namespace {
-
-std::atomic<std::uint64_t>& reverts() {
-  static auto& count = *new std::atomic<std::uint64_t>(0);
-  return count;
-}
 
 std::shared_ptr<ABRecord> liveRecord(const std::optional<RecordInfo>& record) {
   if (!record) return nullptr;
@@ -106,13 +100,7 @@ UnsavedChanges ABAddressBook::unsavedChanges() {
 }
 
 void ABAddressBook::revert() {
-  ++reverts();
   recordSource().revert();
-  ++reverts();
-}
-
-std::uint64_t ABAddressBook::revertCount() {
-  return reverts();
 }
 
 }  // namespace ox

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,6 +32,9 @@ class OX_EXPORT ABAddressBook {
   // Marks the record and its links as removed; the store follows at the save. False when refused.
   bool removeRecord(const std::shared_ptr<ABRecord>& record);
 
+  // These are about the unsaved changes of this thread's acts and of nobody's act. What acts of
+  // other threads have changed (a load, a WholeAct) is seen, but is theirs to save.
+
   // Writes every unsaved change in one durable transaction; false when it failed, and then nothing
   // was written and the changes are kept for the next try.
   bool save();
@@ -42,9 +44,6 @@ class OX_EXPORT ABAddressBook {
   UnsavedChanges unsavedChanges();
   // Forgets every unsaved change.
   void revert();
-  // Rises as each revert of this process begins and as it ends: work whose unsaved changes must
-  // last compares before and after.
-  static std::uint64_t revertCount();
 
  private:
   ABAddressBook() = default;

@@ -43,7 +43,7 @@ TEST(RestoredTags, GoToThePersonsThatTheLoadMadeWhateverOthersAdd) {
                                    });
   EXPECT_EQ(run.wait(), "0 25 50 50 100 100 100!");
   settleRestoredTags(*book, {}, {{"sailing"}, {"chess", "tea"}});
-  EXPECT_EQ(tagsIn(*book), "Ann[sailing ] Intruder[] Ben[chess tea ] ");
+  EXPECT_EQ(tagsIn(*book), "Intruder[] Ann[sailing ] Ben[chess tea ] ");
 }
 
 TEST(RestoredTags, OfPersonsThatWereRemovedGo) {

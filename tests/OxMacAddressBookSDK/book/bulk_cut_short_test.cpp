@@ -1,12 +1,13 @@
 #include <gtest/gtest.h>
+#include <thread>
 
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/store_source.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/support/no_more_threads.hpp"
+#include "tests/support/second_process.hpp"
 
 namespace ox::test {
 namespace {
@@ -30,7 +31,17 @@ std::string contentOf(OxMacAddressBook& book) {
   return text;
 }
 
-TEST(BulkLoad, ThatIsCutShortKeepsTheOldRecords) {
+const support::SecondProcess tellsContent("tellsContent", [](const auto& arguments) {
+  std::printf("%s", contentOf(*bookOf(arguments.at(0))).c_str());
+  return 0;
+});
+
+// The book as another process sees it.
+std::string seenElsewhere(const std::string& container) {
+  return tellsContent.run({container}).output;
+}
+
+TEST(BulkLoad, ThatIsCutShortLeavesNothingAndForgetsNothingOfOthers) {
   const failures::Watch watch;
   auto& source = SwitchedSource::install();
   struct Row {
@@ -44,10 +55,14 @@ TEST(BulkLoad, ThatIsCutShortKeepsTheOldRecords) {
       {"group", &SourceCounts::remove, 0, "0 100!", "group0 group1 [G: group1 group0] "},
       {"person", &SourceCounts::remove, 2, "0 100!", "person0 person1 [G: person1 person0] "},
       {"made", &SourceCounts::execute, 2, "0 16.66666603088379 33.33333206176758 100!",
-       "made0 made1  [G: made1 made0] [:] "},
+       "made0 made1 [G: made1 made0] "},
       {"linked", &SourceCounts::link, 1, "0 16.66666603088379 33.33333206176758 50 50 100!",
-       "linked0 linked1   [G: linked1 linked0] [:] "},
+       "linked0 linked1 [G: linked1 linked0] "},
+      {"saved", &SourceCounts::save, 0,
+       "0 16.66666603088379 33.33333206176758 50 50 100 100 100 100!",
+       "saved0 saved1 [G: saved1 saved0] "},
   };
+  StoreBuilder(source.real()).container("other", "other", 3).person("p", {.first = "Ann"});
   for (const auto& row : rows) {
     const std::string name = row.container;
     StoreBuilder(source.real())
@@ -58,90 +73,56 @@ TEST(BulkLoad, ThatIsCutShortKeepsTheOldRecords) {
     const auto book = bookOf(name);
     const auto data = savedData(book);
     const auto before = watch.counts().failures;
+    person("p")->setValue_forProperty(Object("unsaved " + name), kABFirstNameProperty);
     source.raiseOn(row.operation, row.passing);
     EXPECT_EQ(loaded(book, data), row.reports);
     source.raiseOn(nullptr);
     EXPECT_EQ(watch.counts().failures, before + 1) << name;
     EXPECT_EQ(watch.lastReason(),
-              "a load was cut short, the old records are kept and empty new ones stand beside "
-              "them: something that is no exception was thrown");
-    EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges()) << name;
+              "a load was cut short, the book is as it was: something that is no exception was "
+              "thrown");
+    EXPECT_EQ(ABAddressBook::sharedAddressBook()->unsavedChanges().values.size(), 1U) << name;
     EXPECT_EQ(contentOf(*book), row.content);
-    bookOf("_local:ABAccount")->save();
+    bookOf("other")->save();
     EXPECT_EQ(contentOf(*bookOf(name)), row.content) << "after the save of another book";
+    EXPECT_EQ(seenElsewhere(name), row.content);
+    EXPECT_EQ(seenElsewhere("other"), "unsaved " + name + ' ');
   }
 }
 
-// As a load of another book does that is cut short.
-TEST(BulkLoad, ThatSomebodyRevertsIsCutShort) {
-  const failures::Watch watch;
-  struct Row {
-    const char* container;
-    int revertedAt;
-    const char* reports;
-    const char* content;
-    const char* reason;
+// From its callback and from another thread: neither is the load's.
+TEST(BulkLoad, IsNeitherSavedNorRevertedByAnybodyMeanwhile) {
+  StoreBuilder().container("A", "A", 3).persons("a", 1).group("g", "G").member("g", "a0");
+  StoreBuilder().container("other", "other", 3).person("p", {.first = "Ann"});
+  const auto book = bookOf("A");
+  const auto data = savedData(book);
+  Reports run;
+  std::string meanwhile;
+  const auto meddle = [] {
+    const auto records = ABAddressBook::sharedAddressBook();
+    person("p")->setValue_forProperty(Object("saved"), kABFirstNameProperty);
+    EXPECT_TRUE(records->save());
+    person("p")->setValue_forProperty(Object("reverted"), kABFirstNameProperty);
+    records->revert();
+    EXPECT_FALSE(records->hasUnsavedChanges());
   };
-  const std::vector<Row> rows = {
-      {"made", 2, "0 25 50 50 100 100 100 100!", "made0  [G: made0] [:] ",
-       "a load was cut short, the old records are kept and empty new ones stand beside them: "
-       "somebody reverted the unsaved changes meanwhile"},
-      {"done", 7, "0 25 50 50 100 100 100 100!", "done0  [G: done0] [:] ",
-       "a load was cut short, the old records are kept and empty new ones stand beside them: "
-       "somebody reverted the unsaved changes meanwhile"},
-  };
-  for (const auto& row : rows) {
-    const std::string name = row.container;
-    StoreBuilder()
-        .container(name, name, 3)
-        .persons(name, 1)
-        .group("G" + name, "G")
-        .member("G" + name, name + "0");
-    const auto book = bookOf(name);
-    const auto data = savedData(book);
-    const auto before = watch.counts().failures;
-    Reports run;
-    book->loadWithData_progressBlock(
-        data, [report = run.loadCallback(), left = std::make_shared<int>(row.revertedAt)](
-                  double value, bool done) {
-          if (--*left == 0) ABAddressBook::sharedAddressBook()->revert();
-          report(value, done);
-        });
-    EXPECT_EQ(run.wait(), row.reports);
-    EXPECT_EQ(watch.counts().failures, before + 1) << name;
-    EXPECT_EQ(watch.lastReason(), row.reason);
-    EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges()) << name;
-    EXPECT_EQ(contentOf(*book), row.content);
-    book->save();
-    EXPECT_EQ(contentOf(*bookOf(name)), row.content);
-  }
+  book->loadWithData_progressBlock(
+      data, [report = run.loadCallback(), meddle, &meanwhile](double value, bool done) {
+        meddle();
+        std::thread(meddle).join();
+        if (value == 100.0 && meanwhile.empty()) {
+          meanwhile = seenElsewhere("A") + "| " + contentOf(*bookOf("A"));
+        }
+        report(value, done);
+      });
+  EXPECT_EQ(run.wait(), "0 25 50 50 100 100 100 100!");
+  EXPECT_EQ(meanwhile, "a0 [G: a0] | a0 [G: a0] ");
+  EXPECT_EQ(seenElsewhere("A"), "a0 [G: a0] ");
+  EXPECT_NE(idsOf(bookOf("A")->allPersons()->snapshot()), "a0");
+  EXPECT_EQ(seenElsewhere("other"), "saved ");
 }
 
-// Another thread's revert comes right before the save.
-class RevertedBeforeSaving final : public SwitchedSource {
- public:
-  using SwitchedSource::SwitchedSource;
-  SaveReport save() override {
-    ABAddressBook::sharedAddressBook()->revert();
-    return SwitchedSource::save();
-  }
-};
-
-TEST(BulkLoad, ThatSomebodyRevertsAsItSavesIsCutShort) {
-  const failures::Watch watch;
-  StoreBuilder().persons("p", 1);
-  const auto data = savedData(bookNamed("_local"));
-  installContactSource(std::make_shared<RevertedBeforeSaving>(
-      openStoreSource(support::StoreEnvironment::instance().contactStore().string())));
-  const auto book = bookOf("_local:ABAccount");
-  EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");
-  EXPECT_EQ(watch.counts().failures, 1U);
-  EXPECT_EQ(watch.lastReason(),
-            "the save of a load was cut short: somebody reverted the unsaved changes meanwhile");
-  EXPECT_EQ(contentOf(*book), "p0  ") << "and an empty one beside it";
-}
-
-TEST(BulkLoad, WhoseSaveFailsIsCompletedByTheNextSave) {
+TEST(BulkLoad, WhoseSaveFailsLeavesTheBookAsItWas) {
   const failures::Watch watch;
   StoreBuilder().persons("p", 1);
   const auto book = bookNamed("_local");
@@ -152,29 +133,13 @@ TEST(BulkLoad, WhoseSaveFailsIsCompletedByTheNextSave) {
       "CREATE TRIGGER keep BEFORE DELETE ON record BEGIN SELECT RAISE(ABORT,'kept'); END");
   EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");
   EXPECT_EQ(watch.counts().failures, 1U);
-  EXPECT_TRUE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
-  EXPECT_EQ(contentOf(*bookOf("_local:ABAccount")), "p0 ") << "as this process sees it";
-  EXPECT_EQ(store.queryInteger("SELECT count(*) FROM record"), 2);
+  EXPECT_FALSE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
+  EXPECT_EQ(contentOf(*book), "p0 ");
+  EXPECT_EQ(store.queryInteger("SELECT count(*) FROM record"), 1);
   store.execute("DROP TRIGGER keep");
   book->save();
-  EXPECT_EQ(store.queryInteger("SELECT count(*) FROM record"), 1);
   EXPECT_EQ(contentOf(*bookOf("_local:ABAccount")), "p0 ");
-}
-
-TEST(BulkLoad, WhoseSaveIsCutShortStaysUnsaved) {
-  const failures::Watch watch;
-  auto& source = SwitchedSource::install();
-  StoreBuilder(source.real()).persons("p", 1);
-  const auto book = bookNamed("_local");
-  const auto data = savedData(book);
-  source.raiseOn(&SourceCounts::save);
-  EXPECT_EQ(loaded(book, data), "0 50 50 100 100 100!");
-  source.raiseOn(nullptr);
-  EXPECT_EQ(watch.lastReason(),
-            "the save of a load was cut short: something that is no exception was thrown");
-  EXPECT_TRUE(ABAddressBook::sharedAddressBook()->hasUnsavedChanges());
-  book->save();
-  EXPECT_EQ(contentOf(*bookOf("_local:ABAccount")), "p0 ");
+  EXPECT_EQ(idsOf(book->allPersons()->snapshot()), "p0");
 }
 
 TEST(BulkLoad, WhoseRecordsCannotBeMadeOrLinkedEndsAllTheSame) {
