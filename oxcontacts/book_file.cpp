@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "ox/OxAddressBookSDK/general/book_start.hpp"
 #include "ox/base/failures.hpp"
 #include "oxcontacts/context.hpp"
@@ -36,9 +35,10 @@ void refuseOtherFile(const std::string& path) {
 BookFile readBookFile(const std::string& path) {
   refuseOtherFile(path);
   BookFile file;
-  file.data = makeData(readFile(path, memoryOfMachine()));
   const failures::Watch watch;
-  const auto book = OxAddressBookGeneral::addressBookWithData(file.data);
+  file.book =
+      OxAddressBookGeneral::addressBookWithData(makeData(readFile(path, memoryOfMachine())));
+  const auto& book = file.book;
   if (!book) refuse(path, "is no whole backup of a book: " + watch.lastReason());
   file.counts = {book->groupsDic().count(), book->personsDic().count()};
   for (const auto& [key, person] : book->personsDic()) file.tags.push_back(person->tagArray());

@@ -1,16 +1,17 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "ox/OxMacAddressBookSDK/admin/restored_tags.hpp"
-#include "ox/base/data.hpp"
 #include "ox/records/record_counts.hpp"
 
 namespace ox::program {
 
 // A backup of one book that was read once and found whole.
 struct BookFile {
-  Data data;
+  std::shared_ptr<OxAddressBookGeneral> book;
   RecordCounts counts;
   TagLists tags;
 };

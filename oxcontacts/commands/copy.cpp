@@ -1,4 +1,5 @@
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
@@ -15,10 +16,6 @@ void copyTags(const _ABPerson& source, const _ABPerson& copy, const OxMacAddress
   book.tagManager()->setTags_forPersonID(source.tagArray(), copy.ID());
 }
 
-MadeRecords madeOf(const Persons& persons) {
-  return {persons.begin(), persons.end()};
-}
-
 Persons copied(const Context& context, const Persons& sources, OxMacAddressBook& book) {
   ProgressBar bar(context, "copying");
   Persons copies;
@@ -30,7 +27,7 @@ Persons copied(const Context& context, const Persons& sources, OxMacAddressBook&
       copyTags(*source, *copies.back(), book);
     }
     // What could not be read would be missing in the copy.
-    if (copies.size() == done || watch.hasFailures()) giveUp(watch, madeOf(copies));
+    if (copies.size() == done || watch.hasFailures()) giveUp(watch);
     ++done;
     bar.show(100.0 * static_cast<double>(done) / static_cast<double>(sources.size()));
   }
@@ -41,8 +38,9 @@ void copyPersons(const Context& context, const std::vector<std::string>& names,
                  const std::string& bookName) {
   const auto sources = findPersons(names);
   const auto book = findBook(discoveredBooks(context), bookName);
+  const WholeAct act;
   const auto copies = copied(context, sources, *book);
-  if (!saveEdits(madeOf(copies))) return;
+  if (!saveEdits()) return;
   if (context.json) {
     JsonList list;
     for (const auto& copy : copies) list.add(personJson(*copy));

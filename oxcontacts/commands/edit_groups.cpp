@@ -1,6 +1,7 @@
 // add-group, rename-group, remove-group.
 #include <iostream>
 
+#include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -43,12 +44,13 @@ void addGroup(const Context& context, const NewGroup& arguments) {
   if (!book->canCreateGroup()) {
     throw CommandError(kFailed, "the book \"" + book->name().value_or("") + "\" takes no groups");
   }
+  const WholeAct act;
   const failures::Watch watch;
   const auto group = arguments.under.empty() ? recordOf(book->addGroupByName(arguments.name))
                                              : madeUnder(*book, arguments.under, arguments.name);
   if (!group) throw storeFailure("no group was added", watch);
-  if (!watch.isClear()) giveUp(watch, {group});  // its name or its place was refused
-  if (saveEdits({group})) tellGroup(context, "added the group " + arguments.name, group);
+  if (!watch.isClear()) giveUp(watch);  // its name or its place was refused
+  if (saveEdits()) tellGroup(context, "added the group " + arguments.name, group);
 }
 
 void renameGroup(const Context& context, const std::string& name, const std::string& newName) {

@@ -1,5 +1,6 @@
 // add-person, set, remove-person: each reads what is asked for, finds whom it means, edits, saves
 // and tells.
+#include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -30,21 +31,21 @@ void tellPerson(const Context& context, const char* what, const _ABPerson& perso
 }
 
 // All of them, or none when the store refuses one.
-void applyAll(const std::vector<Assignment>& assignments, _ABPerson& person,
-              const MadeRecords& made) {
+void applyAll(const std::vector<Assignment>& assignments, _ABPerson& person) {
   const failures::Watch watch;
   applyAssignments(assignments, person);
-  if (!watch.isClear()) giveUp(watch, made);
+  if (!watch.isClear()) giveUp(watch);
 }
 
 void addPerson(const Context& context, const Arguments& arguments) {
   const auto assignments = parseAssignments(arguments.assignments);
   const auto book = findBook(discoveredBooks(context), arguments.record);
+  const WholeAct act;
   const failures::Watch watch;
   const auto person = recordOf(book->newPerson());
   if (!person) throw storeFailure("no person was added", watch);
-  applyAll(assignments, *person, {person});
-  if (saveEdits({person})) tellPerson(context, "added ", *person);
+  applyAll(assignments, *person);
+  if (saveEdits()) tellPerson(context, "added ", *person);
 }
 
 void setValues(const Context& context, const Arguments& arguments) {
@@ -52,7 +53,8 @@ void setValues(const Context& context, const Arguments& arguments) {
   const auto person = findPerson(arguments.record);
   // Makes every property known that books add to those of the store.
   discoveredBooks(context);
-  applyAll(assignments, *person, {});
+  const WholeAct act;
+  applyAll(assignments, *person);
   if (saveEdits()) tellPerson(context, "changed ", *person);
 }
 

@@ -1,10 +1,9 @@
 // restore: a book from a backup of one.
-#include <condition_variable>
-#include <mutex>
+#include <memory>
 
-#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/OxMacAddressBookSDK/admin/restored_tags.hpp"
+#include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
 #include "oxcontacts/book_file.hpp"
@@ -25,27 +24,18 @@ struct Arguments {
   bool force = false;
 };
 
-// Loads on the book's own thread and waits for its finished report.
-void load(const Context& context, OxMacAddressBook& book, const Data& data) {
-  struct State {
-    std::mutex mutex;
-    std::condition_variable finished;
-    bool done = false;
-  };
-  const auto state = std::make_shared<State>();
-  ProgressBar bar(context, "restoring");
-  book.loadWithData_progressBlock(data, [state, &bar](double percent, bool finished) {
-    if (!finished) return bar.show(percent);
-    const std::lock_guard lock(state->mutex);
-    state->done = true;
-    state->finished.notify_one();
-  });
-  std::unique_lock lock(state->mutex);
-  state->finished.wait(lock, [&] { return state->done; });
+// The steps of a load, here and not on a thread of its own, for they are a part of this act.
+void replaceRecords(const Context& context, OxMacAddressBook& book, const BookFile& file) {
+  const auto bar = std::make_shared<ProgressBar>(context, "restoring");
+  book.setLoadProgressBlock([bar](double percent, bool) { bar->show(percent); });
+  book.clearAddressBook();
+  book.addGroupAndPersonByGeneralAddressBook(file.book);
+  book.adjustGroupAndPersonRelatedByGeneralAddressBook(file.book);
+  book.setLoadProgressBlock(nullptr);
 }
 
-// A load deletes first and cannot say that another program keeps it from writing: whether one does
-// is seen before, by writing nothing.
+// Whether another program keeps the store from being written is seen before the work, by writing
+// nothing.
 void refuseLockedStore() {
   const failures::Watch watch;
   std::string reason;
@@ -65,19 +55,14 @@ RecordCounts countsOf(const OxMacAddressBook& book) {
 
 // Throws unless the book holds what it should.
 void verify(const Context& context, const OxMacAddressBook& book, const RecordCounts& expected,
-            const std::string& copy, const failures::Watch& watch) {
-  const auto keeps = "; the store as it was is in " + copy;
-  if (watch.hasFailures()) {
-    const auto failure = storeFailure("restoring failed", watch);
-    throw CommandError(failure.code(),
-                       std::string(failure.what()) + "; the book may be incomplete" + keeps);
-  }
+            const std::string& copy) {
   const auto found = countsOf(book);
   if (found.groups != expected.groups || found.persons != expected.persons) {
     throw CommandError(kFailed, "the book holds " + counted(found.groups, "group") + " and " +
                                     counted(found.persons, "person") + " instead of " +
                                     std::to_string(expected.groups) + " and " +
-                                    std::to_string(expected.persons) + keeps);
+                                    std::to_string(expected.persons) +
+                                    "; the store as it was is in " + copy);
   }
   if (context.json) {
     printJson({{"groups", found.groups}, {"persons", found.persons}});
@@ -100,13 +85,16 @@ void restore(const Context& context, const Arguments& arguments) {
   if (!book->canCreateGroup()) expected.groups += countsOf(*book).groups;
   refuseLockedStore();
   const auto copy = keepCopyBefore(context, "restore");
-  const failures::Watch watch;
-  load(context, *book, file.data);
-  if (!watch.hasFailures()) {
+  const WholeAct act;
+  {
+    // A tag file that fails costs the tags, and is told at the end.
+    const failures::Watch watch(failures::Watch::Over::OwnWork);
+    replaceRecords(context, *book, file);
     settleRestoredTags(*book, before, file.tags);
-    OxTagManager::makeDurable();
+    if (watch.hasFailures()) giveUp(watch);
   }
-  verify(context, *book, expected, copy, watch);
+  saveEdits();
+  verify(context, *book, expected, copy);
 }
 
 }  // namespace

@@ -1,39 +1,14 @@
 #include "oxcontacts/edit/saving.hpp"
 
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
-#include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/ground/contacts_and_tags.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox::program {
 namespace {
 
-void removeTagsOf(const std::shared_ptr<ABRecord>& record) {
-  const auto person = hostPerson(record);
-  if (!person) return;
-  const auto manager = OxTagManager::tagManagerWithID(person->addressBookID());
-  if (manager && manager->tagsByPersonID(person->ID())) manager->removeForPersonID(person->ID());
-}
-
-bool removeAgain(const MadeRecords& made) {
-  if (made.empty()) return true;
-  const auto store = ABAddressBook::sharedAddressBook();
-  for (const auto& record : made) {
-    removeTagsOf(record);
-    store->removeRecord(record);
-  }
-  return store->save();
-}
-
 [[noreturn]] void refuseLosableTags(const failures::Watch& watch) {
   throw storeFailure("the tags may not survive a power cut", watch);
-}
-
-std::string leftBehind(const MadeRecords& made) {
-  std::string text = "the values were not saved, and this is left without them:";
-  for (const auto& record : made) {
-    text += (record == made.front() ? " " : ", ") + record->uniqueId().value_or("");
-  }
-  return text;
 }
 
 }  // namespace
@@ -44,13 +19,10 @@ CommandError storeFailure(const std::string& what, const failures::Watch& watch)
   return {busy ? kBusy : kFailed, what + ": " + watch.lastReason()};
 }
 
-void giveUp(const failures::Watch& watch, const MadeRecords& made) {
+void giveUp(const failures::Watch& watch) {
   const auto failure = storeFailure("nothing was saved", watch);
   ABAddressBook::sharedAddressBook()->revert();
-  const failures::Watch removal;
-  if (removeAgain(made)) throw failure;
-  ABAddressBook::sharedAddressBook()->revert();
-  throw storeFailure(leftBehind(made), removal);
+  throw failure;
 }
 
 void saveTags() {
@@ -69,16 +41,16 @@ void refuseTagsLeft(TagsToRemove::Outcome outcome, const failures::Watch& watch)
   }
 }
 
-bool saveEdits(const MadeRecords& made) {
+bool saveEdits() {
   const failures::Watch watch;
-  const auto report = ABAddressBook::sharedAddressBook()->saveAndReturnError();
-  if (!report.done) giveUp(watch, made);
+  const auto [contacts, tagsAreSafe] = saveContactsAndTags();
+  if (!contacts.done) giveUp(watch);
   // The last one is told when the program ends.
-  for (std::size_t i = 0; i + 1 < report.dropped.size(); ++i)
-    Context::complain(report.dropped[i].reason);
-  for (const auto& overtaken : report.overtaken) Context::complain(overtaken.reason);
-  saveTags();
-  return report.dropped.empty();
+  for (std::size_t i = 0; i + 1 < contacts.dropped.size(); ++i)
+    Context::complain(contacts.dropped[i].reason);
+  for (const auto& overtaken : contacts.overtaken) Context::complain(overtaken.reason);
+  if (!tagsAreSafe) refuseLosableTags(watch);
+  return contacts.dropped.empty();
 }
 
 }  // namespace ox::program
