@@ -80,7 +80,7 @@ struct SaveRequest {
   // Additions and links alone, put together without a look at the store.
   bool onlyCreates() const {
     return newContainers.empty() && replacements.empty() && removedLinks.empty() &&
-           removedContainers.empty() && !moment;
+           removedContainers.empty() && tags.empty() && !moment;
   }
 };
 
