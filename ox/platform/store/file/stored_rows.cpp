@@ -60,6 +60,24 @@ Data StoredRows::pictureBytes(std::int64_t imageRow) {
   return row.step() ? makeData(std::string(row.blob(0))) : nullptr;
 }
 
+Data StoredRows::pictureOf(std::int64_t row) {
+  auto found = file_.connection().prepare(
+      "SELECT i.data FROM content c JOIN image i ON i.id = c.image WHERE c.record = ?1");
+  found.bind(1, row);
+  return found.step() ? makeData(std::string(found.blob(0))) : nullptr;
+}
+
+void StoredRows::visit(const std::function<void(const RecordEntry&)>& visit) {
+  auto rows = file_.connection().prepare("SELECT id, uid, kind, container FROM record ORDER BY id");
+  while (rows.step()) visit(entryOfRow(rows));
+}
+
+void StoredRows::visitLinks(
+    const std::function<void(std::int64_t, std::int64_t, std::int64_t)>& visit) {
+  auto rows = file_.connection().prepare("SELECT id, parent, child FROM link ORDER BY id");
+  while (rows.step()) visit(rows.integer(0), rows.integer(1), rows.integer(2));
+}
+
 std::optional<std::int64_t> StoredRows::link(std::int64_t group, std::int64_t child) {
   const sqlite::StatementScope scope(link_);
   link_.bind(1, group).bind(2, child);

@@ -31,6 +31,12 @@ class StoredRows {
   // The checksum of a picture; missing when that row is not there.
   std::optional<std::uint64_t> picture(std::int64_t imageRow);
   Data pictureBytes(std::int64_t imageRow);
+  // Of a record; null when it has none.
+  Data pictureOf(std::int64_t row);
+  // Every record by its row, every link by its number.
+  void visit(const std::function<void(const RecordEntry&)>& visit);
+  void visitLinks(const std::function<void(std::int64_t number, std::int64_t group,
+                                           std::int64_t child)>& visit);
   // The number of a link.
   std::optional<std::int64_t> link(std::int64_t group, std::int64_t child);
   std::vector<std::int64_t> parents(std::int64_t row);

@@ -1,13 +1,18 @@
 #include "ox/platform/store/journal/store_journal.hpp"
 
+#include <deque>
+#include <filesystem>
+#include <system_error>
 #include <unordered_set>
 #include <utility>
 
 #include "ox/platform/store/committed/act_builder.hpp"
+#include "ox/platform/store/file/backup.hpp"
 #include "ox/platform/store/file/eraser.hpp"
 #include "ox/platform/store/file/journal_trim.hpp"
 #include "ox/platform/store/journal/command_list.hpp"
 #include "ox/platform/store/journal/record_history.hpp"
+#include "ox/platform/store/journal/return_to_copy.hpp"
 #include "ox/platform/store/journal/way_back.hpp"
 #include "ox/platform/store/process_origin.hpp"
 #include "ox/platform/store/values/store_error.hpp"
@@ -17,6 +22,31 @@ namespace ox {
 namespace {
 
 constexpr std::int64_t kActsOfTrim = 1024;
+
+// A copy, opened for reading under another name: one of an earlier version is brought up to date by
+// that, and is to stay as it is.
+class OpenedCopy {
+ public:
+  explicit OpenedCopy(const std::string& path) : copy_(path + ".opened") {
+    copy_.takeStore(path);
+    file_.emplace(copy_.path());
+  }
+  OpenedCopy(const OpenedCopy&) = delete;
+  OpenedCopy& operator=(const OpenedCopy&) = delete;
+  ~OpenedCopy() {
+    file_.reset();
+    std::error_code error;
+    for (const auto* ending : {"-wal", "-shm", "-journal", ".copies"}) {
+      std::filesystem::remove_all(copy_.path() + ending, error);
+    }
+  }
+
+  StoreFile& file() { return *file_; }
+
+ private:
+  DatabaseCopy copy_;
+  std::optional<StoreFile> file_;
+};
 
 // How many records an act touches.
 std::uint64_t recordsOf(const Act& act) {
@@ -103,6 +133,24 @@ std::vector<RemovedRecord> StoreJournal::removedRecords(std::size_t atMost) {
   return guarded([&] {
     ChangeReader reader(store_.file(), store_.committed());
     return ox::removedRecords(reader, atMost);
+  });
+}
+
+UndoReport StoreJournal::returnToCopy(const std::string& path, const std::vector<TagChange>& tags) {
+  return guarded([&] {
+    UndoReport report;
+    OpenedCopy copy(path);
+    std::deque<NewRecord> added;
+    report.done = store_.write(StoreFile::Outlive::PowerCut, [&](ActBuilder& builder) {
+      added.clear();
+      auto& act = builder.act();
+      ReturnToCopy(store_.file(), copy.file(), store_.committed(), act, added).decide();
+      act.tags = tags;
+      report.records = recordsOf(act);
+    });
+    if (report.done) report.number = store_.committed().moment().number;
+    report.done = true;  // a store that holds all of it already, too
+    return report;
   });
 }
 

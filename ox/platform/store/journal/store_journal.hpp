@@ -36,6 +36,10 @@ class StoreJournal {
   // Takes back the command of that number (of its first act); without one the last that is in
   // effect and takes nothing back itself. `again`: the last taking back that is in effect.
   enum class Last : std::uint8_t { Command, TakingBack };
+  // Makes the store hold what the copy of it at that path holds, and the tags change so, as one
+  // act.
+  UndoReport returnToCopy(const std::string& path, const std::vector<TagChange>& tags);
+
   JournalBounds bounds();
   void setBounds(const JournalBounds& bounds);
   // See eraseRecord.

@@ -1,0 +1,49 @@
+#include "ox/OxAddressBookSDK/tags/tag_table.hpp"
+
+#include <filesystem>
+
+#include "ox/OxAddressBookSDK/tags/tag_file.hpp"
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/base/sqlite/error.hpp"
+
+namespace ox {
+namespace {
+
+constexpr int kBusyMilliseconds = 10'000;
+
+sqlite::Connection opened(const std::string& path) {
+  sqlite::Connection file(path, sqlite::Connection::Mode::ReadWrite);
+  file.setBusyTimeout(kBusyMilliseconds);
+  return file;
+}
+
+}  // namespace
+
+AllTags allTagsIn(const std::string& path) {
+  AllTags all;
+  if (!std::filesystem::exists(path)) return all;
+  auto file = opened(path);
+  auto rows =
+      file.prepare("SELECT manager, person, tag FROM tag ORDER BY manager, person, position");
+  while (rows.step()) {
+    all[{std::string(rows.text(0)), std::string(rows.text(1))}].emplace_back(rows.text(2));
+  }
+  return all;
+}
+
+bool eraseTagsIn(const std::string& path, const std::string& person) {
+  if (!std::filesystem::exists(path)) return false;
+  auto file = opened(path);
+  file.execute("PRAGMA secure_delete=ON; PRAGMA synchronous=FULL");
+  file.prepare("DELETE FROM tag WHERE person = ?1").bindText(1, person).run();
+  const bool found = file.changes() > 0;
+  // What was deleted earlier may still stand in parts of pages that nobody uses.
+  file.execute("VACUUM");
+  if (file.queryInteger("PRAGMA wal_checkpoint(TRUNCATE)") == 0) return found;
+  throw FailureError(FailureKind::Busy,
+                     path + ": another program is using the tags; traces stay in " + path +
+                         "-wal until it ends: try again then",
+                     path);
+}
+
+}  // namespace ox
