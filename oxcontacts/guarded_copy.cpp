@@ -4,14 +4,14 @@
 
 namespace ox::program {
 
-std::string keepCopyBefore(const Context& context, const std::string& command) {
+std::string keepCopyBefore(const Context& context, const std::string& command, Sweep sweep) {
   auto path = pathOfNextStoreCopy(command);
   {
     GuardedCopy guarded(path);
     guarded.copy->take(StoreCopy::DamagedTags::LeaveOut);
     guarded.copy->put();
   }
-  sweepStoreCopies();
+  if (sweep == Sweep::Now) sweepStoreCopies();
   context.tell("the store as it was: " + path);
   return path;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <list>
 #include <optional>
 #include <string>
@@ -24,7 +25,10 @@ struct GuardedCopy {
 };
 
 // Keeps a copy of the store as it is now, from before the command of that name replaces much of it;
-// the result is its path. Tells the user where it lies.
-std::string keepCopyBefore(const Context& context, const std::string& command);
+// the result is its path. Tells the user where it lies. The oldest ones go, now or when the caller
+// says so.
+enum class Sweep : std::uint8_t { Now, Later };
+std::string keepCopyBefore(const Context& context, const std::string& command,
+                           Sweep sweep = Sweep::Now);
 
 }  // namespace ox::program

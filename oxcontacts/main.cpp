@@ -151,6 +151,7 @@ int mainOf(int argc, char** argv) {
   declareLog(program, context);
   declareUndo(program, context);
   declareTrash(program, context);
+  declareForget(program, context);
   declareCheck(program, context);
   takeAsGiven(program);
   const failures::Watch watch;

@@ -25,6 +25,7 @@ void declarePhoto(CLI::App& program, const Context& context);
 void declareExport(CLI::App& program, const Context& context);
 void declareBackup(CLI::App& program, const Context& context);
 void declareRestore(CLI::App& program, const Context& context);
+void declareForget(CLI::App& program, const Context& context);
 void declareLog(CLI::App& program, const Context& context);
 void declareUndo(CLI::App& program, const Context& context);
 void declareTrash(CLI::App& program, const Context& context);

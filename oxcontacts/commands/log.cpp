@@ -6,7 +6,7 @@
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/past_values.hpp"
 #include "oxcontacts/output/table.hpp"
-#include "oxcontacts/past.hpp"
+#include "oxcontacts/past_persons.hpp"
 #include "oxcontacts/time_text.hpp"
 
 namespace ox::program {

@@ -10,7 +10,7 @@
 #include "oxcontacts/output/table.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
 #include "oxcontacts/output/value_json.hpp"
-#include "oxcontacts/past.hpp"
+#include "oxcontacts/past_persons.hpp"
 #include "oxcontacts/time_text.hpp"
 
 namespace ox::program {

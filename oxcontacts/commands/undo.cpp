@@ -1,9 +1,9 @@
 // undo, redo: a command taken back, and that taken back again.
-#include "ox/platform/journal/journal.hpp"
+#include "ox/OxMacAddressBookSDK/admin/past.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
-#include "oxcontacts/past.hpp"
+#include "oxcontacts/past_persons.hpp"
 
 namespace ox::program {
 namespace {
@@ -46,10 +46,10 @@ void declareUndo(CLI::App& program, const Context& context) {
       "What was changed since by other commands stays, value by value, and is named; the exit code "
       "is then 3. Tags, groups and photos come back too. `redo` takes the undo back.");
   undo->callback([&context, number, option] {
-    tell(context, journal::undo(option->count() > 0 ? std::optional(*number) : std::nullopt));
+    tell(context, undoCommand(option->count() > 0 ? std::optional(*number) : std::nullopt));
   });
   auto* redo = program.add_subcommand("redo", "Take the last undo back");
-  redo->callback([&context] { tell(context, journal::redo()); });
+  redo->callback([&context] { tell(context, redoCommand()); });
 }
 
 }  // namespace ox::program

@@ -1,4 +1,4 @@
-#include "oxcontacts/past.hpp"
+#include "oxcontacts/past_persons.hpp"
 
 #include <vector>
 

@@ -1,0 +1,79 @@
+#include "ox/OxMacAddressBookSDK/admin/past.hpp"
+
+#include <filesystem>
+
+#include "ox/OxAddressBookSDK/tags/tag_table.hpp"
+#include "ox/base/store_location.hpp"
+#include "ox/platform/journal/journal.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/file/eraser.hpp"
+#include "ox/platform/store/file/kept_copies.hpp"
+#include "ox/platform/store/journal/store_journal.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+
+namespace ox {
+namespace {
+
+// What makes the tags of the one file those of the other.
+std::vector<TagChange> differenceOf(const AllTags& now, const AllTags& then) {
+  std::vector<TagChange> changes;
+  for (const auto& [who, tags] : now) {
+    const auto found = then.find(who);
+    const auto after = found != then.end() ? found->second : std::vector<std::string>();
+    if (tags != after) changes.push_back({who.first, who.second, tags, after});
+  }
+  for (const auto& [who, tags] : then) {
+    if (!now.contains(who)) changes.push_back({who.first, who.second, {}, tags});
+  }
+  return changes;
+}
+
+// The rest goes on when one file fails: nothing of her must stay for the sake of another one.
+template <typename Step>
+bool erasedBy(Step step, ForgetReport& report) {
+  try {
+    return step();
+  } catch (const std::exception& error) {
+    report.left.emplace_back(error.what());
+    return false;
+  }
+}
+
+}  // namespace
+
+UndoReport undoCommand(std::optional<std::int64_t> number) {
+  return journal::undo(number);
+}
+
+UndoReport redoCommand() {
+  return journal::redo();
+}
+
+UndoReport restoreStoreCopy(const std::string& name) {
+  for (const auto& path : pathsOfCopies(contactStorePath())) {
+    if (std::filesystem::path(path).stem() != name) continue;
+    const auto tags = differenceOf(allTagsIn(tagStorePath()), allTagsIn(path + ".tags"));
+    auto report = contactSource().journal().returnToCopy(path, tags);
+    return report;
+  }
+  UndoReport report;
+  report.reason = "there is no copy \"" + name + "\"";
+  return report;
+}
+
+ForgetReport forgetPerson(const RecordKey& person, const std::string& name) {
+  ForgetReport report;
+  const auto identifier = person.text();
+  report.found = contactSource().journal().erase(person, name);
+  report.found = erasedBy([&] { return eraseTagsIn(tagStorePath(), identifier); }, report) ||  //
+                 report.found;
+  for (const auto& copy : pathsOfCopies(contactStorePath())) {
+    const bool held = erasedBy([&] { return eraseRecord(copy, person, name); }, report);
+    const bool tagged = erasedBy([&] { return eraseTagsIn(copy + ".tags", identifier); }, report);
+    if (held || tagged) ++report.copies;
+  }
+  report.found = report.found || report.copies > 0;
+  return report;
+}
+
+}  // namespace ox
