@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "ox/base/failures.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
@@ -338,6 +339,37 @@ TEST(RunningAct, WhoseAccountIsRemovedElsewhereIsNotSavedAtAll) {
   }
   EXPECT_EQ(visible(), "Ann ");
   EXPECT_EQ(elsewhere(), "Ann ");
+}
+
+// Each thread's acts are there whole, or not at all, whatever the others save and take back.
+TEST(RunningAct, OfManyThreadsAtOnceAreEachWhole) {
+  constexpr int kThreads = 4;
+  constexpr int kActs = 20;
+  StoreBuilder().group("all", "All");
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([t] {
+      for (int i = 0; i < kActs; ++i) {
+        const auto name = std::to_string(t) + '-' + std::to_string(i);
+        const RunningAct act;
+        StoreBuilder().person(name).group("g" + name, name).member("g" + name, name);
+        setFirst(name, name);
+        groupNamed("all")->addMember(personNamed(name));
+        EXPECT_TRUE(i % 2 == 0 ? book()->save() : true);
+        book()->people();
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_FALSE(book()->hasUnsavedChanges());
+  const auto seen = elsewhere();
+  EXPECT_EQ(seen, visible());
+  EXPECT_EQ(book()->people().size(), kThreads * kActs / 2U);
+  EXPECT_EQ(groupNamed("all")->members().size(), kThreads * kActs / 2U);
+  for (const auto& person : book()->people()) {
+    EXPECT_EQ(firstName(*person), *person->uniqueId());
+    EXPECT_EQ(person->parentGroups().size(), 2U) << *person->uniqueId();
+  }
 }
 
 TEST(RunningAct, LinksOfARecordThatIsRemovedElsewhereAreDroppedAndNamed) {

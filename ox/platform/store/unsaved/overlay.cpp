@@ -326,7 +326,7 @@ UnsavedChanges Overlay::unsavedChanges(const ActIds& acts) const {
 }
 
 void Overlay::clear(const ActIds& acts) {
-  values_.clear(acts);
+  if (values_.clear(acts)) links_.forgetLists();
   links_.clear(acts);
   additions_.clear(acts);
 }

@@ -44,8 +44,7 @@ void PendingLinks::follow() {
   if (seenGeneration_ == committed_.linkGeneration()) return;
   assert(seenGeneration_ < committed_.linkGeneration());
   seenGeneration_ = committed_.linkGeneration();
-  memberLists_.clear();
-  groupLists_.clear();
+  forgetLists();
 }
 
 void PendingLinks::forgetIndex() noexcept {
@@ -54,8 +53,7 @@ void PendingLinks::forgetIndex() noexcept {
   addedParents_.clear();
   addedChildren_.clear();
   editedGroups_.clear();
-  memberLists_.clear();
-  groupLists_.clear();
+  forgetLists();
 }
 
 void PendingLinks::index(EditIndex edit) {
@@ -241,13 +239,22 @@ std::vector<Link> PendingLinks::removedLinks(const ActIds& acts) const {
   return links;
 }
 
+// The edits of an act that still runs may be many: what follows from them is kept where it can be.
 void PendingLinks::clear(const ActIds& acts) noexcept {
+  const bool hasAny = std::any_of(edits_.begin(), edits_.end(),
+                                  [&](const Edit& edit) { return isAmong(acts, edit.act); });
+  if (!hasAny) return;
   std::erase_if(edits_, [&](const Edit& edit) {
     return edit.what == What::TakenBack || isAmong(acts, edit.act);
   });
   takenBack_ = 0;
   forgetIndex();
   indexed_ = edits_.empty();
+}
+
+void PendingLinks::forgetLists() noexcept {
+  memberLists_.clear();
+  groupLists_.clear();
 }
 
 }  // namespace ox

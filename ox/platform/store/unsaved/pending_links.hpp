@@ -41,8 +41,9 @@ class PendingLinks {
   // In the order in which they were made; without those of records that these acts removed.
   std::vector<Link> addedLinks(const ActIds& acts) const;
   std::vector<Link> removedLinks(const ActIds& acts) const;
-  // To be called after the removals of these acts were cleared.
   void clear(const ActIds& acts) noexcept;
+  // To be called when the removal of records was taken back or has been written.
+  void forgetLists() noexcept;
 
  private:
   struct Pair {

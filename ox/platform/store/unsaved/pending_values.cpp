@@ -142,6 +142,12 @@ bool PendingValues::isRemovedBy(const ActIds& acts, const RecordKey& key) const 
   return found != removed_.end() && isAmong(acts, found->second);
 }
 
+bool PendingValues::isChangedBy(const Changed& changed, const ActIds& acts) {
+  const auto isTheirs = [&](const auto& change) { return isAmong(acts, change.act); };
+  return std::any_of(changed.values.begin(), changed.values.end(), isTheirs) ||
+         std::any_of(changed.images.begin(), changed.images.end(), isTheirs);
+}
+
 // What these acts want together: of one property the latest of their values, and what was committed
 // when the first of them changed it.
 RecordEdit PendingValues::editOf(const Changed& changed, const ActIds& acts) {
@@ -169,11 +175,10 @@ RecordEdit PendingValues::editOf(const Changed& changed, const ActIds& acts) {
 
 std::vector<RecordEdit> PendingValues::edits(const ActIds& acts) const {
   std::vector<RecordEdit> list;
-  list.reserve(edits_.size());
   for (const auto& each : edits_) {
-    if (isRemovedBy(acts, each.key)) continue;
-    auto edit = editOf(each, acts);
-    if (!edit.values.empty() || edit.image) list.push_back(std::move(edit));
+    if (isChangedBy(each, acts) && !isRemovedBy(acts, each.key)) {
+      list.push_back(editOf(each, acts));
+    }
   }
   return list;
 }
@@ -186,7 +191,7 @@ std::vector<RecordKey> PendingValues::removals(const ActIds& acts) const {
   return list;
 }
 
-void PendingValues::clear(const ActIds& acts) noexcept {
+bool PendingValues::clear(const ActIds& acts) noexcept {
   for (auto record = edits_.begin(); record != edits_.end();) {
     std::erase_if(record->values, [&](const auto& change) { return isAmong(acts, change.act); });
     std::erase_if(record->images, [&](const auto& change) {
@@ -201,10 +206,12 @@ void PendingValues::clear(const ActIds& acts) noexcept {
     }
     record = next;
   }
-  std::erase_if(removals_, [&](const auto& key) { return isRemovedBy(acts, key); });
+  const auto unremoved =
+      std::erase_if(removals_, [&](const auto& key) { return isRemovedBy(acts, key); });
   std::erase_if(removed_, [&](const auto& each) { return isAmong(acts, each.second); });
   assert(removed_.size() == removals_.size() && places_.size() == edits_.size());
   if (edits_.empty()) spill_.clear();
+  return unremoved != 0;
 }
 
 }  // namespace ox

@@ -43,7 +43,8 @@ class PendingValues {
   // In the order in which the records were first changed; without those that these acts removed.
   std::vector<RecordEdit> edits(const ActIds& acts) const;
   std::vector<RecordKey> removals(const ActIds& acts) const;
-  void clear(const ActIds& acts) noexcept;
+  // True when removed records are back, or gone for good.
+  bool clear(const ActIds& acts) noexcept;
 
  private:
   // The base is seldom there: most values are those of records that were made just now.
@@ -69,6 +70,7 @@ class PendingValues {
   Changed& changed(const RecordKey& key, RecordKind kind);
   const Changed* find(const RecordKey& key) const;
   void dropIfEmpty(const RecordKey& key);
+  static bool isChangedBy(const Changed& changed, const ActIds& acts);
   static RecordEdit editOf(const Changed& changed, const ActIds& acts);
 
   Edits edits_;
