@@ -1,7 +1,7 @@
 // How fast is a whole book handed out as the data of a neutral book, and taken into an empty one?
 // With the pictures of every twentieth person, which are packed anew, and without any.
-// Beside it: SQLite alone reading all values and pictures; and writing them as a load does, a
-// commit for each new person and one for all their values.
+// Beside it: SQLite alone reading all values and pictures; and writing them in one commit, as a
+// load does.
 #include <condition_variable>
 #include <fstream>
 #include <iterator>

@@ -34,8 +34,7 @@ double removePictures(const std::string& path);
 // Reads the properties and the picture of every record.
 double readContent(const std::string& path);
 
-// addPersons as often as there are rows, then the values and pictures of all in one synced
-// transaction.
+// A person for each row, with its values and picture: one synced transaction.
 double fillPersons(const std::string& path, const Rows& rows);
 
 }  // namespace ox::bench::plain
