@@ -72,7 +72,9 @@ class StoreSource final : public ContactSource {
     if (isMissing(value)) value = Object();  // whatever the spelling
     cleanText(value);
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    // News are not looked for unless the record is unknown: what has come since the host has read
+    // the value is not what it has changed it from, and must not be taken for that at the save.
+    if (!overlay_.isWritable(key)) committed_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
     overlay_.setValue(ownerOf(key), key, kind, property, std::move(value));
     return true;

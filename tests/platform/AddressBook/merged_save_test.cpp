@@ -69,6 +69,19 @@ class MergedSave : public ::testing::Test {
   failures::Watch watch_;
 };
 
+// What the other process had added between the read and the change was taken for something that
+// this one had seen and left out.
+TEST_F(MergedSave, TakesWhatCameAfterTheReadForNoChangeOfMine) {
+  ASSERT_TRUE(setPhones("a:1") && save());
+  const auto person = ann();
+  ASSERT_EQ(phones(), "a:1");
+  ASSERT_EQ(savesPhones.run({"a:1 t:6"}).exitCode, 0);
+  const auto mine = std::make_shared<const MultiValue>(entryList("a:1 m:5"));
+  ASSERT_TRUE(person->setValue_forProperty(mine, kABPhoneProperty));
+  EXPECT_EQ(reasons(ABAddressBook::sharedAddressBook()->saveAndReturnError()), "");
+  EXPECT_EQ(phones(), "a:1 t:6 m:5");
+}
+
 TEST_F(MergedSave, KeepsAdditionsAndRemovalsOfBoth) {
   EXPECT_EQ(reasons(saved("a:1 b:2 c:3", "b:2 c:3 m:5", "a:1 b:2 t:6")), "");
   EXPECT_EQ(phones(), "b:2 t:6 m:5");
