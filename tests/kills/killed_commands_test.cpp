@@ -8,7 +8,6 @@
 #include <random>
 #include <thread>
 
-#include "tests/kills/address_book.hpp"
 #include "tests/kills/killed_run.hpp"
 #include "tests/kills/writing_commands.hpp"
 
@@ -18,7 +17,7 @@ namespace {
 class KilledCommand : public testing::TestWithParam<Act> {};
 
 TEST_P(KilledCommand, IsDoneOrIsNot) {
-  fillAddressBook();
+  prepareFor(GetParam());
   const auto known = identifiersNow();
   const auto states = statesOf(GetParam(), known);
   ASSERT_FALSE(HasFailure());
@@ -46,7 +45,7 @@ Duration timeOf(const std::vector<std::string>& command) {
 
 // Killed from outside, as a user or the system does it, with every sync in place.
 TEST_P(KilledCommand, IsDoneOrIsNotAtMomentsOfChance) {
-  fillAddressBook();
+  prepareFor(GetParam());
   const auto known = identifiersNow();
   const auto states = statesOf(GetParam(), known);
   const PreparedFolder prepared;

@@ -8,6 +8,7 @@
 #include <map>
 #include <ostream>
 
+#include "ox/platform/store/running_act.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/kills/address_book.hpp"
@@ -71,12 +72,30 @@ void makePerson() {
   madePerson() = localBook()->newPerson();
 }
 
-void fillAndSavePerson() {
+// Without the save.
+void fillPerson() {
   const auto person = recordOf(madePerson());
   person->setValue_forProperty(Object("Ida"), kABFirstNameProperty);
   person->setValue_byPropertyName(test::onePhone("12"), OxProPertyPhone);
   person->setThumbnail(std::make_shared<const Image>(images::patterned(9, 9)));
+}
+
+void fillAndSavePerson() {
+  fillPerson();
   mustSave();
+}
+
+void makeWholePerson() {
+  const RunningAct act;
+  makePerson();
+  fillPerson();
+  mustSave();
+}
+
+void givePersonUp() {
+  const RunningAct act;
+  makePerson();
+  fillPerson();
 }
 
 std::shared_ptr<IOxGroup>& madeGroup() {
@@ -91,6 +110,14 @@ void makeGroup() {
 void nameAndSaveGroup() {
   madeGroup()->setDisplayName("Sailing");
   madeGroup()->addPersons({named("Ann"), named("Ben")});
+  mustSave();
+}
+
+void makeWholeGroupTree() {
+  const RunningAct act;
+  const auto above = localBook()->addGroupByName("Sports");
+  const auto below = above->addSubGroupByName("Sailing");
+  below->addPersons({named("Ann"), named("Cid")});
   mustSave();
 }
 
@@ -151,6 +178,9 @@ const std::vector<Work>& allWork() {
       {"SavesManyEdits", {saveManyEdits}},
       {"MakesAPerson", {makePerson, fillAndSavePerson}},
       {"MakesAGroup", {makeGroup, nameAndSaveGroup}},
+      {"MakesAPersonAsOneAct", {makeWholePerson}},
+      {"MakesAGroupTreeAsOneAct", {makeWholeGroupTree}},
+      {"GivesAPersonUp", {givePersonUp, saveManyEdits}},
       {"RemovesAGroupTree", {removeGroupTree}},
       {"ExecutesARequest", {executeRequest}},
       {"ChangesTags", {addTag, replaceTags, removeTag, forgetTags}},

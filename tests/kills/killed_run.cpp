@@ -11,9 +11,19 @@ namespace {
 
 using support::StoreEnvironment;
 
-// The index of the write-ahead log is made anew from the log wherever it is missing.
-bool isKept(const std::filesystem::directory_entry& entry) {
-  return entry.is_regular_file() && !entry.path().string().ends_with("-shm");
+// The folders that the environment has made stay, and the kept files too. The index of the
+// write-ahead log is made anew from the log wherever it is missing.
+bool isKept(const std::filesystem::path& path) {
+  const auto name = path.filename();
+  return name != "home" && name != "data" && name != "prepared" && !name.string().ends_with("-shm");
+}
+
+void copyAll(const std::filesystem::path& from, const std::filesystem::path& to) {
+  for (const auto& entry : std::filesystem::directory_iterator(from)) {
+    if (!isKept(entry)) continue;
+    std::filesystem::copy(entry, to / entry.path().filename(),
+                          std::filesystem::copy_options::recursive);
+  }
 }
 
 }  // namespace
@@ -44,20 +54,18 @@ bool wasKilled(const support::ProcessResult& result) {
 PreparedFolder::PreparedFolder() : kept_(support::temporaryPath("prepared")) {
   std::filesystem::remove_all(kept_);
   std::filesystem::create_directory(kept_);
-  for (const auto& entry :
-       std::filesystem::directory_iterator(StoreEnvironment::instance().folder())) {
-    if (isKept(entry)) std::filesystem::copy_file(entry, kept_ / entry.path().filename());
-  }
+  copyAll(StoreEnvironment::instance().folder(), kept_);
 }
 
 void PreparedFolder::bringBack() const {
   const auto& folder = StoreEnvironment::instance().folder();
+  std::vector<std::filesystem::path> old;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    if (entry.is_regular_file()) std::filesystem::remove(entry);
+    const bool isIndex = entry.path().string().ends_with("-shm");
+    if (isIndex || isKept(entry)) old.push_back(entry);
   }
-  for (const auto& entry : std::filesystem::directory_iterator(kept_)) {
-    std::filesystem::copy_file(entry, folder / entry.path().filename());
-  }
+  for (const auto& path : old) std::filesystem::remove_all(path);
+  copyAll(kept_, folder);
 }
 
 int killEverywhere(const std::vector<std::string>& command,

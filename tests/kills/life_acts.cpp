@@ -58,10 +58,11 @@ class Life {
 
   void live() {
     using Step = void (Life::*)();
-    static constexpr std::array kSteps = {&Life::addTag,   &Life::removeTag,   &Life::addPerson,
-                                          &Life::addBatch, &Life::removeBatch, &Life::addMember,
-                                          &Life::addGroup, &Life::removeGroup, &Life::setPicture,
-                                          &Life::setPair,  &Life::removeMember};
+    static constexpr std::array kSteps = {&Life::addPhone,    &Life::removePhone, &Life::addTag,
+                                          &Life::removeTag,   &Life::addPerson,   &Life::addBatch,
+                                          &Life::removeBatch, &Life::addMember,   &Life::addGroup,
+                                          &Life::removeGroup, &Life::setPicture,  &Life::setPair,
+                                          &Life::phoneOther,  &Life::removeMember};
     const Step step = kSteps[below(kSteps.size())];
     (this->*step)();
   }
@@ -93,6 +94,50 @@ class Life {
     const bool done = act();
     log_.ended(done);
     return done;
+  }
+
+  bool appendPhone(const std::shared_ptr<ABPerson>& person, const std::string& number) {
+    auto phones = entriesOf(*person, kABPhoneProperty);
+    phones.add(Object(number), number);  // with one label, a new one might be an old one changed
+    return person->setValue_forProperty(std::make_shared<const MultiValue>(std::move(phones)),
+                                        kABPhoneProperty) &&
+           saved();
+  }
+
+  void addPhone() {
+    if (phones_.size() >= kMost) return removePhone();
+    const Own phone{shared(), next(), {}};
+    const auto add = [&] { return appendPhone(personOf(phone.owner), phone.name); };
+    if (attempt("add", "phone " + phone.owner + " " + phone.name, add)) phones_.push_back(phone);
+  }
+
+  void removePhone() {
+    if (phones_.empty()) return;
+    const auto phone = taken(phones_);
+    const auto person = personOf(phone.owner);
+    auto phones = entriesOf(*person, kABPhoneProperty);
+    const auto isIt = [&](const MultiEntry& entry) { return entry.value == Object(phone.name); };
+    if (std::erase_if(phones.entries, isIt) != 1) return log_.wrong("lost phone " + phone.name);
+    if (phones.primary != 0 &&
+        std::none_of(phones.entries.begin(), phones.entries.end(),
+                     [&](const auto& entry) { return entry.identifier == phones.primary; })) {
+      phones.primary = 0;
+    }
+    attempt("remove", "phone " + phone.owner + " " + phone.name, [&] {
+      return person->setValue_forProperty(std::make_shared<const MultiValue>(std::move(phones)),
+                                          kABPhoneProperty) &&
+             saved();
+    });
+  }
+
+  // A person of another process, who may go at any time.
+  void phoneOther() {
+    const auto people = records()->people();
+    const auto person = people[below(people.size())];
+    const auto name = textOf(*person, kABFirstNameProperty);
+    if (name.empty()) return;  // it has gone
+    const auto number = next();
+    attempt("add", "phone " + name + " " + number, [&] { return appendPhone(person, number); });
   }
 
   bool changeTags(const std::string& person, const std::function<void(_ABPerson&)>& change) {
@@ -247,6 +292,7 @@ class Life {
   Log log_;
   std::mt19937 chance_;
   std::size_t count_ = 0;
+  Owned phones_;
   Owned tags_;
   Owned batches_;
   Owned members_;

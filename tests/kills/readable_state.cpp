@@ -2,10 +2,10 @@
 
 #include <filesystem>
 #include <map>
-#include <vector>
 
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
 #include "ox/base/checksum.hpp"
+#include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "tests/support/store_environment.hpp"
@@ -58,8 +58,13 @@ class Reader {
   }
 
  private:
+  // What is there.
   std::string name(const std::string& identifier) {
     here_.insert(identifier);
+    return given(identifier);
+  }
+
+  std::string given(const std::string& identifier) {
     if (known_.contains(identifier)) return identifier;
     const auto next = "new" + std::to_string(given_.size() + 1);
     return given_.emplace(identifier, next).first->second;
@@ -83,25 +88,19 @@ class Reader {
     return text;
   }
 
-  // Of all persons that are there or were known, under every account that is or was.
+  // Every tag in the file, whoever has it.
   std::string tags(const std::string& path) {
     if (!std::filesystem::exists(path)) return {};
-    TagFile file(path);
-    const auto here = here_;
-    auto all = known_;
-    all.insert(here.begin(), here.end());
+    TagFile file(path);  // looks at it as the product does, whatever the kill has left
+    sqlite::Connection connection(path, sqlite::Connection::Mode::ReadOnly);
+    auto persons = connection.prepare("SELECT DISTINCT manager, person FROM tag ORDER BY 1, 2");
     std::string text;
-    for (const auto& account : all) {
-      const auto end = account.find(":ABAccount");
-      if (end == std::string::npos) continue;
-      for (const auto& person : all) {
-        const auto list = file.tags(account.substr(0, end), person);
-        if (list.empty()) continue;
-        text += "tags of " + name(person) + (here.contains(person) ? "" : ", who is gone") +
-                " in " + name(account);
-        for (const auto& tag : list) text += " " + tag;
-        text += "\n";
-      }
+    while (persons.step()) {
+      const std::string person(persons.text(1));
+      text += (here_.contains(person) ? "tags of " : "tags of a person who is gone, ") +
+              given(person) + " in " + given(std::string(persons.text(0)) + ":ABAccount");
+      for (const auto& tag : file.tags(persons.text(0), person)) text += " " + tag;
+      text += "\n";
     }
     return text;
   }

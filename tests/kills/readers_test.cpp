@@ -115,9 +115,14 @@ std::set<std::string> namelessInListing() {
 
 constexpr int kTimes = 25;
 
-// Runs the command, which may be another one each time, so often while the readers look on; what
-// they have seen that is wrong.
-std::string seenDuring(const char* names, const std::function<Words(int)>& arguments) {
+// What each of the readers has seen that is wrong.
+struct SeenBy {
+  std::string host;
+  std::string program;
+};
+
+// Runs the command, which may be another one each time, so often while the readers look on.
+SeenBy seenDuring(const char* names, const std::function<Words(int)>& arguments) {
   support::RunningProcess reader(looksOn.command({names}));
   EXPECT_TRUE(reader.waitForOutput("ready\n"));
   std::atomic<bool> isOver = false;
@@ -134,9 +139,37 @@ std::string seenDuring(const char* names, const std::function<Words(int)>& argum
   support::temporaryFile("stop", "");
   const auto result = reader.wait();
   EXPECT_EQ(result.exitCode, 0);
-  std::string wrong;
-  for (const auto& line : listed) wrong += line + "\n";
-  return wrong + result.output;
+  SeenBy seen{result.output.substr(std::string("ready\n").size()), ""};
+  for (const auto& line : listed) seen.program += line + "\n";
+  return seen;
+}
+
+void expectNothingSeen(const SeenBy& seen) {
+  EXPECT_EQ(seen.host, "");
+  EXPECT_EQ(seen.program, "");
+}
+
+TEST(Readers, SeeNoHalfMadePerson) {
+  fillAddressBook();
+  expectNothingSeen(seenDuring("any", [](int) -> Words {
+    return {"add-person", "_local", "name=Hal Orr", "phone=1", "phone+=2", "email=h@o"};
+  }));
+}
+
+TEST(Readers, SeeNoGroupWithoutAName) {
+  fillAddressBook();
+  expectNothingSeen(seenDuring("any", [](int) -> Words {
+    return {"add-group", "_local", "Sailing", "--under", "Club"};
+  }));
+}
+
+TEST(Readers, SeeNoHalfCopiedPerson) {
+  fillAddressBook();
+  auto ids = program_tests::personIds();
+  const auto copyBoth = [&](int) -> Words {
+    return {"copy", ids.at("Ann Lee"), ids.at("Ben Ray"), "--to", "Work"};
+  };
+  expectNothingSeen(seenDuring("any", copyBoth));
 }
 
 TEST(Readers, SeeNoHalfImportedPerson) {
@@ -147,7 +180,15 @@ TEST(Readers, SeeNoHalfImportedPerson) {
         program_tests::card({"FN:Hal", "N:;Hal;;;", uid, "TEL:1", "TEL:2", "EMAIL:h@o"});
     return {"import", support::temporaryFile("hal.vcf", hal + hal).string()};
   };
-  EXPECT_EQ(seenDuring("any", importNext), "ready\n");
+  expectNothingSeen(seenDuring("any", importNext));
+}
+
+TEST(Readers, SeeTheWholeBookWhileItIsRestored) {
+  fillAddressBook();
+  const auto book = support::temporaryPath("now.book").string();
+  ASSERT_EQ(runAlive(programCommand({"backup", "_local", book})).exitCode, 0);
+  const auto seen = seenDuring("same", [&](int) -> Words { return {"restore", "_local", book}; });
+  EXPECT_EQ(seen.host, "");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "ox/base/checksum.hpp"
 #include "tests/faults/store_state.hpp"
+#include "tests/kills/address_book.hpp"
 #include "tests/kills/killed_run.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
@@ -52,6 +53,13 @@ std::ostream& operator<<(std::ostream& stream, const Act& act) {
   return stream << act.name;
 }
 
+void prepareFor(const Act& act) {
+  fillAddressBook();
+  if (act.before.empty()) return;
+  const auto result = runAlive(commandOf(act.before));
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+}
+
 AllowedStates statesOf(const Act& act, const Identifiers& known) {
   AllowedStates states([&act, &known] { return stateFor(act, known); });
   const PreparedFolder prepared;
@@ -87,9 +95,16 @@ const std::vector<Act>& writingCommands() {
        {{"import", "@persons.vcf"}}},
       {"ImportsIntoAnAccount", {"import", "@persons.vcf", "--into", "Work"}, "2 cards"},
       {"ImportsChangedCards", {"import", "--update", "@changed.vcf"}, "1 updated"},
+      {"AddsAPerson",
+       {"add-person", "_local", "name=Hal Orr", "phone=1", "phone+=2", "email=h@o"},
+       "added Hal Orr"},
       {"SetsValues", {"set", "Ann Lee", "phone+=3", "nickname=Annie", "email="}, "changed Ann Lee"},
       {"SetsAPicture", {"photo", "Ben Ray", "--set", "@photo.tiff"}, "set the picture of Ben Ray"},
       {"ClearsAPicture", {"photo", "Ann Lee", "--clear"}, "Ann Lee has no picture now"},
+      {"AddsAGroup", {"add-group", "_local", "Sailing"}, "Sailing"},
+      {"AddsAGroupUnderAnother",
+       {"add-group", "_local", "Sailing", "--under", "Friends"},
+       "Sailing"},
       {"RenamesAGroup", {"rename-group", "Friends", "Others"}, "Others"},
       {"RemovesAGroupWithItsTree", {"remove-group", "Friends"}, "removed the group Friends"},
       {"AddsMembers", {"group-add", "Club", "Ann Lee", "Cid"}, "Club"},
@@ -97,6 +112,21 @@ const std::vector<Act>& writingCommands() {
       {"RemovesMembersOfTheWholeTree",
        {"group-remove", "Friends", "Ann Lee", "Cid", "--recursive"},
        "Friends"},
+      {"TakesTheLastCommandBack", {"undo"}, "took back "},
+      {"TakesARemovalBack",
+       {"undo"},
+       "took back ",
+       {},
+       {},
+       {"remove-person", "Ann Lee", "Ben Ray"}},
+      {"TakesARestoreBack", {"undo"}, "took back ", {}, {}, {"restore", "_local", "@local.book"}},
+      {"TakesARemovedAccountBack",
+       {"undo"},
+       "took back ",
+       {},
+       {},
+       {"accounts", "remove", "Work", "--force"}},
+      {"TakesAnUndoBack", {"redo"}, "took back ", {}, {}, {"undo"}},
       {"AddsAnAccount", {"accounts", "add", "Home"}, "added Home"},
       {"RemovesAnAccount", {"accounts", "remove", "Old"}, "removed Old"},
       {"BacksUpABook", {"backup", "_local", "@out.book"}, "saved ", {}, "out.book"},

@@ -21,6 +21,8 @@ struct Act {
   std::vector<Words> parts = {};
   // A file that it writes.
   std::string output = {};
+  // A command that comes before it.
+  Words before = {};
 
   std::vector<std::string> command() const;
 };
@@ -28,6 +30,9 @@ struct Act {
 std::ostream& operator<<(std::ostream& stream, const Act& act);
 
 const std::vector<Act>& writingCommands();
+
+// Fills the store for the act.
+void prepareFor(const Act& act);
 
 // The state before the act, after each of its parts, and after it; the act is run for that, and the
 // files are as they were. Both arguments must outlive the result.
