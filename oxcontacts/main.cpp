@@ -3,9 +3,7 @@
 #include <cassert>
 #include <csignal>
 #include <exception>
-#include <filesystem>
 #include <iostream>
-#include <unistd.h>
 
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/failures.hpp"
@@ -53,13 +51,9 @@ int exitCodeOf(const StoreError& error) {
 
 // What the database says of a store in a read-only place does not tell what to do.
 std::string messageOf(const StoreError& error) {
-  const auto store = contactStorePath();
-  const auto folder = std::filesystem::absolute(store).parent_path();
+  const auto store = contactStore();
   std::string reason = error.what();
-  const bool isReadOnly =
-      ::access(store.c_str(), F_OK) == 0 &&
-      (::access(store.c_str(), W_OK) != 0 || ::access(folder.c_str(), W_OK) != 0);
-  if (!isReadOnly || !reason.starts_with(store)) return reason;
+  if (!store.isReadOnly() || !reason.starts_with(store.name())) return reason;
   return reason +
          "; a store is used where it and its folder can be written: copy it to such a place";
 }

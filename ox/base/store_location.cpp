@@ -36,7 +36,7 @@ std::string dataFolder() {
 // The store that the process was told to use instead of that of the environment.
 struct ChosenStore {
   std::mutex mutex;
-  std::optional<std::string> path;
+  std::optional<StoreAddress> store;
   bool settled = false;
 };
 
@@ -45,19 +45,30 @@ ChosenStore& chosenStore() {
   return chosen;
 }
 
-std::optional<std::string> chosenPath() {
+std::optional<StoreAddress> chosenAddress() {
   auto& chosen = chosenStore();
   const std::lock_guard lock(chosen.mutex);
-  return chosen.path;
+  return chosen.store;
 }
 
 }  // namespace
 
-bool useContactStore(std::string path) {
+std::string StoreAddress::folder() const {
+  return std::filesystem::path(file_).parent_path().string();
+}
+
+bool StoreAddress::isReadOnly() const {
+  if (::access(file_.c_str(), F_OK) != 0) return false;
+  const auto around = folder();
+  return ::access(file_.c_str(), W_OK) != 0 ||
+         ::access(around.empty() ? "." : around.c_str(), W_OK) != 0;
+}
+
+bool useContactStore(std::string address) {
   auto& chosen = chosenStore();
   const std::lock_guard lock(chosen.mutex);
-  if (chosen.settled || path.empty()) return false;
-  chosen.path = std::move(path);
+  if (chosen.settled || address.empty()) return false;
+  chosen.store = StoreAddress(std::move(address));
   return true;
 }
 
@@ -67,15 +78,19 @@ void settleStoreLocation() {
   chosen.settled = true;
 }
 
-std::string contactStorePath() {
-  if (auto path = chosenPath()) return std::move(*path);
+StoreAddress contactStore() {
+  if (auto chosen = chosenAddress()) return *std::move(chosen);
   if (auto path = environment("OX_CONTACT_STORE"); !path.empty()) return path;
   return dataFolder() + "/oxcontacts/contacts.db";
 }
 
+std::string contactStorePath() {
+  return contactStore().file();
+}
+
 std::string tagStorePath() {
   if (auto path = environment("OX_TAG_STORE"); !path.empty()) return path;
-  return contactStorePath() + ".tags";
+  return contactStore().tagFile();
 }
 
 std::string placeOf(const std::string& path) {
@@ -95,7 +110,8 @@ std::string placeOf(const std::string& path) {
 
 bool isStoreFile(const std::string& path) {
   const auto place = placeOf(path);
-  for (const auto& own : {contactStorePath(), contactStorePath() + ".tags", tagStorePath()}) {
+  const auto store = contactStore();
+  for (const auto& own : {store.file(), store.tagFile(), tagStorePath()}) {
     for (const auto* ending : {"", "-wal", "-shm", "-journal"}) {
       const auto file = placeOf(own) + ending;
       std::error_code error;

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace ox {
@@ -44,6 +45,23 @@ TEST(StoreLocation, FollowsTheVariablesInTheirOrder) {
     EXPECT_EQ(contactStorePath(), row.contacts);
     EXPECT_EQ(tagStorePath(), row.tags);
   }
+}
+
+TEST(StoreAddress, TellsWhatLiesBesideTheFile) {
+  const StoreAddress store("/a/b.db");
+  EXPECT_EQ(store.name(), "/a/b.db");
+  EXPECT_EQ(store.file(), "/a/b.db");
+  EXPECT_EQ(store.folder(), "/a");
+  EXPECT_EQ(store.tagFile(), "/a/b.db.tags");
+  EXPECT_EQ(StoreAddress("b.db").folder(), "");
+  EXPECT_EQ(StoreAddress("b.db"), StoreAddress("b.db"));
+  EXPECT_NE(StoreAddress("b.db"), store);
+}
+
+TEST(StoreAddress, OfAStoreThatIsNotThereIsNotReadOnly) {
+  EXPECT_FALSE(StoreAddress("/no/such/folder/b.db").isReadOnly());
+  const bool mayWriteAll = ::geteuid() == 0;
+  EXPECT_NE(StoreAddress("/etc/passwd").isReadOnly(), mayWriteAll);
 }
 
 // The last case: the choice lasts until the process ends.

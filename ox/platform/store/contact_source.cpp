@@ -31,7 +31,7 @@ ContactSource& contactSource() {
   const std::lock_guard lock(installed.mutex);
   if (installed.current == nullptr) {
     settleStoreLocation();
-    installed.all.push_back(openStoreSource(contactStorePath()));
+    installed.all.push_back(openStoreSource(contactStore()));
     installed.current = installed.all.back().get();
   }
   return *installed.current;

@@ -17,7 +17,7 @@ class ContactSource : public RecordSource, public ContainerSource {
   virtual StoreJournal& journal() = 0;
 };
 
-// The source that both views use. Unless one was installed, the store at contactStorePath(), opened
+// The source that both views use. Unless one was installed, the store at contactStore(), opened
 // when first needed.
 ContactSource& contactSource();
 inline RecordSource& recordSource() {

@@ -1,7 +1,6 @@
 #include "ox/platform/store/store_source.hpp"
 
 #include <algorithm>
-#include <filesystem>
 #include <mutex>
 #include <utility>
 
@@ -26,8 +25,8 @@ bool refuse(const std::string& reason, const RecordKey& record) {
 // The store and this process's unsaved changes behind one lock.
 class StoreSource final : public ContactSource {
  public:
-  explicit StoreSource(std::string path)
-      : store_(std::move(path)),
+  explicit StoreSource(StoreAddress address)
+      : store_(std::move(address)),
         committed_(store_.committed()),
         journal_(mutex_, store_),
         overlay_(committed_) {}
@@ -139,7 +138,7 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     std::string text = kind == RecordKind::Person ? "ABPerson (" : "ABGroup (";
     text += key.text() + ")\n  stored in: ";
-    text += std::filesystem::path(store_.path()).parent_path().string();
+    text += store_.address().folder();
     text += "/Library/Application Support/AddressBook/";
     const auto entry = overlay_.find(key);
     const auto container = entry ? committed_.containers().inRow(entry->container) : nullptr;
@@ -354,8 +353,8 @@ class StoreSource final : public ContactSource {
 
 }  // namespace
 
-std::shared_ptr<ContactSource> openStoreSource(const std::string& path) {
-  return std::make_shared<StoreSource>(path);
+std::shared_ptr<ContactSource> openStoreSource(const StoreAddress& address) {
+  return std::make_shared<StoreSource>(address);
 }
 
 }  // namespace ox

@@ -176,8 +176,9 @@ KnownContent CommittedRecords::readStored(const RecordKey& key, Entry entry) {
     const auto now = find(key);
     if (!now) return {};
     if (now->row == row) {
-      throw DamagedRecord(file_.path() + ": " + key.text() + ": its stored values are missing",
-                          key.text());
+      throw DamagedRecord(
+          file_.address().name() + ": " + key.text() + ": its stored values are missing",
+          key.text());
     }
     entry = *now;
     content = contents_.read(entry, ContentCache::Ahead::No);

@@ -131,8 +131,8 @@ TagDebts ContactStore::tagDebts() {
         try {
           act.changes.push_back(decodeTagChange(changes.blob(0), changes.blob(1)));
         } catch (const DamagedTagChange& error) {
-          throw StoreError(StoreError::Kind::Corrupt, file_.path() + ": " + error.what(),
-                           file_.path());
+          throw StoreError(StoreError::Kind::Corrupt, file_.address().name() + ": " + error.what(),
+                           file_.address().name());
         }
       }
     }

@@ -24,9 +24,9 @@ class ActBuilder;
 // at a time; every operation throws StoreError when the file fails.
 class ContactStore {
  public:
-  explicit ContactStore(std::string path) : file_(std::move(path)), committed_(file_) {}
+  explicit ContactStore(StoreAddress address) : file_(std::move(address)), committed_(file_) {}
 
-  const std::string& path() const { return file_.path(); }
+  const StoreAddress& address() const { return file_.address(); }
   CommittedRecords& committed() { return committed_; }
   StoreFile& file() { return file_; }
 

@@ -58,7 +58,7 @@ KnownContent ContentCache::read(const RecordEntry& entry, Ahead ahead) {
       try {
         return keep(entry.key, rows);
       } catch (const DamagedProperties& error) {
-        throw DamagedRecord(file_.path() + ": " + entry.key.text() + ": " + error.what(),
+        throw DamagedRecord(file_.address().name() + ": " + entry.key.text() + ": " + error.what(),
                             entry.key.text());
       }
     }();
@@ -118,7 +118,7 @@ Data ContentCache::picture(const RecordEntry& entry, Ahead ahead) {
     if (!rows.step() || rows.integer(0) != entry.row) return nullptr;
     auto picture = soundPicture(rows);
     if (!picture) {
-      throw ImageReadError(file_.path() + ": " + entry.key.text() +
+      throw ImageReadError(file_.address().name() + ": " + entry.key.text() +
                                ": the stored picture is damaged: its checksum differs",
                            entry.key.text());
     }

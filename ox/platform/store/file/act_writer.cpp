@@ -55,8 +55,9 @@ std::optional<ActRow> lastAct(StoreFile& file) {
 ActWriter::ActWriter(StoreFile& file, const Act& act) : file_(file), act_(act) {
   const auto last = lastAct(file);
   if (!last) {
-    throw StoreError(StoreError::Kind::Corrupt, file.path() + ": the journal has no last row",
-                     file.path());
+    throw StoreError(StoreError::Kind::Corrupt,
+                     file.address().name() + ": the journal has no last row",
+                     file.address().name());
   }
   last_ = *last;
   nextRow_ = last_.nextRecord;

@@ -13,7 +13,7 @@ StoreFile::~StoreFile() {
 
 sqlite::Connection& StoreFile::connection() {
   if (connection_.handle() != nullptr) return connection_;
-  auto opened = openStoreFile(path_);
+  auto opened = openStoreFile(address_.file());
   auto rows = opened.prepare(sqlOf(Sql::CustomProperties));
   while (rows.step()) {
     const auto id = property_table::add(rows.text(0), static_cast<ABPropertyType>(rows.integer(1)));

@@ -8,6 +8,7 @@
 
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/base/sqlite/error.hpp"
+#include "ox/base/store_location.hpp"
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/values/origin.hpp"
@@ -19,12 +20,12 @@ namespace ox {
 // its commits are. Used by one thread at a time.
 class StoreFile {
  public:
-  explicit StoreFile(std::string path) : path_(std::move(path)) {}
+  explicit StoreFile(StoreAddress address) : address_(std::move(address)) {}
   ~StoreFile();
   StoreFile(const StoreFile&) = delete;
   StoreFile& operator=(const StoreFile&) = delete;
 
-  const std::string& path() const { return path_; }
+  const StoreAddress& address() const { return address_; }
 
   // Runs the step; what the file refused becomes a StoreError that names it.
   template <typename Step>
@@ -55,7 +56,7 @@ class StoreFile {
   void forgetUncommitted();
 
  private:
-  std::string path_;
+  StoreAddress address_;
   sqlite::Connection connection_;
   std::vector<sqlite::Statement> statements_;  // by Sql, prepared when first used
   Outlive outlive_ = Outlive::Kill;
@@ -72,7 +73,7 @@ auto StoreFile::guarded(Step step) -> decltype(step()) {
   try {
     return step();
   } catch (const sqlite::Error& error) {
-    throwStoreError(path_, error);
+    throwStoreError(address_.file(), error);
   }
 }
 

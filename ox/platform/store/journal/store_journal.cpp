@@ -90,7 +90,7 @@ JournalAct wanted(ChangeReader& reader, std::optional<std::int64_t> number,
 template <typename Step>
 auto StoreJournal::guarded(Step step) -> decltype(step()) {
   const std::lock_guard lock(mutex_);
-  const auto& path = store_.path();
+  const auto& path = store_.address().file();
   try {
     return store_.file().guarded([&] {
       store_.committed().refresh(CommittedRecords::Look::Now);
@@ -172,7 +172,7 @@ void StoreJournal::setBounds(const JournalBounds& bounds) {
 
 bool StoreJournal::erase(const RecordKey& key, const std::string& name) {
   const std::lock_guard lock(mutex_);
-  return eraseRecord(store_.path(), key, name);
+  return eraseRecord(store_.address().file(), key, name);
 }
 
 StoreMoment StoreJournal::moment() {
