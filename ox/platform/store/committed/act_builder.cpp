@@ -18,6 +18,11 @@ std::uint64_t checksumOf(const Data& image) {
   return image ? checksum64(*image) : 0;
 }
 
+bool sameOrMissing(const PropertyValue& a, const PropertyValue& b) {
+  if (isMissing(a) || isMissing(b)) return isMissing(a) && isMissing(b);
+  return sameValue(a, b);
+}
+
 // The properties in which the two differ, as each has them.
 void keepDifferences(const PropertyBag& before, const PropertyBag& after, Act::ChangedRecord& to) {
   to.before = PropertyBag();
@@ -191,7 +196,9 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
     const auto* held = before->find(property);
     const auto theirs = held != nullptr ? *held : PropertyValue();
     std::vector<MultiEntry> lost;
-    properties.set(property, mergedValue(base, mine, theirs, lost));
+    auto merged = mergedValue(base, mine, theirs, lost);
+    if (!sameOrMissing(merged, mine)) merged_.push_back({edit.key, property, mine, merged});
+    properties.set(property, std::move(merged));
     for (const auto& entry : lost) wonOver_.push_back(overtaken(edit.key, property, entry));
   }
   setContent(*record, std::move(properties),

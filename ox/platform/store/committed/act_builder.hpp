@@ -50,6 +50,14 @@ class ActBuilder {
   std::string applyEdit(const RecordEdit& edit);
   // What others had saved that the edits so far have won over.
   const std::vector<Failure>& wonOver() const { return wonOver_; }
+  // What the edits became that met changes of others.
+  struct MergedValue {
+    RecordKey record;
+    PropertyId property = 0;
+    PropertyValue mine;
+    PropertyValue merged;
+  };
+  const std::vector<MergedValue>& merged() const { return merged_; }
   void removeRecord(const Entry& entry);
   // Empty when the link stands then, else why it cannot.
   std::string addLink(const Link& link);
@@ -82,6 +90,7 @@ class ActBuilder {
   const Taken& taken_;
   Act act_;
   std::vector<Failure> wonOver_;
+  std::vector<MergedValue> merged_;
   std::unordered_map<RecordKey, Entry> addedByKey_;
   std::unordered_map<RecordKey, RecordKey> renamed_;  // copies, from the identifier of their source
   std::unordered_map<std::int64_t, std::size_t> changedByRow_;

@@ -12,6 +12,7 @@
 #include "ox/platform/store/committed/container_list.hpp"
 #include "ox/platform/store/committed/content_cache.hpp"
 #include "ox/platform/store/committed/generation_cache.hpp"
+#include "ox/platform/store/committed/known_values.hpp"
 #include "ox/platform/store/committed/record_index.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/act.hpp"
@@ -70,6 +71,8 @@ class CommittedRecords {
   std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
                                     std::span<const SoughtRecord> sought);
 
+  // What this process knows of records that others have changed since.
+  KnownValues& known() { return known_; }
   // What this process has written is committed. Throws nothing: what cannot be followed now is read
   // anew at the next look.
   void follow(const WrittenAct& written) noexcept;
@@ -115,6 +118,7 @@ class CommittedRecords {
   RecordKey lastKey_;
   std::shared_ptr<const PropertyBag> lastValues_;
   ContentCache contents_;
+  KnownValues known_;
   GenerationCache<RecordKey, RecordKeysPtr> memberLists_;
   GenerationCache<RecordKey, RecordKeysPtr> subgroupLists_;
   GenerationCache<RecordKey, RecordKeysPtr> parentLists_;

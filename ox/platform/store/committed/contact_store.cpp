@@ -194,6 +194,7 @@ void ContactStore::meet(const RecordChanges& changes) {
 SaveReport ContactStore::commit(RecordChanges& changes) {
   SaveReport report;
   std::vector<RecordKey> keys;
+  std::vector<ActBuilder::MergedValue> merged;
   const auto noteDropped = [&report](std::string why, const RecordKey& record) {
     if (why.empty()) return;
     report.dropped.push_back({FailureKind::Refused, std::move(why), record.text()});
@@ -206,6 +207,7 @@ SaveReport ContactStore::commit(RecordChanges& changes) {
       for (const auto& record : changes.additions) keys.push_back(builder.addRecord(record));
       for (const auto& edit : changes.edits) noteDropped(builder.applyEdit(edit), edit.key);
       report.overtaken = builder.wonOver();
+      merged = builder.merged();
       for (const auto& link : changes.removedLinks) builder.removeLink(link);
       for (const auto& link : changes.addedLinks) noteDropped(builder.addLink(link), link.group);
       for (const auto& key : changes.removals) {
@@ -217,10 +219,24 @@ SaveReport ContactStore::commit(RecordChanges& changes) {
     return {false, {FailureKind::Refused, refused.what(), {}}, {}, {}};
   }
   for (std::size_t i = 0; i < keys.size(); ++i) changes.additions[i].key = keys[i];
+  noteKnown(changes, merged);
   // When every edit was dropped nothing was committed, and creations before it may still wait.
   sync();
   report.done = true;
   return report;
+}
+
+// Whoever goes on changing a value without reading it again sets out from what was written, also
+// where the changes of others were merged into that.
+void ContactStore::noteKnown(const RecordChanges& changes,
+                             const std::vector<ActBuilder::MergedValue>& merged) {
+  auto& known = committed_.known();
+  if (!known.empty()) {
+    for (const auto& edit : changes.edits) {
+      for (const auto& value : edit.values) known.noteRead(edit.key, value.property);
+    }
+  }
+  for (const auto& value : merged) known.keepWritten(value.record, value.property, value.mine);
 }
 
 // A request that was made from what the store held is matched once more against what it holds now,

@@ -7,6 +7,7 @@
 #include <string>
 #include <unordered_set>
 
+#include "ox/platform/store/committed/act_builder.hpp"
 #include "ox/platform/store/committed/committed_records.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/act.hpp"
@@ -15,8 +16,6 @@
 #include "ox/platform/store/values/tag_debts.hpp"
 
 namespace ox {
-
-class ActBuilder;
 
 // One contact store: its committed records, and the ways of writing, each one act, whole or not at
 // all. An act is decided from what is committed, without a lock, and then written in one step; when
@@ -55,6 +54,7 @@ class ContactStore {
                                  std::unordered_set<RecordKey>& taken);
   bool commitAct(const Act& act, std::unordered_set<RecordKey>& taken,
                  sqlite::Transaction& transaction);
+  void noteKnown(const RecordChanges& changes, const std::vector<ActBuilder::MergedValue>& merged);
   void settleOutdated(SaveRequest& request);
   void meet(const RecordChanges& changes);
   void leaveOutStored(std::span<NewRecord> additions);

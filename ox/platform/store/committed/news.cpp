@@ -42,6 +42,9 @@ void CommittedRecords::takeChange(const sqlite::Statement& change) {
   switch (static_cast<ChangeKind>(change.integer(0))) {
     case ChangeKind::Values:
     case ChangeKind::ValuesAndPicture:
+      if (const auto content = contents_.known(key); content.values) {
+        known_.keep(key, *content.values);
+      }
       return forgetValuesOf(key);
     case ChangeKind::Removed:
       forgetValuesOf(keyOfColumn(change, 4));
@@ -64,6 +67,7 @@ void CommittedRecords::takeChange(const sqlite::Statement& change) {
 
 void CommittedRecords::startAnew() {
   containers_.forget();
+  known_.clear();
   forgetValues();
   forgetLinks();
   forgetIndex();

@@ -137,7 +137,15 @@ PropertyValue Overlay::value(const RecordKey& key, PropertyId property) {
   if (!values_.empty()) {
     if (const auto* unsaved = values_.value(key, property)) return *unsaved;
   }
+  if (!committed_.known().empty()) committed_.known().noteRead(key, property);
   return storedValue(key, property);
+}
+
+// What whoever changes the value now sets out from: others may have changed it since it was read.
+PropertyValue Overlay::knownValue(const RecordKey& key, PropertyId property) {
+  auto& known = committed_.known();
+  const auto* value = known.empty() ? nullptr : known.find(key, property);
+  return value != nullptr ? *value : storedValue(key, property);
 }
 
 Data Overlay::image(const RecordKey& key) {
@@ -161,15 +169,16 @@ void Overlay::setValue(ActId act, const RecordKey& key, RecordKind kind, Propert
   assert(isWritable(key));
   // What another act has set may be taken back, so it spares nobody a change of his own.
   const bool alone = values_.empty() || !values_.isChangedByOthers(act, key, property);
-  const auto visible = this->value(key, property);
+  auto base = knownValue(key, property);
+  const auto* unsaved = values_.empty() ? nullptr : values_.value(key, property);
+  const auto visible = unsaved != nullptr ? *unsaved : base;
   if (alone && looksTheSame(visible, value)) return;
   keepIdentifiers(visible, value);
   // Compared with what is committed, not with what is visible: a change back to it is none.
-  auto stored = storedValue(key, property);
-  if (alone && looksTheSame(stored, value)) {
+  if (alone && looksTheSame(base, value)) {
     values_.dropValue(act, key, property);
   } else {
-    values_.setValue(act, key, kind, property, std::move(value), std::move(stored));
+    values_.setValue(act, key, kind, property, std::move(value), std::move(base));
   }
 }
 

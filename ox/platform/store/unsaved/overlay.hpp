@@ -88,6 +88,7 @@ class Overlay {
   bool wouldBeBelowItself(const RecordKey& group, const RecordKey& child);
   bool createLinks(ActId act, SaveRequest& request);
   PropertyValue storedValue(const RecordKey& key, PropertyId property);
+  PropertyValue knownValue(const RecordKey& key, PropertyId property);
 
   CommittedRecords& committed_;
   PendingValues values_;
