@@ -13,6 +13,7 @@
 #include "ox/transfer/importer.hpp"
 #include "ox/vcard/write/writer.hpp"
 #include "tests/support/no_more_threads.hpp"
+#include "tests/support/statement_count.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -181,6 +182,27 @@ TEST(Export, WithoutThreadsGivesEveryCardAllTheSame) {
   });
   EXPECT_EQ(given, expected);
   EXPECT_EQ(report.persons, 500U);
+}
+
+TEST(Export, AsksForManyPersonsAndTheirGroupsAtOnce) {
+  support::statementsRun();
+  const auto keys = buildMany(1000, 10);
+  StoreBuilder().group("g", "G").group("h", "H").subgroup("g", "h");
+  for (int i = 0; i < 20; ++i) StoreBuilder().member("g", "p" + std::to_string(i));
+  const auto groups = contactSource().recordsIn(kLocal, RecordKind::Group);
+  std::string text;
+  const auto before = support::statementsRun();
+  const auto report = exportCards(keys, groups, CardVersion::V40, [&](std::string_view card) {
+    text += card;
+    return true;
+  });
+  // The persons in two batches; the groups, their members and their sub-groups.
+  EXPECT_EQ(support::statementsRun() - before, 2U + 3U);
+  EXPECT_EQ(report.persons, 1000U);
+  EXPECT_EQ(report.groups, 2U);
+  std::size_t members = 0;
+  for (std::size_t at = 0; (at = text.find("\nMEMBER:", at)) != std::string::npos; ++at) ++members;
+  EXPECT_EQ(members, 21U);
 }
 
 TEST(Export, FailsForARecordThatCannotBeRead) {
