@@ -176,6 +176,10 @@ PropertyValue SwitchedSource::value(const RecordKey& key, PropertyId property) {
   return real_->value(key, property);
 }
 
+ABPropertyType SwitchedSource::storedType(std::string_view custom) {
+  return real_->storedType(custom);
+}
+
 bool SwitchedSource::setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                               PropertyValue value) {
   count(&SourceCounts::setValue);

@@ -88,6 +88,7 @@ class SwitchedSource : public ContactSource {
       std::span<const std::string> identifiers) override;
   std::vector<std::optional<RecordInfo>> recordsWith(std::span<const RecordKey> keys) override;
   PropertyValue value(const RecordKey& key, PropertyId property) override;
+  ABPropertyType storedType(std::string_view custom) override;
   bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                 PropertyValue value) override;
   Data imageData(const RecordKey& key) override;

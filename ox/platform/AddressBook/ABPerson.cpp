@@ -15,11 +15,27 @@ std::vector<std::string> ABPerson::properties() {
   return names;
 }
 
+namespace {
+
+// The store may know the name from another process. One that cannot be asked refuses the values.
+bool isKnownOtherwise(const std::string& name, std::int32_t type) {
+  if (property_table::idOf(RecordKind::Person, name) != 0) return false;
+  try {
+    const auto stored = recordSource().storedType(name);
+    return stored != kABErrorInProperty && stored != type;
+  } catch (const StoreError&) {
+    return false;
+  }
+}
+
+}  // namespace
+
 std::uint64_t ABPerson::addPropertiesAndTypes(
     const std::vector<std::pair<std::string, std::int32_t>>& propertiesAndTypes) {
   std::uint64_t known = 0;
   for (const auto& [name, type] : propertiesAndTypes) {
-    if (property_table::add(name, static_cast<ABPropertyType>(type)) != 0) {
+    const auto wanted = static_cast<ABPropertyType>(type);
+    if (!isKnownOtherwise(name, type) && property_table::add(name, wanted) != 0) {
       ++known;
     } else {
       failures::noticeRefusal("the property " + name + " is known with another type, or has none");

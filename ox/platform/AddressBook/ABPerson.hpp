@@ -19,8 +19,10 @@ class OX_EXPORT ABPerson : public ABRecord {
   // Names of every property a person may hold: the built-in ones in fixed order, then the custom
   // ones in the order in which they became known.
   static std::vector<std::string> properties();
-  // Registers custom properties; the result is how many names are now known with that type. Nothing
-  // is written before the first value.
+  // Registers custom properties; the result is how many names are now known with that type.
+  // Refused: a name that this process or the store knows with another one. Nothing is written
+  // before the first value; should another process write one of another type before, values are
+  // refused.
   static std::uint64_t addPropertiesAndTypes(
       const std::vector<std::pair<std::string, std::int32_t>>& propertiesAndTypes);
   // kABErrorInProperty for an unknown name.

@@ -44,6 +44,8 @@ class RecordSource {
   // A removed record keeps its values until the save; a missing object afterwards.
   virtual PropertyValue value(const RecordKey& key, PropertyId property) = 0;
   virtual bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
+  // The type of a custom property by its name; kABErrorInProperty when the store does not know it.
+  virtual ABPropertyType storedType(std::string_view custom) = 0;
                         PropertyValue value) = 0;
   // Null without an image. May throw ImageReadError.
   virtual Data imageData(const RecordKey& key) = 0;

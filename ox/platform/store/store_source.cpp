@@ -1,7 +1,9 @@
 #include "ox/platform/store/store_source.hpp"
 
 #include <algorithm>
+#include <filesystem>
 #include <mutex>
+#include <system_error>
 #include <utility>
 
 #include "ox/base/failures.hpp"
@@ -60,6 +62,14 @@ class StoreSource final : public ContactSource {
     return overlay_.value(key, property);
   }
 
+  ABPropertyType storedType(std::string_view custom) override {
+    const std::lock_guard lock(mutex_);
+    std::error_code error;
+    // Nobody shall make a store by asking.
+    if (!std::filesystem::exists(store_.address().file(), error)) return kABErrorInProperty;
+    return store_.storedType(custom);
+  }
+
   bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                 PropertyValue value) override {
     const auto type = property_table::typeOf(property);
@@ -75,6 +85,11 @@ class StoreSource final : public ContactSource {
     // the value is not what it has changed it from, and must not be taken for that at the save.
     if (!overlay_.isWritable(key)) committed_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
+    if (store_.knowsOtherwise(property)) {
+      return refuse(
+          "the store knows the property " + property_table::nameOf(property) + " with another type",
+          key);
+    }
     overlay_.setValue(ownerOf(key), key, kind, property, std::move(value));
     return true;
   }

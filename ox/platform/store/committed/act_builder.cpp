@@ -23,6 +23,10 @@ bool sameOrMissing(const PropertyValue& a, const PropertyValue& b) {
   return sameValue(a, b);
 }
 
+std::string knownOtherwise(PropertyId property) {
+  return "the store knows the property " + property_table::nameOf(property) + " with another type";
+}
+
 // The properties in which the two differ, as each has them.
 void keepDifferences(const PropertyBag& before, const PropertyBag& after, Act::ChangedRecord& to) {
   to.before = PropertyBag();
@@ -115,9 +119,20 @@ void ActBuilder::guardContainer(std::string_view identifier) {
   if (row != 0) act_.guards.containers.insert(row);
 }
 
+std::string ActBuilder::refusalOf(const PropertyBag& properties) {
+  for (auto entry = properties.entries().rbegin();
+       entry != properties.entries().rend() && entry->first >= kFirstCustomProperty; ++entry) {
+    if (file_.knowsOtherwise(entry->first)) return knownOtherwise(entry->first);
+  }
+  return {};
+}
+
 RecordKey ActBuilder::addRecord(const NewRecord& record) {
   const auto container = containerRow(record.container);
   if (container == 0) throw RefusedRequest("there is no account " + record.container);
+  if (const auto refusal = refusalOf(record.properties); !refusal.empty()) {
+    throw RefusedRequest(refusal);
+  }
   auto key = record.key;
   if (taken_.contains(key) || addedByKey_.contains(key)) {
     // This is the copy of a contact that is stored already. The copy gets an identifier of its own,
@@ -134,6 +149,9 @@ RecordKey ActBuilder::addRecord(const NewRecord& record) {
 void ActBuilder::replaceRecord(const ReplacedRecord& record) {
   const auto entry = find(record.key);
   if (!entry) throw RefusedRequest("there is no record " + record.key.text());
+  if (const auto refusal = refusalOf(record.properties); !refusal.empty()) {
+    throw RefusedRequest(refusal);
+  }
   if (isAdded(*entry)) {
     act_.added[static_cast<std::size_t>(entry->row - act_.firstRow)].replacement = &record;
     return;
@@ -192,7 +210,12 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
   }
   if (!before) return dropped("it was removed elsewhere");
   auto properties = *before;
+  std::string refused;
   for (const auto& [property, mine, base] : edit.values) {
+    if (file_.knowsOtherwise(property)) {
+      refused = dropped(knownOtherwise(property));
+      continue;
+    }
     const auto* held = before->find(property);
     const auto theirs = held != nullptr ? *held : PropertyValue();
     std::vector<MultiEntry> lost;
@@ -203,7 +226,7 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
   }
   setContent(*record, std::move(properties),
              edit.image ? std::optional(edit.image->get()) : std::nullopt);
-  return {};
+  return refused;
 }
 
 void ActBuilder::removeRecord(const Entry& entry) {

@@ -77,6 +77,8 @@ class ActBuilder {
   Act take() { return std::move(act_); }
 
  private:
+  // Why they cannot be written; empty when they can.
+  std::string refusalOf(const PropertyBag& properties);
   bool isAdded(const Entry& entry) const { return entry.row >= act_.firstRow; }
   Act::ChangedRecord& changeOf(const Entry& entry);
   KnownContent contentBefore(const Entry& entry);

@@ -101,6 +101,10 @@ bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& take
     followedTags_.reset();
     committed_.follow(writer.written());
     return true;
+  } catch (const PropertyOfTwoTypes&) {
+    // Whoever decides again sees the type that another process has given it.
+    file_.forgetUncommitted();
+    return false;
   } catch (...) {
     file_.forgetUncommitted();
     throw;

@@ -38,6 +38,10 @@ class ContactStore {
   void sync() { file_.sync(); }
   void checkpoint() { file_.checkpoint(); }
 
+  // See StoreFile.
+  ABPropertyType storedType(std::string_view custom) { return file_.storedType(custom); }
+  bool knowsOtherwise(PropertyId property) { return file_.knowsOtherwise(property); }
+
   TagDebts tagDebts();
   // The tag file has followed every act up to this one; the next act strikes them out.
   void noteFollowedTags(std::int64_t number) { followedTags_ = number; }

@@ -20,6 +20,7 @@ struct Row {
 constexpr std::array kStatements = {
     Row{Sql::DataVersion, "PRAGMA data_version"},
     Row{Sql::CustomProperties, "SELECT name, type FROM custom_property ORDER BY rowid"},
+    Row{Sql::CustomPropertyType, "SELECT type FROM custom_property WHERE name = ?1"},
     Row{Sql::Containers,
         "SELECT id, identifier, name, type FROM container "
         "ORDER BY type <> 1, id"},

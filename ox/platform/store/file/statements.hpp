@@ -13,6 +13,7 @@ namespace ox {
 enum class Sql : std::uint8_t {
   DataVersion,
   CustomProperties,
+  CustomPropertyType,
   Containers,
   LastAct,
   ActsFrom,

@@ -16,7 +16,8 @@ sqlite::Connection& StoreFile::connection() {
   auto opened = openStoreFile(address_.file());
   auto rows = opened.prepare(sqlOf(Sql::CustomProperties));
   while (rows.step()) {
-    const auto id = property_table::add(rows.text(0), static_cast<ABPropertyType>(rows.integer(1)));
+    const auto type = static_cast<ABPropertyType>(rows.integer(1));
+    const auto id = property_table::addStored(rows.text(0), type);
     if (id != 0) writtenCustomProperties_.insert(id);
   }
   // Only now does the file count as open: had the properties not been read, the next try would have
@@ -68,15 +69,33 @@ void StoreFile::checkpoint() {
   });
 }
 
+ABPropertyType StoreFile::storedType(std::string_view custom) {
+  return guarded([&] {
+    auto& row = statement(Sql::CustomPropertyType);
+    const sqlite::StatementScope scope(row);
+    row.bindText(1, custom);
+    return row.step() ? static_cast<ABPropertyType>(row.integer(0)) : kABErrorInProperty;
+  });
+}
+
+bool StoreFile::knowsOtherwise(PropertyId property) {
+  if (property < kFirstCustomProperty || writtenCustomProperties_.contains(property)) return false;
+  const auto stored = storedType(property_table::nameOf(property));
+  return stored != kABErrorInProperty && stored != property_table::typeOf(property);
+}
+
 void StoreFile::writeCustomProperties(const PropertyBag& properties) {
   // Custom properties have the highest numbers, and a bag is ordered by number.
   for (auto entry = properties.entries().rbegin();
        entry != properties.entries().rend() && entry->first >= kFirstCustomProperty; ++entry) {
-    if (!writtenCustomProperties_.insert(entry->first).second) continue;
+    const auto property = entry->first;
+    if (writtenCustomProperties_.contains(property)) continue;
+    if (knowsOtherwise(property)) throw PropertyOfTwoTypes(property_table::nameOf(property));
     statement(Sql::InsertCustomProperty)
-        .bindText(1, property_table::nameOf(entry->first))
-        .bind(2, property_table::typeOf(entry->first))
+        .bindText(1, property_table::nameOf(property))
+        .bind(2, property_table::typeOf(property))
         .run();
+    writtenCustomProperties_.insert(property);
   }
 }
 

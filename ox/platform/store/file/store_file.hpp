@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -15,6 +17,12 @@
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
+
+// A custom property has another type in the store than in this process.
+class PropertyOfTwoTypes : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 // One store file: its connection, opened when first needed, its prepared statements, and how safe
 // its commits are. Used by one thread at a time.
@@ -46,8 +54,13 @@ class StoreFile {
   // The same, and the log is brought into the file as far as that goes.
   void checkpoint();
 
-  // Writes a row for each custom property that the store does not know yet. To be called inside a
-  // transaction; forgetUncommitted when that is rolled back.
+  // The type of a custom property by its name; kABErrorInProperty when the store does not know it.
+  ABPropertyType storedType(std::string_view custom);
+  // Whether the store knows that custom property with another type than this process does.
+  bool knowsOtherwise(PropertyId property);
+  // Writes a row for each custom property that the store does not know yet; throws
+  // PropertyOfTwoTypes for one that it knows with another type. To be called inside a transaction;
+  // forgetUncommitted when that is rolled back.
   void writeCustomProperties(const PropertyBag& properties);
   // The row of that origin, of the process's own when it is missing, for an act of that number;
   // written unless it was before. Likewise.
