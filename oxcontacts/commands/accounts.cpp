@@ -84,10 +84,9 @@ void remove(const Context& context, const std::string& text, WithRecords withRec
   if (withRecords == WithRecords::No && (holdsPersons || holdsGroups)) {
     throw CommandError(kFailed, name + " holds records; --force removes them with it");
   }
-  if (holdsPersons) discoveredBooks(context);
   if (holdsPersons || holdsGroups) keepCopyBefore(context, "accounts-remove");
   const failures::Watch watch;
-  refuseTagsLeft(removeAccount(identifier, withRecords), watch);
+  if (!removeAccount(identifier, withRecords)) refuseTagsLeft(watch);
   tellAccount(context, *account, "removed " + name);
 }
 

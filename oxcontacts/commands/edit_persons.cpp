@@ -63,7 +63,6 @@ void removePersons(const Context& context, const std::vector<std::string>& names
   discoveredBooks(context);
   Json removed = Json::array();
   std::string told;
-  const auto tags = TagsToRemove(persons);
   for (const auto& person : persons) {
     if (context.json) removed.push_back(personJson(*person));
     told += (told.empty() ? "removed " : ", ") + nameAndId(*person);
@@ -72,8 +71,6 @@ void removePersons(const Context& context, const std::vector<std::string>& names
     ABAddressBook::sharedAddressBook()->removeRecord(person);
   }
   saveEdits();
-  const failures::Watch watch;
-  refuseTagsLeft(tags.remove(), watch);
   if (context.json) {
     printJson(removed);
   } else {

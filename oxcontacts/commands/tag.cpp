@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iostream>
 
+#include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
@@ -18,15 +19,6 @@ struct Arguments {
   std::vector<std::string> removed;
 };
 
-// Every change takes effect at once: when one fails, those before it stand.
-void noteChange(const std::string& change, const failures::Watch& watch, std::string& done) {
-  if (watch.hasFailures()) {
-    throw storeFailure(done.empty() ? "the tags were not changed" : "only this was done: " + done,
-                       watch);
-  }
-  done += (done.empty() ? "" : ", ") + change;
-}
-
 void refuseContradictions(const Arguments& arguments) {
   for (const auto& tag : arguments.added) {
     if (std::find(arguments.removed.begin(), arguments.removed.end(), tag) ==
@@ -41,17 +33,14 @@ void changeTags(const Context& context, const Arguments& arguments) {
   refuseContradictions(arguments);
   const auto person = findPerson(arguments.person);
   discoveredBooks(context);
-  const failures::Watch watch;
-  std::string done;
-  for (const auto& tag : arguments.removed) {
-    person->removeTag(tag);
-    noteChange("removed " + tag, watch, done);
+  if (!arguments.added.empty() || !arguments.removed.empty()) {
+    const WholeAct act;
+    const failures::Watch watch;
+    for (const auto& tag : arguments.removed) person->removeTag(tag);
+    for (const auto& tag : arguments.added) person->addTag(tag);
+    if (watch.hasFailures()) throw storeFailure("the tags were not changed", watch);
+    saveEdits();
   }
-  for (const auto& tag : arguments.added) {
-    person->addTag(tag);
-    noteChange("added " + tag, watch, done);
-  }
-  saveTags();
   const auto tags = person->tagArray();
   if (context.json) {
     printJson(tags);

@@ -1,18 +1,9 @@
 #include "oxcontacts/edit/saving.hpp"
 
-#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxMacAddressBookSDK/ground/contacts_and_tags.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 
 namespace ox::program {
-namespace {
-
-[[noreturn]] void refuseLosableTags(const failures::Watch& watch) {
-  throw storeFailure("the tags may not survive a power cut", watch);
-}
-
-}  // namespace
-
 CommandError storeFailure(const std::string& what, const failures::Watch& watch) {
   const auto last = watch.last();
   const bool busy = last && last->kind == FailureKind::Busy;
@@ -25,20 +16,8 @@ void giveUp(const failures::Watch& watch) {
   throw failure;
 }
 
-void saveTags() {
-  const failures::Watch watch;
-  if (!OxTagManager::makeDurable()) refuseLosableTags(watch);
-}
-
-void refuseTagsLeft(TagsToRemove::Outcome outcome, const failures::Watch& watch) {
-  switch (outcome) {
-    case TagsToRemove::Outcome::Removed:
-      return;
-    case TagsToRemove::Outcome::Incomplete:
-      throw storeFailure("the persons are removed, but not all of their tags", watch);
-    case TagsToRemove::Outcome::NotDurable:
-      refuseLosableTags(watch);
-  }
+void refuseTagsLeft(const failures::Watch& watch) {
+  throw storeFailure("the contacts are saved, but not all of the tags", watch);
 }
 
 bool saveEdits() {
@@ -49,7 +28,7 @@ bool saveEdits() {
   for (std::size_t i = 0; i + 1 < contacts.dropped.size(); ++i)
     Context::complain(contacts.dropped[i].reason);
   for (const auto& overtaken : contacts.overtaken) Context::complain(overtaken.reason);
-  if (!tagsAreSafe) refuseLosableTags(watch);
+  if (!tagsAreSafe) refuseTagsLeft(watch);
   return contacts.dropped.empty();
 }
 

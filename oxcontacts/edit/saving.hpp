@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "ox/OxMacAddressBookSDK/admin/tags_to_remove.hpp"
 #include "ox/base/failures.hpp"
 #include "oxcontacts/context.hpp"
 
@@ -17,11 +16,9 @@ CommandError storeFailure(const std::string& what, const failures::Watch& watch)
 // the program then ends with kDoneWithRefusals, for they are refusals. Gives up when
 // nothing was written.
 bool saveEdits();
-// The tags alone, where they were changed at once.
-void saveTags();
-// Throws a CommandError that says which tags of persons that are gone are left, and why, as the
-// watch over their removal saw it.
-void refuseTagsLeft(TagsToRemove::Outcome outcome, const failures::Watch& watch);
+// Throws the CommandError that says that contacts are saved and not all tags, for the last reason
+// that the watch saw.
+[[noreturn]] void refuseTagsLeft(const failures::Watch& watch);
 
 // Ends the command with storeFailure: forgets every unsaved change.
 [[noreturn]] void giveUp(const failures::Watch& watch);

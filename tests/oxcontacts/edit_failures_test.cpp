@@ -116,20 +116,31 @@ TEST(FailedCopy, MakesNoPersonOfARecordThatCannotBeRead) {
   EXPECT_EQ(store.queryInteger("SELECT count(*) FROM record"), 2);
 }
 
-TEST(FailedTag, SaysWhatStands) {
+TEST(FailedTag, IsMadeByTheNextCommandThatCan) {
   run({"add-person", "_local", "name=Ann"});
   run({"tag", "Ann", "--add", "a", "--add", "b"});
-  sqlite::Connection(support::StoreEnvironment::instance().tagStore().string(),
-                     sqlite::Connection::Mode::ReadWrite)
-      .execute(
-          "CREATE TRIGGER refusal BEFORE INSERT ON tag BEGIN SELECT RAISE(ABORT, 'no room');"
-          " END");
-  const auto half = run({"tag", "Ann", "--remove", "a", "--add", "c"});
-  EXPECT_EQ(half.exitCode, 1);
-  EXPECT_NE(half.errors.find("only this was done: removed a: "), std::string::npos) << half.errors;
-  EXPECT_EQ(run({"tag", "Ann"}).output, "b\n");
-  const auto none = run({"tag", "Ann", "--add", "c"});
-  EXPECT_NE(none.errors.find("the tags were not changed: "), std::string::npos) << none.errors;
+  sqlite::Connection tags(support::StoreEnvironment::instance().tagStore().string(),
+                          sqlite::Connection::Mode::ReadWrite);
+  tags.execute(
+      "CREATE TRIGGER refusal BEFORE INSERT ON tag BEGIN SELECT RAISE(ABORT, 'no room'); END");
+  const auto failed = run({"tag", "Ann", "--remove", "a", "--add", "c"});
+  EXPECT_EQ(failed.exitCode, 1);
+  EXPECT_NE(failed.errors.find("the contacts are saved, but not all of the tags: tags: no room"),
+            std::string::npos)
+      << failed.errors;
+  EXPECT_EQ(run({"tag", "Ann"}).output, "a\nb\n");
+  tags.execute("DROP TRIGGER refusal");
+  EXPECT_EQ(run({"tag", "Ann"}).output, "b\nc\n");
+}
+
+TEST(FailedTag, IsNoneWhereTheStoreRefusesIt) {
+  run({"add-person", "_local", "name=Ann"});
+  run({"tag", "Ann", "--add", "a"});
+  refuse("INSERT ON act");
+  const auto failed = run({"tag", "Ann", "--remove", "a", "--add", "c"});
+  EXPECT_EQ(failed.exitCode, 1);
+  EXPECT_NE(failed.errors.find("nothing was saved: "), std::string::npos) << failed.errors;
+  EXPECT_EQ(run({"tag", "Ann"}).output, "a\n");
 }
 
 TEST(RefusedAssignment, LeavesTheOthersUndone) {

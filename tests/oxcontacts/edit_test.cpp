@@ -151,6 +151,49 @@ TEST(RemovePersonCommand, RemovesThemWithTheirTags) {
   EXPECT_EQ(tags.queryInteger("SELECT count(*) FROM tag"), 0);
 }
 
+std::int64_t lastAct() {
+  return sqlite::Connection(support::StoreEnvironment::instance().contactStore().string(),
+                            sqlite::Connection::Mode::ReadOnly)
+      .queryInteger("SELECT max(number) FROM act");
+}
+
+TEST(TagCommand, IsOneActAsIsARemovalWithItsTags) {
+  run({"accounts", "add", "iCloud", "--identifier", "A:ABAccount"});
+  for (const auto* book : {"_local", "iCloud"}) {
+    run({"add-person", book, std::string("name=Ann ") + book});
+    run({"tag", std::string("Ann ") + book, "--add", "r"});
+  }
+  const std::vector<std::vector<std::string>> commands = {
+      {"tag", "Ann _local", "--add", "p", "--add", "q", "--remove", "r"},
+      {"remove-person", "Ann _local"},
+      {"accounts", "remove", "iCloud", "--force"},
+  };
+  for (const auto& command : commands) {
+    const auto before = lastAct();
+    EXPECT_EQ(run(command).exitCode, 0) << Json(command);
+    EXPECT_EQ(lastAct(), before + 1) << Json(command);
+  }
+  sqlite::Connection tags(support::StoreEnvironment::instance().tagStore().string(),
+                          sqlite::Connection::Mode::ReadOnly);
+  EXPECT_EQ(tags.queryInteger("SELECT count(*) FROM tag"), 0);
+}
+
+TEST(TagCommand, IsTakenBackInTheTagFileToo) {
+  run({"add-person", "_local", "name=Ann"});
+  run({"tag", "Ann", "--add", "p", "--add", "q"});
+  run({"tag", "Ann", "--remove", "p", "--add", "r"});
+  sqlite::Connection tags(support::StoreEnvironment::instance().tagStore().string(),
+                          sqlite::Connection::Mode::ReadOnly);
+  const auto written = [&] {
+    return tags.queryText("SELECT group_concat(tag) FROM (SELECT tag FROM tag ORDER BY position)");
+  };
+  EXPECT_EQ(written(), "q,r");
+  EXPECT_EQ(run({"undo"}).exitCode, 0);
+  EXPECT_EQ(written().value_or("").size(), 3U) << written().value_or("");
+  EXPECT_EQ(run({"redo"}).exitCode, 0);
+  EXPECT_EQ(written(), "q,r");
+}
+
 TEST(TagCommand, AddsAndRemovesAtOnce) {
   run({"add-person", "_local", "name=Ann"});
   EXPECT_EQ(runJson({"tag", "Ann", "--add", "a", "--add", "b", "--add", "a"}),

@@ -236,9 +236,13 @@ std::string SwitchedSource::description(const RecordKey& key, RecordKind kind) {
   return real_->description(key, kind);
 }
 
-SaveReport SwitchedSource::save() {
+RecordKeys SwitchedSource::unsavedRemovals() {
+  return real_->unsavedRemovals();
+}
+
+SaveReport SwitchedSource::save(std::vector<TagChange> tags) {
   count(&SourceCounts::save);
-  return real_->save();
+  return real_->save(std::move(tags));
 }
 
 UnsavedChanges SwitchedSource::unsavedChanges() {

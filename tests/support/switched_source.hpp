@@ -99,7 +99,8 @@ class SwitchedSource : public ContactSource {
   bool unlink(const RecordKey& group, const RecordKey& child, RecordKind childKind) override;
   bool remove(const RecordKey& key, RecordKind kind) override;
   std::string description(const RecordKey& key, RecordKind kind) override;
-  SaveReport save() override;
+  SaveReport save(std::vector<TagChange> tags) override;
+  RecordKeys unsavedRemovals() override;
   UnsavedChanges unsavedChanges() override;
   void revert() override;
   void takeBack(const ActIds& acts) override;

@@ -161,28 +161,38 @@ std::vector<std::string> TagFile::managersOf(std::string_view person) {
   return result;
 }
 
-std::int64_t TagFile::followed(std::string_view store, std::int64_t last,
-                               const std::vector<TagAct>& acts) {
-  const sqlite::StatementScope scope(followed_);
-  followed_.bindBlob(1, store);
-  if (!followed_.step()) return 0;
-  const auto number = followed_.integer(0);
+std::int64_t TagFile::followed(std::string_view store, const std::vector<TagAct>& acts,
+                               const LastAct& lastAct) {
+  std::int64_t number = 0;
+  std::string name;
+  {
+    const sqlite::StatementScope scope(followed_);
+    followed_.bindBlob(1, store);
+    if (!followed_.step()) return 0;
+    number = followed_.integer(0);
+    name = followed_.blob(1);
+  }
   const auto same = std::ranges::find(acts, number, &TagAct::number);
-  const bool isAnother = same != acts.end() && same->name != followed_.blob(1);
-  return number > last || isAnother ? 0 : number;
+  if (same != acts.end() && same->name != name) return 0;
+  // Behind all of the acts: others have gone ahead, or the store has gone back. It is asked only
+  // now, for whoever went ahead has committed the act before the tags followed it.
+  return number > acts.back().number && number > lastAct() ? 0 : number;
 }
 
-void TagFile::follow(std::string_view store, std::int64_t last, const std::vector<TagAct>& acts) {
+void TagFile::follow(std::string_view store, const std::vector<TagAct>& acts,
+                     const LastAct& lastAct) {
   assert(std::ranges::is_sorted(acts, {}, &TagAct::number));
   if (acts.empty()) return;
+  const auto last = acts.back().number;
+  if (followed(store, acts, lastAct) >= last) return;
   sqlite::Transaction transaction(connection_);
-  const auto number = followed(store, last, acts);
-  if (acts.back().number <= number) return;
+  const auto number = followed(store, acts, lastAct);
+  if (number >= last) return;
   for (const auto& act : acts) {
     if (act.number <= number) continue;
     for (const auto& change : act.changes) merge(change);
   }
-  setFollowed_.bindBlob(1, store).bind(2, acts.back().number).bindBlob(3, acts.back().name).run();
+  setFollowed_.bindBlob(1, store).bind(2, last).bindBlob(3, acts.back().name).run();
   transaction.commit();
 }
 

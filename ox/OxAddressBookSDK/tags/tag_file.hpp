@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,9 +32,11 @@ class TagFile {
   // Makes the changes of those acts of a store (by its name) that the tags have not followed yet,
   // in one transaction: each is merged with what is there (ox/records/merge.hpp). The acts are in
   // the order of their numbers, and none is missing between the last followed one and the last of
-  // them that changed tags; `last` is the number of the store's last act. A store that was put back
-  // to an earlier state gives numbers to other acts; those are followed too.
-  void follow(std::string_view store, std::int64_t last, const std::vector<TagAct>& acts);
+  // them that changed tags. A store that was put back to an earlier state gives numbers to other
+  // acts; those are followed too: `lastAct` answers the number of the store's last act when it is
+  // called.
+  using LastAct = std::function<std::int64_t()>;
+  void follow(std::string_view store, const std::vector<TagAct>& acts, const LastAct& lastAct);
 
   // One line for each problem that the file has.
   Tags problems();
@@ -46,7 +49,8 @@ class TagFile {
   void merge(const TagChange& change);
   // The number of the last act of the store that the tags have followed; 0 when they have followed
   // none, or the store has gone back behind it.
-  std::int64_t followed(std::string_view store, std::int64_t last, const std::vector<TagAct>& acts);
+  std::int64_t followed(std::string_view store, const std::vector<TagAct>& acts,
+                        const LastAct& lastAct);
 
   sqlite::Connection connection_;
   sqlite::Statement select_;

@@ -126,10 +126,11 @@ void TagStore::holdWithoutTags(std::string_view person) {
   }
 }
 
-void TagStore::follow(std::string_view store, std::int64_t last, const std::vector<TagAct>& acts) {
+void TagStore::follow(std::string_view store, const std::vector<TagAct>& acts,
+                      const TagFile::LastAct& lastAct) {
   const std::lock_guard lock(mutex_);
   if (acts.empty()) return;
-  existingOrNew().follow(store, last, acts);
+  existingOrNew().follow(store, acts, lastAct);
   unsynced_ = true;
 }
 

@@ -33,7 +33,8 @@ class OX_EXPORT TagStore {
   void holdWithoutTags(std::string_view person);
 
   // See TagFile. The file is made when there is none.
-  void follow(std::string_view store, std::int64_t last, const std::vector<TagAct>& acts);
+  void follow(std::string_view store, const std::vector<TagAct>& acts,
+              const TagFile::LastAct& lastAct);
 
   // One line for each problem that the file has; empty when there is no file.
   Tags problems();

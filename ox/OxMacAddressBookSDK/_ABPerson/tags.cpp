@@ -3,6 +3,7 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/tag_list.hpp"
+#include "ox/OxMacAddressBookSDK/ground/tag_acts.hpp"
 #include "ox/base/failures.hpp"
 
 namespace ox {
@@ -23,16 +24,20 @@ std::vector<std::string> _ABPerson::tagArray() const {
 }
 
 void _ABPerson::addTag(TextView tag) {
-  if (const auto manager = tagManagerOf(*this)) manager->addPersonID_forTag(ID(), tag);
+  const auto manager = tagManagerOf(*this);
+  if (manager) changeTags([&] { manager->addPersonID_forTag(ID(), tag); });
 }
 
 void _ABPerson::removeTag(TextView tag) {
-  if (const auto manager = tagManagerOf(*this)) manager->removePersonID_fromTag(ID(), tag);
+  const auto manager = tagManagerOf(*this);
+  if (manager) changeTags([&] { manager->removePersonID_fromTag(ID(), tag); });
 }
 
 void _ABPerson::setTags(const std::optional<std::vector<std::string>>& tags) {
   const auto manager = tagManagerOf(*this);
-  if (manager) manager->setTags_forPersonID(tags ? *tags : std::vector<std::string>(), ID());
+  if (!manager) return;
+  changeTags(
+      [&] { manager->setTags_forPersonID(tags ? *tags : std::vector<std::string>(), ID()); });
 }
 
 std::shared_ptr<OxMutableSingleValue> _ABPerson::tagsValue() const {

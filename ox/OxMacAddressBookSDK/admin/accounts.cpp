@@ -3,10 +3,8 @@
 #include <memory>
 #include <utility>
 
-#include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "ox/base/failures.hpp"
+#include "ox/OxMacAddressBookSDK/ground/tag_acts.hpp"
 #include "ox/base/uuid.hpp"
-#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/store/contact_source.hpp"
 
 namespace ox {
@@ -14,18 +12,6 @@ namespace {
 
 void execute(SaveRequest request) {
   if (!contactSource().execute(request)) throw AccountRefused(request.reason);
-}
-
-std::vector<std::shared_ptr<_ABPerson>> personsOf(std::string_view identifier) {
-  const auto keys = recordsOfAccount(identifier, RecordKind::Person);
-  std::vector<std::shared_ptr<_ABPerson>> persons;
-  for (const auto& record : ABAddressBook::sharedAddressBook()->recordsForKeys(keys)) {
-    // One that this process has removed and not saved yet is not found any more.
-    if (auto person = hostPerson(record)) {
-      persons.push_back(std::move(person));
-    }
-  }
-  return persons;
 }
 
 }  // namespace
@@ -58,22 +44,17 @@ CNContainerPtr addAccount(const std::string& name, CNContainerType type,
       std::make_shared<const ContainerInfo>(std::move(account)));
 }
 
-TagsToRemove::Outcome removeAccount(std::string_view identifier, WithRecords withRecords) {
-  // Which tags go is asked of operations that report no failure but to a watch.
-  const failures::Watch watch(failures::Watch::Over::OwnWork);
+bool removeAccount(std::string_view identifier, WithRecords withRecords) {
   const bool withAll = withRecords == WithRecords::Yes;
-  const auto persons = withAll ? personsOf(identifier) : std::vector<std::shared_ptr<_ABPerson>>();
-  if (!persons.empty()) OxMacAddressBook::addressBookArray();
-  const TagsToRemove tags(persons);
   const auto account = contactSource().containerNamed(identifier);
   SaveRequest request;
   request.removedContainers.push_back(
       {account ? account->identifier : std::string(identifier), withAll});
-  execute(std::move(request));
-  const auto outcome = tags.remove();
-  return watch.hasFailures() && outcome == TagsToRemove::Outcome::Removed
-             ? TagsToRemove::Outcome::Incomplete
-             : outcome;
+  const auto persons =
+      withAll ? contactSource().recordsIn(identifier, RecordKind::Person) : RecordKeys();
+  bool tagsAreSafe = false;
+  if (!executeWithTags(request, persons, tagsAreSafe)) throw AccountRefused(request.reason);
+  return tagsAreSafe;
 }
 
 }  // namespace ox

@@ -6,7 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include "ox/OxMacAddressBookSDK/admin/tags_to_remove.hpp"
 #include "ox/base/export.hpp"
 #include "ox/base/record_key.hpp"
 #include "ox/platform/Contacts/CNContainer.hpp"
@@ -38,9 +37,9 @@ OX_EXPORT CNContainerPtr addAccount(const std::string& name, CNContainerType typ
 
 enum class WithRecords : std::uint8_t { No, Yes };
 // Removes an account (its identifier or standard id): with its records and the tags of its persons,
-// or only if it holds none. Discovers the books, if nobody has, for tags are kept by book. Throws
-// AccountRefused for the local account, for one that holds records that must not go, and when there
-// is no such account. The result tells what became of the tags.
-OX_EXPORT TagsToRemove::Outcome removeAccount(std::string_view identifier, WithRecords withRecords);
+// or only if it holds none. Throws AccountRefused for the local account, for one that holds records
+// that must not go, and when there is no such account. False, and noticed, when tags are left, or a
+// power cut may bring them back.
+OX_EXPORT bool removeAccount(std::string_view identifier, WithRecords withRecords);
 
 }  // namespace ox

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "ox/OxAddressBookSDK/tags/tag_table.hpp"
+#include "ox/OxMacAddressBookSDK/ground/contacts_and_tags.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/journal/journal.hpp"
 #include "ox/platform/store/contact_source.hpp"
@@ -42,18 +43,24 @@ bool erasedBy(Step step, ForgetReport& report) {
 }  // namespace
 
 UndoReport undoCommand(std::optional<std::int64_t> number) {
-  return journal::undo(number);
+  auto report = journal::undo(number);
+  followTags();
+  return report;
 }
 
 UndoReport redoCommand() {
-  return journal::redo();
+  auto report = journal::redo();
+  followTags();
+  return report;
 }
 
 UndoReport restoreStoreCopy(const std::string& name) {
+  followTags();
   for (const auto& path : pathsOfCopies(contactStorePath())) {
     if (std::filesystem::path(path).stem() != name) continue;
     const auto tags = differenceOf(allTagsIn(tagStorePath()), allTagsIn(path + ".tags"));
     auto report = contactSource().journal().returnToCopy(path, tags);
+    followTags();
     return report;
   }
   UndoReport report;
@@ -63,6 +70,7 @@ UndoReport restoreStoreCopy(const std::string& name) {
 
 ForgetReport forgetPerson(const RecordKey& person, const std::string& name) {
   ForgetReport report;
+  followTags();  // what is owed of her shall not come back later
   const auto identifier = person.text();
   report.found = contactSource().journal().erase(person, name);
   report.found = erasedBy([&] { return eraseTagsIn(tagStorePath(), identifier); }, report) ||  //

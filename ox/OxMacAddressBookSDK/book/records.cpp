@@ -4,6 +4,7 @@
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/ground/contacts_and_tags.hpp"
+#include "ox/OxMacAddressBookSDK/ground/tag_acts.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
@@ -23,7 +24,11 @@ std::shared_ptr<IOxPerson> OxMacAddressBook::newPerson() {
   // Clearing the name or the company forgets everything that is remembered of the person, the stamp
   // of the line above included; whoever asks for the book next derives it from the container.
   // Required.
-  for (const auto& property : supportProperty()) person->setValue_byProperty(nullptr, property);
+  // Tags, which a new person has none of, are not asked for: that would take a tag file that can be
+  // read.
+  for (const auto& property : supportProperty()) {
+    if (property->name() != OxProPertyTags) person->setValue_byProperty(nullptr, property);
+  }
   if (_allPersonArray) _allPersonArray->appendNew(person, epoch);
   return person;
 }
@@ -45,13 +50,15 @@ std::shared_ptr<IOxGroup> OxMacAddressBook::addGroupByName(TextView name) {
 void OxMacAddressBook::removePersons(const Persons& persons) {
   if (_allPersonArray) _allPersonArray->removeAll(persons);
   const auto records = abAddressBook();
-  for (const auto& each : persons) {
-    const auto person = recordOf(each);
-    if (!person) continue;
-    if (_tagManager) _tagManager->removeForPersonID(person->ID());
-    person->removeDisplayNameCache();
-    records->removeRecord(person);
-  }
+  changeTags([&] {
+    for (const auto& each : persons) {
+      const auto person = recordOf(each);
+      if (!person) continue;
+      if (_tagManager) _tagManager->removeForPersonID(person->ID());
+      person->removeDisplayNameCache();
+      records->removeRecord(person);
+    }
+  });
 }
 
 bool OxMacAddressBook::removeGroup(const std::shared_ptr<IOxGroup>& group) {

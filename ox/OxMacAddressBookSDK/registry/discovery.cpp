@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/ground/contacts_and_tags.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
 #include "ox/base/serial_queue.hpp"
@@ -24,7 +25,10 @@ class KeptList {
  public:
   BookList get(Books (*build)()) {
     const std::lock_guard lock(mutex_);
-    if (!list_) list_ = BookList(build());
+    if (!list_) {
+      list_ = BookList(build());
+      followTags();
+    }
     return *list_;
   }
 
@@ -41,6 +45,7 @@ BookList sharedList(Build build, Last last) {
   OxMacAddressBook::addressArrayQueue().sync([&] {
     auto& list = gAddressArray();
     const auto built = list ? *list : BookList(build());
+    if (!list) followTags();
     last();
     list = built;
     result = built.copy();

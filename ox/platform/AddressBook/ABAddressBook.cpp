@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 #include "ox/platform/AddressBook/answer.hpp"
 #include "ox/platform/AddressBook/live_records.hpp"
@@ -79,10 +80,10 @@ bool ABAddressBook::save() {
   return saveAndReturnError().done;
 }
 
-SaveReport ABAddressBook::saveAndReturnError() {
+SaveReport ABAddressBook::saveAndReturnError(std::vector<TagChange> tags) {
   SaveReport report;
   try {
-    report = recordSource().save();
+    report = recordSource().save(std::move(tags));
   } catch (const std::exception& error) {
     report.failure = failureOf(error);
   }

@@ -8,6 +8,7 @@
 #include "ox/platform/AddressBook/ABGroup.hpp"
 #include "ox/platform/AddressBook/ABPerson.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
+#include "ox/records/tag_change.hpp"
 
 namespace ox {
 
@@ -39,7 +40,8 @@ class OX_EXPORT ABAddressBook {
   // was written and the changes are kept for the next try.
   bool save();
   // The same, with the reason and with what a removal elsewhere has overtaken.
-  SaveReport saveAndReturnError();
+  // Changes of tags are written with them, for the tag file to follow.
+  SaveReport saveAndReturnError(std::vector<TagChange> tags = {});
   bool hasUnsavedChanges();
   UnsavedChanges unsavedChanges();
   // Forgets every unsaved change.

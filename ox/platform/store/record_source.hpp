@@ -13,6 +13,7 @@
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
 #include "ox/records/property_bag.hpp"
+#include "ox/records/tag_change.hpp"
 
 namespace ox {
 
@@ -43,9 +44,9 @@ class RecordSource {
   virtual std::vector<std::optional<RecordInfo>> recordsWith(std::span<const RecordKey> keys) = 0;
   // A removed record keeps its values until the save; a missing object afterwards.
   virtual PropertyValue value(const RecordKey& key, PropertyId property) = 0;
-  virtual bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
   // The type of a custom property by its name; kABErrorInProperty when the store does not know it.
   virtual ABPropertyType storedType(std::string_view custom) = 0;
+  virtual bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                         PropertyValue value) = 0;
   // Null without an image. May throw ImageReadError.
   virtual Data imageData(const RecordKey& key) = 0;
@@ -60,7 +61,11 @@ class RecordSource {
   virtual std::string description(const RecordKey& key, RecordKind kind) = 0;
   // Writes nobody's unsaved changes and those of the acts that run on this thread (RunningAct);
   // what acts of other threads have changed is seen, but neither written nor reverted nor told.
-  virtual SaveReport save() = 0;
+  // The changes of tags are written with them.
+  virtual SaveReport save(std::vector<TagChange> tags) = 0;
+  SaveReport save() { return save({}); }
+  // The records that such a save removes.
+  virtual RecordKeys unsavedRemovals() = 0;
   virtual UnsavedChanges unsavedChanges() = 0;
   virtual void revert() = 0;
   // Forgets what these acts have changed and created, and nothing else.

@@ -163,12 +163,13 @@ class StoreSource final : public ContactSource {
     return text + "AddressBook.db\n";
   }
 
-  SaveReport save() override {
+  SaveReport save(std::vector<TagChange> tags) override {
     const auto acts = RunningAct::ofThread();
     const std::lock_guard lock(mutex_);
     SaveReport report;
     try {
       auto changes = overlay_.changes(acts);
+      changes.tags = std::move(tags);
       if (changes.empty()) {
         store_.sync();  // creations were committed without waiting for the disk
         report.done = true;
@@ -180,6 +181,12 @@ class StoreSource final : public ContactSource {
     }
     if (report.done) overlay_.clear(acts);
     return report;
+  }
+
+  RecordKeys unsavedRemovals() override {
+    const auto acts = RunningAct::ofThread();
+    const std::lock_guard lock(mutex_);
+    return overlay_.removals(acts);
   }
 
   UnsavedChanges unsavedChanges() override {

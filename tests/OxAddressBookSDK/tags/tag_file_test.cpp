@@ -102,7 +102,7 @@ TEST(TagFile, OfVersion1KeepsItsTagsAndFollowsFromThenOn) {
     TagFile file(path);
     EXPECT_EQ(file.tags("book", "p"), (TagFile::Tags{"a", "b"}));
     EXPECT_EQ(file.managersOf("p"), (std::vector<std::string>{"book", "other"}));
-    file.follow("store", 1, {{1, "one", {{"book", "q", {"d"}, {}}}}});
+    file.follow("store", {{1, "one", {{"book", "q", {"d"}, {}}}}}, [] { return 1; });
   }
   TagFile file(path);
   EXPECT_EQ(file.tags("book", "q"), TagFile::Tags());
@@ -118,34 +118,46 @@ class FollowingTagFile : public ::testing::Test {
   static TagAct adds(std::int64_t number, const char* name, const char* tag) {
     return {number, name, {{"book", "p", {}, {tag}}}};
   }
+  void follow(const char* store, const std::vector<TagAct>& acts, std::int64_t last) {
+    file_.follow(store, acts, [last] { return last; });
+  }
   TagFile::Tags tags() { return file_.tags("book", "p"); }
 
   TagFile file_{support::temporaryFile("following", "").string()};
 };
 
 TEST_F(FollowingTagFile, MakesEachActOnce) {
-  file_.follow("store", 9, {adds(3, "three", "a"), adds(5, "five", "b")});
+  follow("store", {adds(3, "three", "a"), adds(5, "five", "b")}, 9);
   EXPECT_EQ(tags(), (TagFile::Tags{"a", "b"}));
   file_.remove("book", "p", "a");
-  file_.follow("store", 9, {adds(3, "three", "a"), adds(5, "five", "b")});
-  file_.follow("store", 9, {});
+  follow("store", {adds(3, "three", "a"), adds(5, "five", "b")}, 9);
+  follow("store", {}, 9);
   EXPECT_EQ(tags(), (TagFile::Tags{"b"}));
-  file_.follow("store", 9, {adds(3, "three", "a"), adds(5, "five", "b"), adds(7, "seven", "c")});
+  follow("store", {adds(3, "three", "a"), adds(5, "five", "b"), adds(7, "seven", "c")}, 9);
   EXPECT_EQ(tags(), (TagFile::Tags{"b", "c"}));
-  file_.follow("another store", 3, {adds(3, "three", "d")});
+  follow("another store", {adds(3, "three", "d")}, 3);
   EXPECT_EQ(tags(), (TagFile::Tags{"b", "c", "d"}));
+}
+
+TEST_F(FollowingTagFile, LeavesAloneWhatOthersHaveFollowedBeyond) {
+  follow("store", {adds(3, "three", "a")}, 3);
+  follow("store", {adds(3, "three", "a"), {4, "four", {{"book", "p", {"a"}, {}}}}}, 4);
+  // By somebody who looked before the fourth act; he is asked for the last act only now.
+  follow("store", {adds(3, "three", "a")}, 4);
+  EXPECT_EQ(tags(), TagFile::Tags());
 }
 
 TEST_F(FollowingTagFile, MergesEachChangeWithWhatIsThere) {
   file_.replace("book", "p", {"a", "x", "b"});
   file_.replace("book", "q", {"y"});
-  file_.follow("store", 1,
-               {{1,
-                 "one",
-                 {{"book", "p", {"a", "b"}, {"b", "c"}},
-                  {"book", "q", {"y"}, {}},
-                  {"book", "r", {"gone"}, {}},
-                  {"other", "p", {}, {"z"}}}}});
+  follow("store",
+         {{1,
+           "one",
+           {{"book", "p", {"a", "b"}, {"b", "c"}},
+            {"book", "q", {"y"}, {}},
+            {"book", "r", {"gone"}, {}},
+            {"other", "p", {}, {"z"}}}}},
+         1);
   EXPECT_EQ(tags(), (TagFile::Tags{"x", "b", "c"}));
   EXPECT_EQ(file_.tags("book", "q"), TagFile::Tags());
   EXPECT_EQ(file_.tags("book", "r"), TagFile::Tags());
@@ -153,13 +165,13 @@ TEST_F(FollowingTagFile, MergesEachChangeWithWhatIsThere) {
 }
 
 TEST_F(FollowingTagFile, FollowsAStoreThatWasPutBack) {
-  file_.follow("store", 9, {adds(9, "nine", "a")});
+  follow("store", {adds(9, "nine", "a")}, 9);
   // Back at 4, and its next act.
-  file_.follow("store", 5, {adds(5, "five", "b")});
+  follow("store", {adds(5, "five", "b")}, 5);
   EXPECT_EQ(tags(), (TagFile::Tags{"a", "b"}));
-  file_.follow("store", 9, {adds(9, "nine", "c")});
+  follow("store", {adds(9, "nine", "c")}, 9);
   // Back at 8, and as many acts again.
-  file_.follow("store", 9, {adds(9, "another nine", "d")});
+  follow("store", {adds(9, "another nine", "d")}, 9);
   EXPECT_EQ(tags(), (TagFile::Tags{"a", "b", "c", "d"}));
 }
 

@@ -142,7 +142,7 @@ TEST(TagHold, TakesAllTagsOfAPersonWhateverTheManager) {
 TEST(TagHold, FollowsWhatItsActWrote) {
   const TagHold hold;
   manager().setTags_forPersonID(Tags{"a", "b"}, "p");
-  TagStore::shared().follow("store", 1, {{1, "one", TagHold::changesOfThread()}});
+  TagStore::shared().follow("store", {{1, "one", TagHold::changesOfThread()}}, [] { return 1; });
   EXPECT_EQ(tags(), (Tags{"a", "b"}));
   TagHold::forgetThose();
   EXPECT_EQ(tags(), (Tags{"a", "b"}));

@@ -117,7 +117,9 @@ TagDebts ContactStore::tagDebts() {
     {
       auto& numbers = file_.statement(Sql::TagDebts);
       const sqlite::StatementScope scope(numbers);
-      while (numbers.step()) debts.acts.push_back({numbers.integer(0), {}});
+      while (numbers.step()) {
+        debts.acts.push_back({numbers.integer(0), std::string(numbers.blob(1)), {}});
+      }
     }
     if (debts.acts.empty()) return debts;
     {

@@ -127,7 +127,9 @@ constexpr std::array kStatements = {
         "0) "
         "+ ifnull((SELECT length(data) FROM image WHERE id = other), 0)"},
     Row{Sql::InsertTagDebt, "INSERT INTO tag_debt VALUES(?1)"},
-    Row{Sql::TagDebts, "SELECT number FROM tag_debt ORDER BY number"},
+    Row{Sql::TagDebts,
+        "SELECT d.number, a.name FROM tag_debt d "
+        "LEFT JOIN act a ON a.number = d.number ORDER BY d.number"},
     Row{Sql::TagChangesOfAct,
         "SELECT before, after FROM change WHERE what = 9 AND id >= (SELECT next_change FROM act "
         "WHERE number = ?1 - 1) AND id < (SELECT next_change FROM act WHERE number = ?1) "

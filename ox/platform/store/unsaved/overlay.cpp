@@ -293,6 +293,13 @@ bool Overlay::createLinks(ActId act, SaveRequest& request) {
 
 // --- what is written ---
 
+std::vector<RecordKey> Overlay::removals(const ActIds& acts) const {
+  auto keys = values_.removals(acts);
+  if (additions_.empty()) return keys;
+  std::erase_if(keys, [this](const RecordKey& key) { return additions_.find(key) != nullptr; });
+  return keys;
+}
+
 RecordChanges Overlay::changes(const ActIds& acts) const {
   RecordChanges changes;
   std::unordered_map<RecordKey, std::size_t> places;
@@ -312,9 +319,7 @@ RecordChanges Overlay::changes(const ActIds& acts) const {
       changes.edits.push_back(std::move(edit));
     }
   }
-  for (const auto& key : values_.removals(acts)) {
-    if (additions_.empty() || additions_.find(key) == nullptr) changes.removals.push_back(key);
-  }
+  changes.removals = removals(acts);
   changes.removedLinks = links_.removedLinks(acts);
   changes.addedLinks = links_.addedLinks(acts);
   return changes;

@@ -77,6 +77,7 @@ class Overlay {
 
   // What these acts want written, in the order in which it was done.
   RecordChanges changes(const ActIds& acts) const;
+  std::vector<RecordKey> removals(const ActIds& acts) const;
   UnsavedChanges unsavedChanges(const ActIds& acts) const;
   void clear(const ActIds& acts);
 

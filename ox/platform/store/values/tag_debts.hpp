@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <vector>
 
 #include "ox/base/uuid.hpp"
@@ -10,13 +9,8 @@ namespace ox {
 
 // Changes of tags that are committed in the store, and that the tag file may not have followed yet.
 struct TagDebts {
-  struct OfAct {
-    std::int64_t number = 0;
-    std::vector<TagChange> changes;
-  };
-
-  Uuid store{};             // the name of the store
-  std::vector<OfAct> acts;  // in their order
+  Uuid store{};              // the name of the store
+  std::vector<TagAct> acts;  // in their order
 };
 
 }  // namespace ox
