@@ -1,8 +1,10 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "ox/platform/images/image_codec.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/oxcontacts/store_content.hpp"
+#include "tests/platform/images/picture_files.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox::program_tests {
@@ -88,9 +90,14 @@ TEST(CopiesCommand, RestoresACopyAsOneActThatCanBeTakenBack) {
   run({"accounts", "add", "Work", "--identifier", "W:ABAccount"});
   run({"add-person", "W", "name=Dee", "note=1"});
   run({"tag", "Dee", "--add", "chess"});
+  const auto picture =
+      support::temporaryFile("p.tiff", *images::encodeTiff(images::patterned(5, 4)));
+  run({"photo", "Dee", "--set", picture});
+  run({"photo", "Ben Ray", "--set", picture});
   const auto before = contactsContent();
   run({"accounts", "remove", "W", "--force"});
   run({"set", "Ben Ray", "note=later"});
+  run({"photo", "Ben Ray", "--clear"});
   run({"remove-person", "Wilhelmina Quartermaine"});
   run({"add-person", "_local", "name=Newcomer"});
   run({"rename-group", "Friends", "Foes"});

@@ -54,14 +54,14 @@ std::optional<std::uint64_t> StoredRows::picture(std::int64_t imageRow) {
                          : std::nullopt;
 }
 
-Data StoredRows::pictureBytes(std::int64_t imageRow) {
-  auto row = file_.connection().prepare("SELECT data FROM image WHERE id = ?1");
+Data pictureInRow(StoreFile& file, std::int64_t imageRow) {
+  auto row = file.connection().prepare("SELECT data FROM image WHERE id = ?1");
   row.bind(1, imageRow);
   return row.step() ? makeData(std::string(row.blob(0))) : nullptr;
 }
 
-Data StoredRows::pictureOf(std::int64_t row) {
-  auto found = file_.connection().prepare(
+Data pictureOfRecord(StoreFile& file, std::int64_t row) {
+  auto found = file.connection().prepare(
       "SELECT i.data FROM content c JOIN image i ON i.id = c.image WHERE c.record = ?1");
   found.bind(1, row);
   return found.step() ? makeData(std::string(found.blob(0))) : nullptr;

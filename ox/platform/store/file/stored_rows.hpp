@@ -30,9 +30,6 @@ class StoredRows {
   std::optional<Content> content(std::int64_t row);
   // The checksum of a picture; missing when that row is not there.
   std::optional<std::uint64_t> picture(std::int64_t imageRow);
-  Data pictureBytes(std::int64_t imageRow);
-  // Of a record; null when it has none.
-  Data pictureOf(std::int64_t row);
   // Every record by its row, every link by its number.
   void visit(const std::function<void(const RecordEntry&)>& visit);
   void visitLinks(const std::function<void(std::int64_t number, std::int64_t group,
@@ -50,5 +47,9 @@ class StoredRows {
   sqlite::Statement picture_;
   sqlite::Statement link_;
 };
+
+// The bytes of the picture in that row; of a record in that row. Null when there is none.
+Data pictureInRow(StoreFile& file, std::int64_t imageRow);
+Data pictureOfRecord(StoreFile& file, std::int64_t row);
 
 }  // namespace ox

@@ -130,7 +130,7 @@ void ReturnToCopy::keep(const RecordEntry& now, std::int64_t then) {
 }
 
 std::function<Data()> ReturnToCopy::reader(std::int64_t row) {
-  return [&then = then_, row] { return then.pictureOf(row); };
+  return [&copy = copy_, row] { return pictureOfRecord(copy, row); };
 }
 
 void ReturnToCopy::bringBack(const RecordEntry& record, bool isTaken) {
@@ -154,7 +154,7 @@ void ReturnToCopy::bringBack(const RecordEntry& record, bool isTaken) {
                     record.kind,
                     {},
                     std::move(content.properties),
-                    content.picture != 0 ? then_.pictureOf(record.row) : nullptr,
+                    content.picture != 0 ? pictureOfRecord(copy_, record.row) : nullptr,
                     fingerprint});
   act_.added.push_back({key, record.kind, container, &added_.back()});
 }

@@ -17,8 +17,8 @@ namespace ox {
 // bring back, to add, to change and to remove. So it is one commit like any other, other processes
 // follow it by the journal, and it can be taken back. Records and accounts are the same when their
 // identifiers are. What comes back has the rows and numbers that it had, where the copy is one of
-// this very store. Writes nothing. Borrows all that it is given until the act is written, and must
-// live as long. Used by one thread at a time; throws sqlite::Error and DamagedProperties.
+// this very store. Writes nothing. Borrows all that it is given, the files until the act is
+// written. Used by one thread at a time; throws sqlite::Error and DamagedProperties.
 class ReturnToCopy {
  public:
   // `added` takes the additions, which the act borrows.

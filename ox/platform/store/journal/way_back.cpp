@@ -53,7 +53,7 @@ void WayBack::decide(const std::vector<JournalAct>& command) {
 
 // The pictures that come back may be many: each is read when it is written.
 std::function<Data()> WayBack::reader(std::int64_t imageRow) {
-  return [&file = file_, imageRow] { return StoredRows(file).pictureBytes(imageRow); };
+  return [&file = file_, imageRow] { return pictureInRow(file, imageRow); };
 }
 
 void WayBack::stays(const RecordKey& record, const std::string& why) {
