@@ -14,7 +14,7 @@ std::string told(const Failure& stays) {
 }
 
 void tell(const Context& context, const UndoReport& report) {
-  if (!report.done) throw CommandError(kFailed, report.reason);
+  if (!report.done) throw CommandError(report.isUnknown ? kNotFound : kFailed, report.reason);
   if (context.json) {
     Json stays = Json::array();
     for (const auto& each : report.stays) {

@@ -1,8 +1,10 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "ox/platform/images/image_codec.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/oxcontacts/store_content.hpp"
+#include "tests/platform/images/picture_files.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox::program_tests {
@@ -73,6 +75,7 @@ TEST(UndoCommand, TakesBackEachCommandAndRedoTakesThatBack) {
   const auto book = support::temporaryPath("book").string();
   run({"backup", "_local", book});
   run({"set", "Ben Ray", "note=after the backup"});
+  const auto picture = temporaryFile("p.tiff", *images::encodeTiff(images::patterned(5, 4)));
   const std::vector<std::vector<std::string>> commands = {
       {"set", "Ann Lee", "phone+=+3", "note=", "name=Anna Lee"},
       {"add-person", "_local", "name=Dee", "phone=4"},
@@ -88,6 +91,7 @@ TEST(UndoCommand, TakesBackEachCommandAndRedoTakesThatBack) {
       {"import", more.string(), "--update"},
       {"restore", "_local", book},
       {"accounts", "add", "Third"},
+      {"photo", "Ben Ray", "--set", picture},
   };
   for (const auto& command : commands) {
     const auto before = contactsContent();
@@ -161,6 +165,7 @@ TEST(UndoCommand, RemovesAPersonWhomOthersHaveChangedAndTakenThatBack) {
 
 TEST(UndoCommand, SaysWhatCannotBeTakenBack) {
   run({"accounts"});
+  EXPECT_EQ(run({"undo"}).exitCode, 4);
   EXPECT_EQ(run({"undo"}).errors, "oxcontacts: there is nothing to take back\n");
   EXPECT_EQ(run({"redo"}).errors, "oxcontacts: there is nothing to take back\n");
   run({"add-person", "_local", "name=Dee"});
@@ -180,6 +185,7 @@ TEST(ShowCommand, ShowsAPersonAsSheWas) {
   // The journal tells times to the millisecond, a command line to the second.
   runShell("sleep 1.1");
   run({"set", "Ann Lee", "note=cocoa", "phone="});
+  run({"remove-person", "Ann Lee"});
   const auto past = runJson({"show", "Ann Lee", "--at", time});
   EXPECT_EQ(past["displayName"], "Ann Lee") << past;
   EXPECT_EQ(past["groups"][0]["displayName"], "Friends");

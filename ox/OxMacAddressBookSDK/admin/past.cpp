@@ -72,7 +72,8 @@ ForgetReport forgetPerson(const RecordKey& person, const std::string& name) {
   ForgetReport report;
   followTags();  // what is owed of her shall not come back later
   const auto identifier = person.text();
-  report.found = contactSource().journal().erase(person, name);
+  const auto before = journal::moment().number;
+  report.found = contactSource().journal().erase(person, name, before);
   report.found = erasedBy([&] { return eraseTagsIn(tagStorePath(), identifier); }, report) ||  //
                  report.found;
   for (const auto& copy : pathsOfCopies(contactStorePath())) {

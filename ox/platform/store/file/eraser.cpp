@@ -19,7 +19,7 @@ class Eraser {
     hasJournal_ = file.queryInteger("PRAGMA user_version") > 1;
   }
 
-  bool erase(const std::string& name) {
+  bool erase(const std::string& name, std::int64_t followedTags) {
     for (const auto row : rows()) {
       eraseRow(row);
       found_ = true;
@@ -27,7 +27,7 @@ class Eraser {
     if (!hasJournal_) return found_;
     eraseTags();
     eraseNames(name);
-    if (found_) beginAnew();
+    if (found_) beginAnew(followedTags);
     return found_;
   }
 
@@ -107,9 +107,14 @@ class Eraser {
   }
 
   // The erasing is an act of its own that nobody can take back; it tells that something was done.
-  void beginAnew() {
+  void beginAnew(std::int64_t followedTags) {
+    // The tag file tells by the names what it has followed.
+    runWith("DELETE FROM tag_debt WHERE number <= ?1", followedTags);
+    runWith(
+        "UPDATE act SET name = randomblob(16) WHERE ?1 > 0 OR number NOT IN "
+        "(SELECT number FROM tag_debt)",
+        followedTags);
     file_.execute(
-        "UPDATE act SET name = randomblob(16);"
         "INSERT INTO origin(program, command, together, undoes, first_act) "
         "SELECT 'oxcontacts', 'forget', 0, 0, max(number) + 1 FROM act;"
         "INSERT INTO act(number, name, at, origin, next_record, next_change, bytes) "
@@ -141,12 +146,13 @@ void writeAnew(sqlite::Connection& file, const std::string& path) {
 
 }  // namespace
 
-bool eraseRecord(const std::string& path, const RecordKey& key, const std::string& name) {
+bool eraseRecord(const std::string& path, const RecordKey& key, const std::string& name,
+                 std::int64_t followedTags) {
   try {
     auto file = openExistingStoreFile(path);
     file.execute("PRAGMA foreign_keys=ON; PRAGMA secure_delete=ON; PRAGMA synchronous=FULL");
     sqlite::Transaction transaction(file);
-    const bool found = Eraser(file, key).erase(name);
+    const bool found = Eraser(file, key).erase(name, followedTags);
     transaction.commit();
     // Whether or not: an earlier try may have been kept from it.
     writeAnew(file, path);

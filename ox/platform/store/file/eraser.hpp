@@ -13,6 +13,9 @@ namespace ox {
 // the journal starts anew. Commands that touched the record, or say the name (unless it is empty),
 // keep their first word alone. False when there was nothing of it. Throws StoreError; with Busy
 // when it is erased, but another process keeps the file from being written anew as a whole.
-bool eraseRecord(const std::string& path, const RecordKey& key, const std::string& name);
+// The tag file has followed the acts up to followedTags; those after it, and all in a copy that
+// nobody is using (0), are left to be followed.
+bool eraseRecord(const std::string& path, const RecordKey& key, const std::string& name,
+                 std::int64_t followedTags = 0);
 
 }  // namespace ox

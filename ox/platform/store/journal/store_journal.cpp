@@ -63,16 +63,22 @@ std::string numbered(std::int64_t number) {
   return "command " + std::to_string(number);
 }
 
+// There is no such command.
+class UnknownCommand : public RefusedRequest {
+ public:
+  using RefusedRequest::RefusedRequest;
+};
+
 // Which command is to be taken back: its first act. Throws RefusedRequest.
 JournalAct wanted(ChangeReader& reader, std::optional<std::int64_t> number,
                   StoreJournal::Last last) {
   const TakenBack takenBack(reader.journal());
   if (!number) {
     number = last == StoreJournal::Last::Command ? lastCommand(reader) : takenBack.lastUndo();
-    if (!number) throw RefusedRequest("there is nothing to take back");
+    if (!number) throw UnknownCommand("there is nothing to take back");
   }
   const auto act = reader.journal().act(*number);
-  if (!act) throw RefusedRequest("the journal has no " + numbered(*number));
+  if (!act) throw UnknownCommand("the journal has no " + numbered(*number));
   if (const auto command = reader.commandOf(*act); command != *number) {
     throw RefusedRequest(std::to_string(*number) + " is a part of " + numbered(command));
   }
@@ -170,9 +176,9 @@ void StoreJournal::setBounds(const JournalBounds& bounds) {
   });
 }
 
-bool StoreJournal::erase(const RecordKey& key, const std::string& name) {
+bool StoreJournal::erase(const RecordKey& key, const std::string& name, std::int64_t followedTags) {
   const std::lock_guard lock(mutex_);
-  return eraseRecord(store_.address().file(), key, name);
+  return eraseRecord(store_.address().file(), key, name, followedTags);
 }
 
 StoreMoment StoreJournal::moment() {
@@ -207,6 +213,7 @@ UndoReport StoreJournal::takeBack(std::optional<std::int64_t> number, Last last)
       if (report.done) report.number = store_.committed().moment().number;
     } catch (const RefusedRequest& refused) {
       report.reason = refused.what();
+      report.isUnknown = dynamic_cast<const UnknownCommand*>(&refused) != nullptr;
     }
     return report;
   });

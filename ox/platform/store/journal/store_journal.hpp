@@ -43,7 +43,7 @@ class StoreJournal {
   JournalBounds bounds();
   void setBounds(const JournalBounds& bounds);
   // See eraseRecord.
-  bool erase(const RecordKey& key, const std::string& name);
+  bool erase(const RecordKey& key, const std::string& name, std::int64_t followedTags);
 
   UndoReport takeBack(std::optional<std::int64_t> number, Last last);
 

@@ -112,6 +112,7 @@ struct UndoReport {
   std::uint64_t records = 0;   // that were touched
   std::vector<Failure> stays;  // what was changed since, each with the record and why
   std::string reason;          // why nothing was done
+  bool isUnknown = false;      // because there is no such command
 };
 
 // The bounds of the journal.
