@@ -9,12 +9,23 @@
 namespace ox::program {
 namespace {
 
+// Somebody of whom the store knows nothing any more can be named by the ID: a copy may hold her.
+RecordKey personToForget(const std::string& text) {
+  try {
+    return findPersonOfAnyTime(text);
+  } catch (const CommandError& error) {
+    if (error.code() != kNotFound || !text.ends_with(":ABPerson")) throw;
+  }
+  return RecordKey::of(text);
+}
+
 void forget(const Context& context, const std::string& text) {
-  const auto person = findPersonOfAnyTime(text);
+  const auto person = personToForget(text);
   const auto name = nameOfAnyTime(person);
   // For everybody else: she is erased from it too.
   keepCopyBefore(context, "forget");
   const auto report = forgetPerson(person, name == person.text() ? std::string() : name);
+  if (!report.found) throw CommandError(kNotFound, "there is nothing of \"" + text + "\"");
   if (context.json) {
     printJson({{"ID", person.text()}, {"copies", report.copies}, {"left", report.left}});
   } else {

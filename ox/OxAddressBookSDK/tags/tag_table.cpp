@@ -40,10 +40,10 @@ bool eraseTagsIn(const std::string& path, const std::string& person) {
   // What was deleted earlier may still stand in parts of pages that nobody uses.
   file.execute("VACUUM");
   if (file.queryInteger("PRAGMA wal_checkpoint(TRUNCATE)") == 0) return found;
-  throw FailureError(FailureKind::Busy,
-                     path + ": another program is using the tags; traces stay in " + path +
-                         "-wal until it ends: try again then",
-                     path);
+  throw FailureError(
+      FailureKind::Busy,
+      path + ": another program is using the tags; until it ends traces stay in " + path + "-wal",
+      path);
 }
 
 }  // namespace ox

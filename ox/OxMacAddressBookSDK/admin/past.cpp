@@ -68,20 +68,21 @@ UndoReport restoreStoreCopy(const std::string& name) {
   return report;
 }
 
+// The store comes last: whoever is killed before finds her there, and forgets her again.
 ForgetReport forgetPerson(const RecordKey& person, const std::string& name) {
   ForgetReport report;
   followTags();  // what is owed of her shall not come back later
   const auto identifier = person.text();
   const auto before = journal::moment().number;
-  report.found = contactSource().journal().erase(person, name, before);
-  report.found = erasedBy([&] { return eraseTagsIn(tagStorePath(), identifier); }, report) ||  //
-                 report.found;
   for (const auto& copy : pathsOfCopies(contactStorePath())) {
     const bool held = erasedBy([&] { return eraseRecord(copy, person, name); }, report);
     const bool tagged = erasedBy([&] { return eraseTagsIn(copy + ".tags", identifier); }, report);
     if (held || tagged) ++report.copies;
   }
-  report.found = report.found || report.copies > 0;
+  const bool tagged = erasedBy([&] { return eraseTagsIn(tagStorePath(), identifier); }, report);
+  const bool held =
+      erasedBy([&] { return contactSource().journal().erase(person, name, before); }, report);
+  report.found = held || tagged || report.copies > 0 || !report.left.empty();
   return report;
 }
 

@@ -138,10 +138,10 @@ void writeAnew(sqlite::Connection& file, const std::string& path) {
   file.execute("PRAGMA temp_store=FILE");
   file.execute("VACUUM");
   if (file.queryInteger("PRAGMA wal_checkpoint(TRUNCATE)") == 0) return;
-  throw StoreError(StoreError::Kind::Busy,
-                   path + ": another program is using the store; traces stay in " + path +
-                       "-wal until it ends: try again then",
-                   path);
+  throw StoreError(
+      StoreError::Kind::Busy,
+      path + ": another program is using the store; until it ends traces stay in " + path + "-wal",
+      path);
 }
 
 }  // namespace
