@@ -116,7 +116,7 @@ std::int64_t lastNumber() {
 // How many seeds: a few in every run of the tests, as many as $OX_UNDO_SEEDS says in a long one.
 int countOfSeeds() {
   const char* count = std::getenv("OX_UNDO_SEEDS");
-  return count != nullptr ? std::atoi(count) : 6;
+  return count != nullptr ? std::atoi(count) : 12;
 }
 
 class UndoOfRandomCommands : public testing::TestWithParam<int> {};
@@ -124,7 +124,7 @@ class UndoOfRandomCommands : public testing::TestWithParam<int> {};
 TEST_P(UndoOfRandomCommands, GoesBackStepByStepAndForthAgain) {
   constexpr int kCommands = 12;
   RandomCommands commands(static_cast<std::uint64_t>(GetParam()));
-  std::vector<std::string> states = {contactsContent()};
+  std::vector<std::string> states = {storeContent()};
   std::vector<std::string> done;
   auto last = lastNumber();
   for (int i = 0; i < kCommands; ++i) {
@@ -132,7 +132,7 @@ TEST_P(UndoOfRandomCommands, GoesBackStepByStepAndForthAgain) {
     run(command);
     if (const auto number = lastNumber(); number != last) {
       last = number;
-      states.push_back(contactsContent());
+      states.push_back(storeContent());
       done.push_back(textOf(command));
     }
   }
@@ -144,12 +144,12 @@ TEST_P(UndoOfRandomCommands, GoesBackStepByStepAndForthAgain) {
   for (auto i = done.size(); i-- > 0;) {
     const auto undone = run({"undo"});
     ASSERT_EQ(undone.exitCode, 0) << undone.errors << done[i] << "\n" << trace();
-    ASSERT_EQ(contactsContent(), states[i]) << "undoing " << done[i] << "\n" << trace();
+    ASSERT_EQ(storeContent(), states[i]) << "undoing " << done[i] << "\n" << trace();
   }
   for (std::size_t i = 0; i < done.size(); ++i) {
     const auto redone = run({"redo"});
     ASSERT_EQ(redone.exitCode, 0) << redone.errors << done[i] << "\n" << trace();
-    ASSERT_EQ(contactsContent(), states[i + 1]) << "redoing " << done[i] << "\n" << trace();
+    ASSERT_EQ(storeContent(), states[i + 1]) << "redoing " << done[i] << "\n" << trace();
   }
   EXPECT_EQ(run({"check"}).output, "sound\n");
 }

@@ -91,24 +91,25 @@ TEST(UndoCommand, TakesBackEachCommandAndRedoTakesThatBack) {
       {"import", more.string(), "--update"},
       {"restore", "_local", book},
       {"accounts", "add", "Third"},
+      {"tag", "Ann Lee", "--remove", "tea", "--add", "golf"},
       {"photo", "Ben Ray", "--set", picture},
   };
   for (const auto& command : commands) {
-    const auto before = contactsContent();
+    const auto before = storeContent();
     const auto done = run(command);
     ASSERT_EQ(done.exitCode, 0) << command[0] << done.errors;
-    const auto after = contactsContent();
+    const auto after = storeContent();
     EXPECT_NE(before, after) << command[0];
     for (int i = 0; i < 2; ++i) {
       const auto undone = run({"undo"});
       EXPECT_EQ(undone.exitCode, 0) << command[0] << undone.errors;
-      EXPECT_EQ(contactsContent(), before) << command[0];
+      EXPECT_EQ(storeContent(), before) << command[0];
       const auto redone = run({"redo"});
       EXPECT_EQ(redone.exitCode, 0) << command[0] << redone.errors;
-      EXPECT_EQ(contactsContent(), after) << command[0];
+      EXPECT_EQ(storeContent(), after) << command[0];
     }
     run({"undo"});
-    EXPECT_EQ(contactsContent(), before) << command[0];
+    EXPECT_EQ(storeContent(), before) << command[0];
     EXPECT_EQ(run({"check"}).output, "sound\n") << command[0];
   }
 }
@@ -118,10 +119,10 @@ TEST(UndoCommand, BringsBackAnAccountThatWasRemovedWithEverythingInIt) {
   run({"copy", "Ann Lee", "--to", "W"});
   run({"add-group", "W", "Team"});
   run({"group-add", "Team", "Ann Lee", "--book", "W"});
-  const auto before = contactsContent();
+  const auto before = storeContent();
   ASSERT_EQ(run({"accounts", "remove", "W", "--force"}).exitCode, 0);
   ASSERT_EQ(run({"undo"}).exitCode, 0);
-  EXPECT_EQ(contactsContent(), before);
+  EXPECT_EQ(storeContent(), before);
 }
 
 TEST(UndoCommand, LeavesWhatOthersHaveChangedSinceAndNamesIt) {
@@ -185,9 +186,11 @@ TEST(ShowCommand, ShowsAPersonAsSheWas) {
   // The journal tells times to the millisecond, a command line to the second.
   runShell("sleep 1.1");
   run({"set", "Ann Lee", "note=cocoa", "phone="});
+  run({"tag", "Ann Lee", "--remove", "tea"});
   run({"remove-person", "Ann Lee"});
   const auto past = runJson({"show", "Ann Lee", "--at", time});
   EXPECT_EQ(past["displayName"], "Ann Lee") << past;
+  EXPECT_EQ(past["tags"], Json({"chess", "tea"}));
   EXPECT_EQ(past["groups"][0]["displayName"], "Friends");
   std::string values;
   for (const auto& property : past["properties"]) {

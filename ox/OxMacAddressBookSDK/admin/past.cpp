@@ -71,9 +71,9 @@ UndoReport restoreStoreCopy(const std::string& name) {
 // The store comes last: whoever is killed before finds her there, and forgets her again.
 ForgetReport forgetPerson(const RecordKey& person, const std::string& name) {
   ForgetReport report;
-  followTags();  // what is owed of her shall not come back later
   const auto identifier = person.text();
   const auto before = journal::moment().number;
+  followTags();  // what is owed of her shall not come back later
   for (const auto& copy : pathsOfCopies(contactStorePath())) {
     const bool held = erasedBy([&] { return eraseRecord(copy, person, name); }, report);
     const bool tagged = erasedBy([&] { return eraseTagsIn(copy + ".tags", identifier); }, report);
