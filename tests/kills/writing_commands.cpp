@@ -17,7 +17,13 @@ namespace {
 std::vector<std::string> commandOf(const Act::Words& arguments) {
   Act::Words words;
   for (const auto& word : arguments) {
-    words.push_back(word.starts_with("@") ? support::temporaryPath(word.substr(1)).string() : word);
+    if (word == "oldest copy") {
+      words.push_back(program_tests::runJson({"copies"}).back()["name"]);
+    } else if (word.starts_with("@")) {
+      words.push_back(support::temporaryPath(word.substr(1)).string());
+    } else {
+      words.push_back(word);
+    }
   }
   return program_tests::programCommand(words);
 }
@@ -127,6 +133,13 @@ const std::vector<Act>& writingCommands() {
        {},
        {"accounts", "remove", "Work", "--force"}},
       {"TakesAnUndoBack", {"redo"}, "took back ", {}, {}, {"undo"}},
+      {"RestoresACopy",
+       {"copies", "restore", "oldest copy"},
+       "restored ",
+       {},
+       {},
+       {"restore", "_local", "@local.book"}},
+      {"BoundsTheJournal", {"log", "--keep-days", "5", "--keep-megabytes", "5"}, "is kept for "},
       {"AddsAnAccount", {"accounts", "add", "Home"}, "added Home"},
       {"RemovesAnAccount", {"accounts", "remove", "Old"}, "removed Old"},
       {"BacksUpABook", {"backup", "_local", "@out.book"}, "saved ", {}, "out.book"},

@@ -14,7 +14,7 @@ struct Act {
   using Words = std::vector<std::string>;
 
   const char* name;
-  Words arguments;  // those that name files of the test's folder begin with "@"
+  Words arguments;  // "@..." is a file of the test's folder, "oldest copy" is one
   // What it says when it has done it; empty when its end alone says it.
   std::string told;
   // Commands that do a part of it, where it is no one act: the whole batches of an import.
