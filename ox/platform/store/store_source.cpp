@@ -81,9 +81,7 @@ class StoreSource final : public ContactSource {
     if (isMissing(value)) value = Object();  // whatever the spelling
     cleanText(value);
     const std::lock_guard lock(mutex_);
-    // News are not looked for unless the record is unknown: what has come since the host has read
-    // the value is not what it has changed it from, and must not be taken for that at the save.
-    if (!overlay_.isWritable(key)) committed_.refresh(Look::AtMostEvery10ms);
+    committed_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
     if (store_.knowsOtherwise(property)) {
       return refuse(
