@@ -165,15 +165,22 @@ std::vector<std::optional<RecordInfo>> SwitchedSource::recordsWith(
   return visibleRecords(keys);
 }
 
+std::optional<PropertyValue> SwitchedSource::givenValue(const RecordKey& key, PropertyId property) {
+  const std::scoped_lock hold(lock_);
+  countLocked(&SourceCounts::value);
+  ++counts_.valueOf[property];
+  const auto given = givenValues_.find({key.text(), property});
+  return given != givenValues_.end() ? std::optional(given->second) : std::nullopt;
+}
+
 PropertyValue SwitchedSource::value(const RecordKey& key, PropertyId property) {
-  {
-    const std::scoped_lock hold(lock_);
-    countLocked(&SourceCounts::value);
-    ++counts_.valueOf[property];
-    const auto given = givenValues_.find({key.text(), property});
-    if (given != givenValues_.end()) return given->second;
-  }
-  return real_->value(key, property);
+  const auto given = givenValue(key, property);
+  return given ? *given : real_->value(key, property);
+}
+
+PropertyValue SwitchedSource::valueToChange(const RecordKey& key, PropertyId property) {
+  const auto given = givenValue(key, property);
+  return given ? *given : real_->valueToChange(key, property);
 }
 
 ABPropertyType SwitchedSource::storedType(std::string_view custom) {

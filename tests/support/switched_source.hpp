@@ -89,6 +89,7 @@ class SwitchedSource : public ContactSource {
   std::vector<std::optional<RecordInfo>> recordsWith(std::span<const RecordKey> keys) override;
   PropertyValue value(const RecordKey& key, PropertyId property) override;
   ABPropertyType storedType(std::string_view custom) override;
+  PropertyValue valueToChange(const RecordKey& key, PropertyId property) override;
   bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                 PropertyValue value) override;
   Data imageData(const RecordKey& key) override;
@@ -137,6 +138,7 @@ class SwitchedSource : public ContactSource {
   template <typename Id>
   std::vector<std::optional<RecordInfo>> visibleRecords(std::span<const Id> ids);
   RecordKeys without(const Identifiers SwitchedSource::*hidden, const RecordKeys& keys) const;
+  std::optional<PropertyValue> givenValue(const RecordKey& key, PropertyId property);
   bool refusesLinkEditsOf(const RecordKey& group) const;
 
   std::shared_ptr<ContactSource> real_;

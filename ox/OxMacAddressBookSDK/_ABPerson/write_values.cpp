@@ -50,7 +50,7 @@ PropertyValue _ABPerson::macValueByOxValue_property(const OxValuePtr& value,
   }
   const auto multiple = std::dynamic_pointer_cast<OxMutableMultipleValue>(value);
   if (!multiple || !property) return Object();
-  auto stored = emptied(valueForProperty(macPropertyNameByName(property->name())));
+  auto stored = emptied(valueToChange(macPropertyNameByName(property->name())));
   for (std::uint64_t i = 0; i < multiple->count(); ++i) {
     appendElement(*multiple->valueAtIndex(i), stored);
   }

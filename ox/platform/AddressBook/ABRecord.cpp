@@ -23,6 +23,12 @@ PropertyValue ABRecord::valueForProperty(TextView property) const {
   return answer([&] { return recordSource().value(key_, id); });
 }
 
+PropertyValue ABRecord::valueToChange(TextView property) const {
+  const auto id = property ? property_table::idOf(kind(), *property) : PropertyId{0};
+  if (id == 0) return {};
+  return answer([&] { return recordSource().valueToChange(key_, id); });
+}
+
 bool ABRecord::setValue_forProperty(PropertyValue value, TextView property) {
   const auto id = property ? property_table::idOf(kind(), *property) : PropertyId{0};
   return answer([&] { return recordSource().setValue(key_, kind(), id, std::move(value)); });

@@ -27,6 +27,9 @@ class OX_EXPORT ABRecord : public std::enable_shared_from_this<ABRecord> {
   Text uniqueId() const;
   // A missing object when the record does not hold it or there is no such property.
   PropertyValue valueForProperty(TextView property) const;
+  // The same for whoever reads it only to write it anew: without what others have changed since
+  // valueForProperty was last asked, which is no change of theirs.
+  PropertyValue valueToChange(TextView property) const;
   // A missing value removes the property. False when refused: no such property, a value of another
   // type, a removed record. In memory until the address book's save.
   bool setValue_forProperty(PropertyValue value, TextView property);

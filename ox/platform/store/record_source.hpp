@@ -46,6 +46,10 @@ class RecordSource {
   virtual PropertyValue value(const RecordKey& key, PropertyId property) = 0;
   // The type of a custom property by its name; kABErrorInProperty when the store does not know it.
   virtual ABPropertyType storedType(std::string_view custom) = 0;
+  // The same as this process knows it: for whoever reads it only to write it anew. What others have
+  // changed since it was last read by value() is not in it, so that it is no change of whoever
+  // writes.
+  virtual PropertyValue valueToChange(const RecordKey& key, PropertyId property) = 0;
   virtual bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                         PropertyValue value) = 0;
   // Null without an image. May throw ImageReadError.

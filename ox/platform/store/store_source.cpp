@@ -70,6 +70,12 @@ class StoreSource final : public ContactSource {
     return store_.storedType(custom);
   }
 
+  PropertyValue valueToChange(const RecordKey& key, PropertyId property) override {
+    const std::lock_guard lock(mutex_);
+    committed_.refresh(Look::AtMostEvery10ms);
+    return overlay_.valueToChange(key, property);
+  }
+
   bool setValue(const RecordKey& key, RecordKind kind, PropertyId property,
                 PropertyValue value) override {
     const auto type = property_table::typeOf(property);

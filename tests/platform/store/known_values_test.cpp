@@ -1,8 +1,11 @@
 // Whoever changes a value sets out from what it has read, however long ago that was.
 #include "ox/platform/store/committed/known_values.hpp"
 
+#include <future>
 #include <gtest/gtest.h>
+#include <thread>
 
+#include "ox/platform/store/running_act.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
@@ -120,6 +123,47 @@ TEST_F(ReadLongAgo, AnotherPropertyThatIsReadAnewDoesNotMakeThisOneKnown) {
   add(*theirs_, "4");
   ASSERT_TRUE(mine_->save().done);
   EXPECT_EQ(numbersOf(*mine_), "1 2 4 3 ");
+}
+
+TEST_F(ReadLongAgo, OfOneObjectTheLaterChangeCounts) {
+  mine_->value(kAnn, property_id::kFirst);
+  theirs_->setValue(kAnn, RecordKind::Person, property_id::kFirst, Object("Anna"));
+  ASSERT_TRUE(theirs_->save().done);
+  look(*mine_);
+  EXPECT_TRUE(mine_->setValue(kAnn, RecordKind::Person, property_id::kFirst, Object("Ann")));
+  EXPECT_EQ(std::get<Object>(mine_->value(kAnn, property_id::kFirst)), Object("Ann"));
+  ASSERT_TRUE(mine_->save().done);
+  EXPECT_EQ(std::get<Object>(theirs_->value(kAnn, property_id::kFirst)), Object("Ann"));
+}
+
+TEST_F(ReadLongAgo, ReadingOnlyToWriteAnewMakesNothingKnown) {
+  auto read = phonesOf(*mine_);
+  add(*theirs_, "2");
+  look(*mine_);
+  EXPECT_EQ(
+      std::get<MultiValuePtr>(mine_->valueToChange(kAnn, property_id::kPhone))->entries.size(), 1U);
+  read.add(Object("3"), "home");
+  write(*mine_, read);
+  ASSERT_TRUE(mine_->save().done);
+  EXPECT_EQ(numbersOf(*mine_), "1 2 3 ");
+}
+
+TEST_F(ReadLongAgo, WhatAnActHasPutIntoAListIsNotSavedByAnotherThread) {
+  std::promise<void> added;
+  std::promise<void> saved;
+  std::thread act([&] {
+    const RunningAct running;
+    auto list = phonesOf(*mine_);
+    list.add(Object("of the act"), "home");
+    write(*mine_, list);
+    added.set_value();
+    saved.get_future().wait();
+  });
+  added.get_future().wait();
+  add(*mine_, "3");
+  saved.set_value();
+  act.join();
+  EXPECT_EQ(numbersOf(*theirs_), "1 3 ");
 }
 
 TEST(KnownValues, AreThoseOfTheTimeTheyWereReadAt) {

@@ -141,10 +141,17 @@ PropertyValue Overlay::value(const RecordKey& key, PropertyId property) {
   return storedValue(key, property);
 }
 
-// What whoever changes the value now sets out from: others may have changed it since it was read.
+PropertyValue Overlay::valueToChange(const RecordKey& key, PropertyId property) {
+  const auto* unsaved = values_.empty() ? nullptr : values_.value(key, property);
+  return unsaved != nullptr ? *unsaved : knownValue(key, property);
+}
+
+// What whoever changes a list now sets out from: others may have changed it since it was read. Of a
+// value that is one object the later change counts, whatever its author knew.
 PropertyValue Overlay::knownValue(const RecordKey& key, PropertyId property) {
   auto& known = committed_.known();
-  const auto* value = known.empty() ? nullptr : known.find(key, property);
+  const bool isList = (property_table::typeOf(property) & kABMultiValueMask) != 0;
+  const auto* value = known.empty() || !isList ? nullptr : known.find(key, property);
   return value != nullptr ? *value : storedValue(key, property);
 }
 
@@ -170,9 +177,10 @@ void Overlay::setValue(ActId act, const RecordKey& key, RecordKind kind, Propert
   // What another act has set may be taken back, so it spares nobody a change of his own.
   const bool alone = values_.empty() || !values_.isChangedByOthers(act, key, property);
   auto base = knownValue(key, property);
-  const auto* unsaved = values_.empty() ? nullptr : values_.value(key, property);
-  const auto visible = unsaved != nullptr ? *unsaved : base;
+  const auto visible = valueToChange(key, property);
   if (alone && looksTheSame(visible, value)) return;
+  // What another act has put into a list, or taken out, is its own change and not this one's.
+  if (!alone && std::holds_alternative<MultiValuePtr>(visible)) base = visible;
   keepIdentifiers(visible, value);
   // Compared with what is committed, not with what is visible: a change back to it is none.
   if (alone && looksTheSame(base, value)) {

@@ -42,6 +42,8 @@ class Overlay {
   // The record view.
   RecordKeys records(RecordKind kind);
   PropertyValue value(const RecordKey& key, PropertyId property);
+  // See RecordSource.
+  PropertyValue valueToChange(const RecordKey& key, PropertyId property);
   Data image(const RecordKey& key);
   RecordKeysPtr children(const RecordKey& group, RecordKind kind) {
     return links_.children(group, kind);
