@@ -103,4 +103,19 @@ void Transaction::commit() {
   open_ = false;
 }
 
+Snapshot::Snapshot(Connection& connection) {
+  if (sqlite3_get_autocommit(connection.handle()) == 0) return;
+  connection.execute("BEGIN");
+  connection_ = &connection;
+}
+
+Snapshot::~Snapshot() {
+  if (connection_ == nullptr) return;
+  try {
+    connection_->execute("COMMIT");
+  } catch (const Error&) {
+    // SQLite has ended it by itself; nothing was written.
+  }
+}
+
 }  // namespace ox::sqlite

@@ -53,4 +53,17 @@ class Transaction {
   bool open_ = true;
 };
 
+// While it lives, everything that is read is of one state of the file. Nothing happens inside of a
+// transaction, where that is so already.
+class Snapshot {
+ public:
+  explicit Snapshot(Connection& connection);
+  Snapshot(const Snapshot&) = delete;
+  Snapshot& operator=(const Snapshot&) = delete;
+  ~Snapshot();
+
+ private:
+  Connection* connection_ = nullptr;  // null inside of a transaction
+};
+
 }  // namespace ox::sqlite

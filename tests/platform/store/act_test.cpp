@@ -172,6 +172,41 @@ TEST_F(ActOfASlowWriter, IsOutdatedByWhatTheJournalDoesNotTell) {
   EXPECT_EQ(slow_.write(act), Outcome::Outdated);
 }
 
+// A group that stood between two others goes, and these two change places.
+TEST_F(ActOfASlowWriter, LinksWhereAGroupIsThatItRemoves) {
+  build_.group("between", "Between").subgroup("top", "between").subgroup("between", "below");
+  const auto mine = openStoreSource(storePath());
+  EXPECT_TRUE(mine->remove(RecordKey::of("between"), RecordKind::Group));
+  EXPECT_TRUE(mine->link(RecordKey::of("below"), RecordKey::of("top"), RecordKind::Group));
+  const auto report = mine->save();
+  EXPECT_TRUE(report.done);
+  EXPECT_EQ(report.dropped.size(), 0U);
+  EXPECT_EQ(*others_->children(RecordKey::of("below"), RecordKind::Group),
+            (RecordKeys{RecordKey::of("top")}));
+}
+
+TEST_F(ActOfASlowWriter, GivesNoLinkTheNumberOfAnother) {
+  build_.members("top", {"ann", "ben"});
+  others_->unlink(RecordKey::of("top"), RecordKey::of("ben"), RecordKind::Person);
+  ASSERT_TRUE(others_->save().done);
+  build_.person("cid").member("top", "cid");
+  EXPECT_EQ(sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadOnly)
+                .queryText("SELECT group_concat(id) FROM link"),
+            "1,3");
+}
+
+TEST_F(ActOfASlowWriter, GivesALostRowOfValuesBackWithTheReplacement) {
+  sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadWrite)
+      .execute("DELETE FROM content WHERE record = 1");
+  SaveRequest request;
+  ReplacedRecord replaced{RecordKey::of("ann"), {}, makeData("picture")};
+  replaced.properties.set(property_id::kFirst, Object("Anna"));
+  request.replacements.push_back(replaced);
+  EXPECT_TRUE(others_->execute(request)) << request.reason;
+  EXPECT_EQ(storeProblems(storePath()), std::vector<std::string>{});
+  EXPECT_EQ(*others_->imageData(RecordKey::of("ann")), "picture");
+}
+
 TEST(ActDecidedAgain, TakesTheLockFirstAfterThreeTries) {
   const auto others = openStoreSource(storePath());
   support::StoreBuilder(*others).person("ann", {.first = "Ann"});

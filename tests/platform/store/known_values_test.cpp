@@ -68,6 +68,44 @@ TEST_F(ReadLongAgo, AnAdditionElsewhereBetweenReadingAndWritingStays) {
   EXPECT_EQ(numbersOf(*mine_), "1 2 3 ");
 }
 
+TEST_F(ReadLongAgo, AFoldedLogInBetweenMakesNothingKnown) {
+  auto read = phonesOf(*mine_);
+  add(*theirs_, "2");
+  look(*mine_);
+  theirs_->checkpoint();
+  look(*mine_);
+  read.add(Object("3"), "home");
+  write(*mine_, read);
+  ASSERT_TRUE(mine_->save().done);
+  EXPECT_EQ(numbersOf(*mine_), "1 2 3 ");
+}
+
+TEST_F(ReadLongAgo, AFoldedLogBeforeTheOthersChangeMakesNothingKnown) {
+  auto read = phonesOf(*mine_);
+  theirs_->checkpoint();
+  look(*mine_);
+  add(*theirs_, "2");
+  look(*mine_);
+  read.add(Object("3"), "home");
+  write(*mine_, read);
+  ASSERT_TRUE(mine_->save().done);
+  EXPECT_EQ(numbersOf(*mine_), "1 2 3 ");
+}
+
+TEST_F(ReadLongAgo, AnOwnSaveBesideOthersMakesNothingKnown) {
+  auto read = phonesOf(*mine_);
+  support::StoreBuilder(*mine_).person("ben");
+  add(*theirs_, "2");
+  mine_->setValue(RecordKey::of("ben"), RecordKind::Person, property_id::kFirst, Object("Ben"));
+  ASSERT_TRUE(mine_->save().done);
+  look(*mine_);
+  look(*mine_);
+  read.add(Object("3"), "home");
+  write(*mine_, read);
+  ASSERT_TRUE(mine_->save().done);
+  EXPECT_EQ(numbersOf(*mine_), "1 2 3 ");
+}
+
 TEST_F(ReadLongAgo, WritingBackWhatWasReadChangesNothing) {
   const auto read = phonesOf(*mine_);
   add(*theirs_, "2");

@@ -147,7 +147,7 @@ RecordKey ActBuilder::addRecord(const NewRecord& record) {
 }
 
 void ActBuilder::replaceRecord(const ReplacedRecord& record) {
-  const auto entry = find(record.key);
+  const auto entry = meant(record.key);
   if (!entry) throw RefusedRequest("there is no record " + record.key.text());
   if (const auto refusal = refusalOf(record.properties); !refusal.empty()) {
     throw RefusedRequest(refusal);
@@ -231,6 +231,7 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
 
 void ActBuilder::removeRecord(const Entry& entry) {
   act_.removed.push_back(entry);
+  if (entry.kind == RecordKind::Group) removedGroups_.insert(entry.row);
 }
 
 std::optional<RecordEntry> ActBuilder::meant(const RecordKey& key) const {
@@ -263,7 +264,7 @@ std::string ActBuilder::addLink(const Link& link) {
   return {};
 }
 
-// As it will be: with the links that this act adds, without those that it takes away.
+// As it will be: with the links that this act adds, without those and the groups that it removes.
 bool ActBuilder::closesCircleOfRows(std::int64_t group, std::int64_t child) {
   const auto neighbours = [&](std::int64_t row, const auto& added, const auto& removed,
                               sqlite::Statement& rows) {
@@ -272,7 +273,10 @@ bool ActBuilder::closesCircleOfRows(std::int64_t group, std::int64_t child) {
       const sqlite::StatementScope scope(rows);
       rows.bind(1, row);
       while (rows.step()) {
-        if (!removed.contains({row, rows.integer(0)})) found.push_back(rows.integer(0));
+        const auto other = rows.integer(0);
+        if (!removed.contains({row, other}) && !removedGroups_.contains(other)) {
+          found.push_back(other);
+        }
       }
     }
     const auto own = added.find(row);

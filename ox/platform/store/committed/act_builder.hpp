@@ -99,7 +99,8 @@ class ActBuilder {
   // The groups' own links that this act adds, by row.
   std::unordered_map<std::int64_t, std::vector<std::int64_t>> addedParents_;
   std::unordered_map<std::int64_t, std::vector<std::int64_t>> addedSubgroups_;
-  // Those that it takes away: a row, and its parent or sub-group.
+  std::unordered_set<std::int64_t> removedGroups_;
+  // The links that it takes away: a row, and its parent or sub-group.
   std::set<std::pair<std::int64_t, std::int64_t>> removedParents_;
   std::set<std::pair<std::int64_t, std::int64_t>> removedSubgroups_;
 };

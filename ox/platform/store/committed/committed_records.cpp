@@ -38,10 +38,7 @@ void CommittedRecords::refresh(Look look) {
   if (look == Look::AtMostEvery10ms && lastLook_ >= 0 && now - lastLook_ < kLookMilliseconds)
     return;
   file_.guarded([&] {
-    const auto current = version();
-    if (current != seenVersion_) readNews();
-    // Set last: when the reading of the news fails half way, the next look reads them again.
-    seenVersion_ = current;
+    if (version() != seenVersion_) readNews();
     lastLook_ = now;
   });
 }
@@ -193,7 +190,7 @@ void CommittedRecords::forgetValuesOf(const RecordKey& key) {
 }
 
 void CommittedRecords::forgetValues() {
-  contents_.clear();
+  known_.keepAll(contents_.release());
   lastValues_.reset();
 }
 

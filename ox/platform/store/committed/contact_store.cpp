@@ -99,6 +99,7 @@ bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& take
     transaction.commit();
     file_.noteCommit();
     followedTags_.reset();
+    writtenMoment_ = writer.written().row.moment;
     committed_.follow(writer.written());
     return true;
   } catch (const PropertyOfTwoTypes&) {
@@ -148,8 +149,9 @@ TagDebts ContactStore::tagDebts() {
 
 bool ContactStore::execute(SaveRequest& request) {
   std::vector<RecordKey> keys;
+  bool written = false;
   try {
-    write(StoreFile::Outlive::Kill, [&](ActBuilder& builder) {
+    written = write(StoreFile::Outlive::Kill, [&](ActBuilder& builder) {
       settleOutdated(request);
       if (request.moment) {
         for (const auto& record : request.additions) builder.guardContainer(record.container);
@@ -178,7 +180,7 @@ bool ContactStore::execute(SaveRequest& request) {
     return false;
   }
   for (std::size_t i = 0; i < keys.size(); ++i) request.additions[i].key = keys[i];
-  if (request.moment) request.moment = committed_.moment();
+  if (request.moment) request.moment = written ? writtenMoment_ : committed_.moment();
   return true;
 }
 
@@ -215,10 +217,11 @@ SaveReport ContactStore::commit(RecordChanges& changes) {
       report.overtaken = builder.wonOver();
       merged = builder.merged();
       for (const auto& link : changes.removedLinks) builder.removeLink(link);
-      for (const auto& link : changes.addedLinks) noteDropped(builder.addLink(link), link.group);
+      // Before the links, which may go where a group is now that is removed.
       for (const auto& key : changes.removals) {
         if (const auto entry = builder.find(key)) builder.removeRecord(*entry);
       }
+      for (const auto& link : changes.addedLinks) noteDropped(builder.addLink(link), link.group);
       builder.changeTags(changes.tags);
     });
   } catch (const RefusedRequest& refused) {
@@ -235,14 +238,18 @@ SaveReport ContactStore::commit(RecordChanges& changes) {
 // Whoever goes on changing a value without reading it again sets out from what was written, also
 // where the changes of others were merged into that.
 void ContactStore::noteKnown(const RecordChanges& changes,
-                             const std::vector<ActBuilder::MergedValue>& merged) {
+                             const std::vector<ActBuilder::MergedValue>& merged) noexcept {
   auto& known = committed_.known();
-  if (!known.empty()) {
-    for (const auto& edit : changes.edits) {
-      for (const auto& value : edit.values) known.noteRead(edit.key, value.property);
+  try {
+    if (!known.empty()) {
+      for (const auto& edit : changes.edits) {
+        for (const auto& value : edit.values) known.noteRead(edit.key, value.property);
+      }
     }
+    for (const auto& value : merged) known.keepWritten(value.record, value.property, value.mine);
+  } catch (...) {
+    known.clear();  // the save is done, whatever can be remembered of it
   }
-  for (const auto& value : merged) known.keepWritten(value.record, value.property, value.mine);
 }
 
 // A request that was made from what the store held is matched once more against what it holds now,

@@ -58,7 +58,8 @@ class ContactStore {
                                  std::unordered_set<RecordKey>& taken);
   bool commitAct(const Act& act, std::unordered_set<RecordKey>& taken,
                  sqlite::Transaction& transaction);
-  void noteKnown(const RecordChanges& changes, const std::vector<ActBuilder::MergedValue>& merged);
+  void noteKnown(const RecordChanges& changes,
+                 const std::vector<ActBuilder::MergedValue>& merged) noexcept;
   void settleOutdated(SaveRequest& request);
   void meet(const RecordChanges& changes);
   void leaveOutStored(std::span<NewRecord> additions);
@@ -66,6 +67,7 @@ class ContactStore {
   StoreFile file_;
   CommittedRecords committed_;
   std::optional<std::int64_t> followedTags_;
+  StoreMoment writtenMoment_;  // of the last act that this process wrote
 };
 
 }  // namespace ox

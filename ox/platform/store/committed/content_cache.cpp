@@ -142,9 +142,9 @@ void ContentCache::forget(const RecordKey& key) {
   pictureBytes_.erase(key);
 }
 
-void ContentCache::clear() {
-  contents_.clear();
+GenerationCache<RecordKey, KnownContent> ContentCache::release() {
   pictureBytes_.clear();
+  return std::exchange(contents_, GenerationCache<RecordKey, KnownContent>(kHalfValueCacheBytes));
 }
 
 }  // namespace ox

@@ -7,17 +7,12 @@
 
 #include "ox/base/data.hpp"
 #include "ox/platform/store/committed/generation_cache.hpp"
+#include "ox/platform/store/committed/known_values.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/record_entry.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
-
-// What a record holds, but for the bytes of its picture.
-struct KnownContent {
-  std::shared_ptr<const PropertyBag> values;  // null when nothing is known
-  std::uint64_t pictureChecksum = 0;          // 0: no picture
-};
 
 // Values and pictures of committed records: what was read lately, in bounded caches, and how far
 // beyond what is asked for the file is read. Whoever walks the records in their order is given
@@ -40,7 +35,8 @@ class ContentCache {
   Data picture(const RecordEntry& entry, Ahead ahead);
 
   void forget(const RecordKey& key);
-  void clear();
+  // Hands over what is known of values, and forgets everything.
+  GenerationCache<RecordKey, KnownContent> release();
 
  private:
   // One who may be walking: where the last question ended, and how much the next one asks for.

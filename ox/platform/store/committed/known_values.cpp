@@ -19,7 +19,7 @@ bool isIn(const std::vector<PropertyId>& properties, PropertyId property) {
 
 // A record that is changed once more is known as it was read in between.
 void KnownValues::keep(const RecordKey& key, const PropertyBag& values) {
-  auto& known = of(key);
+  auto& known = knownOrNew(key);
   if (known.all) {
     for (const auto property : known.readSince) {
       known.values.set(property, valueIn(values, property));
@@ -37,38 +37,51 @@ void KnownValues::keep(const RecordKey& key, const PropertyBag& values) {
 }
 
 void KnownValues::noteRead(const RecordKey& key, PropertyId property) {
-  const auto* found = records_.find(key);
-  if (found == nullptr) return;
-  auto& read = (*found)->readSince;
+  auto* known = findRecord(key);
+  if (known == nullptr) return;
+  auto& read = known->readSince;
   if (!isIn(read, property)) read.push_back(property);
 }
 
 void KnownValues::keepWritten(const RecordKey& key, PropertyId property,
                               const PropertyValue& mine) {
-  auto& known = of(key);
+  auto& known = knownOrNew(key);
   known.values.set(property, mine);
   if (!known.all && !isIn(known.written, property)) known.written.push_back(property);
   std::erase(known.readSince, property);
 }
 
 const PropertyValue* KnownValues::find(const RecordKey& key, PropertyId property) {
-  const auto* found = records_.find(key);
-  if (found == nullptr || isIn((*found)->readSince, property)) return nullptr;
-  const auto& known = **found;
-  if (!known.all && !isIn(known.written, property)) return nullptr;
-  const auto* value = known.values.find(property);
+  const auto* known = findRecord(key);
+  if (known == nullptr || isIn(known->readSince, property)) return nullptr;
+  if (!known->all && !isIn(known->written, property)) return nullptr;
+  const auto* value = known->values.find(property);
   return value != nullptr ? value : &missing_;
 }
 
-KnownValues::Known& KnownValues::of(const RecordKey& key) {
-  const auto* found = records_.find(key);
-  if (found == nullptr) found = records_.put(key, std::make_shared<Known>(), 1);
+void KnownValues::keepAll(GenerationCache<RecordKey, KnownContent> records) {
+  earlier_ = std::move(records);
   empty_ = false;
-  return **found;
+}
+
+KnownValues::Known* KnownValues::findRecord(const RecordKey& key) {
+  if (const auto* found = records_.find(key)) return found->get();
+  const auto* content = earlier_ ? earlier_->find(key) : nullptr;
+  if (content == nullptr || !content->values) return nullptr;
+  const auto values = content->values;
+  earlier_->erase(key);
+  return records_.put(key, std::make_shared<Known>(Known{*values, true, {}, {}}), 1)->get();
+}
+
+KnownValues::Known& KnownValues::knownOrNew(const RecordKey& key) {
+  empty_ = false;
+  auto* known = findRecord(key);
+  return known != nullptr ? *known : **records_.put(key, std::make_shared<Known>(), 1);
 }
 
 void KnownValues::clear() {
   records_.clear();
+  earlier_.reset();
   empty_ = true;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "ox/base/record_key.hpp"
@@ -8,6 +10,12 @@
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
+
+// What a record holds, but for the bytes of its picture.
+struct KnownContent {
+  std::shared_ptr<const PropertyBag> values;  // null when nothing is known
+  std::uint64_t pictureChecksum = 0;          // 0: no picture
+};
 
 // What this process knew of records that others have changed since, property by property, until it
 // has read the property again: whoever changes a value now set out from that, and not from what is
@@ -17,6 +25,8 @@ class KnownValues {
  public:
   // Others have changed a record that this process had read as that.
   void keep(const RecordKey& key, const PropertyBag& values);
+  // Others may have changed any record of those.
+  void keepAll(GenerationCache<RecordKey, KnownContent> records);
   // This process has read the property as it is now.
   void noteRead(const RecordKey& key, PropertyId property);
   // This process has written the property, and it became something else in the merge.
@@ -35,12 +45,16 @@ class KnownValues {
     std::vector<PropertyId> readSince;  // what is committed is known of these
   };
 
-  Known& of(const RecordKey& key);
+  // Null when nothing but what is committed is known.
+  Known* findRecord(const RecordKey& key);
+  Known& knownOrNew(const RecordKey& key);
 
   static constexpr std::size_t kHalfRecords = 4096;
 
   bool empty_ = true;
   GenerationCache<RecordKey, std::shared_ptr<Known>> records_{kHalfRecords};
+  // Records that nobody has asked for since.
+  std::optional<GenerationCache<RecordKey, KnownContent>> earlier_;
   PropertyValue missing_;
 };
 

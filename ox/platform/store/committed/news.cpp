@@ -9,13 +9,17 @@ namespace ox {
 // The journal names what was touched since the last look, and that alone is forgotten here and read
 // again when it is asked for. Everything is where the journal does not reach back to the last look,
 // tells of another past (a copy has taken the place of the store), or knows nothing of what was
-// committed (another tool has written).
+// committed (another tool has written, or only a log was folded in).
 void CommittedRecords::readNews() {
+  const sqlite::Snapshot snapshot(file_.connection());
+  const auto current = version();
   const auto last = lastAct(file_);
   const bool isTold = last && seenVersion_ >= 0 && last->moment != seen_.moment;
   if (!isTold || !readActsSince(seen_, *last)) startAnew();
   // A damaged store that has lost its journal can still be read.
   seen_ = last.value_or(ActRow());
+  // Set last: when the reading of the news fails half way, the next look reads them again.
+  seenVersion_ = current;
 }
 
 bool CommittedRecords::readActsSince(const ActRow& seen, const ActRow& last) {
@@ -67,7 +71,6 @@ void CommittedRecords::takeChange(const sqlite::Statement& change) {
 
 void CommittedRecords::startAnew() {
   containers_.forget();
-  known_.clear();
   forgetValues();
   forgetLinks();
   forgetIndex();

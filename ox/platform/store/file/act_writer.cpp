@@ -274,6 +274,7 @@ void ActWriter::changeRecords() {
         .bind(3, static_cast<std::int64_t>(changed.fingerprint))
         .bindBlob(5, bytes);
     std::optional<std::int64_t> pictureBefore;
+    std::optional<std::int64_t> pictureAfter;
     if (newImage) {
       auto& picture = file_.statement(Sql::ImageOfRow);
       const sqlite::StatementScope scope(picture);
@@ -283,13 +284,24 @@ void ActWriter::changeRecords() {
         bytes_ += picture.integer(2);
       }
       if (const auto& image = *newImage) {
-        const auto id = insertImage(*image);
-        update.bind(4, id);
+        pictureAfter = insertImage(*image);
+        update.bind(4, *pictureAfter);
       } else {
         update.bindNull(4);
       }
     }
     update.run();
+    if (file_.connection().changes() == 0) {
+      // A damaged store has lost the row; what the record is to hold is known, so it gets one.
+      auto& insert = file_.statement(Sql::InsertContent);
+      insert.bind(1, row)
+          .bindText(2, cardUid != nullptr ? TextView(*cardUid) : TextView())
+          .bind(3, static_cast<std::int64_t>(changed.fingerprint))
+          .bindNull(4)
+          .bindBlob(5, bytes);
+      if (pictureAfter) insert.bind(4, *pictureAfter);
+      insert.run();
+    }
     auto& note = change(newImage ? ChangeKind::ValuesAndPicture : ChangeKind::Values, row,
                         changed.record.container);
     if (pictureBefore) note.bind(5, *pictureBefore);

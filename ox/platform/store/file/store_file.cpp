@@ -42,6 +42,7 @@ void StoreFile::letCommits(Outlive outlive) {
 }
 
 void StoreFile::noteCommit() {
+  originIsCommitted_ = true;
   // The log is one file: a commit that waited for the disk has taken along every commit before it.
   unsynced_ = outlive_ == Outlive::Kill;
 }
@@ -109,7 +110,8 @@ bool StoreFile::isOrigin(std::int64_t row) {
 std::int64_t StoreFile::originRow(const std::optional<Origin>& origin, std::int64_t act) {
   const auto wanted = origin ? *origin : processOrigin();
   // One that nobody has used for long may be gone with the acts that bore it.
-  if (writtenOrigin_ == wanted && isOrigin(originRow_)) return originRow_;
+  // Whatever takes a command back has an origin of its own, for that is taken back alone.
+  if (!wanted.undoes && writtenOrigin_ == wanted && isOrigin(originRow_)) return originRow_;
   auto& insert = statement(Sql::InsertOrigin);
   insert.bindText(1, wanted.program).bindText(2, wanted.command).bind(3, wanted.together ? 1 : 0);
   if (wanted.undoes) {
@@ -120,12 +122,14 @@ std::int64_t StoreFile::originRow(const std::optional<Origin>& origin, std::int6
   insert.bind(5, act).run();
   originRow_ = connection().lastRowId();
   writtenOrigin_ = wanted;
+  originIsCommitted_ = false;
   return originRow_;
 }
 
 void StoreFile::forgetUncommitted() {
   writtenCustomProperties_.clear();
-  writtenOrigin_.reset();
+  // One that an earlier act has committed stays: acts of one command bear one origin.
+  if (!originIsCommitted_) writtenOrigin_.reset();
 }
 
 }  // namespace ox

@@ -77,6 +77,7 @@ class StoreFile {
   std::unordered_set<PropertyId> writtenCustomProperties_;
   std::optional<Origin> writtenOrigin_;
   std::int64_t originRow_ = 0;
+  bool originIsCommitted_ = false;
 
   bool isOrigin(std::int64_t row);
 };

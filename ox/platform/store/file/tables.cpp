@@ -9,7 +9,8 @@ namespace {
 
 // record: uid holds the 16 bytes of our own identifiers (see RecordKey), any other identifier as
 // text. Row numbers rise and are never given to another record.
-// link: its number tells the order of adding.
+// link: its number tells the order of adding, and is never given to another link: one that comes
+// back as it was stands where it stood.
 constexpr std::string_view kRecordTables = R"sql(
 CREATE TABLE container(
   id INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -22,15 +23,18 @@ CREATE TABLE record(
   uid BLOB NOT NULL UNIQUE,
   kind INTEGER NOT NULL,
   container INTEGER NOT NULL REFERENCES container(id));
+CREATE TABLE custom_property(
+  name TEXT PRIMARY KEY,
+  type INTEGER NOT NULL);
+)sql";
+
+constexpr std::string_view kLinkTable = R"sql(
 CREATE TABLE link(
-  id INTEGER PRIMARY KEY,
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
   parent INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE,
   child INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE);
 CREATE INDEX link_parent ON link(parent);
 CREATE UNIQUE INDEX link_child ON link(child, parent);
-CREATE TABLE custom_property(
-  name TEXT PRIMARY KEY,
-  type INTEGER NOT NULL);
 )sql";
 
 // content: all values of a record in one row, because an import then writes few rows and a record
@@ -117,7 +121,8 @@ std::string joined(std::initializer_list<std::string_view> parts) {
 }  // namespace
 
 std::string newTables() {
-  return joined({kRecordTables, kContentTables, kContentIndexes, kJournalTables, firstAct("1")});
+  return joined(
+      {kRecordTables, kLinkTable, kContentTables, kContentIndexes, kJournalTables, firstAct("1")});
 }
 
 // Version 1 counted its rows in a table of one row and noted the rows that were gone; a picture
@@ -129,11 +134,16 @@ DROP INDEX content_card_uid;
 DROP INDEX content_fingerprint;
 ALTER TABLE content RENAME TO content_1;
 ALTER TABLE image RENAME TO image_1;
+DROP INDEX link_parent;
+DROP INDEX link_child;
+ALTER TABLE link RENAME TO link_1;
 )sql";
   constexpr std::string_view kMove = R"sql(
 INSERT INTO image SELECT record, checksum, data FROM image_1 ORDER BY record;
 INSERT INTO content SELECT c.record, c.card_uid, c.fingerprint, i.record, c.properties
   FROM content_1 c LEFT JOIN image_1 i ON i.record = c.record ORDER BY c.record;
+INSERT INTO link SELECT id, parent, child FROM link_1 ORDER BY id;
+DROP TABLE link_1;
 DROP TABLE content_1;
 DROP TABLE image_1;
 )sql";
@@ -141,7 +151,7 @@ DROP TABLE image_1;
       "max((SELECT ifnull(max(next_record), 1) FROM counter), "
       "(SELECT ifnull(max(id), 0) + 1 FROM record), "
       "(SELECT ifnull(max(record), 0) + 1 FROM removal))";
-  return joined({kAside, kContentTables, kMove, kContentIndexes, kJournalTables,
+  return joined({kAside, kLinkTable, kContentTables, kMove, kContentIndexes, kJournalTables,
                  firstAct(kNextRecord), "DROP TABLE counter;\nDROP TABLE removal;\n"});
 }
 

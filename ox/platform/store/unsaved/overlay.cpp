@@ -255,9 +255,14 @@ bool Overlay::create(ActId act, SaveRequest& request) {
     request.reason = "there is no account " + record.container;
     return false;
   }
+  // Asked before anything is added, so that a file that fails leaves nothing behind.
+  std::vector<RecordKey> keys;
+  for (const auto& record : request.additions) keys.push_back(record.key);
+  const auto there = find(std::span<const RecordKey>(keys));
   std::unordered_map<RecordKey, RecordKey> renamed;
-  for (auto& record : request.additions) {
-    if (find(record.key)) {
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    auto& record = request.additions[i];
+    if (there[i] || findCreated(record.key)) {
       const auto taken = std::exchange(record.key, RecordKey::make(record.kind));
       renamed[taken] = record.key;
     }
