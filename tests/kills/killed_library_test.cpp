@@ -8,7 +8,7 @@
 #include <map>
 #include <ostream>
 
-#include "ox/platform/store/running_act.hpp"
+#include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/kills/address_book.hpp"
@@ -72,6 +72,10 @@ void makePerson() {
   madePerson() = localBook()->newPerson();
 }
 
+void copyAnn() {
+  madePerson() = test::bookNamed("W")->addOneFromOtherPerson(named("Ann"));
+}
+
 // Without the save.
 void fillPerson() {
   const auto person = recordOf(madePerson());
@@ -86,14 +90,14 @@ void fillAndSavePerson() {
 }
 
 void makeWholePerson() {
-  const RunningAct act;
+  WholeAct act;
   makePerson();
   fillPerson();
-  mustSave();
+  if (!act.save().contacts.done) std::abort();
 }
 
 void givePersonUp() {
-  const RunningAct act;
+  WholeAct act;
   makePerson();
   fillPerson();
 }
@@ -114,11 +118,17 @@ void nameAndSaveGroup() {
 }
 
 void makeWholeGroupTree() {
-  const RunningAct act;
+  WholeAct act;
   const auto above = localBook()->addGroupByName("Sports");
   const auto below = above->addSubGroupByName("Sailing");
   below->addPersons({named("Ann"), named("Cid")});
-  mustSave();
+  if (!act.save().contacts.done) std::abort();
+}
+
+void copyWholeAnn() {
+  WholeAct act;
+  copyAnn();
+  if (!act.save().contacts.done) std::abort();
 }
 
 void removeGroupTree() {
@@ -164,6 +174,11 @@ void removePersons() {
   localBook()->removePersons({named("Ann"), named("Cid")});
 }
 
+void loadBook() {
+  const auto data = makeData(support::fileBytes(support::temporaryPath("local.book")));
+  if (!test::loaded(localBook(), data).ends_with("100!")) std::abort();
+}
+
 struct Work {
   const char* name;
   std::vector<std::function<void()>> steps;
@@ -180,11 +195,13 @@ const std::vector<Work>& allWork() {
       {"MakesAGroup", {makeGroup, nameAndSaveGroup}},
       {"MakesAPersonAsOneAct", {makeWholePerson}},
       {"MakesAGroupTreeAsOneAct", {makeWholeGroupTree}},
+      {"CopiesAPersonAsOneAct", {copyWholeAnn}},
       {"GivesAPersonUp", {givePersonUp, saveManyEdits}},
       {"RemovesAGroupTree", {removeGroupTree}},
       {"ExecutesARequest", {executeRequest}},
       {"ChangesTags", {addTag, replaceTags, removeTag, forgetTags}},
       {"RemovesPersons", {removePersons, mustSave}},
+      {"LoadsABook", {loadBook}},
   };
   return work;
 }
