@@ -87,6 +87,9 @@ void expectLeftWhole(const Act& act, const AllowedStates& states,
   const auto last = states.count() - 1;
   const auto left = states.expectLeft(saysDone(act, result) ? last : 0, last);
   if (left >= last) return;
+  // What looks as if nothing was done may be an act whose tags are not in their file yet.
+  EXPECT_EQ(runAlive(program_tests::programCommand({"books"})).exitCode, 0);
+  if (states.expectLeft(left, last) >= last) return;
   const auto again = runAlive(act.command());
   EXPECT_EQ(again.exitCode, 0) << again.errors;
   states.expectLeft(last, last);
