@@ -11,7 +11,7 @@ std::string keepCopyBefore(const Context& context, const std::string& command, S
     guarded.copy->take(StoreCopy::DamagedTags::LeaveOut);
     guarded.copy->put();
   }
-  if (sweep == Sweep::Now) sweepStoreCopies();
+  if (sweep == Sweep::Now) sweepStoreCopies(path);
   context.tell("the store as it was: " + path);
   return path;
 }

@@ -55,9 +55,9 @@ void restoreCopy(const Context& context, const std::string& name) {
     throw CommandError(kNotFound, "there is no copy \"" + name + "\"");
   }
   // The oldest copy goes when it has served, not before: it may be the one that is restored.
-  keepCopyBefore(context, "copies-restore", Sweep::Later);
+  const auto kept = keepCopyBefore(context, "copies-restore", Sweep::Later);
   const auto report = restoreStoreCopy(name);
-  sweepStoreCopies();
+  sweepStoreCopies(kept);
   if (!report.done) throw CommandError(kFailed, report.reason);
   if (context.json) {
     printJson({{"number", report.number}, {"records", report.records}});

@@ -1,6 +1,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "ox/base/sqlite/connection.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -38,6 +39,40 @@ TEST(CopiesCommand, ListsOneThatCannotBeReadWithoutItsCounts) {
   EXPECT_EQ(copies[0]["time"], "2026-01-02T03:04:05Z");
   EXPECT_EQ(copies[0]["persons"], nullptr);
   EXPECT_EQ(copies[0]["bytes"], 8);
+}
+
+// What is damaged now is what the copy is wanted for.
+TEST(CopiesCommand, RestoresWhatIsDamagedNow) {
+  const std::string id = runJson({"add-person", "_local", "name=Ann", "phone=+1"})["ID"];
+  run({"accounts", "add", "Work", "--identifier", "W:ABAccount"});
+  run({"add-person", "W", "name=Ben"});
+  run({"accounts", "remove", "W", "--force"});
+  const std::string name = runJson({"copies"})[0]["name"];
+  sqlite::Connection(support::StoreEnvironment::instance().contactStore().string(),
+                     sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE content SET properties = x'01020304050607080900' WHERE record = 1");
+  const auto result = run({"copies", "restore", name});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(runJson({"show", id})["displayName"], "Ann");
+  EXPECT_EQ(runJson({"persons"}).size(), 2U);
+}
+
+// The copy is made to hold the groups the other way round.
+TEST(UndoCommand, TurnsGroupsBackThatWereTurnedAround) {
+  run({"add-group", "_local", "A"});
+  run({"add-group", "_local", "B", "--under", "A"});
+  run({"accounts", "add", "Work", "--identifier", "W:ABAccount"});
+  run({"add-person", "W", "name=Ben"});
+  run({"accounts", "remove", "W", "--force"});
+  const auto before = run({"groups"}).output;
+  const auto copy = runJson({"copies"})[0];
+  sqlite::Connection(copy["path"], sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE link SET parent = child, child = parent");
+  EXPECT_EQ(run({"copies", "restore", copy["name"]}).exitCode, 0);
+  EXPECT_NE(run({"groups"}).output, before);
+  const auto undone = run({"undo"});
+  EXPECT_EQ(undone.exitCode, 0) << undone.errors;
+  EXPECT_EQ(run({"groups"}).output, before);
 }
 
 TEST(RemoveAccountCommand, RemovesNothingWhenNoCopyCanBeKept) {

@@ -47,8 +47,8 @@ std::string pathOfNextStoreCopy(const std::string& reason) {
   return pathOfNextCopy(contactStorePath(), reason);
 }
 
-void sweepStoreCopies() {
-  sweepCopies(contactStorePath());
+void sweepStoreCopies(const std::string& made) {
+  sweepCopies(contactStorePath(), made);
 }
 
 }  // namespace ox

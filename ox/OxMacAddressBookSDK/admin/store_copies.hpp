@@ -29,6 +29,6 @@ OX_EXPORT std::vector<StoredCopy> storeCopies();
 // Where the next copy belongs, made because of that reason (small letters and dashes): for a
 // StoreCopy, with sweepStoreCopies once it is put there.
 OX_EXPORT std::string pathOfNextStoreCopy(const std::string& reason);
-OX_EXPORT void sweepStoreCopies();
+OX_EXPORT void sweepStoreCopies(const std::string& made);
 
 }  // namespace ox

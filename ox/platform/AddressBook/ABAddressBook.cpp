@@ -80,10 +80,10 @@ bool ABAddressBook::save() {
   return saveAndReturnError().done;
 }
 
-SaveReport ABAddressBook::saveAndReturnError(std::vector<TagChange> tags) {
+SaveReport ABAddressBook::saveAndReturnError(const std::vector<TagChange>& tags) {
   SaveReport report;
   try {
-    report = recordSource().save(std::move(tags));
+    report = recordSource().save(tags);
   } catch (const std::exception& error) {
     report.failure = failureOf(error);
   }

@@ -39,9 +39,9 @@ class OX_EXPORT ABAddressBook {
   // Writes every unsaved change in one durable transaction; false when it failed, and then nothing
   // was written and the changes are kept for the next try.
   bool save();
-  // The same, with the reason and with what a removal elsewhere has overtaken.
-  // Changes of tags are written with them, for the tag file to follow.
-  SaveReport saveAndReturnError(std::vector<TagChange> tags = {});
+  // The same, with the reason, with what a removal elsewhere has overtaken, and with what this save
+  // has won over. Changes of tags are written with them, for the tag file to follow.
+  SaveReport saveAndReturnError(const std::vector<TagChange>& tags = std::vector<TagChange>());
   bool hasUnsavedChanges();
   UnsavedChanges unsavedChanges();
   // Forgets every unsaved change.

@@ -70,6 +70,20 @@ TEST(KeptCopies, LeaveTheOldestWhenThereAreMoreThanThree) {
   EXPECT_TRUE(copies[0].ends_with("-d.db")) << "the newest comes first: " << copies[0];
 }
 
+// The clock was ahead once, or was put back.
+TEST(KeptCopies, StayWhenOlderOnesAreNamedLater) {
+  support::StoreBuilder().persons("p", 1);
+  const fs::path folder = storePath() + ".copies";
+  fs::create_directory(folder);
+  for (const auto* day : {"01", "02", "03"}) {
+    copyStore(storePath(), (folder / ("20990101T0000" + std::string(day) + ".000Z-x.db")).string());
+  }
+  keepCopy(storePath(), "restore");
+  const auto copies = pathsOfCopies(storePath());
+  EXPECT_TRUE(
+      std::ranges::any_of(copies, [](const auto& path) { return path.ends_with("-restore.db"); }));
+}
+
 TEST(KeptCopies, SweepWhatAKilledProcessLeftButNothingThatMayBeInTheMaking) {
   support::StoreBuilder().persons("p", 1);
   const fs::path folder = storePath() + ".copies";

@@ -100,7 +100,10 @@ bool trimJournal(sqlite::Connection& file, std::int64_t atMostActs) {
   file.prepare("DELETE FROM act WHERE number < ?1").bind(1, cut->act).run();
   const auto acts = file.changes();
   if (cut->act / kActsBetweenOrigins != (cut->act - acts) / kActsBetweenOrigins) {
-    file.execute("DELETE FROM origin WHERE id < (SELECT min(origin) FROM act WHERE origin > 0)");
+    // The last one stays, so that no number is given to another origin.
+    file.execute(
+        "DELETE FROM origin WHERE id NOT IN (SELECT origin FROM act) "
+        "AND id < (SELECT max(id) FROM origin)");
   }
   return acts >= atMostActs;
 }

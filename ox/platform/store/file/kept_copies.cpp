@@ -97,15 +97,19 @@ std::vector<std::string> pathsOfCopies(const std::string& store) {
 
 // What is older than the oldest copy that stays goes, whatever it is: copies, their tags, the logs
 // of those that somebody opened, what a killed process had not finished.
-void sweepCopies(const std::string& store) {
+void sweepCopies(const std::string& store, const std::string& made) {
   const auto copies = pathsOfCopies(store);
   if (copies.size() < kKeptCopies) return;
   const auto oldest = fs::path(copies[kKeptCopies - 1]).filename().string();
+  // A clock that was put back gives a new copy the name of an old one.
+  const auto isMade = [name = fs::path(made).filename().string()](const std::string& other) {
+    return other.starts_with(name);
+  };
   guarded(store, [&] {
     std::vector<fs::path> old;
     for (const auto& entry : fs::directory_iterator(folderOf(store))) {
       const auto name = entry.path().filename().string();
-      if (name < oldest && !maybeUnfinished(entry)) old.push_back(entry.path());
+      if (name < oldest && !isMade(name) && !maybeUnfinished(entry)) old.push_back(entry.path());
     }
     for (const auto& path : old) fs::remove_all(path);
   });
@@ -119,7 +123,7 @@ void keepCopy(const std::string& store, const std::string& reason) {
     if (tags.takeDatabase(tagsOfStore(store), DatabaseCopy::WhenDamaged::LeaveOut)) tags.put();
   }
   copyStore(store, path);  // last: a copy counts once its store is there
-  sweepCopies(store);
+  sweepCopies(store, path);
 }
 
 }  // namespace ox

@@ -18,8 +18,9 @@ std::string pathOfNextCopy(const std::string& store, const std::string& reason);
 // Those that are complete, the newest first.
 std::vector<std::string> pathsOfCopies(const std::string& store);
 
-// Removes all but the last few, and what killed processes left of others.
-void sweepCopies(const std::string& store);
+// Removes all but the last few, and what killed processes left of others; never the one that was
+// just made.
+void sweepCopies(const std::string& store, const std::string& made);
 
 // Makes one of what is committed now, with the tags when there are any that can be read, and then
 // sweeps.

@@ -6,6 +6,7 @@
 #include "ox/platform/store/file/act_writer.hpp"
 #include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/records/fingerprint.hpp"
+#include "ox/records/property_codec.hpp"
 
 namespace ox {
 namespace {
@@ -106,7 +107,14 @@ void ReturnToCopy::settleRecords() {
 void ReturnToCopy::keep(const RecordEntry& now, std::int64_t then) {
   records_[then] = now;
   kept_.insert(now.row);
-  const auto before = now_.content(now.row).value_or(StoredRows::Content());
+  // What is damaged now is what the copy is wanted for.
+  bool isDamaged = false;
+  StoredRows::Content before;
+  try {
+    before = now_.content(now.row).value_or(StoredRows::Content());
+  } catch (const DamagedProperties&) {
+    isDamaged = true;
+  }
   auto after = then_.content(then).value_or(StoredRows::Content());
   Act::ChangedRecord change;
   for (const auto& [id, value] : before.properties.entries()) {
@@ -122,7 +130,7 @@ void ReturnToCopy::keep(const RecordEntry& now, std::int64_t then) {
     change.image = Data();
     if (after.picture != 0) change.readImage = reader(then);
   }
-  if (change.before.empty() && change.after.empty() && !change.image) return;
+  if (change.before.empty() && change.after.empty() && !change.image && !isDamaged) return;
   change.record = now;
   change.fingerprint = contentFingerprint(after.properties, after.picture);
   change.properties = std::move(after.properties);

@@ -206,21 +206,29 @@ void WayBack::bringValuesBack(const RecordEntry& record, const NetRecord& net) {
 }
 
 void WayBack::settleLinks() {
+  std::vector<Act::ChangedLink> back;
   for (const auto& [pair, net] : mine_.links()) {
-    if (net.before != net.after) settleLink(pair, net);
+    if (net.before != net.after) settleLink(pair, net, back);
   }
-  // Those that come back do so in the order of their numbers, as they were added.
-  std::ranges::sort(act_.addedLinks, {}, [](const auto& link) { return *link.number; });
+  // Behind all that go, for these may be in the way of a group; in the order of their numbers, as
+  // they were added.
+  std::ranges::sort(back, {}, [](const auto& link) { return *link.number; });
+  for (const auto& link : back) bringLinkBack(link);
 }
 
-void WayBack::settleLink(const NetChanges::Pair& pair, const NetLink& net) {
-  const auto [group, child] = pair;
-  if (!isThereThen(group) || !isThereThen(child)) return;  // it goes with one of them
-  const auto now = stored_.link(group, child);
+void WayBack::settleLink(const NetChanges::Pair& pair, const NetLink& net,
+                         std::vector<Act::ChangedLink>& back) {
+  const auto group = entryThen(pair.first);
+  const auto child = entryThen(pair.second);
+  if (!group || !child) return;  // it goes with one of them
+  const auto now = stored_.link(group->row, child->row);
   if (now != net.after) return;  // somebody has made it anew, or taken it away, since
-  const Act::ChangedLink link{entryThen(group), entryThen(child), net.before};
-  if (now) act_.removedLinks.push_back(link);
-  if (net.before) bringLinkBack(link);
+  const Act::ChangedLink link{*group, *child, net.before};
+  if (now) {
+    act_.removedLinks.push_back(link);
+    linksThatGo_.insert({group->row, child->row});
+  }
+  if (net.before) back.push_back(link);
 }
 
 void WayBack::bringLinkBack(const Act::ChangedLink& link) {
@@ -255,14 +263,11 @@ void WayBack::settleTags() {
   }
 }
 
-bool WayBack::isThereThen(std::int64_t row) {
-  if (removed_.contains(row)) return false;
-  return restored_.contains(row) || stored_.record(row).has_value();
-}
-
-RecordEntry WayBack::entryThen(std::int64_t row) {
+std::optional<RecordEntry> WayBack::entryThen(std::int64_t row) {
+  if (removed_.contains(row)) return std::nullopt;
   const auto found = restored_.find(row);
-  return found != restored_.end() ? act_.restored[found->second].record : *stored_.record(row);
+  return found != restored_.end() ? std::optional(act_.restored[found->second].record)
+                                  : stored_.record(row);
 }
 
 bool WayBack::wouldCloseCircle(std::int64_t group, std::int64_t child) {
@@ -271,9 +276,23 @@ bool WayBack::wouldCloseCircle(std::int64_t group, std::int64_t child) {
     if (found != back.end()) rows.insert(rows.end(), found->second.begin(), found->second.end());
     return rows;
   };
+  // What this undo takes away is in nobody's way.
+  const auto stays = [&](std::int64_t above, std::int64_t below) {
+    return !removed_.contains(above) && !removed_.contains(below) &&
+           !linksThatGo_.contains({above, below});
+  };
   return closesCircle(
-      group, child, [&](std::int64_t row) { return with(stored_.parents(row), parentsBack_, row); },
-      [&](std::int64_t row) { return with(stored_.subgroups(row), subgroupsBack_, row); });
+      group, child,
+      [&](std::int64_t row) {
+        auto rows = stored_.parents(row);
+        std::erase_if(rows, [&](std::int64_t parent) { return !stays(parent, row); });
+        return with(std::move(rows), parentsBack_, row);
+      },
+      [&](std::int64_t row) {
+        auto rows = stored_.subgroups(row);
+        std::erase_if(rows, [&](std::int64_t below) { return !stays(row, below); });
+        return with(std::move(rows), subgroupsBack_, row);
+      });
 }
 
 bool WayBack::wasChangedSince(const RecordEntry& record) {
@@ -287,7 +306,12 @@ bool WayBack::hasOtherValuesSince(const RecordEntry& record) {
   const auto found = others_.records().find(record.row);
   if (found == others_.records().end()) return false;
   const auto& net = found->second;
-  const auto content = stored_.content(record.row);
+  std::optional<StoredRows::Content> content;
+  try {
+    content = stored_.content(record.row);
+  } catch (const DamagedProperties&) {
+    return true;  // nobody knows, and it is named
+  }
   if (!content) return false;
   for (const auto& [id, value] : net.values) {
     if (!same(value.before, valueIn(content->properties, id))) return true;

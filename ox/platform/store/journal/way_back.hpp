@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "ox/base/failure.hpp"
@@ -49,13 +51,15 @@ class WayBack {
                       const RecordKey& record);
   void bringPictureBack(const NetRecord& net, std::uint64_t now, Act::ChangedRecord& change);
   void settleLinks();
-  void settleLink(const NetChanges::Pair& pair, const NetLink& net);
+  // Appends the link to `back` when it is to come back.
+  void settleLink(const NetChanges::Pair& pair, const NetLink& net,
+                  std::vector<Act::ChangedLink>& back);
   void takeContainersAway();
   void settleTags();
   bool wasChangedSince(const RecordEntry& record);
   bool hasOtherValuesSince(const RecordEntry& record);
-  bool isThereThen(std::int64_t row);
-  RecordEntry entryThen(std::int64_t row);
+  // Missing when it is not there after this undo.
+  std::optional<RecordEntry> entryThen(std::int64_t row);
   void bringLinkBack(const Act::ChangedLink& link);
   bool wouldCloseCircle(std::int64_t group, std::int64_t child);
   std::function<Data()> reader(std::int64_t imageRow);
@@ -74,6 +78,7 @@ class WayBack {
   // The groups' own links that it brings back, by row.
   std::unordered_map<std::int64_t, std::vector<std::int64_t>> parentsBack_;
   std::unordered_map<std::int64_t, std::vector<std::int64_t>> subgroupsBack_;
+  std::set<std::pair<std::int64_t, std::int64_t>> linksThatGo_;  // group and child
   std::unordered_set<std::int32_t> containersBack_;
   std::vector<Failure> stays_;
 };
