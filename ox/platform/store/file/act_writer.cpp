@@ -321,12 +321,16 @@ void ActWriter::noteLink(ChangeKind what, std::int64_t container, std::int64_t p
 
 void ActWriter::removeLinks() {
   for (const auto& link : act_.removedLinks) {
-    auto& remove = file_.statement(Sql::DeleteLink);
-    const sqlite::StatementScope scope(remove);
-    remove.bind(1, link.group.row).bind(2, link.child.row);
-    if (!remove.step()) continue;
-    noteLink(ChangeKind::Unlinked, link.group.container, link.group.row, link.child.row,
-             remove.integer(0));
+    std::int64_t number = 0;
+    {
+      auto& found = file_.statement(Sql::LinkNumber);
+      const sqlite::StatementScope scope(found);
+      found.bind(1, link.group.row).bind(2, link.child.row);
+      if (!found.step()) continue;
+      number = found.integer(0);
+    }
+    file_.statement(Sql::DeleteLink).bind(1, number).run();
+    noteLink(ChangeKind::Unlinked, link.group.container, link.group.row, link.child.row, number);
     written_.changedLinks.emplace_back(link.group.key, link.child.key);
   }
 }
@@ -349,12 +353,12 @@ void ActWriter::addLinks() {
   }
 }
 
-// The values move into the journal, the picture stays where it is and changes its owner, and the
-// links go before the record, each with a row of its own.
+// The values move into the journal, the picture stays where it is and changes its owner. The links
+// go with the record, and are noted before it, each in a row of its own.
 void ActWriter::removeRecords() {
   for (const auto& record : act_.removed) {
     {
-      auto& links = file_.statement(Sql::DeleteLinksOfRow);
+      auto& links = file_.statement(Sql::LinksOfRow);
       const sqlite::StatementScope scope(links);
       links.bind(1, record.row);
       while (links.step()) {

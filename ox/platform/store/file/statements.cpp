@@ -111,12 +111,14 @@ constexpr std::array kStatements = {
     Row{Sql::ImageOfRow,
         "SELECT i.id, i.checksum, length(i.data) FROM content c JOIN image i ON i.id = c.image "
         "WHERE c.record = ?1"},
-    Row{Sql::DeleteLinksOfRow,
-        "DELETE FROM link WHERE parent = ?1 OR child = ?1 RETURNING parent, child, id"},
+    Row{Sql::LinksOfRow,
+        "SELECT parent, child, id FROM link WHERE parent = ?1 "
+        "UNION ALL SELECT parent, child, id FROM link WHERE child = ?1 AND parent <> ?1"},
     Row{Sql::InsertLink,
         "INSERT INTO link(id, parent, child) VALUES(CASE WHEN EXISTS(SELECT 1 FROM link "
         "WHERE id = ?1) THEN NULL ELSE ?1 END, ?2, ?3) ON CONFLICT(child, parent) DO NOTHING"},
-    Row{Sql::DeleteLink, "DELETE FROM link WHERE parent = ?1 AND child = ?2 RETURNING id"},
+    Row{Sql::LinkNumber, "SELECT id FROM link WHERE child = ?2 AND parent = ?1"},
+    Row{Sql::DeleteLink, "DELETE FROM link WHERE id = ?1"},
     Row{Sql::InsertChange,
         "INSERT INTO change(id, what, record, container, other, place, before, after) "
         "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"},
