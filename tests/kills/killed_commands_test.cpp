@@ -24,7 +24,7 @@ TEST_P(KilledCommand, IsDoneOrIsNot) {
   const int killed = killEverywhere(GetParam().command(), [&](const auto& result) {
     expectLeftWhole(GetParam(), states, result);
   });
-  EXPECT_GT(killed, 5);
+  EXPECT_GT(killed, 1);
   RecordProperty("killed", killed);
 }
 
