@@ -9,8 +9,12 @@ namespace {
 
 std::atomic<std::size_t> refusedFrom = std::numeric_limits<std::size_t>::max();
 
+void* allocatedOrNull(std::size_t bytes) {
+  return bytes < refusedFrom ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+}
+
 void* allocated(std::size_t bytes) {
-  void* memory = bytes < refusedFrom ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+  void* memory = allocatedOrNull(bytes);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
@@ -35,6 +39,12 @@ void* operator new(std::size_t bytes) {
 }
 void* operator new[](std::size_t bytes) {
   return allocated(bytes);
+}
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  return allocatedOrNull(bytes);
+}
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+  return allocatedOrNull(bytes);
 }
 void operator delete(void* memory) noexcept {
   std::free(memory);
