@@ -31,6 +31,9 @@ std::int64_t nextId(Database& database) {
   return query.number(0);
 }
 
+// Above every act that the store holds already.
+constexpr std::int64_t kFirstAct = 1'000'000'000;
+
 // The statements that an empty record takes.
 class RecordWriter {
  public:
@@ -54,7 +57,7 @@ class RecordWriter {
     content_.bind(2, next_);
     content_.bindBlob(3, kEmptyPerson);
     content_.finish();
-    act_.bind(1, next_);
+    act_.bind(1, kFirstAct + next_);
     act_.bind(2, next_ + 1);
     act_.finish();
     return next_++;
