@@ -24,10 +24,15 @@ std::shared_ptr<IOxPerson> OxMacAddressBook::newPerson() {
   // Clearing the name or the company forgets everything that is remembered of the person, the stamp
   // of the line above included; whoever asks for the book next derives it from the container.
   // Required.
-  // Tags, which a new person has none of, are not asked for: that would take a tag file that can be
-  // read.
   for (const auto& property : supportProperty()) {
-    if (property->name() != OxProPertyTags) person->setValue_byProperty(nullptr, property);
+    if (property->name() != OxProPertyTags) {
+      person->setValue_byProperty(nullptr, property);
+    } else {
+      // Clearing tags begins with a look for the person's book, which discovers the books and
+      // derives the stamp when it has to. The look is all that is left of it: a new person has no
+      // tags, and a tag file that is damaged must cost those nothing who have none.
+      static_cast<void>(person->personAddressBook());
+    }
   }
   if (_allPersonArray) _allPersonArray->appendNew(person, epoch);
   return person;

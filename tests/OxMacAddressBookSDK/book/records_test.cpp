@@ -44,6 +44,17 @@ TEST(NewPerson, LosesItsStampWhenTheNameIsClearedAndDerivesItAnew) {
   EXPECT_EQ(made->addressBookID(), "A");
 }
 
+TEST(NewPerson, IsLookedForInTheListOfBooksWhichIsBuiltForIt) {
+  StoreBuilder().container("A:ABAccount", "iCloud", 3).persons("p", 1);
+  auto& source = SwitchedSource::install();
+  const auto book = OxMacAddressBook::initWithContainer(containerOf("A:ABAccount", "iCloud", 3));
+  ASSERT_TRUE(book->newPerson());
+  source.resetCounts();
+  EXPECT_EQ(idsOf(OxMacAddressBook::addressBookArray()), "_local A");
+  const auto asked = source.counts();
+  EXPECT_EQ(asked.records + asked.containers + asked.containerOf + asked.recordsIn, 0U);
+}
+
 TEST(NewPerson, OfABookWithUnknownContainerIsMissingAndLeavesTheCache) {
   const auto book = OxMacAddressBook::initWithContainer(containerOf("gone:ABAccount", "x", 3));
   EXPECT_EQ(book->newPerson(), nullptr);
