@@ -166,11 +166,6 @@ class EntryMerge {
   Side theirs_;
 };
 
-bool isSame(const PropertyValue& a, const PropertyValue& b) {
-  if (isMissing(a) || isMissing(b)) return isMissing(a) == isMissing(b);
-  return sameValue(a, b);
-}
-
 const Object* objectOf(const PropertyValue& value) {
   const auto* object = std::get_if<Object>(&value);
   return object != nullptr && !object->isMissing() ? object : nullptr;
@@ -192,8 +187,8 @@ MultiValue mergedEntries(const MultiValue& base, const MultiValue& mine, const M
 
 PropertyValue mergedValue(const PropertyValue& base, const PropertyValue& mine,
                           const PropertyValue& theirs, std::vector<MultiEntry>& overtaken) {
-  if (isSame(base, theirs) || isSame(mine, theirs)) return mine;
-  if (isSame(base, mine)) return theirs;
+  if (sameValue(base, theirs) || sameValue(mine, theirs)) return mine;
+  if (sameValue(base, mine)) return theirs;
   if (objectOf(base) || objectOf(mine) || objectOf(theirs)) {
     const auto* lost = objectOf(theirs);
     overtaken.push_back({0, std::nullopt, lost != nullptr ? *lost : Object()});

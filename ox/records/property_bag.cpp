@@ -94,9 +94,9 @@ bool isMissing(const PropertyValue& value) {
 }
 
 bool sameValue(const PropertyValue& a, const PropertyValue& b) {
+  if (isMissing(a) || isMissing(b)) return isMissing(a) && isMissing(b);
   if (a.index() != b.index()) return false;
   if (const auto* single = std::get_if<Object>(&a)) return *single == std::get<Object>(b);
-  assert(std::get<MultiValuePtr>(a) && std::get<MultiValuePtr>(b));
   return *std::get<MultiValuePtr>(a) == *std::get<MultiValuePtr>(b);
 }
 
@@ -117,6 +117,12 @@ bool looksTheSame(const PropertyValue& a, const PropertyValue& b) {
 const PropertyValue* PropertyBag::find(PropertyId id) const {
   const auto found = std::lower_bound(entries_.begin(), entries_.end(), id, idBefore);
   return found != entries_.end() && found->first == id ? &found->second : nullptr;
+}
+
+const PropertyValue& PropertyBag::value(PropertyId id) const {
+  static const PropertyValue missing;
+  const auto* held = find(id);
+  return held != nullptr ? *held : missing;
 }
 
 const std::string* PropertyBag::text(PropertyId id) const {

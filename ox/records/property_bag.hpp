@@ -42,7 +42,7 @@ using MultiValuePtr = std::shared_ptr<const MultiValue>;
 using PropertyValue = std::variant<Object, MultiValuePtr>;
 
 OX_EXPORT bool isMissing(const PropertyValue& value);
-// By content; a multi-value's entry identifiers count.
+// By content; a multi-value's entry identifiers count. Missing values are the same.
 OX_EXPORT bool sameValue(const PropertyValue& a, const PropertyValue& b);
 // What a host can see of it: entries, labels and which one is primary, whatever the identifiers.
 OX_EXPORT bool looksTheSame(const PropertyValue& a, const PropertyValue& b);
@@ -54,6 +54,8 @@ class OX_EXPORT PropertyBag {
 
   // Borrowed; null when the record does not hold it.
   const PropertyValue* find(PropertyId id) const;
+  // Borrowed; a missing value when the record does not hold it.
+  const PropertyValue& value(PropertyId id) const;
   // Shorthand for a held string: borrowed, null when missing or of another kind.
   const std::string* text(PropertyId id) const;
   // A missing value takes the property away.

@@ -111,15 +111,12 @@ void addValues(const JournalChange& change, std::vector<Entry>& entries) {
   PropertyBag all = change.before;
   for (const auto& [id, value] : change.after.entries()) all.set(id, value);
   for (const auto& [id, value] : all.entries()) {
-    static const PropertyValue missing;
-    const auto* before = change.before.find(id);
-    const auto* after = change.after.find(id);
-    before = before != nullptr ? before : &missing;
-    after = after != nullptr ? after : &missing;
+    const auto& before = change.before.value(id);
+    const auto& after = change.after.value(id);
     const auto name = property_table::nameOf(id);
     entries.push_back({&change, "changed", propertyNameOfStored(name), propertyTitleOfStored(name),
-                       jsonOfStored(*before), jsonOfStored(*after),
-                       arrow(readableValue(*before), readableValue(*after))});
+                       jsonOfStored(before), jsonOfStored(after),
+                       arrow(readableValue(before), readableValue(after))});
   }
   if (change.pictureChanged) {
     entries.push_back({&change, "changed", "Thumbnail", "Photo", {}, {}, "another one"});

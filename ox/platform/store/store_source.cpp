@@ -89,10 +89,8 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
-    if (store_.knowsOtherwise(property)) {
-      return refuse(
-          "the store knows the property " + property_table::nameOf(property) + " with another type",
-          key);
+    if (const auto refusal = store_.refusalOf(property); !refusal.empty()) {
+      return refuse(refusal, key);
     }
     overlay_.setValue(ownerOf(key), key, kind, property, std::move(value));
     return true;

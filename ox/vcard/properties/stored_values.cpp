@@ -48,13 +48,6 @@ bool isKnownWithThatType(PropertyId custom) {
   return property_table::idOf(RecordKind::Person, property_table::nameOf(custom)) == custom;
 }
 
-bool isSameIn(const PropertyBag& a, const PropertyBag& b, PropertyId id) {
-  const auto* left = a.find(id);
-  const auto* right = b.find(id);
-  if (left == nullptr || right == nullptr) return left == right;
-  return sameValue(*left, *right);
-}
-
 }  // namespace
 
 PropertyValue asNumbered(const PropertyValue& value) {
@@ -104,7 +97,7 @@ void takeStoredValues(const PropertyBag& stored, PropertyBag& properties) {
     const auto ordinary = throughOrdinaryLines(builtIn, version);
     std::size_t unchanged = 0;
     for (const auto& [id, value] : builtIn.entries()) {
-      if (!isSameIn(read, ordinary, id)) continue;
+      if (!sameValue(read.value(id), ordinary.value(id))) continue;
       properties.set(id, value);
       ++unchanged;
     }

@@ -1,11 +1,9 @@
 #include "ox/platform/store/committed/act_builder.hpp"
 
-#include <cassert>
 #include <memory>
 #include <utility>
 
 #include "ox/base/checksum.hpp"
-#include "ox/platform/store/committed/circle.hpp"
 #include "ox/platform/store/committed/overtaken.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
@@ -18,45 +16,10 @@ std::uint64_t checksumOf(const Data& image) {
   return image ? checksum64(*image) : 0;
 }
 
-bool sameOrMissing(const PropertyValue& a, const PropertyValue& b) {
-  if (isMissing(a) || isMissing(b)) return isMissing(a) && isMissing(b);
-  return sameValue(a, b);
-}
-
-std::string knownOtherwise(PropertyId property) {
-  return "the store knows the property " + property_table::nameOf(property) + " with another type";
-}
-
-// The properties in which the two differ, as each has them.
-void keepDifferences(const PropertyBag& before, const PropertyBag& after, Act::ChangedRecord& to) {
-  to.before = PropertyBag();
-  to.after = PropertyBag();
-  auto old = before.entries().begin();
-  auto now = after.entries().begin();
-  const auto oldEnd = before.entries().end();
-  const auto nowEnd = after.entries().end();
-  while (old != oldEnd || now != nowEnd) {
-    if (now == nowEnd || (old != oldEnd && old->first < now->first)) {
-      to.before.append(old->first, old->second);
-      ++old;
-    } else if (old == oldEnd || now->first < old->first) {
-      to.after.append(now->first, now->second);
-      ++now;
-    } else {
-      if (!sameValue(old->second, now->second)) {
-        to.before.append(old->first, old->second);
-        to.after.append(now->first, now->second);
-      }
-      ++old;
-      ++now;
-    }
-  }
-}
-
 }  // namespace
 
 ActBuilder::ActBuilder(StoreFile& file, CommittedRecords& committed, const Taken& taken)
-    : file_(file), committed_(committed), taken_(taken) {
+    : file_(file), committed_(committed), taken_(taken), tree_(file, committed.nextRow()) {
   act_.decidedAt = committed.moment();
   act_.firstRow = committed.nextRow();
 }
@@ -122,7 +85,7 @@ void ActBuilder::guardContainer(std::string_view identifier) {
 std::string ActBuilder::refusalOf(const PropertyBag& properties) {
   for (auto entry = properties.entries().rbegin();
        entry != properties.entries().rend() && entry->first >= kFirstCustomProperty; ++entry) {
-    if (file_.knowsOtherwise(entry->first)) return knownOtherwise(entry->first);
+    if (auto refusal = file_.refusalOf(entry->first); !refusal.empty()) return refusal;
   }
   return {};
 }
@@ -183,7 +146,7 @@ void ActBuilder::setContent(const Entry& entry, PropertyBag properties,
                             const std::optional<Data>& image) {
   const auto [before, pictureBefore] = contentBefore(entry);
   auto& change = changeOf(entry);
-  keepDifferences(*before, properties, change);
+  change.differences = differences(*before, properties);
   change.properties = std::move(properties);
   if (image) change.image = image;
   if (change.image && checksumOf(*change.image) == pictureBefore) change.image.reset();
@@ -212,15 +175,13 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
   auto properties = *before;
   std::string refused;
   for (const auto& [property, mine, base] : edit.values) {
-    if (file_.knowsOtherwise(property)) {
-      refused = dropped(knownOtherwise(property));
+    if (const auto refusal = file_.refusalOf(property); !refusal.empty()) {
+      refused = dropped(refusal);
       continue;
     }
-    const auto* held = before->find(property);
-    const auto theirs = held != nullptr ? *held : PropertyValue();
     std::vector<MultiEntry> lost;
-    auto merged = mergedValue(base, mine, theirs, lost);
-    if (!sameOrMissing(merged, mine)) merged_.push_back({edit.key, property, mine, merged});
+    auto merged = mergedValue(base, mine, before->value(property), lost);
+    if (!sameValue(merged, mine)) merged_.push_back({edit.key, property, mine, merged});
     properties.set(property, std::move(merged));
     for (const auto& entry : lost) wonOver_.push_back(overtaken(edit.key, property, entry));
   }
@@ -231,7 +192,7 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
 
 void ActBuilder::removeRecord(const Entry& entry) {
   act_.removed.push_back(entry);
-  if (entry.kind == RecordKind::Group) removedGroups_.insert(entry.row);
+  if (entry.kind == RecordKind::Group) tree_.removeGroup(entry.row);
 }
 
 std::optional<RecordEntry> ActBuilder::meant(const RecordKey& key) const {
@@ -249,11 +210,10 @@ std::string ActBuilder::addLink(const Link& link) {
   if (group->kind != RecordKind::Group) return named(" was refused: the first is no group");
   if (group->container != child->container) return named(" was refused: it crosses accounts");
   if (child->kind == RecordKind::Group) {
-    if (closesCircleOfRows(group->row, child->row)) {
+    if (tree_.wouldCloseCircle(group->row, child->row)) {
       return named(" was refused: a group would be below itself");
     }
-    addedParents_[child->row].push_back(group->row);
-    addedSubgroups_[group->row].push_back(child->row);
+    tree_.addLink(group->row, child->row);
     // Whether it closes a circle depends on every link on the way.
     if (group->container > 0) act_.guards.containers.insert(group->container);
   }
@@ -264,46 +224,11 @@ std::string ActBuilder::addLink(const Link& link) {
   return {};
 }
 
-// As it will be: with the links that this act adds, without those and the groups that it removes.
-bool ActBuilder::closesCircleOfRows(std::int64_t group, std::int64_t child) {
-  const auto neighbours = [&](std::int64_t row, const auto& added, const auto& removed,
-                              sqlite::Statement& rows) {
-    std::vector<std::int64_t> found;
-    if (row < act_.firstRow) {
-      const sqlite::StatementScope scope(rows);
-      rows.bind(1, row);
-      while (rows.step()) {
-        const auto other = rows.integer(0);
-        if (!removed.contains({row, other}) && !removedGroups_.contains(other)) {
-          found.push_back(other);
-        }
-      }
-    }
-    const auto own = added.find(row);
-    if (own != added.end()) found.insert(found.end(), own->second.begin(), own->second.end());
-    return found;
-  };
-  return file_.guarded([&] {
-    auto& parents = file_.statement(Sql::ParentRows);
-    auto& subgroups = file_.statement(Sql::SubgroupRows);
-    subgroups.bind(2, static_cast<std::int64_t>(RecordKind::Group));
-    return closesCircle(
-        group, child,
-        [&](std::int64_t row) { return neighbours(row, addedParents_, removedParents_, parents); },
-        [&](std::int64_t row) {
-          return neighbours(row, addedSubgroups_, removedSubgroups_, subgroups);
-        });
-  });
-}
-
 void ActBuilder::removeLink(const Link& link) {
   const auto group = committed_.find(link.group);
   const auto child = committed_.find(link.child);
   if (!group || !child) return;
-  if (child->kind == RecordKind::Group) {
-    removedParents_.insert({child->row, group->row});
-    removedSubgroups_.insert({group->row, child->row});
-  }
+  if (child->kind == RecordKind::Group) tree_.removeLink(group->row, child->row);
   act_.removedLinks.push_back({*group, *child});
 }
 

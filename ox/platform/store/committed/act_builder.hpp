@@ -3,15 +3,14 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
-#include <utility>
 #include <vector>
 
 #include "ox/platform/store/committed/committed_records.hpp"
+#include "ox/platform/store/committed/group_tree.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/act.hpp"
 #include "ox/platform/store/values/record_changes.hpp"
@@ -84,7 +83,6 @@ class ActBuilder {
   KnownContent contentBefore(const Entry& entry);
   void setContent(const Entry& entry, PropertyBag properties, const std::optional<Data>& image);
   std::optional<Entry> meant(const RecordKey& key) const;
-  bool closesCircleOfRows(std::int64_t group, std::int64_t child);
   std::uint64_t pictureChecksum(std::int64_t row);
 
   StoreFile& file_;
@@ -96,13 +94,7 @@ class ActBuilder {
   std::unordered_map<RecordKey, Entry> addedByKey_;
   std::unordered_map<RecordKey, RecordKey> renamed_;  // copies, from the identifier of their source
   std::unordered_map<std::int64_t, std::size_t> changedByRow_;
-  // The groups' own links that this act adds, by row.
-  std::unordered_map<std::int64_t, std::vector<std::int64_t>> addedParents_;
-  std::unordered_map<std::int64_t, std::vector<std::int64_t>> addedSubgroups_;
-  std::unordered_set<std::int64_t> removedGroups_;
-  // The links that it takes away: a row, and its parent or sub-group.
-  std::set<std::pair<std::int64_t, std::int64_t>> removedParents_;
-  std::set<std::pair<std::int64_t, std::int64_t>> removedSubgroups_;
+  GroupTree tree_;
 };
 
 }  // namespace ox

@@ -40,7 +40,7 @@ class ContactStore {
 
   // See StoreFile.
   ABPropertyType storedType(std::string_view custom) { return file_.storedType(custom); }
-  bool knowsOtherwise(PropertyId property) { return file_.knowsOtherwise(property); }
+  std::string refusalOf(PropertyId property) { return file_.refusalOf(property); }
 
   TagDebts tagDebts();
   // The tag file has followed every act up to this one; the next act strikes them out.

@@ -264,8 +264,8 @@ void ActWriter::changeRecords() {
     const auto newImage = changed.readImage ? std::optional(changed.readImage()) : changed.image;
     file_.writeCustomProperties(changed.properties);
     const auto bytes = encodeProperties(changed.properties);
-    const auto before = encodeProperties(changed.before);
-    const auto after = encodeProperties(changed.after);
+    const auto before = encodeProperties(changed.differences.before);
+    const auto after = encodeProperties(changed.differences.after);
     bytes_ += static_cast<std::int64_t>(before.size() + after.size());
     const auto* cardUid = changed.properties.text(property_id::kCardUid);
     auto& update = file_.statement(newImage ? Sql::UpdateContentAndImage : Sql::UpdateContent);

@@ -79,10 +79,12 @@ ABPropertyType StoreFile::storedType(std::string_view custom) {
   });
 }
 
-bool StoreFile::knowsOtherwise(PropertyId property) {
-  if (property < kFirstCustomProperty || writtenCustomProperties_.contains(property)) return false;
-  const auto stored = storedType(property_table::nameOf(property));
-  return stored != kABErrorInProperty && stored != property_table::typeOf(property);
+std::string StoreFile::refusalOf(PropertyId property) {
+  if (property < kFirstCustomProperty || writtenCustomProperties_.contains(property)) return {};
+  const auto name = property_table::nameOf(property);
+  const auto stored = storedType(name);
+  if (stored == kABErrorInProperty || stored == property_table::typeOf(property)) return {};
+  return "the store knows the property " + name + " with another type";
 }
 
 void StoreFile::writeCustomProperties(const PropertyBag& properties) {
@@ -91,7 +93,9 @@ void StoreFile::writeCustomProperties(const PropertyBag& properties) {
        entry != properties.entries().rend() && entry->first >= kFirstCustomProperty; ++entry) {
     const auto property = entry->first;
     if (writtenCustomProperties_.contains(property)) continue;
-    if (knowsOtherwise(property)) throw PropertyOfTwoTypes(property_table::nameOf(property));
+    if (const auto refusal = refusalOf(property); !refusal.empty()) {
+      throw PropertyOfTwoTypes(refusal);
+    }
     statement(Sql::InsertCustomProperty)
         .bindText(1, property_table::nameOf(property))
         .bind(2, property_table::typeOf(property))

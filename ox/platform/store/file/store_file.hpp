@@ -56,8 +56,9 @@ class StoreFile {
 
   // The type of a custom property by its name; kABErrorInProperty when the store does not know it.
   ABPropertyType storedType(std::string_view custom);
-  // Whether the store knows that custom property with another type than this process does.
-  bool knowsOtherwise(PropertyId property);
+  // Why values of that property cannot be written: the store knows it with another type than this
+  // process does. Empty when they can.
+  std::string refusalOf(PropertyId property);
   // Writes a row for each custom property that the store does not know yet; throws
   // PropertyOfTwoTypes for one that it knows with another type. To be called inside a transaction;
   // forgetUncommitted when that is rolled back.

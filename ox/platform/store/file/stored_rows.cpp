@@ -3,16 +3,6 @@
 #include "ox/records/property_codec.hpp"
 
 namespace ox {
-namespace {
-
-std::vector<std::int64_t> columnOf(sqlite::Statement& rows) {
-  std::vector<std::int64_t> values;
-  const sqlite::StatementScope scope(rows);
-  while (rows.step()) values.push_back(rows.integer(0));
-  return values;
-}
-
-}  // namespace
 
 StoredRows::StoredRows(StoreFile& file)
     : file_(file),
@@ -85,12 +75,12 @@ std::optional<std::int64_t> StoredRows::link(std::int64_t group, std::int64_t ch
 }
 
 std::vector<std::int64_t> StoredRows::parents(std::int64_t row) {
-  return columnOf(file_.statement(Sql::ParentRows).bind(1, row));
-}
-
-std::vector<std::int64_t> StoredRows::subgroups(std::int64_t row) {
-  auto& rows = file_.statement(Sql::SubgroupRows);
-  return columnOf(rows.bind(1, row).bind(2, static_cast<std::int64_t>(RecordKind::Group)));
+  auto& rows = file_.statement(Sql::ParentRows);
+  const sqlite::StatementScope scope(rows);
+  rows.bind(1, row);
+  std::vector<std::int64_t> found;
+  while (rows.step()) found.push_back(rows.integer(0));
+  return found;
 }
 
 std::vector<RecordEntry> StoredRows::recordsIn(std::int32_t container) {

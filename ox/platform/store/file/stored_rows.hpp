@@ -37,7 +37,6 @@ class StoredRows {
   // The number of a link.
   std::optional<std::int64_t> link(std::int64_t group, std::int64_t child);
   std::vector<std::int64_t> parents(std::int64_t row);
-  std::vector<std::int64_t> subgroups(std::int64_t row);
   std::vector<RecordEntry> recordsIn(std::int32_t container);
 
  private:

@@ -117,20 +117,12 @@ void ReturnToCopy::keep(const RecordEntry& now, std::int64_t then) {
   }
   auto after = then_.content(then).value_or(StoredRows::Content());
   Act::ChangedRecord change;
-  for (const auto& [id, value] : before.properties.entries()) {
-    const auto* other = after.properties.find(id);
-    if (other != nullptr && sameValue(value, *other)) continue;
-    change.before.set(id, value);
-    if (other != nullptr) change.after.set(id, *other);
-  }
-  for (const auto& [id, value] : after.properties.entries()) {
-    if (before.properties.find(id) == nullptr) change.after.set(id, value);
-  }
+  change.differences = differences(before.properties, after.properties);
   if (before.picture != after.picture) {
     change.image = Data();
     if (after.picture != 0) change.readImage = reader(then);
   }
-  if (change.before.empty() && change.after.empty() && !change.image && !isDamaged) return;
+  if (change.differences.empty() && !change.image && !isDamaged) return;
   change.record = now;
   change.fingerprint = contentFingerprint(after.properties, after.picture);
   change.properties = std::move(after.properties);

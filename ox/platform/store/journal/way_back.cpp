@@ -4,25 +4,11 @@
 #include <cassert>
 #include <utility>
 
-#include "ox/platform/store/committed/circle.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/merge.hpp"
 #include "ox/records/property_codec.hpp"
 
 namespace ox {
-namespace {
-
-const PropertyValue& valueIn(const PropertyBag& properties, PropertyId id) {
-  static const PropertyValue missing;
-  const auto* value = properties.find(id);
-  return value != nullptr ? *value : missing;
-}
-
-bool same(const PropertyValue& a, const PropertyValue& b) {
-  return isMissing(a) || isMissing(b) ? isMissing(a) == isMissing(b) : sameValue(a, b);
-}
-
-}  // namespace
 
 std::vector<JournalAct> actsOfCommand(JournalRows& journal, const JournalAct& first) {
   std::vector<JournalAct> acts = {first};
@@ -35,7 +21,12 @@ std::vector<JournalAct> actsOfCommand(JournalRows& journal, const JournalAct& fi
 }
 
 WayBack::WayBack(StoreFile& file, CommittedRecords& committed, Act& act)
-    : file_(file), committed_(committed), journal_(file), stored_(file), act_(act) {}
+    : file_(file),
+      committed_(committed),
+      journal_(file),
+      stored_(file),
+      act_(act),
+      tree_(file, act.firstRow) {}
 
 void WayBack::decide(const std::vector<JournalAct>& command) {
   assert(!command.empty());
@@ -116,6 +107,7 @@ void WayBack::takeAway(const RecordEntry& record) {
     return stays(record.key, "it was changed since it was added, and stays");
   }
   removed_.insert(record.row);
+  if (record.kind == RecordKind::Group) tree_.removeGroup(record.row);
   act_.removed.push_back(record);
 }
 
@@ -152,20 +144,17 @@ void WayBack::bringBack(std::int64_t row, const NetRecord& net) {
 }
 
 // Three-way: what the command left, what is there now, what was there before it.
-bool WayBack::bringValueBack(PropertyId id, const NetRecord::Value& net, PropertyBag& properties,
+void WayBack::bringValueBack(PropertyId id, const NetRecord::Value& net, PropertyBag& properties,
                              const RecordKey& record) {
-  if (same(net.before, net.after)) return false;
-  const auto& now = valueIn(properties, id);
+  const auto& now = properties.value(id);
+  if (sameValue(net.before, net.after) || sameValue(now, net.before)) return;
   std::vector<MultiEntry> overtaken;
   auto value =
-      same(now, net.after) ? net.before : mergedValue(net.after, now, net.before, overtaken);
-  if (same(now, net.before)) return false;
+      sameValue(now, net.after) ? net.before : mergedValue(net.after, now, net.before, overtaken);
   if (!overtaken.empty()) {
     stays(record, property_table::nameOf(id) + " was changed since, and stays");
   }
-  if (same(now, value)) return false;
   properties.set(id, std::move(value));
-  return true;
 }
 
 void WayBack::bringPictureBack(const NetRecord& net, std::uint64_t now,
@@ -192,12 +181,11 @@ void WayBack::bringValuesBack(const RecordEntry& record, const NetRecord& net) {
   change.record = record;
   change.properties = content->properties;
   for (const auto& [id, value] : net.values) {
-    if (!bringValueBack(id, value, change.properties, record.key)) continue;
-    change.before.set(id, valueIn(content->properties, id));
-    change.after.set(id, valueIn(change.properties, id));
+    bringValueBack(id, value, change.properties, record.key);
   }
+  change.differences = differences(content->properties, change.properties);
   bringPictureBack(net, content->picture, change);
-  if (change.before.empty() && change.after.empty() && !change.image) return;
+  if (change.differences.empty() && !change.image) return;
   const auto picture = !change.image      ? content->picture
                        : change.readImage ? stored_.picture(*net.imageBefore).value_or(0)
                                           : 0;
@@ -226,18 +214,17 @@ void WayBack::settleLink(const NetChanges::Pair& pair, const NetLink& net,
   const Act::ChangedLink link{*group, *child, net.before};
   if (now) {
     act_.removedLinks.push_back(link);
-    linksThatGo_.insert({group->row, child->row});
+    if (child->kind == RecordKind::Group) tree_.removeLink(group->row, child->row);
   }
   if (net.before) back.push_back(link);
 }
 
 void WayBack::bringLinkBack(const Act::ChangedLink& link) {
   if (link.child.kind == RecordKind::Group) {
-    if (wouldCloseCircle(link.group.row, link.child.row)) {
+    if (tree_.wouldCloseCircle(link.group.row, link.child.row)) {
       return stays(link.group.key, "a group would be below itself");
     }
-    parentsBack_[link.child.row].push_back(link.group.row);
-    subgroupsBack_[link.group.row].push_back(link.child.row);
+    tree_.addLink(link.group.row, link.child.row);
   }
   act_.addedLinks.push_back(link);
 }
@@ -270,31 +257,6 @@ std::optional<RecordEntry> WayBack::entryThen(std::int64_t row) {
                                   : stored_.record(row);
 }
 
-bool WayBack::wouldCloseCircle(std::int64_t group, std::int64_t child) {
-  const auto with = [](std::vector<std::int64_t> rows, const auto& back, std::int64_t row) {
-    const auto found = back.find(row);
-    if (found != back.end()) rows.insert(rows.end(), found->second.begin(), found->second.end());
-    return rows;
-  };
-  // What this undo takes away is in nobody's way.
-  const auto stays = [&](std::int64_t above, std::int64_t below) {
-    return !removed_.contains(above) && !removed_.contains(below) &&
-           !linksThatGo_.contains({above, below});
-  };
-  return closesCircle(
-      group, child,
-      [&](std::int64_t row) {
-        auto rows = stored_.parents(row);
-        std::erase_if(rows, [&](std::int64_t parent) { return !stays(parent, row); });
-        return with(std::move(rows), parentsBack_, row);
-      },
-      [&](std::int64_t row) {
-        auto rows = stored_.subgroups(row);
-        std::erase_if(rows, [&](std::int64_t below) { return !stays(row, below); });
-        return with(std::move(rows), subgroupsBack_, row);
-      });
-}
-
 bool WayBack::wasChangedSince(const RecordEntry& record) {
   return hasOtherValuesSince(record) || relinked_.contains(record.row) ||
          others_.changedTagsOf(record.row);
@@ -314,7 +276,7 @@ bool WayBack::hasOtherValuesSince(const RecordEntry& record) {
   }
   if (!content) return false;
   for (const auto& [id, value] : net.values) {
-    if (!same(value.before, valueIn(content->properties, id))) return true;
+    if (!sameValue(value.before, content->properties.value(id))) return true;
   }
   if (net.allKnown) {
     for (const auto& [id, value] : content->properties.entries()) {

@@ -3,15 +3,14 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <set>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
-#include <utility>
 #include <vector>
 
 #include "ox/base/failure.hpp"
 #include "ox/platform/store/committed/committed_records.hpp"
+#include "ox/platform/store/committed/group_tree.hpp"
 #include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/platform/store/file/stored_rows.hpp"
 #include "ox/platform/store/journal/net_changes.hpp"
@@ -47,7 +46,7 @@ class WayBack {
   void settleRecord(std::int64_t row, const NetRecord& net);
   void bringBack(std::int64_t row, const NetRecord& net);
   void bringValuesBack(const RecordEntry& record, const NetRecord& net);
-  bool bringValueBack(PropertyId id, const NetRecord::Value& net, PropertyBag& properties,
+  void bringValueBack(PropertyId id, const NetRecord::Value& net, PropertyBag& properties,
                       const RecordKey& record);
   void bringPictureBack(const NetRecord& net, std::uint64_t now, Act::ChangedRecord& change);
   void settleLinks();
@@ -61,7 +60,6 @@ class WayBack {
   // Missing when it is not there after this undo.
   std::optional<RecordEntry> entryThen(std::int64_t row);
   void bringLinkBack(const Act::ChangedLink& link);
-  bool wouldCloseCircle(std::int64_t group, std::int64_t child);
   std::function<Data()> reader(std::int64_t imageRow);
   void stays(const RecordKey& record, const std::string& why);
 
@@ -75,10 +73,7 @@ class WayBack {
   std::unordered_set<std::int64_t> relinked_;  // rows whose links others have changed since
   std::unordered_set<std::int64_t> removed_;   // rows that the act removes
   std::unordered_map<std::int64_t, std::size_t> restored_;  // those it brings back, in its list
-  // The groups' own links that it brings back, by row.
-  std::unordered_map<std::int64_t, std::vector<std::int64_t>> parentsBack_;
-  std::unordered_map<std::int64_t, std::vector<std::int64_t>> subgroupsBack_;
-  std::set<std::pair<std::int64_t, std::int64_t>> linksThatGo_;  // group and child
+  GroupTree tree_;
   std::unordered_set<std::int32_t> containersBack_;
   std::vector<Failure> stays_;
 };

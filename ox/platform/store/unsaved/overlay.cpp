@@ -129,8 +129,7 @@ std::vector<RecordKeysPtr> Overlay::storedChildren(std::span<const RecordKey> gr
 
 PropertyValue Overlay::storedValue(const RecordKey& key, PropertyId property) {
   const auto values = storedValues(key);
-  const auto* value = values ? values->find(property) : nullptr;
-  return value != nullptr ? *value : PropertyValue();
+  return values ? values->value(property) : PropertyValue();
 }
 
 PropertyValue Overlay::value(const RecordKey& key, PropertyId property) {

@@ -16,6 +16,7 @@
 #include "ox/platform/store/values/origin.hpp"
 #include "ox/platform/store/values/record_entry.hpp"
 #include "ox/platform/store/values/save_request.hpp"
+#include "ox/records/differences.hpp"
 #include "ox/records/property_bag.hpp"
 #include "ox/records/tag_change.hpp"
 
@@ -40,12 +41,11 @@ struct Act {
     const NewRecord* record = nullptr;
     const ReplacedRecord* replacement = nullptr;  // what the same request then makes of it
   };
-  // The record gets these properties instead of what it has. before and after hold what differs.
+  // The record gets these properties instead of what it has, from which they differ in those.
   struct ChangedRecord {
     RecordEntry record;
     PropertyBag properties;
-    PropertyBag before;
-    PropertyBag after;
+    Differences differences;
     std::optional<Data> image;          // missing: it stays
     std::function<Data()> readImage{};  // instead of it, asked when the act is written
     std::uint64_t fingerprint = 0;
