@@ -183,6 +183,10 @@ ABPropertyType typeOf(PropertyId id) {
   return row != nullptr ? row->type : kABErrorInProperty;
 }
 
+bool isList(PropertyId id) {
+  return (typeOf(id) & kABMultiValueMask) != 0;
+}
+
 std::string nameOf(PropertyId id) {
   if (id >= kFirstCustomProperty) return customProperties().find(id).name;
   const auto* row = builtIn(id);

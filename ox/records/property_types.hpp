@@ -52,6 +52,8 @@ struct Entry {
 OX_EXPORT PropertyId idOf(RecordKind kind, std::string_view name);
 // kABErrorInProperty for an unknown number.
 OX_EXPORT ABPropertyType typeOf(PropertyId id);
+// Whether the property holds a multi-value.
+OX_EXPORT bool isList(PropertyId id);
 OX_EXPORT std::string nameOf(PropertyId id);
 
 // Registers a custom property of persons. The number of the existing one when the name is known

@@ -43,11 +43,15 @@ class ReadLongAgo : public testing::Test {
                                 std::make_shared<const MultiValue>(std::move(phones))));
   }
 
-  static void add(ContactSource& source, const char* number) {
-    auto phones = phonesOf(source);
+  // Whoever adds to what it has read.
+  static void addTo(MultiValue phones, ContactSource& source, const char* number) {
     phones.add(Object(number), "home");
     write(source, std::move(phones));
     ASSERT_TRUE(source.save().done);
+  }
+
+  static void add(ContactSource& source, const char* number) {
+    addTo(phonesOf(source), source, number);
   }
 
   // Makes the source look what is new.
@@ -59,50 +63,42 @@ class ReadLongAgo : public testing::Test {
 };
 
 TEST_F(ReadLongAgo, AnAdditionElsewhereBetweenReadingAndWritingStays) {
-  auto read = phonesOf(*mine_);
+  const auto read = phonesOf(*mine_);
   add(*theirs_, "2");
   look(*mine_);
-  read.add(Object("3"), "home");
-  write(*mine_, read);
-  ASSERT_TRUE(mine_->save().done);
+  addTo(read, *mine_, "3");
   EXPECT_EQ(numbersOf(*mine_), "1 2 3 ");
 }
 
 TEST_F(ReadLongAgo, AFoldedLogInBetweenMakesNothingKnown) {
-  auto read = phonesOf(*mine_);
+  const auto read = phonesOf(*mine_);
   add(*theirs_, "2");
   look(*mine_);
   theirs_->checkpoint();
   look(*mine_);
-  read.add(Object("3"), "home");
-  write(*mine_, read);
-  ASSERT_TRUE(mine_->save().done);
+  addTo(read, *mine_, "3");
   EXPECT_EQ(numbersOf(*mine_), "1 2 3 ");
 }
 
 TEST_F(ReadLongAgo, AFoldedLogBeforeTheOthersChangeMakesNothingKnown) {
-  auto read = phonesOf(*mine_);
+  const auto read = phonesOf(*mine_);
   theirs_->checkpoint();
   look(*mine_);
   add(*theirs_, "2");
   look(*mine_);
-  read.add(Object("3"), "home");
-  write(*mine_, read);
-  ASSERT_TRUE(mine_->save().done);
+  addTo(read, *mine_, "3");
   EXPECT_EQ(numbersOf(*mine_), "1 2 3 ");
 }
 
 TEST_F(ReadLongAgo, AnOwnSaveBesideOthersMakesNothingKnown) {
-  auto read = phonesOf(*mine_);
+  const auto read = phonesOf(*mine_);
   support::StoreBuilder(*mine_).person("ben");
   add(*theirs_, "2");
   mine_->setValue(RecordKey::of("ben"), RecordKind::Person, property_id::kFirst, Object("Ben"));
   ASSERT_TRUE(mine_->save().done);
   look(*mine_);
   look(*mine_);
-  read.add(Object("3"), "home");
-  write(*mine_, read);
-  ASSERT_TRUE(mine_->save().done);
+  addTo(read, *mine_, "3");
   EXPECT_EQ(numbersOf(*mine_), "1 2 3 ");
 }
 
@@ -155,7 +151,7 @@ TEST_F(ReadLongAgo, AnotherPropertyThatIsReadAnewDoesNotMakeThisOneKnown) {
   auto read = phonesOf(*mine_);
   add(*theirs_, "2");
   look(*mine_);
-  mine_->value(kAnn, property_id::kFirst);
+  mine_->value(kAnn, property_id::kEmail);
   read.add(Object("3"), "home");
   write(*mine_, read);
   add(*theirs_, "4");
@@ -175,14 +171,12 @@ TEST_F(ReadLongAgo, OfOneObjectTheLaterChangeCounts) {
 }
 
 TEST_F(ReadLongAgo, ReadingOnlyToWriteAnewMakesNothingKnown) {
-  auto read = phonesOf(*mine_);
+  const auto read = phonesOf(*mine_);
   add(*theirs_, "2");
   look(*mine_);
   EXPECT_EQ(
       std::get<MultiValuePtr>(mine_->valueToChange(kAnn, property_id::kPhone))->entries.size(), 1U);
-  read.add(Object("3"), "home");
-  write(*mine_, read);
-  ASSERT_TRUE(mine_->save().done);
+  addTo(read, *mine_, "3");
   EXPECT_EQ(numbersOf(*mine_), "1 2 3 ");
 }
 
@@ -204,31 +198,61 @@ TEST_F(ReadLongAgo, WhatAnActHasPutIntoAListIsNotSavedByAnotherThread) {
   EXPECT_EQ(numbersOf(*theirs_), "1 3 ");
 }
 
-TEST(KnownValues, AreThoseOfTheTimeTheyWereReadAt) {
-  const auto bag = [](const char* first, const char* last) {
+// Of lists of one entry, which are the texts.
+class Known : public testing::Test {
+ protected:
+  static PropertyValue listOf(const char* text) {
+    MultiValue list;
+    list.add(Object(text), "home");
+    return std::make_shared<const MultiValue>(std::move(list));
+  }
+
+  static PropertyBag bag(const char* phone, const char* email) {
     PropertyBag values;
-    values.set(property_id::kFirst, Object(first));
-    values.set(property_id::kLast, Object(last));
+    values.set(property_id::kFirst, Object("Ann"));
+    values.set(property_id::kPhone, listOf(phone));
+    values.set(property_id::kEmail, listOf(email));
     return values;
-  };
-  KnownValues known;
-  EXPECT_TRUE(known.empty());
-  EXPECT_EQ(known.find(kAnn, property_id::kFirst), nullptr);
-  known.keep(kAnn, bag("a", "b"));
-  EXPECT_EQ(std::get<Object>(*known.find(kAnn, property_id::kFirst)), Object("a"));
-  EXPECT_TRUE(isMissing(*known.find(kAnn, property_id::kNote)));
-  known.noteRead(kAnn, property_id::kFirst);
-  EXPECT_EQ(known.find(kAnn, property_id::kFirst), nullptr);
-  known.keep(kAnn, bag("c", "d"));
-  EXPECT_EQ(std::get<Object>(*known.find(kAnn, property_id::kFirst)), Object("c"));
-  EXPECT_EQ(std::get<Object>(*known.find(kAnn, property_id::kLast)), Object("b"));
-  const auto ben = RecordKey::of("ben");
-  known.keepWritten(ben, property_id::kFirst, Object("mine"));
-  EXPECT_EQ(std::get<Object>(*known.find(ben, property_id::kFirst)), Object("mine"));
-  EXPECT_EQ(known.find(ben, property_id::kLast), nullptr);
-  known.keep(ben, bag("theirs", "e"));
-  EXPECT_EQ(std::get<Object>(*known.find(ben, property_id::kFirst)), Object("mine"));
-  EXPECT_EQ(std::get<Object>(*known.find(ben, property_id::kLast)), Object("e"));
+  }
+
+  std::string textOf(const RecordKey& key, PropertyId property) {
+    const auto* value = known_.find(key, property);
+    if (value == nullptr) return "as committed";
+    if (isMissing(*value)) return "none";
+    return std::get<MultiValuePtr>(*value)->entries.front().value.toText().value_or("");
+  }
+
+  KnownValues known_;
+};
+
+TEST_F(Known, ListsAreThoseOfTheTimeTheyWereReadAt) {
+  EXPECT_TRUE(known_.empty());
+  EXPECT_EQ(textOf(kAnn, property_id::kPhone), "as committed");
+  known_.keep(kAnn, bag("a", "b"));
+  EXPECT_EQ(textOf(kAnn, property_id::kPhone), "a");
+  EXPECT_EQ(textOf(kAnn, property_id::kURLs), "none");
+  known_.noteRead(kAnn, property_id::kPhone);
+  EXPECT_EQ(textOf(kAnn, property_id::kPhone), "as committed");
+  known_.keep(kAnn, bag("c", "d"));
+  EXPECT_EQ(textOf(kAnn, property_id::kPhone), "c");
+  EXPECT_EQ(textOf(kAnn, property_id::kEmail), "b");
+}
+
+TEST_F(Known, ListsThatWereWrittenStayAsTheyWereWritten) {
+  known_.keepWritten(kAnn, property_id::kPhone, listOf("mine"));
+  EXPECT_EQ(textOf(kAnn, property_id::kPhone), "mine");
+  EXPECT_EQ(textOf(kAnn, property_id::kEmail), "as committed");
+  known_.keep(kAnn, bag("theirs", "e"));
+  EXPECT_EQ(textOf(kAnn, property_id::kPhone), "mine");
+  EXPECT_EQ(textOf(kAnn, property_id::kEmail), "e");
+}
+
+TEST_F(Known, NothingIsOfAValueThatIsOneObject) {
+  known_.keepWritten(kAnn, property_id::kFirst, Object("mine"));
+  EXPECT_TRUE(known_.empty());
+  known_.keep(kAnn, bag("a", "b"));
+  EXPECT_EQ(textOf(kAnn, property_id::kFirst), "as committed");
+  EXPECT_EQ(textOf(kAnn, property_id::kNote), "as committed");
 }
 
 }  // namespace

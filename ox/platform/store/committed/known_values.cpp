@@ -6,9 +6,12 @@
 namespace ox {
 namespace {
 
-PropertyValue valueIn(const PropertyBag& values, PropertyId property) {
-  const auto* value = values.find(property);
-  return value != nullptr ? *value : PropertyValue();
+PropertyBag listsOf(const PropertyBag& values) {
+  PropertyBag lists;
+  for (const auto& [property, value] : values.entries()) {
+    if (property_table::isList(property)) lists.append(property, value);
+  }
+  return lists;
 }
 
 bool isIn(const std::vector<PropertyId>& properties, PropertyId property) {
@@ -22,13 +25,13 @@ void KnownValues::keep(const RecordKey& key, const PropertyBag& values) {
   auto& known = knownOrNew(key);
   if (known.all) {
     for (const auto property : known.readSince) {
-      known.values.set(property, valueIn(values, property));
+      known.lists.set(property, values.value(property));
     }
   } else {
-    auto written = std::exchange(known.values, values);
+    const auto written = std::exchange(known.lists, listsOf(values));
     for (const auto property : known.written) {
       if (isIn(known.readSince, property)) continue;
-      known.values.set(property, valueIn(written, property));
+      known.lists.set(property, written.value(property));
     }
     known.written.clear();
     known.all = true;
@@ -37,7 +40,7 @@ void KnownValues::keep(const RecordKey& key, const PropertyBag& values) {
 }
 
 void KnownValues::noteRead(const RecordKey& key, PropertyId property) {
-  auto* known = findRecord(key);
+  auto* known = property_table::isList(property) ? findRecord(key) : nullptr;
   if (known == nullptr) return;
   auto& read = known->readSince;
   if (!isIn(read, property)) read.push_back(property);
@@ -45,18 +48,18 @@ void KnownValues::noteRead(const RecordKey& key, PropertyId property) {
 
 void KnownValues::keepWritten(const RecordKey& key, PropertyId property,
                               const PropertyValue& mine) {
+  if (!property_table::isList(property)) return;
   auto& known = knownOrNew(key);
-  known.values.set(property, mine);
+  known.lists.set(property, mine);
   if (!known.all && !isIn(known.written, property)) known.written.push_back(property);
   std::erase(known.readSince, property);
 }
 
 const PropertyValue* KnownValues::find(const RecordKey& key, PropertyId property) {
-  const auto* known = findRecord(key);
+  const auto* known = property_table::isList(property) ? findRecord(key) : nullptr;
   if (known == nullptr || isIn(known->readSince, property)) return nullptr;
   if (!known->all && !isIn(known->written, property)) return nullptr;
-  const auto* value = known->values.find(property);
-  return value != nullptr ? value : &missing_;
+  return &known->lists.value(property);
 }
 
 void KnownValues::keepAll(GenerationCache<RecordKey, KnownContent> records) {
@@ -70,7 +73,8 @@ KnownValues::Known* KnownValues::findRecord(const RecordKey& key) {
   if (content == nullptr || !content->values) return nullptr;
   const auto values = content->values;
   earlier_->erase(key);
-  return records_.put(key, std::make_shared<Known>(Known{*values, true, {}, {}}), 1)->get();
+  return records_.put(key, std::make_shared<Known>(Known{listsOf(*values), true, {}, {}}), 1)
+      ->get();
 }
 
 KnownValues::Known& KnownValues::knownOrNew(const RecordKey& key) {

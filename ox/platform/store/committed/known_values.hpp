@@ -17,10 +17,11 @@ struct KnownContent {
   std::uint64_t pictureChecksum = 0;          // 0: no picture
 };
 
-// What this process knew of records that others have changed since, property by property, until it
-// has read the property again: whoever changes a value now set out from that, and not from what is
-// committed. Bounded; of a record that is forgotten here, what is committed is taken for known.
-// Used under its owner's lock.
+// What this process knew of lists that others have changed since, property by property, until it
+// has read the property again: whoever changes a list now set out from that, and not from what is
+// committed. Of a value that is one object nothing is known: there the later change counts,
+// whatever its author knew. Bounded; of a record that is forgotten here, what is committed is taken
+// for known. Used under its owner's lock.
 class KnownValues {
  public:
   // Others have changed a record that this process had read as that.
@@ -32,15 +33,15 @@ class KnownValues {
   // This process has written the property, and it became something else in the merge.
   void keepWritten(const RecordKey& key, PropertyId property, const PropertyValue& mine);
 
-  // Null when what is committed is known. A missing value: it had none.
+  // Null when what is committed is known, or the property is no list. A missing value: it had none.
   const PropertyValue* find(const RecordKey& key, PropertyId property);
   bool empty() const { return empty_; }
   void clear();
 
  private:
   struct Known {
-    PropertyBag values;
-    bool all = false;                   // every property, else those that were written
+    PropertyBag lists;
+    bool all = false;                   // every list, else those that were written
     std::vector<PropertyId> written;    // unless all
     std::vector<PropertyId> readSince;  // what is committed is known of these
   };
@@ -55,7 +56,6 @@ class KnownValues {
   GenerationCache<RecordKey, std::shared_ptr<Known>> records_{kHalfRecords};
   // Records that nobody has asked for since.
   std::optional<GenerationCache<RecordKey, KnownContent>> earlier_;
-  PropertyValue missing_;
 };
 
 }  // namespace ox

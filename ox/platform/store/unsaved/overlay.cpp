@@ -145,12 +145,10 @@ PropertyValue Overlay::valueToChange(const RecordKey& key, PropertyId property) 
   return unsaved != nullptr ? *unsaved : knownValue(key, property);
 }
 
-// What whoever changes a list now sets out from: others may have changed it since it was read. Of a
-// value that is one object the later change counts, whatever its author knew.
+// What whoever changes a list now sets out from: others may have changed it since it was read.
 PropertyValue Overlay::knownValue(const RecordKey& key, PropertyId property) {
   auto& known = committed_.known();
-  const bool isList = (property_table::typeOf(property) & kABMultiValueMask) != 0;
-  const auto* value = known.empty() || !isList ? nullptr : known.find(key, property);
+  const auto* value = known.empty() ? nullptr : known.find(key, property);
   return value != nullptr ? *value : storedValue(key, property);
 }
 
