@@ -294,6 +294,16 @@ TEST(RecordView, TakesAPictureInPlaceOfADamagedOneWhateverItsBytes) {
   EXPECT_EQ(*contactSource().committedImage(RecordKey::of("p1")), "damaged");
 }
 
+TEST(RecordView, TakesAPictureAnewThatIsDamaged) {
+  StoreBuilder().person("p1", {.image = makeData("picture")});
+  const auto path = support::StoreEnvironment::instance().contactStore();
+  sqlite::Connection(path.string(), sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE image SET data = 'damaged'");
+  EXPECT_TRUE(personNamed("p1")->setImageData(makeData("picture")));
+  EXPECT_TRUE(book()->save());
+  EXPECT_EQ(*contactSource().committedImage(RecordKey::of("p1")), "picture");
+}
+
 TEST(RecordView, HoldsTheUnsavedPictureOnTheDiskButOnce) {
   const auto spilled = [] {
     for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {

@@ -207,6 +207,58 @@ TEST_F(ActOfASlowWriter, GivesALostRowOfValuesBackWithTheReplacement) {
   EXPECT_EQ(*others_->imageData(RecordKey::of("ann")), "picture");
 }
 
+TEST_F(ActOfASlowWriter, IsOfNothingWhereWhatItWantsIsSoAlready) {
+  ReplacedRecord replaced{RecordKey::of("ben"), {}, nullptr};
+  replaced.properties.set(property_id::kFirst, Object("Ben"));
+  const auto act = slow_.decide([&](ActBuilder& builder) {
+    RecordEdit edit;
+    edit.key = RecordKey::of("ann");
+    edit.values.push_back({property_id::kFirst, Object("Ann"), Object("Anna")});
+    EXPECT_EQ(builder.applyEdit(edit), "");
+    builder.replaceRecord(replaced);
+  });
+  EXPECT_TRUE(act.empty());
+}
+
+TEST_F(ActOfASlowWriter, OfValuesThatAreSoIsOutdatedOnceTheyAreNot) {
+  const auto cid = personNamed("cid", "Cid");
+  const auto act = slow_.decide([&](ActBuilder& builder) {
+    RecordEdit edit;
+    edit.key = RecordKey::of("ann");
+    edit.values.push_back({property_id::kFirst, Object("Ann"), Object("Anna")});
+    EXPECT_EQ(builder.applyEdit(edit), "");
+    builder.addRecord(cid);
+  });
+  othersEdit("ann");
+  EXPECT_EQ(slow_.write(act), Outcome::Outdated);
+}
+
+// Of a person who is to hold nothing nothing differs, but nobody knows what she held.
+TEST_F(ActOfASlowWriter, ReplacesDamagedValuesByNone) {
+  sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadWrite)
+      .execute("DELETE FROM content WHERE record = 1");
+  SaveRequest request;
+  request.replacements.push_back({RecordKey::of("ann"), {}, nullptr});
+  EXPECT_TRUE(others_->execute(request)) << request.reason;
+  EXPECT_EQ(storeProblems(storePath()), std::vector<std::string>{});
+}
+
+TEST(Save, OfWhatOthersHaveSavedMeanwhileIsDoneAndWritesNothing) {
+  const auto mine = openStoreSource(storePath());
+  const auto others = openStoreSource(storePath());
+  support::StoreBuilder(*mine).person("ann", {.first = "Ann"});
+  for (const auto& source : {mine, others}) {
+    source->setValue(RecordKey::of("ann"), RecordKind::Person, property_id::kNote, Object("x"));
+  }
+  ASSERT_TRUE(others->save().done);
+  const auto moment = mine->moment();
+  const auto report = mine->save();
+  EXPECT_TRUE(report.done);
+  EXPECT_EQ(report.overtaken.size() + report.dropped.size(), 0U);
+  EXPECT_TRUE(mine->unsavedChanges().empty());
+  EXPECT_EQ(mine->moment(), moment);
+}
+
 TEST(ActDecidedAgain, TakesTheLockFirstAfterThreeTries) {
   const auto others = openStoreSource(storePath());
   support::StoreBuilder(*others).person("ann", {.first = "Ann"});

@@ -1,6 +1,5 @@
 #include "ox/platform/store/committed/act_builder.hpp"
 
-#include <memory>
 #include <utility>
 
 #include "ox/base/checksum.hpp"
@@ -10,13 +9,6 @@
 #include "ox/records/merge.hpp"
 
 namespace ox {
-namespace {
-
-std::uint64_t checksumOf(const Data& image) {
-  return image ? checksum64(*image) : 0;
-}
-
-}  // namespace
 
 ActBuilder::ActBuilder(StoreFile& file, CommittedRecords& committed, const Taken& taken)
     : file_(file), committed_(committed), taken_(taken), tree_(file, committed.nextRow()) {
@@ -119,39 +111,51 @@ void ActBuilder::replaceRecord(const ReplacedRecord& record) {
     act_.added[static_cast<std::size_t>(entry->row - act_.firstRow)].replacement = &record;
     return;
   }
-  setContent(*entry, record.properties, record.image);
+  try {
+    const auto before = committed_.content(entry->key);
+    if (!before.values) throw RefusedRequest("there is no record " + record.key.text());
+    setContent(*entry, before, record.properties, record.image);
+  } catch (const DamagedRecord&) {
+    // Damaged values can be replaced all the same; nobody knows what they were.
+    setContent(*entry, {nullptr, pictureChecksum(entry->row)}, record.properties, record.image);
+  }
 }
 
 // The change of a record that is committed; a record has one.
 Act::ChangedRecord& ActBuilder::changeOf(const Entry& entry) {
   const auto [found, isNew] = changedByRow_.emplace(entry.row, act_.changed.size());
-  if (isNew) {
-    act_.guards.records.insert(entry.row);
-    act_.changed.emplace_back().record = entry;
-  }
+  if (isNew) act_.changed.emplace_back().record = entry;
   return act_.changed[found->second];
 }
 
-// Values that are damaged can be replaced all the same; then nobody knows what they were.
-KnownContent ActBuilder::contentBefore(const Entry& entry) {
+// Equal checksums do not tell: the bytes that are stored may be damaged.
+bool ActBuilder::holdsPicture(const Entry& entry, const Data& image) {
   try {
-    if (auto content = committed_.content(entry.key); content.values) return content;
-  } catch (const DamagedRecord&) {
-    return {std::make_shared<const PropertyBag>(), pictureChecksum(entry.row)};
+    return sameData(committed_.image(entry.key), image);
+  } catch (const ImageReadError&) {
+    return false;
   }
-  throw RefusedRequest("there is no record " + entry.key.text());
 }
 
-void ActBuilder::setContent(const Entry& entry, PropertyBag properties,
-                            const std::optional<Data>& image) {
-  const auto [before, pictureBefore] = contentBefore(entry);
+// Values before that are null are damaged.
+void ActBuilder::setContent(const Entry& entry, const KnownContent& before, PropertyBag properties,
+                            std::optional<Data> image) {
+  auto picture = before.pictureChecksum;
+  if (image) {
+    picture = *image ? checksum64(**image) : 0;
+    const bool isSame = picture == before.pictureChecksum;
+    if (isSame && (picture == 0 || holdsPicture(entry, *image))) image.reset();
+  }
+  auto differing = differences(before.values ? *before.values : PropertyBag(), properties);
+  // What is so already needs no row, but for one that replaces an earlier change of this act.
+  act_.guards.records.insert(entry.row);
+  const bool isSo = before.values && differing.empty() && !image;
+  if (isSo && !changedByRow_.contains(entry.row)) return;
   auto& change = changeOf(entry);
-  change.differences = differences(*before, properties);
+  change.differences = std::move(differing);
+  change.fingerprint = contentFingerprint(properties, picture);
   change.properties = std::move(properties);
-  if (image) change.image = image;
-  if (change.image && checksumOf(*change.image) == pictureBefore) change.image.reset();
-  change.fingerprint = contentFingerprint(change.properties,
-                                          change.image ? checksumOf(*change.image) : pictureBefore);
+  change.image = std::move(image);
 }
 
 // The merge of a save. It is decided upon what other processes have saved since this one read the
@@ -164,15 +168,15 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
   };
   const auto record = committed_.find(edit.key);
   if (!record) return dropped("it was removed elsewhere");
-  std::shared_ptr<const PropertyBag> before;
+  KnownContent before;
   try {
-    before = committed_.values(edit.key);
+    before = committed_.content(edit.key);
   } catch (const DamagedRecord& error) {
     // One damaged record must not keep every other change from being saved.
     return dropped(error.what());
   }
-  if (!before) return dropped("it was removed elsewhere");
-  auto properties = *before;
+  if (!before.values) return dropped("it was removed elsewhere");
+  auto properties = *before.values;
   std::string refused;
   for (const auto& [property, mine, base] : edit.values) {
     if (const auto refusal = file_.refusalOf(property); !refusal.empty()) {
@@ -180,12 +184,12 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
       continue;
     }
     std::vector<MultiEntry> lost;
-    auto merged = mergedValue(base, mine, before->value(property), lost);
+    auto merged = mergedValue(base, mine, before.values->value(property), lost);
     if (!sameValue(merged, mine)) merged_.push_back({edit.key, property, mine, merged});
     properties.set(property, std::move(merged));
     for (const auto& entry : lost) wonOver_.push_back(overtaken(edit.key, property, entry));
   }
-  setContent(*record, std::move(properties),
+  setContent(*record, before, std::move(properties),
              edit.image ? std::optional(edit.image->get()) : std::nullopt);
   return refused;
 }

@@ -80,8 +80,9 @@ class ActBuilder {
   std::string refusalOf(const PropertyBag& properties);
   bool isAdded(const Entry& entry) const { return entry.row >= act_.firstRow; }
   Act::ChangedRecord& changeOf(const Entry& entry);
-  KnownContent contentBefore(const Entry& entry);
-  void setContent(const Entry& entry, PropertyBag properties, const std::optional<Data>& image);
+  bool holdsPicture(const Entry& entry, const Data& image);
+  void setContent(const Entry& entry, const KnownContent& before, PropertyBag properties,
+                  std::optional<Data> image);
   std::optional<Entry> meant(const RecordKey& key) const;
   std::uint64_t pictureChecksum(std::int64_t row);
 
