@@ -279,7 +279,6 @@ void ContactStore::leaveOutStored(std::span<NewRecord> additions) {
   std::vector<SoughtRecord> sought;
   std::vector<NewRecord*> records;
   for (auto& record : additions) {
-    record.leftOut = false;
     const auto* uid = record.properties.text(property_id::kCardUid);
     const bool hasUid = uid != nullptr && !uidKey(*uid).empty();
     if (!hasUid && record.kind != RecordKind::Person) continue;

@@ -1,6 +1,4 @@
 // How the memory follows what was committed, by this process and by others.
-#include <cassert>
-
 #include "ox/platform/store/committed/committed_records.hpp"
 #include "ox/platform/store/file/act_writer.hpp"
 
