@@ -1,8 +1,18 @@
 #include "ox/OxAddressBookSDK/tags/held_tags.hpp"
 
+#include <algorithm>
+
 #include "ox/records/merge.hpp"
 
 namespace ox {
+namespace {
+
+bool holds(const HeldTags::Tags& tags, std::string_view tag) {
+  return std::ranges::find(tags, tag) != tags.end();
+}
+
+}  // namespace
+
 HeldTags::Tags HeldTags::over(std::string_view manager, std::string_view person, Tags tags) const {
   const auto found = places_.find(Whose(person, manager));
   if (found == places_.end()) return tags;
@@ -27,6 +37,12 @@ void HeldTags::change(std::string_view manager, std::string_view person, const T
     changes_.push_back({std::string(manager), std::string(person), before, after});
   } else {
     auto& held = changes_[place->second];
+    // What was not there when the change was begun can be taken away too.
+    for (const auto& tag : before) {
+      if (!holds(after, tag) && !holds(held.before, tag) && !holds(held.after, tag)) {
+        held.before.push_back(tag);
+      }
+    }
     held.after = mergedTags(before, after, held.after);
   }
 }

@@ -26,6 +26,12 @@ TagHold* TagHold::current() {
   return innermost;
 }
 
+bool TagHold::isOnThisThread() const {
+  const auto* hold = innermost;
+  while (hold != nullptr && hold != this) hold = hold->outer_;
+  return hold != nullptr;
+}
+
 bool TagHold::isOnThread() {
   return innermost != nullptr;
 }
@@ -37,11 +43,11 @@ bool TagHold::joinOuter() {
 }
 
 std::vector<TagChange> TagHold::changesOfThread() {
-  return TagStore::shared().changesOf(innermost);
+  return TagStore::shared().changesOfThread();
 }
 
 void TagHold::forgetThose() {
-  TagStore::shared().forget(innermost);
+  TagStore::shared().forgetThoseOfThread();
 }
 
 TagHold::Pause::Pause() : paused_(innermost) {

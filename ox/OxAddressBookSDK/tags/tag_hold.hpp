@@ -44,6 +44,7 @@ class OX_EXPORT TagHold {
 
   // The innermost one of this thread; null when there is none.
   static TagHold* current();
+  bool isOnThisThread() const;
 
   TagHold* outer_;
   HeldTags tags_;  // under the lock of the tag store

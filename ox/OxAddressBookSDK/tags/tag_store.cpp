@@ -44,24 +44,21 @@ TagFile& TagStore::existingOrNew() {
   return *file_;
 }
 
-TagStore::Tags TagStore::written(std::string_view manager, std::string_view person) {
-  auto* file = existing();
-  return file == nullptr ? Tags() : file->tags(manager, person);
-}
-
-TagStore::Tags TagStore::visible(std::string_view manager, std::string_view person) {
-  auto tags = written(manager, person);
-  for (const auto* hold : holds_) tags = hold->tags_.over(manager, person, std::move(tags));
-  return tags;
-}
-
-TagStore::Tags TagStore::beforeEdit(std::string_view manager, std::string_view person) {
-  return TagHold::isOnThread() ? visible(manager, person) : written(manager, person);
+TagStore::Views TagStore::views(std::string_view manager, std::string_view person) {
+  Views views;
+  if (auto* file = existing()) views.own = file->tags(manager, person);
+  views.seen = views.own;
+  for (const auto* hold : holds_) {
+    views.seen = hold->tags_.over(manager, person, std::move(views.seen));
+    if (!hold->isOnThisThread()) continue;
+    views.own = hold->tags_.over(manager, person, std::move(views.own));
+  }
+  return views;
 }
 
 TagStore::Tags TagStore::tags(std::string_view manager, std::string_view person) {
   const std::lock_guard lock(mutex_);
-  return visible(manager, person);
+  return views(manager, person).seen;
 }
 
 void TagStore::add(std::string_view manager, std::string_view person, std::string_view tag) {
@@ -72,26 +69,27 @@ void TagStore::add(std::string_view manager, std::string_view person, std::strin
     unsynced_ = true;
     return;
   }
-  const auto before = visible(manager, person);
-  if (holds(before, tag)) return;
+  auto [before, own] = views(manager, person);
+  if (holds(before, tag) && holds(own, tag)) return;
+  std::erase(before, tag);
   auto after = before;
   after.emplace_back(tag);
   hold->tags_.change(manager, person, before, after);
 }
 
-// The edits below read first. A read takes no write lock, so that clearing what is clear already,
-// as is done for each new person, stays cheap; and nothing is remembered here that another process
-// could make untrue.
+// The edits below read first. A read takes no write lock, so that clearing what is clear already
+// stays cheap; and nothing is remembered here that another process could make untrue.
 
 void TagStore::remove(std::string_view manager, std::string_view person, std::string_view tag) {
   const std::lock_guard lock(mutex_);
-  const auto before = beforeEdit(manager, person);
-  if (!holds(before, tag)) return;
+  auto [before, own] = views(manager, person);
   if (auto* hold = TagHold::current()) {
+    if (!holds(before, tag) && !holds(own, tag)) return;
     auto after = before;
     std::erase(after, tag);
+    if (!holds(before, tag)) before.emplace_back(tag);
     hold->tags_.change(manager, person, before, after);
-  } else {
+  } else if (holds(own, tag)) {
     existingOrNew().remove(manager, person, tag);
     unsynced_ = true;
   }
@@ -99,20 +97,33 @@ void TagStore::remove(std::string_view manager, std::string_view person, std::st
 
 void TagStore::replace(std::string_view manager, std::string_view person, const Tags& tags) {
   const std::lock_guard lock(mutex_);
-  const auto before = beforeEdit(manager, person);
-  if (before == tags) return;
-  if (auto* hold = TagHold::current()) {
-    hold->tags_.change(manager, person, before, tags);
-  } else {
+  const auto before = views(manager, person);
+  if (TagHold::isOnThread()) {
+    holdTags(manager, person, before, tags);
+  } else if (before.own != tags) {
     existingOrNew().replace(manager, person, tags);
     unsynced_ = true;
   }
 }
 
+// A tag that only another thread holds is wanted by this one too when it is among those.
+void TagStore::holdTags(std::string_view manager, std::string_view person, const Views& views,
+                        const Tags& tags) {
+  const auto& [seen, own] = views;
+  if (seen == tags && own == tags) return;
+  auto before = seen;
+  if (own != seen) {
+    std::erase_if(before, [&](const auto& tag) { return holds(tags, tag) && !holds(own, tag); });
+    for (const auto& tag : own) {
+      if (!holds(seen, tag) && !holds(tags, tag)) before.push_back(tag);
+    }
+  }
+  TagHold::current()->tags_.change(manager, person, before, tags);
+}
+
 void TagStore::holdWithoutTags(std::string_view person) {
   const std::lock_guard lock(mutex_);
-  auto* hold = TagHold::current();
-  assert(hold != nullptr);
+  assert(TagHold::isOnThread());
   std::set<std::string> managers;
   if (auto* file = existing()) {
     for (auto& manager : file->managersOf(person)) managers.insert(std::move(manager));
@@ -120,10 +131,7 @@ void TagStore::holdWithoutTags(std::string_view person) {
   for (const auto* each : holds_) {
     for (auto& manager : each->tags_.managersOf(person)) managers.insert(std::move(manager));
   }
-  for (const auto& manager : managers) {
-    const auto before = visible(manager, person);
-    if (!before.empty()) hold->tags_.change(manager, person, before, {});
-  }
+  for (const auto& manager : managers) holdTags(manager, person, views(manager, person), {});
 }
 
 void TagStore::follow(std::string_view store, const std::vector<TagAct>& acts,
@@ -171,20 +179,20 @@ void TagStore::join(TagHold& hold, TagHold& outer) {
   hold.tags_.clear();
 }
 
-std::vector<TagChange> TagStore::changesOf(const TagHold* innermost) {
+std::vector<TagChange> TagStore::changesOfThread() {
   const std::lock_guard lock(mutex_);
   HeldTags all;
   for (const auto* hold : holds_) {
-    for (const auto* each = innermost; each != nullptr; each = each->outer_) {
-      if (each == hold) all.append(hold->tags_);
-    }
+    if (hold->isOnThisThread()) all.append(hold->tags_);
   }
   return all.changes();
 }
 
-void TagStore::forget(TagHold* innermost) {
+void TagStore::forgetThoseOfThread() {
   const std::lock_guard lock(mutex_);
-  for (auto* hold = innermost; hold != nullptr; hold = hold->outer_) hold->tags_.clear();
+  for (auto* hold : holds_) {
+    if (hold->isOnThisThread()) hold->tags_.clear();
+  }
 }
 
 }  // namespace ox

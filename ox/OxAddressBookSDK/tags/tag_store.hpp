@@ -49,17 +49,23 @@ class OX_EXPORT TagStore {
   void begin(TagHold& hold);
   void end(TagHold& hold);
   void join(TagHold& hold, TagHold& outer);
-  std::vector<TagChange> changesOf(const TagHold* innermost);
-  void forget(TagHold* innermost);
+  std::vector<TagChange> changesOfThread();
+  void forgetThoseOfThread();
 
   // The open file; null when there is none.
   TagFile* existing();
   // The open file, made when there was none.
   TagFile& existingOrNew();
-  // What an edit of this thread sets out from: with what is held when it is held too.
-  Tags beforeEdit(std::string_view manager, std::string_view person);
-  Tags written(std::string_view manager, std::string_view person);
-  Tags visible(std::string_view manager, std::string_view person);
+  // What a person has for everybody in this process, and without what other threads hold: that may
+  // be forgotten, so it spares this thread no change of its own.
+  struct Views {
+    Tags seen;
+    Tags own;
+  };
+  Views views(std::string_view manager, std::string_view person);
+  // Holds that the person is to have these tags; the thread must hold tags.
+  void holdTags(std::string_view manager, std::string_view person, const Views& views,
+                const Tags& tags);
 
   std::mutex mutex_;
   std::unique_ptr<TagFile> file_;

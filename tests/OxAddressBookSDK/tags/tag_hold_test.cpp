@@ -91,6 +91,37 @@ TEST(TagHold, OfAnotherThreadIsSeenButNotPartOfThisOne) {
   EXPECT_EQ(tags(), Tags{"a"});
 }
 
+// What another thread holds may be forgotten.
+TEST(TagHold, OfAnotherThreadSparesThisOneNoChange) {
+  manager().setTags_forPersonID(Tags{"a", "b"}, "p");
+  manager().setTags_forPersonID(Tags{"a", "b"}, "q");
+  const TagHold hold;
+  manager().setTags_forPersonID(Tags{"b", "c"}, "p");
+  manager().setTags_forPersonID(Tags{"b", "c"}, "q");
+  std::thread([] {
+    const TagHold other;
+    manager().addPersonID_forTag("p", "c");
+    manager().removePersonID_fromTag("p", "a");
+    manager().setTags_forPersonID(Tags{"b", "c"}, "q");
+    EXPECT_EQ(TagHold::changesOfThread(), (Changes{{"book", "p", {"b", "a"}, {"b", "c"}},
+                                                   {"book", "q", {"b", "a"}, {"b", "c"}}}));
+    EXPECT_EQ(tags("p"), (Tags{"b", "c"}));
+    TagStore::shared().holdWithoutTags("p");
+    EXPECT_EQ(TagHold::changesOfThread().front(), (TagChange{"book", "p", {"b", "a"}, {}}));
+  }).join();
+  EXPECT_EQ(tags("p"), (Tags{"b", "c"}));
+}
+
+TEST(TagHold, TakesAwayWhatWasWrittenSinceItsFirstChange) {
+  manager().setTags_forPersonID(Tags{"a"}, "p");
+  const TagHold hold;
+  manager().addPersonID_forTag("p", "mine");
+  std::thread([] { manager().addPersonID_forTag("p", "theirs"); }).join();
+  manager().removePersonID_fromTag("p", "theirs");
+  EXPECT_EQ(tags(), (Tags{"a", "mine"}));
+  EXPECT_EQ(TagHold::changesOfThread(), (Changes{{"book", "p", {"a", "theirs"}, {"a", "mine"}}}));
+}
+
 TEST(TagHold, NestedIsPartOfTheOuterOneWhenItJoins) {
   const TagHold outer;
   manager().addPersonID_forTag("p", "a");
