@@ -125,12 +125,13 @@ class StoreSource final : public ContactSource {
   bool link(const RecordKey& group, const RecordKey& child, RecordKind childKind) override {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::AtMostEvery10ms);
-    const auto refusal = overlay_.refusalOfLink(group, child, childKind);
+    const auto owner = ownerOfLink(group, child);
+    const auto refusal = overlay_.refusalOfLink(actsWith(owner), group, child, childKind);
     if (!refusal.empty()) {
       const bool childIsGone = overlay_.isWritable(group) && !overlay_.isWritable(child);
       return refuse(refusal, childIsGone ? child : group);
     }
-    overlay_.link(ownerOfLink(group, child), group, child, childKind);
+    overlay_.link(owner, group, child, childKind);
     return true;
   }
 
@@ -138,8 +139,9 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(group)) return refuse("there is no group " + group.text(), group);
-    if (!overlay_.isLinked(group, child, childKind)) return false;  // nothing to take away
-    overlay_.unlink(ownerOfLink(group, child), group, child, childKind);
+    const auto owner = ownerOfLink(group, child);
+    if (!overlay_.canUnlink(actsWith(owner), group, child, childKind)) return false;
+    overlay_.unlink(owner, group, child, childKind);
     return true;
   }
 
@@ -147,7 +149,9 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     committed_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
-    overlay_.remove(ownerOf(key), key);
+    // Of what another act has created too: should this one be taken back, the record is there
+    // again.
+    overlay_.remove(RunningAct::ownerOfChange(), key);
     return true;
   }
 
@@ -181,7 +185,7 @@ class StoreSource final : public ContactSource {
     } catch (const StoreError& error) {
       report.failure = failureOf(error);
     }
-    if (report.done) overlay_.clear(acts);
+    if (report.done) overlay_.noteWritten(acts);
     return report;
   }
 
@@ -201,7 +205,7 @@ class StoreSource final : public ContactSource {
 
   void takeBack(const ActIds& acts) override {
     const std::lock_guard lock(mutex_);
-    overlay_.clear(acts);
+    overlay_.takeBack(acts);
   }
 
   std::vector<ContainerPtr> containers() override {
@@ -279,7 +283,7 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     if (act == kNobodysAct || !request.onlyCreates()) return store_.execute(request);
     committed_.refresh(Look::AtMostEvery10ms);
-    return overlay_.create(act, request);
+    return overlay_.create(act, RunningAct::ofThread(), request);
   }
 
   std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
@@ -312,6 +316,13 @@ class StoreSource final : public ContactSource {
   ActId ownerOfLink(const RecordKey& group, const RecordKey& child) const {
     const auto owner = ownerOf(group);
     return owner != RunningAct::ownerOfChange() ? owner : ownerOf(child);
+  }
+
+  // The acts that a save on this thread writes, and that one.
+  static ActIds actsWith(ActId owner) {
+    auto acts = RunningAct::ofThread();
+    if (!isAmong(acts, owner)) acts.push_back(owner);
+    return acts;
   }
 
   // By key or by identifier; so is the container below.

@@ -1,6 +1,7 @@
 #include "ox/platform/store/running_act.hpp"
 
 #include <chrono>
+#include <future>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
@@ -220,6 +221,146 @@ TEST(RunningAct, OfTwoThreadsKeepEachItsOwnChangeOfOneValue) {
     EXPECT_TRUE(book()->save());
   }
   EXPECT_EQ(elsewhere(), "first p1 [g: p1 first] ");
+}
+
+// Two threads' acts link and unlink the same: what the one takes back the other one still writes.
+TEST(RunningAct, OfTwoThreadsKeepEachItsOwnLink) {
+  StoreBuilder().persons("p", 2).group("g", "G").member("g", "p1");
+  {
+    const RunningAct act;
+    groupNamed("g")->addMember(personNamed("p0"));
+    groupNamed("g")->removeMember(personNamed("p1"));
+    onAnotherThread([] {
+      const RunningAct other;
+      EXPECT_TRUE(groupNamed("g")->addMember(personNamed("p0")));
+      EXPECT_FALSE(groupNamed("g")->addMember(personNamed("p0"))) << "it is there by now";
+      EXPECT_TRUE(groupNamed("g")->removeMember(personNamed("p1")));
+      EXPECT_FALSE(groupNamed("g")->removeMember(personNamed("p1"))) << "it is gone by now";
+      EXPECT_EQ(visible(), "p0 p1 [g: p0] ");
+      EXPECT_TRUE(book()->save());
+    });
+    EXPECT_EQ(elsewhere(), "p0 p1 [g: p0] ");
+  }
+  EXPECT_EQ(visible(), "p0 p1 [g: p0] ");
+  EXPECT_EQ(elsewhere(), "p0 p1 [g: p0] ");
+}
+
+TEST(RunningAct, TakesBackItsOwnLinkAloneWhereAnotherThreadWantsTheSame) {
+  StoreBuilder().persons("p", 2).group("g", "G").member("g", "p1");
+  {
+    const RunningAct act;
+    groupNamed("g")->addMember(personNamed("p0"));
+    groupNamed("g")->removeMember(personNamed("p1"));
+    onAnotherThread([] {
+      const RunningAct other;
+      groupNamed("g")->addMember(personNamed("p0"));
+      groupNamed("g")->removeMember(personNamed("p1"));
+      groupNamed("g")->removeMember(personNamed("p0"));
+      EXPECT_EQ(visible(), "p0 p1 [g:] ");
+      SaveRequest refused;
+      refused.links = {{RecordKey::of("g"), RecordKey::of("p0")},
+                       {RecordKey::of("g"), RecordKey::of("gone")}};
+      EXPECT_FALSE(contactSource().execute(refused));
+      EXPECT_EQ(visible(), "p0 p1 [g:] ");
+    });
+    onAnotherThread([] {
+      const RunningAct other;
+      SaveRequest refused;
+      refused.links = {{RecordKey::of("g"), RecordKey::of("p0")},
+                       {RecordKey::of("g"), RecordKey::of("gone")}};
+      EXPECT_FALSE(contactSource().execute(refused));
+      EXPECT_EQ(visible(), "p0 p1 [g: p0] ");
+    });
+    EXPECT_EQ(visible(), "p0 p1 [g: p0] ");
+    EXPECT_TRUE(book()->save());
+  }
+  EXPECT_EQ(elsewhere(), "p0 p1 [g: p0] ");
+}
+
+TEST(RunningAct, CreatesALinkThatAnotherThreadMayTakeBack) {
+  StoreBuilder().persons("p", 1).group("g", "G");
+  {
+    const RunningAct act;
+    groupNamed("g")->addMember(personNamed("p0"));
+    onAnotherThread([] {
+      const RunningAct other;
+      SaveRequest request;
+      request.links = {{RecordKey::of("g"), RecordKey::of("p0")}};
+      EXPECT_TRUE(contactSource().execute(request));
+      EXPECT_TRUE(book()->save());
+    });
+  }
+  EXPECT_EQ(elsewhere(), "p0 [g: p0] ");
+}
+
+TEST(RunningAct, ThatIsTakenBackRemovesNothingThatAnotherThreadCreates) {
+  StoreBuilder().group("g", "G");
+  {
+    const RunningAct act;
+    StoreBuilder().person("new", {.first = "New"}).member("g", "new");
+    onAnotherThread([] {
+      const RunningAct other;
+      book()->removeRecord(personNamed("new"));
+      EXPECT_EQ(visible(), "[g:] ");
+    });
+    EXPECT_EQ(visible(), "New [g: New] ");
+    EXPECT_TRUE(book()->save());
+  }
+  EXPECT_EQ(elsewhere(), "New [g: New] ");
+}
+
+TEST(RunningAct, ThatIsSavedRemovesWhatAnotherThreadIsStillToSave) {
+  StoreBuilder().group("g", "G");
+  {
+    const RunningAct act;
+    StoreBuilder().person("new", {.first = "New"}).member("g", "new");
+    onAnotherThread([] {
+      const RunningAct other;
+      book()->removeRecord(personNamed("new"));
+      EXPECT_TRUE(book()->save());
+    });
+    EXPECT_EQ(visible(), "[g:] ");
+    EXPECT_TRUE(book()->save());
+  }
+  EXPECT_EQ(elsewhere(), "[g:] ");
+  EXPECT_FALSE(book()->hasUnsavedChanges());
+}
+
+TEST(RunningAct, RemovesWhatAnotherThreadHasSavedMeanwhile) {
+  StoreBuilder().group("g", "G");
+  std::promise<void> created;
+  std::promise<void> removed;
+  std::promise<void> saved;
+  std::thread creator([&] {
+    const RunningAct act;
+    StoreBuilder().person("new", {.first = "New"}).person("other", {.first = "Other"});
+    StoreBuilder().members("g", {"new", "other"});
+    created.set_value();
+    removed.get_future().wait();
+    EXPECT_TRUE(book()->save());
+    saved.set_value();
+  });
+  created.get_future().wait();
+  {
+    const RunningAct act;
+    book()->removeRecord(personNamed("new"));
+    removed.set_value();
+    saved.get_future().wait();
+    EXPECT_EQ(elsewhere(), "New Other [g: New Other] ");
+    EXPECT_EQ(visible(), "Other [g: Other] ");
+    EXPECT_TRUE(book()->save());
+  }
+  creator.join();
+  EXPECT_EQ(elsewhere(), "Other [g: Other] ");
+}
+
+TEST(RunningAct, ThatIsTakenBackLeavesNobodyARemovalOfItsRecords) {
+  {
+    const RunningAct act;
+    StoreBuilder().person("new", {.first = "New"});
+    onAnotherThread([] { book()->removeRecord(personNamed("new")); });
+  }
+  EXPECT_FALSE(book()->hasUnsavedChanges());
 }
 
 TEST(RunningAct, PausedIsNobodys) {

@@ -221,14 +221,16 @@ bool Overlay::wouldBeBelowItself(const RecordKey& group, const RecordKey& child)
       [this](const RecordKey& key) { return *links_.children(key, RecordKind::Group); });
 }
 
-std::string Overlay::refusalOfLink(const RecordKey& group, const RecordKey& child,
-                                   RecordKind childKind) {
+std::string Overlay::refusalOfLink(const ActIds& acts, const RecordKey& group,
+                                   const RecordKey& child, RecordKind childKind) {
   const auto parent = find(group);
   const auto below = find(child);
   if (!parent || isRemoved(group)) return "there is no group " + group.text();
   if (!below || isRemoved(child)) return "there is no record " + child.text();
   if (parent->container != below->container) return "the link would cross accounts";
-  if (links_.isLinked(group, child, childKind)) return "the link exists already";
+  if (links_.isLinked(group, child, childKind) && !links_.isLinkedByOthers(acts, group, child)) {
+    return "the link exists already";
+  }
   if (childKind == RecordKind::Group && wouldBeBelowItself(group, child)) {
     return "the group would be below itself";
   }
@@ -245,7 +247,7 @@ void Overlay::unlink(ActId act, const RecordKey& group, const RecordKey& child,
   links_.remove(act, group, child, childKind);
 }
 
-bool Overlay::create(ActId act, SaveRequest& request) {
+bool Overlay::create(ActId act, const ActIds& acts, SaveRequest& request) {
   auto& containers = committed_.containers();
   for (const auto& record : request.additions) {
     if (containers.rowOf(record.container) != 0) continue;
@@ -271,13 +273,13 @@ bool Overlay::create(ActId act, SaveRequest& request) {
       if (found != renamed.end()) *end = found->second;
     }
   }
-  if (createLinks(act, request)) return true;
+  if (createLinks(act, acts, request)) return true;
   for (const auto& record : request.additions) additions_.drop(record.key);
   return false;
 }
 
 // Leaves none of them when one is refused.
-bool Overlay::createLinks(ActId act, SaveRequest& request) {
+bool Overlay::createLinks(ActId act, const ActIds& acts, SaveRequest& request) {
   std::vector<const NewLink*> made;
   for (const auto& each : request.links) {
     const auto child = find(each.child);
@@ -285,10 +287,11 @@ bool Overlay::createLinks(ActId act, SaveRequest& request) {
     const auto parent = find(each.group);
     if (parent && parent->kind != RecordKind::Group) {
       request.reason = parent->key.text() + " is no group";
-    } else if (child && parent && links_.isLinked(each.group, each.child, kind)) {
+    } else if (child && parent && links_.isLinked(each.group, each.child, kind) &&
+               !links_.isLinkedByOthers(acts, each.group, each.child)) {
       continue;
     } else {
-      request.reason = refusalOfLink(each.group, each.child, kind);
+      request.reason = refusalOfLink(acts, each.group, each.child, kind);
     }
     if (!request.reason.empty()) break;
     link(act, each.group, each.child, kind);
@@ -296,7 +299,7 @@ bool Overlay::createLinks(ActId act, SaveRequest& request) {
   }
   if (request.reason.empty()) return true;
   for (const auto* each : made) {
-    unlink(act, each->group, each->child, find(each->child)->kind);
+    links_.takeBackAddition(act, each->group, each->child, find(each->child)->kind);
   }
   return false;
 }
@@ -314,7 +317,7 @@ RecordChanges Overlay::changes(const ActIds& acts) const {
   RecordChanges changes;
   std::unordered_map<RecordKey, std::size_t> places;
   for (const auto& key : additions_.recordsOf(acts)) {
-    if (isRemoved(key)) continue;
+    if (values_.isRemovedBy(acts, key)) continue;
     places.emplace(key, changes.additions.size());
     auto record = additions_.recordToWrite(key);
     const auto container = committed_.containers().inRow(additions_.find(key)->container);
@@ -347,6 +350,23 @@ UnsavedChanges Overlay::unsavedChanges(const ActIds& acts) const {
   unsaved.addedLinks = std::move(changes.addedLinks);
   unsaved.removedLinks = std::move(changes.removedLinks);
   return unsaved;
+}
+
+// What these acts have removed, and another one has created and is still to write, goes with that
+// one.
+void Overlay::noteWritten(const ActIds& acts) {
+  if (values_.hasRemovals() && !additions_.empty()) {
+    for (const auto& key : values_.removals(acts)) {
+      const auto creator = creatorOf(key);
+      if (creator != kNobodysAct && !isAmong(acts, creator)) values_.handOverRemoval(key, creator);
+    }
+  }
+  clear(acts);
+}
+
+void Overlay::takeBack(const ActIds& acts) {
+  if (values_.hasRemovals()) values_.forgetRemovals(additions_.recordsOf(acts));
+  clear(acts);
 }
 
 void Overlay::clear(const ActIds& acts) {

@@ -49,9 +49,6 @@ class Overlay {
     return links_.children(group, kind);
   }
   RecordKeysPtr parents(const RecordKey& record);
-  bool isLinked(const RecordKey& group, const RecordKey& child, RecordKind childKind) {
-    return links_.isLinked(group, child, childKind);
-  }
 
   // The container view: without the edits, with the records of running acts as they were created.
   RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind);
@@ -67,29 +64,40 @@ class Overlay {
                 PropertyValue value);
   void setImage(ActId act, const RecordKey& key, Data image);
   void remove(ActId act, const RecordKey& key);
-  // Why that link cannot be made; empty when it can.
-  std::string refusalOfLink(const RecordKey& group, const RecordKey& child, RecordKind childKind);
-  // The link must be one that can be made (that is there).
+  // Why that link cannot be made; empty when it can. One that stands by an addition of none of
+  // these acts can.
+  std::string refusalOfLink(const ActIds& acts, const RecordKey& group, const RecordKey& child,
+                            RecordKind childKind);
+  // Whether there is anything to take away for these acts.
+  bool canUnlink(const ActIds& acts, const RecordKey& group, const RecordKey& child,
+                 RecordKind childKind) {
+    return links_.isLinked(group, child, childKind) ||
+           links_.isUnlinkedByOthers(acts, group, child);
+  }
+  // The link must be one that can be made (taken away).
   void link(ActId act, const RecordKey& group, const RecordKey& child, RecordKind childKind);
   void unlink(ActId act, const RecordKey& group, const RecordKey& child, RecordKind childKind);
   // Creates the records of the request, and its links, for that act. Additions whose identifier is
   // taken get a new one, written into the request; its links mean them. False with a reason in the
-  // request when it is refused, as a whole.
-  bool create(ActId act, SaveRequest& request);
+  // request when it is refused, as a whole. `acts`: those that are written together with it.
+  bool create(ActId act, const ActIds& acts, SaveRequest& request);
 
   // What these acts want written, in the order in which it was done.
   RecordChanges changes(const ActIds& acts) const;
   std::vector<RecordKey> removals(const ActIds& acts) const;
   UnsavedChanges unsavedChanges(const ActIds& acts) const;
-  void clear(const ActIds& acts);
+  // To be called once that is written.
+  void noteWritten(const ActIds& acts);
+  void takeBack(const ActIds& acts);
 
  private:
+  void clear(const ActIds& acts);
   template <typename Id>
   std::vector<std::optional<RecordEntry>> withCreated(std::vector<std::optional<RecordEntry>> found,
                                                       std::span<const Id> ids) const;
   bool isPicture(Data (Overlay::*read)(const RecordKey&), const RecordKey& key, const Data& image);
   bool wouldBeBelowItself(const RecordKey& group, const RecordKey& child);
-  bool createLinks(ActId act, SaveRequest& request);
+  bool createLinks(ActId act, const ActIds& acts, SaveRequest& request);
   PropertyValue storedValue(const RecordKey& key, PropertyId property);
   PropertyValue knownValue(const RecordKey& key, PropertyId property);
 

@@ -57,7 +57,7 @@ void PendingLinks::forgetIndex() noexcept {
 }
 
 void PendingLinks::index(EditIndex edit) {
-  const auto& [link, act, kind, what] = edits_[edit];
+  const auto& [link, act, kind, what, isOverOthers] = edits_[edit];
   if (what == What::TakenBack) return;
   editedGroups_.insert(link.group);
   if (what == What::Add) {
@@ -125,6 +125,21 @@ bool PendingLinks::isLinked(const RecordKey& group, const RecordKey& child, Reco
   return list(group, childKind).places.contains(child);
 }
 
+bool PendingLinks::isLinkedByOthers(const ActIds& acts, const RecordKey& group,
+                                    const RecordKey& child) {
+  follow();
+  const auto latest = added_.find({group, child});
+  return latest != added_.end() && !isAmong(acts, edits_[latest->second].act);
+}
+
+bool PendingLinks::isUnlinkedByOthers(const ActIds& acts, const RecordKey& group,
+                                      const RecordKey& child) {
+  follow();
+  const auto latest = removed_.find({group, child});
+  return latest != removed_.end() && !added_.contains({group, child}) &&
+         !isAmong(acts, edits_[latest->second].act);
+}
+
 // Edits that were taken back are cleared away when they are the most.
 void PendingLinks::push(const Edit& edit) {
   constexpr std::size_t kFewest = 64;
@@ -141,24 +156,37 @@ void PendingLinks::push(const Edit& edit) {
 void PendingLinks::add(ActId act, const RecordKey& group, const RecordKey& child,
                        RecordKind childKind) {
   assert(group != child && !values_.isRemoved(group) && !values_.isRemoved(child));
-  assert(!isLinked(group, child, childKind));
+  const bool isOverOthers = isLinkedByOthers({act}, group, child);
+  assert(isOverOthers || !isLinked(group, child, childKind));
+  if (isOverOthers) lists(childKind).erase(group);  // the link stands at the end from now on
   list(group, childKind).append(child, false);
   // A committed link that was taken away and put back stands at the end from now on, so both edits
   // are kept: the save removes it first and then adds it.
-  push({{group, child}, act, childKind, What::Add});
+  push({{group, child}, act, childKind, What::Add, isOverOthers});
 }
 
 void PendingLinks::remove(ActId act, const RecordKey& group, const RecordKey& child,
                           RecordKind childKind) {
-  assert(isLinked(group, child, childKind));
+  assert(isLinked(group, child, childKind) || isUnlinkedByOthers({act}, group, child));
   const bool committed = list(group, childKind).take(child);
   const auto latest = added_.find({group, child});
   const bool isOwn = latest != added_.end() && edits_[latest->second].act == act;
-  if (!isOwn || committed) {
+  if (!isOwn || committed || edits_[latest->second].isOverOthers) {
     push({{group, child}, act, childKind, What::Remove});
   } else {
     dropAddition({group, child}, act);
   }
+}
+
+void PendingLinks::takeBackAddition(ActId act, const RecordKey& group, const RecordKey& child,
+                                    RecordKind childKind) {
+  follow();
+  auto& addition = edits_[added_.at({group, child})];
+  assert(addition.act == act);
+  if (!addition.isOverOthers) return remove(act, group, child, childKind);
+  addition.what = What::TakenBack;
+  ++takenBack_;
+  indexed_ = false;  // the other act's stands again
 }
 
 void PendingLinks::forgetRecord(const RecordKey& key) {

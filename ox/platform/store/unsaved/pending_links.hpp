@@ -28,9 +28,16 @@ class PendingLinks {
       : committed_(committed), values_(values) {}
 
   bool isLinked(const RecordKey& group, const RecordKey& child, RecordKind childKind);
-  // The link must not exist (must exist) in the record view.
+  // Whether the link stands, or is gone, by an edit of none of these acts. That edit may be taken
+  // back, so it spares nobody an edit of his own.
+  bool isLinkedByOthers(const ActIds& acts, const RecordKey& group, const RecordKey& child);
+  bool isUnlinkedByOthers(const ActIds& acts, const RecordKey& group, const RecordKey& child);
+  // The link must not exist (must exist) in the record view, but by an edit of others.
   void add(ActId act, const RecordKey& group, const RecordKey& child, RecordKind childKind);
   void remove(ActId act, const RecordKey& group, const RecordKey& child, RecordKind childKind);
+  // Takes the act's latest addition back, which is the latest edit of that link.
+  void takeBackAddition(ActId act, const RecordKey& group, const RecordKey& child,
+                        RecordKind childKind);
   // To be called before the record is marked as removed, whereby it disappears from every list.
   void forgetRecord(const RecordKey& key);
 
@@ -65,6 +72,7 @@ class PendingLinks {
     ActId act = kNobodysAct;
     RecordKind childKind = RecordKind::Person;
     What what = What::Add;
+    bool isOverOthers = false;  // an addition of a link that stood by another act's
   };
   using EditIndex = std::uint32_t;
   using LatestEdits = std::unordered_map<Pair, EditIndex, PairHash>;

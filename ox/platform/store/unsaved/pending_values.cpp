@@ -137,6 +137,12 @@ void PendingValues::remove(ActId act, const RecordKey& key) {
   assert(removed_.size() == removals_.size());
 }
 
+void PendingValues::forgetRemovals(const std::vector<RecordKey>& keys) {
+  for (const auto& key : keys) removed_.erase(key);
+  std::erase_if(removals_, [this](const auto& key) { return !removed_.contains(key); });
+  assert(removed_.size() == removals_.size());
+}
+
 bool PendingValues::isRemovedBy(const ActIds& acts, const RecordKey& key) const {
   const auto found = removed_.find(key);
   return found != removed_.end() && isAmong(acts, found->second);

@@ -38,6 +38,10 @@ class PendingValues {
   bool isRemoved(const RecordKey& key) const { return removed_.contains(key); }
   bool isRemovedBy(const ActIds& acts, const RecordKey& key) const;
   bool hasRemovals() const { return !removals_.empty(); }
+  // From now on the removal is that act's.
+  void handOverRemoval(const RecordKey& key, ActId act) { removed_.at(key) = act; }
+  // Whoever has removed them.
+  void forgetRemovals(const std::vector<RecordKey>& keys);
 
   bool empty() const { return edits_.empty() && removals_.empty(); }
   // In the order in which the records were first changed; without those that these acts removed.
