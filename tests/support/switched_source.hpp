@@ -125,6 +125,8 @@ class SwitchedSource : public ContactSource {
   TagDebts tagDebts() override;
   void noteFollowedTags(std::int64_t number) override;
   void checkpoint() override;
+  void pinMoment() override { real_->pinMoment(); }
+  void unpinMoment() override { real_->unpinMoment(); }
   StoreJournal& journal() override;
 
  private:

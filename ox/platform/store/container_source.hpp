@@ -48,6 +48,9 @@ class ContainerSource {
                                                        RecordKind kind) = 0;
   // How far the store has come, looked for now.
   virtual StoreMoment moment() = 0;
+  // See PinnedMoment.
+  virtual void pinMoment() = 0;
+  virtual void unpinMoment() = 0;
   // Whole, but for what the request lets be left out, or not at all. Additions whose identifier is
   // taken get a new one, written into the request. False with a reason in the request when nothing
   // was written. A request of additions and links alone, without a moment, that a thread makes

@@ -37,7 +37,7 @@ class StoreSource final : public ContactSource {
 
   RecordKeys records(RecordKind kind) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return overlay_.records(kind);
   }
 
@@ -58,7 +58,7 @@ class StoreSource final : public ContactSource {
 
   PropertyValue value(const RecordKey& key, PropertyId property) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     return overlay_.value(key, property);
   }
 
@@ -72,7 +72,7 @@ class StoreSource final : public ContactSource {
 
   PropertyValue valueToChange(const RecordKey& key, PropertyId property) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     return overlay_.valueToChange(key, property);
   }
 
@@ -87,7 +87,7 @@ class StoreSource final : public ContactSource {
     if (isMissing(value)) value = Object();  // whatever the spelling
     cleanText(value);
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
     if (const auto refusal = store_.refusalOf(property); !refusal.empty()) {
       return refuse(refusal, key);
@@ -98,13 +98,13 @@ class StoreSource final : public ContactSource {
 
   Data imageData(const RecordKey& key) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     return overlay_.image(key);
   }
 
   bool setImageData(const RecordKey& key, Data image) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
     overlay_.setImage(ownerOf(key), key, std::move(image));
     return true;
@@ -112,19 +112,19 @@ class StoreSource final : public ContactSource {
 
   RecordKeysPtr children(const RecordKey& group, RecordKind kind) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return overlay_.children(group, kind);
   }
 
   RecordKeysPtr parents(const RecordKey& record) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return overlay_.parents(record);
   }
 
   bool link(const RecordKey& group, const RecordKey& child, RecordKind childKind) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     const auto owner = ownerOfLink(group, child);
     const auto refusal = overlay_.refusalOfLink(actsWith(owner), group, child, childKind);
     if (!refusal.empty()) {
@@ -137,7 +137,7 @@ class StoreSource final : public ContactSource {
 
   bool unlink(const RecordKey& group, const RecordKey& child, RecordKind childKind) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(group)) return refuse("there is no group " + group.text(), group);
     const auto owner = ownerOfLink(group, child);
     if (!overlay_.canUnlink(actsWith(owner), group, child, childKind)) return false;
@@ -147,7 +147,7 @@ class StoreSource final : public ContactSource {
 
   bool remove(const RecordKey& key, RecordKind) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
     // Of what another act has created too: should this one be taken back, the record is there
     // again.
@@ -210,7 +210,7 @@ class StoreSource final : public ContactSource {
 
   std::vector<ContainerPtr> containers() override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return committed_.containers().all();
   }
 
@@ -224,52 +224,62 @@ class StoreSource final : public ContactSource {
 
   ContainerPtr containerNamed(std::string_view identifier) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     auto& containers = committed_.containers();
     return containers.inRow(containers.rowOf(identifier));
   }
 
   RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return overlay_.recordsIn(containerIdentifier, kind);
   }
 
   std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     return overlay_.storedValues(key);
   }
 
   std::vector<RecordContent> committedContents(std::span<const RecordKey> keys,
                                                std::size_t bytes) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return overlay_.storedContents(keys, bytes);
   }
 
   Data committedImage(const RecordKey& key) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     return overlay_.storedImage(key);
   }
 
   RecordKeysPtr committedChildren(const RecordKey& group, RecordKind kind) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return overlay_.storedChildren(group, kind);
   }
 
   std::vector<RecordKeysPtr> committedChildren(std::span<const RecordKey> groups,
                                                RecordKind kind) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return overlay_.storedChildren(groups, kind);
+  }
+
+  void pinMoment() override {
+    const std::lock_guard lock(mutex_);
+    store_.pinMoment();
+  }
+
+  void unpinMoment() override {
+    const std::lock_guard lock(mutex_);
+    store_.unpinMoment();
   }
 
   StoreMoment moment() override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return committed_.moment();
   }
 
@@ -282,14 +292,14 @@ class StoreSource final : public ContactSource {
     const auto act = RunningAct::ownerOfChange();
     const std::lock_guard lock(mutex_);
     if (act == kNobodysAct || !request.onlyCreates()) return store_.execute(request);
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     return overlay_.create(act, RunningAct::ofThread(), request);
   }
 
   std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
                                     std::span<const SoughtRecord> sought) override {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return committed_.matches(containerIdentifier, kind, sought);
   }
 
@@ -331,14 +341,14 @@ class StoreSource final : public ContactSource {
     const std::lock_guard lock(mutex_);
     // Nobody else can have removed what an act of this process has created and not saved yet.
     if (const auto created = overlay_.findCreated(id)) return visible(created);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     return visible(overlay_.find(id));
   }
 
   template <typename Id>
   std::vector<std::optional<RecordInfo>> visibleRecords(std::span<const Id> ids) {
     const std::lock_guard lock(mutex_);
-    committed_.refresh(Look::Now);
+    store_.refresh(Look::Now);
     std::vector<std::optional<RecordInfo>> records;
     records.reserve(ids.size());
     for (const auto& entry : overlay_.find(ids)) records.push_back(visible(entry));
@@ -354,10 +364,10 @@ class StoreSource final : public ContactSource {
   ContainerPtr containerThatHolds(const Id& id, RecordKind kind) {
     const std::lock_guard lock(mutex_);
     // A record never changes its container, so only a record that is not known is looked for anew.
-    committed_.refresh(Look::AtMostEvery10ms);
+    store_.refresh(Look::AtMostEvery10ms);
     auto entry = overlay_.find(id);
     if (!entry) {
-      committed_.refresh(Look::Now);
+      store_.refresh(Look::Now);
       entry = overlay_.find(id);
     }
     return entry && entry->kind == kind ? committed_.containers().inRow(entry->container) : nullptr;

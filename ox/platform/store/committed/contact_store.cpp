@@ -1,6 +1,7 @@
 #include "ox/platform/store/committed/contact_store.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <chrono>
 #include <string>
 #include <utility>
@@ -45,7 +46,30 @@ class WaitingTime {
 
 }  // namespace
 
+void ContactStore::refresh(CommittedRecords::Look look) {
+  if (pins_ == 0) return committed_.refresh(look);
+  if (snapshot_) return;
+  try {
+    file_.guarded([&] { snapshot_.emplace(file_.connection()); });
+    committed_.refresh(CommittedRecords::Look::Now);
+  } catch (...) {
+    snapshot_.reset();
+    throw;
+  }
+}
+
+void ContactStore::unpinMoment() {
+  assert(pins_ > 0);
+  if (--pins_ == 0) leaveMoment();
+}
+
+void ContactStore::checkpoint() {
+  leaveMoment();
+  file_.checkpoint();
+}
+
 bool ContactStore::write(StoreFile::Outlive outlive, const Decision& decide) {
+  leaveMoment();
   return file_.guarded([&] {
     file_.letCommits(outlive);
     WaitingTime waiting(file_.connection());
@@ -122,7 +146,6 @@ TagDebts ContactStore::tagDebts() {
         debts.acts.push_back({numbers.integer(0), std::string(numbers.blob(1)), {}});
       }
     }
-    if (debts.acts.empty()) return debts;
     {
       auto& name = file_.statement(Sql::StoreName);
       const sqlite::StatementScope scope(name);
@@ -130,6 +153,7 @@ TagDebts ContactStore::tagDebts() {
         std::ranges::copy(name.blob(0), debts.store.begin());
       }
     }
+    if (debts.acts.empty()) return debts;
     auto& changes = file_.statement(Sql::TagChangesOfAct);
     for (auto& act : debts.acts) {
       const sqlite::StatementScope scope(changes);

@@ -27,6 +27,14 @@ class ContactStore {
 
   const StoreAddress& address() const { return file_.address(); }
   CommittedRecords& committed() { return committed_; }
+  // What is known of the committed records, brought up to date; pinned, it stays as it is.
+  void refresh(CommittedRecords::Look look);
+  // Between both, what is read is of one moment, that of the first refresh; may be nested. A write
+  // of this process ends the moment, and the next refresh begins another one.
+  void pinMoment() { ++pins_; }
+  void unpinMoment();
+  // For whoever writes into the file otherwise than by an act.
+  void leaveMoment() { snapshot_.reset(); }
   StoreFile& file() { return file_; }
 
   // A request of the container view; see ContainerSource::execute. Survives a killed process.
@@ -36,7 +44,7 @@ class ContactStore {
   // Both return when every commit so far would survive a power cut; sync costs nothing when it
   // would already, checkpoint also empties the log.
   void sync() { file_.sync(); }
-  void checkpoint() { file_.checkpoint(); }
+  void checkpoint();
 
   // See StoreFile.
   ABPropertyType storedType(std::string_view custom) { return file_.storedType(custom); }
@@ -68,6 +76,8 @@ class ContactStore {
   CommittedRecords committed_;
   std::optional<std::int64_t> followedTags_;
   StoreMoment writtenMoment_;  // of the last act that this process wrote
+  int pins_ = 0;
+  std::optional<sqlite::Snapshot> snapshot_;  // missing until somebody reads
 };
 
 }  // namespace ox

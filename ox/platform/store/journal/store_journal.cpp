@@ -48,6 +48,17 @@ class OpenedCopy {
   std::optional<StoreFile> file_;
 };
 
+class Pin {
+ public:
+  explicit Pin(ContactStore& store) : store_(store) { store_.pinMoment(); }
+  Pin(const Pin&) = delete;
+  Pin& operator=(const Pin&) = delete;
+  ~Pin() { store_.unpinMoment(); }
+
+ private:
+  ContactStore& store_;
+};
+
 // How many records an act touches.
 std::uint64_t recordsOf(const Act& act) {
   std::unordered_set<std::int64_t> rows;
@@ -98,10 +109,7 @@ auto StoreJournal::guarded(Step step) -> decltype(step()) {
   const std::lock_guard lock(mutex_);
   const auto& path = store_.address().file();
   try {
-    return store_.file().guarded([&] {
-      store_.committed().refresh(CommittedRecords::Look::Now);
-      return step();
-    });
+    return store_.file().guarded(step);
   } catch (const DamagedProperties& error) {
     throw StoreError(StoreError::Kind::Corrupt, path + ": the journal: " + error.what(), path);
   } catch (const DamagedTagChange& error) {
@@ -109,15 +117,25 @@ auto StoreJournal::guarded(Step step) -> decltype(step()) {
   }
 }
 
-std::vector<JournalCommand> StoreJournal::commands(std::size_t atMost) {
+// What is read in several questions is of one moment.
+template <typename Step>
+auto StoreJournal::reading(Step step) -> decltype(step()) {
   return guarded([&] {
+    const Pin pin(store_);
+    store_.refresh(CommittedRecords::Look::Now);
+    return step();
+  });
+}
+
+std::vector<JournalCommand> StoreJournal::commands(std::size_t atMost) {
+  return reading([&] {
     ChangeReader reader(store_.file(), store_.committed());
     return latestCommands(reader, atMost);
   });
 }
 
 std::vector<JournalChange> StoreJournal::historyOf(const RecordKey& key, std::size_t atMost) {
-  return guarded([&] {
+  return reading([&] {
     ChangeReader reader(store_.file(), store_.committed());
     const auto record = reader.record(key);
     return record ? ox::historyOf(reader, *record, atMost) : std::vector<JournalChange>();
@@ -125,7 +143,7 @@ std::vector<JournalChange> StoreJournal::historyOf(const RecordKey& key, std::si
 }
 
 PastRecordAnswer StoreJournal::recordAt(const RecordKey& key, std::int64_t at) {
-  return guarded([&] {
+  return reading([&] {
     ChangeReader reader(store_.file(), store_.committed());
     const auto act = reader.journal().actAt(at);
     if (!act) return PastRecordAnswer();
@@ -136,7 +154,7 @@ PastRecordAnswer StoreJournal::recordAt(const RecordKey& key, std::int64_t at) {
 }
 
 std::vector<RemovedRecord> StoreJournal::removedRecords(std::size_t atMost) {
-  return guarded([&] {
+  return reading([&] {
     ChangeReader reader(store_.file(), store_.committed());
     return ox::removedRecords(reader, atMost);
   });
@@ -161,11 +179,12 @@ UndoReport StoreJournal::returnToCopy(const std::string& path, const std::vector
 }
 
 JournalBounds StoreJournal::bounds() {
-  return guarded([&] { return journalBounds(store_.file().connection()); });
+  return reading([&] { return journalBounds(store_.file().connection()); });
 }
 
 void StoreJournal::setBounds(const JournalBounds& bounds) {
   guarded([&] {
+    store_.leaveMoment();
     auto& file = store_.file().connection();
     for (bool isFirst = true, more = true; more; isFirst = false) {
       sqlite::Transaction transaction(file);
@@ -178,15 +197,16 @@ void StoreJournal::setBounds(const JournalBounds& bounds) {
 
 bool StoreJournal::erase(const RecordKey& key, const std::string& name, std::int64_t followedTags) {
   const std::lock_guard lock(mutex_);
+  store_.leaveMoment();
   return eraseRecord(store_.address().file(), key, name, followedTags);
 }
 
 StoreMoment StoreJournal::moment() {
-  return guarded([&] { return store_.committed().moment(); });
+  return reading([&] { return store_.committed().moment(); });
 }
 
 JournalPart StoreJournal::read(const JournalPlace& from, std::size_t atMost) {
-  return guarded([&] {
+  return reading([&] {
     ChangeReader reader(store_.file(), store_.committed());
     return partFrom(reader, from, atMost);
   });

@@ -50,6 +50,8 @@ class StoreJournal {
  private:
   template <typename Step>
   auto guarded(Step step) -> decltype(step());
+  template <typename Step>
+  auto reading(Step step) -> decltype(step());
 
   std::mutex& mutex_;
   ContactStore& store_;

@@ -9,7 +9,7 @@ namespace ox {
 
 // Changes of tags that are committed in the store, and that the tag file may not have followed yet.
 struct TagDebts {
-  Uuid store{};              // the name of the store
+  Uuid store{};              // the name of the store, without acts too
   std::vector<TagAct> acts;  // in their order
 };
 
