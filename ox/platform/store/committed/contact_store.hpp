@@ -58,6 +58,8 @@ class ContactStore {
   // from the beginning; false, and nothing was written, when it has come to nothing.
   using Decision = std::function<void(ActBuilder&)>;
   bool write(StoreFile::Outlive outlive, const Decision& decide);
+  // Of the last act that this process wrote.
+  const StoreMoment& writtenMoment() const { return writtenMoment_; }
 
  private:
   enum class Lock : std::uint8_t { WhenDecided, First };
@@ -75,7 +77,7 @@ class ContactStore {
   StoreFile file_;
   CommittedRecords committed_;
   std::optional<std::int64_t> followedTags_;
-  StoreMoment writtenMoment_;  // of the last act that this process wrote
+  StoreMoment writtenMoment_;
   int pins_ = 0;
   std::optional<sqlite::Snapshot> snapshot_;  // missing until somebody reads
 };

@@ -172,7 +172,7 @@ UndoReport StoreJournal::returnToCopy(const std::string& path, const std::vector
       act.tags = tags;
       report.records = recordsOf(act);
     });
-    if (report.done) report.number = store_.committed().moment().number;
+    if (report.done) report.number = store_.writtenMoment().number;
     report.done = true;  // a store that holds all of it already, too
     return report;
   });
@@ -230,7 +230,7 @@ UndoReport StoreJournal::takeBack(std::optional<std::int64_t> number, Last last)
         report.stays = way.stays();
         report.records = recordsOf(act);
       });
-      if (report.done) report.number = store_.committed().moment().number;
+      if (report.done) report.number = store_.writtenMoment().number;
     } catch (const RefusedRequest& refused) {
       report.reason = refused.what();
       report.isUnknown = dynamic_cast<const UnknownCommand*>(&refused) != nullptr;
