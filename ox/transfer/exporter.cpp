@@ -13,6 +13,7 @@
 
 #include "ox/base/failures.hpp"
 #include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/pinned_moment.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/vcard/write/writer.hpp"
 
@@ -184,6 +185,7 @@ class Export {
 
 ExportReport exportCards(const RecordKeys& persons, const RecordKeys& groups, CardVersion version,
                          const CardSink& sink) {
+  const PinnedMoment moment;
   Export work(version, sink);
   if (!groups.empty()) {
     std::unordered_set<RecordKey> exported(persons.begin(), persons.end());

@@ -139,14 +139,17 @@ TagFile::Tags TagFile::tags(std::string_view manager, std::string_view person) {
 }
 
 void TagFile::add(std::string_view manager, std::string_view person, std::string_view tag) {
+  leaveMoment();
   insert_.bindText(1, manager).bindText(2, person).bindText(3, tag).run();
 }
 
 void TagFile::remove(std::string_view manager, std::string_view person, std::string_view tag) {
+  leaveMoment();
   deleteOne_.bindText(1, manager).bindText(2, person).bindText(3, tag).run();
 }
 
 void TagFile::replace(std::string_view manager, std::string_view person, const Tags& tags) {
+  leaveMoment();
   sqlite::Transaction transaction(connection_);
   deleteAll_.bindText(1, manager).bindText(2, person).run();
   for (const auto& tag : tags) add(manager, person, tag);
@@ -159,6 +162,12 @@ std::vector<std::string> TagFile::managersOf(std::string_view person) {
   std::vector<std::string> result;
   while (managers_.step()) result.emplace_back(managers_.text(0));
   return result;
+}
+
+std::int64_t TagFile::lastFollowed(std::string_view store) {
+  const sqlite::StatementScope scope(followed_);
+  followed_.bindBlob(1, store);
+  return followed_.step() ? followed_.integer(0) : 0;
 }
 
 std::int64_t TagFile::followed(std::string_view store, const std::vector<TagAct>& acts,
@@ -185,6 +194,7 @@ void TagFile::follow(std::string_view store, const std::vector<TagAct>& acts,
   if (acts.empty()) return;
   const auto last = acts.back().number;
   if (followed(store, acts, lastAct) >= last) return;
+  leaveMoment();
   sqlite::Transaction transaction(connection_);
   const auto number = followed(store, acts, lastAct);
   if (number >= last) return;
@@ -218,7 +228,12 @@ TagFile::Tags TagFile::problems() {
   return result;
 }
 
+void TagFile::stayAtMoment() {
+  if (!snapshot_) snapshot_.emplace(connection_);
+}
+
 void TagFile::sync() {
+  leaveMoment();
   struct Normal {
     sqlite::Connection& connection;
     ~Normal() {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +38,13 @@ class TagFile {
   // called.
   using LastAct = std::function<std::int64_t()>;
   void follow(std::string_view store, const std::vector<TagAct>& acts, const LastAct& lastAct);
+  // The last act of the store that is followed; 0 without any.
+  std::int64_t lastFollowed(std::string_view store);
+
+  // From then on, what is read is of one moment, that of the first reading, until it is left or
+  // this file is written to.
+  void stayAtMoment();
+  void leaveMoment() { snapshot_.reset(); }
 
   // One line for each problem that the file has.
   Tags problems();
@@ -60,6 +68,7 @@ class TagFile {
   sqlite::Statement managers_;
   sqlite::Statement followed_;
   sqlite::Statement setFollowed_;
+  std::optional<sqlite::Snapshot> snapshot_;
 };
 
 // Whether the file at that path is a tag file by its first bytes, of whatever version. It is opened

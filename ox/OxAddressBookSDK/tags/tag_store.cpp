@@ -26,11 +26,13 @@ TagStore& TagStore::shared() {
 }
 
 TagFile* TagStore::existing() {
-  if (file_) return file_.get();
-  settleStoreLocation();
-  const auto path = tagStorePath();
-  if (!std::filesystem::exists(path)) return nullptr;
-  file_ = std::make_unique<TagFile>(path);
+  // One that another process has made since belongs to a later moment.
+  if (!file_ && !(pins_ > 0 && pinnedWithoutFile_)) {
+    settleStoreLocation();
+    const auto path = tagStorePath();
+    if (std::filesystem::exists(path)) file_ = std::make_unique<TagFile>(path);
+  }
+  if (file_ && pins_ > 0) file_->stayAtMoment();
   return file_.get();
 }
 
@@ -140,6 +142,31 @@ void TagStore::follow(std::string_view store, const std::vector<TagAct>& acts,
   if (acts.empty()) return;
   existingOrNew().follow(store, acts, lastAct);
   unsynced_ = true;
+}
+
+std::int64_t TagStore::lastFollowed(std::string_view store) {
+  const std::lock_guard lock(mutex_);
+  auto* file = existing();
+  return file == nullptr ? 0 : file->lastFollowed(store);
+}
+
+void TagStore::pinMoment() {
+  const std::lock_guard lock(mutex_);
+  if (pins_++ > 0) return;
+  settleStoreLocation();
+  pinnedWithoutFile_ = !file_ && !std::filesystem::exists(tagStorePath());
+}
+
+void TagStore::unpinMoment() {
+  const std::lock_guard lock(mutex_);
+  assert(pins_ > 0);
+  if (--pins_ == 0 && file_) file_->leaveMoment();
+}
+
+void TagStore::leaveMoment() {
+  const std::lock_guard lock(mutex_);
+  pinnedWithoutFile_ = false;
+  if (file_) file_->leaveMoment();
 }
 
 TagStore::Tags TagStore::problems() {

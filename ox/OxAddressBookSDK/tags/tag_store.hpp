@@ -36,6 +36,16 @@ class OX_EXPORT TagStore {
   void follow(std::string_view store, const std::vector<TagAct>& acts,
               const TagFile::LastAct& lastAct);
 
+  // The last act of that store that the tags have followed; 0 without any.
+  std::int64_t lastFollowed(std::string_view store);
+
+  // Between both, what is read is of one moment, that of the first reading; a write of this process
+  // ends it, and the next reading begins another one. May be nested.
+  void pinMoment();
+  void unpinMoment();
+  // For whoever writes what belongs to the tags, or to their file, otherwise.
+  void leaveMoment();
+
   // One line for each problem that the file has; empty when there is no file.
   Tags problems();
   // Syncs what this process has committed; does nothing when that is synced already.
@@ -52,7 +62,7 @@ class OX_EXPORT TagStore {
   std::vector<TagChange> changesOfThread();
   void forgetThoseOfThread();
 
-  // The open file; null when there is none.
+  // The open file, for reading; null when there is none.
   TagFile* existing();
   // The open file, made when there was none.
   TagFile& existingOrNew();
@@ -70,7 +80,9 @@ class OX_EXPORT TagStore {
   std::mutex mutex_;
   std::unique_ptr<TagFile> file_;
   bool unsynced_ = false;
-  std::vector<TagHold*> holds_;  // of all threads, an outer one before those in it
+  int pins_ = 0;
+  bool pinnedWithoutFile_ = false;  // there was none at that moment
+  std::vector<TagHold*> holds_;     // of all threads, an outer one before those in it
 };
 
 }  // namespace ox

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "ox/OxAddressBookSDK/tags/tag_store.hpp"
 #include "ox/OxAddressBookSDK/tags/tag_table.hpp"
 #include "ox/OxMacAddressBookSDK/ground/contacts_and_tags.hpp"
 #include "ox/base/store_location.hpp"
@@ -79,6 +80,7 @@ ForgetReport forgetPerson(const RecordKey& person, const std::string& name) {
     const bool tagged = erasedBy([&] { return eraseTagsIn(copy + ".tags", identifier); }, report);
     if (held || tagged) ++report.copies;
   }
+  TagStore::shared().leaveMoment();
   const bool tagged = erasedBy([&] { return eraseTagsIn(tagStorePath(), identifier); }, report);
   const bool held =
       erasedBy([&] { return contactSource().journal().erase(person, name, before); }, report);

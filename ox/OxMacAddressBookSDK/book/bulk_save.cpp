@@ -2,6 +2,7 @@
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/ground/contained.hpp"
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/base/detached_worker.hpp"
 
@@ -41,6 +42,7 @@ void OxMacAddressBook::saveDataThreed() {
 }
 
 Data OxMacAddressBook::collectedData() {
+  const OneMoment moment;
   const auto general = OxAddressBookGeneral::init();
   const auto groups = allGroups();
   const auto list = allPersons();

@@ -62,6 +62,7 @@ bool followAct(const std::vector<TagChange>& changes) {
 }  // namespace
 
 SavedContactsAndTags saveContactsAndTags() {
+  TagStore::shared().leaveMoment();
   strikeOutFollowed(0);
   const TagHold hold;
   const bool held = holdWithoutTags(recordSource().unsavedRemovals());
@@ -74,6 +75,7 @@ SavedContactsAndTags saveContactsAndTags() {
 }
 
 bool executeWithTags(SaveRequest& request, const RecordKeys& goingPersons, bool& tagsAreSafe) {
+  TagStore::shared().leaveMoment();
   strikeOutFollowed(0);
   const TagHold hold;
   const bool held = holdWithoutTags(goingPersons);

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
-#include "ox/OxMacAddressBookSDK/ground/contacts_and_tags.hpp"
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/OxMacAddressBookSDK/registry/builds.hpp"
 #include "ox/base/serial_queue.hpp"
@@ -20,14 +20,20 @@ std::optional<BookList>& gAddressArray() {
   return g_AddressArray;
 }
 
+// What is built piece by piece fits together, and the tags have followed.
+template <typename Build>
+BookList builtAtOneMoment(Build build) {
+  const OneMoment moment;
+  return BookList(build());
+}
+
 // A list that one operation keeps for itself, built by the first call that succeeds.
 class KeptList {
  public:
   BookList get(Books (*build)()) {
     const std::lock_guard lock(mutex_);
     if (!list_) {
-      list_ = BookList(build());
-      followTags();
+      list_ = builtAtOneMoment(build);
     }
     return *list_;
   }
@@ -44,8 +50,7 @@ BookList sharedList(Build build, Last last) {
   BookList result;
   OxMacAddressBook::addressArrayQueue().sync([&] {
     auto& list = gAddressArray();
-    const auto built = list ? *list : BookList(build());
-    if (!list) followTags();
+    const auto built = list ? *list : builtAtOneMoment(build);
     last();
     list = built;
     result = built.copy();
