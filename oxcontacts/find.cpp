@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/base/text/composed.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
@@ -106,6 +107,7 @@ std::vector<Book> booksNamed(const BookList& books, const std::string& text) {
 }  // namespace
 
 CNContainerPtr findAccount(const std::string& text) {
+  const OneMoment moment;
   if (auto account = accountNamed(text)) return account;
   const WantedName wanted(text);
   CNContainerPtr found;
@@ -121,6 +123,7 @@ CNContainerPtr findAccount(const std::string& text) {
 }
 
 std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text) {
+  const OneMoment moment;
   if (auto book = bookWithId(books, text)) return book;
   if (const auto account = accountNamed(text)) return bookOf(books, account);
   const auto named = booksNamed(books, text);
@@ -137,6 +140,7 @@ std::shared_ptr<_ABPerson> findPerson(const std::string& text) {
 }
 
 Persons findPersons(const std::vector<std::string>& texts) {
+  const OneMoment moment;
   const auto store = ABAddressBook::sharedAddressBook();
   const auto records = store->recordsForUniqueIds(texts);
   Persons persons;
@@ -150,6 +154,7 @@ Persons findPersons(const std::vector<std::string>& texts) {
 }
 
 std::shared_ptr<_ABGroup> findGroup(const std::string& text) {
+  const OneMoment moment;
   const auto store = ABAddressBook::sharedAddressBook();
   if (auto group = hostGroup(store->recordForUniqueId(text))) return group;
   return oneNamed<_ABGroup>("group", text, store->groups(), &hostGroup);

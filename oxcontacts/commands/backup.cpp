@@ -4,6 +4,7 @@
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
@@ -86,6 +87,7 @@ bool complainOfHiddenGroups(const OxMacAddressBook& book, const std::string& pat
 void backUpBook(const Context& context, const std::string& name, const std::string& path) {
   refuseStoreFile(path);
   const failures::Watch watch;
+  const OneMoment moment;
   const auto book = findBook(discoveredBooks(context), name);
   const auto data = savedBook(context, *book);
   // What could not be read is missing in the data, and an earlier backup may hold it.

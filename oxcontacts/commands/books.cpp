@@ -1,4 +1,5 @@
 // books: the address books that discovery finds.
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/json.hpp"
@@ -19,6 +20,7 @@ Json bookJson(OxMacAddressBook& book) {
 }
 
 void listBooks(const Context& context) {
+  const OneMoment moment;
   const auto books = discoveredBooks(context);
   if (context.json) {
     JsonList list;

@@ -1,6 +1,7 @@
 // export: persons and groups as vCards.
 #include <optional>
 
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/transfer/exporter.hpp"
@@ -86,6 +87,7 @@ vcard::ExportReport writeRecords(const Records& records, const std::string& form
 }
 
 void exportRecords(const Context& context, const Arguments& arguments) {
+  const OneMoment moment;
   const auto records = recordsFor(context, arguments);
   OutputFile output(arguments.file);
   ProgressBar bar(context, "exporting");

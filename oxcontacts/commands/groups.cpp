@@ -1,4 +1,5 @@
 // groups: the tree of groups.
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/group_tree.hpp"
@@ -27,6 +28,7 @@ void declareGroups(CLI::App& program, const Context& context) {
   const auto book = std::make_shared<std::string>();
   groups->add_option("--book", *book, "Only those of this book")->type_name("BOOK");
   groups->callback([&context, book] {
+    const OneMoment moment;
     auto roots = rootGroups(context, *book);
     if (context.json) {
       printJsonTree(std::move(roots));

@@ -1,5 +1,6 @@
 // log: what was done to the store, or to one person.
 #include "ox/OxMacAddressBookSDK/admin/stored_names.hpp"
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/platform/journal/journal.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/output/counted.hpp"
@@ -171,6 +172,7 @@ Json entryJson(const Entry& entry) {
 }
 
 void logPerson(const Context& context, const Arguments& arguments) {
+  const OneMoment moment;
   const auto person = findPersonOfAnyTime(arguments.person);
   const auto changes = journal::historyOf(person, arguments.limit);
   std::vector<Entry> entries;

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <optional>
 
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/base/text/case.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -129,21 +130,27 @@ std::size_t limitOf(const std::string& text) {
   return limit;
 }
 
-void listPersons(const Context& context, const Arguments& arguments) {
-  const auto persons = chosenPersons(context, arguments);
-  if (context.json) {
-    JsonList list;
-    for (const auto& person : persons) list.add(personJson(*person));
-    list.close();
-    return;
-  }
+void printJsonList(const Context& context, const Arguments& arguments) {
+  const OneMoment moment;
+  JsonList list;
+  for (const auto& person : chosenPersons(context, arguments)) list.add(personJson(*person));
+  list.close();
+}
+
+Table tableOfPersons(const Context& context, const Arguments& arguments) {
+  const OneMoment moment;
   Table table({{"NAME"}, {"PHONE"}, {"E-MAIL"}, {"BOOK"}, {"ID"}});
-  for (const auto& person : persons) {
+  for (const auto& person : chosenPersons(context, arguments)) {
     table.addRow({person->displayName().value_or(""), mainPhone(*person).value_or(""),
                   mainEmail(*person).value_or(""), person->addressBookID().value_or(""),
                   person->ID().value_or("")});
   }
-  table.print(context);
+  return table;
+}
+
+void listPersons(const Context& context, const Arguments& arguments) {
+  if (context.json) return printJsonList(context, arguments);
+  tableOfPersons(context, arguments).print(context);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // show: every value of one person.
 #include <iostream>
 
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/journal/journal.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -120,6 +121,7 @@ void declareShow(CLI::App& program, const Context& context) {
                    "23:59\", 2026-12-31T23:59:59Z; somebody who is gone now, too")
       ->type_name("TIME");
   show->callback([&context, arguments] {
+    const OneMoment moment;
     if (arguments->at.empty()) {
       showPerson(context, arguments->person);
     } else {
