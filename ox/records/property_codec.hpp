@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "ox/records/damaged_bytes.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
@@ -16,9 +16,9 @@ namespace ox {
 std::string encodeProperties(const PropertyBag& properties);
 
 // The bytes are not what encodeProperties wrote.
-class DamagedProperties : public std::runtime_error {
+class OX_EXPORT DamagedProperties : public DamagedBytes {
  public:
-  using std::runtime_error::runtime_error;
+  using DamagedBytes::DamagedBytes;
 };
 
 // Throws DamagedProperties, also when the bytes hold more properties than that. Registers custom

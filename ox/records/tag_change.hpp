@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "ox/base/export.hpp"
+#include "ox/records/damaged_bytes.hpp"
 
 namespace ox {
 
@@ -27,18 +26,17 @@ struct TagAct {
   std::vector<TagChange> changes;
 };
 
-// The stored form, in two parts: each one version byte, then texts and counts of texts, lengths as
-// LEB128, then the XXH3 checksum of all before it, little endian. Whose tags they are stands before
-// the older ones.
+// The stored form, in two parts: texts and counts of texts, each part in a frame of its own (see
+// packed_bytes.hpp). Whose tags they are stands before the older ones.
 struct StoredTagChange {
   std::string before;
   std::string after;
 };
 
 // The bytes are not what encodeTagChange wrote.
-class OX_EXPORT DamagedTagChange : public std::runtime_error {
+class OX_EXPORT DamagedTagChange : public DamagedBytes {
  public:
-  using std::runtime_error::runtime_error;
+  using DamagedBytes::DamagedBytes;
 };
 
 OX_EXPORT StoredTagChange encodeTagChange(const TagChange& change);
