@@ -39,9 +39,10 @@ class RecordWriter {
  public:
   explicit RecordWriter(Database& database)
       : next_(nextId(database)),
-        act_(database,
-             "INSERT INTO act(number, name, at, origin, next_record, next_change, bytes) "
-             "VALUES(?1, x'00112233445566778899AABBCCDDEEFF', 1700000000000, 1, ?2, 1, 0)"),
+        act_(
+            database,
+            "INSERT INTO act(number, name, at, origin, next_record, next_link, next_change, bytes) "
+            "VALUES(?1, x'00112233445566778899AABBCCDDEEFF', 1700000000000, 1, ?2, 1, 1, 0)"),
         record_(database, "INSERT INTO record(id, uid, kind, container) VALUES(?1, ?2, ?3, 1)"),
         content_(database,
                  "INSERT INTO content(record, fingerprint, properties) VALUES(?1, ?2, ?3)") {}

@@ -104,6 +104,36 @@ TEST(ChangesSince, ReadsAnyNumberAPartAtATimeAndTellsEachOnce) {
   EXPECT_EQ(count, 814U);
 }
 
+// What came into a group by one act is one row of the journal, and many changes for a follower.
+TEST(ChangesSince, GoesOnBetweenLinksOfOneGroup) {
+  StoreBuilder().persons("p", 700).group("g", "Friends");
+  const auto before = journal::moment();
+  SaveRequest request;
+  for (const auto& person : contactSource().records(RecordKind::Person)) {
+    request.links.push_back({RecordKey::of("g"), person});
+  }
+  ASSERT_TRUE(contactSource().execute(request)) << request.reason;
+  StoreBuilder().person("last");
+  journal::ChangesSince changes(before);
+  std::vector<JournalPlace> places;
+  std::vector<RecordKey> told;
+  while (const auto change = changes.next()) {
+    told.push_back(change->kind == JournalChange::Kind::Linked ? change->other : change->record);
+    places.push_back(changes.place());
+  }
+  ASSERT_EQ(told.size(), 701U);
+  for (const std::size_t place : {0U, 1U, 511U, 512U, 698U, 699U, 700U}) {
+    journal::ChangesSince rest(places[place]);
+    std::vector<RecordKey> others(told.begin(),
+                                  told.begin() + static_cast<std::ptrdiff_t>(place) + 1);
+    while (const auto change = rest.next()) {
+      others.push_back(change->kind == JournalChange::Kind::Linked ? change->other
+                                                                   : change->record);
+    }
+    EXPECT_EQ(others, told) << place;
+  }
+}
+
 TEST(ChangesSince, SaysThatItMustStartAnewWhereThePastIsAnother) {
   StoreBuilder().person("p", {.first = "Ann"});
   auto moment = journal::moment();

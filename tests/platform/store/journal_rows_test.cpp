@@ -6,6 +6,7 @@
 #include "ox/platform/store/file/check.hpp"
 #include "ox/platform/store/process_origin.hpp"
 #include "ox/platform/store/store_source.hpp"
+#include "ox/records/link_list.hpp"
 #include "ox/records/property_codec.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
@@ -46,6 +47,17 @@ std::string storedText(const std::string& select) {
   return text;
 }
 
+std::string storedLinks(const std::string& select) {
+  sqlite::Connection store(storePath(), sqlite::Connection::Mode::ReadOnly);
+  auto row = store.prepare(select);
+  row.step();
+  std::string text;
+  for (const auto& [child, number] : decodeLinks(row.blob(0))) {
+    text += std::to_string(child) + "#" + std::to_string(number) + " ";
+  }
+  return text;
+}
+
 PropertyValue text(const char* words) {
   return Object(words);
 }
@@ -66,17 +78,50 @@ TEST(JournalRows, TellWhatEachActDid) {
   EXPECT_EQ(journal(),
             "1 +1 \n"
             "2 +1 \n"
-            "3 +0 5:2:1:1\n"  // linked: group 2, person 1, link 1
+            "3 +0 5:2:-:-\n"  // linked: group 2
             "4 +0 2:1:1:" +
                 picture +
                 "\n"                        // values and picture; it had picture 1
                 "5 +0 1:1:-:-\n"            // values
-                "6 +0 6:2:1:1 3:1:2:0\n");  // unlinked, removed with picture 2
+                "6 +0 6:2:-:- 3:1:2:0\n");  // unlinked, removed with picture 2
+  EXPECT_EQ(storedLinks("SELECT after FROM change WHERE id = 1"), "1#1 ");
+  EXPECT_EQ(storedLinks("SELECT before FROM change WHERE id = 4"), "1#1 ");
   EXPECT_EQ(storedText("SELECT before FROM change WHERE id = 2"), "First=Ann ");
   EXPECT_EQ(storedText("SELECT after FROM change WHERE id = 2"), "First=Anna ");
   EXPECT_EQ(storedText("SELECT before FROM change WHERE id = 3"), "");
   EXPECT_EQ(storedText("SELECT after FROM change WHERE id = 3"), "Last=Lee ");
   EXPECT_EQ(storedText("SELECT before FROM change WHERE id = 5"), "First=Anna Last=Lee ");
+  EXPECT_EQ(storeProblems(storePath()), std::vector<std::string>{});
+}
+
+// A row a group, however many come into it or leave it, and each of these a number of its own.
+TEST(JournalRows, TellTheLinksOfAGroupInOneRow) {
+  const auto source = openStoreSource(storePath());
+  support::StoreBuilder build(*source);
+  build.person("p1").person("p2").person("p3").group("g1", "One").group("g2", "Two");
+  SaveRequest links;
+  for (const auto& [group, child] :
+       {std::pair{"g1", "p1"}, {"g2", "p2"}, {"g1", "g2"}, {"g2", "p3"}}) {
+    links.links.push_back({RecordKey::of(group), RecordKey::of(child)});
+  }
+  ASSERT_TRUE(source->execute(links)) << links.reason;
+  // The link between both is told once.
+  source->remove(RecordKey::of("p2"), RecordKind::Person);
+  source->remove(RecordKey::of("g1"), RecordKind::Group);
+  source->remove(RecordKey::of("g2"), RecordKind::Group);
+  ASSERT_TRUE(source->save().done);
+  const auto tail = journal();
+  EXPECT_EQ(tail.substr(tail.find("6 +0")),
+            "6 +0 5:4:-:- 5:5:-:-\n"
+            "7 +0 6:5:-:- 6:4:-:- 3:2:-:0 3:4:-:1 3:5:-:1\n");
+  const auto linksOf = [](int id, const char* column) {
+    return storedLinks("SELECT " + std::string(column) +
+                       " FROM change WHERE id = " + std::to_string(id));
+  };
+  EXPECT_EQ(linksOf(1, "after"), "1#1 5#3 ");
+  EXPECT_EQ(linksOf(3, "after"), "2#2 3#4 ");
+  EXPECT_EQ(linksOf(5, "before"), "2#2 3#4 ");
+  EXPECT_EQ(linksOf(7, "before"), "1#1 5#3 ");
   EXPECT_EQ(storeProblems(storePath()), std::vector<std::string>{});
 }
 

@@ -6,6 +6,7 @@
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/store/file/check.hpp"
 #include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/file/tables.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
@@ -131,7 +132,7 @@ TEST(Migration, MakesTheTablesOfANewStore) {
   EXPECT_EQ(schemaOf(path), schemaOf(fresh));
   EXPECT_EQ(sqlite::Connection(path, sqlite::Connection::Mode::ReadOnly)
                 .queryInteger("PRAGMA user_version"),
-            2);
+            kSchemaVersion);
 }
 
 TEST(Migration, NeverGivesARowNumberAgain) {
@@ -153,7 +154,7 @@ TEST(Migration, KeepsACopyOfTheStoreAsItWas) {
     copies.push_back(entry.path().string());
   }
   ASSERT_EQ(copies.size(), 1U);
-  EXPECT_NE(copies.front().find("-migration-1-2.db"), std::string::npos) << copies.front();
+  EXPECT_NE(copies.front().find("-migration-1-3.db"), std::string::npos) << copies.front();
   sqlite::Connection copy(copies.front(), sqlite::Connection::Mode::ReadOnly);
   EXPECT_EQ(copy.queryInteger("PRAGMA user_version"), 1);
   EXPECT_EQ(copy.queryInteger("SELECT count(*) FROM record"), 3);

@@ -74,7 +74,7 @@ TEST(Store, RefusesANewerSchemaAndLeavesItAlone) {
     file.execute("PRAGMA user_version=99");
   }
   EXPECT_EQ(refusalOf(path),
-            "newer.db: was written by a newer version (schema 99, this version knows 2)");
+            "newer.db: was written by a newer version (schema 99, this version knows 3)");
 }
 
 TEST(Store, RefusesWhenAnotherProgramKeepsItLocked) {
@@ -147,7 +147,7 @@ TEST(Check, NamesWhatIsWrong) {
   {
     sqlite::Connection file(path.string(), sqlite::Connection::Mode::ReadWrite);
     file.execute(
-        "INSERT INTO link(parent, child) VALUES(2, 1);"
+        "INSERT INTO link(parent, child) VALUES(2, 1); UPDATE act SET next_link = 9;"
         "UPDATE content SET fingerprint = 1 WHERE record = 2");
   }
   EXPECT_EQ(storeProblems(path.string()),

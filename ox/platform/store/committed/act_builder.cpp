@@ -4,6 +4,7 @@
 
 #include "ox/base/checksum.hpp"
 #include "ox/platform/store/committed/overtaken.hpp"
+#include "ox/platform/store/file/stored_rows.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/merge.hpp"
@@ -53,13 +54,7 @@ void ActBuilder::removeContainer(const ContainerRemoval& removal) {
   const auto row = committed_.containers().rowOf(removal.identifier);
   if (row == 0) throw RefusedRequest("there is no account " + removal.identifier);
   if (row == 1) throw RefusedRequest("the local account cannot be removed");
-  std::vector<Entry> held;
-  file_.guarded([&] {
-    auto& rows = file_.statement(Sql::RecordsOfContainer);
-    const sqlite::StatementScope scope(rows);
-    rows.bind(1, row);
-    while (rows.step()) held.push_back(entryOfRow(rows));
-  });
+  const auto held = file_.guarded([&] { return StoredRows(file_).recordsIn(row); });
   if (!held.empty() && !removal.withRecords) {
     throw RefusedRequest("the account " + removal.identifier + " holds " +
                          std::to_string(held.size()) + (held.size() == 1 ? " record" : " records"));

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "ox/base/data.hpp"
@@ -14,6 +15,7 @@
 #include "ox/platform/store/committed/generation_cache.hpp"
 #include "ox/platform/store/committed/known_values.hpp"
 #include "ox/platform/store/committed/record_index.hpp"
+#include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/act.hpp"
 #include "ox/platform/store/values/many_records.hpp"
@@ -83,7 +85,10 @@ class CommittedRecords {
   void readRecordsAfter(std::int64_t row);
   void readNews();
   bool readActsSince(const ActRow& seen, const ActRow& last);
-  void takeChange(const sqlite::Statement& change);
+  // The key is that of the record it is about, if that is there.
+  void takeChange(const JournalRow& change, const RecordKey& key);
+  NumberedLinks linksOf(const JournalRow& change);
+  void forgetParentsOf(const std::unordered_set<std::int64_t>& rows);
   void followWritten(const WrittenAct& written);
   void startAnew();
   void forgetIndex();

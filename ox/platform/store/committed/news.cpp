@@ -1,6 +1,6 @@
 // How the memory follows what was committed, by this process and by others.
 #include "ox/platform/store/committed/committed_records.hpp"
-#include "ox/platform/store/file/act_writer.hpp"
+#include "ox/platform/store/file/journal_rows.hpp"
 
 namespace ox {
 
@@ -22,26 +22,52 @@ void CommittedRecords::readNews() {
 
 bool CommittedRecords::readActsSince(const ActRow& seen, const ActRow& last) {
   if (last.moment.number < seen.moment.number) return false;
-  {
-    auto& acts = file_.statement(Sql::ActsFrom);
-    const sqlite::StatementScope scope(acts);
-    acts.bind(1, seen.moment.number);
-    if (!acts.step() || actOfRow(acts).moment != seen.moment) return false;
-  }
+  const auto then = actOfNumber(file_, seen.moment.number);
+  if (!then || then->moment != seen.moment) return false;
+  std::unordered_set<std::int64_t> linked;
   {
     auto& changes = file_.statement(Sql::ChangesFrom);
     const sqlite::StatementScope scope(changes);
     changes.bind(1, seen.nextChange);
-    while (changes.step()) takeChange(changes);
+    while (changes.step()) {
+      const JournalRow row(changes);
+      const auto key = changes.isNull(JournalRow::kColumns)
+                           ? RecordKey()
+                           : keyOfColumn(changes, JournalRow::kColumns);
+      takeChange(row, key);
+      for (const auto& link : linksOf(row)) linked.insert(link.child);
+    }
   }
+  forgetParentsOf(linked);
   if (indexLoaded_ && last.nextRecord != seen.nextRecord) readRecordsAfter(seenRow_);
   return true;
 }
 
+// What a row tells of links; where that is damaged nobody knows whom it links.
+NumberedLinks CommittedRecords::linksOf(const JournalRow& change) {
+  try {
+    return change.links();
+  } catch (const DamagedLinks&) {
+    forgetLinks();
+    return {};
+  }
+}
+
+// The groups that these rows stand in were changed. One that was removed since has no identifier.
+void CommittedRecords::forgetParentsOf(const std::unordered_set<std::int64_t>& rows) {
+  if (rows.empty()) return;
+  sqlite::KeyList list;
+  list.reserve(rows.size());
+  for (const auto row : rows) list.add(row);
+  auto& uids = file_.statement(Sql::UidsOfRows);
+  const sqlite::StatementScope scope(uids);
+  uids.bindKeys(1, list);
+  while (uids.step()) parentLists_.erase(keyOfColumn(uids, 0));
+}
+
 // A record that was removed since has no identifier any more, and a row of its own further on.
-void CommittedRecords::takeChange(const sqlite::Statement& change) {
-  const auto key = change.isNull(5) ? RecordKey() : keyOfColumn(change, 5);
-  switch (static_cast<ChangeKind>(change.integer(0))) {
+void CommittedRecords::takeChange(const JournalRow& change, const RecordKey& key) {
+  switch (change.what()) {
     case ChangeKind::Values:
     case ChangeKind::ValuesAndPicture:
       if (const auto content = contents_.known(key); content.values) {
@@ -49,15 +75,15 @@ void CommittedRecords::takeChange(const sqlite::Statement& change) {
       }
       return forgetValuesOf(key);
     case ChangeKind::Removed:
-      forgetValuesOf(keyOfColumn(change, 4));
-      forgetLink(keyOfColumn(change, 4), keyOfColumn(change, 4));
-      if (indexLoaded_) index_.removeRow(change.integer(1));
+      forgetValuesOf(change.key());
+      forgetLink(change.key(), change.key());
+      if (indexLoaded_) index_.removeRow(change.record());
       return;
     case ChangeKind::Restored:
       return forgetIndex();  // its place is among those that are in the index
     case ChangeKind::Linked:
     case ChangeKind::Unlinked:
-      return forgetLink(key, change.isNull(6) ? RecordKey() : keyOfColumn(change, 6));
+      return forgetLink(key, {});  // for whom else: forgetParentsOf
     case ChangeKind::ContainerAdded:
     case ChangeKind::ContainerRemoved:
       return containers_.forget();

@@ -1,11 +1,10 @@
 #include "ox/platform/store/file/act_writer.hpp"
 
-#include <cassert>
-#include <chrono>
+#include <algorithm>
 #include <optional>
 #include <string>
 
-#include "ox/base/checksum.hpp"
+#include "ox/platform/store/file/stored_rows.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
@@ -13,57 +12,23 @@
 namespace ox {
 namespace {
 
-// What a row of the journal takes beside its blobs: an estimate.
-constexpr std::int64_t kRowBytes = 24;
-
-std::int64_t millisecondsNow() {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(
-             std::chrono::system_clock::now().time_since_epoch())
-      .count();
-}
-
-std::string_view bytesOf(const Uuid& name) {
-  return {reinterpret_cast<const char*>(name.data()), name.size()};
-}
-
-std::int64_t numberOf(RecordKind kind) {
-  return static_cast<std::int64_t>(kind);
+// Of the store that an act is to be written behind.
+ActRow lastActOf(StoreFile& file) {
+  if (const auto last = lastAct(file)) return *last;
+  const auto& name = file.address().name();
+  throw StoreError(StoreError::Kind::Corrupt, name + ": the journal has no last row", name);
 }
 
 }  // namespace
 
-ActRow actOfRow(const sqlite::Statement& row) {
-  ActRow act;
-  act.moment.number = row.integer(0);
-  const auto name = row.blob(1);
-  if (name.size() != act.moment.name.size()) {
-    throw StoreError(StoreError::Kind::Corrupt, "the name of an act is damaged");
-  }
-  std::copy(name.begin(), name.end(), act.moment.name.begin());
-  act.nextRecord = row.integer(2);
-  act.nextChange = row.integer(3);
-  act.bytes = row.integer(4);
-  return act;
-}
-
-std::optional<ActRow> lastAct(StoreFile& file) {
-  auto& row = file.statement(Sql::LastAct);
-  const sqlite::StatementScope scope(row);
-  return row.step() ? std::optional(actOfRow(row)) : std::nullopt;
-}
-
-ActWriter::ActWriter(StoreFile& file, const Act& act) : file_(file), act_(act) {
-  const auto last = lastAct(file);
-  if (!last) {
-    throw StoreError(StoreError::Kind::Corrupt,
-                     file.address().name() + ": the journal has no last row",
-                     file.address().name());
-  }
-  last_ = *last;
-  nextRow_ = last_.nextRecord;
-  nextChange_ = last_.nextChange;
-  bytes_ = last_.bytes;
-}
+ActWriter::ActWriter(StoreFile& file, const Act& act)
+    : file_(file),
+      act_(act),
+      last_(lastActOf(file)),
+      nextRow_(last_.nextRecord),
+      nextLink_(last_.nextLink),
+      records_(file),
+      journal_(file, last_) {}
 
 ActWriter::Outcome ActWriter::write(Others others) {
   if (others == Others::HaveCommitted) {
@@ -78,9 +43,11 @@ ActWriter::Outcome ActWriter::write(Others others) {
   removeLinks();
   addLinks();
   noteTags();
+  removeLinksOfRemoved();
   removeRecords();
   removeContainers();
-  writeActRow();
+  const auto origin = file_.originRow(act_.origin, last_.moment.number + 1);
+  written_.row = journal_.writeAct(act_.name, origin, nextRow_, nextLink_);
   return Outcome::Written;
 }
 
@@ -94,7 +61,8 @@ bool ActWriter::isTrimDue() const {
 bool ActWriter::isWrittenBefore() {
   auto& row = file_.statement(Sql::ActByName);
   const sqlite::StatementScope scope(row);
-  row.bind(1, act_.decidedAt.number).bindBlob(2, bytesOf(act_.name));
+  row.bind(1, act_.decidedAt.number)
+      .bindBlob(2, {reinterpret_cast<const char*>(act_.name.data()), act_.name.size()});
   return row.step();
 }
 
@@ -103,35 +71,28 @@ bool ActWriter::isWrittenBefore() {
 // the journal knows nothing of.
 bool ActWriter::guardsHold() {
   if (act_.guards.all || last_.moment == act_.decidedAt) return false;
-  ActRow decided;
-  {
-    auto& acts = file_.statement(Sql::ActsFrom);
-    const sqlite::StatementScope scope(acts);
-    acts.bind(1, act_.decidedAt.number);
-    if (!acts.step()) return false;
-    decided = actOfRow(acts);
-  }
-  if (decided.moment != act_.decidedAt) return false;
+  const auto decided = actOfNumber(file_, act_.decidedAt.number);
+  if (!decided || decided->moment != act_.decidedAt) return false;
   {
     auto& changes = file_.statement(Sql::ChangesFrom);
     const sqlite::StatementScope scope(changes);
-    changes.bind(1, decided.nextChange);
+    changes.bind(1, decided->nextChange);
     while (changes.step()) {
-      if (touchesGuarded(changes)) return false;
+      if (touchesGuarded(JournalRow(changes))) return false;
     }
   }
   if (act_.guards.containers.empty()) return true;
   auto& added = file_.statement(Sql::ContainersAddedTo);
   const sqlite::StatementScope scope(added);
-  added.bind(1, decided.nextRecord);
+  added.bind(1, decided->nextRecord);
   while (added.step()) {
     if (act_.guards.containers.contains(static_cast<std::int32_t>(added.integer(0)))) return false;
   }
   return true;
 }
 
-bool ActWriter::touchesGuarded(const sqlite::Statement& change) const {
-  switch (static_cast<ChangeKind>(change.integer(0))) {
+bool ActWriter::touchesGuarded(const JournalRow& change) const {
+  switch (change.what()) {
     case ChangeKind::ContainerAdded:
     case ChangeKind::ContainerRemoved:
       return true;  // identifiers of containers are looked up by every act that adds
@@ -140,9 +101,16 @@ bool ActWriter::touchesGuarded(const sqlite::Statement& change) const {
     default:
       break;
   }
-  return act_.guards.records.contains(change.integer(1)) ||
-         (!change.isNull(3) && act_.guards.records.contains(change.integer(3))) ||
-         act_.guards.containers.contains(static_cast<std::int32_t>(change.integer(2)));
+  const auto& guarded = act_.guards.records;
+  if (guarded.contains(change.record())) return true;
+  if (act_.guards.containers.contains(change.container())) return true;
+  if (guarded.empty()) return false;
+  try {
+    return std::ranges::any_of(change.links(),
+                               [&](const auto& link) { return guarded.contains(link.child); });
+  } catch (const DamagedLinks&) {
+    return true;  // nobody knows whom it links
+  }
 }
 
 // Others may have added records since the act was decided, and taken the rows it would have had.
@@ -152,19 +120,6 @@ std::int64_t ActWriter::rowOf(std::int64_t decided) const {
 
 std::int32_t ActWriter::containerOf(std::int32_t decided) const {
   return decided < 0 ? newContainers_[static_cast<std::size_t>(-decided - 1)] : decided;
-}
-
-sqlite::Statement& ActWriter::change(ChangeKind what, std::int64_t record, std::int64_t container) {
-  bytes_ += kRowBytes;
-  return file_.statement(Sql::InsertChange)
-      .bind(1, nextChange_++)
-      .bind(2, static_cast<std::int64_t>(what))
-      .bind(3, record)
-      .bind(4, container)
-      .bindNull(5)
-      .bindNull(6)
-      .bindNull(7)
-      .bindNull(8);
 }
 
 void ActWriter::addContainers() {
@@ -179,217 +134,199 @@ void ActWriter::addContainers() {
         .bindText(3, container.info.name)
         .bind(4, container.info.type)
         .run();
-    const auto row = file_.connection().lastRowId();
-    newContainers_.push_back(static_cast<std::int32_t>(row));
-    change(ChangeKind::ContainerAdded, row, row)
-        .bind(6, container.info.type)
-        .bindBlob(7, container.info.name)
-        .bindBlob(8, container.info.identifier)
-        .run();
-    written_.containersChanged = true;
+    const auto row = static_cast<std::int32_t>(file_.connection().lastRowId());
+    newContainers_.push_back(row);
+    noteContainer(ChangeKind::ContainerAdded, row, container.info);
   }
 }
 
-void ActWriter::insertRecord(const RecordEntry& record) {
-  const StoredUid uid(record.key);
-  auto& insert = file_.statement(Sql::InsertRecord);
-  insert.bind(1, record.row);
-  uid.bindTo(insert, 2);
-  insert.bind(3, numberOf(record.kind)).bind(4, record.container).run();
-  if (file_.connection().changes() == 0) taken_.insert(record.key);
+void ActWriter::noteContainer(ChangeKind what, std::int32_t row, const ContainerInfo& info) {
+  journal_.write({.what = what,
+                  .record = row,
+                  .container = row,
+                  .place = info.type,
+                  .before = info.name,
+                  .after = info.identifier});
+  written_.containersChanged = true;
 }
 
-void ActWriter::insertContent(std::int64_t row, const PropertyBag& properties,
-                              std::uint64_t fingerprint, const Data& image) {
-  file_.writeCustomProperties(properties);
-  const auto bytes = encodeProperties(properties);
-  const auto* cardUid = properties.text(property_id::kCardUid);
-  auto& insert = file_.statement(Sql::InsertContent);
-  if (image) {
-    const auto picture = insertImage(*image);
-    insert.bind(4, picture);
-  } else {
-    insert.bindNull(4);
-  }
-  insert.bind(1, row)
-      .bindText(2, cardUid != nullptr ? TextView(*cardUid) : TextView())
-      .bind(3, static_cast<std::int64_t>(fingerprint))
-      .bindBlob(5, bytes)
-      .run();
+bool ActWriter::insertRecord(const RecordEntry& record) {
+  const bool isInserted = records_.insertRecord(record);
+  if (!isInserted) taken_.insert(record.key);
+  return isInserted;
 }
 
-std::int64_t ActWriter::insertImage(const std::string& bytes) {
-  file_.statement(Sql::InsertImage)
-      .bind(1, static_cast<std::int64_t>(checksum64(bytes)))
-      .bindBlob(2, bytes)
-      .run();
-  return file_.connection().lastRowId();
+std::optional<RecordWriter::Picture> ActWriter::insertPicture(const Data& picture) {
+  return picture ? std::optional(records_.insertPicture(*picture)) : std::nullopt;
 }
 
 void ActWriter::restoreRecords() {
   for (const auto& restored : act_.restored) {
-    insertRecord(restored.record);
-    if (taken_.contains(restored.record.key)) continue;
-    insertContent(restored.record.row, restored.properties, restored.fingerprint,
-                  restored.readImage ? restored.readImage() : nullptr);
-    change(ChangeKind::Restored, restored.record.row, restored.record.container).run();
-    written_.changedValues.push_back(restored.record.key);
+    const auto& record = restored.record;
+    if (!insertRecord(record)) continue;
+    const auto picture = insertPicture(restored.readImage ? restored.readImage() : nullptr);
+    records_.insertContent({record.row, &restored.properties, restored.fingerprint, picture});
+    journal_.write(
+        {.what = ChangeKind::Restored, .record = record.row, .container = record.container});
+    written_.changedValues.push_back(record.key);
     written_.restored = true;
   }
 }
 
 void ActWriter::addRecords() {
   for (const auto& added : act_.added) {
-    const RecordEntry entry{added.key, nextRow_, containerOf(added.container), added.kind};
+    const RecordEntry entry{added.key, nextRow_++, containerOf(added.container), added.kind};
     insertRecord(entry);
-    if (taken_.empty()) {
-      if (const auto* replacement = added.replacement) {
-        insertContent(entry.row, replacement->properties,
-                      contentFingerprint(replacement->properties, replacement->image),
-                      replacement->image);
-      } else {
-        const auto picture = pictureOf(*added.record);
-        insertContent(entry.row, added.record->properties, fingerprintOf(*added.record, picture),
-                      picture);
-      }
-      written_.added.push_back(entry);
-    }
-    ++nextRow_;
+    if (!taken_.empty()) continue;
+    const auto* replaced = added.replacement;
+    const auto& properties = replaced != nullptr ? replaced->properties : added.record->properties;
+    const auto picture =
+        insertPicture(replaced != nullptr ? replaced->image : pictureOf(*added.record));
+    const bool isKnown = replaced == nullptr && added.record->fingerprint;
+    const auto fingerprint = isKnown
+                                 ? *added.record->fingerprint
+                                 : contentFingerprint(properties, picture ? picture->checksum : 0);
+    records_.insertContent({entry.row, &properties, fingerprint, picture});
+    written_.added.push_back(entry);
   }
 }
 
 void ActWriter::changeRecords() {
-  for (const auto& changed : act_.changed) {
-    const auto row = changed.record.row;
-    const auto newImage = changed.readImage ? std::optional(changed.readImage()) : changed.image;
-    file_.writeCustomProperties(changed.properties);
-    const auto bytes = encodeProperties(changed.properties);
-    const auto before = encodeProperties(changed.differences.before);
-    const auto after = encodeProperties(changed.differences.after);
-    bytes_ += static_cast<std::int64_t>(before.size() + after.size());
-    const auto* cardUid = changed.properties.text(property_id::kCardUid);
-    auto& update = file_.statement(newImage ? Sql::UpdateContentAndImage : Sql::UpdateContent);
-    update.bind(1, row)
-        .bindText(2, cardUid != nullptr ? TextView(*cardUid) : TextView())
-        .bind(3, static_cast<std::int64_t>(changed.fingerprint))
-        .bindBlob(5, bytes);
-    std::optional<std::int64_t> pictureBefore;
-    std::optional<std::int64_t> pictureAfter;
-    if (newImage) {
+  for (const auto& changed : act_.changed) changeRecord(changed);
+}
+
+void ActWriter::changeRecord(const Act::ChangedRecord& changed) {
+  const auto row = changed.record.row;
+  const auto before = encodeProperties(changed.differences.before);
+  const auto after = encodeProperties(changed.differences.after);
+  JournalWriter::Change note{.what = ChangeKind::Values,
+                             .record = row,
+                             .container = changed.record.container,
+                             .before = before,
+                             .after = after};
+  RecordWriter::Content content{row, &changed.properties, changed.fingerprint};
+  const auto image = changed.readImage ? std::optional(changed.readImage()) : changed.image;
+  if (image) {
+    note.what = ChangeKind::ValuesAndPicture;
+    {
       auto& picture = file_.statement(Sql::ImageOfRow);
       const sqlite::StatementScope scope(picture);
       picture.bind(1, row);
       if (picture.step()) {
-        pictureBefore = picture.integer(0);
-        bytes_ += picture.integer(2);
-      }
-      if (const auto& image = *newImage) {
-        pictureAfter = insertImage(*image);
-        update.bind(4, *pictureAfter);
-      } else {
-        update.bindNull(4);
+        note.other = picture.integer(0);
+        note.pictureBytes = picture.integer(2);
       }
     }
-    update.run();
-    if (file_.connection().changes() == 0) {
-      // A damaged store has lost the row; what the record is to hold is known, so it gets one.
-      auto& insert = file_.statement(Sql::InsertContent);
-      insert.bind(1, row)
-          .bindText(2, cardUid != nullptr ? TextView(*cardUid) : TextView())
-          .bind(3, static_cast<std::int64_t>(changed.fingerprint))
-          .bindNull(4)
-          .bindBlob(5, bytes);
-      if (pictureAfter) insert.bind(4, *pictureAfter);
-      insert.run();
-    }
-    auto& note = change(newImage ? ChangeKind::ValuesAndPicture : ChangeKind::Values, row,
-                        changed.record.container);
-    if (pictureBefore) note.bind(5, *pictureBefore);
-    if (newImage) {
-      const auto& image = *newImage;
-      note.bind(6, image ? static_cast<std::int64_t>(checksum64(*image)) : 0);
-    }
-    note.bindBlob(7, before).bindBlob(8, after).run();
-    written_.changedValues.push_back(changed.record.key);
+    content.picture = insertPicture(*image);
+    note.place = content.picture ? static_cast<std::int64_t>(content.picture->checksum) : 0;
   }
-}
-
-void ActWriter::noteLink(ChangeKind what, std::int64_t container, std::int64_t parent,
-                         std::int64_t child, std::int64_t number) {
-  change(what, parent, container).bind(5, child).bind(6, number).run();
+  records_.updateContent(
+      content, image ? RecordWriter::ReplacePicture::Yes : RecordWriter::ReplacePicture::No);
+  journal_.write(note);
+  written_.changedValues.push_back(changed.record.key);
 }
 
 void ActWriter::removeLinks() {
+  LinksOfGroups removed;
+  StoredRows stored(file_);
   for (const auto& link : act_.removedLinks) {
-    std::int64_t number = 0;
-    {
-      auto& found = file_.statement(Sql::LinkNumber);
-      const sqlite::StatementScope scope(found);
-      found.bind(1, link.group.row).bind(2, link.child.row);
-      if (!found.step()) continue;
-      number = found.integer(0);
-    }
-    file_.statement(Sql::DeleteLink).bind(1, number).run();
-    noteLink(ChangeKind::Unlinked, link.group.container, link.group.row, link.child.row, number);
+    const auto number = stored.link(link.group.row, link.child.row);
+    if (!number) continue;
+    file_.statement(Sql::DeleteLink).bind(1, *number).run();
+    removed.add(link.group.row, link.group.container, {link.child.row, *number});
     written_.changedLinks.emplace_back(link.group.key, link.child.key);
   }
+  journal_.write(ChangeKind::Unlinked, removed);
+}
+
+// A link that comes back as it was gets its number again, unless a damaged store has given that to
+// another one.
+std::int64_t ActWriter::numberOf(const Act::ChangedLink& link) {
+  if (!link.number) return nextLink_;
+  auto& other = file_.statement(Sql::LinkOfNumber);
+  const sqlite::StatementScope scope(other);
+  other.bind(1, *link.number);
+  return other.step() ? nextLink_ : *link.number;
 }
 
 void ActWriter::addLinks() {
+  LinksOfGroups added;
   for (const auto& link : act_.addedLinks) {
     const auto parent = rowOf(link.group.row);
     const auto child = rowOf(link.child.row);
-    auto& insert = file_.statement(Sql::InsertLink);
-    if (link.number) {
-      insert.bind(1, *link.number);
-    } else {
-      insert.bindNull(1);
-    }
-    insert.bind(2, parent).bind(3, child).run();
+    const auto number = numberOf(link);
+    file_.statement(Sql::InsertLink).bind(1, number).bind(2, parent).bind(3, child).run();
     if (file_.connection().changes() == 0) continue;
-    noteLink(ChangeKind::Linked, containerOf(link.group.container), parent, child,
-             file_.connection().lastRowId());
+    nextLink_ = std::max(nextLink_, number + 1);
+    added.add(parent, containerOf(link.group.container), {child, number});
     written_.changedLinks.emplace_back(link.group.key, link.child.key);
   }
+  journal_.write(ChangeKind::Linked, added);
 }
 
-// The values move into the journal, the picture stays where it is and changes its owner. The links
-// go with the record, and are noted before it, each in a row of its own.
+// The links of removed records go with them, and are told before them. A link between two of them
+// is gone when the second one is asked.
+void ActWriter::removeLinksOfRemoved() {
+  LinksOfGroups removed;
+  for (const auto& record : act_.removed) {
+    for (const auto& link : takeLinks(Sql::LinksToParents, record.row)) {
+      removed.add(link.child, record.container, {record.row, link.number});
+    }
+    if (record.kind == RecordKind::Person) continue;
+    for (const auto& link : takeLinks(Sql::LinksToChildren, record.row)) {
+      removed.add(record.row, record.container, link);
+    }
+  }
+  written_.linksOfRemoved = !removed.groups().empty();
+  journal_.write(ChangeKind::Unlinked, removed);
+}
+
+// Takes the links of one side of a record away: their other ends and their numbers.
+NumberedLinks ActWriter::takeLinks(Sql which, std::int64_t row) {
+  NumberedLinks links;
+  {
+    auto& rows = file_.statement(which);
+    const sqlite::StatementScope scope(rows);
+    rows.bind(1, row);
+    while (rows.step()) links.push_back({rows.integer(0), rows.integer(1)});
+  }
+  for (const auto& link : links) file_.statement(Sql::DeleteLink).bind(1, link.number).run();
+  return links;
+}
+
 void ActWriter::removeRecords() {
   for (const auto& record : act_.removed) {
-    {
-      auto& links = file_.statement(Sql::LinksOfRow);
-      const sqlite::StatementScope scope(links);
-      links.bind(1, record.row);
-      while (links.step()) {
-        noteLink(ChangeKind::Unlinked, record.container, links.integer(0), links.integer(1),
-                 links.integer(2));
-        written_.linksOfRemoved = true;
-      }
-    }
-    {
-      auto& note = file_.statement(Sql::InsertRemoved);
-      const sqlite::StatementScope scope(note);
-      note.bind(1, nextChange_).bind(2, record.row);
-      if (!note.step()) continue;
-      bytes_ += kRowBytes + note.integer(0);
-      ++nextChange_;
-    }
+    if (!noteRemoval(record)) continue;
     file_.statement(Sql::DeleteRecord).bind(1, record.row).run();
     written_.removedRows.push_back(record.row);
     written_.changedValues.push_back(record.key);
   }
 }
 
+// The values move into the journal, the picture stays where it is and changes its owner. False when
+// the record is not there any more.
+bool ActWriter::noteRemoval(const RecordEntry& record) {
+  auto& row = file_.statement(Sql::RecordToRemove);
+  const sqlite::StatementScope scope(row);
+  row.bind(1, record.row);
+  if (!row.step()) return false;
+  const StoredUid uid(record.key);
+  JournalWriter::Change note{.what = ChangeKind::Removed,
+                             .record = record.row,
+                             .container = row.integer(2),
+                             .place = row.integer(1),
+                             .uid = &uid,
+                             .pictureBytes = row.integer(5)};
+  if (!row.isNull(3)) note.before = row.blob(3);
+  if (!row.isNull(4)) note.other = row.integer(4);
+  journal_.write(note);
+  return true;
+}
+
 void ActWriter::removeContainers() {
   for (const auto& container : act_.removedContainers) {
     file_.statement(Sql::DeleteContainer).bind(1, container.row).run();
-    change(ChangeKind::ContainerRemoved, container.row, container.row)
-        .bind(6, container.info.type)
-        .bindBlob(7, container.info.name)
-        .bindBlob(8, container.info.identifier)
-        .run();
-    written_.containersChanged = true;
+    noteContainer(ChangeKind::ContainerRemoved, container.row, container.info);
   }
 }
 
@@ -398,25 +335,10 @@ void ActWriter::removeContainers() {
 void ActWriter::noteTags() {
   for (const auto& tags : act_.tags) {
     const auto stored = encodeTagChange(tags);
-    bytes_ += static_cast<std::int64_t>(stored.before.size() + stored.after.size());
-    std::optional<std::int64_t> row;
-    {
-      auto& person = file_.statement(Sql::RecordByUid);
-      const sqlite::StatementScope scope(person);
-      const auto key = RecordKey::known(tags.person);
-      if (key) {
-        const StoredUid uid(*key);
-        uid.bindTo(person, 1);
-        if (person.step()) row = person.integer(0);
-      }
-    }
-    auto& note = change(ChangeKind::Tags, 0, 0);
-    if (row) {
-      note.bind(3, *row);
-    } else {
-      note.bindNull(3);
-    }
-    note.bindNull(4).bindBlob(7, stored.before).bindBlob(8, stored.after).run();
+    journal_.write({.what = ChangeKind::Tags,
+                    .record = rowOfPerson(tags.person),
+                    .before = stored.before,
+                    .after = stored.after});
   }
   if (act_.followedTags) file_.statement(Sql::DeleteTagDebt).bind(1, *act_.followedTags).run();
   if (!act_.tags.empty()) {
@@ -424,18 +346,14 @@ void ActWriter::noteTags() {
   }
 }
 
-void ActWriter::writeActRow() {
-  written_.row = {{last_.moment.number + 1, act_.name}, nextRow_, nextChange_, bytes_ + kRowBytes};
-  const auto& row = written_.row;
-  file_.statement(Sql::InsertAct)
-      .bind(1, row.moment.number)
-      .bindBlob(2, bytesOf(act_.name))
-      .bind(3, millisecondsNow())
-      .bind(4, file_.originRow(act_.origin, row.moment.number))
-      .bind(5, row.nextRecord)
-      .bind(6, row.nextChange)
-      .bind(7, row.bytes)
-      .run();
+std::optional<std::int64_t> ActWriter::rowOfPerson(const std::string& identifier) {
+  const auto key = RecordKey::known(identifier);
+  if (!key) return std::nullopt;
+  auto& person = file_.statement(Sql::RecordByUid);
+  const sqlite::StatementScope scope(person);
+  const StoredUid uid(*key);
+  uid.bindTo(person, 1);
+  return person.step() ? std::optional(person.integer(0)) : std::nullopt;
 }
 
 }  // namespace ox

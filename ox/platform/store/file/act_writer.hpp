@@ -2,18 +2,17 @@
 
 #include <cstdint>
 #include <optional>
-#include <string_view>
+#include <string>
 #include <unordered_set>
+#include <vector>
 
+#include "ox/platform/store/file/journal_rows.hpp"
+#include "ox/platform/store/file/journal_writer.hpp"
+#include "ox/platform/store/file/record_writer.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/act.hpp"
 
 namespace ox {
-
-// Of a row of number, name, next_record, next_change, bytes.
-ActRow actOfRow(const sqlite::Statement& row);
-// The journal's last row; missing in a damaged store.
-std::optional<ActRow> lastAct(StoreFile& file);
 
 // Writes an act into an open write transaction, with its rows of the journal; whoever began the
 // transaction commits it or rolls it back. Borrows the file. Throws sqlite::Error where that fails.
@@ -42,7 +41,7 @@ class ActWriter {
  private:
   bool isWrittenBefore();
   bool guardsHold();
-  bool touchesGuarded(const sqlite::Statement& change) const;
+  bool touchesGuarded(const JournalRow& change) const;
   std::int64_t rowOf(std::int64_t decided) const;
   std::int32_t containerOf(std::int32_t decided) const;
   void addContainers();
@@ -51,25 +50,27 @@ class ActWriter {
   void changeRecords();
   void removeLinks();
   void addLinks();
+  void removeLinksOfRemoved();
   void removeRecords();
   void removeContainers();
   void noteTags();
-  void writeActRow();
 
-  void insertRecord(const RecordEntry& record);
-  void insertContent(std::int64_t row, const PropertyBag& properties, std::uint64_t fingerprint,
-                     const Data& image);
-  std::int64_t insertImage(const std::string& bytes);
-  void noteLink(ChangeKind what, std::int64_t container, std::int64_t parent, std::int64_t child,
-                std::int64_t number);
-  sqlite::Statement& change(ChangeKind what, std::int64_t record, std::int64_t container);
+  void noteContainer(ChangeKind what, std::int32_t row, const ContainerInfo& info);
+  bool insertRecord(const RecordEntry& record);
+  std::optional<RecordWriter::Picture> insertPicture(const Data& picture);
+  void changeRecord(const Act::ChangedRecord& changed);
+  std::int64_t numberOf(const Act::ChangedLink& link);
+  NumberedLinks takeLinks(Sql which, std::int64_t row);
+  bool noteRemoval(const RecordEntry& record);
+  std::optional<std::int64_t> rowOfPerson(const std::string& identifier);
 
   StoreFile& file_;
   const Act& act_;
   ActRow last_;  // before this act
-  std::int64_t nextRow_ = 0;
-  std::int64_t nextChange_ = 0;
-  std::int64_t bytes_ = 0;
+  std::int64_t nextRow_;
+  std::int64_t nextLink_;
+  RecordWriter records_;
+  JournalWriter journal_;
   std::vector<std::int32_t> newContainers_;
   std::unordered_set<RecordKey> taken_;
   WrittenAct written_;

@@ -6,6 +6,7 @@
 
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/error.hpp"
+#include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
@@ -89,8 +90,27 @@ void checkActs(sqlite::Connection& file, Problems& problems) {
     before = now;
   }
   if (count == 0) problems.emplace_back("the journal has no last row");
-  const auto nextChange = file.queryInteger("SELECT ifnull(max(id), 0) + 1 FROM change");
-  if (count > 0 && nextChange > before[2]) {
+}
+
+// What a row tells of links can be read, and each of these has a number of its own.
+void checkLinkLists(sqlite::Connection& file, Problems& problems) {
+  if (file.queryInteger("PRAGMA user_version") < 3) return;  // each link had a row
+  std::int64_t next = 0;
+  auto rows = file.prepare("SELECT * FROM change ORDER BY id");
+  while (rows.step()) {
+    const JournalRow row(rows);
+    const auto name = "change " + std::to_string(row.id()) + " of the journal: ";
+    if (row.id() < next) problems.push_back(name + "its number is that of another one");
+    next = row.id() + 1;
+    try {
+      const auto links = row.links();
+      if (row.isOfLinks() && links.empty()) problems.push_back(name + "its links are missing");
+      if (!links.empty()) next = row.id() + static_cast<std::int64_t>(links.size());
+    } catch (const DamagedLinks& error) {
+      problems.push_back(name + error.what());
+    }
+  }
+  if (next > file.queryInteger("SELECT max(next_change) FROM act")) {
     problems.emplace_back("the journal holds changes of no act");
   }
 }
@@ -140,10 +160,16 @@ void checkJournal(sqlite::Connection& file, Problems& problems) {
   if (file.queryInteger("PRAGMA user_version") == 1) return;  // it had none
   checkActs(file, problems);
   checkChanges(file, problems);
+  checkLinkLists(file, problems);
   checkPictures(file, problems);
 }
 
 void checkLinks(sqlite::Connection& file, Problems& problems) {
+  if (file.queryInteger("PRAGMA user_version") > 2 &&
+      file.queryInteger("SELECT ifnull(max(id), 0) >= (SELECT max(next_link) FROM act) "
+                        "FROM link") != 0) {
+    problems.emplace_back("the numbers of links are not counted");
+  }
   auto crossing = file.prepare(
       "SELECT l.id FROM link l JOIN record p ON p.id = l.parent JOIN record c ON c.id = l.child "
       "WHERE p.container <> c.container OR p.kind <> 1 ORDER BY l.id");

@@ -1,9 +1,11 @@
 #include "ox/platform/store/file/eraser.hpp"
 
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "ox/base/sqlite/error.hpp"
+#include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/values/store_error.hpp"
@@ -15,16 +17,13 @@ namespace {
 // What one transaction erases.
 class Eraser {
  public:
-  Eraser(sqlite::Connection& file, const RecordKey& key) : file_(file), key_(key), uid_(key) {
-    hasJournal_ = file.queryInteger("PRAGMA user_version") > 1;
-  }
+  Eraser(sqlite::Connection& file, const RecordKey& key) : file_(file), key_(key), uid_(key) {}
 
   bool erase(const std::string& name, std::int64_t followedTags) {
     for (const auto row : rows()) {
       eraseRow(row);
       found_ = true;
     }
-    if (!hasJournal_) return found_;
     eraseTags();
     eraseNames(name);
     if (found_) beginAnew(followedTags);
@@ -39,10 +38,9 @@ class Eraser {
   }
 
   std::vector<std::int64_t> rows() {
-    auto rows = file_.prepare(hasJournal_ ? "SELECT id FROM record WHERE uid = ?1 UNION "
-                                            "SELECT record FROM change WHERE what = 3 "
-                                            "AND after = ?1"
-                                          : "SELECT id FROM record WHERE uid = ?1");
+    auto rows = file_.prepare(
+        "SELECT id FROM record WHERE uid = ?1 UNION "
+        "SELECT record FROM change WHERE what = 3 AND after = ?1");
     uid_.bindTo(rows, 1);
     return numbersOf(rows);
   }
@@ -50,17 +48,13 @@ class Eraser {
   void runWith(const char* sql, std::int64_t row) { file_.prepare(sql).bind(1, row).run(); }
 
   void eraseRow(std::int64_t row) {
-    if (hasJournal_) {
-      noteOriginsOf(row);
-      runWith(
-          "DELETE FROM image WHERE id IN (SELECT image FROM content WHERE record = ?1 UNION "
-          "SELECT other FROM change WHERE record = ?1 AND what IN (2, 3))",
-          row);
-      runWith(
-          "DELETE FROM change WHERE (record = ?1 AND what NOT IN (7, 8)) OR "
-          "(other = ?1 AND what IN (5, 6))",
-          row);
-    }
+    noteOriginsOf(row);
+    runWith(
+        "DELETE FROM image WHERE id IN (SELECT image FROM content WHERE record = ?1 UNION "
+        "SELECT other FROM change WHERE record = ?1 AND what IN (2, 3))",
+        row);
+    runWith("DELETE FROM change WHERE record = ?1 AND what NOT IN (7, 8)", row);
+    eraseFromLists(row);
     runWith("DELETE FROM record WHERE id = ?1", row);
   }
 
@@ -69,8 +63,56 @@ class Eraser {
         "SELECT origin FROM act WHERE number = (SELECT min(number) FROM act "
         "WHERE next_record > ?1) UNION SELECT a.origin FROM change c JOIN act a ON a.number = "
         "(SELECT min(number) FROM act WHERE next_change > c.id) WHERE "
-        "(c.record = ?1 AND c.what NOT IN (7, 8)) OR (c.other = ?1 AND c.what IN (5, 6))");
+        "c.record = ?1 AND c.what NOT IN (7, 8)");
     origins.bind(1, row);
+    for (const auto origin : numbersOf(origins)) origins_.insert(origin);
+  }
+
+  // Takes the record out of what the journal tells of the links of groups.
+  void eraseFromLists(std::int64_t child) {
+    std::vector<std::pair<std::int64_t, NumberedLinks>> others;
+    {
+      auto rows = file_.prepare("SELECT * FROM change WHERE what IN (5, 6)");
+      while (rows.step()) {
+        const JournalRow row(rows);
+        auto links = linksOf(row);
+        if (std::erase_if(links, [&](const auto& link) { return link.child == child; }) == 0) {
+          continue;
+        }
+        others.emplace_back(row.id(), std::move(links));
+      }
+    }
+    for (const auto& [row, links] : others) {
+      noteOriginOfChange(row);
+      if (links.empty()) {
+        runWith("DELETE FROM change WHERE id = ?1", row);
+        continue;
+      }
+      const auto bytes = encodeLinks(links);
+      file_
+          .prepare(
+              "UPDATE change SET before = CASE what WHEN 6 THEN ?2 END, "
+              "after = CASE what WHEN 5 THEN ?2 END WHERE id = ?1")
+          .bind(1, row)
+          .bindBlob(2, bytes)
+          .run();
+    }
+  }
+
+  // A damaged list tells nothing of anybody.
+  static NumberedLinks linksOf(const JournalRow& row) {
+    try {
+      return row.links();
+    } catch (const DamagedLinks&) {
+      return {};
+    }
+  }
+
+  void noteOriginOfChange(std::int64_t change) {
+    auto origins = file_.prepare(
+        "SELECT origin FROM act WHERE number = "
+        "(SELECT min(number) FROM act WHERE next_change > ?1)");
+    origins.bind(1, change);
     for (const auto origin : numbersOf(origins)) origins_.insert(origin);
   }
 
@@ -117,17 +159,16 @@ class Eraser {
     file_.execute(
         "INSERT INTO origin(program, command, together, undoes, first_act) "
         "SELECT 'oxcontacts', 'forget', 0, 0, max(number) + 1 FROM act;"
-        "INSERT INTO act(number, name, at, origin, next_record, next_change, bytes) "
+        "INSERT INTO act(number, name, at, origin, next_record, next_link, next_change, bytes) "
         "SELECT number + 1, randomblob(16), "
         "CAST((julianday('now') - 2440587.5) * 86400000 AS INTEGER), "
-        "(SELECT max(id) FROM origin), next_record, next_change, bytes FROM act "
+        "(SELECT max(id) FROM origin), next_record, next_link, next_change, bytes FROM act "
         "ORDER BY number DESC LIMIT 1;");
   }
 
   sqlite::Connection& file_;
   const RecordKey& key_;
   StoredUid uid_;
-  bool hasJournal_ = false;
   bool found_ = false;
   std::set<std::int64_t> origins_;
 };
@@ -152,6 +193,7 @@ bool eraseRecord(const std::string& path, const RecordKey& key, const std::strin
     auto file = openExistingStoreFile(path);
     file.execute("PRAGMA foreign_keys=ON; PRAGMA secure_delete=ON; PRAGMA synchronous=FULL");
     sqlite::Transaction transaction(file);
+    bringUpToDate(file, path);
     const bool found = Eraser(file, key).erase(name, followedTags);
     transaction.commit();
     // Whether or not: an earlier try may have been kept from it.

@@ -1,24 +1,61 @@
 #include "ox/platform/store/file/journal_rows.hpp"
 
+#include <algorithm>
 #include <string>
 
-#include "ox/platform/store/file/act_writer.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {
 namespace {
 
-// Behind the columns that actOfRow reads.
+constexpr int kColumnsOfAct = 8;
 constexpr const char* kActs =
-    "SELECT a.number, a.name, a.next_record, a.next_change, a.bytes, a.at, a.origin, "
-    "p.next_record, p.next_change FROM act a JOIN act p ON p.number = a.number - 1 ";
-constexpr const char* kChanges =
-    "SELECT id, what, record, container, other, place, before, after FROM change ";
+    "SELECT a.*, p.next_record, p.next_change FROM act a JOIN act p ON p.number = a.number - 1 ";
+
+// Of a row of act.
+ActRow actOfRow(const sqlite::Statement& row) {
+  ActRow act;
+  act.moment.number = row.integer(0);
+  const auto name = row.blob(1);
+  if (name.size() != act.moment.name.size()) {
+    throw StoreError(StoreError::Kind::Corrupt, "the name of an act is damaged");
+  }
+  std::ranges::copy(name, act.moment.name.begin());
+  act.nextRecord = row.integer(4);
+  act.nextLink = row.integer(5);
+  act.nextChange = row.integer(6);
+  act.bytes = row.integer(7);
+  return act;
+}
 
 JournalAct journalActOf(const sqlite::Statement& row) {
-  return {actOfRow(row), row.integer(5), row.integer(6), row.integer(7), row.integer(8)};
+  return {actOfRow(row), row.integer(2), row.integer(3), row.integer(kColumnsOfAct),
+          row.integer(kColumnsOfAct + 1)};
+}
+
+std::optional<ActRow> actOf(sqlite::Statement& row) {
+  const sqlite::StatementScope scope(row);
+  return row.step() ? std::optional(actOfRow(row)) : std::nullopt;
 }
 
 }  // namespace
+
+std::optional<ActRow> lastAct(StoreFile& file) {
+  return actOf(file.statement(Sql::LastAct));
+}
+
+std::optional<ActRow> actOfNumber(StoreFile& file, std::int64_t number) {
+  return actOf(file.statement(Sql::ActByNumber).bind(1, number));
+}
+
+bool JournalRow::isOfLinks() const {
+  return what() == ChangeKind::Linked || what() == ChangeKind::Unlinked;
+}
+
+NumberedLinks JournalRow::links() const {
+  if (!isOfLinks()) return {};
+  return decodeLinks(what() == ChangeKind::Linked ? after() : before());
+}
 
 std::optional<JournalAct> JournalRows::act(std::int64_t number) {
   auto row = file_.connection().prepare(std::string(kActs) + "WHERE a.number = ?1");
@@ -27,18 +64,15 @@ std::optional<JournalAct> JournalRows::act(std::int64_t number) {
 }
 
 std::optional<ActRow> JournalRows::actAt(std::int64_t milliseconds) {
-  auto row = file_.connection().prepare(
-      "SELECT number, name, next_record, next_change, bytes FROM act WHERE at <= ?1 "
-      "ORDER BY number DESC LIMIT 1");
+  auto row =
+      file_.connection().prepare("SELECT * FROM act WHERE at <= ?1 ORDER BY number DESC LIMIT 1");
   row.bind(1, milliseconds);
   return row.step() ? std::optional(actOfRow(row)) : std::nullopt;
 }
 
 bool JournalRows::knows(const StoreMoment& moment) {
-  auto row = file_.connection().prepare(
-      "SELECT number, name, next_record, next_change, bytes FROM act WHERE number = ?1");
-  row.bind(1, moment.number);
-  return row.step() && actOfRow(row).moment == moment;
+  const auto act = actOfNumber(file_, moment.number);
+  return act && act->moment == moment;
 }
 
 void JournalRows::actsFrom(std::int64_t number, const VisitAct& visit) {
@@ -55,16 +89,22 @@ void JournalRows::actsDownFrom(std::int64_t number, const VisitAct& visit) {
   while (rows.step() && visit(journalActOf(rows))) continue;
 }
 
+std::int64_t JournalRows::rowOf(std::int64_t change) {
+  auto row = file_.connection().prepare("SELECT max(id) FROM change WHERE id <= ?1");
+  row.bind(1, change);
+  return row.step() ? row.integer(0) : 0;
+}
+
 void JournalRows::changes(std::int64_t from, std::int64_t end, const VisitChange& visit) {
   auto rows =
-      file_.connection().prepare(std::string(kChanges) + "WHERE id >= ?1 AND id < ?2 ORDER BY id");
+      file_.connection().prepare("SELECT * FROM change WHERE id >= ?1 AND id < ?2 ORDER BY id");
   rows.bind(1, from).bind(2, end);
   while (rows.step() && visit(JournalRow(rows))) continue;
 }
 
 void JournalRows::changesDown(std::int64_t from, std::int64_t end, const VisitChange& visit) {
-  auto rows = file_.connection().prepare(std::string(kChanges) +
-                                         "WHERE id >= ?1 AND id < ?2 ORDER BY id DESC");
+  auto rows = file_.connection().prepare(
+      "SELECT * FROM change WHERE id >= ?1 AND id < ?2 ORDER BY id DESC");
   rows.bind(1, from).bind(2, end);
   while (rows.step() && visit(JournalRow(rows))) continue;
 }

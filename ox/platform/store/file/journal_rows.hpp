@@ -11,8 +11,14 @@
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
 #include "ox/platform/store/values/origin.hpp"
+#include "ox/records/link_list.hpp"
 
 namespace ox {
+
+// The journal's last row, or that of an act of the same number; missing in a damaged store, or
+// where the journal does not reach back to it.
+std::optional<ActRow> lastAct(StoreFile& file);
+std::optional<ActRow> actOfNumber(StoreFile& file, std::int64_t number);
 
 // An act of the journal, and where its additions and changes begin.
 struct JournalAct {
@@ -28,10 +34,12 @@ struct JournalOrigin {
   std::int64_t firstAct = 0;
 };
 
-// A row of the journal; ChangeKind tells what its columns hold. Borrowed until the next row, as its
-// bytes are, which are only read when they are asked for.
+// A row of the journal as `SELECT *` gives it; ChangeKind tells what its columns hold. Borrowed
+// until the next row, as its bytes are, which are only read when they are asked for.
 class JournalRow {
  public:
+  static constexpr int kColumns = 8;
+
   explicit JournalRow(const sqlite::Statement& row) : row_(row) {}
   ChangeKind what() const { return static_cast<ChangeKind>(row_.integer(1)); }
   std::int64_t id() const { return row_.integer(0); }
@@ -43,6 +51,9 @@ class JournalRow {
   std::string_view after() const { return row_.blob(7); }
   // The identifier of a removed record.
   RecordKey key() const { return keyOfColumn(row_, 7); }
+  // Whether it is Linked or Unlinked, and what it tells then; throws DamagedLinks.
+  bool isOfLinks() const;
+  NumberedLinks links() const;
 
  private:
   const sqlite::Statement& row_;
@@ -68,6 +79,10 @@ class JournalRows {
   using VisitChange = std::function<bool(const JournalRow&)>;
   void changes(std::int64_t from, std::int64_t end, const VisitChange& visit);
   void changesDown(std::int64_t from, std::int64_t end, const VisitChange& visit);
+
+  // The row that tells of the change of that number, or, when there is none, a row before it: a row
+  // of links tells of many.
+  std::int64_t rowOf(std::int64_t change);
 
   // Read once; the origin of no act is an empty one.
   const JournalOrigin& origin(std::int64_t row);

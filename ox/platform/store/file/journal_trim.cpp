@@ -1,8 +1,9 @@
 #include "ox/platform/store/file/journal_trim.hpp"
 
 #include <algorithm>
-#include <chrono>
 #include <optional>
+
+#include "ox/base/clock.hpp"
 
 namespace ox {
 namespace {
@@ -23,12 +24,6 @@ void setSetting(sqlite::Connection& file, std::string_view name, std::int64_t va
       .bindText(1, name)
       .bind(2, value)
       .run();
-}
-
-std::int64_t millisecondsNow() {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(
-             std::chrono::system_clock::now().time_since_epoch())
-      .count();
 }
 
 std::int64_t mostBytes(sqlite::Connection& file, const JournalBounds& bounds) {

@@ -14,6 +14,7 @@
 #include "ox/base/private_file.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/file/kept_copies.hpp"
+#include "ox/platform/store/file/migration.hpp"
 #include "ox/platform/store/file/tables.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
@@ -71,6 +72,11 @@ int versionOf(sqlite::Connection& database, const std::string& path) {
   return static_cast<int>(version);
 }
 
+void setVersion(sqlite::Connection& database) {
+  database.execute(("PRAGMA user_version=" + std::to_string(kSchemaVersion)).c_str());
+  database.execute(("PRAGMA application_id=" + std::to_string(kStoreApplicationId)).c_str());
+}
+
 void migrate(sqlite::Connection& database, const std::string& path) {
   if (versionOf(database, path) == kSchemaVersion) return;
   // Tables, version and mark are one transaction: whoever is killed half way leaves an empty file,
@@ -84,12 +90,9 @@ void migrate(sqlite::Connection& database, const std::string& path) {
     // Under the write lock, so that the copy is what is brought up to date; one that cannot be made
     // leaves the store as it is.
     keepCopy(path, "migration-" + std::to_string(from) + "-" + std::to_string(kSchemaVersion));
-    for (int version = from; version < kSchemaVersion; ++version) {
-      database.execute(migrationFrom(version).c_str());
-    }
+    migrateTables(database, from);
   }
-  database.execute(("PRAGMA user_version=" + std::to_string(kSchemaVersion)).c_str());
-  database.execute(("PRAGMA application_id=" + std::to_string(kStoreApplicationId)).c_str());
+  setVersion(database);
   transaction.commit();
 }
 
@@ -137,6 +140,13 @@ sqlite::Connection openStoreFile(const std::string& path) {
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
   }
+}
+
+void bringUpToDate(sqlite::Connection& store, const std::string& path) {
+  const int from = versionOf(store, path);
+  if (from == kSchemaVersion) return;
+  migrateTables(store, from);
+  setVersion(store);
 }
 
 void syncWriteAheadLog(const sqlite::Connection& store) {

@@ -22,6 +22,10 @@ sqlite::Connection openStoreFile(const std::string& path);
 // also when there is no file.
 sqlite::Connection openExistingStoreFile(const std::string& path);
 
+// Brings such a store up to date without keeping a copy of it as it was; inside of a write
+// transaction.
+void bringUpToDate(sqlite::Connection& store, const std::string& path);
+
 // Returns when the open store's write-ahead log, if there is one, would survive a power cut.
 void syncWriteAheadLog(const sqlite::Connection& store);
 

@@ -24,16 +24,19 @@ constexpr std::array kStatements = {
     Row{Sql::Containers,
         "SELECT id, identifier, name, type FROM container "
         "ORDER BY type <> 1, id"},
-    Row{Sql::LastAct,
-        "SELECT number, name, next_record, next_change, bytes FROM act ORDER BY number DESC LIMIT "
-        "1"},
-    Row{Sql::ActsFrom,
-        "SELECT number, name, next_record, next_change, bytes FROM act WHERE number >= ?1 "
-        "ORDER BY number"},
+    Row{Sql::LastAct, "SELECT * FROM act ORDER BY number DESC LIMIT 1"},
+    Row{Sql::ActByNumber, "SELECT * FROM act WHERE number = ?1"},
     Row{Sql::ChangesFrom,
-        "SELECT c.what, c.record, c.container, c.other, c.after, r.uid, o.uid FROM change c "
-        "LEFT JOIN record r ON r.id = c.record LEFT JOIN record o ON o.id = c.other "
-        "AND c.what IN (5, 6) WHERE c.id >= ?1 ORDER BY c.id"},
+        "SELECT c.*, r.uid FROM change c LEFT JOIN record r ON r.id = c.record "
+        "WHERE c.id >= ?1 ORDER BY c.id"},
+    Row{Sql::UidsOfRows, "SELECT r.uid FROM keys(?1) k CROSS JOIN record r ON r.id = k.key"},
+    Row{Sql::RecordsOfRows,
+        "SELECT id, uid, kind, container FROM record WHERE id >= ?1 AND id < ?2 ORDER BY id "
+        "LIMIT ?3"},
+    Row{Sql::ContentOfRow,
+        "SELECT c.properties, i.checksum FROM content c LEFT JOIN image i ON i.id = c.image "
+        "WHERE c.record = ?1"},
+    Row{Sql::ImageChecksum, "SELECT checksum FROM image WHERE id = ?1"},
     Row{Sql::RecordsAfter, "SELECT id, uid, kind, container FROM record WHERE id > ?1 ORDER BY id"},
     Row{Sql::RecordByUid, "SELECT id, uid, kind, container FROM record WHERE uid = ?1"},
     Row{Sql::ContentFrom,
@@ -90,8 +93,8 @@ constexpr std::array kStatements = {
         "INSERT INTO origin(program, command, together, undoes, first_act) "
         "VALUES(?1, ?2, ?3, ?4, ?5)"},
     Row{Sql::InsertAct,
-        "INSERT INTO act(number, name, at, origin, next_record, next_change, bytes) "
-        "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7)"},
+        "INSERT INTO act(number, name, at, origin, next_record, next_link, next_change, bytes) "
+        "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"},
     Row{Sql::InsertContainer,
         "INSERT INTO container(id, identifier, name, type) VALUES(?1, ?2, ?3, ?4)"},
     Row{Sql::DeleteContainer, "DELETE FROM container WHERE id = ?1"},
@@ -111,23 +114,21 @@ constexpr std::array kStatements = {
     Row{Sql::ImageOfRow,
         "SELECT i.id, i.checksum, length(i.data) FROM content c JOIN image i ON i.id = c.image "
         "WHERE c.record = ?1"},
-    Row{Sql::LinksOfRow,
-        "SELECT parent, child, id FROM link WHERE parent = ?1 "
-        "UNION ALL SELECT parent, child, id FROM link WHERE child = ?1 AND parent <> ?1"},
+    Row{Sql::LinksToChildren, "SELECT child, id FROM link WHERE parent = ?1 ORDER BY id"},
+    Row{Sql::LinksToParents, "SELECT parent, id FROM link WHERE child = ?1 ORDER BY id"},
     Row{Sql::InsertLink,
-        "INSERT INTO link(id, parent, child) VALUES(CASE WHEN EXISTS(SELECT 1 FROM link "
-        "WHERE id = ?1) THEN NULL ELSE ?1 END, ?2, ?3) ON CONFLICT(child, parent) DO NOTHING"},
+        "INSERT INTO link(id, parent, child) VALUES(?1, ?2, ?3) "
+        "ON CONFLICT(child, parent) DO NOTHING"},
+    Row{Sql::LinkOfNumber, "SELECT id FROM link WHERE id = ?1"},
     Row{Sql::LinkNumber, "SELECT id FROM link WHERE child = ?2 AND parent = ?1"},
     Row{Sql::DeleteLink, "DELETE FROM link WHERE id = ?1"},
     Row{Sql::InsertChange,
         "INSERT INTO change(id, what, record, container, other, place, before, after) "
         "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"},
-    Row{Sql::InsertRemoved,
-        "INSERT INTO change(id, what, record, container, other, place, before, after) "
-        "SELECT ?1, 3, r.id, r.container, c.image, r.kind, c.properties, r.uid FROM record r "
-        "LEFT JOIN content c ON c.record = r.id WHERE r.id = ?2 RETURNING ifnull(length(before), "
-        "0) "
-        "+ ifnull((SELECT length(data) FROM image WHERE id = other), 0)"},
+    Row{Sql::RecordToRemove,
+        "SELECT r.uid, r.kind, r.container, c.properties, c.image, ifnull(length(i.data), 0) "
+        "FROM record r LEFT JOIN content c ON c.record = r.id LEFT JOIN image i ON i.id = c.image "
+        "WHERE r.id = ?1"},
     Row{Sql::InsertTagDebt, "INSERT INTO tag_debt VALUES(?1)"},
     Row{Sql::TagDebts,
         "SELECT d.number, a.name FROM tag_debt d "

@@ -3,17 +3,21 @@
 #include "ox/records/property_codec.hpp"
 
 namespace ox {
+namespace {
 
-StoredRows::StoredRows(StoreFile& file)
-    : file_(file),
-      record_(file.connection().prepare(
-          "SELECT id, uid, kind, container FROM record WHERE id >= ?1 AND id < ?2 ORDER BY id "
-          "LIMIT ?3")),
-      content_(file.connection().prepare("SELECT c.properties, i.checksum FROM content c "
-                                         "LEFT JOIN image i ON i.id = c.image "
-                                         "WHERE c.record = ?1")),
-      picture_(file.connection().prepare("SELECT checksum FROM image WHERE id = ?1")),
-      link_(file.connection().prepare("SELECT id FROM link WHERE parent = ?1 AND child = ?2")) {}
+std::optional<std::int64_t> firstNumber(sqlite::Statement& row) {
+  const sqlite::StatementScope scope(row);
+  return row.step() ? std::optional(row.integer(0)) : std::nullopt;
+}
+
+std::vector<RecordEntry> entriesOf(sqlite::Statement& rows) {
+  std::vector<RecordEntry> entries;
+  const sqlite::StatementScope scope(rows);
+  while (rows.step()) entries.push_back(entryOfRow(rows));
+  return entries;
+}
+
+}  // namespace
 
 std::optional<RecordEntry> StoredRows::record(std::int64_t row) {
   const auto found = records(row, row + 1);
@@ -22,26 +26,21 @@ std::optional<RecordEntry> StoredRows::record(std::int64_t row) {
 
 std::vector<RecordEntry> StoredRows::records(std::int64_t from, std::int64_t end,
                                              std::int64_t atMost) {
-  std::vector<RecordEntry> entries;
-  const sqlite::StatementScope scope(record_);
-  record_.bind(1, from).bind(2, end).bind(3, atMost);
-  while (record_.step()) entries.push_back(entryOfRow(record_));
-  return entries;
+  auto& rows = file_.statement(Sql::RecordsOfRows);
+  return entriesOf(rows.bind(1, from).bind(2, end).bind(3, atMost));
 }
 
 std::optional<StoredRows::Content> StoredRows::content(std::int64_t row) {
-  const sqlite::StatementScope scope(content_);
-  content_.bind(1, row);
-  if (!content_.step()) return std::nullopt;
-  return Content{decodeProperties(content_.blob(0)),
-                 static_cast<std::uint64_t>(content_.integer(1))};
+  auto& content = file_.statement(Sql::ContentOfRow);
+  const sqlite::StatementScope scope(content);
+  content.bind(1, row);
+  if (!content.step()) return std::nullopt;
+  return Content{decodeProperties(content.blob(0)), static_cast<std::uint64_t>(content.integer(1))};
 }
 
 std::optional<std::uint64_t> StoredRows::picture(std::int64_t imageRow) {
-  const sqlite::StatementScope scope(picture_);
-  picture_.bind(1, imageRow);
-  return picture_.step() ? std::optional(static_cast<std::uint64_t>(picture_.integer(0)))
-                         : std::nullopt;
+  const auto checksum = firstNumber(file_.statement(Sql::ImageChecksum).bind(1, imageRow));
+  return checksum ? std::optional(static_cast<std::uint64_t>(*checksum)) : std::nullopt;
 }
 
 Data pictureInRow(StoreFile& file, std::int64_t imageRow) {
@@ -69,9 +68,7 @@ void StoredRows::visitLinks(
 }
 
 std::optional<std::int64_t> StoredRows::link(std::int64_t group, std::int64_t child) {
-  const sqlite::StatementScope scope(link_);
-  link_.bind(1, group).bind(2, child);
-  return link_.step() ? std::optional(link_.integer(0)) : std::nullopt;
+  return firstNumber(file_.statement(Sql::LinkNumber).bind(1, group).bind(2, child));
 }
 
 std::vector<std::int64_t> StoredRows::parents(std::int64_t row) {
@@ -84,12 +81,7 @@ std::vector<std::int64_t> StoredRows::parents(std::int64_t row) {
 }
 
 std::vector<RecordEntry> StoredRows::recordsIn(std::int32_t container) {
-  auto& rows = file_.statement(Sql::RecordsOfContainer);
-  const sqlite::StatementScope scope(rows);
-  rows.bind(1, container);
-  std::vector<RecordEntry> entries;
-  while (rows.step()) entries.push_back(entryOfRow(rows));
-  return entries;
+  return entriesOf(file_.statement(Sql::RecordsOfContainer).bind(1, container));
 }
 
 }  // namespace ox

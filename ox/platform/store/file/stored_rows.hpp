@@ -16,7 +16,7 @@ namespace ox {
 // file. Throws sqlite::Error.
 class StoredRows {
  public:
-  explicit StoredRows(StoreFile& file);
+  explicit StoredRows(StoreFile& file) : file_(file) {}
 
   struct Content {
     PropertyBag properties;
@@ -41,10 +41,6 @@ class StoredRows {
 
  private:
   StoreFile& file_;
-  sqlite::Statement record_;
-  sqlite::Statement content_;
-  sqlite::Statement picture_;
-  sqlite::Statement link_;
 };
 
 // The bytes of the picture in that row; of a record in that row. Null when there is none.

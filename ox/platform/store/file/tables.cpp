@@ -1,7 +1,5 @@
-// The tables of the store file, version by version.
 #include "ox/platform/store/file/tables.hpp"
 
-#include <cassert>
 #include <string_view>
 
 namespace ox {
@@ -10,14 +8,13 @@ namespace {
 // record: uid holds the 16 bytes of our own identifiers (see RecordKey), any other identifier as
 // text. Row numbers rise and are never given to another record.
 // link: its number tells the order of adding, and is never given to another link: one that comes
-// back as it was stands where it stood.
+// back as it was stands where it stood. The acts count the numbers.
 constexpr std::string_view kRecordTables = R"sql(
 CREATE TABLE container(
   id INTEGER PRIMARY KEY AUTOINCREMENT,
   identifier TEXT NOT NULL UNIQUE,
   name TEXT NOT NULL,
   type INTEGER NOT NULL);
-INSERT INTO container(identifier, name, type) VALUES('_local:ABAccount', 'On My Mac', 1);
 CREATE TABLE record(
   id INTEGER PRIMARY KEY,
   uid BLOB NOT NULL UNIQUE,
@@ -30,7 +27,7 @@ CREATE TABLE custom_property(
 
 constexpr std::string_view kLinkTable = R"sql(
 CREATE TABLE link(
-  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  id INTEGER PRIMARY KEY,
   parent INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE,
   child INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE);
 CREATE INDEX link_parent ON link(parent);
@@ -54,9 +51,6 @@ CREATE TABLE image(
   id INTEGER PRIMARY KEY,
   checksum INTEGER NOT NULL,
   data BLOB NOT NULL);
-)sql";
-
-constexpr std::string_view kContentIndexes = R"sql(
 CREATE INDEX content_card_uid ON content(card_uid) WHERE card_uid IS NOT NULL;
 CREATE INDEX content_fingerprint ON content(fingerprint);
 )sql";
@@ -65,16 +59,14 @@ CREATE INDEX content_fingerprint ON content(fingerprint);
 // origin: who wrote: a program, and the command it was given. together: all acts of this origin are
 // one command. undoes: the number of the first act of the command that it takes back. first_act: of
 // its own acts.
-// act: a commit. next_record and next_change are those after it, so an act's additions are the rows
-// of record from the next_record of the act before it, and its changes likewise: what is added and
-// what is new elsewhere is told without a row for each. at is in milliseconds since 1970, bytes the
-// sum of the journal up to here.
-// change: what an act did beside adding; ChangeKind in values/journal_row.hpp tells the columns.
-// tag_debt: acts whose changes of tags the tag file may not have followed yet.
-// setting: what was set of the bounds of the journal.
+// act: a commit. next_record, next_link and next_change are those after it, so an act's additions
+// are the rows of record from the next_record of the act before it, and its changes likewise: what
+// is added and what is new elsewhere is told without a row for each. at is in milliseconds since
+// 1970, bytes the sum of the journal up to here. change: what an act did beside adding; ChangeKind
+// in values/journal_row.hpp tells the columns. tag_debt: acts whose changes of tags the tag file
+// may not have followed yet. setting: what was set of the bounds of the journal.
 constexpr std::string_view kJournalTables = R"sql(
 CREATE TABLE store(name BLOB NOT NULL);
-INSERT INTO store VALUES(randomblob(16));
 CREATE TABLE origin(
   id INTEGER PRIMARY KEY,
   program TEXT NOT NULL,
@@ -89,6 +81,7 @@ CREATE TABLE act(
   at INTEGER NOT NULL,
   origin INTEGER NOT NULL,
   next_record INTEGER NOT NULL,
+  next_link INTEGER NOT NULL,
   next_change INTEGER NOT NULL,
   bytes INTEGER NOT NULL);
 CREATE TABLE change(
@@ -104,55 +97,31 @@ CREATE TABLE tag_debt(number INTEGER PRIMARY KEY);
 CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
 )sql";
 
-// The act of nobody that every journal begins with.
-std::string firstAct(std::string_view nextRecord) {
-  std::string statement =
-      "INSERT INTO act VALUES(0, randomblob(16), "
-      "CAST((julianday('now') - 2440587.5) * 86400000 AS INTEGER), 0, ";
-  return statement.append(nextRecord).append(", 1, 0);\n");
-}
-
-std::string joined(std::initializer_list<std::string_view> parts) {
-  std::string all;
-  for (const auto part : parts) all.append(part);
-  return all;
-}
+constexpr std::string_view kFirstRows = R"sql(
+INSERT INTO container(identifier, name, type) VALUES('_local:ABAccount', 'On My Mac', 1);
+)sql";
 
 }  // namespace
 
-std::string newTables() {
-  return joined(
-      {kRecordTables, kLinkTable, kContentTables, kContentIndexes, kJournalTables, firstAct("1")});
+std::string emptyTables() {
+  return std::string(kRecordTables)
+      .append(kLinkTable)
+      .append(kContentTables)
+      .append(kJournalTables);
 }
 
-// Version 1 counted its rows in a table of one row and noted the rows that were gone; a picture
-// stood in the row of its record, whose number it keeps.
-std::string migrationFrom([[maybe_unused]] int version) {
-  assert(version == 1);
-  constexpr std::string_view kAside = R"sql(
-DROP INDEX content_card_uid;
-DROP INDEX content_fingerprint;
-ALTER TABLE content RENAME TO content_1;
-ALTER TABLE image RENAME TO image_1;
-DROP INDEX link_parent;
-DROP INDEX link_child;
-ALTER TABLE link RENAME TO link_1;
-)sql";
-  constexpr std::string_view kMove = R"sql(
-INSERT INTO image SELECT record, checksum, data FROM image_1 ORDER BY record;
-INSERT INTO content SELECT c.record, c.card_uid, c.fingerprint, i.record, c.properties
-  FROM content_1 c LEFT JOIN image_1 i ON i.record = c.record ORDER BY c.record;
-INSERT INTO link SELECT id, parent, child FROM link_1 ORDER BY id;
-DROP TABLE link_1;
-DROP TABLE content_1;
-DROP TABLE image_1;
-)sql";
-  constexpr std::string_view kNextRecord =
-      "max((SELECT ifnull(max(next_record), 1) FROM counter), "
-      "(SELECT ifnull(max(id), 0) + 1 FROM record), "
-      "(SELECT ifnull(max(record), 0) + 1 FROM removal))";
-  return joined({kAside, kLinkTable, kContentTables, kMove, kContentIndexes, kJournalTables,
-                 firstAct(kNextRecord), "DROP TABLE counter;\nDROP TABLE removal;\n"});
+std::string newJournal(std::string_view nextRecord, std::string_view nextLink) {
+  return std::string("INSERT INTO store VALUES(randomblob(16));\n")
+      .append("INSERT INTO act VALUES(0, randomblob(16), ")
+      .append("CAST((julianday('now') - 2440587.5) * 86400000 AS INTEGER), 0, ")
+      .append(nextRecord)
+      .append(", ")
+      .append(nextLink)
+      .append(", 1, 0);\n");
+}
+
+std::string newTables() {
+  return emptyTables().append(kFirstRows).append(newJournal("1", "1"));
 }
 
 }  // namespace ox

@@ -1,16 +1,19 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace ox {
 
-inline constexpr int kSchemaVersion = 2;
+inline constexpr int kSchemaVersion = 3;
 
-// The statements that make the tables of a new store, and what is in them from the beginning.
+// The statements that make the tables of a store, without a row; those that begin a journal, with
+// an act of nobody, in a store whose next record and link have these numbers, or what these
+// expressions come to.
+std::string emptyTables();
+std::string newJournal(std::string_view nextRecord, std::string_view nextLink);
+
+// Those that make the tables of a new store, with what is in them from the beginning.
 std::string newTables();
-
-// Those that make a store of that version one of the next; run in the transaction that changes the
-// version.
-std::string migrationFrom(int version);
 
 }  // namespace ox

@@ -52,6 +52,13 @@ JournalChange ChangeReader::change(const JournalRow& row, const JournalAct& act)
   return change;
 }
 
+JournalChange ChangeReader::change(const JournalRow& row, const JournalAct& act,
+                                   const NumberedLink& link) {
+  auto told = change(row, act);
+  if (const auto child = record(link.child)) told.other = child->key;
+  return told;
+}
+
 void ChangeReader::describe(const JournalRow& row, JournalChange& change) {
   using Kind = JournalChange::Kind;
   switch (row.what()) {
@@ -75,7 +82,6 @@ void ChangeReader::describe(const JournalRow& row, JournalChange& change) {
     case ChangeKind::Linked:
     case ChangeKind::Unlinked:
       change.kind = row.what() == ChangeKind::Linked ? Kind::Linked : Kind::Unlinked;
-      if (const auto other = record(row.other())) change.other = other->key;
       return;
     case ChangeKind::ContainerAdded:
     case ChangeKind::ContainerRemoved:

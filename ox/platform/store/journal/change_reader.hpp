@@ -13,8 +13,7 @@
 namespace ox {
 
 // Tells rows of the journal in the terms of records and accounts. Borrows the file and the records.
-// Used by one thread at a time; throws
-// sqlite::Error, DamagedProperties and DamagedTagChange.
+// Used by one thread at a time; throws sqlite::Error and DamagedBytes.
 class ChangeReader {
  public:
   ChangeReader(StoreFile& file, CommittedRecords& committed);
@@ -22,7 +21,9 @@ class ChangeReader {
   JournalRows& journal() { return journal_; }
   StoredRows& stored() { return stored_; }
 
+  // What a row tells; of a row of links, what it tells of that one.
   JournalChange change(const JournalRow& row, const JournalAct& act);
+  JournalChange change(const JournalRow& row, const JournalAct& act, const NumberedLink& link);
   JournalChange addition(const RecordEntry& record, const JournalAct& act);
   // The act that a change or an added record belongs to; missing when it is not kept any more.
   std::optional<JournalAct> actOfChange(std::int64_t id);

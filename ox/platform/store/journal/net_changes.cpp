@@ -30,7 +30,7 @@ void NetChanges::take(const JournalRow& change) {
     }
     case ChangeKind::Linked:
     case ChangeKind::Unlinked:
-      return takeLink(change);
+      return takeLinks(change);
     case ChangeKind::ContainerAdded:
     case ChangeKind::ContainerRemoved:
       return takeContainer(change);
@@ -88,15 +88,17 @@ void NetChanges::takeRemoval(const JournalRow& change) {
   record.key = change.key();
 }
 
-void NetChanges::takeLink(const JournalRow& change) {
-  const auto [found, isNew] = links_.try_emplace({change.record(), change.other()});
-  auto& link = found->second;
+void NetChanges::takeLinks(const JournalRow& change) {
   const bool isLinked = change.what() == ChangeKind::Linked;
-  if (isNew) {
-    link.container = change.container();
-    if (!isLinked) link.before = change.place();
+  for (const auto& [child, number] : change.links()) {
+    const auto [found, isNew] = links_.try_emplace({change.record(), child});
+    auto& link = found->second;
+    if (isNew) {
+      link.container = change.container();
+      if (!isLinked) link.before = number;
+    }
+    link.after = isLinked ? std::optional(number) : std::nullopt;
   }
-  link.after = isLinked ? std::optional(change.place()) : std::nullopt;
 }
 
 void NetChanges::takeContainer(const JournalRow& change) {

@@ -55,7 +55,7 @@ class NetChanges {
 
   // Records that came with one act: those of these rows.
   void takeAdditions(std::int64_t first, std::int64_t end);
-  // Throws DamagedProperties, DamagedTagChange.
+  // Throws DamagedBytes.
   void take(const JournalRow& change);
 
   bool isAdded(std::int64_t row) const;
@@ -72,7 +72,7 @@ class NetChanges {
   NetRecord& recordOf(const JournalRow& change);
   void takeValues(const JournalRow& change);
   void takeRemoval(const JournalRow& change);
-  void takeLink(const JournalRow& change);
+  void takeLinks(const JournalRow& change);
   void takeContainer(const JournalRow& change);
   void takeTags(const JournalRow& change);
 

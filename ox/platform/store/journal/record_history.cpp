@@ -10,21 +10,28 @@
 namespace ox {
 namespace {
 
-// Whether a row of the journal is about the record; tags may name it by its identifier alone.
+// Whether a row of the journal is about the record; tags may name it by its identifier alone. Which
+// links of a row are: see linksAbout.
 bool isAbout(const JournalRow& row, const RecordEntry& record, const std::string& identifier) {
   switch (row.what()) {
     case ChangeKind::ContainerAdded:
     case ChangeKind::ContainerRemoved:
       return false;
-    case ChangeKind::Linked:
-    case ChangeKind::Unlinked:
-      return row.record() == record.row || row.other() == record.row;
     case ChangeKind::Tags:
       return row.record() == record.row ||
              (row.record() == 0 && decodeTagChange(row.before(), row.after()).person == identifier);
     default:
       return row.record() == record.row;
   }
+}
+
+// What a row tells of the links of a record, as a group or in one.
+NumberedLinks linksAbout(const JournalRow& row, const RecordEntry& record) {
+  auto links = row.links();
+  if (row.record() != record.row) {
+    std::erase_if(links, [&](const auto& link) { return link.child != record.row; });
+  }
+  return links;
 }
 
 // A record on its way into the past.
@@ -43,6 +50,7 @@ class Past {
   }
 
   void takeBack(const JournalRow& row) {
+    if (row.isOfLinks()) return takeLinksBack(row);
     if (!isAbout(row, record_, identifier_)) return;
     switch (row.what()) {
       case ChangeKind::Values:
@@ -55,12 +63,6 @@ class Past {
         return;
       case ChangeKind::Restored:
         isThere_ = false;
-        return;
-      case ChangeKind::Linked:
-        std::erase(groups_, row.record());
-        return;
-      case ChangeKind::Unlinked:
-        if (row.other() == record_.row) groups_.push_back(row.record());
         return;
       case ChangeKind::Tags:
         tags_ = decodeTagChange(row.before(), row.after()).before;
@@ -89,6 +91,16 @@ class Past {
   }
 
  private:
+  // Those of what stands in it, as a group, are not asked for.
+  void takeLinksBack(const JournalRow& row) {
+    if (row.record() == record_.row || linksAbout(row, record_).empty()) return;
+    if (row.what() == ChangeKind::Linked) {
+      std::erase(groups_, row.record());
+    } else {
+      groups_.push_back(row.record());
+    }
+  }
+
   void takeValuesBack(const JournalRow& row) {
     const auto after = decodeProperties(row.after());
     const auto before = decodeProperties(row.before());
@@ -126,8 +138,14 @@ std::vector<JournalChange> historyOf(ChangeReader& reader, const RecordEntry& re
   const auto identifier = record.key.text();
   reader.journal().changesDown(0, INT64_MAX, [&](const JournalRow& row) {
     if (changes.size() >= atMost) return false;
-    if (!isAbout(row, record, identifier)) return true;
-    if (const auto act = reader.actOfChange(row.id())) changes.push_back(reader.change(row, *act));
+    const auto links = linksAbout(row, record);
+    if (links.empty() && (row.isOfLinks() || !isAbout(row, record, identifier))) return true;
+    const auto act = reader.actOfChange(row.id());
+    if (!act) return true;
+    if (!row.isOfLinks()) changes.push_back(reader.change(row, *act));
+    for (auto link = links.rbegin(); link != links.rend() && changes.size() < atMost; ++link) {
+      changes.push_back(reader.change(row, *act, *link));
+    }
     return true;
   });
   if (changes.size() < atMost) {
@@ -164,6 +182,34 @@ std::vector<RemovedRecord> removedRecords(ChangeReader& reader, std::size_t atMo
   return records;
 }
 
+namespace {
+
+// Appends what a row tells behind the place, as far as there is room, and moves the place on. False
+// when there is no room for more.
+bool takeRow(ChangeReader& reader, const JournalRow& row, const JournalAct& act, std::size_t atMost,
+             JournalPart& part) {
+  auto& place = part.next;
+  const auto take = [&](std::int64_t number, JournalChange change) {
+    place.change = number + 1;
+    change.behind = place;
+    part.changes.push_back(std::move(change));
+  };
+  auto number = row.id();
+  if (!row.isOfLinks()) {
+    if (part.changes.size() >= atMost) return false;
+    if (number >= place.change) take(number, reader.change(row, act));
+    return true;
+  }
+  for (const auto& link : row.links()) {
+    if (part.changes.size() >= atMost) return false;
+    if (number >= place.change) take(number, reader.change(row, act, link));
+    ++number;
+  }
+  return true;
+}
+
+}  // namespace
+
 JournalPart partFrom(ChangeReader& reader, const JournalPlace& from, std::size_t atMost) {
   JournalPart part;
   part.next = from;
@@ -186,14 +232,8 @@ JournalPart partFrom(ChangeReader& reader, const JournalPlace& from, std::size_t
     }
     if (room() == 0) return false;
     place.record = act.row.nextRecord;
-    journal.changes(std::max(act.firstChange, place.change), act.row.nextChange,
-                    [&](const JournalRow& row) {
-                      if (room() == 0) return false;
-                      part.changes.push_back(reader.change(row, act));
-                      place.change = row.id() + 1;
-                      part.changes.back().behind = place;
-                      return true;
-                    });
+    journal.changes(std::max(act.firstChange, journal.rowOf(place.change)), act.row.nextChange,
+                    [&](const JournalRow& row) { return takeRow(reader, row, act, atMost, part); });
     if (room() == 0) return false;
     place = {act.row.moment, 0, 0};
     part.isEnd = true;

@@ -3,7 +3,6 @@
 #include <set>
 #include <utility>
 
-#include "ox/platform/store/file/act_writer.hpp"
 #include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"

@@ -16,7 +16,7 @@
 #include "ox/platform/store/journal/way_back.hpp"
 #include "ox/platform/store/process_origin.hpp"
 #include "ox/platform/store/values/store_error.hpp"
-#include "ox/records/property_codec.hpp"
+#include "ox/records/damaged_bytes.hpp"
 
 namespace ox {
 namespace {
@@ -110,9 +110,7 @@ auto StoreJournal::guarded(Step step) -> decltype(step()) {
   const auto& path = store_.address().file();
   try {
     return store_.file().guarded(step);
-  } catch (const DamagedProperties& error) {
-    throw StoreError(StoreError::Kind::Corrupt, path + ": the journal: " + error.what(), path);
-  } catch (const DamagedTagChange& error) {
+  } catch (const DamagedBytes& error) {
     throw StoreError(StoreError::Kind::Corrupt, path + ": the journal: " + error.what(), path);
   }
 }

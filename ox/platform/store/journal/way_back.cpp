@@ -64,7 +64,7 @@ void WayBack::readChanges(const std::vector<JournalAct>& command) {
   journal_.changes(command.front().row.nextChange, INT64_MAX, [&](const JournalRow& change) {
     while (own != command.end() && change.id() >= own->row.nextChange) ++own;
     if (own != command.end() && change.id() >= own->firstChange) return true;
-    if (isMine(change.record()) || isMine(change.other())) others_.take(change);
+    if (isAboutMine(change)) others_.take(change);
     return true;
   });
   findOtherLinks();
@@ -77,6 +77,11 @@ void WayBack::findOtherLinks() {
     relinked_.insert(group);
     relinked_.insert(child);
   }
+}
+
+bool WayBack::isAboutMine(const JournalRow& change) const {
+  return isMine(change.record()) ||
+         std::ranges::any_of(change.links(), [&](const auto& link) { return isMine(link.child); });
 }
 
 bool WayBack::isMine(std::int64_t row) const {

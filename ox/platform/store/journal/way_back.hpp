@@ -39,6 +39,7 @@ class WayBack {
  private:
   void readChanges(const std::vector<JournalAct>& command);
   void findOtherLinks();
+  bool isAboutMine(const JournalRow& change) const;
   bool isMine(std::int64_t row) const;
   void bringContainersBack();
   void takeAdditionsAway();

@@ -20,8 +20,11 @@ enum class ChangeKind : std::uint8_t {
   Removed = 3,
   // record, container: a removed record is there again, in the row it had.
   Restored = 4,
-  // record: the group; other: the person or group in it; place: the number of the link; container.
+  // record: a group; container; after: the links to what came into it, in the order in which they
+  // were made (ox/records/link_list.hpp). Each link is a change with a number: the row has that of
+  // the first one, and the next row that behind the last one.
   Linked = 5,
+  // Likewise before: the links to what left it.
   Unlinked = 6,
   // record: the row of the container; place: its type; before: its name; after: its identifier.
   ContainerAdded = 7,
@@ -30,10 +33,11 @@ enum class ChangeKind : std::uint8_t {
   Tags = 9,
 };
 
-// An act as its row tells it: the moment, and where its additions and changes end.
+// An act as its row tells it: the moment, and where its additions, links and changes end.
 struct ActRow {
   StoreMoment moment;
   std::int64_t nextRecord = 1;
+  std::int64_t nextLink = 1;
   std::int64_t nextChange = 1;
   std::int64_t bytes = 0;
 };

@@ -1,0 +1,59 @@
+#include "ox/platform/store/file/record_writer.hpp"
+
+#include "ox/base/checksum.hpp"
+#include "ox/records/property_codec.hpp"
+
+namespace ox {
+
+bool RecordWriter::insertRecord(const RecordEntry& record) {
+  const StoredUid uid(record.key);
+  auto& insert = file_.statement(Sql::InsertRecord);
+  insert.bind(1, record.row);
+  uid.bindTo(insert, 2);
+  insert.bind(3, static_cast<std::int64_t>(record.kind)).bind(4, record.container).run();
+  return file_.connection().changes() != 0;
+}
+
+RecordWriter::Picture RecordWriter::insertPicture(const std::string& bytes) {
+  const auto checksum = checksum64(bytes);
+  file_.statement(Sql::InsertImage)
+      .bind(1, static_cast<std::int64_t>(checksum))
+      .bindBlob(2, bytes)
+      .run();
+  return {file_.connection().lastRowId(), checksum};
+}
+
+void RecordWriter::insertContent(const Content& content) {
+  run(Statement::Insert, content);
+}
+
+void RecordWriter::updateContent(const Content& content, ReplacePicture picture) {
+  const auto update =
+      picture == ReplacePicture::Yes ? Statement::UpdateWithPicture : Statement::Update;
+  if (!run(update, content)) run(Statement::Insert, content);
+}
+
+// False when there was no row to update. The three statements have their columns in one order.
+bool RecordWriter::run(Statement which, const Content& content) {
+  file_.writeCustomProperties(*content.properties);
+  const auto bytes = encodeProperties(*content.properties);
+  const auto* cardUid = content.properties->text(property_id::kCardUid);
+  auto& statement = file_.statement(which == Statement::Insert   ? Sql::InsertContent
+                                    : which == Statement::Update ? Sql::UpdateContent
+                                                                 : Sql::UpdateContentAndImage);
+  statement.bind(1, content.record)
+      .bindText(2, cardUid != nullptr ? TextView(*cardUid) : TextView())
+      .bind(3, static_cast<std::int64_t>(content.fingerprint))
+      .bindBlob(5, bytes);
+  if (which != Statement::Update) {
+    if (content.picture) {
+      statement.bind(4, content.picture->row);
+    } else {
+      statement.bindNull(4);
+    }
+  }
+  statement.run();
+  return file_.connection().changes() != 0;
+}
+
+}  // namespace ox

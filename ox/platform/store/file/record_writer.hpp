@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "ox/base/data.hpp"
+#include "ox/platform/store/file/store_file.hpp"
+#include "ox/platform/store/values/record_entry.hpp"
+#include "ox/records/property_bag.hpp"
+
+namespace ox {
+
+// Writes the rows of records: what they are, their values and their pictures. Borrows the file, in
+// which a write transaction is open. Throws sqlite::Error, and PropertyOfTwoTypes where values do
+// not fit the types that the store knows.
+class RecordWriter {
+ public:
+  explicit RecordWriter(StoreFile& file) : file_(file) {}
+
+  // False when another record has its identifier.
+  bool insertRecord(const RecordEntry& record);
+
+  struct Picture {
+    std::int64_t row = 0;
+    std::uint64_t checksum = 0;
+  };
+  Picture insertPicture(const std::string& bytes);
+
+  struct Content {
+    std::int64_t record = 0;
+    const PropertyBag* properties = nullptr;
+    std::uint64_t fingerprint = 0;
+    std::optional<Picture> picture = std::nullopt;  // missing: none
+  };
+  void insertContent(const Content& content);
+  // Writes the row anew, the picture only if it is to be replaced. A row that a damaged store has
+  // lost is made again.
+  enum class ReplacePicture : std::uint8_t { No, Yes };
+  void updateContent(const Content& content, ReplacePicture picture);
+
+ private:
+  enum class Statement : std::uint8_t { Insert, Update, UpdateWithPicture };
+  bool run(Statement which, const Content& content);
+
+  StoreFile& file_;
+};
+
+}  // namespace ox
