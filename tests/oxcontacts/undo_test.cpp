@@ -154,6 +154,44 @@ TEST(UndoCommand, KeepsAPersonWhomOthersHaveChangedSinceSheWasAdded) {
   EXPECT_EQ(runJson({"persons", "--find", "Dee"}).size(), 1U);
 }
 
+std::string groupsOf(const Json& person) {
+  std::string names;
+  for (const auto& group : person["groups"]) names += group["displayName"].get<std::string>() + " ";
+  return names;
+}
+
+TEST(UndoCommand, LeavesWhoStaysInTheGroupsThatStay) {
+  fillStore();
+  run({"import",
+       temporaryFile("more.vcf",
+                     card({"UID:eve", "N:;Eve;;;"}) + card({"UID:fay", "N:;Fay;;;"}) +
+                         card({"UID:choir", "N:Choir", "FN:Choir", "X-ADDRESSBOOKSERVER-KIND:group",
+                               "X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:eve",
+                               "X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:fay"}))
+           .string()});
+  const auto number = std::to_string(lastNumber());
+  run({"set", "Eve", "note=mine"});
+  run({"rename-group", "Choir", "Chorus"});
+  EXPECT_EQ(run({"undo", number}).exitCode, 3);
+  EXPECT_EQ(runJson({"persons", "--find", "Fay"}).size(), 0U);
+  EXPECT_EQ(groupsOf(runJson({"show", "Eve"})), "Chorus ");
+  EXPECT_EQ(runJson({"persons", "--group", "Chorus"}).size(), 1U);
+}
+
+TEST(UndoCommand, LeavesWhoStaysHerTags) {
+  fillStore();
+  const auto book = support::temporaryPath("book").string();
+  run({"backup", "_local", book});
+  run({"restore", "_local", book});
+  const auto number = std::to_string(lastNumber());
+  run({"set", "Ann Lee", "note=mine"});
+  const std::string id = runJson({"show", "Ann Lee"})["ID"];
+  EXPECT_EQ(run({"undo", number}).exitCode, 3);
+  const auto shown = runJson({"show", id});
+  EXPECT_EQ(shown["tags"], Json({"chess", "tea"})) << shown;
+  EXPECT_EQ(groupsOf(shown), "");  // the restored groups have gone again
+}
+
 TEST(UndoCommand, RemovesAPersonWhomOthersHaveChangedAndTakenThatBack) {
   fillStore();
   run({"add-person", "_local", "name=Dee"});

@@ -109,6 +109,8 @@ void WayBack::takeAdditionsAway() {
 
 void WayBack::takeAway(const RecordEntry& record) {
   if (wasChangedSince(record)) {
+    stayed_.insert(record.row);
+    stayedPersons_.insert(record.key.text());
     return stays(record.key, "it was changed since it was added, and stays");
   }
   removed_.insert(record.row);
@@ -214,6 +216,7 @@ void WayBack::settleLink(const NetChanges::Pair& pair, const NetLink& net,
   const auto group = entryThen(pair.first);
   const auto child = entryThen(pair.second);
   if (!group || !child) return;  // it goes with one of them
+  if (stayed_.contains(group->row) || stayed_.contains(child->row)) return;
   const auto now = stored_.link(group->row, child->row);
   if (now != net.after) return;  // somebody has made it anew, or taken it away, since
   const Act::ChangedLink link{*group, *child, net.before};
@@ -250,7 +253,7 @@ void WayBack::takeContainersAway() {
 // The tag file merges them with what is there now when it follows.
 void WayBack::settleTags() {
   for (const auto& [person, net] : mine_.tags()) {
-    if (net.before == net.after) continue;
+    if (net.before == net.after || stayedPersons_.contains(net.person)) continue;
     act_.tags.push_back({net.manager, net.person, net.after, net.before});
   }
 }

@@ -73,6 +73,9 @@ class WayBack {
   NetChanges others_;                          // what others have done since to the same records
   std::unordered_set<std::int64_t> relinked_;  // rows whose links others have changed since
   std::unordered_set<std::int64_t> removed_;   // rows that the act removes
+  // Records that the command added and that stay, with their links and tags.
+  std::unordered_set<std::int64_t> stayed_;
+  std::unordered_set<std::string> stayedPersons_;
   std::unordered_map<std::int64_t, std::size_t> restored_;  // those it brings back, in its list
   GroupTree tree_;
   std::unordered_set<std::int32_t> containersBack_;
