@@ -192,6 +192,13 @@ TEST(UndoCommand, LeavesWhoStaysHerTags) {
   EXPECT_EQ(groupsOf(shown), "");  // the restored groups have gone again
 }
 
+TEST(UndoCommand, CountsPersonsWhoseTagsItChanged) {
+  fillStore();
+  run({"tag", "Ann Lee", "--add", "golf"});
+  EXPECT_EQ(runJson({"undo"})["records"], 1);
+  EXPECT_EQ(runJson({"redo"})["records"], 1);
+}
+
 TEST(UndoCommand, RemovesAPersonWhomOthersHaveChangedAndTakenThatBack) {
   fillStore();
   run({"add-person", "_local", "name=Dee"});

@@ -61,13 +61,15 @@ class Pin {
 
 // How many records an act touches.
 std::uint64_t recordsOf(const Act& act) {
-  std::unordered_set<std::int64_t> rows;
-  for (const auto& record : act.restored) rows.insert(record.record.row);
-  for (const auto& record : act.changed) rows.insert(record.record.row);
-  for (const auto& record : act.removed) rows.insert(record.row);
-  for (const auto& link : act.addedLinks) rows.insert(link.group.row);
-  for (const auto& link : act.removedLinks) rows.insert(link.group.row);
-  return rows.size() + act.added.size();
+  std::unordered_set<RecordKey> records;
+  for (const auto& record : act.restored) records.insert(record.record.key);
+  for (const auto& record : act.added) records.insert(record.key);
+  for (const auto& record : act.changed) records.insert(record.record.key);
+  for (const auto& record : act.removed) records.insert(record.key);
+  for (const auto& link : act.addedLinks) records.insert(link.group.key);
+  for (const auto& link : act.removedLinks) records.insert(link.group.key);
+  for (const auto& tags : act.tags) records.insert(RecordKey::of(tags.person));
+  return records.size();
 }
 
 std::string numbered(std::int64_t number) {
