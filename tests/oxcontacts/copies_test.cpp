@@ -57,6 +57,35 @@ TEST(CopiesCommand, RestoresWhatIsDamagedNow) {
   EXPECT_EQ(runJson({"persons"}).size(), 2U);
 }
 
+// A copy that went its own way, made before everything that the journal still tells: in its third
+// row is somebody else.
+TEST(CopiesCommand, GivesNobodyTheRowOfAnotherRecord) {
+  run({"add-person", "_local", "name=Ann"});
+  run({"add-person", "_local", "name=Ben"});
+  std::filesystem::create_directory(support::temporaryPath("contacts.db.copies"));
+  const auto copy =
+      support::temporaryPath("contacts.db.copies/20260102T030405.678Z-restore.db").string();
+  ASSERT_EQ(run({"backup", "--all", copy}).exitCode, 0);
+  run({"--store", copy, "add-person", "_local", "name=Cid"});
+  for (const auto* name : {"Dee", "Eve", "Fay", "Gus"}) {
+    run({"add-person", "_local", "name=" + std::string(name)});
+  }
+  run({"remove-person", "Dee"});
+  {
+    sqlite::Connection store(support::StoreEnvironment::instance().contactStore().string(),
+                             sqlite::Connection::Mode::ReadWrite);
+    store.execute(
+        "DELETE FROM change WHERE id < (SELECT next_change FROM act ORDER BY number DESC LIMIT 1 "
+        "OFFSET 1); DELETE FROM act WHERE number < (SELECT max(number) - 1 FROM act)");
+  }
+  const auto result = run({"copies", "restore", "20260102T030405.678Z-restore"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(runJson({"persons"}).size(), 3U);
+  const auto log = runJson({"log", "Cid"});
+  ASSERT_EQ(log.size(), 1U) << log;
+  EXPECT_EQ(log[0]["what"], "added");
+}
+
 // The copy is made to hold the groups the other way round.
 TEST(UndoCommand, TurnsGroupsBackThatWereTurnedAround) {
   run({"add-group", "_local", "A"});

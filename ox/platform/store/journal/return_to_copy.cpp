@@ -54,18 +54,11 @@ void ReturnToCopy::decide() {
 }
 
 // Row numbers mean the same in both only if the copy is an earlier state of this store and not of
-// one that went its own way.
+// one that went its own way. The journal proves it; nothing does for a copy from before the
+// journal.
 bool ReturnToCopy::isOfThisStore() {
   const auto last = lastAct(copy_);
-  if (!last || nameOf(store_) != nameOf(copy_)) return false;
-  JournalRows journal(store_);
-  if (journal.knows(last->moment)) return true;
-  bool isBeforeJournal = false;
-  journal.actsFrom(0, [&](const JournalAct& oldest) {
-    isBeforeJournal = last->moment.number < oldest.row.moment.number - 1;
-    return false;
-  });
-  return isBeforeJournal;
+  return last && nameOf(store_) == nameOf(copy_) && JournalRows(store_).knows(last->moment);
 }
 
 void ReturnToCopy::settleContainers() {
