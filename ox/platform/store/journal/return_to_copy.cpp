@@ -142,12 +142,12 @@ void ReturnToCopy::bringBack(const RecordEntry& record, bool isTaken) {
   const auto key = isTaken ? RecordKey::make(record.kind) : record.key;
   const auto row = act_.firstRow + static_cast<std::int64_t>(act_.added.size());
   records_[record.row] = {key, row, container, record.kind};
-  added_.push_back({key,
-                    record.kind,
-                    {},
-                    std::move(content.properties),
-                    content.picture != 0 ? pictureOfRecord(copy_, record.row) : nullptr,
-                    fingerprint});
+  auto& added = added_.emplace_back();
+  added.key = key;
+  added.kind = record.kind;
+  added.properties = std::move(content.properties);
+  if (content.picture != 0) added.readImage = reader(record.row);
+  added.fingerprint = fingerprint;
   act_.added.push_back({key, record.kind, container, &added_.back()});
 }
 

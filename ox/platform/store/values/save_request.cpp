@@ -5,6 +5,7 @@
 namespace ox {
 
 Data pictureOf(const NewRecord& record) {
+  if (record.readImage) return record.readImage();
   return record.spilledImage ? record.spilledImage->get() : record.image;
 }
 

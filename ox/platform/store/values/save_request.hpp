@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,6 +34,8 @@ struct NewRecord {
   bool leftOut = false;  // see SaveRequest
   // The picture when it was put aside; image is null then.
   std::optional<SpillableData> spilledImage = std::nullopt;
+  // Instead of it, asked when it is written.
+  std::function<Data()> readImage = {};
 };
 
 // Of a record that is to be added: its picture, wherever it lies, and its fingerprint as its sender
