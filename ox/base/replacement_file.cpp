@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -39,9 +40,29 @@ ReplacementFile::ReplacementFile(std::string target) : target_(std::move(target)
   const int code = obstacle(target_);
   if (code == EINVAL) target_ += " is no regular file";
   if (code != 0) fail(code);
+  while (!tryMaking()) continue;
+}
+
+// The lock tells others that somebody still writes the file: it ends with the process. False when
+// somebody has taken the file for an abandoned one before the lock was there.
+bool ReplacementFile::tryMaking() {
   path_ = target_ + "." + uuidText(makeUuid()) + ".new";
   file_ = ::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   if (file_ < 0) fail(errno);
+  const bool isTaken = ::flock(file_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  struct stat status {};
+  if (!isTaken && ::fstat(file_, &status) == 0 && status.st_nlink > 0) return true;
+  ::close(std::exchange(file_, -1));
+  ::unlink(path_.c_str());
+  return false;
+}
+
+bool ReplacementFile::isAbandoned(const std::string& path) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (file < 0) return false;
+  const bool isLeft = ::flock(file, LOCK_EX | LOCK_NB) == 0;
+  ::close(file);
+  return isLeft;
 }
 
 ReplacementFile::~ReplacementFile() {

@@ -18,6 +18,10 @@ class OX_EXPORT ReplacementFile {
   ReplacementFile& operator=(const ReplacementFile&) = delete;
   ~ReplacementFile();
 
+  // Whether the file at that path was made by a process that has ended without committing it. No,
+  // where that cannot be told.
+  static bool isAbandoned(const std::string& path);
+
   // Where it lies until the commit; may be written by that name too.
   const std::string& path() const { return path_; }
   void write(std::string_view bytes);
@@ -26,6 +30,7 @@ class OX_EXPORT ReplacementFile {
 
  private:
   [[noreturn]] void fail(int code) const;
+  bool tryMaking();
 
   std::string target_;
   std::string path_;

@@ -1,6 +1,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "ox/base/replacement_file.hpp"
 #include "ox/platform/images/image_codec.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/oxcontacts/store_content.hpp"
@@ -62,6 +63,31 @@ TEST(ForgetCommand, LeavesNoByteOfAPersonAnywhere) {
     EXPECT_EQ(runJson({"--store", path, "persons"}).size(), 1U);
     EXPECT_EQ(run({"--store", path, "check"}).output, "sound\n");
   }
+}
+
+// As a forget leaves it that is killed while it makes its copy.
+TEST(ForgetCommand, LeavesNothingOfHerInWhatAKilledProgramHadNotFinished) {
+  fillStore();
+  const auto copies = support::StoreEnvironment::instance().contactStore().string() + ".copies";
+  fs::create_directory(copies);
+  support::temporaryFile("contacts.db.copies/20990101T000000.000Z-forget.db.1.new", "Wilhelmina");
+  support::temporaryFile("contacts.db.copies/20990101T000000.000Z-forget.db.1.new-wal", "fencing");
+  const auto result = run({"forget", "Wilhelmina Quartermaine"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(filesWith(kHers, "her.vcf"), "");
+}
+
+TEST(ForgetCommand, SaysThatAnotherProgramIsMakingACopy) {
+  fillStore();
+  const auto copies = support::StoreEnvironment::instance().contactStore().string() + ".copies";
+  fs::create_directory(copies);
+  const ReplacementFile copy(copies + "/20990101T000000.000Z-restore.db");
+  const auto result = run({"forget", "Wilhelmina Quartermaine"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_NE(result.errors.find(copy.path() + ": another program is making this copy; she may be in "
+                                             "it"),
+            std::string::npos)
+      << result.errors;
 }
 
 TEST(ForgetCommand, CannotBeTakenBackAndLeavesTheRestOfTheJournal) {

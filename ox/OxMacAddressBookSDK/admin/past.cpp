@@ -84,6 +84,10 @@ ForgetReport forgetPerson(const RecordKey& person, const std::string& name) {
   const bool tagged = erasedBy([&] { return eraseTagsIn(tagStorePath(), identifier); }, report);
   const bool held =
       erasedBy([&] { return contactSource().journal().erase(person, name, before); }, report);
+  // Last: a copy that is begun from here on does not hold her.
+  for (const auto& copy : sweepUnfinishedCopies(contactStorePath())) {
+    report.left.push_back(copy + ": another program is making this copy; she may be in it");
+  }
   report.found = held || tagged || report.copies > 0 || !report.left.empty();
   return report;
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "ox/base/replacement_file.hpp"
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/store/file/backup.hpp"
 #include "ox/platform/store/values/store_error.hpp"
@@ -84,20 +85,25 @@ TEST(KeptCopies, StayWhenOlderOnesAreNamedLater) {
       std::ranges::any_of(copies, [](const auto& path) { return path.ends_with("-restore.db"); }));
 }
 
-TEST(KeptCopies, SweepWhatAKilledProcessLeftButNothingThatMayBeInTheMaking) {
+TEST(KeptCopies, SweepWhatAKilledProcessLeftButNothingThatIsInTheMaking) {
   support::StoreBuilder().persons("p", 1);
   const fs::path folder = storePath() + ".copies";
   keepCopy(storePath(), "a");
-  for (const auto* name : {"20200101T000000.000Z-x.db.tags", "20200101T000000.000Z-x.db-wal",
-                           "20200101T000000.000Z-x.db.1.new", "20200101T000000.000Z-y.db.2.new"}) {
+  for (const auto* name :
+       {"20200101T000000.000Z-x.db.tags", "20200101T000000.000Z-x.db-wal",
+        "20200101T000000.000Z-y.db.1.new", "20200101T000000.000Z-y.db.1.new-wal",
+        "20990101T000000.000Z-z.db.2.new", "20990101T000000.000Z-z.db.3.new-shm"}) {
     support::temporaryFile("contacts.db.copies/" + std::string(name), "x");
   }
-  fs::last_write_time(folder / "20200101T000000.000Z-x.db.1.new",
-                      fs::file_time_type::clock::now() - std::chrono::hours(48));
+  const ReplacementFile inTheMaking((folder / "20200101T000000.000Z-w.db").string());
+  support::temporaryFile(
+      "contacts.db.copies/" + fs::path(inTheMaking.path()).filename().string() + "-wal", "x");
+  EXPECT_EQ(sweepUnfinishedCopies(storePath()), std::vector<std::string>{inTheMaking.path()});
   keepCopy(storePath(), "b");
   keepCopy(storePath(), "c");
+  const auto made = "-w.db" + inTheMaking.path().substr(inTheMaking.path().find("-w.db") + 5);
   EXPECT_EQ(filesWithoutTimes(),
-            (std::vector<std::string>{"-a.db", "-b.db", "-c.db", "-y.db.2.new"}));
+            (std::vector<std::string>{"-a.db", "-b.db", "-c.db", made, made + "-wal"}));
 }
 
 TEST(KeptCopies, GoWithoutTagsThatAreDamaged) {

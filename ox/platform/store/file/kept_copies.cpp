@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <system_error>
 
+#include "ox/base/replacement_file.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/file/backup.hpp"
 #include "ox/platform/store/file/schema.hpp"
@@ -59,11 +60,12 @@ auto guarded(const std::string& store, Step step) -> decltype(step()) {
   }
 }
 
-// A file that another process may still be writing, unless that process was killed.
-bool maybeUnfinished(const fs::directory_entry& entry) {
-  constexpr std::chrono::hours kLongest{24};
-  return entry.path().extension() == ".new" &&
-         entry.last_write_time() > fs::file_time_type::clock::now() - kLongest;
+// Of a copy in the making, or of what lies beside one (its log): the path of the copy. Empty for
+// any other file.
+std::string copyInTheMaking(const std::string& path) {
+  constexpr std::string_view kUnfinished = ".new";
+  const auto end = path.rfind(kUnfinished);
+  return end == std::string::npos ? std::string() : path.substr(0, end + kUnfinished.size());
 }
 
 }  // namespace
@@ -95,9 +97,30 @@ std::vector<std::string> pathsOfCopies(const std::string& store) {
   });
 }
 
+std::vector<std::string> sweepUnfinishedCopies(const std::string& store) {
+  return guarded(store, [&] {
+    std::vector<std::string> inUse;
+    std::vector<fs::path> left;
+    if (!fs::exists(folderOf(store))) return inUse;
+    for (const auto& entry : fs::directory_iterator(folderOf(store))) {
+      const auto path = entry.path().string();
+      const auto copy = copyInTheMaking(path);
+      if (copy.empty()) continue;
+      if (!fs::exists(copy) || ReplacementFile::isAbandoned(copy)) {
+        left.push_back(entry.path());
+      } else if (path == copy) {
+        inUse.push_back(path);
+      }
+    }
+    for (const auto& path : left) fs::remove_all(path);
+    return inUse;
+  });
+}
+
 // What is older than the oldest copy that stays goes, whatever it is: copies, their tags, the logs
-// of those that somebody opened, what a killed process had not finished.
+// of those that somebody opened.
 void sweepCopies(const std::string& store, const std::string& made) {
+  sweepUnfinishedCopies(store);
   const auto copies = pathsOfCopies(store);
   if (copies.size() < kKeptCopies) return;
   const auto oldest = fs::path(copies[kKeptCopies - 1]).filename().string();
@@ -109,7 +132,8 @@ void sweepCopies(const std::string& store, const std::string& made) {
     std::vector<fs::path> old;
     for (const auto& entry : fs::directory_iterator(folderOf(store))) {
       const auto name = entry.path().filename().string();
-      if (name < oldest && !isMade(name) && !maybeUnfinished(entry)) old.push_back(entry.path());
+      const bool isUnfinished = !copyInTheMaking(name).empty();
+      if (name < oldest && !isMade(name) && !isUnfinished) old.push_back(entry.path());
     }
     for (const auto& path : old) fs::remove_all(path);
   });

@@ -18,6 +18,10 @@ std::string pathOfNextCopy(const std::string& store, const std::string& reason);
 // Those that are complete, the newest first.
 std::vector<std::string> pathsOfCopies(const std::string& store);
 
+// Removes what killed processes left of copies that they made. The result is those that other
+// processes are making now.
+std::vector<std::string> sweepUnfinishedCopies(const std::string& store);
+
 // Removes all but the last few, and what killed processes left of others; never the one that was
 // just made.
 void sweepCopies(const std::string& store, const std::string& made);
