@@ -74,6 +74,14 @@ std::string backedUp() {
   return std::to_string(result.exitCode) + " " + result.errors + contentOf(path);
 }
 
+// What a copy of the whole store holds.
+std::string copied() {
+  const auto path = temporaryPath("copy.db").string();
+  const auto result = run({"--quiet", "backup", "--all", path});
+  if (result.exitCode != 0) return result.errors;
+  return listed({"--store", path, "--json", "persons"});
+}
+
 using Listing = std::function<std::string()>;
 
 std::map<std::string, Listing> listings() {
@@ -91,7 +99,8 @@ std::map<std::string, Listing> listings() {
           {"named persons", listing({"export", "New 1", "New 2"})},
           {"export", listing({"export"})},
           {"host export", listing({"export", "--format", "host-vcard"})},
-          {"backup", [] { return backedUp(); }}};
+          {"backup", [] { return backedUp(); }},
+          {"copy", [] { return copied(); }}};
 }
 
 TEST(Listings, ShowOneMomentWhileAnotherProgramUndoesAndRedoes) {

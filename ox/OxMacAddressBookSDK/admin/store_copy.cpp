@@ -55,11 +55,13 @@ std::vector<std::string> StoreCopy::files() const {
 
 RecordCounts StoreCopy::take(DamagedTags damaged) {
   using WhenDamaged = DatabaseCopy::WhenDamaged;
-  const auto counts = copies_->store.takeStore(contactStorePath());
+  // The tags first: what acts in between do to them the copy of the store tells, and they follow
+  // when the copy is used.
   copies_->hasTags = std::filesystem::exists(tagStorePath()) &&
                      copies_->tags.takeDatabase(tagStorePath(), damaged == DamagedTags::LeaveOut
                                                                     ? WhenDamaged::LeaveOut
                                                                     : WhenDamaged::Fail);
+  const auto counts = copies_->store.takeStore(contactStorePath());
   copies_->taken = true;
   return counts;
 }
