@@ -89,7 +89,12 @@ Transaction::Transaction(Connection& connection) : connection_(connection) {
 }
 
 Transaction::~Transaction() {
+  rollBack();
+}
+
+void Transaction::rollBack() {
   if (!open_) return;
+  open_ = false;
   try {
     connection_.execute("ROLLBACK");
   } catch (const Error&) {
@@ -99,7 +104,12 @@ Transaction::~Transaction() {
 
 void Transaction::commit() {
   assert(open_ && "a transaction is committed once");
-  connection_.execute("COMMIT");
+  try {
+    connection_.execute("COMMIT");
+  } catch (...) {
+    rollBack();
+    throw;
+  }
   open_ = false;
 }
 

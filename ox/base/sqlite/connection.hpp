@@ -46,9 +46,12 @@ class Transaction {
   Transaction(const Transaction&) = delete;
   Transaction& operator=(const Transaction&) = delete;
   ~Transaction();
+  // Throws Error; the transaction is then rolled back.
   void commit();
 
  private:
+  void rollBack();
+
   Connection& connection_;
   bool open_ = true;
 };

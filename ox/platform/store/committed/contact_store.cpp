@@ -120,7 +120,7 @@ bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& take
         return false;
     }
     if (writer.isTrimDue()) trimJournal(file_.connection(), kActsOfTrim);
-    transaction.commit();
+    finish(transaction, act);
     file_.noteCommit();
     followedTags_.reset();
     writtenMoment_ = writer.written().row.moment;
@@ -132,6 +132,18 @@ bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& take
     return false;
   } catch (...) {
     file_.forgetUncommitted();
+    throw;
+  }
+}
+
+// A commit that fails may have been made: the act bears a name, by which it is found. Where it was
+// not, what it has written into the log is written over.
+void ContactStore::finish(sqlite::Transaction& transaction, const Act& act) {
+  try {
+    transaction.commit();
+  } catch (const sqlite::Error&) {
+    if (file_.isWritten(act.decidedAt, act.name)) return;
+    file_.coverFailedCommit();
     throw;
   }
 }

@@ -3,6 +3,7 @@
 #include <cassert>
 #include <utility>
 
+#include "ox/platform/store/file/tables.hpp"
 #include "ox/platform/store/process_origin.hpp"
 
 namespace ox {
@@ -45,6 +46,30 @@ void StoreFile::noteCommit() {
   originIsCommitted_ = true;
   // The log is one file: a commit that waited for the disk has taken along every commit before it.
   unsynced_ = outlive_ == Outlive::Kill;
+}
+
+bool StoreFile::isWritten(const StoreMoment& since, const Uuid& name) {
+  try {
+    auto& act = statement(Sql::ActByName);
+    const sqlite::StatementScope scope(act);
+    act.bind(1, since.number)
+        .bindBlob(2, {reinterpret_cast<const char*>(name.data()), name.size()});
+    return act.step();
+  } catch (const sqlite::Error&) {
+    return false;
+  }
+}
+
+void StoreFile::coverFailedCommit() {
+  try {
+    letCommits(Outlive::Kill);
+    sqlite::Transaction transaction(connection());
+    // The version written anew, so that there is something to commit.
+    connection().execute(("PRAGMA user_version=" + std::to_string(kSchemaVersion)).c_str());
+    transaction.commit();
+  } catch (const sqlite::Error&) {
+    // Nothing can be written any more.
+  }
 }
 
 void StoreFile::sync() {

@@ -11,9 +11,11 @@
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/base/store_location.hpp"
+#include "ox/base/uuid.hpp"
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/values/origin.hpp"
+#include "ox/platform/store/values/store_moment.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
@@ -48,6 +50,13 @@ class StoreFile {
   void letCommits(Outlive outlive);
   // To be called once a commit has written something.
   void noteCommit();
+  // Whether an act of that name was committed after that moment. False where that cannot be read.
+  bool isWritten(const StoreMoment& since, const Uuid& name);
+  // A commit that failed when the log was synced has left all of it there, whole. As long as nobody
+  // writes over that, whoever reads the log without its index (when all processes have ended, or
+  // were killed) would find it committed, long after its writer was told that it failed. So a
+  // commit of nothing is written over it, which needs no sync. Done as far as it goes.
+  void coverFailedCommit();
   // Returns when every commit so far would survive a power cut; costs nothing when it would
   // already.
   void sync();
