@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ox/base/sqlite/page_file.hpp"
+
+namespace ox::sqlite {
+
+// A row as it stands on a page. Its columns are borrowed from it.
+class PageRow {
+ public:
+  enum class Type : std::uint8_t { Null, Integer, Real, Text, Blob };
+  struct Column {
+    Type type = Type::Null;
+    std::int64_t integer = 0;
+    std::string_view bytes;  // of a text or a blob
+  };
+
+  // Missing when those bytes are no record.
+  static std::optional<PageRow> of(std::int64_t number, std::string record);
+  PageRow(PageRow&& other) noexcept = default;
+  PageRow& operator=(PageRow&& other) noexcept = default;
+
+  std::int64_t number() const { return number_; }  // 0 in a table without row numbers
+  std::size_t size() const { return columns_.size(); }
+  const Column& operator[](std::size_t column) const { return columns_[column]; }
+  bool is(std::size_t column, Type type) const { return columns_[column].type == type; }
+
+ private:
+  PageRow() = default;
+
+  std::int64_t number_ = 0;
+  std::unique_ptr<const std::string> record_;  // stays where it is when the row is moved
+  std::vector<Column> columns_;
+};
+
+// Where a row stands, to read it again by.
+struct RowPlace {
+  std::uint32_t page = 0;
+  std::uint32_t offset = 0;
+
+  bool operator==(const RowPlace&) const = default;
+};
+
+// Reads the rows that stand on single pages, without the trees that lead to them. Borrows the file.
+// Used by one thread at a time.
+class PageRows {
+ public:
+  enum class Form : std::uint8_t { Table, Index };
+
+  explicit PageRows(PageFile& file) : file_(file), overflow_(file.count() + std::size_t{1}) {}
+
+  // What a page is, by its first byte and the list of its cells; missing for one that holds no
+  // rows.
+  std::optional<Form> formOf(std::uint32_t page);
+  using Visit = std::function<void(const RowPlace&, const PageRow&)>;
+  // The rows of that page by the list of its cells. False when some of that list led nowhere.
+  bool listed(std::uint32_t page, Form form, const Visit& visit);
+  // Whatever can be read as a row of a table anywhere on that page: rows, what was rows once, and
+  // what only looks like one. For whoever knows a row by its sum.
+  void anywhere(std::uint32_t page, const Visit& visit);
+  std::optional<PageRow> at(const RowPlace& place, Form form = Form::Table);
+  // Whether a row that was listed goes on on that page.
+  bool isOverflow(std::uint32_t page) const { return overflow_[page]; }
+
+ private:
+  std::optional<PageRow> rowIn(const std::string& page, std::uint32_t offset, Form form);
+  std::optional<std::string> goneOn(std::string begun, std::uint32_t next, std::uint64_t size);
+
+  PageFile& file_;
+  std::vector<bool> overflow_;
+  std::vector<std::uint32_t> furtherPages_;  // of the row that was read last
+};
+
+}  // namespace ox::sqlite
