@@ -13,7 +13,6 @@
 #include "oxcontacts/arguments.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/context.hpp"
-#include "oxcontacts/edit/saving.hpp"
 
 namespace ox::program {
 namespace {
@@ -64,18 +63,8 @@ int refused(const CLI::App& program, const CLI::ParseError& error) {
   return program.exit(error) == 0 ? kDone : kUsage;
 }
 
-// Whoever could not look has not found that there is nothing.
-int told(const CommandError& error, const failures::Watch& watch) {
-  if (error.code() == kNotFound && watch.hasFailures()) {
-    Context::complain(watch.lastReason());
-    return storeFailure({}, watch).code();
-  }
-  if (*error.what() != '\0') Context::complain(error.what());
-  return error.code();
-}
-
-// Runs the command of the command line; parsing calls it. The watch is over all that it does.
-int run(CLI::App& program, int argc, char** argv, const failures::Watch& watch) {
+// Runs the command of the command line; parsing calls it.
+int run(CLI::App& program, int argc, char** argv) {
   try {
     program.parse(parserWords(argc, argv));
     return kDone;
@@ -89,7 +78,8 @@ int run(CLI::App& program, int argc, char** argv, const failures::Watch& watch) 
   } catch (const CLI::ParseError& error) {
     return refused(program, error);
   } catch (const CommandError& error) {
-    return told(error, watch);
+    if (*error.what() != '\0') Context::complain(error.what());
+    return error.code();
   } catch (const StoreError& error) {
     Context::complain(messageOf(error));
     return exitCodeOf(error);
@@ -133,8 +123,9 @@ int mainOf(int argc, char** argv) {
     }
     setOrigin({"oxcontacts", commandLine(argc, argv), true, std::nullopt});
     // A store that cannot be used ends every command here, before it has printed or changed
-    // anything; check looks for itself and makes no store.
-    if (!program.got_subcommand("check")) accounts();
+    // anything; check and recover look for themselves and make no store.
+    const bool looksItself = program.got_subcommand("check") || program.got_subcommand("recover");
+    if (!looksItself) accounts();
   });
   declareAccounts(program, context);
   declareImport(program, context);
@@ -157,9 +148,10 @@ int mainOf(int argc, char** argv) {
   declareTrash(program, context);
   declareForget(program, context);
   declareCheck(program, context);
+  declareRecover(program, context);
   takeAsGiven(program);
   const failures::Watch watch;
-  return honest(run(program, argc, argv, watch), watch);
+  return honest(run(program, argc, argv), watch);
 }
 
 }  // namespace

@@ -30,5 +30,6 @@ void declareLog(CLI::App& program, const Context& context);
 void declareUndo(CLI::App& program, const Context& context);
 void declareTrash(CLI::App& program, const Context& context);
 void declareCheck(CLI::App& program, const Context& context);
+void declareRecover(CLI::App& program, const Context& context);
 
 }  // namespace ox::program
