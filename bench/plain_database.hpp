@@ -5,15 +5,18 @@
 #include <stdexcept>
 #include <string>
 
+#include "ox/base/sqlite/row_sum.hpp"
+
 // SQLite's own calls with just enough around them to be read. What SQLite refuses is thrown as
 // std::runtime_error. One thread at a time.
 namespace ox::bench::plain {
 
-// A connection with the pragmas of the store.
+// A connection with the pragmas of the store, and with the function that its tables need.
 class Database {
  public:
   explicit Database(const std::string& path) {
     check(sqlite3_open(path.c_str(), &handle_));
+    check(sqlite::registerRowSum(handle_));
     run("PRAGMA page_size=2048");
     run("PRAGMA journal_mode=WAL");
     run("PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-65536;"

@@ -1,10 +1,13 @@
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <string>
 
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/base/sqlite/error.hpp"
+#include "ox/base/sqlite/row_sum.hpp"
 
 namespace ox::sqlite {
 namespace {
@@ -201,6 +204,41 @@ TEST_F(Sqlite, TakesWhatIsNoListOfKeysForAnEmptyOne) {
   EXPECT_EQ(select.integer(0), 0);
   EXPECT_EQ(codeOf([&] { connection.prepare("SELECT count(*) FROM keys"); }), 1);
   EXPECT_EQ(codeOf([&] { connection.execute("INSERT INTO keys VALUES (1)"); }), 1);
+}
+
+// Writes a row, changes its bytes in the file, and looks whether it is sound then.
+bool isSoundWith(const std::string& path, const std::string& written, const std::string& now) {
+  std::filesystem::remove(path);
+  {
+    Connection connection(path, Connection::Mode::ReadWriteCreate);
+    connection.execute(
+        withRowSums("CREATE TABLE t (id INTEGER PRIMARY KEY, text TEXT, SUM(id, text))").c_str());
+    connection.prepare("INSERT INTO t(text) VALUES (?1)").bindText(1, written).run();
+  }
+  std::string bytes;
+  {
+    std::ifstream file(path, std::ios::binary);
+    bytes.assign(std::istreambuf_iterator<char>(file), {});
+  }
+  bytes.replace(bytes.find(written), written.size(), now);
+  std::ofstream(path, std::ios::binary) << bytes;
+  Connection connection(path, Connection::Mode::ReadOnly);
+  return connection.queryInteger("SELECT sound FROM t WHERE id = 1") == 1;
+}
+
+TEST_F(Sqlite, TellsWhetherARowIsWhatWasWritten) {
+  EXPECT_TRUE(isSoundWith(path(), "as it was written", "as it was written"));
+  EXPECT_FALSE(isSoundWith(path(), "as it was written", "as it was writtem"));
+}
+
+TEST(RowSum, DiffersWhereTypesOrPlacesDo) {
+  Connection connection(":memory:", Connection::Mode::ReadWriteCreate);
+  for (const auto* different : {"row_sum(1, 2) <> row_sum(2, 1)", "row_sum('1') <> row_sum(1)",
+                                "row_sum('a') <> row_sum(x'61')", "row_sum(NULL) <> row_sum(0)",
+                                "row_sum('') <> row_sum(NULL)", "row_sum(1) <> row_sum(1, NULL)",
+                                "row_sum('ab', 'c') <> row_sum('a', 'bc')"}) {
+    EXPECT_EQ(connection.queryInteger(std::string("SELECT ") + different), 1) << different;
+  }
 }
 
 }  // namespace

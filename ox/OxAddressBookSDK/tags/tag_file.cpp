@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "ox/base/sqlite/error.hpp"
+#include "ox/base/sqlite/row_sum.hpp"
 #include "ox/records/merge.hpp"
 
 namespace ox {
@@ -18,34 +19,48 @@ namespace {
 
 constexpr std::chrono::milliseconds kBusyTimeout{10'000};
 constexpr std::int64_t kApplicationId = 0x4F785447;  // "OxTG"
-constexpr std::int64_t kSchemaVersion = 2;
+constexpr std::int64_t kSchemaVersion = 3;
 
-// The key holds the tag, so that no person can have one twice; position gives the order.
-constexpr const char* kFirstSchema = R"(
+// tag: the key holds the tag, so that no person can have one twice; position gives the order.
+// followed: of each contact store, the last act whose changes of tags are in here.
+// SUM: each row carries a checksum and tells whether it is sound (ox/base/sqlite/row_sum.hpp).
+constexpr const char* kTables = R"(
   CREATE TABLE tag (
     manager TEXT NOT NULL,
     person TEXT NOT NULL,
     tag TEXT NOT NULL,
     position INTEGER NOT NULL,
+    SUM(manager, person, tag, position),
     PRIMARY KEY (manager, person, tag)
   ) WITHOUT ROWID;
-  PRAGMA application_id = 0x4F785447;
-)";
-
-// Of each contact store, the last act whose changes of tags are in here; and a way to the tags of a
-// person whatever the manager.
-constexpr const char* kSecondSchema = R"(
+  CREATE INDEX tag_person ON tag (person);
   CREATE TABLE followed (
     store BLOB PRIMARY KEY,
     number INTEGER NOT NULL,
-    act BLOB NOT NULL
+    act BLOB NOT NULL,
+    SUM(store, number, act)
   ) WITHOUT ROWID;
-  CREATE INDEX tag_person ON tag (person);
-  PRAGMA user_version = 2;
+  PRAGMA application_id = 0x4F785447;
+  PRAGMA user_version = 3;
+)";
+
+// Version 1 followed no store and had no way to the tags of a person whatever the manager; the rows
+// of version 2 carried no checksum.
+constexpr const char* kPutAside = R"(
+  DROP INDEX IF EXISTS tag_person;
+  CREATE TABLE IF NOT EXISTS followed (store BLOB PRIMARY KEY, number, act) WITHOUT ROWID;
+  ALTER TABLE tag RENAME TO old_tag;
+  ALTER TABLE followed RENAME TO old_followed;
+)";
+constexpr const char* kMove = R"(
+  INSERT INTO tag SELECT manager, person, tag, position FROM old_tag;
+  INSERT INTO followed SELECT store, number, act FROM old_followed;
+  DROP TABLE old_tag;
+  DROP TABLE old_followed;
 )";
 
 constexpr std::string_view kSelect =
-    "SELECT tag FROM tag WHERE manager = ?1 AND person = ?2 ORDER BY position";
+    "SELECT tag, sound FROM tag WHERE manager = ?1 AND person = ?2 ORDER BY position";
 constexpr std::string_view kInsert =
     "INSERT OR IGNORE INTO tag (manager, person, tag, position) SELECT ?1, ?2, ?3, "
     "(SELECT ifnull(max(position), 0) + 1 FROM tag WHERE manager = ?1 AND person = ?2)";
@@ -54,7 +69,7 @@ constexpr std::string_view kDeleteOne =
 constexpr std::string_view kDeleteAll = "DELETE FROM tag WHERE manager = ?1 AND person = ?2";
 constexpr std::string_view kManagers =
     "SELECT DISTINCT manager FROM tag WHERE person = ?1 ORDER BY manager";
-constexpr std::string_view kFollowed = "SELECT number, act FROM followed WHERE store = ?1";
+constexpr std::string_view kFollowed = "SELECT number, act, sound FROM followed WHERE store = ?1";
 constexpr std::string_view kSetFollowed =
     "INSERT OR REPLACE INTO followed (store, number, act) VALUES (?1, ?2, ?3)";
 
@@ -81,15 +96,20 @@ void createSchema(sqlite::Connection& connection) {
   connection.execute("PRAGMA journal_mode = WAL");
   sqlite::Transaction transaction(connection);
   if (!isEmptyDatabase(connection)) return;  // another process was first
-  connection.execute(kFirstSchema);
-  connection.execute(kSecondSchema);
+  connection.execute(sqlite::withRowSums(kTables).c_str());
   transaction.commit();
+}
+
+bool isOfThisVersion(sqlite::Connection& connection) {
+  return connection.queryInteger("PRAGMA user_version") == kSchemaVersion;
 }
 
 void migrate(sqlite::Connection& connection) {
   sqlite::Transaction transaction(connection);
-  if (connection.queryInteger("PRAGMA user_version") != 1) return;  // another process was first
-  connection.execute(kSecondSchema);
+  if (isOfThisVersion(connection)) return;  // another process was first
+  connection.execute(kPutAside);
+  connection.execute(sqlite::withRowSums(kTables).c_str());
+  connection.execute(kMove);
   transaction.commit();
 }
 
@@ -98,9 +118,14 @@ sqlite::Connection openOnce(const std::string& path) {
   connection.setBusyTimeout(static_cast<int>(kBusyTimeout.count()));
   if (isEmptyDatabase(connection)) createSchema(connection);
   requireOurs(connection, path);
-  if (connection.queryInteger("PRAGMA user_version") == 1) migrate(connection);
+  if (!isOfThisVersion(connection)) migrate(connection);
   connection.execute("PRAGMA synchronous = NORMAL");
   return connection;
+}
+
+void requireSound(const sqlite::Statement& row, int column) {
+  if (row.integer(column) != 0) return;
+  throw FailureError(FailureKind::Corrupt, "a row of the tag file is damaged");
 }
 
 // Two processes that switch a new file to WAL at once make SQLite answer "busy" without waiting.
@@ -134,7 +159,10 @@ TagFile::Tags TagFile::tags(std::string_view manager, std::string_view person) {
   const sqlite::StatementScope scope(select_);
   select_.bindText(1, manager).bindText(2, person);
   Tags result;
-  while (select_.step()) result.emplace_back(select_.text(0));
+  while (select_.step()) {
+    requireSound(select_, 1);
+    result.emplace_back(select_.text(0));
+  }
   return result;
 }
 
@@ -167,7 +195,9 @@ std::vector<std::string> TagFile::managersOf(std::string_view person) {
 std::int64_t TagFile::lastFollowed(std::string_view store) {
   const sqlite::StatementScope scope(followed_);
   followed_.bindBlob(1, store);
-  return followed_.step() ? followed_.integer(0) : 0;
+  if (!followed_.step()) return 0;
+  requireSound(followed_, 2);
+  return followed_.integer(0);
 }
 
 std::int64_t TagFile::followed(std::string_view store, const std::vector<TagAct>& acts,
@@ -178,6 +208,7 @@ std::int64_t TagFile::followed(std::string_view store, const std::vector<TagAct>
     const sqlite::StatementScope scope(followed_);
     followed_.bindBlob(1, store);
     if (!followed_.step()) return 0;
+    requireSound(followed_, 2);
     number = followed_.integer(0);
     name = followed_.blob(1);
   }
@@ -225,6 +256,14 @@ TagFile::Tags TagFile::problems() {
   while (check.step()) {
     if (check.text(0) != "ok") result.emplace_back(check.text(0));
   }
+  auto tags = connection_.prepare("SELECT person FROM tag WHERE sound IS NOT 1");
+  while (tags.step()) {
+    result.push_back("a tag of " + std::string(tags.text(0)) + " is damaged");
+  }
+  auto followed = connection_.prepare("SELECT number FROM followed WHERE sound IS NOT 1");
+  while (followed.step()) {
+    result.emplace_back("how far the tags have followed a store is damaged");
+  }
   return result;
 }
 
@@ -247,7 +286,7 @@ void TagFile::sync() {
   connection_.execute("PRAGMA synchronous = FULL");
   sqlite::Transaction transaction(connection_);
   // The version written anew, so that there is something to commit.
-  connection_.execute("PRAGMA user_version = 2");
+  connection_.execute("PRAGMA user_version = 3");
   transaction.commit();
 }
 

@@ -12,7 +12,8 @@
 
 namespace ox {
 
-// One open tag file and every statement over it. One thread at a time; throws sqlite::Error.
+// One open tag file and every statement over it. One thread at a time; throws sqlite::Error, and
+// FailureError where what it holds is damaged.
 class TagFile {
  public:
   using Tags = std::vector<std::string>;

@@ -6,6 +6,7 @@
 
 #include "ox/base/sqlite/error.hpp"
 #include "ox/base/sqlite/key_list.hpp"
+#include "ox/base/sqlite/row_sum.hpp"
 
 namespace ox::sqlite {
 namespace {
@@ -28,6 +29,7 @@ Connection::Connection(const std::string& path, Mode mode) {
   const int flags = openFlags(mode) | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
   int result = sqlite3_open_v2(path.c_str(), &handle_, flags, nullptr);
   if (result == SQLITE_OK) result = registerKeyLists(handle_);
+  if (result == SQLITE_OK) result = registerRowSum(handle_);
   if (result == SQLITE_OK) return;
   const Error error(result, path + ": " + (handle_ ? sqlite3_errmsg(handle_) : "out of memory"));
   sqlite3_close(std::exchange(handle_, nullptr));

@@ -1,5 +1,6 @@
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <tuple>
@@ -12,9 +13,9 @@
 namespace ox {
 namespace {
 
-std::string makeDatabase(const char* name, const char* sql) {
+std::string makeDatabase(const char* name, const std::string& sql) {
   auto path = support::temporaryPath(name).string();
-  sqlite::Connection(path, sqlite::Connection::Mode::ReadWriteCreate).execute(sql);
+  sqlite::Connection(path, sqlite::Connection::Mode::ReadWriteCreate).execute(sql.c_str());
   return path;
 }
 
@@ -34,12 +35,12 @@ TEST(TagFile, RefusesWhatIsNoTagFileOfItsVersionAndLeavesItAlone) {
   const auto foreign = makeDatabase("foreign", "CREATE TABLE tag (manager, person, tag, position)");
   const auto otherId = makeDatabase("other", "PRAGMA application_id = 7");
   const auto newer =
-      makeDatabase("newer", "PRAGMA application_id = 0x4F785447; PRAGMA user_version = 3");
+      makeDatabase("newer", "PRAGMA application_id = 0x4F785447; PRAGMA user_version = 4");
   for (const auto& [path, kind, reason] :
        {std::tuple{foreign, FailureKind::NotAStore, ": not a tag file"},
         std::tuple{otherId, FailureKind::NotAStore, ": not a tag file"},
         std::tuple{newer, FailureKind::NewerSchema,
-                   ": a tag file of version 3, this program knows 2"}}) {
+                   ": a tag file of version 4, this program knows 3"}}) {
     const auto before = support::fileBytes(path);
     EXPECT_EQ(openingFails(path, kind), reason);
     EXPECT_EQ(support::fileBytes(path), before);
@@ -110,7 +111,54 @@ TEST(TagFile, OfVersion1KeepsItsTagsAndFollowsFromThenOn) {
   EXPECT_EQ(file.problems(), TagFile::Tags());
   EXPECT_EQ(sqlite::Connection(path, sqlite::Connection::Mode::ReadOnly)
                 .queryInteger("PRAGMA user_version"),
-            2);
+            3);
+}
+
+// Of version 2, whose rows carried no checksum.
+TEST(TagFile, OfVersion2KeepsItsTagsAndWhatItHasFollowed) {
+  const auto path = makeDatabase("version2", std::string(kVersion1) + R"(
+  CREATE TABLE followed (store BLOB PRIMARY KEY, number INTEGER NOT NULL, act BLOB NOT NULL)
+    WITHOUT ROWID;
+  CREATE INDEX tag_person ON tag (person);
+  INSERT INTO followed VALUES (CAST('store' AS BLOB), 7, CAST('seven' AS BLOB));
+  PRAGMA user_version = 2;
+)");
+  TagFile file(path);
+  EXPECT_EQ(file.tags("book", "p"), (TagFile::Tags{"a", "b"}));
+  EXPECT_EQ(file.lastFollowed("store"), 7);
+  EXPECT_EQ(file.problems(), TagFile::Tags());
+}
+
+TEST(TagFile, NeverBelievesAFlippedByte) {
+  const auto path = support::temporaryFile("tags.db", "").string();
+  {
+    TagFile file(path);
+    for (const auto* tag : {"red", "green", "blue"}) file.add("book", "person", tag);
+    file.follow("store", {{4, "four", {{"book", "other", {}, {"chess"}}}}}, [] { return 4; });
+  }
+  const auto bytes = support::fileBytes(path);
+  const TagFile::Tags expected = {"red", "green", "blue"};
+  const auto isTold = [&] {
+    try {
+      TagFile file(path);
+      const bool isRight = file.tags("book", "person") == expected &&
+                           file.tags("book", "other") == TagFile::Tags{"chess"} &&
+                           file.lastFollowed("store") == 4;
+      return isRight || !file.problems().empty();
+    } catch (const std::exception&) {
+      return true;
+    }
+  };
+  const auto page = bytes.size() - bytes.size() % 4096;
+  for (std::size_t place = 0; place < page; ++place) {
+    // What nothing uses is 0.
+    if (bytes[place] == 0 && place % 16 != 0) continue;
+    auto flipped = bytes;
+    flipped[place] = static_cast<char>(flipped[place] ^ 1);
+    for (const auto* ending : {"-wal", "-shm"}) std::filesystem::remove(path + ending);
+    support::temporaryFile("tags.db", flipped);
+    EXPECT_TRUE(isTold()) << place;
+  }
 }
 
 class FollowingTagFile : public ::testing::Test {

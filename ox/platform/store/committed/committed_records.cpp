@@ -211,7 +211,7 @@ RecordKeysPtr CommittedRecords::linkedKeys(Sql which, const RecordKey& key,
     const sqlite::StatementScope scope(rows);
     rows.bind(1, entry->row);
     if (kind) rows.bind(2, static_cast<std::int64_t>(*kind));
-    while (rows.step()) keys->push_back(keyOfColumn(rows, 0));
+    while (rows.step()) keys->push_back(soundKey(rows, 0, 1));
   });
   return keys;
 }

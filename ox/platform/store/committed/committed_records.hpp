@@ -84,6 +84,7 @@ class CommittedRecords {
   void loadIndex();
   void readRecordsAfter(std::int64_t row);
   void readNews();
+  std::optional<ActRow> soundLastAct();
   bool readActsSince(const ActRow& seen, const ActRow& last);
   // The key is that of the record it is about, if that is there.
   void takeChange(const JournalRow& change, const RecordKey& key);

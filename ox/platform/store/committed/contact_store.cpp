@@ -10,6 +10,7 @@
 #include "ox/platform/store/committed/act_builder.hpp"
 #include "ox/platform/store/file/act_writer.hpp"
 #include "ox/platform/store/file/journal_trim.hpp"
+#include "ox/platform/store/file/stored_rows.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/card_uid.hpp"
 
@@ -155,22 +156,19 @@ TagDebts ContactStore::tagDebts() {
       auto& numbers = file_.statement(Sql::TagDebts);
       const sqlite::StatementScope scope(numbers);
       while (numbers.step()) {
+        requireSound(numbers, 2, "the row of a tag debt");
         debts.acts.push_back({numbers.integer(0), std::string(numbers.blob(1)), {}});
       }
     }
-    {
-      auto& name = file_.statement(Sql::StoreName);
-      const sqlite::StatementScope scope(name);
-      if (name.step() && name.blob(0).size() == debts.store.size()) {
-        std::ranges::copy(name.blob(0), debts.store.begin());
-      }
-    }
+    const auto name = nameOf(file_);
+    if (name.size() == debts.store.size()) std::ranges::copy(name, debts.store.begin());
     if (debts.acts.empty()) return debts;
     auto& changes = file_.statement(Sql::TagChangesOfAct);
     for (auto& act : debts.acts) {
       const sqlite::StatementScope scope(changes);
       changes.bind(1, act.number);
       while (changes.step()) {
+        requireSound(changes, 2, "a change of tags in the journal");
         try {
           act.changes.push_back(decodeTagChange(changes.blob(0), changes.blob(1)));
         } catch (const DamagedTagChange& error) {

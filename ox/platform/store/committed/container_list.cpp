@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "ox/platform/store/file/stored_rows.hpp"
+
 namespace ox {
 
 void ContainerList::load() {
@@ -9,13 +11,9 @@ void ContainerList::load() {
   all_.clear();
   byRow_.clear();
   file_.guarded([&] {
-    auto& rows = file_.statement(Sql::Containers);
-    const sqlite::StatementScope scope(rows);
-    while (rows.step()) {
-      auto container = std::make_shared<const ContainerInfo>(
-          ContainerInfo{std::string(rows.text(1)), std::string(rows.text(2)),
-                        static_cast<std::int32_t>(rows.integer(3))});
-      byRow_.emplace(static_cast<std::int32_t>(rows.integer(0)), container);
+    for (auto& [row, info] : containersOf(file_)) {
+      auto container = std::make_shared<const ContainerInfo>(std::move(info));
+      byRow_.emplace(row, container);
       all_.push_back(std::move(container));
     }
   });

@@ -21,10 +21,11 @@ constexpr std::size_t kHalfPictureCacheBytes = 2U << 20U;
 // What a decoded bag takes in memory, as a multiple of its stored size: an estimate.
 constexpr std::size_t kDecodedFactor = 4;
 
-// Of a row of record, uid, checksum, data; null when it is damaged.
+// Of a row of record, uid, checksum, data, sound; null when it is damaged.
 Data soundPicture(const sqlite::Statement& row) {
   const auto bytes = row.blob(3);
-  if (checksum64(bytes) != static_cast<std::uint64_t>(row.integer(2))) return nullptr;
+  if (row.integer(4) == 0 || checksum64(bytes) != static_cast<std::uint64_t>(row.integer(2)))
+    return nullptr;
   return makeData(std::string(bytes));
 }
 
@@ -97,8 +98,9 @@ void ContentCache::readAll(std::span<const RecordEntry> entries) {
   });
 }
 
-// Of a row of record, uid, properties, checksum.
+// Of a row of record, uid, properties, checksum, sound.
 KnownContent ContentCache::keep(const RecordKey& key, const sqlite::Statement& row) {
+  if (row.integer(4) == 0) throw DamagedProperties("the row of the stored values is damaged");
   const auto bytes = row.blob(2);
   const KnownContent content{std::make_shared<const PropertyBag>(decodeProperties(bytes)),
                              static_cast<std::uint64_t>(row.integer(3))};

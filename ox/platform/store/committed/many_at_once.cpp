@@ -14,6 +14,7 @@ namespace {
 
 // False when values or picture are damaged. Of a row as ContentsOfRows gives it.
 bool readContent(const sqlite::Statement& row, RecordContent& content) {
+  if (row.integer(4) == 0) return false;
   RecordContent read;
   try {
     read.values = std::make_shared<const PropertyBag>(decodeProperties(row.blob(1)));
@@ -114,8 +115,8 @@ class Matching {
       while (rows.step()) {
         const auto entry = entryOfRow(rows);
         if (entry.container != container_ || entry.kind != kind_) continue;
-        const auto place = asked.places[static_cast<std::size_t>(rows.integer(4))];
-        found_[place].push_back({entry.key, static_cast<std::uint64_t>(rows.integer(5))});
+        const auto place = asked.places[static_cast<std::size_t>(rows.integer(5))];
+        found_[place].push_back({entry.key, static_cast<std::uint64_t>(rows.integer(6))});
       }
     });
   }
@@ -185,7 +186,7 @@ std::vector<std::optional<RecordEntry>> CommittedRecords::findInFile(const sqlit
     auto& rows = file_.statement(Sql::RecordsByUids);
     const sqlite::StatementScope scope(rows);
     rows.bindKeys(1, uids);
-    while (rows.step()) found[static_cast<std::size_t>(rows.integer(4))] = kept(entryOfRow(rows));
+    while (rows.step()) found[static_cast<std::size_t>(rows.integer(5))] = kept(entryOfRow(rows));
   });
   return found;
 }
@@ -256,7 +257,7 @@ std::vector<RecordKeysPtr> CommittedRecords::children(std::span<const RecordKey>
     const sqlite::StatementScope scope(rows);
     rows.bindKeys(1, list).bind(2, static_cast<std::int64_t>(kind));
     while (rows.step()) {
-      read[static_cast<std::size_t>(rows.integer(0))].push_back(keyOfColumn(rows, 1));
+      read[static_cast<std::size_t>(rows.integer(0))].push_back(soundKey(rows, 1, 2));
     }
   });
   for (std::size_t i = 0; i < unknown.size(); ++i) {

@@ -11,13 +11,22 @@ namespace ox {
 void CommittedRecords::readNews() {
   const sqlite::Snapshot snapshot(file_.connection());
   const auto current = version();
-  const auto last = lastAct(file_);
+  const auto last = soundLastAct();
   const bool isTold = last && seenVersion_ >= 0 && last->moment != seen_.moment;
   if (!isTold || !readActsSince(seen_, *last)) startAnew();
-  // A damaged store that has lost its journal can still be read.
   seen_ = last.value_or(ActRow());
   // Set last: when the reading of the news fails half way, the next look reads them again.
   seenVersion_ = current;
+}
+
+// A damaged store whose journal has lost its last row, or whose last row is damaged, can be read
+// all the same.
+std::optional<ActRow> CommittedRecords::soundLastAct() {
+  try {
+    return lastAct(file_);
+  } catch (const DamagedRow&) {
+    return std::nullopt;
+  }
 }
 
 bool CommittedRecords::readActsSince(const ActRow& seen, const ActRow& last) {
@@ -31,6 +40,9 @@ bool CommittedRecords::readActsSince(const ActRow& seen, const ActRow& last) {
     changes.bind(1, seen.nextChange);
     while (changes.step()) {
       const JournalRow row(changes);
+      const bool isKeySound =
+          changes.isNull(JournalRow::kColumns) || changes.integer(JournalRow::kColumns + 1) != 0;
+      if (!row.isSound() || !isKeySound) return false;
       const auto key = changes.isNull(JournalRow::kColumns)
                            ? RecordKey()
                            : keyOfColumn(changes, JournalRow::kColumns);
@@ -62,7 +74,7 @@ void CommittedRecords::forgetParentsOf(const std::unordered_set<std::int64_t>& r
   auto& uids = file_.statement(Sql::UidsOfRows);
   const sqlite::StatementScope scope(uids);
   uids.bindKeys(1, list);
-  while (uids.step()) parentLists_.erase(keyOfColumn(uids, 0));
+  while (uids.step()) parentLists_.erase(soundKey(uids, 0, 1));
 }
 
 // A record that was removed since has no identifier any more, and a row of its own further on.

@@ -78,7 +78,8 @@ bool ActWriter::guardsHold() {
     const sqlite::StatementScope scope(changes);
     changes.bind(1, decided->nextChange);
     while (changes.step()) {
-      if (touchesGuarded(JournalRow(changes))) return false;
+      const JournalRow row(changes);
+      if (!row.isSound() || touchesGuarded(row)) return false;
     }
   }
   if (act_.guards.containers.empty()) return true;
@@ -288,7 +289,10 @@ NumberedLinks ActWriter::takeLinks(Sql which, std::int64_t row) {
     auto& rows = file_.statement(which);
     const sqlite::StatementScope scope(rows);
     rows.bind(1, row);
-    while (rows.step()) links.push_back({rows.integer(0), rows.integer(1)});
+    while (rows.step()) {
+      requireSound(rows, 2, "the row of a link");
+      links.push_back({rows.integer(0), rows.integer(1)});
+    }
   }
   for (const auto& link : links) file_.statement(Sql::DeleteLink).bind(1, link.number).run();
   return links;
@@ -313,12 +317,12 @@ bool ActWriter::noteRemoval(const RecordEntry& record) {
   const StoredUid uid(record.key);
   JournalWriter::Change note{.what = ChangeKind::Removed,
                              .record = record.row,
-                             .container = row.integer(2),
-                             .place = row.integer(1),
+                             .container = record.container,
+                             .place = static_cast<std::int64_t>(record.kind),
                              .uid = &uid,
-                             .pictureBytes = row.integer(5)};
-  if (!row.isNull(3)) note.before = row.blob(3);
-  if (!row.isNull(4)) note.other = row.integer(4);
+                             .pictureBytes = row.integer(2)};
+  if (!row.isNull(0)) note.before = row.blob(0);
+  if (!row.isNull(1)) note.other = row.integer(1);
   journal_.write(note);
   return true;
 }

@@ -9,10 +9,11 @@
 #include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
+#include "ox/platform/store/file/tables.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
-#include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
+#include "ox/records/tag_change.hpp"
 
 namespace ox {
 namespace {
@@ -32,11 +33,56 @@ void checkStructure(sqlite::Connection& file, Problems& problems) {
   }
 }
 
+// Whether the tables are those of this version, so that their rows tell whether they are sound.
+bool hasRowSums(sqlite::Connection& file) {
+  return file.queryInteger("PRAGMA user_version") == kSchemaVersion;
+}
+
+std::vector<std::string> schemaOf(sqlite::Connection& file) {
+  std::vector<std::string> statements;
+  auto rows =
+      file.prepare("SELECT sql FROM sqlite_schema WHERE name NOT LIKE 'sqlite_%' ORDER BY name");
+  while (rows.step()) statements.emplace_back(rows.text(0));
+  return statements;
+}
+
+void checkTables(sqlite::Connection& file, Problems& problems) {
+  if (!hasRowSums(file)) return;
+  sqlite::Connection fresh(":memory:", sqlite::Connection::Mode::ReadWriteCreate);
+  fresh.execute(newTables().c_str());
+  if (schemaOf(file) != schemaOf(fresh)) {
+    problems.emplace_back("the tables are not those of a store");
+  }
+  if (file.queryInteger("SELECT ifnull(max(id), 0) > ifnull((SELECT max(seq) FROM sqlite_sequence "
+                        "WHERE name = 'container'), 0) FROM container") != 0) {
+    problems.emplace_back("the rows of accounts are not counted");
+  }
+}
+
+// Every row whose columns are not what was written.
+void checkRows(sqlite::Connection& file, Problems& problems) {
+  if (!hasRowSums(file)) return;
+  auto tables = file.prepare(
+      "SELECT t.name, (SELECT name FROM pragma_table_info(t.name) WHERE cid = 0) "
+      "FROM sqlite_schema t WHERE t.type = 'table' AND EXISTS(SELECT 1 FROM "
+      "pragma_table_xinfo(t.name) WHERE name = 'sound') ORDER BY t.name");
+  while (tables.step()) {
+    const std::string table(tables.text(0));
+    auto rows = file.prepare("SELECT " + std::string(tables.text(1)) + " FROM " + table +
+                             " WHERE sound IS NOT 1 ORDER BY 1");
+    while (rows.step()) {
+      problems.push_back("row " + std::string(rows.text(0)) + " of " + table +
+                         " is damaged: its checksum differs");
+    }
+  }
+}
+
 void checkRecords(sqlite::Connection& file, Problems& problems) {
   // A store of version 1 that nobody has opened since is looked at as it is.
   const bool isVersion1 = file.queryInteger("PRAGMA user_version") == 1;
+  // A damaged row is named already.
   auto rows = file.prepare(
-      std::string("SELECT r.id, r.uid, r.kind, r.container, c.properties, c.fingerprint, "
+      std::string("SELECT r.id, r.uid, r.kind, r.container, 1, c.properties, c.fingerprint, "
                   "c.card_uid, i.checksum, i.data FROM record r "
                   "LEFT JOIN content c ON c.record = r.id LEFT JOIN image i ON ") +
       (isVersion1 ? "i.record = r.id" : "i.id = c.image") + " ORDER BY r.id");
@@ -47,25 +93,23 @@ void checkRecords(sqlite::Connection& file, Problems& problems) {
     try {
       name = entryOfRow(rows).key.text();
       if (rows.integer(0) >= next) problems.push_back(name + ": its row number is not counted");
-      if (rows.isNull(4)) {
+      if (rows.isNull(5)) {
         problems.push_back(name + ": its values are missing");
         continue;
       }
-      const auto properties = decodeProperties(rows.blob(4));
-      const auto picture = rows.isNull(7) ? 0 : static_cast<std::uint64_t>(rows.integer(7));
-      if (!rows.isNull(7) && checksum64(rows.blob(8)) != picture) {
+      const auto properties = decodeProperties(rows.blob(5));
+      const auto picture = rows.isNull(8) ? 0 : static_cast<std::uint64_t>(rows.integer(8));
+      if (!rows.isNull(8) && checksum64(rows.blob(9)) != picture) {
         problems.push_back(name + ": the stored picture is damaged: its checksum differs");
       }
-      if (static_cast<std::int64_t>(contentFingerprint(properties, picture)) != rows.integer(5)) {
+      if (static_cast<std::int64_t>(contentFingerprint(properties, picture)) != rows.integer(6)) {
         problems.push_back(name + ": its fingerprint is not that of its values");
       }
       const auto* uid = properties.text(property_id::kCardUid);
-      if (rows.optionalText(6) != (uid != nullptr ? Text(*uid) : std::nullopt)) {
+      if (rows.optionalText(7) != (uid != nullptr ? Text(*uid) : std::nullopt)) {
         problems.push_back(name + ": the card UID it is found by is not its own");
       }
-    } catch (const DamagedProperties& error) {
-      problems.push_back(name + ": " + error.what());
-    } catch (const StoreError& error) {
+    } catch (const DamagedBytes& error) {
       problems.push_back(name + ": " + error.what());
     }
   }
@@ -127,11 +171,31 @@ void checkChanges(sqlite::Connection& file, Problems& problems) {
                            " of the journal: " + error.what());
       }
     };
+    if (what == static_cast<std::int64_t>(ChangeKind::Tags)) {
+      try {
+        decodeTagChange(rows.blob(2), rows.blob(3));
+      } catch (const DamagedTagChange& error) {
+        problems.push_back("change " + std::to_string(rows.integer(0)) +
+                           " of the journal: " + error.what());
+      }
+    }
     const bool isRemoval = what == static_cast<std::int64_t>(ChangeKind::Removed);
     const bool ofValues = what == static_cast<std::int64_t>(ChangeKind::Values) ||
                           what == static_cast<std::int64_t>(ChangeKind::ValuesAndPicture);
     if (ofValues || (isRemoval && !rows.isNull(2))) check(2);
     if (ofValues) check(3);
+  }
+}
+
+// Those that the journal keeps; those of records are looked at with them.
+void checkKeptPictures(sqlite::Connection& file, Problems& problems) {
+  auto rows = file.prepare(
+      "SELECT id, checksum, data FROM image WHERE id IN "
+      "(SELECT other FROM change WHERE what IN (2, 3)) ORDER BY id");
+  while (rows.step()) {
+    if (checksum64(rows.blob(2)) == static_cast<std::uint64_t>(rows.integer(1))) continue;
+    problems.push_back("picture " + std::to_string(rows.integer(0)) +
+                       " in the journal is damaged: its checksum differs");
   }
 }
 
@@ -162,6 +226,7 @@ void checkJournal(sqlite::Connection& file, Problems& problems) {
   checkChanges(file, problems);
   checkLinkLists(file, problems);
   checkPictures(file, problems);
+  checkKeptPictures(file, problems);
 }
 
 void checkLinks(sqlite::Connection& file, Problems& problems) {
@@ -193,7 +258,8 @@ void checkLinks(sqlite::Connection& file, Problems& problems) {
 std::vector<std::string> storeProblems(const std::string& path) {
   auto file = openExistingStoreFile(path);
   Problems problems;
-  for (const auto check : {checkStructure, checkRecords, checkLinks, checkJournal}) {
+  for (const auto check :
+       {checkStructure, checkTables, checkRows, checkRecords, checkLinks, checkJournal}) {
     try {
       check(file, problems);
     } catch (const sqlite::Error& error) {

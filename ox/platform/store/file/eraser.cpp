@@ -26,8 +26,11 @@ class Eraser {
     }
     eraseTags();
     eraseNames(name);
-    if (found_) beginAnew(followedTags);
-    return found_;
+    if (!found_) return false;
+    // Nobody can tell whom a damaged row is about.
+    file_.execute("DELETE FROM change WHERE sound IS NOT 1");
+    beginAnew(followedTags);
+    return true;
   }
 
  private:
@@ -72,7 +75,7 @@ class Eraser {
   void eraseFromLists(std::int64_t child) {
     std::vector<std::pair<std::int64_t, NumberedLinks>> others;
     {
-      auto rows = file_.prepare("SELECT * FROM change WHERE what IN (5, 6)");
+      auto rows = file_.prepare("SELECT * FROM change WHERE what IN (5, 6) AND sound");
       while (rows.step()) {
         const JournalRow row(rows);
         auto links = linksOf(row);
@@ -143,7 +146,7 @@ class Eraser {
     for (const auto origin : origins_) {
       runWith(
           "UPDATE origin SET command = substr(command, 1, instr(command || ' ', ' ') - 1) "
-          "WHERE id = ?1",
+          "WHERE id = ?1 AND sound",
           origin);
     }
   }
@@ -153,8 +156,8 @@ class Eraser {
     // The tag file tells by the names what it has followed.
     runWith("DELETE FROM tag_debt WHERE number <= ?1", followedTags);
     runWith(
-        "UPDATE act SET name = randomblob(16) WHERE ?1 > 0 OR number NOT IN "
-        "(SELECT number FROM tag_debt)",
+        "UPDATE act SET name = randomblob(16) WHERE sound AND (?1 > 0 OR number NOT IN "
+        "(SELECT number FROM tag_debt))",
         followedTags);
     file_.execute(
         "INSERT INTO origin(program, command, together, undoes, first_act) "
@@ -201,6 +204,8 @@ bool eraseRecord(const std::string& path, const RecordKey& key, const std::strin
     return found;
   } catch (const sqlite::Error& error) {
     throwStoreError(path, error);
+  } catch (const DamagedRow& error) {
+    throw StoreError(StoreError::Kind::Corrupt, path + ": " + error.what(), path);
   }
 }
 

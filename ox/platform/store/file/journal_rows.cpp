@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <string>
 
-#include "ox/platform/store/values/store_error.hpp"
-
 namespace ox {
 namespace {
 
-constexpr int kColumnsOfAct = 8;
+constexpr int kColumnsOfAct = 10;  // the last one tells whether the row is sound
 constexpr const char* kActs =
     "SELECT a.*, p.next_record, p.next_change FROM act a JOIN act p ON p.number = a.number - 1 ";
 
@@ -17,8 +15,8 @@ ActRow actOfRow(const sqlite::Statement& row) {
   ActRow act;
   act.moment.number = row.integer(0);
   const auto name = row.blob(1);
-  if (name.size() != act.moment.name.size()) {
-    throw StoreError(StoreError::Kind::Corrupt, "the name of an act is damaged");
+  if (row.integer(kColumnsOfAct - 1) == 0 || name.size() != act.moment.name.size()) {
+    throw DamagedRow("act " + std::to_string(row.integer(0)) + " of the journal is damaged");
   }
   std::ranges::copy(name, act.moment.name.begin());
   act.nextRecord = row.integer(4);
@@ -38,6 +36,14 @@ std::optional<ActRow> actOf(sqlite::Statement& row) {
   return row.step() ? std::optional(actOfRow(row)) : std::nullopt;
 }
 
+void visitAll(sqlite::Statement& rows, const JournalRows::VisitChange& visit) {
+  while (rows.step()) {
+    const JournalRow row(rows);
+    row.requireSound();
+    if (!visit(row)) return;
+  }
+}
+
 }  // namespace
 
 std::optional<ActRow> lastAct(StoreFile& file) {
@@ -46,6 +52,12 @@ std::optional<ActRow> lastAct(StoreFile& file) {
 
 std::optional<ActRow> actOfNumber(StoreFile& file, std::int64_t number) {
   return actOf(file.statement(Sql::ActByNumber).bind(1, number));
+}
+
+void JournalRow::requireSound() const {
+  if (!isSound()) {
+    throw DamagedRow("change " + std::to_string(id()) + " of the journal is damaged");
+  }
 }
 
 bool JournalRow::isOfLinks() const {
@@ -99,23 +111,24 @@ void JournalRows::changes(std::int64_t from, std::int64_t end, const VisitChange
   auto rows =
       file_.connection().prepare("SELECT * FROM change WHERE id >= ?1 AND id < ?2 ORDER BY id");
   rows.bind(1, from).bind(2, end);
-  while (rows.step() && visit(JournalRow(rows))) continue;
+  visitAll(rows, visit);
 }
 
 void JournalRows::changesDown(std::int64_t from, std::int64_t end, const VisitChange& visit) {
   auto rows = file_.connection().prepare(
       "SELECT * FROM change WHERE id >= ?1 AND id < ?2 ORDER BY id DESC");
   rows.bind(1, from).bind(2, end);
-  while (rows.step() && visit(JournalRow(rows))) continue;
+  visitAll(rows, visit);
 }
 
 const JournalOrigin& JournalRows::origin(std::int64_t row) {
   const auto [known, isNew] = origins_.try_emplace(row);
   if (!isNew) return known->second;
   auto found = file_.connection().prepare(
-      "SELECT program, command, together, undoes, first_act FROM origin WHERE id = ?1");
+      "SELECT program, command, together, undoes, first_act, sound FROM origin WHERE id = ?1");
   found.bind(1, row);
   if (!found.step()) return known->second;
+  requireSound(found, 5, "an origin of the journal");
   auto& origin = known->second.origin;
   origin.program = found.text(0);
   origin.command = found.text(1);
@@ -128,8 +141,11 @@ const JournalOrigin& JournalRows::origin(std::int64_t row) {
 std::vector<std::pair<std::int64_t, std::int64_t>> JournalRows::takingBack() {
   std::vector<std::pair<std::int64_t, std::int64_t>> commands;
   auto rows = file_.connection().prepare(
-      "SELECT first_act, undoes FROM origin WHERE undoes IS NOT NULL ORDER BY first_act");
-  while (rows.step()) commands.emplace_back(rows.integer(0), rows.integer(1));
+      "SELECT first_act, undoes, sound FROM origin WHERE undoes IS NOT NULL ORDER BY first_act");
+  while (rows.step()) {
+    requireSound(rows, 2, "an origin of the journal");
+    commands.emplace_back(rows.integer(0), rows.integer(1));
+  }
   return commands;
 }
 

@@ -38,7 +38,7 @@ struct JournalOrigin {
 // until the next row, as its bytes are, which are only read when they are asked for.
 class JournalRow {
  public:
-  static constexpr int kColumns = 8;
+  static constexpr int kColumns = 10;
 
   explicit JournalRow(const sqlite::Statement& row) : row_(row) {}
   ChangeKind what() const { return static_cast<ChangeKind>(row_.integer(1)); }
@@ -51,6 +51,8 @@ class JournalRow {
   std::string_view after() const { return row_.blob(7); }
   // The identifier of a removed record.
   RecordKey key() const { return keyOfColumn(row_, 7); }
+  bool isSound() const { return row_.integer(9) != 0; }
+  void requireSound() const;  // throws DamagedRow
   // Whether it is Linked or Unlinked, and what it tells then; throws DamagedLinks.
   bool isOfLinks() const;
   NumberedLinks links() const;
@@ -61,7 +63,7 @@ class JournalRow {
 
 // Reads the journal of one store file, which it borrows. The oldest act that is kept only tells
 // where the next one begins and counts as not there. What was asked in two steps is of one moment
-// only inside of a transaction; nobody believes it otherwise. Throws sqlite::Error.
+// only inside of a transaction; nobody believes it otherwise. Throws sqlite::Error and DamagedRow.
 class JournalRows {
  public:
   explicit JournalRows(StoreFile& file) : file_(file) {}

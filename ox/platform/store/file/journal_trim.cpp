@@ -14,9 +14,11 @@ constexpr std::int64_t kMillisecondsOfDay = 24LL * 60 * 60 * 1000;
 constexpr std::int64_t kActsBetweenOrigins = 4096;
 
 std::int64_t settingOr(sqlite::Connection& file, std::string_view name, std::int64_t otherwise) {
-  auto row = file.prepare("SELECT value FROM setting WHERE name = ?1");
+  auto row = file.prepare("SELECT value, sound FROM setting WHERE name = ?1");
   row.bindText(1, name);
-  return row.step() ? row.integer(0) : otherwise;
+  if (!row.step()) return otherwise;
+  requireSound(row, 1, "a bound of the journal");
+  return row.integer(0);
 }
 
 void setSetting(sqlite::Connection& file, std::string_view name, std::int64_t value) {
@@ -55,13 +57,13 @@ std::optional<Cut> cutOf(sqlite::Connection& file, std::int64_t atMostActs) {
   const auto all = file.queryInteger("SELECT bytes FROM act ORDER BY number DESC LIMIT 1");
   const auto stays = firstToStay(file);
   // The first row only tells where the next one begins.
-  auto acts =
-      file.prepare("SELECT number, at, bytes, next_change FROM act ORDER BY number LIMIT ?1");
+  auto acts = file.prepare(
+      "SELECT number, at, bytes, next_change, sound FROM act ORDER BY number LIMIT ?1");
   acts.bind(1, atMostActs + 1);
   if (!acts.step()) return std::nullopt;
   auto bytesBefore = acts.integer(2);
   std::optional<Cut> cut;
-  while (acts.step()) {
+  while (acts.step() && acts.integer(4) != 0) {
     const bool isBeyond = acts.integer(1) < oldest || all - bytesBefore > bytes;
     if (acts.integer(0) >= stays || !isBeyond) break;
     cut = {acts.integer(0), acts.integer(3)};

@@ -1,5 +1,7 @@
 #include "ox/platform/store/file/record_writer.hpp"
 
+#include <string>
+
 #include "ox/base/checksum.hpp"
 #include "ox/records/property_codec.hpp"
 
@@ -30,7 +32,8 @@ void RecordWriter::insertContent(const Content& content) {
 void RecordWriter::updateContent(const Content& content, ReplacePicture picture) {
   const auto update =
       picture == ReplacePicture::Yes ? Statement::UpdateWithPicture : Statement::Update;
-  if (!run(update, content)) run(Statement::Insert, content);
+  if (run(update, content) || run(Statement::Insert, content)) return;
+  throw DamagedRow("row " + std::to_string(content.record) + " of the stored values is damaged");
 }
 
 // False when there was no row to update. The three statements have their columns in one order.

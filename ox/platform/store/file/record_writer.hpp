@@ -33,8 +33,8 @@ class RecordWriter {
     std::optional<Picture> picture = std::nullopt;  // missing: none
   };
   void insertContent(const Content& content);
-  // Writes the row anew, the picture only if it is to be replaced. A row that a damaged store has
-  // lost is made again.
+  // Writes the row anew, the picture only if it is to be replaced; throws DamagedRow when it is to
+  // stay and nobody can tell which it is. A row that a damaged store has lost is made again.
   enum class ReplacePicture : std::uint8_t { No, Yes };
   void updateContent(const Content& content, ReplacePicture picture);
 

@@ -4,8 +4,6 @@
 #include <cassert>
 #include <cstring>
 
-#include "ox/platform/store/values/store_error.hpp"
-
 namespace ox {
 namespace {
 
@@ -19,69 +17,74 @@ struct Row {
 
 constexpr std::array kStatements = {
     Row{Sql::DataVersion, "PRAGMA data_version"},
-    Row{Sql::CustomProperties, "SELECT name, type FROM custom_property ORDER BY rowid"},
-    Row{Sql::CustomPropertyType, "SELECT type FROM custom_property WHERE name = ?1"},
+    Row{Sql::CustomProperties, "SELECT name, type, sound FROM custom_property ORDER BY rowid"},
+    Row{Sql::CustomPropertyType, "SELECT type, sound FROM custom_property WHERE name = ?1"},
     Row{Sql::Containers,
-        "SELECT id, identifier, name, type FROM container "
+        "SELECT id, identifier, name, type, sound FROM container "
         "ORDER BY type <> 1, id"},
     Row{Sql::LastAct, "SELECT * FROM act ORDER BY number DESC LIMIT 1"},
     Row{Sql::ActByNumber, "SELECT * FROM act WHERE number = ?1"},
     Row{Sql::ChangesFrom,
-        "SELECT c.*, r.uid FROM change c LEFT JOIN record r ON r.id = c.record "
+        "SELECT c.*, r.uid, r.sound FROM change c LEFT JOIN record r ON r.id = c.record "
         "WHERE c.id >= ?1 ORDER BY c.id"},
-    Row{Sql::UidsOfRows, "SELECT r.uid FROM keys(?1) k CROSS JOIN record r ON r.id = k.key"},
+    Row{Sql::UidsOfRows,
+        "SELECT r.uid, r.sound FROM keys(?1) k CROSS JOIN record r ON r.id = k.key"},
     Row{Sql::RecordsOfRows,
-        "SELECT id, uid, kind, container FROM record WHERE id >= ?1 AND id < ?2 ORDER BY id "
+        "SELECT id, uid, kind, container, sound FROM record WHERE id >= ?1 AND id < ?2 ORDER BY id "
         "LIMIT ?3"},
     Row{Sql::ContentOfRow,
-        "SELECT c.properties, i.checksum FROM content c LEFT JOIN image i ON i.id = c.image "
+        "SELECT c.properties, i.checksum, c.sound FROM content c LEFT JOIN image i ON i.id = "
+        "c.image "
         "WHERE c.record = ?1"},
     Row{Sql::ImageChecksum, "SELECT checksum FROM image WHERE id = ?1"},
-    Row{Sql::RecordsAfter, "SELECT id, uid, kind, container FROM record WHERE id > ?1 ORDER BY id"},
-    Row{Sql::RecordByUid, "SELECT id, uid, kind, container FROM record WHERE uid = ?1"},
+    Row{Sql::RecordsAfter,
+        "SELECT id, uid, kind, container, sound FROM record WHERE id > ?1 ORDER BY id"},
+    Row{Sql::RecordByUid, "SELECT id, uid, kind, container, sound FROM record WHERE uid = ?1"},
     Row{Sql::ContentFrom,
-        "SELECT c.record, r.uid, c.properties, i.checksum FROM content c "
+        "SELECT c.record, r.uid, c.properties, i.checksum, c.sound AND r.sound FROM content c "
         "CROSS JOIN record r ON r.id = c.record LEFT JOIN image i ON i.id = c.image "
         "WHERE c.record >= ?1 ORDER BY c.record LIMIT ?2"},
     Row{Sql::PicturesFrom,
-        "SELECT c.record, r.uid, i.checksum, i.data FROM content c "
+        "SELECT c.record, r.uid, i.checksum, i.data, c.sound AND r.sound FROM content c "
         "CROSS JOIN image i ON i.id = c.image CROSS JOIN record r ON r.id = c.record "
         "WHERE c.record BETWEEN ?1 AND ?2 ORDER BY c.record"},
     Row{Sql::ChildrenOfRow,
-        "SELECT r.uid FROM link l JOIN record r ON r.id = l.child "
+        "SELECT r.uid, l.sound AND r.sound FROM link l JOIN record r ON r.id = l.child "
         "WHERE l.parent = ?1 AND r.kind = ?2 ORDER BY l.id"},
     Row{Sql::ParentsOfRow,
-        "SELECT r.uid FROM link l JOIN record r ON r.id = l.parent WHERE l.child = ?1 "
+        "SELECT r.uid, l.sound AND r.sound FROM link l JOIN record r ON r.id = l.parent WHERE "
+        "l.child = ?1 "
         "ORDER BY l.id"},
     // About many at once. The list comes first and in its order, whatever the planner thinks of it.
     Row{Sql::RecordsByUids,
-        "SELECT r.id, r.uid, r.kind, r.container, k.rowid "
+        "SELECT r.id, r.uid, r.kind, r.container, r.sound, k.rowid "
         "FROM keys(?1) k CROSS JOIN record r ON r.uid = k.key"},
     Row{Sql::ValuesOfRows,
-        "SELECT c.record, r.uid, c.properties, i.checksum FROM keys(?1) k "
+        "SELECT c.record, r.uid, c.properties, i.checksum, c.sound AND r.sound FROM keys(?1) k "
         "CROSS JOIN content c ON c.record = k.key CROSS JOIN record r ON r.id = c.record "
         "LEFT JOIN image i ON i.id = c.image"},
     Row{Sql::ContentsOfRows,
-        "SELECT k.rowid, c.properties, i.checksum, i.data "
+        "SELECT k.rowid, c.properties, i.checksum, i.data, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
         "LEFT JOIN image i ON i.id = c.image"},
     Row{Sql::ChildrenOfRows,
-        "SELECT k.rowid, r.uid FROM keys(?1) k CROSS JOIN link l ON l.parent = k.key "
+        "SELECT k.rowid, r.uid, l.sound AND r.sound FROM keys(?1) k "
+        "CROSS JOIN link l ON l.parent = k.key "
         "CROSS JOIN record r ON r.id = l.child WHERE r.kind = ?2 ORDER BY k.rowid, l.id"},
     Row{Sql::RecordsByCardUids,
-        "SELECT r.id, r.uid, r.kind, r.container, k.rowid, c.fingerprint "
+        "SELECT r.id, r.uid, r.kind, r.container, r.sound AND c.sound, k.rowid, c.fingerprint "
         "FROM keys(?1) k CROSS JOIN content c ON c.card_uid = k.key "
         "CROSS JOIN record r ON r.id = c.record ORDER BY k.rowid, c.record"},
     Row{Sql::RecordsByFingerprints,
-        "SELECT r.id, r.uid, r.kind, r.container, k.rowid, c.fingerprint "
+        "SELECT r.id, r.uid, r.kind, r.container, r.sound AND c.sound, k.rowid, c.fingerprint "
         "FROM keys(?1) k CROSS JOIN content c ON c.fingerprint = k.key "
         "CROSS JOIN record r ON r.id = c.record ORDER BY k.rowid, c.record"},
     Row{Sql::RecordsByRows,
-        "SELECT r.id, r.uid, r.kind, r.container, k.rowid, c.fingerprint "
+        "SELECT r.id, r.uid, r.kind, r.container, r.sound AND c.sound, k.rowid, c.fingerprint "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
         "CROSS JOIN record r ON r.id = c.record"},
     Row{Sql::RecordsOfContainer,
-        "SELECT id, uid, kind, container FROM record WHERE container = ?1 ORDER BY id"},
+        "SELECT id, uid, kind, container, sound FROM record WHERE container = ?1 ORDER BY id"},
     Row{Sql::ParentRows, "SELECT parent FROM link WHERE child = ?1"},
     Row{Sql::SubgroupRows,
         "SELECT l.child FROM link l JOIN record r ON r.id = l.child "
@@ -104,18 +107,19 @@ constexpr std::array kStatements = {
     Row{Sql::DeleteRecord, "DELETE FROM record WHERE id = ?1"},
     Row{Sql::InsertContent,
         "INSERT INTO content(record, card_uid, fingerprint, image, properties) "
-        "VALUES(?1, ?2, ?3, ?4, ?5)"},
+        "VALUES(?1, ?2, ?3, ?4, ?5) ON CONFLICT(record) DO NOTHING"},
     Row{Sql::UpdateContent,
-        "UPDATE content SET card_uid = ?2, fingerprint = ?3, properties = ?5 WHERE record = ?1"},
+        "UPDATE content SET card_uid = ?2, fingerprint = ?3, properties = ?5 "
+        "WHERE record = ?1 AND sound"},
     Row{Sql::UpdateContentAndImage,
         "UPDATE content SET card_uid = ?2, fingerprint = ?3, image = ?4, properties = ?5 "
         "WHERE record = ?1"},
     Row{Sql::InsertImage, "INSERT INTO image(checksum, data) VALUES(?1, ?2)"},
     Row{Sql::ImageOfRow,
         "SELECT i.id, i.checksum, length(i.data) FROM content c JOIN image i ON i.id = c.image "
-        "WHERE c.record = ?1"},
-    Row{Sql::LinksToChildren, "SELECT child, id FROM link WHERE parent = ?1 ORDER BY id"},
-    Row{Sql::LinksToParents, "SELECT parent, id FROM link WHERE child = ?1 ORDER BY id"},
+        "WHERE c.record = ?1 AND c.sound"},
+    Row{Sql::LinksToChildren, "SELECT child, id, sound FROM link WHERE parent = ?1 ORDER BY id"},
+    Row{Sql::LinksToParents, "SELECT parent, id, sound FROM link WHERE child = ?1 ORDER BY id"},
     Row{Sql::InsertLink,
         "INSERT INTO link(id, parent, child) VALUES(?1, ?2, ?3) "
         "ON CONFLICT(child, parent) DO NOTHING"},
@@ -126,25 +130,26 @@ constexpr std::array kStatements = {
         "INSERT INTO change(id, what, record, container, other, place, before, after) "
         "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"},
     Row{Sql::RecordToRemove,
-        "SELECT r.uid, r.kind, r.container, c.properties, c.image, ifnull(length(i.data), 0) "
-        "FROM record r LEFT JOIN content c ON c.record = r.id LEFT JOIN image i ON i.id = c.image "
-        "WHERE r.id = ?1"},
-    Row{Sql::InsertTagDebt, "INSERT INTO tag_debt VALUES(?1)"},
+        "SELECT c.properties, i.id, ifnull(length(i.data), 0) "
+        "FROM record r LEFT JOIN content c ON c.record = r.id "
+        "LEFT JOIN image i ON i.id = c.image AND c.sound WHERE r.id = ?1"},
+    Row{Sql::InsertTagDebt, "INSERT INTO tag_debt(number) VALUES(?1)"},
     Row{Sql::TagDebts,
-        "SELECT d.number, a.name FROM tag_debt d "
+        "SELECT d.number, a.name, d.sound AND ifnull(a.sound, 1) FROM tag_debt d "
         "LEFT JOIN act a ON a.number = d.number ORDER BY d.number"},
     Row{Sql::TagChangesOfAct,
-        "SELECT before, after FROM change WHERE what = 9 AND id >= (SELECT next_change FROM act "
+        "SELECT before, after, sound FROM change WHERE what = 9 AND id >= (SELECT next_change FROM "
+        "act "
         "WHERE number = ?1 - 1) AND id < (SELECT next_change FROM act WHERE number = ?1) "
         "ORDER BY id"},
     Row{Sql::DeleteTagDebt, "DELETE FROM tag_debt WHERE number <= ?1"},
-    Row{Sql::StoreName, "SELECT name FROM store"},
+    Row{Sql::StoreName, "SELECT name, sound FROM store"},
     Row{Sql::InsertCustomProperty,
         "INSERT INTO custom_property(name, type) VALUES(?1, ?2) ON CONFLICT DO NOTHING"},
 };
 
 [[noreturn]] void damagedIdentifier() {
-  throw StoreError(StoreError::Kind::Corrupt, "a stored identifier is damaged");
+  throw DamagedRow("a stored identifier is damaged");
 }
 
 constexpr bool inOrderOfTheEnumeration() {
@@ -196,7 +201,19 @@ RecordKey keyOfColumn(const sqlite::Statement& row, int column) {
   return key;
 }
 
+void requireSound(const sqlite::Statement& row, int column, const char* what) {
+  if (row.integer(column) == 0) throw DamagedRow(std::string(what) + " is damaged");
+}
+
+RecordKey soundKey(const sqlite::Statement& row, int key, int sound) {
+  requireSound(row, sound, "a row that leads to a record");
+  return keyOfColumn(row, key);
+}
+
 RecordEntry entryOfRow(const sqlite::Statement& row) {
+  if (row.integer(4) == 0) {
+    throw DamagedRow("row " + std::to_string(row.integer(0)) + " of the records is damaged");
+  }
   RecordEntry entry;
   entry.row = row.integer(0);
   entry.key = keyOfColumn(row, 1);

@@ -6,6 +6,7 @@
 
 #include "ox/base/sqlite/statement.hpp"
 #include "ox/platform/store/values/record_entry.hpp"
+#include "ox/records/damaged_bytes.hpp"
 
 namespace ox {
 
@@ -86,9 +87,22 @@ class StoredUid {
   std::string bytes_;
 };
 
+// Throws DamagedRow for bytes that are no identifier.
 RecordKey keyOfColumn(const sqlite::Statement& row, int column);
 
-// Of a row of id, uid, kind, container.
+// A row is not what was written. Which file it stands in adds StoreFile::guarded.
+class DamagedRow : public DamagedBytes {
+ public:
+  using DamagedBytes::DamagedBytes;
+};
+
+// Every row tells in a column whether it is sound; throws DamagedRow, which says what it is, when
+// it is not.
+void requireSound(const sqlite::Statement& row, int column, const char* what);
+// The key in a column of a sound row.
+RecordKey soundKey(const sqlite::Statement& row, int key, int sound);
+
+// Of a row of id, uid, kind, container, sound. Throws DamagedRow.
 RecordEntry entryOfRow(const sqlite::Statement& row);
 
 }  // namespace ox

@@ -17,6 +17,8 @@ sqlite::Connection& StoreFile::connection() {
   auto opened = openStoreFile(address_.file());
   auto rows = opened.prepare(sqlOf(Sql::CustomProperties));
   while (rows.step()) {
+    // The values of it name its type themselves; only whoever writes one has to know this row.
+    if (rows.integer(2) == 0) continue;
     const auto type = static_cast<ABPropertyType>(rows.integer(1));
     const auto id = property_table::addStored(rows.text(0), type);
     if (id != 0) writtenCustomProperties_.insert(id);
@@ -100,7 +102,9 @@ ABPropertyType StoreFile::storedType(std::string_view custom) {
     auto& row = statement(Sql::CustomPropertyType);
     const sqlite::StatementScope scope(row);
     row.bindText(1, custom);
-    return row.step() ? static_cast<ABPropertyType>(row.integer(0)) : kABErrorInProperty;
+    if (!row.step()) return kABErrorInProperty;
+    requireSound(row, 1, "the row of a custom property");
+    return static_cast<ABPropertyType>(row.integer(0));
   });
 }
 

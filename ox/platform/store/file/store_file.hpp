@@ -15,6 +15,7 @@
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/values/origin.hpp"
+#include "ox/platform/store/values/store_error.hpp"
 #include "ox/platform/store/values/store_moment.hpp"
 #include "ox/records/property_bag.hpp"
 
@@ -98,6 +99,9 @@ auto StoreFile::guarded(Step step) -> decltype(step()) {
     return step();
   } catch (const sqlite::Error& error) {
     throwStoreError(address_.file(), error);
+  } catch (const DamagedRow& error) {
+    throw StoreError(StoreError::Kind::Corrupt, address_.name() + ": " + error.what(),
+                     address_.name());
   }
 }
 

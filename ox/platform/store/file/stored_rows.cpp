@@ -1,5 +1,6 @@
 #include "ox/platform/store/file/stored_rows.hpp"
 
+#include "ox/base/checksum.hpp"
 #include "ox/records/property_codec.hpp"
 
 namespace ox {
@@ -15,6 +16,15 @@ std::vector<RecordEntry> entriesOf(sqlite::Statement& rows) {
   const sqlite::StatementScope scope(rows);
   while (rows.step()) entries.push_back(entryOfRow(rows));
   return entries;
+}
+
+// Of a row of checksum, data.
+Data soundPicture(const sqlite::Statement& row) {
+  const auto bytes = row.blob(1);
+  if (checksum64(bytes) != static_cast<std::uint64_t>(row.integer(0))) {
+    throw DamagedRow("a stored picture is damaged: its checksum differs");
+  }
+  return makeData(std::string(bytes));
 }
 
 }  // namespace
@@ -35,6 +45,7 @@ std::optional<StoredRows::Content> StoredRows::content(std::int64_t row) {
   const sqlite::StatementScope scope(content);
   content.bind(1, row);
   if (!content.step()) return std::nullopt;
+  if (content.integer(2) == 0) throw DamagedProperties("the row of the stored values is damaged");
   return Content{decodeProperties(content.blob(0)), static_cast<std::uint64_t>(content.integer(1))};
 }
 
@@ -43,28 +54,56 @@ std::optional<std::uint64_t> StoredRows::picture(std::int64_t imageRow) {
   return checksum ? std::optional(static_cast<std::uint64_t>(*checksum)) : std::nullopt;
 }
 
+std::vector<ContainerRow> containersOf(StoreFile& file) {
+  std::vector<ContainerRow> containers;
+  auto& rows = file.statement(Sql::Containers);
+  const sqlite::StatementScope scope(rows);
+  while (rows.step()) {
+    requireSound(rows, 4, "the row of an account");
+    containers.push_back({static_cast<std::int32_t>(rows.integer(0)),
+                          {std::string(rows.text(1)), std::string(rows.text(2)),
+                           static_cast<std::int32_t>(rows.integer(3))}});
+  }
+  return containers;
+}
+
+std::string nameOf(StoreFile& file) {
+  auto& name = file.statement(Sql::StoreName);
+  const sqlite::StatementScope scope(name);
+  if (!name.step()) return {};
+  requireSound(name, 1, "the name of the store");
+  return std::string(name.blob(0));
+}
+
 Data pictureInRow(StoreFile& file, std::int64_t imageRow) {
-  auto row = file.connection().prepare("SELECT data FROM image WHERE id = ?1");
+  auto row = file.connection().prepare("SELECT checksum, data FROM image WHERE id = ?1");
   row.bind(1, imageRow);
-  return row.step() ? makeData(std::string(row.blob(0))) : nullptr;
+  return row.step() ? soundPicture(row) : nullptr;
 }
 
 Data pictureOfRecord(StoreFile& file, std::int64_t row) {
   auto found = file.connection().prepare(
-      "SELECT i.data FROM content c JOIN image i ON i.id = c.image WHERE c.record = ?1");
+      "SELECT i.checksum, i.data, c.sound FROM content c JOIN image i ON i.id = c.image "
+      "WHERE c.record = ?1");
   found.bind(1, row);
-  return found.step() ? makeData(std::string(found.blob(0))) : nullptr;
+  if (!found.step()) return nullptr;
+  requireSound(found, 2, "the row that leads to a picture");
+  return soundPicture(found);
 }
 
 void StoredRows::visit(const std::function<void(const RecordEntry&)>& visit) {
-  auto rows = file_.connection().prepare("SELECT id, uid, kind, container FROM record ORDER BY id");
+  auto rows =
+      file_.connection().prepare("SELECT id, uid, kind, container, sound FROM record ORDER BY id");
   while (rows.step()) visit(entryOfRow(rows));
 }
 
 void StoredRows::visitLinks(
     const std::function<void(std::int64_t, std::int64_t, std::int64_t)>& visit) {
-  auto rows = file_.connection().prepare("SELECT id, parent, child FROM link ORDER BY id");
-  while (rows.step()) visit(rows.integer(0), rows.integer(1), rows.integer(2));
+  auto rows = file_.connection().prepare("SELECT id, parent, child, sound FROM link ORDER BY id");
+  while (rows.step()) {
+    requireSound(rows, 3, "the row of a link");
+    visit(rows.integer(0), rows.integer(1), rows.integer(2));
+  }
 }
 
 std::optional<std::int64_t> StoredRows::link(std::int64_t group, std::int64_t child) {

@@ -3,17 +3,19 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "ox/base/data.hpp"
 #include "ox/platform/store/file/store_file.hpp"
+#include "ox/platform/store/values/container_info.hpp"
 #include "ox/platform/store/values/record_entry.hpp"
 #include "ox/records/property_bag.hpp"
 
 namespace ox {
 
 // What stands in the rows of one store file now, by row, without the memory's caches. Borrows the
-// file. Throws sqlite::Error.
+// file. Throws sqlite::Error and DamagedRow.
 class StoredRows {
  public:
   explicit StoredRows(StoreFile& file) : file_(file) {}
@@ -43,7 +45,17 @@ class StoredRows {
   StoreFile& file_;
 };
 
-// The bytes of the picture in that row; of a record in that row. Null when there is none.
+struct ContainerRow {
+  std::int32_t row = 0;
+  ContainerInfo info;
+};
+// Every container, the local one first.
+std::vector<ContainerRow> containersOf(StoreFile& file);
+// The name of the store, which no other has; empty in a damaged one that has lost it.
+std::string nameOf(StoreFile& file);
+
+// The bytes of the picture in that row; of a record in that row. Null when there is none; throws
+// DamagedRow when they are not what was written.
 Data pictureInRow(StoreFile& file, std::int64_t imageRow);
 Data pictureOfRecord(StoreFile& file, std::int64_t row);
 

@@ -2,9 +2,14 @@
 
 #include <string_view>
 
+#include "ox/base/sqlite/row_sum.hpp"
+
 namespace ox {
 namespace {
 
+// SUM(columns): a row carries a checksum of them, and tells whether it is sound. Blobs of values
+// and pictures have one of their own.
+//
 // record: uid holds the 16 bytes of our own identifiers (see RecordKey), any other identifier as
 // text. Row numbers rise and are never given to another record.
 // link: its number tells the order of adding, and is never given to another link: one that comes
@@ -14,22 +19,26 @@ CREATE TABLE container(
   id INTEGER PRIMARY KEY AUTOINCREMENT,
   identifier TEXT NOT NULL UNIQUE,
   name TEXT NOT NULL,
-  type INTEGER NOT NULL);
+  type INTEGER NOT NULL,
+  SUM(id, identifier, name, type));
 CREATE TABLE record(
   id INTEGER PRIMARY KEY,
   uid BLOB NOT NULL UNIQUE,
   kind INTEGER NOT NULL,
-  container INTEGER NOT NULL REFERENCES container(id));
+  container INTEGER NOT NULL REFERENCES container(id),
+  SUM(id, uid, kind, container));
 CREATE TABLE custom_property(
   name TEXT PRIMARY KEY,
-  type INTEGER NOT NULL);
+  type INTEGER NOT NULL,
+  SUM(name, type));
 )sql";
 
 constexpr std::string_view kLinkTable = R"sql(
 CREATE TABLE link(
   id INTEGER PRIMARY KEY,
   parent INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE,
-  child INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE);
+  child INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE,
+  SUM(id, parent, child));
 CREATE INDEX link_parent ON link(parent);
 CREATE UNIQUE INDEX link_child ON link(child, parent);
 )sql";
@@ -46,7 +55,8 @@ CREATE TABLE content(
   card_uid TEXT,
   fingerprint INTEGER NOT NULL,
   image INTEGER,
-  properties BLOB NOT NULL);
+  properties BLOB NOT NULL,
+  SUM(record, card_uid, fingerprint, image));
 CREATE TABLE image(
   id INTEGER PRIMARY KEY,
   checksum INTEGER NOT NULL,
@@ -62,18 +72,23 @@ CREATE INDEX content_fingerprint ON content(fingerprint);
 // act: a commit. next_record, next_link and next_change are those after it, so an act's additions
 // are the rows of record from the next_record of the act before it, and its changes likewise: what
 // is added and what is new elsewhere is told without a row for each. at is in milliseconds since
-// 1970, bytes the sum of the journal up to here. change: what an act did beside adding; ChangeKind
-// in values/journal_row.hpp tells the columns. tag_debt: acts whose changes of tags the tag file
-// may not have followed yet. setting: what was set of the bounds of the journal.
+// 1970, bytes the sum of the journal up to here.
+//
+// change: what an act did beside adding; ChangeKind in values/journal_row.hpp tells the columns.
+// tag_debt: acts whose changes of tags the tag file may not have followed yet.
+// setting: what was set of the bounds of the journal.
 constexpr std::string_view kJournalTables = R"sql(
-CREATE TABLE store(name BLOB NOT NULL);
+CREATE TABLE store(
+  name BLOB NOT NULL,
+  SUM(name));
 CREATE TABLE origin(
   id INTEGER PRIMARY KEY,
   program TEXT NOT NULL,
   command TEXT NOT NULL,
   together INTEGER NOT NULL,
   undoes INTEGER,
-  first_act INTEGER NOT NULL);
+  first_act INTEGER NOT NULL,
+  SUM(id, program, command, together, undoes, first_act));
 CREATE INDEX origin_undoes ON origin(undoes) WHERE undoes IS NOT NULL;
 CREATE TABLE act(
   number INTEGER PRIMARY KEY,
@@ -83,7 +98,8 @@ CREATE TABLE act(
   next_record INTEGER NOT NULL,
   next_link INTEGER NOT NULL,
   next_change INTEGER NOT NULL,
-  bytes INTEGER NOT NULL);
+  bytes INTEGER NOT NULL,
+  SUM(number, name, at, origin, next_record, next_link, next_change, bytes));
 CREATE TABLE change(
   id INTEGER PRIMARY KEY,
   what INTEGER NOT NULL,
@@ -92,9 +108,15 @@ CREATE TABLE change(
   other INTEGER,
   place INTEGER,
   before BLOB,
-  after BLOB);
-CREATE TABLE tag_debt(number INTEGER PRIMARY KEY);
-CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
+  after BLOB,
+  SUM(id, what, record, container, other, place, before, after));
+CREATE TABLE tag_debt(
+  number INTEGER PRIMARY KEY,
+  SUM(number));
+CREATE TABLE setting(
+  name TEXT PRIMARY KEY,
+  value INTEGER NOT NULL,
+  SUM(name, value)) WITHOUT ROWID;
 )sql";
 
 constexpr std::string_view kFirstRows = R"sql(
@@ -104,10 +126,8 @@ INSERT INTO container(identifier, name, type) VALUES('_local:ABAccount', 'On My 
 }  // namespace
 
 std::string emptyTables() {
-  return std::string(kRecordTables)
-      .append(kLinkTable)
-      .append(kContentTables)
-      .append(kJournalTables);
+  return sqlite::withRowSums(
+      std::string(kRecordTables).append(kLinkTable).append(kContentTables).append(kJournalTables));
 }
 
 std::string newJournal(std::string_view nextRecord, std::string_view nextLink) {

@@ -8,32 +8,6 @@
 #include "ox/records/property_codec.hpp"
 
 namespace ox {
-namespace {
-
-struct ContainerRow {
-  std::int32_t row = 0;
-  ContainerInfo info;
-};
-
-std::vector<ContainerRow> containersOf(StoreFile& file) {
-  std::vector<ContainerRow> containers;
-  auto& rows = file.statement(Sql::Containers);
-  const sqlite::StatementScope scope(rows);
-  while (rows.step()) {
-    containers.push_back({static_cast<std::int32_t>(rows.integer(0)),
-                          {std::string(rows.text(1)), std::string(rows.text(2)),
-                           static_cast<std::int32_t>(rows.integer(3))}});
-  }
-  return containers;
-}
-
-std::string nameOf(StoreFile& file) {
-  auto& name = file.statement(Sql::StoreName);
-  const sqlite::StatementScope scope(name);
-  return name.step() ? std::string(name.blob(0)) : std::string();
-}
-
-}  // namespace
 
 ReturnToCopy::ReturnToCopy(StoreFile& store, StoreFile& copy, CommittedRecords& committed, Act& act,
                            std::deque<NewRecord>& added)
@@ -110,7 +84,7 @@ void ReturnToCopy::keep(const RecordEntry& now, std::int64_t then) {
   auto after = then_.content(then).value_or(StoredRows::Content());
   Act::ChangedRecord change;
   change.differences = differences(before.properties, after.properties);
-  if (before.picture != after.picture) {
+  if (isDamaged || before.picture != after.picture) {
     change.image = Data();
     if (after.picture != 0) change.readImage = reader(then);
   }

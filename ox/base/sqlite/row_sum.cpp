@@ -1,0 +1,64 @@
+#include "ox/base/sqlite/row_sum.hpp"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <sqlite3.h>
+#include <string_view>
+
+#include "ox/base/checksum.hpp"
+
+namespace ox::sqlite {
+namespace {
+
+// A number as it is, anything else as its checksum.
+std::uint64_t wordOf(sqlite3_value* value, int type) {
+  if (type == SQLITE_NULL) return 0;
+  if (type == SQLITE_INTEGER) return static_cast<std::uint64_t>(sqlite3_value_int64(value));
+  const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
+  const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
+  return checksum64(bytes != nullptr ? std::string_view(bytes, size) : std::string_view());
+}
+
+void rowSum(sqlite3_context* context, int count, sqlite3_value** values) {
+  constexpr std::size_t kBytes = 1 + sizeof(std::uint64_t);
+  constexpr std::size_t kMostColumns = 16;
+  std::array<char, kBytes * kMostColumns> columns;
+  if (count < 0 || static_cast<std::size_t>(count) > kMostColumns) {
+    sqlite3_result_error(context, "row_sum: too many columns", -1);
+    return;
+  }
+  auto* next = columns.data();
+  for (int i = 0; i < count; ++i, next += kBytes) {
+    const int type = sqlite3_value_type(values[i]);
+    const auto word = wordOf(values[i], type);
+    *next = static_cast<char>(type);
+    std::memcpy(next + 1, &word, sizeof word);
+  }
+  const auto sum = checksum64({columns.data(), kBytes * static_cast<std::size_t>(count)});
+  sqlite3_result_int(context, static_cast<std::int32_t>(sum));
+}
+
+}  // namespace
+
+std::string withRowSums(std::string statements) {
+  constexpr std::string_view kMark = "SUM(";
+  for (auto mark = statements.find(kMark); mark != std::string::npos;
+       mark = statements.find(kMark, mark)) {
+    const auto end = statements.find(')', mark) + 1;
+    const auto sum = "row_sum" + statements.substr(mark + 3, end - mark - 3);
+    const auto columns = "checksum INTEGER NOT NULL AS (" + sum +
+                         ") STORED,\n  sound INTEGER AS (checksum = " + sum + ") VIRTUAL";
+    statements.replace(mark, end - mark, columns);
+    mark += columns.size();
+  }
+  return statements;
+}
+
+int registerRowSum(sqlite3* database) {
+  return sqlite3_create_function_v2(database, "row_sum", -1,
+                                    SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr,
+                                    rowSum, nullptr, nullptr, nullptr);
+}
+
+}  // namespace ox::sqlite

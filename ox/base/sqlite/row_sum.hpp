@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+struct sqlite3;
+
+namespace ox::sqlite {
+
+// SQLite does not notice a changed byte inside of a row. So tables keep a checksum of the columns
+// of each row: where the statements that make them say `SUM(id, name)` among the columns, this puts
+// two
+//
+//   checksum INTEGER NOT NULL AS (row_sum(id, name)) STORED,
+//   sound INTEGER AS (checksum = row_sum(id, name)) VIRTUAL
+//
+// of which SQLite writes the first with every row and works out the second when it is asked for.
+// Another tool can read such a table, but not write into it.
+std::string withRowSums(std::string statements);
+
+// For the connection alone: makes the function row_sum(value, ...) known. The sum is 32 bits of
+// XXH3, so that it takes four bytes of the row; a value that became one of another type differs
+// too. The result is SQLite's.
+int registerRowSum(sqlite3* database);
+
+}  // namespace ox::sqlite

@@ -1,0 +1,220 @@
+// What becomes of a store of which one byte is not what was written: whoever reads it is told, or
+// the check says so, or nothing is wrong.
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <random>
+
+#include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/store/file/backup.hpp"
+#include "ox/platform/store/file/check.hpp"
+#include "ox/platform/store/journal/store_journal.hpp"
+#include "ox/platform/store/store_source.hpp"
+#include "ox/records/property_codec.hpp"
+#include "tests/support/store_builder.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox {
+namespace {
+
+std::string storePath() {
+  return support::StoreEnvironment::instance().contactStore().string();
+}
+
+std::string bytesOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void writeBytes(const std::string& path, const std::string& bytes) {
+  for (const auto* ending : {"-wal", "-shm", "-journal"}) std::filesystem::remove(path + ending);
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+// A store with something of everything in it, as one file.
+void makeStore() {
+  const auto source = openStoreSource(storePath());
+  const auto key = [](const char* id) { return RecordKey::of(id); };
+  support::StoreBuilder build(*source);
+  const auto custom = property_table::add("OxFlippedProperty", kABStringProperty);
+  build
+      .person("ann",
+              {.first = "Ann",
+               .note = "a note",
+               .phones = {{"home", Object("1")}, {"work", Object("2")}},
+               .more = {{property_id::kCardUid, Object("card-of-ann")}, {custom, Object("custom")}},
+               .image = makeData("the picture of Ann")})
+      .person("ben", {.first = "Ben", .image = makeData("the picture of Ben")})
+      .persons("many", 12);
+  build.group("friends", "Friends").group("chess", "Chess");
+  build.members("friends", {"ann", "ben", "many1", "many2"}).members("chess", {"ann", "many3"});
+  build.subgroup("friends", "chess");
+  build.container("A:ABAccount", "iCloud", 3).person("cid", {.first = "Cid", .company = "A"});
+  source->setValue(key("ann"), RecordKind::Person, property_id::kFirst, Object("Anna"));
+  source->setImageData(key("ann"), makeData("another picture of Ann"));
+  ASSERT_TRUE(source->save({{"_local", "ann", {}, {"red", "blue"}}}).done);
+  source->remove(key("ben"), RecordKind::Person);
+  source->unlink(key("friends"), key("many1"), RecordKind::Person);
+  ASSERT_TRUE(source->save().done);
+  source->setValue(key("many5"), RecordKind::Person, property_id::kNote, Object("taken back"));
+  ASSERT_TRUE(source->save().done);
+  ASSERT_TRUE(source->journal().takeBack(std::nullopt, StoreJournal::Last::Command).done);
+  source->journal().setBounds({36500, 1 << 20});
+  source->checkpoint();
+}
+
+std::string textOf(const JournalChange& change) {
+  return std::to_string(change.act) + "/" + std::to_string(change.command) + "/" +
+         std::to_string(change.at) + "/" + change.origin.program + "/" +
+         std::to_string(static_cast<int>(change.kind)) + "/" + change.record.text() + "/" +
+         change.other.text() + "/" + encodeProperties(change.before) + "/" +
+         encodeProperties(change.after) + "/" + change.account.name + change.account.identifier +
+         "/" + change.tags.person + "\n";
+}
+
+std::string textOf(const PastRecord& record) {
+  std::string text = record.key.text() + record.container + encodeProperties(record.properties);
+  for (const auto& group : record.groups) text += group.text() + " ";
+  return text + "\n";
+}
+
+// All that can be read of it.
+std::string stateOf(ContactSource& source) {
+  std::string text;
+  auto& journal = source.journal();
+  for (const auto& container : source.containers()) {
+    text += container->identifier + container->name + std::to_string(container->type) + "\n";
+    for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
+      for (const auto& key : source.recordsIn(container->identifier, kind)) {
+        text += key.text() + encodeProperties(*source.committedValues(key));
+        if (const auto picture = source.committedImage(key)) text += *picture;
+        for (const auto& parent : *source.parents(key)) text += " in " + parent.text();
+        for (const auto below : {RecordKind::Person, RecordKind::Group}) {
+          for (const auto& child : *source.children(key, below)) text += " + " + child.text();
+        }
+        for (const auto& change : journal.historyOf(key, 100)) text += textOf(change);
+      }
+    }
+  }
+  for (const auto& command : journal.commands(100)) {
+    text += std::to_string(command.number) + command.origin.command +
+            std::to_string(command.added) + std::to_string(command.changed) +
+            std::to_string(command.removed) + std::to_string(command.takenBackBy.value_or(0)) +
+            "\n";
+  }
+  for (const auto& removed : journal.removedRecords(100)) text += textOf(removed.record);
+  text += textOf(journal.recordAt(RecordKey::of("ann"), INT64_MAX).record);
+  for (const auto& act : source.tagDebts().acts) {
+    for (const auto& change : act.changes) text += change.person + change.after.front();
+  }
+  return text + std::to_string(journal.bounds().days) + "\n";
+}
+
+// "told" where reading fails.
+std::string stateAt(const std::string& path) {
+  try {
+    return stateOf(*openStoreSource(path));
+  } catch (const std::exception&) {
+    return "told";
+  }
+}
+
+bool isSound(const std::string& path) {
+  try {
+    return storeProblems(path).empty();
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+TEST(FlippedBytes, AreNeverBelieved) {
+  makeStore();
+  const auto bytes = bytesOf(storePath());
+  const auto expected = stateAt(storePath());
+  ASSERT_NE(expected, "told");
+  ASSERT_TRUE(isSound(storePath()));
+  std::mt19937_64 random(20261121);
+  const auto path = support::temporaryPath("flipped.db").string();
+  int unsound = 0;
+  const auto* wanted = std::getenv("OX_FLIPS");
+  const int flips = wanted != nullptr ? std::atoi(wanted) : 300;
+  for (int i = 0; i < flips; ++i) {
+    auto flipped = bytes;
+    auto place = random() % flipped.size();
+    // Much of a page is room that nothing uses: there one in four is enough.
+    while (bytes[place] == 0 && random() % 4 != 0) place = random() % flipped.size();
+    const auto bit = random() % 8;
+    flipped[place] = static_cast<char>(flipped[place] ^ (1 << bit));
+    writeBytes(path, flipped);
+    if (!isSound(path)) {
+      ++unsound;
+      continue;
+    }
+    const auto state = stateAt(path);
+    EXPECT_TRUE(state == expected) << "byte " << place << ", bit " << bit;
+  }
+  EXPECT_GT(unsound, flips / 10);
+}
+
+// Changes every byte of a text that stands in the file, one after another.
+template <typename Look>
+void withEachByteOf(const std::string& text, Look look) {
+  const auto bytes = bytesOf(storePath());
+  const auto path = support::temporaryPath("flipped.db").string();
+  const auto place = bytes.find(text);
+  ASSERT_NE(place, std::string::npos);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    auto flipped = bytes;
+    for (auto found = place; found != std::string::npos; found = flipped.find(text, found)) {
+      flipped[found + i] = static_cast<char>(flipped[found + i] ^ 1);
+    }
+    writeBytes(path, flipped);
+    look(path);
+  }
+}
+
+TEST(FlippedBytes, OfAPictureAreNotBroughtBackByAnUndo) {
+  makeStore();
+  withEachByteOf("the picture of Ben", [](const std::string& path) {
+    const auto source = openStoreSource(path);
+    const auto number = source->journal().removedRecords(1).at(0).command;
+    EXPECT_THROW(source->journal().takeBack(number, StoreJournal::Last::Command), StoreError);
+    EXPECT_EQ(source->record(RecordKey::of("ben")), std::nullopt);
+    EXPECT_FALSE(isSound(path));
+  });
+}
+
+TEST(FlippedBytes, OfARowAreNotLaunderedByACopy) {
+  makeStore();
+  withEachByteOf("iCloud", [](const std::string& path) {
+    const auto copy = path + ".copy";
+    try {
+      copyStore(path, copy);
+    } catch (const StoreError&) {
+      return;
+    }
+    EXPECT_FALSE(isSound(copy));
+    EXPECT_EQ(stateAt(copy), "told");
+  });
+}
+
+TEST(FlippedBytes, OfARowAreNamedByTheCheckAndByWhoeverReadsIt) {
+  makeStore();
+  const auto path = support::temporaryPath("flipped.db").string();
+  auto bytes = bytesOf(storePath());
+  bytes[bytes.find("iCloud")] = 'j';
+  writeBytes(path, bytes);
+  EXPECT_EQ(storeProblems(path),
+            std::vector<std::string>{"row 2 of container is damaged: its checksum differs"});
+  try {
+    openStoreSource(path)->containers();
+    FAIL();
+  } catch (const StoreError& error) {
+    EXPECT_EQ(error.kind(), FailureKind::Corrupt);
+    EXPECT_EQ(std::string(error.what()), path + ": the row of an account is damaged");
+  }
+}
+
+}  // namespace
+}  // namespace ox
