@@ -10,6 +10,7 @@ namespace {
 struct Counts {
   std::atomic<std::uint64_t> statements = 0;
   std::atomic<std::uint64_t> looks = 0;
+  std::atomic<std::uint64_t> steps = 0;
 };
 
 Counts& counts() {
@@ -18,7 +19,13 @@ Counts& counts() {
 }
 
 // What a trigger or a cascade does within a statement is traced behind "--".
-int traced(unsigned, void*, void*, void* text) {
+int traced(unsigned what, void*, void* statement, void* text) {
+  if (what == SQLITE_TRACE_PROFILE) {
+    constexpr int kStartAgain = 1;
+    counts().steps += static_cast<std::uint64_t>(sqlite3_stmt_status(
+        static_cast<sqlite3_stmt*>(statement), SQLITE_STMTSTATUS_VM_STEP, kStartAgain));
+    return 0;
+  }
   const std::string_view sql(static_cast<const char*>(text));
   if (sql.starts_with("--")) return 0;
   ++(sql == "PRAGMA data_version" ? counts().looks : counts().statements);
@@ -26,7 +33,7 @@ int traced(unsigned, void*, void*, void* text) {
 }
 
 int opened(sqlite3* database, const char**, const void*) {
-  return sqlite3_trace_v2(database, SQLITE_TRACE_STMT, traced, nullptr);
+  return sqlite3_trace_v2(database, SQLITE_TRACE_STMT | SQLITE_TRACE_PROFILE, traced, nullptr);
 }
 
 }  // namespace
@@ -35,6 +42,10 @@ std::uint64_t statementsRun() {
   // Registering it again does nothing.
   sqlite3_auto_extension(reinterpret_cast<void (*)()>(opened));
   return counts().statements;
+}
+
+std::uint64_t stepsTaken() {
+  return counts().steps;
 }
 
 std::uint64_t looksMade() {

@@ -11,5 +11,8 @@ namespace ox::support {
 std::uint64_t statementsRun();
 // How many such looks.
 std::uint64_t looksMade();
+// How many steps SQLite has taken for all statements that have ended, on the same files: what they
+// cost, whatever the machine.
+std::uint64_t stepsTaken();
 
 }  // namespace ox::support

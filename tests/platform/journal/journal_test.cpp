@@ -5,6 +5,7 @@
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/store/process_origin.hpp"
 #include "tests/support/second_process.hpp"
+#include "tests/support/statement_count.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -132,6 +133,31 @@ TEST(ChangesSince, GoesOnBetweenLinksOfOneGroup) {
     }
     EXPECT_EQ(others, told) << place;
   }
+}
+
+// A person comes into a group and is gone again; the result is what it costs a follower to be told.
+std::uint64_t stepsToFollow(const std::string& id) {
+  const auto before = journal::moment();
+  StoreBuilder().person(id, {.first = "Ann"}).member("g", id);
+  contactSource().remove(RecordKey::of(id), RecordKind::Person);
+  EXPECT_TRUE(contactSource().save().done);
+  journal::ChangesSince changes(before);
+  const auto steps = support::stepsTaken();
+  EXPECT_EQ(restOf(changes), "linked g " + id + ", unlinked g " + id + ", removed " + id);
+  return support::stepsTaken() - steps;
+}
+
+TEST(ChangesSince, CostAFollowerTheSameHoweverLongTheJournalIs) {
+  support::statementsRun();
+  StoreBuilder().group("g", "Friends");
+  stepsToFollow("first");
+  const auto atFirst = stepsToFollow("second");
+  StoreBuilder().persons("p", 2000);
+  for (const auto& key : contactSource().records(RecordKind::Person)) {
+    contactSource().remove(key, RecordKind::Person);
+  }
+  ASSERT_TRUE(contactSource().save().done);
+  EXPECT_LT(stepsToFollow("third"), atFirst + atFirst / 2);
 }
 
 TEST(ChangesSince, SaysThatItMustStartAnewWhereThePastIsAnother) {

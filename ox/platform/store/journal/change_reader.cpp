@@ -132,29 +132,30 @@ std::optional<JournalAct> ChangeReader::actOfRecord(std::int64_t row) {
 
 std::optional<RecordEntry> ChangeReader::record(std::int64_t row) {
   if (const auto entry = stored_.record(row)) return entry;
-  readRemoved();
+  readRemovedUntil([&] { return removed_.contains(row); });
   const auto found = removed_.find(row);
   return found != removed_.end() ? std::optional(found->second) : std::nullopt;
 }
 
 std::optional<RecordEntry> ChangeReader::record(const RecordKey& key) {
   if (const auto entry = committed_.find(key)) return entry;
-  readRemoved();
+  // To the end: the last record of that identifier counts.
+  readRemovedUntil([] { return false; });
   const auto found = removedRows_.find(key);
   return found != removedRows_.end() ? std::optional(removed_.at(found->second)) : std::nullopt;
 }
 
-void ChangeReader::readRemoved() {
-  if (removedRead_) return;
-  journal_.changes(0, INT64_MAX, [&](const JournalRow& row) {
+void ChangeReader::readRemovedUntil(const std::function<bool()>& isFound) {
+  if (isFound()) return;
+  journal_.changes(removedReadTo_, INT64_MAX, [&](const JournalRow& row) {
+    removedReadTo_ = row.id() + 1;
     if (row.what() != ChangeKind::Removed) return true;
     const auto kind = row.place() == 0 ? RecordKind::Person : RecordKind::Group;
     const auto key = row.key();
     removed_[row.record()] = {key, row.record(), row.container(), kind};
     removedRows_[key] = row.record();
-    return true;
+    return !isFound();
   });
-  removedRead_ = true;
 }
 
 }  // namespace ox

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <unordered_map>
 #include <utility>
@@ -33,18 +34,21 @@ class ChangeReader {
   // Of a record that is there, or was removed within the journal.
   std::optional<RecordEntry> record(std::int64_t row);
   std::optional<RecordEntry> record(const RecordKey& key);
+  // For whoever asks for changes from that one on alone: the removal of a record that is gone is
+  // told behind all that is told of it, so what is before need not be read.
+  void beginAt(std::int64_t change) { removedReadTo_ = change; }
 
  private:
   JournalChange begin(const JournalAct& act);
   void describe(const JournalRow& row, JournalChange& change);
-  void readRemoved();
+  void readRemovedUntil(const std::function<bool()>& isFound);
   template <typename IsBefore>
   std::optional<JournalAct> firstAct(IsBefore isBefore);
 
   CommittedRecords& committed_;
   JournalRows journal_;
   StoredRows stored_;
-  bool removedRead_ = false;
+  std::int64_t removedReadTo_ = 0;                         // the removals behind are not read yet
   std::unordered_map<std::int64_t, RecordEntry> removed_;  // records that are gone, by row
   std::unordered_map<RecordKey, std::int64_t> removedRows_;
 };

@@ -220,7 +220,9 @@ JournalPart partFrom(ChangeReader& reader, const JournalPlace& from, std::size_t
   }
   const auto room = [&] { return atMost - part.changes.size(); };
   part.isEnd = true;
+  bool isFirst = true;
   journal.actsFrom(from.moment.number + 1, [&](const JournalAct& act) {
+    if (std::exchange(isFirst, false)) reader.beginAt(act.firstChange);
     part.isEnd = false;
     auto& place = part.next;
     place.record = std::max(act.firstRecord, place.record);
