@@ -5,11 +5,13 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include "ox/base/uuid.hpp"
 
@@ -24,11 +26,46 @@ int obstacle(const std::string& target) {
   return S_ISREG(status.st_mode) ? 0 : EINVAL;
 }
 
+constexpr std::string_view kEnding = ".new";
+
+std::string folderOf(const std::string& path) {
+  const auto folder = std::filesystem::path(path).parent_path();
+  return folder.empty() ? "." : folder.string();
+}
+
+// Of "target.01A2004B-0963-7000-A2B0-2348FC99B775.new", and of what SQLite puts beside it: the path
+// of the former. Empty for any other file.
+std::string unfinishedOf(const std::string& target, std::string path) {
+  for (const std::string_view beside : {"-journal", "-wal", "-shm"}) {
+    if (path.ends_with(beside)) path.resize(path.size() - beside.size());
+  }
+  const auto name = std::filesystem::path(path).filename().string();
+  const auto start = std::filesystem::path(target).filename().string() + ".";
+  if (!name.starts_with(start) || !name.ends_with(kEnding)) return {};
+  if (name.size() <= start.size() + kEnding.size()) return {};
+  const auto id = name.substr(start.size(), name.size() - start.size() - kEnding.size());
+  return uuidFromText(id) ? path : std::string();
+}
+
+// What killed processes have left of the same target. What cannot be removed stays.
+void sweepLeft(const std::string& target) {
+  std::error_code none;
+  std::vector<std::string> left;
+  for (std::filesystem::directory_iterator entry(folderOf(target), none), end;
+       !none && entry != end; entry.increment(none)) {
+    const auto path = entry->path().string();
+    const auto unfinished = unfinishedOf(target, path);
+    if (unfinished.empty()) continue;
+    std::error_code unknown;
+    const bool isThere = std::filesystem::exists(unfinished, unknown) || unknown;
+    if (!isThere || ReplacementFile::isAbandoned(unfinished)) left.push_back(path);
+  }
+  for (const auto& path : left) ::unlink(path.c_str());
+}
+
 // Some file systems cannot sync a folder; they need not.
 void syncFolderOf(const std::string& path) {
-  const auto folder = std::filesystem::path(path).parent_path();
-  const int file =
-      ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int file = ::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (file < 0) return;
   ::fsync(file);
   ::close(file);
@@ -40,13 +77,14 @@ ReplacementFile::ReplacementFile(std::string target) : target_(std::move(target)
   const int code = obstacle(target_);
   if (code == EINVAL) target_ += " is no regular file";
   if (code != 0) fail(code);
+  sweepLeft(target_);
   while (!tryMaking()) continue;
 }
 
 // The lock tells others that somebody still writes the file: it ends with the process. False when
 // somebody has taken the file for an abandoned one before the lock was there.
 bool ReplacementFile::tryMaking() {
-  path_ = target_ + "." + uuidText(makeUuid()) + ".new";
+  path_ = target_ + "." + uuidText(makeUuid()) + std::string(kEnding);
   file_ = ::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   if (file_ < 0) fail(errno);
   const bool isTaken = ::flock(file_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;

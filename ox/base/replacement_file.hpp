@@ -9,7 +9,8 @@ namespace ox {
 
 // A file that takes the place of another one when it is complete: written under a name of its own
 // beside its target, which stays as it was until the commit. Gone with this object unless
-// committed. One thread at a time; every failure is a std::system_error that names the file.
+// committed; what a killed process has left goes when its target is to be replaced again. One
+// thread at a time; every failure is a std::system_error that names the file.
 class OX_EXPORT ReplacementFile {
  public:
   // Makes it, empty and for this user alone. Refuses a target that is no regular file.
