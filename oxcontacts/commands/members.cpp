@@ -1,4 +1,5 @@
 // group-add, group-remove: who is in a group.
+#include <algorithm>
 #include <iostream>
 #include <unordered_set>
 
@@ -38,26 +39,33 @@ void refuseOtherAccounts(const _ABGroup& group, const Persons& persons) {
   }
 }
 
+std::unordered_set<const IOxPerson*> heldBy(const Members& members) {
+  std::unordered_set<const IOxPerson*> held;
+  for (const auto& member : members) held.insert(member.get());
+  return held;
+}
+
 void addMembers(const Context& context, const Arguments& arguments) {
   const auto group = findGroup(arguments.group);
   const auto persons = findPersons(arguments.persons);
   refuseOtherAccounts(*group, persons);
-  const auto before = group->persons().size();
+  const auto before = heldBy(group->persons());
   {
     ProgressBar bar(context, "adding to the group");
     group->addPersons_progress(Members(persons.begin(), persons.end()), bar.callback());
   }
   if (!saveEdits()) return;
-  tellGroup(context, "added " + counted(group->persons().size() - before, "person") + " to ",
-            group);
+  // Others may have put in, or taken out, somebody else meanwhile.
+  const auto after = heldBy(group->persons());
+  const auto added = std::ranges::count_if(persons, [&](const auto& person) {
+    return after.contains(person.get()) && !before.contains(person.get());
+  });
+  tellGroup(context, "added " + counted(static_cast<std::size_t>(added), "person") + " to ", group);
 }
 
 // The persons that are in the group; the others are named to the user.
 Members membersAmong(const Persons& persons, const _ABGroup& group, bool recursive) {
-  std::unordered_set<const IOxPerson*> held;
-  for (const auto& member : recursive ? group.includePersons() : group.persons()) {
-    held.insert(member.get());
-  }
+  const auto held = heldBy(recursive ? group.includePersons() : group.persons());
   Members members;
   for (const auto& person : persons) {
     if (held.contains(person.get())) {

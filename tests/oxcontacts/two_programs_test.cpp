@@ -67,5 +67,28 @@ TEST(TwoPrograms, ThatChangeOnePhoneNameTheOneThatWasOvertaken) {
   EXPECT_EQ((firstStands ? second.errors : first.errors).find("the Phone"), std::string::npos);
 }
 
+// While it waits for the lock, the one that holds it takes everybody out of the group.
+TEST(TwoPrograms, CountThePersonsThatAreAddedWhateverTheOtherTakesOut) {
+  for (const auto& command : std::vector<std::vector<std::string>>{
+           {"add-person", "_local", "name=Ann"},
+           {"add-person", "_local", "name=Ben"},
+           {"add-person", "_local", "name=Cid"},
+           {"add-group", "_local", "Club"},
+           {"group-add", "Club", "Ann", "Ben"},
+       }) {
+    ASSERT_EQ(run(command).exitCode, 0);
+  }
+  sqlite::Connection store(support::StoreEnvironment::instance().contactStore().string(),
+                           sqlite::Connection::Mode::ReadWrite);
+  sqlite::Transaction writing(store);
+  support::RunningProcess adding(programCommand({"group-add", "Club", "Ben", "Cid"}));
+  ASSERT_TRUE(waitsIn(adding.id(), {SYS_clock_nanosleep, SYS_nanosleep}));
+  store.execute("DELETE FROM link");
+  writing.commit();
+  const auto result = adding.wait();
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.errors, "oxcontacts: added 1 person to Club\n");
+}
+
 }  // namespace
 }  // namespace ox::program_tests
