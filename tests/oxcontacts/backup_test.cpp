@@ -356,5 +356,28 @@ TEST(BackupCommand, LeavesWhatOnlyBearsTheNameOfTags) {
   EXPECT_EQ(run({"backup", "--all", file}).exitCode, 0);
 }
 
+// Another program is just making the tag file: it is there, and holds no table yet.
+TEST(BackupCommand, TakesATagFileThatIsNotMadeYetForNone) {
+  run({"add-person", "_local", "name=Ann Lee"});
+  temporaryFile(support::StoreEnvironment::instance().tagStore().filename().string(), "");
+  const auto file = temporaryPath("all.db").string();
+  for (int i = 0; i < 2; ++i) {
+    const auto result = run({"backup", "--all", file});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_FALSE(std::filesystem::exists(file + ".tags"));
+  }
+}
+
+// What copies of such a file once became.
+TEST(BackupCommand, ReplacesADatabaseWithoutATableByTheTags) {
+  fillStore();
+  const auto file = temporaryPath("all.db").string();
+  sqlite::Connection(temporaryPath("empty.db"), sqlite::Connection::Mode::ReadWriteCreate)
+      .execute(("VACUUM INTO '" + file + ".tags'").c_str());
+  ASSERT_GT(std::filesystem::file_size(file + ".tags"), 0U);
+  EXPECT_EQ(run({"backup", "--all", file}).exitCode, 0);
+  EXPECT_EQ(run({"--store", file, "tag", "Ann Lee"}).exitCode, 0);
+}
+
 }  // namespace
 }  // namespace ox::program_tests

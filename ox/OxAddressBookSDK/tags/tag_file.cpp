@@ -290,6 +290,17 @@ void TagFile::sync() {
   transaction.commit();
 }
 
+bool isEmptyDatabase(const std::string& path) {
+  std::error_code error;
+  if (std::filesystem::file_size(path, error) == 0 || error) return false;
+  try {
+    sqlite::Connection connection(path, sqlite::Connection::Mode::ReadOnly);
+    return isEmptyDatabase(connection);
+  } catch (const sqlite::Error&) {
+    return false;
+  }
+}
+
 bool isTagFile(const std::string& path) {
   constexpr std::string_view kDatabase("SQLite format 3\0", 16);
   constexpr std::size_t kPlaceOfId = 68;

@@ -75,5 +75,8 @@ class TagFile {
 // Whether the file at that path is a tag file by its first bytes, of whatever version. It is opened
 // without the database, so it must not be one that this process has open.
 bool isTagFile(const std::string& path);
+// Whether that file is a database without a table: what copies were of a tag file that was just
+// being made.
+bool isEmptyDatabase(const std::string& path);
 
 }  // namespace ox

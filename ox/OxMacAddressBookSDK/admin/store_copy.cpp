@@ -22,7 +22,7 @@ std::string placeOfTarget(const std::string& path) {
 
 std::string placeOfTags(const std::string& path) {
   auto place = placeOfTarget(path);
-  if (std::filesystem::exists(place) && !isTagFile(place)) {
+  if (std::filesystem::exists(place) && !isTagFile(place) && !isEmptyDatabase(place)) {
     refuse(place, ": would be replaced by the tags of the copy, and holds none");
   }
   return place;
@@ -50,7 +50,9 @@ StoreCopy::StoreCopy(const std::string& path) : copies_(std::make_unique<Copies>
 StoreCopy::~StoreCopy() = default;
 
 std::vector<std::string> StoreCopy::files() const {
-  return {copies_->store.path(), copies_->tags.path()};
+  auto files = copies_->store.files();
+  for (auto& file : copies_->tags.files()) files.push_back(std::move(file));
+  return files;
 }
 
 RecordCounts StoreCopy::take(DamagedTags damaged) {

@@ -24,8 +24,8 @@ class OX_EXPORT StoreCopy {
   StoreCopy& operator=(const StoreCopy&) = delete;
   ~StoreCopy();
 
-  // Where they lie until they are put in their places: for whoever must remove them when a signal
-  // ends the process.
+  // Where they lie until they are put in their places, each with its journal: for whoever must
+  // remove them when a signal ends the process.
   std::vector<std::string> files() const;
   // Takes what is committed at one moment, whatever other processes do meanwhile; the result is
   // what the copy holds. Tags that cannot be read are refused, or are not in the copy.

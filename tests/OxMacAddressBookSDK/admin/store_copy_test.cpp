@@ -29,15 +29,17 @@ TEST(StoreCopy, HoldsTheStoreAndItsTagsOnceItIsPut) {
   const std::string target = temporaryPath("copy.db");
   StoreCopy copy(target);
   const auto files = copy.files();
-  ASSERT_EQ(files.size(), 2U);
+  ASSERT_EQ(files.size(), 4U);
   EXPECT_EQ(copy.take(), (RecordCounts{1, 3}));
-  EXPECT_TRUE(exists(files[0]) && exists(files[1]));
+  EXPECT_TRUE(exists(files[0]) && exists(files[2]));
+  EXPECT_EQ(files[1], files[0] + "-journal") << "while SQLite writes it";
+  EXPECT_EQ(files[3], files[2] + "-journal");
   EXPECT_FALSE(exists(target));
   StoreBuilder().person("later", {});
   copy.put();
   EXPECT_EQ(countIn(target, "record"), 4);
   EXPECT_EQ(countIn(target + ".tags", "tag"), 1);
-  EXPECT_FALSE(exists(files[0]) || exists(files[1]));
+  for (const auto& file : files) EXPECT_FALSE(exists(file)) << file;
 }
 
 TEST(StoreCopy, TakesTheTagsOfAnEarlierCopyAwayWhenThereAreNone) {

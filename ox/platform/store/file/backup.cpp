@@ -61,6 +61,12 @@ DatabaseCopy::DatabaseCopy(const std::string& target) : target_(target) {
   guarded([&] { file_.emplace(target); });
 }
 
+// A copy that failed may leave its journal behind.
+DatabaseCopy::~DatabaseCopy() {
+  std::error_code none;
+  if (file_) std::filesystem::remove(journal(), none);
+}
+
 template <typename Look>
 void DatabaseCopy::take(sqlite::Connection& source, Look look) {
   guarded([&] {
@@ -84,6 +90,7 @@ bool DatabaseCopy::takeDatabase(const std::string& from, WhenDamaged damaged) {
   try {
     sqlite::Connection source(from, sqlite::Connection::Mode::ReadWrite);
     source.setBusyTimeout(kBusyMilliseconds);
+    if (source.queryInteger("SELECT count(*) FROM sqlite_schema") == 0) return false;
     take(source, [](sqlite::Connection&) {});
     return true;
   } catch (const FailureError& error) {
@@ -118,12 +125,6 @@ RecordCounts copyStore(const std::string& from, const std::string& to) {
   const auto counts = copy.takeStore(from);
   copy.put();
   return counts;
-}
-
-void copyDatabase(const std::string& from, const std::string& to) {
-  DatabaseCopy copy(to);
-  copy.takeDatabase(from);
-  copy.put();
 }
 
 RecordCounts countsOfStore(const std::string& path) {

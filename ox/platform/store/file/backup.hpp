@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "ox/base/replacement_file.hpp"
 #include "ox/base/sqlite/connection.hpp"
@@ -17,12 +18,17 @@ class DatabaseCopy {
  public:
   // Makes it, empty.
   explicit DatabaseCopy(const std::string& target);
+  DatabaseCopy(const DatabaseCopy&) = delete;
+  DatabaseCopy& operator=(const DatabaseCopy&) = delete;
+  ~DatabaseCopy();
 
-  // Where it lies until it is put in its place.
+  // Where it lies until it is put in its place, and what SQLite puts beside it meanwhile.
+  std::vector<std::string> files() const { return {file_->path(), journal()}; }
   const std::string& path() const { return file_->path(); }
   // Takes what is committed at one moment; the result is what a store holds.
   RecordCounts takeStore(const std::string& from);
-  // False when that one is damaged and may be: then there is nothing to put.
+  // False when there is nothing to put: that one holds no table yet, because another process is
+  // just making it, or it is damaged and may be.
   enum class WhenDamaged : std::uint8_t { Fail, LeaveOut };
   bool takeDatabase(const std::string& from, WhenDamaged damaged = WhenDamaged::Fail);
   // Fails when the target is a store that somebody uses: for whoever replaces several files.
@@ -31,6 +37,7 @@ class DatabaseCopy {
   void put();
 
  private:
+  std::string journal() const { return file_->path() + "-journal"; }
   template <typename Step>
   auto guarded(Step step);
   template <typename Look>
@@ -45,9 +52,6 @@ class DatabaseCopy {
 // holds. Throws StoreError, and `to` is as it was: no store at `from`, both are the same file, a
 // place that cannot be written, a copy that is not sound.
 RecordCounts copyStore(const std::string& from, const std::string& to);
-
-// The same for the database of another kind that belongs to a store.
-void copyDatabase(const std::string& from, const std::string& to);
 
 // How many records the store at that path holds, also one of an earlier version. Throws StoreError.
 RecordCounts countsOfStore(const std::string& path);
