@@ -27,11 +27,15 @@ struct Records {
   RecordKeys groups;
 };
 
+// The ID of the book that is named; missing when none is.
+std::optional<Text> wantedBook(const Context& context, const Arguments& arguments) {
+  if (arguments.book.empty()) return std::nullopt;
+  return findBook(discoveredBooks(context), arguments.book)->ID();
+}
+
 // Named persons alone; else those of the book, or all, with their groups.
-Records recordsFor(const Context& context, const Arguments& arguments) {
+Records recordsFor(const Arguments& arguments, const std::optional<Text>& book) {
   if (!arguments.persons.empty()) return {findPersons(arguments.persons), {}};
-  std::optional<Text> book;
-  if (!arguments.book.empty()) book = findBook(discoveredBooks(context), arguments.book)->ID();
   const auto store = ABAddressBook::sharedAddressBook();
   Records records;
   for (const auto& record : store->people()) {
@@ -88,10 +92,15 @@ vcard::ExportReport writeRecords(const Records& records, const std::string& form
 
 void exportRecords(const Context& context, const Arguments& arguments) {
   const OneMoment moment;
-  const auto records = recordsFor(context, arguments);
+  // The discovery may have something to tell of the tags, which are in no card.
+  const auto book = wantedBook(context, arguments);
+  const failures::Watch watch;
+  const auto records = recordsFor(arguments, book);
   OutputFile output(arguments.file);
   ProgressBar bar(context, "exporting");
   const auto report = writeRecords(records, arguments.format, output, bar);
+  // What could not be listed or looked up is missing without a trace.
+  if (watch.hasFailures()) throw storeFailure("not every record could be looked up", watch);
   output.commit();
   bar.wipe();
   if (report.gone > 0) {
