@@ -13,6 +13,7 @@
 #include "oxcontacts/arguments.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/context.hpp"
+#include "oxcontacts/edit/saving.hpp"
 
 namespace ox::program {
 namespace {
@@ -63,8 +64,18 @@ int refused(const CLI::App& program, const CLI::ParseError& error) {
   return program.exit(error) == 0 ? kDone : kUsage;
 }
 
-// Runs the command of the command line; parsing calls it.
-int run(CLI::App& program, int argc, char** argv) {
+// Whoever could not look has not found that there is nothing.
+int told(const CommandError& error, const failures::Watch& watch) {
+  if (error.code() == kNotFound && watch.hasFailures()) {
+    Context::complain(watch.lastReason());
+    return storeFailure({}, watch).code();
+  }
+  if (*error.what() != '\0') Context::complain(error.what());
+  return error.code();
+}
+
+// Runs the command of the command line; parsing calls it. The watch is over all that it does.
+int run(CLI::App& program, int argc, char** argv, const failures::Watch& watch) {
   try {
     program.parse(parserWords(argc, argv));
     return kDone;
@@ -78,8 +89,7 @@ int run(CLI::App& program, int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return refused(program, error);
   } catch (const CommandError& error) {
-    if (*error.what() != '\0') Context::complain(error.what());
-    return error.code();
+    return told(error, watch);
   } catch (const StoreError& error) {
     Context::complain(messageOf(error));
     return exitCodeOf(error);
@@ -151,7 +161,7 @@ int mainOf(int argc, char** argv) {
   declareRecover(program, context);
   takeAsGiven(program);
   const failures::Watch watch;
-  return honest(run(program, argc, argv), watch);
+  return honest(run(program, argc, argv, watch), watch);
 }
 
 }  // namespace

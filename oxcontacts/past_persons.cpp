@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "ox/base/failures.hpp"
 #include "ox/base/text/composed.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/journal/journal.hpp"
@@ -16,10 +17,11 @@ constexpr std::size_t kAll = SIZE_MAX;
 }  // namespace
 
 RecordKey findPersonOfAnyTime(const std::string& text) {
+  const failures::Watch watch;
   try {
     return findPerson(text)->key();
   } catch (const CommandError& error) {
-    if (error.code() != kNotFound) throw;
+    if (error.code() != kNotFound || watch.hasFailures()) throw;
   }
   std::vector<RecordKey> found;
   std::string identifiers;

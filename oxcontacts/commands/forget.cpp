@@ -1,5 +1,6 @@
 // forget: a person erased for good.
 #include "ox/OxMacAddressBookSDK/admin/past.hpp"
+#include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/guarded_copy.hpp"
 #include "oxcontacts/output/counted.hpp"
@@ -11,10 +12,12 @@ namespace {
 
 // Somebody of whom the store knows nothing any more can be named by the ID: a copy may hold her.
 RecordKey personToForget(const std::string& text) {
+  const failures::Watch watch;
   try {
     return findPersonOfAnyTime(text);
   } catch (const CommandError& error) {
-    if (error.code() != kNotFound || !text.ends_with(":ABPerson")) throw;
+    const bool isGone = error.code() == kNotFound && !watch.hasFailures();
+    if (!isGone || !text.ends_with(":ABPerson")) throw;
   }
   return RecordKey::of(text);
 }
