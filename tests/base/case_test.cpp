@@ -40,6 +40,12 @@ TEST(Case, ComparesByFullFoldingAndNothingElse) {
   }
 }
 
+TEST(Case, FoldsMarksAwayHoweverManyStandTogether) {
+  std::string marked = "e";
+  for (int i = 0; i < 100000; ++i) marked += "\u0301\u0323";
+  EXPECT_EQ(foldedForSearch(marked + "a"), "ea");
+}
+
 TEST(Case, FoldsCaseAndAccentsAwayForSearching) {
   struct Row {
     std::string text;

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <unicode/uchar.h>
 #include <vector>
 
 #include "ox/base/text/icu_transcription.hpp"
+#include "ox/base/text/transcription_pieces.hpp"
 
 namespace ox {
 namespace {
@@ -155,6 +157,47 @@ TEST(Transcription, RandomMixturesReadAsIcuReadsThem) {
     for (std::size_t i = 0; i < length; ++i) text += anyCharacter(random);
     ASSERT_EQ(transcribeToLatin(text), transcribeWithIcu(text))
         << "round " << round << ": " << text;
+  }
+}
+
+TEST(Transcription, LongMixturesReadInPiecesAsIcuReadsThemWhole) {
+  std::mt19937 random(20261121);
+  for (int round = 0; round < 12; ++round) {
+    std::string text;
+    while (text.size() < 4000) {
+      const auto character = anyCharacter(random);
+      const auto count = random() % 40 == 0 ? 60U : 1U;
+      for (unsigned i = 0; i < count; ++i) text += character;
+    }
+    ASSERT_EQ(transcribeInPieces(text), transcribeWithIcu(text)) << "round " << round;
+  }
+}
+
+TEST(Transcription, RunsOfEveryMarkReadInPiecesAsIcuReadsThemWhole) {
+  for (char32_t mark = 0; mark < 0x110000; ++mark) {
+    const auto category = U_GET_GC_MASK(static_cast<UChar32>(mark));
+    if ((category & U_GC_M_MASK) == 0) continue;
+    icu::UnicodeString text(u"e");
+    for (int i = 0; i < 40; ++i) text.append(static_cast<UChar32>(mark));
+    text.append(u"張");
+    std::string whole;
+    text.toUTF8String(whole);
+    ASSERT_EQ(transcribeInPieces(whole), transcribeWithIcu(whole)) << std::hex << +mark;
+  }
+}
+
+// ICU takes square time by the piece, so the pieces have to be short.
+TEST(Transcription, IsGivenToIcuInShortPiecesHoweverTheTextIsMade) {
+  const std::vector<std::string> made = {
+      "\u0301", "e\u0301\u0323",      "重", "重庆",       "€",          "か", "か\u3099",
+      "\u1100", "\u1112\u1161\u11AB", "ー", "\U00016FF0", "\U00016FE4", "Ω"};
+  for (const auto& unit : made) {
+    icu::UnicodeString text(u"A");
+    const auto repeated = icu::UnicodeString::fromUTF8(unit);
+    while (text.length() < 20000) text.append(repeated);
+    for (const auto& piece : transcriptionPieces(text)) {
+      EXPECT_LE(piece.text.length(), kPieceUnits + 8) << unit;
+    }
   }
 }
 

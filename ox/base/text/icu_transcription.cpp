@@ -33,13 +33,16 @@ bool isFreeOfContext(const icu::UnicodeString& rule) {
 }  // namespace
 
 std::string transcribeWithIcu(std::string_view text) {
+  return transcribeWithIcu(icu::UnicodeString::fromUTF8(
+      icu::StringPiece(text.data(), static_cast<int32_t>(text.size()))));
+}
+
+std::string transcribeWithIcu(icu::UnicodeString text) {
   static thread_local const std::unique_ptr<icu::Transliterator> hanLatin(prototype().clone());
 
-  auto wide = icu::UnicodeString::fromUTF8(
-      icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-  hanLatin->transliterate(wide);
+  hanLatin->transliterate(text);
   std::string result;
-  withoutMarks(wide).toUpper(icu::Locale::getRoot()).toUTF8String(result);
+  withoutMarks(text).toUpper(icu::Locale::getRoot()).toUTF8String(result);
   return result;
 }
 

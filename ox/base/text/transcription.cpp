@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "ox/base/text/icu_transcription.hpp"
+#include "ox/base/text/transcription_pieces.hpp"
 #include "ox/base/text/transcription_table.hpp"
 
 namespace ox {
@@ -98,7 +99,7 @@ std::string transcribeToLatin(std::string_view text) {
   }
   std::string result(text.size() * kGrowth + Transcribed::kSpace, '\0');
   const auto size = writeFromTable(text, result.data());
-  if (!size) return transcribeWithIcu(text);
+  if (!size) return transcribeInPieces(text);
   result.resize(*size);
   result.shrink_to_fit();
   return result;
