@@ -8,6 +8,8 @@ namespace ox {
 
 // XXH3: tells accidental damage, not malice. The same bytes give the same sum on every machine.
 std::uint64_t checksum64(std::string_view bytes);
+// Another one for each key.
+std::uint64_t checksum64(std::string_view bytes, std::uint64_t key);
 
 // 32 lower-case hexadecimal digits, the canonical (big-endian) form.
 std::string checksum128(std::string_view bytes);

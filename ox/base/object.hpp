@@ -113,8 +113,8 @@ class OX_EXPORT Object {
   Storage storage_;
 };
 
-// A small ordered dictionary with text keys; enumerates in the order of insertion. Equality does
-// not look at the order.
+// An ordered dictionary with text keys; enumerates in the order of insertion. Equality does not
+// look at the order. Most are small and looked through; a large one keeps an index.
 class OX_EXPORT Dictionary {
  public:
   using Entry = std::pair<std::string, Object>;
@@ -136,7 +136,16 @@ class OX_EXPORT Dictionary {
   friend OX_EXPORT bool operator==(const Dictionary& a, const Dictionary& b);
 
  private:
+  static constexpr std::uint32_t kFree = 0;
+
+  // The entry of that key; null when there is none.
+  const Entry* find(std::string_view key) const;
+  std::size_t slotOf(std::string_view key) const;
+  void makeRoom();
+
   std::vector<Entry> entries_;
+  // Of a large one: a table of places in entries_, counted from one, by the hashes of their keys.
+  std::vector<std::uint32_t> slots_;
 };
 
 inline Object::Object(Dictionary dictionary)

@@ -100,5 +100,24 @@ TEST(Dictionary, ReplacesInPlaceAndEnumeratesInTheOrderOfInsertion) {
   EXPECT_TRUE(dictionary.get("q").isMissing());
 }
 
+TEST(Dictionary, FindsEveryKeyHoweverManyThereAre) {
+  Dictionary dictionary;
+  for (int i = 0; i < 1000; ++i) {
+    dictionary.set("key " + std::to_string(i), std::int64_t{i});
+    ASSERT_EQ(dictionary.size(), static_cast<std::size_t>(i + 1));
+    ASSERT_EQ(dictionary.get("key 0"), Object(std::int64_t{0})) << i;
+    ASSERT_EQ(dictionary.get("key " + std::to_string(i)), Object(std::int64_t{i}));
+    ASSERT_FALSE(dictionary.contains("key " + std::to_string(i + 1)));
+  }
+  const auto copy = dictionary;
+  dictionary.set("key 7", "changed");
+  EXPECT_EQ(dictionary.size(), 1000U);
+  EXPECT_EQ(dictionary.entries()[7].second, Object("changed"));
+  EXPECT_EQ(copy.get("key 7"), Object(std::int64_t{7}));
+  EXPECT_FALSE(dictionary == copy);
+  dictionary.set("key 7", std::int64_t{7});
+  EXPECT_TRUE(dictionary == copy);
+}
+
 }  // namespace
 }  // namespace ox
