@@ -1,6 +1,6 @@
 // tag: the tags of one person.
-#include <algorithm>
 #include <iostream>
+#include <unordered_set>
 
 #include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/failures.hpp"
@@ -20,11 +20,10 @@ struct Arguments {
 };
 
 void refuseContradictions(const Arguments& arguments) {
+  const std::unordered_set<std::string_view> removed(arguments.removed.begin(),
+                                                     arguments.removed.end());
   for (const auto& tag : arguments.added) {
-    if (std::find(arguments.removed.begin(), arguments.removed.end(), tag) ==
-        arguments.removed.end()) {
-      continue;
-    }
+    if (!removed.contains(tag)) continue;
     throw CommandError(kUsage, "\"" + tag + "\" cannot be both added and removed");
   }
 }
@@ -36,8 +35,7 @@ void changeTags(const Context& context, const Arguments& arguments) {
   if (!arguments.added.empty() || !arguments.removed.empty()) {
     const WholeAct act;
     const failures::Watch watch;
-    for (const auto& tag : arguments.removed) person->removeTag(tag);
-    for (const auto& tag : arguments.added) person->addTag(tag);
+    person->changeTags(arguments.removed, arguments.added);
     if (watch.hasFailures()) throw storeFailure("the tags were not changed", watch);
     saveEdits();
   }

@@ -1,6 +1,7 @@
 #include "ox/OxAddressBookSDK/general/OxGeneralPerson.hpp"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "ox/OxAddressBookSDK/general/packed_picture.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectEmail.hpp"
@@ -8,6 +9,7 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
 #include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 #include "ox/OxAddressBookSDK/values/OxMutableSingleValue.hpp"
+#include "ox/base/text/keyed_hash.hpp"
 #include "ox/base/text/utf8.hpp"
 
 namespace ox {
@@ -162,8 +164,9 @@ void OxGeneralPerson::removeTag(TextView tag) {
 void OxGeneralPerson::setTags(const std::optional<std::vector<std::string>>& tags) {
   Array kept;
   if (tags) {
+    std::unordered_set<std::string_view, KeyedHash> met;
     for (const auto& tag : *tags) {
-      if (std::find(kept.begin(), kept.end(), Object(tag)) == kept.end()) kept.emplace_back(tag);
+      if (met.insert(tag).second) kept.emplace_back(tag);
     }
   }
   if (kept.empty()) return setValue_byPropertyName(nullptr, OxProPertyTags);

@@ -8,6 +8,7 @@
 
 #include "ox/OxAddressBookSDK/tags/contained_tags.hpp"
 #include "ox/OxAddressBookSDK/tags/tag_store.hpp"
+#include "ox/base/text/keyed_hash.hpp"
 #include "ox/base/text/utf8.hpp"
 
 namespace ox {
@@ -19,7 +20,7 @@ std::string validText(TextView text) {
 
 TagStore::Tags withoutRepeats(const TagStore::Tags& tags) {
   TagStore::Tags result;
-  std::unordered_set<std::string> seen;
+  std::unordered_set<std::string, KeyedHash> seen;
   for (const auto& tag : tags) {
     auto valid = validUtf8(tag);
     if (seen.insert(valid).second) result.push_back(std::move(valid));
@@ -68,6 +69,14 @@ void OxTagManager::setTags_forPersonID(const std::optional<Tags>& tags, TextView
 
 void OxTagManager::removeForPersonID(TextView personID) {
   setTags_forPersonID(std::nullopt, personID);
+}
+
+void OxTagManager::changeTags(const Tags& removed, const Tags& added, TextView personID) {
+  if (!personID) return;
+  containedTags([&] {
+    TagStore::shared().change(identifier_, validText(personID), withoutRepeats(removed),
+                              withoutRepeats(added));
+  });
 }
 
 std::vector<std::string> OxTagManager::problems() {

@@ -35,6 +35,8 @@ class OX_EXPORT OxTagManager {
   // an empty one does.
   void setTags_forPersonID(const std::optional<Tags>& tags, TextView personID);
   void removeForPersonID(TextView personID);
+  // Removes the first ones, then appends the others; of repeated ones the first counts.
+  void changeTags(const Tags& removed, const Tags& added, TextView personID);
 
   // What is wrong with the tag file, one line each; empty when nothing is, or there is no file.
   static std::vector<std::string> problems();

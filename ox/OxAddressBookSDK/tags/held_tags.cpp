@@ -1,14 +1,26 @@
 #include "ox/OxAddressBookSDK/tags/held_tags.hpp"
 
-#include <algorithm>
-
+#include "ox/OxAddressBookSDK/tags/tag_set.hpp"
 #include "ox/records/merge.hpp"
 
 namespace ox {
+
 namespace {
 
-bool holds(const HeldTags::Tags& tags, std::string_view tag) {
-  return std::ranges::find(tags, tag) != tags.end();
+// What was not there when the change was begun can be taken away too.
+void noteTakenAway(const HeldTags::Tags& before, const HeldTags::Tags& after, TagChange& held) {
+  const TagSet kept(after);
+  const TagSet knownAfter(held.after);
+  HeldTags::Tags takenAway;
+  {
+    const TagSet knownBefore(held.before);
+    for (const auto& tag : before) {
+      if (!kept.holds(tag) && !knownBefore.holds(tag) && !knownAfter.holds(tag)) {
+        takenAway.push_back(tag);
+      }
+    }
+  }
+  held.before.insert(held.before.end(), takenAway.begin(), takenAway.end());
 }
 
 }  // namespace
@@ -37,12 +49,7 @@ void HeldTags::change(std::string_view manager, std::string_view person, const T
     changes_.push_back({std::string(manager), std::string(person), before, after});
   } else {
     auto& held = changes_[place->second];
-    // What was not there when the change was begun can be taken away too.
-    for (const auto& tag : before) {
-      if (!holds(after, tag) && !holds(held.before, tag) && !holds(held.after, tag)) {
-        held.before.push_back(tag);
-      }
-    }
+    noteTakenAway(before, after, held);
     held.after = mergedTags(before, after, held.after);
   }
 }

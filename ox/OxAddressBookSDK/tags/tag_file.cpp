@@ -62,8 +62,11 @@ constexpr const char* kMove = R"(
 constexpr std::string_view kSelect =
     "SELECT tag, sound FROM tag WHERE manager = ?1 AND person = ?2 ORDER BY position";
 constexpr std::string_view kInsert =
-    "INSERT OR IGNORE INTO tag (manager, person, tag, position) SELECT ?1, ?2, ?3, "
-    "(SELECT ifnull(max(position), 0) + 1 FROM tag WHERE manager = ?1 AND person = ?2)";
+    "INSERT OR IGNORE INTO tag (manager, person, tag, position) VALUES (?1, ?2, ?3, ?4)";
+// Far from the end of what a number holds, whatever a damaged file says.
+constexpr std::string_view kLastPosition =
+    "SELECT min(ifnull(max(position), 0), 0x3FFFFFFFFFFFFFFF) FROM tag "
+    "WHERE manager = ?1 AND person = ?2";
 constexpr std::string_view kDeleteOne =
     "DELETE FROM tag WHERE manager = ?1 AND person = ?2 AND tag = ?3";
 constexpr std::string_view kDeleteAll = "DELETE FROM tag WHERE manager = ?1 AND person = ?2";
@@ -149,6 +152,7 @@ TagFile::TagFile(sqlite::Connection connection)
     : connection_(std::move(connection)),
       select_(connection_.prepare(kSelect)),
       insert_(connection_.prepare(kInsert)),
+      lastPosition_(connection_.prepare(kLastPosition)),
       deleteOne_(connection_.prepare(kDeleteOne)),
       deleteAll_(connection_.prepare(kDeleteAll)),
       managers_(connection_.prepare(kManagers)),
@@ -168,7 +172,23 @@ TagFile::Tags TagFile::tags(std::string_view manager, std::string_view person) {
 
 void TagFile::add(std::string_view manager, std::string_view person, std::string_view tag) {
   leaveMoment();
-  insert_.bindText(1, manager).bindText(2, person).bindText(3, tag).run();
+  sqlite::Transaction transaction(connection_);
+  append(manager, person, std::span(&tag, 1));
+  transaction.commit();
+}
+
+// The last position is asked for once: it takes a look at every tag of the person.
+template <typename Tag>
+void TagFile::append(std::string_view manager, std::string_view person, std::span<Tag> tags) {
+  std::int64_t position = 0;
+  {
+    const sqlite::StatementScope scope(lastPosition_);
+    lastPosition_.bindText(1, manager).bindText(2, person).step();
+    position = lastPosition_.integer(0);
+  }
+  for (const auto& tag : tags) {
+    insert_.bindText(1, manager).bindText(2, person).bindText(3, tag).bind(4, ++position).run();
+  }
 }
 
 void TagFile::remove(std::string_view manager, std::string_view person, std::string_view tag) {
@@ -180,7 +200,7 @@ void TagFile::replace(std::string_view manager, std::string_view person, const T
   leaveMoment();
   sqlite::Transaction transaction(connection_);
   deleteAll_.bindText(1, manager).bindText(2, person).run();
-  for (const auto& tag : tags) add(manager, person, tag);
+  append(manager, person, std::span(tags));
   transaction.commit();
 }
 
@@ -245,9 +265,7 @@ void TagFile::merge(const TagChange& change) {
   const bool appends =
       merged.size() > present.size() && std::equal(present.begin(), present.end(), merged.begin());
   if (!appends) deleteAll_.bindText(1, change.manager).bindText(2, change.person).run();
-  for (auto i = appends ? present.size() : 0; i < merged.size(); ++i) {
-    add(change.manager, change.person, merged[i]);
-  }
+  append(change.manager, change.person, std::span(merged).subspan(appends ? present.size() : 0));
 }
 
 TagFile::Tags TagFile::problems() {

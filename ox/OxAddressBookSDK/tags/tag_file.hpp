@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,6 +56,9 @@ class TagFile {
  private:
   explicit TagFile(sqlite::Connection connection);
 
+  // Behind those that the person has; one that is there already stays where it is.
+  template <typename Tag>
+  void append(std::string_view manager, std::string_view person, std::span<Tag> tags);
   void merge(const TagChange& change);
   // The number of the last act of the store that the tags have followed; 0 when they have followed
   // none, or the store has gone back behind it.
@@ -64,6 +68,7 @@ class TagFile {
   sqlite::Connection connection_;
   sqlite::Statement select_;
   sqlite::Statement insert_;
+  sqlite::Statement lastPosition_;
   sqlite::Statement deleteOne_;
   sqlite::Statement deleteAll_;
   sqlite::Statement managers_;

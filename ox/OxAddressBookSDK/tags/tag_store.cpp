@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cassert>
 #include <filesystem>
+#include <iterator>
 #include <set>
 #include <utility>
 
+#include "ox/OxAddressBookSDK/tags/tag_set.hpp"
 #include "ox/base/private_file.hpp"
 #include "ox/base/store_location.hpp"
 
@@ -115,12 +117,44 @@ void TagStore::holdTags(std::string_view manager, std::string_view person, const
   if (seen == tags && own == tags) return;
   auto before = seen;
   if (own != seen) {
-    std::erase_if(before, [&](const auto& tag) { return holds(tags, tag) && !holds(own, tag); });
+    const TagSet wanted(tags);
+    const TagSet owned(own);
+    const TagSet visible(seen);
+    std::erase_if(before, [&](const auto& tag) { return wanted.holds(tag) && !owned.holds(tag); });
     for (const auto& tag : own) {
-      if (!holds(seen, tag) && !holds(tags, tag)) before.push_back(tag);
+      if (!visible.holds(tag) && !wanted.holds(tag)) before.push_back(tag);
     }
   }
   TagHold::current()->tags_.change(manager, person, before, tags);
+}
+
+void TagStore::change(std::string_view manager, std::string_view person, const Tags& removed,
+                      const Tags& added) {
+  if (!TagHold::isOnThread()) {
+    for (const auto& tag : removed) remove(manager, person, tag);
+    for (const auto& tag : added) add(manager, person, tag);
+    return;
+  }
+  const std::lock_guard lock(mutex_);
+  const auto [seen, own] = views(manager, person);
+  const TagSet visible(seen);
+  const TagSet owned(own);
+  const TagSet gone(removed);
+  // One that only another thread holds is taken away, or added, by this one too.
+  const auto isNew = [&](const auto& tag) { return !visible.holds(tag) || !owned.holds(tag); };
+  Tags fresh;
+  std::ranges::copy_if(added, std::back_inserter(fresh),
+                       [&](const auto& tag) { return isNew(tag) || gone.holds(tag); });
+  const TagSet appended(fresh);
+  Tags before = seen;
+  std::erase_if(before, [&](const auto& tag) { return appended.holds(tag) && isNew(tag); });
+  Tags after = seen;
+  std::erase_if(after, [&](const auto& tag) { return gone.holds(tag) || appended.holds(tag); });
+  after.insert(after.end(), fresh.begin(), fresh.end());
+  for (const auto& tag : removed) {
+    if (!visible.holds(tag) && owned.holds(tag)) before.push_back(tag);
+  }
+  TagHold::current()->tags_.change(manager, person, before, after);
 }
 
 void TagStore::holdWithoutTags(std::string_view person) {

@@ -29,6 +29,9 @@ class OX_EXPORT TagStore {
   void remove(std::string_view manager, std::string_view person, std::string_view tag);
   // The tags must hold none twice.
   void replace(std::string_view manager, std::string_view person, const Tags& tags);
+  // Removes and then adds, many at the cost of one.
+  void change(std::string_view manager, std::string_view person, const Tags& removed,
+              const Tags& added);
   // Holds that the person has no tags under any manager; the thread must hold tags.
   void holdWithoutTags(std::string_view person);
 

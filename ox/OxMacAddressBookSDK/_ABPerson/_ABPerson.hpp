@@ -88,6 +88,8 @@ class OX_EXPORT _ABPerson final : public ABPerson, public IOxPerson {
   void addTag(TextView tag) override;
   void removeTag(TextView tag) override;
   void setTags(const std::optional<std::vector<std::string>>& tags) override;
+  // Removes the first ones, then adds the others, many at the cost of one.
+  void changeTags(const std::vector<std::string>& removed, const std::vector<std::string>& added);
   ImagePtr thumbnail() const override;
   void setThumbnail(const ImagePtr& image) override;
   std::shared_ptr<const OxObjectPhone> mainPhone() const override;

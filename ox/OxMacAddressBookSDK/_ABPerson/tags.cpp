@@ -25,19 +25,25 @@ std::vector<std::string> _ABPerson::tagArray() const {
 
 void _ABPerson::addTag(TextView tag) {
   const auto manager = tagManagerOf(*this);
-  if (manager) changeTags([&] { manager->addPersonID_forTag(ID(), tag); });
+  if (manager) ox::changeTags([&] { manager->addPersonID_forTag(ID(), tag); });
 }
 
 void _ABPerson::removeTag(TextView tag) {
   const auto manager = tagManagerOf(*this);
-  if (manager) changeTags([&] { manager->removePersonID_fromTag(ID(), tag); });
+  if (manager) ox::changeTags([&] { manager->removePersonID_fromTag(ID(), tag); });
 }
 
 void _ABPerson::setTags(const std::optional<std::vector<std::string>>& tags) {
   const auto manager = tagManagerOf(*this);
   if (!manager) return;
-  changeTags(
+  ox::changeTags(
       [&] { manager->setTags_forPersonID(tags ? *tags : std::vector<std::string>(), ID()); });
+}
+
+void _ABPerson::changeTags(const std::vector<std::string>& removed,
+                           const std::vector<std::string>& added) {
+  const auto manager = tagManagerOf(*this);
+  if (manager) ox::changeTags([&] { manager->changeTags(removed, added, ID()); });
 }
 
 std::shared_ptr<OxMutableSingleValue> _ABPerson::tagsValue() const {

@@ -8,6 +8,8 @@
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/sqlite/connection.hpp"
+#include "tests/support/growth.hpp"
+#include "tests/support/statement_count.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox {
@@ -228,6 +230,44 @@ TEST(TagFile, TakesAnEmptyFileForItsOwn) {
   TagFile file(path);
   file.replace("book", "p", {"b", "a"});
   EXPECT_EQ(TagFile(path).tags("book", "p"), (TagFile::Tags{"b", "a"}));
+}
+
+TagFile::Tags manyTags(std::size_t count) {
+  TagFile::Tags tags;
+  for (std::size_t i = 0; i < count; ++i) tags.push_back("tag " + std::to_string(i));
+  return tags;
+}
+
+TEST(TagFile, TakesStepsByTheTagHoweverManyAPersonGets) {
+  support::statementsRun();
+  TagFile file(support::temporaryFile("many", "").string());
+  support::expectLinearGrowth(200, [&](std::size_t count) {
+    const auto person = "person with " + std::to_string(count);
+    const auto before = support::stepsTaken();
+    file.replace("book", person, manyTags(count));
+    return support::stepsTaken() - before;
+  });
+  EXPECT_EQ(file.tags("book", "person with 800"), manyTags(800));
+  file.add("book", "person with 800", "one more");
+  file.add("book", "person with 800", "tag 5");
+  auto expected = manyTags(800);
+  expected.emplace_back("one more");
+  EXPECT_EQ(file.tags("book", "person with 800"), expected);
+}
+
+TEST(TagFile, FollowsManyTagsInStepsByTheTag) {
+  support::statementsRun();
+  TagFile file(support::temporaryFile("followed", "").string());
+  std::int64_t number = 0;
+  support::expectLinearGrowth(200, [&](std::size_t count) {
+    const auto person = "person with " + std::to_string(count);
+    const auto before = support::stepsTaken();
+    ++number;
+    file.follow("store", {{number, "act", {{"book", person, {}, manyTags(count)}}}},
+                [] { return std::int64_t{0}; });
+    return support::stepsTaken() - before;
+  });
+  EXPECT_EQ(file.tags("book", "person with 800"), manyTags(800));
 }
 
 }  // namespace

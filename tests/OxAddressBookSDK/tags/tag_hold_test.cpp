@@ -1,7 +1,9 @@
 #include "ox/OxAddressBookSDK/tags/tag_hold.hpp"
 
+#include <condition_variable>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <thread>
 
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
@@ -178,6 +180,53 @@ TEST(TagHold, FollowsWhatItsActWrote) {
   TagHold::forgetThose();
   EXPECT_EQ(tags(), (Tags{"a", "b"}));
   EXPECT_EQ(writtenTags(), (Tags{"a", "b"}));
+}
+
+TEST(TagHold, ChangesManyTagsAsOneByOne) {
+  manager().setTags_forPersonID(Tags{"a", "b", "c"}, "p");
+  manager().setTags_forPersonID(Tags{"a", "b", "c"}, "q");
+  manager().setTags_forPersonID(Tags{"a", "b", "c"}, "plain");
+  const Tags removed = {"b", "x", "b"};
+  const Tags added = {"d", "a", "e", "d"};
+  manager().changeTags(removed, added, "plain");
+  EXPECT_EQ(tags("plain"), (Tags{"a", "c", "d", "e"}));
+  const TagHold hold;
+  for (const auto& tag : removed) manager().removePersonID_fromTag("p", tag);
+  for (const auto& tag : added) manager().addPersonID_forTag("p", tag);
+  manager().changeTags(removed, added, "q");
+  EXPECT_EQ(TagHold::changesOfThread(),
+            (Changes{{"book", "p", {"a", "b", "c"}, {"a", "c", "d", "e"}},
+                     {"book", "q", {"a", "b", "c"}, {"a", "c", "d", "e"}}}));
+  // One that is removed and added stands at the end.
+  manager().changeTags({"a"}, {"a"}, "q");
+  EXPECT_EQ(tags("q"), (Tags{"c", "d", "e", "a"}));
+}
+
+TEST(TagHold, ChangesWhatOnlyAnotherThreadHolds) {
+  manager().setTags_forPersonID(Tags{"a", "b"}, "p");
+  std::mutex mutex;
+  std::unique_lock lock(mutex);
+  std::condition_variable changed;
+  enum class State { Start, Held, Done } state = State::Start;
+  std::thread other([&] {
+    const TagHold hold;
+    manager().removePersonID_fromTag("p", "a");
+    manager().addPersonID_forTag("p", "z");
+    std::unique_lock otherLock(mutex);
+    state = State::Held;
+    changed.notify_all();
+    changed.wait(otherLock, [&] { return state == State::Done; });
+  });
+  changed.wait(lock, [&] { return state == State::Held; });
+  {
+    const TagHold hold;
+    manager().changeTags({"a"}, {"z"}, "p");
+    EXPECT_EQ(TagHold::changesOfThread(), (Changes{{"book", "p", {"b", "a"}, {"b", "z"}}}));
+  }
+  state = State::Done;
+  changed.notify_all();
+  lock.unlock();
+  other.join();
 }
 
 }  // namespace
