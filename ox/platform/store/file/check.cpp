@@ -6,6 +6,7 @@
 
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/error.hpp"
+#include "ox/platform/store/file/circles.hpp"
 #include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
@@ -242,14 +243,13 @@ void checkLinks(sqlite::Connection& file, Problems& problems) {
     problems.push_back("link " + std::to_string(crossing.integer(0)) +
                        " joins records that cannot be joined");
   }
-  auto circles = file.prepare(
-      "WITH RECURSIVE below(top, id) AS (SELECT l.parent, l.child FROM link l JOIN record r "
-      "ON r.id = l.child AND r.kind = 1 UNION SELECT b.top, l.child FROM below b JOIN link l "
-      "ON l.parent = b.id JOIN record r ON r.id = l.child AND r.kind = 1) "
-      "SELECT DISTINCT top FROM below WHERE top = id ORDER BY top");
-  while (circles.step()) {
-    problems.push_back("the group in row " + std::to_string(circles.integer(0)) +
-                       " is below itself");
+  auto nested = file.prepare(
+      "SELECT l.parent, l.child FROM link l JOIN record r ON r.id = l.child AND r.kind = 1 "
+      "ORDER BY l.id");
+  std::vector<GroupLink> links;
+  while (nested.step()) links.emplace_back(nested.integer(0), nested.integer(1));
+  for (const auto row : groupsBelowThemselves(links)) {
+    problems.push_back("the group in row " + std::to_string(row) + " is below itself");
   }
 }
 
