@@ -29,11 +29,11 @@ void declareGroups(CLI::App& program, const Context& context) {
   groups->add_option("--book", *book, "Only those of this book")->type_name("BOOK");
   groups->callback([&context, book] {
     const OneMoment moment;
-    auto roots = rootGroups(context, *book);
+    const auto roots = rootGroups(context, *book);
     if (context.json) {
-      printJsonTree(std::move(roots));
+      printJsonTree(roots);
     } else {
-      printTree(std::move(roots));
+      printTree(roots);
     }
   });
 }

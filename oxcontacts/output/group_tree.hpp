@@ -13,11 +13,12 @@ using Groups = std::vector<Group>;
 
 // Groups with everything below them. A group that lies in several groups shows its sub-groups once.
 
-// [{"ID","displayName","addressBookID","persons","includePersons","subGroups":[...]}].
-void printJsonTree(Groups roots);
+// [{"ID","displayName","addressBookID","persons","includePersons","subGroups":[...]}];
+// includePersons is null where groups lie in one another in too many ways to count.
+void printJsonTree(const Groups& roots);
 // The same of one group, without the brackets.
 std::string jsonOfGroup(const Group& group);
 // A line a group, for readers.
-void printTree(Groups roots);
+void printTree(const Groups& roots);
 
 }  // namespace ox::program
