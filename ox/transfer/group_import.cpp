@@ -192,11 +192,15 @@ void GroupImport::findStored() {
   std::vector<std::string> uids;
   uids.reserve(groups_.size());
   std::vector<SoughtRecord> sought;
+  std::vector<std::size_t> questions;  // of each group, which of them; groups alike share one
+  std::unordered_map<std::uint64_t, std::size_t> byContent;
   for (const auto& group : groups_) {
     uids.push_back(plainUid(group.card));
-    sought.push_back({uids.back(), uids.back().empty()
-                                       ? contentFingerprint(group.card.properties, nullptr)
-                                       : 0});
+    const auto& uid = uids.back();
+    const auto content = uid.empty() ? contentFingerprint(group.card.properties, nullptr) : 0;
+    const auto next = sought.size();
+    questions.push_back(uid.empty() ? byContent.emplace(content, next).first->second : next);
+    if (questions.back() == next) sought.push_back({uid, content});
   }
   const auto found = source_.matches(container_, RecordKind::Group, sought);
   RecordKeys candidates;
@@ -204,14 +208,43 @@ void GroupImport::findStored() {
     for (const auto& record : records) candidates.push_back(record.key);
   }
   askForChildren(candidates);
+  std::unordered_map<std::size_t, GroupsAlike> alike;
   for (std::size_t i = 0; i < groups_.size(); ++i) {
-    for (const auto& record : found[i]) {
-      if (uids[i].empty() && !holdsAllPersons(groups_[i], record.key)) continue;
-      groups_[i].key = record.key;
-      groups_[i].stored = true;
-      break;
+    const auto& records = found[questions[i]];
+    if (records.empty()) continue;
+    auto key = records.front().key;
+    if (uids[i].empty()) key = alike[questions[i]].holderOf(groups_[i], records, *this);
+    if (key.isNone()) continue;
+    groups_[i].key = key;
+    groups_[i].stored = true;
+  }
+}
+
+RecordKey GroupImport::GroupsAlike::holderOf(const Group& group, const FoundRecords& records,
+                                             const GroupImport& import) {
+  if (group.persons.empty()) return records.front().key;
+  if (holders_.empty()) {
+    for (const auto& record : records) {
+      for (const auto& person : import.childrenOf(record.key, RecordKind::Person)) {
+        holders_[person].insert(record.key);
+        inOrder_[person].push_back(record.key);
+      }
     }
   }
+  // Of those that hold the person whom the fewest hold, the first that holds the others too.
+  const RecordKeys* fewest = nullptr;
+  for (const auto& person : group.persons) {
+    const auto held = inOrder_.find(person);
+    if (held == inOrder_.end()) return {};
+    if (fewest == nullptr || held->second.size() < fewest->size()) fewest = &held->second;
+  }
+  for (const auto& key : *fewest) {
+    if (std::ranges::all_of(
+            group.persons, [&](const auto& person) { return holders_.at(person).contains(key); })) {
+      return key;
+    }
+  }
+  return {};
 }
 
 void GroupImport::askForChildren(const RecordKeys& groups) {

@@ -43,6 +43,17 @@ class GroupImport {
     bool namesFewer = false;  // than the stored group holds
   };
 
+  // The stored groups that look like a card without UID, by the persons whom they hold.
+  class GroupsAlike {
+   public:
+    // The first that holds all persons of the group; none when there is none.
+    RecordKey holderOf(const Group& group, const FoundRecords& records, const GroupImport& import);
+
+   private:
+    std::unordered_map<RecordKey, std::unordered_set<RecordKey>> holders_;
+    std::unordered_map<RecordKey, RecordKeys> inOrder_;
+  };
+
   void report(const Group& group, std::string reason);
   // False when it has to be worked out anew.
   bool tryCommit(SaveRequest::WhenOutdated whenOutdated);
