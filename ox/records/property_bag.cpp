@@ -82,8 +82,6 @@ std::size_t sizeOf(const Object& value) {
 std::uint64_t MultiValue::add(Object value, Text label) {
   std::uint64_t identifier = 0;
   while (identifier == 0) identifier = randomBits();
-  assert(std::none_of(entries.begin(), entries.end(),
-                      [&](const MultiEntry& entry) { return entry.identifier == identifier; }));
   entries.push_back({identifier, std::move(label), std::move(value)});
   return identifier;
 }

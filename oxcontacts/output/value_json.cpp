@@ -45,8 +45,12 @@ Json jsonOfArray(const Array& array) {
 }
 
 Json jsonOfDictionary(const Dictionary& dictionary) {
+  // Its keys are unique: appended without a look at those before, as a vector is.
+  using Members = std::vector<Json::object_t::value_type>;
   Json json = Json::object();
-  for (const auto& [key, value] : dictionary.entries()) json[key] = jsonOf(value);
+  Members& members = json.get_ref<Json::object_t&>();
+  members.reserve(dictionary.size());
+  for (const auto& [key, value] : dictionary.entries()) members.emplace_back(key, jsonOf(value));
   return json;
 }
 
