@@ -77,6 +77,15 @@ TEST(Store, RefusesANewerSchemaAndLeavesItAlone) {
             "newer.db: was written by a newer version (schema 99, this version knows 3)");
 }
 
+TEST(Store, RefusesADamagedNumberOfTheSchema) {
+  const auto path = temporaryPath("negative.db");
+  openStoreSource(path.string())->containers();
+  sqlite::Connection(path.string(), sqlite::Connection::Mode::ReadWrite)
+      .execute("PRAGMA user_version=-3");
+  EXPECT_EQ(refusalOf(path), "negative.db: the number of its version is damaged");
+  EXPECT_THROW(storeProblems(path.string()), StoreError);
+}
+
 TEST(Store, RefusesWhenAnotherProgramKeepsItLocked) {
   const auto path = temporaryPath("locked.db");
   openStoreSource(path.string())->containers();

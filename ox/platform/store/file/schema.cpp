@@ -69,6 +69,7 @@ int versionOf(sqlite::Connection& database, const std::string& path) {
          "was written by a newer version (schema " + std::to_string(version) +
              ", this version knows " + std::to_string(kSchemaVersion) + ")");
   }
+  if (version < 0) fail(StoreError::Kind::Corrupt, path, "the number of its version is damaged");
   return static_cast<int>(version);
 }
 
