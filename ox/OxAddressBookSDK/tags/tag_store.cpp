@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <set>
+#include <unistd.h>
 #include <utility>
 
 #include "ox/OxAddressBookSDK/tags/tag_set.hpp"
@@ -27,12 +29,24 @@ TagStore& TagStore::shared() {
   return store;
 }
 
+void TagStore::open(const std::string& path) {
+  file_ = std::make_unique<TagFile>(path);
+  if (std::exchange(openedBy_, ::getpid()) == 0) std::atexit(letGoAtExit);
+}
+
+// Neither while another thread uses it, nor in a process that was forked since it was opened.
+void TagStore::letGoAtExit() {
+  auto& store = shared();
+  const std::unique_lock lock(store.mutex_, std::try_to_lock);
+  if (lock && store.pins_ == 0 && store.openedBy_ == ::getpid()) store.file_.reset();
+}
+
 TagFile* TagStore::existing() {
   // One that another process has made since belongs to a later moment.
   if (!file_ && !(pins_ > 0 && pinnedWithoutFile_)) {
     settleStoreLocation();
     const auto path = tagStorePath();
-    if (std::filesystem::exists(path)) file_ = std::make_unique<TagFile>(path);
+    if (std::filesystem::exists(path)) open(path);
   }
   if (file_ && pins_ > 0) file_->stayAtMoment();
   return file_.get();
@@ -43,7 +57,7 @@ TagFile& TagStore::existingOrNew() {
     settleStoreLocation();
     const auto path = tagStorePath();
     createPrivateFile(path);
-    file_ = std::make_unique<TagFile>(path);
+    open(path);
   }
   return *file_;
 }

@@ -65,6 +65,11 @@ class OX_EXPORT TagStore {
   std::vector<TagChange> changesOfThread();
   void forgetThoseOfThread();
 
+  // Opens the file, which is closed again when the process ends: the last one brings its log into
+  // it.
+  void open(const std::string& path);
+  static void letGoAtExit();
+
   // The open file, for reading; null when there is none.
   TagFile* existing();
   // The open file, made when there was none.
@@ -82,6 +87,7 @@ class OX_EXPORT TagStore {
 
   std::mutex mutex_;
   std::unique_ptr<TagFile> file_;
+  int openedBy_ = 0;  // the process
   bool unsynced_ = false;
   int pins_ = 0;
   bool pinnedWithoutFile_ = false;  // there was none at that moment

@@ -82,6 +82,10 @@ std::int64_t Connection::totalChanges() const {
   return sqlite3_total_changes64(handle_);
 }
 
+void Connection::keepLog() {
+  sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
 std::string Connection::logPath() const {
   return sqlite3_filename_wal(sqlite3_db_filename(handle_, "main"));
 }

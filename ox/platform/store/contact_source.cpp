@@ -1,6 +1,7 @@
 #include "ox/platform/store/contact_source.hpp"
 
 #include <atomic>
+#include <cstdlib>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -23,6 +24,12 @@ InstalledSource& installedSource() {
   return installed;
 }
 
+// The log would stay beside the store otherwise, and whoever copies the store alone would copy less
+// than it holds.
+void letGoAtExit() {
+  if (auto* current = installedSource().current.load(std::memory_order_acquire)) current->letGo();
+}
+
 }  // namespace
 
 ContactSource& contactSource() {
@@ -33,6 +40,7 @@ ContactSource& contactSource() {
     settleStoreLocation();
     installed.all.push_back(openStoreSource(contactStore()));
     installed.current = installed.all.back().get();
+    std::atexit(letGoAtExit);
   }
   return *installed.current;
 }

@@ -15,6 +15,9 @@ class ContactSource : public RecordSource, public ContainerSource {
  public:
   // What was done to it, and the way back.
   virtual StoreJournal& journal() = 0;
+  // At the end of the process: lets go of the file, so that the last one brings the log into it.
+  // Nothing when another thread is just using it.
+  virtual void letGo() {}
 };
 
 // The source that both views use. Unless one was installed, the store at contactStore(), opened

@@ -35,6 +35,11 @@ class StoreSource final : public ContactSource {
 
   StoreJournal& journal() override { return journal_; }
 
+  void letGo() override {
+    const std::unique_lock lock(mutex_, std::try_to_lock);
+    if (lock) store_.letGo();
+  }
+
   RecordKeys records(RecordKind kind) override {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::Now);

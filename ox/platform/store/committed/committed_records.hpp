@@ -38,6 +38,11 @@ class CommittedRecords {
   // than 10 ms.
   enum class Look { Now, AtMostEvery10ms };
   void refresh(Look look);
+  // The next refresh looks, whatever was seen before.
+  void lookAgain() {
+    seenVersion_ = -1;
+    lastLook_ = -1;
+  }
   // Whether anybody else has committed since the last look; the next look will tell what.
   bool isOutdated();
   // As of the last look.

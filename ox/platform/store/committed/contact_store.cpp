@@ -64,6 +64,12 @@ void ContactStore::unpinMoment() {
   if (--pins_ == 0) leaveMoment();
 }
 
+void ContactStore::letGo() {
+  if (pins_ > 0) return;
+  file_.close();
+  committed_.lookAgain();
+}
+
 void ContactStore::checkpoint() {
   leaveMoment();
   file_.checkpoint();

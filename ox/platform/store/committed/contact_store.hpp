@@ -46,6 +46,9 @@ class ContactStore {
   void sync() { file_.sync(); }
   void checkpoint();
 
+  // Closes the file until it is needed again, unless what is read is pinned.
+  void letGo();
+
   // See StoreFile.
   ABPropertyType storedType(std::string_view custom) { return file_.storedType(custom); }
   std::string refusalOf(PropertyId property) { return file_.refusalOf(property); }

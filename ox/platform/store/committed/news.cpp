@@ -117,8 +117,7 @@ void CommittedRecords::follow(const WrittenAct& written) noexcept {
   try {
     followWritten(written);
   } catch (...) {
-    seenVersion_ = -1;
-    lastLook_ = -1;
+    lookAgain();
   }
 }
 

@@ -1,11 +1,14 @@
 #include "ox/platform/store/file/check.hpp"
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <string_view>
+#include <thread>
 
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/error.hpp"
+#include "ox/base/sqlite/log_pages.hpp"
 #include "ox/platform/store/file/circles.hpp"
 #include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/platform/store/file/schema.hpp"
@@ -253,13 +256,30 @@ void checkLinks(sqlite::Connection& file, Problems& problems) {
   }
 }
 
+// What was committed last may stand behind a damaged page of the log, from which on the database
+// believes nothing. While others write, a page may be seen half written: only what stays counts.
+void checkLog(sqlite::Connection& file, Problems& problems) {
+  constexpr int kLooks = 5;
+  std::string problem;
+  for (int looks = 0; looks < kLooks; ++looks) {
+    if (looks > 0) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const sqlite::LogPages log(file.logPath());
+    if (!log.isHeadDamaged() && log.damagedPages() == 0) return;
+    problem =
+        log.isHeadDamaged() ? "its head" : std::to_string(log.damagedPages()) + " of its pages";
+  }
+  problems.push_back("the log is damaged, " + problem +
+                     ": what was committed last may be missing; `recover` reads what is left");
+}
+
 }  // namespace
 
 std::vector<std::string> storeProblems(const std::string& path) {
   auto file = openExistingStoreFile(path);
+  file.keepLog();  // whatever is wrong with it is still to be seen afterwards
   Problems problems;
   for (const auto check :
-       {checkStructure, checkTables, checkRows, checkRecords, checkLinks, checkJournal}) {
+       {checkLog, checkStructure, checkTables, checkRows, checkRecords, checkLinks, checkJournal}) {
     try {
       check(file, problems);
     } catch (const sqlite::Error& error) {

@@ -1,6 +1,7 @@
 #include "ox/platform/store/file/store_file.hpp"
 
 #include <cassert>
+#include <unistd.h>
 #include <utility>
 
 #include "ox/platform/store/file/tables.hpp"
@@ -26,6 +27,7 @@ sqlite::Connection& StoreFile::connection() {
   // Only now does the file count as open: had the properties not been read, the next try would have
   // to read them, since values in it may be of these properties.
   connection_ = std::move(opened);
+  openedBy_ = ::getpid();
   return connection_;
 }
 
@@ -95,6 +97,14 @@ void StoreFile::checkpoint() {
       // is as safe, and SQLite tries again by itself.
     }
   });
+}
+
+void StoreFile::close() {
+  if (openedBy_ != ::getpid()) return;
+  statements_.clear();
+  connection_ = sqlite::Connection();
+  outlive_ = Outlive::Kill;  // that of a new connection
+  unsynced_ = false;
 }
 
 ABPropertyType StoreFile::storedType(std::string_view custom) {

@@ -64,6 +64,10 @@ class StoreFile {
   // The same, and the log is brought into the file as far as that goes.
   void checkpoint();
 
+  // Closes the file, and with it the log is brought into it, unless others have it open. What is
+  // asked next opens it again. Nothing in a process that was forked since it was opened.
+  void close();
+
   // The type of a custom property by its name; kABErrorInProperty when the store does not know it.
   ABPropertyType storedType(std::string_view custom);
   // Why values of that property cannot be written: the store knows it with another type than this
@@ -82,6 +86,7 @@ class StoreFile {
  private:
   StoreAddress address_;
   sqlite::Connection connection_;
+  int openedBy_ = 0;                           // the process
   std::vector<sqlite::Statement> statements_;  // by Sql, prepared when first used
   Outlive outlive_ = Outlive::Kill;
   bool unsynced_ = false;  // something was committed without waiting for the disk
