@@ -14,8 +14,10 @@ using sqlite::PageRow;
 
 bool isTag(const PageRow& row) {
   using Type = PageRow::Type;
-  return (row.size() == 4 || row.size() == 5) && row.is(0, Type::Text) && row.is(1, Type::Text) &&
-         row.is(2, Type::Text) && row.is(3, Type::Integer) && !row[2].bytes.empty();
+  // Since version 3 each row bears its sum.
+  if (row.size() == 5 ? !row.hasSumOf(4) : row.size() != 4) return false;
+  return row.is(0, Type::Text) && row.is(1, Type::Text) && row.is(2, Type::Text) &&
+         row.is(3, Type::Integer) && !row[2].bytes.empty();
 }
 
 }  // namespace

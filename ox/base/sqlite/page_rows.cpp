@@ -4,6 +4,9 @@
 #include <array>
 #include <bit>
 
+#include "ox/base/checksum.hpp"
+#include "ox/base/sqlite/row_sum.hpp"
+
 namespace ox::sqlite {
 namespace {
 
@@ -93,6 +96,23 @@ std::optional<PageRow> PageRow::of(std::int64_t number, std::string record) {
   }
   if (!values.empty() || row.columns_.empty()) return std::nullopt;
   return row;
+}
+
+// The number of a row stands beside its columns, and nothing where it belongs.
+bool PageRow::hasSumOf(std::size_t columns) const {
+  constexpr std::size_t kMostColumns = 16;
+  if (columns >= size() || columns > kMostColumns || !is(size() - 1, Type::Integer)) return false;
+  std::array<SummedColumn, kMostColumns> summed;
+  for (std::size_t i = 0; i < columns; ++i) {
+    const auto& column = columns_[i];
+    const bool isNumber = i == 0 && number_ != 0 && column.type == Type::Null;
+    const auto type = isNumber ? Type::Integer : column.type;
+    const auto integer = isNumber ? number_ : column.integer;
+    const bool isBytes = type == Type::Text || type == Type::Blob;
+    summed[i] = {static_cast<int>(type),
+                 isBytes ? checksum64(column.bytes) : static_cast<std::uint64_t>(integer)};
+  }
+  return rowSum({summed.data(), columns}) == columns_.back().integer;
 }
 
 std::optional<PageRows::Form> PageRows::formOf(std::uint32_t page) {

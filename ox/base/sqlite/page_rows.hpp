@@ -15,7 +15,8 @@ namespace ox::sqlite {
 // A row as it stands on a page. Its columns are borrowed from it.
 class PageRow {
  public:
-  enum class Type : std::uint8_t { Null, Integer, Real, Text, Blob };
+  // As SQLite counts them.
+  enum class Type : std::uint8_t { Integer = 1, Real = 2, Text = 3, Blob = 4, Null = 5 };
   struct Column {
     Type type = Type::Null;
     std::int64_t integer = 0;
@@ -31,6 +32,8 @@ class PageRow {
   std::size_t size() const { return columns_.size(); }
   const Column& operator[](std::size_t column) const { return columns_[column]; }
   bool is(std::size_t column, Type type) const { return columns_[column].type == type; }
+  // Whether its last column is the sum (row_sum.hpp) of so many first ones.
+  bool hasSumOf(std::size_t columns) const;
 
  private:
   PageRow() = default;

@@ -1,6 +1,7 @@
 #include "ox/base/sqlite/row_sum.hpp"
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <sqlite3.h>
@@ -20,26 +21,36 @@ std::uint64_t wordOf(sqlite3_value* value, int type) {
   return checksum64(bytes != nullptr ? std::string_view(bytes, size) : std::string_view());
 }
 
-void rowSum(sqlite3_context* context, int count, sqlite3_value** values) {
-  constexpr std::size_t kBytes = 1 + sizeof(std::uint64_t);
-  constexpr std::size_t kMostColumns = 16;
-  std::array<char, kBytes * kMostColumns> columns;
-  if (count < 0 || static_cast<std::size_t>(count) > kMostColumns) {
+constexpr std::size_t kMostColumns = 16;
+
+void answerRowSum(sqlite3_context* context, int count, sqlite3_value** values) {
+  std::array<SummedColumn, kMostColumns> columns;
+  const auto size = static_cast<std::size_t>(count);
+  if (count < 0 || size > kMostColumns) {
     sqlite3_result_error(context, "row_sum: too many columns", -1);
     return;
   }
-  auto* next = columns.data();
-  for (int i = 0; i < count; ++i, next += kBytes) {
+  for (std::size_t i = 0; i < size; ++i) {
     const int type = sqlite3_value_type(values[i]);
-    const auto word = wordOf(values[i], type);
-    *next = static_cast<char>(type);
-    std::memcpy(next + 1, &word, sizeof word);
+    columns[i] = {type, wordOf(values[i], type)};
   }
-  const auto sum = checksum64({columns.data(), kBytes * static_cast<std::size_t>(count)});
-  sqlite3_result_int(context, static_cast<std::int32_t>(sum));
+  sqlite3_result_int(context, rowSum({columns.data(), size}));
 }
 
 }  // namespace
+
+std::int32_t rowSum(std::span<const SummedColumn> columns) {
+  constexpr std::size_t kBytes = 1 + sizeof(std::uint64_t);
+  std::array<char, kBytes * kMostColumns> bytes;
+  assert(columns.size() <= kMostColumns);
+  auto* next = bytes.data();
+  for (const auto& [type, word] : columns) {
+    *next = static_cast<char>(type);
+    std::memcpy(next + 1, &word, sizeof word);
+    next += kBytes;
+  }
+  return static_cast<std::int32_t>(checksum64({bytes.data(), kBytes * columns.size()}));
+}
 
 std::string withRowSums(std::string statements) {
   constexpr std::string_view kMark = "SUM(";
@@ -58,7 +69,7 @@ std::string withRowSums(std::string statements) {
 int registerRowSum(sqlite3* database) {
   return sqlite3_create_function_v2(database, "row_sum", -1,
                                     SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr,
-                                    rowSum, nullptr, nullptr, nullptr);
+                                    answerRowSum, nullptr, nullptr, nullptr);
 }
 
 }  // namespace ox::sqlite

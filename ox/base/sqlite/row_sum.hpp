@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
 
 struct sqlite3;
@@ -16,6 +18,14 @@ namespace ox::sqlite {
 // of which SQLite writes the first with every row and works out the second when it is asked for.
 // Another tool can read such a table, but not write into it.
 std::string withRowSums(std::string statements);
+
+// A column as the sum sees it: the number of its type as SQLite counts them, and a number as it is,
+// anything else as its checksum (0 for none).
+struct SummedColumn {
+  int type;
+  std::uint64_t word;
+};
+std::int32_t rowSum(std::span<const SummedColumn> columns);
 
 // For the connection alone: makes the function row_sum(value, ...) known. The sum is 32 bits of
 // XXH3, so that it takes four bytes of the row; a value that became one of another type differs

@@ -177,7 +177,7 @@ TEST(Salvage, ALostPageCostsOnlyTheValuesOnIt) {
   EXPECT_GT(lost, kPersons / 4);
 }
 
-TEST(Salvage, AFlippedByteCostsNoMoreThanTwoRecords) {
+TEST(Salvage, AFlippedByteCostsNoMoreThanOneRecord) {
   fillStore();
   const auto from = copiedStore();
   const auto whole = support::fileBytes(from);
@@ -187,14 +187,16 @@ TEST(Salvage, AFlippedByteCostsNoMoreThanTwoRecords) {
     const auto place = chance() % whole.size();
     const auto flipped = static_cast<char>(static_cast<unsigned char>(whole[place]) ^ 1U << i % 8);
     overwrite(from, place, std::string(1, flipped));
-    const auto path = recover(from).path;
+    const auto [report, path] = recover(from);
     overwrite(from, place, whole.substr(place, 1));
 
     std::size_t kept = 0;
     auto now = contentOf(path);
     std::ranges::sort(now);
     for (const auto& record : content) kept += std::ranges::binary_search(now, record) ? 1U : 0U;
-    EXPECT_GE(kept + 2, content.size()) << "byte " << place;
+    EXPECT_GE(kept + 1, content.size()) << "byte " << place;
+    const bool isTold = !report.losses.empty() || !report.damages.empty();
+    EXPECT_TRUE(isTold || kept == content.size()) << "byte " << place;
   }
 }
 

@@ -15,9 +15,9 @@ namespace {
 using sqlite::PageRow;
 using Type = PageRow::Type;
 
-// Whether a row has so many columns, or one more, which is its sum.
+// Whether it is a row of so many columns, and one more since version 3 of the store, their sum.
 bool isOf(const PageRow& row, std::size_t columns) {
-  return row.size() == columns || (row.size() == columns + 1 && row.is(columns, Type::Integer));
+  return row.size() == columns || (row.size() == columns + 1 && row.hasSumOf(columns));
 }
 
 bool isPositive(const PageRow::Column& column) {
@@ -59,6 +59,7 @@ std::optional<std::size_t> valuesColumn(const PageRow& row) {
   const std::size_t last = row.size() == 4 ? 3 : 4;
   if (!begins || !row.is(last, Type::Blob)) return std::nullopt;
   const bool picture = last == 3 || row.is(3, Type::Null) || row.is(3, Type::Integer);
+  if (row.size() == 6 && !row.hasSumOf(4)) return std::nullopt;
   return picture ? std::optional(last) : std::nullopt;
 }
 
@@ -72,8 +73,13 @@ std::optional<PropertyBag> valuesOf(const PageRow& row) {
   }
 }
 
+// Whether nothing that only looks like a row can be taken for it.
+bool isSummed(const PageRow& row) {
+  return row.size() > 1 && row.hasSumOf(row.size() - 1);
+}
+
 bool isPicture(const PageRow& row) {
-  return isOf(row, 3) && row.is(1, Type::Integer) && row.is(2, Type::Blob) &&
+  return row.size() == 3 && row.is(1, Type::Integer) && row.is(2, Type::Blob) &&
          static_cast<std::int64_t>(checksum64(row[2].bytes)) == row[1].integer;
 }
 
@@ -107,9 +113,8 @@ void FoundRows::readDamaged() {
     }
   }
   for (const auto page : damagedPages_) {
-    rows_.anywhere(page, [&](const auto& place, const PageRow& row) {
-      if (valuesColumn(row) || isPicture(row)) take(Trust::Least, place, row);
-    });
+    rows_.anywhere(page,
+                   [&](const auto& place, const PageRow& row) { take(Trust::Least, place, row); });
   }
 }
 
@@ -123,7 +128,7 @@ void FoundRows::take(Trust trust, const sqlite::RowPlace& place, const PageRow& 
   if (row.number() <= 0 || !row.is(0, Type::Null)) return;
   if (isPicture(row)) return keep(pictures_, row.number(), place, trust);
   if (valuesOf(row)) return keep(contents_, row.number(), place, trust);
-  if (trust == Trust::Least) return;
+  if (trust == Trust::Least && !isSummed(row)) return;
   if (auto record = recordOf(row)) return keep(records_, row.number(), *record, trust);
   if (auto container = containerOf(row)) {
     return keep(containers_, row.number(), std::move(*container), trust);
@@ -221,7 +226,7 @@ std::uint64_t FoundRows::doubtful() const {
     return static_cast<std::uint64_t>(std::ranges::count_if(
         table, [](const auto& row) { return row.second.trust == Trust::Least; }));
   };
-  return least(contents_) + least(pictures_);
+  return least(contents_) + least(pictures_) + least(records_) + least(links_);
 }
 
 }  // namespace ox
