@@ -7,6 +7,8 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "ox/base/planted.hpp"
+
 namespace ox {
 namespace {
 
@@ -41,6 +43,7 @@ void createPrivateFolders(const std::filesystem::path& folder) {
 }  // namespace
 
 bool createPrivateFile(const std::string& path) {
+  refusePlanted(path);
   const auto folder = std::filesystem::path(path).parent_path();
   createPrivateFolders(folder);
   const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "ox/base/planted.hpp"
 #include "ox/base/uuid.hpp"
 
 namespace ox {
@@ -74,6 +75,7 @@ void syncFolderOf(const std::string& path) {
 }  // namespace
 
 ReplacementFile::ReplacementFile(std::string target) : target_(std::move(target)) {
+  refusePlanted(target_);
   const int code = obstacle(target_);
   if (code == EINVAL) target_ += " is no regular file";
   if (code != 0) fail(code);

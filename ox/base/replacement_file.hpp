@@ -13,7 +13,8 @@ namespace ox {
 // thread at a time; every failure is a std::system_error that names the file.
 class OX_EXPORT ReplacementFile {
  public:
-  // Makes it, empty and for this user alone. Refuses a target that is no regular file.
+  // Makes it, empty and for this user alone. Refuses a target that is no regular file, or to which
+  // another user leads (ox/base/planted.hpp).
   explicit ReplacementFile(std::string target);
   ReplacementFile(const ReplacementFile&) = delete;
   ReplacementFile& operator=(const ReplacementFile&) = delete;

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
+#include "ox/base/planted.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/file/backup.hpp"
 #include "ox/platform/store/values/store_error.hpp"
@@ -17,6 +18,7 @@ namespace {
 
 std::string placeOfTarget(const std::string& path) {
   if (isStoreFile(path)) refuse(path, ": is a file of the store itself");
+  refusePlanted(path);
   return placeOf(path);
 }
 

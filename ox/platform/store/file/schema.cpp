@@ -11,6 +11,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "ox/base/planted.hpp"
 #include "ox/base/private_file.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/file/kept_copies.hpp"
@@ -33,6 +34,11 @@ constexpr std::int64_t kLogBytesBetweenCheckpoints = std::int64_t{64} << 20U;
 // Refuses what cannot be a store. Only looks: opening and closing the file here would drop the
 // locks that an open connection of this process holds on it.
 void checkFile(const std::string& path) {
+  try {
+    for (const auto* ending : {"", "-wal", "-shm", "-journal"}) refusePlanted(path + ending);
+  } catch (const std::system_error& error) {
+    throw StoreError(StoreError::Kind::Unavailable, error.what(), path);
+  }
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) {
     if (errno == ENOENT) return;
