@@ -4,6 +4,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <sstream>
 
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/failures.hpp"
@@ -14,6 +15,7 @@
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/edit/saving.hpp"
+#include "oxcontacts/output/terminal_text.hpp"
 
 namespace ox::program {
 namespace {
@@ -61,7 +63,12 @@ std::string messageOf(const StoreError& error) {
 
 // Prints what the parser has to say, a help text too.
 int refused(const CLI::App& program, const CLI::ParseError& error) {
-  return program.exit(error) == 0 ? kDone : kUsage;
+  std::ostringstream output;
+  std::ostringstream errors;
+  const int code = program.exit(error, output, errors);
+  std::cout << terminalLines(output.str());
+  std::cerr << terminalLines(errors.str());
+  return code == 0 ? kDone : kUsage;
 }
 
 // Whoever could not look has not found that there is nothing.

@@ -9,9 +9,11 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "ox/base/planted.hpp"
 #include "ox/base/store_location.hpp"
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/files.hpp"
+#include "oxcontacts/output/terminal_text.hpp"
 
 namespace ox::program {
 namespace {
@@ -58,15 +60,21 @@ bool OutputFile::isStream(const std::string& path) {
 }
 
 OutputFile::OutputFile(const std::string& path) : path_(path) {
-  if (isStandardOutput(path)) return;
+  if (isStandardOutput(path)) {
+    isTerminal_ = ::isatty(STDOUT_FILENO) != 0;
+    return;
+  }
+  if (!isAmong(kStandardError, path)) refusePlanted(path);
   if (isStream(path)) {
     stream_ = openStream(path);
+    isTerminal_ = ::isatty(stream_) != 0;
     return;
   }
   refuseStoreFile(path);
   const auto target = placeOf(path);
   struct stat status {};
-  if (::stat(target.c_str(), &status) == 0) mode_ = status.st_mode & 0777U;
+  const bool isThere = ::stat(target.c_str(), &status) == 0;
+  if (isThere && status.st_uid == ::geteuid()) mode_ = status.st_mode & 0777U;
   const SignalsHeld held;
   file_.emplace(target);
   guard_.emplace(file_->path());
@@ -86,13 +94,27 @@ void OutputFile::writeToStream(std::string_view bytes) {
 }
 
 void OutputFile::write(std::string_view bytes) {
-  if (stream_ >= 0) return writeToStream(bytes);
   if (file_) return file_->write(bytes);
+  if (!isTerminal_) return writeOut(bytes);
+  for (const char byte : bytes) {
+    if (byte != '\n') {
+      line_ += byte;
+      continue;
+    }
+    if (line_.ends_with('\r')) line_.pop_back();
+    writeOut(terminalLines(line_) + '\n');
+    line_.clear();
+  }
+}
+
+void OutputFile::writeOut(std::string_view bytes) {
+  if (stream_ >= 0) return writeToStream(bytes);
   std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   check(std::cout);
 }
 
 void OutputFile::commit() {
+  if (isTerminal_) writeOut(terminalLines(line_));
   if (stream_ >= 0) return;
   if (!file_) {
     std::cout.flush();

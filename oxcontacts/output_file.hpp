@@ -11,8 +11,9 @@ namespace ox::program {
 
 // Where a command's data goes: the standard output ("-", or its name in /dev), or a file that is
 // put in its place once everything is in it, and of which nothing is left before that. A link is
-// followed; a file that was there keeps its mode, a new one is for this user alone. Pipes, devices
-// and the error stream by its names in /dev are written straight into.
+// followed unless another user has planted it; a file of this user's that was there keeps its mode,
+// any other is for this user alone. Pipes, devices and the error stream by its names in /dev are
+// written straight into. What goes to a terminal is made safe for it, everything else stays exact.
 class OutputFile {
  public:
   // Waits for the reader of a named pipe. Throws a CommandError for a file of the store,
@@ -31,13 +32,17 @@ class OutputFile {
   void commit();
 
  private:
+  // As they are, to the stream or the standard output.
+  void writeOut(std::string_view bytes);
   void writeToStream(std::string_view bytes);
 
   std::string path_;
   std::optional<GoesWhenInterrupted> guard_;
   std::optional<ReplacementFile> file_;  // missing: the standard output or a stream
   int stream_ = -1;                      // open when it is one
-  unsigned mode_ = 0;                    // of the file that was there; 0: there was none
+  bool isTerminal_ = false;
+  std::string line_;   // for a terminal: what its last line break is still to end
+  unsigned mode_ = 0;  // of the file that was there; 0: there was none
 };
 
 }  // namespace ox::program

@@ -50,8 +50,9 @@ void printPerson(const Context& context, const _ABPerson& person) {
   for (const auto& group : person.groups()) {
     table.addRow({"Group", "", group->displayName().value_or("")});
   }
-  std::cout << terminalText(person.displayName().value_or("")) << " (" << person.ID().value_or("")
-            << ", book " << person.addressBookID().value_or("") << ")\n";
+  std::cout << terminalText(person.displayName().value_or("")) << " ("
+            << terminalText(person.ID().value_or("")) << ", book "
+            << terminalText(person.addressBookID().value_or("")) << ")\n";
   table.print(context);
 }
 
@@ -96,8 +97,8 @@ void showPast(const Context& context, const Arguments& arguments) {
   addStoredRows(record.properties, table);
   for (const auto& tag : tags) table.addRow({"Tag", "", tag});
   for (const auto& group : record.groups) table.addRow({"Group", "", nameOfAnyTime(group)});
-  std::cout << terminalText(nameIn(record.properties)) << " (" << record.key.text() << ", at "
-            << arguments.at << ")\n";
+  std::cout << terminalText(nameIn(record.properties)) << " (" << terminalText(record.key.text())
+            << ", at " << terminalText(arguments.at) << ")\n";
   table.print(context);
 }
 

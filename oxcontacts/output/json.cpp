@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+#include "oxcontacts/output/terminal_text.hpp"
+
 namespace ox::program {
 
 Json jsonOf(const Text& text) {
@@ -9,11 +11,11 @@ Json jsonOf(const Text& text) {
 }
 
 std::string oneLine(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+  return terminalJson(json.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 void printJson(const Json& json) {
-  std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+  std::cout << terminalJson(json.dump(2, ' ', false, Json::error_handler_t::replace)) << '\n';
 }
 
 JsonList::JsonList() {

@@ -11,7 +11,7 @@ using Json = nlohmann::ordered_json;
 
 // Missing is null.
 Json jsonOf(const Text& text);
-// On one line; ill-formed UTF-8 is replaced, never thrown on.
+// On one line, as it may go to a terminal; ill-formed UTF-8 is replaced, never thrown on.
 std::string oneLine(const Json& json);
 // Prints it for readers, with a line feed at the end.
 void printJson(const Json& json);

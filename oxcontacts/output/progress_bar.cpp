@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <iostream>
 
+#include "oxcontacts/output/terminal_text.hpp"
+
 namespace ox::program {
 
 ProgressBar::ProgressBar(const Context& context, std::string title)
-    : shown_(context.showsProgress()), title_(std::move(title)) {}
+    : shown_(context.showsProgress()), title_(terminalText(title)) {}
 
 ProgressBar::~ProgressBar() {
   wipe();
