@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
+#include "ox/base/failures.hpp"
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/store/file/backup.hpp"
 #include "ox/platform/store/file/check.hpp"
@@ -214,6 +215,24 @@ TEST(FlippedBytes, OfARowAreNamedByTheCheckAndByWhoeverReadsIt) {
     EXPECT_EQ(error.kind(), FailureKind::Corrupt);
     EXPECT_EQ(std::string(error.what()), path + ": the row of an account is damaged");
   }
+}
+
+TEST(FlippedBytes, OfARecordHideNoOther) {
+  makeStore();
+  const auto path = support::temporaryPath("flipped.db").string();
+  auto bytes = bytesOf(storePath());
+  // A row holds the text of an identifier that is not ours, and so does an index.
+  for (auto at = bytes.find("many7"); at != std::string::npos; at = bytes.find("many7", at)) {
+    bytes.replace(at, 5, "many?");
+  }
+  writeBytes(path, bytes);
+  const auto sound = openStoreSource(storePath())->records(RecordKind::Person).size();
+  const failures::Watch watch;
+  EXPECT_EQ(openStoreSource(path)->records(RecordKind::Person).size(), sound - 1);
+  ASSERT_EQ(watch.all().size(), 1U);
+  EXPECT_EQ(watch.all().front().kind, FailureKind::Corrupt);
+  EXPECT_EQ(watch.all().front().subject, path);
+  EXPECT_TRUE(watch.all().front().reason.ends_with(" of the records is damaged"));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "ox/base/checksum.hpp"
+#include "ox/base/failures.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/property_codec.hpp"
 
@@ -88,13 +89,19 @@ void CommittedRecords::loadIndex() {
   indexLoaded_ = true;
 }
 
+// A row that is damaged costs itself: all the others are there, and whoever lists them is told.
 void CommittedRecords::readRecordsAfter(std::int64_t row) {
   auto& rows = file_.statement(Sql::RecordsAfter);
   const sqlite::StatementScope scope(rows);
   rows.bind(1, row);
   while (rows.step()) {
-    index_.append(entryOfRow(rows));
     seenRow_ = rows.integer(0);
+    try {
+      index_.append(entryOfRow(rows));
+    } catch (const DamagedRow& error) {
+      const auto& name = file_.address().name();
+      failures::notice(FailureKind::Corrupt, name + ": " + error.what(), name);
+    }
   }
 }
 
