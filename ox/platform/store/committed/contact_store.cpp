@@ -166,7 +166,7 @@ TagDebts ContactStore::tagDebts() {
         debts.acts.push_back({numbers.integer(0), std::string(numbers.blob(1)), {}});
       }
     }
-    const auto name = nameOf(file_);
+    const auto name = nameOfStore(file_);
     if (name.size() == debts.store.size()) std::ranges::copy(name, debts.store.begin());
     if (debts.acts.empty()) return debts;
     auto& changes = file_.statement(Sql::TagChangesOfAct);

@@ -67,7 +67,7 @@ std::vector<ContainerRow> containersOf(StoreFile& file) {
   return containers;
 }
 
-std::string nameOf(StoreFile& file) {
+std::string nameOfStore(StoreFile& file) {
   auto& name = file.statement(Sql::StoreName);
   const sqlite::StatementScope scope(name);
   if (!name.step()) return {};

@@ -52,7 +52,7 @@ struct ContainerRow {
 // Every container, the local one first.
 std::vector<ContainerRow> containersOf(StoreFile& file);
 // The name of the store, which no other has; empty in a damaged one that has lost it.
-std::string nameOf(StoreFile& file);
+std::string nameOfStore(StoreFile& file);
 
 // The bytes of the picture in that row; of a record in that row. Null when there is none; throws
 // DamagedRow when they are not what was written.

@@ -32,7 +32,8 @@ void ReturnToCopy::decide() {
 // journal.
 bool ReturnToCopy::isOfThisStore() {
   const auto last = lastAct(copy_);
-  return last && nameOf(store_) == nameOf(copy_) && JournalRows(store_).knows(last->moment);
+  return last && nameOfStore(store_) == nameOfStore(copy_) &&
+         JournalRows(store_).knows(last->moment);
 }
 
 void ReturnToCopy::settleContainers() {
