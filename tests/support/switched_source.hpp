@@ -127,6 +127,7 @@ class SwitchedSource : public ContactSource {
   void checkpoint() override;
   void pinMoment() override { real_->pinMoment(); }
   void unpinMoment() override { real_->unpinMoment(); }
+  StoreMoment lastMoment() override { return real_->lastMoment(); }
   StoreJournal& journal() override;
 
  private:

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <iterator>
 #include <set>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -200,9 +201,13 @@ std::int64_t TagStore::lastFollowed(std::string_view store) {
 
 void TagStore::pinMoment() {
   const std::lock_guard lock(mutex_);
-  if (pins_++ > 0) return;
-  settleStoreLocation();
-  pinnedWithoutFile_ = !file_ && !std::filesystem::exists(tagStorePath());
+  if (pins_ == 0) {
+    settleStoreLocation();
+    // A place that cannot be looked at is told to whoever asks for tags.
+    std::error_code error;
+    pinnedWithoutFile_ = !file_ && !std::filesystem::exists(tagStorePath(), error) && !error;
+  }
+  ++pins_;
 }
 
 void TagStore::unpinMoment() {

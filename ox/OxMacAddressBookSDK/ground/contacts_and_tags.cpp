@@ -21,12 +21,13 @@ std::string_view nameOf(const TagDebts& debts) {
   return {reinterpret_cast<const char*>(debts.store.data()), debts.store.size()};
 }
 
-// The result is what was followed, or had been.
+// The result is what was followed, or had been. Others may have gone ahead of a pinned moment,
+// which must not look as if the store had gone back.
 TagDebts follow() {
   auto debts = containerSource().tagDebts();
   if (!debts.acts.empty()) {
     TagStore::shared().follow(nameOf(debts), debts.acts,
-                              [] { return containerSource().moment().number; });
+                              [] { return containerSource().lastMoment().number; });
   }
   return debts;
 }
@@ -46,9 +47,12 @@ void strikeOutFollowed(std::size_t mostLeft) {
 
 // The thread must hold tags.
 bool holdWithoutTags(const RecordKeys& persons) {
-  return containedTags([&] {
-    for (const auto& person : persons) TagStore::shared().holdWithoutTags(person.text());
-  });
+  bool all = true;
+  for (const auto& person : persons) {
+    const auto hold = [&] { TagStore::shared().holdWithoutTags(person.text()); };
+    all = containedTags(hold) && all;  // tags that are damaged keep no others
+  }
+  return all;
 }
 
 // After an act: what the thread held is in the store now.

@@ -82,6 +82,10 @@ std::int64_t Connection::totalChanges() const {
   return sqlite3_total_changes64(handle_);
 }
 
+bool Connection::isInTransaction() const {
+  return sqlite3_get_autocommit(handle_) == 0;
+}
+
 void Connection::keepLog() {
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
@@ -120,7 +124,7 @@ void Transaction::commit() {
 }
 
 Snapshot::Snapshot(Connection& connection) {
-  if (sqlite3_get_autocommit(connection.handle()) == 0) return;
+  if (connection.isInTransaction()) return;
   connection.execute("BEGIN");
   connection_ = &connection;
 }

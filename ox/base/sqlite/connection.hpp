@@ -30,6 +30,7 @@ class Connection {
   std::int64_t changes() const;
   // Rows changed since the file was opened, those of transactions that were rolled back too.
   std::int64_t totalChanges() const;
+  bool isInTransaction() const;
   // The log stays where it is when the last connection to the file is closed, as this one may be.
   void keepLog();
   // Where SQLite keeps the write-ahead log of this database: beside the file itself, through every

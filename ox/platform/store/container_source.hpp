@@ -51,6 +51,8 @@ class ContainerSource {
   // See PinnedMoment.
   virtual void pinMoment() = 0;
   virtual void unpinMoment() = 0;
+  // As moment(), of the last commit whatever is pinned: a pinned moment ends.
+  virtual StoreMoment lastMoment() = 0;
   // Whole, but for what the request lets be left out, or not at all. Additions whose identifier is
   // taken get a new one, written into the request. False with a reason in the request when nothing
   // was written. A request of additions and links alone, without a moment, that a thread makes

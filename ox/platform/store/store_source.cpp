@@ -277,6 +277,13 @@ class StoreSource final : public ContactSource {
     store_.pinMoment();
   }
 
+  StoreMoment lastMoment() override {
+    const std::lock_guard lock(mutex_);
+    store_.leaveMoment();
+    store_.refresh(Look::Now);
+    return committed_.moment();
+  }
+
   void unpinMoment() override {
     const std::lock_guard lock(mutex_);
     store_.unpinMoment();

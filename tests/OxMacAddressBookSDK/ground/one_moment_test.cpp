@@ -114,5 +114,33 @@ TEST_F(OneMomentOfBoth, IsOverForOneThreadWhenItIsForAll) {
   EXPECT_EQ(seen(), kBefore);
 }
 
+// Another program: takes Ann's tag away and gives Ben one, each in an act of its own.
+const support::SecondProcess movesTheTag("movesTheTag", [](const auto&) {
+  bookNamed("_local");
+  person("ann")->removeTag("early");
+  person("ben")->addTag("early");
+  return person("ann")->tagArray().empty() ? 0 : 1;
+});
+
+TEST_F(OneMomentOfBoth, LeavesTagsAloneThatOthersHaveChangedSince) {
+  person("ann")->addTag("early");
+  const OneMoment moment;
+  EXPECT_NE(seen().find("#early"), std::string::npos);
+  ASSERT_EQ(movesTheTag.run().exitCode, 0);
+  EXPECT_TRUE(saveContactsAndTags().contacts.done);
+  EXPECT_EQ(person("ann")->tagArray(), std::vector<std::string>{});
+  EXPECT_EQ(person("ben")->tagArray(), std::vector<std::string>{"early"});
+}
+
+TEST(OneMomentWithoutTags, IsThereWhereTheirPlaceCannotBeLookedAt) {
+  ::setenv("OX_TAG_STORE", ("/" + std::string(300, 'x')).c_str(), 1);
+  StoreBuilder().person("ann", {.first = "Ann"});
+  const auto book = OxMacAddressBook::addressBookArray().element(0);
+  ASSERT_TRUE(book);
+  EXPECT_EQ(book->allPersonsCount(), 1U);
+  EXPECT_TRUE(book->newPerson());
+  EXPECT_TRUE(ABAddressBook::sharedAddressBook()->save());
+}
+
 }  // namespace
 }  // namespace ox::test

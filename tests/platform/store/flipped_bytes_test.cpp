@@ -5,6 +5,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <random>
+#include <sqlite3.h>
 
 #include "ox/base/failures.hpp"
 #include "ox/base/sqlite/connection.hpp"
@@ -215,6 +216,57 @@ TEST(FlippedBytes, OfARowAreNamedByTheCheckAndByWhoeverReadsIt) {
     EXPECT_EQ(error.kind(), FailureKind::Corrupt);
     EXPECT_EQ(std::string(error.what()), path + ": the row of an account is damaged");
   }
+}
+
+// Writes rows whose sums are wrong, as if they had been changed where they lie.
+void damageBy(const std::string& path, const char* statement) {
+  sqlite::Connection file(path, sqlite::Connection::Mode::ReadWrite);
+  sqlite3_create_function_v2(
+      file.handle(), "row_sum", -1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr,
+      [](sqlite3_context* context, int, sqlite3_value**) { sqlite3_result_int(context, 1); },
+      nullptr, nullptr, nullptr);
+  file.execute(statement);
+}
+
+TEST(FlippedBytes, OfALinkKeepNobodyFromBeingRemoved) {
+  makeStore();
+  const auto path = support::temporaryPath("flipped.db").string();
+  writeBytes(path, bytesOf(storePath()));
+  damageBy(path, "UPDATE link SET parent = parent");
+  const auto source = openStoreSource(path);
+  source->remove(RecordKey::of("ann"), RecordKind::Person);
+  EXPECT_TRUE(source->save().done);
+  EXPECT_FALSE(source->record("ann"));
+}
+
+TEST(FlippedBytes, OfABoundOfTheJournalStopNoAct) {
+  makeStore();
+  const auto path = support::temporaryPath("flipped.db").string();
+  writeBytes(path, bytesOf(storePath()));
+  openStoreSource(path)->journal().setBounds({10, 0});
+  damageBy(path, "UPDATE setting SET value = value");
+  const auto source = openStoreSource(path);
+  for (int i = 0; i < 130; ++i) {
+    source->setValue(RecordKey::of("cid"), RecordKind::Person, property_id::kNote,
+                     Object(std::to_string(i)));
+    ASSERT_TRUE(source->save().done) << i;
+  }
+  EXPECT_EQ(source->journal().bounds().days, JournalBounds().days);
+}
+
+TEST(FlippedBytes, OfWhatOthersHaveTouchedStopNobodyWhoFollows) {
+  makeStore();
+  const auto path = support::temporaryPath("flipped.db").string();
+  writeBytes(path, bytesOf(storePath()));
+  const auto follower = openStoreSource(path);
+  const auto persons = follower->records(RecordKind::Person).size();
+  {
+    const auto other = openStoreSource(path);
+    other->link(RecordKey::of("chess"), RecordKey::of("many4"), RecordKind::Person);
+    ASSERT_TRUE(other->save().done);
+  }
+  damageBy(path, "UPDATE record SET kind = kind WHERE uid = 'many4'; UPDATE act SET at = at");
+  EXPECT_EQ(follower->records(RecordKind::Person).size(), persons - 1);
 }
 
 TEST(FlippedBytes, OfARecordHideNoOther) {

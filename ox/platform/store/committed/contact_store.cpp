@@ -49,7 +49,9 @@ class WaitingTime {
 
 void ContactStore::refresh(CommittedRecords::Look look) {
   if (pins_ == 0) return committed_.refresh(look);
-  if (snapshot_) return;
+  // SQLite ends a transaction by itself when it cannot read.
+  if (snapshot_ && file_.connection().isInTransaction()) return;
+  snapshot_.reset();
   try {
     file_.guarded([&] { snapshot_.emplace(file_.connection()); });
     committed_.refresh(CommittedRecords::Look::Now);

@@ -4,6 +4,19 @@
 
 namespace ox {
 
+namespace {
+
+template <typename Read>
+std::optional<ActRow> unlessDamaged(Read read) {
+  try {
+    return read();
+  } catch (const DamagedRow&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace
+
 // The journal names what was touched since the last look, and that alone is forgotten here and read
 // again when it is asked for. Everything is where the journal does not reach back to the last look,
 // tells of another past (a copy has taken the place of the store), or knows nothing of what was
@@ -22,16 +35,12 @@ void CommittedRecords::readNews() {
 // A damaged store whose journal has lost its last row, or whose last row is damaged, can be read
 // all the same.
 std::optional<ActRow> CommittedRecords::soundLastAct() {
-  try {
-    return lastAct(file_);
-  } catch (const DamagedRow&) {
-    return std::nullopt;
-  }
+  return unlessDamaged([&] { return lastAct(file_); });
 }
 
 bool CommittedRecords::readActsSince(const ActRow& seen, const ActRow& last) {
   if (last.moment.number < seen.moment.number) return false;
-  const auto then = actOfNumber(file_, seen.moment.number);
+  const auto then = unlessDamaged([&] { return actOfNumber(file_, seen.moment.number); });
   if (!then || then->moment != seen.moment) return false;
   std::unordered_set<std::int64_t> linked;
   {
@@ -74,7 +83,10 @@ void CommittedRecords::forgetParentsOf(const std::unordered_set<std::int64_t>& r
   auto& uids = file_.statement(Sql::UidsOfRows);
   const sqlite::StatementScope scope(uids);
   uids.bindKeys(1, list);
-  while (uids.step()) parentLists_.erase(soundKey(uids, 0, 1));
+  while (uids.step()) {
+    if (uids.integer(1) == 0) return forgetLinks();  // nobody knows whose lists they are
+    parentLists_.erase(keyOfColumn(uids, 0));
+  }
 }
 
 // A record that was removed since has no identifier any more, and a row of its own further on.

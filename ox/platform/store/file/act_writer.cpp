@@ -278,11 +278,11 @@ void ActWriter::removeLinksOfRemoved() {
       removed.add(record.row, record.container, link);
     }
   }
-  written_.linksOfRemoved = !removed.groups().empty();
   journal_.write(ChangeKind::Unlinked, removed);
 }
 
-// Takes the links of one side of a record away: their other ends and their numbers.
+// Takes the links of one side of a record away: their other ends and their numbers. What a damaged
+// row says is not noted; it goes with the record.
 NumberedLinks ActWriter::takeLinks(Sql which, std::int64_t row) {
   NumberedLinks links;
   {
@@ -290,8 +290,8 @@ NumberedLinks ActWriter::takeLinks(Sql which, std::int64_t row) {
     const sqlite::StatementScope scope(rows);
     rows.bind(1, row);
     while (rows.step()) {
-      requireSound(rows, 2, "the row of a link");
-      links.push_back({rows.integer(0), rows.integer(1)});
+      written_.linksOfRemoved = true;
+      if (rows.integer(2) != 0) links.push_back({rows.integer(0), rows.integer(1)});
     }
   }
   for (const auto& link : links) file_.statement(Sql::DeleteLink).bind(1, link.number).run();

@@ -13,12 +13,11 @@ constexpr std::int64_t kMillisecondsOfDay = 24LL * 60 * 60 * 1000;
 // Origins that no act bears any more are looked for whenever so many acts were written.
 constexpr std::int64_t kActsBetweenOrigins = 4096;
 
+// One that is damaged counts for nothing: `check` names it, and no act must fail for it.
 std::int64_t settingOr(sqlite::Connection& file, std::string_view name, std::int64_t otherwise) {
-  auto row = file.prepare("SELECT value, sound FROM setting WHERE name = ?1");
+  auto row = file.prepare("SELECT value FROM setting WHERE name = ?1 AND sound");
   row.bindText(1, name);
-  if (!row.step()) return otherwise;
-  requireSound(row, 1, "a bound of the journal");
-  return row.integer(0);
+  return row.step() ? row.integer(0) : otherwise;
 }
 
 void setSetting(sqlite::Connection& file, std::string_view name, std::int64_t value) {
@@ -63,7 +62,8 @@ std::optional<Cut> cutOf(sqlite::Connection& file, std::int64_t atMostActs) {
   if (!acts.step()) return std::nullopt;
   auto bytesBefore = acts.integer(2);
   std::optional<Cut> cut;
-  while (acts.step() && acts.integer(4) != 0) {
+  while (acts.step()) {
+    if (acts.integer(4) == 0) continue;  // a damaged one goes with those after it
     const bool isBeyond = acts.integer(1) < oldest || all - bytesBefore > bytes;
     if (acts.integer(0) >= stays || !isBeyond) break;
     cut = {acts.integer(0), acts.integer(3)};
