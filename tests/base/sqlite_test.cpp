@@ -48,6 +48,16 @@ TEST_F(Sqlite, OpensOnlyWhatTheModeAllows) {
   EXPECT_EQ(codeOf([&] { reader.execute("INSERT INTO t VALUES (1)"); }), 8);  // SQLITE_READONLY
 }
 
+TEST_F(Sqlite, TakesANameThatLooksLikeAUriForAPath) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(std::filesystem::path(path()).parent_path());
+  Connection("file:a.db?mode=memory", Connection::Mode::ReadWriteCreate)
+      .execute("CREATE TABLE t(a)");
+  EXPECT_TRUE(std::filesystem::exists("file:a.db?mode=memory"));
+  EXPECT_FALSE(std::filesystem::exists("a.db"));
+  std::filesystem::current_path(before);
+}
+
 TEST_F(Sqlite, BindsAndReadsEveryKindAndKeepsMissingFromEmpty) {
   auto connection = open();
   connection.execute("CREATE TABLE t (a, b, c, d, e, f)");

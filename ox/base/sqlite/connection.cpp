@@ -27,7 +27,9 @@ int openFlags(Connection::Mode mode) {
 
 Connection::Connection(const std::string& path, Mode mode) {
   const int flags = openFlags(mode) | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
-  int result = sqlite3_open_v2(path.c_str(), &handle_, flags, nullptr);
+  // Some builds take a name that begins so for a URI, with all that one can ask for.
+  const auto name = path.starts_with("file:") ? "./" + path : path;
+  int result = sqlite3_open_v2(name.c_str(), &handle_, flags, nullptr);
   if (result == SQLITE_OK) result = registerKeyLists(handle_);
   if (result == SQLITE_OK) result = registerRowSum(handle_);
   if (result == SQLITE_OK) return;
