@@ -83,14 +83,25 @@ TEST(LogOfStore, ThatIsDamagedIsNamedByCheckAndStays) {
   const auto damaged = temporaryPath("damaged.db").string();
   {
     const auto other = anotherProgram();
-    for (const auto* name : {"Ben", "Cleo", "Dora"}) addPerson(name);
+    // An import would empty the log.
+    for (const auto* note : {"one", "two", "three"}) {
+      EXPECT_EQ(run({"set", "Ann", std::string("note=") + note}).exitCode, 0);
+    }
     fs::copy_file(store(), damaged);
     fs::copy_file(store() + "-wal", damaged + "-wal");
   }
   EXPECT_EQ(run({"--store", damaged, "check"}).output, "sound\n");
   {
+    // A page that is neither the first nor the last of its commit.
+    const auto bytes = support::fileBytes(damaged + "-wal");
+    constexpr std::size_t kFrame = 24 + 2048;
+    const auto isCommit = [&](std::size_t frame) {
+      return bytes.substr(frame + 4, 4) != std::string(4, '\0');
+    };
+    auto page = 32 + kFrame;
+    while (isCommit(page - kFrame) || isCommit(page)) page += kFrame;
     std::fstream log(damaged + "-wal", std::ios::in | std::ios::out | std::ios::binary);
-    log.seekp(static_cast<std::streamoff>(fs::file_size(damaged + "-wal") / 2));
+    log.seekp(static_cast<std::streamoff>(page + 500));
     log << "damage";
   }
   const auto bytes = support::fileBytes(damaged + "-wal");
@@ -100,7 +111,7 @@ TEST(LogOfStore, ThatIsDamagedIsNamedByCheckAndStays) {
   EXPECT_EQ(support::fileBytes(damaged + "-wal"), bytes);
 
   EXPECT_EQ(run({"recover", damaged, "-o", temporaryPath("new.db").string()}).exitCode, 0);
-  EXPECT_GE(runJson({"--store", temporaryPath("new.db").string(), "persons"}).size(), 3U);
+  EXPECT_EQ(runJson({"--store", temporaryPath("new.db").string(), "persons"}).size(), 1U);
 }
 
 }  // namespace

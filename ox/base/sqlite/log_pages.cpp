@@ -56,8 +56,8 @@ std::optional<std::string> LogPages::page(std::uint32_t page) const {
 }
 
 // Each frame bears the sum of everything up to it, which goes on from the sum in the frame before:
-// so each can be checked by itself, and one that is damaged takes no other with it. Frames behind
-// the last commit were never committed.
+// so each can be checked by itself, and one that is damaged within a commit takes no other with it.
+// Frames behind the last commit were never committed.
 void LogPages::read(const std::string& header) {
   const bool bigEndianWords = (bigEndian32(header, 0) & 1U) != 0;
   struct Frame {
@@ -71,21 +71,18 @@ void LogPages::read(const std::string& header) {
        from + kFrameHeaderBytes + pageBytes_ <= file_.size();
        from += kFrameHeaderBytes + pageBytes_) {
     const auto frame = file_.bytes(from, kFrameHeaderBytes + pageBytes_);
-    // Frames of an earlier use of the log bear other random numbers.
-    if (frame && frame->compare(8, 8, header, 16, 8) != 0) {
-      ++damagedSinceCommit;
-      before = frame->substr(16, 8);
-      continue;
-    }
-    LogSum sum(bigEndianWords, bigEndian32(before, 0), bigEndian32(before, 4));
     bool isWhole = false;
-    if (frame) {
+    // Frames of an earlier use of the log bear other random numbers.
+    if (frame && frame->compare(8, 8, header, 16, 8) == 0) {
+      LogSum sum(bigEndianWords, bigEndian32(before, 0), bigEndian32(before, 4));
       sum.add(std::string_view(*frame).substr(0, 8));
       sum.add(std::string_view(*frame).substr(kFrameHeaderBytes));
       isWhole = sum.is(*frame, 16);
-      before = frame->substr(16, 8);
     }
+    if (frame) before = frame->substr(16, 8);
     if (!isWhole) {
+      // What was written in vain stands behind the last commit, and may end in one of its own.
+      if (uncommitted.empty() && damagedSinceCommit == 0) return;
       ++damagedSinceCommit;
       continue;
     }

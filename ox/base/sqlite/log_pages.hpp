@@ -26,8 +26,9 @@ class LogPages {
 
   // The head of the log cannot be read, and so nothing of it.
   bool isHeadDamaged() const { return headDamaged_; }
-  // How many pages are damaged that were committed, as pages behind them tell. The database
-  // believes nothing from the first of these on.
+  // How many pages are damaged that were committed, as pages before and behind them tell. The
+  // database believes nothing from the first of these on. The first page of a commit tells nothing:
+  // behind a commit stands what was written in vain.
   std::uint64_t damagedPages() const { return damaged_; }
 
  private:

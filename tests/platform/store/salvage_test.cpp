@@ -136,13 +136,23 @@ TEST(Salvage, ReadsWhatStandsInTheLogAlone) {
   EXPECT_EQ(support::fileBytes(from + "-wal"), log);
 }
 
+// The place of a page in the log that is neither the first nor the last of its commit.
+std::size_t withinACommit(const std::string& log) {
+  constexpr std::size_t kFrame = 24 + kPageBytes;
+  for (auto at = 32 + log.size() / kFrame / 2 * kFrame;; at += kFrame) {
+    const auto isCommit = [&](std::size_t frame) {
+      return log.substr(frame + 4, 4) != std::string(4, '\0');
+    };
+    if (!isCommit(at - kFrame) && !isCommit(at)) return at;
+  }
+}
+
 TEST(Salvage, ADamagedFrameOfTheLogHidesNoneAfterIt) {
   fillStore();
   const auto from = temporaryPath("damaged.db").string();
   fs::copy_file(storePath(), from);
   fs::copy_file(storePath() + "-wal", from + "-wal");
-  const auto frames = fs::file_size(from + "-wal") / (kPageBytes + 24);
-  overwrite(from + "-wal", 32 + (frames / 2) * (kPageBytes + 24) + 500, "damage");
+  overwrite(from + "-wal", withinACommit(support::fileBytes(from + "-wal")) + 500, "damage");
   const auto [report, path] = recover(from);
   EXPECT_EQ(report.damages, std::vector<std::string>{
                                 "1 page of the log is damaged: something newer may be missing"});
