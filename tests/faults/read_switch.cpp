@@ -5,14 +5,14 @@
 
 #include <atomic>
 #include <cerrno>
-#include <climits>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
+
+#include "tests/support/path_of_file.hpp"
 
 namespace {
 
@@ -31,14 +31,9 @@ const Plan& plan() {
 
 bool isCounted(int file) {
   if (plan().folder == nullptr) return false;
-  char link[32];
-  char path[PATH_MAX];
-  std::snprintf(link, sizeof link, "/proc/self/fd/%d", file);
-  const auto size = ::readlink(link, path, sizeof path - 1);
-  if (size <= 0) return false;
-  path[size] = '\0';
+  const ox::support::PathOfFile path(file);
   const auto length = std::strlen(plan().folder);
-  return std::strncmp(path, plan().folder, length) == 0 && path[length] == '/';
+  return std::strncmp(path.text(), plan().folder, length) == 0 && path.text()[length] == '/';
 }
 
 bool fails(int file) {

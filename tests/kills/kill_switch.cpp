@@ -6,15 +6,15 @@
 
 #include <atomic>
 #include <cerrno>
-#include <climits>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
+
+#include "tests/support/path_of_file.hpp"
 
 namespace {
 
@@ -43,13 +43,7 @@ bool isBelow(const char* path) {
 
 bool isCounted(int file) {
   if (plan().folder == nullptr) return false;
-  char link[32];
-  char path[PATH_MAX];
-  std::snprintf(link, sizeof link, "/proc/self/fd/%d", file);
-  const auto size = ::readlink(link, path, sizeof path - 1);
-  if (size <= 0) return false;
-  path[size] = '\0';
-  return isBelow(path);
+  return isBelow(ox::support::PathOfFile(file).text());
 }
 
 bool isCounted(const char* path) {

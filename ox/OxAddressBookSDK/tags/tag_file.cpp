@@ -212,26 +212,24 @@ std::vector<std::string> TagFile::managersOf(std::string_view person) {
   return result;
 }
 
-std::int64_t TagFile::lastFollowed(std::string_view store) {
+std::optional<TagFile::Followed> TagFile::followedAct(std::string_view store) {
   const sqlite::StatementScope scope(followed_);
   followed_.bindBlob(1, store);
-  if (!followed_.step()) return 0;
+  if (!followed_.step()) return std::nullopt;
   requireSound(followed_, 2);
-  return followed_.integer(0);
+  return Followed{followed_.integer(0), std::string(followed_.blob(1))};
+}
+
+std::int64_t TagFile::lastFollowed(std::string_view store) {
+  const auto act = followedAct(store);
+  return act ? act->number : 0;
 }
 
 std::int64_t TagFile::followed(std::string_view store, const std::vector<TagAct>& acts,
                                const LastAct& lastAct) {
-  std::int64_t number = 0;
-  std::string name;
-  {
-    const sqlite::StatementScope scope(followed_);
-    followed_.bindBlob(1, store);
-    if (!followed_.step()) return 0;
-    requireSound(followed_, 2);
-    number = followed_.integer(0);
-    name = followed_.blob(1);
-  }
+  const auto act = followedAct(store);
+  if (!act) return 0;
+  const auto& [number, name] = *act;
   const auto same = std::ranges::find(acts, number, &TagAct::number);
   if (same != acts.end() && same->name != name) return 0;
   // Behind all of the acts: others have gone ahead, or the store has gone back. It is asked only

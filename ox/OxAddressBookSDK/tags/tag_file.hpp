@@ -60,6 +60,12 @@ class TagFile {
   template <typename Tag>
   void append(std::string_view manager, std::string_view person, std::span<Tag> tags);
   void merge(const TagChange& change);
+  struct Followed {
+    std::int64_t number = 0;
+    std::string name;
+  };
+  // The last act of the store that the tags have followed, as it stands in the file.
+  std::optional<Followed> followedAct(std::string_view store);
   // The number of the last act of the store that the tags have followed; 0 when they have followed
   // none, or the store has gone back behind it.
   std::int64_t followed(std::string_view store, const std::vector<TagAct>& acts,

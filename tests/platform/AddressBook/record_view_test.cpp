@@ -1,3 +1,5 @@
+#include "tests/platform/AddressBook/record_view.hpp"
+
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -16,15 +18,9 @@
 namespace ox {
 namespace {
 
+using record_view::book;
+using record_view::personNamed;
 using support::StoreBuilder;
-
-std::shared_ptr<ABAddressBook> book() {
-  return ABAddressBook::sharedAddressBook();
-}
-
-std::shared_ptr<ABPerson> personNamed(const std::string& id) {
-  return std::dynamic_pointer_cast<ABPerson>(book()->recordForUniqueId(id));
-}
 
 Text textOf(const ABRecord& record, TextView property) {
   const auto value = record.valueForProperty(property);

@@ -207,14 +207,19 @@ TEST_F(ActOfASlowWriter, GivesALostRowOfValuesBackWithTheReplacement) {
   EXPECT_EQ(*others_->imageData(RecordKey::of("ann")), "picture");
 }
 
+// Calls Ann by the name that she has.
+RecordEdit whatIsSo() {
+  RecordEdit edit;
+  edit.key = RecordKey::of("ann");
+  edit.values.push_back({property_id::kFirst, Object("Ann"), Object("Anna")});
+  return edit;
+}
+
 TEST_F(ActOfASlowWriter, IsOfNothingWhereWhatItWantsIsSoAlready) {
   ReplacedRecord replaced{RecordKey::of("ben"), {}, nullptr};
   replaced.properties.set(property_id::kFirst, Object("Ben"));
   const auto act = slow_.decide([&](ActBuilder& builder) {
-    RecordEdit edit;
-    edit.key = RecordKey::of("ann");
-    edit.values.push_back({property_id::kFirst, Object("Ann"), Object("Anna")});
-    EXPECT_EQ(builder.applyEdit(edit), "");
+    EXPECT_EQ(builder.applyEdit(whatIsSo()), "");
     builder.replaceRecord(replaced);
   });
   EXPECT_TRUE(act.empty());
@@ -223,10 +228,7 @@ TEST_F(ActOfASlowWriter, IsOfNothingWhereWhatItWantsIsSoAlready) {
 TEST_F(ActOfASlowWriter, OfValuesThatAreSoIsOutdatedOnceTheyAreNot) {
   const auto cid = personNamed("cid", "Cid");
   const auto act = slow_.decide([&](ActBuilder& builder) {
-    RecordEdit edit;
-    edit.key = RecordKey::of("ann");
-    edit.values.push_back({property_id::kFirst, Object("Ann"), Object("Anna")});
-    EXPECT_EQ(builder.applyEdit(edit), "");
+    EXPECT_EQ(builder.applyEdit(whatIsSo()), "");
     builder.addRecord(cid);
   });
   othersEdit("ann");

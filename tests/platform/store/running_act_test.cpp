@@ -1,16 +1,14 @@
 #include "ox/platform/store/running_act.hpp"
 
 #include <chrono>
-#include <future>
 #include <gtest/gtest.h>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "ox/base/failures.hpp"
-#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
 #include "ox/platform/store/contact_source.hpp"
+#include "tests/platform/AddressBook/record_view.hpp"
 #include "tests/support/second_process.hpp"
 #include "tests/support/statement_count.hpp"
 #include "tests/support/store_builder.hpp"
@@ -18,52 +16,8 @@
 namespace ox {
 namespace {
 
+using namespace record_view;
 using support::StoreBuilder;
-
-std::shared_ptr<ABAddressBook> book() {
-  return ABAddressBook::sharedAddressBook();
-}
-
-std::shared_ptr<ABPerson> personNamed(const std::string& id) {
-  return std::dynamic_pointer_cast<ABPerson>(book()->recordForUniqueId(id));
-}
-
-std::shared_ptr<ABGroup> groupNamed(const std::string& id) {
-  return std::dynamic_pointer_cast<ABGroup>(book()->recordForUniqueId(id));
-}
-
-std::string firstName(const ABRecord& record) {
-  const auto value = record.valueForProperty(kABFirstNameProperty);
-  const auto* object = std::get_if<Object>(&value);
-  return object != nullptr ? object->toText().value_or("-") : "-";
-}
-
-bool setFirst(const std::string& id, const std::string& name) {
-  return personNamed(id)->setValue_forProperty(Object(name), kABFirstNameProperty);
-}
-
-// Everything that the record view holds: "Ann Ben [Friends: Ann]".
-std::string visible() {
-  std::string text;
-  for (const auto& person : book()->people()) text += firstName(*person) + ' ';
-  for (const auto& group : book()->groups()) {
-    text += '[' + *group->uniqueId() + ':';
-    for (const auto& member : group->members()) text += ' ' + firstName(*member);
-    for (const auto& below : group->subgroups()) text += " [" + *below->uniqueId() + ']';
-    text += "] ";
-  }
-  return text;
-}
-
-const support::SecondProcess tells("tells", [](const auto&) {
-  std::printf("%s", visible().c_str());
-  return 0;
-});
-
-// The same as another process sees it.
-std::string elsewhere() {
-  return tells.run().output;
-}
 
 const support::SecondProcess removesAnn("removesAnn", [](const auto&) {
   return book()->removeRecord(personNamed("ann")) && book()->save() ? 0 : 1;
@@ -74,11 +28,6 @@ const support::SecondProcess removesTheAccount("removesTheAccount", [](const aut
   request.removedContainers.push_back({"A:ABAccount", true});
   return contactSource().execute(request) ? 0 : 1;
 });
-
-template <typename Work>
-void onAnotherThread(Work work) {
-  std::thread(work).join();
-}
 
 TEST(RunningAct, CreatesForThisProcessAloneUntilTheSave) {
   StoreBuilder().container("A:ABAccount", "A", 3).person("ann", {.first = "Ann"}).group("g", "G");
@@ -137,33 +86,6 @@ TEST(RunningAct, ThatIsNotSavedLeavesNothingOfItsOwnAndEverythingElse) {
   EXPECT_EQ(elsewhere(), before);
 }
 
-TEST(RunningAct, IsNotWrittenByASaveOnAnotherThreadAndWritesWhatIsNobodys) {
-  StoreBuilder().persons("p", 3).group("g", "G").member("g", "p0");
-  setFirst("p2", "nobody's");
-  const RunningAct act;
-  StoreBuilder().person("new", {.first = "New"});
-  setFirst("p0", "the act's");
-  groupNamed("g")->addMember(personNamed("new"));
-  groupNamed("g")->removeMember(personNamed("p0"));
-  book()->removeRecord(personNamed("p1"));
-  const auto expected = visible();
-  EXPECT_EQ(expected, "the act's nobody's New [g: New] ");
-  onAnotherThread([] {
-    setFirst("p2", "of another thread");
-    EXPECT_TRUE(book()->save());
-    EXPECT_FALSE(book()->hasUnsavedChanges());
-  });
-  EXPECT_EQ(elsewhere(), "p0 p1 of another thread [g: p0] ");
-  setFirst("p2", "nobody's");
-  onAnotherThread([] {
-    setFirst("p2", "nobody's own");
-    book()->revert();
-  });
-  EXPECT_EQ(visible(), expected) << "another thread's revert takes back nothing of the act";
-  EXPECT_TRUE(book()->save());
-  EXPECT_EQ(elsewhere(), expected);
-}
-
 TEST(RunningAct, RevertsItsOwnAndNobodysOnItsThread) {
   StoreBuilder().persons("p", 2);
   setFirst("p1", "nobody's");
@@ -172,194 +94,6 @@ TEST(RunningAct, RevertsItsOwnAndNobodysOnItsThread) {
   setFirst("p0", "the act's");
   book()->revert();
   EXPECT_EQ(visible(), "p0 p1 ");
-  EXPECT_FALSE(book()->hasUnsavedChanges());
-}
-
-TEST(RunningAct, KeepsWhatAnotherThreadChangesOfItsNewRecords) {
-  StoreBuilder().persons("p", 1).group("g", "G");
-  {
-    const RunningAct act;
-    StoreBuilder().person("new", {.first = "New"}).person("gone", {.first = "Gone"});
-    onAnotherThread([] {
-      setFirst("new", "Changed");
-      groupNamed("g")->addMember(personNamed("new"));
-      book()->removeRecord(personNamed("gone"));
-      EXPECT_TRUE(book()->save());
-    });
-    EXPECT_EQ(elsewhere(), "p0 [g:] ");
-    EXPECT_TRUE(book()->save());
-  }
-  EXPECT_EQ(elsewhere(), "p0 Changed [g: Changed] ");
-}
-
-// Two threads' acts change the same things: each is written with its own act.
-TEST(RunningAct, OfTwoThreadsKeepEachItsOwnChangeOfOneValue) {
-  StoreBuilder().persons("p", 2).group("g", "G").member("g", "p1");
-  {
-    const RunningAct act;
-    setFirst("p0", "first");
-    groupNamed("g")->addMember(personNamed("p0"));
-    personNamed("p0")->setImageData(makeData("first"));
-    onAnotherThread([] {
-      const RunningAct other;
-      setFirst("p0", "second");
-      groupNamed("g")->removeMember(personNamed("p0"));
-      personNamed("p0")->setImageData(makeData("second"));
-      EXPECT_EQ(visible(), "second p1 [g: p1] ");
-      EXPECT_EQ(*personNamed("p0")->imageData(), "second");
-    });
-    EXPECT_EQ(visible(), "first p1 [g: p1 first] ") << "the second was not saved";
-    EXPECT_EQ(*personNamed("p0")->imageData(), "first");
-    onAnotherThread([] {
-      const RunningAct other;
-      setFirst("p0", "p0");
-      EXPECT_EQ(visible(), "p0 p1 [g: p1 p0] ");
-      groupNamed("g")->removeMember(personNamed("p0"));
-      EXPECT_TRUE(book()->save());
-    });
-    EXPECT_EQ(elsewhere(), "p0 p1 [g: p1] ");
-    EXPECT_TRUE(book()->save());
-  }
-  EXPECT_EQ(elsewhere(), "first p1 [g: p1 first] ");
-}
-
-// Two threads' acts link and unlink the same: what the one takes back the other one still writes.
-TEST(RunningAct, OfTwoThreadsKeepEachItsOwnLink) {
-  StoreBuilder().persons("p", 2).group("g", "G").member("g", "p1");
-  {
-    const RunningAct act;
-    groupNamed("g")->addMember(personNamed("p0"));
-    groupNamed("g")->removeMember(personNamed("p1"));
-    onAnotherThread([] {
-      const RunningAct other;
-      EXPECT_TRUE(groupNamed("g")->addMember(personNamed("p0")));
-      EXPECT_FALSE(groupNamed("g")->addMember(personNamed("p0"))) << "it is there by now";
-      EXPECT_TRUE(groupNamed("g")->removeMember(personNamed("p1")));
-      EXPECT_FALSE(groupNamed("g")->removeMember(personNamed("p1"))) << "it is gone by now";
-      EXPECT_EQ(visible(), "p0 p1 [g: p0] ");
-      EXPECT_TRUE(book()->save());
-    });
-    EXPECT_EQ(elsewhere(), "p0 p1 [g: p0] ");
-  }
-  EXPECT_EQ(visible(), "p0 p1 [g: p0] ");
-  EXPECT_EQ(elsewhere(), "p0 p1 [g: p0] ");
-}
-
-TEST(RunningAct, TakesBackItsOwnLinkAloneWhereAnotherThreadWantsTheSame) {
-  StoreBuilder().persons("p", 2).group("g", "G").member("g", "p1");
-  {
-    const RunningAct act;
-    groupNamed("g")->addMember(personNamed("p0"));
-    groupNamed("g")->removeMember(personNamed("p1"));
-    onAnotherThread([] {
-      const RunningAct other;
-      groupNamed("g")->addMember(personNamed("p0"));
-      groupNamed("g")->removeMember(personNamed("p1"));
-      groupNamed("g")->removeMember(personNamed("p0"));
-      EXPECT_EQ(visible(), "p0 p1 [g:] ");
-      SaveRequest refused;
-      refused.links = {{RecordKey::of("g"), RecordKey::of("p0")},
-                       {RecordKey::of("g"), RecordKey::of("gone")}};
-      EXPECT_FALSE(contactSource().execute(refused));
-      EXPECT_EQ(visible(), "p0 p1 [g:] ");
-    });
-    onAnotherThread([] {
-      const RunningAct other;
-      SaveRequest refused;
-      refused.links = {{RecordKey::of("g"), RecordKey::of("p0")},
-                       {RecordKey::of("g"), RecordKey::of("gone")}};
-      EXPECT_FALSE(contactSource().execute(refused));
-      EXPECT_EQ(visible(), "p0 p1 [g: p0] ");
-    });
-    EXPECT_EQ(visible(), "p0 p1 [g: p0] ");
-    EXPECT_TRUE(book()->save());
-  }
-  EXPECT_EQ(elsewhere(), "p0 p1 [g: p0] ");
-}
-
-TEST(RunningAct, CreatesALinkThatAnotherThreadMayTakeBack) {
-  StoreBuilder().persons("p", 1).group("g", "G");
-  {
-    const RunningAct act;
-    groupNamed("g")->addMember(personNamed("p0"));
-    onAnotherThread([] {
-      const RunningAct other;
-      SaveRequest request;
-      request.links = {{RecordKey::of("g"), RecordKey::of("p0")}};
-      EXPECT_TRUE(contactSource().execute(request));
-      EXPECT_TRUE(book()->save());
-    });
-  }
-  EXPECT_EQ(elsewhere(), "p0 [g: p0] ");
-}
-
-TEST(RunningAct, ThatIsTakenBackRemovesNothingThatAnotherThreadCreates) {
-  StoreBuilder().group("g", "G");
-  {
-    const RunningAct act;
-    StoreBuilder().person("new", {.first = "New"}).member("g", "new");
-    onAnotherThread([] {
-      const RunningAct other;
-      book()->removeRecord(personNamed("new"));
-      EXPECT_EQ(visible(), "[g:] ");
-    });
-    EXPECT_EQ(visible(), "New [g: New] ");
-    EXPECT_TRUE(book()->save());
-  }
-  EXPECT_EQ(elsewhere(), "New [g: New] ");
-}
-
-TEST(RunningAct, ThatIsSavedRemovesWhatAnotherThreadIsStillToSave) {
-  StoreBuilder().group("g", "G");
-  {
-    const RunningAct act;
-    StoreBuilder().person("new", {.first = "New"}).member("g", "new");
-    onAnotherThread([] {
-      const RunningAct other;
-      book()->removeRecord(personNamed("new"));
-      EXPECT_TRUE(book()->save());
-    });
-    EXPECT_EQ(visible(), "[g:] ");
-    EXPECT_TRUE(book()->save());
-  }
-  EXPECT_EQ(elsewhere(), "[g:] ");
-  EXPECT_FALSE(book()->hasUnsavedChanges());
-}
-
-TEST(RunningAct, RemovesWhatAnotherThreadHasSavedMeanwhile) {
-  StoreBuilder().group("g", "G");
-  std::promise<void> created;
-  std::promise<void> removed;
-  std::promise<void> saved;
-  std::thread creator([&] {
-    const RunningAct act;
-    StoreBuilder().person("new", {.first = "New"}).person("other", {.first = "Other"});
-    StoreBuilder().members("g", {"new", "other"});
-    created.set_value();
-    removed.get_future().wait();
-    EXPECT_TRUE(book()->save());
-    saved.set_value();
-  });
-  created.get_future().wait();
-  {
-    const RunningAct act;
-    book()->removeRecord(personNamed("new"));
-    removed.set_value();
-    saved.get_future().wait();
-    EXPECT_EQ(elsewhere(), "New Other [g: New Other] ");
-    EXPECT_EQ(visible(), "Other [g: Other] ");
-    EXPECT_TRUE(book()->save());
-  }
-  creator.join();
-  EXPECT_EQ(elsewhere(), "Other [g: Other] ");
-}
-
-TEST(RunningAct, ThatIsTakenBackLeavesNobodyARemovalOfItsRecords) {
-  {
-    const RunningAct act;
-    StoreBuilder().person("new", {.first = "New"});
-    onAnotherThread([] { book()->removeRecord(personNamed("new")); });
-  }
   EXPECT_FALSE(book()->hasUnsavedChanges());
 }
 
@@ -480,37 +214,6 @@ TEST(RunningAct, WhoseAccountIsRemovedElsewhereIsNotSavedAtAll) {
   }
   EXPECT_EQ(visible(), "Ann ");
   EXPECT_EQ(elsewhere(), "Ann ");
-}
-
-// Each thread's acts are there whole, or not at all, whatever the others save and take back.
-TEST(RunningAct, OfManyThreadsAtOnceAreEachWhole) {
-  constexpr int kThreads = 4;
-  constexpr int kActs = 20;
-  StoreBuilder().group("all", "All");
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([t] {
-      for (int i = 0; i < kActs; ++i) {
-        const auto name = std::to_string(t) + '-' + std::to_string(i);
-        const RunningAct act;
-        StoreBuilder().person(name).group("g" + name, name).member("g" + name, name);
-        setFirst(name, name);
-        groupNamed("all")->addMember(personNamed(name));
-        EXPECT_TRUE(i % 2 == 0 ? book()->save() : true);
-        book()->people();
-      }
-    });
-  }
-  for (auto& thread : threads) thread.join();
-  EXPECT_FALSE(book()->hasUnsavedChanges());
-  const auto seen = elsewhere();
-  EXPECT_EQ(seen, visible());
-  EXPECT_EQ(book()->people().size(), kThreads * kActs / 2U);
-  EXPECT_EQ(groupNamed("all")->members().size(), kThreads * kActs / 2U);
-  for (const auto& person : book()->people()) {
-    EXPECT_EQ(firstName(*person), *person->uniqueId());
-    EXPECT_EQ(person->parentGroups().size(), 2U) << *person->uniqueId();
-  }
 }
 
 TEST(RunningAct, LinksOfARecordThatIsRemovedElsewhereAreDroppedAndNamed) {
