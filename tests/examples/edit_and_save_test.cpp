@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
-#include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/records/property_keys.hpp"
+#include "tests/support/log_without_room.hpp"
 #include "tests/support/second_process.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
@@ -63,16 +63,12 @@ TEST(EditAndSave, GivesAFirstNumberToWhoHasNone) {
 
 TEST(EditAndSave, SaysWhatFailedAndKeepsTheEarlierBackup) {
   buildAnn();
-  {
-    sqlite::Connection file(storePath(), sqlite::Connection::Mode::ReadWrite);
-    file.execute(
-        "CREATE TRIGGER full BEFORE UPDATE ON content BEGIN SELECT raise(ABORT, "
-        "'disk is full'); END");
-  }
   const auto backup = support::temporaryFile("book", "an earlier one");
-  const auto result = runExample("Ann", backup.string());
+  const support::LogWithoutRoom full(storePath());
+  const auto result = support::runProcess(
+      support::LogWithoutRoom::limited({OX_EDIT_AND_SAVE, "Ann", "+1 556", backup.string()}));
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_TRUE(result.errors.ends_with("\nfailed: " + storePath() + ": disk is full (" +
+  EXPECT_TRUE(result.errors.ends_with("\nfailed: " + storePath() + ": disk I/O error (" +
                                       storePath() + ")\n"))
       << result.errors;
   EXPECT_EQ(support::fileBytes(backup), "an earlier one");

@@ -1,26 +1,26 @@
-#include <functional>
 #include <gtest/gtest.h>
 
 #include "ox/base/sqlite/connection.hpp"
 #include "tests/oxcontacts/program.hpp"
+#include "tests/support/log_without_room.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox::program_tests {
 namespace {
 
-// The store of this test refuses something from now on, as a full disk would.
-void refuse(const std::string& event) {
-  sqlite::Connection store(support::StoreEnvironment::instance().contactStore().string(),
-                           sqlite::Connection::Mode::ReadWrite);
-  store.execute(("CREATE TRIGGER IF NOT EXISTS refusal" +
-                 std::to_string(std::hash<std::string>()(event)) + " BEFORE " + event +
-                 " BEGIN SELECT RAISE(ABORT, 'no room'); END")
-                    .c_str());
+using support::LogWithoutRoom;
+
+std::string storePath() {
+  return support::StoreEnvironment::instance().contactStore().string();
 }
 
-void refuseValues() {
-  refuse("UPDATE ON content");
-  refuse("INSERT ON content");
+std::string tagPath() {
+  return support::StoreEnvironment::instance().tagStore().string();
+}
+
+// Runs the program with no room in the logs that a LogWithoutRoom has filled.
+ProcessResult runLimited(const std::vector<std::string>& arguments) {
+  return support::runProcess(LogWithoutRoom::limited(programCommand(arguments)));
 }
 
 std::string namesNow() {
@@ -32,8 +32,8 @@ std::string namesNow() {
 TEST(FailedSave, OfARemovalKeepsTheTags) {
   run({"add-person", "_local", "name=Ann"});
   run({"tag", "Ann", "--add", "sailing"});
-  refuse("DELETE ON record");
-  const auto result = run({"remove-person", "Ann", "--json"});
+  const LogWithoutRoom full(storePath());
+  const auto result = runLimited({"remove-person", "Ann", "--json"});
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.output, "");
   EXPECT_NE(result.errors.find("nothing was saved: "), std::string::npos) << result.errors;
@@ -45,7 +45,7 @@ TEST(FailedSave, LeavesNoPersonOrGroupBehind) {
   run({"add-person", "_local", "name=Ann"});
   run({"tag", "Ann", "--add", "sailing"});
   run({"add-group", "_local", "Friends"});
-  refuseValues();
+  const LogWithoutRoom full(storePath());
   const std::vector<std::vector<std::string>> commands = {
       {"add-person", "_local", "name=Ben"},
       {"copy", "Ann", "Ann", "--to", "iCloud"},
@@ -56,24 +56,22 @@ TEST(FailedSave, LeavesNoPersonOrGroupBehind) {
       {"rename-group", "Friends", "Family"},
   };
   for (const auto& command : commands) {
-    const auto result = run(command);
+    const auto result = runLimited(command);
     EXPECT_EQ(result.exitCode, 1) << Json(command);
     EXPECT_NE(result.errors.find("nothing was saved: "), std::string::npos) << result.errors;
-    EXPECT_NE(result.errors.find("no room"), std::string::npos) << result.errors;
+    EXPECT_NE(result.errors.find("disk I/O error"), std::string::npos) << result.errors;
     EXPECT_EQ(namesNow(), "\"Ann\" ") << Json(command);
     EXPECT_EQ(runJson({"groups"}).size(), 1U) << Json(command);
   }
   EXPECT_EQ(runJson({"groups"})[0]["displayName"], "Friends");
-  sqlite::Connection tags(support::StoreEnvironment::instance().tagStore().string(),
-                          sqlite::Connection::Mode::ReadOnly);
+  sqlite::Connection tags(tagPath(), sqlite::Connection::Mode::ReadOnly);
   EXPECT_EQ(tags.queryInteger("SELECT count(DISTINCT person) FROM tag"), 1);
 }
 
 TEST(FailedSave, LeavesNothingThatWouldHaveToBeRemovedAgain) {
   run({"accounts"});
-  refuseValues();
-  refuse("DELETE ON record");
-  const auto result = run({"add-person", "_local", "name=Ann"});
+  const LogWithoutRoom full(storePath());
+  const auto result = runLimited({"add-person", "_local", "name=Ann"});
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.output, "");
   EXPECT_NE(result.errors.find("nothing was saved: "), std::string::npos) << result.errors;
@@ -84,9 +82,7 @@ TEST(FailedSave, PrintsNothing) {
   run({"add-person", "_local", "name=Ann"});
   run({"add-group", "_local", "Friends"});
   run({"group-add", "Friends", "Ann"});
-  refuseValues();
-  refuse("DELETE ON record");
-  refuse("DELETE ON link");
+  const LogWithoutRoom full(storePath());
   const std::vector<std::vector<std::string>> commands = {
       {"remove-group", "Friends"},        {"rename-group", "Friends", "Family"},
       {"group-remove", "Friends", "Ann"}, {"remove-person", "Ann"},
@@ -94,7 +90,7 @@ TEST(FailedSave, PrintsNothing) {
   };
   for (auto command : commands) {
     command.insert(command.begin(), "--json");
-    const auto result = run(command);
+    const auto result = runLimited(command);
     EXPECT_EQ(result.exitCode, 1) << Json(command);
     EXPECT_EQ(result.output, "") << Json(command);
   }
@@ -106,8 +102,7 @@ TEST(FailedCopy, MakesNoPersonOfARecordThatCannotBeRead) {
   run({"add-person", "_local", "name=Ann"});
   run({"add-person", "_local", "name=Ben"});
   const auto ids = personIds();
-  sqlite::Connection store(support::StoreEnvironment::instance().contactStore().string(),
-                           sqlite::Connection::Mode::ReadWrite);
+  sqlite::Connection store(storePath(), sqlite::Connection::Mode::ReadWrite);
   store.execute("UPDATE content SET properties = x'00' WHERE record = 2");
   const auto result = run({"copy", ids.at("Ann"), ids.at("Ben"), "--to", "iCloud"});
   EXPECT_EQ(result.exitCode, 1);
@@ -119,25 +114,24 @@ TEST(FailedCopy, MakesNoPersonOfARecordThatCannotBeRead) {
 TEST(FailedTag, IsMadeByTheNextCommandThatCan) {
   run({"add-person", "_local", "name=Ann"});
   run({"tag", "Ann", "--add", "a", "--add", "b"});
-  sqlite::Connection tags(support::StoreEnvironment::instance().tagStore().string(),
-                          sqlite::Connection::Mode::ReadWrite);
-  tags.execute(
-      "CREATE TRIGGER refusal BEFORE INSERT ON tag BEGIN SELECT RAISE(ABORT, 'no room'); END");
-  const auto failed = run({"tag", "Ann", "--remove", "a", "--add", "c"});
-  EXPECT_EQ(failed.exitCode, 1);
-  EXPECT_NE(failed.errors.find("the contacts are saved, but not all of the tags: tags: no room"),
-            std::string::npos)
-      << failed.errors;
-  EXPECT_EQ(run({"tag", "Ann"}).output, "a\nb\n");
-  tags.execute("DROP TRIGGER refusal");
+  {
+    const LogWithoutRoom full(tagPath());
+    const auto failed = runLimited({"tag", "Ann", "--remove", "a", "--add", "c"});
+    EXPECT_EQ(failed.exitCode, 1);
+    EXPECT_NE(
+        failed.errors.find("the contacts are saved, but not all of the tags: tags: disk I/O error"),
+        std::string::npos)
+        << failed.errors;
+    EXPECT_EQ(runLimited({"tag", "Ann"}).output, "a\nb\n");
+  }
   EXPECT_EQ(run({"tag", "Ann"}).output, "b\nc\n");
 }
 
 TEST(FailedTag, IsNoneWhereTheStoreRefusesIt) {
   run({"add-person", "_local", "name=Ann"});
   run({"tag", "Ann", "--add", "a"});
-  refuse("INSERT ON act");
-  const auto failed = run({"tag", "Ann", "--remove", "a", "--add", "c"});
+  const LogWithoutRoom full(storePath());
+  const auto failed = runLimited({"tag", "Ann", "--remove", "a", "--add", "c"});
   EXPECT_EQ(failed.exitCode, 1);
   EXPECT_NE(failed.errors.find("nothing was saved: "), std::string::npos) << failed.errors;
   EXPECT_EQ(run({"tag", "Ann"}).output, "a\n");
@@ -146,8 +140,7 @@ TEST(FailedTag, IsNoneWhereTheStoreRefusesIt) {
 TEST(RefusedAssignment, LeavesTheOthersUndone) {
   // A value of another type than the store knows the property by is refused by the store alone.
   run({"accounts"});
-  sqlite::Connection(support::StoreEnvironment::instance().contactStore().string(),
-                     sqlite::Connection::Mode::ReadWrite)
+  sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadWrite)
       .execute("INSERT INTO custom_property VALUES('OxMacOtherProperty', 1)");
   const auto refused = run({"add-person", "_local", "name=Ann", "other=x"});
   EXPECT_EQ(refused.exitCode, 1) << refused.errors;

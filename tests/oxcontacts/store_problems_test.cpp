@@ -14,9 +14,8 @@ using support::fileBytes;
 using support::temporaryFile;
 using support::temporaryPath;
 
-std::string storeWith(const char* statement) {
-  auto path = temporaryPath("prepared.db").string();
-  std::filesystem::remove(path);
+std::string storeWith(const char* name, const char* statement) {
+  auto path = temporaryPath(name).string();
   run({"--store", path, "accounts"});
   sqlite::Connection(path, sqlite::Connection::Mode::ReadWrite).execute(statement);
   return path;
@@ -39,8 +38,12 @@ TEST(StoreProblems, AreNamedWithFileAndReasonByEveryCommand) {
       {temporaryPath("folder"), "directory"},
       {temporaryFile("text.db", std::string(5000, 'x')), "not a contact store"},
       {foreignDatabase(), "another program"},
-      {storeWith("PRAGMA user_version=99"), "newer version"},
+      {storeWith("newer.db", "PRAGMA user_version=99"), "newer version"},
       {temporaryFile("file", "") / "below.db", "Not a directory"},
+      {storeWith("foreign trigger.db",
+                 "CREATE TRIGGER full BEFORE INSERT ON act "
+                 "BEGIN SELECT raise(ABORT, 'no room'); END"),
+       "the trigger \"full\" does not belong there"},
   };
   const auto cards = temporaryFile("one.vcf", card({"N:;Ann;;;", "FN:Ann"})).string();
   const std::vector<std::vector<std::string>> commands = {

@@ -35,10 +35,10 @@ TEST(FailedSave, LeavesNoValueBehindThatWasNeverStored) {
   };
   // The last of these fails; it reads ahead from p3 and so meets p12 as the save has written it.
   for (const std::size_t i : {12U, 2U, 3U}) ASSERT_TRUE(rename(i, "new"));
+  ASSERT_EQ(addsAPerson.run().exitCode, 0);  // so that the save starts with an empty cache
   runSql(
       "CREATE TRIGGER full BEFORE UPDATE ON content WHEN old.record = "
       "(SELECT id FROM record WHERE uid = 'p3') BEGIN SELECT raise(ABORT, 'disk is full'); END");
-  ASSERT_EQ(addsAPerson.run().exitCode, 0);  // so that the save starts with an empty cache
   ASSERT_FALSE(book->save());
   book->revert();
   EXPECT_EQ(first(12), "p12");

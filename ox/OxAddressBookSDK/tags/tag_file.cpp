@@ -10,6 +10,7 @@
 #include <thread>
 #include <utility>
 
+#include "ox/base/sqlite/database_form.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/base/sqlite/row_sum.hpp"
 #include "ox/records/merge.hpp"
@@ -44,6 +45,25 @@ constexpr const char* kTables = R"(
   PRAGMA user_version = 3;
 )";
 
+// The tables of the versions before.
+constexpr std::string_view kTablesOfVersion1 = R"(
+  CREATE TABLE tag (
+    manager TEXT NOT NULL,
+    person TEXT NOT NULL,
+    tag TEXT NOT NULL,
+    position INTEGER NOT NULL,
+    PRIMARY KEY (manager, person, tag)
+  ) WITHOUT ROWID;
+)";
+constexpr std::string_view kAddedByVersion2 = R"(
+  CREATE TABLE followed (
+    store BLOB PRIMARY KEY,
+    number INTEGER NOT NULL,
+    act BLOB NOT NULL
+  ) WITHOUT ROWID;
+  CREATE INDEX tag_person ON tag (person);
+)";
+
 // Version 1 followed no store and had no way to the tags of a person whatever the manager; the rows
 // of version 2 carried no checksum.
 constexpr const char* kPutAside = R"(
@@ -76,23 +96,19 @@ constexpr std::string_view kFollowed = "SELECT number, act, sound FROM followed 
 constexpr std::string_view kSetFollowed =
     "INSERT OR REPLACE INTO followed (store, number, act) VALUES (?1, ?2, ?3)";
 
-bool isEmptyDatabase(sqlite::Connection& connection) {
-  return connection.queryInteger("PRAGMA application_id") == 0 &&
-         connection.queryInteger("PRAGMA user_version") == 0 &&
-         connection.queryInteger("SELECT count(*) FROM sqlite_schema") == 0;
+sqlite::Schema schemaOfVersion(std::int64_t version) {
+  if (version == kSchemaVersion) return sqlite::schemaMadeBy(sqlite::withRowSums(kTables));
+  std::string tables(kTablesOfVersion1);
+  if (version == 2) tables.append(kAddedByVersion2);
+  return sqlite::schemaMadeBy(tables);
 }
 
-void requireOurs(sqlite::Connection& connection, const std::string& path) {
-  if (connection.queryInteger("PRAGMA application_id") != kApplicationId) {
-    throw FailureError(FailureKind::NotAStore, path + ": not a tag file", path);
-  }
-  const auto version = connection.queryInteger("PRAGMA user_version");
-  if (version < 1 || version > kSchemaVersion) {
-    throw FailureError(version > kSchemaVersion ? FailureKind::NewerSchema : FailureKind::NotAStore,
-                       path + ": a tag file of version " + std::to_string(version) +
-                           ", this program knows " + std::to_string(kSchemaVersion),
-                       path);
-  }
+[[noreturn]] void fail(FailureKind kind, const std::string& path, const std::string& reason) {
+  throw FailureError(kind, path + ": " + reason, path);
+}
+
+bool isEmptyDatabase(sqlite::Connection& connection) {
+  return sqlite::formOf(connection).isEmpty();
 }
 
 void createSchema(sqlite::Connection& connection) {
@@ -107,8 +123,9 @@ bool isOfThisVersion(sqlite::Connection& connection) {
   return connection.queryInteger("PRAGMA user_version") == kSchemaVersion;
 }
 
-void migrate(sqlite::Connection& connection) {
+void migrate(sqlite::Connection& connection, const std::string& path) {
   sqlite::Transaction transaction(connection);
+  requireTagFile(connection, path);
   if (isOfThisVersion(connection)) return;  // another process was first
   connection.execute(kPutAside);
   connection.execute(sqlite::withRowSums(kTables).c_str());
@@ -120,8 +137,8 @@ sqlite::Connection openOnce(const std::string& path) {
   sqlite::Connection connection(path, sqlite::Connection::Mode::ReadWrite);
   connection.setBusyTimeout(static_cast<int>(kBusyTimeout.count()));
   if (isEmptyDatabase(connection)) createSchema(connection);
-  requireOurs(connection, path);
-  if (!isOfThisVersion(connection)) migrate(connection);
+  requireTagFile(connection, path);
+  if (!isOfThisVersion(connection)) migrate(connection, path);
   connection.execute("PRAGMA synchronous = NORMAL");
   return connection;
 }
@@ -145,6 +162,22 @@ sqlite::Connection openWithRetries(const std::string& path) {
 }
 
 }  // namespace
+
+void requireTagFile(sqlite::Connection& connection, const std::string& path) {
+  const auto form = sqlite::formOf(connection);
+  const auto version = form.version;
+  if (form.applicationId != kApplicationId) fail(FailureKind::NotAStore, path, "not a tag file");
+  if (version < 1 || version > kSchemaVersion) {
+    fail(version > kSchemaVersion ? FailureKind::NewerSchema : FailureKind::NotAStore, path,
+         "a tag file of version " + std::to_string(version) + ", this program knows " +
+             std::to_string(kSchemaVersion));
+  }
+  for (const auto& difference : differencesOf(form.schema, schemaOfVersion(version))) {
+    if (difference.isMissingIndex() && version < kSchemaVersion) continue;
+    connection.keepLog();  // a file that is refused is left as it is
+    fail(FailureKind::Corrupt, path, sentenceOf(difference));
+  }
+}
 
 TagFile::TagFile(const std::string& path) : TagFile(openWithRetries(path)) {}
 

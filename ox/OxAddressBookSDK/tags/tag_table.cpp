@@ -14,6 +14,7 @@ constexpr int kBusyMilliseconds = 10'000;
 sqlite::Connection opened(const std::string& path) {
   sqlite::Connection file(path, sqlite::Connection::Mode::ReadWrite);
   file.setBusyTimeout(kBusyMilliseconds);
+  requireTagFile(file, path);
   return file;
 }
 

@@ -23,6 +23,15 @@ int openFlags(Connection::Mode mode) {
   return SQLITE_OPEN_READONLY;
 }
 
+// Nothing that stands in the schema of a file is trusted: what it asks for may reach no function
+// that does more than work something out, and no statement may change the schema behind SQLite's
+// back.
+int trustNoSchema(sqlite3* database) {
+  const int result = sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  if (result != SQLITE_OK) return result;
+  return sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+}
+
 }  // namespace
 
 Connection::Connection(const std::string& path, Mode mode) {
@@ -30,6 +39,7 @@ Connection::Connection(const std::string& path, Mode mode) {
   // Some builds take a name that begins so for a URI, with all that one can ask for.
   const auto name = path.starts_with("file:") ? "./" + path : path;
   int result = sqlite3_open_v2(name.c_str(), &handle_, flags, nullptr);
+  if (result == SQLITE_OK) result = trustNoSchema(handle_);
   if (result == SQLITE_OK) result = registerKeyLists(handle_);
   if (result == SQLITE_OK) result = registerRowSum(handle_);
   if (result == SQLITE_OK) return;

@@ -14,7 +14,8 @@ class Connection {
   enum class Mode { ReadWriteCreate, ReadWrite, ReadOnly };
 
   Connection() = default;
-  // Throws Error naming the file. Extended result codes are on; foreign keys are not yet.
+  // Throws Error naming the file. Extended result codes are on, SQLite's defensive mode is, and the
+  // schema of the file is not trusted; foreign keys are not on yet.
   Connection(const std::string& path, Mode mode);
   Connection(Connection&& other) noexcept;
   Connection& operator=(Connection&& other) noexcept;

@@ -83,6 +83,25 @@ TEST(TagFile, ReportsADamagedPageAndAnswersMissing) {
   EXPECT_FALSE(OxTagManager::problems().empty());
 }
 
+TEST(TagFile, RefusesASchemaThatIsNotItsOwnByName) {
+  for (const auto& [sql, reason] :
+       {std::pair{"CREATE TRIGGER t BEFORE INSERT ON tag BEGIN DELETE FROM tag; END",
+                  ": the trigger \"t\" does not belong there"},
+        std::pair{"DROP TABLE followed; CREATE VIEW followed AS SELECT 1",
+                  ": the view \"followed\" does not belong there"},
+        std::pair{"ALTER TABLE tag ADD COLUMN more",
+                  ": the table \"tag\" is not made as it should be"},
+        std::pair{"DROP INDEX tag_person", ": the index \"tag_person\" is missing"}}) {
+    const auto path = support::temporaryFile("own.tags", "").string();
+    TagFile(path).add("book", "person", "tag");
+    sqlite::Connection(path, sqlite::Connection::Mode::ReadWrite).execute(sql);
+    const auto before = support::fileBytes(path);
+    EXPECT_EQ(openingFails(path, FailureKind::Corrupt), reason);
+    EXPECT_EQ(support::fileBytes(path), before);
+    std::filesystem::remove(path);
+  }
+}
+
 // As files were before they told which acts they have followed.
 constexpr const char* kVersion1 = R"(
   PRAGMA journal_mode = WAL;
@@ -119,8 +138,11 @@ TEST(TagFile, OfVersion1KeepsItsTagsAndFollowsFromThenOn) {
 // Of version 2, whose rows carried no checksum.
 TEST(TagFile, OfVersion2KeepsItsTagsAndWhatItHasFollowed) {
   const auto path = makeDatabase("version2", std::string(kVersion1) + R"(
-  CREATE TABLE followed (store BLOB PRIMARY KEY, number INTEGER NOT NULL, act BLOB NOT NULL)
-    WITHOUT ROWID;
+  CREATE TABLE followed (
+    store BLOB PRIMARY KEY,
+    number INTEGER NOT NULL,
+    act BLOB NOT NULL
+  ) WITHOUT ROWID;
   CREATE INDEX tag_person ON tag (person);
   INSERT INTO followed VALUES (CAST('store' AS BLOB), 7, CAST('seven' AS BLOB));
   PRAGMA user_version = 2;

@@ -78,7 +78,7 @@ void DatabaseCopy::take(sqlite::Connection& source, Look look) {
 }
 
 RecordCounts DatabaseCopy::takeStore(const std::string& from) {
-  auto source = openExistingStoreFile(from);
+  auto source = openExistingStoreFile(from, MissingIndexes::Allow);
   refuseSameFile(from, target_);
   RecordCounts counts;
   take(source, [&](sqlite::Connection& copy) { counts = countsOf(copy); });
@@ -128,7 +128,7 @@ RecordCounts copyStore(const std::string& from, const std::string& to) {
 }
 
 RecordCounts countsOfStore(const std::string& path) {
-  auto store = openExistingStoreFile(path);
+  auto store = openExistingStoreFile(path, MissingIndexes::Allow);
   try {
     return countsOf(store);
   } catch (const sqlite::Error& error) {

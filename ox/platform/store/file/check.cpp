@@ -42,20 +42,10 @@ bool hasRowSums(sqlite::Connection& file) {
   return file.queryInteger("PRAGMA user_version") == kSchemaVersion;
 }
 
-std::vector<std::string> schemaOf(sqlite::Connection& file) {
-  std::vector<std::string> statements;
-  auto rows =
-      file.prepare("SELECT sql FROM sqlite_schema WHERE name NOT LIKE 'sqlite_%' ORDER BY name");
-  while (rows.step()) statements.emplace_back(rows.text(0));
-  return statements;
-}
-
 void checkTables(sqlite::Connection& file, Problems& problems) {
   if (!hasRowSums(file)) return;
-  sqlite::Connection fresh(":memory:", sqlite::Connection::Mode::ReadWriteCreate);
-  fresh.execute(newTables().c_str());
-  if (schemaOf(file) != schemaOf(fresh)) {
-    problems.emplace_back("the tables are not those of a store");
+  for (const auto& index : missingIndexesOf(file)) {
+    problems.push_back("the index " + index.name + " is missing");
   }
   if (file.queryInteger("SELECT ifnull(max(id), 0) > ifnull((SELECT max(seq) FROM sqlite_sequence "
                         "WHERE name = 'container'), 0) FROM container") != 0) {
@@ -275,7 +265,7 @@ void checkLog(sqlite::Connection& file, Problems& problems) {
 }  // namespace
 
 std::vector<std::string> storeProblems(const std::string& path) {
-  auto file = openExistingStoreFile(path);
+  auto file = openExistingStoreFile(path, MissingIndexes::Allow);
   file.keepLog();  // whatever is wrong with it is still to be seen afterwards
   Problems problems;
   for (const auto check :

@@ -8,7 +8,6 @@
 
 #include "ox/platform/store/file/tables.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
-#include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/link_list.hpp"
 
 namespace ox {
@@ -21,17 +20,6 @@ std::vector<std::string> namesOf(sqlite::Connection& file, std::string_view type
   rows.bindText(1, type);
   while (rows.step()) names.emplace_back(rows.text(0));
   return names;
-}
-
-// A damaged number of the version must not make these tables something else.
-void requireTablesOf(sqlite::Connection& file, int version) {
-  const auto tables = file.queryInteger(
-      "SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name IN ('counter', 'removal')");
-  const auto columns = file.queryInteger("SELECT count(*) FROM pragma_table_info('act')");
-  const bool isThat = version == 1 ? tables == 2 && columns == 0 : tables == 0 && columns == 7;
-  if (isThat) return;
-  throw StoreError(StoreError::Kind::Corrupt,
-                   "the tables of the store are not those of version " + std::to_string(version));
 }
 
 // Every table of the earlier version gets another name and loses its indexes, whose names are
@@ -163,7 +151,6 @@ INSERT INTO setting SELECT name, value FROM old_setting;
 
 void migrateTables(sqlite::Connection& file, int from) {
   assert(from == 1 || from == 2);
-  requireTablesOf(file, from);
   putAside(file);
   file.execute(emptyTables().c_str());
   file.execute(kRecords);

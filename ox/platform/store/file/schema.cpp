@@ -56,27 +56,15 @@ void makeFile(const std::string& path) {
   }
 }
 
-// The schema version of the file; 0 for an empty one. Refuses foreign and newer files. All three
-// facts are asked in one statement, which sees one state of the file: asked one by one, a store
-// that another process is just making would have tables but no mark yet, and look foreign.
-int versionOf(sqlite::Connection& database, const std::string& path) {
-  auto header = database.prepare(
-      "SELECT application_id, user_version, (SELECT count(*) FROM sqlite_schema)"
-      " FROM pragma_application_id, pragma_user_version");
-  header.step();
-  const auto application = header.integer(0);
-  const auto version = header.integer(1);
-  if (application != kStoreApplicationId) {
-    if (application == 0 && version == 0 && header.integer(2) == 0) return 0;
-    fail(StoreError::Kind::NotAStore, path, "is a database of another program");
+// A file that is refused is left as it is, its log too.
+int versionLookedAt(sqlite::Connection& database, const std::string& path,
+                    MissingIndexes missing = MissingIndexes::Refuse) {
+  try {
+    return versionOf(database, path, missing);
+  } catch (const StoreError& error) {
+    if (error.kind() == StoreError::Kind::Corrupt) database.keepLog();
+    throw;
   }
-  if (version > kSchemaVersion) {
-    fail(StoreError::Kind::NewerSchema, path,
-         "was written by a newer version (schema " + std::to_string(version) +
-             ", this version knows " + std::to_string(kSchemaVersion) + ")");
-  }
-  if (version < 0) fail(StoreError::Kind::Corrupt, path, "the number of its version is damaged");
-  return static_cast<int>(version);
 }
 
 void setVersion(sqlite::Connection& database) {
@@ -85,7 +73,6 @@ void setVersion(sqlite::Connection& database) {
 }
 
 void migrate(sqlite::Connection& database, const std::string& path) {
-  if (versionOf(database, path) == kSchemaVersion) return;
   // Tables, version and mark are one transaction: whoever is killed half way leaves an empty file,
   // which the next opening begins again.
   sqlite::Transaction transaction(database);
@@ -106,7 +93,7 @@ void migrate(sqlite::Connection& database, const std::string& path) {
 sqlite::Connection openMigrated(const std::string& path) {
   sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
   database.setBusyTimeout(kBusyMilliseconds);
-  versionOf(database, path);
+  const int version = versionLookedAt(database, path);
   // The page size counts for a new file alone, and only before the journal mode is set.
   database.execute(("PRAGMA page_size=" + std::to_string(kPageBytes)).c_str());
   database.execute("PRAGMA journal_mode=WAL");
@@ -114,9 +101,8 @@ sqlite::Connection openMigrated(const std::string& path) {
   database.execute(("PRAGMA wal_autocheckpoint=" + std::to_string(pages)).c_str());
   database.execute(
       "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-65536;"
-      "PRAGMA temp_store=MEMORY; PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON;"
-      "PRAGMA journal_size_limit=67108864");
-  migrate(database, path);
+      "PRAGMA temp_store=MEMORY; PRAGMA cell_size_check=ON; PRAGMA journal_size_limit=67108864");
+  if (version != kSchemaVersion) migrate(database, path);
   return database;
 }
 
@@ -170,7 +156,7 @@ void syncWriteAheadLog(const sqlite::Connection& store) {
   if (result != 0) fail(StoreError::Kind::Unavailable, log, std::strerror(reason));
 }
 
-sqlite::Connection openExistingStoreFile(const std::string& path) {
+sqlite::Connection openExistingStoreFile(const std::string& path, MissingIndexes missing) {
   checkFile(path);
   std::error_code error;
   if (!std::filesystem::exists(path, error)) {
@@ -179,7 +165,7 @@ sqlite::Connection openExistingStoreFile(const std::string& path) {
   try {
     sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
     database.setBusyTimeout(kBusyMilliseconds);
-    if (versionOf(database, path) == 0) {
+    if (versionLookedAt(database, path, missing) == 0) {
       fail(StoreError::Kind::NotAStore, path, "is an empty file, not a contact store");
     }
     return database;

@@ -3,24 +3,25 @@
 #include <string>
 
 #include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/store/file/store_form.hpp"
 
 namespace ox {
 
 // How long a store that another process has locked is waited for.
 inline constexpr int kBusyMilliseconds = 10'000;
-// "OxAB": tells a contact store from any other SQLite file.
-inline constexpr int kStoreApplicationId = 0x4F784142;
 
 // Opens the store file, making it (and its folder) when absent, and brings its schema up to date.
 // What a killed process has left is put right by the opening: commits that stand whole in the log
 // count, a half-written one is ignored, a file whose tables were never committed is made anew.
-// Throws StoreError naming the file and the reason: a directory, a foreign file, a newer schema, a
-// lock that another process keeps, a place that cannot be written.
+// Throws StoreError naming the file and the reason: a directory, a foreign file, a newer schema,
+// one that is not ours word by word (versionOf), a lock that another process keeps, a place that
+// cannot be written.
 sqlite::Connection openStoreFile(const std::string& path);
 
 // Opens an existing store to look at it, without changing its schema. Throws StoreError likewise,
 // also when there is no file.
-sqlite::Connection openExistingStoreFile(const std::string& path);
+sqlite::Connection openExistingStoreFile(const std::string& path,
+                                         MissingIndexes missing = MissingIndexes::Refuse);
 
 // Brings such a store up to date without keeping a copy of it as it was; inside of a write
 // transaction.

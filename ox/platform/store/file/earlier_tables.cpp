@@ -1,0 +1,104 @@
+#include "ox/platform/store/file/earlier_tables.hpp"
+
+namespace ox {
+
+const char* const kTablesOfVersion1 = R"sql(
+CREATE TABLE container(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  identifier TEXT NOT NULL UNIQUE,
+  name TEXT NOT NULL,
+  type INTEGER NOT NULL);
+CREATE TABLE counter(next_record INTEGER NOT NULL);
+CREATE TABLE record(
+  id INTEGER PRIMARY KEY,
+  uid BLOB NOT NULL UNIQUE,
+  kind INTEGER NOT NULL,
+  container INTEGER NOT NULL REFERENCES container(id));
+CREATE TABLE content(
+  record INTEGER PRIMARY KEY REFERENCES record(id) ON DELETE CASCADE,
+  card_uid TEXT,
+  fingerprint INTEGER NOT NULL,
+  properties BLOB NOT NULL);
+CREATE INDEX content_card_uid ON content(card_uid) WHERE card_uid IS NOT NULL;
+CREATE INDEX content_fingerprint ON content(fingerprint);
+CREATE TABLE image(
+  record INTEGER PRIMARY KEY REFERENCES record(id) ON DELETE CASCADE,
+  checksum INTEGER NOT NULL,
+  data BLOB NOT NULL);
+CREATE TABLE link(
+  id INTEGER PRIMARY KEY,
+  parent INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE,
+  child INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE);
+CREATE INDEX link_parent ON link(parent);
+CREATE UNIQUE INDEX link_child ON link(child, parent);
+CREATE TABLE removal(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  record INTEGER NOT NULL);
+CREATE TABLE custom_property(
+  name TEXT PRIMARY KEY,
+  type INTEGER NOT NULL);
+)sql";
+
+const char* const kTablesOfVersion2 = R"sql(
+CREATE TABLE container(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  identifier TEXT NOT NULL UNIQUE,
+  name TEXT NOT NULL,
+  type INTEGER NOT NULL);
+CREATE TABLE record(
+  id INTEGER PRIMARY KEY,
+  uid BLOB NOT NULL UNIQUE,
+  kind INTEGER NOT NULL,
+  container INTEGER NOT NULL REFERENCES container(id));
+CREATE TABLE custom_property(
+  name TEXT PRIMARY KEY,
+  type INTEGER NOT NULL);
+CREATE TABLE link(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  parent INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE,
+  child INTEGER NOT NULL REFERENCES record(id) ON DELETE CASCADE);
+CREATE INDEX link_parent ON link(parent);
+CREATE UNIQUE INDEX link_child ON link(child, parent);
+CREATE TABLE content(
+  record INTEGER PRIMARY KEY REFERENCES record(id) ON DELETE CASCADE,
+  card_uid TEXT,
+  fingerprint INTEGER NOT NULL,
+  image INTEGER,
+  properties BLOB NOT NULL);
+CREATE TABLE image(
+  id INTEGER PRIMARY KEY,
+  checksum INTEGER NOT NULL,
+  data BLOB NOT NULL);
+CREATE INDEX content_card_uid ON content(card_uid) WHERE card_uid IS NOT NULL;
+CREATE INDEX content_fingerprint ON content(fingerprint);
+CREATE TABLE store(name BLOB NOT NULL);
+CREATE TABLE origin(
+  id INTEGER PRIMARY KEY,
+  program TEXT NOT NULL,
+  command TEXT NOT NULL,
+  together INTEGER NOT NULL,
+  undoes INTEGER,
+  first_act INTEGER NOT NULL);
+CREATE INDEX origin_undoes ON origin(undoes) WHERE undoes IS NOT NULL;
+CREATE TABLE act(
+  number INTEGER PRIMARY KEY,
+  name BLOB NOT NULL,
+  at INTEGER NOT NULL,
+  origin INTEGER NOT NULL,
+  next_record INTEGER NOT NULL,
+  next_change INTEGER NOT NULL,
+  bytes INTEGER NOT NULL);
+CREATE TABLE change(
+  id INTEGER PRIMARY KEY,
+  what INTEGER NOT NULL,
+  record INTEGER,
+  container INTEGER,
+  other INTEGER,
+  place INTEGER,
+  before BLOB,
+  after BLOB);
+CREATE TABLE tag_debt(number INTEGER PRIMARY KEY);
+CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
+)sql";
+
+}  // namespace ox

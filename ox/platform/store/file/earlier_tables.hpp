@@ -1,0 +1,9 @@
+#pragma once
+
+namespace ox {
+
+// The statements that made the tables of stores of earlier versions.
+extern const char* const kTablesOfVersion1;
+extern const char* const kTablesOfVersion2;
+
+}  // namespace ox
