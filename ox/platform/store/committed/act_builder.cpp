@@ -190,6 +190,7 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
 }
 
 void ActBuilder::removeRecord(const Entry& entry) {
+  if (!removedRows_.insert(entry.row).second) return;  // with its container, and by itself
   act_.removed.push_back(entry);
   if (entry.kind == RecordKind::Group) tree_.removeGroup(entry.row);
 }

@@ -95,6 +95,7 @@ class ActBuilder {
   std::unordered_map<RecordKey, Entry> addedByKey_;
   std::unordered_map<RecordKey, RecordKey> renamed_;  // copies, from the identifier of their source
   std::unordered_map<std::int64_t, std::size_t> changedByRow_;
+  std::unordered_set<std::int64_t> removedRows_;
   GroupTree tree_;
 };
 

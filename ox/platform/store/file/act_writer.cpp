@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 
-#include "ox/platform/store/file/stored_rows.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
@@ -26,9 +25,9 @@ ActWriter::ActWriter(StoreFile& file, const Act& act)
       act_(act),
       last_(lastActOf(file)),
       nextRow_(last_.nextRecord),
-      nextLink_(last_.nextLink),
       records_(file),
-      journal_(file, last_) {}
+      journal_(file, last_),
+      links_(file, journal_, last_.nextLink) {}
 
 ActWriter::Outcome ActWriter::write(Others others) {
   if (others == Others::HaveCommitted) {
@@ -43,11 +42,11 @@ ActWriter::Outcome ActWriter::write(Others others) {
   removeLinks();
   addLinks();
   noteTags();
-  removeLinksOfRemoved();
+  written_.linksOfRemoved = links_.removeLinksOf(act_.removed);
   removeRecords();
   removeContainers();
   const auto origin = file_.originRow(act_.origin, last_.moment.number + 1);
-  written_.row = journal_.writeAct(act_.name, origin, nextRow_, nextLink_);
+  written_.row = journal_.writeAct(act_.name, origin, nextRow_, links_.nextLink());
   return Outcome::Written;
 }
 
@@ -228,103 +227,48 @@ void ActWriter::changeRecord(const Act::ChangedRecord& changed) {
 }
 
 void ActWriter::removeLinks() {
-  LinksOfGroups removed;
-  StoredRows stored(file_);
-  for (const auto& link : act_.removedLinks) {
-    const auto number = stored.link(link.group.row, link.child.row);
-    if (!number) continue;
-    file_.statement(Sql::DeleteLink).bind(1, *number).run();
-    removed.add(link.group.row, link.group.container, {link.child.row, *number});
-    written_.changedLinks.emplace_back(link.group.key, link.child.key);
-  }
-  journal_.write(ChangeKind::Unlinked, removed);
-}
-
-// A link that comes back as it was gets its number again, unless a damaged store has given that to
-// another one.
-std::int64_t ActWriter::numberOf(const Act::ChangedLink& link) {
-  if (!link.number) return nextLink_;
-  auto& other = file_.statement(Sql::LinkOfNumber);
-  const sqlite::StatementScope scope(other);
-  other.bind(1, *link.number);
-  return other.step() ? nextLink_ : *link.number;
+  links_.remove(act_.removedLinks, [&](const auto& link) { noteLink(link); });
 }
 
 void ActWriter::addLinks() {
-  LinksOfGroups added;
-  for (const auto& link : act_.addedLinks) {
-    const auto parent = rowOf(link.group.row);
-    const auto child = rowOf(link.child.row);
-    const auto number = numberOf(link);
-    file_.statement(Sql::InsertLink).bind(1, number).bind(2, parent).bind(3, child).run();
-    if (file_.connection().changes() == 0) continue;
-    nextLink_ = std::max(nextLink_, number + 1);
-    added.add(parent, containerOf(link.group.container), {child, number});
-    written_.changedLinks.emplace_back(link.group.key, link.child.key);
-  }
-  journal_.write(ChangeKind::Linked, added);
+  const LinkWriter::Rows rows{[&](std::int64_t decided) { return rowOf(decided); },
+                              [&](std::int32_t decided) { return containerOf(decided); }};
+  links_.add(act_.addedLinks, rows, [&](const auto& link) { noteLink(link); });
 }
 
-// The links of removed records go with them, and are told before them. A link between two of them
-// is gone when the second one is asked.
-void ActWriter::removeLinksOfRemoved() {
-  LinksOfGroups removed;
-  for (const auto& record : act_.removed) {
-    for (const auto& link : takeLinks(Sql::LinksToParents, record.row)) {
-      removed.add(link.child, record.container, {record.row, link.number});
-    }
-    if (record.kind == RecordKind::Person) continue;
-    for (const auto& link : takeLinks(Sql::LinksToChildren, record.row)) {
-      removed.add(record.row, record.container, link);
-    }
-  }
-  journal_.write(ChangeKind::Unlinked, removed);
+void ActWriter::noteLink(const Act::ChangedLink& link) {
+  written_.changedLinks.emplace_back(link.group.key, link.child.key);
 }
 
-// Takes the links of one side of a record away: their other ends and their numbers. What a damaged
-// row says is not noted; it goes with the record.
-NumberedLinks ActWriter::takeLinks(Sql which, std::int64_t row) {
-  NumberedLinks links;
-  {
-    auto& rows = file_.statement(which);
-    const sqlite::StatementScope scope(rows);
-    rows.bind(1, row);
-    while (rows.step()) {
-      written_.linksOfRemoved = true;
-      if (rows.integer(2) != 0) links.push_back({rows.integer(0), rows.integer(1)});
-    }
-  }
-  for (const auto& link : links) file_.statement(Sql::DeleteLink).bind(1, link.number).run();
-  return links;
-}
-
+// Their values move into the journal, their pictures stay where they are and change their owner.
 void ActWriter::removeRecords() {
-  for (const auto& record : act_.removed) {
-    if (!noteRemoval(record)) continue;
-    file_.statement(Sql::DeleteRecord).bind(1, record.row).run();
-    written_.removedRows.push_back(record.row);
-    written_.changedValues.push_back(record.key);
+  if (act_.removed.empty()) return;
+  sqlite::KeyList asked;
+  asked.reserve(act_.removed.size());
+  for (const auto& record : act_.removed) asked.add(record.row);
+  {
+    auto& rows = file_.statement(Sql::RecordsToRemove);
+    const sqlite::StatementScope scope(rows);
+    rows.bindKeys(1, asked);
+    while (rows.step()) noteRemoval(act_.removed[static_cast<std::size_t>(rows.integer(0))], rows);
   }
+  file_.statement(Sql::DeleteRecords).bindKeys(1, asked).run();
 }
 
-// The values move into the journal, the picture stays where it is and changes its owner. False when
-// the record is not there any more.
-bool ActWriter::noteRemoval(const RecordEntry& record) {
-  auto& row = file_.statement(Sql::RecordToRemove);
-  const sqlite::StatementScope scope(row);
-  row.bind(1, record.row);
-  if (!row.step()) return false;
+// One that is not there any more has no row.
+void ActWriter::noteRemoval(const RecordEntry& record, const sqlite::Statement& row) {
   const StoredUid uid(record.key);
   JournalWriter::Change note{.what = ChangeKind::Removed,
                              .record = record.row,
                              .container = record.container,
                              .place = static_cast<std::int64_t>(record.kind),
                              .uid = &uid,
-                             .pictureBytes = row.integer(2)};
-  if (!row.isNull(0)) note.before = row.blob(0);
-  if (!row.isNull(1)) note.other = row.integer(1);
+                             .pictureBytes = row.integer(3)};
+  if (!row.isNull(1)) note.before = row.blob(1);
+  if (!row.isNull(2)) note.other = row.integer(2);
   journal_.write(note);
-  return true;
+  written_.removedRows.push_back(record.row);
+  written_.changedValues.push_back(record.key);
 }
 
 void ActWriter::removeContainers() {

@@ -8,6 +8,7 @@
 
 #include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/platform/store/file/journal_writer.hpp"
+#include "ox/platform/store/file/link_writer.hpp"
 #include "ox/platform/store/file/record_writer.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/act.hpp"
@@ -50,7 +51,6 @@ class ActWriter {
   void changeRecords();
   void removeLinks();
   void addLinks();
-  void removeLinksOfRemoved();
   void removeRecords();
   void removeContainers();
   void noteTags();
@@ -59,18 +59,17 @@ class ActWriter {
   bool insertRecord(const RecordEntry& record);
   std::optional<RecordWriter::Picture> insertPicture(const Data& picture);
   void changeRecord(const Act::ChangedRecord& changed);
-  std::int64_t numberOf(const Act::ChangedLink& link);
-  NumberedLinks takeLinks(Sql which, std::int64_t row);
-  bool noteRemoval(const RecordEntry& record);
+  void noteLink(const Act::ChangedLink& link);
+  void noteRemoval(const RecordEntry& record, const sqlite::Statement& row);
   std::optional<std::int64_t> rowOfPerson(const std::string& identifier);
 
   StoreFile& file_;
   const Act& act_;
   ActRow last_;  // before this act
   std::int64_t nextRow_;
-  std::int64_t nextLink_;
   RecordWriter records_;
   JournalWriter journal_;
+  LinkWriter links_;
   std::vector<std::int32_t> newContainers_;
   std::unordered_set<RecordKey> taken_;
   WrittenAct written_;

@@ -1,5 +1,6 @@
 #include "ox/platform/store/file/journal_writer.hpp"
 
+#include <algorithm>
 #include <cassert>
 #include <string>
 
@@ -38,6 +39,10 @@ void LinksOfGroups::add(std::int64_t group, std::int32_t container, const Number
     last_ = place->second;
   }
   groups_[last_].links.push_back(link);
+}
+
+void LinksOfGroups::sortByNumber() {
+  for (auto& group : groups_) std::ranges::sort(group.links, {}, &NumberedLink::number);
 }
 
 JournalWriter::JournalWriter(StoreFile& file, const ActRow& last)

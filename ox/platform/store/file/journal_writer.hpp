@@ -20,10 +20,12 @@ class LinksOfGroups {
   struct Group {
     std::int64_t row = 0;
     std::int32_t container = 0;
-    NumberedLinks links;  // as they were added
+    NumberedLinks links;
   };
 
   void add(std::int64_t group, std::int32_t container, const NumberedLink& link);
+  // Puts the links of each group into the order in which they were added to it.
+  void sortByNumber();
   // In the order in which they came.
   const std::vector<Group>& groups() const { return groups_; }
 

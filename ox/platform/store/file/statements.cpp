@@ -104,7 +104,7 @@ constexpr std::array kStatements = {
     Row{Sql::InsertRecord,
         "INSERT INTO record(id, uid, kind, container) VALUES(?1, ?2, ?3, ?4) "
         "ON CONFLICT(uid) DO NOTHING"},
-    Row{Sql::DeleteRecord, "DELETE FROM record WHERE id = ?1"},
+    Row{Sql::DeleteRecords, "DELETE FROM record WHERE id IN (SELECT key FROM keys(?1))"},
     Row{Sql::InsertContent,
         "INSERT INTO content(record, card_uid, fingerprint, image, properties) "
         "VALUES(?1, ?2, ?3, ?4, ?5) ON CONFLICT(record) DO NOTHING"},
@@ -118,21 +118,33 @@ constexpr std::array kStatements = {
     Row{Sql::ImageOfRow,
         "SELECT i.id, i.checksum, length(i.data) FROM content c JOIN image i ON i.id = c.image "
         "WHERE c.record = ?1 AND c.sound"},
-    Row{Sql::LinksToChildren, "SELECT child, id, sound FROM link WHERE parent = ?1 ORDER BY id"},
-    Row{Sql::LinksToParents, "SELECT parent, id, sound FROM link WHERE child = ?1 ORDER BY id"},
+    Row{Sql::LinksToChildren,
+        "SELECT k.rowid, l.child, l.id, l.sound FROM keys(?1) k "
+        "CROSS JOIN link l ON l.parent = k.key ORDER BY k.rowid, l.id"},
+    Row{Sql::LinksToParents,
+        "SELECT k.rowid, l.parent, l.id, l.sound FROM keys(?1) k "
+        "CROSS JOIN link l ON l.child = k.key ORDER BY k.rowid, l.id"},
     Row{Sql::InsertLink,
         "INSERT INTO link(id, parent, child) VALUES(?1, ?2, ?3) "
         "ON CONFLICT(child, parent) DO NOTHING"},
+    // SQLite wants the WHERE to tell the conflict's ON from that of a join.
+    Row{Sql::InsertLinks,
+        "INSERT INTO link(id, parent, child) SELECT ?1 + rowid, ?2, key FROM keys(?3) WHERE true "
+        "ON CONFLICT(child, parent) DO NOTHING"},
+    Row{Sql::LinksFrom, "SELECT id FROM link WHERE id >= ?1"},
     Row{Sql::LinkOfNumber, "SELECT id FROM link WHERE id = ?1"},
     Row{Sql::LinkNumber, "SELECT id FROM link WHERE child = ?2 AND parent = ?1"},
-    Row{Sql::DeleteLink, "DELETE FROM link WHERE id = ?1"},
+    Row{Sql::LinkNumbers,
+        "SELECT k.rowid, l.id FROM keys(?2) k CROSS JOIN link l ON l.child = k.key AND l.parent = "
+        "?1"},
+    Row{Sql::DeleteLinks, "DELETE FROM link WHERE id IN (SELECT key FROM keys(?1))"},
     Row{Sql::InsertChange,
         "INSERT INTO change(id, what, record, container, other, place, before, after) "
         "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"},
-    Row{Sql::RecordToRemove,
-        "SELECT c.properties, i.id, ifnull(length(i.data), 0) "
-        "FROM record r LEFT JOIN content c ON c.record = r.id "
-        "LEFT JOIN image i ON i.id = c.image AND c.sound WHERE r.id = ?1"},
+    Row{Sql::RecordsToRemove,
+        "SELECT k.rowid, c.properties, i.id, ifnull(length(i.data), 0) FROM keys(?1) k "
+        "CROSS JOIN record r ON r.id = k.key LEFT JOIN content c ON c.record = r.id "
+        "LEFT JOIN image i ON i.id = c.image AND c.sound"},
     Row{Sql::InsertTagDebt, "INSERT INTO tag_debt(number) VALUES(?1)"},
     Row{Sql::TagDebts,
         "SELECT d.number, a.name, d.sound AND ifnull(a.sound, 1) FROM tag_debt d "
