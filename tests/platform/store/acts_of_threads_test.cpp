@@ -243,6 +243,7 @@ TEST(ActsOfThreads, OfManyThreadsAtOnceAreEachWhole) {
   constexpr int kActs = 20;
   StoreBuilder().group("all", "All");
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([t] {
       for (int i = 0; i < kActs; ++i) {
