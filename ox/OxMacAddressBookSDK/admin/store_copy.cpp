@@ -7,6 +7,8 @@
 #include "ox/base/planted.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/file/backup.hpp"
+#include "ox/platform/store/file/missed_tags.hpp"
+#include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {
@@ -39,6 +41,23 @@ struct StoreCopy::Copies {
         store(storePlace),
         tags(tagsPlace) {}
 
+  // Brings the copy of the tags to where the copy of the store is. Tags that are damaged cannot
+  // follow and stay as they were copied; a check tells.
+  void followSince(std::int64_t act) {
+    const auto missed = tagActsAfter(store.path(), act);
+    if (missed.acts.empty()) return;
+    const auto last = missed.acts.back().number;
+    const auto& name = missed.store;
+    try {
+      TagFile(tags.path())
+          .follow({reinterpret_cast<const char*>(name.data()), name.size()}, missed.acts,
+                  [last] { return last; });
+      hasTags = true;
+    } catch (const FailureError& error) {
+      if (error.kind() != FailureKind::Corrupt) throwStoreError(tagsPlace, error);
+    }
+  }
+
   std::string storePlace;
   std::string tagsPlace;
   DatabaseCopy store;
@@ -59,13 +78,17 @@ std::vector<std::string> StoreCopy::files() const {
 
 RecordCounts StoreCopy::take(DamagedTags damaged) {
   using WhenDamaged = DatabaseCopy::WhenDamaged;
-  // The tags first: what acts in between do to them the copy of the store tells, and they follow
-  // when the copy is used.
-  copies_->hasTags = std::filesystem::exists(tagStorePath()) &&
-                     copies_->tags.takeDatabase(tagStorePath(), damaged == DamagedTags::LeaveOut
-                                                                    ? WhenDamaged::LeaveOut
-                                                                    : WhenDamaged::Fail);
+  const auto last = lastActWithoutDebt(contactStorePath());
+  // The tags first: what acts in between do to them the copy of the store tells. Taken the other
+  // way round, tags would stand there of acts that the copy knows nothing of.
+  const bool isThere = std::filesystem::exists(tagStorePath());
+  copies_->hasTags =
+      isThere && copies_->tags.takeDatabase(tagStorePath(), damaged == DamagedTags::LeaveOut
+                                                                ? WhenDamaged::LeaveOut
+                                                                : WhenDamaged::Fail);
   const auto counts = copies_->store.takeStore(contactStorePath());
+  // Tags that are damaged and left out are not made up for by a few.
+  if (copies_->hasTags || !isThere) copies_->followSince(last);
   copies_->taken = true;
   return counts;
 }

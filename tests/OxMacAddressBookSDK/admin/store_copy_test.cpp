@@ -3,8 +3,11 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "ox/OxAddressBookSDK/tags/tag_table.hpp"
 #include "ox/OxMacAddressBookSDK/admin/store_problems.hpp"
 #include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/file/missed_tags.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
@@ -40,6 +43,58 @@ TEST(StoreCopy, HoldsTheStoreAndItsTagsOnceItIsPut) {
   EXPECT_EQ(countIn(target, "record"), 4);
   EXPECT_EQ(countIn(target + ".tags", "tag"), 1);
   for (const auto& file : files) EXPECT_FALSE(exists(file)) << file;
+}
+
+// An act that is in the store, and that the tags have not followed.
+void commitTag(const std::string& person, const std::string& tag) {
+  SaveRequest request;
+  request.tags = {{"_local", person, {}, {tag}}};
+  ASSERT_TRUE(containerSource().execute(request)) << request.reason;
+}
+
+AllTags tagsOf(const std::string& person, const std::vector<std::string>& tags) {
+  return {{{"_local", person}, tags}};
+}
+
+TEST(StoreCopy, HoldsTheTagsOfActsThatTheTagFileHasNotFollowed) {
+  StoreBuilder().person("p", {});
+  const std::string target = temporaryPath("copy.db");
+  const auto copied = [&] {
+    StoreCopy copy(target);
+    copy.take();
+    copy.put();
+    return allTagsIn(target + ".tags");
+  };
+  commitTag("p", "chess");
+  EXPECT_EQ(copied(), tagsOf("p", {"chess"})) << "there is no tag file yet";
+  tag("q");
+  commitTag("p", "go");
+  const auto tags = copied();
+  EXPECT_EQ(tags.at({"_local", "p"}), (std::vector<std::string>{"chess", "go"}));
+  EXPECT_EQ(tags.at({"_local", "q"}), std::vector<std::string>{"chess"});
+  // Whoever uses the copy with its debts follows nothing twice.
+  EXPECT_EQ(countIn(target, "tag_debt"), 2);
+}
+
+// What other processes did between the copy of the tags and that of the store: the first of these
+// acts is struck out by the second.
+TEST(StoreCopy, MissesNoTagActThatWasFollowedMeanwhile) {
+  StoreBuilder().person("p", {});
+  const std::string store = support::StoreEnvironment::instance().contactStore();
+  const auto last = lastActWithoutDebt(store);
+  EXPECT_EQ(last, containerSource().moment().number);
+  commitTag("p", "chess");
+  EXPECT_EQ(lastActWithoutDebt(store), last);
+  containerSource().noteFollowedTags(last + 1);
+  commitTag("p", "go");
+  EXPECT_EQ(containerSource().tagDebts().acts.size(), 1U);
+  const auto missed = tagActsAfter(store, last);
+  EXPECT_EQ(missed.store, containerSource().tagDebts().store);
+  ASSERT_EQ(missed.acts.size(), 2U);
+  EXPECT_EQ(missed.acts[0].number, last + 1);
+  EXPECT_EQ(missed.acts[0].changes.at(0).after, std::vector<std::string>{"chess"});
+  EXPECT_EQ(missed.acts[1].changes.at(0).after, std::vector<std::string>{"go"});
+  EXPECT_EQ(tagActsAfter(store, last + 2).acts.size(), 0U);
 }
 
 TEST(StoreCopy, TakesTheTagsOfAnEarlierCopyAwayWhenThereAreNone) {
