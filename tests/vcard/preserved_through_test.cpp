@@ -155,6 +155,13 @@ TEST(CardThrough, FormattedNameGoesWithTheNameThatItCameWith) {
   EXPECT_EQ(linesOf(old, {}), "N:;Jane;;;\nFN:Janey\n");
 }
 
+TEST(CardThrough, FormattedNameThatCannotBeSaidStaysBeforeOthers) {
+  const auto text =
+      linesOf(propertiesOf("3.0", "N:Lee;Ann;;;\nFN:Ann\x1d\nFN:Both\nUID:a-1\nX-A:1\n"), {});
+  EXPECT_EQ(text, "N:Lee;Ann;;;\nFN:Ann Lee\nUID:a-1\nX-OX-LINE:FN%3AAnn%1D\nFN:Both\nX-A:1\n");
+  EXPECT_EQ(linesOf(propertiesOf("3.0", text), {}), text);
+}
+
 TEST(CardThrough, RanksOfPreferenceComeBack) {
   expectThrough({
       {"4.0", "TEL;PREF=2:1\n", "TEL;TYPE=pref:1\nX-OX-LINE:%3B16%231%3BPREF%3D2\n",

@@ -199,7 +199,7 @@ void writeFormattedName(const NameParts& parts, PropertyWriter& card) {
     card.line().raw(card.is30() ? "FN;X-DERIVED=TRUE:" : "FN;DERIVED=TRUE:");
     card.line().text(nameInstead(card)).end();
   }
-  if (!line.empty()) card.writeWrapped(line);
+  if (!line.empty()) card.noteFormattedNameUnsaid();
 }
 
 }  // namespace

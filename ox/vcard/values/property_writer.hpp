@@ -88,6 +88,9 @@ class PropertyWriter {
   // The name is not the one any more that the preserved lines came with.
   void noteNameChanged() { isNameChanged_ = true; }
   bool isNameChanged() const { return isNameChanged_; }
+  // The preserved FN could not be written as it is.
+  void noteFormattedNameUnsaid() { isFormattedNameUnsaid_ = true; }
+  bool isFormattedNameUnsaid() const { return isFormattedNameUnsaid_; }
 
  private:
   OutgoingRecord record_;
@@ -102,6 +105,7 @@ class PropertyWriter {
   std::vector<PropertyDetail> later_;
   std::vector<std::string_view> written_;
   bool isNameChanged_ = false;
+  bool isFormattedNameUnsaid_ = false;
 };
 
 }  // namespace ox::vcard

@@ -49,6 +49,8 @@ bool UnmodelledWriter::writeNestedCard(std::string_view text) {
 }
 
 void UnmodelledWriter::writeLines(Revision revision, NestedCards nestedCards) {
+  // In its place among the lines: there a reader leaves it, should another FN follow.
+  if (card_.isFormattedNameUnsaid()) card_.writeWrapped(card_.unmodelled().formattedNameLine());
   for (const auto text : card_.unmodelled().lines()) {
     const UnmodelledLine line(text);
     if (card_.isNameChanged() && isWord(line.name(), "FN")) continue;
