@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "ox/base/checksum.hpp"
 #include "ox/records/fingerprint.hpp"
 
 namespace ox {
@@ -60,6 +61,18 @@ TEST(PropertyCodec, RefusesEveryCutAndEveryFlippedBit) {
     flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << (bit % 8)));
     EXPECT_THROW(decodeProperties(flipped), DamagedProperties) << bit;
   }
+}
+
+TEST(PropertyCodec, KeepsAPropertyThatALaterVersionHasNumbered) {
+  constexpr PropertyId kUnknown = 48;
+  ASSERT_EQ(property_table::typeOf(kUnknown), kABErrorInProperty);
+  std::string bytes{1, kUnknown, 1, 1, 'x'};  // of this version of the form: a text of one letter
+  const auto checksum = checksum64(bytes);
+  bytes.append(reinterpret_cast<const char*>(&checksum), sizeof checksum);
+  const auto bag = decodeProperties(bytes);
+  ASSERT_NE(bag.text(kUnknown), nullptr);
+  EXPECT_EQ(*bag.text(kUnknown), "x");
+  EXPECT_EQ(encodeProperties(bag), bytes);
 }
 
 TEST(PropertyCodec, RefusesWhatCannotBeStored) {
