@@ -15,6 +15,8 @@ namespace ox::vcard {
 namespace {
 
 constexpr std::size_t kBlock = 256U << 10U;
+// Of the first block, which doubles: a single card takes no room for a whole file.
+constexpr std::size_t kFirstBlock = 8U << 10U;
 // Of a line that is too long to keep, this much tells what it is.
 constexpr std::size_t kFront = 64;
 
@@ -118,8 +120,9 @@ void CardSlicer::makeRoom() {
     card_ -= keeping_ ? kept : card_;
     scanned_ -= kept;
   }
-  if (capacity_ - end_ >= kBlock) return;
-  const std::size_t wanted = std::max(2 * capacity_, 2 * kBlock);
+  const auto block = std::clamp(capacity_ / 2, kFirstBlock, kBlock);
+  if (capacity_ - end_ >= block) return;
+  const auto wanted = std::max(2 * capacity_, 2 * block);
   auto larger = std::make_unique_for_overwrite<char[]>(wanted);
   if (end_ > 0) std::memcpy(larger.get(), buffer_.get(), end_);
   buffer_ = std::move(larger);
@@ -129,7 +132,7 @@ void CardSlicer::makeRoom() {
 bool CardSlicer::fill() {
   if (atEnd_) return false;
   makeRoom();
-  const auto got = source_.read(buffer_.get() + end_, kBlock);
+  const auto got = source_.read(buffer_.get() + end_, std::min(capacity_ - end_, kBlock));
   if (got == 0) atEnd_ = true;
   end_ += got;
   bytesRead_ += got;

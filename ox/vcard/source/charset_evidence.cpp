@@ -9,6 +9,7 @@
 namespace ox::vcard {
 namespace {
 
+constexpr std::size_t kFirstBlock = 16U << 10U;  // most cards come alone
 constexpr std::size_t kBlock = 1U << 20U;
 constexpr std::uint64_t kLookedAt = 16 * kBlock;
 constexpr std::size_t kSample = 64U << 10U;
@@ -64,13 +65,14 @@ std::string CharsetEvidence::charsetFor(const RawCard& card) {
 const std::string& CharsetEvidence::charsetOfFile() {
   if (file_) return *file_;
   Findings findings;
-  std::string block(kBlock, '\0');
+  std::string block(kFirstBlock, '\0');
   std::uint64_t offset = 0;
   while (offset < kLookedAt && findings.named.empty()) {
     const auto got = source_.peekAt(offset, block.data(), block.size());
     if (got == 0) break;
     findings.lookAtAll(std::string_view(block).substr(0, got));
     offset += got;
+    if (got == block.size()) block.resize(kBlock);
   }
   return file_.emplace(offset == 0 ? std::string() : findings.verdict());
 }
