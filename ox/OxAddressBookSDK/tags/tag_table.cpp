@@ -24,9 +24,14 @@ AllTags allTagsIn(const std::string& path) {
   AllTags all;
   if (!std::filesystem::exists(path)) return all;
   auto file = opened(path);
-  auto rows =
-      file.prepare("SELECT manager, person, tag FROM tag ORDER BY manager, person, position");
+  // Since version 3 a row tells whether it is what was written.
+  const std::string sound = file.queryInteger("PRAGMA user_version") < 3 ? "1" : "sound";
+  auto rows = file.prepare("SELECT manager, person, tag, " + sound +
+                           " FROM tag ORDER BY manager, person, position");
   while (rows.step()) {
+    if (rows.integer(3) == 0) {
+      throw FailureError(FailureKind::Corrupt, path + ": a row of the tag file is damaged", path);
+    }
     all[{std::string(rows.text(0)), std::string(rows.text(1))}].emplace_back(rows.text(2));
   }
   return all;

@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_table.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/sqlite/connection.hpp"
 #include "tests/support/growth.hpp"
@@ -100,6 +101,23 @@ TEST(TagFile, RefusesASchemaThatIsNotItsOwnByName) {
     EXPECT_EQ(support::fileBytes(path), before);
     std::filesystem::remove(path);
   }
+}
+
+TEST(TagFile, DamagedRowIsNotBelievedAmongAllTags) {
+  const auto path = support::temporaryFile("tags.db", "").string();
+  {
+    TagFile file(path);
+    file.add("book", "ann", "colleague");
+    file.add("book", "ben", "friend");
+  }
+  EXPECT_EQ(allTagsIn(path).size(), 2U);
+  auto bytes = support::fileBytes(path);
+  for (auto at = bytes.find("colleague"); at != bytes.npos; at = bytes.find("colleague")) {
+    bytes[at] = 'b';
+  }
+  support::temporaryFile("tags.db", bytes);
+  EXPECT_THROW(TagFile(path).tags("book", "ann"), FailureError);
+  EXPECT_THROW(allTagsIn(path), FailureError);
 }
 
 // As files were before they told which acts they have followed.
