@@ -19,6 +19,11 @@ if(OX_SANITIZE)
   target_link_options(ox_flags INTERFACE -fsanitize=${OX_SANITIZE})
 endif()
 
+# What a fuzzer steers by. Only the programs of fuzz/ bring what these calls lead to.
+if(OX_FUZZ)
+  target_compile_options(ox_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 if(OX_SANITIZE MATCHES "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # g++ 12 takes the members of a variant that are not in use for uninitialised ones here; the other
   # builds keep the warning.

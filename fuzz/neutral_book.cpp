@@ -1,0 +1,49 @@
+// Neutral books: a body that is given the header and the trailer which make it one. What is read is
+// the same when it was written and read again.
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "fuzz/require.hpp"
+#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/general/book_format.hpp"
+#include "ox/base/failures.hpp"
+
+namespace {
+
+using namespace ox;
+
+// The groups and persons that the lines of a body seem to be.
+std::size_t linesWith(std::string_view body, std::string_view start) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; at < body.size();) {
+    if (body.substr(at).starts_with(start)) ++count;
+    const auto end = body.find('\n', at);
+    at = end == std::string_view::npos ? body.size() : end + 1;
+  }
+  return count;
+}
+
+std::string bookOf(std::string_view input) {
+  std::string body(book_format::kHeader);
+  body += input;
+  if (!body.ends_with('\n')) body += '\n';
+  return body + book_format::trailer(body, linesWith(input, "{\"group\""),
+                                     linesWith(input, "{\"person\""));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const failures::Watch watch;
+  const std::string_view input(reinterpret_cast<const char*>(data), size);
+  if (OxAddressBookGeneral::addressBookWithData(makeData(std::string(input)))) return 0;
+  const auto book = OxAddressBookGeneral::addressBookWithData(makeData(bookOf(input)));
+  if (!book) return 0;
+  const auto written = book->saveToData();
+  if (!written) return 0;  // a picture that does not fit, noticed as such
+  const auto again = OxAddressBookGeneral::addressBookWithData(written);
+  fuzz::require(again && *again->saveToData() == *written);
+  return 0;
+}
