@@ -89,6 +89,11 @@ TEST(CardFraming, MissingEndsNeverTouchTheNextCard) {
             "refused 1: the card holds no property\n--\nJobTitle=a\n");
 }
 
+TEST(CardFraming, ParametersOfNothingAreNoProperty) {
+  EXPECT_EQ(textOfCard("3.0", "N;LANGUAGE=de:\n"), "refused 1: the card holds no property\n");
+  EXPECT_EQ(textOfCard("3.0", "N;LANGUAGE=de:\nTITLE:a\n"), "JobTitle=a\nkept=;3#0;LANGUAGE=de\n");
+}
+
 TEST(CardFraming, NestedCardsBelongToTheOuterOne) {
   const std::string inner = "BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n";
   EXPECT_EQ(textOfCard("2.1", "AGENT:\n" + inner + "TITLE:out\n"),

@@ -11,12 +11,25 @@
 #include "ox/vcard/source/card_slicer.hpp"
 #include "ox/vcard/source/charset_evidence.hpp"
 #include "ox/vcard/source/utf16_source.hpp"
+#include "ox/vcard/unmodelled/property_detail.hpp"
 
 namespace ox::vcard {
 namespace {
 
+// What lines say beside their values is nothing without them.
+bool isDetail(const Object& stored) {
+  const auto* text = stored.text();
+  return text != nullptr && decodeDetail(*text).has_value();
+}
+
 bool saysNothing(const Card& card) {
-  return card.properties.empty() && !card.photo && card.members.empty();
+  if (card.photo || !card.members.empty()) return false;
+  return std::ranges::all_of(card.properties.entries(), [](const PropertyBag::Entry& entry) {
+    const auto* single = std::get_if<Object>(&entry.second);
+    const auto* lines = single != nullptr ? single->array() : nullptr;
+    return entry.first == property_id::kUnmodelledLines && lines != nullptr &&
+           std::ranges::all_of(*lines, isDetail);
+  });
 }
 
 }  // namespace
