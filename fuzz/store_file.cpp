@@ -297,8 +297,8 @@ enum class What : std::uint8_t { All, Journal, Records };
 
 // Each that takes longer is done less often.
 What whatToRead(std::uint8_t byte) {
-  if (byte % 16 == 0) return What::All;
-  return byte % 16 < 4 ? What::Journal : What::Records;
+  if (byte % 32 == 31) return What::All;
+  return byte % 8 == 6 ? What::Journal : What::Records;
 }
 
 // The source over the store at that path, which is opened now when it is missing.
