@@ -4,7 +4,10 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <sstream>
+#include <string_view>
+#include <unistd.h>
 
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/failures.hpp"
@@ -171,11 +174,22 @@ int mainOf(int argc, char** argv) {
   return honest(run(program, argc, argv, watch), watch);
 }
 
+// The streams may want memory themselves.
+int withoutMemory() {
+  constexpr std::string_view kMessage = "oxcontacts: out of memory\n";
+  [[maybe_unused]] const auto written = ::write(STDERR_FILENO, kMessage.data(), kMessage.size());
+  return kFailed;
+}
+
 }  // namespace
 }  // namespace ox::program
 
 int main(int argc, char** argv) {
   // A file that may not grow any more is a failure to be told, not a reason to die.
   std::signal(SIGXFSZ, SIG_IGN);
-  return ox::program::mainOf(argc, argv);
+  try {
+    return ox::program::mainOf(argc, argv);
+  } catch (const std::bad_alloc&) {
+    return ox::program::withoutMemory();
+  }
 }

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "ox/base/paths_in.hpp"
 #include "ox/base/planted.hpp"
 #include "ox/base/uuid.hpp"
 
@@ -48,13 +49,10 @@ std::string unfinishedOf(const std::string& target, std::string path) {
   return uuidFromText(id) ? path : std::string();
 }
 
-// What killed processes have left of the same target. What cannot be removed stays.
-void sweepLeft(const std::string& target) {
-  std::error_code none;
+// What killed processes have left of the same target. What cannot be removed, or found, stays.
+void sweepLeft(const std::string& target) try {
   std::vector<std::string> left;
-  for (std::filesystem::directory_iterator entry(folderOf(target), none), end;
-       !none && entry != end; entry.increment(none)) {
-    const auto path = entry->path().string();
+  for (const auto& path : pathsIn(folderOf(target))) {
     const auto unfinished = unfinishedOf(target, path);
     if (unfinished.empty()) continue;
     std::error_code unknown;
@@ -62,6 +60,8 @@ void sweepLeft(const std::string& target) {
     if (!isThere || ReplacementFile::isAbandoned(unfinished)) left.push_back(path);
   }
   for (const auto& path : left) ::unlink(path.c_str());
+} catch (const std::filesystem::filesystem_error&) {
+  // The folder may be one that is written only.
 }
 
 // Some file systems cannot sync a folder; they need not.

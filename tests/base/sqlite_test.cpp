@@ -3,6 +3,8 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <optional>
+#include <sqlite3.h>
 #include <string>
 
 #include "ox/base/sqlite/connection.hpp"
@@ -46,6 +48,28 @@ TEST_F(Sqlite, OpensOnlyWhatTheModeAllows) {
   open().execute("CREATE TABLE t (a)");
   auto reader = open(Connection::Mode::ReadOnly);
   EXPECT_EQ(codeOf([&] { reader.execute("INSERT INTO t VALUES (1)"); }), 8);  // SQLITE_READONLY
+}
+
+// Ending one took memory. What could not be ended stayed open, and all that came later was read at
+// that moment.
+TEST_F(Sqlite, EndsTransactionsWhereMemoryIsShort) {
+  auto connection = open();
+  ASSERT_EQ(sqlite3_db_config(connection.handle(), SQLITE_DBCONFIG_LOOKASIDE, nullptr, 0, 0), 0);
+  connection.execute("CREATE TABLE t (a)");
+  const auto endWithoutMemory = [](auto& open) {
+    sqlite3_hard_heap_limit64(1);
+    open.reset();
+    sqlite3_hard_heap_limit64(0);
+  };
+  std::optional<Snapshot> snapshot(std::in_place, connection);
+  connection.queryInteger("SELECT count(*) FROM t");
+  endWithoutMemory(snapshot);
+  EXPECT_FALSE(connection.isInTransaction());
+  std::optional<Transaction> transaction(std::in_place, connection);
+  connection.execute("INSERT INTO t VALUES (1)");
+  endWithoutMemory(transaction);
+  EXPECT_FALSE(connection.isInTransaction());
+  EXPECT_EQ(connection.queryInteger("SELECT count(*) FROM t"), 0);
 }
 
 TEST_F(Sqlite, TakesANameThatLooksLikeAUriForAPath) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cassert>
 #include <chrono>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -327,7 +328,7 @@ void TagFile::sync() {
     ~Normal() {
       try {
         connection.execute("PRAGMA synchronous = NORMAL");
-      } catch (const sqlite::Error&) {
+      } catch (const std::exception&) {
         // It stays fully synced: slower, not less safe.
       }
     }

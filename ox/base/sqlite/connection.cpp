@@ -1,6 +1,7 @@
 #include "ox/base/sqlite/connection.hpp"
 
 #include <cassert>
+#include <exception>
 #include <sqlite3.h>
 #include <utility>
 
@@ -39,24 +40,33 @@ Connection::Connection(const std::string& path, Mode mode) {
   // Some builds take a name that begins so for a URI, with all that one can ask for.
   const auto name = path.starts_with("file:") ? "./" + path : path;
   int result = sqlite3_open_v2(name.c_str(), &handle_, flags, nullptr);
-  if (result == SQLITE_OK) result = trustNoSchema(handle_);
-  if (result == SQLITE_OK) result = registerKeyLists(handle_);
-  if (result == SQLITE_OK) result = registerRowSum(handle_);
+  if (result == SQLITE_OK) result = makeReady();
   if (result == SQLITE_OK) return;
   const Error error(result, path + ": " + (handle_ ? sqlite3_errmsg(handle_) : "out of memory"));
   sqlite3_close(std::exchange(handle_, nullptr));
   throw error;
 }
 
+int Connection::makeReady() {
+  int result = trustNoSchema(handle_);
+  if (result == SQLITE_OK) result = registerKeyLists(handle_);
+  if (result == SQLITE_OK) result = registerRowSum(handle_);
+  if (result != SQLITE_OK) return result;
+  return sqlite3_prepare_v2(handle_, "ROLLBACK", -1, &rollBack_, nullptr);
+}
+
 Connection::Connection(Connection&& other) noexcept
-    : handle_(std::exchange(other.handle_, nullptr)) {}
+    : handle_(std::exchange(other.handle_, nullptr)),
+      rollBack_(std::exchange(other.rollBack_, nullptr)) {}
 
 Connection& Connection::operator=(Connection&& other) noexcept {
   std::swap(handle_, other.handle_);
+  std::swap(rollBack_, other.rollBack_);
   return *this;
 }
 
 Connection::~Connection() {
+  sqlite3_finalize(rollBack_);
   [[maybe_unused]] const int result = sqlite3_close(handle_);
   assert(result == SQLITE_OK && "every statement went before its connection");
 }
@@ -98,6 +108,13 @@ bool Connection::isInTransaction() const {
   return sqlite3_get_autocommit(handle_) == 0;
 }
 
+void Connection::rollBack() noexcept {
+  // SQLite may have rolled back by itself (a full disk, an I/O error).
+  if (!isInTransaction()) return;
+  sqlite3_step(rollBack_);
+  sqlite3_reset(rollBack_);
+}
+
 void Connection::keepLog() {
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
@@ -111,28 +128,18 @@ Transaction::Transaction(Connection& connection) : connection_(connection) {
 }
 
 Transaction::~Transaction() {
-  rollBack();
-}
-
-void Transaction::rollBack() {
-  if (!open_) return;
-  open_ = false;
-  try {
-    connection_.execute("ROLLBACK");
-  } catch (const Error&) {
-    // SQLite has rolled back by itself (a full disk, an I/O error): nothing is left to undo.
-  }
+  if (open_) connection_.rollBack();
 }
 
 void Transaction::commit() {
   assert(open_ && "a transaction is committed once");
+  open_ = false;
   try {
     connection_.execute("COMMIT");
   } catch (...) {
-    rollBack();
+    connection_.rollBack();
     throw;
   }
-  open_ = false;
 }
 
 Snapshot::Snapshot(Connection& connection) {
@@ -145,8 +152,8 @@ Snapshot::~Snapshot() {
   if (connection_ == nullptr) return;
   try {
     connection_->execute("COMMIT");
-  } catch (const Error&) {
-    // SQLite has ended it by itself; nothing was written.
+  } catch (const std::exception&) {
+    connection_->rollBack();  // nothing was written
   }
 }
 

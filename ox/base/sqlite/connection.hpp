@@ -32,6 +32,8 @@ class Connection {
   // Rows changed since the file was opened, those of transactions that were rolled back too.
   std::int64_t totalChanges() const;
   bool isInTransaction() const;
+  // Ends a transaction, if there is one. Where memory is short too: it needs none of its own.
+  void rollBack() noexcept;
   // The log stays where it is when the last connection to the file is closed, as this one may be.
   void keepLog();
   // Where SQLite keeps the write-ahead log of this database: beside the file itself, through every
@@ -40,7 +42,10 @@ class Connection {
   sqlite3* handle() const { return handle_; }
 
  private:
+  int makeReady();
+
   sqlite3* handle_ = nullptr;
+  sqlite3_stmt* rollBack_ = nullptr;
 };
 
 // An immediate write transaction: rolled back unless committed.
@@ -54,8 +59,6 @@ class Transaction {
   void commit();
 
  private:
-  void rollBack();
-
   Connection& connection_;
   bool open_ = true;
 };

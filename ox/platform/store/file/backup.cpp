@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <system_error>
+#include <unistd.h>
 
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/file/schema.hpp"
@@ -59,12 +60,12 @@ auto DatabaseCopy::guarded(Step step) {
 
 DatabaseCopy::DatabaseCopy(const std::string& target) : target_(target) {
   guarded([&] { file_.emplace(target); });
+  journal_ = file_->path() + "-journal";
 }
 
 // A copy that failed may leave its journal behind.
 DatabaseCopy::~DatabaseCopy() {
-  std::error_code none;
-  if (file_) std::filesystem::remove(journal(), none);
+  ::unlink(journal_.c_str());
 }
 
 template <typename Look>

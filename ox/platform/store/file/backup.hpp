@@ -23,7 +23,7 @@ class DatabaseCopy {
   ~DatabaseCopy();
 
   // Where it lies until it is put in its place, and what SQLite puts beside it meanwhile.
-  std::vector<std::string> files() const { return {file_->path(), journal()}; }
+  std::vector<std::string> files() const { return {file_->path(), journal_}; }
   const std::string& path() const { return file_->path(); }
   // Takes what is committed at one moment; the result is what a store holds.
   RecordCounts takeStore(const std::string& from);
@@ -37,7 +37,6 @@ class DatabaseCopy {
   void put();
 
  private:
-  std::string journal() const { return file_->path() + "-journal"; }
   template <typename Step>
   auto guarded(Step step);
   template <typename Look>
@@ -45,6 +44,7 @@ class DatabaseCopy {
 
   std::string target_;
   std::optional<ReplacementFile> file_;
+  std::string journal_;
 };
 
 // Writes a copy of the store at `from`, as it is committed at one moment whatever other processes

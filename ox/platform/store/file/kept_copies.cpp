@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <system_error>
 
+#include "ox/base/paths_in.hpp"
 #include "ox/base/replacement_file.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/file/backup.hpp"
@@ -89,8 +90,8 @@ std::vector<std::string> pathsOfCopies(const std::string& store) {
   return guarded(store, [&] {
     std::vector<std::string> paths;
     if (!fs::exists(folderOf(store))) return paths;
-    for (const auto& entry : fs::directory_iterator(folderOf(store))) {
-      if (isCopy(entry.path())) paths.push_back(entry.path().string());
+    for (const auto& path : pathsIn(folderOf(store).string())) {
+      if (isCopy(path)) paths.push_back(path);
     }
     std::ranges::sort(paths, std::greater<>());
     return paths;
@@ -100,14 +101,13 @@ std::vector<std::string> pathsOfCopies(const std::string& store) {
 std::vector<std::string> sweepUnfinishedCopies(const std::string& store) {
   return guarded(store, [&] {
     std::vector<std::string> inUse;
-    std::vector<fs::path> left;
+    std::vector<std::string> left;
     if (!fs::exists(folderOf(store))) return inUse;
-    for (const auto& entry : fs::directory_iterator(folderOf(store))) {
-      const auto path = entry.path().string();
+    for (const auto& path : pathsIn(folderOf(store).string())) {
       const auto copy = copyInTheMaking(path);
       if (copy.empty()) continue;
       if (!fs::exists(copy) || ReplacementFile::isAbandoned(copy)) {
-        left.push_back(entry.path());
+        left.push_back(path);
       } else if (path == copy) {
         inUse.push_back(path);
       }
@@ -129,11 +129,11 @@ void sweepCopies(const std::string& store, const std::string& made) {
     return other.starts_with(name);
   };
   guarded(store, [&] {
-    std::vector<fs::path> old;
-    for (const auto& entry : fs::directory_iterator(folderOf(store))) {
-      const auto name = entry.path().filename().string();
+    std::vector<std::string> old;
+    for (const auto& path : pathsIn(folderOf(store).string())) {
+      const auto name = fs::path(path).filename().string();
       const bool isUnfinished = !copyInTheMaking(name).empty();
-      if (name < oldest && !isMade(name) && !isUnfinished) old.push_back(entry.path());
+      if (name < oldest && !isMade(name) && !isUnfinished) old.push_back(path);
     }
     for (const auto& path : old) fs::remove_all(path);
   });

@@ -1,6 +1,7 @@
 #include "ox/platform/store/journal/store_journal.hpp"
 
 #include <deque>
+#include <exception>
 #include <filesystem>
 #include <system_error>
 #include <unordered_set>
@@ -35,9 +36,12 @@ class OpenedCopy {
   OpenedCopy& operator=(const OpenedCopy&) = delete;
   ~OpenedCopy() {
     file_.reset();
-    std::error_code error;
-    for (const auto* ending : {"-wal", "-shm", "-journal", ".copies"}) {
-      std::filesystem::remove_all(copy_.path() + ending, error);
+    try {
+      for (const auto* ending : {"-wal", "-shm", "-journal", ".copies"}) {
+        std::filesystem::remove_all(copy_.path() + ending);
+      }
+    } catch (const std::exception&) {
+      // What is left goes with the next sweep of the copies.
     }
   }
 

@@ -1,5 +1,6 @@
 #include "ox/platform/store/salvage/store_salvage.hpp"
 
+#include <exception>
 #include <filesystem>
 #include <system_error>
 #include <unordered_map>
@@ -178,9 +179,12 @@ StoreSalvage::StoreSalvage(std::string from, const std::string& to) : from_(std:
 
 // The log and the index of it are the database's, which removes them itself when it can.
 StoreSalvage::~StoreSalvage() {
-  std::error_code error;
-  for (const auto& file : files()) {
-    if (file != file_->path()) std::filesystem::remove(file, error);
+  try {
+    for (const auto& file : files()) {
+      if (file != file_->path()) std::filesystem::remove(file);
+    }
+  } catch (const std::exception&) {
+    // What is left goes when the same target is written again.
   }
 }
 
