@@ -47,6 +47,12 @@ std::size_t AllowedStates::expectLeft(std::size_t first, std::size_t last) const
   return found;
 }
 
+void AllowedStates::expectContactsLeft(std::size_t first, std::size_t last) const {
+  EXPECT_EQ(problems(), "");
+  EXPECT_TRUE(anyHas(&ReadableState::contacts, look_().contacts, first, last))
+      << "no such contacts";
+}
+
 bool AllowedStates::anyHas(std::string ReadableState::*part, const std::string& text,
                            std::size_t first, std::size_t last) const {
   for (auto i = first; i <= last; ++i) {

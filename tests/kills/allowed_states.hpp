@@ -26,6 +26,8 @@ class AllowedStates {
   // of the states, and the next command that looks at tags brings these to where the contacts are.
   // The result is the number of the state, the latest of equal ones.
   std::size_t expectLeft(std::size_t first, std::size_t last) const;
+  // The same of the contacts alone.
+  void expectContactsLeft(std::size_t first, std::size_t last) const;
 
  private:
   bool anyHas(std::string ReadableState::*part, const std::string& text, std::size_t first,

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 
-#include "tests/kills/kill_switch.hpp"
 #include "tests/support/store_environment.hpp"
+#include "tests/support/struck_run.hpp"
 
 namespace ox::kills {
 namespace {
@@ -16,8 +16,9 @@ using support::StoreEnvironment;
 // The folders that the environment has made stay, and the kept files too. The index of the
 // write-ahead log is made anew from the log wherever it is missing.
 bool isKept(const std::filesystem::path& path) {
-  const auto name = path.filename();
-  return name != "home" && name != "data" && name != "prepared" && !name.string().ends_with("-shm");
+  const auto name = path.filename().string();
+  return name != "home" && name != "data" && !name.starts_with("prepared") &&
+         !name.ends_with("-shm");
 }
 
 void copyAll(const std::filesystem::path& from, const std::filesystem::path& to) {
@@ -35,14 +36,11 @@ std::string Moment::text() const {
 }
 
 support::ProcessResult runUntil(const Moment& moment, const std::vector<std::string>& command) {
-  return support::runProcess(
-      command, "",
-      {"LD_PRELOAD=" OX_KILL_SWITCH,
-       kFolderVariable + ("=" + StoreEnvironment::instance().folder().string()),
-       kAtVariable + ("=" + std::to_string(moment.change)),
-       std::string(kHowVariable) + (moment.how == How::Half ? "=half" : "=before"),
-       // The switch is loaded before the sanitizers, which stand aside for it.
-       "ASAN_OPTIONS=verify_asan_link_order=0"});
+  namespace words = support::call_switch;
+  const auto blow = moment.how == How::Half
+                        ? support::Blow{words::kWrites, words::kDeathWithin, moment.change}
+                        : support::Blow{words::kChanges, words::kDeath, moment.change};
+  return support::runStruck(command, blow).result;
 }
 
 support::ProcessResult runAlive(const std::vector<std::string>& command) {
@@ -53,7 +51,7 @@ bool wasKilled(const support::ProcessResult& result) {
   return result.exitCode == 128 + SIGKILL;
 }
 
-PreparedFolder::PreparedFolder() : kept_(support::temporaryPath("prepared")) {
+PreparedFolder::PreparedFolder(const std::string& name) : kept_(support::temporaryPath(name)) {
   std::filesystem::remove_all(kept_);
   std::filesystem::create_directory(kept_);
   copyAll(StoreEnvironment::instance().folder(), kept_);

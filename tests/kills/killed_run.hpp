@@ -21,7 +21,7 @@ struct Moment {
   std::string text() const;
 };
 
-// Runs that command with the kill switch in it. The exit code is 128 + SIGKILL when it came as far
+// Runs that command with the call switch in it. The exit code is 128 + SIGKILL when it came as far
 // as that change.
 support::ProcessResult runUntil(const Moment& moment, const std::vector<std::string>& command);
 // The same, not killed; without its syncs, which nothing here needs.
@@ -32,7 +32,8 @@ bool wasKilled(const support::ProcessResult& result);
 // open meanwhile.
 class PreparedFolder {
  public:
-  PreparedFolder();
+  // Kept beside the others under that name, which begins with "prepared".
+  explicit PreparedFolder(const std::string& name = "prepared");
   void bringBack() const;
 
  private:

@@ -61,6 +61,10 @@ std::ostream& operator<<(std::ostream& stream, const Act& act) {
 
 void prepareFor(const Act& act) {
   fillAddressBook();
+  prepareAlsoFor(act);
+}
+
+void prepareAlsoFor(const Act& act) {
   if (act.before.empty()) return;
   const auto result = runAlive(commandOf(act.before));
   EXPECT_EQ(result.exitCode, 0) << result.errors;

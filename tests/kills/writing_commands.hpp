@@ -33,6 +33,8 @@ const std::vector<Act>& writingCommands();
 
 // Fills the store for the act.
 void prepareFor(const Act& act);
+// The same for a store that fillAddressBook has filled.
+void prepareAlsoFor(const Act& act);
 
 // The state before the act, after each of its parts, and after it; the act is run for that, and the
 // files are as they were. Both arguments must outlive the result.

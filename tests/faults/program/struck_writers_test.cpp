@@ -1,0 +1,85 @@
+// Every command of the program that writes, on a disk that breaks or is full at every place. It
+// fails in words or is done; what it was asked to do is there as a whole or not at all; and what
+// the next one does on a sound disk is whole.
+#include <gtest/gtest.h>
+
+#include "tests/faults/program/disorders.hpp"
+#include "tests/kills/address_book.hpp"
+#include "tests/kills/killed_run.hpp"
+#include "tests/kills/writing_commands.hpp"
+#include "tests/support/store_environment.hpp"
+
+namespace ox::faults {
+namespace {
+
+using kills::Act;
+using kills::PreparedFolder;
+
+// A tag file that cannot be read costs the tags and keeps nothing else from being done: whose tags
+// are not known leaves them behind.
+constexpr const char* kTagsLost = "the contacts are saved, but not all of the tags";
+
+class StruckWriter {
+ public:
+  explicit StruckWriter(const Act& act)
+      : act_(act),
+        known_(kills::identifiersNow()),
+        states_(kills::statesOf(act, known_)),
+        command_(act.command()) {}
+
+  int tryAll(const Disorder& disorder, int step) {
+    return tryEverywhere(
+        act_.name, disorder, step,
+        [&](const support::Blow& blow) {
+          prepared_.bringBack();
+          return support::runStruck(command_, blow);
+        },
+        [&](const support::StruckRun& run) { look(run, disorder); });
+  }
+
+ private:
+  void look(const support::StruckRun& run, const Disorder& disorder) const {
+    const auto& result = run.result;
+    const bool mustBeDone = !run.wasStruck || disorder.mustBeBorne();
+    EXPECT_TRUE(result.exitCode == 0 || (result.exitCode == 1 && !mustBeDone))
+        << result.exitCode << result.errors;
+    EXPECT_TRUE(result.exitCode == 0 || !result.errors.empty());
+    SCOPED_TRACE("it told: " + result.output + result.errors);
+    const auto last = states_.count() - 1;
+    if (result.errors.find(kTagsLost) != std::string::npos) {
+      states_.expectContactsLeft(last, last);
+    } else {
+      kills::expectLeftWhole(act_, states_, result);
+    }
+  }
+
+  const Act& act_;
+  kills::Identifiers known_;
+  kills::AllowedStates states_;
+  PreparedFolder prepared_;
+  std::vector<std::string> command_;
+};
+
+TEST(StruckWriters, DoTheWholeOrNothing) {
+  kills::fillAddressBook();
+  const PreparedFolder filled("prepared, filled");
+  Sample sample(17);
+  int struck = 0;
+  for (const auto& act : kills::writingCommands()) {
+    std::vector<Disorder> disorders;
+    for (const auto& disorder : allDisorders()) {
+      if (sample.takes(act.name, disorder)) disorders.push_back(disorder);
+    }
+    if (disorders.empty()) continue;
+    filled.bringBack();
+    kills::prepareAlsoFor(act);
+    StruckWriter writer(act);
+    for (const auto& disorder : disorders) {
+      struck += writer.tryAll(disorder, Sample::stepOr(40));
+    }
+  }
+  EXPECT_GT(struck, 0);
+}
+
+}  // namespace
+}  // namespace ox::faults
