@@ -68,12 +68,20 @@ void PageFile::meetLog() {
 
 std::optional<std::string> PageFile::page(std::uint32_t number) {
   if (number == 0 || number > count_) return std::nullopt;
-  auto bytes = hasLog_ && log_.holds(number)
-                   ? log_.page(number)
-                   : file_.bytes((static_cast<std::uint64_t>(number) - 1) * pageBytes_, pageBytes_);
+  auto bytes = hasLog_ && log_.holds(number) ? log_.page(number) : pageOfFile(number);
   if (!bytes && unread_.insert(number).second) {
     damages_.push_back("page " + std::to_string(number) + " cannot be read");
   }
+  return bytes;
+}
+
+// Rows stand in the part of a page that a file which was cut off still has, too.
+std::optional<std::string> PageFile::pageOfFile(std::uint32_t number) {
+  const auto start = (static_cast<std::uint64_t>(number) - 1) * pageBytes_;
+  if (start >= file_.size()) return std::nullopt;
+  const auto size = std::min<std::uint64_t>(pageBytes_, file_.size() - start);
+  auto bytes = file_.bytes(start, size);
+  if (bytes) bytes->resize(pageBytes_);
   return bytes;
 }
 

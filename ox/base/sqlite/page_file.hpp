@@ -35,6 +35,7 @@ class PageFile {
   const std::vector<std::string>& damages() const { return damages_; }
 
  private:
+  std::optional<std::string> pageOfFile(std::uint32_t number);
   void readHeader();
   void meetLog();
   void findFreePages();
