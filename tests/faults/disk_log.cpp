@@ -65,18 +65,44 @@ void DiskReplay::play(const Event& event) {
     if (event.kind == Kind::DeleteSynced) settleNames();
     return;
   }
+  if (event.kind == Kind::SyncFolder) return settleNamesIn(event.name);
   const auto known = now_.find(event.name);
   if (known == now_.end()) return;  // no database's file
+  if (event.kind == Kind::Rename) {
+    const auto moved = known->second;
+    now_.erase(known);
+    now_[event.bytes] = moved;
+    namesSince_.emplace_back(event.bytes, moved);
+    namesSince_.emplace_back(event.name, nullptr);
+    return;
+  }
   auto& file = *known->second;
-  if (event.kind != Kind::Sync) {
+  if (event.kind != Kind::Sync && event.kind != Kind::SyncBytes) {
     file.since.push_back(&event);
     return;
   }
-  for (const auto* change : file.since) apply(*change, file.synced);
-  file.since.clear();
+  syncBytes(file);
+  if (event.kind == Kind::SyncBytes) return;
   const bool isNew = std::any_of(namesSince_.begin(), namesSince_.end(),
                                  [&](const auto& change) { return change.second.get() == &file; });
   if (isNew) settleNames();
+}
+
+void DiskReplay::syncBytes(File& file) {
+  for (const auto* change : file.since) apply(*change, file.synced);
+  file.since.clear();
+}
+
+void DiskReplay::settleNamesIn(const std::string& folder) {
+  std::vector<std::pair<std::string, FilePtr>> others;
+  for (auto& [name, file] : namesSince_) {
+    if (std::filesystem::path(name).parent_path() == folder) {
+      synced_[name] = std::move(file);
+    } else {
+      others.emplace_back(name, std::move(file));
+    }
+  }
+  namesSince_ = std::move(others);
 }
 
 void DiskReplay::settleNames() {
@@ -114,6 +140,7 @@ void DiskReplay::writeInto(const std::filesystem::path& folder, Loss loss,
   for (std::size_t i = 0; i < arrived; ++i) names[namesSince_[i].first] = namesSince_[i].second;
   for (const auto& [name, file] : names) {
     if (!file) continue;
+    std::filesystem::create_directories((folder / name).parent_path());
     std::ofstream(folder / name, std::ios::binary) << contentOf(*file, loss, chance);
   }
 }

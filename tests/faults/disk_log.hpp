@@ -22,6 +22,9 @@ struct Event {
     Sync,          // the file, and the folder when the file is a new one
     Delete,        //
     DeleteSynced,  // and the folder synced
+    SyncBytes,     // the file, and no folder
+    SyncFolder,    // the names in it
+    Rename,        // its new name is the bytes
   };
   Kind kind = Kind::Write;
   std::string name;
@@ -59,7 +62,9 @@ class DiskReplay {
   using Names = std::map<std::string, FilePtr>;
 
   void play(const Event& event);
+  void syncBytes(File& file);
   void settleNames();
+  void settleNamesIn(const std::string& folder);
   static std::string contentOf(const File& file, Loss loss, std::mt19937& chance);
 
   const DiskLog& log_;

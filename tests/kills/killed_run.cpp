@@ -57,7 +57,7 @@ PreparedFolder::PreparedFolder(const std::string& name) : kept_(support::tempora
   copyAll(StoreEnvironment::instance().folder(), kept_);
 }
 
-void PreparedFolder::bringBack() const {
+void PreparedFolder::clear() {
   const auto& folder = StoreEnvironment::instance().folder();
   std::vector<std::filesystem::path> old;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
@@ -65,7 +65,11 @@ void PreparedFolder::bringBack() const {
     if (isIndex || isKept(entry)) old.push_back(entry);
   }
   for (const auto& path : old) std::filesystem::remove_all(path);
-  copyAll(kept_, folder);
+}
+
+void PreparedFolder::bringBack() const {
+  clear();
+  copyAll(kept_, StoreEnvironment::instance().folder());
 }
 
 namespace {

@@ -35,6 +35,8 @@ class PreparedFolder {
   // Kept beside the others under that name, which begins with "prepared".
   explicit PreparedFolder(const std::string& name = "prepared");
   void bringBack() const;
+  // Nothing is left but what is kept.
+  static void clear();
 
  private:
   std::filesystem::path kept_;

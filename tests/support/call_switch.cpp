@@ -1,19 +1,23 @@
-// Takes the place of the system's functions that work on files, in a process that loads it with
-// LD_PRELOAD, and strikes the call that the environment names. The calls themselves are plain
-// system calls, so that it needs nothing of the process it sits in. A sync is counted and not made:
-// the machine of the tests keeps its power.
+// Takes the place of the system's functions that work on files, in a process
+// that loads it with LD_PRELOAD, and strikes the call that the environment
+// names. The calls themselves are plain system calls, so that it needs nothing
+// of the process it sits in. A sync is counted and not made: the machine of the
+// tests keeps its power.
 #include "tests/support/call_switch.hpp"
 
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <iterator>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -32,7 +36,8 @@ bool is(const char* variable, const char* word) {
   return value != nullptr && std::strcmp(value, word) == 0;
 }
 
-// Read at the first call. Static initialisers of the process may come before those of the switch.
+// Read at the first call. Static initialisers of the process may come before
+// those of the switch.
 struct Plan {
   const char* folder = std::getenv(words::kFolder);
   const char* mark = std::getenv(words::kMark);
@@ -115,6 +120,52 @@ ssize_t transfer(Call call, int file, size_t size, Transfer make) {
   return made;
 }
 
+int logFile() {
+  static const auto* const path = std::getenv(words::kLog);
+  if (path == nullptr) return -1;
+  static const auto file = static_cast<int>(
+      ::syscall(SYS_openat, AT_FDCWD, path, O_CREAT | O_WRONLY | O_APPEND | O_CLOEXEC, 0600));
+  return file;
+}
+
+void log(char what, const char* path, std::int64_t place = 0, const void* bytes = nullptr,
+         std::uint64_t size = 0) {
+  const std::uint64_t pathSize = std::strlen(path);
+  const iovec parts[] = {{&what, 1},
+                         {const_cast<std::uint64_t*>(&pathSize), sizeof pathSize},
+                         {const_cast<char*>(path), pathSize},
+                         {&place, sizeof place},
+                         {&size, sizeof size},
+                         {const_cast<void*>(bytes), size}};
+  ::syscall(SYS_writev, logFile(), parts, std::size(parts));
+}
+
+// A change that was made; `result` is what the system answered.
+template <typename Result>
+Result logged(Result result, char what, int file, std::int64_t place = 0) {
+  if (result >= 0 && logFile() >= 0 && isBelow(file)) {
+    log(what, ox::support::PathOfFile(file).text(), place);
+  }
+  return result;
+}
+
+template <typename Result>
+Result logged(Result result, char what, const char* path, std::int64_t place = 0,
+              const char* newName = "") {
+  if (result >= 0 && logFile() >= 0 && isBelow(path)) {
+    log(what, path, place, newName, std::strlen(newName));
+  }
+  return result;
+}
+
+ssize_t loggedWrite(ssize_t written, int file, std::int64_t place, const void* bytes) {
+  if (written > 0 && logFile() >= 0 && isBelow(file)) {
+    log(words::kWritten, ox::support::PathOfFile(file).text(), place, bytes,
+        static_cast<std::uint64_t>(written));
+  }
+  return written;
+}
+
 // Whether a call that is no transfer fails.
 template <typename FileOrPath>
 bool fails(Call call, FileOrPath target) {
@@ -128,12 +179,22 @@ size_t sizeOf(const iovec* parts, int partCount) {
   return size;
 }
 
+ssize_t readSome(int file, void* bytes, size_t size) {
+  return ::syscall(SYS_read, file, bytes, size);
+}
+
+ssize_t writeSome(int file, const void* bytes, size_t size) {
+  const auto written = ::syscall(SYS_write, file, bytes, size);
+  return loggedWrite(written, file, ::syscall(SYS_lseek, file, 0, SEEK_CUR) - written, bytes);
+}
+
 // The first of the parts as far as that size reaches, one call for each.
-ssize_t transferParts(long call, int file, const iovec* parts, int partCount, size_t size) {
+template <typename Move>
+ssize_t moveParts(Move move, int file, const iovec* parts, int partCount, size_t size) {
   ssize_t made = 0;
   for (int i = 0; i < partCount && size > 0; ++i) {
     const auto some = parts[i].iov_len < size ? parts[i].iov_len : size;
-    const auto result = ::syscall(call, file, parts[i].iov_base, some);
+    const auto result = move(file, parts[i].iov_base, some);
     if (result < 0) return made > 0 ? made : -1;
     made += result;
     size -= some;
@@ -144,7 +205,29 @@ ssize_t transferParts(long call, int file, const iovec* parts, int partCount, si
 
 int openAt(int folder, const char* path, int flags, mode_t mode) {
   if (fails(Call::Open, path)) return -1;
-  return static_cast<int>(::syscall(SYS_openat, folder, path, flags | O_LARGEFILE, mode));
+  const bool wasThere = ::syscall(SYS_faccessat, folder, path, F_OK) == 0;
+  const auto file =
+      static_cast<int>(::syscall(SYS_openat, folder, path, flags | O_LARGEFILE, mode));
+  if (!wasThere && (flags & O_CREAT) != 0) return logged(file, words::kCreated, path);
+  return (flags & O_TRUNC) != 0 ? logged(file, words::kResized, path) : file;
+}
+
+// A sync is not made: the machine of the tests keeps its power.
+int syncOnce(long call, int file) {
+  if (fails(Call::Change, file)) return -1;
+  if (!isBelow(file)) return static_cast<int>(::syscall(call, file));
+  struct stat status {};
+  const bool isFolder = ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
+  return logged(0, isFolder ? words::kFolderSynced : words::kSynced, file);
+}
+
+// Bytes that pass from file to file within the system cannot be logged: who is
+// refused that reads and writes them.
+bool refusesCopy(int to) {
+  if (fails(Call::Change, to)) return true;
+  if (logFile() < 0) return false;
+  errno = ENOSYS;
+  return true;
 }
 
 }  // namespace
@@ -152,8 +235,7 @@ int openAt(int folder, const char* path, int flags, mode_t mode) {
 extern "C" {
 
 ssize_t read(int file, void* bytes, size_t size) {
-  return transfer(Call::Read, file, size,
-                  [&](size_t some) { return ::syscall(SYS_read, file, bytes, some); });
+  return transfer(Call::Read, file, size, [&](size_t some) { return readSome(file, bytes, some); });
 }
 
 ssize_t pread(int file, void* bytes, size_t size, off_t place) {
@@ -166,19 +248,19 @@ ssize_t pread64(int file, void* bytes, size_t size, off64_t place) {
 }
 
 ssize_t readv(int file, const iovec* parts, int partCount) {
-  return transfer(Call::Read, file, sizeOf(parts, partCount), [&](size_t some) {
-    return transferParts(SYS_read, file, parts, partCount, some);
-  });
+  return transfer(Call::Read, file, sizeOf(parts, partCount),
+                  [&](size_t some) { return moveParts(readSome, file, parts, partCount, some); });
 }
 
 ssize_t write(int file, const void* bytes, size_t size) {
   return transfer(Call::Write, file, size,
-                  [&](size_t some) { return ::syscall(SYS_write, file, bytes, some); });
+                  [&](size_t some) { return writeSome(file, bytes, some); });
 }
 
 ssize_t pwrite(int file, const void* bytes, size_t size, off_t place) {
-  return transfer(Call::Write, file, size,
-                  [&](size_t some) { return ::syscall(SYS_pwrite64, file, bytes, some, place); });
+  return transfer(Call::Write, file, size, [&](size_t some) {
+    return loggedWrite(::syscall(SYS_pwrite64, file, bytes, some, place), file, place, bytes);
+  });
 }
 
 ssize_t pwrite64(int file, const void* bytes, size_t size, off64_t place) {
@@ -186,14 +268,12 @@ ssize_t pwrite64(int file, const void* bytes, size_t size, off64_t place) {
 }
 
 ssize_t writev(int file, const iovec* parts, int partCount) {
-  return transfer(Call::Write, file, sizeOf(parts, partCount), [&](size_t some) {
-    return transferParts(SYS_write, file, parts, partCount, some);
-  });
+  return transfer(Call::Write, file, sizeOf(parts, partCount),
+                  [&](size_t some) { return moveParts(writeSome, file, parts, partCount, some); });
 }
 
 ssize_t sendfile(int to, int from, off_t* place, size_t size) {
-  if (fails(Call::Change, to)) return -1;
-  return ::syscall(SYS_sendfile, to, from, place, size);
+  return refusesCopy(to) ? -1 : ::syscall(SYS_sendfile, to, from, place, size);
 }
 
 ssize_t sendfile64(int to, int from, off64_t* place, size_t size) {
@@ -202,23 +282,22 @@ ssize_t sendfile64(int to, int from, off64_t* place, size_t size) {
 
 ssize_t copy_file_range(int from, off64_t* fromPlace, int to, off64_t* toPlace, size_t size,
                         unsigned flags) {
-  if (fails(Call::Change, to)) return -1;
+  if (refusesCopy(to)) return -1;
   return ::syscall(SYS_copy_file_range, from, fromPlace, to, toPlace, size, flags);
 }
 
 int fsync(int file) {
-  if (fails(Call::Change, file)) return -1;
-  return isBelow(file) ? 0 : static_cast<int>(::syscall(SYS_fsync, file));
+  return syncOnce(SYS_fsync, file);
 }
 
 int fdatasync(int file) {
-  if (fails(Call::Change, file)) return -1;
-  return isBelow(file) ? 0 : static_cast<int>(::syscall(SYS_fdatasync, file));
+  return syncOnce(SYS_fdatasync, file);
 }
 
 int ftruncate(int file, off_t size) {
   if (fails(Call::Change, file)) return -1;
-  return static_cast<int>(::syscall(SYS_ftruncate, file, size));
+  const auto result = static_cast<int>(::syscall(SYS_ftruncate, file, size));
+  return logged(result, words::kResized, file, size);
 }
 
 int ftruncate64(int file, off64_t size) {
@@ -227,7 +306,7 @@ int ftruncate64(int file, off64_t size) {
 
 int truncate(const char* path, off_t size) {
   if (fails(Call::Change, path)) return -1;
-  return static_cast<int>(::syscall(SYS_truncate, path, size));
+  return logged(static_cast<int>(::syscall(SYS_truncate, path, size)), words::kResized, path, size);
 }
 
 int fallocate(int file, int mode, off_t place, off_t size) {
@@ -241,7 +320,7 @@ int posix_fallocate(int file, off_t place, off_t size) {
 
 int rename(const char* from, const char* to) {
   if (fails(Call::Change, to)) return -1;
-  return static_cast<int>(::syscall(SYS_rename, from, to));
+  return logged(static_cast<int>(::syscall(SYS_rename, from, to)), words::kRenamed, from, 0, to);
 }
 
 int link(const char* from, const char* to) {
@@ -251,13 +330,14 @@ int link(const char* from, const char* to) {
 
 int unlink(const char* path) {
   if (fails(Call::Change, path)) return -1;
-  return static_cast<int>(::syscall(SYS_unlink, path));
+  return logged(static_cast<int>(::syscall(SYS_unlink, path)), words::kRemoved, path);
 }
 
 int remove(const char* path) {
   if (fails(Call::Change, path)) return -1;
-  const auto result = ::syscall(SYS_unlink, path);
-  return static_cast<int>(result != 0 && errno == EISDIR ? ::syscall(SYS_rmdir, path) : result);
+  const auto result = static_cast<int>(::syscall(SYS_unlink, path));
+  if (result != 0 && errno == EISDIR) return static_cast<int>(::syscall(SYS_rmdir, path));
+  return logged(result, words::kRemoved, path);
 }
 
 int open(const char* path, int flags, ...) {

@@ -34,6 +34,18 @@ inline constexpr const char* kNone = "none";                 // EMFILE, or EAGAI
 inline constexpr const char* kDeath = "death";               // the process ends before the call
 inline constexpr const char* kDeathWithin = "death within";  // or when half of a write is made
 
+// A file to which every change is added that was made below the folder: what it was (one letter),
+// the length of its path and the path, a place or a size, the length of its bytes and the bytes;
+// numbers are of 8 bytes. A new name of a file is its bytes; a folder that was synced is a path.
+inline constexpr const char* kLog = "OX_SWITCH_LOG";
+inline constexpr char kCreated = 'c';
+inline constexpr char kWritten = 'w';
+inline constexpr char kResized = 't';
+inline constexpr char kSynced = 's';
+inline constexpr char kFolderSynced = 'f';
+inline constexpr char kRenamed = 'r';
+inline constexpr char kRemoved = 'd';
+
 // A process that hangs is ended by SIGALRM after that many seconds.
 inline constexpr int kSeconds = 60;
 

@@ -68,4 +68,10 @@ StruckRun runStruck(const std::vector<std::string>& command, const Blow& blow) {
   return {std::move(result), std::filesystem::exists(mark)};
 }
 
+ProcessResult runLogged(const std::vector<std::string>& command, const std::string& log) {
+  auto variables = switchFor({call_switch::kChanges, call_switch::kNone, 0}, "");
+  variables.push_back(assigned(call_switch::kLog, log));
+  return runProcess(command, "", variables);
+}
+
 }  // namespace ox::support

@@ -34,4 +34,8 @@ struct StruckRun {
 // it has failed.
 StruckRun runStruck(const std::vector<std::string>& command, const Blow& blow);
 
+// Runs that command with the call switch in it, which strikes nothing and logs every change that
+// the command makes to a file of the test's folder.
+ProcessResult runLogged(const std::vector<std::string>& command, const std::string& log);
+
 }  // namespace ox::support
