@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "ox/base/checksum.hpp"
+#include "ox/base/sqlite/statement.hpp"
 
 namespace ox::sqlite {
 namespace {
@@ -21,6 +22,11 @@ std::uint64_t wordOf(sqlite3_value* value, int type) {
   return checksum64(bytes != nullptr ? std::string_view(bytes, size) : std::string_view());
 }
 
+SummedColumn summed(sqlite3_value* value) {
+  const int type = sqlite3_value_type(value);
+  return {type, wordOf(value, type)};
+}
+
 constexpr std::size_t kMostColumns = 16;
 
 void answerRowSum(sqlite3_context* context, int count, sqlite3_value** values) {
@@ -30,10 +36,7 @@ void answerRowSum(sqlite3_context* context, int count, sqlite3_value** values) {
     sqlite3_result_error(context, "row_sum: too many columns", -1);
     return;
   }
-  for (std::size_t i = 0; i < size; ++i) {
-    const int type = sqlite3_value_type(values[i]);
-    columns[i] = {type, wordOf(values[i], type)};
-  }
+  for (std::size_t i = 0; i < size; ++i) columns[i] = summed(values[i]);
   sqlite3_result_int(context, rowSum({columns.data(), size}));
 }
 
@@ -50,6 +53,16 @@ std::int32_t rowSum(std::span<const SummedColumn> columns) {
     next += kBytes;
   }
   return static_cast<std::int32_t>(checksum64({bytes.data(), kBytes * columns.size()}));
+}
+
+bool isSound(const Statement& row, int columns) {
+  std::array<SummedColumn, kMostColumns> read;
+  const auto size = static_cast<std::size_t>(columns);
+  assert(size <= kMostColumns);
+  for (int i = 0; i < columns; ++i) {
+    read[static_cast<std::size_t>(i)] = summed(sqlite3_column_value(row.statement_, i));
+  }
+  return rowSum({read.data(), size}) == row.integer(columns);
 }
 
 std::string withRowSums(std::string statements) {

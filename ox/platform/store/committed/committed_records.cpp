@@ -29,7 +29,7 @@ CommittedRecords::CommittedRecords(StoreFile& file)
     : file_(file),
       containers_(file),
       entries_(kHalfEntryCacheEntries),
-      contents_(file),
+      contents_(file, [this](std::int64_t row) { return keyInRow(row); }),
       memberLists_(kHalfLinkCacheEntries),
       subgroupLists_(kHalfLinkCacheEntries),
       parentLists_(kHalfLinkCacheEntries) {}
@@ -103,6 +103,11 @@ void CommittedRecords::readRecordsAfter(std::int64_t row) {
       failures::notice(FailureKind::Corrupt, name + ": " + error.what(), name);
     }
   }
+}
+
+const RecordKey* CommittedRecords::keyInRow(std::int64_t row) const {
+  const auto* entry = index_.inRow(row);
+  return entry != nullptr ? &entry->key : nullptr;
 }
 
 RecordKeys CommittedRecords::records(RecordKind kind) {

@@ -103,6 +103,7 @@ class CommittedRecords {
   void forgetValuesOf(const RecordKey& key);
   void forgetValues();
   ContentCache::Ahead ahead() const;
+  const RecordKey* keyInRow(std::int64_t row) const;
   std::optional<Entry> kept(std::optional<Entry> found);
   KnownContent readStored(const RecordKey& key, Entry entry);
   auto& childLists(RecordKind kind) {

@@ -21,18 +21,21 @@ constexpr std::size_t kHalfPictureCacheBytes = 2U << 20U;
 // What a decoded bag takes in memory, as a multiple of its stored size: an estimate.
 constexpr std::size_t kDecodedFactor = 4;
 
-// Of a row of record, uid, checksum, data, sound; null when it is damaged.
+// Of a row of record, checksum, data, sound; null when it is damaged.
 Data soundPicture(const sqlite::Statement& row) {
-  const auto bytes = row.blob(3);
-  if (row.integer(4) == 0 || checksum64(bytes) != static_cast<std::uint64_t>(row.integer(2)))
+  const auto bytes = row.blob(2);
+  if (row.integer(3) == 0 || checksum64(bytes) != static_cast<std::uint64_t>(row.integer(1)))
     return nullptr;
   return makeData(std::string(bytes));
 }
 
 }  // namespace
 
-ContentCache::ContentCache(StoreFile& file)
-    : file_(file), contents_(kHalfValueCacheBytes), pictureBytes_(kHalfPictureCacheBytes) {}
+ContentCache::ContentCache(StoreFile& file, KeyOfRow keyOfRow)
+    : file_(file),
+      keyOfRow_(std::move(keyOfRow)),
+      contents_(kHalfValueCacheBytes),
+      pictureBytes_(kHalfPictureCacheBytes) {}
 
 std::size_t ContentCache::Walk::step(std::int64_t row, std::int64_t gap, Ahead ahead) {
   const bool walks = ahead == Ahead::WhenWalking && row > lastRow && row <= lastRow + gap;
@@ -63,11 +66,13 @@ KnownContent ContentCache::read(const RecordEntry& entry, Ahead ahead) {
                             entry.key.text());
       }
     }();
-    for (auto taken = rows.blob(2).size(); taken < bytes && rows.step();) {
-      taken += rows.blob(2).size();
+    for (auto taken = rows.blob(1).size(); taken < bytes && rows.step();) {
+      taken += rows.blob(1).size();
       values_.lastRow = rows.integer(0);
+      const auto* key = keyOfRow_(values_.lastRow);
+      if (key == nullptr) continue;
       try {
-        keep(keyOfColumn(rows, 1), rows);
+        keep(*key, rows);
       } catch (const DamagedProperties&) {
         break;  // a damaged neighbour is reported when it is asked for itself
       }
@@ -78,8 +83,11 @@ KnownContent ContentCache::read(const RecordEntry& entry, Ahead ahead) {
 
 void ContentCache::readAll(std::span<const RecordEntry> entries) {
   sqlite::KeyList list;
+  std::vector<const RecordKey*> keys;
   for (const auto& entry : entries) {
-    if (contents_.find(entry.key) == nullptr) list.add(entry.row);
+    if (contents_.find(entry.key) != nullptr) continue;
+    list.add(entry.row);
+    keys.push_back(&entry.key);
   }
   if (list.empty()) return;
   file_.guarded([&] {
@@ -88,9 +96,9 @@ void ContentCache::readAll(std::span<const RecordEntry> entries) {
     rows.bindKeys(1, list);
     std::size_t taken = 0;
     while (taken < kHalfValueCacheBytes / kDecodedFactor && rows.step()) {
-      taken += rows.blob(2).size();
+      taken += rows.blob(1).size();
       try {
-        keep(keyOfColumn(rows, 1), rows);
+        keep(*keys[static_cast<std::size_t>(rows.integer(0))], rows);
       } catch (const DamagedProperties&) {
         continue;
       }
@@ -98,12 +106,12 @@ void ContentCache::readAll(std::span<const RecordEntry> entries) {
   });
 }
 
-// Of a row of record, uid, properties, checksum, sound.
+// Of a row of a number, properties, checksum, sound.
 KnownContent ContentCache::keep(const RecordKey& key, const sqlite::Statement& row) {
-  if (row.integer(4) == 0) throw DamagedProperties("the row of the stored values is damaged");
-  const auto bytes = row.blob(2);
+  if (row.integer(3) == 0) throw DamagedProperties("the row of the stored values is damaged");
+  const auto bytes = row.blob(1);
   const KnownContent content{std::make_shared<const PropertyBag>(decodeProperties(bytes)),
-                             static_cast<std::uint64_t>(row.integer(3))};
+                             static_cast<std::uint64_t>(row.integer(2))};
   contents_.put(key, content, kDecodedFactor * bytes.size());
   return content;
 }
@@ -126,10 +134,12 @@ Data ContentCache::picture(const RecordEntry& entry, Ahead ahead) {
     }
     keepPicture(entry.key, picture);
     for (auto taken = picture->size(); taken < bytes && rows.step();) {
-      taken += rows.blob(3).size();
+      taken += rows.blob(2).size();
       pictures_.lastRow = rows.integer(0);
+      const auto* key = keyOfRow_(pictures_.lastRow);
+      if (key == nullptr) continue;
       // A damaged neighbour is reported when it is asked for itself.
-      if (const auto next = soundPicture(rows)) keepPicture(keyOfColumn(rows, 1), next);
+      if (const auto next = soundPicture(rows)) keepPicture(*key, next);
     }
     return picture;
   });

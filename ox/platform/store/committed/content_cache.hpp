@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 
@@ -20,7 +21,10 @@ namespace ox {
 // throws what the file throws.
 class ContentCache {
  public:
-  explicit ContentCache(StoreFile& file);
+  // The key of the record in a row, or null where nobody has listed it: whose values those are that
+  // are read beyond what is asked for.
+  using KeyOfRow = std::function<const RecordKey*(std::int64_t)>;
+  ContentCache(StoreFile& file, KeyOfRow keyOfRow);
 
   // Values are null when they are not in memory.
   KnownContent known(const RecordKey& key);
@@ -52,6 +56,7 @@ class ContentCache {
   void keepPicture(const RecordKey& key, const Data& picture);
 
   StoreFile& file_;
+  KeyOfRow keyOfRow_;
   Walk values_;
   Walk pictures_;
   GenerationCache<RecordKey, KnownContent> contents_;

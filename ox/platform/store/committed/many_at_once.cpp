@@ -114,6 +114,7 @@ class Matching {
       rows.bindKeys(1, asked.keys);
       while (rows.step()) {
         const auto entry = entryOfRow(rows);
+        requireSound(rows, 7, "a row of stored values");
         if (entry.container != container_ || entry.kind != kind_) continue;
         const auto place = asked.places[static_cast<std::size_t>(rows.integer(5))];
         found_[place].push_back({entry.key, static_cast<std::uint64_t>(rows.integer(6))});

@@ -28,11 +28,22 @@ void RecordIndex::append(const Entry& entry) {
   containers_[entry.container].push_back(place - 1);
 }
 
+// The end where there is none, or it was removed.
+std::vector<RecordIndex::Entry>::const_iterator RecordIndex::placeOf(std::int64_t row) const {
+  const auto found = std::ranges::lower_bound(entries_, row, {}, &Entry::row);
+  const bool isThere = found != entries_.end() && found->row == row && !found->key.isNone();
+  return isThere ? found : entries_.end();
+}
+
+const RecordIndex::Entry* RecordIndex::inRow(std::int64_t row) const {
+  const auto found = placeOf(row);
+  return found != entries_.end() ? &*found : nullptr;
+}
+
 void RecordIndex::removeRow(std::int64_t row) {
-  const auto found =
-      std::lower_bound(entries_.begin(), entries_.end(), row,
-                       [](const Entry& entry, std::int64_t wanted) { return entry.row < wanted; });
-  if (found == entries_.end() || found->row != row || found->key.isNone()) return;
+  const auto place = placeOf(row);
+  if (place == entries_.end()) return;
+  const auto found = entries_.begin() + (place - entries_.cbegin());
   const auto* slot = slots_.find(found->key, rules());
   if (slot != nullptr && &entries_[*slot - 1] == &*found) slots_.erase(slot, rules());
   found->key = RecordKey();

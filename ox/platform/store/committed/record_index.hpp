@@ -25,6 +25,7 @@ class RecordIndex {
   void removeRow(std::int64_t row);
   // Null when there is no such record. Borrowed until the next change.
   const Entry* find(const RecordKey& key) const;
+  const Entry* inRow(std::int64_t row) const;
   RecordKeys all(RecordKind kind) const;
   RecordKeys inContainer(std::int32_t container, RecordKind kind) const;
   std::size_t size() const { return slots_.size(); }
@@ -41,6 +42,7 @@ class RecordIndex {
   };
 
   Rules rules() const { return {entries_}; }
+  std::vector<Entry>::const_iterator placeOf(std::int64_t row) const;
   void compact();
 
   std::vector<Entry> entries_;  // in creation order; those that were removed have no key any more

@@ -85,7 +85,7 @@ void checkRecords(sqlite::Connection& file, Problems& problems) {
   while (rows.step()) {
     std::string name = "record in row " + std::to_string(rows.integer(0));
     try {
-      name = entryOfRow(rows).key.text();
+      name = keyOfColumn(rows, 1).text();
       if (rows.integer(0) >= next) problems.push_back(name + ": its row number is not counted");
       if (rows.isNull(5)) {
         problems.push_back(name + ": its values are missing");

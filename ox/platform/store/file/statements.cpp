@@ -4,6 +4,8 @@
 #include <cassert>
 #include <cstring>
 
+#include "ox/base/sqlite/row_sum.hpp"
+
 namespace ox {
 namespace {
 
@@ -30,7 +32,8 @@ constexpr std::array kStatements = {
     Row{Sql::UidsOfRows,
         "SELECT r.uid, r.sound FROM keys(?1) k CROSS JOIN record r ON r.id = k.key"},
     Row{Sql::RecordsOfRows,
-        "SELECT id, uid, kind, container, sound FROM record WHERE id >= ?1 AND id < ?2 ORDER BY id "
+        "SELECT id, uid, kind, container, checksum FROM record WHERE id >= ?1 AND id < ?2 ORDER BY "
+        "id "
         "LIMIT ?3"},
     Row{Sql::ContentOfRow,
         "SELECT c.properties, i.checksum, c.sound FROM content c LEFT JOIN image i ON i.id = "
@@ -38,15 +41,15 @@ constexpr std::array kStatements = {
         "WHERE c.record = ?1"},
     Row{Sql::ImageChecksum, "SELECT checksum FROM image WHERE id = ?1"},
     Row{Sql::RecordsAfter,
-        "SELECT id, uid, kind, container, sound FROM record WHERE id > ?1 ORDER BY id"},
-    Row{Sql::RecordByUid, "SELECT id, uid, kind, container, sound FROM record WHERE uid = ?1"},
+        "SELECT id, uid, kind, container, checksum FROM record WHERE id > ?1 ORDER BY id"},
+    Row{Sql::RecordByUid, "SELECT id, uid, kind, container, checksum FROM record WHERE uid = ?1"},
     Row{Sql::ContentFrom,
-        "SELECT c.record, r.uid, c.properties, i.checksum, c.sound AND r.sound FROM content c "
-        "CROSS JOIN record r ON r.id = c.record LEFT JOIN image i ON i.id = c.image "
+        "SELECT c.record, c.properties, i.checksum, c.sound FROM content c "
+        "LEFT JOIN image i ON i.id = c.image "
         "WHERE c.record >= ?1 ORDER BY c.record LIMIT ?2"},
     Row{Sql::PicturesFrom,
-        "SELECT c.record, r.uid, i.checksum, i.data, c.sound AND r.sound FROM content c "
-        "CROSS JOIN image i ON i.id = c.image CROSS JOIN record r ON r.id = c.record "
+        "SELECT c.record, i.checksum, i.data, c.sound FROM content c "
+        "CROSS JOIN image i ON i.id = c.image "
         "WHERE c.record BETWEEN ?1 AND ?2 ORDER BY c.record"},
     Row{Sql::ChildrenOfRow,
         "SELECT r.uid, l.sound AND r.sound FROM link l JOIN record r ON r.id = l.child "
@@ -57,12 +60,11 @@ constexpr std::array kStatements = {
         "ORDER BY l.id"},
     // About many at once. The list comes first and in its order, whatever the planner thinks of it.
     Row{Sql::RecordsByUids,
-        "SELECT r.id, r.uid, r.kind, r.container, r.sound, k.rowid "
+        "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid "
         "FROM keys(?1) k CROSS JOIN record r ON r.uid = k.key"},
     Row{Sql::ValuesOfRows,
-        "SELECT c.record, r.uid, c.properties, i.checksum, c.sound AND r.sound FROM keys(?1) k "
-        "CROSS JOIN content c ON c.record = k.key CROSS JOIN record r ON r.id = c.record "
-        "LEFT JOIN image i ON i.id = c.image"},
+        "SELECT k.rowid, c.properties, i.checksum, c.sound FROM keys(?1) k "
+        "CROSS JOIN content c ON c.record = k.key LEFT JOIN image i ON i.id = c.image"},
     Row{Sql::ContentsOfRows,
         "SELECT k.rowid, c.properties, i.checksum, i.data, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
@@ -72,19 +74,19 @@ constexpr std::array kStatements = {
         "CROSS JOIN link l ON l.parent = k.key "
         "CROSS JOIN record r ON r.id = l.child WHERE r.kind = ?2 ORDER BY k.rowid, l.id"},
     Row{Sql::RecordsByCardUids,
-        "SELECT r.id, r.uid, r.kind, r.container, r.sound AND c.sound, k.rowid, c.fingerprint "
+        "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid, c.fingerprint, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.card_uid = k.key "
         "CROSS JOIN record r ON r.id = c.record ORDER BY k.rowid, c.record"},
     Row{Sql::RecordsByFingerprints,
-        "SELECT r.id, r.uid, r.kind, r.container, r.sound AND c.sound, k.rowid, c.fingerprint "
+        "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid, c.fingerprint, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.fingerprint = k.key "
         "CROSS JOIN record r ON r.id = c.record ORDER BY k.rowid, c.record"},
     Row{Sql::RecordsByRows,
-        "SELECT r.id, r.uid, r.kind, r.container, r.sound AND c.sound, k.rowid, c.fingerprint "
+        "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid, c.fingerprint, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
         "CROSS JOIN record r ON r.id = c.record"},
     Row{Sql::RecordsOfContainer,
-        "SELECT id, uid, kind, container, sound FROM record WHERE container = ?1 ORDER BY id"},
+        "SELECT id, uid, kind, container, checksum FROM record WHERE container = ?1 ORDER BY id"},
     Row{Sql::ParentRows, "SELECT parent FROM link WHERE child = ?1"},
     Row{Sql::SubgroupRows,
         "SELECT l.child FROM link l JOIN record r ON r.id = l.child "
@@ -223,7 +225,7 @@ RecordKey soundKey(const sqlite::Statement& row, int key, int sound) {
 }
 
 RecordEntry entryOfRow(const sqlite::Statement& row) {
-  if (row.integer(4) == 0) {
+  if (!sqlite::isSound(row, 4)) {
     throw DamagedRow("row " + std::to_string(row.integer(0)) + " of the records is damaged");
   }
   RecordEntry entry;

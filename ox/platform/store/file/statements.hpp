@@ -105,7 +105,7 @@ void requireSound(const sqlite::Statement& row, int column, const char* what);
 // The key in a column of a sound row.
 RecordKey soundKey(const sqlite::Statement& row, int key, int sound);
 
-// Of a row of id, uid, kind, container, sound. Throws DamagedRow.
+// Of a row of id, uid, kind, container, checksum. Throws DamagedRow.
 RecordEntry entryOfRow(const sqlite::Statement& row);
 
 }  // namespace ox

@@ -92,8 +92,8 @@ Data pictureOfRecord(StoreFile& file, std::int64_t row) {
 }
 
 void StoredRows::visit(const std::function<void(const RecordEntry&)>& visit) {
-  auto rows =
-      file_.connection().prepare("SELECT id, uid, kind, container, sound FROM record ORDER BY id");
+  auto rows = file_.connection().prepare(
+      "SELECT id, uid, kind, container, checksum FROM record ORDER BY id");
   while (rows.step()) visit(entryOfRow(rows));
 }
 
