@@ -38,6 +38,8 @@ class GenerationCache {
     return &(young_.insert_or_assign(key, std::pair(std::move(value), cost)).first->second.first);
   }
 
+  bool empty() const { return young_.empty() && old_.empty(); }
+
   void erase(const Key& key) {
     young_.erase(key);
     old_.erase(key);

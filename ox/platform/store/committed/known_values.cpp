@@ -63,6 +63,7 @@ const PropertyValue* KnownValues::find(const RecordKey& key, PropertyId property
 }
 
 void KnownValues::keepAll(GenerationCache<RecordKey, KnownContent> records) {
+  if (records.empty()) return;  // as at the first look of a process
   earlier_ = std::move(records);
   empty_ = false;
 }
