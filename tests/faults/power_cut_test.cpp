@@ -9,6 +9,7 @@
 
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
+#include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/store/store_source.hpp"
@@ -257,6 +258,33 @@ TEST(PowerCut, AfterAnImportThatFailedKeepsWhatItCounted) {
   const auto state = committedState(storePath());
   EXPECT_NE(state.find(":ABPerson"), std::string::npos);
   EXPECT_EQ(stateAfterCutNow("contacts.db"), state);
+}
+
+// The tags went to the disk before the act that they followed, which a power cut then took alone:
+// whoever was still there had lost them.
+TEST(PowerCut, TakesNoTagsOfAnAccountThatIsStillThere) {
+  auto& disk = FaultyDisk::shared();
+  disk.record(support::StoreEnvironment::instance().folder().string());
+  support::StoreBuilder().container("c:ABAccount", "Work", 3).in("c:ABAccount").person("cid");
+  OxTagManager::tagManagerWithID("c")->addPersonID_forTag("cid", "night");
+  ASSERT_TRUE(book()->save());
+  ASSERT_TRUE(OxTagManager::makeDurable());
+  const auto before = disk.log().size();
+  ASSERT_TRUE(removeAccount("c:ABAccount", WithRecords::Yes));
+  disk.stopRecording();
+  DiskReplay replay(disk.log());
+  int without = 0;
+  for (auto events = before; events <= disk.log().size(); ++events) {
+    replay.advanceTo(events);
+    const auto folder = emptyFolder();
+    replay.writeInto(folder, Loss::All, 1);
+    const bool isThere =
+        committedState((folder / "contacts.db").string()).find("cid") != std::string::npos;
+    const auto tags = TagFile((folder / "tags.db").string()).tags("c", "cid");
+    EXPECT_TRUE(!isThere || tags == TagFile::Tags{"night"}) << "after " << events - before;
+    without += isThere ? 0 : 1;
+  }
+  EXPECT_GT(without, 0);
 }
 
 // The file was synced, and its name, but not the names of the folders made for it.

@@ -85,6 +85,8 @@ bool executeWithTags(SaveRequest& request, const RecordKeys& goingPersons, bool&
   const bool held = holdWithoutTags(goingPersons);
   request.tags = TagHold::changesOfThread();
   if (!containerSource().execute(request)) return false;
+  // Tags that are synced before what they follow would be gone alone after a power cut.
+  if (!request.tags.empty()) containerSource().checkpoint();
   const bool followed = followAct(request.tags);
   tagsAreSafe = OxTagManager::makeDurable() && held && followed;
   return true;
