@@ -78,7 +78,8 @@ class RandomCommands {
     groups_.clear();
     sqlite::Connection store(support::StoreEnvironment::instance().contactStore(),
                              sqlite::Connection::Mode::ReadWrite);
-    auto rows = store.prepare("SELECT id, uid, kind, container, sound FROM record ORDER BY id");
+    auto rows = store.prepare(sqlOf(Sql::RecordsAfter));
+    rows.bind(1, 0);
     while (rows.step()) {
       const auto record = entryOfRow(rows);
       auto& list = record.kind == RecordKind::Person ? persons_ : groups_;
