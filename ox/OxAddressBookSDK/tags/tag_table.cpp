@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "ox/OxAddressBookSDK/tags/tag_file.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_schema.hpp"
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/base/sqlite/error.hpp"
 

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_schema.hpp"
 #include "ox/base/planted.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/file/backup.hpp"

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "ox/base/sqlite/connection.hpp"
+
+namespace ox {
+
+// Opens the tag file, which must exist, fills it when it is empty, and brings one of an earlier
+// version up to this one. Throws, and changes nothing, when it is not a tag file that this version
+// can read.
+sqlite::Connection openTagFile(const std::string& path);
+
+// Throws FailureError unless the open file is a tag file of a version that this one can read, whose
+// schema is that version's word by word. Nothing else of it is read.
+void requireTagFile(sqlite::Connection& connection, const std::string& path);
+
+// Whether the file at that path is a tag file by its first bytes, of whatever version. It is opened
+// without the database, so it must not be one that this process has open.
+bool isTagFile(const std::string& path);
+// Whether that file is a database without a table: what copies were of a tag file that was just
+// being made.
+bool isEmptyDatabase(const std::string& path);
+
+}  // namespace ox
