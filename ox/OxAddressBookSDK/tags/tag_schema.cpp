@@ -10,6 +10,7 @@
 
 #include "ox/base/sqlite/database_form.hpp"
 #include "ox/base/sqlite/error.hpp"
+#include "ox/base/sqlite/index_repair.hpp"
 #include "ox/base/sqlite/row_sum.hpp"
 
 namespace ox {
@@ -125,7 +126,8 @@ sqlite::Connection openOnce(const std::string& path) {
 
 }  // namespace
 
-void requireTagFile(sqlite::Connection& connection, const std::string& path) {
+void requireTagFile(sqlite::Connection& connection, const std::string& path,
+                    sqlite::MissingIndexes missing) {
   const auto form = sqlite::formOf(connection);
   const auto version = form.version;
   if (form.applicationId != kApplicationId) fail(FailureKind::NotAStore, path, "not a tag file");
@@ -135,10 +137,37 @@ void requireTagFile(sqlite::Connection& connection, const std::string& path) {
              std::to_string(kSchemaVersion));
   }
   for (const auto& difference : differencesOf(form.schema, schemaOfVersion(version))) {
-    if (difference.isMissingIndex() && version < kSchemaVersion) continue;
+    const bool mayLackIndexes =
+        missing == sqlite::MissingIndexes::Allow || version < kSchemaVersion;
+    if (difference.isMissingIndex() && mayLackIndexes) continue;
     connection.keepLog();  // a file that is refused is left as it is
-    fail(FailureKind::Corrupt, path, sentenceOf(difference));
+    fail(FailureKind::Corrupt, path,
+         sentenceOf(difference) +
+             (difference.isMissingIndex() ? "; `check --repair` makes it anew" : ""));
   }
+}
+
+std::vector<std::string> mendTagFile(const std::string& path,
+                                     const std::function<void()>& keepCopy) {
+  std::error_code error;
+  if (!std::filesystem::exists(path, error) && !error) return {};
+  sqlite::Connection connection(path, sqlite::Connection::Mode::ReadWrite);
+  connection.setBusyTimeout(static_cast<int>(kBusyTimeout.count()));
+  if (isEmptyDatabase(connection)) return {};
+  connection.execute("PRAGMA synchronous = FULL");
+  sqlite::Transaction transaction(connection);
+  requireTagFile(connection, path, sqlite::MissingIndexes::Allow);
+  if (!isOfThisVersion(connection) || !sqlite::hasWholePages(connection)) return {};
+  sqlite::Schema missing;
+  for (const auto& difference :
+       differencesOf(sqlite::formOf(connection).schema, schemaOfVersion(kSchemaVersion))) {
+    missing.push_back(difference.thing);
+  }
+  const auto mended = sqlite::mendIndexes(connection, missing);
+  if (mended.empty()) return {};
+  keepCopy();
+  transaction.commit();
+  return mended;
 }
 
 // Two processes that switch a new file to WAL at once make SQLite answer "busy" without waiting.

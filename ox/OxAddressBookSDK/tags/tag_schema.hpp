@@ -1,8 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "ox/base/sqlite/connection.hpp"
+#include "ox/base/sqlite/database_form.hpp"
 
 namespace ox {
 
@@ -13,7 +16,15 @@ sqlite::Connection openTagFile(const std::string& path);
 
 // Throws FailureError unless the open file is a tag file of a version that this one can read, whose
 // schema is that version's word by word. Nothing else of it is read.
-void requireTagFile(sqlite::Connection& connection, const std::string& path);
+void requireTagFile(sqlite::Connection& connection, const std::string& path,
+                    sqlite::MissingIndexes missing = sqlite::MissingIndexes::Refuse);
+
+// Makes the indexes of a tag file anew that it lacks or that do not agree with its tables, in one
+// transaction; one sentence for what was done. Before anything is committed `keepCopy` is called.
+// Nothing is done to a file that is not there, is of an earlier version, or whose pages are
+// damaged.
+std::vector<std::string> mendTagFile(const std::string& path,
+                                     const std::function<void()>& keepCopy);
 
 // Whether the file at that path is a tag file by its first bytes, of whatever version. It is opened
 // without the database, so it must not be one that this process has open.

@@ -48,6 +48,10 @@ struct SchemaDifference {
     return kind == Kind::Missing && thing.type == "index" && !thing.words.empty();
   }
 };
+// What is done with a file that lacks an index. Nothing is lost with it, but a row may be put in
+// twice, and everything takes its time.
+enum class MissingIndexes : std::uint8_t { Refuse, Allow };
+
 std::vector<SchemaDifference> differencesOf(const Schema& schema, const Schema& wanted);
 // What is wrong with a file that differs so: "the trigger \"full\" does not belong there".
 std::string sentenceOf(const SchemaDifference& difference);

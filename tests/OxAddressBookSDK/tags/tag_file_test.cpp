@@ -92,7 +92,8 @@ TEST(TagFile, RefusesASchemaThatIsNotItsOwnByName) {
                   ": the view \"followed\" does not belong there"},
         std::pair{"ALTER TABLE tag ADD COLUMN more",
                   ": the table \"tag\" is not made as it should be"},
-        std::pair{"DROP INDEX tag_person", ": the index \"tag_person\" is missing"}}) {
+        std::pair{"DROP INDEX tag_person",
+                  ": the index \"tag_person\" is missing; `check --repair` makes it anew"}}) {
     const auto path = support::temporaryFile("own.tags", "").string();
     TagFile(path).add("book", "person", "tag");
     sqlite::Connection(path, sqlite::Connection::Mode::ReadWrite).execute(sql);

@@ -130,7 +130,7 @@ TEST(ForeignSchema, IsRefusedByNameByWhoeverOpensTheStore) {
     EXPECT_EQ(refusalOf(path, [&] { storeProblems(path); }), expected);
     EXPECT_EQ(refusalOf(path, [&] { copyStore(path, copy); }), expected);
     EXPECT_EQ(calls(), 0);
-    EXPECT_EQ(fileBytes(path), before);
+    EXPECT_TRUE(fileBytes(path) == before);
     EXPECT_FALSE(std::filesystem::exists(copy));
     EXPECT_FALSE(std::filesystem::exists(path + ".copies"));
   }
@@ -166,7 +166,7 @@ TEST(ForeignSchema, OfAnEarlierVersionIsComparedWithThatVersionAndNotBroughtUpTo
     const auto before = fileBytes(path);
     EXPECT_EQ(refusalOf(path, [&] { openStoreSource(path)->containers(); }),
               "the trigger \"t\" does not belong there; `recover` reads what the store holds");
-    EXPECT_EQ(fileBytes(path), before);
+    EXPECT_TRUE(fileBytes(path) == before);
     EXPECT_FALSE(std::filesystem::exists(path + ".copies"));
   }
 }
@@ -182,13 +182,13 @@ TEST(MissingIndex, IsToldWithWhatMakesItAnew) {
        {"link_parent", "link_child", "content_card_uid", "content_fingerprint", "origin_undoes"}) {
     const auto path = storeWith(std::string("DROP INDEX ") + index);
     const auto before = fileBytes(path);
-    EXPECT_EQ(refusalOf(path, [&] { openStoreSource(path)->containers(); }),
-              "the index \"" + std::string(index) +
-                  "\" is missing; `recover` reads what the store holds");
+    EXPECT_EQ(
+        refusalOf(path, [&] { openStoreSource(path)->containers(); }),
+        "the index \"" + std::string(index) + "\" is missing; `check --repair` makes it anew");
     EXPECT_EQ(storeProblems(path),
               (std::vector<std::string>{"the index " + std::string(index) + " is missing"}));
     EXPECT_EQ(countsOfStore(path).persons, 1U);
-    EXPECT_EQ(fileBytes(path), before);
+    EXPECT_TRUE(fileBytes(path) == before);
   }
 }
 

@@ -248,25 +248,39 @@ void checkLinks(sqlite::Connection& file, Problems& problems) {
 
 // What was committed last may stand behind a damaged page of the log, from which on the database
 // believes nothing. While others write, a page may be seen half written: only what stays counts.
-void checkLog(sqlite::Connection& file, Problems& problems) {
+std::string damageOfLog(const sqlite::Connection& file) {
   constexpr int kLooks = 5;
   std::string problem;
   for (int looks = 0; looks < kLooks; ++looks) {
     if (looks > 0) std::this_thread::sleep_for(std::chrono::milliseconds(20));
     const sqlite::LogPages log(file.logPath());
-    if (!log.isHeadDamaged() && log.damagedPages() == 0) return;
+    if (!log.isHeadDamaged() && log.damagedPages() == 0) return {};
     problem =
         log.isHeadDamaged() ? "its head" : std::to_string(log.damagedPages()) + " of its pages";
   }
-  problems.push_back("the log is damaged, " + problem +
+  return problem;
+}
+
+void checkLog(sqlite::Connection& file, Problems& problems) {
+  const auto damage = damageOfLog(file);
+  if (damage.empty()) return;
+  problems.push_back("the log is damaged, " + damage +
                      ": what was committed last may be missing; `recover` reads what is left");
 }
 
 }  // namespace
 
+bool hasDamagedLog(const sqlite::Connection& file) {
+  return !damageOfLog(file).empty();
+}
+
 std::vector<std::string> storeProblems(const std::string& path) {
   auto file = openExistingStoreFile(path, MissingIndexes::Allow);
   file.keepLog();  // whatever is wrong with it is still to be seen afterwards
+  return problemsIn(file);
+}
+
+std::vector<std::string> problemsIn(sqlite::Connection& file) {
   Problems problems;
   for (const auto check :
        {checkLog, checkStructure, checkTables, checkRows, checkRecords, checkLinks, checkJournal}) {

@@ -139,7 +139,7 @@ void sweepCopies(const std::string& store, const std::string& made) {
   });
 }
 
-void keepCopy(const std::string& store, const std::string& reason) {
+std::string keepCopy(const std::string& store, const std::string& reason) {
   const auto path = pathOfNextCopy(store, reason);
   if (std::filesystem::exists(tagsOfStore(store))) {
     DatabaseCopy tags(path + ".tags");
@@ -148,6 +148,7 @@ void keepCopy(const std::string& store, const std::string& reason) {
   }
   copyStore(store, path);  // last: a copy counts once its store is there
   sweepCopies(store, path);
+  return path;
 }
 
 }  // namespace ox

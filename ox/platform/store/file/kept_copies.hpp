@@ -27,8 +27,8 @@ std::vector<std::string> sweepUnfinishedCopies(const std::string& store);
 void sweepCopies(const std::string& store, const std::string& made);
 
 // Makes one of what is committed now, with the tags when there are any that can be read, and then
-// sweeps.
-void keepCopy(const std::string& store, const std::string& reason);
+// sweeps. The result is its path.
+std::string keepCopy(const std::string& store, const std::string& reason);
 
 // The tags that belong to a store: those of this process, or what lies beside another one.
 std::string tagsOfStore(const std::string& store);

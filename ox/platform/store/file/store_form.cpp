@@ -36,7 +36,9 @@ int versionOf(sqlite::Connection& database, const std::string& path, MissingInde
   for (const auto& difference : differencesOf(form.schema, schemaOfVersion(version))) {
     if (difference.isMissingIndex() && mayLackIndexes) continue;
     fail(StoreError::Kind::Corrupt, path,
-         sentenceOf(difference) + "; `recover` reads what the store holds");
+         sentenceOf(difference) + (difference.isMissingIndex()
+                                       ? "; `check --repair` makes it anew"
+                                       : "; `recover` reads what the store holds"));
   }
   return static_cast<int>(version);
 }

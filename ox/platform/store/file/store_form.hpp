@@ -12,15 +12,13 @@ namespace ox {
 // "OxAB": tells a contact store from any other SQLite file.
 inline constexpr int kStoreApplicationId = 0x4F784142;
 
-// What is done with a store of this version that lacks one of its indexes. Nothing is lost with it,
-// but a row may be put in twice, and everything takes its time. Earlier versions need none: all are
-// made anew when they are brought up to date.
-enum class MissingIndexes : std::uint8_t { Refuse, Allow };
+using sqlite::MissingIndexes;
 
 // The version of the tables of the store; 0 for an empty file. Looks at the schema alone, and
 // compares it with that version's word by word, so that nothing in it is run that is not ours.
 // Throws StoreError naming the file and what is wrong with it: a foreign or newer file, a thing in
-// the schema that does not belong there, is missing or made otherwise.
+// the schema that does not belong there, is missing or made otherwise. Earlier versions need no
+// indexes: all are made anew when they are brought up to date.
 int versionOf(sqlite::Connection& database, const std::string& path,
               MissingIndexes missing = MissingIndexes::Refuse);
 

@@ -1,0 +1,82 @@
+#include "ox/OxMacAddressBookSDK/admin/store_repair.hpp"
+
+#include <algorithm>
+#include <set>
+
+#include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_schema.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_store.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_table.hpp"
+#include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
+#include "ox/base/store_location.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/file/kept_copies.hpp"
+#include "ox/platform/store/file/repair.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+
+namespace ox {
+namespace {
+
+void append(std::vector<std::string>& list, std::vector<std::string> more) {
+  std::ranges::move(more, std::back_inserter(list));
+}
+
+// One for all steps.
+void keepCopyFor(RepairReport& report) {
+  if (report.copy.empty()) report.copy = keepCopy(contactStorePath(), "repair");
+}
+
+struct Leftovers {
+  std::vector<RecordEntry> blank;
+  std::vector<std::string> persons;  // that have tags and are no records
+};
+
+Leftovers leftoversNow() {
+  followTags();  // what is owed to the tags belongs to them
+  std::set<std::string> tagged;
+  for (const auto& [who, tags] : allTagsIn(tagStorePath())) tagged.insert(who.second);
+  Leftovers left;
+  left.blank = blankRecordsIn(contactStorePath());
+  std::erase_if(left.blank,
+                [&](const RecordEntry& record) { return tagged.contains(record.key.text()); });
+  const std::vector<std::string> persons(tagged.begin(), tagged.end());
+  const auto records = recordSource().recordsWith(persons);
+  for (std::size_t i = 0; i < persons.size(); ++i) {
+    if (!records[i]) left.persons.push_back(persons[i]);
+  }
+  return left;
+}
+
+void removeLeftovers(RepairReport& report) {
+  const auto left = leftoversNow();
+  if (left.blank.empty() && left.persons.empty()) return;
+  keepCopyFor(report);
+  WholeAct act;
+  for (const auto& record : left.blank) recordSource().remove(record.key, record.kind);
+  for (const auto& person : left.persons) TagStore::shared().holdWithoutTags(person);
+  const auto saved = act.save();
+  if (!saved.contacts.done) {
+    const auto& [kind, reason, subject] = saved.contacts.failure;
+    throw StoreError(kind, reason, subject);
+  }
+  for (const auto& record : left.blank) {
+    report.mended.push_back("removed " + record.key.text() + ", which holds nothing");
+  }
+  for (const auto& person : left.persons) {
+    report.mended.push_back("removed the tags of " + person + ", which is no record any more");
+  }
+}
+
+}  // namespace
+
+RepairReport repairStoreAndTags() {
+  auto store = repairStore(contactStorePath());
+  RepairReport report{std::move(store.mended), std::move(store.left), std::move(store.copy)};
+  append(report.mended, mendTagFile(tagStorePath(), [&] { keepCopyFor(report); }));
+  append(report.left, OxTagManager::problems());
+  // What looks as if it were of no use may belong to what is damaged.
+  if (report.left.empty()) removeLeftovers(report);
+  return report;
+}
+
+}  // namespace ox

@@ -1,0 +1,214 @@
+#include "ox/platform/store/file/repair.hpp"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+#include "ox/base/checksum.hpp"
+#include "ox/base/sqlite/error.hpp"
+#include "ox/base/sqlite/index_repair.hpp"
+#include "ox/platform/store/file/check.hpp"
+#include "ox/platform/store/file/kept_copies.hpp"
+#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/file/statements.hpp"
+#include "ox/platform/store/file/tables.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+#include "ox/records/fingerprint.hpp"
+#include "ox/records/property_codec.hpp"
+
+namespace ox {
+namespace {
+
+// What one transaction mends.
+class Repair {
+ public:
+  explicit Repair(sqlite::Connection& file) : file_(file) {}
+
+  std::vector<std::string> mend() {
+    removeTwins();
+    for (auto& sentence : sqlite::mendIndexes(file_, missingIndexesOf(file_))) {
+      mended_.push_back(std::move(sentence));
+    }
+    countAccounts();
+    removeLooseLinks();
+    deriveAnew();
+    return std::move(mended_);
+  }
+
+ private:
+  // What a record is found by, as it stands and as it follows from its values.
+  struct Found {
+    std::int64_t row = 0;
+    std::string name;
+    std::int64_t fingerprint = 0;
+    Text cardUid;
+    bool operator==(const Found&) const = default;
+  };
+
+  // Without its index a link may have been made twice. Asked past the index, which may be damaged.
+  void removeTwins() {
+    file_.execute(
+        "DELETE FROM link NOT INDEXED WHERE sound AND id NOT IN "
+        "(SELECT min(id) FROM link NOT INDEXED WHERE sound GROUP BY +child, +parent)");
+    if (const auto count = file_.changes(); count > 0) {
+      mended_.push_back("removed links that stood there twice: " + std::to_string(count));
+    }
+  }
+
+  void countAccounts() {
+    constexpr const char* kLast = "SELECT ifnull(max(id), 0) FROM container";
+    constexpr const char* kCounted =
+        "SELECT ifnull(max(seq), 0) FROM sqlite_sequence WHERE name = 'container'";
+    if (file_.queryInteger(kLast) <= file_.queryInteger(kCounted)) return;
+    file_.execute(
+        "DELETE FROM sqlite_sequence WHERE name = 'container';"
+        "INSERT INTO sqlite_sequence(name, seq) SELECT 'container', max(id) FROM container");
+    mended_.emplace_back("counted the rows of accounts anew");
+  }
+
+  // The row of a record that seems to be gone may be one that is damaged.
+  bool mayHaveLostRecords() {
+    return file_.queryInteger(
+               "SELECT EXISTS(SELECT 1 FROM record WHERE sound IS NOT 1) OR "
+               "EXISTS(SELECT 1 FROM content WHERE record NOT IN (SELECT id FROM record))") != 0;
+  }
+
+  void removeLooseLinks() {
+    if (mayHaveLostRecords()) return;
+    constexpr const char* kLoose =
+        " FROM link WHERE sound AND (parent NOT IN (SELECT id FROM record) OR "
+        "child NOT IN (SELECT id FROM record))";
+    auto loose = file_.prepare(std::string("SELECT id") + kLoose + " ORDER BY id");
+    while (loose.step()) {
+      mended_.push_back("removed link " + std::to_string(loose.integer(0)) +
+                        ", whose group or member is gone");
+    }
+    loose.reset();
+    file_.execute((std::string("DELETE") + kLoose).c_str());
+  }
+
+  void deriveAnew() {
+    std::vector<Found> wrong;
+    auto rows = file_.prepare(
+        "SELECT r.id, r.uid, r.kind, r.container, r.checksum, c.properties, c.fingerprint, "
+        "c.card_uid, c.image, i.checksum, i.data, c.sound FROM record r "
+        "JOIN content c ON c.record = r.id LEFT JOIN image i ON i.id = c.image ORDER BY r.id");
+    while (rows.step()) {
+      try {
+        const auto found = followingFrom(rows);
+        if (!found) continue;
+        const Found now{found->row, found->name, rows.integer(6), rows.optionalText(7)};
+        const bool isSound = rows.integer(11) != 0;
+        if (isSound ? *found != now : makesSound(*found)) wrong.push_back(*found);
+      } catch (const DamagedBytes&) {
+        continue;  // told by whoever checks
+      }
+    }
+    rows.reset();
+    for (const auto& found : wrong) {
+      write(found);
+      mended_.push_back(found.name + ": worked out anew what it is found by");
+    }
+  }
+
+  // Missing when its picture cannot be read.
+  static std::optional<Found> followingFrom(const sqlite::Statement& row) {
+    const auto entry = entryOfRow(row);
+    std::uint64_t picture = 0;
+    if (!row.isNull(8)) {
+      picture = static_cast<std::uint64_t>(row.integer(9));
+      if (row.isNull(9) || checksum64(row.blob(10)) != picture) return std::nullopt;
+    }
+    const auto properties = decodeProperties(row.blob(5));
+    const auto* uid = properties.text(property_id::kCardUid);
+    return Found{entry.row, entry.key.text(),
+                 static_cast<std::int64_t>(contentFingerprint(properties, picture)),
+                 uid != nullptr ? Text(*uid) : std::nullopt};
+  }
+
+  // Whether a damaged row would be what was written if that stood in it: then nothing else of it is
+  // damaged, and values and picture are those of that record.
+  bool makesSound(const Found& found) {
+    auto row = file_.prepare(
+        "SELECT row_sum(record, ?2, ?3, image) = checksum FROM content WHERE record = ?1");
+    row.bind(1, found.row).bindText(2, found.cardUid).bind(3, found.fingerprint);
+    return row.step() && row.integer(0) != 0;
+  }
+
+  void write(const Found& found) {
+    file_.prepare("UPDATE content SET card_uid = ?2, fingerprint = ?3 WHERE record = ?1")
+        .bind(1, found.row)
+        .bindText(2, found.cardUid)
+        .bind(3, found.fingerprint)
+        .run();
+  }
+
+  sqlite::Connection& file_;
+  std::vector<std::string> mended_;
+};
+
+bool canBeMended(sqlite::Connection& file, const std::string& path) {
+  return versionOf(file, path, MissingIndexes::Allow) == kSchemaVersion &&
+         sqlite::hasWholePages(file);
+}
+
+// Since 1970.
+std::int64_t millisecondsNow() {
+  using std::chrono::milliseconds;
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<milliseconds>(now).count();
+}
+
+}  // namespace
+
+StoreRepair repairStore(const std::string& path) {
+  StoreRepair repair;
+  repair.left = storeProblems(path);
+  try {
+    auto file = openExistingStoreFile(path, MissingIndexes::Allow);
+    if (repair.left.empty() || hasDamagedLog(file) || !canBeMended(file, path)) {
+      file.keepLog();
+      return repair;
+    }
+    file.execute("PRAGMA foreign_keys=ON; PRAGMA synchronous=FULL");
+    sqlite::Transaction transaction(file);
+    repair.mended = Repair(file).mend();
+    if (repair.mended.empty()) return repair;
+    repair.left = problemsIn(file);
+    // Under the write lock, so that the copy is what was mended; it does not see what is not
+    // committed.
+    repair.copy = keepCopy(path, "repair");
+    transaction.commit();
+  } catch (const sqlite::Error& error) {
+    throwStoreError(path, error);
+  }
+  return repair;
+}
+
+std::vector<RecordEntry> blankRecordsIn(const std::string& path) {
+  constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60 * 1000;
+  std::vector<RecordEntry> blank;
+  try {
+    auto file = openExistingStoreFile(path);
+    auto rows = file.prepare(
+        "SELECT r.id, r.uid, r.kind, r.container, r.checksum, c.properties FROM record r "
+        "JOIN content c ON c.record = r.id AND c.sound WHERE c.image IS NULL "
+        "AND c.fingerprint = ?1 AND r.id < "
+        "(SELECT ifnull(max(next_record), 0) FROM act WHERE at < ?2 AND sound) "
+        "AND r.id NOT IN (SELECT parent FROM link) AND r.id NOT IN (SELECT child FROM link) "
+        "AND r.id NOT IN (SELECT record FROM change WHERE record IS NOT NULL) ORDER BY r.id");
+    rows.bind(1, static_cast<std::int64_t>(contentFingerprint(PropertyBag(), 0)))
+        .bind(2, millisecondsNow() - kDay);
+    while (rows.step()) {
+      const auto entry = entryOfRow(rows);
+      if (decodeProperties(rows.blob(5)).entries().empty()) blank.push_back(entry);
+    }
+  } catch (const sqlite::Error& error) {
+    throwStoreError(path, error);
+  } catch (const DamagedBytes& error) {
+    throw StoreError(StoreError::Kind::Corrupt, path + ": " + error.what(), path);
+  }
+  return blank;
+}
+
+}  // namespace ox
