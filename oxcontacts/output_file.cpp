@@ -127,4 +127,12 @@ void OutputFile::commit() {
   guard_.reset();
 }
 
+std::string OutputFile::commitBeside() {
+  auto beside = placeOf(path_) + ".partial";
+  refuseStoreFile(beside);
+  file_->retarget(beside);
+  commit();
+  return beside;
+}
+
 }  // namespace ox::program

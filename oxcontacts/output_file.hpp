@@ -27,9 +27,12 @@ class OutputFile {
   // Whether that is there and written straight into.
   static bool isStream(const std::string& path);
 
-  // Both throw a CommandError or std::system_error.
+  // Each throws a CommandError or std::system_error.
   void write(std::string_view bytes);
   void commit();
+  // Puts a file, which this must be, beside its place instead, where an earlier one stays: under
+  // its name with ".partial" after it. The result is that name.
+  std::string commitBeside();
 
  private:
   // As they are, to the stream or the standard output.

@@ -74,13 +74,18 @@ void syncFolderOf(const std::string& path) {
 
 }  // namespace
 
-ReplacementFile::ReplacementFile(std::string target) : target_(std::move(target)) {
+ReplacementFile::ReplacementFile(std::string target) {
+  retarget(std::move(target));
+  sweepLeft(target_);
+  while (!tryMaking()) continue;
+}
+
+void ReplacementFile::retarget(std::string target) {
+  target_ = std::move(target);
   refusePlanted(target_);
   const int code = obstacle(target_);
   if (code == EINVAL) target_ += " is no regular file";
   if (code != 0) fail(code);
-  sweepLeft(target_);
-  while (!tryMaking()) continue;
 }
 
 // The lock tells others that somebody still writes the file: it ends with the process. False when

@@ -24,6 +24,8 @@ namespace {
 constexpr std::size_t kRecordsAtOnce = 512;
 constexpr std::size_t kBytesAtOnce = 1U << 20U;
 constexpr std::size_t kBatchesAhead = 3;
+// Where something cannot be read.
+constexpr std::size_t kOneByOne = 16;
 
 struct StoredPerson {
   RecordKey key;
@@ -57,7 +59,8 @@ Cards cardsOf(const std::vector<StoredPerson>& persons, CardVersion version) {
 // One export under way.
 class Export {
  public:
-  Export(CardVersion version, const CardSink& sink) : version_(version), sink_(sink) {}
+  Export(CardVersion version, const CardSink& sink, Unreadable unreadable)
+      : version_(version), sink_(sink), unreadable_(unreadable) {}
 
   // The store is read here; other threads write the cards of what was read, to be given in order.
   void addPersons(std::span<const RecordKey> keys) {
@@ -85,13 +88,15 @@ class Export {
   void readGroups(std::span<const RecordKey> keys, const std::unordered_set<RecordKey>& exported) {
     for (std::size_t done = 0; done < keys.size();) {
       const auto some = keys.subspan(done, std::min(keys.size() - done, kRecordsAtOnce));
-      auto contents = source_.committedContents(some, kBytesAtOnce);
+      auto contents = contentsOf(some);
       const auto read = some.first(contents.size());
-      const auto persons = source_.committedChildren(read, RecordKind::Person);
-      const auto subgroups = source_.committedChildren(read, RecordKind::Group);
+      const auto persons = childrenOf(read, RecordKind::Person);
+      const auto subgroups = childrenOf(read, RecordKind::Group);
       for (std::size_t i = 0; i < read.size(); ++i) {
         groups_.push_back({read[i], std::move(contents[i].values), {}});
-        for (const auto& held : {persons[i], subgroups[i]}) addMembers(*held, exported);
+        for (const auto& held : {persons[i], subgroups[i]}) {
+          if (held) addMembers(*held, exported);
+        }
       }
       done += read.size();
     }
@@ -102,12 +107,14 @@ class Export {
     for (const auto& group : groups_) {
       if (report_.stopped) return;
       if (!group.values) {
-        ++report_.gone;
+        countGone(group.key);
         continue;
       }
       std::vector<std::string> members;
       members.reserve(group.members.size());
-      for (const auto& member : group.members) members.push_back(uidOf(member));
+      for (const auto& member : group.members) {
+        if (!unread_.contains(member)) members.push_back(uidOf(member));
+      }
       const auto uid = uidOfRecord(group.key);
       std::string card;
       appendGroup(*group.values, members, {.version = version_, .uid = uid}, card);
@@ -122,11 +129,11 @@ class Export {
   std::vector<StoredPerson> read(std::span<const RecordKey>& keys) {
     std::vector<StoredPerson> persons;
     const auto most = keys.first(std::min(keys.size(), kRecordsAtOnce));
-    auto contents = source_.committedContents(most, kBytesAtOnce);
+    auto contents = contentsOf(most);
     for (std::size_t i = 0; i < contents.size(); ++i) {
       auto& [values, picture] = contents[i];
       if (!values) {
-        ++report_.gone;
+        countGone(keys[i]);
         continue;
       }
       keepUid(keys[i], values);
@@ -134,6 +141,59 @@ class Export {
     }
     keys = keys.subspan(contents.size());
     return persons;
+  }
+
+  // As many of the first as one question answers, and at least one. Where it has no answer each of
+  // some is asked for by itself.
+  std::vector<RecordContent> contentsOf(std::span<const RecordKey> keys) {
+    try {
+      return source_.committedContents(keys, kBytesAtOnce);
+    } catch (const FailureError&) {
+      if (unreadable_ == Unreadable::Fail) throw;
+    }
+    std::vector<RecordContent> contents;
+    for (const auto& key : keys.first(std::min(keys.size(), kOneByOne))) {
+      contents.push_back(readableContentOf(key));
+    }
+    return contents;
+  }
+
+  RecordContent readableContentOf(const RecordKey& key) {
+    using What = MissingPart::What;
+    RecordContent content;
+    leaveOutUnread(key, What::Record, [&] { content.values = source_.committedValues(key); });
+    if (!content.values) return content;
+    leaveOutUnread(key, What::Picture, [&] { content.picture = source_.committedImage(key); });
+    return content;
+  }
+
+  // Null for a group whose members cannot be read.
+  std::vector<RecordKeysPtr> childrenOf(std::span<const RecordKey> groups, RecordKind kind) {
+    try {
+      return source_.committedChildren(groups, kind);
+    } catch (const FailureError&) {
+      if (unreadable_ == Unreadable::Fail) throw;
+    }
+    std::vector<RecordKeysPtr> children(groups.size());
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+      leaveOutUnread(groups[i], MissingPart::What::Members,
+                     [&] { children[i] = source_.committedChildren(groups[i], kind); });
+    }
+    return children;
+  }
+
+  template <typename Step>
+  void leaveOutUnread(const RecordKey& key, MissingPart::What what, Step step) {
+    try {
+      step();
+    } catch (const FailureError& error) {
+      if (what == MissingPart::What::Record) unread_.insert(key);
+      report_.missing.push_back({key, what, error.what()});
+    }
+  }
+
+  void countGone(const RecordKey& key) {
+    if (!unread_.contains(key)) ++report_.gone;
   }
 
   void addMembers(const RecordKeys& held, const std::unordered_set<RecordKey>& exported) {
@@ -176,7 +236,9 @@ class Export {
   ContainerSource& source_ = containerSource();
   CardVersion version_;
   const CardSink& sink_;
+  Unreadable unreadable_;
   ExportReport report_;
+  std::unordered_set<RecordKey> unread_;  // records that are left out
   std::vector<StoredGroup> groups_;
   std::unordered_map<RecordKey, Text> uidsOfMembers_;  // missing: no card gave one
 };
@@ -184,9 +246,9 @@ class Export {
 }  // namespace
 
 ExportReport exportCards(const RecordKeys& persons, const RecordKeys& groups, CardVersion version,
-                         const CardSink& sink) {
+                         const CardSink& sink, Unreadable unreadable) {
   const PinnedMoment moment;
-  Export work(version, sink);
+  Export work(version, sink, unreadable);
   if (!groups.empty()) {
     std::unordered_set<RecordKey> exported(persons.begin(), persons.end());
     exported.insert(groups.begin(), groups.end());

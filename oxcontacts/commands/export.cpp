@@ -1,4 +1,5 @@
 // export: persons and groups as vCards.
+#include <iostream>
 #include <optional>
 
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
@@ -9,7 +10,9 @@
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/counted.hpp"
+#include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
+#include "oxcontacts/output/terminal_text.hpp"
 #include "oxcontacts/output_file.hpp"
 
 namespace ox::program {
@@ -20,12 +23,42 @@ struct Arguments {
   std::string book;
   std::string file = "-";
   std::string format = "vcard3";
+  bool keepsGoing = false;
+
+  vcard::Unreadable unreadable() const {
+    return keepsGoing ? vcard::Unreadable::LeaveOut : vcard::Unreadable::Fail;
+  }
 };
 
 struct Records {
   Persons persons;
   RecordKeys groups;
 };
+
+// One thing that is not in the cards.
+struct Missing {
+  std::string record;
+  std::string what;
+  std::string reason;
+};
+
+constexpr const char* kNotEveryRecord = "not every record could be looked up";
+
+// A list that lacks damaged records alone is given the second time without a word.
+void requireList() {
+  const auto store = ABAddressBook::sharedAddressBook();
+  {
+    const failures::Watch first;
+    store->people();
+    if (!first.hasFailures()) return;
+    for (const auto& failure : first.all()) {
+      if (failure.kind != FailureKind::Corrupt) throw storeFailure(kNotEveryRecord, first);
+    }
+  }
+  const failures::Watch again;
+  store->people();
+  if (again.hasFailures()) throw storeFailure(kNotEveryRecord, again);
+}
 
 // The ID of the book that is named; missing when none is.
 std::optional<Text> wantedBook(const Context& context, const Arguments& arguments) {
@@ -69,46 +102,131 @@ vcard::ExportReport writeHostCards(const Records& records, OutputFile& output, P
   return report;
 }
 
-vcard::ExportReport writeCards(const Records& records, vcard::CardVersion version,
+vcard::ExportReport writeCards(const Records& records, const Arguments& arguments,
                                OutputFile& output, ProgressBar& bar) {
+  const auto version =
+      arguments.format == "vcard4" ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
   RecordKeys persons;
   persons.reserve(records.persons.size());
   for (const auto& person : records.persons) persons.push_back(person->key());
   const auto total = static_cast<double>(persons.size() + records.groups.size());
   std::size_t done = 0;
-  return vcard::exportCards(persons, records.groups, version, [&](std::string_view card) {
+  const auto take = [&](std::string_view card) {
     output.write(card);
     bar.show(100.0 * static_cast<double>(++done) / total);
     return true;
-  });
+  };
+  return vcard::exportCards(persons, records.groups, version, take, arguments.unreadable());
 }
 
-vcard::ExportReport writeRecords(const Records& records, const std::string& format,
+vcard::ExportReport writeRecords(const Records& records, const Arguments& arguments,
                                  OutputFile& output, ProgressBar& bar) {
-  if (format == "host-vcard") return writeHostCards(records, output, bar);
-  const auto version = format == "vcard4" ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
-  return writeCards(records, version, output, bar);
+  if (arguments.format == "host-vcard") return writeHostCards(records, output, bar);
+  return writeCards(records, arguments, output, bar);
+}
+
+const char* nameOf(vcard::MissingPart::What what) {
+  switch (what) {
+    case vcard::MissingPart::What::Record:
+      return "the record";
+    case vcard::MissingPart::What::Picture:
+      return "its picture";
+    case vcard::MissingPart::What::Members:
+      break;
+  }
+  return "its members";
+}
+
+// What is not in the cards: records that could not be listed, then what could not be read.
+std::vector<Missing> missingIn(const vcard::ExportReport& report, const failures::Watch& listing) {
+  std::vector<Missing> missing;
+  for (const auto& failure : listing.all()) missing.push_back({"", "a record", failure.reason});
+  for (const auto& part : report.missing) {
+    missing.push_back({part.record.text(), nameOf(part.what), part.reason});
+  }
+  return missing;
+}
+
+void tellMissing(const Context& context, const std::vector<Missing>& missing) {
+  if (context.json) {
+    JsonList list;
+    for (const auto& [record, what, reason] : missing) {
+      list.add({{"record", record}, {"what", what}, {"reason", reason}});
+    }
+    return list.close();
+  }
+  for (const auto& [record, what, reason] : missing) {
+    const auto whose = record.empty() ? what : record + ": " + what;
+    std::cout << "missing: " << terminalText(whose + ": " + reason) << '\n';
+  }
+}
+
+void tellCounts(const Context& context, const vcard::ExportReport& report,
+                const std::string& file) {
+  context.tell("exported " + counted(report.persons, "person") + " and " +
+               counted(report.groups, "group") + " to " + file);
+}
+
+void tellGone(const Context& context, const vcard::ExportReport& report) {
+  if (report.gone == 0) return;
+  context.tell(counted(report.gone, "record") + " went while this was exported");
+}
+
+// What can be read goes beside the file, in whose place something whole may stand.
+void exportReadable(const Context& context, const Arguments& arguments, const Records& records,
+                    const failures::Watch& listing) {
+  OutputFile output(arguments.file);
+  ProgressBar bar(context, "exporting");
+  const auto report = writeRecords(records, arguments, output, bar);
+  const auto missing = missingIn(report, listing);
+  std::string file = arguments.file;
+  if (missing.empty()) {
+    output.commit();
+  } else {
+    file = output.commitBeside();
+  }
+  bar.wipe();
+  tellMissing(context, missing);
+  tellGone(context, report);
+  tellCounts(context, report, file);
+  if (missing.empty()) return;
+  throw CommandError(kFailed, "not everything could be read; " + arguments.file + " is as it was");
+}
+
+void refuseWhatCannotKeepGoing(const Arguments& arguments) {
+  if (!arguments.keepsGoing) return;
+  if (arguments.format == "host-vcard") {
+    throw CommandError(kUsage, "--keep-going goes with vcard3 and vcard4 alone");
+  }
+  if (OutputFile::isStandardOutput(arguments.file) || OutputFile::isStream(arguments.file)) {
+    throw CommandError(kUsage, "--keep-going needs a file of its own");
+  }
 }
 
 void exportRecords(const Context& context, const Arguments& arguments) {
+  refuseWhatCannotKeepGoing(arguments);
   const OneMoment moment;
+  // Whoever lists first is told of each record whose row is damaged.
+  const failures::Watch listing;
+  requireList();
+  if (listing.hasFailures() && !arguments.keepsGoing) throw storeFailure(kNotEveryRecord, listing);
   // The discovery may have something to tell of the tags, which are in no card.
   const auto book = wantedBook(context, arguments);
   const failures::Watch watch;
   const auto records = recordsFor(arguments, book);
+  if (arguments.keepsGoing) {
+    if (watch.hasFailures()) throw storeFailure(kNotEveryRecord, watch);
+    return exportReadable(context, arguments, records, listing);
+  }
   OutputFile output(arguments.file);
   ProgressBar bar(context, "exporting");
-  const auto report = writeRecords(records, arguments.format, output, bar);
+  const auto report = writeRecords(records, arguments, output, bar);
   // What could not be listed or looked up is missing without a trace.
-  if (watch.hasFailures()) throw storeFailure("not every record could be looked up", watch);
+  if (watch.hasFailures()) throw storeFailure(kNotEveryRecord, watch);
   output.commit();
   bar.wipe();
-  if (report.gone > 0) {
-    context.tell(counted(report.gone, "record") + " went while this was exported");
-  }
-  if (OutputFile::isStandardOutput(arguments.file)) return;
-  context.tell("exported " + counted(report.persons, "person") + " and " +
-               counted(report.groups, "group") + " to " + arguments.file);
+  tellGone(context, report);
+  if (!OutputFile::isStandardOutput(arguments.file)) tellCounts(context, report, arguments.file);
 }
 
 }  // namespace
@@ -129,6 +247,14 @@ void declareExport(CLI::App& program, const Context& context) {
                    "host-vcard: the framework's own cards with their pictures, without groups")
       ->check(CLI::IsMember({"vcard3", "vcard4", "host-vcard"}))
       ->capture_default_str();
+  command->add_flag("--keep-going", arguments->keepsGoing,
+                    "Leave out what cannot be read, and write the rest beside FILE");
+  command->footer(
+      "Nothing is written when a record cannot be read. With --keep-going the others are written "
+      "to "
+      "FILE.partial, FILE stays as it was, and each record, picture and list of members that is "
+      "missing is named; the exit code is 1 all the same. Where everything can be read it is an "
+      "export like any other.");
   command->callback([&context, arguments] { exportRecords(context, *arguments); });
 }
 

@@ -6,6 +6,7 @@
 #include <sys/syscall.h>
 #include <thread>
 
+#include "ox/base/sqlite/connection.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -201,6 +202,107 @@ TEST(ExportCommand, LeavesNothingWhenInterrupted) {
   EXPECT_EQ(program.wait().exitCode, 130);
   EXPECT_EQ(namesBeginning("out.vcf"), 1U);
   EXPECT_EQ(fileBytes(file), "old");
+}
+
+void damage(const char* sql) {
+  sqlite::Connection(support::StoreEnvironment::instance().contactStore().string(),
+                     sqlite::Connection::Mode::ReadWrite)
+      .execute(sql);
+}
+
+TEST(ExportThatKeepsGoing, WritesWhatCanBeReadBesideTheFile) {
+  importCards();
+  const auto ids = personIds();
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  const auto file = temporaryFile("cards out.vcf", "an earlier one").string();
+  damage("UPDATE content SET properties = x'00' WHERE record = 1");
+  EXPECT_EQ(run({"export", "-o", file}).exitCode, 1);
+  const auto result = run({"export", "-o", file, "--keep-going"});
+  EXPECT_EQ(result.exitCode, 1) << result.errors;
+  EXPECT_EQ(result.output, "missing: " + ids.at("Ann Lee") + ": the record: " + store + ": " +
+                               ids.at("Ann Lee") +
+                               ": the stored values of a record are cut short\n");
+  EXPECT_EQ(result.errors, "oxcontacts: exported 1 person and 1 group to " + file +
+                               ".partial\noxcontacts: not everything could be read; " + file +
+                               " is as it was\n");
+  EXPECT_EQ(fileBytes(file), "an earlier one");
+  const auto partial = fileBytes(file + ".partial");
+  EXPECT_EQ(partial.find("Ann Lee"), std::string::npos);
+  EXPECT_NE(partial.find("FN:王小明"), std::string::npos);
+  EXPECT_EQ(partial.find("X-ADDRESSBOOKSERVER-MEMBER"), std::string::npos);
+  const auto report =
+      Json::parse(run({"--json", "export", "-o", file, "--keep-going"}).output, nullptr, false);
+  ASSERT_EQ(report.size(), 1U) << report;
+  EXPECT_EQ(report[0]["record"], ids.at("Ann Lee"));
+  EXPECT_EQ(report[0]["what"], "the record");
+}
+
+TEST(ExportThatKeepsGoing, NamesAPictureThatIsMissingInACard) {
+  importCards();
+  const auto file = temporaryPath("out.vcf").string();
+  damage(
+      "INSERT INTO image(checksum, data) VALUES(1, x'00');"
+      "UPDATE content SET image = (SELECT max(id) FROM image) WHERE record = 1");
+  const auto result = run({"export", "-o", file, "--keep-going"});
+  EXPECT_EQ(result.exitCode, 1) << result.errors;
+  EXPECT_TRUE(
+      result.output.starts_with("missing: " + personIds().at("Ann Lee") + ": its picture: "))
+      << result.output;
+  EXPECT_FALSE(std::filesystem::exists(file)) << "there was none";
+  EXPECT_NE(fileBytes(file + ".partial").find("FN:Ann Lee"), std::string::npos);
+}
+
+// Whose row of the record is damaged is known by nothing but that row.
+TEST(ExportThatKeepsGoing, TellsOfARecordThatCannotBeListed) {
+  importCards();
+  const auto file = temporaryFile("out.vcf", "old").string();
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  std::string uid;
+  std::size_t page = 0;
+  {
+    sqlite::Connection reader(store, sqlite::Connection::Mode::ReadOnly);
+    page = static_cast<std::size_t>(
+        reader.queryInteger("SELECT rootpage FROM sqlite_schema WHERE name = 'record'"));
+    auto row = reader.prepare("SELECT uid FROM record WHERE id = 1");
+    row.step();
+    uid = row.blob(0);
+  }
+  auto bytes = fileBytes(store);
+  const auto place = bytes.find(uid, (page - 1) * 2048);
+  ASSERT_NE(place, std::string::npos);
+  bytes[place] = static_cast<char>(bytes[place] ^ 1);
+  temporaryFile("contacts.db", bytes);
+  for (const auto& words : std::vector<std::vector<std::string>>{
+           {"export", "-o", file}, {"export", "--book", "_local", "-o", file}}) {
+    EXPECT_EQ(run(words).exitCode, 1);
+    EXPECT_EQ(fileBytes(file), "old") << words[1];
+  }
+  const auto result = run({"export", "-o", file, "--keep-going"});
+  EXPECT_EQ(result.exitCode, 1) << result.errors;
+  EXPECT_TRUE(result.output.starts_with("missing: a record: ")) << result.output;
+  EXPECT_EQ(fileBytes(file), "old");
+  EXPECT_NE(fileBytes(file + ".partial").find("FN:王小明"), std::string::npos);
+}
+
+TEST(ExportThatKeepsGoing, IsAnExportLikeAnyOtherWhereEverythingCanBeRead) {
+  importCards();
+  const auto file = temporaryFile("out.vcf", "old").string();
+  EXPECT_EQ(run({"export", "-o", temporaryPath("plain.vcf").string()}).exitCode, 0);
+  const auto result = run({"export", "-o", file, "--keep-going"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(fileBytes(file), fileBytes(temporaryPath("plain.vcf")));
+  EXPECT_FALSE(std::filesystem::exists(file + ".partial"));
+}
+
+TEST(ExportThatKeepsGoing, NeedsAFileBesideWhichItCanWrite) {
+  importCards();
+  EXPECT_EQ(run({"export", "--keep-going"}).exitCode, 2);
+  EXPECT_EQ(run({"export", "--keep-going", "-o", "/dev/null"}).exitCode, 2);
+  EXPECT_EQ(
+      run({"export", "--keep-going", "--format", "host-vcard", "-o", temporaryPath("x").string()})
+          .exitCode,
+      2);
 }
 
 }  // namespace

@@ -217,6 +217,44 @@ TEST(Export, FailsForARecordThatCannotBeRead) {
   EXPECT_THROW(exportCards(keys, {}, CardVersion::V30, taking), StoreError);
 }
 
+TEST(Export, LeavesOutWhatCannotBeReadAndTellsIt) {
+  auto keys = buildMany(600, 10);
+  StoreBuilder()
+      .in(std::string(kLocal))
+      .group("g", "G")
+      .members("g", {"p1", "p290", "p3"})
+      .group("h", "H");
+  sqlite::Connection(support::StoreEnvironment::instance().contactStore().string(),
+                     sqlite::Connection::Mode::ReadWrite)
+      .execute(
+          "UPDATE content SET properties = x'00' WHERE record IN "
+          "(SELECT id FROM record WHERE uid IN ('p290', 'p599', 'h'));"
+          "UPDATE image SET data = x'00' WHERE id = (SELECT image FROM content WHERE record = "
+          "(SELECT id FROM record WHERE uid = 'p3'))");
+  keys.push_back(RecordKey::of("nobody"));
+  std::string text;
+  const auto taking = [&](std::string_view card) {
+    text.append(card);
+    return true;
+  };
+  const auto report = exportCards(keys, {RecordKey::of("g"), RecordKey::of("h")}, CardVersion::V40,
+                                  taking, Unreadable::LeaveOut);
+  EXPECT_EQ(report.persons, 598U);
+  EXPECT_EQ(report.groups, 1U);
+  EXPECT_EQ(report.gone, 1U);
+  std::string missing;
+  for (const auto& part : report.missing) {
+    missing += part.record.text() + (part.what == MissingPart::What::Picture ? " picture" : "") +
+               (part.reason.empty() ? "?" : "") + "\n";
+  }
+  EXPECT_EQ(missing, "h\np3 picture\np290\np599\n");
+  EXPECT_NE(text.find("FN:p3\r\n"), std::string::npos);
+  EXPECT_EQ(text.find("FN:p290\r\n"), std::string::npos);
+  std::size_t members = 0;
+  for (std::size_t at = 0; (at = text.find("\nMEMBER:", at)) != std::string::npos; ++at) ++members;
+  EXPECT_EQ(members, 2U) << "who has no card is named by no group";
+}
+
 std::string groupOf(const std::vector<std::string>& members) {
   std::string card = "BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:G\nUID:g\n";
   for (const auto& member : members) card += "MEMBER:x-ox-uid:" + member + "\n";

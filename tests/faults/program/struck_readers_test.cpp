@@ -1,5 +1,6 @@
 // Every command of the program that only looks, on a disk that breaks or is full at every place:
 // what it tells is right, or it fails.
+#include <filesystem>
 #include <gtest/gtest.h>
 
 #include "tests/faults/program/disorders.hpp"
@@ -143,6 +144,51 @@ TEST(StruckReaders, TakeNothingForNothing) {
     }
   }
   EXPECT_GT(struck, 0);
+}
+
+// Of each record there is either the card or the word that it is missing.
+TEST(StruckReaders, KeepGoingAndTellWhatIsMissing) {
+  fillStore();
+  const auto countOf = [](const std::string& text, const std::string& wanted) {
+    std::size_t count = 0;
+    for (auto at = text.find(wanted); at != std::string::npos; at = text.find(wanted, at + 1)) {
+      ++count;
+    }
+    return count;
+  };
+  const auto file = inFolder("out");
+  const auto command = program_tests::programCommand({"export", "--keep-going", "-o", file});
+  ASSERT_EQ(support::runProcess(command).exitCode, 0);
+  const auto whole = support::fileBytes(file);
+  const auto cards = countOf(whole, "BEGIN:VCARD");
+  for (const auto strikes : {support::Strikes::Once, support::Strikes::FromThereOn}) {
+    const Disorder disorder{"a read breaks", support::call_switch::kReads,
+                            support::call_switch::kBroken, strikes};
+    const auto struck = tryEverywhere(
+        "export --keep-going", disorder, Sample::stepOr(3),
+        [&](const support::Blow& blow) {
+          support::temporaryFile("out", "old");
+          std::filesystem::remove(file + ".partial");
+          return support::runStruck(command, blow);
+        },
+        [&](const support::StruckRun& run) {
+          const auto& [code, output, errors] = run.result;
+          if (code == 0) {
+            EXPECT_EQ(support::fileBytes(file), whole);
+            return;
+          }
+          EXPECT_EQ(code, 1) << errors;
+          // Something else may have failed than what the file is made of.
+          if (support::fileBytes(file) == whole) return;
+          EXPECT_EQ(support::fileBytes(file), "old");
+          if (!std::filesystem::exists(file + ".partial")) return;
+          const auto partial = support::fileBytes(file + ".partial");
+          EXPECT_EQ(countOf(partial, "BEGIN:VCARD") + countOf(output, ": the record: "), cards)
+              << output;
+          EXPECT_NE(output, "");
+        });
+    EXPECT_GT(struck, 1);
+  }
 }
 
 // Somebody who is not found may be made anew, and somebody who is gone be taken for another one.
