@@ -155,7 +155,11 @@ TEST(CardThrough, FormattedNameGoesWithTheNameThatItCameWith) {
   EXPECT_EQ(linesOf(old, {}), "N:;Jane;;;\nFN:Janey\n");
 }
 
-TEST(CardThrough, FormattedNameThatCannotBeSaidStaysBeforeOthers) {
+TEST(CardThrough, FormattedNameThatCannotBeSaidStaysInItsPlace) {
+  const std::string second = "N:Both;;;;\nFN:Both\nX-A:1\nX-OX-LINE:FN%3AAni%04\n";
+  const auto bag = propertiesOf("3.0", "N:Both\nFN:Both\nX-A:1\nFN:Ani\x04\n");
+  EXPECT_EQ(linesOf(bag, {}), second);
+  EXPECT_EQ(linesOf(propertiesOf("3.0", second), {}), second);
   const auto text =
       linesOf(propertiesOf("3.0", "N:Lee;Ann;;;\nFN:Ann\x1d\nFN:Both\nUID:a-1\nX-A:1\n"), {});
   EXPECT_EQ(text, "N:Lee;Ann;;;\nFN:Ann Lee\nUID:a-1\nX-OX-LINE:FN%3AAnn%1D\nFN:Both\nX-A:1\n");

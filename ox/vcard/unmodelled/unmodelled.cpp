@@ -40,12 +40,12 @@ Unmodelled::Unmodelled(const PropertyBag& properties) {
       continue;
     }
     const auto name = lineNameOf(*text);
+    lines_.emplace_back(*text);
     if (formattedNameLine_.empty() && isWord(name.name, "FN")) {
       formattedNameLine_ = *text;
-      continue;
+    } else {
+      takeGroup(name.group);
     }
-    lines_.emplace_back(*text);
-    takeGroup(name.group);
   }
   for (auto* details : {&parameters_, &verbatim_, &ranks_, &groups_}) {
     if (details->size() > 1) std::stable_sort(details->begin(), details->end(), byOwner);

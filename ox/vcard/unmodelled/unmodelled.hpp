@@ -18,7 +18,7 @@ class Unmodelled {
 
   // The first FN line; empty without one.
   std::string_view formattedNameLine() const { return formattedNameLine_; }
-  // Every other line, nested cards included, in order.
+  // Every line, that one and nested cards included, in order.
   const std::vector<std::string_view>& lines() const { return lines_; }
   // By property and entry.
   const std::vector<DetailView>& parameters() const { return parameters_; }

@@ -49,9 +49,11 @@ bool UnmodelledWriter::writeNestedCard(std::string_view text) {
 }
 
 void UnmodelledWriter::writeLines(Revision revision, NestedCards nestedCards) {
-  // In its place among the lines: there a reader leaves it, should another FN follow.
-  if (card_.isFormattedNameUnsaid()) card_.writeWrapped(card_.unmodelled().formattedNameLine());
-  for (const auto text : card_.unmodelled().lines()) {
+  const auto& unmodelled = card_.unmodelled();
+  for (const auto text : unmodelled.lines()) {
+    // One that could not be said stays in its place, where a reader leaves it.
+    const bool isFormattedName = text.data() == unmodelled.formattedNameLine().data();
+    if (isFormattedName && !card_.isFormattedNameUnsaid()) continue;
     const UnmodelledLine line(text);
     if (card_.isNameChanged() && isWord(line.name(), "FN")) continue;
     if (revision == Revision::IsOutdated && isWord(line.name(), "REV")) continue;
