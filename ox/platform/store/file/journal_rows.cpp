@@ -70,9 +70,10 @@ NumberedLinks JournalRow::links() const {
 }
 
 std::optional<JournalAct> JournalRows::act(std::int64_t number) {
-  auto row = file_.connection().prepare(std::string(kActs) + "WHERE a.number = ?1");
-  row.bind(1, number);
-  return row.step() ? std::optional(journalActOf(row)) : std::nullopt;
+  if (!act_) act_ = file_.connection().prepare(std::string(kActs) + "WHERE a.number = ?1");
+  const sqlite::StatementScope row(act_);
+  act_.bind(1, number);
+  return act_.step() ? std::optional(journalActOf(act_)) : std::nullopt;
 }
 
 std::optional<ActRow> JournalRows::actAt(std::int64_t milliseconds) {

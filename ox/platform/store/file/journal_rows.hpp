@@ -93,6 +93,7 @@ class JournalRows {
 
  private:
   StoreFile& file_;
+  sqlite::Statement act_;  // prepared when first used: each change that is told asks for its act
   std::unordered_map<std::int64_t, JournalOrigin> origins_;
 };
 
