@@ -33,6 +33,16 @@ std::string bookOf(std::string_view input) {
                                      linesWith(input, "{\"person\""));
 }
 
+// As a host does: pictures are unpacked then.
+void readAll(const OxAddressBookGeneral& book) {
+  for (const auto& [key, person] : book.personsDic()) {
+    for (const auto& property : OxProperty::StandardPropertyArray()) {
+      person->valueByProperty(property);
+    }
+    for (const auto* name : {"Pair", "X", "Y"}) person->valueByPropertyName(name);
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -41,6 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (OxAddressBookGeneral::addressBookWithData(makeData(std::string(input)))) return 0;
   const auto book = OxAddressBookGeneral::addressBookWithData(makeData(bookOf(input)));
   if (!book) return 0;
+  readAll(*book);
   const auto written = book->saveToData();
   if (!written) return 0;  // a picture that does not fit, noticed as such
   const auto again = OxAddressBookGeneral::addressBookWithData(written);

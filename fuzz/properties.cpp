@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "fuzz/input.hpp"
 #include "fuzz/require.hpp"
 #include "ox/base/checksum.hpp"
 #include "ox/records/clean_text.hpp"
@@ -87,28 +88,28 @@ void tryLinks(std::string_view bytes) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size < 2) return 0;
-  const std::string_view input(reinterpret_cast<const char*>(data + 2), size - 2);
-  const auto first = input.substr(0, data[1]);
-  const auto second = input.substr(first.size());
-  const auto half = second.size() / 2;
+  fuzz::Input input(data, size);
   try {
-    switch (data[0] % 5) {
+    switch (input.byte() % 5) {
       case 0:
-        tryProperties(input);
+        tryProperties(input.rest());
         break;
       case 1:
-        tryProperties(whole(input));
+        tryProperties(whole(input.rest()));
         break;
-      case 2:
-        tryMerge(decodeProperties(whole(first)), decodeProperties(whole(second.substr(0, half))),
-                 decodeProperties(whole(second.substr(half))));
+      case 2: {
+        const auto base = decodeProperties(whole(input.text()));
+        const auto mine = decodeProperties(whole(input.text()));
+        tryMerge(base, mine, decodeProperties(whole(input.rest())));
         break;
-      case 3:
-        tryTagChange(whole(first), whole(second));
+      }
+      case 3: {
+        const auto before = whole(input.text());
+        tryTagChange(before, whole(input.rest()));
         break;
+      }
       default:
-        tryLinks(whole(input));
+        tryLinks(whole(input.rest()));
     }
   } catch (const DamagedBytes&) {
   }

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <set>
 #include <span>
 
 #include "fuzz/input.hpp"
@@ -149,9 +150,9 @@ class Rows {
     for (const auto& table : kTables) {
       const std::string name = table.name;
       const std::string columns = table.columns;
-      restore_.push_back(database_.prepare("DELETE FROM main." + name));
-      restore_.push_back(database_.prepare("INSERT INTO main." + name + "(" + columns +
-                                           ") SELECT " + columns + " FROM sound." + name));
+      restore_.emplace_back(database_.prepare("DELETE FROM main." + name),
+                            database_.prepare("INSERT INTO main." + name + "(" + columns +
+                                              ") SELECT " + columns + " FROM sound." + name));
     }
     source_ = openStoreSource(path_);
   }
@@ -161,7 +162,11 @@ class Rows {
 
   void change(fuzz::Input& input) {
     sqlite::Transaction transaction(database_);
-    for (auto& statement : restore_) statement.run();
+    for (const auto which : changed_) {
+      restore_[which].first.run();
+      restore_[which].second.run();
+    }
+    changed_.clear();
     while (!input.isEmpty()) changeOne(input);
     transaction.commit();
   }
@@ -170,6 +175,7 @@ class Rows {
   // Puts a row, takes one away, or changes one column of some. What the tables refuse is left out.
   void changeOne(fuzz::Input& input) {
     const auto which = input.byte() % kTables.size();
+    changed_.insert(which);
     const auto& table = kTables[which];
     const std::string name = table.name;
     const auto what = input.byte() % (table.count + 2);
@@ -224,7 +230,8 @@ class Rows {
 
   std::string path_;
   sqlite::Connection database_;
-  std::vector<sqlite::Statement> restore_;
+  std::vector<std::pair<sqlite::Statement, sqlite::Statement>> restore_;  // by table
+  std::set<std::size_t> changed_;  // the tables; no change of one reaches another
   std::map<std::pair<std::size_t, int>, sqlite::Statement> changes_;
   std::shared_ptr<ContactSource> source_;
 };

@@ -72,9 +72,11 @@ class Rows {
       while (input.byte() % 4 != 0) put(input);
       transaction.commit();
     }
-    const auto all = allTagsIn(path_);
-    if (isPlain_) read(file_, all);
-    if (input.byte() % 8 == 0) file_.problems();
+    if (input.byte() % 16 == 15) {  // it opens the file once more
+      const auto all = allTagsIn(path_);
+      if (isPlain_) read(file_, all);
+      file_.problems();
+    }
     while (!input.isEmpty()) act(input);
   }
 
