@@ -160,6 +160,9 @@ TEST(CardThrough, FormattedNameThatCannotBeSaidStaysInItsPlace) {
   const auto bag = propertiesOf("3.0", "N:Both\nFN:Both\nX-A:1\nFN:Ani\x04\n");
   EXPECT_EQ(linesOf(bag, {}), second);
   EXPECT_EQ(linesOf(propertiesOf("3.0", second), {}), second);
+  // The first one stays as the card wrote it, since it is not the only one.
+  const std::string unescaped = "N:Lee;Ann\\;Jo;;;\nFN:Ann;Jo Lee\nX-OX-LINE:FN%3AAni%04\n";
+  EXPECT_EQ(linesOf(propertiesOf("3.0", unescaped), {}), unescaped);
   const auto text =
       linesOf(propertiesOf("3.0", "N:Lee;Ann;;;\nFN:Ann\x1d\nFN:Both\nUID:a-1\nX-A:1\n"), {});
   EXPECT_EQ(text, "N:Lee;Ann;;;\nFN:Ann Lee\nUID:a-1\nX-OX-LINE:FN%3AAnn%1D\nFN:Both\nX-A:1\n");

@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "ox/base/text/utf8.hpp"
+#include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/uri.hpp"
 #include "ox/vcard/properties/each_property.hpp"
 #include "ox/vcard/properties/stored_values.hpp"
@@ -34,6 +35,7 @@ bool readStoredValues(const PropertyRow& /*row*/, const ContentLine& line, CardD
 bool readWrappedLine(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
   auto text = validUtf8(percentDecoded(line.value));
   if (text.empty()) return false;
+  if (isWord(lineNameOf(text).name, "FN")) draft.name.isRepeated = !draft.name.formatted.empty();
   draft.unmodelled.addEncoded(std::move(text));
   return true;
 }
