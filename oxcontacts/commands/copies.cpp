@@ -78,9 +78,9 @@ void declareCopies(CLI::App& program, const Context& context) {
   restore->callback([&context, name] { restoreCopy(context, *name); });
   copies->footer(
       "A copy is kept from before each migration of the store and each command that replaces much "
-      "(restore, accounts remove --force, forget, copies restore); the last three stay, in the "
-      "folder STORE.copies. Each "
-      "is a store: `--store PATH` works with it.");
+      "(restore, accounts remove --force, forget, copies restore), and before anything is mended "
+      "(check --repair); the last three stay, in the folder STORE.copies. Each is a store: "
+      "`--store PATH` works with it.");
   copies->require_subcommand(0, 1);
   copies->callback([copies, &context] {
     if (copies->get_subcommands().empty()) listCopies(context);
