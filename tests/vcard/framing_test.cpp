@@ -94,6 +94,13 @@ TEST(CardFraming, ParametersOfNothingAreNoProperty) {
   EXPECT_EQ(textOfCard("3.0", "N;LANGUAGE=de:\nTITLE:a\n"), "JobTitle=a\nkept=;3#0;LANGUAGE=de\n");
 }
 
+TEST(CardFraming, LongNameBehindAPictureIsNoPartOfIt) {
+  const std::string name = "X" + std::string(80, 'h');
+  const auto folded = name.substr(0, 75) + "\n " + name.substr(75);
+  EXPECT_EQ(textOfCard("3.0", "PHOTO;ENCODING=b:AQID\n" + folded + ":1\n"),
+            "kept=" + name + ":1\nphoto=3 bytes\n");
+}
+
 TEST(CardFraming, NestedCardsBelongToTheOuterOne) {
   const std::string inner = "BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n";
   EXPECT_EQ(textOfCard("2.1", "AGENT:\n" + inner + "TITLE:out\n"),

@@ -165,7 +165,9 @@ void CardLines::joinSoftBreaks() {
 void CardLines::joinBase64() {
   while (next_ < card_->lines.size()) {
     const auto line = card_->lineAt(next_);
-    if (line.empty() || !(isBlank(line.front()) || looksLikeBase64(line))) break;
+    if (line.empty()) break;
+    // A name may be so long that its colon stands on the next line.
+    if (!isBlank(line.front()) && (!looksLikeBase64(line) || startsLine(next_))) break;
     if (text_.data() != joined_.data()) joined_.assign(text_);
     joined_.append(trimmed(line));
     text_ = joined_;
