@@ -147,6 +147,12 @@ void requireTagFile(sqlite::Connection& connection, const std::string& path,
   }
 }
 
+void requireTagFile(const std::string& path) {
+  sqlite::Connection connection(path, sqlite::Connection::Mode::ReadWrite);
+  connection.setBusyTimeout(static_cast<int>(kBusyTimeout.count()));
+  requireTagFile(connection, path, sqlite::MissingIndexes::Allow);
+}
+
 std::vector<std::string> mendTagFile(const std::string& path,
                                      const std::function<void()>& keepCopy) {
   std::error_code error;

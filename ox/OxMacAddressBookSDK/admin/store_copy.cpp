@@ -25,6 +25,15 @@ std::string placeOfTarget(const std::string& path) {
   return placeOf(path);
 }
 
+// What nobody would open is no copy.
+void requireOwnTags() {
+  try {
+    requireTagFile(tagStorePath());
+  } catch (const FailureError& error) {
+    throwStoreError(tagStorePath(), error);
+  }
+}
+
 std::string placeOfTags(const std::string& path) {
   auto place = placeOfTarget(path);
   if (std::filesystem::exists(place) && !isTagFile(place) && !isEmptyDatabase(place)) {
@@ -87,6 +96,7 @@ RecordCounts StoreCopy::take(DamagedTags damaged) {
       isThere && copies_->tags.takeDatabase(tagStorePath(), damaged == DamagedTags::LeaveOut
                                                                 ? WhenDamaged::LeaveOut
                                                                 : WhenDamaged::Fail);
+  if (copies_->hasTags && damaged == DamagedTags::Refuse) requireOwnTags();
   const auto counts = copies_->store.takeStore(contactStorePath());
   // Tags that are damaged and left out are not made up for by a few.
   if (copies_->hasTags || !isThere) copies_->followSince(last);

@@ -137,6 +137,22 @@ TEST(StoreCopy, ReplacesNeitherTheStoreNorAFileThatNobodyNamed) {
   EXPECT_FALSE(exists(folder / "letter"));
 }
 
+TEST(StoreCopy, RefusesTagsWithAForeignSchemaUnlessTheyMayBeDamaged) {
+  StoreBuilder().person("p", {});
+  tag("p");
+  sqlite::Connection(support::StoreEnvironment::instance().tagStore(),
+                     sqlite::Connection::Mode::ReadWrite)
+      .execute("CREATE TRIGGER t AFTER INSERT ON tag BEGIN DELETE FROM tag; END");
+  const std::string target = temporaryPath("copy.db");
+  {
+    StoreCopy copy(target);
+    EXPECT_THROW(copy.take(), StoreError);
+  }
+  EXPECT_FALSE(exists(target));
+  StoreCopy copy(target);
+  EXPECT_EQ(copy.take(StoreCopy::DamagedTags::LeaveOut), (RecordCounts{0, 1}));
+}
+
 TEST(StoreCopy, LeavesNothingUnlessItIsPut) {
   StoreBuilder().person("p", {});
   const auto folder = temporaryPath("copies");
