@@ -67,11 +67,13 @@ void removeGroup(const Context& context, const std::string& name) {
   const auto shownName = group->displayName().value_or("");
   const auto below = group->subGroupsCount();
   const auto json = context.json ? jsonOfGroup(group) : "";
+  const failures::Watch watch;
   if (const auto book = group->groupAddressBook()) {
     book->removeGroup(group);
   } else {
     ABAddressBook::sharedAddressBook()->removeRecord(group);
   }
+  giveUpHalfEdits(watch);
   saveEdits();
   std::cout << json;
   context.tell("removed the group " + shownName + (below > 0 ? " and what was below it" : "") +

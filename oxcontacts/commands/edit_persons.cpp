@@ -67,9 +67,11 @@ void removePersons(const Context& context, const std::vector<std::string>& names
     if (context.json) removed.push_back(personJson(*person));
     told += (told.empty() ? "removed " : ", ") + nameAndId(*person);
   }
+  const failures::Watch watch;
   for (const auto& person : persons) {
     ABAddressBook::sharedAddressBook()->removeRecord(person);
   }
+  giveUpHalfEdits(watch);
   saveEdits();
   if (context.json) {
     printJson(removed);

@@ -49,11 +49,13 @@ void addMembers(const Context& context, const Arguments& arguments) {
   const auto group = findGroup(arguments.group);
   const auto persons = findPersons(arguments.persons);
   refuseOtherAccounts(*group, persons);
+  const failures::Watch watch;
   const auto before = heldBy(group->persons());
   {
     ProgressBar bar(context, "adding to the group");
     group->addPersons_progress(Members(persons.begin(), persons.end()), bar.callback());
   }
+  giveUpHalfEdits(watch);
   if (!saveEdits()) return;
   // Others may have put in, or taken out, somebody else meanwhile.
   const auto after = heldBy(group->persons());
@@ -81,6 +83,7 @@ Members membersAmong(const Persons& persons, const _ABGroup& group, bool recursi
 void removeMembers(const Context& context, const Arguments& arguments) {
   const auto group = findGroup(arguments.group);
   const auto persons = findPersons(arguments.persons);
+  const failures::Watch watch;
   const auto members = membersAmong(persons, *group, arguments.recursive);
   if (arguments.recursive) {
     ProgressBar bar(context, "removing from the groups");
@@ -88,6 +91,7 @@ void removeMembers(const Context& context, const Arguments& arguments) {
   } else {
     group->removePersonsFromThisGroup(members);
   }
+  giveUpHalfEdits(watch);
   if (!saveEdits()) return;
   tellGroup(context, "removed " + counted(members.size(), "person") + " from ", group);
   if (members.size() < persons.size()) throw CommandError(kDoneWithRefusals, "");

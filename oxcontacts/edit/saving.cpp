@@ -16,6 +16,12 @@ void giveUp(const failures::Watch& watch) {
   throw failure;
 }
 
+void giveUpHalfEdits(const failures::Watch& watch) {
+  for (const auto& failure : watch.all()) {
+    if (!failure.isRefusal() && failure.kind != FailureKind::Corrupt) giveUp(watch);
+  }
+}
+
 void refuseTagsLeft(const failures::Watch& watch) {
   throw storeFailure("the contacts are saved, but not all of the tags", watch);
 }
