@@ -38,6 +38,15 @@ TEST(CardThrough, NotesOfSeveralLanguagesStayApart) {
   });
 }
 
+TEST(CardThrough, NotesStayApartWhoseParametersCannotBeSaid) {
+  const auto text =
+      linesOf(propertiesOf("3.0", "N:Ray;Al;;;\nNOTE;LANGUAGE=e\x02n:a\nNOTE:b\n"), {});
+  EXPECT_EQ(text,
+            "N:Ray;Al;;;\nFN:Al Ray\nNOTE:a\nX-OX-LINE:NOTE%3Ab\n"
+            "X-OX-LINE:%3B15%230%3BLANGUAGE%3De%02n\n");
+  EXPECT_EQ(linesOf(propertiesOf("3.0", text), {}), text);
+}
+
 TEST(CardThrough, UnmodelledLinesTakeTheFormOfTheVersion) {
   const auto same = [](const std::string& line) { return ThroughRow{"3.0", line, line, line}; };
   expectThrough({

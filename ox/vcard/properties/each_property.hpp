@@ -17,6 +17,7 @@ LacksProperty lacksReadings;
 ReadProperty readSingleText, readNote;
 WriteProperty writeSingleText;
 LacksProperty lacksSingleText;
+LacksProperty lacksNote;
 
 // organization.cpp: ORG
 ReadProperty readOrganization;

@@ -85,7 +85,7 @@ constexpr std::array kRows = {
     dateRow("X-ANNIVERSARY", kABAnniversaryLabel),
     dateRow("X-EVOLUTION-ANNIVERSARY", kABAnniversaryLabel),
     dateRow("X-MS-ANNIVERSARY", kABAnniversaryLabel),
-    PropertyRow{"NOTE", readNote, writeSingleText, kNote, {}, lacksSingleText},
+    PropertyRow{"NOTE", readNote, writeSingleText, kNote, {}, lacksNote},
     PropertyRow{"PHOTO", readPhoto, writePhoto, 0, {}, lacksPhoto},
     PropertyRow{"UID", readUid, writeUid, 0, {}, nullptr, CardsWith::Both},
     cardRow("MEMBER", readMember, CardsWith::Groups),

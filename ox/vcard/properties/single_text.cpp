@@ -1,6 +1,9 @@
+#include <algorithm>
+
 #include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/lines/structured_value.hpp"
 #include "ox/vcard/properties/each_property.hpp"
+#include "ox/vcard/unmodelled/line_form.hpp"
 
 // Properties that hold one text: NICKNAME, TITLE, X-MAIDENNAME, X-PHONETIC-..., and NOTE, whose
 // lines join.
@@ -56,6 +59,14 @@ void writeSingleText(const PropertyRow& row, PropertyWriter& card) {
 
 bool lacksSingleText(const PropertyRow& row, std::string_view /*line*/, PropertyWriter& card) {
   return card.textOf(row.property).empty();
+}
+
+// Another note would join the first one when that has lost the parameters that told them apart.
+bool lacksNote(const PropertyRow& row, std::string_view line, PropertyWriter& card) {
+  if (lacksSingleText(row, line, card)) return true;
+  return std::ranges::any_of(
+      card.unmodelled().parametersOf(row.property, 0),
+      [&](const DetailView& each) { return !areAdmitted(each.text, card.version()); });
 }
 
 }  // namespace ox::vcard
