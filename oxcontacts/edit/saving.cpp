@@ -17,9 +17,7 @@ void giveUp(const failures::Watch& watch) {
 }
 
 void giveUpHalfEdits(const failures::Watch& watch) {
-  for (const auto& failure : watch.all()) {
-    if (!failure.isRefusal() && failure.kind != FailureKind::Corrupt) giveUp(watch);
-  }
+  if (watch.hasFailures()) giveUp(watch);
 }
 
 void refuseTagsLeft(const failures::Watch& watch) {

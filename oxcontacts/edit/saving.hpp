@@ -22,8 +22,7 @@ bool saveEdits();
 
 // Ends the command with storeFailure: forgets every unsaved change.
 [[noreturn]] void giveUp(const failures::Watch& watch);
-// Gives up when a step of an edit of many failed, whose others would be saved without it. What is
-// damaged keeps nobody from changing the rest.
+// Gives up when a step of an edit of many failed, whose others would be saved without it.
 void giveUpHalfEdits(const failures::Watch& watch);
 
 }  // namespace ox::program
