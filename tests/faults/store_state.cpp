@@ -1,8 +1,8 @@
 #include "tests/faults/store_state.hpp"
 
 #include "ox/base/checksum.hpp"
-#include "ox/platform/store/file/check.hpp"
 #include "ox/platform/store/store_source.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "ox/records/fingerprint.hpp"
 
 namespace ox::faults {

@@ -5,7 +5,7 @@
 
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/file/check.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "tests/kills/address_book.hpp"
 #include "tests/kills/killed_run.hpp"
 #include "tests/oxcontacts/program.hpp"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "ox/platform/store/contact_source.hpp"
-#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/schema/schema.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox {

@@ -8,9 +8,9 @@
 #include "ox/base/store_location.hpp"
 #include "ox/platform/journal/journal.hpp"
 #include "ox/platform/store/contact_source.hpp"
-#include "ox/platform/store/file/eraser.hpp"
-#include "ox/platform/store/file/kept_copies.hpp"
 #include "ox/platform/store/journal/store_journal.hpp"
+#include "ox/platform/store/schema/kept_copies.hpp"
+#include "ox/platform/store/upkeep/eraser.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {

@@ -4,8 +4,8 @@
 #include <system_error>
 
 #include "ox/base/store_location.hpp"
-#include "ox/platform/store/file/backup.hpp"
-#include "ox/platform/store/file/kept_copies.hpp"
+#include "ox/platform/store/schema/backup.hpp"
+#include "ox/platform/store/schema/kept_copies.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {

@@ -7,9 +7,9 @@
 #include "ox/OxAddressBookSDK/tags/tag_schema.hpp"
 #include "ox/base/planted.hpp"
 #include "ox/base/store_location.hpp"
-#include "ox/platform/store/file/backup.hpp"
-#include "ox/platform/store/file/missed_tags.hpp"
-#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/schema/backup.hpp"
+#include "ox/platform/store/schema/schema.hpp"
+#include "ox/platform/store/upkeep/missed_tags.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {

@@ -2,7 +2,7 @@
 
 #include "ox/OxAddressBookSDK/tags/OxTagManager.hpp"
 #include "ox/base/store_location.hpp"
-#include "ox/platform/store/file/check.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 
 namespace ox {
 

@@ -10,8 +10,8 @@
 #include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/contact_source.hpp"
-#include "ox/platform/store/file/kept_copies.hpp"
-#include "ox/platform/store/file/repair.hpp"
+#include "ox/platform/store/schema/kept_copies.hpp"
+#include "ox/platform/store/upkeep/repair.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {

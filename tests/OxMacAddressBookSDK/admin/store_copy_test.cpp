@@ -7,7 +7,7 @@
 #include "ox/OxMacAddressBookSDK/admin/store_problems.hpp"
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/store/contact_source.hpp"
-#include "ox/platform/store/file/missed_tags.hpp"
+#include "ox/platform/store/upkeep/missed_tags.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 

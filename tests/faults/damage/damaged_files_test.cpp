@@ -9,9 +9,9 @@
 #include <set>
 
 #include "ox/OxAddressBookSDK/tags/tag_file.hpp"
-#include "ox/platform/store/file/backup.hpp"
-#include "ox/platform/store/file/check.hpp"
+#include "ox/platform/store/schema/backup.hpp"
 #include "ox/platform/store/store_source.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "tests/OxAddressBookSDK/general/random_book.hpp"
 #include "tests/faults/damage/mutation.hpp"
 #include "tests/platform/store/rich_store.hpp"

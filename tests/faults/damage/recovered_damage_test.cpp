@@ -9,9 +9,9 @@
 #include <set>
 
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/file/backup.hpp"
-#include "ox/platform/store/file/check.hpp"
 #include "ox/platform/store/salvage/store_salvage.hpp"
+#include "ox/platform/store/schema/backup.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "tests/faults/damage/mutation.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

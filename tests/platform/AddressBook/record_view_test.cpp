@@ -9,7 +9,7 @@
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
-#include "ox/platform/store/file/check.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "tests/support/second_process.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

@@ -3,9 +3,9 @@
 
 #include "ox/platform/store/committed/act_builder.hpp"
 #include "ox/platform/store/committed/contact_store.hpp"
-#include "ox/platform/store/file/act_writer.hpp"
-#include "ox/platform/store/file/check.hpp"
 #include "ox/platform/store/store_source.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
+#include "ox/platform/store/writing/act_writer.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 

@@ -1,11 +1,11 @@
-#include "ox/platform/store/file/circles.hpp"
+#include "ox/platform/store/upkeep/circles.hpp"
 
 #include <gtest/gtest.h>
 #include <string>
 
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/file/check.hpp"
 #include "ox/platform/store/store_source.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "tests/support/growth.hpp"
 #include "tests/support/statement_count.hpp"
 #include "tests/support/store_environment.hpp"

@@ -9,10 +9,10 @@
 
 #include "ox/base/failures.hpp"
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/file/backup.hpp"
-#include "ox/platform/store/file/check.hpp"
 #include "ox/platform/store/journal/store_journal.hpp"
+#include "ox/platform/store/schema/backup.hpp"
 #include "ox/platform/store/store_source.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "ox/records/property_codec.hpp"
 #include "tests/platform/store/rich_store.hpp"
 #include "tests/support/store_environment.hpp"

@@ -3,9 +3,9 @@
 
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/file/check.hpp"
 #include "ox/platform/store/process_origin.hpp"
 #include "ox/platform/store/store_source.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "ox/records/link_list.hpp"
 #include "ox/records/property_codec.hpp"
 #include "tests/support/store_builder.hpp"

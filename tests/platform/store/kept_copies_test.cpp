@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/kept_copies.hpp"
+#include "ox/platform/store/schema/kept_copies.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -7,7 +7,7 @@
 
 #include "ox/base/replacement_file.hpp"
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/file/backup.hpp"
+#include "ox/platform/store/schema/backup.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

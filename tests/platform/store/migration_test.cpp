@@ -4,10 +4,10 @@
 
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/file/check.hpp"
-#include "ox/platform/store/file/schema.hpp"
-#include "ox/platform/store/file/tables.hpp"
+#include "ox/platform/store/schema/schema.hpp"
+#include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/store_source.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
 #include "tests/support/store_environment.hpp"

@@ -4,9 +4,9 @@
 #include <sys/stat.h>
 
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/file/check.hpp"
-#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/schema/schema.hpp"
 #include "ox/platform/store/store_source.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox {

@@ -1,13 +1,13 @@
-#include "ox/platform/store/file/repair.hpp"
+#include "ox/platform/store/upkeep/repair.hpp"
 
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/file/check.hpp"
-#include "ox/platform/store/file/kept_copies.hpp"
+#include "ox/platform/store/schema/kept_copies.hpp"
 #include "ox/platform/store/store_source.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "ox/records/property_codec.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

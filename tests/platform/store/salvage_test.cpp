@@ -9,9 +9,9 @@
 
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/base/sqlite/page_rows.hpp"
-#include "ox/platform/store/file/backup.hpp"
-#include "ox/platform/store/file/check.hpp"
 #include "ox/platform/store/salvage/store_salvage.hpp"
+#include "ox/platform/store/schema/backup.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

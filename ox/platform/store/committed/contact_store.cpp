@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "ox/platform/store/committed/act_builder.hpp"
-#include "ox/platform/store/file/act_writer.hpp"
-#include "ox/platform/store/file/journal_trim.hpp"
 #include "ox/platform/store/file/stored_rows.hpp"
 #include "ox/platform/store/values/store_error.hpp"
+#include "ox/platform/store/writing/act_writer.hpp"
+#include "ox/platform/store/writing/journal_trim.hpp"
 #include "ox/records/card_uid.hpp"
 
 namespace ox {

@@ -4,8 +4,8 @@
 #include <unistd.h>
 #include <utility>
 
-#include "ox/platform/store/file/tables.hpp"
 #include "ox/platform/store/process_origin.hpp"
+#include "ox/platform/store/schema/tables.hpp"
 
 namespace ox {
 

@@ -8,15 +8,15 @@
 #include <utility>
 
 #include "ox/platform/store/committed/act_builder.hpp"
-#include "ox/platform/store/file/backup.hpp"
-#include "ox/platform/store/file/eraser.hpp"
-#include "ox/platform/store/file/journal_trim.hpp"
 #include "ox/platform/store/journal/command_list.hpp"
 #include "ox/platform/store/journal/record_history.hpp"
 #include "ox/platform/store/journal/return_to_copy.hpp"
 #include "ox/platform/store/journal/way_back.hpp"
 #include "ox/platform/store/process_origin.hpp"
+#include "ox/platform/store/schema/backup.hpp"
+#include "ox/platform/store/upkeep/eraser.hpp"
 #include "ox/platform/store/values/store_error.hpp"
+#include "ox/platform/store/writing/journal_trim.hpp"
 #include "ox/records/damaged_bytes.hpp"
 
 namespace ox {

@@ -10,8 +10,8 @@
 #include "ox/base/replacement_file.hpp"
 #include "ox/base/sqlite/page_file.hpp"
 #include "ox/platform/store/committed/contact_store.hpp"
-#include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/salvage/found_rows.hpp"
+#include "ox/platform/store/schema/schema.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {

@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/schema/schema.hpp"
 
 #include <array>
 #include <cerrno>
@@ -14,9 +14,9 @@
 #include "ox/base/planted.hpp"
 #include "ox/base/private_file.hpp"
 #include "ox/base/sqlite/error.hpp"
-#include "ox/platform/store/file/kept_copies.hpp"
-#include "ox/platform/store/file/migration.hpp"
-#include "ox/platform/store/file/tables.hpp"
+#include "ox/platform/store/schema/kept_copies.hpp"
+#include "ox/platform/store/schema/migration.hpp"
+#include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {

@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/repair.hpp"
+#include "ox/platform/store/upkeep/repair.hpp"
 
 #include <chrono>
 #include <cstdint>
@@ -7,11 +7,11 @@
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/base/sqlite/index_repair.hpp"
-#include "ox/platform/store/file/check.hpp"
-#include "ox/platform/store/file/kept_copies.hpp"
-#include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
-#include "ox/platform/store/file/tables.hpp"
+#include "ox/platform/store/schema/kept_copies.hpp"
+#include "ox/platform/store/schema/schema.hpp"
+#include "ox/platform/store/schema/tables.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"

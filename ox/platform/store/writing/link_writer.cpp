@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/link_writer.hpp"
+#include "ox/platform/store/writing/link_writer.hpp"
 
 #include <algorithm>
 #include <unordered_set>

@@ -1,7 +1,7 @@
-#include "ox/platform/store/file/store_form.hpp"
+#include "ox/platform/store/schema/store_form.hpp"
 
-#include "ox/platform/store/file/earlier_tables.hpp"
-#include "ox/platform/store/file/tables.hpp"
+#include "ox/platform/store/schema/earlier_tables.hpp"
+#include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {

@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/record_writer.hpp"
+#include "ox/platform/store/writing/record_writer.hpp"
 
 #include <string>
 

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "ox/platform/store/file/journal_rows.hpp"
-#include "ox/platform/store/file/journal_writer.hpp"
-#include "ox/platform/store/file/link_writer.hpp"
-#include "ox/platform/store/file/record_writer.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/act.hpp"
+#include "ox/platform/store/writing/journal_writer.hpp"
+#include "ox/platform/store/writing/link_writer.hpp"
+#include "ox/platform/store/writing/record_writer.hpp"
 
 namespace ox {
 

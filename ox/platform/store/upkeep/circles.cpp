@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/circles.hpp"
+#include "ox/platform/store/upkeep/circles.hpp"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/earlier_tables.hpp"
+#include "ox/platform/store/schema/earlier_tables.hpp"
 
 namespace ox {
 

@@ -1,11 +1,11 @@
-#include "ox/platform/store/file/missed_tags.hpp"
+#include "ox/platform/store/upkeep/missed_tags.hpp"
 
 #include <algorithm>
 
 #include "ox/base/sqlite/error.hpp"
-#include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
-#include "ox/platform/store/file/tables.hpp"
+#include "ox/platform/store/schema/schema.hpp"
+#include "ox/platform/store/schema/tables.hpp"
 
 namespace ox {
 namespace {

@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/journal_writer.hpp"
+#include "ox/platform/store/writing/journal_writer.hpp"
 
 #include <algorithm>
 #include <cassert>

@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/check.hpp"
+#include "ox/platform/store/upkeep/check.hpp"
 
 #include <array>
 #include <chrono>
@@ -9,11 +9,11 @@
 #include "ox/base/checksum.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/base/sqlite/log_pages.hpp"
-#include "ox/platform/store/file/circles.hpp"
 #include "ox/platform/store/file/journal_rows.hpp"
-#include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
-#include "ox/platform/store/file/tables.hpp"
+#include "ox/platform/store/schema/schema.hpp"
+#include "ox/platform/store/schema/tables.hpp"
+#include "ox/platform/store/upkeep/circles.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"

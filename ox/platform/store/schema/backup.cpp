@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/backup.hpp"
+#include "ox/platform/store/schema/backup.hpp"
 
 #include <cstdint>
 #include <filesystem>
@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "ox/base/sqlite/error.hpp"
-#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/schema/schema.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/property_bag.hpp"
 

@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/journal_trim.hpp"
+#include "ox/platform/store/writing/journal_trim.hpp"
 
 #include <algorithm>
 #include <optional>

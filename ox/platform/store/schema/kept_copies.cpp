@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/kept_copies.hpp"
+#include "ox/platform/store/schema/kept_copies.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,8 +12,8 @@
 #include "ox/base/paths_in.hpp"
 #include "ox/base/replacement_file.hpp"
 #include "ox/base/store_location.hpp"
-#include "ox/platform/store/file/backup.hpp"
-#include "ox/platform/store/file/schema.hpp"
+#include "ox/platform/store/schema/backup.hpp"
+#include "ox/platform/store/schema/schema.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {

@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/act_writer.hpp"
+#include "ox/platform/store/writing/act_writer.hpp"
 
 #include <algorithm>
 #include <optional>

@@ -6,9 +6,9 @@
 #include <span>
 #include <vector>
 
-#include "ox/platform/store/file/journal_writer.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/act.hpp"
+#include "ox/platform/store/writing/journal_writer.hpp"
 
 namespace ox {
 

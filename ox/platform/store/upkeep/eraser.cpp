@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/eraser.hpp"
+#include "ox/platform/store/upkeep/eraser.hpp"
 
 #include <set>
 #include <utility>
@@ -6,8 +6,8 @@
 
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/file/journal_rows.hpp"
-#include "ox/platform/store/file/schema.hpp"
 #include "ox/platform/store/file/statements.hpp"
+#include "ox/platform/store/schema/schema.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/tag_change.hpp"
 

@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/tables.hpp"
+#include "ox/platform/store/schema/tables.hpp"
 
 #include <string_view>
 

@@ -1,4 +1,4 @@
-#include "ox/platform/store/file/migration.hpp"
+#include "ox/platform/store/schema/migration.hpp"
 
 #include <cassert>
 #include <optional>
@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ox/platform/store/file/tables.hpp"
+#include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
 #include "ox/records/link_list.hpp"
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "ox/base/sqlite/connection.hpp"
-#include "ox/platform/store/file/store_form.hpp"
+#include "ox/platform/store/schema/store_form.hpp"
 
 namespace ox {
 
