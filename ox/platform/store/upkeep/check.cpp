@@ -76,8 +76,8 @@ void checkRecords(sqlite::Connection& file, Problems& problems) {
   const bool isVersion1 = file.queryInteger("PRAGMA user_version") == 1;
   // A damaged row is named already.
   auto rows = file.prepare(
-      std::string("SELECT r.id, r.uid, r.kind, r.container, 1, c.properties, c.fingerprint, "
-                  "c.card_uid, i.checksum, i.data FROM record r "
+      std::string("SELECT r.id, r.uid, c.properties, c.fingerprint, c.card_uid, i.checksum, "
+                  "i.data FROM record r "
                   "LEFT JOIN content c ON c.record = r.id LEFT JOIN image i ON ") +
       (isVersion1 ? "i.record = r.id" : "i.id = c.image") + " ORDER BY r.id");
   const auto next = file.queryInteger(isVersion1 ? "SELECT next_record FROM counter"
@@ -87,20 +87,20 @@ void checkRecords(sqlite::Connection& file, Problems& problems) {
     try {
       name = keyOfColumn(rows, 1).text();
       if (rows.integer(0) >= next) problems.push_back(name + ": its row number is not counted");
-      if (rows.isNull(5)) {
+      if (rows.isNull(2)) {
         problems.push_back(name + ": its values are missing");
         continue;
       }
-      const auto properties = decodeProperties(rows.blob(5));
-      const auto picture = rows.isNull(8) ? 0 : static_cast<std::uint64_t>(rows.integer(8));
-      if (!rows.isNull(8) && checksum64(rows.blob(9)) != picture) {
+      const auto properties = decodeProperties(rows.blob(2));
+      const auto picture = rows.isNull(5) ? 0 : static_cast<std::uint64_t>(rows.integer(5));
+      if (!rows.isNull(5) && checksum64(rows.blob(6)) != picture) {
         problems.push_back(name + ": the stored picture is damaged: its checksum differs");
       }
-      if (static_cast<std::int64_t>(contentFingerprint(properties, picture)) != rows.integer(6)) {
+      if (static_cast<std::int64_t>(contentFingerprint(properties, picture)) != rows.integer(3)) {
         problems.push_back(name + ": its fingerprint is not that of its values");
       }
       const auto* uid = properties.text(property_id::kCardUid);
-      if (rows.optionalText(7) != (uid != nullptr ? Text(*uid) : std::nullopt)) {
+      if (rows.optionalText(4) != (uid != nullptr ? Text(*uid) : std::nullopt)) {
         problems.push_back(name + ": the card UID it is found by is not its own");
       }
     } catch (const DamagedBytes& error) {
