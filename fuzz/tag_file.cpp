@@ -12,6 +12,7 @@
 #include "fuzz/input.hpp"
 #include "fuzz/require.hpp"
 #include "fuzz/scratch_file.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_schema.hpp"
 #include "ox/OxAddressBookSDK/tags/tag_table.hpp"
 #include "ox/base/failure.hpp"
 
