@@ -12,8 +12,11 @@
 namespace ox {
 namespace {
 
-constexpr std::string_view kSelect =
-    "SELECT tag, sound FROM tag WHERE manager = ?1 AND person = ?2 ORDER BY position";
+std::string selectTags() {
+  return std::string("SELECT tag, ")
+      .append(kIsSoundTag)
+      .append(" FROM tag WHERE manager = ?1 AND person = ?2 ORDER BY position");
+}
 constexpr std::string_view kInsert =
     "INSERT OR IGNORE INTO tag (manager, person, tag, position) VALUES (?1, ?2, ?3, ?4)";
 // Far from the end of what a number holds, whatever a damaged file says.
@@ -40,7 +43,7 @@ TagFile::TagFile(const std::string& path) : TagFile(openTagFile(path)) {}
 
 TagFile::TagFile(sqlite::Connection connection)
     : connection_(std::move(connection)),
-      select_(connection_.prepare(kSelect)),
+      select_(connection_.prepare(selectTags())),
       insert_(connection_.prepare(kInsert)),
       lastPosition_(connection_.prepare(kLastPosition)),
       deleteOne_(connection_.prepare(kDeleteOne)),
@@ -162,7 +165,8 @@ TagFile::Tags TagFile::problems() {
   while (check.step()) {
     if (check.text(0) != "ok") result.emplace_back(check.text(0));
   }
-  auto tags = connection_.prepare("SELECT person FROM tag WHERE sound IS NOT 1");
+  auto tags = connection_.prepare(
+      std::string("SELECT person FROM tag WHERE ").append(kIsSoundTag).append(" IS NOT 1"));
   while (tags.step()) {
     result.push_back("a tag of " + std::string(tags.text(0)) + " is damaged");
   }

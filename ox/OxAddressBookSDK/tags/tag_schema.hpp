@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ox/base/sqlite/connection.hpp"
@@ -13,6 +14,11 @@ namespace ox {
 // version up to this one. Throws, and changes nothing, when it is not a tag file that this version
 // can read.
 sqlite::Connection openTagFile(const std::string& path);
+
+// Whether a row of the tags is what this library writes: its sum is right, and it holds texts. The
+// bytes of a text as a blob would be the same tag a second time.
+inline constexpr std::string_view kIsSoundTag =
+    "(sound AND typeof(manager) = 'text' AND typeof(person) = 'text' AND typeof(tag) = 'text')";
 
 // Throws FailureError unless the open file is a tag file of a version that this one can read, whose
 // schema is that version's word by word. Nothing else of it is read.

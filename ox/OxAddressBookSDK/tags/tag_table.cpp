@@ -25,7 +25,8 @@ AllTags allTagsIn(const std::string& path) {
   if (!std::filesystem::exists(path)) return all;
   auto file = opened(path);
   // Since version 3 a row tells whether it is what was written.
-  const std::string sound = file.queryInteger("PRAGMA user_version") < 3 ? "1" : "sound";
+  const bool isUnsummed = file.queryInteger("PRAGMA user_version") < 3;
+  const std::string sound(isUnsummed ? "1" : kIsSoundTag);
   auto rows = file.prepare("SELECT manager, person, tag, " + sound +
                            " FROM tag ORDER BY manager, person, position");
   while (rows.step()) {

@@ -121,6 +121,19 @@ TEST(TagFile, DamagedRowIsNotBelievedAmongAllTags) {
   EXPECT_THROW(allTagsIn(path), FailureError);
 }
 
+// Whoever writes with another tool can give such a row the right sum.
+TEST(TagFile, ATagThatIsNoTextIsDamaged) {
+  const auto path = support::temporaryFile("tags.db", "").string();
+  TagFile file(path);
+  file.add("book", "ann", "colleague");
+  sqlite::Connection other(path, sqlite::Connection::Mode::ReadWrite);
+  other.execute("INSERT INTO tag VALUES('book', 'ann', CAST('colleague' AS BLOB), 2)");
+  EXPECT_EQ(other.queryInteger("SELECT count(*) FROM tag WHERE sound"), 2);
+  EXPECT_THROW(file.tags("book", "ann"), FailureError);
+  EXPECT_THROW(allTagsIn(path), FailureError);
+  EXPECT_EQ(file.problems(), TagFile::Tags{"a tag of ann is damaged"});
+}
+
 // As files were before they told which acts they have followed.
 constexpr const char* kVersion1 = R"(
   PRAGMA journal_mode = WAL;
