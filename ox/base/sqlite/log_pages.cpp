@@ -55,6 +55,10 @@ std::optional<std::string> LogPages::page(std::uint32_t page) const {
   return found != places_.end() ? file_.bytes(found->second, pageBytes_) : std::nullopt;
 }
 
+std::uint64_t LogPages::room() const {
+  return pageBytes_ != 0 ? file_.size() / (kFrameHeaderBytes + pageBytes_) : 0;
+}
+
 // Each frame bears the sum of everything up to it, which goes on from the sum in the frame before:
 // so each can be checked by itself, and one that is damaged within a commit takes no other with it.
 // Frames behind the last commit were never committed.

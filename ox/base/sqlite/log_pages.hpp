@@ -18,8 +18,10 @@ class LogPages {
 
   // 0 when there is no log.
   std::uint32_t pageBytes() const { return pageBytes_; }
-  // Of the database after the last commit.
+  // Of the database after the last commit, as that says.
   std::uint32_t count() const { return count_; }
+  // How many pages the log has room for.
+  std::uint64_t room() const;
   bool holds(std::uint32_t page) const { return places_.contains(page); }
   // Its newest bytes; missing when the disk does not give them.
   std::optional<std::string> page(std::uint32_t page) const;

@@ -58,7 +58,9 @@ void PageFile::meetLog() {
     return;
   }
   hasLog_ = log_.pageBytes() != 0;
-  count_ = std::max(count_, std::min(log_.count(), UINT32_MAX - 1));
+  // Each page stands in one of the two, whatever number a log brings.
+  const auto most = std::min<std::uint64_t>(count_ + log_.room(), UINT32_MAX - 1);
+  count_ = static_cast<std::uint32_t>(std::clamp<std::uint64_t>(log_.count(), count_, most));
   if (const auto damaged = log_.damagedPages(); damaged > 0) {
     damages_.push_back(std::to_string(damaged) +
                        (damaged == 1 ? " page of the log is" : " pages of the log are") +

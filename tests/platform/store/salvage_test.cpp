@@ -25,6 +25,7 @@ using support::temporaryPath;
 
 constexpr std::size_t kPersons = 180;
 constexpr std::size_t kPageBytes = 2048;
+constexpr std::size_t kFrameBytes = 24 + kPageBytes;
 
 std::string storePath() {
   return support::StoreEnvironment::instance().contactStore().string();
@@ -138,12 +139,11 @@ TEST(Salvage, ReadsWhatStandsInTheLogAlone) {
 
 // The place of a page in the log that is neither the first nor the last of its commit.
 std::size_t withinACommit(const std::string& log) {
-  constexpr std::size_t kFrame = 24 + kPageBytes;
-  for (auto at = 32 + log.size() / kFrame / 2 * kFrame;; at += kFrame) {
+  for (auto at = 32 + log.size() / kFrameBytes / 2 * kFrameBytes;; at += kFrameBytes) {
     const auto isCommit = [&](std::size_t frame) {
       return log.substr(frame + 4, 4) != std::string(4, '\0');
     };
-    if (!isCommit(at - kFrame) && !isCommit(at)) return at;
+    if (!isCommit(at - kFrameBytes) && !isCommit(at)) return at;
   }
 }
 
@@ -158,6 +158,45 @@ TEST(Salvage, ADamagedFrameOfTheLogHidesNoneAfterIt) {
                                 "1 page of the log is damaged: something newer may be missing"});
   EXPECT_GE(report.records.persons, kPersons - 20);
   EXPECT_EQ(storeProblems(path), std::vector<std::string>{});
+}
+
+// What the head of a frame bears for its own and its page's bytes, behind the frame before it.
+std::string sumOfFrame(const std::string& log, std::size_t frame) {
+  const auto number = [&](std::size_t at) { return sqlite::bigEndian32(log, at); };
+  auto first = number(frame - kFrameBytes + 16);
+  auto second = number(frame - kFrameBytes + 20);
+  const auto add = [&](std::size_t from, std::size_t bytes) {
+    for (auto at = from; at < from + bytes; at += 8) {
+      first += __builtin_bswap32(number(at)) + second;
+      second += __builtin_bswap32(number(at + 4)) + first;
+    }
+  };
+  add(frame, 8);
+  add(frame + 24, kPageBytes);
+  std::string sum;
+  for (const auto half : {first, second}) {
+    for (const int shift : {24, 16, 8, 0}) sum += static_cast<char>(half >> shift);
+  }
+  return sum;
+}
+
+// Whoever makes such a log by hand wants a recovery to go through billions of pages.
+TEST(Salvage, BelievesNoLogThatHasRoomForFewerPagesThanItSays) {
+  fillStore();
+  const auto from = temporaryPath("damaged.db").string();
+  fs::copy_file(storePath(), from);
+  fs::copy_file(storePath() + "-wal", from + "-wal");
+  auto log = support::fileBytes(from + "-wal");
+  const auto last = 32 + ((log.size() - 32) / kFrameBytes - 1) * kFrameBytes;
+  ASSERT_EQ(sumOfFrame(log, last), log.substr(last + 16, 8));
+  log.replace(last + 4, 4, "\xFF\xFF\xFF\xF0");
+  log.replace(last + 16, 8, sumOfFrame(log, last));
+  overwrite(from + "-wal", 0, log);
+  const auto room = (fs::file_size(from) + log.size()) / kPageBytes;
+  EXPECT_LE(sqlite::PageFile(from).count(), room);
+  const auto [report, path] = recover(from);
+  EXPECT_EQ(report.losses, std::vector<std::string>{});
+  EXPECT_EQ(contentOf(path), contentOf(storePath()));
 }
 
 // Every third page once, some emptied and some full of nonsense.
