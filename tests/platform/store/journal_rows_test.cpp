@@ -125,6 +125,22 @@ TEST(JournalRows, TellTheLinksOfAGroupInOneRow) {
   EXPECT_EQ(storeProblems(storePath()), std::vector<std::string>{});
 }
 
+// A damaged number, beyond those that were ever given.
+TEST(JournalRows, TellTheLinksOfAnActBesideOneOfAWrongNumber) {
+  const auto source = openStoreSource(storePath());
+  support::StoreBuilder build(*source);
+  build.person("p1").person("p2").person("p3").group("g1", "One").member("g1", "p1");
+  sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE link SET id = 1000000000");
+  SaveRequest links;
+  for (const auto* child : {"p1", "p2", "p3"}) {
+    links.links.push_back({RecordKey::of("g1"), RecordKey::of(child)});
+  }
+  ASSERT_TRUE(source->execute(links)) << links.reason;
+  EXPECT_EQ(source->children(RecordKey::of("g1"), RecordKind::Person)->size(), 3U);
+  EXPECT_EQ(storedLinks("SELECT after FROM change ORDER BY id DESC LIMIT 1"), "2#3 3#4 ");
+}
+
 TEST(JournalRows, NothingWrittenIsNoAct) {
   const auto source = openStoreSource(storePath());
   support::StoreBuilder(*source).person("p1", {.first = "Ann"});

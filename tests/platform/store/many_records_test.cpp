@@ -95,6 +95,11 @@ TEST(ManyContents, EndBeforeADamagedRecordAndThrowAtOne) {
   EXPECT_EQ(namesOf(source.committedContents(keys, kAll)), "Ann ");
   EXPECT_THROW(source.committedContents(std::span(keys).subspan(1), kAll), DamagedRecord);
   EXPECT_THROW(source.committedContents(std::span(keys).subspan(2), kAll), ImageReadError);
+  // One whose row is not there any more is no other case: she had a picture.
+  runInTheStore("DELETE FROM image");
+  EXPECT_THROW(source.committedContents(std::span(keys).subspan(2), kAll), ImageReadError);
+  EXPECT_THROW(source.imageData(RecordKey::of("c")), ImageReadError);
+  EXPECT_EQ(source.imageData(RecordKey::of("a")), nullptr);
 }
 
 TEST(ManyContents, OfRecordsThatWereRemovedElsewhereAreMissing) {

@@ -35,8 +35,11 @@ constexpr std::array kStatements = {
         "SELECT id, uid, kind, container, checksum FROM record WHERE id >= ?1 AND id < ?2 ORDER BY "
         "id "
         "LIMIT ?3"},
+    // A picture whose row is not there is a damaged one, not none: the number of its row stands for
+    // its checksum.
     Row{Sql::ContentOfRow,
-        "SELECT c.properties, i.checksum, c.sound FROM content c LEFT JOIN image i ON i.id = "
+        "SELECT c.properties, ifnull(i.checksum, c.image), c.sound FROM content c LEFT JOIN image "
+        "i ON i.id = "
         "c.image "
         "WHERE c.record = ?1"},
     Row{Sql::ImageChecksum, "SELECT checksum FROM image WHERE id = ?1"},
@@ -44,13 +47,13 @@ constexpr std::array kStatements = {
         "SELECT id, uid, kind, container, checksum FROM record WHERE id > ?1 ORDER BY id"},
     Row{Sql::RecordByUid, "SELECT id, uid, kind, container, checksum FROM record WHERE uid = ?1"},
     Row{Sql::ContentFrom,
-        "SELECT c.record, c.properties, i.checksum, c.sound FROM content c "
+        "SELECT c.record, c.properties, ifnull(i.checksum, c.image), c.sound FROM content c "
         "LEFT JOIN image i ON i.id = c.image "
         "WHERE c.record >= ?1 ORDER BY c.record LIMIT ?2"},
     Row{Sql::PicturesFrom,
         "SELECT c.record, i.checksum, i.data, c.sound FROM content c "
-        "CROSS JOIN image i ON i.id = c.image "
-        "WHERE c.record BETWEEN ?1 AND ?2 ORDER BY c.record"},
+        "LEFT JOIN image i ON i.id = c.image "
+        "WHERE c.image IS NOT NULL AND c.record BETWEEN ?1 AND ?2 ORDER BY c.record"},
     Row{Sql::ChildrenOfRow,
         "SELECT r.uid, l.sound AND r.sound FROM link l JOIN record r ON r.id = l.child "
         "WHERE l.parent = ?1 AND r.kind = ?2 ORDER BY l.id"},
@@ -63,10 +66,10 @@ constexpr std::array kStatements = {
         "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid "
         "FROM keys(?1) k CROSS JOIN record r ON r.uid = k.key"},
     Row{Sql::ValuesOfRows,
-        "SELECT k.rowid, c.properties, i.checksum, c.sound FROM keys(?1) k "
+        "SELECT k.rowid, c.properties, ifnull(i.checksum, c.image), c.sound FROM keys(?1) k "
         "CROSS JOIN content c ON c.record = k.key LEFT JOIN image i ON i.id = c.image"},
     Row{Sql::ContentsOfRows,
-        "SELECT k.rowid, c.properties, i.checksum, i.data, c.sound "
+        "SELECT k.rowid, c.properties, ifnull(i.checksum, c.image), i.data, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
         "LEFT JOIN image i ON i.id = c.image"},
     Row{Sql::ChildrenOfRows,
@@ -133,7 +136,7 @@ constexpr std::array kStatements = {
     Row{Sql::InsertLinks,
         "INSERT INTO link(id, parent, child) SELECT ?1 + rowid, ?2, key FROM keys(?3) WHERE true "
         "ON CONFLICT(child, parent) DO NOTHING"},
-    Row{Sql::LinksFrom, "SELECT id FROM link WHERE id >= ?1"},
+    Row{Sql::LinksFromTo, "SELECT id FROM link WHERE id >= ?1 AND id < ?2"},
     Row{Sql::LinkOfNumber, "SELECT id FROM link WHERE id = ?1"},
     Row{Sql::LinkNumber, "SELECT id FROM link WHERE child = ?2 AND parent = ?1"},
     Row{Sql::LinkNumbers,

@@ -59,7 +59,7 @@ enum class Sql : std::uint8_t {
   LinksToParents,
   InsertLink,
   InsertLinks,
-  LinksFrom,
+  LinksFromTo,
   LinkOfNumber,
   LinkNumber,
   LinkNumbers,

@@ -82,9 +82,9 @@ LinkWriter::Added LinkWriter::insert(Links run, const Rows& rows) {
     }
     return numbers;
   }
-  auto& inserted = file_.statement(Sql::LinksFrom);
+  auto& inserted = file_.statement(Sql::LinksFromTo);
   const sqlite::StatementScope scope(inserted);
-  inserted.bind(1, first);
+  inserted.bind(1, first).bind(2, nextLink_);
   while (inserted.step()) {
     const auto number = inserted.integer(0);
     numbers[static_cast<std::size_t>(number - first)] = number;
