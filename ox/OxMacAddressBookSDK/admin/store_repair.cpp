@@ -28,7 +28,7 @@ void keepCopyFor(RepairReport& report) {
 
 struct Leftovers {
   std::vector<RecordEntry> blank;
-  std::vector<std::string> persons;  // that have tags and are no records
+  std::vector<std::string> persons;  // that have tags, and were removed from this store
 };
 
 Leftovers leftoversNow() {
@@ -41,16 +41,24 @@ Leftovers leftoversNow() {
                 [&](const RecordEntry& record) { return tagged.contains(record.key.text()); });
   const std::vector<std::string> persons(tagged.begin(), tagged.end());
   const auto records = recordSource().recordsWith(persons);
+  // A tag file may serve other stores too, and a store may have lost a record without having
+  // removed it: then its tags are still somebody's.
+  const auto removed = removedRecordsIn(contactStorePath());
   for (std::size_t i = 0; i < persons.size(); ++i) {
-    if (!records[i]) left.persons.push_back(persons[i]);
+    if (!records[i] && removed.contains(persons[i])) left.persons.push_back(persons[i]);
   }
   return left;
 }
 
 void removeLeftovers(RepairReport& report) {
-  const auto left = leftoversNow();
-  if (left.blank.empty() && left.persons.empty()) return;
+  const auto isNothing = [](const Leftovers& left) {
+    return left.blank.empty() && left.persons.empty();
+  };
+  if (isNothing(leftoversNow())) return;
   keepCopyFor(report);
+  // Looked for once more: a copy takes its time, in which others go on.
+  const auto left = leftoversNow();
+  if (isNothing(left)) return;
   WholeAct act;
   for (const auto& record : left.blank) recordSource().remove(record.key, record.kind);
   for (const auto& person : left.persons) TagStore::shared().holdWithoutTags(person);

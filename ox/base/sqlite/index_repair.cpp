@@ -6,8 +6,13 @@ bool hasWholePages(Connection& file) {
   return file.queryText("PRAGMA quick_check(1)") == "ok";
 }
 
-std::vector<std::string> mendIndexes(Connection& file, const Schema& missing) {
+std::vector<std::string> mendIndexes(Connection& file, const Schema& missing,
+                                     const std::vector<std::string>& tables) {
   std::vector<std::string> mended;
+  for (const auto& table : tables) {
+    const auto damaged = "SELECT EXISTS(SELECT 1 FROM " + table + " WHERE sound IS NOT 1)";
+    if (file.queryInteger(damaged) != 0) return mended;
+  }
   for (const auto& index : missing) {
     file.execute(index.words.c_str());
     mended.push_back("made the index " + index.name + " anew, which was missing");

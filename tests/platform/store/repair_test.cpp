@@ -129,6 +129,26 @@ TEST_F(Repair, MakesAnIndexAnewThatLacksRows) {
   EXPECT_EQ(state(), before);
 }
 
+// The index of identifiers has the one that the row has lost: whoever makes it anew from the rows
+// loses it for good.
+TEST_F(Repair, KeepsTheIndexesWhereTheRowOfARecordIsDamaged) {
+  const auto whole = fileBytes(storePath());
+  const auto isDamaged = [] {
+    return queried("SELECT count(*) FROM record NOT INDEXED WHERE sound IS NOT 1") == "1";
+  };
+  for (auto at = whole.find("ben"); at != whole.npos && !isDamaged();
+       at = whole.find("ben", at + 1)) {
+    auto bytes = whole;
+    bytes[at] = 'x';
+    support::temporaryFile("repaired.db", bytes);
+  }
+  ASSERT_TRUE(isDamaged());
+  expectUntouched(storeProblems(storePath()));
+  EXPECT_EQ(queried("SELECT group_concat(uid, ' ') FROM (SELECT uid FROM record INDEXED BY "
+                    "sqlite_autoindex_record_1 ORDER BY uid)"),
+            "ann ben friends");
+}
+
 TEST_F(Repair, WorksOutWhatARecordIsFoundBy) {
   const auto before = state();
   runSql(

@@ -12,6 +12,7 @@
 #include "ox/platform/store/schema/schema.hpp"
 #include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
+#include "ox/platform/store/values/journal_row.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
@@ -26,7 +27,8 @@ class Repair {
 
   std::vector<std::string> mend() {
     removeTwins();
-    for (auto& sentence : sqlite::mendIndexes(file_, missingIndexesOf(file_))) {
+    const auto missing = missingIndexesOf(file_);
+    for (auto& sentence : sqlite::mendIndexes(file_, missing, {"container", "record", "link"})) {
       mended_.push_back(std::move(sentence));
     }
     countAccounts();
@@ -209,6 +211,23 @@ std::vector<RecordEntry> blankRecordsIn(const std::string& path) {
     throw StoreError(StoreError::Kind::Corrupt, path + ": " + error.what(), path);
   }
   return blank;
+}
+
+std::set<std::string> removedRecordsIn(const std::string& path) {
+  std::set<std::string> removed;
+  try {
+    auto file = openExistingStoreFile(path);
+    auto rows = file.prepare("SELECT after FROM change WHERE what = ?1 AND sound");
+    rows.bind(1, static_cast<std::int64_t>(ChangeKind::Removed));
+    while (rows.step()) {
+      if (!rows.isNull(0)) removed.insert(keyOfColumn(rows, 0).text());
+    }
+  } catch (const sqlite::Error& error) {
+    throwStoreError(path, error);
+  } catch (const DamagedBytes& error) {
+    throw StoreError(StoreError::Kind::Corrupt, path + ": " + error.what(), path);
+  }
+  return removed;
 }
 
 }  // namespace ox

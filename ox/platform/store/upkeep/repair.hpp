@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -22,5 +23,9 @@ StoreRepair repairStore(const std::string& path);
 // The records without any content that have stood in no group and were never changed, and that
 // were made more than a day ago: what a program left that was ended before it saved.
 std::vector<RecordEntry> blankRecordsIn(const std::string& path);
+
+// The identifiers of the records of which the journal tells that they were removed, whether or not
+// they have come back.
+std::set<std::string> removedRecordsIn(const std::string& path);
 
 }  // namespace ox
