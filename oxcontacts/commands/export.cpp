@@ -141,6 +141,11 @@ const char* nameOf(vcard::MissingPart::What what) {
 std::vector<Missing> missingIn(const vcard::ExportReport& report, const failures::Watch& listing) {
   std::vector<Missing> missing;
   for (const auto& failure : listing.all()) missing.push_back({"", "a record", failure.reason});
+  // A watch keeps so many of them, and counts all.
+  if (const auto kept = missing.size(); listing.counts().failures > kept) {
+    const auto more = listing.counts().failures - kept;
+    missing.push_back({"", counted(more, "more record"), "their rows are damaged"});
+  }
   for (const auto& part : report.missing) {
     missing.push_back({part.record.text(), nameOf(part.what), part.reason});
   }
@@ -208,7 +213,7 @@ void exportRecords(const Context& context, const Arguments& arguments) {
   const OneMoment moment;
   // Whoever lists first is told of each record whose row is damaged.
   const failures::Watch listing;
-  requireList();
+  if (arguments.persons.empty()) requireList();  // one who is named is looked up alone
   if (listing.hasFailures() && !arguments.keepsGoing) throw storeFailure(kNotEveryRecord, listing);
   // The discovery may have something to tell of the tags, which are in no card.
   const auto book = wantedBook(context, arguments);

@@ -255,6 +255,7 @@ TEST(ExportThatKeepsGoing, NamesAPictureThatIsMissingInACard) {
 // Whose row of the record is damaged is known by nothing but that row.
 TEST(ExportThatKeepsGoing, TellsOfARecordThatCannotBeListed) {
   importCards();
+  const auto ids = personIds();
   const auto file = temporaryFile("out.vcf", "old").string();
   const auto store = support::StoreEnvironment::instance().contactStore().string();
   std::string uid;
@@ -277,6 +278,8 @@ TEST(ExportThatKeepsGoing, TellsOfARecordThatCannotBeListed) {
     EXPECT_EQ(run(words).exitCode, 1);
     EXPECT_EQ(fileBytes(file), "old") << words[1];
   }
+  // Whoever is named by an ID needs no list.
+  EXPECT_EQ(run({"export", ids.at("王小明"), "-o", temporaryPath("one.vcf")}).exitCode, 0);
   const auto result = run({"export", "-o", file, "--keep-going"});
   EXPECT_EQ(result.exitCode, 1) << result.errors;
   EXPECT_TRUE(result.output.starts_with("missing: a record: ")) << result.output;
