@@ -56,15 +56,17 @@ struct StoreCopy::Copies {
   void followSince(std::int64_t act) {
     const auto missed = tagActsAfter(store.path(), act);
     if (missed.acts.empty()) return;
-    const auto last = missed.acts.back().number;
     const auto& name = missed.store;
     try {
       TagFile(tags.path())
           .follow({reinterpret_cast<const char*>(name.data()), name.size()}, missed.acts,
-                  [last] { return last; });
+                  [&] { return missed.lastAct; });
       hasTags = true;
     } catch (const FailureError& error) {
-      if (error.kind() != FailureKind::Corrupt) throwStoreError(tagsPlace, error);
+      const auto kind = error.kind();
+      const bool isDamage = kind == FailureKind::Corrupt || kind == FailureKind::NotAStore ||
+                            kind == FailureKind::NewerSchema;
+      if (!isDamage) throwStoreError(tagsPlace, error);
     }
   }
 
@@ -91,7 +93,7 @@ RecordCounts StoreCopy::take(DamagedTags damaged) {
   const auto last = lastActWithoutDebt(contactStorePath());
   // The tags first: what acts in between do to them the copy of the store tells. Taken the other
   // way round, tags would stand there of acts that the copy knows nothing of.
-  const bool isThere = std::filesystem::exists(tagStorePath());
+  const bool isThere = std::filesystem::exists(tagStorePath()) && !isEmptyDatabase(tagStorePath());
   copies_->hasTags =
       isThere && copies_->tags.takeDatabase(tagStorePath(), damaged == DamagedTags::LeaveOut
                                                                 ? WhenDamaged::LeaveOut

@@ -43,8 +43,9 @@ std::vector<TagChange> changesOf(sqlite::Statement& rows, std::int64_t act) {
   return changes;
 }
 
-TagDebts askTagActs(sqlite::Connection& store, std::int64_t number) {
-  TagDebts missed;
+MissedTags askTagActs(sqlite::Connection& store, std::int64_t number) {
+  MissedTags missed;
+  missed.lastAct = store.queryInteger("SELECT max(number) FROM act");
   auto name = store.prepare(sqlOf(Sql::StoreName));
   if (!name.step() || name.integer(1) == 0) return missed;
   const auto bytes = name.blob(0);
@@ -67,7 +68,7 @@ std::int64_t lastActWithoutDebt(const std::string& store) {
   return answerOf(store, askLastAct, 0);
 }
 
-TagDebts tagActsAfter(const std::string& store, std::int64_t number) {
+MissedTags tagActsAfter(const std::string& store, std::int64_t number) {
   return answerOf(store, askTagActs, number);
 }
 

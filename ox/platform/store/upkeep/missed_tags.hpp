@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
-#include "ox/platform/store/values/tag_debts.hpp"
+#include "ox/base/uuid.hpp"
+#include "ox/records/tag_change.hpp"
 
 namespace ox {
 
@@ -14,8 +16,13 @@ namespace ox {
 // The last act of the store at that path of which is known that the tag file has followed it, or
 // had nothing to follow.
 std::int64_t lastActWithoutDebt(const std::string& store);
+struct MissedTags {
+  Uuid store{};              // its name
+  std::vector<TagAct> acts;  // in their order
+  std::int64_t lastAct = 0;  // of all acts
+};
 // The acts after that one which changed tags, followed or not. A row that is damaged is left out:
 // to be told by a check.
-TagDebts tagActsAfter(const std::string& store, std::int64_t number);
+MissedTags tagActsAfter(const std::string& store, std::int64_t number);
 
 }  // namespace ox
