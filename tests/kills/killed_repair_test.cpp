@@ -64,13 +64,24 @@ TEST(KilledRepair, MendsItsStoreWholeOrNotAtAll) {
   EXPECT_GT(killed, 1);
 }
 
+// The ID of a person who is removed again.
+std::string removedPerson(const std::string& name) {
+  EXPECT_EQ(program_tests::run({"add-person", "_local", "name=" + name}).exitCode, 0);
+  const auto id = program_tests::runJson({"show", name})["ID"].get<std::string>();
+  EXPECT_EQ(program_tests::run({"remove-person", name}).exitCode, 0);
+  return id;
+}
+
 TEST(KilledRepair, TakesWhatIsOfNoUseAwayWholeOrNotAtAll) {
   fillAddressBook();
   program_tests::run({"tag", "Ben Ray", "--add", "opera"});
-  sqlite::Connection(tagPath(), sqlite::Connection::Mode::ReadWrite)
-      .execute(
-          "INSERT INTO tag(manager, person, tag, position) VALUES"
-          "('_local', 'nobody', 'a', 1), ('_local', 'nobody else', 'b', 1)");
+  const auto gone = removedPerson("Eve Fox");
+  for (const auto& person : {gone, removedPerson("Hal Orr")}) {
+    sqlite::Connection(tagPath(), sqlite::Connection::Mode::ReadWrite)
+        .execute(("INSERT INTO tag(manager, person, tag, position) VALUES('_local', '" + person +
+                  "', 'a', 1)")
+                     .c_str());
+  }
   const auto before = contacts();
   const auto with = tagged();
   const auto command = programCommand({"check", "--repair"});
@@ -78,11 +89,11 @@ TEST(KilledRepair, TakesWhatIsOfNoUseAwayWholeOrNotAtAll) {
     EXPECT_EQ(storeProblems(storePath()), Sentences());
     EXPECT_EQ(contacts(), before);
     const auto now = tagged();
-    const bool isDone = now.find("nobody") == std::string::npos;
+    const bool isDone = now.find(gone) == std::string::npos;
     EXPECT_TRUE(isDone || now == with) << now;
     EXPECT_TRUE(result.exitCode != 0 || isDone);
     EXPECT_EQ(runAlive(command).exitCode, 0);
-    EXPECT_EQ(tagged().find("nobody"), std::string::npos);
+    EXPECT_EQ(tagged().find(gone), std::string::npos);
     EXPECT_EQ(runAlive(programCommand({"undo"})).exitCode, 0);
     EXPECT_EQ(tagged().size(), with.size());
   });
