@@ -67,7 +67,7 @@ TEST(KilledRepair, MendsItsStoreWholeOrNotAtAll) {
 // The ID of a person who is removed again.
 std::string removedPerson(const std::string& name) {
   EXPECT_EQ(program_tests::run({"add-person", "_local", "name=" + name}).exitCode, 0);
-  const auto id = program_tests::runJson({"show", name})["ID"].get<std::string>();
+  auto id = program_tests::runJson({"show", name})["ID"].get<std::string>();
   EXPECT_EQ(program_tests::run({"remove-person", name}).exitCode, 0);
   return id;
 }

@@ -169,7 +169,7 @@ std::vector<std::string> mendTagFile(const std::string& path,
        differencesOf(sqlite::formOf(connection).schema, schemaOfVersion(kSchemaVersion))) {
     missing.push_back(difference.thing);
   }
-  const auto mended = sqlite::mendIndexes(connection, missing, {"tag"});
+  auto mended = sqlite::mendIndexes(connection, missing, {"tag"});
   if (mended.empty()) return {};
   keepCopy();
   transaction.commit();

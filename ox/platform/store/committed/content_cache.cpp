@@ -110,7 +110,7 @@ void ContentCache::readAll(std::span<const RecordEntry> entries) {
 KnownContent ContentCache::keep(const RecordKey& key, const sqlite::Statement& row) {
   if (row.integer(3) == 0) throw DamagedProperties("the row of the stored values is damaged");
   const auto bytes = row.blob(1);
-  const KnownContent content{std::make_shared<const PropertyBag>(decodeProperties(bytes)),
+  KnownContent content{std::make_shared<const PropertyBag>(decodeProperties(bytes)),
                              static_cast<std::uint64_t>(row.integer(2))};
   contents_.put(key, content, kDecodedFactor * bytes.size());
   return content;

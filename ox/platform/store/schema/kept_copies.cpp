@@ -140,7 +140,7 @@ void sweepCopies(const std::string& store, const std::string& made) {
 }
 
 std::string keepCopy(const std::string& store, const std::string& reason) {
-  const auto path = pathOfNextCopy(store, reason);
+  auto path = pathOfNextCopy(store, reason);
   if (std::filesystem::exists(tagsOfStore(store))) {
     DatabaseCopy tags(path + ".tags");
     // Damaged tags cost the tags of the copy and nothing else.
