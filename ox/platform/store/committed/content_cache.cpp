@@ -111,7 +111,7 @@ KnownContent ContentCache::keep(const RecordKey& key, const sqlite::Statement& r
   if (row.integer(3) == 0) throw DamagedProperties("the row of the stored values is damaged");
   const auto bytes = row.blob(1);
   KnownContent content{std::make_shared<const PropertyBag>(decodeProperties(bytes)),
-                             static_cast<std::uint64_t>(row.integer(2))};
+                       static_cast<std::uint64_t>(row.integer(2))};
   contents_.put(key, content, kDecodedFactor * bytes.size());
   return content;
 }
