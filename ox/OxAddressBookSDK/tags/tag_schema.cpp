@@ -114,9 +114,14 @@ void migrate(sqlite::Connection& connection, const std::string& path) {
   transaction.commit();
 }
 
-sqlite::Connection openOnce(const std::string& path) {
+sqlite::Connection waitingConnection(const std::string& path) {
   sqlite::Connection connection(path, sqlite::Connection::Mode::ReadWrite);
   connection.setBusyTimeout(static_cast<int>(kBusyTimeout.count()));
+  return connection;
+}
+
+sqlite::Connection openOnce(const std::string& path) {
+  auto connection = waitingConnection(path);
   if (isEmptyDatabase(connection)) createSchema(connection);
   requireTagFile(connection, path);
   if (!isOfThisVersion(connection)) migrate(connection, path);
@@ -136,39 +141,33 @@ void requireTagFile(sqlite::Connection& connection, const std::string& path,
          "a tag file of version " + std::to_string(version) + ", this program knows " +
              std::to_string(kSchemaVersion));
   }
-  for (const auto& difference : differencesOf(form.schema, schemaOfVersion(version))) {
-    const bool mayLackIndexes =
-        missing == sqlite::MissingIndexes::Allow || version < kSchemaVersion;
-    if (difference.isMissingIndex() && mayLackIndexes) continue;
+  if (version < kSchemaVersion) missing = sqlite::MissingIndexes::Allow;  // a migration makes them
+  if (const auto obstacle = obstacleIn(form.schema, schemaOfVersion(version), missing)) {
     connection.keepLog();  // a file that is refused is left as it is
     fail(FailureKind::Corrupt, path,
-         sentenceOf(difference) +
-             (difference.isMissingIndex() ? "; `check --repair` makes it anew" : ""));
+         sentenceOf(*obstacle) +
+             (obstacle->isMissingIndex() ? "; `check --repair` makes it anew" : ""));
   }
 }
 
-void requireTagFile(const std::string& path) {
-  sqlite::Connection connection(path, sqlite::Connection::Mode::ReadWrite);
-  connection.setBusyTimeout(static_cast<int>(kBusyTimeout.count()));
-  requireTagFile(connection, path, sqlite::MissingIndexes::Allow);
+sqlite::Connection openTagFileAsItIs(const std::string& path, sqlite::MissingIndexes missing) {
+  auto connection = waitingConnection(path);
+  requireTagFile(connection, path, missing);
+  return connection;
 }
 
 std::vector<std::string> mendTagFile(const std::string& path,
                                      const std::function<void()>& keepCopy) {
   std::error_code error;
   if (!std::filesystem::exists(path, error) && !error) return {};
-  sqlite::Connection connection(path, sqlite::Connection::Mode::ReadWrite);
-  connection.setBusyTimeout(static_cast<int>(kBusyTimeout.count()));
+  auto connection = waitingConnection(path);
   if (isEmptyDatabase(connection)) return {};
   connection.execute("PRAGMA synchronous = FULL");
   sqlite::Transaction transaction(connection);
   requireTagFile(connection, path, sqlite::MissingIndexes::Allow);
   if (!isOfThisVersion(connection) || !sqlite::hasWholePages(connection)) return {};
-  sqlite::Schema missing;
-  for (const auto& difference :
-       differencesOf(sqlite::formOf(connection).schema, schemaOfVersion(kSchemaVersion))) {
-    missing.push_back(difference.thing);
-  }
+  const auto missing =
+      missingIndexesIn(sqlite::formOf(connection).schema, schemaOfVersion(kSchemaVersion));
   auto mended = sqlite::mendIndexes(connection, missing, {"tag"});
   if (mended.empty()) return {};
   keepCopy();

@@ -24,8 +24,9 @@ inline constexpr std::string_view kIsSoundTag =
 // schema is that version's word by word. Nothing else of it is read.
 void requireTagFile(sqlite::Connection& connection, const std::string& path,
                     sqlite::MissingIndexes missing = sqlite::MissingIndexes::Refuse);
-// The same of the file at that path, which may lack indexes.
-void requireTagFile(const std::string& path);
+// Opens a tag file, which must be one, and leaves it of the version that it is.
+sqlite::Connection openTagFileAsItIs(
+    const std::string& path, sqlite::MissingIndexes missing = sqlite::MissingIndexes::Refuse);
 
 // Makes the indexes of a tag file anew that it lacks or that do not agree with its tables, in one
 // transaction; one sentence for what was done. Before anything is committed `keepCopy` is called.

@@ -7,23 +7,10 @@
 #include "ox/base/sqlite/error.hpp"
 
 namespace ox {
-namespace {
-
-constexpr int kBusyMilliseconds = 10'000;
-
-sqlite::Connection opened(const std::string& path) {
-  sqlite::Connection file(path, sqlite::Connection::Mode::ReadWrite);
-  file.setBusyTimeout(kBusyMilliseconds);
-  requireTagFile(file, path);
-  return file;
-}
-
-}  // namespace
-
 AllTags allTagsIn(const std::string& path) {
   AllTags all;
   if (!std::filesystem::exists(path)) return all;
-  auto file = opened(path);
+  auto file = openTagFileAsItIs(path);
   // Since version 3 a row tells whether it is what was written.
   const bool isUnsummed = file.queryInteger("PRAGMA user_version") < 3;
   const std::string sound(isUnsummed ? "1" : kIsSoundTag);
@@ -40,7 +27,7 @@ AllTags allTagsIn(const std::string& path) {
 
 bool eraseTagsIn(const std::string& path, const std::string& person) {
   if (!std::filesystem::exists(path)) return false;
-  auto file = opened(path);
+  auto file = openTagFileAsItIs(path);
   file.execute("PRAGMA secure_delete=ON; PRAGMA synchronous=FULL");
   file.prepare("DELETE FROM tag WHERE person = ?1").bindText(1, person).run();
   const bool found = file.changes() > 0;

@@ -28,7 +28,7 @@ std::string placeOfTarget(const std::string& path) {
 // What nobody would open is no copy.
 void requireOwnTags() {
   try {
-    requireTagFile(tagStorePath());
+    openTagFileAsItIs(tagStorePath(), sqlite::MissingIndexes::Allow);
   } catch (const FailureError& error) {
     throwStoreError(tagStorePath(), error);
   }

@@ -124,6 +124,24 @@ std::vector<SchemaDifference> differencesOf(const Schema& schema, const Schema& 
   return differences;
 }
 
+std::optional<SchemaDifference> obstacleIn(const Schema& schema, const Schema& wanted,
+                                           MissingIndexes missing) {
+  for (auto& difference : differencesOf(schema, wanted)) {
+    if (missing == MissingIndexes::Refuse || !difference.isMissingIndex()) {
+      return std::move(difference);
+    }
+  }
+  return std::nullopt;
+}
+
+Schema missingIndexesIn(const Schema& schema, const Schema& wanted) {
+  Schema missing;
+  for (auto& difference : differencesOf(schema, wanted)) {
+    if (difference.isMissingIndex()) missing.push_back(std::move(difference.thing));
+  }
+  return missing;
+}
+
 std::string sentenceOf(const SchemaDifference& difference) {
   const auto& [kind, thing] = difference;
   const auto name = "the " + thing.type + " \"" + thing.name + "\" ";

@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -53,6 +54,11 @@ struct SchemaDifference {
 enum class MissingIndexes : std::uint8_t { Refuse, Allow };
 
 std::vector<SchemaDifference> differencesOf(const Schema& schema, const Schema& wanted);
+// The first difference for which a file is refused; missing when there is none.
+std::optional<SchemaDifference> obstacleIn(const Schema& schema, const Schema& wanted,
+                                           MissingIndexes missing);
+// The indexes that a file lacks and that can be made anew.
+Schema missingIndexesIn(const Schema& schema, const Schema& wanted);
 // What is wrong with a file that differs so: "the trigger \"full\" does not belong there".
 std::string sentenceOf(const SchemaDifference& difference);
 
