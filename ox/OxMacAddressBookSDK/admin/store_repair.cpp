@@ -78,8 +78,7 @@ void removeLeftovers(RepairReport& report) {
 }  // namespace
 
 RepairReport repairStoreAndTags() {
-  auto store = repairStore(contactStorePath());
-  RepairReport report{std::move(store.mended), std::move(store.left), std::move(store.copy)};
+  auto report = repairStore(contactStorePath());
   append(report.mended, mendTagFile(tagStorePath(), [&] { keepCopyFor(report); }));
   append(report.left, OxTagManager::problems());
   // What looks as if it were of no use may belong to what is damaged.

@@ -32,24 +32,19 @@ int versionOf(sqlite::Connection& database, const std::string& path, MissingInde
              ", this version knows " + std::to_string(kSchemaVersion) + ")");
   }
   if (version < 1) fail(StoreError::Kind::Corrupt, path, "the number of its version is damaged");
-  const bool mayLackIndexes = missing == MissingIndexes::Allow || version < kSchemaVersion;
-  for (const auto& difference : differencesOf(form.schema, schemaOfVersion(version))) {
-    if (difference.isMissingIndex() && mayLackIndexes) continue;
+  if (version < kSchemaVersion) missing = MissingIndexes::Allow;  // a migration makes them
+  if (const auto obstacle = obstacleIn(form.schema, schemaOfVersion(version), missing)) {
     fail(StoreError::Kind::Corrupt, path,
-         sentenceOf(difference) + (difference.isMissingIndex()
-                                       ? "; `check --repair` makes it anew"
-                                       : "; `recover` reads what the store holds"));
+         sentenceOf(*obstacle) + (obstacle->isMissingIndex()
+                                      ? "; `check --repair` makes it anew"
+                                      : "; `recover` reads what the store holds"));
   }
   return static_cast<int>(version);
 }
 
 sqlite::Schema missingIndexesOf(sqlite::Connection& database) {
   const auto form = sqlite::formOf(database);
-  sqlite::Schema missing;
-  for (const auto& difference : differencesOf(form.schema, schemaOfVersion(form.version))) {
-    if (difference.isMissingIndex()) missing.push_back(difference.thing);
-  }
-  return missing;
+  return missingIndexesIn(form.schema, schemaOfVersion(form.version));
 }
 
 }  // namespace ox

@@ -1,10 +1,10 @@
 #include "ox/platform/store/upkeep/repair.hpp"
 
-#include <chrono>
 #include <cstdint>
 #include <optional>
 
 #include "ox/base/checksum.hpp"
+#include "ox/base/clock.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/base/sqlite/index_repair.hpp"
 #include "ox/platform/store/file/statements.hpp"
@@ -154,17 +154,24 @@ bool canBeMended(sqlite::Connection& file, const std::string& path) {
          sqlite::hasWholePages(file);
 }
 
-// Since 1970.
-std::int64_t millisecondsNow() {
-  using std::chrono::milliseconds;
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<milliseconds>(now).count();
+// What the rows that a statement gives of a store add up to.
+template <typename Take>
+void readRows(const std::string& path, std::string_view sql, Take take) {
+  try {
+    auto file = openExistingStoreFile(path);
+    auto rows = file.prepare(sql);
+    take(rows);
+  } catch (const sqlite::Error& error) {
+    throwStoreError(path, error);
+  } catch (const DamagedBytes& error) {
+    throw StoreError(StoreError::Kind::Corrupt, path + ": " + error.what(), path);
+  }
 }
 
 }  // namespace
 
-StoreRepair repairStore(const std::string& path) {
-  StoreRepair repair;
+RepairReport repairStore(const std::string& path) {
+  RepairReport repair;
   repair.left = storeProblems(path);
   try {
     auto file = openExistingStoreFile(path, MissingIndexes::Allow);
@@ -189,44 +196,33 @@ StoreRepair repairStore(const std::string& path) {
 
 std::vector<RecordEntry> blankRecordsIn(const std::string& path) {
   constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60 * 1000;
+  constexpr std::string_view kBlank =
+      "SELECT r.id, r.uid, r.kind, r.container, r.checksum, c.properties FROM record r "
+      "JOIN content c ON c.record = r.id AND c.sound WHERE c.image IS NULL "
+      "AND c.fingerprint = ?1 AND r.id < "
+      "(SELECT ifnull(max(next_record), 0) FROM act WHERE at < ?2 AND sound) "
+      "AND r.id NOT IN (SELECT parent FROM link) AND r.id NOT IN (SELECT child FROM link) "
+      "AND r.id NOT IN (SELECT record FROM change WHERE record IS NOT NULL) ORDER BY r.id";
   std::vector<RecordEntry> blank;
-  try {
-    auto file = openExistingStoreFile(path);
-    auto rows = file.prepare(
-        "SELECT r.id, r.uid, r.kind, r.container, r.checksum, c.properties FROM record r "
-        "JOIN content c ON c.record = r.id AND c.sound WHERE c.image IS NULL "
-        "AND c.fingerprint = ?1 AND r.id < "
-        "(SELECT ifnull(max(next_record), 0) FROM act WHERE at < ?2 AND sound) "
-        "AND r.id NOT IN (SELECT parent FROM link) AND r.id NOT IN (SELECT child FROM link) "
-        "AND r.id NOT IN (SELECT record FROM change WHERE record IS NOT NULL) ORDER BY r.id");
+  readRows(path, kBlank, [&](sqlite::Statement& rows) {
     rows.bind(1, static_cast<std::int64_t>(contentFingerprint(PropertyBag(), 0)))
         .bind(2, millisecondsNow() - kDay);
     while (rows.step()) {
       const auto entry = entryOfRow(rows);
       if (decodeProperties(rows.blob(5)).entries().empty()) blank.push_back(entry);
     }
-  } catch (const sqlite::Error& error) {
-    throwStoreError(path, error);
-  } catch (const DamagedBytes& error) {
-    throw StoreError(StoreError::Kind::Corrupt, path + ": " + error.what(), path);
-  }
+  });
   return blank;
 }
 
 std::set<std::string> removedRecordsIn(const std::string& path) {
+  constexpr std::string_view kRemoved =
+      "SELECT after FROM change WHERE what = ?1 AND sound AND after IS NOT NULL";
   std::set<std::string> removed;
-  try {
-    auto file = openExistingStoreFile(path);
-    auto rows = file.prepare("SELECT after FROM change WHERE what = ?1 AND sound");
+  readRows(path, kRemoved, [&](sqlite::Statement& rows) {
     rows.bind(1, static_cast<std::int64_t>(ChangeKind::Removed));
-    while (rows.step()) {
-      if (!rows.isNull(0)) removed.insert(keyOfColumn(rows, 0).text());
-    }
-  } catch (const sqlite::Error& error) {
-    throwStoreError(path, error);
-  } catch (const DamagedBytes& error) {
-    throw StoreError(StoreError::Kind::Corrupt, path + ": " + error.what(), path);
-  }
+    while (rows.step()) removed.insert(keyOfColumn(rows, 0).text());
+  });
   return removed;
 }
 

@@ -4,21 +4,17 @@
 #include <string>
 #include <vector>
 
+#include "ox/platform/store/upkeep/repair_report.hpp"
 #include "ox/platform/store/values/record_entry.hpp"
 
 namespace ox {
 
-struct StoreRepair {
-  std::vector<std::string> mended;  // one sentence for each thing
-  std::vector<std::string> left;    // what is wrong still, as storeProblems tells it
-  std::string copy;                 // of the store as it was; empty when nothing was mended
-};
-
 // Mends what is wrong with the store at that path and follows from what is whole: its indexes, what
 // a record is found by, links to nowhere. All of it is one transaction, and a copy of the store is
 // kept before. None of it is an act: whoever reads the store is told the same as before. Where
-// pages or the log are damaged nothing is touched. Throws StoreError, and nothing was changed.
-StoreRepair repairStore(const std::string& path);
+// pages or the log are damaged nothing is touched. What is left is told as storeProblems does.
+// Throws StoreError, and nothing was changed.
+RepairReport repairStore(const std::string& path);
 
 // The records without any content that have stood in no group and were never changed, and that
 // were made more than a day ago: what a program left that was ended before it saved.
