@@ -84,9 +84,9 @@ bool executeWithTags(SaveRequest& request, const RecordKeys& goingPersons, bool&
   const TagHold hold;
   const bool held = holdWithoutTags(goingPersons);
   request.tags = TagHold::changesOfThread();
-  if (!containerSource().execute(request)) return false;
   // Tags that are synced before what they follow would be gone alone after a power cut.
-  if (!request.tags.empty()) containerSource().checkpoint();
+  request.outlivesPowerCut = !request.tags.empty();
+  if (!containerSource().execute(request)) return false;
   const bool followed = followAct(request.tags);
   tagsAreSafe = OxTagManager::makeDurable() && held && followed;
   return true;

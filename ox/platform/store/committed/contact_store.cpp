@@ -193,7 +193,8 @@ bool ContactStore::execute(SaveRequest& request) {
   std::vector<RecordKey> keys;
   bool written = false;
   try {
-    written = write(StoreFile::Outlive::Kill, [&](ActBuilder& builder) {
+    using enum StoreFile::Outlive;
+    written = write(request.outlivesPowerCut ? PowerCut : Kill, [&](ActBuilder& builder) {
       settleOutdated(request);
       if (request.moment) {
         for (const auto& record : request.additions) builder.guardContainer(record.container);

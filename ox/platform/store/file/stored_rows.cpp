@@ -1,5 +1,7 @@
 #include "ox/platform/store/file/stored_rows.hpp"
 
+#include <limits>
+
 #include "ox/base/checksum.hpp"
 #include "ox/records/property_codec.hpp"
 
@@ -92,8 +94,8 @@ Data pictureOfRecord(StoreFile& file, std::int64_t row) {
 }
 
 void StoredRows::visit(const std::function<void(const RecordEntry&)>& visit) {
-  auto rows = file_.connection().prepare(
-      "SELECT id, uid, kind, container, checksum FROM record ORDER BY id");
+  auto rows = file_.connection().prepare(sqlOf(Sql::RecordsAfter));
+  rows.bind(1, std::numeric_limits<std::int64_t>::min());
   while (rows.step()) visit(entryOfRow(rows));
 }
 

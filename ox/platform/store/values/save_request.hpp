@@ -66,6 +66,8 @@ struct SaveRequest {
   std::vector<NewLink> links;      // one that exists already is left alone
   std::vector<ContainerRemoval> removedContainers;
   std::vector<TagChange> tags = {};  // for the journal, and for the tag file to follow
+  // Whether it is waited for until it would outlive a power cut, and not the process alone.
+  bool outlivesPowerCut = false;
 
   // For a request that was put together from what the store held: from before it was looked at.
   // The moment after the request once that is written.

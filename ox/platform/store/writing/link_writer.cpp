@@ -51,12 +51,12 @@ void LinkWriter::add(Links links, const Rows& rows, const Visit& visit) {
   while (!links.empty()) {
     const auto run = firstRun(links);
     links = links.subspan(run.size());
-    const auto& group = run.front().group;
     const auto numbers = run.front().number ? insertBack(run.front(), rows) : insert(run, rows);
+    const auto group = rows.record(run.front().group.row);
+    const auto container = rows.container(run.front().group.container);
     for (std::size_t i = 0; i < run.size(); ++i) {
       if (!numbers[i]) continue;
-      const auto child = rows.record(run[i].child.row);
-      added.add(rows.record(group.row), rows.container(group.container), {child, *numbers[i]});
+      added.add(group, container, {rows.record(run[i].child.row), *numbers[i]});
       visit(run[i]);
     }
   }
@@ -116,14 +116,14 @@ std::int64_t LinkWriter::numberOf(const Act::ChangedLink& link) {
 // A link between two of them is gone when the second one is asked.
 bool LinkWriter::removeLinksOf(const std::vector<RecordEntry>& records) {
   LinksOfGroups removed;
-  bool any = take(records, Side::Parents, removed);
+  const bool hadParents = take(records, Side::Parents, removed);
   std::vector<RecordEntry> groups;
   std::ranges::copy_if(records, std::back_inserter(groups),
                        [](const RecordEntry& record) { return record.kind == RecordKind::Group; });
-  if (!groups.empty()) any = take(groups, Side::Children, removed) || any;
+  const bool hadChildren = take(groups, Side::Children, removed);
   removed.sortByNumber();
   journal_.write(ChangeKind::Unlinked, removed);
-  return any;
+  return hadParents || hadChildren;
 }
 
 // Takes the links of one side of these records away.
