@@ -177,27 +177,6 @@ void tellGone(const Context& context, const vcard::ExportReport& report) {
   context.tell(counted(report.gone, "record") + " went while this was exported");
 }
 
-// What can be read goes beside the file, in whose place something whole may stand.
-void exportReadable(const Context& context, const Arguments& arguments, const Records& records,
-                    const failures::Watch& listing) {
-  OutputFile output(arguments.file);
-  ProgressBar bar(context, "exporting");
-  const auto report = writeRecords(records, arguments, output, bar);
-  const auto missing = missingIn(report, listing);
-  std::string file = arguments.file;
-  if (missing.empty()) {
-    output.commit();
-  } else {
-    file = output.commitBeside();
-  }
-  bar.wipe();
-  tellMissing(context, missing);
-  tellGone(context, report);
-  tellCounts(context, report, file);
-  if (missing.empty()) return;
-  throw CommandError(kFailed, "not everything could be read; " + arguments.file + " is as it was");
-}
-
 void refuseWhatCannotKeepGoing(const Arguments& arguments) {
   if (!arguments.keepsGoing) return;
   if (arguments.format == "host-vcard") {
@@ -219,19 +198,24 @@ void exportRecords(const Context& context, const Arguments& arguments) {
   const auto book = wantedBook(context, arguments);
   const failures::Watch watch;
   const auto records = recordsFor(arguments, book);
-  if (arguments.keepsGoing) {
-    if (watch.hasFailures()) throw storeFailure(kNotEveryRecord, watch);
-    return exportReadable(context, arguments, records, listing);
-  }
   OutputFile output(arguments.file);
   ProgressBar bar(context, "exporting");
   const auto report = writeRecords(records, arguments, output, bar);
   // What could not be listed or looked up is missing without a trace.
   if (watch.hasFailures()) throw storeFailure(kNotEveryRecord, watch);
-  output.commit();
+  const auto missing = missingIn(report, listing);
+  const bool isWhole = missing.empty();
+  const auto file = isWhole ? arguments.file : output.commitBeside();
+  if (isWhole) output.commit();
   bar.wipe();
+  if (arguments.keepsGoing) tellMissing(context, missing);
   tellGone(context, report);
-  if (!OutputFile::isStandardOutput(arguments.file)) tellCounts(context, report, arguments.file);
+  if (!OutputFile::isStandardOutput(file)) tellCounts(context, report, file);
+  // In its place something whole may stand.
+  if (!isWhole) {
+    throw CommandError(kFailed,
+                       "not everything could be read; " + arguments.file + " is as it was");
+  }
 }
 
 }  // namespace
