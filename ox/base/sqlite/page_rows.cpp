@@ -18,6 +18,10 @@ constexpr unsigned char kLeafIndex = 10;
 constexpr unsigned char kInteriorIndex = 2;
 constexpr std::size_t kInteriorHeaderBytes = 12;
 
+// A page belongs to one row at most, but what is damaged may lead to it as well. Without a bound
+// every byte of every page could have the whole file read.
+constexpr std::uint8_t kMostReadings = 8;
+
 std::size_t headOf(std::uint32_t page) {
   return page == 1 ? kFileHeaderBytes : 0;
 }
@@ -73,20 +77,48 @@ PageRow::Column columnOf(std::uint64_t type, std::string_view bytes) {
   }
 }
 
+// What stands in a record before its values: its own size, and the types of the columns.
+struct Head {
+  std::size_t bytes = 0;
+  std::string_view types;
+};
+
+// Missing when it does not end within these bytes.
+std::optional<Head> headIn(std::string_view record) {
+  auto types = record;
+  const auto bytes = takeVarint(types);
+  const auto taken = record.size() - types.size();
+  if (!bytes || *bytes > record.size() || *bytes < taken) return std::nullopt;
+  const auto size = static_cast<std::size_t>(*bytes);
+  return Head{size, types.substr(0, size - taken)};
+}
+
+// Whether a record that begins so can be of that size. No row of ours has so many columns that its
+// head goes on elsewhere.
+bool canBeOf(std::uint64_t size, std::string_view begun) {
+  auto head = headIn(begun);
+  if (!head) return false;
+  std::uint64_t told = head->bytes;
+  while (!head->types.empty() && told <= size) {
+    const auto type = takeVarint(head->types);
+    const auto bytes = type ? sizeOfType(*type) : std::nullopt;
+    if (!bytes) return false;
+    told += *bytes;
+  }
+  return told == size;
+}
+
 }  // namespace
 
 std::optional<PageRow> PageRow::of(std::int64_t number, std::string record) {
   PageRow row;
   row.number_ = number;
   row.record_ = std::make_unique<const std::string>(std::move(record));
-  std::string_view all = *row.record_;
-  auto types = all;
-  const auto headBytes = takeVarint(types);
-  if (!headBytes || *headBytes > all.size()) return std::nullopt;
-  const auto taken = all.size() - types.size();
-  if (*headBytes < taken) return std::nullopt;
-  types = types.substr(0, static_cast<std::size_t>(*headBytes) - taken);
-  auto values = all.substr(static_cast<std::size_t>(*headBytes));
+  const std::string_view all = *row.record_;
+  const auto head = headIn(all);
+  if (!head) return std::nullopt;
+  auto types = head->types;
+  auto values = all.substr(head->bytes);
   while (!types.empty()) {
     const auto type = takeVarint(types);
     const auto size = type ? sizeOfType(*type) : std::nullopt;
@@ -138,7 +170,7 @@ bool PageRows::listed(std::uint32_t page, Form form, const Visit& visit) {
   bool all = true;
   for (std::size_t i = 0; i < cells; ++i) {
     const auto offset = bigEndian16(*bytes, head + headerBytesOf(type) + 2 * i) + behindPage;
-    if (const auto row = rowIn(*bytes, offset, form)) {
+    if (const auto row = rowIn(*bytes, offset, form, Reading::First)) {
       for (const auto further : furtherPages_) overflow_[further] = true;
       visit({page, offset}, *row);
     } else {
@@ -153,18 +185,21 @@ void PageRows::anywhere(std::uint32_t page, const Visit& visit) {
   if (!bytes) return;
   for (auto offset = static_cast<std::uint32_t>(headOf(page)); offset + 4 <= file_.usableBytes();
        ++offset) {
-    if (const auto row = rowIn(*bytes, offset, Form::Table)) visit({page, offset}, *row);
+    if (const auto row = rowIn(*bytes, offset, Form::Table, Reading::First)) {
+      visit({page, offset}, *row);
+    }
   }
 }
 
 std::optional<PageRow> PageRows::at(const RowPlace& place, Form form) {
   const auto bytes = file_.page(place.page);
-  return bytes ? rowIn(*bytes, place.offset, form) : std::nullopt;
+  return bytes ? rowIn(*bytes, place.offset, form, Reading::Again) : std::nullopt;
 }
 
 // What stands on the page itself of a record that goes on elsewhere is told by the form of the
 // file: between a least and a most, so that the last page of the rest is filled.
-std::optional<PageRow> PageRows::rowIn(const std::string& page, std::uint32_t offset, Form form) {
+std::optional<PageRow> PageRows::rowIn(const std::string& page, std::uint32_t offset, Form form,
+                                       Reading reading) {
   const std::uint64_t usable = file_.usableBytes();
   if (offset >= usable) return std::nullopt;
   auto cell = std::string_view(page).substr(0, static_cast<std::size_t>(usable)).substr(offset);
@@ -188,21 +223,25 @@ std::optional<PageRow> PageRows::rowIn(const std::string& page, std::uint32_t of
   std::string record(cell.substr(0, static_cast<std::size_t>(here)));
   if (here == *size) return PageRow::of(number, std::move(record));
   cell.remove_prefix(static_cast<std::size_t>(here));
-  if (cell.size() < 4) return std::nullopt;
-  auto whole = goneOn(std::move(record), bigEndian32(cell, 0), *size);
+  if (cell.size() < 4 || !canBeOf(*size, record)) return std::nullopt;
+  auto whole = goneOn(std::move(record), bigEndian32(cell, 0), *size, reading);
   return whole ? PageRow::of(number, std::move(*whole)) : std::nullopt;
 }
 
 // Each page of the rest begins with the number of the next. One that leads nowhere was followed by
 // the next page of the file more often than not; whether it was, the sum of the row tells.
 std::optional<std::string> PageRows::goneOn(std::string begun, std::uint32_t next,
-                                            std::uint64_t size) {
+                                            std::uint64_t size, Reading reading) {
   const std::uint64_t onAPage = file_.usableBytes() - 4;
   auto& pages = furtherPages_;
   while (begun.size() < size) {
     if (next == 0 || next > file_.count()) {
       if (pages.empty() || pages.back() == file_.count()) return std::nullopt;
       next = pages.back() + 1;
+    }
+    if (reading == Reading::First) {
+      if (readings_[next] == kMostReadings) return std::nullopt;
+      ++readings_[next];
     }
     const auto bytes = file_.page(next);
     if (!bytes) return std::nullopt;

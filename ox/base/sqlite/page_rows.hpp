@@ -57,13 +57,18 @@ class PageRows {
  public:
   enum class Form : std::uint8_t { Table, Index };
 
-  explicit PageRows(PageFile& file) : file_(file), overflow_(file.count() + std::size_t{1}) {}
+  explicit PageRows(PageFile& file)
+      : file_(file),
+        overflow_(file.count() + std::size_t{1}),
+        readings_(file.count() + std::size_t{1}) {}
 
   // What a page is, by its first byte and the list of its cells; missing for one that holds no
   // rows.
   std::optional<Form> formOf(std::uint32_t page);
   using Visit = std::function<void(const RowPlace&, const PageRow&)>;
-  // The rows of that page by the list of its cells. False when some of that list led nowhere.
+  // The rows of that page by the list of its cells. False when some of that list led nowhere. Of
+  // rows that go on on the same other page only the first few are read, here and anywhere, so that
+  // all pages together take a few times the file, whatever they lead to.
   bool listed(std::uint32_t page, Form form, const Visit& visit);
   // Whatever can be read as a row of a table anywhere on that page: rows, what was rows once, and
   // what only looks like one. For whoever knows a row by its sum.
@@ -73,11 +78,17 @@ class PageRows {
   bool isOverflow(std::uint32_t page) const { return overflow_[page]; }
 
  private:
-  std::optional<PageRow> rowIn(const std::string& page, std::uint32_t offset, Form form);
-  std::optional<std::string> goneOn(std::string begun, std::uint32_t next, std::uint64_t size);
+  // Whether the row was found before, so that nothing limits it any more.
+  enum class Reading : std::uint8_t { First, Again };
+
+  std::optional<PageRow> rowIn(const std::string& page, std::uint32_t offset, Form form,
+                               Reading reading);
+  std::optional<std::string> goneOn(std::string begun, std::uint32_t next, std::uint64_t size,
+                                    Reading reading);
 
   PageFile& file_;
   std::vector<bool> overflow_;
+  std::vector<std::uint8_t> readings_;       // how often a page was read as the rest of a row
   std::vector<std::uint32_t> furtherPages_;  // of the row that was read last
 };
 
