@@ -112,6 +112,14 @@ TEST(CardFraming, NestedCardsBelongToTheOuterOne) {
   EXPECT_EQ(textOfCard("3.0", "AGENT:someone\nTITLE:out\n"), "JobTitle=out\nkept=AGENT:someone\n");
 }
 
+TEST(CardFraming, NestedCardInATextIsOneInCardsOfEachVersion) {
+  for (const auto* version : {"2.1", "3.0"}) {
+    EXPECT_EQ(textOfCard(version, "AGENT:BEGIN:VCARD\\nN:a\\;b\\nEND:VCARD\\n\n"),
+              "kept=AGENT:BEGIN:VCARD\nN:a;b\nEND:VCARD\n\n")
+        << version;
+  }
+}
+
 std::string nested(int depth) {
   std::string text = "BEGIN:VCARD\nVERSION:2.1\nTITLE:x\n";
   for (int i = 0; i < depth; ++i) text += "AGENT:\nBEGIN:VCARD\nTITLE:y\n";

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/properties/name.hpp"
 #include "ox/vcard/properties/property_index.hpp"
 #include "ox/vcard/properties/stored_values.hpp"
@@ -51,10 +52,11 @@ void CardBuilder::add(const ContentLine& line) {
 void CardBuilder::preserve(const ContentLine& line) {
   std::string preserved;
   appendPreserved(line, preserved);
-  // A nested card is preserved in one form, whether its lines stood there or in a text value.
-  if (draft_.facts.dialect == Dialect::V30 && isNestedText(line)) {
+  // A nested card is preserved in one form, whether its lines stood there or in a text value, which
+  // only 3.0 has: whoever writes one speaks it, whatever version the card around it tells.
+  if (isNestedText(line)) {
     preserved.resize(preserved.size() - line.value.size());
-    preserved += draft_.text(line);
+    preserved += unescaped(line.value, Dialect::V30);
   }
   dropBreakAfterColon(preserved);
   draft_.unmodelled.lines.push_back(std::move(preserved));
