@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <cassert>
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -181,12 +182,25 @@ int withoutMemory() {
   return kFailed;
 }
 
+// A JSON value wants memory even to go away, and whatever goes away must not fail.
+[[noreturn]] void endUnhandled() {
+  if (!std::current_exception()) std::abort();
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    ::_exit(withoutMemory());
+  } catch (...) {
+    std::abort();
+  }
+}
+
 }  // namespace
 }  // namespace ox::program
 
 int main(int argc, char** argv) {
   // A file that may not grow any more is a failure to be told, not a reason to die.
   std::signal(SIGXFSZ, SIG_IGN);
+  std::set_terminate(ox::program::endUnhandled);
   try {
     return ox::program::mainOf(argc, argv);
   } catch (const std::bad_alloc&) {

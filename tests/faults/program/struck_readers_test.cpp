@@ -191,6 +191,27 @@ TEST(StruckReaders, KeepGoingAndTellWhatIsMissing) {
   }
 }
 
+// Near its end a command has things to take apart, and some want memory for it.
+TEST(StruckReaders, EndWithAMessageWhereNoMemoryIsLeftToTakeThingsApart) {
+  fillStore();
+  const auto command = program_tests::programCommand({"log", "Ann Lee"});
+  const auto struckAt = [&](int place) {
+    return support::runStruck(command, {support::kAllocations, support::call_switch::kNone, place,
+                                        support::Strikes::FromThereOn});
+  };
+  int reached = 1;
+  for (int notReached = 1'000'000; notReached - reached > 1;) {
+    const auto between = reached + (notReached - reached) / 2;
+    (struckAt(between).wasStruck ? reached : notReached) = between;
+  }
+  constexpr int kLast = 90;
+  ASSERT_GT(reached, kLast);
+  for (auto place = reached - kLast; place <= reached; ++place) {
+    const auto [code, output, errors] = struckAt(place).result;
+    EXPECT_TRUE(code == 0 || (code == 1 && !errors.empty())) << place << ": " << code << errors;
+  }
+}
+
 // Somebody who is not found may be made anew, and somebody who is gone be taken for another one.
 TEST(StruckReaders, NeverTellThatSomebodyIsNotThere) {
   fillStore();
