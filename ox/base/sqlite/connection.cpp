@@ -1,8 +1,12 @@
 #include "ox/base/sqlite/connection.hpp"
 
+#include <array>
 #include <cassert>
+#include <cstddef>
 #include <exception>
+#include <span>
 #include <sqlite3.h>
+#include <tuple>
 #include <utility>
 
 #include "ox/base/sqlite/error.hpp"
@@ -33,6 +37,10 @@ int trustNoSchema(sqlite3* database) {
   return sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
 }
 
+void finalizeAll(std::span<sqlite3_stmt* const> statements) {
+  for (auto* statement : statements) sqlite3_finalize(statement);
+}
+
 }  // namespace
 
 Connection::Connection(const std::string& path, Mode mode) {
@@ -43,6 +51,7 @@ Connection::Connection(const std::string& path, Mode mode) {
   if (result == SQLITE_OK) result = makeReady();
   if (result == SQLITE_OK) return;
   const Error error(result, path + ": " + (handle_ ? sqlite3_errmsg(handle_) : "out of memory"));
+  finalizeAll(transitions_);
   sqlite3_close(std::exchange(handle_, nullptr));
   throw error;
 }
@@ -51,22 +60,27 @@ int Connection::makeReady() {
   int result = trustNoSchema(handle_);
   if (result == SQLITE_OK) result = registerKeyLists(handle_);
   if (result == SQLITE_OK) result = registerRowSum(handle_);
-  if (result != SQLITE_OK) return result;
-  return sqlite3_prepare_v2(handle_, "ROLLBACK", -1, &rollBack_, nullptr);
+  constexpr std::array kTransitions{"BEGIN", "BEGIN IMMEDIATE", "COMMIT", "ROLLBACK"};
+  static_assert(kTransitions.size() == std::tuple_size_v<decltype(transitions_)>);
+  for (std::size_t i = 0; result == SQLITE_OK && i < kTransitions.size(); ++i) {
+    result = sqlite3_prepare_v3(handle_, kTransitions[i], -1, SQLITE_PREPARE_PERSISTENT,
+                                &transitions_[i], nullptr);
+  }
+  return result;
 }
 
 Connection::Connection(Connection&& other) noexcept
     : handle_(std::exchange(other.handle_, nullptr)),
-      rollBack_(std::exchange(other.rollBack_, nullptr)) {}
+      transitions_(std::exchange(other.transitions_, {})) {}
 
 Connection& Connection::operator=(Connection&& other) noexcept {
   std::swap(handle_, other.handle_);
-  std::swap(rollBack_, other.rollBack_);
+  std::swap(transitions_, other.transitions_);
   return *this;
 }
 
 Connection::~Connection() {
-  sqlite3_finalize(rollBack_);
+  finalizeAll(transitions_);
   [[maybe_unused]] const int result = sqlite3_close(handle_);
   assert(result == SQLITE_OK && "every statement went before its connection");
 }
@@ -108,11 +122,20 @@ bool Connection::isInTransaction() const {
   return sqlite3_get_autocommit(handle_) == 0;
 }
 
+int Connection::step(Transition transition) noexcept {
+  auto* const statement = transitions_.at(static_cast<std::size_t>(transition));
+  sqlite3_step(statement);
+  return sqlite3_reset(statement);
+}
+
+void Connection::run(Transition transition) {
+  if (step(transition) == SQLITE_OK) return;
+  throw Error(sqlite3_extended_errcode(handle_), sqlite3_errmsg(handle_));
+}
+
 void Connection::rollBack() noexcept {
   // SQLite may have rolled back by itself (a full disk, an I/O error).
-  if (!isInTransaction()) return;
-  sqlite3_step(rollBack_);
-  sqlite3_reset(rollBack_);
+  if (isInTransaction()) step(Transition::RollBack);
 }
 
 void Connection::keepLog() {
@@ -124,7 +147,7 @@ std::string Connection::logPath() const {
 }
 
 Transaction::Transaction(Connection& connection) : connection_(connection) {
-  connection_.execute("BEGIN IMMEDIATE");
+  connection_.run(Connection::Transition::BeginWriting);
 }
 
 Transaction::~Transaction() {
@@ -135,7 +158,7 @@ void Transaction::commit() {
   assert(open_ && "a transaction is committed once");
   open_ = false;
   try {
-    connection_.execute("COMMIT");
+    connection_.run(Connection::Transition::Commit);
   } catch (...) {
     connection_.rollBack();
     throw;
@@ -144,14 +167,14 @@ void Transaction::commit() {
 
 Snapshot::Snapshot(Connection& connection) {
   if (connection.isInTransaction()) return;
-  connection.execute("BEGIN");
+  connection.run(Connection::Transition::Begin);
   connection_ = &connection;
 }
 
 Snapshot::~Snapshot() {
   if (connection_ == nullptr) return;
   try {
-    connection_->execute("COMMIT");
+    connection_->run(Connection::Transition::Commit);
   } catch (const std::exception&) {
     connection_->rollBack();  // nothing was written
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -32,7 +33,10 @@ class Connection {
   // Rows changed since the file was opened, those of transactions that were rolled back too.
   std::int64_t totalChanges() const;
   bool isInTransaction() const;
-  // Ends a transaction, if there is one. Where memory is short too: it needs none of its own.
+  // Of which every connection holds a statement, so that none needs memory to end what it began.
+  enum class Transition : std::uint8_t { Begin, BeginWriting, Commit, RollBack };
+  void run(Transition transition);
+  // Ends a transaction, if there is one.
   void rollBack() noexcept;
   // The log stays where it is when the last connection to the file is closed, as this one may be.
   void keepLog();
@@ -43,9 +47,10 @@ class Connection {
 
  private:
   int makeReady();
+  int step(Transition transition) noexcept;
 
   sqlite3* handle_ = nullptr;
-  sqlite3_stmt* rollBack_ = nullptr;
+  std::array<sqlite3_stmt*, 4> transitions_{};
 };
 
 // An immediate write transaction: rolled back unless committed.
