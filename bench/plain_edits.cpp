@@ -207,7 +207,9 @@ double editSynced(const std::string& path, std::size_t count) {
 double removePictures(const std::string& path) {
   Database database(path);
   const Stopwatch watch;
-  database.run("PRAGMA synchronous=FULL; DELETE FROM image; PRAGMA wal_checkpoint(TRUNCATE)");
+  database.run(
+      "PRAGMA synchronous=FULL; DELETE FROM image; "
+      "UPDATE content SET image = NULL WHERE image IS NOT NULL; PRAGMA wal_checkpoint(TRUNCATE)");
   return watch.seconds();
 }
 

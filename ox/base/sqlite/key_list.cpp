@@ -42,6 +42,10 @@ int bestIndex(sqlite3_vtab*, sqlite3_index_info* info) {
     constexpr double kFewEnough = 1000;
     info->estimatedCost = kFewEnough;
     info->estimatedRows = static_cast<sqlite3_int64>(kFewEnough);
+    // The keys come in the order of their places, and nothing needs to be sorted by these.
+    constexpr int kRowId = -1;
+    info->orderByConsumed =
+        info->nOrderBy == 1 && info->aOrderBy[0].iColumn == kRowId && info->aOrderBy[0].desc == 0;
     return SQLITE_OK;
   }
   return SQLITE_CONSTRAINT;

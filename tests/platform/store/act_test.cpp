@@ -46,9 +46,8 @@ class SlowWriter {
 
   Outcome write(const Act& act) {
     sqlite::Transaction transaction(file_.connection());
-    ActWriter writer(file_, act);
-    const auto outcome = writer.write(committed_.isOutdated() ? ActWriter::Others::HaveCommitted
-                                                              : ActWriter::Others::WereStill);
+    ActWriter writer(file_, act, committed_.lastActUnlessOutdated());
+    const auto outcome = writer.write();
     if (outcome == Outcome::Written) {
       transaction.commit();
       rows_.clear();

@@ -167,6 +167,21 @@ TEST(FlippedBytes, OfALinkKeepNobodyFromBeingRemoved) {
   EXPECT_FALSE(source->record("ann"));
 }
 
+TEST(FlippedBytes, OfALinkToAGroupHideNoPersonOfThoseBesideIt) {
+  makeStore();
+  const auto path = support::temporaryPath("flipped.db").string();
+  writeBytes(path, bytesOf(storePath()));
+  damageBy(path,
+           "UPDATE link SET parent = parent WHERE child = "
+           "(SELECT id FROM record WHERE uid = 'chess')");
+  const auto source = openStoreSource(path);
+  const auto friends = RecordKey::of("friends");
+  const RecordKeys persons{RecordKey::of("ann"), RecordKey::of("many2")};
+  EXPECT_EQ(*source->children(friends, RecordKind::Person), persons);
+  EXPECT_THROW(source->children(friends, RecordKind::Group), StoreError);
+  EXPECT_EQ(*source->children(friends, RecordKind::Person), persons);
+}
+
 TEST(FlippedBytes, OfABoundOfTheJournalStopNoAct) {
   makeStore();
   const auto path = support::temporaryPath("flipped.db").string();

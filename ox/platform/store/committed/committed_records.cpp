@@ -30,8 +30,7 @@ CommittedRecords::CommittedRecords(StoreFile& file)
       containers_(file),
       entries_(kHalfEntryCacheEntries),
       contents_(file, [this](std::int64_t row) { return keyInRow(row); }),
-      memberLists_(kHalfLinkCacheEntries),
-      subgroupLists_(kHalfLinkCacheEntries),
+      childLists_(kHalfLinkCacheEntries),
       parentLists_(kHalfLinkCacheEntries) {}
 
 void CommittedRecords::refresh(Look look) {
@@ -51,8 +50,10 @@ std::int64_t CommittedRecords::version() {
   return row.integer(0);
 }
 
-bool CommittedRecords::isOutdated() {
-  return file_.guarded([&] { return version() != seenVersion_; });
+std::optional<ActRow> CommittedRecords::lastActUnlessOutdated() {
+  if (seen_.moment == StoreMoment()) return std::nullopt;
+  const bool isLast = file_.guarded([&] { return version() == seenVersion_; });
+  return isLast ? std::optional(seen_) : std::nullopt;
 }
 
 void CommittedRecords::forgetIndex() {
@@ -64,15 +65,13 @@ void CommittedRecords::forgetIndex() {
 
 void CommittedRecords::forgetLink(const RecordKey& group, const RecordKey& child) {
   ++linkGeneration_;
-  memberLists_.erase(group);
-  subgroupLists_.erase(group);
+  childLists_.erase(group);
   parentLists_.erase(child);
 }
 
 void CommittedRecords::forgetLinks() {
   ++linkGeneration_;
-  memberLists_.clear();
-  subgroupLists_.clear();
+  childLists_.clear();
   parentLists_.clear();
 }
 
@@ -213,32 +212,27 @@ Data CommittedRecords::image(const RecordKey& key) {
   return entry ? contents_.picture(*entry, ahead()) : nullptr;
 }
 
-RecordKeysPtr CommittedRecords::linkedKeys(Sql which, const RecordKey& key,
-                                           std::optional<RecordKind> kind) {
-  auto keys = std::make_shared<RecordKeys>();
-  const auto entry = find(key);
-  if (!entry) return keys;
-  file_.guarded([&] {
-    auto& rows = file_.statement(which);
-    const sqlite::StatementScope scope(rows);
-    rows.bind(1, entry->row);
-    if (kind) rows.bind(2, static_cast<std::int64_t>(*kind));
-    while (rows.step()) keys->push_back(soundKey(rows, 0, 1));
-  });
-  return keys;
+const RecordKeysPtr& CommittedRecords::ChildLists::of(RecordKind kind) const {
+  const auto& list = kind == RecordKind::Person ? persons : groups;
+  if (!list) throw DamagedRow("a row that leads to a record is damaged");
+  return list;
 }
 
 RecordKeysPtr CommittedRecords::children(const RecordKey& group, RecordKind kind) {
-  auto& cache = childLists(kind);
-  if (const auto* cached = cache.find(group)) return *cached;
-  auto keys = linkedKeys(Sql::ChildrenOfRow, group, kind);
-  const auto cost = keys->size() + 1;
-  return *cache.put(group, std::move(keys), cost);
+  return children(std::span(&group, 1), kind).front();
 }
 
 RecordKeysPtr CommittedRecords::parents(const RecordKey& record) {
   if (const auto* cached = parentLists_.find(record)) return *cached;
-  auto keys = linkedKeys(Sql::ParentsOfRow, record, std::nullopt);
+  auto keys = std::make_shared<RecordKeys>();
+  if (const auto entry = find(record)) {
+    file_.guarded([&] {
+      auto& rows = file_.statement(Sql::ParentsOfRow);
+      const sqlite::StatementScope scope(rows);
+      rows.bind(1, entry->row);
+      while (rows.step()) keys->push_back(soundKey(rows, 0, 1));
+    });
+  }
   const auto cost = keys->size() + 1;
   return *parentLists_.put(record, std::move(keys), cost);
 }

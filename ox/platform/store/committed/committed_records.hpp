@@ -43,8 +43,9 @@ class CommittedRecords {
     seenVersion_ = -1;
     lastLook_ = -1;
   }
-  // Whether anybody else has committed since the last look; the next look will tell what.
-  bool isOutdated();
+  // The last act as of the last look; missing when anybody else has committed since, and where the
+  // journal has lost it.
+  std::optional<ActRow> lastActUnlessOutdated();
   // As of the last look.
   const StoreMoment& moment() const { return seen_.moment; }
   // The row that the next record to be added will have, as of the last look.
@@ -85,6 +86,15 @@ class CommittedRecords {
   void follow(const WrittenAct& written) noexcept;
 
  private:
+  // What stands in a group. Null where a row that leads to one of that kind is damaged.
+  struct ChildLists {
+    RecordKeysPtr persons;
+    RecordKeysPtr groups;
+
+    // Throws DamagedRow.
+    const RecordKeysPtr& of(RecordKind kind) const;
+  };
+
   std::int64_t version();
   void loadIndex();
   void readRecordsAfter(std::int64_t row);
@@ -106,11 +116,8 @@ class CommittedRecords {
   const RecordKey* keyInRow(std::int64_t row) const;
   std::optional<Entry> kept(std::optional<Entry> found);
   KnownContent readStored(const RecordKey& key, Entry entry);
-  auto& childLists(RecordKind kind) {
-    return kind == RecordKind::Person ? memberLists_ : subgroupLists_;
-  }
   std::vector<std::optional<Entry>> findInFile(const sqlite::KeyList& uids);
-  RecordKeysPtr linkedKeys(Sql which, const RecordKey& key, std::optional<RecordKind> kind);
+  std::vector<ChildLists> readChildren(std::span<const RecordKey> groups);
 
   StoreFile& file_;
 
@@ -131,8 +138,7 @@ class CommittedRecords {
   std::shared_ptr<const PropertyBag> lastValues_;
   ContentCache contents_;
   KnownValues known_;
-  GenerationCache<RecordKey, RecordKeysPtr> memberLists_;
-  GenerationCache<RecordKey, RecordKeysPtr> subgroupLists_;
+  GenerationCache<RecordKey, ChildLists> childLists_;
   GenerationCache<RecordKey, RecordKeysPtr> parentLists_;
 };
 

@@ -113,10 +113,8 @@ std::optional<bool> ContactStore::tryWriting(Lock lock, const Uuid& name, const 
 bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& taken,
                              sqlite::Transaction& transaction) {
   try {
-    const auto others =
-        committed_.isOutdated() ? ActWriter::Others::HaveCommitted : ActWriter::Others::WereStill;
-    ActWriter writer(file_, act);
-    switch (writer.write(others)) {
+    ActWriter writer(file_, act, committed_.lastActUnlessOutdated());
+    switch (writer.write()) {
       case ActWriter::Outcome::Written:
         break;
       case ActWriter::Outcome::WrittenBefore:
@@ -128,7 +126,9 @@ bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& take
         file_.forgetUncommitted();
         return false;
     }
-    if (writer.isTrimDue()) trimJournal(file_.connection(), kActsOfTrim);
+    if (writer.isTrimDue() && mayTrimJournal(file_)) {
+      trimJournal(file_.connection(), kActsOfTrim);
+    }
     finish(transaction, act);
     file_.noteCommit();
     followedTags_.reset();

@@ -237,34 +237,56 @@ std::vector<RecordContent> CommittedRecords::contents(std::span<const RecordKey>
 
 std::vector<RecordKeysPtr> CommittedRecords::children(std::span<const RecordKey> groups,
                                                       RecordKind kind) {
-  auto& cache = childLists(kind);
-  std::vector<RecordKeysPtr> lists(groups.size());
-  std::vector<std::size_t> places;
-  RecordKeys unknown;
-  for (std::size_t i = 0; i < groups.size(); ++i) {
-    if (const auto* cached = cache.find(groups[i])) {
-      lists[i] = *cached;
-    } else {
-      places.push_back(i);
-      unknown.push_back(groups[i]);
+  return file_.guarded([&] {
+    std::vector<RecordKeysPtr> lists(groups.size());
+    std::vector<std::size_t> places;
+    RecordKeys unknown;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+      if (const auto* known = childLists_.find(groups[i])) {
+        lists[i] = known->of(kind);
+      } else {
+        places.push_back(i);
+        unknown.push_back(groups[i]);
+      }
     }
-  }
-  if (unknown.empty()) return lists;
-  std::vector<RecordKeys> read(unknown.size());
-  sqlite::KeyList list;
-  for (const auto& entry : find(unknown)) list.add(entry ? entry->row : 0);
-  file_.guarded([&] {
-    auto& rows = file_.statement(Sql::ChildrenOfRows);
-    const sqlite::StatementScope scope(rows);
-    rows.bindKeys(1, list).bind(2, static_cast<std::int64_t>(kind));
-    while (rows.step()) {
-      read[static_cast<std::size_t>(rows.integer(0))].push_back(soundKey(rows, 1, 2));
-    }
+    if (unknown.empty()) return lists;
+    const auto read = readChildren(unknown);
+    for (std::size_t i = 0; i < unknown.size(); ++i) lists[places[i]] = read[i].of(kind);
+    return lists;
   });
-  for (std::size_t i = 0; i < unknown.size(); ++i) {
-    const auto cost = read[i].size() + 1;
-    lists[places[i]] = std::make_shared<const RecordKeys>(std::move(read[i]));
-    cache.put(unknown[i], lists[places[i]], cost);
+}
+
+// Both kinds in one reading: whoever walks a tree of groups asks for both.
+std::vector<CommittedRecords::ChildLists> CommittedRecords::readChildren(
+    std::span<const RecordKey> groups) {
+  struct Read {
+    RecordKeys keys;
+    bool isWhole = true;
+
+    RecordKeysPtr list() {
+      return isWhole ? std::make_shared<const RecordKeys>(std::move(keys)) : nullptr;
+    }
+  };
+  std::vector<std::pair<Read, Read>> read(groups.size());
+  sqlite::KeyList list;
+  for (const auto& entry : find(groups)) list.add(entry ? entry->row : 0);
+  auto& rows = file_.statement(Sql::ChildrenOfRows);
+  const sqlite::StatementScope scope(rows);
+  rows.bindKeys(1, list);
+  while (rows.step()) {
+    const auto linked = linkedRecordOfRow(rows);
+    auto& [persons, subgroups] = read[static_cast<std::size_t>(rows.integer(9))];
+    auto& ofKind = linked.kind == RecordKind::Person ? persons : subgroups;
+    if (linked.key) ofKind.keys.push_back(*linked.key);
+    ofKind.isWhole = ofKind.isWhole && linked.key;
+  }
+  std::vector<ChildLists> lists;
+  lists.reserve(groups.size());
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    auto& [persons, subgroups] = read[i];
+    const auto cost = persons.keys.size() + subgroups.keys.size() + 1;
+    lists.push_back({persons.list(), subgroups.list()});
+    childLists_.put(groups[i], lists.back(), cost);
   }
   return lists;
 }

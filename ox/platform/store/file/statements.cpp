@@ -10,7 +10,13 @@ namespace ox {
 namespace {
 
 constexpr int kTextColumn = 3;
+constexpr int kRecordColumns = 4;
+constexpr int kLinkColumns = 3;
 constexpr std::size_t kUidBytes = 16;
+
+RecordKind kindOfColumn(const sqlite::Statement& row, int column) {
+  return row.integer(column) == 0 ? RecordKind::Person : RecordKind::Group;
+}
 
 struct Row {
   Sql which;
@@ -25,6 +31,14 @@ constexpr std::array kStatements = {
         "SELECT id, identifier, name, type, sound FROM container "
         "ORDER BY type <> 1, id"},
     Row{Sql::LastAct, "SELECT * FROM act ORDER BY number DESC LIMIT 1"},
+    // How old the journal is, and how large: the first row only tells where the next one begins.
+    Row{Sql::OldestAct,
+        "SELECT f.at, l.bytes - z.bytes, f.sound AND z.sound AND l.sound, "
+        "(SELECT value FROM setting WHERE name = 'journal_days' AND sound), "
+        "(SELECT value FROM setting WHERE name = 'journal_bytes' AND sound) "
+        "FROM (SELECT * FROM act ORDER BY number LIMIT 1) z, "
+        "(SELECT * FROM act ORDER BY number LIMIT 1 OFFSET 1) f, "
+        "(SELECT * FROM act ORDER BY number DESC LIMIT 1) l"},
     Row{Sql::ActByNumber, "SELECT * FROM act WHERE number = ?1"},
     Row{Sql::ChangesFrom,
         "SELECT c.*, r.uid, r.sound FROM change c LEFT JOIN record r ON r.id = c.record "
@@ -54,14 +68,13 @@ constexpr std::array kStatements = {
         "SELECT c.record, i.checksum, i.data, c.sound FROM content c "
         "LEFT JOIN image i ON i.id = c.image "
         "WHERE c.image IS NOT NULL AND c.record BETWEEN ?1 AND ?2 ORDER BY c.record"},
-    Row{Sql::ChildrenOfRow,
-        "SELECT r.uid, l.sound AND r.sound FROM link l JOIN record r ON r.id = l.child "
-        "WHERE l.parent = ?1 AND r.kind = ?2 ORDER BY l.id"},
     Row{Sql::ParentsOfRow,
         "SELECT r.uid, l.sound AND r.sound FROM link l JOIN record r ON r.id = l.parent WHERE "
         "l.child = ?1 "
         "ORDER BY l.id"},
-    // About many at once. The list comes first and in its order, whatever the planner thinks of it.
+    // About many at once. The list comes first and in its order, whatever the planner thinks of it;
+    // what an index of one column finds for a key comes in the order of the rows. So nothing is
+    // sorted but the links to parents, whose index is that of both ends.
     Row{Sql::RecordsByUids,
         "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid "
         "FROM keys(?1) k CROSS JOIN record r ON r.uid = k.key"},
@@ -73,17 +86,17 @@ constexpr std::array kStatements = {
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
         "LEFT JOIN image i ON i.id = c.image"},
     Row{Sql::ChildrenOfRows,
-        "SELECT k.rowid, r.uid, l.sound AND r.sound FROM keys(?1) k "
-        "CROSS JOIN link l ON l.parent = k.key "
-        "CROSS JOIN record r ON r.id = l.child WHERE r.kind = ?2 ORDER BY k.rowid, l.id"},
+        "SELECT r.id, r.uid, r.kind, r.container, r.checksum, l.id, l.parent, l.child, l.checksum, "
+        "k.rowid FROM keys(?1) k CROSS JOIN link l ON l.parent = k.key "
+        "CROSS JOIN record r ON r.id = l.child ORDER BY k.rowid"},
     Row{Sql::RecordsByCardUids,
         "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid, c.fingerprint, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.card_uid = k.key "
-        "CROSS JOIN record r ON r.id = c.record ORDER BY k.rowid, c.record"},
+        "CROSS JOIN record r ON r.id = c.record ORDER BY k.rowid"},
     Row{Sql::RecordsByFingerprints,
         "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid, c.fingerprint, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.fingerprint = k.key "
-        "CROSS JOIN record r ON r.id = c.record ORDER BY k.rowid, c.record"},
+        "CROSS JOIN record r ON r.id = c.record ORDER BY k.rowid"},
     Row{Sql::RecordsByRows,
         "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid, c.fingerprint, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
@@ -125,7 +138,7 @@ constexpr std::array kStatements = {
         "WHERE c.record = ?1 AND c.sound"},
     Row{Sql::LinksToChildren,
         "SELECT k.rowid, l.child, l.id, l.sound FROM keys(?1) k "
-        "CROSS JOIN link l ON l.parent = k.key ORDER BY k.rowid, l.id"},
+        "CROSS JOIN link l ON l.parent = k.key ORDER BY k.rowid"},
     Row{Sql::LinksToParents,
         "SELECT k.rowid, l.parent, l.id, l.sound FROM keys(?1) k "
         "CROSS JOIN link l ON l.child = k.key ORDER BY k.rowid, l.id"},
@@ -227,14 +240,20 @@ RecordKey soundKey(const sqlite::Statement& row, int key, int sound) {
   return keyOfColumn(row, key);
 }
 
+LinkedRecord linkedRecordOfRow(const sqlite::Statement& row) {
+  const bool isSound = sqlite::isSound(row, 0, kRecordColumns) &&
+                       sqlite::isSound(row, kRecordColumns + 1, kLinkColumns);
+  return {isSound ? std::optional(keyOfColumn(row, 1)) : std::nullopt, kindOfColumn(row, 2)};
+}
+
 RecordEntry entryOfRow(const sqlite::Statement& row) {
-  if (!sqlite::isSound(row, 4)) {
+  if (!sqlite::isSound(row, 0, kRecordColumns)) {
     throw DamagedRow("row " + std::to_string(row.integer(0)) + " of the records is damaged");
   }
   RecordEntry entry;
   entry.row = row.integer(0);
   entry.key = keyOfColumn(row, 1);
-  entry.kind = row.integer(2) == 0 ? RecordKind::Person : RecordKind::Group;
+  entry.kind = kindOfColumn(row, 2);
   entry.container = static_cast<std::int32_t>(row.integer(3));
   return entry;
 }

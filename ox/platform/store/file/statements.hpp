@@ -17,6 +17,7 @@ enum class Sql : std::uint8_t {
   CustomPropertyType,
   Containers,
   LastAct,
+  OldestAct,
   ActByNumber,
   ChangesFrom,
   UidsOfRows,
@@ -27,7 +28,6 @@ enum class Sql : std::uint8_t {
   RecordByUid,
   ContentFrom,
   PicturesFrom,
-  ChildrenOfRow,
   ParentsOfRow,
   RecordsByUids,
   ValuesOfRows,
@@ -107,5 +107,12 @@ RecordKey soundKey(const sqlite::Statement& row, int key, int sound);
 
 // Of a row of id, uid, kind, container, checksum. Throws DamagedRow.
 RecordEntry entryOfRow(const sqlite::Statement& row);
+// Who is linked, and the kind whatever else is damaged; the key is missing then. Of a row of the
+// record that is linked, as above, and behind it of the link: id, parent, child, checksum.
+struct LinkedRecord {
+  std::optional<RecordKey> key;
+  RecordKind kind;
+};
+LinkedRecord linkedRecordOfRow(const sqlite::Statement& row);
 
 }  // namespace ox

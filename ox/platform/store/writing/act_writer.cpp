@@ -20,17 +20,18 @@ ActRow lastActOf(StoreFile& file) {
 
 }  // namespace
 
-ActWriter::ActWriter(StoreFile& file, const Act& act)
+ActWriter::ActWriter(StoreFile& file, const Act& act, const std::optional<ActRow>& last)
     : file_(file),
       act_(act),
-      last_(lastActOf(file)),
+      isDecidedUpon_(last),
+      last_(last ? *last : lastActOf(file)),
       nextRow_(last_.nextRecord),
       records_(file),
       journal_(file, last_),
       links_(file, journal_, last_.nextLink) {}
 
-ActWriter::Outcome ActWriter::write(Others others) {
-  if (others == Others::HaveCommitted) {
+ActWriter::Outcome ActWriter::write() {
+  if (!isDecidedUpon_) {
     if (isWrittenBefore()) return Outcome::WrittenBefore;
     if (!guardsHold()) return Outcome::Outdated;
   }

@@ -19,8 +19,9 @@ namespace ox {
 // transaction commits it or rolls it back. Borrows the file. Throws sqlite::Error where that fails.
 class ActWriter {
  public:
-  // Throws StoreError when the journal has lost its last row.
-  ActWriter(StoreFile& file, const Act& act);
+  // The last act is the one that was the last when this one was decided; missing where others may
+  // have committed since. Throws StoreError when the journal has lost its last row.
+  ActWriter(StoreFile& file, const Act& act, const std::optional<ActRow>& last);
   ActWriter(const ActWriter&) = delete;
   ActWriter& operator=(const ActWriter&) = delete;
 
@@ -30,9 +31,8 @@ class ActWriter {
     Outdated,         // a guard does not hold: to be decided again
     IdentifierTaken,  // an addition's identifier is another record's: see taken()
   };
-  enum class Others : std::uint8_t { HaveCommitted, WereStill };  // since it was decided
   // Nothing must be committed unless it is written.
-  Outcome write(Others others);
+  Outcome write();
   const WrittenAct& written() const { return written_; }
   // Whether it is time to see if the journal has outgrown its bounds: now and then, so that it
   // costs a commit next to nothing.
@@ -65,7 +65,8 @@ class ActWriter {
 
   StoreFile& file_;
   const Act& act_;
-  ActRow last_;  // before this act
+  const bool isDecidedUpon_;  // the last act; else the guards tell
+  ActRow last_;               // before this act
   std::int64_t nextRow_;
   RecordWriter records_;
   JournalWriter journal_;

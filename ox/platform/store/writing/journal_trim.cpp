@@ -85,6 +85,17 @@ void setJournalBounds(sqlite::Connection& file, const JournalBounds& bounds) {
   setSetting(file, "journal_bytes", bounds.bytes);
 }
 
+bool mayTrimJournal(StoreFile& file) {
+  auto& row = file.statement(Sql::OldestAct);
+  const sqlite::StatementScope scope(row);
+  if (!row.step()) return false;
+  if (row.integer(2) == 0) return true;  // damaged
+  const auto days = row.isNull(3) ? JournalBounds().days : row.integer(3);
+  const auto bytes = row.isNull(4) ? JournalBounds().bytes : row.integer(4);
+  return row.integer(0) < millisecondsNow() - days * kMillisecondsOfDay ||
+         row.integer(1) > (bytes > 0 ? bytes : kFewestBytes);
+}
+
 bool trimJournal(sqlite::Connection& file, std::int64_t atMostActs) {
   const auto cut = cutOf(file, atMostActs);
   if (!cut) return false;

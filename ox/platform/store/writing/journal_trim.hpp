@@ -11,6 +11,8 @@ namespace ox {
 JournalBounds journalBounds(sqlite::Connection& file);
 void setJournalBounds(sqlite::Connection& file, const JournalBounds& bounds);
 
+// Whether anything may be beyond the bounds: one cheap question. False for certain alone.
+bool mayTrimJournal(StoreFile& file);
 // Takes the oldest acts out of the journal that are beyond its bounds, at most so many, with their
 // pictures; never one of the last command, nor one that the tag file has not followed yet. To be
 // called inside of a write transaction. True when there may be more.
