@@ -55,14 +55,14 @@ std::int32_t rowSum(std::span<const SummedColumn> columns) {
   return static_cast<std::int32_t>(checksum64({bytes.data(), kBytes * columns.size()}));
 }
 
-bool isSound(const Statement& row, int first, int columns) {
+bool isSound(const Statement& row, int columns) {
   std::array<SummedColumn, kMostColumns> read;
   const auto size = static_cast<std::size_t>(columns);
   assert(size <= kMostColumns);
   for (int i = 0; i < columns; ++i) {
-    read[static_cast<std::size_t>(i)] = summed(sqlite3_column_value(row.statement_, first + i));
+    read[static_cast<std::size_t>(i)] = summed(sqlite3_column_value(row.statement_, i));
   }
-  return rowSum({read.data(), size}) == row.integer(first + columns);
+  return rowSum({read.data(), size}) == row.integer(columns);
 }
 
 std::string withRowSums(std::string statements) {

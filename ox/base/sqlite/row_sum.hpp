@@ -29,9 +29,9 @@ struct SummedColumn {
 };
 std::int32_t rowSum(std::span<const SummedColumn> columns);
 
-// Whether so many summed columns, from the first on, and behind them their checksum are sound: what
-// `sound` tells, at half of its price, for rows of which very many are read.
-bool isSound(const Statement& row, int first, int columns);
+// Whether a row of so many summed columns, and behind them its checksum, is sound: what `sound`
+// tells, at half of its price, for rows of which very many are read.
+bool isSound(const Statement& row, int columns);
 
 // For the connection alone: makes the function row_sum(value, ...) known. The sum is 32 bits of
 // XXH3, so that it takes four bytes of the row; a value that became one of another type differs

@@ -46,7 +46,7 @@ class Statement {
   explicit operator bool() const { return statement_ != nullptr; }
 
  private:
-  friend bool isSound(const Statement& row, int first, int columns);  // see row_sum.hpp
+  friend bool isSound(const Statement& row, int columns);  // see row_sum.hpp
   void check(int result) const;
 
   sqlite3_stmt* statement_ = nullptr;

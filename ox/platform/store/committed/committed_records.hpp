@@ -95,6 +95,14 @@ class CommittedRecords {
     const RecordKeysPtr& of(RecordKind kind) const;
   };
 
+  struct Child {
+    std::size_t group;  // its place among those that were asked for
+    std::int64_t row;
+    bool isSound;                         // what is read of it is what was written
+    std::optional<RecordKind> kind = {};  // missing when there is no such record
+    RecordKey key = {};
+  };
+
   std::int64_t version();
   void loadIndex();
   void readRecordsAfter(std::int64_t row);
@@ -117,6 +125,8 @@ class CommittedRecords {
   std::optional<Entry> kept(std::optional<Entry> found);
   KnownContent readStored(const RecordKey& key, Entry entry);
   std::vector<std::optional<Entry>> findInFile(const sqlite::KeyList& uids);
+  std::vector<Child> readLinksToChildren(std::span<const RecordKey> groups);
+  void findOut(std::vector<Child>& children);
   std::vector<ChildLists> readChildren(std::span<const RecordKey> groups);
 
   StoreFile& file_;

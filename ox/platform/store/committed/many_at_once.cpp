@@ -256,9 +256,54 @@ std::vector<RecordKeysPtr> CommittedRecords::children(std::span<const RecordKey>
   });
 }
 
+std::vector<CommittedRecords::Child> CommittedRecords::readLinksToChildren(
+    std::span<const RecordKey> groups) {
+  sqlite::KeyList asked;
+  for (const auto& entry : find(groups)) asked.add(entry ? entry->row : 0);
+  std::vector<Child> children;
+  auto& rows = file_.statement(Sql::LinksToChildren);
+  const sqlite::StatementScope scope(rows);
+  rows.bindKeys(1, asked);
+  while (rows.step()) {
+    const auto link = linkOfRow(rows);
+    children.push_back({static_cast<std::size_t>(rows.integer(4)), link.child, link.isSound});
+  }
+  return children;
+}
+
+// Whoever has listed the records knows them; of the others the file tells.
+void CommittedRecords::findOut(std::vector<Child>& children) {
+  sqlite::KeyList asked;
+  std::vector<Child*> unknown;
+  for (auto& child : children) {
+    if (const auto* entry = indexLoaded_ ? index_.inRow(child.row) : nullptr) {
+      child.kind = entry->kind;
+      child.key = entry->key;
+    } else {
+      asked.add(child.row);
+      unknown.push_back(&child);
+    }
+  }
+  if (unknown.empty()) return;
+  auto& rows = file_.statement(Sql::RecordsInRows);
+  const sqlite::StatementScope scope(rows);
+  rows.bindKeys(1, asked);
+  while (rows.step()) {
+    auto& child = *unknown[static_cast<std::size_t>(rows.integer(5))];
+    child.kind = kindOfRow(rows);
+    try {
+      child.key = entryOfRow(rows).key;
+    } catch (const DamagedRow&) {
+      child.isSound = false;
+    }
+  }
+}
+
 // Both kinds in one reading: whoever walks a tree of groups asks for both.
 std::vector<CommittedRecords::ChildLists> CommittedRecords::readChildren(
     std::span<const RecordKey> groups) {
+  auto children = readLinksToChildren(groups);
+  findOut(children);
   struct Read {
     RecordKeys keys;
     bool isWhole = true;
@@ -268,17 +313,12 @@ std::vector<CommittedRecords::ChildLists> CommittedRecords::readChildren(
     }
   };
   std::vector<std::pair<Read, Read>> read(groups.size());
-  sqlite::KeyList list;
-  for (const auto& entry : find(groups)) list.add(entry ? entry->row : 0);
-  auto& rows = file_.statement(Sql::ChildrenOfRows);
-  const sqlite::StatementScope scope(rows);
-  rows.bindKeys(1, list);
-  while (rows.step()) {
-    const auto linked = linkedRecordOfRow(rows);
-    auto& [persons, subgroups] = read[static_cast<std::size_t>(rows.integer(9))];
-    auto& ofKind = linked.kind == RecordKind::Person ? persons : subgroups;
-    if (linked.key) ofKind.keys.push_back(*linked.key);
-    ofKind.isWhole = ofKind.isWhole && linked.key;
+  for (const auto& child : children) {
+    if (!child.kind) continue;
+    auto& [persons, subgroups] = read[child.group];
+    auto& ofKind = child.kind == RecordKind::Person ? persons : subgroups;
+    ofKind.keys.push_back(child.key);
+    ofKind.isWhole = ofKind.isWhole && child.isSound;
   }
   std::vector<ChildLists> lists;
   lists.reserve(groups.size());

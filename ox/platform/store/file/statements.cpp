@@ -14,10 +14,6 @@ constexpr int kRecordColumns = 4;
 constexpr int kLinkColumns = 3;
 constexpr std::size_t kUidBytes = 16;
 
-RecordKind kindOfColumn(const sqlite::Statement& row, int column) {
-  return row.integer(column) == 0 ? RecordKind::Person : RecordKind::Group;
-}
-
 struct Row {
   Sql which;
   std::string_view text;
@@ -85,10 +81,9 @@ constexpr std::array kStatements = {
         "SELECT k.rowid, c.properties, ifnull(i.checksum, c.image), i.data, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
         "LEFT JOIN image i ON i.id = c.image"},
-    Row{Sql::ChildrenOfRows,
-        "SELECT r.id, r.uid, r.kind, r.container, r.checksum, l.id, l.parent, l.child, l.checksum, "
-        "k.rowid FROM keys(?1) k CROSS JOIN link l ON l.parent = k.key "
-        "CROSS JOIN record r ON r.id = l.child ORDER BY k.rowid"},
+    Row{Sql::RecordsInRows,
+        "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid "
+        "FROM keys(?1) k CROSS JOIN record r ON r.id = k.key"},
     Row{Sql::RecordsByCardUids,
         "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid, c.fingerprint, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.card_uid = k.key "
@@ -137,10 +132,10 @@ constexpr std::array kStatements = {
         "SELECT i.id, i.checksum, length(i.data) FROM content c JOIN image i ON i.id = c.image "
         "WHERE c.record = ?1 AND c.sound"},
     Row{Sql::LinksToChildren,
-        "SELECT k.rowid, l.child, l.id, l.sound FROM keys(?1) k "
+        "SELECT l.id, l.parent, l.child, l.checksum, k.rowid FROM keys(?1) k "
         "CROSS JOIN link l ON l.parent = k.key ORDER BY k.rowid"},
     Row{Sql::LinksToParents,
-        "SELECT k.rowid, l.parent, l.id, l.sound FROM keys(?1) k "
+        "SELECT l.id, l.parent, l.child, l.checksum, k.rowid FROM keys(?1) k "
         "CROSS JOIN link l ON l.child = k.key ORDER BY k.rowid, l.id"},
     Row{Sql::InsertLink,
         "INSERT INTO link(id, parent, child) VALUES(?1, ?2, ?3) "
@@ -240,20 +235,22 @@ RecordKey soundKey(const sqlite::Statement& row, int key, int sound) {
   return keyOfColumn(row, key);
 }
 
-LinkedRecord linkedRecordOfRow(const sqlite::Statement& row) {
-  const bool isSound = sqlite::isSound(row, 0, kRecordColumns) &&
-                       sqlite::isSound(row, kRecordColumns + 1, kLinkColumns);
-  return {isSound ? std::optional(keyOfColumn(row, 1)) : std::nullopt, kindOfColumn(row, 2)};
+RecordKind kindOfRow(const sqlite::Statement& row) {
+  return row.integer(2) == 0 ? RecordKind::Person : RecordKind::Group;
+}
+
+StoredLink linkOfRow(const sqlite::Statement& row) {
+  return {row.integer(0), row.integer(1), row.integer(2), sqlite::isSound(row, kLinkColumns)};
 }
 
 RecordEntry entryOfRow(const sqlite::Statement& row) {
-  if (!sqlite::isSound(row, 0, kRecordColumns)) {
+  if (!sqlite::isSound(row, kRecordColumns)) {
     throw DamagedRow("row " + std::to_string(row.integer(0)) + " of the records is damaged");
   }
   RecordEntry entry;
   entry.row = row.integer(0);
   entry.key = keyOfColumn(row, 1);
-  entry.kind = kindOfColumn(row, 2);
+  entry.kind = kindOfRow(row);
   entry.container = static_cast<std::int32_t>(row.integer(3));
   return entry;
 }

@@ -32,7 +32,7 @@ enum class Sql : std::uint8_t {
   RecordsByUids,
   ValuesOfRows,
   ContentsOfRows,
-  ChildrenOfRows,
+  RecordsInRows,
   RecordsByCardUids,
   RecordsByFingerprints,
   RecordsByRows,
@@ -107,12 +107,16 @@ RecordKey soundKey(const sqlite::Statement& row, int key, int sound);
 
 // Of a row of id, uid, kind, container, checksum. Throws DamagedRow.
 RecordEntry entryOfRow(const sqlite::Statement& row);
-// Who is linked, and the kind whatever else is damaged; the key is missing then. Of a row of the
-// record that is linked, as above, and behind it of the link: id, parent, child, checksum.
-struct LinkedRecord {
-  std::optional<RecordKey> key;
-  RecordKind kind;
+// Its kind, damaged or not.
+RecordKind kindOfRow(const sqlite::Statement& row);
+
+// Of a row of id, parent, child, checksum.
+struct StoredLink {
+  std::int64_t number;
+  std::int64_t parent;
+  std::int64_t child;
+  bool isSound;  // else any of them may be another
 };
-LinkedRecord linkedRecordOfRow(const sqlite::Statement& row);
+StoredLink linkOfRow(const sqlite::Statement& row);
 
 }  // namespace ox

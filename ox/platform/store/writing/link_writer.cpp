@@ -139,14 +139,11 @@ bool LinkWriter::take(const std::vector<RecordEntry>& records, Side side, LinksO
     const sqlite::StatementScope scope(rows);
     rows.bindKeys(1, asked);
     while (rows.step()) {
-      const auto& record = records[static_cast<std::size_t>(rows.integer(0))];
-      const auto other = rows.integer(1);
-      const auto number = rows.integer(2);
-      numbers.add(number);
-      if (rows.integer(3) == 0) continue;
-      const auto [parent, child] =
-          side == Side::Parents ? std::pair(other, record.row) : std::pair(record.row, other);
-      taken.add(parent, record.container, {child, number});
+      const auto link = linkOfRow(rows);
+      numbers.add(link.number);
+      if (!link.isSound) continue;
+      const auto& record = records[static_cast<std::size_t>(rows.integer(4))];
+      taken.add(link.parent, record.container, {link.child, link.number});
     }
   }
   deleteLinks(numbers);
