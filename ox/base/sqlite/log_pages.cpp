@@ -40,7 +40,8 @@ class LogSum {
 }  // namespace
 
 LogPages::LogPages(const std::string& path) : file_(path, PlainFile::Missing::IsEmpty) {
-  if (file_.size() == 0) return;
+  // Whoever was killed while writing the first bytes of a log has committed nothing to it.
+  if (file_.size() < kHeaderBytes) return;
   const auto header = file_.bytes(0, kHeaderBytes);
   const auto pageBytes = header ? bigEndian32(*header, 8) : 0;
   headDamaged_ = !header || (bigEndian32(*header, 0) & ~1U) != kMagic || pageBytes < 512 ||
