@@ -35,10 +35,10 @@ std::string folderOf(const std::string& path) {
   return folder.empty() ? "." : folder.string();
 }
 
-// Of "target.01A2004B-0963-7000-A2B0-2348FC99B775.new", and of what SQLite puts beside it: the path
-// of the former. Empty for any other file.
+// Of "target.01A2004B-0963-7000-A2B0-2348FC99B775.new", and of what is put beside it meanwhile: the
+// path of the former. Empty for any other file.
 std::string unfinishedOf(const std::string& target, std::string path) {
-  for (const std::string_view beside : {"-journal", "-wal", "-shm"}) {
+  for (const std::string_view beside : {"-journal", "-wal", "-shm", "-synced"}) {
     if (path.ends_with(beside)) path.resize(path.size() - beside.size());
   }
   const auto name = std::filesystem::path(path).filename().string();

@@ -112,7 +112,7 @@ bool isStoreFile(const std::string& path) {
   const auto place = placeOf(path);
   const auto store = contactStore();
   for (const auto& own : {store.file(), store.tagFile(), tagStorePath()}) {
-    for (const auto* ending : {"", "-wal", "-shm", "-journal"}) {
+    for (const auto* ending : {"", "-wal", "-shm", "-journal", "-synced"}) {
       const auto file = placeOf(own) + ending;
       std::error_code error;
       if (file == place || (std::filesystem::equivalent(place, file, error) && !error)) return true;

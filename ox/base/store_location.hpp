@@ -55,8 +55,8 @@ OX_EXPORT std::string tagStorePath();
 // yet as well. The path itself when it names anything but a file, or cannot be followed.
 OX_EXPORT std::string placeOf(const std::string& path);
 
-// Whether a path leads, under whatever name, to where the contact store, the tags or what the
-// database keeps beside them are or will be. Such a file must never be opened by anybody else:
+// Whether a path leads, under whatever name, to where the contact store, the tags or what is kept
+// beside them are or will be. Such a file must never be opened by anybody else:
 // closing it would drop the locks that the database of this process holds on it.
 OX_EXPORT bool isStoreFile(const std::string& path);
 

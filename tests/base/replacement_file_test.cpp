@@ -43,13 +43,15 @@ class Replacement : public testing::Test {
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
-  // What a process leaves that is killed while it writes, with what SQLite had put beside it.
+  // What a process leaves that is killed while it writes, with what was put beside it.
   static void leaveUnfinished(const std::string& target) {
     const auto child = ::fork();
     if (child == 0) {
       ReplacementFile file(target);
       file.write("half");
-      std::ofstream(file.path() + "-journal") << "journal";
+      for (const auto* ending : {"-journal", "-synced"}) {
+        std::ofstream(file.path() + ending) << "beside";
+      }
       ::kill(::getpid(), SIGKILL);
     }
     ::waitpid(child, nullptr, 0);
@@ -61,7 +63,7 @@ class Replacement : public testing::Test {
 TEST_F(Replacement, TakesAwayWhatAKilledProcessLeft) {
   const auto target = temporaryFile("target", "old");
   leaveUnfinished(target);
-  EXPECT_EQ(names().size(), 3U);
+  EXPECT_EQ(names().size(), 4U);
   {
     ReplacementFile file(target);
     file.write("new");
@@ -89,12 +91,12 @@ TEST_F(Replacement, LeavesWhatIsStillWrittenAndWhatIsOfAnotherTarget) {
   EXPECT_EQ(bytesOf(target), "first");
 }
 
-TEST_F(Replacement, TakesAwayAJournalWhoseFileIsGone) {
+TEST_F(Replacement, TakesAwayWhatIsLeftBesideAFileThatIsGone) {
   leaveUnfinished(temporaryPath("target"));
   for (const auto& name : names()) {
     if (name.ends_with(".new")) std::filesystem::remove(temporaryPath(name));
   }
-  ASSERT_EQ(names().size(), 1U);
+  ASSERT_EQ(names().size(), 2U);
   ReplacementFile(temporaryPath("target")).commit();
   EXPECT_EQ(names(), Names{"target"});
 }

@@ -134,7 +134,8 @@ TEST(ExportCommand, NeverWritesWhereTheStoreIsOrWillBe) {
   const auto store = temporaryPath("other.db").string();
   std::filesystem::create_symlink("other.db", temporaryPath("alias.db"));
   std::filesystem::create_directory(temporaryPath("folder"));
-  for (const auto* ending : {"", "-wal", "-shm", "-journal", ".tags", ".tags-wal", ".tags-shm"}) {
+  for (const auto* ending :
+       {"", "-wal", "-shm", "-journal", "-synced", ".tags", ".tags-wal", ".tags-shm"}) {
     for (const auto& file :
          {store + ending, (temporaryPath("folder") / ".." / "other.db").string() + ending}) {
       const auto result = support::runProcess(

@@ -142,6 +142,10 @@ void Connection::keepLog() {
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
 
+std::string Connection::filePath() const {
+  return sqlite3_db_filename(handle_, "main");
+}
+
 std::string Connection::logPath() const {
   return sqlite3_filename_wal(sqlite3_db_filename(handle_, "main"));
 }

@@ -40,8 +40,9 @@ class Connection {
   void rollBack() noexcept;
   // The log stays where it is when the last connection to the file is closed, as this one may be.
   void keepLog();
-  // Where SQLite keeps the write-ahead log of this database: beside the file itself, through every
-  // link that led to it.
+  // The file itself, through every link that led to it, and where SQLite keeps the write-ahead log
+  // of this database, beside it.
+  std::string filePath() const;
   std::string logPath() const;
   sqlite3* handle() const { return handle_; }
 

@@ -4,12 +4,16 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <optional>
 
+#include "ox/base/sqlite/connection.hpp"
 #include "tests/faults/program/change_log.hpp"
 #include "tests/faults/program/disorders.hpp"
+#include "tests/faults/store_state.hpp"
 #include "tests/kills/address_book.hpp"
 #include "tests/kills/killed_run.hpp"
 #include "tests/kills/writing_commands.hpp"
+#include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox::faults {
@@ -73,6 +77,54 @@ TEST(CutOffWriters, LeaveTheWholeOrNothing) {
     cuts += cutEverywhere(act, static_cast<std::size_t>(Sample::stepOr(12)));
   }
   EXPECT_GT(cuts, 0);
+}
+
+// What is noted of an act says that it was synced: a power cut may leave the note behind the store,
+// torn or gone, and never ahead of it. Several commands, so that there is a log, and a note, from
+// before; at last the log is brought into the store, and the note goes.
+TEST(CutOffWriters, LeaveNoStoreThatSeemsToMissAnAct) {
+  kills::fillAddressBook();
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  std::optional<sqlite::Connection> other(std::in_place, store,
+                                          sqlite::Connection::Mode::ReadWrite);
+  other->keepLog();
+  EXPECT_GT(other->queryInteger("SELECT count(*) FROM record"), 0);
+  auto log = filesFound();
+  const auto found = log.size();
+  std::size_t notes = 0;
+  const std::vector<std::vector<std::string>> commands = {
+      {"set", "Ann Lee", "note=one"},
+      {"import", support::temporaryPath("persons.vcf").string()},
+      {"restore", "_local", support::temporaryPath("local.book").string()},
+      {"add-person", "_local", "name=Hal Orr"},
+      {"remove-person", "Cid"}};
+  for (const auto& words : commands) {
+    if (&words == &commands.back()) other.reset();
+    auto [result, events] = runAndLog(program_tests::programCommand(words), std::move(log));
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    log = std::move(events);
+  }
+  const PreparedFolder prepared;
+  const auto step = static_cast<std::size_t>(Sample::stepOr(3));
+  DiskReplay replay(log);
+  int cuts = 0;
+  for (auto events = found; events <= log.size(); ++events) {
+    replay.advanceTo(events);
+    const bool isOfNote = events > 0 && log[events - 1].name.ends_with("-synced");
+    notes += isOfNote ? 1 : 0;
+    if (!isOfNote && !isMoment(log, events) && events % step != 0) continue;
+    for (const auto loss : {Loss::All, Loss::Nothing, Loss::Tail, Loss::Chance}) {
+      PreparedFolder::clear();
+      replay.writeInto(support::StoreEnvironment::instance().folder(), loss,
+                       static_cast<std::uint32_t>(events));
+      ASSERT_EQ(problemsOf(store), "") << events - found << ", loss " << static_cast<int>(loss);
+      ++cuts;
+    }
+  }
+  prepared.bringBack();
+  EXPECT_GT(notes, 10U) << "each command notes what it has synced, the last one takes that away";
+  EXPECT_FALSE(std::filesystem::exists(store + "-synced"));
+  std::cout << cuts << " power cuts, " << notes << " beside a change to the note" << std::endl;
 }
 
 }  // namespace

@@ -129,10 +129,10 @@ bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& take
     if (writer.isTrimDue() && mayTrimJournal(file_)) {
       trimJournal(file_.connection(), kActsOfTrim);
     }
-    finish(transaction, act);
-    file_.noteCommit();
+    const auto commit = finish(transaction, act);
     followedTags_.reset();
     writtenMoment_ = writer.written().row.moment;
+    file_.noteCommit(writtenMoment_, commit);
     committed_.follow(writer.written());
     return true;
   } catch (const PropertyOfTwoTypes&) {
@@ -147,11 +147,12 @@ bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& take
 
 // A commit that fails may have been made: the act bears a name, by which it is found. Where it was
 // not, what it has written into the log is written over.
-void ContactStore::finish(sqlite::Transaction& transaction, const Act& act) {
+StoreFile::Commit ContactStore::finish(sqlite::Transaction& transaction, const Act& act) {
   try {
     transaction.commit();
+    return StoreFile::Commit::Done;
   } catch (const sqlite::Error&) {
-    if (file_.isWritten(act.decidedAt, act.name)) return;
+    if (file_.isWritten(act.decidedAt, act.name)) return StoreFile::Commit::Found;
     file_.coverFailedCommit();
     throw;
   }

@@ -71,7 +71,7 @@ class ContactStore {
                                  std::unordered_set<RecordKey>& taken);
   bool commitAct(const Act& act, std::unordered_set<RecordKey>& taken,
                  sqlite::Transaction& transaction);
-  void finish(sqlite::Transaction& transaction, const Act& act);
+  StoreFile::Commit finish(sqlite::Transaction& transaction, const Act& act);
   void noteKnown(const RecordChanges& changes,
                  const std::vector<ActBuilder::MergedValue>& merged) noexcept;
   void settleOutdated(SaveRequest& request);

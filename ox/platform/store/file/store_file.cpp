@@ -1,15 +1,20 @@
 #include "ox/platform/store/file/store_file.hpp"
 
+#include <algorithm>
 #include <cassert>
 #include <unistd.h>
 #include <utility>
 
+#include "ox/base/clock.hpp"
+#include "ox/platform/store/file/noted_act.hpp"
+#include "ox/platform/store/file/stored_rows.hpp"
 #include "ox/platform/store/process_origin.hpp"
 #include "ox/platform/store/schema/tables.hpp"
 
 namespace ox {
 
 StoreFile::~StoreFile() {
+  close();
   statements_.clear();  // a statement must go before its connection does
 }
 
@@ -28,6 +33,7 @@ sqlite::Connection& StoreFile::connection() {
   // to read them, since values in it may be of these properties.
   connection_ = std::move(opened);
   openedBy_ = ::getpid();
+  anchor_.emplace(connection_);
   return connection_;
 }
 
@@ -46,10 +52,50 @@ void StoreFile::letCommits(Outlive outlive) {
   outlive_ = outlive;
 }
 
-void StoreFile::noteCommit() {
+void StoreFile::noteCommit(const StoreMoment& act, Commit commit) {
   originIsCommitted_ = true;
   // The log is one file: a commit that waited for the disk has taken along every commit before it.
   unsynced_ = outlive_ == Outlive::Kill;
+  notAnchored_.reset();
+  if (commit == Commit::Found) return;  // nobody knows whether the disk has it
+  notAnchored_ = act;
+  if (!unsynced_) anchorLastAct();
+}
+
+// A note of an act that the store lacks stays: whoever checks is to be told of it, however many
+// acts have come since. That is looked at once, since from then on this process keeps the log in
+// being.
+void StoreFile::anchorLastAct() noexcept {
+  if (!notAnchored_) return;
+  try {
+    const auto act = *std::exchange(notAnchored_, std::nullopt);
+    if (!anchored_) {
+      const auto noted = anchor_->read();
+      if (noted && stateOf(*noted, connection_) == NotedAct::IsMissing) return;
+      SyncedAct first;
+      const auto store = nameOfStore(*this);
+      if (store.size() != first.store.size()) return;
+      std::ranges::copy(store, first.store.begin());
+      anchored_ = first;
+    }
+    anchored_->moment = act;
+    anchored_->at = millisecondsNow();
+    anchor_->write(*anchored_);
+  } catch (const std::exception&) {
+    // The next one is noted.
+  }
+}
+
+// Missing where nothing is noted that the store knows.
+std::optional<SyncedAct> StoreFile::anchoredAct() noexcept try {
+  if (connection_.handle() == nullptr) return std::nullopt;
+  auto noted = anchor_->read();
+  if (!noted || stateOf(*noted, connection_) != NotedAct::IsMissing) return noted;
+  // Behind what is believed of the log there may be something for whoever recovers.
+  if (connection_.totalChanges() == 0) connection_.keepLog();
+  return std::nullopt;
+} catch (const std::exception&) {
+  return std::nullopt;
 }
 
 bool StoreFile::isWritten(const StoreMoment& since, const Uuid& name) {
@@ -81,6 +127,7 @@ void StoreFile::sync() {
   assert(connection_.handle() != nullptr);
   syncWriteAheadLog(connection_);
   unsynced_ = false;
+  anchorLastAct();
 }
 
 void StoreFile::checkpoint() {
@@ -88,6 +135,7 @@ void StoreFile::checkpoint() {
     auto& file = connection();
     syncWriteAheadLog(file);
     unsynced_ = false;
+    anchorLastAct();
     file.execute("PRAGMA synchronous=FULL");
     outlive_ = Outlive::PowerCut;
     try {
@@ -101,8 +149,12 @@ void StoreFile::checkpoint() {
 
 void StoreFile::close() {
   if (openedBy_ != ::getpid()) return;
+  const auto noted = anchoredAct();
   statements_.clear();
   connection_ = sqlite::Connection();
+  if (noted) anchor_->settle(*noted);
+  anchored_.reset();
+  notAnchored_.reset();
   outlive_ = Outlive::Kill;  // that of a new connection
   unsynced_ = false;
 }

@@ -14,6 +14,7 @@
 #include "ox/base/uuid.hpp"
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/schema/schema.hpp"
+#include "ox/platform/store/schema/sync_anchor.hpp"
 #include "ox/platform/store/values/origin.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/platform/store/values/store_moment.hpp"
@@ -49,8 +50,10 @@ class StoreFile {
   // system, which costs no wait; a power cut loses what the disk has not confirmed.
   enum class Outlive { Kill, PowerCut };
   void letCommits(Outlive outlive);
-  // To be called once a commit has written something.
-  void noteCommit();
+  // To be called once a commit has written that act, and whether it was told to be done or was only
+  // found to be.
+  enum class Commit : std::uint8_t { Done, Found };
+  void noteCommit(const StoreMoment& act, Commit commit);
   // Whether an act of that name was committed after that moment. False where that cannot be read.
   bool isWritten(const StoreMoment& since, const Uuid& name);
   // A commit that failed when the log was synced has left all of it there, whole. As long as nobody
@@ -89,13 +92,18 @@ class StoreFile {
   int openedBy_ = 0;                           // the process
   std::vector<sqlite::Statement> statements_;  // by Sql, prepared when first used
   Outlive outlive_ = Outlive::Kill;
-  bool unsynced_ = false;  // something was committed without waiting for the disk
+  bool unsynced_ = false;                   // something was committed without waiting for the disk
+  std::optional<SyncAnchor> anchor_;        // of the open file
+  std::optional<SyncedAct> anchored_;       // by this process; missing until it may
+  std::optional<StoreMoment> notAnchored_;  // the last act of this process, on the disk or not
   std::unordered_set<PropertyId> writtenCustomProperties_;
   std::optional<Origin> writtenOrigin_;
   std::int64_t originRow_ = 0;
   bool originIsCommitted_ = false;
 
   bool isOrigin(std::int64_t row);
+  void anchorLastAct() noexcept;
+  std::optional<SyncedAct> anchoredAct() noexcept;
 };
 
 template <typename Step>

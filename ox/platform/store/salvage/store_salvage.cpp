@@ -177,7 +177,7 @@ StoreSalvage::StoreSalvage(std::string from, const std::string& to) : from_(std:
   file_ = std::make_unique<ReplacementFile>(to);
 }
 
-// The log and the index of it are the database's, which removes them itself when it can.
+// What lies beside the store goes with its log when it is closed, where that can be done.
 StoreSalvage::~StoreSalvage() {
   try {
     for (const auto& file : files()) {
@@ -189,7 +189,11 @@ StoreSalvage::~StoreSalvage() {
 }
 
 std::vector<std::string> StoreSalvage::files() const {
-  return {file_->path(), file_->path() + "-wal", file_->path() + "-shm"};
+  std::vector<std::string> files;
+  for (const auto* ending : {"", "-wal", "-shm", "-synced"}) {
+    files.push_back(file_->path() + ending);
+  }
+  return files;
 }
 
 SalvageReport StoreSalvage::take() {

@@ -7,6 +7,7 @@
 
 #include "ox/base/sqlite/error.hpp"
 #include "ox/platform/store/schema/schema.hpp"
+#include "ox/platform/store/schema/sync_anchor.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/property_bag.hpp"
 
@@ -118,7 +119,11 @@ void DatabaseCopy::settleTarget() {
 
 void DatabaseCopy::put() {
   settleTarget();
-  guarded([&] { file_->commit(); });
+  guarded([&] {
+    // What was synced of the old file says nothing of the new one, which may be older.
+    SyncAnchor::removeOf(target_);
+    file_->commit();
+  });
 }
 
 RecordCounts copyStore(const std::string& from, const std::string& to) {

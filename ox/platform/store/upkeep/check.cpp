@@ -4,12 +4,16 @@
 #include <chrono>
 #include <cstdint>
 #include <string_view>
+#include <system_error>
 #include <thread>
+#include <utility>
 
 #include "ox/base/checksum.hpp"
+#include "ox/base/date.hpp"
 #include "ox/base/sqlite/error.hpp"
 #include "ox/base/sqlite/log_pages.hpp"
 #include "ox/platform/store/file/journal_rows.hpp"
+#include "ox/platform/store/file/noted_act.hpp"
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/schema/schema.hpp"
 #include "ox/platform/store/schema/tables.hpp"
@@ -268,7 +272,55 @@ void checkLog(sqlite::Connection& file, Problems& problems) {
                      ": what was committed last may be missing; `recover` reads what is left");
 }
 
+void checkAnchor(sqlite::Connection& file, Problems& problems) {
+  try {
+    if (!hasRowSums(file)) return;  // nothing is noted of an earlier version
+    if (auto problem = missingActOf(file)) problems.push_back(std::move(*problem));
+  } catch (const sqlite::Error&) {
+    // Told already.
+  } catch (const std::system_error& error) {
+    problems.emplace_back(error.what());
+  }
+}
+
+std::string timeText(std::int64_t milliseconds) {
+  using namespace std::chrono;
+  const auto time =
+      floor<seconds>(sys_time<std::chrono::milliseconds>(std::chrono::milliseconds(milliseconds)));
+  const auto days = floor<std::chrono::days>(time);
+  const year_month_day day(days);
+  return Date{static_cast<std::int16_t>(static_cast<int>(day.year())),
+              static_cast<std::uint8_t>(static_cast<unsigned>(day.month())),
+              static_cast<std::uint8_t>(static_cast<unsigned>(day.day())),
+              static_cast<std::int32_t>((time - days).count()), std::int16_t{0}}
+      .toText();
+}
+
+std::string actText(std::int64_t number, std::int64_t at) {
+  return "act " + std::to_string(number) + " (" + timeText(at) + ")";
+}
+
 }  // namespace
+
+std::optional<std::string> missingActOf(sqlite::Connection& file) {
+  const auto noted = SyncAnchor(file).read();
+  try {
+    if (!noted || stateOf(*noted, file) != NotedAct::IsMissing) return std::nullopt;
+  } catch (const DamagedRow&) {
+    return std::nullopt;  // told of its own, and proves nothing
+  }
+  auto last = file.prepare(
+      "SELECT number, at, (SELECT at FROM act WHERE number = ?1) FROM act WHERE sound "
+      "ORDER BY number DESC LIMIT 1");
+  const auto number = noted->moment.number;
+  last.bind(1, number);
+  auto problem = "what was committed and synced is missing: " + actText(number, noted->at);
+  if (!last.step()) return problem;
+  problem += " is not there, the store has come to " + actText(last.integer(0), last.integer(1));
+  if (!last.isNull(2))
+    problem += " over another act of that number (" + timeText(last.integer(2)) + ")";
+  return problem;
+}
 
 bool hasDamagedLog(const sqlite::Connection& file) {
   return !damageOfLog(file).empty();
@@ -277,7 +329,9 @@ bool hasDamagedLog(const sqlite::Connection& file) {
 std::vector<std::string> storeProblems(const std::string& path) {
   auto file = openExistingStoreFile(path, MissingIndexes::Allow);
   file.keepLog();  // whatever is wrong with it is still to be seen afterwards
-  return problemsIn(file);
+  auto problems = problemsIn(file);
+  checkAnchor(file, problems);
+  return problems;
 }
 
 std::vector<std::string> problemsIn(sqlite::Connection& file) {

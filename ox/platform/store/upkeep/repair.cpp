@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <system_error>
 
 #include "ox/base/checksum.hpp"
 #include "ox/base/clock.hpp"
@@ -10,6 +11,7 @@
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/schema/kept_copies.hpp"
 #include "ox/platform/store/schema/schema.hpp"
+#include "ox/platform/store/schema/sync_anchor.hpp"
 #include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
@@ -154,6 +156,27 @@ bool canBeMended(sqlite::Connection& file, const std::string& path) {
          sqlite::hasWholePages(file);
 }
 
+void mendRows(sqlite::Connection& file, const std::string& path, RepairReport& repair) {
+  file.execute("PRAGMA foreign_keys=ON; PRAGMA synchronous=FULL");
+  sqlite::Transaction transaction(file);
+  repair.mended = Repair(file).mend();
+  repair.left = problemsIn(file);
+  if (repair.mended.empty()) return;
+  // Under the write lock, so that the copy is what was mended; it does not see what is not
+  // committed.
+  repair.copy = keepCopy(path, "repair");
+  transaction.commit();
+}
+
+// What is missing cannot be brought back from here, and is told until somebody has said that the
+// store is good without it.
+void acceptWithoutMissingAct(sqlite::Connection& file, RepairReport& repair) {
+  const auto missing = missingActOf(file);
+  if (!missing) return;
+  SyncAnchor(file).remove();
+  repair.mended.push_back("took the store as it is: " + *missing);
+}
+
 // What the rows that a statement gives of a store add up to.
 template <typename Take>
 void readRows(const std::string& path, std::string_view sql, Take take) {
@@ -179,16 +202,11 @@ RepairReport repairStore(const std::string& path) {
       file.keepLog();
       return repair;
     }
-    file.execute("PRAGMA foreign_keys=ON; PRAGMA synchronous=FULL");
-    sqlite::Transaction transaction(file);
-    repair.mended = Repair(file).mend();
-    if (repair.mended.empty()) return repair;
-    repair.left = problemsIn(file);
-    // Under the write lock, so that the copy is what was mended; it does not see what is not
-    // committed.
-    repair.copy = keepCopy(path, "repair");
-    transaction.commit();
+    mendRows(file, path, repair);
+    acceptWithoutMissingAct(file, repair);
   } catch (const sqlite::Error& error) {
+    throwStoreError(path, error);
+  } catch (const std::system_error& error) {
     throwStoreError(path, error);
   }
   return repair;
