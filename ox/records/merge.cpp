@@ -4,6 +4,7 @@
 #include <memory>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "ox/records/entry_identity.hpp"
@@ -206,10 +207,11 @@ std::vector<std::string> mergedTags(const std::vector<std::string>& base,
   std::unordered_map<std::string_view, std::size_t> numbers;
   const auto keys = [&](const std::vector<std::string>& tags) {
     EntryKeys list;
+    std::unordered_set<std::size_t> listed;
     for (const auto& tag : tags) {
       const auto [known, isNew] = numbers.emplace(tag, names.size());
       if (isNew) names.emplace_back(tag);
-      list.push_back(known->second);
+      if (listed.insert(known->second).second) list.push_back(known->second);
     }
     return list;
   };

@@ -27,7 +27,7 @@ MultiValue mergedEntries(const MultiValue& base, const MultiValue& mine, const M
 PropertyValue mergedValue(const PropertyValue& base, const PropertyValue& mine,
                           const PropertyValue& theirs, std::vector<MultiEntry>& overtaken);
 
-// The same for tags, which are what they say: a list holds none twice.
+// The same for tags, which are what they say: one that a list holds twice counts once.
 std::vector<std::string> mergedTags(const std::vector<std::string>& base,
                                     const std::vector<std::string>& mine,
                                     const std::vector<std::string>& theirs);

@@ -171,6 +171,7 @@ TEST(MergedTags, AsTheRowsSay) {
       {{"a", "b"}, {"a", "b", "c"}, {"b", "a"}, {"b", "a", "c"}},
       {{"a"}, {"a", "b"}, {"a", "b"}, {"a", "b"}},
       {{"a"}, {"a"}, {"a"}, {"a"}},
+      {{"a", "a"}, {"a", "b", "b"}, {"c", "a", "c"}, {"c", "a", "b"}},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(mergedTags(row.base, row.mine, row.theirs), row.merged) << &row - rows.data();
