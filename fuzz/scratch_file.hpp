@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -27,6 +29,11 @@ inline void writeScratch(const std::string& path, std::string_view bytes) {
   require(file >= 0);
   require(::write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
   ::close(file);
+}
+
+inline std::string readScratch(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 // Makes a database of it: these bytes, those of its log, and nothing else beside it.

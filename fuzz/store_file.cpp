@@ -1,16 +1,16 @@
 // Contact stores: made of the bytes of an input, a sound one with some bytes of it or of its log
-// changed, or one with rows that the input tells, with sums that fit. Refused, or read from end to
-// end without anything but a failure that is told; what `check` calls sound can be read.
-#include <array>
+// changed, or one of this version or an earlier with rows that the input tells, with sums that fit.
+// Refused, or read from end to end without anything but a failure that is told; what `check` calls
+// sound can be read.
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
+#include <optional>
 #include <set>
 #include <span>
 
+#include "fuzz/changed_rows.hpp"
 #include "fuzz/input.hpp"
+#include "fuzz/lean_sqlite.hpp"
 #include "fuzz/require.hpp"
 #include "fuzz/scratch_file.hpp"
 #include "ox/base/checksum.hpp"
@@ -18,21 +18,15 @@
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/base/sqlite/log_pages.hpp"
 #include "ox/platform/store/journal/store_journal.hpp"
+#include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
 #include "ox/records/damaged_bytes.hpp"
-#include "ox/records/property_codec.hpp"
-#include "ox/records/tag_change.hpp"
 #include "ox/vcard/write/writer.hpp"
 
 namespace {
 
 using namespace ox;
-
-std::string bytesOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // A store with something of everything in it, whose last acts stand in the log.
 struct Sound {
@@ -50,8 +44,8 @@ struct Sound {
     const auto person = RecordKey::of("ann");
     source->setValue(person, RecordKind::Person, property_id::kNote, Object("in the log"));
     source->save();
-    bytes = bytesOf(path);
-    log = bytesOf(path + "-wal");
+    bytes = fuzz::readScratch(path);
+    log = fuzz::readScratch(path + "-wal");
   }
 
   static const Sound& shared() {
@@ -97,45 +91,6 @@ struct Sound {
   }
 };
 
-std::string whole(std::string_view input) {
-  std::string bytes(input);
-  const auto checksum = checksum64(bytes);
-  return bytes.append(reinterpret_cast<const char*>(&checksum), sizeof checksum);
-}
-
-struct Table {
-  const char* name;
-  const char* columns;
-  int count;
-};
-
-constexpr std::array kTables = {
-    Table{"container", "id, identifier, name, type", 4},
-    Table{"record", "id, uid, kind, container", 4},
-    Table{"custom_property", "name, type", 2},
-    Table{"link", "id, parent, child", 3},
-    Table{"content", "record, card_uid, fingerprint, image, properties", 5},
-    Table{"image", "id, checksum, data", 3},
-    Table{"store", "name", 1},
-    Table{"origin", "id, program, command, together, undoes, first_act", 6},
-    Table{"act", "number, name, at, origin, next_record, next_link, next_change, bytes", 8},
-    Table{"change", "id, what, record, container, other, place, before, after", 8},
-    Table{"tag_debt", "number", 1},
-    Table{"setting", "name, value", 2},
-};
-
-std::string keyOf(const Table& table) {
-  const std::string columns = table.columns;
-  return columns.substr(0, columns.find(','));
-}
-
-std::string columnOf(const Table& table, int column) {
-  const std::string columns = table.columns;
-  std::size_t start = 0;
-  for (; column > 0; --column) start = columns.find(", ", start) + 2;
-  return columns.substr(start, columns.find(',', start) - start);
-}
-
 // One store for all runs, which is as the sound one when a run begins. A source follows what is
 // changed under it, so nothing has to be opened anew.
 class Rows {
@@ -147,7 +102,8 @@ class Rows {
     database_ = sqlite::Connection(path_, sqlite::Connection::Mode::ReadWrite);
     database_.execute(("ATTACH '" + soundPath + "' AS sound").c_str());
     database_.execute("PRAGMA synchronous=OFF; PRAGMA wal_autocheckpoint=64");
-    for (const auto& table : kTables) {
+    changes_.emplace(database_, fuzz::tablesOf(kSchemaVersion));
+    for (const auto& table : fuzz::tablesOf(kSchemaVersion)) {
       const std::string name = table.name;
       const std::string columns = table.columns;
       restore_.emplace_back(database_.prepare("DELETE FROM main." + name),
@@ -167,72 +123,16 @@ class Rows {
       restore_[which].second.run();
     }
     changed_.clear();
-    while (!input.isEmpty()) changeOne(input);
+    while (!input.isEmpty()) changed_.insert(changes_->changeOne(input));
     transaction.commit();
   }
 
  private:
-  // Puts a row, takes one away, or changes one column of some. What the tables refuse is left out.
-  void changeOne(fuzz::Input& input) {
-    const auto which = input.byte() % kTables.size();
-    changed_.insert(which);
-    const auto& table = kTables[which];
-    const std::string name = table.name;
-    const auto what = input.byte() % (table.count + 2);
-    auto& statement = changes_[{which, what}];
-    if (!statement) {
-      std::string marks = "?";
-      for (int i = 1; i < table.count; ++i) marks += ", ?";
-      statement = database_.prepare(
-          what == 0
-              ? "INSERT OR REPLACE INTO " + name + "(" + table.columns + ") VALUES(" + marks + ")"
-          : what == 1 ? "DELETE FROM " + name + " WHERE " + keyOf(table) + " = ?"
-                      : "UPDATE OR REPLACE " + name + " SET " + columnOf(table, what - 2) +
-                            " = ?1 WHERE " + keyOf(table) + " >= ?2");
-    }
-    const sqlite::StatementScope scope(statement);
-    std::array<std::string, 8> room;
-    const int columns = what == 0 ? table.count : what == 1 ? 1 : 2;
-    for (int i = 1; i <= columns; ++i) {
-      bind(statement, i, input, room[static_cast<std::size_t>(i) - 1]);
-    }
-    try {
-      statement.step();
-    } catch (const FailureError&) {
-    }
-  }
-
-  static void bind(sqlite::Statement& statement, int column, fuzz::Input& input,
-                   std::string& room) {
-    switch (input.byte() % 8) {
-      case 0:
-        statement.bindNull(column);
-        return;
-      case 1:
-        room = input.text();
-        statement.bindText(column, room);
-        return;
-      case 2:
-        room = input.text();
-        statement.bindBlob(column, room);
-        return;
-      case 3:
-        room = whole(input.text());
-        statement.bindBlob(column, room);
-        return;
-      case 4:
-        statement.bind(column, input.number());
-        return;
-      default:
-        statement.bind(column, input.byte() % 16);
-    }
-  }
-
   std::string path_;
   sqlite::Connection database_;
   std::vector<std::pair<sqlite::Statement, sqlite::Statement>> restore_;  // by table
   std::set<std::size_t> changed_;  // the tables; no change of one reaches another
-  std::map<std::pair<std::size_t, int>, sqlite::Statement> changes_;
+  std::optional<fuzz::RowChanges> changes_;
   std::shared_ptr<ContactSource> source_;
 };
 
@@ -302,10 +202,15 @@ bool tryReading(Read read) {
 
 enum class What : std::uint8_t { All, Journal, Records };
 
-// Each that takes longer is done less often.
-What whatToRead(std::uint8_t byte) {
-  if (byte % 32 == 31) return What::All;
-  return byte % 8 == 6 ? What::Journal : What::Records;
+// What takes longer is done less often, as the sum of an input tells: an input that was found shows
+// it again, and the runs cannot come to prefer what takes long.
+What whatToRead(std::uint64_t sum) {
+  if (sum % 128 == 0) return What::All;
+  return sum % 16 == 1 ? What::Journal : What::Records;
+}
+
+bool mayOpen(std::uint64_t sum) {
+  return sum / 128 % 16 == 0;
 }
 
 // The source over the store at that path, which is opened now when it is missing.
@@ -337,15 +242,39 @@ void tryBytes(int form, fuzz::Input& input, What what) {
   tryStore(path, nullptr, what);
 }
 
+// A store of an earlier version, which opening brings up to date.
+void tryEarlier(fuzz::Input& input, What what) {
+  static const auto path = fuzz::scratchPath("earlier.db");
+  const auto version = 1 + input.byte() % (kSchemaVersion - 1);
+  std::filesystem::remove_all(path + ".copies");
+  fuzz::writeDatabase(path, fuzz::bytesOfVersion(version));
+  {
+    sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
+    fuzz::RowChanges changes(database, fuzz::tablesOf(version));
+    sqlite::Transaction transaction(database);
+    while (!input.isEmpty()) changes.changeOne(input);
+    transaction.commit();
+  }
+  tryStore(path, nullptr, what);
+}
+
 }  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+  fuzz::makeSqliteLean();
+  return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const failures::Watch watch;
   fuzz::Input input(data, size);
-  const auto what = whatToRead(input.byte());
-  const auto form = input.byte() % 32;
-  if (form < 3) {
+  const auto sum = checksum64(input.rest());
+  const auto what = whatToRead(sum);
+  const auto form = input.byte() % 64;
+  if (form < 3 && mayOpen(sum)) {
     tryBytes(form, input, what);
+  } else if (form < 8 && mayOpen(sum)) {
+    tryEarlier(input, what == What::Journal ? what : What::All);
   } else {
     static Rows rows(Sound::shared());
     rows.change(input);
