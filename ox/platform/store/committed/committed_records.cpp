@@ -153,13 +153,11 @@ std::optional<CommittedRecords::Entry> CommittedRecords::kept(std::optional<Entr
   return found;
 }
 
-std::shared_ptr<const PropertyBag> CommittedRecords::values(const RecordKey& key) {
+const std::shared_ptr<const PropertyBag>& CommittedRecords::values(const RecordKey& key) {
   if (lastValues_ && lastKey_ == key) return lastValues_;
-  auto values = content(key).values;
-  if (!values) return nullptr;
+  lastValues_ = content(key).values;
   lastKey_ = key;
-  lastValues_ = values;
-  return values;
+  return lastValues_;
 }
 
 KnownContent CommittedRecords::content(const RecordKey& key) {

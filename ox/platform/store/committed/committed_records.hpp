@@ -58,8 +58,9 @@ class CommittedRecords {
   RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind);
   std::optional<Entry> find(std::string_view identifier);
   std::optional<Entry> find(const RecordKey& key);
-  // Null when there is no such record.
-  std::shared_ptr<const PropertyBag> values(const RecordKey& key);
+  // Null when there is no such record. Borrowed until the next question or refresh: every value
+  // that is read comes through here.
+  const std::shared_ptr<const PropertyBag>& values(const RecordKey& key);
   // Null values when there is no such record.
   KnownContent content(const RecordKey& key);
   // Null without a picture; throws ImageReadError when its bytes are damaged.

@@ -128,7 +128,11 @@ std::vector<RecordKeysPtr> Overlay::storedChildren(std::span<const RecordKey> gr
 }
 
 PropertyValue Overlay::storedValue(const RecordKey& key, PropertyId property) {
-  const auto values = storedValues(key);
+  if (!additions_.empty()) {
+    const auto values = storedValues(key);
+    return values ? values->value(property) : PropertyValue();
+  }
+  const auto& values = committed_.values(key);
   return values ? values->value(property) : PropertyValue();
 }
 
