@@ -210,6 +210,20 @@ TEST(CardWriter, WhatTheVersionDoesNotAdmitIsWrapped) {
   EXPECT_EQ(linesOf(bag, {.nestedCards = false}).find("AGENT"), std::string::npos);
 }
 
+// The value of the card cannot be said exactly, and what is said instead stands in a line of
+// another program as well.
+TEST(CardWriter, ALineThatSaysTheSameOfAReadingIsWrapped) {
+  PropertyBag bag;
+  bag.set(property_id::kFirstPhonetic, Object("a\vn"s));
+  bag.set(property_id::kUnmodelledLines,
+          Object(Array{Object("X-PHONETIC-FIRST-NAME:an"s), Object("X-PHONETIC-FIRST-NAME:en"s)}));
+  EXPECT_NE(linesOf(bag, {}).find("X-PHONETIC-FIRST-NAME:an\n"
+                                  "X-OX-LINE:X-PHONETIC-FIRST-NAME%3Aan\n"
+                                  "X-PHONETIC-FIRST-NAME:en\n"),
+            std::string::npos)
+      << linesOf(bag, {});
+}
+
 TEST(CardWriter, ChangesOfAnotherProgramWinOverTheExactValue) {
   PropertyBag bag;
   bag.set(property_id::kNote, Object("a\vb"s));

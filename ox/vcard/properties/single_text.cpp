@@ -10,13 +10,21 @@
 
 namespace ox::vcard {
 
+namespace {
+
+bool isReading(const PropertyRow& row) {
+  return row.property == property_id::kFirstPhonetic || row.property == property_id::kLastPhonetic;
+}
+
+}  // namespace
+
 bool readSingleText(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
   if (line.value.empty()) return true;
   auto& held = draft.values.text(row.property);
   // SORT-AS may have given it already.
-  const bool isReading =
-      row.property == property_id::kFirstPhonetic || row.property == property_id::kLastPhonetic;
-  if (!held.empty()) return isReading && line.parameters.empty() && held == draft.text(line);
+  if (!held.empty()) {
+    return isReading(row) && line.parameters.empty() && held == draft.text(line);
+  }
   held = draft.text(line);
   if (row.property == property_id::kNickname && hasList(line.value, draft.facts.dialect)) {
     draft.preserveVerbatim(row.property, canonicalPieces(line.value, ',', draft.facts.dialect));
@@ -57,8 +65,12 @@ void writeSingleText(const PropertyRow& row, PropertyWriter& card) {
   }
 }
 
-bool lacksSingleText(const PropertyRow& row, std::string_view /*line*/, PropertyWriter& card) {
-  return card.textOf(row.property).empty();
+// A line that says of a reading what the card's own says would be passed over.
+bool lacksSingleText(const PropertyRow& row, std::string_view line, PropertyWriter& card) {
+  const auto text = card.textOf(row.property);
+  if (text.empty()) return true;
+  const auto value = line.substr(std::min(line.find_first_of(":;") + 1, line.size()));
+  return isReading(row) && unescaped(value, Dialect::V30) == text;
 }
 
 // Another note would join the first one when that has lost the parameters that told them apart.
