@@ -11,6 +11,7 @@
 #include "fuzz/require.hpp"
 #include "ox/base/checksum.hpp"
 #include "ox/records/clean_text.hpp"
+#include "ox/records/entry_identity.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/link_list.hpp"
 #include "ox/records/merge.hpp"
@@ -56,6 +57,13 @@ const MultiValue* listOf(const PropertyValue& value) {
   return list != nullptr ? list->get() : nullptr;
 }
 
+// A list that takes identifiers over holds what it held.
+void tryIdentifiers(const MultiValue& before, const MultiValue& now) {
+  const auto named = withIdentifiersOf(before, now);
+  fuzz::require(named.entries.size() == now.entries.size());
+  for (const auto& entry : now.entries) fuzz::require(holds(named, entry));
+}
+
 // What one side alone has changed is as that side has it, and what mine has added stands.
 void tryMerge(const PropertyBag& base, const PropertyBag& mine, const PropertyBag& theirs) {
   for (const auto& [id, value] : mine.entries()) {
@@ -65,7 +73,9 @@ void tryMerge(const PropertyBag& base, const PropertyBag& mine, const PropertyBa
     fuzz::require(bytesOf(id, mergedValue(was, was, value, overtaken)) == bytesOf(id, value));
     fuzz::require(overtaken.empty());
     const auto merged = mergedValue(was, value, theirs.value(id), overtaken);
-    if (listOf(value) == nullptr || listOf(merged) == nullptr) continue;
+    if (listOf(value) == nullptr) continue;
+    if (listOf(was) != nullptr) tryIdentifiers(*listOf(was), *listOf(value));
+    if (listOf(merged) == nullptr) continue;
     for (const auto& entry : listOf(value)->entries) {
       const bool isNew = listOf(was) == nullptr || !holds(*listOf(was), entry);
       fuzz::require(!isNew || holds(*listOf(merged), entry));

@@ -39,7 +39,8 @@ inline std::string readScratch(const std::string& path) {
 // Makes a database of it: these bytes, those of its log, and nothing else beside it.
 inline void writeDatabase(const std::string& path, std::string_view bytes,
                           std::string_view log = {}) {
-  for (const auto* ending : {"-shm", "-journal", "-wal"}) ::unlink((path + ending).c_str());
+  for (const auto* ending : {"-shm", "-journal", "-wal", "-synced"})
+    ::unlink((path + ending).c_str());
   writeScratch(path, bytes);
   if (!log.empty()) writeScratch(path + "-wal", log);
 }

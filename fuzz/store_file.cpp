@@ -1,7 +1,8 @@
 // Contact stores: made of the bytes of an input, a sound one with some bytes of it or of its log
 // changed, or one of this version or an earlier with rows that the input tells, with sums that fit.
 // Refused, or read from end to end without anything but a failure that is told; what `check` calls
-// sound can be read.
+// sound can be read, and stays sound when something is taken back.
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -17,7 +18,9 @@
 #include "ox/base/failures.hpp"
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/base/sqlite/log_pages.hpp"
+#include "ox/platform/store/committed/act_builder.hpp"
 #include "ox/platform/store/journal/store_journal.hpp"
+#include "ox/platform/store/schema/sync_anchor.hpp"
 #include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
@@ -115,6 +118,10 @@ class Rows {
 
   const std::string& path() const { return path_; }
   ContactSource& source() { return *source_; }
+  // To be called when others than change() have written.
+  void noteChanges() {
+    for (std::size_t i = 0; i < restore_.size(); ++i) changed_.insert(i);
+  }
 
   void change(fuzz::Input& input) {
     sqlite::Transaction transaction(database_);
@@ -164,6 +171,10 @@ void readRecords(ContactSource& source) {
     source.committedChildren(groups, RecordKind::Person);
     source.committedChildren(groups, RecordKind::Group);
     for (const auto& group : groups) source.parents(group);
+    for (const auto& person : source.recordsIn(id, RecordKind::Person)) {
+      source.parents(person);
+      source.committedImage(person);
+    }
   }
 }
 
@@ -177,7 +188,9 @@ void readJournal(ContactSource& source) {
   }
   journal.historyOf(RecordKey::of("ann"), 100);
   journal.recordAt(RecordKey::of("ann"), 0);
-  journal.read({}, 100);
+  auto part = journal.read({}, 3);
+  for (int parts = 0; parts < 30 && !part.changes.empty(); ++parts)
+    part = journal.read(part.next, 3);
 }
 
 bool isSound(const std::string& path) {
@@ -187,7 +200,7 @@ bool isSound(const std::string& path) {
   return storeProblems(path).empty();
 }
 
-// Whether it could be read.
+// Whether it could be read; a request may be refused as well.
 template <typename Read>
 bool tryReading(Read read) {
   try {
@@ -197,15 +210,18 @@ bool tryReading(Read read) {
     return false;
   } catch (const DamagedBytes&) {
     return false;
+  } catch (const RefusedRequest&) {
+    return false;
   }
 }
 
-enum class What : std::uint8_t { All, Journal, Records };
+enum class What : std::uint8_t { All, Journal, Records, WayBack };
 
 // What takes longer is done less often, as the sum of an input tells: an input that was found shows
 // it again, and the runs cannot come to prefer what takes long.
 What whatToRead(std::uint64_t sum) {
   if (sum % 128 == 0) return What::All;
+  if (sum % 128 == 2) return What::WayBack;
   return sum % 16 == 1 ? What::Journal : What::Records;
 }
 
@@ -227,7 +243,67 @@ void tryStore(const std::string& path, ContactSource* open, What what) {
   fuzz::require(!sound || (areRecordsRead && isJournalRead));
 }
 
-void tryBytes(int form, fuzz::Input& input, What what) {
+// What is taken back, or brought back from a copy, leaves a sound store sound.
+void tryWayBack(Rows& rows, std::uint64_t which) {
+  static const auto copy = [] {
+    auto path = fuzz::scratchPath("copy.db");
+    fuzz::writeDatabase(path, Sound::shared().bytes, Sound::shared().log);
+    return path;
+  }();
+  const auto isNowSound = [&] {
+    try {
+      return isSound(rows.path());
+    } catch (const FailureError&) {
+      return false;
+    }
+  };
+  const bool wasSound = isNowSound();
+  auto& journal = rows.source().journal();
+  rows.noteChanges();
+  tryReading([&] {
+    switch (which % 3) {
+      case 0:
+        journal.returnToCopy(copy, {{"_local", "ann", {"red"}, {}}});
+        break;
+      case 1:
+        journal.takeBack(static_cast<std::int64_t>(1 + which / 3 % 6), StoreJournal::Last::Command);
+        break;
+      default:
+        journal.takeBack(std::nullopt, StoreJournal::Last::Command);
+        journal.takeBack(std::nullopt, StoreJournal::Last::TakingBack);
+    }
+  });
+  fuzz::require(!wasSound || isNowSound());
+  // It tells of acts that the next run begins without.
+  std::filesystem::remove(rows.path() + "-synced");
+}
+
+// What only the check looks at: whether a note of what was synced, an index or a count is missing,
+// or the log is damaged, which it looks for again and again.
+void tryCheck(const std::string& path, int form, std::uint64_t which) {
+  try {
+    {
+      sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
+      database.keepLog();
+      if (which % 4 == 1) database.execute("DROP INDEX link_child; DROP INDEX origin_undoes");
+      if (which % 4 == 2) database.execute("UPDATE sqlite_sequence SET seq = 0");
+      if (which % 4 == 3) {
+        auto name = database.prepare("SELECT name FROM store");
+        SyncedAct act;
+        if (name.step() && name.blob(0).size() == act.store.size()) {
+          std::ranges::copy(name.blob(0), act.store.begin());
+        }
+        act.moment.number = static_cast<std::int64_t>(which / 4 % 16);
+        act.at = static_cast<std::int64_t>(which << 16U);
+        SyncAnchor(database).write(act);
+      }
+    }
+    if (form != 2 || which % 64 == 0) storeProblems(path);
+  } catch (const FailureError&) {
+  }
+}
+
+void tryBytes(int form, fuzz::Input& input, What what, std::uint64_t which) {
   static const auto path = fuzz::scratchPath("contacts.db");
   std::filesystem::remove_all(path + ".copies");
   auto bytes = Sound::shared().bytes;
@@ -239,6 +315,7 @@ void tryBytes(int form, fuzz::Input& input, What what) {
     fuzz::patch(form == 1 ? bytes : log, input);
   }
   fuzz::writeDatabase(path, bytes, log);
+  if (which % 4 == 0) tryCheck(path, form, which / 4);
   tryStore(path, nullptr, what);
 }
 
@@ -272,13 +349,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto what = whatToRead(sum);
   const auto form = input.byte() % 64;
   if (form < 3 && mayOpen(sum)) {
-    tryBytes(form, input, what);
+    tryBytes(form, input, what, sum / 2048);
   } else if (form < 8 && mayOpen(sum)) {
     tryEarlier(input, what == What::Journal ? what : What::All);
   } else {
     static Rows rows(Sound::shared());
     rows.change(input);
-    tryStore(rows.path(), &rows.source(), what);
+    if (what == What::WayBack) {
+      tryWayBack(rows, sum / 128);
+    } else {
+      tryStore(rows.path(), &rows.source(), what);
+    }
   }
   return 0;
 }
