@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "ox/base/sqlite/error.hpp"
+
 namespace ox::sqlite {
 namespace {
 
@@ -74,7 +76,7 @@ const SchemaThing* sameThingIn(const Schema& schema, const SchemaThing& thing) {
 }  // namespace
 
 // The name sqlite_master, for a table of the file may take that of sqlite_schema.
-DatabaseForm formOf(Connection& file) {
+DatabaseForm formOf(Connection& file) try {
   const Snapshot moment(file);
   DatabaseForm form;
   form.applicationId = file.queryInteger("PRAGMA application_id");
@@ -86,6 +88,9 @@ DatabaseForm formOf(Connection& file) {
   }
   std::ranges::sort(form.schema);
   return form;
+} catch (const Error&) {
+  file.keepLog();  // who cannot say what the file is leaves it as it is
+  throw;
 }
 
 Schema schemaMadeBy(std::string_view statements) {

@@ -136,6 +136,25 @@ TEST(ForeignSchema, IsRefusedByNameByWhoeverOpensTheStore) {
   }
 }
 
+// SQLite itself cannot read such a schema. What stands in the log may be all that is left.
+TEST(ForeignSchema, ThatCannotBeParsedLeavesTheLogAsItIs) {
+  const auto path = storeWith("");
+  {
+    sqlite::Connection file(path, sqlite::Connection::Mode::ReadWrite);
+    sqlite3_db_config(file.handle(), SQLITE_DBCONFIG_DEFENSIVE, 0, nullptr);
+    file.keepLog();
+    file.execute(
+        "PRAGMA writable_schema=ON; UPDATE sqlite_master SET sql = 'CREATE TABLE setting(' "
+        "WHERE name = 'setting'");
+  }
+  const auto log = fileBytes(path + "-wal");
+  ASSERT_GT(log.size(), 2048U);
+  EXPECT_NE(refusalOf(path, [&] { openStoreSource(path)->containers(); }), "");
+  EXPECT_NE(refusalOf(path, [&] { storeProblems(path); }), "");
+  EXPECT_NE(refusalOf(path, [&] { copyStore(path, temporaryPath("copy.db").string()); }), "");
+  EXPECT_TRUE(fileBytes(path + "-wal") == log);
+}
+
 TEST(ForeignSchema, IsToldToAWatch) {
   support::StoreBuilder(*openStoreSource(storePath())).person("ann", {.first = "Ann"});
   runSql(storePath(), "CREATE TRIGGER t AFTER INSERT ON act BEGIN DELETE FROM record; END");

@@ -61,8 +61,8 @@ int versionLookedAt(sqlite::Connection& database, const std::string& path,
                     MissingIndexes missing = MissingIndexes::Refuse) {
   try {
     return versionOf(database, path, missing);
-  } catch (const StoreError& error) {
-    if (error.kind() == StoreError::Kind::Corrupt) database.keepLog();
+  } catch (const FailureError&) {
+    database.keepLog();
     throw;
   }
 }
