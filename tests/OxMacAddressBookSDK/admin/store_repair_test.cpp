@@ -95,6 +95,16 @@ TEST_F(StoreRepair, KeepsWhatWasMadeToday) {
   EXPECT_EQ(personsNow(), "ann blank tagged member ");
 }
 
+// Nobody knows then what was done to it.
+TEST_F(StoreRepair, KeepsWhatWasMadeBeforeTheJournalBegins) {
+  makeOlderBy(2);
+  runSql(environment().contactStore(),
+         "DELETE FROM act WHERE next_record <= (SELECT max(id) FROM record)");
+  const auto report = repairStoreAndTags();
+  EXPECT_EQ(report.mended, (Sentences{"removed the tags of gone, which is no record any more"}));
+  EXPECT_EQ(personsNow(), "ann blank tagged member ");
+}
+
 TEST_F(StoreRepair, RemovesNothingWhileSomethingIsDamaged) {
   makeOlderBy(2);
   runSql(environment().contactStore(), "UPDATE content SET properties = x'00' WHERE record = 1");

@@ -218,7 +218,8 @@ std::vector<RecordEntry> blankRecordsIn(const std::string& path) {
       "SELECT r.id, r.uid, r.kind, r.container, r.checksum, c.properties FROM record r "
       "JOIN content c ON c.record = r.id AND c.sound WHERE c.image IS NULL "
       "AND c.fingerprint = ?1 AND r.id < "
-      "(SELECT ifnull(max(next_record), 0) FROM act WHERE at < ?2 AND sound) "
+      "(SELECT ifnull(max(next_record), 0) FROM act WHERE at < ?2 AND sound) AND r.id >= "
+      "(SELECT next_record FROM act WHERE sound ORDER BY number LIMIT 1) "
       "AND r.id NOT IN (SELECT parent FROM link) AND r.id NOT IN (SELECT child FROM link) "
       "AND r.id NOT IN (SELECT record FROM change WHERE record IS NOT NULL) ORDER BY r.id";
   std::vector<RecordEntry> blank;

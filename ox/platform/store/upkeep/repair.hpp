@@ -17,7 +17,8 @@ namespace ox {
 RepairReport repairStore(const std::string& path);
 
 // The records without any content that have stood in no group and were never changed, and that
-// were made more than a day ago: what a program left that was ended before it saved.
+// were made more than a day ago, but not before the journal begins: what a program left that was
+// ended before it saved.
 std::vector<RecordEntry> blankRecordsIn(const std::string& path);
 
 // The identifiers of the records of which the journal tells that they were removed, whether or not
