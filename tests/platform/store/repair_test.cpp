@@ -9,6 +9,7 @@
 #include "ox/platform/store/store_source.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
 #include "ox/records/property_codec.hpp"
+#include "tests/support/damaged_rows.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -259,6 +260,35 @@ TEST_F(Repair, TouchesNothingWhereTheLogIsDamaged) {
   support::temporaryFile("repaired.db-wal", bytes);
   expectUntouched(storeProblems(storePath()));
   EXPECT_TRUE(fileBytes(log) == bytes);
+}
+
+// A damaged link stands where a sound one does: the index that allows one of both cannot be made.
+TEST_F(Repair, MendsTheOthersWhereAnIndexCannotBeMade) {
+  runSql("DROP INDEX link_child; DROP INDEX link_parent; DROP INDEX content_card_uid");
+  support::writeDamagedRows(storePath(), "UPDATE link SET child = 1 WHERE id = 2");
+  const auto repair = repairStore(storePath());
+  EXPECT_EQ(repair.mended, (Sentences{"made the index content_card_uid anew, which was missing",
+                                      "made the index link_parent anew, which was missing"}));
+  EXPECT_EQ(repair.left, (Sentences{"the index link_child is missing",
+                                    "row 2 of link is damaged: its checksum differs"}));
+  EXPECT_EQ(storeProblems(storePath()), repair.left);
+}
+
+// The row has become the twin of another one, and the index tells what it was.
+TEST_F(Repair, KeepsTheIndexOfCustomPropertiesWhereARowIsDamaged) {
+  runSql("INSERT INTO custom_property(name, type) VALUES('one', 1), ('two', 1)");
+  const auto whole = fileBytes(storePath());
+  const auto isDamaged = [] {
+    return queried("SELECT count(*) FROM custom_property NOT INDEXED WHERE sound IS NOT 1") == "1";
+  };
+  for (auto at = whole.find("two"); at != whole.npos && !isDamaged();
+       at = whole.find("two", at + 1)) {
+    auto bytes = whole;
+    bytes.replace(at, 3, "one");
+    support::temporaryFile("repaired.db", bytes);
+  }
+  ASSERT_TRUE(isDamaged());
+  expectUntouched(storeProblems(storePath()));
 }
 
 TEST_F(Repair, ThatCannotKeepACopyChangesNothing) {

@@ -28,15 +28,20 @@ class Repair {
   explicit Repair(sqlite::Connection& file) : file_(file) {}
 
   std::vector<std::string> mend() {
-    removeTwins();
-    const auto missing = missingIndexesOf(file_);
-    for (auto& sentence : sqlite::mendIndexes(file_, missing, {"container", "record", "link"})) {
-      mended_.push_back(std::move(sentence));
-    }
+    mendIndexes();
     countAccounts();
     removeLooseLinks();
     deriveAnew();
     return std::move(mended_);
+  }
+
+  void mendIndexes() {
+    removeTwins();
+    const auto missing = missingIndexesOf(file_);
+    for (auto& sentence :
+         sqlite::mendIndexes(file_, missing, {"container", "custom_property", "link", "record"})) {
+      mended_.push_back(std::move(sentence));
+    }
   }
 
  private:
