@@ -162,7 +162,9 @@ std::vector<std::string> mendTagFile(const std::string& path,
   if (!std::filesystem::exists(path, error) && !error) return {};
   auto connection = waitingConnection(path);
   if (isEmptyDatabase(connection)) return {};
-  connection.execute("PRAGMA synchronous = FULL");
+  requireTagFile(connection, path, sqlite::MissingIndexes::Allow);
+  // With a rollback journal, whoever makes the copy could be kept from reading.
+  connection.execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
   sqlite::Transaction transaction(connection);
   requireTagFile(connection, path, sqlite::MissingIndexes::Allow);
   if (!isOfThisVersion(connection) || !sqlite::hasWholePages(connection)) return {};

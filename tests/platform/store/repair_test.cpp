@@ -291,6 +291,24 @@ TEST_F(Repair, KeepsTheIndexOfCustomPropertiesWhereARowIsDamaged) {
   expectUntouched(storeProblems(storePath()));
 }
 
+TEST_F(Repair, OfMoreThanTheCacheHoldsCanBeCopiedWithoutALog) {
+  {
+    const auto source = openStoreSource(storePath());
+    SaveRequest request;
+    PropertyBag values;
+    values.set(property_id::kNote, Object(std::string(1900, 'n')));
+    for (int i = 0; i < 2000; ++i) {
+      request.additions.push_back(
+          {RecordKey::make(RecordKind::Person), RecordKind::Person, "_local", values, {}});
+    }
+    ASSERT_TRUE(source->execute(request));
+  }
+  runSql("PRAGMA journal_mode=DELETE; UPDATE content SET fingerprint = 7 WHERE record > 3");
+  const auto repair = repairStore(storePath());
+  EXPECT_EQ(repair.mended.size(), 2000U);
+  EXPECT_EQ(repair.left, Sentences());
+}
+
 TEST_F(Repair, ThatCannotKeepACopyChangesNothing) {
   runSql("DROP INDEX link_parent");
   support::temporaryFile("repaired.db.copies", "no folder");

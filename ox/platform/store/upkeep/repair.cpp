@@ -162,7 +162,9 @@ bool canBeMended(sqlite::Connection& file, const std::string& path) {
 }
 
 void mendRows(sqlite::Connection& file, const std::string& path, RepairReport& repair) {
-  file.execute("PRAGMA foreign_keys=ON; PRAGMA synchronous=FULL");
+  // With a rollback journal, whoever writes more than the cache holds lets nobody read any more,
+  // and the copy is made by another connection.
+  file.execute("PRAGMA journal_mode=WAL; PRAGMA foreign_keys=ON; PRAGMA synchronous=FULL");
   sqlite::Transaction transaction(file);
   repair.mended = Repair(file).mend();
   repair.left = problemsIn(file);
