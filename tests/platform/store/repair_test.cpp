@@ -156,8 +156,24 @@ TEST_F(Repair, WorksOutWhatARecordIsFoundBy) {
       "UPDATE content SET fingerprint = 7 WHERE record = 1;"
       "UPDATE content SET card_uid = 'none of hers' WHERE record = 2");
   expectMended(
-      {"ann: worked out anew what it is found by", "ben: worked out anew what it is found by"});
+      {"ann: worked out anew what it is found by; it was written with other values, these "
+       "may be older",
+       "ben: worked out anew what it is found by"});
   EXPECT_EQ(state(), before);
+}
+
+// As if pages of the values had never reached the disk, and the row had.
+TEST_F(Repair, TellsOfARowThatWasWrittenWithOtherValues) {
+  const auto older = queried("SELECT hex(properties) FROM content WHERE record = 2");
+  {
+    const auto source = openStoreSource(storePath());
+    source->setValue(RecordKey::of("ben"), RecordKind::Person, property_id::kNote, Object("new"));
+    ASSERT_TRUE(source->save().done);
+  }
+  runSql("UPDATE content SET properties = x'" + older + "' WHERE record = 2");
+  expectMended(
+      {"ben: worked out anew what it is found by; it was written with other values, these "
+       "may be older"});
 }
 
 // The checksum of the row tells that nothing else of it is damaged.

@@ -97,7 +97,11 @@ class Repair {
   }
 
   void deriveAnew() {
-    std::vector<Found> wrong;
+    struct Wrong {
+      Found found;
+      bool isOfOtherValues;
+    };
+    std::vector<Wrong> wrong;
     auto rows = file_.prepare(
         "SELECT r.id, r.uid, r.kind, r.container, r.checksum, c.properties, c.fingerprint, "
         "c.card_uid, c.image, i.checksum, i.data, c.sound FROM record r "
@@ -108,15 +112,16 @@ class Repair {
         if (!found) continue;
         const Found now{found->row, found->name, rows.integer(6), rows.optionalText(7)};
         const bool isSound = rows.integer(11) != 0;
-        if (isSound ? *found != now : makesSound(*found)) wrong.push_back(*found);
+        if (isSound ? *found == now : !makesSound(*found)) continue;
+        wrong.push_back({*found, isSound && found->fingerprint != now.fingerprint});
       } catch (const DamagedBytes&) {
         continue;  // told by whoever checks
       }
     }
     rows.reset();
-    for (const auto& found : wrong) {
+    for (const auto& [found, isOfOtherValues] : wrong) {
       write(found);
-      mended_.push_back(found.name + ": worked out anew what it is found by");
+      noteDerived(found, isOfOtherValues);
     }
   }
 
@@ -142,6 +147,14 @@ class Repair {
         "SELECT row_sum(record, ?2, ?3, image) = checksum FROM content WHERE record = ?1");
     row.bind(1, found.row).bindText(2, found.cardUid).bind(3, found.fingerprint);
     return row.step() && row.integer(0) != 0;
+  }
+
+  // The checksum of the row does not tell of the values: a sound one that differs was written with
+  // others, of which a part was lost.
+  void noteDerived(const Found& found, bool isOfOtherValues) {
+    mended_.push_back(
+        found.name + ": worked out anew what it is found by" +
+        (isOfOtherValues ? "; it was written with other values, these may be older" : ""));
   }
 
   void write(const Found& found) {
