@@ -5,9 +5,11 @@
 #include <sqlite3.h>
 
 #include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/store/journal/store_journal.hpp"
 #include "ox/platform/store/schema/kept_copies.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
+#include "ox/platform/store/upkeep/eraser.hpp"
 #include "ox/records/property_codec.hpp"
 #include "tests/support/damaged_rows.hpp"
 #include "tests/support/store_builder.hpp"
@@ -323,6 +325,26 @@ TEST_F(Repair, OfMoreThanTheCacheHoldsCanBeCopiedWithoutALog) {
   const auto repair = repairStore(storePath());
   EXPECT_EQ(repair.mended.size(), 2000U);
   EXPECT_EQ(repair.left, Sentences());
+}
+
+TEST_F(Repair, OfACopyThatLacksAnIndexIsNotNeededToReturnToIt) {
+  runSql("DROP INDEX link_parent; DROP INDEX link_child");
+  const auto copy = repairStore(storePath()).copy;
+  const auto before = fileBytes(copy);
+  const auto source = openStoreSource(storePath());
+  source->remove(RecordKey::of("ann"), RecordKind::Person);
+  ASSERT_TRUE(source->save().done);
+  EXPECT_TRUE(source->journal().returnToCopy(copy, {}).done);
+  EXPECT_EQ(source->records(RecordKind::Person).size(), 2U);
+  EXPECT_TRUE(fileBytes(copy) == before);
+}
+
+TEST_F(Repair, OfACopyThatLacksAnIndexIsNotNeededToForgetInIt) {
+  runSql("DROP INDEX link_parent; DROP INDEX link_child");
+  const auto copy = repairStore(storePath()).copy;
+  EXPECT_TRUE(eraseRecord(copy, RecordKey::of("ann"), ""));
+  EXPECT_EQ(storeProblems(copy), Sentences());
+  EXPECT_EQ(fileBytes(copy).find("Ann"), std::string::npos);
 }
 
 TEST_F(Repair, ThatCannotKeepACopyChangesNothing) {

@@ -15,6 +15,7 @@
 #include "ox/platform/store/process_origin.hpp"
 #include "ox/platform/store/schema/backup.hpp"
 #include "ox/platform/store/upkeep/eraser.hpp"
+#include "ox/platform/store/upkeep/repair.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/platform/store/writing/journal_trim.hpp"
 #include "ox/records/damaged_bytes.hpp"
@@ -25,11 +26,12 @@ namespace {
 constexpr std::int64_t kActsOfTrim = 1024;
 
 // A copy, opened for reading under another name: one of an earlier version is brought up to date by
-// that, and is to stay as it is.
+// that, one that lacks an index gets it, and the copy is to stay as it is.
 class OpenedCopy {
  public:
   explicit OpenedCopy(const std::string& path) : copy_(path + ".opened") {
     copy_.takeStore(path);
+    makeMissingIndexes(copy_.path());
     file_.emplace(copy_.path());
   }
   OpenedCopy(const OpenedCopy&) = delete;

@@ -136,7 +136,7 @@ sqlite::Connection openStoreFile(const std::string& path) {
 }
 
 void bringUpToDate(sqlite::Connection& store, const std::string& path) {
-  const int from = versionOf(store, path);
+  const int from = versionOf(store, path, MissingIndexes::Allow);
   if (from == kSchemaVersion) return;
   migrateTables(store, from);
   setVersion(store);

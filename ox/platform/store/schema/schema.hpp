@@ -24,7 +24,7 @@ sqlite::Connection openExistingStoreFile(const std::string& path,
                                          MissingIndexes missing = MissingIndexes::Refuse);
 
 // Brings such a store up to date without keeping a copy of it as it was; inside of a write
-// transaction.
+// transaction. One of this version stays as it is, whatever indexes it lacks.
 void bringUpToDate(sqlite::Connection& store, const std::string& path);
 
 // Returns when the open store's write-ahead log, if there is one, would survive a power cut.

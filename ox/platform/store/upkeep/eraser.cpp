@@ -8,6 +8,7 @@
 #include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/schema/schema.hpp"
+#include "ox/platform/store/upkeep/repair.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/tag_change.hpp"
 
@@ -193,10 +194,11 @@ void writeAnew(sqlite::Connection& file, const std::string& path) {
 bool eraseRecord(const std::string& path, const RecordKey& key, const std::string& name,
                  std::int64_t followedTags) {
   try {
-    auto file = openExistingStoreFile(path);
+    auto file = openExistingStoreFile(path, MissingIndexes::Allow);
     file.execute("PRAGMA foreign_keys=ON; PRAGMA secure_delete=ON; PRAGMA synchronous=FULL");
     sqlite::Transaction transaction(file);
     bringUpToDate(file, path);
+    makeMissingIndexes(file);
     const bool found = Eraser(file, key).erase(name, followedTags);
     transaction.commit();
     // Whether or not: an earlier try may have been kept from it.

@@ -232,6 +232,22 @@ RepairReport repairStore(const std::string& path) {
   return repair;
 }
 
+void makeMissingIndexes(sqlite::Connection& file) {
+  if (file.queryInteger("PRAGMA user_version") != kSchemaVersion) return;
+  if (!missingIndexesOf(file).empty()) Repair(file).mendIndexes();
+}
+
+void makeMissingIndexes(const std::string& path) {
+  try {
+    auto file = openExistingStoreFile(path, MissingIndexes::Allow);
+    sqlite::Transaction transaction(file);
+    makeMissingIndexes(file);
+    transaction.commit();
+  } catch (const sqlite::Error& error) {
+    throwStoreError(path, error);
+  }
+}
+
 std::vector<RecordEntry> blankRecordsIn(const std::string& path) {
   constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60 * 1000;
   constexpr std::string_view kBlank =

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/store/upkeep/repair_report.hpp"
 #include "ox/platform/store/values/record_entry.hpp"
 
@@ -15,6 +16,12 @@ namespace ox {
 // pages or the log are damaged nothing is touched. What is left is told as storeProblems does.
 // Throws StoreError, and nothing was changed.
 RepairReport repairStore(const std::string& path);
+
+// Makes the indexes that a store of this version lacks anew, as far as that goes, without keeping a
+// copy: of an open one inside of a transaction, or of a copy that nobody else knows. Nothing in a
+// store of an earlier version, which gets them when it is brought up to date.
+void makeMissingIndexes(sqlite::Connection& file);
+void makeMissingIndexes(const std::string& path);
 
 // The records without any content that have stood in no group and were never changed, and that
 // were made more than a day ago, but not before the journal begins: what a program left that was
