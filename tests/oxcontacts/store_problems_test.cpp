@@ -1,10 +1,12 @@
 #include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <map>
 #include <unistd.h>
 
 #include "ox/base/sqlite/connection.hpp"
 #include "tests/oxcontacts/program.hpp"
+#include "tests/support/damaged_rows.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox::program_tests {
@@ -65,6 +67,34 @@ TEST(StoreProblems, AreNamedWithFileAndReasonByEveryCommand) {
     const auto after = std::filesystem::is_regular_file(row.store) ? fileBytes(row.store) : "";
     EXPECT_EQ(before, after) << row.store;
   }
+}
+
+TEST(StoreProblems, ADamagedAccountCostsItselfAlone) {
+  run({"accounts", "add", "Marker", "--identifier", "M:ABAccount"});
+  run({"add-person", "Marker", "name=Eve"});
+  run({"add-person", "_local", "name=Ann"});
+  const auto cards = temporaryPath("all.vcf").string();
+  EXPECT_EQ(run({"export", "-o", cards}).exitCode, 0);
+  const auto exported = fileBytes(cards);
+  support::writeDamagedRows(support::StoreEnvironment::instance().contactStore().string(),
+                            "UPDATE container SET type = type WHERE id = 2");
+  const std::string told = "row 2 of the accounts is damaged";
+  for (const auto& [command, shown] : std::map<std::string, std::string>{
+           {"persons", "Ann"}, {"books", "On My Mac"}, {"accounts", "On My Mac"}}) {
+    const auto result = run({command});
+    EXPECT_EQ(result.exitCode, 1) << command;
+    EXPECT_NE(result.output.find(shown), std::string::npos) << command << result.output;
+    EXPECT_NE(result.errors.find(told), std::string::npos) << command << result.errors;
+    EXPECT_EQ(result.output.find("arker"), std::string::npos) << command << result.output;
+  }
+  EXPECT_EQ(run({"export", "-o", cards}).exitCode, 1);
+  EXPECT_EQ(fileBytes(cards), exported) << "nothing good is replaced by less";
+  const auto check = run({"check"});
+  EXPECT_EQ(check.exitCode, 1);
+  EXPECT_EQ(check.output,
+            "row 2 of container is damaged: its checksum differs\n"
+            "records that no book shows, because row 2 of container, their account, is damaged: "
+            "1\n");
 }
 
 TEST(StoreProblems, AReadOnlyFolderIsTold) {

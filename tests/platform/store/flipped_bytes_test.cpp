@@ -5,7 +5,6 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <random>
-#include <sqlite3.h>
 
 #include "ox/base/failures.hpp"
 #include "ox/base/sqlite/connection.hpp"
@@ -15,6 +14,7 @@
 #include "ox/platform/store/upkeep/check.hpp"
 #include "ox/records/property_codec.hpp"
 #include "tests/platform/store/rich_store.hpp"
+#include "tests/support/damaged_rows.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox {
@@ -136,31 +136,28 @@ TEST(FlippedBytes, OfARowAreNamedByTheCheckAndByWhoeverReadsIt) {
   bytes[bytes.find("iCloud")] = 'j';
   writeBytes(path, bytes);
   EXPECT_EQ(storeProblems(path),
-            std::vector<std::string>{"row 2 of container is damaged: its checksum differs"});
-  try {
-    openStoreSource(path)->containers();
-    FAIL();
-  } catch (const StoreError& error) {
-    EXPECT_EQ(error.kind(), FailureKind::Corrupt);
-    EXPECT_EQ(std::string(error.what()), path + ": the row of an account is damaged");
+            (std::vector<std::string>{"row 2 of container is damaged: its checksum differs",
+                                      "records that no book shows, because row 2 of container, "
+                                      "their account, is damaged: 1"}));
+  const auto source = openStoreSource(path);
+  const Failure told{FailureKind::Corrupt, path + ": row 2 of the accounts is damaged", path};
+  const failures::Watch whoeverLists;
+  EXPECT_EQ(source->containers().size(), 1U);
+  EXPECT_EQ(whoeverLists.all(), std::vector{told});
+  const failures::Watch whoeverMeetsOne;
+  std::size_t persons = 0;
+  for (const auto& key : source->records(RecordKind::Person)) {
+    persons += source->containerOf(key, RecordKind::Person) ? 1 : 0;
   }
-}
-
-// Writes rows whose sums are wrong, as if they had been changed where they lie.
-void damageBy(const std::string& path, const char* statement) {
-  sqlite::Connection file(path, sqlite::Connection::Mode::ReadWrite);
-  sqlite3_create_function_v2(
-      file.handle(), "row_sum", -1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr,
-      [](sqlite3_context* context, int, sqlite3_value**) { sqlite3_result_int(context, 1); },
-      nullptr, nullptr, nullptr);
-  file.execute(statement);
+  EXPECT_EQ(persons + 1, source->records(RecordKind::Person).size());
+  EXPECT_EQ(whoeverMeetsOne.all(), std::vector{told});
 }
 
 TEST(FlippedBytes, OfALinkKeepNobodyFromBeingRemoved) {
   makeStore();
   const auto path = support::temporaryPath("flipped.db").string();
   writeBytes(path, bytesOf(storePath()));
-  damageBy(path, "UPDATE link SET parent = parent");
+  support::writeDamagedRows(path, "UPDATE link SET parent = parent");
   const auto source = openStoreSource(path);
   source->remove(RecordKey::of("ann"), RecordKind::Person);
   EXPECT_TRUE(source->save().done);
@@ -171,9 +168,9 @@ TEST(FlippedBytes, OfALinkToAGroupHideNoPersonOfThoseBesideIt) {
   makeStore();
   const auto path = support::temporaryPath("flipped.db").string();
   writeBytes(path, bytesOf(storePath()));
-  damageBy(path,
-           "UPDATE link SET parent = parent WHERE child = "
-           "(SELECT id FROM record WHERE uid = 'chess')");
+  support::writeDamagedRows(path,
+                            "UPDATE link SET parent = parent WHERE child = "
+                            "(SELECT id FROM record WHERE uid = 'chess')");
   const auto source = openStoreSource(path);
   const auto friends = RecordKey::of("friends");
   const RecordKeys persons{RecordKey::of("ann"), RecordKey::of("many2")};
@@ -187,7 +184,7 @@ TEST(FlippedBytes, OfABoundOfTheJournalStopNoAct) {
   const auto path = support::temporaryPath("flipped.db").string();
   writeBytes(path, bytesOf(storePath()));
   openStoreSource(path)->journal().setBounds({10, 0});
-  damageBy(path, "UPDATE setting SET value = value");
+  support::writeDamagedRows(path, "UPDATE setting SET value = value");
   const auto source = openStoreSource(path);
   for (int i = 0; i < 130; ++i) {
     source->setValue(RecordKey::of("cid"), RecordKind::Person, property_id::kNote,
@@ -208,7 +205,8 @@ TEST(FlippedBytes, OfWhatOthersHaveTouchedStopNobodyWhoFollows) {
     other->link(RecordKey::of("chess"), RecordKey::of("many4"), RecordKind::Person);
     ASSERT_TRUE(other->save().done);
   }
-  damageBy(path, "UPDATE record SET kind = kind WHERE uid = 'many4'; UPDATE act SET at = at");
+  support::writeDamagedRows(
+      path, "UPDATE record SET kind = kind WHERE uid = 'many4'; UPDATE act SET at = at");
   EXPECT_EQ(follower->records(RecordKind::Person).size(), persons - 1);
 }
 

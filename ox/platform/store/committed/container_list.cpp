@@ -1,7 +1,9 @@
 #include "ox/platform/store/committed/container_list.hpp"
 
+#include <algorithm>
 #include <utility>
 
+#include "ox/base/failures.hpp"
 #include "ox/platform/store/file/stored_rows.hpp"
 
 namespace ox {
@@ -10,8 +12,13 @@ void ContainerList::load() {
   if (loaded_) return;
   all_.clear();
   byRow_.clear();
+  damaged_.clear();
   file_.guarded([&] {
-    for (auto& [row, info] : containersOf(file_)) {
+    for (auto& [row, info, isSound] : containersOf(file_)) {
+      if (!isSound) {
+        damaged_.push_back(row);
+        continue;
+      }
       auto container = std::make_shared<const ContainerInfo>(std::move(info));
       byRow_.emplace(row, container);
       all_.push_back(std::move(container));
@@ -20,15 +27,24 @@ void ContainerList::load() {
   loaded_ = true;
 }
 
+void ContainerList::noticeDamage(std::int32_t row) const {
+  const auto& name = file_.address().name();
+  failures::notice(FailureKind::Corrupt,
+                   name + ": row " + std::to_string(row) + " of the accounts is damaged", name);
+}
+
 const std::vector<ContainerPtr>& ContainerList::all() {
   load();
+  for (const auto row : damaged_) noticeDamage(row);
   return all_;
 }
 
 ContainerPtr ContainerList::inRow(std::int32_t row) {
   load();
   const auto found = byRow_.find(row);
-  return found == byRow_.end() ? nullptr : found->second;
+  if (found != byRow_.end()) return found->second;
+  if (std::ranges::find(damaged_, row) != damaged_.end()) noticeDamage(row);
+  return nullptr;
 }
 
 std::int32_t ContainerList::rowOf(std::string_view identifier) {

@@ -11,8 +11,9 @@
 
 namespace ox {
 
-// The committed containers, read when they are first asked for and after each forget(). Used by one
-// thread at a time; throws StoreError when the file fails.
+// The committed containers, read when they are first asked for and after each forget(). A damaged
+// one is not there: whoever asks for all, or for it, is told by a failure that is noticed. Used by
+// one thread at a time; throws StoreError when the file fails.
 class ContainerList {
  public:
   explicit ContainerList(StoreFile& file) : file_(file) {}
@@ -27,11 +28,13 @@ class ContainerList {
 
  private:
   void load();
+  void noticeDamage(std::int32_t row) const;
 
   StoreFile& file_;
   bool loaded_ = false;
   std::vector<ContainerPtr> all_;
   std::unordered_map<std::int32_t, ContainerPtr> byRow_;
+  std::vector<std::int32_t> damaged_;
 };
 
 // The identifier with every ":ABAccount" taken out.

@@ -61,10 +61,10 @@ std::vector<ContainerRow> containersOf(StoreFile& file) {
   auto& rows = file.statement(Sql::Containers);
   const sqlite::StatementScope scope(rows);
   while (rows.step()) {
-    requireSound(rows, 4, "the row of an account");
     containers.push_back({static_cast<std::int32_t>(rows.integer(0)),
                           {std::string(rows.text(1)), std::string(rows.text(2)),
-                           static_cast<std::int32_t>(rows.integer(3))}});
+                           static_cast<std::int32_t>(rows.integer(3))},
+                          rows.integer(4) != 0});
   }
   return containers;
 }

@@ -48,6 +48,7 @@ class StoredRows {
 struct ContainerRow {
   std::int32_t row = 0;
   ContainerInfo info;
+  bool isSound = true;  // else the row is damaged, and nothing of it to be believed
 };
 // Every container, the local one first.
 std::vector<ContainerRow> containersOf(StoreFile& file);

@@ -8,6 +8,18 @@
 #include "ox/records/property_codec.hpp"
 
 namespace ox {
+namespace {
+
+// Records of an account that cannot be read are not taken for those of none.
+std::vector<ContainerRow> soundContainersOf(StoreFile& file) {
+  auto containers = containersOf(file);
+  for (const auto& container : containers) {
+    if (!container.isSound) throw DamagedRow("the row of an account is damaged");
+  }
+  return containers;
+}
+
+}  // namespace
 
 ReturnToCopy::ReturnToCopy(StoreFile& store, StoreFile& copy, CommittedRecords& committed, Act& act,
                            std::deque<NewRecord>& added)
@@ -38,7 +50,7 @@ bool ReturnToCopy::isOfThisStore() {
 
 void ReturnToCopy::settleContainers() {
   std::set<std::string> wanted;
-  for (const auto& container : containersOf(copy_)) {
+  for (const auto& container : soundContainersOf(copy_)) {
     wanted.insert(container.info.identifier);
     const auto now = committed_.containers().rowOf(container.info.identifier);
     const auto info = now != 0 ? committed_.containers().inRow(now) : nullptr;
@@ -51,7 +63,7 @@ void ReturnToCopy::settleContainers() {
     containers_[container.row] =
         isFree ? container.row : -static_cast<std::int32_t>(act_.addedContainers.size());
   }
-  for (const auto& container : containersOf(store_)) {
+  for (const auto& container : soundContainersOf(store_)) {
     if (wanted.contains(container.info.identifier)) continue;
     act_.removedContainers.push_back({container.row, container.info});
   }

@@ -75,6 +75,18 @@ void checkRows(sqlite::Connection& file, Problems& problems) {
   }
 }
 
+void checkAccounts(sqlite::Connection& file, Problems& problems) {
+  if (!hasRowSums(file)) return;
+  auto rows = file.prepare(
+      "SELECT c.id, count(*) FROM container c JOIN record r ON r.container = c.id "
+      "WHERE c.sound IS NOT 1 GROUP BY c.id ORDER BY c.id");
+  while (rows.step()) {
+    problems.push_back(
+        "records that no book shows, because row " + std::to_string(rows.integer(0)) +
+        " of container, their account, is damaged: " + std::to_string(rows.integer(1)));
+  }
+}
+
 void checkRecords(sqlite::Connection& file, Problems& problems) {
   // A store of version 1 that nobody has opened since is looked at as it is.
   const bool isVersion1 = file.queryInteger("PRAGMA user_version") == 1;
@@ -336,8 +348,8 @@ std::vector<std::string> storeProblems(const std::string& path) {
 
 std::vector<std::string> problemsIn(sqlite::Connection& file) {
   Problems problems;
-  for (const auto check :
-       {checkLog, checkStructure, checkTables, checkRows, checkRecords, checkLinks, checkJournal}) {
+  for (const auto check : {checkLog, checkStructure, checkTables, checkRows, checkAccounts,
+                           checkRecords, checkLinks, checkJournal}) {
     try {
       check(file, problems);
     } catch (const sqlite::Error& error) {
