@@ -61,14 +61,35 @@ void renameGroup(const Context& context, const std::string& name, const std::str
   if (saveEdits()) tellGroup(context, "renamed the group to " + newName, group);
 }
 
+// What is below a group, as far as that can be told.
+struct Below {
+  std::uint64_t groups = 0;
+  bool isDamaged = false;  // what leads to them
+};
+
+Below belowGroup(const Group& group) {
+  const failures::Watch watch;
+  const auto groups = group->subGroupsCount();
+  const auto last = watch.last();
+  if (last && last->kind != FailureKind::Corrupt) giveUp(watch);
+  return {groups, last.has_value()};
+}
+
+std::string sentenceOf(const Below& below) {
+  if (below.isDamaged) return "; what leads to the groups below it is damaged, and they stay";
+  return below.groups > 0 ? " and what was below it" : "";
+}
+
+// A group from which nobody can tell what is below it goes alone, and the damaged links with it.
 void removeGroup(const Context& context, const std::string& name) {
   const auto group = findGroup(name);
   discoveredBooks(context);
   const auto shownName = group->displayName().value_or("");
-  const auto below = group->subGroupsCount();
+  const auto below = belowGroup(group);
   const auto json = context.json ? jsonOfGroup(group) : "";
   const failures::Watch watch;
-  if (const auto book = group->groupAddressBook()) {
+  const auto book = below.isDamaged ? nullptr : group->groupAddressBook();
+  if (book) {
     book->removeGroup(group);
   } else {
     ABAddressBook::sharedAddressBook()->removeRecord(group);
@@ -76,8 +97,7 @@ void removeGroup(const Context& context, const std::string& name) {
   giveUpHalfEdits(watch);
   saveEdits();
   std::cout << json;
-  context.tell("removed the group " + shownName + (below > 0 ? " and what was below it" : "") +
-               "; no person was removed");
+  context.tell("removed the group " + shownName + sentenceOf(below) + "; no person was removed");
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/oxcontacts/program.hpp"
+#include "tests/support/damaged_rows.hpp"
+#include "tests/support/store_environment.hpp"
 
 namespace ox::program_tests {
 namespace {
@@ -35,6 +37,24 @@ TEST(GroupCommands, BuildRenameAndRemoveATree) {
   EXPECT_EQ(run({"remove-group", "Friends"}).exitCode, 0);
   EXPECT_EQ(runJson({"groups"}), Json::array());
   EXPECT_EQ(runJson({"persons"}).size(), 2U);
+  EXPECT_EQ(run({"check"}).output, "sound\n");
+}
+
+// The damaged link goes with its group, and what it led to, if anything, is a group by itself.
+TEST(GroupCommands, RemoveAGroupAloneWhereALinkBelowItIsDamaged) {
+  makeFriends();
+  run({"add-group", "_local", "Family", "--under", "Close"});
+  run({"group-add", "Friends", "Ann"});
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  support::writeDamagedRows(store, "UPDATE link SET id = id WHERE id = 1");
+  EXPECT_NE(run({"check"}).output, "sound\n");
+  const auto result = run({"remove-group", "Friends"});
+  EXPECT_EQ(result.exitCode, 1) << "something was damaged";
+  EXPECT_NE(result.errors.find("removed the group Friends; what leads to the groups below it is "
+                               "damaged, and they stay; no person was removed\n"),
+            std::string::npos)
+      << result.errors;
+  EXPECT_EQ(treeOf(runJson({"groups"})), "Close 0/0 (Family 0/0)");
   EXPECT_EQ(run({"check"}).output, "sound\n");
 }
 
