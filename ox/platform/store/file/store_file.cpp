@@ -90,7 +90,8 @@ void StoreFile::anchorLastAct() noexcept {
 std::optional<SyncedAct> StoreFile::anchoredAct() noexcept try {
   if (connection_.handle() == nullptr) return std::nullopt;
   auto noted = anchor_->read();
-  if (!noted || stateOf(*noted, connection_) != NotedAct::IsMissing) return noted;
+  if (!noted || noted == anchored_) return noted;
+  if (stateOf(*noted, connection_) != NotedAct::IsMissing) return noted;
   // Behind what is believed of the log there may be something for whoever recovers.
   if (connection_.totalChanges() == 0) connection_.keepLog();
   return std::nullopt;
