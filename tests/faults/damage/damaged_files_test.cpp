@@ -48,7 +48,7 @@ std::string soundStoreState(const std::string& path) {
 }
 
 void writeFiles(const std::string& path, const std::string& bytes, const std::string& log) {
-  for (const auto* ending : {"-wal", "-shm", "-journal"}) fs::remove(path + ending);
+  for (const auto* ending : {"-wal", "-shm", "-journal", "-synced"}) fs::remove(path + ending);
   std::ofstream(path, std::ios::binary) << bytes;
   if (!log.empty()) std::ofstream(path + "-wal", std::ios::binary) << log;
 }
@@ -119,6 +119,7 @@ constexpr Pages kFrames{32, 24 + 2048};
 struct StoreWithLog {
   std::string bytes;
   std::string log;
+  std::string note;  // of what was synced
 };
 
 enum class LogOf { Everything, TheLastActs };
@@ -134,10 +135,11 @@ StoreWithLog storeWithLog(LogOf acts) {
     source->setValue(RecordKey::of("ann"), RecordKind::Person, property_id::kNote, Object("new"));
     EXPECT_TRUE(source->save().done);
   }
-  return {fileBytes(path), fileBytes(path + "-wal")};
+  return {fileBytes(path), fileBytes(path + "-wal"), fileBytes(path + "-synced")};
 }
 
-// A log that is damaged ends there: what is read is an older state, the one of a whole act.
+// A log that is damaged ends there: what is read, where nothing was noted beside it, is an older
+// state, the one of a whole act.
 TEST(Damaged, LogGivesNoStateThatNeverWas) {
   const auto store = storeWithLog(LogOf::Everything);
   const auto path = temporaryPath("damaged.db").string();
@@ -154,6 +156,21 @@ TEST(Damaged, LogGivesNoStateThatNeverWas) {
   right.erase(kTold);
   ASSERT_GT(right.size(), 10U);
   damageOften("log", store.log, kFrames, right, stateWith);
+}
+
+// Whatever is lost of it, the note tells of the last act.
+TEST(Damaged, LogWithItsNoteIsNeverBelieved) {
+  const auto store = storeWithLog(LogOf::TheLastActs);
+  const auto path = temporaryPath("damaged.db").string();
+  const auto stateWith = [&](const std::string& log) {
+    writeFiles(path, store.bytes, log);
+    std::ofstream(path + "-synced", std::ios::binary) << store.note;
+    return soundStoreState(path);
+  };
+  const auto right = stateWith(store.log);
+  ASSERT_NE(right, kTold);
+  ASSERT_EQ(stateWith(""), kTold);
+  damageOften("log with its note", store.log, kFrames, {right}, stateWith);
 }
 
 TEST(Damaged, StoreBelowALogIsNeverBelieved) {
