@@ -17,7 +17,7 @@ std::vector<std::string> storeProblems(const std::string& path);
 std::vector<std::string> problemsIn(sqlite::Connection& file);
 // What was committed last may be missing from what is read of such a store.
 bool hasDamagedLog(const sqlite::Connection& file);
-// The sentence that tells of an act which was synced and is not there (file/sync_anchor.hpp).
+// The sentence that tells of an act which was synced and is not there (schema/sync_anchor.hpp).
 // Throws std::system_error and sqlite::Error.
 std::optional<std::string> missingActOf(sqlite::Connection& file);
 
