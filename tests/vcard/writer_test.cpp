@@ -210,6 +210,14 @@ TEST(CardWriter, WhatTheVersionDoesNotAdmitIsWrapped) {
   EXPECT_EQ(linesOf(bag, {.nestedCards = false}).find("AGENT"), std::string::npos);
 }
 
+TEST(CardWriter, ATypeThatStoodInQuotesMakesNoOtherParameter) {
+  const auto lines = [](const char* phone) { return linesOf(propertiesOf("3.0", phone), {}); };
+  EXPECT_EQ(lines("TEL;TYPE=\"a;X-B=c,d:e\":1\n"),
+            "N:;;;;\nFN;X-DERIVED=TRUE:1\nTEL;TYPE=\"a;X-B=c\";TYPE=\"d:e\":1\n");
+  EXPECT_EQ(lines("TEL;TYPE=\"a,b\"c,d\":1\n"),
+            "N:;;;;\nFN;X-DERIVED=TRUE:1\nTEL;TYPE=a;TYPE=bc;TYPE=d:1\n");
+}
+
 // The value of the card cannot be said exactly, and what is said instead stands in a line of
 // another program as well.
 TEST(CardWriter, ALineThatSaysTheSameOfAReadingIsWrapped) {

@@ -1,11 +1,25 @@
 #include "ox/vcard/values/card_draft.hpp"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
 
 namespace ox::vcard {
+namespace {
+
+// What ends a parameter may stand in a word that stood in quotes; a quote within a word has no
+// partner, and would find one behind it.
+void appendTypeWord(std::string_view word, std::string& parameters) {
+  const std::string_view quote = word.find_first_of(";:") == std::string_view::npos ? "" : "\"";
+  parameters.append(";TYPE=").append(quote);
+  std::ranges::copy_if(word, std::back_inserter(parameters), [](char c) { return c != '"'; });
+  parameters.append(quote);
+}
+
+}  // namespace
 
 void CardDraft::start(const CardFacts& factsOfCard) {
   facts = factsOfCard;
@@ -93,7 +107,7 @@ std::string CardDraft::parametersOf(const ContentLine& line, std::uint32_t typeW
     if ((typeWords & bit) != 0) parameters.append(";TYPE=").append(typeWordText(bit));
   }
   if (unknownWords == UnknownWords::ArePreserved) {
-    for (const auto word : types.unknown) parameters.append(";TYPE=").append(word);
+    for (const auto word : types.unknown) appendTypeWord(word, parameters);
   }
   for (const auto& parameter : line.parameters) {
     if (((kAlways | ownKinds) & bitOf(parameter.kind)) != 0) continue;
