@@ -41,6 +41,14 @@ TEST(CardValues, FullNameIsReadWithoutNAndKeptWhenItSaysMore) {
   });
 }
 
+TEST(CardValues, ADerivedNameGivesWayToAnother) {
+  EXPECT_EQ(textOfCard("4.0", "FN;DERIVED=TRUE:?\nFN:Ann Lee\n"),
+            textOfCard("4.0", "FN:Ann Lee\n"));
+  EXPECT_EQ(textOfCard("4.0", "FN:Ann Lee\nFN;DERIVED=TRUE:?\n"),
+            "First=Ann\nLast=Lee\nkept=FN:Ann Lee\nkept=FN;DERIVED=TRUE:?\n"
+            "kept=;3#0:Lee;Ann;;;\n");
+}
+
 TEST(CardValues, SingleValuesAndTheirReadings) {
   expectRows({
       {"3.0", "ORG:ACME\\, Inc.;Lab;Room 5\nTITLE:Boss\nNICKNAME:Al\\,Bo\nX-MAIDENNAME:Fox\n",

@@ -234,14 +234,16 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
   return allTaken;
 }
 
+// What was made of other lines gives way to what somebody is called.
 bool readFormattedName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
   auto& name = draft.name;
-  if (!name.formatted.empty()) {
+  const bool isMade = isDerived(line);
+  if (!name.formatted.empty() && (!name.isDerived || isMade)) {
     name.isRepeated = true;
     return false;
   }
   name.formatted = draft.text(line);
-  name.isDerived = isDerived(line);
+  name.isDerived = isMade;
   name.formattedLine.clear();
   appendPreserved(line, name.formattedLine);
   if (draft.facts.isGroup && !name.isDerived && !name.formatted.empty()) {
