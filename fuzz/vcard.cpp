@@ -8,6 +8,7 @@
 #include "fuzz/require.hpp"
 #include "ox/base/checksum.hpp"
 #include "ox/base/text/utf8.hpp"
+#include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/read/reader.hpp"
 #include "ox/vcard/write/writer.hpp"
 
@@ -56,6 +57,14 @@ void expectStable(const Card& card, CardVersion version, bool hasOwnLines) {
   fuzz::require(writtenAgain(again, version) == again);
 }
 
+// Names of lines are read in capitals and small letters alike.
+bool holdsOwnLines(std::string_view input) {
+  for (; !input.empty(); input.remove_prefix(1)) {
+    if (startsWithWord(input, "X-OX-")) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -63,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // to. Which ones, the sum tells: an input that was found is read the same way again.
   std::string input(reinterpret_cast<const char*>(data), size);
   if (checksum64(input) % 8 != 0) input = validUtf8(std::move(input));
-  const bool hasOwnLines = input.find("X-OX-") != std::string::npos;
+  const bool hasOwnLines = holdsOwnLines(input);
   MemorySource source(input);
   Reader reader(source);
   std::size_t cards = 0;
