@@ -1,6 +1,7 @@
 #include "ox/base/sqlite/database_form.hpp"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "ox/base/sqlite/error.hpp"
@@ -63,6 +64,12 @@ void addTable(Schema& schema, std::string words) {
   schema.push_back({"table", name, name, std::move(words)});
 }
 
+void putInOrder(Schema& schema) {
+  std::ranges::sort(schema, {}, [](const SchemaThing& thing) {
+    return std::tie(thing.type, thing.name, thing.table, thing.words);
+  });
+}
+
 bool isSameThing(const SchemaThing& one, const SchemaThing& other) {
   return one.type == other.type && one.name == other.name;
 }
@@ -86,7 +93,7 @@ DatabaseForm formOf(Connection& file) try {
     form.schema.push_back({std::string(rows.text(0)), std::string(rows.text(1)),
                            std::string(rows.text(2)), singleSpaced(rows.text(3))});
   }
-  std::ranges::sort(form.schema);
+  putInOrder(form.schema);
   return form;
 } catch (const Error&) {
   file.keepLog();  // who cannot say what the file is leaves it as it is
@@ -106,7 +113,7 @@ Schema schemaMadeBy(std::string_view statements) {
       schema.push_back({"index", index, table, std::move(words)});
     }
   }
-  std::ranges::sort(schema);
+  putInOrder(schema);
   return schema;
 }
 

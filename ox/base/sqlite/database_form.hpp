@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -19,9 +18,9 @@ struct SchemaThing {
   std::string name;
   std::string table;  // that it belongs to
   std::string words;
-  auto operator<=>(const SchemaThing&) const = default;
+  bool operator==(const SchemaThing&) const = default;
 };
-using Schema = std::vector<SchemaThing>;  // in order
+using Schema = std::vector<SchemaThing>;  // in the order of these members
 
 // What a database file says of itself, all of one moment. Reading it reads nothing else of the
 // file and runs nothing that stands in it.
