@@ -49,6 +49,13 @@ TEST(CardValues, ADerivedNameGivesWayToAnother) {
             "kept=;3#0:Lee;Ann;;;\n");
 }
 
+TEST(CardValues, ANameOfControlCharactersAloneIsNone) {
+  EXPECT_EQ(textOfCard("4.0", "N:\x01;\x02\x7F;;;\nFN:Ann Lee\n"),
+            textOfCard("4.0", "FN:Ann Lee\n"));
+  EXPECT_EQ(textOfCard("3.0", "N:\x01;Ann;;;\nFN:Ann Lee\n"),
+            textOfCard("3.0", "N:;Ann;;;\nFN:Ann Lee\n"));
+}
+
 TEST(CardValues, SingleValuesAndTheirReadings) {
   expectRows({
       {"3.0", "ORG:ACME\\, Inc.;Lab;Room 5\nTITLE:Boss\nNICKNAME:Al\\,Bo\nX-MAIDENNAME:Fox\n",

@@ -7,6 +7,7 @@
 
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/decode.hpp"
+#include "ox/vcard/lines/line_writer.hpp"
 #include "ox/vcard/lines/structured_value.hpp"
 #include "ox/vcard/properties/each_property.hpp"
 #include "ox/vcard/properties/full_name.hpp"
@@ -208,9 +209,9 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
   if (draft.name.hasParts) return false;
   const auto components = vcard::components<kParts.size() + 1>(line.value);
   for (std::size_t i = 0; i < kParts.size(); ++i) {
-    if (components[i].empty()) continue;
-    draft.values.text(kParts[i].property) =
-        unescapedList(components[i], draft.facts.dialect, kParts[i].separator);
+    auto part = unescapedList(components[i], draft.facts.dialect, kParts[i].separator);
+    if (CardText(part).view().empty()) continue;  // control characters alone are no name
+    draft.values.text(kParts[i].property) = std::move(part);
     draft.name.hasParts = true;
   }
   const bool allTaken = components.back().find_first_not_of("; ") == std::string_view::npos;
