@@ -151,6 +151,9 @@ TEST(FlippedBytes, OfARowAreNamedByTheCheckAndByWhoeverReadsIt) {
   }
   EXPECT_EQ(persons + 1, source->records(RecordKind::Person).size());
   EXPECT_EQ(whoeverMeetsOne.all(), std::vector{told});
+  const failures::Watch whoeverNamesIt;
+  EXPECT_TRUE(source->recordsIn("A:ABAccount", RecordKind::Person).empty());
+  EXPECT_EQ(whoeverNamesIt.all(), std::vector{told});
 }
 
 TEST(FlippedBytes, OfALinkKeepNobodyFromBeingRemoved) {
@@ -164,7 +167,7 @@ TEST(FlippedBytes, OfALinkKeepNobodyFromBeingRemoved) {
   EXPECT_FALSE(source->record("ann"));
 }
 
-TEST(FlippedBytes, OfALinkToAGroupHideNoPersonOfThoseBesideIt) {
+TEST(FlippedBytes, OfALinkAreToldToWhoeverAsksForAnyListOfItsGroup) {
   makeStore();
   const auto path = support::temporaryPath("flipped.db").string();
   writeBytes(path, bytesOf(storePath()));
@@ -173,10 +176,22 @@ TEST(FlippedBytes, OfALinkToAGroupHideNoPersonOfThoseBesideIt) {
                             "(SELECT id FROM record WHERE uid = 'chess')");
   const auto source = openStoreSource(path);
   const auto friends = RecordKey::of("friends");
-  const RecordKeys persons{RecordKey::of("ann"), RecordKey::of("many2")};
-  EXPECT_EQ(*source->children(friends, RecordKind::Person), persons);
+  EXPECT_THROW(source->children(friends, RecordKind::Person), StoreError);
   EXPECT_THROW(source->children(friends, RecordKind::Group), StoreError);
-  EXPECT_EQ(*source->children(friends, RecordKind::Person), persons);
+  const RecordKeys players{RecordKey::of("ann"), RecordKey::of("many3")};
+  EXPECT_EQ(*source->children(RecordKey::of("chess"), RecordKind::Person), players);
+}
+
+TEST(FlippedBytes, OfALinkThatLeadsNowhereAreTold) {
+  makeStore();
+  const auto path = support::temporaryPath("flipped.db").string();
+  writeBytes(path, bytesOf(storePath()));
+  support::writeDamagedRows(
+      path,
+      "PRAGMA foreign_keys=OFF; UPDATE link SET child = 1000000 WHERE child = "
+      "(SELECT id FROM record WHERE uid = 'many3')");
+  EXPECT_THROW(openStoreSource(path)->children(RecordKey::of("chess"), RecordKind::Person),
+               StoreError);
 }
 
 TEST(FlippedBytes, OfABoundOfTheJournalStopNoAct) {

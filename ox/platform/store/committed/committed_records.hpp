@@ -87,7 +87,7 @@ class CommittedRecords {
   void follow(const WrittenAct& written) noexcept;
 
  private:
-  // What stands in a group. Null where a row that leads to one of that kind is damaged.
+  // What stands in a group. Null where a row that leads there is damaged.
   struct ChildLists {
     RecordKeysPtr persons;
     RecordKeysPtr groups;

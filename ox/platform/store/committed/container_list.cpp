@@ -57,7 +57,10 @@ std::int32_t ContainerList::rowOf(std::string_view identifier) {
     byStandardId = row;
     ++matches;
   }
-  return matches == 1 ? byStandardId : 0;
+  if (matches == 1) return byStandardId;
+  // It may be one of those.
+  for (const auto row : damaged_) noticeDamage(row);
+  return 0;
 }
 
 std::string standardContainerId(std::string_view identifier) {

@@ -299,33 +299,34 @@ void CommittedRecords::findOut(std::vector<Child>& children) {
   }
 }
 
-// Both kinds in one reading: whoever walks a tree of groups asks for both.
+// Both kinds in one reading: whoever walks a tree of groups asks for both. Where one is damaged
+// nobody knows in which of both lists it ought to stand.
 std::vector<CommittedRecords::ChildLists> CommittedRecords::readChildren(
     std::span<const RecordKey> groups) {
   auto children = readLinksToChildren(groups);
   findOut(children);
   struct Read {
-    RecordKeys keys;
+    RecordKeys persons;
+    RecordKeys groups;
     bool isWhole = true;
-
-    RecordKeysPtr list() {
-      return isWhole ? std::make_shared<const RecordKeys>(std::move(keys)) : nullptr;
-    }
   };
-  std::vector<std::pair<Read, Read>> read(groups.size());
+  std::vector<Read> read(groups.size());
   for (const auto& child : children) {
-    if (!child.kind) continue;
-    auto& [persons, subgroups] = read[child.group];
-    auto& ofKind = child.kind == RecordKind::Person ? persons : subgroups;
-    ofKind.keys.push_back(child.key);
-    ofKind.isWhole = ofKind.isWhole && child.isSound;
+    auto& of = read[child.group];
+    of.isWhole = of.isWhole && child.isSound;
+    if (child.kind)
+      (child.kind == RecordKind::Person ? of.persons : of.groups).push_back(child.key);
   }
   std::vector<ChildLists> lists;
   lists.reserve(groups.size());
   for (std::size_t i = 0; i < groups.size(); ++i) {
-    auto& [persons, subgroups] = read[i];
-    const auto cost = persons.keys.size() + subgroups.keys.size() + 1;
-    lists.push_back({persons.list(), subgroups.list()});
+    auto& [persons, subgroups, isWhole] = read[i];
+    const auto cost = persons.size() + subgroups.size() + 1;
+    lists.emplace_back();
+    if (isWhole) {
+      lists.back() = {std::make_shared<const RecordKeys>(std::move(persons)),
+                      std::make_shared<const RecordKeys>(std::move(subgroups))};
+    }
     childLists_.put(groups[i], lists.back(), cost);
   }
   return lists;
