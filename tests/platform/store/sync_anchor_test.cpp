@@ -150,6 +150,17 @@ TEST(SyncAnchor, IsForThisUserAlone) {
   EXPECT_EQ(fs::file_size(store + "-synced"), 64U);
 }
 
+TEST(SyncAnchor, CanBeReadByWhoeverCanReadTheStore) {
+  leftBy([](ContactSource& source) {
+    add(source, "eve");
+    fs::permissions(pathOf("store.db"), fs::perms{0664});
+    fill(source);
+    struct stat status {};
+    ASSERT_EQ(::stat((pathOf("store.db") + "-synced").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0664U);
+  });
+}
+
 TEST(SyncAnchor, NotesNothingThatMayBeLostWithThePower) {
   const auto source = openedStore();
   add(*source, "ann");

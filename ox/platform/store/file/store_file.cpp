@@ -31,9 +31,10 @@ sqlite::Connection& StoreFile::connection() {
   }
   // Only now does the file count as open: had the properties not been read, the next try would have
   // to read them, since values in it may be of these properties.
+  SyncAnchor anchor(opened);
   connection_ = std::move(opened);
+  anchor_ = std::move(anchor);
   openedBy_ = ::getpid();
-  anchor_.emplace(connection_);
   return connection_;
 }
 
@@ -55,9 +56,10 @@ void StoreFile::letCommits(Outlive outlive) {
 void StoreFile::noteCommit(const StoreMoment& act, Commit commit) {
   originIsCommitted_ = true;
   // The log is one file: a commit that waited for the disk has taken along every commit before it.
-  unsynced_ = outlive_ == Outlive::Kill;
+  // Of one that was only found nobody knows whether the disk has it.
+  unsynced_ = outlive_ == Outlive::Kill || commit == Commit::Found;
   notAnchored_.reset();
-  if (commit == Commit::Found) return;  // nobody knows whether the disk has it
+  if (commit == Commit::Found) return;
   notAnchored_ = act;
   if (!unsynced_) anchorLastAct();
 }
@@ -66,7 +68,8 @@ void StoreFile::noteCommit(const StoreMoment& act, Commit commit) {
 // acts have come since. That is looked at once, since from then on this process keeps the log in
 // being.
 void StoreFile::anchorLastAct() noexcept {
-  if (!notAnchored_) return;
+  // What is read in a pinned moment may be older than what another process has noted.
+  if (!notAnchored_ || connection_.isInTransaction()) return;
   try {
     const auto act = *std::exchange(notAnchored_, std::nullopt);
     if (!anchored_) {

@@ -67,6 +67,16 @@ class OpenFile {
   // A link that somebody has put there is not followed, and a pipe not waited for.
   OpenFile(const std::string& path, int flags)
       : file_(::open(path.c_str(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600)) {}
+  // Made anew, for everybody who can read and write the store.
+  OpenFile(const std::string& path, const struct stat& store)
+      : OpenFile(path, O_WRONLY | O_CREAT | O_EXCL) {
+    constexpr mode_t kReadAndWrite = 0666;
+    if (file_ < 0) return;
+    ::fchmod(file_, store.st_mode & kReadAndWrite);
+    if (::geteuid() == 0 && ::fchown(file_, store.st_uid, store.st_gid) != 0) {
+      // It stays root's, as a log would.
+    }
+  }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
   ~OpenFile() {
@@ -124,12 +134,14 @@ void removeSynced(const std::string& path) {
 
 SyncAnchor::SyncAnchor(const sqlite::Connection& store) : SyncAnchor(store.filePath()) {}
 
-SyncAnchor::SyncAnchor(const std::string& store) : path_(store + "-synced"), log_(store + "-wal") {}
+SyncAnchor::SyncAnchor(const std::string& store)
+    : store_(store), path_(store + "-synced"), log_(store + "-wal") {}
 
 std::optional<SyncedAct> SyncAnchor::read() const {
   const OpenFile file(path_, O_RDONLY);
   if (!file.isOpen()) {
-    if (errno == ENOENT || errno == ELOOP) return std::nullopt;
+    // What another user has put there says nothing.
+    if (errno == ENOENT || errno == ELOOP || errno == EACCES) return std::nullopt;
     fail(path_);
   }
   Bytes bytes{};
@@ -139,8 +151,15 @@ std::optional<SyncedAct> SyncAnchor::read() const {
 }
 
 void SyncAnchor::write(const SyncedAct& act) const noexcept {
-  const OpenFile file(path_, O_WRONLY | O_CREAT);
-  if (file.isOpen()) file.write(encoded(act));
+  const OpenFile there(path_, O_WRONLY);
+  if (there.isOpen()) {
+    there.write(encoded(act));
+    return;
+  }
+  struct stat store {};
+  if (errno != ENOENT || ::stat(store_.c_str(), &store) != 0) return;
+  const OpenFile made(path_, store);
+  if (made.isOpen()) made.write(encoded(act));
 }
 
 void SyncAnchor::settle(const SyncedAct& noted) const noexcept try {

@@ -46,6 +46,7 @@ class SyncAnchor {
  private:
   explicit SyncAnchor(const std::string& store);
 
+  std::string store_;
   std::string path_;
   std::string log_;
 };

@@ -178,23 +178,32 @@ void mendRows(sqlite::Connection& file, const std::string& path, RepairReport& r
   // With a rollback journal, whoever writes more than the cache holds lets nobody read any more,
   // and the copy is made by another connection.
   file.execute("PRAGMA journal_mode=WAL; PRAGMA foreign_keys=ON; PRAGMA synchronous=FULL");
-  sqlite::Transaction transaction(file);
-  repair.mended = Repair(file).mend();
-  repair.left = problemsIn(file);
-  if (repair.mended.empty()) return;
-  // Under the write lock, so that the copy is what was mended; it does not see what is not
-  // committed.
-  repair.copy = keepCopy(path, "repair");
-  transaction.commit();
+  {
+    sqlite::Transaction transaction(file);
+    repair.mended = Repair(file).mend();
+    if (!repair.mended.empty()) {
+      repair.left = problemsIn(file);
+      // Under the write lock, so that the copy is what was mended; it does not see what is not
+      // committed.
+      repair.copy = keepCopy(path, "repair");
+      transaction.commit();
+      return;
+    }
+  }
+  repair.left = problemsIn(file);  // nobody has to wait for that
 }
 
 // What is missing cannot be brought back from here, and is told until somebody has said that the
 // store is good without it.
 void acceptWithoutMissingAct(sqlite::Connection& file, RepairReport& repair) {
-  const auto missing = missingActOf(file);
-  if (!missing) return;
-  SyncAnchor(file).remove();
-  repair.mended.push_back("took the store as it is: " + *missing);
+  try {
+    const auto missing = missingActOf(file);
+    if (!missing) return;
+    SyncAnchor(file).remove();
+    repair.mended.push_back("took the store as it is: " + *missing);
+  } catch (const std::system_error& error) {
+    repair.left.emplace_back(error.what());
+  }
 }
 
 // What the rows that a statement gives of a store add up to.
@@ -225,8 +234,6 @@ RepairReport repairStore(const std::string& path) {
     mendRows(file, path, repair);
     acceptWithoutMissingAct(file, repair);
   } catch (const sqlite::Error& error) {
-    throwStoreError(path, error);
-  } catch (const std::system_error& error) {
     throwStoreError(path, error);
   }
   return repair;
