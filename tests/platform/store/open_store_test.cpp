@@ -91,9 +91,8 @@ TEST(Store, RefusesWhenAnotherProgramKeepsItLocked) {
   openStoreSource(path.string())->containers();
   sqlite::Connection holder(path.string(), sqlite::Connection::Mode::ReadWrite);
   holder.execute("PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; UPDATE store SET name = name");
-  sqlite::Connection probe;
   try {
-    probe = openStoreFile(path.string());
+    openStoreFile(path.string());
     FAIL() << "opened a store that is locked";
   } catch (const StoreError& error) {
     EXPECT_EQ(error.kind(), StoreError::Kind::Busy);

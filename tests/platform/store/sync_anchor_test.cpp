@@ -11,8 +11,10 @@
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/store/journal/store_journal.hpp"
 #include "ox/platform/store/schema/backup.hpp"
+#include "ox/platform/store/schema/kept_copies.hpp"
 #include "ox/platform/store/store_source.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
+#include "ox/platform/store/upkeep/missed_tags.hpp"
 #include "ox/platform/store/upkeep/repair.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -251,13 +253,68 @@ TEST(SyncAnchor, KeepsTheLogForWhoeverRecovers) {
   EXPECT_EQ(problemsIn(store), kThirdIsMissing);
 }
 
+// A copy before a command, the tags that follow, what a repair asks.
+TEST(SyncAnchor, KeepsTheLogWhereItIsOnlyCopiedOrAsked) {
+  const auto store = leftWithoutItsEnd();
+  const auto log = fileBytes(store + "-wal");
+  copyStore(store, pathOf("copy.db"));
+  EXPECT_EQ(fileBytes(store + "-wal"), log);
+  countsOfStore(store);
+  lastActWithoutDebt(store);
+  blankRecordsIn(store);
+  EXPECT_EQ(fileBytes(store + "-wal"), log);
+  EXPECT_EQ(problemsIn(store), kThirdIsMissing);
+}
+
+TEST(SyncAnchor, GoesWithTheLogWhoeverClosesTheStoreLast) {
+  const std::vector<std::function<void(const std::string&)>> programs{
+      [](const auto& store) { copyStore(store, pathOf("copy.db")); },
+      [](const auto& store) { countsOfStore(store); },
+      [](const auto& store) { lastActWithoutDebt(store); },
+      [](const auto& store) { blankRecordsIn(store); }};
+  for (const auto& program : programs) {
+    const auto store = leftBy(fill);
+    ASSERT_TRUE(isNoted(store));
+    program(store);
+    EXPECT_FALSE(fs::exists(store + "-wal"));
+    EXPECT_FALSE(isNoted(store));
+    fs::remove(pathOf("store.db"));
+  }
+}
+
+// Between the last look and the closing another process may commit and go.
+TEST(SyncAnchor, GoesWhereOthersHaveNotedMoreSince) {
+  const auto store = leftBy(fill);
+  fs::remove(store + "-wal");
+  const sqlite::Connection file(store, sqlite::Connection::Mode::ReadWrite);
+  const SyncAnchor anchor(file);
+  const auto noted = anchor.read();
+  ASSERT_TRUE(noted);
+  auto older = *noted;
+  --older.moment.number;
+  auto newer = *noted;
+  ++newer.moment.number;
+  auto others = older;
+  others.store[0] ^= 1U;
+  for (const auto& looked : {newer, others}) {
+    anchor.settle(looked);
+    EXPECT_EQ(anchor.read(), noted) << looked.moment.number;
+  }
+  for (const auto& looked : {std::optional(older), noted, std::optional<SyncedAct>()}) {
+    anchor.settle(looked);
+    EXPECT_FALSE(isNoted(store));
+    anchor.write(*noted);
+  }
+}
+
 TEST(SyncAnchor, IsSilencedByARepair) {
   const auto store = leftWithoutItsEnd();
   const auto repair = repairStore(store);
   ASSERT_EQ(repair.mended.size(), 1U);
   EXPECT_EQ(withoutTimes(repair.mended[0]), "took the store as it is: " + kThirdIsMissing[0]);
   EXPECT_EQ(repair.left, Sentences());
-  EXPECT_EQ(repair.copy, "") << "nothing of the store was changed";
+  EXPECT_EQ(pathsOfCopies(store), Sentences{repair.copy}) << "as it was before it was accepted";
+  EXPECT_EQ(countsOfStore(repair.copy).persons, 1U);
   EXPECT_EQ(storeProblems(store), Sentences());
   save(*openStoreSource(store), "ann", "three");
   EXPECT_EQ(storeProblems(store), Sentences());

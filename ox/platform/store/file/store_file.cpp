@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <cassert>
-#include <unistd.h>
 #include <utility>
 
 #include "ox/base/clock.hpp"
-#include "ox/platform/store/file/noted_act.hpp"
 #include "ox/platform/store/file/stored_rows.hpp"
 #include "ox/platform/store/process_origin.hpp"
+#include "ox/platform/store/schema/noted_act.hpp"
 #include "ox/platform/store/schema/tables.hpp"
 
 namespace ox {
@@ -19,9 +18,9 @@ StoreFile::~StoreFile() {
 }
 
 sqlite::Connection& StoreFile::connection() {
-  if (connection_.handle() != nullptr) return connection_;
+  if (store_.isOpen()) return store_.file();
   auto opened = openStoreFile(address_.file());
-  auto rows = opened.prepare(sqlOf(Sql::CustomProperties));
+  auto rows = opened.file().prepare(sqlOf(Sql::CustomProperties));
   while (rows.step()) {
     // The values of it name its type themselves; only whoever writes one has to know this row.
     if (rows.integer(2) == 0) continue;
@@ -31,11 +30,8 @@ sqlite::Connection& StoreFile::connection() {
   }
   // Only now does the file count as open: had the properties not been read, the next try would have
   // to read them, since values in it may be of these properties.
-  SyncAnchor anchor(opened);
-  connection_ = std::move(opened);
-  anchor_ = std::move(anchor);
-  openedBy_ = ::getpid();
-  return connection_;
+  store_ = std::move(opened);
+  return store_.file();
 }
 
 sqlite::Statement& StoreFile::statement(Sql which) {
@@ -69,12 +65,12 @@ void StoreFile::noteCommit(const StoreMoment& act, Commit commit) {
 // being.
 void StoreFile::anchorLastAct() noexcept {
   // What is read in a pinned moment may be older than what another process has noted.
-  if (!notAnchored_ || connection_.isInTransaction()) return;
+  if (!notAnchored_ || store_.file().isInTransaction()) return;
   try {
     const auto act = *std::exchange(notAnchored_, std::nullopt);
     if (!anchored_) {
-      const auto noted = anchor_->read();
-      if (noted && stateOf(*noted, connection_) == NotedAct::IsMissing) return;
+      const auto noted = store_.anchor().read();
+      if (noted && stateOf(*noted, store_.file()) == NotedAct::IsMissing) return;
       SyncedAct first;
       const auto store = nameOfStore(*this);
       if (store.size() != first.store.size()) return;
@@ -83,23 +79,10 @@ void StoreFile::anchorLastAct() noexcept {
     }
     anchored_->moment = act;
     anchored_->at = millisecondsNow();
-    anchor_->write(*anchored_);
+    store_.anchor().write(*anchored_);
   } catch (const std::exception&) {
     // The next one is noted.
   }
-}
-
-// Missing where nothing is noted that the store knows.
-std::optional<SyncedAct> StoreFile::anchoredAct() noexcept try {
-  if (connection_.handle() == nullptr) return std::nullopt;
-  auto noted = anchor_->read();
-  if (!noted || noted == anchored_) return noted;
-  if (stateOf(*noted, connection_) != NotedAct::IsMissing) return noted;
-  // Behind what is believed of the log there may be something for whoever recovers.
-  if (connection_.totalChanges() == 0) connection_.keepLog();
-  return std::nullopt;
-} catch (const std::exception&) {
-  return std::nullopt;
 }
 
 bool StoreFile::isWritten(const StoreMoment& since, const Uuid& name) {
@@ -128,8 +111,8 @@ void StoreFile::coverFailedCommit() {
 
 void StoreFile::sync() {
   if (!unsynced_) return;
-  assert(connection_.handle() != nullptr);
-  syncWriteAheadLog(connection_);
+  assert(store_.isOpen());
+  syncWriteAheadLog(store_.file());
   unsynced_ = false;
   anchorLastAct();
 }
@@ -152,11 +135,9 @@ void StoreFile::checkpoint() {
 }
 
 void StoreFile::close() {
-  if (openedBy_ != ::getpid()) return;
-  const auto noted = anchoredAct();
+  if (!store_.isOpenHere()) return;
   statements_.clear();
-  connection_ = sqlite::Connection();
-  if (noted) anchor_->settle(*noted);
+  store_.close();
   anchored_.reset();
   notAnchored_.reset();
   outlive_ = Outlive::Kill;  // that of a new connection

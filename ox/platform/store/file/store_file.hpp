@@ -14,7 +14,7 @@
 #include "ox/base/uuid.hpp"
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/schema/schema.hpp"
-#include "ox/platform/store/schema/sync_anchor.hpp"
+#include "ox/platform/store/schema/store_connection.hpp"
 #include "ox/platform/store/values/origin.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/platform/store/values/store_moment.hpp"
@@ -88,12 +88,10 @@ class StoreFile {
 
  private:
   StoreAddress address_;
-  sqlite::Connection connection_;
-  int openedBy_ = 0;                           // the process
+  StoreConnection store_;
   std::vector<sqlite::Statement> statements_;  // by Sql, prepared when first used
   Outlive outlive_ = Outlive::Kill;
   bool unsynced_ = false;                   // something was committed without waiting for the disk
-  std::optional<SyncAnchor> anchor_;        // of the open file
   std::optional<SyncedAct> anchored_;       // by this process; missing until it may
   std::optional<StoreMoment> notAnchored_;  // the last act of this process, on the disk or not
   std::unordered_set<PropertyId> writtenCustomProperties_;
@@ -103,7 +101,6 @@ class StoreFile {
 
   bool isOrigin(std::int64_t row);
   void anchorLastAct() noexcept;
-  std::optional<SyncedAct> anchoredAct() noexcept;
 };
 
 template <typename Step>

@@ -83,7 +83,7 @@ RecordCounts DatabaseCopy::takeStore(const std::string& from) {
   auto source = openExistingStoreFile(from, MissingIndexes::Allow);
   refuseSameFile(from, target_);
   RecordCounts counts;
-  take(source, [&](sqlite::Connection& copy) { counts = countsOf(copy); });
+  take(source.file(), [&](sqlite::Connection& copy) { counts = countsOf(copy); });
   return counts;
 }
 
@@ -136,7 +136,7 @@ RecordCounts copyStore(const std::string& from, const std::string& to) {
 RecordCounts countsOfStore(const std::string& path) {
   auto store = openExistingStoreFile(path, MissingIndexes::Allow);
   try {
-    return countsOf(store);
+    return countsOf(store.file());
   } catch (const sqlite::Error& error) {
     throwStoreError(path, error);
   }

@@ -90,8 +90,9 @@ void migrate(sqlite::Connection& database, const std::string& path) {
   transaction.commit();
 }
 
-sqlite::Connection openMigrated(const std::string& path) {
-  sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
+StoreConnection openMigrated(const std::string& path) {
+  StoreConnection store(sqlite::Connection(path, sqlite::Connection::Mode::ReadWrite));
+  auto& database = store.file();
   database.setBusyTimeout(kBusyMilliseconds);
   const int version = versionLookedAt(database, path);
   // The page size counts for a new file alone, and only before the journal mode is set.
@@ -103,7 +104,7 @@ sqlite::Connection openMigrated(const std::string& path) {
       "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-65536;"
       "PRAGMA temp_store=MEMORY; PRAGMA cell_size_check=ON; PRAGMA journal_size_limit=67108864");
   if (version != kSchemaVersion) migrate(database, path);
-  return database;
+  return store;
 }
 
 }  // namespace
@@ -117,7 +118,7 @@ void throwStoreError(const std::string& path, const std::exception& error) {
   throw StoreError(kind, what.starts_with(path) ? what : path + ": " + what, path);
 }
 
-sqlite::Connection openStoreFile(const std::string& path) {
+StoreConnection openStoreFile(const std::string& path) {
   checkFile(path);
   makeFile(path);
   // Turning a new file to write-ahead logging answers "busy" at once while another process does the
@@ -156,19 +157,20 @@ void syncWriteAheadLog(const sqlite::Connection& store) {
   if (result != 0) fail(StoreError::Kind::Unavailable, log, std::strerror(reason));
 }
 
-sqlite::Connection openExistingStoreFile(const std::string& path, MissingIndexes missing) {
+StoreConnection openExistingStoreFile(const std::string& path, MissingIndexes missing) {
   checkFile(path);
   std::error_code error;
   if (!std::filesystem::exists(path, error)) {
     fail(StoreError::Kind::Unavailable, path, "does not exist");
   }
   try {
-    sqlite::Connection database(path, sqlite::Connection::Mode::ReadWrite);
+    StoreConnection store(sqlite::Connection(path, sqlite::Connection::Mode::ReadWrite));
+    auto& database = store.file();
     database.setBusyTimeout(kBusyMilliseconds);
     if (versionLookedAt(database, path, missing) == 0) {
       fail(StoreError::Kind::NotAStore, path, "is an empty file, not a contact store");
     }
-    return database;
+    return store;
   } catch (const sqlite::Error& failure) {
     throwStoreError(path, failure);
   }

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "ox/base/sqlite/connection.hpp"
+#include "ox/platform/store/schema/store_connection.hpp"
 #include "ox/platform/store/schema/store_form.hpp"
 
 namespace ox {
@@ -16,12 +17,12 @@ inline constexpr int kBusyMilliseconds = 10'000;
 // Throws StoreError naming the file and the reason: a directory, a foreign file, a newer schema,
 // one that is not ours word by word (versionOf), a lock that another process keeps, a place that
 // cannot be written.
-sqlite::Connection openStoreFile(const std::string& path);
+StoreConnection openStoreFile(const std::string& path);
 
 // Opens an existing store to look at it, without changing its schema. Throws StoreError likewise,
 // also when there is no file.
-sqlite::Connection openExistingStoreFile(const std::string& path,
-                                         MissingIndexes missing = MissingIndexes::Refuse);
+StoreConnection openExistingStoreFile(const std::string& path,
+                                      MissingIndexes missing = MissingIndexes::Refuse);
 
 // Brings such a store up to date without keeping a copy of it as it was; inside of a write
 // transaction. One of this version stays as it is, whatever indexes it lacks.

@@ -162,9 +162,13 @@ void SyncAnchor::write(const SyncedAct& act) const noexcept {
   if (made.isOpen()) made.write(encoded(act));
 }
 
-void SyncAnchor::settle(const SyncedAct& noted) const noexcept try {
+void SyncAnchor::settle(const std::optional<SyncedAct>& noted) const noexcept try {
   if (::access(log_.c_str(), F_OK) == 0 || errno != ENOENT) return;
-  if (read() == noted) ::unlink(path_.c_str());
+  const auto now = read();
+  if (!now) return;
+  const bool wasPutSince =
+      !noted || (now->store == noted->store && now->moment.number > noted->moment.number);
+  if (wasPutSince || now == noted) ::unlink(path_.c_str());
 } catch (const std::exception&) {
   // A note that stays says nothing wrong.
 }

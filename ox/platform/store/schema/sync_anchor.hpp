@@ -35,9 +35,10 @@ class SyncAnchor {
   std::optional<SyncedAct> read() const;
   // Done as far as it goes: what is not noted is not missed by anybody.
   void write(const SyncedAct& act) const noexcept;
-  // To be called when the store was closed: removes that note, if it still stands there and the log
-  // is gone.
-  void settle(const SyncedAct& noted) const noexcept;
+  // To be called when the store was closed that had every act which was noted before, the last one
+  // of them if any: where the log is gone the note goes too, and one that others have put there
+  // since, for the log that they wrote to was gone as well.
+  void settle(const std::optional<SyncedAct>& noted) const noexcept;
   // Returns when the note is gone and would be after a power cut. Throws std::system_error.
   void remove() const;
   // Of a store that nobody has open, or that is not there.

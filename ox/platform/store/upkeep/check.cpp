@@ -13,8 +13,8 @@
 #include "ox/base/sqlite/error.hpp"
 #include "ox/base/sqlite/log_pages.hpp"
 #include "ox/platform/store/file/journal_rows.hpp"
-#include "ox/platform/store/file/noted_act.hpp"
 #include "ox/platform/store/file/statements.hpp"
+#include "ox/platform/store/schema/noted_act.hpp"
 #include "ox/platform/store/schema/schema.hpp"
 #include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/upkeep/circles.hpp"
@@ -318,7 +318,7 @@ std::optional<std::string> missingActOf(sqlite::Connection& file) {
   const auto noted = SyncAnchor(file).read();
   try {
     if (!noted || stateOf(*noted, file) != NotedAct::IsMissing) return std::nullopt;
-  } catch (const DamagedRow&) {
+  } catch (const DamagedBytes&) {
     return std::nullopt;  // told of its own, and proves nothing
   }
   auto last = file.prepare(
@@ -339,7 +339,8 @@ bool hasDamagedLog(const sqlite::Connection& file) {
 }
 
 std::vector<std::string> storeProblems(const std::string& path) {
-  auto file = openExistingStoreFile(path, MissingIndexes::Allow);
+  auto store = openExistingStoreFile(path, MissingIndexes::Allow);
+  auto& file = store.file();
   file.keepLog();  // whatever is wrong with it is still to be seen afterwards
   auto problems = problemsIn(file);
   checkAnchor(file, problems);

@@ -194,7 +194,8 @@ void writeAnew(sqlite::Connection& file, const std::string& path) {
 bool eraseRecord(const std::string& path, const RecordKey& key, const std::string& name,
                  std::int64_t followedTags) {
   try {
-    auto file = openExistingStoreFile(path, MissingIndexes::Allow);
+    auto store = openExistingStoreFile(path, MissingIndexes::Allow);
+    auto& file = store.file();
     file.execute("PRAGMA foreign_keys=ON; PRAGMA secure_delete=ON; PRAGMA synchronous=FULL");
     sqlite::Transaction transaction(file);
     bringUpToDate(file, path);

@@ -16,8 +16,8 @@ Answer answerOf(const std::string& path, Answer (*ask)(sqlite::Connection&, std:
                 std::int64_t number) {
   auto store = openExistingStoreFile(path, MissingIndexes::Allow);
   try {
-    if (store.queryInteger("PRAGMA user_version") != kSchemaVersion) return {};
-    return ask(store, number);
+    if (store.file().queryInteger("PRAGMA user_version") != kSchemaVersion) return {};
+    return ask(store.file(), number);
   } catch (const sqlite::Error& error) {
     throwStoreError(path, error);
   }

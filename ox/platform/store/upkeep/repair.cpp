@@ -11,7 +11,7 @@
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/schema/kept_copies.hpp"
 #include "ox/platform/store/schema/schema.hpp"
-#include "ox/platform/store/schema/sync_anchor.hpp"
+#include "ox/platform/store/schema/store_connection.hpp"
 #include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
@@ -195,11 +195,13 @@ void mendRows(sqlite::Connection& file, const std::string& path, RepairReport& r
 
 // What is missing cannot be brought back from here, and is told until somebody has said that the
 // store is good without it.
-void acceptWithoutMissingAct(sqlite::Connection& file, RepairReport& repair) {
+void acceptWithoutMissingAct(StoreConnection& store, const std::string& path,
+                             RepairReport& repair) {
   try {
-    const auto missing = missingActOf(file);
+    const auto missing = missingActOf(store.file());
     if (!missing) return;
-    SyncAnchor(file).remove();
+    if (repair.copy.empty()) repair.copy = keepCopy(path, "repair");
+    store.anchor().remove();
     repair.mended.push_back("took the store as it is: " + *missing);
   } catch (const std::system_error& error) {
     repair.left.emplace_back(error.what());
@@ -210,8 +212,8 @@ void acceptWithoutMissingAct(sqlite::Connection& file, RepairReport& repair) {
 template <typename Take>
 void readRows(const std::string& path, std::string_view sql, Take take) {
   try {
-    auto file = openExistingStoreFile(path);
-    auto rows = file.prepare(sql);
+    auto store = openExistingStoreFile(path);
+    auto rows = store.file().prepare(sql);
     take(rows);
   } catch (const sqlite::Error& error) {
     throwStoreError(path, error);
@@ -226,13 +228,14 @@ RepairReport repairStore(const std::string& path) {
   RepairReport repair;
   repair.left = storeProblems(path);
   try {
-    auto file = openExistingStoreFile(path, MissingIndexes::Allow);
+    auto store = openExistingStoreFile(path, MissingIndexes::Allow);
+    auto& file = store.file();
     if (repair.left.empty() || hasDamagedLog(file) || !canBeMended(file, path)) {
       file.keepLog();
       return repair;
     }
     mendRows(file, path, repair);
-    acceptWithoutMissingAct(file, repair);
+    acceptWithoutMissingAct(store, path, repair);
   } catch (const sqlite::Error& error) {
     throwStoreError(path, error);
   }
@@ -246,7 +249,8 @@ void makeMissingIndexes(sqlite::Connection& file) {
 
 void makeMissingIndexes(const std::string& path) {
   try {
-    auto file = openExistingStoreFile(path, MissingIndexes::Allow);
+    auto store = openExistingStoreFile(path, MissingIndexes::Allow);
+    auto& file = store.file();
     sqlite::Transaction transaction(file);
     makeMissingIndexes(file);
     transaction.commit();

@@ -1,8 +1,9 @@
-#include "ox/platform/store/file/noted_act.hpp"
+#include "ox/platform/store/schema/noted_act.hpp"
 
+#include <string>
 #include <string_view>
 
-#include "ox/platform/store/file/statements.hpp"
+#include "ox/records/damaged_bytes.hpp"
 
 namespace ox {
 namespace {
@@ -11,10 +12,14 @@ std::string_view bytesOf(const std::array<std::uint8_t, 16>& name) {
   return {reinterpret_cast<const char*>(name.data()), name.size()};
 }
 
+void requireSound(bool isSound, const char* what) {
+  if (!isSound) throw DamagedBytes(std::string(what) + " is damaged");
+}
+
 bool isOfStore(const SyncedAct& noted, sqlite::Connection& store) {
-  auto row = store.prepare(sqlOf(Sql::StoreName));
+  auto row = store.prepare("SELECT name, sound FROM store");
   if (!row.step()) return false;
-  requireSound(row, 1, "the name of the store");
+  requireSound(row.integer(1) != 0, "the name of the store");
   return row.blob(0) == bytesOf(noted.store);
 }
 
@@ -36,7 +41,7 @@ NotedAct stateOf(const SyncedAct& noted, sqlite::Connection& store) {
     const auto last = store.queryInteger("SELECT max(number) FROM act");
     return number > last ? NotedAct::IsMissing : NotedAct::Unknown;
   }
-  requireSound(act, 1, "an act of the journal");
+  requireSound(act.integer(1) != 0, "an act of the journal");
   if (act.blob(0) == bytesOf(noted.moment.name)) return NotedAct::IsThere;
   return hasForgottenSince(number, store) ? NotedAct::Unknown : NotedAct::IsMissing;
 }

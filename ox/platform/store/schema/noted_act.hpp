@@ -14,7 +14,7 @@ enum class NotedAct : std::uint8_t {
             // one before somebody was forgotten, when all acts got other names
   IsMissing,
 };
-// Throws sqlite::Error, and DamagedRow where a row that is asked for is damaged.
+// Throws sqlite::Error, and DamagedBytes where a row that is asked for is damaged.
 NotedAct stateOf(const SyncedAct& noted, sqlite::Connection& store);
 
 }  // namespace ox
