@@ -97,6 +97,30 @@ TEST(StoreProblems, ADamagedAccountCostsItselfAlone) {
             "1\n");
 }
 
+// What is damaged is not said to be gone, and nothing is taken back by halves.
+TEST(StoreProblems, NothingIsUndoneThatADamagedAccountIsIn) {
+  run({"accounts", "add", "Marker", "--identifier", "M:ABAccount"});
+  run({"add-person", "Marker", "name=Eve"});
+  run({"add-person", "_local", "name=Ann"});
+  run({"remove-person", "Eve"});
+  run({"set", "Ann", "note=one"});
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  support::writeDamagedRows(store, "UPDATE container SET type = type WHERE id = 2");
+  const std::string told = store + ": row 2 of the accounts is damaged";
+  for (const auto* number : {"4", "1"}) {  // the removal of Eve, the making of her account
+    const auto undone = run({"undo", number});
+    EXPECT_EQ(undone.exitCode, 1) << number;
+    EXPECT_EQ(undone.output, "") << number;
+    EXPECT_NE(undone.errors.find(told), std::string::npos) << undone.errors;
+    EXPECT_EQ(undone.errors.find("not there"), std::string::npos) << undone.errors;
+  }
+  const auto undone = run({"undo", "5"});  // is about somebody else
+  EXPECT_NE(undone.errors.find(told), std::string::npos) << undone.errors;
+  const auto shown = run({"show", "Ann"}).output;
+  EXPECT_NE(shown.find("Ann"), std::string::npos) << shown;
+  EXPECT_EQ(shown.find("one"), std::string::npos) << shown;
+}
+
 TEST(StoreProblems, AReadOnlyFolderIsTold) {
   if (::geteuid() == 0) GTEST_SKIP() << "permissions do not bind this user";
   const auto folder = temporaryPath("sealed");

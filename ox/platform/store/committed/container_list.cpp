@@ -27,10 +27,17 @@ void ContainerList::load() {
   loaded_ = true;
 }
 
+std::string ContainerList::damageOf(std::int32_t row) {
+  return "row " + std::to_string(row) + " of the accounts is damaged";
+}
+
 void ContainerList::noticeDamage(std::int32_t row) const {
   const auto& name = file_.address().name();
-  failures::notice(FailureKind::Corrupt,
-                   name + ": row " + std::to_string(row) + " of the accounts is damaged", name);
+  failures::notice(FailureKind::Corrupt, name + ": " + damageOf(row), name);
+}
+
+bool ContainerList::isDamaged(std::int32_t row) const {
+  return std::ranges::find(damaged_, row) != damaged_.end();
 }
 
 const std::vector<ContainerPtr>& ContainerList::all() {
@@ -43,11 +50,31 @@ ContainerPtr ContainerList::inRow(std::int32_t row) {
   load();
   const auto found = byRow_.find(row);
   if (found != byRow_.end()) return found->second;
-  if (std::ranges::find(damaged_, row) != damaged_.end()) noticeDamage(row);
+  if (isDamaged(row)) noticeDamage(row);
   return nullptr;
 }
 
+ContainerPtr ContainerList::soundInRow(std::int32_t row) {
+  load();
+  if (isDamaged(row)) throw DamagedRow(damageOf(row));
+  return inRow(row);
+}
+
 std::int32_t ContainerList::rowOf(std::string_view identifier) {
+  const auto row = findRowOf(identifier);
+  if (row != 0) return row;
+  // It may be one of those.
+  for (const auto damaged : damaged_) noticeDamage(damaged);
+  return 0;
+}
+
+std::int32_t ContainerList::soundRowOf(std::string_view identifier) {
+  const auto row = findRowOf(identifier);
+  if (row == 0 && !damaged_.empty()) throw DamagedRow(damageOf(damaged_.front()));
+  return row;
+}
+
+std::int32_t ContainerList::findRowOf(std::string_view identifier) {
   load();
   std::int32_t byStandardId = 0;
   int matches = 0;
@@ -57,10 +84,7 @@ std::int32_t ContainerList::rowOf(std::string_view identifier) {
     byStandardId = row;
     ++matches;
   }
-  if (matches == 1) return byStandardId;
-  // It may be one of those.
-  for (const auto row : damaged_) noticeDamage(row);
-  return 0;
+  return matches == 1 ? byStandardId : 0;
 }
 
 std::string standardContainerId(std::string_view identifier) {

@@ -22,13 +22,20 @@ class ContainerList {
   const std::vector<ContainerPtr>& all();
   // Null when there is none in that row.
   ContainerPtr inRow(std::int32_t row);
+  // The same; throws DamagedRow where that row is damaged.
+  ContainerPtr soundInRow(std::int32_t row);
   // By exact identifier, else the one container whose standard id equals the text; 0 without one.
   std::int32_t rowOf(std::string_view identifier);
+  // The same; throws DamagedRow where a damaged one may be it.
+  std::int32_t soundRowOf(std::string_view identifier);
   void forget() { loaded_ = false; }
 
  private:
   void load();
+  static std::string damageOf(std::int32_t row);
   void noticeDamage(std::int32_t row) const;
+  bool isDamaged(std::int32_t row) const;
+  std::int32_t findRowOf(std::string_view identifier);
 
   StoreFile& file_;
   bool loaded_ = false;

@@ -91,8 +91,8 @@ bool WayBack::isMine(std::int64_t row) const {
 void WayBack::bringContainersBack() {
   for (const auto& [row, net] : mine_.containers()) {
     if (!net.wasThere || net.isThere) continue;
-    if (committed_.containers().inRow(row)) continue;  // it is there again
-    if (committed_.containers().rowOf(standardContainerId(net.info.identifier)) != 0) {
+    if (committed_.containers().soundInRow(row)) continue;  // it is there again
+    if (committed_.containers().soundRowOf(standardContainerId(net.info.identifier)) != 0) {
       stays({}, "there is another account " + net.info.identifier + " now");
       continue;
     }
@@ -135,7 +135,8 @@ void WayBack::settleRecord(std::int64_t row, const NetRecord& net) {
 
 void WayBack::bringBack(std::int64_t row, const NetRecord& net) {
   if (committed_.find(net.key)) return stays(net.key, "its identifier is another record's now");
-  if (!committed_.containers().inRow(net.container) && !containersBack_.contains(net.container)) {
+  if (!committed_.containers().soundInRow(net.container) &&
+      !containersBack_.contains(net.container)) {
     return stays(net.key, "its account is not there any more");
   }
   Act::RestoredRecord restored;
@@ -239,11 +240,11 @@ void WayBack::bringLinkBack(const Act::ChangedLink& link) {
 
 void WayBack::takeContainersAway() {
   for (const auto& [row, net] : mine_.containers()) {
-    if (net.wasThere || !net.isThere || !committed_.containers().inRow(row)) continue;
+    if (net.wasThere || !net.isThere || !committed_.containers().soundInRow(row)) continue;
     const auto held = stored_.recordsIn(row);
     if (std::ranges::all_of(held,
                             [&](const auto& record) { return removed_.contains(record.row); })) {
-      act_.removedContainers.push_back({row, *committed_.containers().inRow(row)});
+      act_.removedContainers.push_back({row, *committed_.containers().soundInRow(row)});
     } else {
       stays({}, "the account " + net.info.name + " holds records since, and stays");
     }
