@@ -8,10 +8,13 @@
 
 namespace ox::vcard {
 
-// name.cpp: N, its readings, and what FN makes of them
-ReadProperty readName, readFormattedName, readSound;
-WriteProperty writeName;  // both lines
+// name.cpp: N and its readings
+ReadProperty readName, readSound;
+WriteProperty writeName;  // FN too
 LacksProperty lacksReadings;
+
+// formatted_name.cpp: FN
+ReadProperty readFormattedName;
 
 // single_text.cpp: NICKNAME, TITLE, X-MAIDENNAME, X-PHONETIC-..., NOTE
 ReadProperty readSingleText, readNote;
