@@ -174,8 +174,51 @@ TEST(CardThrough, FormattedNameThatCannotBeSaidStaysInItsPlace) {
   EXPECT_EQ(linesOf(propertiesOf("3.0", unescaped), {}), unescaped);
   const auto text =
       linesOf(propertiesOf("3.0", "N:Lee;Ann;;;\nFN:Ann\x1d\nFN:Both\nUID:a-1\nX-A:1\n"), {});
-  EXPECT_EQ(text, "N:Lee;Ann;;;\nFN:Ann Lee\nUID:a-1\nX-OX-LINE:FN%3AAnn%1D\nFN:Both\nX-A:1\n");
+  EXPECT_EQ(text, "N:Lee;Ann;;;\nFN:Ann\nUID:a-1\nX-OX-LINE:FN%3AAnn%1D\nFN:Both\nX-A:1\n");
   EXPECT_EQ(linesOf(propertiesOf("3.0", text), {}), text);
+}
+
+// Whatever stands around the name of a line, a writer has to take it for the same property as the
+// reader did.
+TEST(CardThrough, TheFormattedNameThatCountsIsWrittenFirst) {
+  const auto expectWrittenAs = [](const std::string& lines, const std::string& expected,
+                                  CardVersion version) {
+    for (const auto& each : {lines, expected}) {
+      EXPECT_EQ(linesOf(propertiesOf("4.0", each), {.version = version}), expected) << each;
+    }
+  };
+  const auto expectBoth = [&](const std::string& lines, const std::string& in30,
+                              const std::string& in40) {
+    expectWrittenAs(lines, in30, CardVersion::V30);
+    expectWrittenAs(lines, in40, CardVersion::V40);
+  };
+  const std::string none = "N:;;;;\n";
+  const std::string dot = "FN:Firm\nORG:Firm\nX-OX-LINE:.FN%3AFirm\nFN:Firm\\;Unit\n";
+  expectBoth(".FN:Firm\nORG:Firm\nFN:Firm\\;Unit\n", none + dot, dot);
+  const std::string dots = "FN:Annie\nX-OX-LINE:a.b.FN%3AAnnie\nFN:Ann\n";
+  expectBoth("N:Lee;Ann;;;\na.b.FN:Annie\nFN:Ann\n", "N:Lee;Ann;;;\n" + dots,
+             "N:Lee;Ann;;;\n" + dots);
+  const std::string made = "FN;DERIVED=TRUE:x\nFN;DERIVED=TRUE:y\n";
+  expectBoth(made, none + made, made);
+  expectBoth("FN;DERIVED=TRUE:x\nFN;DERIVED=TRUE:y\nFN: \n", none + made, made);
+  expectBoth("FN;DERIVED=TRUE;A=\x02:x\nFN;DERIVED=TRUE:y\n",
+             none +
+                 "FN;X-DERIVED=TRUE:x\nX-OX-LINE:FN%3BDERIVED%3DTRUE%3BA%3D%02%3Ax\n"
+                 "FN;DERIVED=TRUE:y\n",
+             "FN;DERIVED=TRUE:x\nX-OX-LINE:FN%3BDERIVED%3DTRUE%3BA%3D%02%3Ax\n"
+             "FN;DERIVED=TRUE:y\n");
+}
+
+TEST(CardThrough, AFormattedNameOfBlanksIsNone) {
+  EXPECT_EQ(linesOf(propertiesOf("4.0", "FN: \nFN:Ann Lee\nFN:\x01\n"), {}),
+            "N:Lee;Ann;;;\nFN:Ann Lee\n");
+}
+
+TEST(CardThrough, AFormerNameOfTheCompanyIsNobodysName) {
+  auto bag = propertiesOf("3.0", "FN:Firm\nFN:The Firm\nORG:Firm\n");
+  EXPECT_EQ(linesOf(bag, {}), "N:;;;;\nFN:Firm\nORG:Firm\nFN:The Firm\n");
+  bag.set(property_id::kOrganization, Object("Works"));
+  EXPECT_EQ(linesOf(bag, {}), "N:;;;;\nFN:Works\nORG:Works\n");
 }
 
 TEST(CardThrough, RanksOfPreferenceComeBack) {

@@ -133,19 +133,29 @@ const Parameter* ContentLine::find(ParameterKind kind) const {
   return nullptr;
 }
 
+LineName lineNameOf(std::string_view line) {
+  LineName result;
+  std::size_t start = 0;
+  auto end = endOfName(line, 0);
+  while (end < line.size() && line[end] == '.') {
+    result.group = line.substr(0, end);
+    start = end + 1;
+    end = endOfName(line, start);
+  }
+  if (end == start) return {};
+  result.name = line.substr(start, end - start);
+  result.end = end;
+  return result;
+}
+
 std::size_t parseHead(std::string_view text, ContentLine& line) {
   line.parameters.clear();
   line.encoding = Encoding::None;
   line.charset = {};
-  line.group = {};
-  std::size_t start = 0;
-  auto at = endOfName(text, 0);
-  while (at < text.size() && text[at] == '.') {
-    line.group = text.substr(0, at);
-    start = at + 1;
-    at = endOfName(text, start);
-  }
-  line.name = text.substr(start, at - start);
+  const auto front = lineNameOf(text);
+  line.group = front.group;
+  line.name = front.name;
+  auto at = front.end;
   while (at < text.size() && isBlank(text[at])) ++at;
   if (line.name.empty() || at == text.size() || (text[at] != ':' && text[at] != ';')) return npos;
   while (at < text.size() && text[at] == ';') at = parseParameter(text, at + 1, line);

@@ -53,6 +53,14 @@ struct ContentLine {
   const Parameter* find(ParameterKind kind) const;
 };
 
+// Group and name at the front of a line, as every reader takes them. Several dots are one group.
+struct LineName {
+  std::string_view group;
+  std::string_view name;
+  std::size_t end = 0;  // of the name; 0: the line starts with none
+};
+LineName lineNameOf(std::string_view line);
+
 // Splits the head of a line, up to the colon that starts its value, and fills everything but number
 // and value. The length of the head; npos when the text is no content line.
 std::size_t parseHead(std::string_view text, ContentLine& line);

@@ -1,8 +1,10 @@
 #include "ox/vcard/properties/formatted_name.hpp"
 
 #include <string>
+#include <utility>
 
 #include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/properties/each_property.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
 #include "ox/vcard/unmodelled/unmodelled_line.hpp"
@@ -36,48 +38,88 @@ std::string nameInstead(PropertyWriter& card) {
   return "?";
 }
 
+// What a preserved FN line says: a text that may be written, empty when there is none.
+struct FormattedName {
+  std::string text;
+  bool isDerived = false;
+};
+
+FormattedName nameOfLine(std::string_view preserved) {
+  FormattedName name;
+  ContentLine line;
+  const auto colon = parseHead(preserved, line);
+  if (colon == std::string_view::npos) return name;
+  name.isDerived = isDerived(line);
+  const auto text = unescaped(preserved.substr(colon + 1), Dialect::V30);
+  const CardText clean(text);
+  if (!trimmed(clean.view()).empty()) name.text = clean.view();
+  return name;
+}
+
+// One that is made of something else than names has to say so, or a reader would take it for the
+// name.
+void writeText(std::string_view text, bool isMade, PropertyWriter& card) {
+  card.line().raw("FN");
+  if (isMade) card.line().raw(card.is30() ? ";X-DERIVED=TRUE" : ";DERIVED=TRUE");
+  card.line().raw(":").text(text).end();
+}
+
+void writeComposed(std::string_view composed, std::string_view company, PropertyWriter& card) {
+  if (!composed.empty() || !company.empty()) {
+    writeText(composed.empty() ? company : composed, false, card);
+  } else {
+    writeText(nameInstead(card), true, card);
+  }
+}
+
+// The line that counts, as it is; where the version does not admit that, what it says.
+void writePreserved(std::string_view line, const FormattedName& name, PropertyWriter& card) {
+  std::string room;
+  if (const auto admitted = UnmodelledLine(line).inVersion(card.version(), room)) {
+    card.line().raw(*admitted).end();
+  } else {
+    writeText(name.text, name.isDerived, card);
+    card.noteFormattedNameUnsaid();
+  }
+}
+
 }  // namespace
 
-// What was made of other lines gives way to what somebody is called.
+// Of several lines the first counts that is called something, and before it one that is not made of
+// other lines. What is only blanks calls nobody anything.
 bool readFormattedName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
+  auto text = draft.text(line);
+  if (trimmed(CardText(text).view()).empty()) return true;
   auto& name = draft.name;
   const bool isMade = isDerived(line);
   if (!name.formatted.empty() && (!name.isDerived || isMade)) {
     name.isRepeated = true;
     return false;
   }
-  name.formatted = draft.text(line);
+  name.formatted = std::move(text);
   name.isDerived = isMade;
   name.formattedLine.clear();
   appendPreserved(line, name.formattedLine);
-  if (draft.facts.isGroup && !name.isDerived && !name.formatted.empty()) {
+  if (draft.facts.isGroup && !name.isDerived) {
     draft.preserveParameters(property_id::kGroupName, line);
   }
   return true;
 }
 
-// Never missing. One that is made of something else than names has to say so, or a reader would
-// take it for the name.
+// FN is never missing. What a record without a name is called, but the company is not, was the
+// company's former name, and would be read as hers.
 void writeFormattedName(const NameParts& parts, PropertyWriter& card) {
-  const auto line =
-      card.isNameChanged() ? std::string_view() : card.unmodelled().formattedNameLine();
-  std::string room;
-  if (!line.empty()) {
-    if (const auto admitted = UnmodelledLine(line).inVersion(card.version(), room)) {
-      card.line().raw(*admitted).end();
-      return;
-    }
-  }
   std::string composed;
   composeFullName(parts, composed);
   const auto company = card.textOf(property_id::kOrganization);
-  if (!composed.empty() || !company.empty()) {
-    card.line().raw("FN:").text(composed.empty() ? company : composed).end();
-  } else {
-    card.line().raw(card.is30() ? "FN;X-DERIVED=TRUE:" : "FN;DERIVED=TRUE:");
-    card.line().text(nameInstead(card)).end();
+  const auto line = card.unmodelled().formattedNameLine();
+  if (!card.isNameChanged() && !line.empty()) {
+    const auto name = nameOfLine(line);
+    const bool isHers = name.isDerived || !composed.empty() || name.text == company;
+    if (isHers && !name.text.empty()) return writePreserved(line, name, card);
+    card.noteNameChanged();
   }
-  if (!line.empty()) card.noteFormattedNameUnsaid();
+  writeComposed(composed, company, card);
 }
 
 }  // namespace ox::vcard

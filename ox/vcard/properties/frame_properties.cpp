@@ -35,7 +35,7 @@ bool readStoredValues(const PropertyRow& /*row*/, const ContentLine& line, CardD
 bool readWrappedLine(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
   auto text = validUtf8(percentDecoded(line.value));
   if (text.empty()) return false;
-  if (isWord(lineNameOf(text).name, "FN")) draft.name.isRepeated = !draft.name.formatted.empty();
+  if (isWord(lineNameOf(text).name, "FN")) draft.name.isRepeated = true;
   draft.unmodelled.addEncoded(std::move(text));
   return true;
 }

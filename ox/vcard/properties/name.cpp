@@ -204,8 +204,7 @@ void settleName(CardDraft& draft) {
   auto& name = draft.name;
   auto& values = draft.values;
   const auto& company = values.text(property_id::kOrganization);
-  if (name.isDerived && !name.hasParts) return;
-  if (!name.hasParts && name.formatted != company) {
+  if (!name.hasParts && !name.isDerived && name.formatted != company) {
     const auto parts = partsOfFullName(name.formatted);
     values.text(property_id::kFirst) = parts.first;
     values.text(property_id::kLast) = parts.last;
@@ -214,9 +213,11 @@ void settleName(CardDraft& draft) {
   std::string composed;
   composeFullName(parts, composed);
   const bool isCovered = name.formatted.empty() || name.formatted == composed ||
-                         (composed.empty() && name.formatted == company);
+                         (composed.empty() && (name.isDerived || name.formatted == company));
   if (isCovered && !name.isRepeated) return;
-  draft.unmodelled.lines.insert(draft.unmodelled.lines.begin(), name.formattedLine);
+  // A writer takes the first one for the one that counts.
+  auto& lines = draft.unmodelled.lines;
+  if (!name.formatted.empty()) lines.insert(lines.begin(), name.formattedLine);
   // What FN says counts as long as the name is the one that came with it.
   if (name.verbatimParts.empty()) {
     draft.preserveVerbatim(property_id::kLast, valueOfUncleanName(parts));

@@ -101,22 +101,7 @@ void appendPreservedHead(const ContentLine& line, std::string& out) {
 
 }  // namespace
 
-LineName lineNameOf(std::string_view line) {
-  LineName result;
-  std::size_t length = nameLength(line);
-  std::size_t start = 0;
-  if (length > 0 && length < line.size() && line[length] == '.') {
-    result.group = line.substr(0, length);
-    start = length + 1;
-    length = nameLength(line.substr(start));
-  }
-  if (length == 0) return {};
-  result.name = line.substr(start, length);
-  result.end = start + length;
-  return result;
-}
-
-bool isGroupName(std::string_view text) {
+bool isName(std::string_view text) {
   return !text.empty() && nameLength(text) == text.size();
 }
 
@@ -128,7 +113,8 @@ std::string groupKey(std::string_view group) {
 
 bool isWellFormed(std::string_view line, CardVersion version) {
   const auto name = lineNameOf(line);
-  if (name.end == 0) return false;
+  const bool hasGroup = name.name.data() != line.data();
+  if (!isName(name.name) || (hasGroup && !isName(name.group))) return false;
   const auto colon = endOfParameters(line, name.end, version);
   if (colon == std::string_view::npos || colon >= line.size() || line[colon] != ':') return false;
   const auto value = line.substr(colon + 1);

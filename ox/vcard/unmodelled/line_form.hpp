@@ -12,15 +12,8 @@
 
 namespace ox::vcard {
 
-// Group and name at the front of a preserved line.
-struct LineName {
-  std::string_view group;
-  std::string_view name;
-  std::size_t end = 0;  // 0: the line starts with no name
-};
-LineName lineNameOf(std::string_view line);
-
-bool isGroupName(std::string_view text);
+// True for a text that a group or a property can be called.
+bool isName(std::string_view text);
 // What groups of lines are compared by.
 std::string groupKey(std::string_view group);
 

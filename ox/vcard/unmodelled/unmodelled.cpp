@@ -77,7 +77,7 @@ void Unmodelled::takeDetail(const DetailView& detail) {
       parameters_.push_back(detail);
       return;
     case DetailKind::Group:
-      if (!isGroupName(detail.text)) return;
+      if (!isName(detail.text)) return;
       groups_.push_back(detail);
       takeGroup(detail.text);
   }

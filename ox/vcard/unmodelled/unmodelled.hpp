@@ -16,7 +16,7 @@ class Unmodelled {
  public:
   explicit Unmodelled(const PropertyBag& properties);
 
-  // The first FN line; empty without one.
+  // The FN line that counts: the first, where a reader puts it. Empty without one.
   std::string_view formattedNameLine() const { return formattedNameLine_; }
   // Every line, that one and nested cards included, in order.
   const std::vector<std::string_view>& lines() const { return lines_; }

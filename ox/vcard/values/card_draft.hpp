@@ -30,10 +30,10 @@ struct CardFacts {
 struct NameLines {
   bool hasParts = false;      // N gave some
   std::string verbatimParts;  // N, when it was preserved
-  std::string formatted;
+  std::string formatted;      // of the FN that counts
   std::string formattedLine;  // as it is preserved
-  bool isDerived = false;     // FN is made of something that is no name
-  bool isRepeated = false;    // there is more than one FN
+  bool isDerived = false;     // it is made of something that is no name
+  bool isRepeated = false;    // there are others, which are preserved
 };
 
 // TYPE words that no label is made of are parameters to preserve, unless the value is made of them.

@@ -120,7 +120,7 @@ void GroupedLines::preserveGroups(CollectedUnmodelled& unmodelled) const {
   std::unordered_set<std::string> groups;
   for (const auto& line : unmodelled.lines) {
     const auto group = lineNameOf(line).group;
-    if (!group.empty()) groups.insert(groupKey(group));
+    if (isName(group)) groups.insert(groupKey(group));
   }
   if (groups.empty()) return;
   for (const auto& entry : entries_) {
