@@ -114,6 +114,8 @@ TEST(CardValues, AccountsNameTheirService) {
       {"3.0", "X-AIM:a\nX-SKYPE-USERNAME:b\nX-GTALK:c\nX-QQ:5\n",
        account("a", "AIM") + account("b", "Skype") + account("c", "GoogleTalk") +
            account("5", "QQ")},
+      {"3.0", "X-JABBER;X-SERVICE-TYPE=GTalk:a\nX-AIM;X-SERVICE-TYPE=Own:b\n",
+       account("a", "GoogleTalk") + account("b", "Own")},
       {"3.0", "IMPP;X-SERVICE-TYPE=GoogleTalk:xmpp:g%40h\n",
        account("g@h", "GoogleTalk") + "kept=;19#1:xmpp:g%40h\n"},
       {"4.0", "IMPP:xmpp:j\nIMPP:ymsgr:y\n", account("j", "Jabber") + account("y", "Yahoo")},

@@ -91,8 +91,20 @@ std::string_view schemeOfService(std::string_view service) {
   return "x-apple";
 }
 
-// The account that a value of IMPP means. `named` is what X-SERVICE-TYPE says, which tells the
-// service more exactly than the scheme.
+// What X-SERVICE-TYPE says, which tells the service more exactly than a scheme or the name of the
+// line; empty without that parameter.
+std::string serviceType(const ContentLine& line) {
+  const auto* parameter = line.find(ParameterKind::ServiceType);
+  return parameter != nullptr ? parameterText(*parameter) : std::string();
+}
+
+// The service of that name, which need not be one that is known.
+std::string_view serviceNamed(std::string_view name) {
+  const auto known = knownService(name);
+  return known.empty() ? name : known;
+}
+
+// The account that a value of IMPP means. `named` is what X-SERVICE-TYPE says.
 Account accountOfUri(std::string_view uri, std::string_view named) {
   const auto scheme = schemeOf(uri);
   auto service = knownService(scheme);
@@ -101,7 +113,7 @@ Account accountOfUri(std::string_view uri, std::string_view named) {
     std::string upperName(named);
     for (auto& c : upperName) c = upper(c);
     isScheme |= isWord(scheme, upperName);
-    service = knownService(named).empty() ? named : knownService(named);
+    service = serviceNamed(named);
   }
   if (isScheme && !scheme.empty()) uri.remove_prefix(scheme.size() + 1);
   return {validUtf8(percentDecoded(uri)), std::string(service)};
@@ -131,7 +143,10 @@ Dictionary dictionaryOf(std::string user, std::string_view service) {
 bool readMessageUser(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
   auto user = draft.text(line);
   if (trimmed(user).empty()) return true;
-  draft.addEntry(row.property, dictionaryOf(std::move(user), row.implied), line, {});
+  const auto named = serviceType(line);
+  draft.addEntry(row.property,
+                 dictionaryOf(std::move(user), named.empty() ? row.implied : serviceNamed(named)),
+                 line, {.ownKinds = bitOf(ParameterKind::ServiceType)});
   return true;
 }
 
@@ -139,11 +154,7 @@ bool readMessageUri(const PropertyRow& row, const ContentLine& line, CardDraft& 
   const auto given = draft.text(line);
   const auto uri = trimmed(given);
   if (uri.empty()) return true;
-  std::string named;
-  if (const auto* parameter = line.find(ParameterKind::ServiceType)) {
-    named = parameterText(*parameter);
-  }
-  auto held = accountOfUri(uri, named);
+  auto held = accountOfUri(uri, serviceType(line));
   const bool isOurs = !isUri(uri) || uriOfAccount(held) == uri;
   draft.addEntry(row.property, dictionaryOf(std::move(held.user), held.service), line,
                  {.ownKinds = bitOf(ParameterKind::ServiceType)});
