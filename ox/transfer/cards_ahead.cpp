@@ -2,10 +2,8 @@
 
 #include <memory>
 #include <utility>
-#include <variant>
 
 #include "ox/base/failures.hpp"
-#include "ox/records/fingerprint.hpp"
 #include "ox/transfer/person_import.hpp"
 
 namespace ox::vcard {
@@ -15,11 +13,11 @@ namespace {
 constexpr std::size_t kCardsAtOnce = PersonImport::kBatchCards;
 constexpr std::size_t kBytesAtOnce = 8U << 20U;
 
-CardRead examined(Reader::Result result, std::uint64_t bytesRead) {
-  const auto* card = std::get_if<Card>(&result);
-  const auto fingerprint =
-      card != nullptr && !card->isGroup ? contentFingerprint(card->properties, card->photo) : 0;
-  return {std::move(result), fingerprint, bytesRead};
+CardRead taken(Reader::Result&& result, std::uint64_t bytesRead) {
+  if (auto* refusal = std::get_if<Refusal>(&result)) return {std::move(*refusal), bytesRead};
+  auto& card = std::get<Card>(result);
+  if (card.isGroup) return {std::move(card), bytesRead};
+  return {personCard(std::move(card)), bytesRead};
 }
 
 }  // namespace
@@ -37,7 +35,7 @@ CardsAhead::Batch CardsAhead::readBatch() {
         batch.isLast = true;
         break;
       }
-      batch.cards.push_back(examined(*std::move(result), reader_.bytesRead()));
+      batch.cards.push_back(taken(*std::move(result), reader_.bytesRead()));
     }
   } catch (...) {
     batch.failure = std::current_exception();

@@ -4,24 +4,25 @@
 #include <cstdint>
 #include <exception>
 #include <future>
+#include <variant>
 #include <vector>
 
+#include "ox/transfer/person_card.hpp"
 #include "ox/vcard/read/reader.hpp"
 #include "ox/vcard/source/byte_source.hpp"
 
 namespace ox::vcard {
 
-// A card, or why it is none, with what an import asks of it first.
+// A person's card, a group's, or why it is none.
 struct CardRead {
-  Reader::Result result;
-  std::uint64_t fingerprint = 0;  // contentFingerprint of a person's card
-  std::uint64_t bytesRead = 0;    // of the file so far
+  std::variant<PersonCard, Card, Refusal> result;
+  std::uint64_t bytesRead = 0;  // of the file so far
 };
 
 // The cards of one file in their order. While the caller deals with a batch of them, the next one
-// is read on another thread; one at most, so that memory stays bounded by it and by the largest
-// card. What a pipe has given must not wait for what it has not: there everything happens on the
-// caller's thread, as in small files. Used by one thread at a time.
+// is read and encoded on another thread; one at most, so that memory stays bounded by it and by the
+// largest card. What a pipe has given must not wait for what it has not: there everything happens
+// on the caller's thread, as in small files. Used by one thread at a time.
 class CardsAhead {
  public:
   // The source is borrowed for the life of this.

@@ -75,15 +75,18 @@ class Import {
       refuse(path, refusal->line, std::move(refusal->reason));
       return;
     }
-    auto& card = std::get<Card>(read.result);
-    if (options_.strict && !card.repairs.empty()) {
-      const auto& first = card.repairs.front();
-      refuse(path, first.line, "not clean: " + first.reason);
-    } else if (card.isGroup) {
-      groups_.add(path, std::move(card));
+    if (auto* group = std::get_if<Card>(&read.result)) {
+      if (isWelcome(path, group->repairs)) groups_.add(path, std::move(*group));
     } else {
-      persons_.add(path, std::move(card), read.fingerprint);
+      auto& person = std::get<PersonCard>(read.result);
+      if (isWelcome(path, person.repairs)) persons_.add(path, std::move(person));
     }
+  }
+
+  bool isWelcome(const std::string& path, const std::vector<Problem>& repairs) {
+    if (!options_.strict || repairs.empty()) return true;
+    refuse(path, repairs.front().line, "not clean: " + repairs.front().reason);
+    return false;
   }
 
   void refuse(const std::string& path, std::size_t line, std::string reason) {

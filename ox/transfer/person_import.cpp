@@ -1,13 +1,13 @@
 #include "ox/transfer/person_import.hpp"
 
 #include <algorithm>
-#include <functional>
 #include <span>
 #include <stdexcept>
 #include <utility>
 
-#include "ox/records/card_uid.hpp"
+#include "ox/base/text/keyed_hash.hpp"
 #include "ox/records/fingerprint.hpp"
+#include "ox/records/property_codec.hpp"
 #include "ox/vcard/write/writer.hpp"
 
 namespace ox::vcard {
@@ -17,9 +17,12 @@ namespace {
 constexpr std::size_t kCardsAsked = 1000;
 constexpr std::size_t kBytesAsked = 1U << 20U;
 
-template <typename Record>
-bool sameRecord(const Record& record, const Card& card) {
-  return sameData(record.image, card.photo) && sameContent(record.properties, card.properties);
+// Nearly always the fingerprints tell, or the bytes.
+bool sameRecord(const NewRecord& record, const PersonCard& card) {
+  if (record.fingerprint != card.fingerprint || !sameData(record.image, card.photo)) return false;
+  const auto& bytes = record.encoded->bytes;
+  return bytes == card.values.bytes ||
+         sameContent(decodeProperties(bytes), decodeProperties(card.values.bytes));
 }
 
 // Whoever was given no UID by a card bears one of its own in an export.
@@ -40,8 +43,18 @@ std::string cardOf(const PropertyBag& properties, const Data& image, const Card&
   return card;
 }
 
-std::size_t sizeOf(const Card& card) {
-  return roughSize(card.properties) + (card.photo ? card.photo->size() : 0);
+std::uint64_t hashOf(const std::string& uid) {
+  return keyedHash(uid);
+}
+
+std::uint64_t hashOf(std::uint64_t fingerprint) {
+  return keyedHash({reinterpret_cast<const char*>(&fingerprint), sizeof fingerprint});
+}
+
+void setContent(NewRecord& record, PersonCard&& card) {
+  record.image = std::move(card.photo);
+  record.fingerprint = card.fingerprint;
+  record.encoded = std::move(card.values);
 }
 
 }  // namespace
@@ -70,11 +83,9 @@ bool PersonImport::isFull() const {
          batchBytes_ >= kBatchBytes;
 }
 
-void PersonImport::add(const std::string& file, Card&& card, std::uint64_t fingerprint) {
-  const auto* uid = card.properties.text(property_id::kCardUid);
-  waitingBytes_ += sizeOf(card);
-  waiting_.push_back(
-      {&file, std::move(card), std::string(uid != nullptr ? uidKey(*uid) : ""), fingerprint});
+void PersonImport::add(const std::string& file, PersonCard&& card) {
+  waitingBytes_ += card.size();
+  waiting_.push_back({&file, std::move(card)});
   if (waiting_.size() >= kCardsAsked || waitingBytes_ >= kBytesAsked) decideWaiting();
 }
 
@@ -86,10 +97,13 @@ void PersonImport::decideWaiting() {
   for (std::size_t i = 0; i < waiting.size(); ++i) decide(std::move(waiting[i]), stored[i]);
 }
 
-bool PersonImport::storeMayHold(const Waiting& waiting) const {
+bool PersonImport::storeMayHold(const PersonCard& card) const {
   if (!startedEmpty_) return true;
-  return addedHashes_.contains(waiting.uid.empty() ? waiting.fingerprint
-                                                   : std::hash<std::string>()(waiting.uid));
+  return addedHashes_.contains(card.uid.empty() ? hashOf(card.fingerprint) : hashOf(card.uid));
+}
+
+void PersonImport::noteAdded(std::uint64_t hash) {
+  if (startedEmpty_) addedHashes_.insert(hash);
 }
 
 std::vector<PersonImport::Stored> PersonImport::storedMatches() {
@@ -97,8 +111,9 @@ std::vector<PersonImport::Stored> PersonImport::storedMatches() {
   std::vector<SoughtRecord> sought;
   std::vector<std::size_t> places;
   for (std::size_t i = 0; i < waiting_.size(); ++i) {
-    if (!storeMayHold(waiting_[i])) continue;
-    sought.push_back({waiting_[i].uid, waiting_[i].fingerprint});
+    const auto& card = waiting_[i].card;
+    if (!storeMayHold(card)) continue;
+    sought.push_back({card.uid, card.fingerprint});
     places.push_back(i);
   }
   if (sought.empty()) return stored;
@@ -127,30 +142,32 @@ void PersonImport::compareContents(std::vector<Stored>& stored) {
     for (const auto& [values, picture] : contents) {
       const auto place = places[done++];
       const auto& card = waiting_[place].card;
-      stored[place].sameContent = values && isOurCardOf(card, *values, picture);
+      stored[place].sameContent = values && isOurCardOf(cardOf(card), *values, picture);
     }
   }
 }
 
-std::size_t PersonImport::additionOf(const Waiting& waiting) const {
+std::size_t PersonImport::additionOf(const PersonCard& card) const {
   const auto none = batch_.additions.size();
-  if (!waiting.uid.empty()) {
-    const auto known = batchByUid_.find(waiting.uid);
+  if (!card.uid.empty()) {
+    const auto known = batchByUid_.find(card.uid);
     return known != batchByUid_.end() ? known->second : none;
   }
-  const auto [first, last] = batchByContent_.equal_range(waiting.fingerprint);
+  const auto [first, last] = batchByContent_.equal_range(card.fingerprint);
   const auto same = std::find_if(first, last, [&](const auto& entry) {
-    return sameRecord(batch_.additions[entry.second], waiting.card);
+    return sameRecord(batch_.additions[entry.second], card);
   });
   return same != last ? same->second : none;
 }
 
-bool PersonImport::isSameAsStored(const Waiting& waiting, const Stored& stored) const {
+bool PersonImport::isSameAsStored(const PersonCard& card, const Stored& stored) const {
   const auto replaced = batchReplaced_.find(stored.key);
-  if (replaced == batchReplaced_.end() || waiting.uid.empty()) return stored.sameContent;
+  if (replaced == batchReplaced_.end() || card.uid.empty()) return stored.sameContent;
   const auto& record = batch_.replacements[replaced->second];
-  return sameRecord(record, waiting.card) ||
-         isOurCardOf(waiting.card, record.properties, record.image);
+  const auto read = cardOf(card);
+  const bool isSame =
+      sameData(record.image, read.photo) && sameContent(record.properties, read.properties);
+  return isSame || isOurCardOf(read, record.properties, record.image);
 }
 
 // What this batch is going to write counts before what is stored.
@@ -160,11 +177,11 @@ void PersonImport::decide(Waiting&& waiting, const Stored& stored) {
   for (auto& repair : waiting.card.repairs) {
     counted_.addProblem(*waiting.file, repair.line, std::move(repair.reason));
   }
-  const auto addition = additionOf(waiting);
+  const auto addition = additionOf(waiting.card);
   const bool isInBatch = addition < batch_.additions.size();
   if (!isInBatch && stored.key.isNone()) return append(std::move(waiting));
   const bool same = isInBatch ? sameRecord(batch_.additions[addition], waiting.card)
-                              : isSameAsStored(waiting, stored);
+                              : isSameAsStored(waiting.card, stored);
   if (same) {
     ++counted_.skipped;
   } else if (!options_.update) {
@@ -180,36 +197,36 @@ void PersonImport::decide(Waiting&& waiting, const Stored& stored) {
 
 void PersonImport::append(Waiting&& waiting) {
   ++counted_.added;
-  auto& [file, card, uid, fingerprint] = waiting;
-  batchBytes_ += sizeOf(card);
+  auto& card = waiting.card;
+  batchBytes_ += card.size();
   const auto index = batch_.additions.size();
-  if (!uid.empty()) {
-    if (startedEmpty_) addedHashes_.insert(std::hash<std::string>()(uid));
-    batchByUid_.emplace(std::move(uid), index);
+  if (!card.uid.empty()) {
+    noteAdded(hashOf(card.uid));
+    batchByUid_.emplace(std::move(card.uid), index);
   }
-  batchByContent_.emplace(fingerprint, index);
-  if (startedEmpty_) addedHashes_.insert(fingerprint);
-  additionOrigins_.push_back({file, card.line});
-  batch_.additions.push_back({RecordKey::make(RecordKind::Person), RecordKind::Person, container_,
-                              std::move(card.properties), std::move(card.photo), fingerprint});
+  noteAdded(hashOf(card.fingerprint));
+  batchByContent_.emplace(card.fingerprint, index);
+  additionOrigins_.push_back({waiting.file, card.line});
+  auto& record = batch_.additions.emplace_back();
+  record.key = RecordKey::make(RecordKind::Person);
+  record.container = container_;
+  setContent(record, std::move(card));
 }
 
 void PersonImport::replaceAddition(std::size_t addition, Waiting&& waiting) {
   ++counted_.updated;
-  batchBytes_ += sizeOf(waiting.card);
-  if (startedEmpty_) addedHashes_.insert(waiting.fingerprint);
-  batchByContent_.emplace(waiting.fingerprint, addition);
-  auto& record = batch_.additions[addition];
-  record.properties = std::move(waiting.card.properties);
-  record.image = std::move(waiting.card.photo);
-  record.fingerprint = waiting.fingerprint;
+  auto& card = waiting.card;
+  batchBytes_ += card.size();
+  noteAdded(hashOf(card.fingerprint));
+  batchByContent_.emplace(card.fingerprint, addition);
+  setContent(batch_.additions[addition], std::move(card));
 }
 
 void PersonImport::replaceStored(const RecordKey& key, Waiting&& waiting) {
   ++counted_.updated;
-  batchBytes_ += sizeOf(waiting.card);
-  if (startedEmpty_) addedHashes_.insert(waiting.fingerprint);
   auto& card = waiting.card;
+  batchBytes_ += card.size();
+  noteAdded(hashOf(card.fingerprint));
   const auto [known, isNew] = batchReplaced_.emplace(key, batch_.replacements.size());
   if (isNew) {
     replacementOrigins_.emplace_back();
@@ -217,7 +234,7 @@ void PersonImport::replaceStored(const RecordKey& key, Waiting&& waiting) {
   }
   replacementOrigins_[known->second] = {waiting.file, card.line};
   auto& record = batch_.replacements[known->second];
-  record.properties = std::move(card.properties);
+  record.properties = decodeProperties(card.values.bytes);
   record.image = std::move(card.photo);
 }
 
@@ -232,25 +249,27 @@ void PersonImport::commit() {
 
 std::vector<PersonImport::Waiting> PersonImport::takeLeftOut() {
   std::vector<Waiting> left;
-  const auto take = [&](auto& record, const Origin& origin) {
-    const auto* uid = record.properties.text(property_id::kCardUid);
-    std::string plain(uid != nullptr ? uidKey(*uid) : "");
-    const auto fingerprint = contentFingerprint(record.properties, record.image);
+  const auto take = [&](Card&& card, const Origin& origin) {
+    card.line = origin.line;
+    left.push_back({origin.file, personCard(std::move(card))});
+  };
+  for (std::size_t i = 0; i < batch_.additions.size(); ++i) {
+    auto& record = batch_.additions[i];
+    if (!record.leftOut) continue;
+    --counted_.added;
+    Card card;
+    card.properties = decodeProperties(record.encoded->bytes);
+    card.photo = std::move(record.image);
+    take(std::move(card), additionOrigins_[i]);
+  }
+  for (std::size_t i = 0; i < batch_.replacements.size(); ++i) {
+    auto& record = batch_.replacements[i];
+    if (!record.leftOut) continue;
+    --counted_.updated;
     Card card;
     card.properties = std::move(record.properties);
     card.photo = std::move(record.image);
-    card.line = origin.line;
-    left.push_back({origin.file, std::move(card), std::move(plain), fingerprint});
-  };
-  for (std::size_t i = 0; i < batch_.additions.size(); ++i) {
-    if (!batch_.additions[i].leftOut) continue;
-    --counted_.added;
-    take(batch_.additions[i], additionOrigins_[i]);
-  }
-  for (std::size_t i = 0; i < batch_.replacements.size(); ++i) {
-    if (!batch_.replacements[i].leftOut) continue;
-    --counted_.updated;
-    take(batch_.replacements[i], replacementOrigins_[i]);
+    take(std::move(card), replacementOrigins_[i]);
   }
   counted_.cards -= left.size();
   return left;

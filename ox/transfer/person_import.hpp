@@ -10,6 +10,7 @@
 
 #include "ox/platform/store/container_source.hpp"
 #include "ox/transfer/importer.hpp"
+#include "ox/transfer/person_card.hpp"
 #include "ox/vcard/read/card.hpp"
 
 namespace ox::vcard {
@@ -31,9 +32,9 @@ class PersonImport {
   PersonImport(ContainerSource& source, std::string container, const ImportOptions& options,
                ImportReport& report);
 
-  // The fingerprint is that of the card's content. Takes from the card what it keeps; the name of
-  // the file is borrowed until the card is committed.
-  void add(const std::string& file, Card&& card, std::uint64_t fingerprint);
+  // Takes from the card what it keeps; the name of the file is borrowed until the card is
+  // committed.
+  void add(const std::string& file, PersonCard&& card);
   // True when enough has come together for a commit.
   bool isFull() const;
   // Also what others have added meanwhile is not added again, and what they removed is.
@@ -48,9 +49,7 @@ class PersonImport {
   // written.
   struct Waiting {
     const std::string* file;
-    Card card;
-    std::string uid;  // plain; empty without one
-    std::uint64_t fingerprint;
+    PersonCard card;
   };
   // The stored record that a card is about; no key when there is none.
   struct Stored {
@@ -62,10 +61,11 @@ class PersonImport {
   std::vector<Stored> storedMatches();
   void compareContents(std::vector<Stored>& stored);
   void decide(Waiting&& waiting, const Stored& stored);
-  bool isSameAsStored(const Waiting& waiting, const Stored& stored) const;
+  bool isSameAsStored(const PersonCard& card, const Stored& stored) const;
   // The addition of this batch that the card is about; the end without one.
-  std::size_t additionOf(const Waiting& waiting) const;
-  bool storeMayHold(const Waiting& waiting) const;
+  std::size_t additionOf(const PersonCard& card) const;
+  bool storeMayHold(const PersonCard& card) const;
+  void noteAdded(std::uint64_t hash);
   void append(Waiting&& waiting);
   void replaceAddition(std::size_t addition, Waiting&& waiting);
   void replaceStored(const RecordKey& key, Waiting&& waiting);

@@ -84,6 +84,16 @@ TEST(Importer, WritesFiveThousandCardsAtATimeAndAsksTheEmptyStoreNothing) {
   EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "12500 = 0 + 0 + 12500 + 0 + 0");
 }
 
+TEST(Importer, TakesCardsOfOneContentForOneWithinABatchWhateverTheOrderOfTheirFields) {
+  const auto card = [](const std::string& first, const std::string& second) {
+    return "BEGIN:VCARD\r\nVERSION:3.0\r\nN:;Ann;;;\r\nFN:Ann\r\n" + first + "\r\n" + second +
+           "\r\nEND:VCARD\r\n";
+  };
+  const auto cards = card("TEL:1", "NOTE:a") + card("NOTE:a", "TEL:1") + card("TEL:1", "NOTE:b");
+  EXPECT_EQ(countsOf(importFiles({temporaryFile("same.vcf", cards)}, "_local", {})),
+            "3 = 2 + 0 + 1 + 0 + 0");
+}
+
 TEST(Importer, AsksAboutAThousandCardsAtATime) {
   auto& source = SwitchedSource::install();
   const auto file = temporaryFile("many.vcf", manyCards(2500));

@@ -388,12 +388,8 @@ class StoreSource final : public ContactSource {
   // Names the first value that does not fit as the request's reason.
   static bool isStorable(SaveRequest& request) {
     const auto check = [&](const PropertyBag& properties) {
-      for (const auto& [id, value] : properties.entries()) {
-        if (fitsType(value, property_table::typeOf(id))) continue;
-        request.reason = "a value of the wrong type for " + property_table::nameOf(id);
-        return false;
-      }
-      return true;
+      request.reason = misfitOf(properties);
+      return request.reason.empty();
     };
     return std::all_of(request.additions.begin(), request.additions.end(),
                        [&](const auto& record) { return check(record.properties); }) &&

@@ -69,10 +69,9 @@ void ActBuilder::guardContainer(std::string_view identifier) {
   if (row != 0) act_.guards.containers.insert(row);
 }
 
-std::string ActBuilder::refusalOf(const PropertyBag& properties) {
-  for (auto entry = properties.entries().rbegin();
-       entry != properties.entries().rend() && entry->first >= kFirstCustomProperty; ++entry) {
-    if (auto refusal = file_.refusalOf(entry->first); !refusal.empty()) return refusal;
+std::string ActBuilder::refusalOf(std::span<const PropertyId> custom) {
+  for (const auto property : custom) {
+    if (auto refusal = file_.refusalOf(property); !refusal.empty()) return refusal;
   }
   return {};
 }
@@ -80,9 +79,9 @@ std::string ActBuilder::refusalOf(const PropertyBag& properties) {
 RecordKey ActBuilder::addRecord(const NewRecord& record) {
   const auto container = containerRow(record.container);
   if (container == 0) throw RefusedRequest("there is no account " + record.container);
-  if (const auto refusal = refusalOf(record.properties); !refusal.empty()) {
-    throw RefusedRequest(refusal);
-  }
+  const auto refusal =
+      refusalOf(record.encoded ? record.encoded->custom : customPropertiesOf(record.properties));
+  if (!refusal.empty()) throw RefusedRequest(refusal);
   auto key = record.key;
   if (taken_.contains(key) || addedByKey_.contains(key)) {
     // This is the copy of a contact that is stored already. The copy gets an identifier of its own,
@@ -99,7 +98,7 @@ RecordKey ActBuilder::addRecord(const NewRecord& record) {
 void ActBuilder::replaceRecord(const ReplacedRecord& record) {
   const auto entry = meant(record.key);
   if (!entry) throw RefusedRequest("there is no record " + record.key.text());
-  if (const auto refusal = refusalOf(record.properties); !refusal.empty()) {
+  if (const auto refusal = refusalOf(customPropertiesOf(record.properties)); !refusal.empty()) {
     throw RefusedRequest(refusal);
   }
   if (isAdded(*entry)) {

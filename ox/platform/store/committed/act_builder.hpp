@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
@@ -77,7 +78,7 @@ class ActBuilder {
 
  private:
   // Why they cannot be written; empty when they can.
-  std::string refusalOf(const PropertyBag& properties);
+  std::string refusalOf(std::span<const PropertyId> custom);
   bool isAdded(const Entry& entry) const { return entry.row >= act_.firstRow; }
   Act::ChangedRecord& changeOf(const Entry& entry);
   bool holdsPicture(const Entry& entry, const Data& image);

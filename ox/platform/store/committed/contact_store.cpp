@@ -323,8 +323,8 @@ void ContactStore::leaveOutStored(std::span<NewRecord> additions) {
   std::vector<SoughtRecord> sought;
   std::vector<NewRecord*> records;
   for (auto& record : additions) {
-    const auto* uid = record.properties.text(property_id::kCardUid);
-    const bool hasUid = uid != nullptr && !uidKey(*uid).empty();
+    const auto uid = cardUidOf(record);
+    const bool hasUid = uid && !uidKey(*uid).empty();
     if (!hasUid && record.kind != RecordKind::Person) continue;
     sought.push_back(hasUid ? SoughtRecord{*uid}
                             : SoughtRecord{{}, fingerprintOf(record, pictureOf(record))});

@@ -163,11 +163,8 @@ std::string StoreFile::refusalOf(PropertyId property) {
   return "the store knows the property " + name + " with another type";
 }
 
-void StoreFile::writeCustomProperties(const PropertyBag& properties) {
-  // Custom properties have the highest numbers, and a bag is ordered by number.
-  for (auto entry = properties.entries().rbegin();
-       entry != properties.entries().rend() && entry->first >= kFirstCustomProperty; ++entry) {
-    const auto property = entry->first;
+void StoreFile::writeCustomProperties(std::span<const PropertyId> properties) {
+  for (const auto property : properties) {
     if (writtenCustomProperties_.contains(property)) continue;
     if (const auto refusal = refusalOf(property); !refusal.empty()) {
       throw PropertyOfTwoTypes(refusal);

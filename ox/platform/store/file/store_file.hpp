@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -18,7 +19,7 @@
 #include "ox/platform/store/values/origin.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/platform/store/values/store_moment.hpp"
-#include "ox/records/property_bag.hpp"
+#include "ox/records/property_types.hpp"
 
 namespace ox {
 
@@ -76,10 +77,10 @@ class StoreFile {
   // Why values of that property cannot be written: the store knows it with another type than this
   // process does. Empty when they can.
   std::string refusalOf(PropertyId property);
-  // Writes a row for each custom property that the store does not know yet; throws
+  // Writes a row for each of these custom properties that the store does not know yet; throws
   // PropertyOfTwoTypes for one that it knows with another type. To be called inside a transaction;
   // forgetUncommitted when that is rolled back.
-  void writeCustomProperties(const PropertyBag& properties);
+  void writeCustomProperties(std::span<const PropertyId> properties);
   // The row of that origin, of the process's own when it is missing, for an act of that number;
   // written unless it was before. Likewise.
   std::int64_t originRow(const std::optional<Origin>& origin, std::int64_t act);

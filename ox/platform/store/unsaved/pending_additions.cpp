@@ -8,6 +8,7 @@ namespace ox {
 
 void PendingAdditions::add(ActId act, NewRecord& record, std::int32_t container) {
   assert(act != kNobodysAct && index_.find(record.key) == nullptr);
+  assert(!record.encoded);  // what is still to be changed is no request made from the store
   if (!record.properties.empty() || record.image) {
     Content content;
     if (record.image) content.image.emplace(std::move(record.image), spill_);

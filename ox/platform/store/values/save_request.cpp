@@ -9,6 +9,12 @@ Data pictureOf(const NewRecord& record) {
   return record.spilledImage ? record.spilledImage->get() : record.image;
 }
 
+TextView cardUidOf(const NewRecord& record) {
+  if (record.encoded) return record.encoded->cardUid;
+  const auto* uid = record.properties.text(property_id::kCardUid);
+  return uid != nullptr ? TextView(*uid) : TextView();
+}
+
 std::uint64_t fingerprintOf(const NewRecord& record, const Data& picture) {
   return record.fingerprint ? *record.fingerprint : contentFingerprint(record.properties, picture);
 }

@@ -12,6 +12,7 @@
 #include "ox/platform/store/values/spill_file.hpp"
 #include "ox/platform/store/values/store_moment.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
+#include "ox/records/encoded_values.hpp"
 #include "ox/records/property_bag.hpp"
 #include "ox/records/tag_change.hpp"
 
@@ -36,11 +37,14 @@ struct NewRecord {
   std::optional<SpillableData> spilledImage = std::nullopt;
   // Instead of it, asked when it is written.
   std::function<Data()> readImage = {};
+  // Instead of the properties, with the fingerprint, from whoever has encoded them already.
+  std::optional<EncodedValues> encoded = std::nullopt;
 };
 
-// Of a record that is to be added: its picture, wherever it lies, and its fingerprint as its sender
-// worked it out or worked out now.
+// Of a record that is to be added: its picture, wherever it lies, the UID of its card, and its
+// fingerprint as its sender worked it out or worked out now.
 Data pictureOf(const NewRecord& record);
+TextView cardUidOf(const NewRecord& record);
 std::uint64_t fingerprintOf(const NewRecord& record, const Data& picture);
 
 // Replaces all values of a committed record.

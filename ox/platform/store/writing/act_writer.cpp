@@ -1,6 +1,7 @@
 #include "ox/platform/store/writing/act_writer.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <optional>
 #include <string>
 
@@ -166,7 +167,8 @@ void ActWriter::restoreRecords() {
     const auto& record = restored.record;
     if (!insertRecord(record)) continue;
     const auto picture = insertPicture(restored.readImage ? restored.readImage() : nullptr);
-    records_.insertContent({record.row, &restored.properties, restored.fingerprint, picture});
+    const auto values = encodedValues(restored.properties);
+    records_.insertContent({record.row, &values, restored.fingerprint, picture});
     journal_.write(
         {.what = ChangeKind::Restored, .record = record.row, .container = record.container});
     written_.changedValues.push_back(record.key);
@@ -179,17 +181,27 @@ void ActWriter::addRecords() {
     const RecordEntry entry{added.key, nextRow_++, containerOf(added.container), added.kind};
     insertRecord(entry);
     if (!taken_.empty()) continue;
-    const auto* replaced = added.replacement;
-    const auto& properties = replaced != nullptr ? replaced->properties : added.record->properties;
-    const auto picture =
-        insertPicture(replaced != nullptr ? replaced->image : pictureOf(*added.record));
-    const bool isKnown = replaced == nullptr && added.record->fingerprint;
-    const auto fingerprint = isKnown
-                                 ? *added.record->fingerprint
-                                 : contentFingerprint(properties, picture ? picture->checksum : 0);
-    records_.insertContent({entry.row, &properties, fingerprint, picture});
+    insertContent(entry.row, added);
     written_.added.push_back(entry);
   }
+}
+
+void ActWriter::insertContent(std::int64_t row, const Act::AddedRecord& added) {
+  const auto* replaced = added.replacement;
+  const auto picture =
+      insertPicture(replaced != nullptr ? replaced->image : pictureOf(*added.record));
+  const auto& encoded = added.record->encoded;
+  const auto& known = added.record->fingerprint;
+  if (replaced == nullptr && encoded) {
+    assert(known);
+    return records_.insertContent({row, &*encoded, *known, picture});
+  }
+  const auto& properties = replaced != nullptr ? replaced->properties : added.record->properties;
+  const auto fingerprint = replaced == nullptr && known
+                               ? *known
+                               : contentFingerprint(properties, picture ? picture->checksum : 0);
+  const auto values = encodedValues(properties);
+  records_.insertContent({row, &values, fingerprint, picture});
 }
 
 void ActWriter::changeRecords() {
@@ -205,7 +217,8 @@ void ActWriter::changeRecord(const Act::ChangedRecord& changed) {
                              .container = changed.record.container,
                              .before = before,
                              .after = after};
-  RecordWriter::Content content{row, &changed.properties, changed.fingerprint};
+  const auto values = encodedValues(changed.properties);
+  RecordWriter::Content content{row, &values, changed.fingerprint};
   const auto image = changed.readImage ? std::optional(changed.readImage()) : changed.image;
   if (image) {
     note.what = ChangeKind::ValuesAndPicture;

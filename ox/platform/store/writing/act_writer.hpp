@@ -57,6 +57,7 @@ class ActWriter {
 
   void noteContainer(ChangeKind what, std::int32_t row, const ContainerInfo& info);
   bool insertRecord(const RecordEntry& record);
+  void insertContent(std::int64_t row, const Act::AddedRecord& added);
   std::optional<RecordWriter::Picture> insertPicture(const Data& picture);
   void changeRecord(const Act::ChangedRecord& changed);
   void noteLink(const Act::ChangedLink& link);

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "ox/base/checksum.hpp"
-#include "ox/records/property_codec.hpp"
 
 namespace ox {
 
@@ -38,16 +37,15 @@ void RecordWriter::updateContent(const Content& content, ReplacePicture picture)
 
 // False when there was no row to update. The three statements have their columns in one order.
 bool RecordWriter::run(Statement which, const Content& content) {
-  file_.writeCustomProperties(*content.properties);
-  const auto bytes = encodeProperties(*content.properties);
-  const auto* cardUid = content.properties->text(property_id::kCardUid);
+  const auto& values = *content.values;
+  file_.writeCustomProperties(values.custom);
   auto& statement = file_.statement(which == Statement::Insert   ? Sql::InsertContent
                                     : which == Statement::Update ? Sql::UpdateContent
                                                                  : Sql::UpdateContentAndImage);
   statement.bind(1, content.record)
-      .bindText(2, cardUid != nullptr ? TextView(*cardUid) : TextView())
+      .bindText(2, values.cardUid)
       .bind(3, static_cast<std::int64_t>(content.fingerprint))
-      .bindBlob(5, bytes);
+      .bindBlob(5, values.bytes);
   if (which != Statement::Update) {
     if (content.picture) {
       statement.bind(4, content.picture->row);

@@ -6,7 +6,7 @@
 #include "ox/base/data.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/record_entry.hpp"
-#include "ox/records/property_bag.hpp"
+#include "ox/records/encoded_values.hpp"
 
 namespace ox {
 
@@ -28,7 +28,7 @@ class RecordWriter {
 
   struct Content {
     std::int64_t record = 0;
-    const PropertyBag* properties = nullptr;
+    const EncodedValues* values = nullptr;
     std::uint64_t fingerprint = 0;
     std::optional<Picture> picture = std::nullopt;  // missing: none
   };
