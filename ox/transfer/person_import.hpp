@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
+#include "ox/base/hash_set.hpp"
 #include "ox/platform/store/container_source.hpp"
 #include "ox/transfer/importer.hpp"
 #include "ox/transfer/person_card.hpp"
@@ -92,7 +92,7 @@ class PersonImport {
   // When the container was empty and nobody else has written, everything in it came from here:
   // hashes of the UIDs and contents that were added, so that a new card asks the store nothing.
   bool startedEmpty_;
-  std::unordered_set<std::uint64_t> addedHashes_;
+  HashSet addedHashes_;
 };
 
 }  // namespace ox::vcard
