@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "ox/base/image.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 
 namespace ox::bench {
 namespace {

@@ -7,7 +7,7 @@
 #include "bench/figures.hpp"
 #include "ox/OxAddressBookSDK/general/picture_bytes.hpp"
 #include "ox/base/base64.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 
 namespace ox::bench {
 namespace {

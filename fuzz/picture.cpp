@@ -7,7 +7,7 @@
 
 #include "fuzz/require.hpp"
 #include "ox/base/sqlite/plain_file.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 
 namespace {
 

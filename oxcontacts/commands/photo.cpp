@@ -1,6 +1,6 @@
 // photo: the picture of a person, set, fetched or removed.
 #include "ox/base/failures.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/files.hpp"

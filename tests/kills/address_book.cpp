@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "ox/base/base64.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
+#include "tests/images/picture_files.hpp"
 #include "tests/kills/killed_run.hpp"
 #include "tests/oxcontacts/program.hpp"
-#include "tests/platform/images/picture_files.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox::kills {

@@ -11,11 +11,11 @@
 #include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
+#include "tests/images/picture_files.hpp"
 #include "tests/kills/address_book.hpp"
 #include "tests/kills/allowed_states.hpp"
 #include "tests/kills/killed_run.hpp"
 #include "tests/kills/readable_state.hpp"
-#include "tests/platform/images/picture_files.hpp"
 
 namespace ox::kills {
 namespace {

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "ox/base/sqlite/connection.hpp"
+#include "tests/images/picture_files.hpp"
 #include "tests/oxcontacts/program.hpp"
-#include "tests/platform/images/picture_files.hpp"
 #include "tests/support/log_without_room.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"

@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "ox/base/base64.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
+#include "tests/images/picture_files.hpp"
 #include "tests/oxcontacts/program.hpp"
-#include "tests/platform/images/picture_files.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox::program_tests {

@@ -4,7 +4,7 @@
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "ox/base/failures.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 
 namespace ox {

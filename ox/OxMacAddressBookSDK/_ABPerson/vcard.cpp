@@ -6,7 +6,7 @@
 #include "ox/OxMacAddressBookSDK/_ABPerson/vcard_photo.hpp"
 #include "ox/base/base64.hpp"
 #include "ox/base/text/utf8.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 
 namespace ox {
 namespace {

@@ -1,7 +1,7 @@
 // The pictures of the service behind a book.
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
-#include "ox/platform/images/image_file.hpp"
+#include "ox/images/image_file.hpp"
 #include "ox/platform/system/NSBundle.hpp"
 
 namespace ox {

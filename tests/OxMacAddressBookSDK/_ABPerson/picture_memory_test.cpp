@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "ox/base/failures.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/support/allocation_limit.hpp"
 

@@ -2,7 +2,7 @@
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "ox/base/failures.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {

@@ -3,9 +3,9 @@
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/vcard_photo.hpp"
 #include "ox/base/base64.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
-#include "tests/platform/images/picture_files.hpp"
+#include "tests/images/picture_files.hpp"
 
 namespace ox::test {
 namespace {

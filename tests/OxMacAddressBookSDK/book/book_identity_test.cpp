@@ -5,7 +5,7 @@
 
 #include "ox/OxMacAddressBookSDK/ground/service_types.hpp"
 #include "ox/OxMacAddressBookSDK/version.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 
 namespace ox::test {

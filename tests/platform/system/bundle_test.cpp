@@ -5,7 +5,7 @@
 #include <string>
 #include <unistd.h>
 
-#include "ox/platform/images/image_file.hpp"
+#include "ox/images/image_file.hpp"
 #include "ox/platform/system/NSBundle.hpp"
 
 namespace ox {

@@ -1,10 +1,10 @@
-#include "ox/platform/images/image_file.hpp"
+#include "ox/images/image_file.hpp"
 
 #include <filesystem>
 #include <fstream>
 #include <string_view>
 
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 
 namespace ox::images {
 

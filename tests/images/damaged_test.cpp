@@ -8,9 +8,9 @@
 #include <vector>
 #include <zlib.h>
 
-#include "ox/platform/images/image_codec.hpp"
-#include "ox/platform/images/image_file.hpp"
-#include "tests/platform/images/picture_files.hpp"
+#include "ox/images/image_codec.hpp"
+#include "ox/images/image_file.hpp"
+#include "tests/images/picture_files.hpp"
 
 namespace ox::images {
 namespace {

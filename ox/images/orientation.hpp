@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "ox/base/image.hpp"
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 
 namespace ox::images {
 

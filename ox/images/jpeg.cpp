@@ -11,8 +11,8 @@
 #include <memory>
 #include <vector>
 
-#include "ox/platform/images/codecs.hpp"
-#include "ox/platform/images/orientation.hpp"
+#include "ox/images/codecs.hpp"
+#include "ox/images/orientation.hpp"
 
 // libjpeg leaves a failed call by our longjmp. Every function that arms it holds only trivial
 // locals and works on a state that an outer function owns, so no destructor is ever jumped over.

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 
 // What each codec file gives to image_codec.cpp. The bytes start with the format's signature. A
 // failure is null or missing, with `reason` set.

@@ -1,4 +1,4 @@
-#include "tests/platform/images/picture_files.hpp"
+#include "tests/images/picture_files.hpp"
 
 // The library's header needs <cstdio> before it.
 #include <algorithm>

@@ -1,9 +1,9 @@
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 
 #include <array>
 #include <cassert>
 
-#include "ox/platform/images/codecs.hpp"
+#include "ox/images/codecs.hpp"
 
 namespace ox::images {
 namespace {

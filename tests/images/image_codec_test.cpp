@@ -1,4 +1,4 @@
-#include "ox/platform/images/image_codec.hpp"
+#include "ox/images/image_codec.hpp"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/images/picture_files.hpp"
+#include "tests/images/picture_files.hpp"
 
 namespace ox::images {
 namespace {

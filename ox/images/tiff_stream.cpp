@@ -1,4 +1,4 @@
-#include "ox/platform/images/tiff_stream.hpp"
+#include "ox/images/tiff_stream.hpp"
 
 #include <algorithm>
 #include <array>

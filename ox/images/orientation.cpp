@@ -1,4 +1,4 @@
-#include "ox/platform/images/orientation.hpp"
+#include "ox/images/orientation.hpp"
 
 #include <cassert>
 #include <cstdint>

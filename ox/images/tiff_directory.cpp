@@ -1,4 +1,4 @@
-#include "ox/platform/images/tiff_directory.hpp"
+#include "ox/images/tiff_directory.hpp"
 
 #include <array>
 #include <cassert>

@@ -9,10 +9,10 @@
 #include <tiffio.h>
 #include <vector>
 
-#include "ox/platform/images/codecs.hpp"
-#include "ox/platform/images/orientation.hpp"
-#include "ox/platform/images/tiff_directory.hpp"
-#include "ox/platform/images/tiff_stream.hpp"
+#include "ox/images/codecs.hpp"
+#include "ox/images/orientation.hpp"
+#include "ox/images/tiff_directory.hpp"
+#include "ox/images/tiff_stream.hpp"
 
 namespace ox::images {
 namespace {

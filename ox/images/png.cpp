@@ -8,7 +8,7 @@
 #include <png.h>
 #include <vector>
 
-#include "ox/platform/images/codecs.hpp"
+#include "ox/images/codecs.hpp"
 
 // libpng leaves a failed call by longjmp. Every function that arms it holds only trivial locals and
 // writes into a Reader that an outer function owns, so no destructor is ever jumped over.
