@@ -93,12 +93,12 @@ void addFigures() {
   addFigure("unpack a picture",
             {way("imageOfPackedPixels",
                  [](const Picture& each) {
-                   const auto& [width, height, pixels] = *each.image;
+                   const auto& [width, height, pixels, file] = *each.image;
                    return imageOfPackedPixels(each.packed, width, height)->pixels.size();
                  }),
              way("arePackedPixels",
                  [](const Picture& each) {
-                   const auto& [width, height, pixels] = *each.image;
+                   const auto& [width, height, pixels, file] = *each.image;
                    return arePackedPixels(each.packed, width, height) ? pixels.size() : 0;
                  }),
              inflate},

@@ -11,13 +11,13 @@
 // failure is null or missing, with `reason` set.
 namespace ox::images {
 
-ImagePtr decodePng(std::string_view bytes, std::string& reason);
+std::shared_ptr<Image> decodePng(std::string_view bytes, std::string& reason);
 std::optional<ImageSize> sizeOfPng(std::string_view bytes, std::string& reason);
 
-ImagePtr decodeJpeg(std::string_view bytes, std::string& reason);
+std::shared_ptr<Image> decodeJpeg(std::string_view bytes, std::string& reason);
 std::optional<ImageSize> sizeOfJpeg(std::string_view bytes, std::string& reason);
 
-ImagePtr decodeTiff(std::string_view bytes, std::string& reason);
+std::shared_ptr<Image> decodeTiff(std::string_view bytes, std::string& reason);
 std::optional<ImageSize> sizeOfTiff(std::string_view bytes, std::string& reason);
 
 // False, with a reason, when there is no pixel or more than kMaxPixels.

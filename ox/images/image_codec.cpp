@@ -5,14 +5,20 @@
 
 #include "ox/images/codecs.hpp"
 
-namespace ox::images {
+namespace ox {
+
+struct PictureDecoder {
+  static void keepFile(Image& image, const Data& file) { image.file.bytes_ = file; }
+};
+
+namespace images {
 namespace {
 
 using namespace std::string_view_literals;
 
 struct Codec {
   std::string_view signature;
-  ImagePtr (*decode)(std::string_view, std::string&);
+  std::shared_ptr<Image> (*decode)(std::string_view, std::string&);
   std::optional<ImageSize> (*size)(std::string_view, std::string&);
 };
 
@@ -30,15 +36,30 @@ const Codec* codecOf(std::string_view bytes) {
   return nullptr;
 }
 
-}  // namespace
-
-ImagePtr decodeImage(std::string_view bytes, std::string* reason) {
+std::shared_ptr<Image> decoded(std::string_view bytes, std::string* reason) {
   std::string why = bytes.empty() ? "empty" : "neither TIFF, PNG nor JPEG";
   const auto* codec = codecOf(bytes);
   auto image = codec != nullptr ? codec->decode(bytes, why) : nullptr;
   assert(!image || isEncodable(*image));  // not empty, within the limit, every pixel there
   if (reason != nullptr && !image) *reason = why;
   return image;
+}
+
+}  // namespace
+
+ImagePtr decodeImage(std::string_view bytes, std::string* reason) {
+  return decoded(bytes, reason);
+}
+
+ImagePtr decodePictureFile(const Data& file, std::string* reason) {
+  auto image = decoded(*file, reason);
+  if (image) PictureDecoder::keepFile(*image, file);
+  return image;
+}
+
+bool isTiff(std::string_view bytes) {
+  const auto* codec = codecOf(bytes);
+  return codec != nullptr && codec->decode == decodeTiff;
 }
 
 std::optional<ImageSize> imageSize(std::string_view bytes) {
@@ -65,4 +86,5 @@ bool isEncodable(const Image& image) {
          image.pixels.size() == std::size_t{image.width} * image.height * 4;
 }
 
-}  // namespace ox::images
+}  // namespace images
+}  // namespace ox

@@ -30,6 +30,12 @@ struct ImageSize {
 // when there is no memory for its pixels.
 OX_EXPORT ImagePtr decodeImage(std::string_view bytes, std::string* reason = nullptr);
 
+// The same of bytes that the picture keeps as its file.
+OX_EXPORT ImagePtr decodePictureFile(const Data& file, std::string* reason = nullptr);
+
+// True when the bytes begin as a TIFF does.
+OX_EXPORT bool isTiff(std::string_view bytes);
+
 // Width and height as decodeImage would give them, from the header alone. Missing when it would
 // refuse the header; the rest of the file may still be damaged.
 OX_EXPORT std::optional<ImageSize> imageSize(std::string_view bytes);

@@ -195,7 +195,7 @@ bool write(Writer& writer, const Image& image, std::uint8_t* rowBuffer) {
 
 }  // namespace
 
-ImagePtr decodeJpeg(std::string_view bytes, std::string& reason) {
+std::shared_ptr<Image> decodeJpeg(std::string_view bytes, std::string& reason) {
   Reader reader;
   if (!readAllowedHeader(reader, bytes, reason)) return nullptr;
   Image stored{

@@ -120,7 +120,7 @@ bool readAllowedHeader(Reader& reader, std::string_view bytes, std::string& reas
 
 }  // namespace
 
-ImagePtr decodePng(std::string_view bytes, std::string& reason) {
+std::shared_ptr<Image> decodePng(std::string_view bytes, std::string& reason) {
   Reader reader(bytes);
   if (!readAllowedHeader(reader, bytes, reason)) return nullptr;
   auto image = std::make_shared<Image>();

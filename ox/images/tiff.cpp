@@ -189,7 +189,7 @@ bool writeImage(TIFF* tiff, const Image& image) {
 
 }  // namespace
 
-ImagePtr decodeTiff(std::string_view bytes, std::string& reason) {
+std::shared_ptr<Image> decodeTiff(std::string_view bytes, std::string& reason) {
   if (!isDirectorySound(bytes, reason)) return nullptr;
   TiffSource source(bytes);
   const auto tiff = source.open();

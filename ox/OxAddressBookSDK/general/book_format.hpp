@@ -10,8 +10,12 @@
 
 namespace ox::book_format {
 
-// The first line. A file that begins otherwise is of another kind or of another version.
+// The first line: of a book that holds pictures as files, and of any other, which earlier programs
+// can read. A file that begins otherwise is of another kind or of another version.
 inline constexpr std::string_view kHeader = "{\"format\":\"OxAddressBookGeneral\",\"version\":1}\n";
+inline constexpr std::string_view kHeaderWithFiles =
+    "{\"format\":\"OxAddressBookGeneral\",\"version\":2}\n";
+static_assert(kHeader.size() == kHeaderWithFiles.size());
 
 // Arrays and dictionaries in one another, inside of one value.
 inline constexpr std::size_t kMaxNesting = 32;
@@ -46,6 +50,9 @@ struct Unwritable : std::runtime_error {
 struct Unreadable : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
+
+// True for a file that is read.
+bool hasKnownHeader(std::string_view file);
 
 // The last line of a file whose other lines are `body`.
 std::string trailer(std::string_view body, std::size_t groups, std::size_t persons);

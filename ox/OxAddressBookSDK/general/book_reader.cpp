@@ -1,4 +1,5 @@
 // Reading the file form of the neutral book.
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -58,7 +59,10 @@ OxValuePtr readMultiple(JsonFields& fields, JsonNode& elements) {
   return multiple;
 }
 
-void readProperty(JsonNode& node, OxGeneralPerson& person) {
+// What a book of its version may hold them as.
+enum class Pictures : std::uint8_t { Pixels, Files };
+
+void readProperty(JsonNode& node, OxGeneralPerson& person, Pictures pictures) {
   JsonFields fields(node);
   const auto property = OxProperty::propertyWithName(fields.get<std::string>("property"));
   if (!property) throw Unreadable("a property without a name");
@@ -68,14 +72,18 @@ void readProperty(JsonNode& node, OxGeneralPerson& person) {
   fields.done();
   // A person unpacks those of one value together.
   if (pixelsInPackedPictures(*value) > kMaxPackedPixels) throw Unreadable(kTooManyPixels);
+  if (pictures == Pictures::Pixels && holdsPictureFile(*value)) {
+    throw Unreadable("a picture that its version does not know");
+  }
   person.takeValue(std::move(value), property);
 }
 
-std::shared_ptr<OxGeneralPerson> readPerson(std::string_view key, JsonFields& fields) {
+std::shared_ptr<OxGeneralPerson> readPerson(std::string_view key, JsonFields& fields,
+                                            Pictures pictures) {
   auto person = OxGeneralPerson::make(std::string(key));
   auto& values = fields.get<JsonNode::Elements>("values");
   if (values.size() > kMaxEntries) throw Unreadable("a person of too many properties");
-  for (auto& node : values) readProperty(node, *person);
+  for (auto& node : values) readProperty(node, *person, pictures);
   if (person->values().size() != values.size()) throw Unreadable("a property twice");
   return person;
 }
@@ -101,7 +109,7 @@ void addNew(KeyedList<Record>& records, std::string_view key, std::shared_ptr<Re
   if (records.count() == before) throw Unreadable("a key twice");
 }
 
-void readLine(std::string_view line, KeyedList<OxGeneralGroup>& groups,
+void readLine(std::string_view line, Pictures pictures, KeyedList<OxGeneralGroup>& groups,
               KeyedList<OxGeneralPerson>& persons) {
   auto node = parseJson(line, kMaxJsonDepth);
   if (!node) throw Unreadable("a line that is not JSON");
@@ -110,7 +118,7 @@ void readLine(std::string_view line, KeyedList<OxGeneralGroup>& groups,
     addNew(groups, heldAs<std::string>(*key), readGroup(fields));
   } else {
     const auto& personKey = fields.get<std::string>("person");
-    addNew(persons, personKey, readPerson(personKey, fields));
+    addNew(persons, personKey, readPerson(personKey, fields, pictures));
   }
   fields.done();
 }
@@ -118,7 +126,7 @@ void readLine(std::string_view line, KeyedList<OxGeneralGroup>& groups,
 // Everything before the last line, when that line is a trailer with the sum of it. Damage is found
 // here, before anything is read.
 std::string_view bodyOf(std::string_view file) {
-  if (!file.starts_with(kHeader) || !file.ends_with('\n')) throw Unreadable("no neutral book");
+  if (!hasKnownHeader(file) || !file.ends_with('\n')) throw Unreadable("no neutral book");
   const auto end = file.rfind('\n', file.size() - 2);
   const auto body = file.substr(0, end == std::string_view::npos ? 0 : end + 1);
   if (body.size() < kHeader.size() || !file.ends_with(trailerEnd(body))) {
@@ -134,10 +142,11 @@ std::shared_ptr<OxAddressBookGeneral> OxAddressBookGeneral::addressBookWithData(
   try {
     const std::string_view file = *data;
     const auto body = bodyOf(file);
+    const auto pictures = file.starts_with(kHeader) ? Pictures::Pixels : Pictures::Files;
     auto book = init();
     for (std::size_t at = kHeader.size(); at < body.size();) {
       const auto end = body.find('\n', at);
-      readLine(body.substr(at, end - at), book->groups_, book->persons_);
+      readLine(body.substr(at, end - at), pictures, book->groups_, book->persons_);
       at = end + 1;
     }
     const auto expected = trailer(body, book->groups_.count(), book->persons_.count());

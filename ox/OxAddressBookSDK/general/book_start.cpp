@@ -9,7 +9,7 @@ static_assert(kHeader.size() <= kBookStartBytes);
 
 BookStart bookStartOf(std::string_view bytes) {
   constexpr auto kAnyVersion = kHeader.substr(0, kHeader.find("\"version\""));
-  if (bytes.starts_with(kHeader)) return BookStart::ThisVersion;
+  if (book_format::hasKnownHeader(bytes)) return BookStart::ThisVersion;
   return bytes.starts_with(kAnyVersion) ? BookStart::OtherVersion : BookStart::NoBook;
 }
 

@@ -10,7 +10,7 @@ namespace ox {
 
 // What the first bytes of a file say of it, before a whole one is read.
 enum class BookStart : std::uint8_t {
-  ThisVersion,   // a neutral book as OxAddressBookGeneral reads it, if the rest is whole
+  ThisVersion,   // a neutral book that OxAddressBookGeneral reads, if the rest is whole
   OtherVersion,  // a neutral book that only another version can read
   NoBook,
 };

@@ -1,4 +1,5 @@
 // Writing the file form of the neutral book.
+#include <algorithm>
 #include <string>
 
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
@@ -109,11 +110,18 @@ void writeGroup(JsonWriter& out, std::string_view key, const OxGeneralGroup& gro
   out.endLine();
 }
 
+bool holdsPictureFile(const OxGeneralPerson& person) {
+  return std::ranges::any_of(person.values(),
+                             [](const auto& entry) { return ox::holdsPictureFile(*entry.second); });
+}
+
 }  // namespace
 
 Data OxAddressBookGeneral::saveToData() const {
   try {
-    JsonWriter out{std::string(kHeader)};
+    const bool withFiles = std::ranges::any_of(
+        persons_, [](const auto& entry) { return holdsPictureFile(*entry.second); });
+    JsonWriter out{std::string(withFiles ? kHeaderWithFiles : kHeader)};
     for (const auto& [key, group] : groups_) writeGroup(out, key, *group);
     for (const auto& [key, person] : persons_) writePerson(out, key, *person);
     auto file = out.take();

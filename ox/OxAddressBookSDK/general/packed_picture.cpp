@@ -5,9 +5,17 @@
 #include "ox/OxAddressBookSDK/general/book_format.hpp"
 #include "ox/OxAddressBookSDK/general/picture_bytes.hpp"
 #include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
+#include "ox/images/image_codec.hpp"
 
 namespace ox {
 namespace {
+
+// A file of more is looked at pixel by pixel, and their differences are read through a window.
+constexpr std::uint64_t kMaxPixelsInFile = std::uint64_t{16} << 20U;
+
+bool isKeptAsFile(std::size_t fileSize, std::uint64_t pixels) {
+  return fileSize < pixels * 4 && pixels <= kMaxPixelsInFile;
+}
 
 // Single is OxMutableSingleValue, const when the value is.
 template <typename Single, typename Value, typename Use>
@@ -74,16 +82,21 @@ void convertPictures(OxValue& value, Convert convert) {
   });
 }
 
-std::uint64_t pixelsIn(const Object& object) {
-  std::uint64_t pixels = 0;
+template <typename Use>
+void forEachPacked(const Object& object, Use use) {
   if (const auto* array = object.array()) {
-    for (const auto& element : *array) pixels += pixelsIn(element);
+    for (const auto& element : *array) forEachPacked(element, use);
   } else if (const auto* dictionary = object.dictionary()) {
-    for (const auto& [key, element] : dictionary->entries()) pixels += pixelsIn(element);
+    for (const auto& [key, element] : dictionary->entries()) forEachPacked(element, use);
   } else if (const auto picture = object.host<PackedPicture>()) {
-    pixels = std::uint64_t{picture->width()} * picture->height();
+    use(*picture);
   }
-  return pixels;
+}
+
+template <typename Use>
+void forEachPackedOf(const OxValue& value, Use use) {
+  forEachSingle<const OxMutableSingleValue>(
+      value, [&](const OxMutableSingleValue& single) { forEachPacked(single.value(), use); });
 }
 
 }  // namespace
@@ -91,25 +104,44 @@ std::uint64_t pixelsIn(const Object& object) {
 std::shared_ptr<const PackedPicture> PackedPicture::pack(const Image& image) {
   const auto pixels = std::uint64_t{image.width} * image.height;
   if (pixels > kMaxPackedPixels || pixels * 4 != image.pixels.size()) return nullptr;
-  return std::make_shared<PackedPicture>(Key(), image.width, image.height, packedPixels(image));
+  const auto& file = image.file.bytes();
+  if (file && isKeptAsFile(file->size(), pixels)) {
+    return std::make_shared<PackedPicture>(Key(), Form::File, image.width, image.height, file);
+  }
+  return std::make_shared<PackedPicture>(Key(), Form::Pixels, image.width, image.height,
+                                         makeData(packedPixels(image)));
 }
 
-std::shared_ptr<const PackedPicture> PackedPicture::ofBytes(std::uint32_t width,
-                                                            std::uint32_t height,
-                                                            std::string bytes) {
+std::shared_ptr<const PackedPicture> PackedPicture::ofPixels(std::uint32_t width,
+                                                             std::uint32_t height,
+                                                             std::string bytes) {
   if (!arePackedPixels(bytes, width, height)) return nullptr;
-  return std::make_shared<PackedPicture>(Key(), width, height, std::move(bytes));
+  return std::make_shared<PackedPicture>(Key(), Form::Pixels, width, height,
+                                         makeData(std::move(bytes)));
+}
+
+std::shared_ptr<const PackedPicture> PackedPicture::ofFile(std::uint32_t width,
+                                                           std::uint32_t height,
+                                                           std::string bytes) {
+  const auto size = images::imageSize(bytes);
+  if (size != images::ImageSize{width, height}) return nullptr;
+  if (!isKeptAsFile(bytes.size(), std::uint64_t{width} * height)) return nullptr;
+  if (!images::decodeImage(bytes)) return nullptr;
+  return std::make_shared<PackedPicture>(Key(), Form::File, width, height,
+                                         makeData(std::move(bytes)));
 }
 
 ImagePtr PackedPicture::image() const {
-  return imageOfPackedPixels(bytes_, width_, height_);
+  return form_ == Form::File ? images::decodePictureFile(bytes_)
+                             : imageOfPackedPixels(*bytes_, width_, height_);
 }
 
 bool PackedPicture::equals(const HostObject& other) const {
   const auto* picture = dynamic_cast<const PackedPicture*>(&other);
   if (picture == nullptr || width_ != picture->width_ || height_ != picture->height_) return false;
-  // Other versions of the packing library may give the same pixels other bytes.
-  return bytes_ == picture->bytes_ || image()->pixels == picture->image()->pixels;
+  // The same pixels may come from other files, or from another version of the packing library.
+  return (form_ == picture->form_ && sameData(bytes_, picture->bytes_)) ||
+         image()->pixels == picture->image()->pixels;
 }
 
 void packPictures(OxValue& value) {
@@ -122,9 +154,18 @@ void unpackPictures(OxValue& value) {
 
 std::uint64_t pixelsInPackedPictures(const OxValue& value) {
   std::uint64_t pixels = 0;
-  forEachSingle<const OxMutableSingleValue>(
-      value, [&](const OxMutableSingleValue& single) { pixels += pixelsIn(single.value()); });
+  forEachPackedOf(value, [&](const PackedPicture& picture) {
+    pixels += std::uint64_t{picture.width()} * picture.height();
+  });
   return pixels;
+}
+
+bool holdsPictureFile(const OxValue& value) {
+  bool holds = false;
+  forEachPackedOf(value, [&](const PackedPicture& picture) {
+    holds = holds || picture.form() == PackedPicture::Form::File;
+  });
+  return holds;
 }
 
 }  // namespace ox

@@ -9,8 +9,9 @@
 
 namespace ox {
 
-// A picture as a neutral person holds it: its pixels as packedPixels() gives them, which take a
-// small part of the room. Equal when the pictures are.
+// A picture as a neutral person holds it: the file that it came from, shared with whoever else has
+// it, or its pixels as packedPixels() gives them, which take a small part of the room. Equal when
+// the pictures are.
 class PackedPicture final : public HostObject {
   struct Key {
     explicit Key() = default;
@@ -22,24 +23,31 @@ class PackedPicture final : public HostObject {
   static std::shared_ptr<const PackedPicture> pack(const Image& image);
   // Null when the bytes are not exactly such a picture of that size. They are read through once,
   // in little memory.
-  static std::shared_ptr<const PackedPicture> ofBytes(std::uint32_t width, std::uint32_t height,
-                                                      std::string bytes);
+  static std::shared_ptr<const PackedPicture> ofPixels(std::uint32_t width, std::uint32_t height,
+                                                       std::string bytes);
+  // Null when the bytes are no file of a picture of that size, or of one that pack() would not keep
+  // as a file. They are decoded once.
+  static std::shared_ptr<const PackedPicture> ofFile(std::uint32_t width, std::uint32_t height,
+                                                     std::string bytes);
 
+  enum class Form : std::uint8_t { Pixels, File };
+  Form form() const { return form_; }
   std::uint32_t width() const { return width_; }
   std::uint32_t height() const { return height_; }
-  const std::string& bytes() const { return bytes_; }
+  const std::string& bytes() const { return *bytes_; }
   // Unpacked anew by every call; never null.
   ImagePtr image() const;
 
   bool equals(const HostObject& other) const override;
 
-  PackedPicture(Key, std::uint32_t width, std::uint32_t height, std::string bytes)
-      : width_(width), height_(height), bytes_(std::move(bytes)) {}
+  PackedPicture(Key, Form form, std::uint32_t width, std::uint32_t height, Data bytes)
+      : form_(form), width_(width), height_(height), bytes_(std::move(bytes)) {}
 
  private:
+  Form form_;
   std::uint32_t width_;
   std::uint32_t height_;
-  std::string bytes_;
+  Data bytes_;
 };
 
 // Puts the packed form in the place of each picture that the value holds, also inside of arrays and
@@ -48,7 +56,8 @@ void packPictures(OxValue& value);
 // The other way round.
 void unpackPictures(OxValue& value);
 
-// How many pixels its packed pictures have together.
+// How many pixels its packed pictures have together; whether one of them is kept as a file.
 std::uint64_t pixelsInPackedPictures(const OxValue& value);
+bool holdsPictureFile(const OxValue& value);
 
 }  // namespace ox

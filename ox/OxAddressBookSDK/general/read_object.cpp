@@ -72,7 +72,11 @@ Object readData(JsonFields& fields, std::size_t) {
 Object readImage(JsonFields& fields, std::size_t) {
   const auto width = fields.getNumber<std::uint32_t>("width");
   const auto height = fields.getNumber<std::uint32_t>("height");
-  auto picture = PackedPicture::ofBytes(width, height, bytesOf(fields.get<std::string>("pixels")));
+  auto* file = fields.find("file");
+  auto picture =
+      file != nullptr
+          ? PackedPicture::ofFile(width, height, bytesOf(heldAs<std::string>(*file)))
+          : PackedPicture::ofPixels(width, height, bytesOf(fields.get<std::string>("pixels")));
   if (!picture) throw Unreadable("a damaged picture");
   return picture;
 }

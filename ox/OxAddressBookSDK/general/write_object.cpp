@@ -61,7 +61,8 @@ void writeParts(JsonWriter& out, const PackedPicture& picture) {
   beginKind(out, kind::kImage);
   out.writeMember("width", std::int64_t{picture.width()});
   out.writeMember("height", std::int64_t{picture.height()});
-  out.writeMember("pixels", std::string_view(base64(picture.bytes())));
+  out.writeMember(picture.form() == PackedPicture::Form::File ? "file" : "pixels",
+                  std::string_view(base64(picture.bytes())));
 }
 
 // False when the object is not a T.

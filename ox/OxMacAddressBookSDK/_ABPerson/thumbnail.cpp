@@ -12,7 +12,7 @@ namespace ox {
 ImagePtr storedPicture(const _ABPerson& person) {
   try {
     const Data data = person.imageData();
-    return data ? images::decodeImage(*data) : nullptr;
+    return data ? images::decodePictureFile(data) : nullptr;
   } catch (const ImageReadError&) {
     return nullptr;
   } catch (const std::bad_alloc&) {
@@ -34,6 +34,15 @@ bool hasUnreadablePicture(const _ABPerson& person) {
   }
 }
 
+namespace {
+
+Data tiffOf(const Image& image) {
+  const auto& file = image.file.bytes();
+  return file && images::isTiff(*file) ? file : images::encodeTiff(image);
+}
+
+}  // namespace
+
 std::shared_ptr<OxMutableSingleValue> _ABPerson::thumbnailValue() const {
   return singleValueByMacValue_property(storedPicture(*this),
                                         OxProperty::propertyWithName(OxProPertyThumbnail));
@@ -41,7 +50,7 @@ std::shared_ptr<OxMutableSingleValue> _ABPerson::thumbnailValue() const {
 
 void _ABPerson::setThumbnailValue(const std::shared_ptr<OxMutableSingleValue>& value) {
   const ImagePtr image = value ? value->value().image() : nullptr;
-  const Data data = image ? images::encodeTiff(*image) : nullptr;
+  const Data data = image ? tiffOf(*image) : nullptr;
   if (!data && value && !value->value().isMissing()) {
     return failures::noticeRefusal("a thumbnail must be a picture", key().text());
   }

@@ -259,7 +259,7 @@ TEST(BookFormat, RefusesLinesAndTrailersThatDoNotFit) {
         "{\"group\":\"g\",\"title\":7,\"subArray\":[],\"persons\":[]}\n"}) {
     EXPECT_FALSE(read(sealed(line, 1, 0))) << line;
   }
-  const std::string other = "{\"format\":\"OxAddressBookGeneral\",\"version\":2}\n";
+  const std::string other = "{\"format\":\"OxAddressBookGeneral\",\"version\":3}\n";
   EXPECT_FALSE(read(other + trailer(other, 0, 0)));
   EXPECT_FALSE(read(trailer("", 0, 0)));
 }

@@ -15,7 +15,8 @@ TEST(BookStart, TellsABookOfThisVersionFromAnyOtherFile) {
   const std::vector<Row> rows = {
       {header, BookStart::ThisVersion},
       {"{\"format\":\"OxAddressBookGeneral\",\"version\":1}\n{\"group\"", BookStart::ThisVersion},
-      {"{\"format\":\"OxAddressBookGeneral\",\"version\":2}\n", BookStart::OtherVersion},
+      {"{\"format\":\"OxAddressBookGeneral\",\"version\":2}\n", BookStart::ThisVersion},
+      {"{\"format\":\"OxAddressBookGeneral\",\"version\":3}\n", BookStart::OtherVersion},
       {header.substr(0, header.size() - 1), BookStart::OtherVersion},
       {"{\"format\":\"OxAddressBookGeneral\",", BookStart::OtherVersion},
       {"{\"format\":\"Other\",\"version\":1}\n", BookStart::NoBook},

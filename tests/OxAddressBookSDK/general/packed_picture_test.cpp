@@ -12,6 +12,7 @@
 #include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 #include "ox/base/base64.hpp"
 #include "ox/base/failures.hpp"
+#include "ox/images/image_codec.hpp"
 
 namespace ox {
 namespace {
@@ -128,7 +129,7 @@ TEST(PackedPicture, OfMoreThan64MPixelsInOneValueIsNeitherWrittenNorRead) {
   EXPECT_EQ(fileOf(over), refusal + "a picture of more than 64 M pixels");
 
   const auto packed = packedZeros(kMaxPackedPixels * 4, 9);
-  const auto largest = PackedPicture::ofBytes(8192, 8192, packed);
+  const auto largest = PackedPicture::ofPixels(8192, 8192, packed);
   const auto small = PackedPicture::pack(graded(1, 1));
   ASSERT_TRUE(largest && small);
   EXPECT_EQ(fileOf(Array{largest, Dictionary{{"k", small}}}),
@@ -143,13 +144,100 @@ TEST(PackedPicture, OfMoreThan64MPixelsInOneValueIsNeitherWrittenNorRead) {
 }
 
 TEST(PackedPicture, IsEqualToOneOfTheSamePixelsPackedByAnotherVersion) {
-  const auto fast = PackedPicture::ofBytes(64, 64, packedZeros(64 * 64 * 4, 1));
-  const auto stored = PackedPicture::ofBytes(64, 64, packedZeros(64 * 64 * 4, 0));
+  const auto fast = PackedPicture::ofPixels(64, 64, packedZeros(64 * 64 * 4, 1));
+  const auto stored = PackedPicture::ofPixels(64, 64, packedZeros(64 * 64 * 4, 0));
   ASSERT_TRUE(fast && stored);
   EXPECT_NE(fast->bytes(), stored->bytes());
   EXPECT_TRUE(fast->equals(*stored));
-  EXPECT_FALSE(fast->equals(*PackedPicture::ofBytes(32, 128, fast->bytes())));
+  EXPECT_FALSE(fast->equals(*PackedPicture::ofPixels(32, 128, fast->bytes())));
   EXPECT_FALSE(fast->equals(*PackedPicture::pack(graded(64, 64))));
+}
+
+// A picture as it comes from a store, and the bytes that stand there.
+struct Stored {
+  explicit Stored(Data bytes) : file(std::move(bytes)), image(images::decodePictureFile(file)) {}
+  Data file;
+  ImagePtr image;
+};
+
+Stored jpegOf(std::uint32_t width, std::uint32_t height) {
+  return Stored(images::encodeJpeg(graded(width, height)));
+}
+
+std::string fileJson(std::uint32_t width, std::uint32_t height, const std::string& file) {
+  return R"({"kind":"image","width":)" + std::to_string(width) + R"(,"height":)" +
+         std::to_string(height) + R"(,"file":")" + base64(file) + "\"}";
+}
+
+std::shared_ptr<OxAddressBookGeneral> readBack(const std::string& json, std::string_view header) {
+  auto body = std::string(header) + personLine("p", json);
+  return OxAddressBookGeneral::addressBookWithData(
+      makeData(body + book_format::trailer(body, 0, 1)));
+}
+
+TEST(PackedPicture, IsTheFileThatItCameFrom) {
+  const auto stored = jpegOf(40, 30);
+  EXPECT_EQ(fileOf(stored.image), [&] {
+    const auto body = std::string(book_format::kHeaderWithFiles) +
+                      R"({"person":"p","values":[{"property":"OxProPertyThumbnail",)"
+                      R"("type":0,"value":)" +
+                      fileJson(40, 30, *stored.file) + "}]}\n";
+    return body + book_format::trailer(body, 0, 1);
+  }());
+  const auto book = readBack(fileJson(40, 30, *stored.file), book_format::kHeaderWithFiles);
+  ASSERT_TRUE(book);
+  const auto picture = book->personsDic().objectForKey("p")->thumbnail();
+  ASSERT_TRUE(picture);
+  EXPECT_EQ(*picture, *stored.image);
+  ASSERT_TRUE(picture->file.bytes());
+  EXPECT_EQ(*picture->file.bytes(), *stored.file);
+}
+
+TEST(PackedPicture, OfAChangedCopyIsNotTheFileOfTheOther) {
+  const auto stored = jpegOf(40, 30);
+  Image copy = *stored.image;
+  EXPECT_FALSE(copy.file.bytes());
+  copy.pixels[0] ^= 1U;
+  const auto person = OxGeneralPerson::make("p");
+  person->setThumbnail(std::make_shared<const Image>(copy));
+  EXPECT_EQ(*person->thumbnail(), copy);
+  copy = *stored.image;
+  EXPECT_FALSE(copy.file.bytes());
+}
+
+TEST(PackedPicture, IsEqualWhateverItIsKeptAs) {
+  const auto stored = jpegOf(40, 30);
+  const auto file = PackedPicture::pack(*stored.image);
+  const auto pixels = PackedPicture::pack(Image(*stored.image));
+  EXPECT_EQ(file->form(), PackedPicture::Form::File);
+  EXPECT_EQ(file->bytes(), *stored.file);
+  EXPECT_EQ(pixels->form(), PackedPicture::Form::Pixels);
+  EXPECT_TRUE(file->equals(*pixels));
+  EXPECT_TRUE(pixels->equals(*file));
+  EXPECT_FALSE(file->equals(*PackedPicture::pack(*jpegOf(30, 40).image)));
+}
+
+TEST(PackedPicture, ThatIsSmallerThanItsFileIsItsPixels) {
+  const Stored tiff(images::encodeTiff(graded(1, 1)));
+  ASSERT_GT(tiff.file->size(), 4U);
+  EXPECT_EQ(PackedPicture::pack(*tiff.image)->form(), PackedPicture::Form::Pixels);
+  EXPECT_FALSE(PackedPicture::ofFile(1, 1, *tiff.file));
+}
+
+TEST(PackedPicture, IsReadOnlyFromAWholeFileOfItsSize) {
+  const auto whole = *jpegOf(40, 30).file;
+  const auto isRead = [](std::uint32_t width, std::uint32_t height, const std::string& file,
+                         std::string_view header = book_format::kHeaderWithFiles) {
+    return readBack(fileJson(width, height, file), header) != nullptr;
+  };
+  EXPECT_TRUE(isRead(40, 30, whole));
+  EXPECT_FALSE(isRead(30, 40, whole));
+  EXPECT_FALSE(isRead(40, 30, whole.substr(0, whole.size() / 2)));
+  EXPECT_FALSE(isRead(40, 30, "no picture"));
+  EXPECT_FALSE(isRead(40, 30, ""));
+  EXPECT_FALSE(isRead(40, 30, whole, book_format::kHeader)) << "no program wrote that";
+  EXPECT_TRUE(readBack(pictureJson(1, 1, PackedPicture::pack(graded(1, 1))->bytes()),
+                       book_format::kHeaderWithFiles));
 }
 
 // All of them unpacked at once would take 1 GB.

@@ -94,6 +94,20 @@ TEST(Thumbnail, IsStoredAsTiffAndReadBack) {
   EXPECT_EQ(ann->imageData(), nullptr);
 }
 
+TEST(Thumbnail, ThatWasATiffIsStoredAsItWas) {
+  auto tiff = *images::encodeTiff(*redPixel());
+  tiff += "behind its end";  // whoever encoded it anew would leave that out
+  const auto jpeg = images::encodeJpeg(Image{8, 8, std::vector<std::uint8_t>(256, 200)});
+  StoreBuilder().person("tiff", {.image = makeData(tiff)}).person("jpeg", {.image = jpeg});
+  const auto ann = newPersonWith({});
+  ann->setThumbnail(person("tiff")->thumbnail());
+  EXPECT_EQ(*ann->imageData(), tiff);
+  const auto shown = person("jpeg")->thumbnail();
+  ann->setThumbnail(shown);
+  EXPECT_TRUE(images::isTiff(*ann->imageData()));
+  EXPECT_EQ(*ann->thumbnail(), *shown);
+}
+
 TEST(Thumbnail, ThatCannotBeReadOrDecodedIsNone) {
   const failures::Watch watch;
   auto& source = SwitchedSource::install();

@@ -3,7 +3,9 @@
 #include <thread>
 
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/base/base64.hpp"
 #include "ox/base/failures.hpp"
+#include "ox/images/image_codec.hpp"
 #include "tests/OxAddressBookSDK/general/loose_group.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
@@ -33,6 +35,22 @@ TEST(BulkSave, CountsItsItemsFromZero) {
   EXPECT_EQ(run.wait(), "0 25 50 75 100 100 data!");
   EXPECT_NE(run.worker(), std::this_thread::get_id());
   EXPECT_TRUE(OxAddressBookGeneral::addressBookWithData(run.data()));
+}
+
+TEST(BulkSave, HoldsAPictureAsItStandsInTheStore) {
+  const auto jpeg = images::encodeJpeg(Image{32, 32, std::vector<std::uint8_t>(4096, 200)});
+  StoreBuilder().person("p", {.image = jpeg});
+  const auto book = bookNamed("_local");
+  const auto data = savedData(book);
+  ASSERT_TRUE(data);
+  EXPECT_NE(data->find("\"file\":\"" + base64(*jpeg) + "\""), std::string::npos);
+  const auto before = person("p")->thumbnail();
+  loaded(book, data);
+  const auto people = ABAddressBook::sharedAddressBook()->people();
+  ASSERT_EQ(people.size(), 1U);
+  const auto after = hostPerson(people[0])->thumbnail();
+  ASSERT_TRUE(after);
+  EXPECT_EQ(*after, *before);
 }
 
 TEST(BulkSave, ReportsInSinglePrecision) {
@@ -158,7 +176,7 @@ TEST(BulkLoad, OfUnreadableDataTouchesNothing) {
   flipped[flipped.find("p0")] ^= 1;
   EXPECT_EQ(loaded(book, makeData(flipped)), "0!");
   auto newer = *good;
-  newer.replace(newer.find("\"version\":1"), 11, "\"version\":2");
+  newer.replace(newer.find("\"version\":1"), 11, "\"version\":3");
   EXPECT_EQ(loaded(book, makeData(newer)), "0!");
   EXPECT_EQ(watch.counts().failures, 4U) << "missing data is none";
   EXPECT_EQ(cachedIn(*book), "p0");
