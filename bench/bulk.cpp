@@ -86,8 +86,7 @@ int measure(std::string_view way, const std::string& path, std::size_t size) {
   if (way == "load") seconds = loadFrom(path, size);
   if (way == "plain read") seconds = plain::readContent(store);
   if (way == "plain write") seconds = plain::fillPersons(store, plain::readRows(path));
-  tellParent("seconds", seconds);
-  tellParent("memory", peakMemory());
+  tellSeconds(seconds);
   return 0;
 }
 
@@ -99,7 +98,7 @@ Measured inChild(const std::string& store, const std::string& way, const std::st
     note = std::to_string(static_cast<int>(numbers.at("bytes") / 1e6)) + " MB of data, peak " +
            std::to_string(static_cast<int>(numbers.at("memory") / 1e6)) + " MB";
   }
-  return {numbers.at("seconds"), note};
+  return measuredBy(numbers, note);
 }
 
 enum class Pictures { With, Without };

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace ox::bench {
 namespace {
@@ -46,6 +47,17 @@ Numbers runChild(const std::string& store, const std::vector<std::string>& argum
 
 void tellParent(const char* name, double value) {
   std::printf("%s %.17g\n", name, value);
+}
+
+void tellSeconds(double seconds) {
+  const auto allocations = allocationsCounted();
+  tellParent("seconds", seconds);
+  tellParent("allocations", static_cast<double>(allocations));
+  tellParent("memory", peakMemory());
+}
+
+Measured measuredBy(const Numbers& numbers, std::string note) {
+  return {numbers.at("seconds"), std::move(note), numbers.at("allocations"), numbers.at("memory")};
 }
 
 double peakMemory() {

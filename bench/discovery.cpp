@@ -28,9 +28,8 @@ std::size_t discover() {
 int measure(std::string_view way) {
   const Stopwatch watch;
   const auto persons = way == "plain" ? plain::listRecords(contactStorePath()) : discover();
-  tellParent("seconds", watch.seconds());
+  tellSeconds(watch.seconds());
   tellParent("persons", static_cast<double>(persons));
-  tellParent("memory", peakMemory());
   return 0;
 }
 
@@ -40,7 +39,7 @@ Measured listCold(std::size_t count, const std::string& way) {
   if (numbers.at("persons") != static_cast<double>(count))
     throw std::runtime_error("not all listed");
   const auto memory = (numbers.at("memory") - empty) / static_cast<double>(count);
-  return {numbers.at("seconds"), std::to_string(static_cast<int>(memory)) + " B/person"};
+  return measuredBy(numbers, std::to_string(static_cast<int>(memory)) + " B/person");
 }
 
 Way coldly(const std::string& name, const std::string& way) {

@@ -14,6 +14,7 @@ namespace ox::bench {
 namespace {
 
 constexpr const char* kRepetitions = "--benchmark_repetitions=5";
+constexpr const char* kOnce = "--benchmark_repetitions=1";
 // A machine that is busy for a while then slows down every way alike.
 constexpr const char* kByTurns = "--benchmark_enable_random_interleaving=true";
 
@@ -28,7 +29,7 @@ struct Row {
   struct Cell {
     std::string way;
     std::vector<double> seconds;
-    std::string note;
+    Measured last;
   };
 
   std::string figure;
@@ -40,6 +41,32 @@ struct Row {
 std::vector<std::unique_ptr<Row>>& rows() {
   static auto& rows = *new std::vector<std::unique_ptr<Row>>;
   return rows;
+}
+
+// Every way is tried on a few items, in any build.
+bool isSmoke() {
+  return std::getenv("OX_BENCH_SMOKE") != nullptr;
+}
+
+// For scripts/bench.
+void append(const Row& row, std::FILE* file) {
+  const auto& floor = row.cells.back();
+  if (floor.seconds.empty()) return;
+  for (const auto& cell : row.cells) {
+    if (cell.seconds.empty()) continue;
+    std::fprintf(file, "%s\t%zu\t%s\t%s\t%.9g\t%.9g\t%.0f\t%.0f\n", row.figure.c_str(), row.size,
+                 cell.way.c_str(), &cell == &floor ? "" : floor.way.c_str(), medianOf(cell.seconds),
+                 medianOf(floor.seconds), cell.last.allocations, cell.last.memory);
+  }
+}
+
+void appendAll() {
+  const char* path = std::getenv("OX_BENCH_ROWS");
+  if (path == nullptr) return;
+  std::FILE* const file = std::fopen(path, "a");
+  if (file == nullptr) throw std::runtime_error(std::string(path) + ": cannot be written");
+  for (const auto& row : rows()) append(*row, file);
+  if (std::fclose(file) != 0) throw std::runtime_error(std::string(path) + ": cannot be written");
 }
 
 void print(const Row& row) {
@@ -57,7 +84,7 @@ void print(const Row& row) {
     } else if (!floor.empty()) {
       std::printf(" %8.3g", seconds / medianOf(floor));
     }
-    std::printf("  %s\n", cell.note.c_str());
+    std::printf("  %s\n", cell.last.note.c_str());
   }
 }
 
@@ -79,7 +106,12 @@ class Table : public benchmark::BenchmarkReporter {
   }
 
   void Finalize() override {
-    for (const auto& row : rows()) print(*row);
+    if (isSmoke()) {
+      std::printf("every way was tried once, for no figures\n");
+    } else {
+      for (const auto& row : rows()) print(*row);
+    }
+    appendAll();
   }
 
   bool failed() const { return failed_; }
@@ -94,8 +126,11 @@ void runOnce(benchmark::State& state, Row& row, std::size_t index, const Work& w
     try {
       auto measured = work(row.size);
       state.SetIterationTime(measured.seconds);
+      if (measured.allocations == 0) {
+        measured.allocations = static_cast<double>(allocationsCounted());
+      }
       row.cells[index].seconds.push_back(measured.seconds);
-      row.cells[index].note = std::move(measured.note);
+      row.cells[index].last = std::move(measured);
     } catch (const std::exception& error) {
       state.SkipWithError(error.what());
       return;
@@ -107,7 +142,10 @@ void runOnce(benchmark::State& state, Row& row, std::size_t index, const Work& w
 
 std::vector<std::size_t> sizes() {
   const char* asked = std::getenv("OX_BENCH_SIZES");
-  if (asked == nullptr || *asked == '\0') return {1'000, 10'000, 100'000};
+  if (asked == nullptr || *asked == '\0') {
+    return isSmoke() ? std::vector<std::size_t>{20}
+                     : std::vector<std::size_t>{1'000, 10'000, 100'000};
+  }
   std::vector<std::size_t> list;
   for (char* next = nullptr; *asked != '\0'; asked = *next == ',' ? next + 1 : next) {
     const auto size = std::strtoull(asked, &next, 10);
@@ -137,11 +175,11 @@ void addFigure(const std::string& name, std::vector<Way> ways,
 }
 
 int runFigures(int argc, char** argv, const std::function<void()>& add) {
-  if (!isOptimised()) {
+  if (!isOptimised() && !isSmoke()) {
     std::fprintf(stderr, "not an optimised build: no figures\n");
     return 1;
   }
-  std::vector<std::string> defaults = {argv[0], kRepetitions, kByTurns};
+  std::vector<std::string> defaults = {argv[0], isSmoke() ? kOnce : kRepetitions, kByTurns};
   std::vector<char*> arguments;
   arguments.reserve(defaults.size() + static_cast<std::size_t>(argc));
   for (auto& text : defaults) arguments.push_back(text.data());
