@@ -24,14 +24,9 @@ namespace {
 constexpr std::size_t kRecordsAtOnce = 512;
 constexpr std::size_t kBytesAtOnce = 1U << 20U;
 constexpr std::size_t kBatchesAhead = 3;
+constexpr std::size_t kSpareBytes = 4U << 20U;  // of cards, for whose room another batch has use
 // Where something cannot be read.
 constexpr std::size_t kOneByOne = 16;
-
-struct StoredPerson {
-  RecordKey key;
-  std::shared_ptr<const PropertyBag> values;
-  Data picture;
-};
 
 struct StoredGroup {
   RecordKey key;
@@ -42,19 +37,45 @@ struct StoredGroup {
 struct Cards {
   std::string text;
   std::vector<std::size_t> ends;  // of each card in the text
+  std::vector<Text> uids;         // that the persons' cards gave them
+
+  void clear() {
+    text.clear();
+    ends.clear();
+    uids.clear();
+  }
 };
 
-Cards cardsOf(const std::vector<StoredPerson>& persons, CardVersion version) {
-  Cards cards;
-  cards.ends.reserve(persons.size());
-  for (const auto& person : persons) {
-    const bool hasUid = person.values->text(property_id::kCardUid) != nullptr;
-    const auto uid = hasUid ? std::string() : uidOfRecord(person.key);
-    appendCard(*person.values, person.picture, {.version = version, .uid = uid}, cards.text);
-    cards.ends.push_back(cards.text.size());
-  }
-  return cards;
+void addCard(const RecordKey& key, const PropertyBag& values, const Data& picture,
+             CardVersion version, Cards& cards) {
+  const auto* given = values.text(property_id::kCardUid);
+  const auto uid = given != nullptr ? std::string() : uidOfRecord(key);
+  appendCard(values, picture, {.version = version, .uid = uid}, cards.text);
+  cards.ends.push_back(cards.text.size());
+  cards.uids.push_back(given != nullptr ? Text(*given) : Text());
 }
+
+// Some persons as they lie in the store, and the cards of the first of them: of all, unless there
+// is one who is gone or damaged.
+struct Batch {
+  std::span<const RecordKey> keys;
+  std::vector<EncodedContent> contents;
+  Cards cards;
+
+  void write(CardVersion version) {
+    cards.clear();
+    for (std::size_t i = 0; i < contents.size(); ++i) {
+      const auto values = decodedValues(contents[i]);
+      if (!values) return;
+      addCard(keys[i], *values, contents[i].picture, version, cards);
+    }
+  }
+};
+
+struct WrittenBatch {
+  std::shared_ptr<Batch> batch;
+  std::future<void> isWritten;
+};
 
 // One export under way.
 class Export {
@@ -62,25 +83,24 @@ class Export {
   Export(CardVersion version, const CardSink& sink, Unreadable unreadable)
       : version_(version), sink_(sink), unreadable_(unreadable) {}
 
-  // The store is read here; other threads write the cards of what was read, to be given in order.
+  // The store is read here; other threads decode what was read and write the cards, to be given in
+  // order.
   void addPersons(std::span<const RecordKey> keys) {
-    std::deque<std::future<Cards>> written;
+    std::deque<WrittenBatch> written;
+    std::vector<std::shared_ptr<Batch>> spare;
     while (!report_.stopped) {
       while (!keys.empty() && written.size() < kBatchesAhead) {
-        const auto persons = std::make_shared<const std::vector<StoredPerson>>(read(keys));
-        const auto work =
-            failures::watched([persons, version = version_] { return cardsOf(*persons, version); });
-        // A single batch is not worth a thread. Work is copied into the future, not moved: where no
-        // thread can be had, it is needed once more.
-        const bool isAll = keys.empty() && written.empty();
-        const auto policy =
-            isAll ? std::launch::deferred : std::launch::async | std::launch::deferred;
-        written.push_back(std::async(policy, work));
+        if (spare.empty()) spare.push_back(std::make_shared<Batch>());
+        written.push_back(begin(keys, std::move(spare.back()), written.empty()));
+        spare.pop_back();
       }
       if (written.empty()) return;
-      const auto cards = written.front().get();
+      auto [batch, isWritten] = std::move(written.front());
       written.pop_front();
-      give(cards);
+      isWritten.get();
+      give(batch->keys, batch->cards);
+      addPlainly(batch->keys.subspan(batch->cards.ends.size()));
+      if (batch->cards.text.size() <= kSpareBytes) spare.push_back(batch);
     }
   }
 
@@ -100,7 +120,10 @@ class Export {
       }
       done += read.size();
     }
-    for (const auto& group : groups_) keepUid(group.key, group.values);
+    for (const auto& group : groups_) {
+      const auto* uid = group.values ? group.values->text(property_id::kCardUid) : nullptr;
+      if (uid != nullptr) keepUid(group.key, *uid);
+    }
   }
 
   void addGroups() {
@@ -125,22 +148,48 @@ class Export {
   const ExportReport& report() const { return report_; }
 
  private:
-  // The next persons that are there; takes their keys away.
-  std::vector<StoredPerson> read(std::span<const RecordKey>& keys) {
-    std::vector<StoredPerson> persons;
+  // Reads the next persons, takes their keys away, and has their cards written.
+  WrittenBatch begin(std::span<const RecordKey>& keys, std::shared_ptr<Batch> batch, bool isFirst) {
     const auto most = keys.first(std::min(keys.size(), kRecordsAtOnce));
-    auto contents = contentsOf(most);
-    for (std::size_t i = 0; i < contents.size(); ++i) {
-      auto& [values, picture] = contents[i];
-      if (!values) {
-        countGone(keys[i]);
-        continue;
-      }
-      keepUid(keys[i], values);
-      persons.push_back({keys[i], std::move(values), std::move(picture)});
+    batch->contents = encodedContentsOf(most);
+    // Where they cannot be asked for together, some are looked at one by one.
+    const auto count = batch->contents.empty() ? kOneByOne : batch->contents.size();
+    batch->keys = most.first(std::min(most.size(), count));
+    keys = keys.subspan(batch->keys.size());
+    const auto work = failures::watched([batch, version = version_] { batch->write(version); });
+    // A single batch is not worth a thread. Work is copied into the future, not moved: where no
+    // thread can be had, it is needed once more.
+    const bool isAll = keys.empty() && isFirst;
+    const auto policy = isAll ? std::launch::deferred : std::launch::async | std::launch::deferred;
+    return {batch, std::async(policy, work)};
+  }
+
+  std::vector<EncodedContent> encodedContentsOf(std::span<const RecordKey> keys) {
+    try {
+      return source_.encodedContents(keys, kBytesAtOnce);
+    } catch (const FailureError&) {
+      if (unreadable_ == Unreadable::Fail) throw;
+      return {};
     }
-    keys = keys.subspan(contents.size());
-    return persons;
+  }
+
+  // The persons from one on that is gone or damaged, which the store tells when it is asked for
+  // them itself.
+  void addPlainly(std::span<const RecordKey> keys) {
+    while (!keys.empty() && !report_.stopped) {
+      const auto contents = contentsOf(keys);
+      for (std::size_t i = 0; i < contents.size() && !report_.stopped; ++i) {
+        const auto& [values, picture] = contents[i];
+        if (!values) {
+          countGone(keys[i]);
+          continue;
+        }
+        Cards card;
+        addCard(keys[i], *values, picture, version_, card);
+        give(keys.subspan(i, 1), card);
+      }
+      keys = keys.subspan(contents.size());
+    }
   }
 
   // As many of the first as one question answers, and at least one. Where it has no answer each of
@@ -204,10 +253,10 @@ class Export {
     }
   }
 
-  void keepUid(const RecordKey& key, const std::shared_ptr<const PropertyBag>& values) {
+  void keepUid(const RecordKey& key, const Text& uid) {
+    if (uidsOfMembers_.empty()) return;
     const auto member = uidsOfMembers_.find(key);
-    if (member == uidsOfMembers_.end() || !values) return;
-    if (const auto* uid = values->text(property_id::kCardUid)) member->second = *uid;
+    if (member != uidsOfMembers_.end()) member->second = uid;
   }
 
   // Whoever has none bears that of the record.
@@ -216,9 +265,12 @@ class Export {
     return uid ? *uid : uidOfRecord(member);
   }
 
-  void give(const Cards& cards) {
+  // The cards of the first of these.
+  void give(std::span<const RecordKey> keys, const Cards& cards) {
     std::size_t start = 0;
-    for (const auto end : cards.ends) {
+    for (std::size_t i = 0; i < cards.ends.size(); ++i) {
+      keepUid(keys[i], cards.uids[i]);
+      const auto end = cards.ends[i];
       give(std::string_view(cards.text).substr(start, end - start), report_.persons);
       if (report_.stopped) return;
       start = end;

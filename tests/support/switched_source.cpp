@@ -318,6 +318,16 @@ std::vector<RecordContent> SwitchedSource::committedContents(std::span<const Rec
   return contents;
 }
 
+std::vector<EncodedContent> SwitchedSource::encodedContents(std::span<const RecordKey> keys,
+                                                            std::size_t bytes) {
+  enterContainerView(&SourceCounts::committedContents);
+  auto contents = real_->encodedContents(keys, bytes);
+  for (std::size_t i = 0; i < contents.size(); ++i) {
+    if (isIn(&SwitchedSource::hiddenFromContainers_, keys[i].text())) contents[i] = {};
+  }
+  return contents;
+}
+
 RecordKeysPtr SwitchedSource::committedChildren(const RecordKey& group, RecordKind kind) {
   enterContainerView(&SourceCounts::committedChildren);
   return std::make_shared<const RecordKeys>(

@@ -115,6 +115,8 @@ class SwitchedSource : public ContactSource {
   Data committedImage(const RecordKey& key) override;
   std::vector<RecordContent> committedContents(std::span<const RecordKey> keys,
                                                std::size_t bytes) override;
+  std::vector<EncodedContent> encodedContents(std::span<const RecordKey> keys,
+                                              std::size_t bytes) override;
   RecordKeysPtr committedChildren(const RecordKey& group, RecordKind kind) override;
   std::vector<RecordKeysPtr> committedChildren(std::span<const RecordKey> groups,
                                                RecordKind kind) override;

@@ -42,6 +42,9 @@ class ContainerSource {
   // or ImageReadError.
   virtual std::vector<RecordContent> committedContents(std::span<const RecordKey> keys,
                                                        std::size_t bytes) = 0;
+  // The same for whoever decodes on a thread of its own: what is damaged is told by decodedValues.
+  virtual std::vector<EncodedContent> encodedContents(std::span<const RecordKey> keys,
+                                                      std::size_t bytes) = 0;
   // The members or sub-groups of a group, or of each of some groups.
   virtual RecordKeysPtr committedChildren(const RecordKey& group, RecordKind kind) = 0;
   virtual std::vector<RecordKeysPtr> committedChildren(std::span<const RecordKey> groups,

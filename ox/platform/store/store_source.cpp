@@ -253,6 +253,13 @@ class StoreSource final : public ContactSource {
     return overlay_.storedContents(keys, bytes);
   }
 
+  std::vector<EncodedContent> encodedContents(std::span<const RecordKey> keys,
+                                              std::size_t bytes) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    return store_.committed().encodedContents(keys, bytes);
+  }
+
   Data committedImage(const RecordKey& key) override {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::AtMostEvery10ms);

@@ -102,6 +102,29 @@ TEST(ManyContents, EndBeforeADamagedRecordAndThrowAtOne) {
   EXPECT_EQ(source.imageData(RecordKey::of("a")), nullptr);
 }
 
+TEST(ManyContents, MayBeDecodedByWhoeverAsksForThem) {
+  StoreBuilder()
+      .person("a", {.first = "Ann", .image = makeData("picture")})
+      .person("b", {.first = "Ben"})
+      .person("c", {.first = "Cy"})
+      .person("d", {.first = "Di", .image = makeData("picture")});
+  runInTheStore(
+      "UPDATE content SET properties = x'00' WHERE record = "
+      "(SELECT id FROM record WHERE uid = 'b');"
+      "UPDATE image SET data = x'00' WHERE id = (SELECT image FROM content WHERE record = "
+      "(SELECT id FROM record WHERE uid = 'd'))");
+  std::vector<RecordKey> keys;
+  for (const auto* id : {"c", "gone", "a", "b", "d"}) keys.push_back(RecordKey::of(id));
+  std::string names;
+  for (const auto& content : contactSource().encodedContents(keys, kAll)) {
+    const auto values = decodedValues(content);
+    names += values ? *values->text(property_id::kFirst) : content.values ? "damaged" : "none";
+    names += content.picture && values ? "+" + *content.picture + " " : " ";
+  }
+  EXPECT_EQ(names, "Cy none Ann+picture damaged damaged ");
+  EXPECT_EQ(contactSource().encodedContents(keys, 0).size(), 2U);
+}
+
 TEST(ManyContents, OfRecordsThatWereRemovedElsewhereAreMissing) {
   const auto elsewhere = openStoreSource(contactStorePath());
   StoreBuilder().person("a", {.first = "Ann"}).person("b", {.first = "Ben"});

@@ -76,6 +76,7 @@ class CommittedRecords {
   void meetContents(std::span<const RecordKey> keys);
   // See ContainerSource.
   std::vector<RecordContent> contents(std::span<const RecordKey> keys, std::size_t bytes);
+  std::vector<EncodedContent> encodedContents(std::span<const RecordKey> keys, std::size_t bytes);
   std::vector<RecordKeysPtr> children(std::span<const RecordKey> groups, RecordKind kind);
   std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
                                     std::span<const SoughtRecord> sought);

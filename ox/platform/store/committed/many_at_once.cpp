@@ -7,27 +7,19 @@
 #include "ox/platform/store/committed/committed_records.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/card_uid.hpp"
-#include "ox/records/property_codec.hpp"
 
 namespace ox {
 namespace {
 
-// False when values or picture are damaged. Of a row as ContentsOfRows gives it.
-bool readContent(const sqlite::Statement& row, RecordContent& content) {
-  if (row.integer(4) == 0) return false;
-  RecordContent read;
-  try {
-    read.values = std::make_shared<const PropertyBag>(decodeProperties(row.blob(1)));
-  } catch (const DamagedProperties&) {
-    return false;
-  }
-  if (!row.isNull(2)) {
-    const auto bytes = row.blob(3);
-    if (checksum64(bytes) != static_cast<std::uint64_t>(row.integer(2))) return false;
-    read.picture = makeData(std::string(bytes));
-  }
-  content = std::move(read);
-  return true;
+// Of a row as ContentsOfRows gives it.
+EncodedContent contentOf(const sqlite::Statement& row) {
+  EncodedContent content;
+  const bool isSound = row.integer(4) != 0;
+  content.values = makeData(isSound ? std::string(row.blob(1)) : std::string());
+  if (row.isNull(2)) return content;
+  content.picture = makeData(std::string(row.blob(3)));
+  content.pictureChecksum = static_cast<std::uint64_t>(row.integer(2));
+  return content;
 }
 
 // The records of one container by which sought ones are recognised, found step by step.
@@ -205,32 +197,43 @@ void CommittedRecords::meetContents(std::span<const RecordKey> keys) {
   contents_.readAll(entries);
 }
 
-std::vector<RecordContent> CommittedRecords::contents(std::span<const RecordKey> keys,
-                                                      std::size_t bytes) {
+std::vector<EncodedContent> CommittedRecords::encodedContents(std::span<const RecordKey> keys,
+                                                              std::size_t bytes) {
   sqlite::KeyList list;
   for (const auto& entry : find(keys)) list.add(entry ? entry->row : 0);
-  std::vector<RecordContent> contents(keys.size());
-  auto answered = keys.size();
+  std::vector<EncodedContent> contents(keys.size());
   file_.guarded([&] {
     auto& rows = file_.statement(Sql::ContentsOfRows);
     const sqlite::StatementScope scope(rows);
     rows.bindKeys(1, list);
     for (std::size_t taken = 0; rows.step();) {
       const auto place = static_cast<std::size_t>(rows.integer(0));
-      const bool isEnough = taken >= bytes && place > 0;
-      if (isEnough || !readContent(rows, contents[place])) {
-        answered = place;
+      if (taken >= bytes && place > 0) {
+        contents.resize(place);
         return;
       }
+      contents[place] = contentOf(rows);
       taken += rows.blob(1).size() + rows.blob(3).size();
     }
   });
-  // A damaged one at the beginning is asked for alone, to throw what is wrong with it.
-  contents.resize(std::max<std::size_t>(answered, keys.empty() ? 0 : 1));
-  for (std::size_t i = 0; i < contents.size(); ++i) {
-    if (contents[i].values) continue;
-    contents[i].values = values(keys[i]);
-    if (contents[i].values) contents[i].picture = image(keys[i]);
+  return contents;
+}
+
+std::vector<RecordContent> CommittedRecords::contents(std::span<const RecordKey> keys,
+                                                      std::size_t bytes) {
+  const auto encoded = encodedContents(keys, bytes);
+  std::vector<RecordContent> contents;
+  contents.reserve(encoded.size());
+  for (std::size_t i = 0; i < encoded.size(); ++i) {
+    if (auto values = decodedValues(encoded[i])) {
+      contents.push_back({std::move(values), encoded[i].picture});
+      continue;
+    }
+    // A damaged one at the beginning is asked for alone, to throw what is wrong with it.
+    if (encoded[i].values && i > 0) break;
+    auto known = values(keys[i]);
+    auto picture = known ? image(keys[i]) : nullptr;
+    contents.push_back({std::move(known), std::move(picture)});
   }
   return contents;
 }

@@ -31,4 +31,15 @@ struct RecordContent {
   Data picture;
 };
 
+// Values and picture as they lie in the store, neither decoded nor found whole yet: any thread may
+// do that.
+struct EncodedContent {
+  Data values;  // null when there is no such record
+  Data picture;
+  std::uint64_t pictureChecksum = 0;
+};
+
+// Null where values or picture are damaged, or there are none.
+std::shared_ptr<const PropertyBag> decodedValues(const EncodedContent& content);
+
 }  // namespace ox
