@@ -23,7 +23,8 @@ CardRead taken(Reader::Result&& result, std::uint64_t bytesRead) {
 }  // namespace
 
 CardsAhead::CardsAhead(FileSource& source)
-    : reader_(source), most_(source.isFile() ? kCardsAtOnce : 1) {}
+    : reader_(source, source.isFile() ? Reader::Threads::AllProcessors : Reader::Threads::One),
+      most_(source.isFile() ? kCardsAtOnce : 1) {}
 
 CardsAhead::Batch CardsAhead::readBatch() {
   Batch batch;

@@ -89,6 +89,22 @@ std::size_t endOfValue(std::string_view text, std::size_t at) {
   return at;
 }
 
+// Asked of every line.
+inline LineName nameAtFront(std::string_view line) {
+  LineName result;
+  std::size_t start = 0;
+  auto end = endOfName(line, 0);
+  while (end < line.size() && line[end] == '.') {
+    result.group = line.substr(0, end);
+    start = end + 1;
+    end = endOfName(line, start);
+  }
+  if (end == start) return {};
+  result.name = line.substr(start, end - start);
+  result.end = end;
+  return result;
+}
+
 std::string_view withoutQuotes(std::string_view text) {
   text = trimmed(text);
   if (text.size() >= 2 && text.front() == '"' && text.back() == '"') {
@@ -134,25 +150,14 @@ const Parameter* ContentLine::find(ParameterKind kind) const {
 }
 
 LineName lineNameOf(std::string_view line) {
-  LineName result;
-  std::size_t start = 0;
-  auto end = endOfName(line, 0);
-  while (end < line.size() && line[end] == '.') {
-    result.group = line.substr(0, end);
-    start = end + 1;
-    end = endOfName(line, start);
-  }
-  if (end == start) return {};
-  result.name = line.substr(start, end - start);
-  result.end = end;
-  return result;
+  return nameAtFront(line);
 }
 
 std::size_t parseHead(std::string_view text, ContentLine& line) {
   line.parameters.clear();
   line.encoding = Encoding::None;
   line.charset = {};
-  const auto front = lineNameOf(text);
+  const auto front = nameAtFront(text);
   line.group = front.group;
   line.name = front.name;
   auto at = front.end;

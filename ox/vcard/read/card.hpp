@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "ox/base/data.hpp"
@@ -35,5 +36,7 @@ struct Refusal {
 
   bool operator==(const Refusal&) const = default;
 };
+
+using CardResult = std::variant<Card, Refusal>;
 
 }  // namespace ox::vcard

@@ -1,81 +1,71 @@
 #include "ox/vcard/read/reader.hpp"
 
-#include <algorithm>
-#include <array>
-#include <string>
 #include <utility>
 
-#include "ox/vcard/read/card_builder.hpp"
-#include "ox/vcard/read/card_facts.hpp"
-#include "ox/vcard/source/card_lines.hpp"
-#include "ox/vcard/source/card_slicer.hpp"
-#include "ox/vcard/source/charset_evidence.hpp"
-#include "ox/vcard/source/utf16_source.hpp"
-#include "ox/vcard/unmodelled/property_detail.hpp"
+#include "ox/vcard/read/cards_in_order.hpp"
+#include "ox/vcard/read/chunk_source.hpp"
 
 namespace ox::vcard {
-namespace {
-
-// What lines say beside their values is nothing without them.
-bool isDetail(const Object& stored) {
-  const auto* text = stored.text();
-  return text != nullptr && decodeDetail(*text).has_value();
-}
-
-bool saysNothing(const Card& card) {
-  if (card.photo || !card.members.empty()) return false;
-  return std::ranges::all_of(card.properties.entries(), [](const PropertyBag::Entry& entry) {
-    const auto* single = std::get_if<Object>(&entry.second);
-    const auto* lines = single != nullptr ? single->array() : nullptr;
-    return entry.first == property_id::kUnmodelledLines && lines != nullptr &&
-           std::ranges::all_of(*lines, isDetail);
-  });
-}
-
-}  // namespace
 
 class Reader::Parts {
  public:
-  explicit Parts(ByteSource& source)
-      : evidence_(source),
-        utf16_(source),
-        slicer_(utf16_),
-        lines_([this](const RawCard& card) { return evidence_.charsetFor(card); }) {}
-
-  std::optional<Result> next() {
-    if (!slicer_.next(raw_)) return std::nullopt;
-    ++cards_;
-    if (!raw_.refusal.empty()) return Refusal{raw_.line, raw_.refusal};
-    const auto facts = factsOf(raw_);
-    if (!facts.hasVersion) raw_.repairs.push_back({raw_.line, "VERSION is missing"});
-    lines_.start(raw_, facts.dialect, utf16_.saysItsEncoding());
-    builder_.start(raw_.line, facts);
-    while (const auto* line = lines_.next()) builder_.add(*line);
-    Card card = builder_.finish();
-    if (saysNothing(card)) return Refusal{raw_.line, "the card holds no property"};
-    if (raw_.repairs.empty()) return card;
-    card.repairs.insert(card.repairs.end(), std::make_move_iterator(raw_.repairs.begin()),
-                        std::make_move_iterator(raw_.repairs.end()));
-    std::stable_sort(card.repairs.begin(), card.repairs.end(),
-                     [](const Problem& a, const Problem& b) { return a.line < b.line; });
-    return card;
+  Parts(ByteSource& source, Threads threads) : source_(source) {
+    if (threads == Threads::AllProcessors) ahead_.emplace(source_);
   }
 
-  std::uint64_t bytesRead() const { return utf16_.bytesRead(); }
+  std::optional<Result> next() {
+    while (given_ == chunk_->count) {
+      place_ = chunk_->end;
+      takeStrays();
+      if (chunk_->failure) std::rethrow_exception(chunk_->failure);
+      if (chunk_->isLast) return std::nullopt;
+      takeChunk();
+    }
+    auto& card = chunk_->cards[given_++];
+    place_ = card.place;
+    takeStrays();
+    ++cards_;
+    if (!card.made) {
+      card.made = maker_.make(card.raw, chunk_->trustBytes, CardMaker::Before::Made);
+    }
+    return *std::move(card.made);
+  }
+
+  const SourcePlace& place() const { return place_; }
   std::size_t cards() const { return cards_; }
-  const CardSlicer& slicer() const { return slicer_; }
+  const std::vector<Problem>& strays() const { return strays_; }
 
  private:
-  CharsetEvidence evidence_;
-  Utf16Source utf16_;
-  CardSlicer slicer_;
-  CardLines lines_;
-  CardBuilder builder_;
-  RawCard raw_;
+  void takeChunk() {
+    given_ = 0;
+    straysTaken_ = 0;
+    if (ahead_) {
+      chunk_ = ahead_->next(std::move(chunk_), maker_);
+    } else {
+      source_.takeOne(*chunk_);
+    }
+  }
+
+  // Those that stand before what was given.
+  void takeStrays() {
+    while (strays_.size() < place_.strayCount && straysTaken_ < chunk_->strays.size()) {
+      strays_.push_back(std::move(chunk_->strays[straysTaken_++]));
+    }
+  }
+
+  ChunkSource source_;
+  CardMaker maker_{source_.evidence()};
+  std::optional<CardsInOrder> ahead_;
+  std::unique_ptr<CardChunk> chunk_ = std::make_unique<CardChunk>();
+  std::size_t given_ = 0;        // of the chunk
+  std::size_t straysTaken_ = 0;  // of the chunk
+  SourcePlace place_;
   std::size_t cards_ = 0;
+  std::vector<Problem> strays_;
 };
 
-Reader::Reader(ByteSource& source) : parts_(std::make_unique<Parts>(source)) {}
+Reader::Reader(ByteSource& source, Threads threads)
+    : parts_(std::make_unique<Parts>(source, threads)) {}
 
 Reader::~Reader() = default;
 
@@ -84,7 +74,7 @@ std::optional<Reader::Result> Reader::next() {
 }
 
 std::uint64_t Reader::bytesRead() const {
-  return parts_->bytesRead();
+  return parts_->place().bytesRead;
 }
 
 std::size_t Reader::cardsSeen() const {
@@ -92,11 +82,11 @@ std::size_t Reader::cardsSeen() const {
 }
 
 const std::vector<Problem>& Reader::strayLines() const {
-  return parts_->slicer().strayLines();
+  return parts_->strays();
 }
 
 std::size_t Reader::strayCount() const {
-  return parts_->slicer().strayCount();
+  return parts_->place().strayCount;
 }
 
 }  // namespace ox::vcard

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <variant>
 #include <vector>
 
 #include "ox/vcard/read/card.hpp"
@@ -18,10 +17,14 @@ namespace ox::vcard {
 // Card, or as a Refusal with the reason; neither touches its neighbours. One thread at a time.
 class Reader {
  public:
-  using Result = std::variant<Card, Refusal>;
+  using Result = CardResult;
+
+  // One reads no further than the card that is given. AllProcessors reads ahead, on threads that
+  // end with the reader, and gives the same: nothing for a source that has to be waited for.
+  enum class Threads { One, AllProcessors };
 
   // The source is borrowed for the life of the reader.
-  explicit Reader(ByteSource& source);
+  explicit Reader(ByteSource& source, Threads threads = Threads::One);
   ~Reader();
   Reader(const Reader&) = delete;
   Reader& operator=(const Reader&) = delete;
@@ -29,7 +32,8 @@ class Reader {
   // The next card; nullopt at the end. Throws SourceError when the source cannot be read further.
   std::optional<Result> next();
 
-  // How far the source has been read, in its own bytes, for a progress bar.
+  // How far the source had been read for the card that was given, in its own bytes, for a progress
+  // bar.
   std::uint64_t bytesRead() const;
 
   // Cards and refusals that next() gave so far. Zero at the end: the source holds no vCard.

@@ -27,8 +27,8 @@ class ByteSource {
   // Throws SourceError.
   virtual std::size_t read(char* buffer, std::size_t size) = 0;
 
-  // Looks at bytes anywhere without moving the place of read(); 0 past the end, and always 0 for a
-  // source that can only be read in order.
+  // Looks at bytes anywhere without moving the place of read(), which another thread may ask
+  // meanwhile; 0 past the end, and always 0 for a source that can only be read in order.
   virtual std::size_t peekAt(std::uint64_t offset, char* buffer, std::size_t size);
 };
 

@@ -63,6 +63,7 @@ std::string CharsetEvidence::charsetFor(const RawCard& card) {
 }
 
 const std::string& CharsetEvidence::charsetOfFile() {
+  const std::lock_guard lock(mutex_);
   if (file_) return *file_;
   Findings findings;
   std::string block(kFirstBlock, '\0');

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -11,7 +12,7 @@ namespace ox::vcard {
 // Judges what raw bytes without a CHARSET are written in. A charset that the same card names
 // elsewhere comes first, then one that the file names, then what the letters of the whole file (its
 // front, when it is large) look like; of a source that can only be read in order the card alone is
-// looked at.
+// looked at. Safe from any thread.
 class CharsetEvidence {
  public:
   // The source is borrowed.
@@ -23,6 +24,7 @@ class CharsetEvidence {
   const std::string& charsetOfFile();
 
   ByteSource& source_;
+  std::mutex mutex_;
   std::optional<std::string> file_;  // empty text: the source cannot be looked at
 };
 
