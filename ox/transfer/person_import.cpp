@@ -76,7 +76,7 @@ PersonImport::PersonImport(ContainerSource& source, std::string container,
       options_(options),
       report_(report),
       moment_(source.moment()),
-      startedEmpty_(source.recordsIn(container_, RecordKind::Person).empty()) {}
+      startedEmpty_(source.isEmpty(container_, RecordKind::Person)) {}
 
 bool PersonImport::isFull() const {
   return batch_.additions.size() + batch_.replacements.size() >= kBatchCards ||

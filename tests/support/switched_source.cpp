@@ -345,6 +345,10 @@ std::vector<RecordKeysPtr> SwitchedSource::committedChildren(std::span<const Rec
   return lists;
 }
 
+bool SwitchedSource::isEmpty(std::string_view containerIdentifier, RecordKind kind) {
+  return real_->isEmpty(containerIdentifier, kind);
+}
+
 StoreMoment SwitchedSource::moment() {
   enterContainerView(&SourceCounts::moment);
   return real_->moment();

@@ -111,6 +111,7 @@ class SwitchedSource : public ContactSource {
   ContainerPtr containerOf(const RecordKey& key, RecordKind kind) override;
   ContainerPtr containerNamed(std::string_view identifier) override;
   RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind) override;
+  bool isEmpty(std::string_view containerIdentifier, RecordKind kind) override;
   std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) override;
   Data committedImage(const RecordKey& key) override;
   std::vector<RecordContent> committedContents(std::span<const RecordKey> keys,

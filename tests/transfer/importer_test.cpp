@@ -95,6 +95,23 @@ TEST(Importer, TakesCardsOfOneContentForOneWithinABatchWhateverTheOrderOfTheirFi
             "3 = 2 + 0 + 1 + 0 + 0");
 }
 
+TEST(Importer, TakesAnAccountForEmptyThatHoldsNoPerson) {
+  StoreBuilder().container("other:ABAccount", "other", 3);
+  const auto isEmpty = [](const std::string& account) {
+    return std::pair(contactSource().isEmpty(account, RecordKind::Person),
+                     contactSource().isEmpty(account, RecordKind::Group));
+  };
+  const auto group = temporaryFile("group.vcf",
+                                   "BEGIN:VCARD\r\nVERSION:3.0\r\nN:G\r\nFN:G\r\n"
+                                   "X-ADDRESSBOOKSERVER-KIND:group\r\nEND:VCARD\r\n");
+  EXPECT_EQ(countsOf(importFiles({group}, "other", {})), "1 = 0 + 0 + 0 + 0 + 1");
+  EXPECT_EQ(isEmpty("other"), std::pair(true, false));
+  EXPECT_EQ(isEmpty("_local"), std::pair(true, true));
+  importFiles({temporaryFile("ann.vcf", cardOf("a", "Ann"))}, "other", {});
+  EXPECT_EQ(isEmpty("other"), std::pair(false, false));
+  EXPECT_EQ(isEmpty("_local"), std::pair(true, true));
+}
+
 TEST(Importer, AsksAboutAThousandCardsAtATime) {
   auto& source = SwitchedSource::install();
   const auto file = temporaryFile("many.vcf", manyCards(2500));

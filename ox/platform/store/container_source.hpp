@@ -34,6 +34,8 @@ class ContainerSource {
   // By exact identifier, else the one container whose standard id equals the text; else null.
   virtual ContainerPtr containerNamed(std::string_view identifier) = 0;
   virtual RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind) = 0;
+  // Whether nothing of the kind is committed in the container. Reads no list of what is.
+  virtual bool isEmpty(std::string_view containerIdentifier, RecordKind kind) = 0;
   // Null when there is no such record.
   virtual std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) = 0;
   virtual Data committedImage(const RecordKey& key) = 0;

@@ -240,6 +240,12 @@ class StoreSource final : public ContactSource {
     return overlay_.recordsIn(containerIdentifier, kind);
   }
 
+  bool isEmpty(std::string_view containerIdentifier, RecordKind kind) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    return committed_.isEmpty(containerIdentifier, kind);
+  }
+
   std::shared_ptr<const PropertyBag> committedValues(const RecordKey& key) override {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::AtMostEvery10ms);

@@ -121,6 +121,16 @@ RecordKeys CommittedRecords::recordsIn(std::string_view containerIdentifier, Rec
   return index_.inContainer(row, kind);
 }
 
+bool CommittedRecords::isEmpty(std::string_view containerIdentifier, RecordKind kind) {
+  const auto container = containers_.rowOf(containerIdentifier);
+  return file_.guarded([&] {
+    auto& any = file_.statement(Sql::AnyRecordOfContainer);
+    const sqlite::StatementScope scope(any);
+    any.bind(1, container).bind(2, static_cast<std::int64_t>(kind));
+    return !any.step();
+  });
+}
+
 std::optional<CommittedRecords::Entry> CommittedRecords::find(std::string_view identifier) {
   const auto known = RecordKey::known(identifier);
   if (known) return find(*known);

@@ -56,6 +56,8 @@ class CommittedRecords {
   ContainerList& containers() { return containers_; }
   RecordKeys records(RecordKind kind);
   RecordKeys recordsIn(std::string_view containerIdentifier, RecordKind kind);
+  // Asked of the file, so that nobody loads the index to learn it.
+  bool isEmpty(std::string_view containerIdentifier, RecordKind kind);
   std::optional<Entry> find(std::string_view identifier);
   std::optional<Entry> find(const RecordKey& key);
   // Null when there is no such record. Borrowed until the next question or refresh: every value

@@ -96,6 +96,8 @@ constexpr std::array kStatements = {
         "SELECT r.id, r.uid, r.kind, r.container, r.checksum, k.rowid, c.fingerprint, c.sound "
         "FROM keys(?1) k CROSS JOIN content c ON c.record = k.key "
         "CROSS JOIN record r ON r.id = c.record"},
+    Row{Sql::AnyRecordOfContainer,
+        "SELECT 1 FROM record WHERE container = ?1 AND kind = ?2 LIMIT 1"},
     Row{Sql::RecordsOfContainer,
         "SELECT id, uid, kind, container, checksum FROM record WHERE container = ?1 ORDER BY id"},
     Row{Sql::ParentRows, "SELECT parent FROM link WHERE child = ?1"},

@@ -36,6 +36,7 @@ enum class Sql : std::uint8_t {
   RecordsByCardUids,
   RecordsByFingerprints,
   RecordsByRows,
+  AnyRecordOfContainer,
   // deciding
   RecordsOfContainer,
   ParentRows,
