@@ -76,10 +76,16 @@ PersonImport::PersonImport(ContainerSource& source, std::string container,
       options_(options),
       report_(report),
       moment_(source.moment()),
+      most_(source.mostRecords()),
       startedEmpty_(source.isEmpty(container_, RecordKind::Person)) {}
 
+std::size_t PersonImport::batchCards() const {
+  constexpr std::size_t kPartOfBook = 20;
+  return std::clamp(most_ / kPartOfBook, kBatchCards, kMostBatchCards);
+}
+
 bool PersonImport::isFull() const {
-  return batch_.additions.size() + batch_.replacements.size() >= kBatchCards ||
+  return batch_.additions.size() + batch_.replacements.size() >= batchCards() ||
          batchBytes_ >= kBatchBytes;
 }
 
@@ -285,6 +291,7 @@ std::vector<PersonImport::Waiting> PersonImport::writeBatch() {
     if (batch_.outdated) startedEmpty_ = false;
     left = takeLeftOut();
   }
+  most_ += batch_.additions.size();
   report_.takeCounts(counted_);
   additionOrigins_.clear();
   replacementOrigins_.clear();

@@ -27,6 +27,7 @@ bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& im
 class PersonImport {
  public:
   static constexpr std::size_t kBatchCards = 5000;
+  static constexpr std::size_t kMostBatchCards = 32'000;
   static constexpr std::size_t kBatchBytes = 64U << 20U;
 
   PersonImport(ContainerSource& source, std::string container, const ImportOptions& options,
@@ -57,6 +58,9 @@ class PersonImport {
     bool sameContent = false;
   };
 
+  // Every card changes a page here and there in each index, so that a batch of few cards writes
+  // nearly as many pages as one of many: the larger the book, the more cards.
+  std::size_t batchCards() const;
   void decideWaiting();
   std::vector<Stored> storedMatches();
   void compareContents(std::vector<Stored>& stored);
@@ -89,6 +93,7 @@ class PersonImport {
   std::unordered_multimap<std::uint64_t, std::size_t> batchByContent_;
   std::unordered_map<RecordKey, std::size_t> batchReplaced_;  // by place among the replacements
   StoreMoment moment_;  // from before the cards of the batch were looked for
+  std::size_t most_;    // records that the store may hold
   // When the container was empty and nobody else has written, everything in it came from here:
   // hashes of the UIDs and contents that were added, so that a new card asks the store nothing.
   bool startedEmpty_;

@@ -66,6 +66,11 @@ void SwitchedSource::describe(const std::string& identifier, std::string text) {
   descriptions_[identifier] = std::move(text);
 }
 
+void SwitchedSource::claimRecords(std::size_t most) {
+  const std::scoped_lock hold(lock_);
+  claimed_ = most;
+}
+
 void SwitchedSource::hideFromRecordView(const std::string& identifier) {
   const std::scoped_lock hold(lock_);
   hiddenFromRecords_.insert(identifier);
@@ -347,6 +352,14 @@ std::vector<RecordKeysPtr> SwitchedSource::committedChildren(std::span<const Rec
 
 bool SwitchedSource::isEmpty(std::string_view containerIdentifier, RecordKind kind) {
   return real_->isEmpty(containerIdentifier, kind);
+}
+
+std::size_t SwitchedSource::mostRecords() {
+  {
+    const std::scoped_lock hold(lock_);
+    if (claimed_) return *claimed_;
+  }
+  return real_->mostRecords();
 }
 
 StoreMoment SwitchedSource::moment() {

@@ -72,6 +72,8 @@ class SwitchedSource : public ContactSource {
   // Calls of that operation throw SourceRaised, after so many more that do not; null: none throw.
   void raiseOn(std::uint64_t SourceCounts::*operation, std::uint64_t passing = 0);
   void describe(const std::string& identifier, std::string text);
+  // The store then says that it may hold so many records.
+  void claimRecords(std::size_t most);
   // The row is then known to the other view only.
   void hideFromRecordView(const std::string& identifier);
   void hideFromContainerView(const std::string& identifier);
@@ -122,6 +124,7 @@ class SwitchedSource : public ContactSource {
   std::vector<RecordKeysPtr> committedChildren(std::span<const RecordKey> groups,
                                                RecordKind kind) override;
   StoreMoment moment() override;
+  std::size_t mostRecords() override;
   bool execute(SaveRequest& request) override;
   std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
                                     std::span<const SoughtRecord> sought) override;
@@ -152,6 +155,7 @@ class SwitchedSource : public ContactSource {
   mutable SourceCounts counts_;
   std::uint64_t SourceCounts::*raising_ = nullptr;
   mutable std::uint64_t passing_ = 0;
+  std::optional<std::size_t> claimed_;
   bool denied_ = false;
   bool linksRefused_ = false;
   Identifiers fixedGroups_;

@@ -85,6 +85,19 @@ TEST(Importer, WritesFiveThousandCardsAtATimeAndAsksTheEmptyStoreNextToNothing) 
   EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "12500 = 0 + 0 + 12500 + 0 + 0");
 }
 
+TEST(Importer, WritesMoreCardsAtATimeIntoALargeBook) {
+  auto& source = SwitchedSource::install();
+  const auto file = temporaryFile("many.vcf", manyCards(12500));
+  source.claimRecords(120'000);
+  EXPECT_EQ(countsOf(importFiles({file}, "_local", {})), "12500 = 12500 + 0 + 0 + 0 + 0");
+  EXPECT_EQ(source.counts().execute, 2U);  // 6,000 and the rest
+  source.claimRecords(5'000'000);
+  StoreBuilder().container("other:ABAccount", "other", 3);
+  source.resetCounts();
+  EXPECT_EQ(countsOf(importFiles({file}, "other", {})), "12500 = 12500 + 0 + 0 + 0 + 0");
+  EXPECT_EQ(source.counts().execute, 1U);
+}
+
 TEST(Importer, TakesCardsOfOneContentForOneWithinABatchWhateverTheOrderOfTheirFields) {
   const auto card = [](const std::string& first, const std::string& second) {
     return "BEGIN:VCARD\r\nVERSION:3.0\r\nN:;Ann;;;\r\nFN:Ann\r\n" + first + "\r\n" + second +

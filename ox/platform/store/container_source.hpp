@@ -53,6 +53,8 @@ class ContainerSource {
                                                        RecordKind kind) = 0;
   // How far the store has come, looked for now.
   virtual StoreMoment moment() = 0;
+  // How many records the store has ever held: no fewer than it holds. Costs one look.
+  virtual std::size_t mostRecords() = 0;
   // See PinnedMoment.
   virtual void pinMoment() = 0;
   virtual void unpinMoment() = 0;

@@ -308,6 +308,12 @@ class StoreSource final : public ContactSource {
     return committed_.moment();
   }
 
+  std::size_t mostRecords() override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    return static_cast<std::size_t>(std::max<std::int64_t>(committed_.nextRow() - 1, 0));
+  }
+
   bool execute(SaveRequest& request) override {
     if (!isStorable(request)) return false;
     for (auto& record : request.additions) {
