@@ -1,5 +1,6 @@
 #include "ox/transfer/cards_ahead.hpp"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -9,6 +10,7 @@
 namespace ox::vcard {
 namespace {
 
+constexpr std::size_t kFirstCards = 500;
 // As many as are committed at once: the longest that the caller is busy with something else.
 constexpr std::size_t kCardsAtOnce = PersonImport::kBatchCards;
 constexpr std::size_t kBytesAtOnce = 8U << 20U;
@@ -24,7 +26,8 @@ CardRead taken(Reader::Result&& result, std::uint64_t bytesRead) {
 
 CardsAhead::CardsAhead(FileSource& source)
     : reader_(source, source.isFile() ? Reader::Threads::AllProcessors : Reader::Threads::One),
-      most_(source.isFile() ? kCardsAtOnce : 1) {}
+      isFile_(source.isFile()),
+      most_(isFile_ ? kFirstCards : 1) {}
 
 CardsAhead::Batch CardsAhead::readBatch() {
   Batch batch;
@@ -54,7 +57,8 @@ CardRead* CardsAhead::next() {
     const auto spent =
         std::make_shared<Batch>(std::exchange(batch_, ahead_.valid() ? ahead_.get() : readBatch()));
     given_ = 0;
-    if (batch_.isLast || batch_.failure || most_ == 1) continue;
+    if (batch_.isLast || batch_.failure || !isFile_) continue;
+    most_ = std::min(2 * most_, kCardsAtOnce);
     // Memory that goes back to the thread it came from is there for the next batch, and neither
     // thread waits for the other's.
     const auto work = failures::watched([this, spent] {

@@ -21,8 +21,9 @@ struct CardRead {
 
 // The cards of one file in their order. While the caller deals with a batch of them, the next one
 // is read and encoded on another thread; one at most, so that memory stays bounded by it and by the
-// largest card. What a pipe has given must not wait for what it has not: there everything happens
-// on the caller's thread, as in small files. Used by one thread at a time.
+// largest card. The first batches are small, for nobody is busy yet. What a pipe has given must not
+// wait for what it has not: there everything happens on the caller's thread, as in small files.
+// Used by one thread at a time.
 class CardsAhead {
  public:
   // The source is borrowed for the life of this.
@@ -47,7 +48,8 @@ class CardsAhead {
   Batch readBatch();
 
   Reader reader_;
-  std::size_t most_;  // cards in a batch
+  const bool isFile_;
+  std::size_t most_;  // cards in the next batch
   Batch batch_;
   std::size_t given_ = 0;  // of the batch
   std::uint64_t bytesRead_ = 0;
