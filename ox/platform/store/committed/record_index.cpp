@@ -13,7 +13,8 @@ constexpr std::size_t kFewestToCompact = 64;
 }  // namespace
 
 void RecordIndex::reserve(std::size_t records) {
-  entries_.reserve(records);
+  // And a little more, so that the first record that is added does not move all of them.
+  entries_.reserve(records + records / 8);
   // Twice the room, so that a look-up seldom visits the key of another record on its way.
   slots_.reserve(records + records / 2, rules());
 }
