@@ -22,6 +22,25 @@ TEST(CardUid, LosesControlCharactersWhenItIsRead) {
             "group\nGroupName=G\nmember=aX:b\nrepair 5: UID with control characters\n");
 }
 
+TEST(CardUid, HasNoBlanksAtItsEndsWhereNoUriHoldsThem) {
+  expectRows({
+      {"3.0", "TITLE:x\nUID:\x01\tu 1 \x02\n",
+       "JobTitle=x\nUID=u 1\nrepair 4: UID with control characters\n"},
+      {"4.0", "TITLE:x\nUID:x-ox-uid:%20u%20\n", "JobTitle=x\nUID= u \n"},
+  });
+  for (const auto* uid : {" u ", "\n u\x01 "}) {
+    PropertyBag bag;
+    bag.set(property_id::kCardUid, Object(uid));
+    EXPECT_EQ(linesOf(bag, {}), "N:;;;;\nFN;X-DERIVED=TRUE:?\nUID:u\n");
+    std::string group;
+    appendGroup(bag, {uid}, {}, group);
+    EXPECT_EQ(std::get<Card>(readAll(group).at(0)).members, std::vector<std::string>{"u"});
+  }
+  PropertyBag blank;
+  blank.set(property_id::kCardUid, Object("  "));
+  EXPECT_EQ(linesOf(blank, {}), "N:;;;;\nFN;X-DERIVED=TRUE:?\n");
+}
+
 TEST(CardUid, IsTheSameUriInCardAndGroup) {
   const std::string uuid = "4fbe8971-0bc3-424c-9c26-36c3e1eff6b1";
   struct Row {

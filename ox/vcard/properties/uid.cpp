@@ -48,18 +48,29 @@ std::string uidOfValue(std::string_view value) {
   return validUtf8(percentDecoded(value.substr(kOwnScheme.size())));
 }
 
+bool isOneLine(std::string_view uid) {
+  return uid.empty() || (isPlain(uid) && uid.find('\n') == std::string_view::npos);
+}
+
+// As a line may hold it that is no URI: without control characters, and blanks around what is left.
+// Borrows the UID, or the room where something is left out.
+std::string_view plainUid(std::string_view uid, std::string& room) {
+  if (isOneLine(uid)) return trimmed(uid);
+  room = CardText(uid).view();
+  std::erase(room, '\n');
+  return trimmed(room);
+}
+
 std::string uidOf(const ContentLine& line, CardDraft& draft) {
-  auto value = trimmed(line.value);
+  auto uid = trimmed(line.value);
   // Only 4.0 wants a URI of it.
   std::string named;
-  if (draft.facts.is40) value = named = uidOfValue(value);
-  const CardText clean(value);
-  auto uid = clean.view();
-  if (clean.isChanged() || uid.find('\n') != std::string_view::npos) {
-    named = uid;
-    std::erase(named, '\n');
-    uid = named;
-    if (uid.size() != value.size()) draft.repaired(line, "UID with control characters");
+  if (draft.facts.is40) uid = named = uidOfValue(uid);
+  std::string room;
+  if (!isOneLine(uid)) {
+    const auto plain = plainUid(uid, room);
+    if (plain.size() != uid.size()) draft.repaired(line, "UID with control characters");
+    uid = plain;
   }
   const bool isBare =
       std::any_of(line.parameters.begin(), line.parameters.end(),
@@ -87,27 +98,30 @@ void writeUid(const PropertyRow& /*row*/, PropertyWriter& card) {
 
 void writeUidLine(PropertyWriter& card) {
   const auto* own = card.properties().text(property_id::kCardUid);
-  const CardText text(own != nullptr ? std::string_view(*own) : card.fallbackUid());
-  if (text.view().empty()) return;
-  card.line().raw("UID");
+  const auto uid = own != nullptr ? std::string_view(*own) : card.fallbackUid();
   if (card.is30()) {
-    card.line().raw(":").raw(text.view()).end();
+    std::string room;
+    const auto plain = plainUid(uid, room);
+    if (!plain.empty()) card.line().raw("UID:").raw(plain).end();
     return;
   }
+  const CardText text(uid);
+  if (text.view().empty()) return;
+  card.line().raw("UID");
   if (isUuid(text.view())) card.line().raw(";").raw(kBareUid).raw("=TRUE");
   card.line().raw(":").raw(uriOfUid(text.view())).end();
 }
 
 void writeMember(std::string_view member, PropertyWriter& card) {
-  const CardText uid(member);
   if (!card.is30()) {
-    card.line().raw("MEMBER:").raw(uriOfUid(uid.view())).end();
+    card.line().raw("MEMBER:").raw(uriOfUid(CardText(member).view())).end();
     return;
   }
   // 3.0 has it so whatever the UID is.
+  std::string room;
+  const auto uid = plainUid(member, room);
   card.line().raw("X-ADDRESSBOOKSERVER-MEMBER:");
-  card.line().raw(schemeOf(uid.view()).empty() ? kUrnPrefix : std::string_view());
-  card.line().raw(uid.view()).end();
+  card.line().raw(schemeOf(uid).empty() ? kUrnPrefix : std::string_view()).raw(uid).end();
 }
 
 }  // namespace ox::vcard
