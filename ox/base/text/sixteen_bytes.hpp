@@ -23,8 +23,7 @@ class SixteenBytes {
     if (text.size() >= kCount) {
       std::memcpy(&bytes_, text.data(), kCount);
     } else {
-      bytes_ = Bytes{} + static_cast<unsigned char>(' ');
-      if (!text.empty()) std::memcpy(&bytes_, text.data(), text.size());
+      bytes_ = std::bit_cast<Bytes>(withBlanks(text));
     }
   }
 
@@ -59,6 +58,38 @@ class SixteenBytes {
   using Bytes [[gnu::vector_size(kCount)]] = unsigned char;
 
   explicit SixteenBytes(Bytes bytes) : bytes_(bytes) {}
+
+  template <typename Word>
+  static Word wordAt(const char* text) {
+    Word word;
+    std::memcpy(&word, text, sizeof word);
+    return word;
+  }
+
+  // Fewer than eight, and blanks behind them. Both ends are read as whole words, which overlap:
+  // most texts are short, and going through memory for their bytes would cost more than all the
+  // rest.
+  static std::uint64_t eightOf(const char* text, std::size_t count) {
+    constexpr std::uint64_t kBlanks = 0x2020202020202020U;
+    if (count == 0) return kBlanks;
+    std::uint64_t word = 0;
+    if (count >= 4) {
+      const auto back = std::uint64_t{wordAt<std::uint32_t>(text + count - 4)};
+      word = wordAt<std::uint32_t>(text) | back << (8 * (count - 4));
+    } else {
+      for (const auto at : {std::size_t{0}, count / 2, count - 1}) {
+        word |= std::uint64_t{static_cast<unsigned char>(text[at])} << (8 * at);
+      }
+    }
+    return word | kBlanks << (8 * count);
+  }
+
+  static std::array<std::uint64_t, 2> withBlanks(std::string_view text) {
+    if (text.size() < 8) return {eightOf(text.data(), text.size()), eightOf(nullptr, 0)};
+    const auto* const rest = text.data() + 8;
+    return {wordAt<std::uint64_t>(text.data()), eightOf(rest, text.size() - 8)};
+  }
+
   std::array<std::uint64_t, 2> asWords() const {
     return std::bit_cast<std::array<std::uint64_t, 2>>(bytes_);
   }
