@@ -11,6 +11,7 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
 #include "ox/OxAddressBookSDK/values/OxMutableMultipleValue.hpp"
 #include "ox/OxAddressBookSDK/values/OxMutableSingleValue.hpp"
+#include "ox/images/image_codec.hpp"
 
 namespace ox::fuzz {
 namespace {
@@ -79,7 +80,16 @@ Date date(Input& input) {
 }
 
 // Small ones, some of whose pixels do not fit their size, and one of more pixels than a file takes.
+// As it comes from a store.
+ImagePtr imageOfFile(Input& input) {
+  constexpr std::uint32_t kSide = 32;
+  const Image image{kSide, kSide,
+                    std::vector<std::uint8_t>(std::size_t{4} * kSide * kSide, input.byte())};
+  return images::decodePictureFile(images::encodeTiff(image));
+}
+
 ImagePtr image(Input& input) {
+  if (input.byte() % 8 == 1) return imageOfFile(input);
   Image image{input.byte() % 8U, input.byte() % 8U, {}};
   image.pixels.assign(std::size_t{4} * image.width * image.height, input.byte());
   if (input.byte() % 16 == 1) image.pixels.emplace_back();

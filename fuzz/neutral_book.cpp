@@ -28,7 +28,8 @@ std::size_t linesWith(std::string_view body, std::string_view start) {
 }
 
 std::string bookOf(std::string_view input) {
-  std::string body(book_format::kHeader);
+  const bool withFiles = input.find("\"file\":") != std::string_view::npos;
+  std::string body(withFiles ? book_format::kHeaderWithFiles : book_format::kHeader);
   body += input;
   if (!body.ends_with('\n')) body += '\n';
   return body + book_format::trailer(body, linesWith(input, "{\"group\""),
