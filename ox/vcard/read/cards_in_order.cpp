@@ -53,9 +53,14 @@ bool CardsInOrder::hasRoom() const {
 CardsInOrder::Place* CardsInOrder::takePlace() {
   const std::lock_guard lock(mutex_);
   if (isAllCut_ || isStopped_ || !hasRoom()) return nullptr;
-  if (spare_.empty()) spare_.push_back(std::make_unique<CardChunk>());
-  line_.push_back({std::move(spare_.back())});
-  spare_.pop_back();
+  std::unique_ptr<CardChunk> chunk;
+  if (!spare_.empty()) {
+    chunk = std::move(spare_.back());
+    spare_.pop_back();
+  } else {
+    chunk = std::make_unique<CardChunk>();
+  }
+  line_.push_back({std::move(chunk)});
   return &line_.back();
 }
 
