@@ -91,7 +91,7 @@ class Export {
     while (!report_.stopped) {
       while (!keys.empty() && written.size() < kBatchesAhead) {
         if (spare.empty()) spare.push_back(std::make_shared<Batch>());
-        written.push_back(begin(keys, std::move(spare.back()), written.empty()));
+        written.push_back(begin(keys, spare.back(), written.empty()));
         spare.pop_back();
       }
       if (written.empty()) return;
@@ -149,7 +149,8 @@ class Export {
 
  private:
   // Reads the next persons, takes their keys away, and has their cards written.
-  WrittenBatch begin(std::span<const RecordKey>& keys, std::shared_ptr<Batch> batch, bool isFirst) {
+  WrittenBatch begin(std::span<const RecordKey>& keys, const std::shared_ptr<Batch>& batch,
+                     bool isFirst) {
     const auto most = keys.first(std::min(keys.size(), kRecordsAtOnce));
     batch->contents = encodedContentsOf(most);
     // Where they cannot be asked for together, some are looked at one by one.
