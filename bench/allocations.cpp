@@ -9,7 +9,7 @@ namespace {
 
 constinit std::atomic<std::uint64_t> counted{0};
 
-void* allocated(std::size_t size) {
+[[maybe_unused]] void* allocated(std::size_t size) {
   counted.fetch_add(1, std::memory_order_relaxed);
   if (void* const place = std::malloc(size != 0 ? size : 1)) return place;
   throw std::bad_alloc();
@@ -27,7 +27,8 @@ std::uint64_t allocationsCounted() {
 
 }  // namespace ox::bench
 
-// The other forms of both end in these.
+// The other forms of both end in these; a sanitizer has forms of its own for each.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 void* operator new(std::size_t size) {
   return ox::bench::allocated(size);
 }
@@ -51,3 +52,4 @@ void operator delete(void* place, std::size_t) noexcept {
 void operator delete[](void* place, std::size_t) noexcept {
   std::free(place);
 }
+#endif
