@@ -112,7 +112,7 @@ TEST(Listings, ShowOneMomentWhileAnotherProgramUndoesAndRedoes) {
   std::map<std::string, std::string> before;
   for (const auto& [name, list] : all) before[name] = list();
   support::RunningProcess other(
-      {"/bin/sh", "-c", "while ! [ -e \"$STOP\" ]; do \"$OX\" redo; \"$OX\" undo; done"}, "",
+      {"/bin/sh", "-c", R"(while ! [ -e "$STOP" ]; do "$OX" redo; "$OX" undo; done)"}, "",
       {std::string("OX=") + OX_PROGRAM, "STOP=" + temporaryPath("stop").string()});
   for (const auto& [name, list] : all) {
     EXPECT_NE(before[name], after[name]) << name;

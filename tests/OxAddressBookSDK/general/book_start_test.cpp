@@ -18,7 +18,7 @@ TEST(BookStart, TellsABookOfThisVersionFromAnyOtherFile) {
       {"{\"format\":\"OxAddressBookGeneral\",\"version\":2}\n", BookStart::ThisVersion},
       {"{\"format\":\"OxAddressBookGeneral\",\"version\":3}\n", BookStart::OtherVersion},
       {header.substr(0, header.size() - 1), BookStart::OtherVersion},
-      {"{\"format\":\"OxAddressBookGeneral\",", BookStart::OtherVersion},
+      {R"({"format":"OxAddressBookGeneral",)", BookStart::OtherVersion},
       {"{\"format\":\"Other\",\"version\":1}\n", BookStart::NoBook},
       {"BEGIN:VCARD\r\n", BookStart::NoBook},
       {"", BookStart::NoBook},

@@ -207,6 +207,7 @@ TEST(ManyRecords, AreFoundAndRemovedWithoutAQuestionForEach) {
   StoreBuilder().persons("p", 100);
   const auto book = ABAddressBook::sharedAddressBook();
   std::vector<std::string> identifiers;
+  identifiers.reserve(100);
   for (int i = 0; i < 100; ++i) identifiers.push_back("p" + std::to_string(i));
   auto before = support::statementsRun();
   const auto records = book->recordsForUniqueIds(identifiers);
@@ -226,8 +227,10 @@ TEST(ManyRecords, AreOneQuestion) {
   const std::vector<RecordKey> groups = source.recordsIn("_local", RecordKind::Group);
   const std::vector<RecordKey> keys = source.recordsIn("_local", kPerson);
   std::vector<std::string> uids;
+  uids.reserve(keys.size());
   for (const auto& key : keys) uids.push_back(key.text());
   std::vector<SoughtRecord> sought;
+  sought.reserve(uids.size());
   for (const auto& uid : uids) sought.push_back({uid});
   const auto asked = [](const auto& question) {
     const auto before = support::statementsRun();
