@@ -7,36 +7,32 @@
 
 namespace ox {
 
-// Hashes of things that were met, four bytes each: for whoever asks somebody else only about what
-// may have been met before. Of a million hashes one in four thousand that were never inserted is
-// taken for one that was. What comes from outside wants a keyed hash. Not locked.
+// Hashes of things that were met: for whoever asks somebody else only about what may have been met
+// before. One table without a node for each, so that millions take little memory. What comes from
+// outside wants a keyed hash. Not locked.
 class HashSet {
  public:
   void insert(std::uint64_t hash) {
     if (size_ >= slots_.size() / 4 * 3) grow();
-    auto& slot = slots_[placeOf(wordOf(hash))];
+    auto& slot = slots_[placeOf(keyOf(hash))];
     if (slot == kFree) ++size_;
-    slot = wordOf(hash);
+    slot = keyOf(hash);
   }
 
   bool contains(std::uint64_t hash) const {
-    return size_ > 0 && slots_[placeOf(wordOf(hash))] != kFree;
+    return size_ > 0 && slots_[placeOf(keyOf(hash))] != kFree;
   }
 
  private:
-  static constexpr std::uint32_t kFree = 0;
+  static constexpr std::uint64_t kFree = 0;
   static constexpr std::size_t kFirstCapacity = 1024;
 
-  static std::uint32_t wordOf(std::uint64_t hash) {
-    const auto word = static_cast<std::uint32_t>(hash >> 32U);
-    return word != kFree ? word : 1;
-  }
+  static std::uint64_t keyOf(std::uint64_t hash) { return hash != kFree ? hash : 1; }
 
-  // Of the word, or of the free slot where it belongs: its search begins where it stands among all
-  // words, which is the same after the table has grown.
-  std::size_t placeOf(std::uint32_t word) const {
-    auto place = static_cast<std::size_t>((std::uint64_t{word} * slots_.size()) >> 32U);
-    while (slots_[place] != kFree && slots_[place] != word) {
+  // Of the key, or of the free slot where it belongs.
+  std::size_t placeOf(std::uint64_t key) const {
+    auto place = static_cast<std::size_t>(((key >> 32U) * slots_.size()) >> 32U);
+    while (slots_[place] != kFree && slots_[place] != key) {
       place = place + 1 == slots_.size() ? 0 : place + 1;
     }
     return place;
@@ -44,13 +40,13 @@ class HashSet {
 
   void grow() {
     const auto old = std::exchange(
-        slots_, std::vector<std::uint32_t>(slots_.empty() ? kFirstCapacity : slots_.size() * 2));
-    for (const auto word : old) {
-      if (word != kFree) slots_[placeOf(word)] = word;
+        slots_, std::vector<std::uint64_t>(slots_.empty() ? kFirstCapacity : slots_.size() * 2));
+    for (const auto key : old) {
+      if (key != kFree) slots_[placeOf(key)] = key;
     }
   }
 
-  std::vector<std::uint32_t> slots_;
+  std::vector<std::uint64_t> slots_;
   std::size_t size_ = 0;
 };
 
