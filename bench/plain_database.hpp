@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "ox/base/sqlite/row_sum.hpp"
 
@@ -64,7 +65,9 @@ class Query {
     reset();
   }
   std::int64_t number(int column) const { return sqlite3_column_int64(statement_, column); }
-  std::string bytes(int column) const {
+  std::string bytes(int column) const { return std::string(view(column)); }
+  // Borrowed until the next step.
+  std::string_view view(int column) const {
     const auto* data = static_cast<const char*>(sqlite3_column_blob(statement_, column));
     return {data == nullptr ? "" : data,
             static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};

@@ -62,8 +62,8 @@ std::size_t decodeRows(bool withPictures) {
                                             : "SELECT properties FROM content");
   std::size_t found = 0;
   while (query.step()) {
-    found += decodeProperties(query.bytes(0)).entries().size();
-    if (withPictures) found += query.bytes(1).empty() ? 0 : 1;
+    found += decodeProperties(query.view(0)).entries().size();
+    if (withPictures) found += query.view(1).empty() ? 0 : 1;
   }
   return found;
 }
