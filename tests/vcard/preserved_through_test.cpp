@@ -214,6 +214,16 @@ TEST(CardThrough, AFormattedNameOfBlanksIsNone) {
             "N:Lee;Ann;;;\nFN:Ann Lee\n");
 }
 
+// A name is text: what says that it is base64 was not decoded, and may hold blanks.
+TEST(CardThrough, AFormattedNameInBase64IsPreservedAsText) {
+  const std::string text = "N:Lee;Ann;;;\nFN;TYPE=JPEG: Ann Lee\n";
+  for (const std::string line :
+       {"FN;JPEG;BASE64:\n Ann Lee\n\n", "FN;TYPE=JPEG;ENCODING=b: Ann Lee\n"}) {
+    EXPECT_EQ(linesOf(propertiesOf("2.1", line), {}), text) << line;
+  }
+  EXPECT_EQ(linesOf(propertiesOf("3.0", text), {}), text);
+}
+
 TEST(CardThrough, AFormerNameOfTheCompanyIsNobodysName) {
   auto bag = propertiesOf("3.0", "FN:Firm\nFN:The Firm\nORG:Firm\n");
   EXPECT_EQ(linesOf(bag, {}), "N:;;;;\nFN:Firm\nORG:Firm\nFN:The Firm\n");

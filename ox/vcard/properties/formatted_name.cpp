@@ -99,7 +99,7 @@ bool readFormattedName(const PropertyRow& /*row*/, const ContentLine& line, Card
   name.formatted = std::move(text);
   name.isDerived = isMade;
   name.formattedLine.clear();
-  appendPreserved(line, name.formattedLine);
+  appendPreservedText(line, name.formattedLine);
   if (draft.facts.isGroup && !name.isDerived) {
     draft.preserveParameters(property_id::kGroupName, line);
   }

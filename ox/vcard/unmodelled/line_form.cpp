@@ -80,8 +80,10 @@ void appendWithEscapedBreaks(std::string_view value, std::string& out) {
 // True for a head that vCard 3.0 and 4.0 spell the same way.
 bool isPreservedAsItStands(const ContentLine& line) {
   if (!line.charset.empty() || line.encoding == Encoding::QuotedPrintable) return false;
-  return std::all_of(line.parameters.begin(), line.parameters.end(), [](const Parameter& each) {
-    return !each.name.empty() && (each.kind != ParameterKind::Encoding || each.value == "b");
+  return std::all_of(line.parameters.begin(), line.parameters.end(), [&](const Parameter& each) {
+    if (each.name.empty()) return false;
+    return each.kind != ParameterKind::Encoding ||
+           (line.encoding == Encoding::Base64 && each.value == "b");
   });
 }
 
@@ -141,6 +143,13 @@ void appendPreserved(const ContentLine& line, std::string& out) {
   } else {
     out.append(line.value);
   }
+}
+
+void appendPreservedText(const ContentLine& line, std::string& out) {
+  if (line.encoding != Encoding::Base64) return appendPreserved(line, out);
+  auto text = line;
+  text.encoding = Encoding::None;
+  appendPreserved(text, out);
 }
 
 }  // namespace ox::vcard
