@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "fuzz/require.hpp"
 #include "ox/base/checksum.hpp"
 #include "ox/base/text/utf8.hpp"
+#include "ox/records/card_uid.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/read/reader.hpp"
 #include "ox/vcard/write/writer.hpp"
@@ -18,23 +21,33 @@ namespace {
 using namespace ox;
 using namespace ox::vcard;
 
+// UIDs that name those members, of which a reader gives what it compares them by.
+std::vector<std::string> uidsOf(const std::vector<std::string>& members) {
+  auto uids = members;
+  for (auto& uid : uids) {
+    if (uidKey(uid) != uid) uid.insert(0, kUrnPrefix);
+  }
+  return uids;
+}
+
 std::string written(const Card& card, CardVersion version) {
   std::string text;
   const WriteOptions options{.version = version};
   if (card.isGroup) {
-    appendGroup(card.properties, card.members, options, text);
+    appendGroup(card.properties, uidsOf(card.members), options, text);
   } else {
     appendCard(card.properties, card.photo, options, text);
   }
   return text;
 }
 
-std::string writtenAgain(const std::string& text, CardVersion version) {
+// Missing when a reader finds no card in it.
+std::optional<std::string> writtenAgain(const std::string& text, CardVersion version) {
   MemorySource source(text);
   Reader reader(source);
   const auto again = reader.next();
-  fuzz::require(again && std::holds_alternative<Card>(*again));
-  return written(std::get<Card>(*again), version);
+  const auto* card = again ? std::get_if<Card>(&*again) : nullptr;
+  return card != nullptr ? std::optional(written(*card, version)) : std::nullopt;
 }
 
 std::vector<std::string_view> sortedLines(std::string_view text) {
@@ -49,20 +62,29 @@ std::vector<std::string_view> sortedLines(std::string_view text) {
 }
 
 // What is read of our own writing is written the same way. Where the order of lines that nobody
-// knows changes it does so once, and lines of ours that others have made up may settle first.
+// knows changes it does so once. Lines of ours that others have made up settle after a few times,
+// or say nothing.
 void expectStable(const Card& card, CardVersion version, bool hasOwnLines) {
-  const auto text = written(card, version);
-  const auto again = writtenAgain(text, version);
+  constexpr int kMostTimes = 4;
   static const bool mayDiffer = std::getenv("OX_FUZZ_UNSTABLE") != nullptr;
-  if (again == text || mayDiffer) return;
-  fuzz::require(hasOwnLines || sortedLines(again) == sortedLines(text));
-  fuzz::require(writtenAgain(again, version) == again);
+  const auto text = written(card, version);
+  auto before = writtenAgain(text, version);
+  if (before == text || mayDiffer) return;
+  fuzz::require(hasOwnLines || (before && sortedLines(*before) == sortedLines(text)));
+  for (int times = hasOwnLines ? kMostTimes : 1; before; --times) {
+    const auto again = writtenAgain(*before, version);
+    if (again == before) return;
+    fuzz::require(times > 1);
+    before = again;
+  }
 }
 
-// Names of lines are read in capitals and small letters alike.
+// Names of lines are read in capitals and small letters alike, and lines may be folded anywhere.
 bool holdsOwnLines(std::string_view input) {
-  for (; !input.empty(); input.remove_prefix(1)) {
-    if (startsWithWord(input, "X-OX-")) return true;
+  std::string unfolded(input);
+  std::erase_if(unfolded, [](char c) { return isBlank(c) || c == '\r' || c == '\n'; });
+  for (std::string_view rest = unfolded; !rest.empty(); rest.remove_prefix(1)) {
+    if (startsWithWord(rest, "X-OX-")) return true;
   }
   return false;
 }
