@@ -215,7 +215,7 @@ TEST(CardWriter, ATypeThatStoodInQuotesMakesNoOtherParameter) {
   EXPECT_EQ(lines("TEL;TYPE=\"a;X-B=c,d:e\":1\n"),
             "N:;;;;\nFN;X-DERIVED=TRUE:1\nTEL;TYPE=\"a;X-B=c\";TYPE=\"d:e\":1\n");
   EXPECT_EQ(lines("TEL;TYPE=\"a,b\"c,d\":1\n"),
-            "N:;;;;\nFN;X-DERIVED=TRUE:1\nTEL;TYPE=a;TYPE=bc;TYPE=d:1\n");
+            "N:;;;;\nFN;X-DERIVED=TRUE:1\nTEL;TYPE=a;TYPE=b;TYPE=c;TYPE=d:1\n");
 }
 
 // The value of the card cannot be said exactly, and what is said instead stands in a line of

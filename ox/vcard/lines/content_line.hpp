@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -65,18 +66,18 @@ LineName lineNameOf(std::string_view line);
 // and value. The length of the head; npos when the text is no content line.
 std::size_t parseHead(std::string_view text, ContentLine& line);
 
-// The words of a parameter value: split at commas, quotes taken off, in or out of quotes alike.
+// The words of a parameter value: split at commas, in or out of quotes alike, and at quotes, since
+// no parameter could say a word with one in it.
 template <typename Use>
 void forEachWord(std::string_view value, Use&& use) {
   std::size_t from = 0;
   while (from <= value.size()) {
-    std::size_t comma = value.find(',', from);
-    if (comma == std::string_view::npos) comma = value.size();
-    auto word = value.substr(from, comma - from);
-    while (!word.empty() && (word.front() == '"' || word.front() == ' ')) word.remove_prefix(1);
-    while (!word.empty() && (word.back() == '"' || word.back() == ' ')) word.remove_suffix(1);
+    const auto end = std::min(value.find_first_of(",\"", from), value.size());
+    auto word = value.substr(from, end - from);
+    while (!word.empty() && word.front() == ' ') word.remove_prefix(1);
+    while (!word.empty() && word.back() == ' ') word.remove_suffix(1);
     if (!word.empty()) use(word);
-    from = comma + 1;
+    from = end + 1;
   }
 }
 

@@ -39,18 +39,15 @@ std::string mediaOfDataUri(std::string_view uri) {
   return mediaType(uri.substr(0, uri.find_first_of(";,")));
 }
 
-// TYPE of vCard 3.0 is the name of the format, or the whole media type.
-std::string mediaOfTypes(const ContentLine& line) {
-  std::string media;
-  for (const auto& parameter : line.parameters) {
-    if (parameter.kind != ParameterKind::Type) continue;
-    forEachWord(parameter.value, [&](std::string_view word) {
-      if (!media.empty() || isWord(word, "PREF")) return;
-      const bool isWhole = word.find('/') != std::string_view::npos;
-      media = mediaType(isWhole ? std::string(word) : std::string("image/").append(word));
-    });
+// TYPE of vCard 3.0 is the name of the format, or the whole media type. Words that labels are made
+// of name none.
+std::string mediaOf(const TypeWords& types) {
+  for (const auto word : types.unknown) {
+    const bool isWhole = word.find('/') != std::string_view::npos;
+    auto media = mediaType(isWhole ? std::string(word) : std::string("image/").append(word));
+    if (!media.empty()) return media;
   }
-  return media;
+  return {};
 }
 
 }  // namespace
@@ -69,8 +66,9 @@ bool readPhoto(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& d
   draft.photo = makeData(*std::move(bytes));
   // Nearly always the kind of picture is told by its own bytes.
   if (mediaTypeOf(*draft.photo).empty()) {
+    readTypeWords(line, draft.types);
     const auto media =
-        isData ? mediaOfDataUri(value.substr(kDataScheme.size())) : mediaOfTypes(line);
+        isData ? mediaOfDataUri(value.substr(kDataScheme.size())) : mediaOf(draft.types);
     if (!media.empty()) draft.preserveVerbatim(kPhotoDetails, media);
   }
   draft.preserveParameters(kPhotoDetails, line, 0, UnknownWords::AreUsed);

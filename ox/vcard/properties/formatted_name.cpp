@@ -99,7 +99,12 @@ bool readFormattedName(const PropertyRow& /*row*/, const ContentLine& line, Card
   name.formatted = std::move(text);
   name.isDerived = isMade;
   name.formattedLine.clear();
-  appendPreservedText(line, name.formattedLine);
+  // A name is text: what claims to be base64 was read as it stands.
+  if (line.encoding == Encoding::Base64) {
+    appendPreservedAsRead(line, name.formattedLine);
+  } else {
+    appendPreserved(line, name.formattedLine);
+  }
   if (draft.facts.isGroup && !name.isDerived) {
     draft.preserveParameters(property_id::kGroupName, line);
   }

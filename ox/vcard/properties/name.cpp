@@ -171,17 +171,23 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
         canonicalComponents(std::span(components).first<kParts.size()>(), draft.facts.dialect);
     draft.preserveVerbatim(property_id::kLast, draft.name.verbatimParts);
   }
+  draft.name.details.clear();  // of an N before it that named nobody
   if (line.parameters.empty()) return allTaken;
+  auto& details = draft.unmodelled.details;
+  const auto first = static_cast<std::ptrdiff_t>(details.size());
   if (const auto* sortAs = line.find(ParameterKind::SortAs)) {
     auto readings = readingsOf(*sortAs);
     draft.values.text(property_id::kLastPhonetic) = std::move(readings.last);
     draft.values.text(property_id::kFirstPhonetic) = std::move(readings.first);
     if (!draft.facts.isGroup) {
-      draft.unmodelled.details.push_back({property_id::kLastPhonetic, 0, DetailKind::SortAs,
-                                          std::string(";SORT-AS=").append(sortAs->value)});
+      details.push_back({property_id::kLastPhonetic, 0, DetailKind::SortAs,
+                         std::string(";SORT-AS=").append(sortAs->value)});
     }
   }
   draft.preserveParameters(property_id::kLast, line, bitOf(ParameterKind::SortAs));
+  draft.name.details.assign(std::make_move_iterator(details.begin() + first),
+                            std::make_move_iterator(details.end()));
+  details.erase(details.begin() + first, details.end());
   return allTaken;
 }
 
@@ -242,12 +248,14 @@ void writeName(const PropertyRow& /*row*/, PropertyWriter& card) {
 void writeGroupName(PropertyWriter& card) {
   const auto* name = card.properties().text(property_id::kGroupName);
   const CardText text(name != nullptr ? std::string_view(*name) : std::string_view());
-  if (card.is30()) {
+  const bool isBlank = trimmed(text.view()).empty();
+  // FN that is only blanks calls nobody anything: N has to say them.
+  if (card.is30() || (isBlank && !text.view().empty())) {
     card.line().raw("N");
     card.writeParameters(property_id::kLast);
     card.line().raw(":").text(text.view()).raw(";;;;").end();
   }
-  if (text.view().empty()) {
+  if (isBlank) {
     card.line().raw(card.is30() ? "FN;X-DERIVED=TRUE:?" : "FN;DERIVED=TRUE:?").end();
     return;
   }

@@ -69,6 +69,7 @@ bool readOrganization(const PropertyRow& row, const ContentLine& line, CardDraft
   auto& department = draft.values.text(property_id::kDepartment);
   if (!company.empty() || !department.empty()) return false;
   auto read = organizationOf(line.value, draft.facts.dialect);
+  if (read.company.empty() && read.department.empty()) return true;
   company = std::move(read.company);
   department = std::move(read.department);
   if (line.value.find("\\;") != std::string_view::npos) {

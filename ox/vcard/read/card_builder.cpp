@@ -1,6 +1,7 @@
 #include "ox/vcard/read/card_builder.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "ox/vcard/lines/ascii.hpp"
@@ -18,17 +19,24 @@ namespace {
 bool isNestedText(const ContentLine& line) {
   if (!isWord(line.name, "AGENT") || line.encoding != Encoding::None) return false;
   auto value = line.value;
-  if (value.starts_with("\\n")) value.remove_prefix(2);
+  while (value.starts_with("\\n")) value.remove_prefix(2);
   return startsWithWord(value, "BEGIN:VCARD\\N");
 }
 
-// The line break that may stand before a nested card, with the blanks before it.
-void dropBreakAfterColon(std::string& preserved) {
+// A card whose lines stood there.
+bool isNestedCard(const ContentLine& line) {
+  return isWord(line.name, "AGENT") && line.encoding != Encoding::Base64 &&
+         line.value.find('\n') != std::string_view::npos;
+}
+
+// The line breaks that may stand before a nested card, with the blanks around them.
+void dropBreaksAfterColon(std::string& preserved) {
   const auto feed = preserved.find('\n');
   if (feed == std::string::npos) return;
   auto start = feed;
   while (start > 0 && isBlank(preserved[start - 1])) --start;
-  if (start > 0 && preserved[start - 1] == ':') preserved.erase(start, feed + 1 - start);
+  if (start == 0 || preserved[start - 1] != ':') return;
+  preserved.erase(start, preserved.find_first_not_of(" \t\n", feed) - start);
 }
 
 bool isReadIn(const PropertyRow& row, bool isGroup) {
@@ -51,14 +59,18 @@ void CardBuilder::add(const ContentLine& line) {
 
 void CardBuilder::preserve(const ContentLine& line) {
   std::string preserved;
-  appendPreserved(line, preserved);
+  if (isNestedCard(line)) {
+    appendPreservedAsRead(line, preserved);
+  } else {
+    appendPreserved(line, preserved);
+  }
   // A nested card is preserved in one form, whether its lines stood there or in a text value, which
   // only 3.0 has: whoever writes one speaks it, whatever version the card around it tells.
   if (isNestedText(line)) {
     preserved.resize(preserved.size() - line.value.size());
     preserved += unescaped(line.value, Dialect::V30);
   }
-  dropBreakAfterColon(preserved);
+  dropBreaksAfterColon(preserved);
   draft_.unmodelled.lines.push_back(std::move(preserved));
 }
 
@@ -80,6 +92,7 @@ Card CardBuilder::finish() {
   card.line = line_;
   card.isGroup = draft_.facts.isGroup;
   draft_.groups.join(draft_.values, draft_.unmodelled, draft_.repairs);
+  std::ranges::move(draft_.name.details, std::back_inserter(draft_.unmodelled.details));
   if (card.isGroup) {
     auto name = groupNameOf(draft_);
     if (!name.empty()) card.properties.set(property_id::kGroupName, Object(std::move(name)));

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ox/vcard/source/markers.hpp"
+#include "ox/vcard/lines/markers.hpp"
 
 namespace ox::vcard {
 namespace {

@@ -7,7 +7,7 @@
 #include "ox/base/text/charset.hpp"
 #include "ox/base/text/utf8.hpp"
 #include "ox/vcard/lines/decode.hpp"
-#include "ox/vcard/source/markers.hpp"
+#include "ox/vcard/lines/markers.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -99,7 +99,7 @@ bool CardLines::readLine(std::size_t index) {
       line_.encoding == Encoding::QuotedPrintable) {
     joinSoftBreaks();
   }
-  auto colon = parseHead(text_, line_);
+  const auto colon = parseHead(text_, line_);
   if (colon == npos) {
     passOver(index, text_);
     return false;
@@ -114,18 +114,28 @@ bool CardLines::readLine(std::size_t index) {
     } else if (isFull(card_->lines[next_ - 1])) {
       joinBrokenFold();
     }
-    if (text_.data() != before || text_.size() != size) colon = parseHead(text_, line_);
+    // Only the head again: a lone quote in it would find a partner in what was joined.
+    if (text_.data() != before || text_.size() != size) {
+      parseHead(text_.substr(0, colon + 1), line_);
+    }
   }
   line_.number = card_->line + 1 + index;
-  if (!validUtf8_ && !isValidUtf8(line_.head)) {
-    head_ = toUtf8(line_.head, {}) + ':';
-    parseHead(head_, line_);
-  }
+  if (!validUtf8_ && !isValidUtf8(line_.head)) repairHead();
   line_.value = text_.substr(colon + 1);
   if (!validUtf8_ || line_.encoding == Encoding::QuotedPrintable || !line_.charset.empty()) {
     decodeValue();
   }
   return true;
+}
+
+// A guessed charset may take a mark of the head for a part of a letter: then only what is no letter
+// of UTF-8 goes.
+void CardLines::repairHead() {
+  const auto raw = line_.head;
+  head_ = toUtf8(raw, {}) + ':';
+  if (parseHead(head_, line_) + 1 == head_.size()) return;
+  head_ = validUtf8(std::string(raw)) + ':';
+  parseHead(head_, line_);
 }
 
 // Joins the lines that continue this one: RFC 6350, section 3.2. In vCard 2.1 lines are broken at

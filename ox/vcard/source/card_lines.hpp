@@ -34,6 +34,7 @@ class CardLines {
   void unfold(std::size_t index);
   void joinSoftBreaks();
   void joinBase64();
+  void repairHead();
   bool startsLine(std::size_t index) const;
   void joinBrokenFold();
   void decodeValue();

@@ -9,7 +9,7 @@
 #include "ox/base/text/sixteen_bytes.hpp"
 #include "ox/base/text/utf8.hpp"
 #include "ox/vcard/lines/ascii.hpp"
-#include "ox/vcard/source/markers.hpp"
+#include "ox/vcard/lines/markers.hpp"
 
 namespace ox::vcard {
 namespace {

@@ -81,7 +81,7 @@ void appendWithEscapedBreaks(std::string_view value, std::string& out) {
 bool isPreservedAsItStands(const ContentLine& line) {
   if (!line.charset.empty() || line.encoding == Encoding::QuotedPrintable) return false;
   return std::all_of(line.parameters.begin(), line.parameters.end(), [&](const Parameter& each) {
-    if (each.name.empty()) return false;
+    if (each.name.empty() || each.kind == ParameterKind::Charset) return false;
     return each.kind != ParameterKind::Encoding ||
            (line.encoding == Encoding::Base64 && each.value == "b");
   });
@@ -145,10 +145,10 @@ void appendPreserved(const ContentLine& line, std::string& out) {
   }
 }
 
-void appendPreservedText(const ContentLine& line, std::string& out) {
-  if (line.encoding != Encoding::Base64) return appendPreserved(line, out);
+void appendPreservedAsRead(const ContentLine& line, std::string& out) {
   auto text = line;
   text.encoding = Encoding::None;
+  text.charset = {};
   appendPreserved(text, out);
 }
 

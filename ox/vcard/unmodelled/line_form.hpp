@@ -26,8 +26,8 @@ bool areAdmitted(std::string_view parameters, CardVersion version);
 // become \n again), base64 without blanks, the bare words and encodings of vCard 2.1 as 3.0 writes
 // them.
 void appendPreserved(const ContentLine& line, std::string& out);
-// The same of a property that is only ever text: where it claims to be base64 it was read as it
-// stands, blanks included, and claims that no longer.
-void appendPreservedText(const ContentLine& line, std::string& out);
+// The same with the value as it was read, line feeds and blanks included, and no claim of a charset
+// or an encoding.
+void appendPreservedAsRead(const ContentLine& line, std::string& out);
 
 }  // namespace ox::vcard

@@ -24,6 +24,11 @@ const DetailView* find(const std::vector<DetailView>& details, PropertyId proper
   return &*found;
 }
 
+bool isContentLine(std::string_view text) {
+  ContentLine line;
+  return parseHead(text, line) != std::string_view::npos;
+}
+
 }  // namespace
 
 Unmodelled::Unmodelled(const PropertyBag& properties) {
@@ -41,10 +46,9 @@ Unmodelled::Unmodelled(const PropertyBag& properties) {
     }
     const auto name = lineNameOf(*text);
     lines_.emplace_back(*text);
-    if (formattedNameLine_.empty() && isWord(name.name, "FN")) {
+    takeGroup(name.group);
+    if (formattedNameLine_.empty() && isWord(name.name, "FN") && isContentLine(*text)) {
       formattedNameLine_ = *text;
-    } else {
-      takeGroup(name.group);
     }
   }
   for (auto* details : {&parameters_, &verbatim_, &ranks_, &groups_}) {

@@ -6,6 +6,7 @@
 
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/content_line.hpp"
+#include "ox/vcard/lines/markers.hpp"
 #include "ox/vcard/lines/name_table.hpp"
 #include "ox/vcard/lines/uri.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
@@ -135,6 +136,11 @@ Written textOnly(const ContentLine& line, std::string& room) {
   return hasValueType(line, "TEXT") ? asItStands(line, room) : std::nullopt;
 }
 
+// What a reader would take for the beginning of a nested card is none.
+Written agent30(const ContentLine& line, std::string& room) {
+  return isBegin(trimmed(line.value)) ? std::nullopt : asItStands(line, room);
+}
+
 Written refused(const ContentLine& /*line*/, std::string& /*room*/) {
   return std::nullopt;
 }
@@ -164,7 +170,7 @@ constexpr std::array kRules = {
     LineRule{"BDAY", refused, textOnly, true},
     LineRule{"ANNIVERSARY", refused, textOnly, true},
     // Gone from 4.0: RFC 6350, appendix A.2.
-    LineRule{"AGENT", asItStands, refused},
+    LineRule{"AGENT", agent30, refused},
     LineRule{"CLASS", asItStands, refused, true},
     LineRule{"LABEL", asItStands, refused},
     LineRule{"MAILER", asItStands, refused},

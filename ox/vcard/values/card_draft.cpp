@@ -10,13 +10,10 @@
 namespace ox::vcard {
 namespace {
 
-// What ends a parameter may stand in a word that stood in quotes; a quote within a word has no
-// partner, and would find one behind it.
+// What ends a parameter may stand in a word that stood in quotes.
 void appendTypeWord(std::string_view word, std::string& parameters) {
   const std::string_view quote = word.find_first_of(";:") == std::string_view::npos ? "" : "\"";
-  parameters.append(";TYPE=").append(quote);
-  std::ranges::copy_if(word, std::back_inserter(parameters), [](char c) { return c != '"'; });
-  parameters.append(quote);
+  parameters.append(";TYPE=").append(quote).append(word).append(quote);
 }
 
 }  // namespace

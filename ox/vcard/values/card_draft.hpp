@@ -28,12 +28,13 @@ struct CardFacts {
 
 // What N and FN gave. Which of them names the record is settled when both are there.
 struct NameLines {
-  bool hasParts = false;      // N gave some
-  std::string verbatimParts;  // N, when it was preserved
-  std::string formatted;      // of the FN that counts
-  std::string formattedLine;  // as it is preserved
-  bool isDerived = false;     // it is made of something that is no name
-  bool isRepeated = false;    // there are others, which are preserved
+  bool hasParts = false;                // N gave some
+  std::string verbatimParts;            // N, when it was preserved
+  std::vector<PropertyDetail> details;  // of that N, to be preserved when the card ends
+  std::string formatted;                // of the FN that counts
+  std::string formattedLine;            // as it is preserved
+  bool isDerived = false;               // it is made of something that is no name
+  bool isRepeated = false;              // there are others, which are preserved
 };
 
 // TYPE words that no label is made of are parameters to preserve, unless the value is made of them.

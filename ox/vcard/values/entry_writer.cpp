@@ -1,8 +1,10 @@
 #include "ox/vcard/values/entry_writer.hpp"
 
+#include <algorithm>
 #include <cassert>
 #include <utility>
 
+#include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/content_line.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
 #include "ox/vcard/values/type_words.hpp"
@@ -22,14 +24,29 @@ bool wouldGiveLabel(const MultiEntry& entry, PropertyId property, std::string_vi
   return !typeLabel(property, preserved.words().known).label.empty();
 }
 
-// True when the ranks that were preserved make the entry primary that is it now.
+bool isSaid(std::string_view text) {
+  return !trimmed(CardText(text).view()).empty();
+}
+
+// False for an entry of which no line can say anything.
+bool isSaid(const MultiEntry& entry) {
+  if (const auto* text = entry.value.text()) return isSaid(*text);
+  const auto* dictionary = entry.value.dictionary();
+  if (dictionary == nullptr) return true;
+  return std::ranges::any_of(dictionary->entries(), [](const auto& each) {
+    const auto* text = each.second.text();
+    return text == nullptr || isSaid(*text);
+  });
+}
+
+// True when the ranks that were preserved make the entry primary that is it now, for a reader too.
 bool doRanksHold(const MultiValue& values, PropertyId property, const Unmodelled& unmodelled) {
   unsigned best = 0;
   std::uint64_t first = 0;
   for (const auto& held : values.entries) {
     auto rank = unmodelled.rankOf(property, held.identifier);
     if (rank == 0 && held.identifier == values.primary) rank = 1;
-    if (rank == 0 || (best != 0 && rank >= best)) continue;
+    if (rank == 0 || (best != 0 && rank >= best) || !isSaid(held)) continue;
     best = rank;
     first = held.identifier;
   }

@@ -1,6 +1,9 @@
 #include "ox/vcard/write/unmodelled_writer.hpp"
 
+#include <algorithm>
+
 #include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/markers.hpp"
 #include "ox/vcard/properties/property_index.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
 
@@ -40,10 +43,11 @@ bool UnmodelledWriter::writeNestedCard(std::string_view text) {
   const CardText nested(text);
   if (colon == std::string_view::npos || nested.isChanged()) return false;
   const auto head = UnmodelledLine(text.substr(0, colon + 1)).inVersion(card_.version(), room_);
-  if (!head) return false;
   auto card = text.substr(colon + 1);
-  while (!card.empty() && isBlank(card.front())) card.remove_prefix(1);
-  if (card.starts_with('\n')) card.remove_prefix(1);  // as older stores kept it
+  // Older stores kept the breaks before it.
+  card.remove_prefix(std::min(card.find_first_not_of(" \t\n"), card.size()));
+  // Of one line it would be taken for the beginning of a card.
+  if (!head || isBegin(trimmed(card))) return false;
   card_.line().raw(*head).text(card).end();
   return true;
 }

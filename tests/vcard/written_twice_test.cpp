@@ -1,0 +1,151 @@
+#include <array>
+#include <gtest/gtest.h>
+
+#include "card_text.hpp"
+#include "ox/vcard/write/writer.hpp"
+#include "written_card.hpp"
+
+// Cards that no program should have written are read as something, and from then on written the
+// same way every time.
+
+namespace ox::vcard {
+namespace {
+
+// A whole card of 3.0 or 4.0 without its frame, as it is written.
+std::string written(const Card& card, CardVersion version) {
+  if (!card.isGroup) return linesOf(card.properties, {.version = version}, card.photo);
+  std::string text;
+  appendGroup(card.properties, card.members, {.version = version}, text);
+  std::erase(text, '\r');
+  const auto from = text.find("VERSION:") + 12;
+  return text.substr(from, text.rfind("END:VCARD\n") - from);
+}
+
+Card cardOf(const std::string& version, const std::string& lines) {
+  return std::get<Card>(
+      readAll("BEGIN:VCARD\nVERSION:" + version + "\n" + lines + "END:VCARD\n").at(0));
+}
+
+struct Row {
+  std::string version;
+  std::string lines;
+  std::string in30;
+  std::string in40;
+};
+
+void expectTheSameTwice(const std::vector<Row>& rows) {
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.lines);
+    const auto card = cardOf(row.version, row.lines);
+    EXPECT_EQ(written(card, CardVersion::V30), row.in30);
+    EXPECT_EQ(written(card, CardVersion::V40), row.in40);
+    EXPECT_EQ(written(cardOf("3.0", row.in30), CardVersion::V30), row.in30);
+    EXPECT_EQ(written(cardOf("4.0", row.in40), CardVersion::V40), row.in40);
+  }
+}
+
+const std::string kNobody30 = "N:;;;;\nFN;X-DERIVED=TRUE:?\n";
+const std::string kNobody40 = "FN;DERIVED=TRUE:?\n";
+
+// No parameter could say a word with a quote in it.
+TEST(CardsWrittenTwice, LoneQuotesPartWords) {
+  const std::string lines = "TEL;TYPE=voic;TYPE=e:1\nX-SOCIALPROFILE;TYPE=a;TYPE=b:http://x/c\n";
+  expectTheSameTwice({{"3.0", "TEL;voic\"e:1\nX-SOCIALPROFILE;a\"b:http://x/c\n",
+                       "N:;;;;\nFN;X-DERIVED=TRUE:1\n" + lines, "FN;DERIVED=TRUE:1\n" + lines}});
+}
+
+TEST(CardsWrittenTwice, LoneQuotesOfAHeadFindNoPartnerInJoinedLines) {
+  const std::string digits(71, '7');
+  const std::string lines = "NOTE:n\nX-OX-LINE:X%3BA%3Db%22%3A" + digits + "%22c\n";
+  expectTheSameTwice(
+      {{"2.1", "X;A=b\":" + digits + "\n\"c\nNOTE:n\n", kNobody30 + lines, kNobody40 + lines}});
+}
+
+// These bytes are two letters in a charset that a guess may give, of which one takes the mark.
+TEST(CardsWrittenTwice, HeadsInAnotherCharsetKeepTheirMarks) {
+  const std::string letters = "\xE8\xE8\xE8\xE8\xE8\xE8\xE8\xE8\xE8";
+  for (const std::string mark : {";B=c:1\n", ":1\n"}) {
+    const auto card = cardOf("2.1", "X;A=" + letters + mark + "NOTE:n\n");
+    for (const auto version : {CardVersion::V30, CardVersion::V40}) {
+      const auto lines = written(card, version);
+      const auto* number = version == CardVersion::V30 ? "3.0" : "4.0";
+      EXPECT_TRUE(lines.ends_with(mark)) << lines;
+      EXPECT_EQ(written(cardOf(number, lines), version), lines);
+    }
+  }
+}
+
+TEST(CardsWrittenTwice, ParametersOfEmptyLinesGiveWay) {
+  expectTheSameTwice({
+      {"4.0", "ORG;A=1:\nORG;B=2:Firm\n", "N:;;;;\nFN:Firm\nORG;B=2:Firm\n",
+       "FN:Firm\nORG;B=2:Firm\n"},
+      {"4.0", "N;A=1;SORT-AS=Bo:\nN;B=2;SORT-AS=Li:Lee\n",
+       "N;B=2:Lee;;;;\nFN:Lee\nX-PHONETIC-LAST-NAME:Li\n"
+       "X-OX-LINE:%3B14%230%3BSORT-AS%3DLi\n",
+       "N;B=2;SORT-AS=Li:Lee;;;;\nFN:Lee\nX-PHONETIC-LAST-NAME:Li\n"},
+      {"3.0", "N;A=1:\nitem1.TEL;TYPE=CELL,x:5\nitem1.X-ABLabel:own\nN:Lee\n",
+       "N:Lee;;;;\nFN:Lee\nitem1.TEL;TYPE=CELL;TYPE=x:5\nitem1.X-ABLabel:own\n",
+       "N:Lee;;;;\nFN:Lee\nitem1.TEL;TYPE=CELL;TYPE=x:5\nitem1.X-ABLabel:own\n"},
+  });
+}
+
+// The preferred entry has no line: a rank of another one would make that the preferred one.
+TEST(CardsWrittenTwice, RanksAreNotSaidBesideAPreferredEntryWithoutALine) {
+  const std::string phones =
+      "TEL:1\nX-OX-PROPERTY:ARAQAgIBAAAAAAAAAAABATECAAAAAAAAAAABAQERKt5inOEdDA==\n";
+  const std::string stored = "X-OX-PROPERTY:ARYQAgIBAAAAAAAAAAABAWECAAAAAAAAAAABAiABsYGDOGIWQPI=\n";
+  expectTheSameTwice({
+      {"4.0", "TEL;PREF=2:1\nTEL;PREF=1:\x01\n", "N:;;;;\nFN;X-DERIVED=TRUE:1\n" + phones,
+       "FN;DERIVED=TRUE:1\n" + phones},
+      {"4.0", "RELATED;PREF=2:a\nRELATED;PREF=1: \x01\n",
+       kNobody30 + "X-ABRELATEDNAMES:a\n" + stored, kNobody40 + "RELATED;VALUE=text:a\n" + stored},
+  });
+  const auto read = cardOf("4.0", "TEL;PREF=2:1\nTEL;PREF=1:\x01\n").properties;
+  const auto again = cardOf("4.0", kNobody40 + phones).properties;
+  EXPECT_EQ(std::get<MultiValuePtr>(again.value(property_id::kPhone))->primary, 2U);
+  EXPECT_EQ(std::get<MultiValuePtr>(read.value(property_id::kPhone))->primary, 2U);
+}
+
+TEST(CardsWrittenTwice, NestedCardsOfAnyFormAreOne) {
+  const std::string nested = "AGENT:BEGIN:VCARD\\nN:x\\nEND:VCARD\n";
+  const std::string wrapped = "X-OX-LINE:AGENT%3ABEGIN%3AVCARD%0AN%3Ax%0AEND%3AVCARD\n";
+  const std::string card = "BEGIN:VCARD\nN:x\nEND:VCARD\n";
+  for (const std::string head : {"AGENT:", "AGENT:\n", "AGENT:\n\n\n", "AGENT;CHARSET=UTF-8:\n"}) {
+    expectTheSameTwice({{"2.1", head + card, kNobody30 + nested, kNobody40 + wrapped}});
+  }
+  // One without an end would begin a nested card that takes what follows with it.
+  const std::string begin = "X-OX-LINE:AGENT%3ABEGIN%3AVCARD\n";
+  expectTheSameTwice({{"3.0", begin, kNobody30 + begin, kNobody40 + begin}});
+}
+
+TEST(CardsWrittenTwice, WrappedTextThatIsNoLineStaysWrapped) {
+  const std::string lines = "TEL:1\nX-OX-LINE:FN\n";
+  expectTheSameTwice(
+      {{"3.0", lines, "N:;;;;\nFN;X-DERIVED=TRUE:1\n" + lines, "FN;DERIVED=TRUE:1\n" + lines}});
+}
+
+TEST(CardsWrittenTwice, TheGroupOfAFormattedNameIsTaken) {
+  expectTheSameTwice({{"3.0",
+                       "item2.FN:\x01"
+                       "a\nRELATED;TYPE=spouse:u\nN:b\n",
+                       "N:b;;;;\nFN:a\nitem3.X-ABRELATEDNAMES:u\n"
+                       "item3.X-ABLabel:_$!<Spouse>!$_\nX-OX-LINE:item2.FN%3A%01a\n",
+                       "N:b;;;;\nFN:a\nRELATED;VALUE=text;TYPE=spouse:u\n"
+                       "X-OX-LINE:item2.FN%3A%01a\n"}});
+}
+
+TEST(CardsWrittenTwice, AGroupCalledByBlanksKeepsThem) {
+  expectTheSameTwice({{"4.0", "KIND:group\nN:\t\n",
+                       "N:\t;;;;\nFN;X-DERIVED=TRUE:?\nX-ADDRESSBOOKSERVER-KIND:group\n",
+                       "N:\t;;;;\nFN;DERIVED=TRUE:?\nKIND:group\n"}});
+}
+
+TEST(CardsWrittenTwice, LabelsOfAPictureAreNotItsKind) {
+  const std::string detail = "X-OX-LINE:%3B0%230%3BTYPE%3DCELL%3B%3D\n";
+  expectTheSameTwice(
+      {{"3.0", "PHOTO;TYPE=CELL;=:AQID\n", kNobody30 + "PHOTO;ENCODING=b:AQID\n" + detail,
+        kNobody40 + "PHOTO:data:application/octet-stream;base64,AQID\n" + detail}});
+}
+
+}  // namespace
+}  // namespace ox::vcard
