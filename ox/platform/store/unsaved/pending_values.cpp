@@ -32,12 +32,14 @@ void moveToEnd(List& list, Place place) {
 PendingValues::Changed& PendingValues::changed(const RecordKey& key, RecordKind kind) {
   const auto found = places_.find(key);
   if (found != places_.end()) return *found->second;
-  auto& made = edits_.emplace_back();
-  made.key = key;
-  made.kind = kind;
-  places_.emplace(key, std::prev(edits_.end()));
+  // In both or in none: the second step has nothing that could fail.
+  decltype(edits_) made(1);
+  made.front().key = key;
+  made.front().kind = kind;
+  places_.emplace(key, made.begin());
+  edits_.splice(edits_.end(), made);
   assert(places_.size() == edits_.size());
-  return made;
+  return edits_.back();
 }
 
 const PendingValues::Changed* PendingValues::find(const RecordKey& key) const {
