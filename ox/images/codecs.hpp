@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,6 +27,16 @@ bool isAllowedSize(std::uint64_t width, std::uint64_t height, std::string& reaso
 
 // True when the picture is one that can be encoded: not empty, within kMaxPixels, pixels complete.
 bool isEncodable(const Image& image);
+
+// What the work gives. The libraries report a lack of memory as they report damage, but malloc
+// leaves its sign (POSIX, malloc): throws std::bad_alloc then.
+template <typename Work>
+auto orNoMemory(Work work) {
+  errno = 0;
+  auto result = work();
+  if (!result && errno == ENOMEM) throw std::bad_alloc();
+  return result;
+}
 
 inline constexpr const char* kImplausible = "claims more pixels than its bytes can hold";
 

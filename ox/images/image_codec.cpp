@@ -39,7 +39,7 @@ const Codec* codecOf(std::string_view bytes) {
 std::shared_ptr<Image> decoded(std::string_view bytes, std::string* reason) {
   std::string why = bytes.empty() ? "empty" : "neither TIFF, PNG nor JPEG";
   const auto* codec = codecOf(bytes);
-  auto image = codec != nullptr ? codec->decode(bytes, why) : nullptr;
+  auto image = codec == nullptr ? nullptr : orNoMemory([&] { return codec->decode(bytes, why); });
   assert(!image || isEncodable(*image));  // not empty, within the limit, every pixel there
   if (reason != nullptr && !image) *reason = why;
   return image;
@@ -64,8 +64,9 @@ bool isTiff(std::string_view bytes) {
 
 std::optional<ImageSize> imageSize(std::string_view bytes) {
   const auto* codec = codecOf(bytes);
+  if (codec == nullptr) return std::nullopt;
   std::string reason;
-  return codec != nullptr ? codec->size(bytes, reason) : std::nullopt;
+  return orNoMemory([&] { return codec->size(bytes, reason); });
 }
 
 bool isAllowedSize(std::uint64_t width, std::uint64_t height, std::string& reason) {

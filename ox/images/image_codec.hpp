@@ -10,7 +10,8 @@
 #include "ox/base/image.hpp"
 
 // Pictures as bytes: TIFF (6.0), PNG (RFC 2083) and JPEG (ITU-T T.81). Free functions without
-// state, safe from any thread. Nothing is printed, whatever the bytes are.
+// state, safe from any thread. Nothing is printed, whatever the bytes are. Each throws
+// std::bad_alloc where there is no memory, also within the libraries that do the work.
 namespace ox::images {
 
 // 8192 x 8192. A file that claims more is refused before anything is allocated for it.
@@ -26,8 +27,7 @@ struct ImageSize {
 // The picture in the bytes, told by content: upright (the orientation of a TIFF or of a JPEG's Exif
 // block is applied), 8 bits a channel (16-bit samples are scaled), grey, palette and CMYK turned
 // into RGB. Null when the bytes are of no known kind, truncated, damaged, too large, or claim more
-// pixels than so few bytes can hold; `reason` then says why in a few words. Throws std::bad_alloc
-// when there is no memory for its pixels.
+// pixels than so few bytes can hold; `reason` then says why in a few words.
 OX_EXPORT ImagePtr decodeImage(std::string_view bytes, std::string* reason = nullptr);
 
 // The same of bytes that the picture keeps as its file.

@@ -218,9 +218,11 @@ std::optional<ImageSize> sizeOfJpeg(std::string_view bytes, std::string& reason)
 Data encodeJpeg(const Image& image) {
   if (!isEncodable(image)) return nullptr;
   std::vector<std::uint8_t> rowBuffer(std::size_t{image.width} * 3);
-  Writer writer;
-  if (!write(writer, image, rowBuffer.data())) return nullptr;
-  return makeData(std::string(reinterpret_cast<const char*>(writer.bytes), writer.size));
+  return orNoMemory([&]() -> Data {
+    Writer writer;
+    if (!write(writer, image, rowBuffer.data())) return nullptr;
+    return makeData(std::string(reinterpret_cast<const char*>(writer.bytes), writer.size));
+  });
 }
 
 }  // namespace ox::images

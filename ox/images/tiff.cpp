@@ -222,11 +222,13 @@ std::optional<ImageSize> sizeOfTiff(std::string_view bytes, std::string& reason)
 
 Data encodeTiff(const Image& image) {
   if (!isEncodable(image)) return nullptr;
-  TiffSink sink;
-  auto tiff = sink.open();
-  if (!tiff || !writeImage(tiff.get(), image)) return nullptr;
-  tiff.reset();  // writes the directory
-  return sink.failed() ? nullptr : makeData(sink.take());
+  return orNoMemory([&]() -> Data {
+    TiffSink sink;
+    auto tiff = sink.open();
+    if (!tiff || !writeImage(tiff.get(), image)) return nullptr;
+    tiff.reset();  // writes the directory
+    return sink.failed() ? nullptr : makeData(sink.take());
+  });
 }
 
 }  // namespace ox::images
