@@ -61,34 +61,31 @@ void renameGroup(const Context& context, const std::string& name, const std::str
   if (saveEdits()) tellGroup(context, "renamed the group to " + newName, group);
 }
 
-// What is below a group, as far as that can be told.
-struct Below {
-  std::uint64_t groups = 0;
-  bool isDamaged = false;  // what leads to them
-};
-
-Below belowGroup(const Group& group) {
+// How many groups are below it. Gives up where that cannot be told: they would stay behind.
+std::uint64_t countBelow(const Group& group, const std::string& name) {
   const failures::Watch watch;
   const auto groups = group->subGroupsCount();
   const auto last = watch.last();
-  if (last && last->kind != FailureKind::Corrupt) giveUp(watch);
-  return {groups, last.has_value()};
+  if (!last) return groups;
+  if (last->kind != FailureKind::Corrupt) giveUp(watch);
+  throw storeFailure("nothing was removed, since what leads to the groups below " + name +
+                         " cannot be read (--alone removes it without them)",
+                     watch);
 }
 
-std::string sentenceOf(const Below& below) {
-  if (below.isDamaged) return "; what leads to the groups below it is damaged, and they stay";
-  return below.groups > 0 ? " and what was below it" : "";
-}
+struct Removal {
+  std::string group;
+  bool alone = false;
+};
 
-// A group from which nobody can tell what is below it goes alone, and the damaged links with it.
-void removeGroup(const Context& context, const std::string& name) {
-  const auto group = findGroup(name);
+void removeGroup(const Context& context, const Removal& arguments) {
+  const auto group = findGroup(arguments.group);
   discoveredBooks(context);
   const auto shownName = group->displayName().value_or("");
-  const auto below = belowGroup(group);
+  const auto below = arguments.alone ? 0 : countBelow(group, shownName);
   const auto json = context.json ? jsonOfGroup(group) : "";
   const failures::Watch watch;
-  const auto book = below.isDamaged ? nullptr : group->groupAddressBook();
+  const auto book = arguments.alone ? nullptr : group->groupAddressBook();
   if (book) {
     book->removeGroup(group);
   } else {
@@ -97,7 +94,8 @@ void removeGroup(const Context& context, const std::string& name) {
   giveUpHalfEdits(watch);
   saveEdits();
   std::cout << json;
-  context.tell("removed the group " + shownName + sentenceOf(below) + "; no person was removed");
+  context.tell("removed the group " + shownName + (below > 0 ? " and what was below it" : "") +
+               "; no person was removed");
 }
 
 }  // namespace
@@ -117,9 +115,10 @@ void declareEditGroups(CLI::App& program, const Context& context) {
   rename->callback([&context, names] { renameGroup(context, names->first, names->second); });
 
   auto* remove = program.add_subcommand("remove-group", "Remove a group and every group below it");
-  const auto name = std::make_shared<std::string>();
-  remove->add_option("GROUP", *name, "Which")->required();
-  remove->callback([&context, name] { removeGroup(context, *name); });
+  const auto removal = std::make_shared<Removal>();
+  remove->add_option("GROUP", removal->group, "Which")->required();
+  remove->add_flag("--alone", removal->alone, "Only the group itself; those below it stay");
+  remove->callback([&context, removal] { removeGroup(context, *removal); });
 }
 
 }  // namespace ox::program

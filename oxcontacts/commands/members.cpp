@@ -29,10 +29,13 @@ void tellGroup(const Context& context, const std::string& what, const Group& gro
   }
 }
 
-// Records of different accounts cannot be linked: told before anything is changed.
+// Records of different accounts cannot be linked: told before anything is changed. An account that
+// cannot be asked for is not another one.
 void refuseOtherAccounts(const _ABGroup& group, const Persons& persons) {
+  const failures::Watch watch;
   for (const auto& person : persons) {
     if (person->AccountID() == group.AccountID()) continue;
+    if (!watch.isClear()) giveUp(watch);
     throw CommandError(
         kFailed, person->displayName().value_or("") + " is in another account than the group " +
                      group.displayName().value_or("") + "; `copy` makes a person for its book");
@@ -65,9 +68,11 @@ void addMembers(const Context& context, const Arguments& arguments) {
   tellGroup(context, "added " + counted(static_cast<std::size_t>(added), "person") + " to ", group);
 }
 
-// The persons that are in the group; the others are named to the user.
+// The persons that are in the group; the others are named to the user, where that can be told.
 Members membersAmong(const Persons& persons, const _ABGroup& group, bool recursive) {
+  const failures::Watch watch;
   const auto held = heldBy(recursive ? group.includePersons() : group.persons());
+  giveUpHalfEdits(watch);
   Members members;
   for (const auto& person : persons) {
     if (held.contains(person.get())) {

@@ -40,20 +40,32 @@ TEST(GroupCommands, BuildRenameAndRemoveATree) {
   EXPECT_EQ(run({"check"}).output, "sound\n");
 }
 
-// The damaged link goes with its group, and what it led to, if anything, is a group by itself.
-TEST(GroupCommands, RemoveAGroupAloneWhereALinkBelowItIsDamaged) {
+TEST(GroupCommands, RemoveAGroupAloneWhenAskedTo) {
+  makeFriends();
+  run({"add-group", "_local", "Family", "--under", "Close"});
+  EXPECT_EQ(run({"remove-group", "Friends", "--alone"}).errors,
+            "oxcontacts: removed the group Friends; no person was removed\n");
+  EXPECT_EQ(treeOf(runJson({"groups"})), "Close 0/0 (Family 0/0)");
+}
+
+// Removed alone, the damaged link goes with its group, and what it led to, if anything, is a group
+// by itself.
+TEST(GroupCommands, RemoveNoGroupFromWhichNobodyCanTellWhatIsBelowIt) {
   makeFriends();
   run({"add-group", "_local", "Family", "--under", "Close"});
   run({"group-add", "Friends", "Ann"});
   const auto store = support::StoreEnvironment::instance().contactStore().string();
   support::writeDamagedRows(store, "UPDATE link SET id = id WHERE id = 1");
   EXPECT_NE(run({"check"}).output, "sound\n");
-  const auto result = run({"remove-group", "Friends"});
-  EXPECT_EQ(result.exitCode, 1) << "something was damaged";
-  EXPECT_NE(result.errors.find("removed the group Friends; what leads to the groups below it is "
-                               "damaged, and they stay; no person was removed\n"),
+  const auto refused = run({"remove-group", "Friends"});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_NE(refused.errors.find("oxcontacts: nothing was removed, since what leads to the groups "
+                                "below Friends cannot be read (--alone removes it without them): "),
             std::string::npos)
-      << result.errors;
+      << refused.errors;
+  EXPECT_NE(run({"check"}).output, "sound\n");
+  const auto result = run({"remove-group", "Friends", "--alone"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
   EXPECT_EQ(treeOf(runJson({"groups"})), "Close 0/0 (Family 0/0)");
   EXPECT_EQ(run({"check"}).output, "sound\n");
 }
