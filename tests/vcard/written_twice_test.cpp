@@ -140,6 +140,14 @@ TEST(CardsWrittenTwice, AGroupCalledByBlanksKeepsThem) {
                        "N:\t;;;;\nFN;DERIVED=TRUE:?\nKIND:group\n"}});
 }
 
+TEST(CardsWrittenTwice, AProfileWhoseUrlWouldBeReadAsNoneHasNoLine) {
+  const std::string stored = "X-OX-PROPERTY:ARQQAQABAAAAAAAAAAAHAQN1cmwBCXgtAWFwcGxlOnbFkLQ7Lo0A\n";
+  expectTheSameTwice({{"3.0",
+                       "X-SOCIALPROFILE:x-\x01"
+                       "apple:\n",
+                       kNobody30 + stored, kNobody40 + stored}});
+}
+
 TEST(CardsWrittenTwice, LabelsOfAPictureAreNotItsKind) {
   const std::string detail = "X-OX-LINE:%3B0%230%3BTYPE%3DCELL%3B%3D\n";
   expectTheSameTwice(

@@ -86,7 +86,8 @@ bool writeSocialProfile(EntryWriter& entry) {
   const DictionaryTexts<kKeys.size()> texts(*dictionary, kKeys);
   const auto service = texts[kService];
   const auto user = texts[kUser];
-  const bool isUrl = !startsWithWord(texts[kUrl], kNoUrl);
+  // As it would stand in the line.
+  const bool isUrl = !startsWithWord(CardText(texts[kUrl]).view(), kNoUrl);
   const CardText url(isUrl ? texts[kUrl] : std::string_view());
   const CardText identifier(texts[kUserIdentifier]);
   const bool isNamed = isTypeWord(service);
