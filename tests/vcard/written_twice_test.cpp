@@ -137,7 +137,10 @@ TEST(CardsWrittenTwice, TheGroupOfAFormattedNameIsTaken) {
 TEST(CardsWrittenTwice, AGroupCalledByBlanksKeepsThem) {
   expectTheSameTwice({{"4.0", "KIND:group\nN:\t\n",
                        "N:\t;;;;\nFN;X-DERIVED=TRUE:?\nX-ADDRESSBOOKSERVER-KIND:group\n",
-                       "N:\t;;;;\nFN;DERIVED=TRUE:?\nKIND:group\n"}});
+                       "N:\t;;;;\nFN;DERIVED=TRUE:?\nKIND:group\n"},
+                      {"4.0", "KIND:group\nN;X:\t\n",
+                       "N;TYPE=X:\t;;;;\nFN;X-DERIVED=TRUE:?\nX-ADDRESSBOOKSERVER-KIND:group\n",
+                       "N;TYPE=X:\t;;;;\nFN;DERIVED=TRUE:?\nKIND:group\n"}});
 }
 
 TEST(CardsWrittenTwice, AProfileWhoseUrlWouldBeReadAsNoneHasNoLine) {

@@ -245,17 +245,24 @@ void writeName(const PropertyRow& /*row*/, PropertyWriter& card) {
   writeFormattedName(parts, card);
 }
 
-void writeGroupName(PropertyWriter& card) {
+// FN that is only blanks calls nobody anything: N has to say them then.
+GroupNameLines groupNameLines(const PropertyWriter& card) {
   const auto* name = card.properties().text(property_id::kGroupName);
   const CardText text(name != nullptr ? std::string_view(*name) : std::string_view());
   const bool isBlank = trimmed(text.view()).empty();
-  // FN that is only blanks calls nobody anything: N has to say them.
-  if (card.is30() || (isBlank && !text.view().empty())) {
+  return {.hasN = card.is30() || (isBlank && !text.view().empty()), .isFormatted = !isBlank};
+}
+
+void writeGroupName(PropertyWriter& card) {
+  const auto* name = card.properties().text(property_id::kGroupName);
+  const CardText text(name != nullptr ? std::string_view(*name) : std::string_view());
+  const auto lines = groupNameLines(card);
+  if (lines.hasN) {
     card.line().raw("N");
     card.writeParameters(property_id::kLast);
     card.line().raw(":").text(text.view()).raw(";;;;").end();
   }
-  if (isBlank) {
+  if (!lines.isFormatted) {
     card.line().raw(card.is30() ? "FN;X-DERIVED=TRUE:?" : "FN;DERIVED=TRUE:?").end();
     return;
   }

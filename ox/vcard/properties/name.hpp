@@ -13,7 +13,12 @@ void settleName(CardDraft& draft);
 // The same for a group's card: its name, empty when the card tells none.
 std::string groupNameOf(CardDraft& draft);
 
-// The lines that name a group: N, which only 3.0 wants, and FN.
+// The lines that name a group: FN, which may be made of nothing, and N, which only 3.0 wants.
+struct GroupNameLines {
+  bool hasN = false;
+  bool isFormatted = false;  // FN says the name
+};
+GroupNameLines groupNameLines(const PropertyWriter& card);
 void writeGroupName(PropertyWriter& card);
 
 }  // namespace ox::vcard

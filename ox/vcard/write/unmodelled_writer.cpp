@@ -4,6 +4,7 @@
 
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/markers.hpp"
+#include "ox/vcard/properties/name.hpp"
 #include "ox/vcard/properties/property_index.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
 
@@ -70,9 +71,8 @@ void UnmodelledWriter::writeLines(Revision revision, NestedCards nestedCards) {
 // True when the property of a single value's parameters has a line in which they could stand.
 bool UnmodelledWriter::hasLineFor(const DetailView& parameters) const {
   if (of_ == Of::Person) return true;
-  if (parameters.property == property_id::kLast) return card_.is30();
-  const auto* name = card_.properties().text(property_id::kGroupName);
-  return name != nullptr && !CardText(*name).view().empty();
+  const auto lines = groupNameLines(card_);
+  return parameters.property == property_id::kLast ? lines.hasN : lines.isFormatted;
 }
 
 void UnmodelledWriter::writeDetails() {
