@@ -126,6 +126,9 @@ constexpr std::array kStatements = {
     Row{Sql::UpdateContent,
         "UPDATE content SET card_uid = ?2, fingerprint = ?3, properties = ?5 "
         "WHERE record = ?1 AND sound"},
+    // SQLite would write the index entry of an equal card_uid anew.
+    Row{Sql::UpdateContentOfSameUid,
+        "UPDATE content SET fingerprint = ?3, properties = ?5 WHERE record = ?1 AND sound"},
     Row{Sql::UpdateContentAndImage,
         "UPDATE content SET card_uid = ?2, fingerprint = ?3, image = ?4, properties = ?5 "
         "WHERE record = ?1"},

@@ -53,6 +53,7 @@ enum class Sql : std::uint8_t {
   DeleteRecords,
   InsertContent,
   UpdateContent,
+  UpdateContentOfSameUid,
   UpdateContentAndImage,
   InsertImage,
   ImageOfRow,

@@ -29,24 +29,37 @@ void RecordWriter::insertContent(const Content& content) {
 }
 
 void RecordWriter::updateContent(const Content& content, ReplacePicture picture) {
-  const auto update =
-      picture == ReplacePicture::Yes ? Statement::UpdateWithPicture : Statement::Update;
+  const auto update = picture == ReplacePicture::Yes ? Statement::UpdateWithPicture
+                      : content.hasSameUid           ? Statement::UpdateOfSameUid
+                                                     : Statement::Update;
   if (run(update, content) || run(Statement::Insert, content)) return;
   throw DamagedRow("row " + std::to_string(content.record) + " of the stored values is damaged");
 }
 
-// False when there was no row to update. The three statements have their columns in one order.
+Sql RecordWriter::sqlOf(Statement which) {
+  switch (which) {
+    case Statement::Insert:
+      return Sql::InsertContent;
+    case Statement::Update:
+      return Sql::UpdateContent;
+    case Statement::UpdateOfSameUid:
+      return Sql::UpdateContentOfSameUid;
+    case Statement::UpdateWithPicture:
+      break;
+  }
+  return Sql::UpdateContentAndImage;
+}
+
+// False when there was no row to update. The statements have their columns in one order.
 bool RecordWriter::run(Statement which, const Content& content) {
   const auto& values = *content.values;
   file_.writeCustomProperties(values.custom);
-  auto& statement = file_.statement(which == Statement::Insert   ? Sql::InsertContent
-                                    : which == Statement::Update ? Sql::UpdateContent
-                                                                 : Sql::UpdateContentAndImage);
+  auto& statement = file_.statement(sqlOf(which));
   statement.bind(1, content.record)
       .bindText(2, values.cardUid)
       .bind(3, static_cast<std::int64_t>(content.fingerprint))
       .bindBlob(5, values.bytes);
-  if (which != Statement::Update) {
+  if (which == Statement::Insert || which == Statement::UpdateWithPicture) {
     if (content.picture) {
       statement.bind(4, content.picture->row);
     } else {

@@ -31,6 +31,7 @@ class RecordWriter {
     const EncodedValues* values = nullptr;
     std::uint64_t fingerprint = 0;
     std::optional<Picture> picture = std::nullopt;  // missing: none
+    bool hasSameUid = false;                        // as the row that is updated
   };
   void insertContent(const Content& content);
   // Writes the row anew, the picture only if it is to be replaced; throws DamagedRow when it is to
@@ -39,7 +40,8 @@ class RecordWriter {
   void updateContent(const Content& content, ReplacePicture picture);
 
  private:
-  enum class Statement : std::uint8_t { Insert, Update, UpdateWithPicture };
+  enum class Statement : std::uint8_t { Insert, Update, UpdateOfSameUid, UpdateWithPicture };
+  static Sql sqlOf(Statement which);
   bool run(Statement which, const Content& content);
 
   StoreFile& file_;
