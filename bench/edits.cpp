@@ -1,6 +1,7 @@
 // What do edits of a book cost, and does the size of the book matter? Persons are made one by one,
-// half of them are removed, and one is changed and saved at a time. Beside it: SQLite alone writing
-// the same rows in the same transactions.
+// half or all of them are removed, or their account, and one is changed and saved at a time. Beside
+// it: SQLite alone writing the same rows in the same transactions.
+#include <functional>
 #include <stdexcept>
 #include <string_view>
 
@@ -10,6 +11,7 @@
 #include "bench/stores.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
+#include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
@@ -18,6 +20,7 @@ namespace ox::bench {
 namespace {
 
 constexpr std::size_t kSavedEdits = 200;
+constexpr const char* kAccount = "bench-1:ABAccount";
 
 // In the child. What the work was done to, counted when it is done, goes to the parent.
 double makePersons(std::size_t count) {
@@ -31,16 +34,26 @@ double makePersons(std::size_t count) {
   return seconds;
 }
 
-double removeHalf() {
+// Every so manieth.
+double removePersons(std::size_t step) {
   const auto book = OxMacAddressBook::addressBookArray().element(0);
   const auto persons = book->allPersons()->snapshot();
-  Persons half;
-  for (std::size_t i = 0; i < persons.size(); i += 2) half.push_back(persons[i]);
+  Persons removed;
+  for (std::size_t i = 0; i < persons.size(); i += step) removed.push_back(persons[i]);
   const Stopwatch watch;
-  book->removePersons(half);
+  book->removePersons(removed);
   book->save();
   const auto seconds = watch.seconds();
   tellParent("left", static_cast<double>(ABAddressBook::sharedAddressBook()->people().size()));
+  return seconds;
+}
+
+double removeWholeAccount() {
+  const auto before = recordsOfAccount(kAccount, RecordKind::Person).size();
+  const Stopwatch watch;
+  const bool removed = removeAccount(kAccount, WithRecords::Yes);
+  const auto seconds = watch.seconds();
+  tellParent("left", removed ? static_cast<double>(before) : 0.0);
   return seconds;
 }
 
@@ -62,20 +75,26 @@ double editAndSave() {
 
 double measure(std::string_view way, std::size_t size) {
   if (way == "new") return makePersons(size);
-  if (way == "remove") return removeHalf();
+  if (way == "remove half") return removePersons(2);
+  if (way == "remove all") return removePersons(1);
+  if (way == "remove account") return removeWholeAccount();
   if (way == "edit") return editAndSave();
   const auto store = contactStorePath();
   if (way == "plain new") return plain::addPersons(store, size);
-  if (way == "plain remove") return plain::removeEverySecond(store);
+  if (way == "plain remove half") return plain::removePersons(store, 2);
+  if (way == "plain remove all") return plain::removePersons(store, 1);
+  if (way == "plain remove account") return plain::removeContainer(store, kAccount);
   if (way == "plain edit") return plain::editSynced(store, kSavedEdits);
   throw std::invalid_argument("no such way");
 }
 
-// On a copy of a store of that many persons; `left` is what the child has to count.
-Way onCopy(const std::string& name, const std::string& way, std::size_t persons, std::size_t left) {
+using Store = std::function<std::string()>;  // makes it when it is first asked for
+
+// On a copy of a store; `left` is what the child has to count.
+Way onCopy(const std::string& name, const std::string& way, const Store& original,
+           std::size_t left) {
   return {name, [=](std::size_t size) -> Measured {
-            const auto& store = persons == 0 ? storeOf(0) : localStoreOf(persons);
-            const auto numbers = runChild(copyOf(store), {way, std::to_string(size)});
+            const auto numbers = runChild(copyOf(original()), {way, std::to_string(size)});
             const auto counted = numbers.find("left");
             if (counted != numbers.end() && counted->second != static_cast<double>(left)) {
               throw std::runtime_error(way + " was not done");
@@ -86,17 +105,28 @@ Way onCopy(const std::string& name, const std::string& way, std::size_t persons,
 
 void addFigures() {
   for (const auto size : sizes()) {
-    addFigure("new persons",
-              {onCopy("newPerson", "new", 0, size), onCopy("plain SQLite", "plain new", 0, size)},
-              {size});
-    const auto half = size - (size + 1) / 2;
+    const Store empty = [] { return storeOf(0); };
+    const Store local = [size] { return localStoreOf(size); };
+    const Store ofAccounts = [size] { return storeOf(size); };
+    addFigure(
+        "new persons",
+        {onCopy("newPerson", "new", empty, size), onCopy("plain SQLite", "plain new", empty, 0)},
+        {size});
     addFigure("remove half of a book",
-              {onCopy("removePersons, save", "remove", size, half),
-               onCopy("plain SQLite", "plain remove", size, half)},
+              {onCopy("removePersons, save", "remove half", local, size - (size + 1) / 2),
+               onCopy("plain SQLite", "plain remove half", local, 0)},
+              {size});
+    addFigure("remove all of a book",
+              {onCopy("removePersons, save", "remove all", local, 0),
+               onCopy("plain SQLite", "plain remove all", local, 0)},
+              {size});
+    addFigure("remove one account of four",
+              {onCopy("removeAccount", "remove account", ofAccounts, size / 4),
+               onCopy("plain SQLite", "plain remove account", ofAccounts, 0)},
               {size});
     addFigure("edit, save; of " + std::to_string(size),
-              {onCopy("setValue, save", "edit", size, kSavedEdits),
-               onCopy("plain SQLite", "plain edit", size, kSavedEdits)},
+              {onCopy("setValue, save", "edit", local, kSavedEdits),
+               onCopy("plain SQLite", "plain edit", local, 0)},
               {kSavedEdits});
   }
 }

@@ -25,6 +25,18 @@ Ids idsOf(Database& database, std::int64_t kind) {
   return ids;
 }
 
+// Every so manieth, with all that hangs on it.
+void removeRecords(Database& database, const Ids& ids, std::size_t step) {
+  Query record(database, "DELETE FROM record WHERE id = ?1");
+  Query removal(database, "INSERT INTO change(what, record) VALUES(3, ?1)");
+  for (std::size_t i = 0; i < ids.size(); i += step) {
+    record.bind(1, ids[i]);
+    record.finish();
+    removal.bind(1, ids[i]);
+    removal.finish();
+  }
+}
+
 std::int64_t nextId(Database& database) {
   Query query(database, "SELECT max(next_record) FROM act");
   query.step();
@@ -164,20 +176,32 @@ double listLinks(const std::string& path, std::size_t expected) {
   return seconds;
 }
 
-double removeEverySecond(const std::string& path) {
+double removePersons(const std::string& path, std::size_t step) {
   Database database(path);
   const auto ids = idsOf(database, kPerson);
-  Query record(database, "DELETE FROM record WHERE id = ?1");
-  Query removal(database, "INSERT INTO change(what, record) VALUES(3, ?1)");
   database.run("PRAGMA synchronous=FULL");
   const Stopwatch watch;
   database.run("BEGIN IMMEDIATE");
-  for (std::size_t i = 0; i < ids.size(); i += 2) {
-    record.bind(1, ids[i]);
-    record.finish();
-    removal.bind(1, ids[i]);
-    removal.finish();
-  }
+  removeRecords(database, ids, step);
+  database.run("COMMIT");
+  return watch.seconds();
+}
+
+double removeContainer(const std::string& path, const std::string& container) {
+  Database database(path);
+  database.run("PRAGMA synchronous=FULL");
+  Query ofContainer(database,
+                    "SELECT record.id FROM record JOIN container ON container.id = "
+                    "record.container WHERE container.identifier = ?1 ORDER BY record.id");
+  Query removal(database, "DELETE FROM container WHERE identifier = ?1");
+  ofContainer.bindText(1, container);
+  removal.bindText(1, container);
+  const Stopwatch watch;
+  database.run("BEGIN IMMEDIATE");
+  Ids ids;
+  while (ofContainer.step()) ids.push_back(ofContainer.number(0));
+  removeRecords(database, ids, 1);
+  removal.finish();
   database.run("COMMIT");
   return watch.seconds();
 }

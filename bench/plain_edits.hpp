@@ -19,8 +19,11 @@ double removeLinks(const std::string& path);
 // Reads parent and child of every membership, and throws unless there are that many.
 double listLinks(const std::string& path, std::size_t expected);
 
-// Removes every second record, with all that hangs on it: one synced transaction.
-double removeEverySecond(const std::string& path);
+// Removes every so manieth person, with all that hangs on it: one synced transaction.
+double removePersons(const std::string& path, std::size_t step);
+
+// Removes a container and every record in it, likewise.
+double removeContainer(const std::string& path, const std::string& container);
 
 // Writes that many empty persons, a commit each, without waiting for the disk.
 double addPersons(const std::string& path, std::size_t count);
