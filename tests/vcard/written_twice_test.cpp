@@ -118,6 +118,12 @@ TEST(CardsWrittenTwice, NestedCardsOfAnyFormAreOne) {
   expectTheSameTwice({{"3.0", begin, kNobody30 + begin, kNobody40 + begin}});
 }
 
+TEST(CardsWrittenTwice, ParametersWithoutANameAreTypes) {
+  const std::string note = "NOTE;TYPE=LANG:a\\nb\n";
+  expectTheSameTwice(
+      {{"3.0", "NOTE;LANG:a\nNOTE;=LANG;=:b\n", kNobody30 + note, kNobody40 + note}});
+}
+
 TEST(CardsWrittenTwice, WrappedTextThatIsNoLineStaysWrapped) {
   const std::string lines = "TEL:1\nX-OX-LINE:FN\n";
   expectTheSameTwice(
@@ -152,9 +158,9 @@ TEST(CardsWrittenTwice, AProfileWhoseUrlWouldBeReadAsNoneHasNoLine) {
 }
 
 TEST(CardsWrittenTwice, LabelsOfAPictureAreNotItsKind) {
-  const std::string detail = "X-OX-LINE:%3B0%230%3BTYPE%3DCELL%3B%3D\n";
+  const std::string detail = "X-OX-LINE:%3B0%230%3BTYPE%3DCELL%3BB%20C%3Dx\n";
   expectTheSameTwice(
-      {{"3.0", "PHOTO;TYPE=CELL;=:AQID\n", kNobody30 + "PHOTO;ENCODING=b:AQID\n" + detail,
+      {{"3.0", "PHOTO;TYPE=CELL;B C=x:AQID\n", kNobody30 + "PHOTO;ENCODING=b:AQID\n" + detail,
         kNobody40 + "PHOTO:data:application/octet-stream;base64,AQID\n" + detail}});
 }
 

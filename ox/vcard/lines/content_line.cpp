@@ -126,7 +126,10 @@ std::size_t parseParameter(std::string_view text, std::size_t at, ContentLine& l
     parameter.kind = kindOf(parameter.name);
   } else {
     end = endOfValue(text, at);
-    parameter.value = trimmed(text.substr(at, end - at));
+    parameter.value = text.substr(at, end - at);
+  }
+  if (parameter.name.empty()) {  // also where nothing but a name is missing
+    parameter.value = trimmed(parameter.value);
     if (parameter.value.empty()) return end;
     parameter.kind = ParameterKind::Type;
     if (readEncoding(parameter.value, line.encoding)) parameter.kind = ParameterKind::Encoding;
