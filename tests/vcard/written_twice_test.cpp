@@ -118,6 +118,14 @@ TEST(CardsWrittenTwice, NestedCardsOfAnyFormAreOne) {
   expectTheSameTwice({{"3.0", begin, kNobody30 + begin, kNobody40 + begin}});
 }
 
+TEST(CardsWrittenTwice, SortAsGivesNoReadingWhereThereIsOne) {
+  const std::string names = "N:u;;;;\nFN:u\nX-PHONETIC-LAST-NAME;TYPE=n:V\n";
+  for (const std::string reading : {"P", "V"}) {
+    expectTheSameTwice(
+        {{"4.0", "X-PHONETIC-LAST-NAME;n:V\nN;SORT-AS=" + reading + ":u\n", names, names}});
+  }
+}
+
 TEST(CardsWrittenTwice, ParametersWithoutANameAreTypes) {
   const std::string note = "NOTE;TYPE=LANG:a\\nb\n";
   expectTheSameTwice(

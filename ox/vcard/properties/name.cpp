@@ -111,6 +111,28 @@ Readings readingsOfPreserved(std::string_view parameter) {
   return readingsOf({"SORT-AS", parameter.substr(equals + 1), ParameterKind::SortAs});
 }
 
+bool hasReadings(CollectedValues& values) {
+  return !values.text(property_id::kLastPhonetic).empty() ||
+         !values.text(property_id::kFirstPhonetic).empty();
+}
+
+// An N gave the readings that a record has so far.
+bool givesReadings(const NameLines& name) {
+  return std::ranges::any_of(
+      name.details, [](const PropertyDetail& each) { return each.kind == DetailKind::SortAs; });
+}
+
+void readSortAs(const ContentLine& line, CardDraft& draft) {
+  const auto* sortAs = line.find(ParameterKind::SortAs);
+  if (sortAs == nullptr) return;
+  auto readings = readingsOf(*sortAs);
+  draft.values.text(property_id::kLastPhonetic) = std::move(readings.last);
+  draft.values.text(property_id::kFirstPhonetic) = std::move(readings.first);
+  if (draft.facts.isGroup) return;
+  draft.unmodelled.details.push_back({property_id::kLastPhonetic, 0, DetailKind::SortAs,
+                                      std::string(";SORT-AS=").append(sortAs->value)});
+}
+
 bool hasReadingType(const ContentLine& line) {
   bool found = false;
   for (const auto& parameter : line.parameters) {
@@ -171,18 +193,15 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
         canonicalComponents(std::span(components).first<kParts.size()>(), draft.facts.dialect);
     draft.preserveVerbatim(property_id::kLast, draft.name.verbatimParts);
   }
+  const bool mayGiveReadings = !hasReadings(draft.values) || givesReadings(draft.name);
   draft.name.details.clear();  // of an N before it that named nobody
   if (line.parameters.empty()) return allTaken;
   auto& details = draft.unmodelled.details;
   const auto first = static_cast<std::ptrdiff_t>(details.size());
-  if (const auto* sortAs = line.find(ParameterKind::SortAs)) {
-    auto readings = readingsOf(*sortAs);
-    draft.values.text(property_id::kLastPhonetic) = std::move(readings.last);
-    draft.values.text(property_id::kFirstPhonetic) = std::move(readings.first);
-    if (!draft.facts.isGroup) {
-      details.push_back({property_id::kLastPhonetic, 0, DetailKind::SortAs,
-                         std::string(";SORT-AS=").append(sortAs->value)});
-    }
+  if (mayGiveReadings) {
+    readSortAs(line, draft);
+  } else if (line.find(ParameterKind::SortAs) != nullptr) {
+    draft.repaired(line, "SORT-AS of N left out beside the readings of the name");
   }
   draft.preserveParameters(property_id::kLast, line, bitOf(ParameterKind::SortAs));
   draft.name.details.assign(std::make_move_iterator(details.begin() + first),
@@ -195,10 +214,7 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
 bool readSound(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
   if (line.encoding == Encoding::Base64 || !hasReadingType(line)) return false;
   auto& values = draft.values;
-  if (!values.text(property_id::kLastPhonetic).empty() ||
-      !values.text(property_id::kFirstPhonetic).empty()) {
-    return false;
-  }
+  if (hasReadings(values)) return false;
   const auto parts = components<5>(line.value);
   values.text(property_id::kLastPhonetic) = unescaped(parts[0], draft.facts.dialect);
   values.text(property_id::kFirstPhonetic) = unescaped(parts[1], draft.facts.dialect);
