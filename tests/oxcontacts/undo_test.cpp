@@ -1,6 +1,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "ox/base/sqlite/connection.hpp"
 #include "ox/images/image_codec.hpp"
 #include "tests/images/picture_files.hpp"
 #include "tests/oxcontacts/program.hpp"
@@ -222,6 +223,28 @@ TEST(UndoCommand, SaysWhatCannotBeTakenBack) {
   EXPECT_EQ(again.exitCode, 1);
   EXPECT_EQ(again.errors, "oxcontacts: command " + number + " was taken back by " + "command " +
                               std::to_string(lastNumber()) + "\n");
+}
+
+// Whoever followed such commands from one to the next would come round again.
+TEST(UndoCommand, RefusesAJournalThatGoesRoundInCircles) {
+  run({"add-person", "_local", "name=Dee"});
+  run({"undo"});
+  run({"redo"});
+  {
+    const auto store = support::StoreEnvironment::instance().contactStore().string();
+    sqlite::Connection file(store, sqlite::Connection::Mode::ReadWrite);
+    file.execute("UPDATE origin SET undoes = first_act WHERE undoes IS NOT NULL");
+  }
+  const auto checked = run({"check"});
+  EXPECT_EQ(checked.exitCode, 1);
+  EXPECT_NE(checked.output.find("takes back what came after it\n"), std::string::npos)
+      << checked.output;
+  for (const auto* command : {"undo", "redo", "log"}) {
+    const auto result = run({command});
+    EXPECT_EQ(result.exitCode, 1) << command;
+    EXPECT_NE(result.errors.find("an origin of the journal"), std::string::npos) << result.errors;
+  }
+  EXPECT_EQ(runJson({"persons"}).size(), 1U);
 }
 
 TEST(ShowCommand, ShowsAPersonAsSheWas) {

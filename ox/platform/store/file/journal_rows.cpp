@@ -141,8 +141,10 @@ const JournalOrigin& JournalRows::origin(std::int64_t row) {
 
 std::vector<std::pair<std::int64_t, std::int64_t>> JournalRows::takingBack() {
   std::vector<std::pair<std::int64_t, std::int64_t>> commands;
+  // A command that took back itself or a later one would be asked for without end.
   auto rows = file_.connection().prepare(
-      "SELECT first_act, undoes, sound FROM origin WHERE undoes IS NOT NULL ORDER BY first_act");
+      "SELECT first_act, undoes, sound AND undoes < first_act FROM origin "
+      "WHERE undoes IS NOT NULL ORDER BY first_act");
   while (rows.step()) {
     requireSound(rows, 2, "an origin of the journal");
     commands.emplace_back(rows.integer(0), rows.integer(1));

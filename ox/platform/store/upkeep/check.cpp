@@ -146,6 +146,14 @@ void checkActs(sqlite::Connection& file, Problems& problems) {
   if (count == 0) problems.emplace_back("the journal has no last row");
 }
 
+void checkOrigins(sqlite::Connection& file, Problems& problems) {
+  auto rows = file.prepare("SELECT id FROM origin WHERE undoes >= first_act ORDER BY id");
+  while (rows.step()) {
+    problems.push_back("origin " + std::to_string(rows.integer(0)) +
+                       " takes back what came after it");
+  }
+}
+
 // What a row tells of links can be read, and each of these has a number of its own.
 void checkLinkLists(sqlite::Connection& file, Problems& problems) {
   if (file.queryInteger("PRAGMA user_version") < 3) return;  // each link had a row
@@ -233,6 +241,7 @@ void checkPictures(sqlite::Connection& file, Problems& problems) {
 void checkJournal(sqlite::Connection& file, Problems& problems) {
   if (file.queryInteger("PRAGMA user_version") == 1) return;  // it had none
   checkActs(file, problems);
+  checkOrigins(file, problems);
   checkChanges(file, problems);
   checkLinkLists(file, problems);
   checkPictures(file, problems);
