@@ -280,5 +280,33 @@ TEST(ActDecidedAgain, TakesTheLockFirstAfterThreeTries) {
   EXPECT_EQ(*values->text(property_id::kLast), "Lee 3");
 }
 
+// In a damaged store an identifier may be taken by a row that nobody sees: no decision avoids it.
+TEST(ActDecidedAgain, EndsWhereWhatIsInTheWayIsNeverSeen) {
+  const auto others = openStoreSource(storePath());
+  support::StoreBuilder(*others).person("ann", {.first = "Ann"});
+  ContactStore store(storePath());
+  store.refresh(CommittedRecords::Look::Now);
+  const auto ann = store.committed().find(RecordKey::of("ann"));
+  const NewRecord again{ann->key, RecordKind::Person, "_local:ABAccount", {}, {}};
+  int decisions = 0;
+  const auto write = [&] {
+    store.write(StoreFile::Outlive::Kill, [&](ActBuilder& builder) {
+      ++decisions;
+      builder.act().added.push_back({again.key, again.kind, ann->container, &again});
+    });
+  };
+  try {
+    write();
+    FAIL() << "written";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(error.kind(), FailureKind::Corrupt);
+    EXPECT_EQ(
+        std::string(error.what()),
+        storePath() + ": what is stored is not what can be seen of it, so nothing can be decided");
+  }
+  EXPECT_EQ(decisions, 12);
+  EXPECT_EQ(store.committed().recordsIn("_local:ABAccount", RecordKind::Person).size(), 1U);
+}
+
 }  // namespace
 }  // namespace ox

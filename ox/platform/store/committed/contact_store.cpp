@@ -19,6 +19,9 @@ namespace ox {
 namespace {
 
 constexpr int kTriesWithoutLock = 3;
+// With the lock nobody else changes what is decided upon: whatever is in the way then is seen the
+// next time, if it is sound. Each thing that can be in the way may be met once.
+constexpr int kMostTries = kTriesWithoutLock + 8;
 // More than come between two times that it is due.
 constexpr std::int64_t kActsOfTrim = 256;
 
@@ -88,6 +91,9 @@ bool ContactStore::write(StoreFile::Outlive outlive, const Decision& decide) {
       if (tries > 0) waiting.startNextTry();
       const auto lock = tries < kTriesWithoutLock ? Lock::WhenDecided : Lock::First;
       if (const auto written = tryWriting(lock, name, decide, taken)) return *written;
+      if (tries >= kMostTries) {
+        throw DamagedRow("what is stored is not what can be seen of it, so nothing can be decided");
+      }
     }
   });
 }
