@@ -146,6 +146,8 @@ void ActBuilder::setContent(const Entry& entry, const KnownContent& before, Prop
   const bool isSo = before.values && differing.empty() && !image;
   if (isSo && !changedByRow_.contains(entry.row)) return;
   auto& change = changeOf(entry);
+  change.hasSameUid = before.values && differing.before.find(property_id::kCardUid) == nullptr &&
+                      differing.after.find(property_id::kCardUid) == nullptr;
   change.differences = std::move(differing);
   change.fingerprint = contentFingerprint(properties, picture);
   change.properties = std::move(properties);

@@ -49,6 +49,7 @@ struct Act {
     std::optional<Data> image;          // missing: it stays
     std::function<Data()> readImage{};  // instead of it, asked when the act is written
     std::uint64_t fingerprint = 0;
+    bool hasSameUid = false;  // known to be that of the values which it replaces
   };
   // A removed record comes back as it was, in its row.
   struct RestoredRecord {

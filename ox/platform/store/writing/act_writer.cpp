@@ -219,8 +219,7 @@ void ActWriter::changeRecord(const Act::ChangedRecord& changed) {
                              .after = after};
   const auto values = encodedValues(changed.properties);
   RecordWriter::Content content{row, &values, changed.fingerprint};
-  content.hasSameUid = !changed.differences.before.find(property_id::kCardUid) &&
-                       !changed.differences.after.find(property_id::kCardUid);
+  content.hasSameUid = changed.hasSameUid;
   const auto image = changed.readImage ? std::optional(changed.readImage()) : changed.image;
   if (image) {
     note.what = ChangeKind::ValuesAndPicture;
