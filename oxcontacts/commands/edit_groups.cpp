@@ -61,13 +61,9 @@ void renameGroup(const Context& context, const std::string& name, const std::str
   if (saveEdits()) tellGroup(context, "renamed the group to " + newName, group);
 }
 
-// How many groups are below it. Gives up where that cannot be told: they would stay behind.
-std::uint64_t countBelow(const Group& group, const std::string& name) {
-  const failures::Watch watch;
-  const auto groups = group->subGroupsCount();
-  const auto last = watch.last();
-  if (!last) return groups;
-  if (last->kind != FailureKind::Corrupt) giveUp(watch);
+// What is below a group would stay behind where nobody can tell what that is.
+[[noreturn]] void refuseWithoutItsTree(const std::string& name, const failures::Watch& watch) {
+  ABAddressBook::sharedAddressBook()->revert();
   throw storeFailure("nothing was removed, since what leads to the groups below " + name +
                          " cannot be read (--alone removes it without them)",
                      watch);
@@ -78,23 +74,50 @@ struct Removal {
   bool alone = false;
 };
 
-void removeGroup(const Context& context, const Removal& arguments) {
-  const auto group = findGroup(arguments.group);
-  discoveredBooks(context);
-  const auto shownName = group->displayName().value_or("");
-  const auto below = arguments.alone ? 0 : countBelow(group, shownName);
-  const auto json = context.json ? jsonOfGroup(group) : "";
+void removeTree(const Group& group, const std::string& name) {
   const failures::Watch watch;
-  const auto book = arguments.alone ? nullptr : group->groupAddressBook();
+  const auto book = group->groupAddressBook();
   if (book) {
     book->removeGroup(group);
   } else {
     ABAddressBook::sharedAddressBook()->removeRecord(group);
   }
+  const auto last = watch.last();
+  if (last && last->kind == FailureKind::Corrupt) refuseWithoutItsTree(name, watch);
+  giveUpHalfEdits(watch);
+}
+
+std::uint64_t countBelow(const Group& group, const std::string& name) {
+  const failures::Watch watch;
+  const auto groups = group->subGroupsCount();
+  const auto last = watch.last();
+  if (last && last->kind == FailureKind::Corrupt) refuseWithoutItsTree(name, watch);
+  if (last) giveUp(watch);
+  return groups;
+}
+
+void removeAlone(const Context& context, const Group& group, const std::string& name) {
+  const auto json = context.json ? jsonOfGroupAlone(group) : "";
+  const failures::Watch watch;
+  ABAddressBook::sharedAddressBook()->removeRecord(group);
   giveUpHalfEdits(watch);
   saveEdits();
   std::cout << json;
-  context.tell("removed the group " + shownName + (below > 0 ? " and what was below it" : "") +
+  context.tell("removed the group " + name +
+               "; no person was removed, and what was below it stays");
+}
+
+void removeGroup(const Context& context, const Removal& arguments) {
+  const auto group = findGroup(arguments.group);
+  discoveredBooks(context);
+  const auto name = group->displayName().value_or("");
+  if (arguments.alone) return removeAlone(context, group, name);
+  const auto below = countBelow(group, name);
+  const auto json = context.json ? jsonOfGroup(group) : "";
+  removeTree(group, name);
+  saveEdits();
+  std::cout << json;
+  context.tell("removed the group " + name + (below > 0 ? " and what was below it" : "") +
                "; no person was removed");
 }
 

@@ -97,6 +97,12 @@ void walk(const Forest& forest, Enter enter, Leave leave) {
   }
 }
 
+Json namesOf(const _ABGroup& group) {
+  return {{"ID", jsonOf(group.ID())},
+          {"displayName", jsonOf(group.displayName())},
+          {"addressBookID", jsonOf(group.addressBookID())}};
+}
+
 // Every group with what stands between its braces; the closing braces where its tree ends.
 void writeJsonTrees(const Forest& forest, std::ostream& output) {
   walk(
@@ -104,11 +110,9 @@ void writeJsonTrees(const Forest& forest, std::ostream& output) {
       [&](std::size_t place, std::size_t, bool isFirst) {
         const auto& group = forest.group(place);
         const auto below = forest.personsBelowToo(place);
-        const Json fields = {{"ID", jsonOf(group.ID())},
-                             {"displayName", jsonOf(group.displayName())},
-                             {"addressBookID", jsonOf(group.addressBookID())},
-                             {"persons", forest.persons(place)},
-                             {"includePersons", below ? Json(*below) : Json()}};
+        auto fields = namesOf(group);
+        fields["persons"] = forest.persons(place);
+        fields["includePersons"] = below ? Json(*below) : Json();
         auto text = oneLine(fields);
         text.pop_back();
         output << (isFirst ? "" : ",\n") << text << ",\"subGroups\":[";
@@ -131,6 +135,10 @@ std::string jsonOfGroup(const Group& group) {
   writeJsonTrees(Forest({group}), text);
   text << '\n';
   return text.str();
+}
+
+std::string jsonOfGroupAlone(const Group& group) {
+  return oneLine(namesOf(*group)) + '\n';
 }
 
 void printTree(const Groups& roots) {

@@ -44,7 +44,8 @@ TEST(GroupCommands, RemoveAGroupAloneWhenAskedTo) {
   makeFriends();
   run({"add-group", "_local", "Family", "--under", "Close"});
   EXPECT_EQ(run({"remove-group", "Friends", "--alone"}).errors,
-            "oxcontacts: removed the group Friends; no person was removed\n");
+            "oxcontacts: removed the group Friends; no person was removed, and what was below it "
+            "stays\n");
   EXPECT_EQ(treeOf(runJson({"groups"})), "Close 0/0 (Family 0/0)");
 }
 
@@ -64,8 +65,9 @@ TEST(GroupCommands, RemoveNoGroupFromWhichNobodyCanTellWhatIsBelowIt) {
             std::string::npos)
       << refused.errors;
   EXPECT_NE(run({"check"}).output, "sound\n");
-  const auto result = run({"remove-group", "Friends", "--alone"});
+  const auto result = run({"remove-group", "Friends", "--alone", "--json"});
   EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(Json::parse(result.output)["displayName"], "Friends");
   EXPECT_EQ(treeOf(runJson({"groups"})), "Close 0/0 (Family 0/0)");
   EXPECT_EQ(run({"check"}).output, "sound\n");
 }
