@@ -1,6 +1,7 @@
 // What do edits of a book cost, and does the size of the book matter? Persons are made one by one,
 // half or all of them are removed, or their account, and one is changed and saved at a time. Beside
-// it: SQLite alone writing the same rows in the same transactions.
+// it: SQLite alone writing the same rows in the same transactions; of a removal it notes only whom
+// it removed, and keeps nothing to take it back by.
 #include <functional>
 #include <stdexcept>
 #include <string_view>
@@ -49,11 +50,11 @@ double removePersons(std::size_t step) {
 }
 
 double removeWholeAccount() {
-  const auto before = recordsOfAccount(kAccount, RecordKind::Person).size();
+  accounts();  // opens the store
   const Stopwatch watch;
-  const bool removed = removeAccount(kAccount, WithRecords::Yes);
+  removeAccount(kAccount, WithRecords::Yes);
   const auto seconds = watch.seconds();
-  tellParent("left", removed ? static_cast<double>(before) : 0.0);
+  tellParent("left", static_cast<double>(ABAddressBook::sharedAddressBook()->people().size()));
   return seconds;
 }
 
@@ -121,7 +122,7 @@ void addFigures() {
                onCopy("plain SQLite", "plain remove all", local, 0)},
               {size});
     addFigure("remove one account of four",
-              {onCopy("removeAccount", "remove account", ofAccounts, size / 4),
+              {onCopy("removeAccount", "remove account", ofAccounts, size / 4 * 3),
                onCopy("plain SQLite", "plain remove account", ofAccounts, 0)},
               {size});
     addFigure("edit, save; of " + std::to_string(size),
