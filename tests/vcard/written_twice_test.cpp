@@ -1,4 +1,3 @@
-#include <array>
 #include <gtest/gtest.h>
 
 #include "card_text.hpp"
@@ -130,6 +129,35 @@ TEST(CardsWrittenTwice, ParametersWithoutANameAreTypes) {
   const std::string note = "NOTE;TYPE=LANG:a\\nb\n";
   expectTheSameTwice(
       {{"3.0", "NOTE;LANG:a\nNOTE;=LANG;=:b\n", kNobody30 + note, kNobody40 + note}});
+}
+
+TEST(CardsWrittenTwice, SortAsThatAgreesWithTheReadingsStays) {
+  const auto card = cardOf("4.0", "X-PHONETIC-LAST-NAME:Li\nN;SORT-AS=Li:Lee\n");
+  EXPECT_EQ(written(card, CardVersion::V40),
+            "N;SORT-AS=Li:Lee;;;;\nFN:Lee\nX-PHONETIC-LAST-NAME:Li\n");
+  EXPECT_TRUE(card.repairs.empty());
+  EXPECT_EQ(cardOf("4.0", "X-PHONETIC-LAST-NAME:Mu\nN;SORT-AS=Li:Lee\n").repairs.size(), 1U);
+}
+
+// Blank parts of an address have a line, and a message always has one.
+TEST(CardsWrittenTwice, RanksAreSaidBesideAnEntryOfBlanks) {
+  const std::string addresses = "ADR;PREF=1:;; ;;;;\nADR;PREF=2:;;Main St;;;;\n";
+  EXPECT_EQ(written(cardOf("4.0", addresses), CardVersion::V40), kNobody40 + addresses);
+  const auto messages =
+      written(cardOf("4.0", "IMPP;PREF=1:x-apple:\nIMPP;PREF=2:xmpp:a@b\n"), CardVersion::V40);
+  EXPECT_NE(messages.find("IMPP;PREF=2;"), std::string::npos) << messages;
+}
+
+TEST(CardsWrittenTwice, AFormattedNameIsTheNameWithoutItsControlCharacters) {
+  const std::string lines = "N:an;;;;\nFN:an\nX-OX-PROPERTY:AQMBA2EIbgAUKSCFFSsN\n";
+  expectTheSameTwice({{"3.0", "N:a\bn\nFN;E:an\n", lines, lines}});
+}
+
+TEST(CardsWrittenTwice, TextOfAnAgentIsNoCard) {
+  const std::string agent = "AGENT:Mr. Smith\\nTel. 12\n";
+  expectTheSameTwice(
+      {{"2.1", "AGENT;ENCODING=QUOTED-PRINTABLE:Mr. Smith=0D=0ATel. 12\n", kNobody30 + agent,
+        kNobody40 + "X-OX-LINE:AGENT%3AMr.%20Smith%5CnTel.%2012\n"}});
 }
 
 TEST(CardsWrittenTwice, WrappedTextThatIsNoLineStaysWrapped) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <iterator>
 #include <span>
 #include <utility>
 
@@ -122,6 +124,19 @@ bool givesReadings(const NameLines& name) {
       name.details, [](const PropertyDetail& each) { return each.kind == DetailKind::SortAs; });
 }
 
+// The readings that lines before this one gave are those of its SORT-AS, and nothing else was told
+// of them.
+bool givesHeldReadings(const ContentLine& line, CardDraft& draft) {
+  const auto* sortAs = line.find(ParameterKind::SortAs);
+  const Readings held{draft.values.text(property_id::kLastPhonetic),
+                      draft.values.text(property_id::kFirstPhonetic)};
+  if (sortAs == nullptr || readingsOf(*sortAs) != held) return false;
+  return std::ranges::none_of(draft.unmodelled.details, [](const PropertyDetail& each) {
+    return each.property == property_id::kLastPhonetic ||
+           each.property == property_id::kFirstPhonetic;
+  });
+}
+
 void readSortAs(const ContentLine& line, CardDraft& draft) {
   const auto* sortAs = line.find(ParameterKind::SortAs);
   if (sortAs == nullptr) return;
@@ -193,7 +208,8 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
         canonicalComponents(std::span(components).first<kParts.size()>(), draft.facts.dialect);
     draft.preserveVerbatim(property_id::kLast, draft.name.verbatimParts);
   }
-  const bool mayGiveReadings = !hasReadings(draft.values) || givesReadings(draft.name);
+  const bool mayGiveReadings =
+      !hasReadings(draft.values) || givesReadings(draft.name) || givesHeldReadings(line, draft);
   draft.name.details.clear();  // of an N before it that named nobody
   if (line.parameters.empty()) return allTaken;
   auto& details = draft.unmodelled.details;
@@ -234,7 +250,9 @@ void settleName(CardDraft& draft) {
   const auto parts = partsHeldBy(values);
   std::string composed;
   composeFullName(parts, composed);
+  // N is written without control characters.
   const bool isCovered = name.formatted.empty() || name.formatted == composed ||
+                         name.formatted == CardText(composed).view() ||
                          (composed.empty() && (name.isDerived || name.formatted == company));
   if (isCovered && !name.isRepeated) return;
   // A writer takes the first one for the one that counts.

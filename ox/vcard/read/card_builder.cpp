@@ -6,6 +6,7 @@
 
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/decode.hpp"
+#include "ox/vcard/lines/markers.hpp"
 #include "ox/vcard/properties/name.hpp"
 #include "ox/vcard/properties/property_index.hpp"
 #include "ox/vcard/properties/stored_values.hpp"
@@ -25,8 +26,10 @@ bool isNestedText(const ContentLine& line) {
 
 // A card whose lines stood there.
 bool isNestedCard(const ContentLine& line) {
-  return isWord(line.name, "AGENT") && line.encoding != Encoding::Base64 &&
-         line.value.find('\n') != std::string_view::npos;
+  if (!isWord(line.name, "AGENT") || line.encoding == Encoding::Base64) return false;
+  const auto start = line.value.find_first_not_of(" \t\n");
+  const auto end = line.value.find('\n', std::min(start, line.value.size()));
+  return end != std::string_view::npos && isBegin(line.value.substr(start, end - start));
 }
 
 // The line breaks that may stand before a nested card, with the blanks around them.

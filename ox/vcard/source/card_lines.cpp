@@ -132,8 +132,9 @@ bool CardLines::readLine(std::size_t index) {
 // of UTF-8 goes.
 void CardLines::repairHead() {
   const auto raw = line_.head;
+  const auto parameters = line_.parameters.size();
   head_ = toUtf8(raw, {}) + ':';
-  if (parseHead(head_, line_) + 1 == head_.size()) return;
+  if (parseHead(head_, line_) + 1 == head_.size() && line_.parameters.size() == parameters) return;
   head_ = validUtf8(std::string(raw)) + ':';
   parseHead(head_, line_);
 }

@@ -1,7 +1,5 @@
 #include "ox/vcard/values/card_draft.hpp"
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "ox/vcard/lines/decode.hpp"

@@ -24,18 +24,15 @@ bool wouldGiveLabel(const MultiEntry& entry, PropertyId property, std::string_vi
   return !typeLabel(property, preserved.words().known).label.empty();
 }
 
-bool isSaid(std::string_view text) {
-  return !trimmed(CardText(text).view()).empty();
-}
-
-// False for an entry of which no line can say anything.
-bool isSaid(const MultiEntry& entry) {
-  if (const auto* text = entry.value.text()) return isSaid(*text);
+// False for an entry of which no line can say anything: what is a text is not said where it is
+// blank, a part of something where it is empty, and a message always is.
+bool isSaid(const MultiEntry& entry, PropertyId property) {
+  if (const auto* text = entry.value.text()) return !trimmed(CardText(*text).view()).empty();
   const auto* dictionary = entry.value.dictionary();
-  if (dictionary == nullptr) return true;
+  if (dictionary == nullptr || property == property_id::kInstantMessage) return true;
   return std::ranges::any_of(dictionary->entries(), [](const auto& each) {
     const auto* text = each.second.text();
-    return text == nullptr || isSaid(*text);
+    return text == nullptr || !CardText(*text).view().empty();
   });
 }
 
@@ -46,7 +43,7 @@ bool doRanksHold(const MultiValue& values, PropertyId property, const Unmodelled
   for (const auto& held : values.entries) {
     auto rank = unmodelled.rankOf(property, held.identifier);
     if (rank == 0 && held.identifier == values.primary) rank = 1;
-    if (rank == 0 || (best != 0 && rank >= best) || !isSaid(held)) continue;
+    if (rank == 0 || (best != 0 && rank >= best) || !isSaid(held, property)) continue;
     best = rank;
     first = held.identifier;
   }

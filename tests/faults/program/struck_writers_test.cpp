@@ -2,6 +2,7 @@
 // fails in words or is done; what it was asked to do is there as a whole or not at all; and what
 // the next one does on a sound disk is whole.
 #include <gtest/gtest.h>
+#include <stdexcept>
 #include <string>
 
 #include "tests/faults/program/disorders.hpp"
