@@ -18,7 +18,8 @@ using Groups = std::vector<Group>;
 void printJsonTree(const Groups& roots);
 // The same of one group, without the brackets.
 std::string jsonOfGroup(const Group& group);
-// {"ID","displayName","addressBookID"}: what can be told of a group without asking for what is in it.
+// {"ID","displayName","addressBookID"}: what can be told of a group without asking for what is in
+// it.
 std::string jsonOfGroupAlone(const Group& group);
 // A line a group, for readers.
 void printTree(const Groups& roots);

@@ -244,6 +244,21 @@ TEST_F(ActOfASlowWriter, ReplacesDamagedValuesByNone) {
   EXPECT_EQ(storeProblems(storePath()), std::vector<std::string>{});
 }
 
+// The UID of a card stands beside the values, and is theirs after that too.
+TEST_F(ActOfASlowWriter, ReplacesDamagedValuesWithTheUidThatTheyHad) {
+  const auto ann = RecordKey::of("ann");
+  SaveRequest request;
+  request.replacements.push_back({ann, {}, nullptr});
+  request.replacements.back().properties.set(property_id::kCardUid, Object("her card"));
+  ASSERT_TRUE(others_->execute(request)) << request.reason;
+  sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE content SET properties = x'0102030405060708' WHERE record = 1");
+  SaveRequest none;
+  none.replacements.push_back({ann, {}, nullptr});
+  EXPECT_TRUE(others_->execute(none)) << none.reason;
+  EXPECT_EQ(storeProblems(storePath()), std::vector<std::string>{});
+}
+
 TEST(Save, OfWhatOthersHaveSavedMeanwhileIsDoneAndWritesNothing) {
   const auto mine = openStoreSource(storePath());
   const auto others = openStoreSource(storePath());
