@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -72,7 +71,8 @@ template <typename Use>
 void forEachWord(std::string_view value, Use&& use) {
   std::size_t from = 0;
   while (from <= value.size()) {
-    const auto end = std::min(value.find_first_of(",\"", from), value.size());
+    auto end = from;
+    while (end < value.size() && value[end] != ',' && value[end] != '"') ++end;
     auto word = value.substr(from, end - from);
     while (!word.empty() && word.front() == ' ') word.remove_prefix(1);
     while (!word.empty() && word.back() == ' ') word.remove_suffix(1);
