@@ -247,6 +247,21 @@ TEST(UndoCommand, RefusesAJournalThatGoesRoundInCircles) {
   EXPECT_EQ(runJson({"persons"}).size(), 1U);
 }
 
+TEST(UndoCommand, RefusesAnActThatBeginsBehindItsEnd) {
+  run({"add-person", "_local", "name=Dee"});
+  run({"add-person", "_local", "name=Eve"});
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  sqlite::Connection(store, sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE act SET next_record = 0 WHERE number = (SELECT max(number) FROM act)");
+  for (const auto* command : {"undo", "log"}) {
+    const auto result = run({command});
+    EXPECT_EQ(result.exitCode, 1) << command;
+    EXPECT_NE(result.errors.find(" in the journal is damaged"), std::string::npos)
+        << command << result.errors;
+  }
+  EXPECT_NE(run({"check"}).output.find("its place in the journal is damaged"), std::string::npos);
+}
+
 TEST(ShowCommand, ShowsAPersonAsSheWas) {
   fillStore();
   run({"set", "Ann Lee", "note=coffee"});

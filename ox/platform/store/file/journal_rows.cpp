@@ -26,9 +26,15 @@ ActRow actOfRow(const sqlite::Statement& row) {
   return act;
 }
 
+// Throws DamagedRow when it begins behind its end.
 JournalAct journalActOf(const sqlite::Statement& row) {
-  return {actOfRow(row), row.integer(2), row.integer(3), row.integer(kColumnsOfAct),
-          row.integer(kColumnsOfAct + 1)};
+  const JournalAct act{actOfRow(row), row.integer(2), row.integer(3), row.integer(kColumnsOfAct),
+                       row.integer(kColumnsOfAct + 1)};
+  if (act.firstRecord > act.row.nextRecord || act.firstChange > act.row.nextChange) {
+    throw DamagedRow("the place of act " + std::to_string(act.row.moment.number) +
+                     " in the journal is damaged");
+  }
+  return act;
 }
 
 std::optional<ActRow> actOf(sqlite::Statement& row) {
