@@ -262,6 +262,21 @@ TEST(UndoCommand, RefusesAnActThatBeginsBehindItsEnd) {
   EXPECT_NE(run({"check"}).output.find("its place in the journal is damaged"), std::string::npos);
 }
 
+// What a removed record was called can be read, or the check tells.
+TEST(TrashCommand, IsRefusedWhereACheckNamesADamagedIdentifier) {
+  run({"add-person", "_local", "name=Dee"});
+  run({"remove-person", "Dee"});
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  sqlite::Connection(store, sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE change SET after = x'0102' WHERE what = 3");
+  EXPECT_EQ(run({"trash"}).exitCode, 1);
+  const auto checked = run({"check"});
+  EXPECT_EQ(checked.exitCode, 1);
+  EXPECT_NE(checked.output.find("of the journal: a stored identifier is damaged\n"),
+            std::string::npos)
+      << checked.output;
+}
+
 TEST(ShowCommand, ShowsAPersonAsSheWas) {
   fillStore();
   run({"set", "Ann Lee", "note=coffee"});

@@ -181,25 +181,24 @@ void checkChanges(sqlite::Connection& file, Problems& problems) {
   auto rows = file.prepare("SELECT id, what, before, after FROM change ORDER BY id");
   while (rows.step()) {
     const auto what = rows.integer(1);
-    const auto check = [&](int column) {
+    const auto tryReading = [&](const auto& read) {
       try {
-        decodeProperties(rows.blob(column));
-      } catch (const DamagedProperties& error) {
+        read();
+      } catch (const DamagedBytes& error) {
         problems.push_back("change " + std::to_string(rows.integer(0)) +
                            " of the journal: " + error.what());
       }
     };
+    const auto check = [&](int column) {
+      tryReading([&] { decodeProperties(rows.blob(column)); });
+    };
     if (what == static_cast<std::int64_t>(ChangeKind::Tags)) {
-      try {
-        decodeTagChange(rows.blob(2), rows.blob(3));
-      } catch (const DamagedTagChange& error) {
-        problems.push_back("change " + std::to_string(rows.integer(0)) +
-                           " of the journal: " + error.what());
-      }
+      tryReading([&] { decodeTagChange(rows.blob(2), rows.blob(3)); });
     }
     const bool isRemoval = what == static_cast<std::int64_t>(ChangeKind::Removed);
     const bool ofValues = what == static_cast<std::int64_t>(ChangeKind::Values) ||
                           what == static_cast<std::int64_t>(ChangeKind::ValuesAndPicture);
+    if (isRemoval) tryReading([&] { keyOfColumn(rows, 3); });
     if (ofValues || (isRemoval && !rows.isNull(2))) check(2);
     if (ofValues) check(3);
   }
