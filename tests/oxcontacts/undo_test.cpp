@@ -262,6 +262,17 @@ TEST(UndoCommand, RefusesAnActThatBeginsBehindItsEnd) {
   EXPECT_NE(run({"check"}).output.find("its place in the journal is damaged"), std::string::npos);
 }
 
+// A number whose last byte is that of a kind is no kind.
+TEST(TrashCommand, IsRefusedWhereAChangeIsOfNoKnownKind) {
+  run({"add-person", "_local", "name=Dee"});
+  run({"remove-person", "Dee"});
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  sqlite::Connection(store, sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE change SET what = 259 WHERE what = 3");
+  EXPECT_EQ(run({"trash"}).exitCode, 1);
+  EXPECT_NE(run({"check"}).output.find(" of the journal is of no known kind\n"), std::string::npos);
+}
+
 // What a removed record was called can be read, or the check tells.
 TEST(TrashCommand, IsRefusedWhereACheckNamesADamagedIdentifier) {
   run({"add-person", "_local", "name=Dee"});

@@ -51,7 +51,12 @@ class JournalRow {
   std::string_view after() const { return row_.blob(7); }
   // The identifier of a removed record.
   RecordKey key() const { return keyOfColumn(row_, 7); }
-  bool isSound() const { return row_.integer(9) != 0; }
+  bool isSound() const { return row_.integer(9) != 0 && isKnown(row_.integer(1)); }
+  // Whether that number is a ChangeKind: a larger one must not pass for what its last byte is.
+  static bool isKnown(std::int64_t what) {
+    return what >= static_cast<std::int64_t>(ChangeKind::Values) &&
+           what <= static_cast<std::int64_t>(ChangeKind::Tags);
+  }
   void requireSound() const;  // throws DamagedRow
   // Whether it is Linked or Unlinked, and what it tells then; throws DamagedLinks.
   bool isOfLinks() const;

@@ -189,6 +189,10 @@ void checkChanges(sqlite::Connection& file, Problems& problems) {
                            " of the journal: " + error.what());
       }
     };
+    if (!JournalRow::isKnown(what)) {
+      problems.push_back("change " + std::to_string(rows.integer(0)) +
+                         " of the journal is of no known kind");
+    }
     const auto check = [&](int column) {
       tryReading([&] { decodeProperties(rows.blob(column)); });
     };
