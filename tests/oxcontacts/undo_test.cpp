@@ -273,6 +273,20 @@ TEST(TrashCommand, IsRefusedWhereAChangeIsOfNoKnownKind) {
   EXPECT_NE(run({"check"}).output.find(" of the journal is of no known kind\n"), std::string::npos);
 }
 
+TEST(UndoCommand, BringsNobodyBackIntoARowThatWasNeverThere) {
+  run({"add-person", "_local", "name=Dee"});
+  run({"remove-person", "Dee"});
+  const auto store = support::StoreEnvironment::instance().contactStore().string();
+  sqlite::Connection(store, sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE change SET record = 77 WHERE what = 3");
+  const auto before = run({"check"}).output;
+  EXPECT_NE(before.find(" of the journal: its record was never there\n"), std::string::npos);
+  const auto result = run({"undo"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_NE(result.errors.find("row 77 was never there"), std::string::npos) << result.errors;
+  EXPECT_EQ(run({"check"}).output, before);
+}
+
 // What a removed record was called can be read, or the check tells.
 TEST(TrashCommand, IsRefusedWhereACheckNamesADamagedIdentifier) {
   run({"add-person", "_local", "name=Dee"});

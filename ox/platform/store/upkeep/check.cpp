@@ -178,9 +178,16 @@ void checkLinkLists(sqlite::Connection& file, Problems& problems) {
 }
 
 void checkChanges(sqlite::Connection& file, Problems& problems) {
-  auto rows = file.prepare("SELECT id, what, before, after FROM change ORDER BY id");
+  const auto nextRecord = file.queryInteger("SELECT max(next_record) FROM act");
+  auto rows = file.prepare("SELECT id, what, before, after, record FROM change ORDER BY id");
   while (rows.step()) {
     const auto what = rows.integer(1);
+    const bool isOfContainer = what == static_cast<std::int64_t>(ChangeKind::ContainerAdded) ||
+                               what == static_cast<std::int64_t>(ChangeKind::ContainerRemoved);
+    if (!isOfContainer && rows.integer(4) >= nextRecord) {
+      problems.push_back("change " + std::to_string(rows.integer(0)) +
+                         " of the journal: its record was never there");
+    }
     const auto tryReading = [&](const auto& read) {
       try {
         read();

@@ -165,6 +165,9 @@ std::optional<RecordWriter::Picture> ActWriter::insertPicture(const Data& pictur
 void ActWriter::restoreRecords() {
   for (const auto& restored : act_.restored) {
     const auto& record = restored.record;
+    if (record.row >= last_.nextRecord) {
+      throw DamagedRow("row " + std::to_string(record.row) + " was never there");
+    }
     if (!insertRecord(record)) continue;
     const auto picture = insertPicture(restored.readImage ? restored.readImage() : nullptr);
     const auto values = encodedValues(restored.properties);
