@@ -63,10 +63,8 @@ void renameGroup(const Context& context, const std::string& name, const std::str
 
 // What is below a group would stay behind where nobody can tell what that is.
 [[noreturn]] void refuseWithoutItsTree(const std::string& name, const failures::Watch& watch) {
-  ABAddressBook::sharedAddressBook()->revert();
-  throw storeFailure("nothing was removed, since what leads to the groups below " + name +
-                         " cannot be read (--alone removes it without them)",
-                     watch);
+  giveUp(watch, "nothing was removed, since what leads to the groups below " + name +
+                    " cannot be read (--alone removes it without them)");
 }
 
 struct Removal {

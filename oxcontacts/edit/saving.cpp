@@ -10,8 +10,8 @@ CommandError storeFailure(const std::string& what, const failures::Watch& watch)
   return {busy ? kBusy : kFailed, what + ": " + watch.lastReason()};
 }
 
-void giveUp(const failures::Watch& watch) {
-  const auto failure = storeFailure("nothing was saved", watch);
+void giveUp(const failures::Watch& watch, const std::string& what) {
+  const auto failure = storeFailure(what, watch);
   ABAddressBook::sharedAddressBook()->revert();
   throw failure;
 }

@@ -21,7 +21,8 @@ bool saveEdits();
 [[noreturn]] void refuseTagsLeft(const failures::Watch& watch);
 
 // Ends the command with storeFailure: forgets every unsaved change.
-[[noreturn]] void giveUp(const failures::Watch& watch);
+[[noreturn]] void giveUp(const failures::Watch& watch,
+                         const std::string& what = "nothing was saved");
 // Gives up when a step of an edit of many failed, whose others would be saved without it.
 void giveUpHalfEdits(const failures::Watch& watch);
 

@@ -86,12 +86,12 @@ bool writeSocialProfile(EntryWriter& entry) {
   const DictionaryTexts<kKeys.size()> texts(*dictionary, kKeys);
   const auto service = texts[kService];
   const auto user = texts[kUser];
-  // As it would stand in the line.
-  const bool isUrl = !startsWithWord(CardText(texts[kUrl]).view(), kNoUrl);
-  const CardText url(isUrl ? texts[kUrl] : std::string_view());
+  const CardText urlText(texts[kUrl]);  // as it would stand in the line
+  const bool isUrl = !startsWithWord(urlText.view(), kNoUrl);
+  const auto url = isUrl ? urlText.view() : std::string_view();
   const CardText identifier(texts[kUserIdentifier]);
   const bool isNamed = isTypeWord(service);
-  if (!isNamed && user.empty() && identifier.view().empty() && url.view().empty()) return false;
+  if (!isNamed && user.empty() && identifier.view().empty() && url.empty()) return false;
   entry.start("X-SOCIALPROFILE");
   const auto preserved = preservedService(entry.parameters(), service);
   if (isNamed && !preserved.isThere) {
@@ -102,10 +102,10 @@ bool writeSocialProfile(EntryWriter& entry) {
   if (!userText.view().empty()) entry.line().parameter("X-USER", userText.view());
   if (!identifier.view().empty()) entry.line().parameter("X-USERID", identifier.view());
   entry.line().raw(":");
-  if (url.view().empty()) {
+  if (url.empty()) {
     entry.line().raw("x-apple:").percent(user);
   } else {
-    entry.line().uri(url.view());
+    entry.line().uri(url);
   }
   entry.end();
   return texts.isExact() && texts.arePlain() && isUrl && (isNamed || service.empty()) &&

@@ -182,24 +182,20 @@ void checkChanges(sqlite::Connection& file, Problems& problems) {
   auto rows = file.prepare("SELECT id, what, before, after, record FROM change ORDER BY id");
   while (rows.step()) {
     const auto what = rows.integer(1);
+    const auto tell = [&](const std::string& problem) {
+      problems.push_back("change " + std::to_string(rows.integer(0)) + " of the journal" + problem);
+    };
     const bool isOfContainer = what == static_cast<std::int64_t>(ChangeKind::ContainerAdded) ||
                                what == static_cast<std::int64_t>(ChangeKind::ContainerRemoved);
-    if (!isOfContainer && rows.integer(4) >= nextRecord) {
-      problems.push_back("change " + std::to_string(rows.integer(0)) +
-                         " of the journal: its record was never there");
-    }
+    if (!isOfContainer && rows.integer(4) >= nextRecord) tell(": its record was never there");
+    if (!JournalRow::isKnown(what)) tell(" is of no known kind");
     const auto tryReading = [&](const auto& read) {
       try {
         read();
       } catch (const DamagedBytes& error) {
-        problems.push_back("change " + std::to_string(rows.integer(0)) +
-                           " of the journal: " + error.what());
+        tell(std::string(": ") + error.what());
       }
     };
-    if (!JournalRow::isKnown(what)) {
-      problems.push_back("change " + std::to_string(rows.integer(0)) +
-                         " of the journal is of no known kind");
-    }
     const auto check = [&](int column) {
       tryReading([&] { decodeProperties(rows.blob(column)); });
     };
