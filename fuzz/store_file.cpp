@@ -254,7 +254,14 @@ void tryStore(const std::string& path, ContactSource* open, What what) {
   auto& source = open == nullptr ? *made : *open;
   const bool areRecordsRead = what == What::Journal || tryReading([&] { readRecords(source); });
   const bool isJournalRead = what == What::Records || tryReading([&] { readJournal(source); });
-  requireReadable(!sound || (areRecordsRead && isJournalRead));
+  if (!sound || (areRecordsRead && isJournalRead)) return;
+  // A source believes that its past stays as it is. Where the run before took away the last act,
+  // this one has put it back, and what was remembered between them was never told to be wrong.
+  requireReadable(open != nullptr && tryReading([&] {
+                    const auto anew = openStoreSource(path);
+                    readRecords(*anew);
+                    readJournal(*anew);
+                  }));
 }
 
 // What is taken back, or brought back from a copy, leaves a sound store sound.
