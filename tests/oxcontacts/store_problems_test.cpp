@@ -30,6 +30,33 @@ std::string foreignDatabase() {
   return path;
 }
 
+// Numbers below 0 mean accounts that an act is only about to make.
+TEST(StoreProblems, TellOfRecordsInAnAccountThatCannotBe) {
+  const std::string store = support::StoreEnvironment::instance().contactStore();
+  for (const auto* number : {"-1", "4294967297"}) {
+    run({"accounts", "add", "Work", "--identifier", "w:ABAccount"});
+    run({"add-group", "w", "Chess"});
+    run({"add-person", "w", "name=Dee"});
+    sqlite::Connection(store, sqlite::Connection::Mode::ReadWrite)
+        .execute(std::string("PRAGMA defer_foreign_keys=1; BEGIN; UPDATE container SET id = ")
+                     .append(number)
+                     .append(" WHERE identifier = 'w:ABAccount'; UPDATE record SET container = ")
+                     .append(number)
+                     .append("; COMMIT")
+                     .c_str());
+    const auto checked = run({"check"});
+    EXPECT_EQ(checked.exitCode, 1);
+    EXPECT_NE(checked.output.find("row " + std::string(number) +
+                                  " of container has a number that no account can have\n"),
+              std::string::npos)
+        << checked.output;
+    const auto added = run({"group-add", "Chess", "Dee"});
+    EXPECT_EQ(added.exitCode, 1) << number;
+    EXPECT_NE(added.errors.find(" is in no account"), std::string::npos) << added.errors;
+    std::filesystem::remove(store);
+  }
+}
+
 TEST(StoreProblems, AreNamedWithFileAndReasonByEveryCommand) {
   std::filesystem::create_directory(temporaryPath("folder"));
   struct Row {

@@ -27,9 +27,9 @@ void fillStore() {
 }
 
 // As nobody should: rows with sums that fit, and with what no program of ours has written.
-void changeRows(const char* sql) {
+void changeRows(const std::string& sql) {
   const auto store = support::StoreEnvironment::instance().contactStore().string();
-  sqlite::Connection(store, sqlite::Connection::Mode::ReadWrite).execute(sql);
+  sqlite::Connection(store, sqlite::Connection::Mode::ReadWrite).execute(sql.c_str());
 }
 
 std::int64_t lastNumber() {
@@ -269,6 +269,27 @@ TEST(TrashCommand, IsRefusedWhereAChangeIsOfNoKnownKind) {
   changeRows("UPDATE change SET what = 259 WHERE what = 3");
   EXPECT_EQ(run({"trash"}).exitCode, 1);
   EXPECT_NE(run({"check"}).output.find(" of the journal is of no known kind\n"), std::string::npos);
+}
+
+// A negative one means an account that the act is only about to make.
+TEST(UndoCommand, IsRefusedWhereAChangeIsInNoAccount) {
+  run({"add-group", "_local", "Chess"});
+  run({"remove-group", "Chess"});
+  for (const auto* number : {"-1", "4294967297"}) {
+    changeRows(std::string("UPDATE change SET container = ") + number);
+    EXPECT_EQ(run({"undo"}).exitCode, 1);
+    EXPECT_NE(run({"check"}).output.find(" of the journal: it is in no account\n"),
+              std::string::npos);
+  }
+}
+
+TEST(UndoCommand, IsRefusedWhereAnAccountHasANumberThatNoneCanHave) {
+  run({"accounts", "add", "Work", "--identifier", "w:ABAccount"});
+  run({"accounts", "remove", "Work"});
+  changeRows("UPDATE change SET record = -1 WHERE what = 8");
+  EXPECT_EQ(run({"undo"}).exitCode, 1);
+  EXPECT_NE(run({"check"}).output.find(" of the journal: it is in no account\n"),
+            std::string::npos);
 }
 
 TEST(UndoCommand, BringsNobodyBackIntoARowThatWasNeverThere) {

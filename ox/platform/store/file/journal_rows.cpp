@@ -66,6 +66,14 @@ void JournalRow::requireSound() const {
   }
 }
 
+bool JournalRow::hasContainer() const {
+  const bool isOfContainer =
+      what() == ChangeKind::ContainerAdded || what() == ChangeKind::ContainerRemoved;
+  if (isOfContainer && !isContainerRow(record())) return false;
+  const auto container = row_.integer(3);
+  return container == 0 || isContainerRow(container);
+}
+
 bool JournalRow::isOfLinks() const {
   return what() == ChangeKind::Linked || what() == ChangeKind::Unlinked;
 }

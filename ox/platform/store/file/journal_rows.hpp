@@ -51,7 +51,11 @@ class JournalRow {
   std::string_view after() const { return row_.blob(7); }
   // The identifier of a removed record.
   RecordKey key() const { return keyOfColumn(row_, 7); }
-  bool isSound() const { return row_.integer(9) != 0 && isKnown(row_.integer(1)); }
+  bool isSound() const {
+    return row_.integer(9) != 0 && isKnown(row_.integer(1)) && hasContainer();
+  }
+  // Whether the container that it names or is about, if any, can be one.
+  bool hasContainer() const;
   // Whether that number is a ChangeKind: a larger one must not pass for what its last byte is.
   static bool isKnown(std::int64_t what) {
     return what >= static_cast<std::int64_t>(ChangeKind::Values) &&

@@ -252,6 +252,9 @@ RecordEntry entryOfRow(const sqlite::Statement& row) {
   if (!sqlite::isSound(row, kRecordColumns)) {
     throw DamagedRow("row " + std::to_string(row.integer(0)) + " of the records is damaged");
   }
+  if (!isContainerRow(row.integer(3))) {
+    throw DamagedRow("row " + std::to_string(row.integer(0)) + " of the records is in no account");
+  }
   RecordEntry entry;
   entry.row = row.integer(0);
   entry.key = keyOfColumn(row, 1);

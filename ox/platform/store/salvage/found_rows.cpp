@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 
 #include "ox/base/checksum.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
@@ -43,7 +42,7 @@ std::optional<ContainerInfo> containerOf(const PageRow& row) {
 
 std::optional<RecordEntry> recordOf(const PageRow& row) {
   const bool fits = isOf(row, 4) && row.is(2, Type::Integer) && isPositive(row[3]) &&
-                    row[3].integer <= std::numeric_limits<std::int32_t>::max();
+                    isContainerRow(row[3].integer);
   if (!fits || row[2].integer < 0 || row[2].integer > 1) return std::nullopt;
   const auto key = keyOf(row[1]);
   if (!key) return std::nullopt;

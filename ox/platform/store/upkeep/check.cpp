@@ -55,6 +55,12 @@ void checkTables(sqlite::Connection& file, Problems& problems) {
                         "WHERE name = 'container'), 0) FROM container") != 0) {
     problems.emplace_back("the rows of accounts are not counted");
   }
+  auto containers = file.prepare("SELECT id FROM container ORDER BY id");
+  while (containers.step()) {
+    if (isContainerRow(containers.integer(0))) continue;
+    problems.push_back("row " + std::string(containers.text(0)) +
+                       " of container has a number that no account can have");
+  }
 }
 
 // Every row whose columns are not what was written.
@@ -165,6 +171,7 @@ void checkLinkLists(sqlite::Connection& file, Problems& problems) {
     if (row.id() < next) problems.push_back(name + "its number is that of another one");
     next = row.id() + 1;
     try {
+      if (!row.hasContainer()) problems.push_back(name + "it is in no account");
       const auto links = row.links();
       if (row.isOfLinks() && links.empty()) problems.push_back(name + "its links are missing");
       if (!links.empty()) next = row.id() + static_cast<std::int64_t>(links.size());
