@@ -385,6 +385,10 @@ std::vector<FoundRecords> SwitchedSource::matches(std::string_view containerIden
   return found;
 }
 
+bool SwitchedSource::owesTags() {
+  return real_->owesTags();
+}
+
 TagDebts SwitchedSource::tagDebts() {
   return real_->tagDebts();
 }

@@ -128,6 +128,7 @@ class SwitchedSource : public ContactSource {
   bool execute(SaveRequest& request) override;
   std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
                                     std::span<const SoughtRecord> sought) override;
+  bool owesTags() override;
   TagDebts tagDebts() override;
   void noteFollowedTags(std::int64_t number) override;
   void checkpoint() override;

@@ -24,6 +24,7 @@ std::string_view nameOf(const TagDebts& debts) {
 // The result is what was followed, or had been. Others may have gone ahead of a pinned moment,
 // which must not look as if the store had gone back.
 TagDebts follow() {
+  if (!containerSource().owesTags()) return {};
   auto debts = containerSource().tagDebts();
   if (!debts.acts.empty()) {
     TagStore::shared().follow(nameOf(debts), debts.acts,
@@ -109,7 +110,7 @@ void changeTags(const std::function<void()>& edit) {
 
 void followTags() {
   try {
-    if (containerSource().tagDebts().acts.empty()) return;
+    if (!containerSource().owesTags()) return;
     TagStore::shared().tags({}, {});
   } catch (const std::exception&) {
     return;  // told to whoever asks the store, or for tags

@@ -72,7 +72,9 @@ class ContainerSource {
   // (ox/records/fingerprint.hpp).
   virtual std::vector<FoundRecords> matches(std::string_view containerIdentifier, RecordKind kind,
                                             std::span<const SoughtRecord> sought) = 0;
-  // What the tag file has to follow; costs one look at an empty table when that is nothing.
+  // Whether the tag file has anything to follow: one look at a table that is nearly always empty.
+  virtual bool owesTags() = 0;
+  // What it has to follow.
   virtual TagDebts tagDebts() = 0;
   // The tag file has followed every act up to this one.
   virtual void noteFollowedTags(std::int64_t number) = 0;

@@ -334,6 +334,11 @@ class StoreSource final : public ContactSource {
     return committed_.matches(containerIdentifier, kind, sought);
   }
 
+  bool owesTags() override {
+    const std::lock_guard lock(mutex_);
+    return store_.owesTags();
+  }
+
   TagDebts tagDebts() override {
     const std::lock_guard lock(mutex_);
     return store_.tagDebts();

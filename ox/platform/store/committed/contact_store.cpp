@@ -164,6 +164,14 @@ StoreFile::Commit ContactStore::finish(sqlite::Transaction& transaction, const A
   }
 }
 
+bool ContactStore::owesTags() {
+  return file_.guarded([&] {
+    auto& numbers = file_.statement(Sql::TagDebts);
+    const sqlite::StatementScope scope(numbers);
+    return numbers.step();
+  });
+}
+
 TagDebts ContactStore::tagDebts() {
   return file_.guarded([&] {
     TagDebts debts;

@@ -53,6 +53,7 @@ class ContactStore {
   ABPropertyType storedType(std::string_view custom) { return file_.storedType(custom); }
   std::string refusalOf(PropertyId property) { return file_.refusalOf(property); }
 
+  bool owesTags();
   TagDebts tagDebts();
   // The tag file has followed every act up to this one; the next act strikes them out.
   void noteFollowedTags(std::int64_t number) { followedTags_ = number; }
