@@ -8,13 +8,12 @@
 namespace ox {
 namespace {
 
-// A slot holds a place in a list of keys, plus one.
+// A slot holds a place in a list of keys.
 struct Places {
   static constexpr std::size_t kFullPercent = 75;
   const std::vector<RecordKey>& keys;
 
-  bool isFree(std::uint32_t slot) const { return slot == 0; }
-  const RecordKey& keyOf(std::uint32_t slot) const { return keys[slot - 1]; }
+  const RecordKey& keyOf(std::uint32_t place) const { return keys[place]; }
 };
 
 TEST(RecordSlots, AgreeWithAStandardSetWhereKeysStandElsewhere) {
@@ -32,7 +31,7 @@ TEST(RecordSlots, AgreeWithAStandardSetWhereKeysStandElsewhere) {
     } else {
       const auto [slot, isNew] = slots.claim(keys[place], places);
       ASSERT_EQ(isNew, expected.insert(place).second);
-      *slot = place + 1;
+      *slot = place;
     }
     ASSERT_EQ(slots.size(), expected.size());
   }
@@ -40,7 +39,7 @@ TEST(RecordSlots, AgreeWithAStandardSetWhereKeysStandElsewhere) {
     const auto* slot = slots.find(keys[place], places);
     ASSERT_EQ(slot != nullptr, expected.contains(place)) << place;
     if (slot != nullptr) {
-      EXPECT_EQ(*slot, place + 1);
+      EXPECT_EQ(*slot, place);
     }
   }
 }
@@ -52,8 +51,8 @@ TEST(RecordSlots, KeepTheRoomThatWasMade) {
   RecordSlots<std::uint32_t, Places> slots;
   slots.reserve(keys.size(), places);
   auto* first = slots.claim(keys[0], places).first;
-  *first = 1;
-  for (std::uint32_t i = 1; i < 100; ++i) *slots.claim(keys[i], places).first = i + 1;
+  *first = 0;
+  for (std::uint32_t i = 1; i < 100; ++i) *slots.claim(keys[i], places).first = i;
   EXPECT_EQ(slots.find(keys[0], places), first) << "no claim has moved it";
 }
 

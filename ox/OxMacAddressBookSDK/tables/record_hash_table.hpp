@@ -38,13 +38,12 @@ class RecordHashTable {
 
  private:
   struct Slot {
-    RecordKey key;  // none: free
+    RecordKey key;
     Value value{};
   };
 
   struct Rules {
     static constexpr std::size_t kFullPercent = 80;
-    bool isFree(const Slot& slot) const { return slot.key.isNone(); }
     const RecordKey& keyOf(const Slot& slot) const { return slot.key; }
   };
 

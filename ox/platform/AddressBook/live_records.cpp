@@ -12,7 +12,6 @@ namespace {
 // A slot points to a record and reads its key there.
 struct Rules {
   static constexpr std::size_t kFullPercent = 75;
-  bool isFree(const ABRecord* record) const { return record == nullptr; }
   const RecordKey& keyOf(const ABRecord* record) const { return record->key(); }
 };
 
@@ -31,6 +30,9 @@ class Table {
     // Of a record that is not const: a weak pointer to a const one is made by way of an owner.
     return slot != nullptr ? (*slot)->weak_from_this().lock() : nullptr;
   }
+
+  // For that many records altogether. Call with the lock held.
+  void makeRoomFor(std::size_t records) { slots_.reserve(records, Rules{}); }
 
   // Must come before put, which therefore cannot fail.
   void makeRoom() { slots_.makeRoom(Rules{}); }
@@ -74,6 +76,10 @@ template <typename Record, typename Make>
 std::vector<std::shared_ptr<Record>> recordsOf(const RecordKeys& keys, Make make) {
   std::vector<std::shared_ptr<Record>> records;
   records.reserve(keys.size());
+  {
+    const std::lock_guard lock(table().mutex());
+    table().makeRoomFor(keys.size());
+  }
   for (const auto& key : keys) records.push_back(recordOf<Record>(key, make));
   return records;
 }

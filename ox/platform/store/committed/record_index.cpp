@@ -22,11 +22,11 @@ void RecordIndex::reserve(std::size_t records) {
 void RecordIndex::append(const Entry& entry) {
   assert(!entry.key.isNone());
   slots_.makeRoom(rules());
-  entries_.push_back(entry);
   const auto place = static_cast<std::uint32_t>(entries_.size());
+  entries_.push_back(entry);
   // A damaged file may hold a record twice: then the later one is found.
   *slots_.claim(entry.key, rules()).first = place;
-  containers_[entry.container].push_back(place - 1);
+  containers_[entry.container].push_back(place);
 }
 
 // The end where there is none, or it was removed.
@@ -46,14 +46,21 @@ void RecordIndex::removeRow(std::int64_t row) {
   if (place == entries_.end()) return;
   const auto found = entries_.begin() + (place - entries_.cbegin());
   const auto* slot = slots_.find(found->key, rules());
-  if (slot != nullptr && &entries_[*slot - 1] == &*found) slots_.erase(slot, rules());
+  if (slot != nullptr && &entries_[*slot] == &*found) slots_.erase(slot, rules());
   found->key = RecordKey();
   if (entries_.size() > kFewestToCompact && size() < entries_.size() / 2) compact();
 }
 
 const RecordIndex::Entry* RecordIndex::find(const RecordKey& key) const {
+  const auto next = found_ + 1;
+  if (next < entries_.size() && entries_[next].key == key && !key.isNone()) {
+    found_ = next;
+    return &entries_[next];
+  }
   const auto* slot = slots_.find(key, rules());
-  return slot != nullptr ? &entries_[*slot - 1] : nullptr;
+  if (slot == nullptr) return nullptr;
+  found_ = *slot;
+  return &entries_[found_];
 }
 
 RecordKeys RecordIndex::all(RecordKind kind) const {

@@ -10,7 +10,7 @@
 
 namespace ox {
 
-// Every committed record in memory, about 45 bytes each: what listing, look-up and the question
+// Every committed record in memory, about 47 bytes each: what listing, look-up and the question
 // "which container holds it" need, without a statement. What it is given comes from the file and
 // may be damaged; then it answers what the file says, and nothing worse. Used under its owner's
 // lock.
@@ -32,13 +32,12 @@ class RecordIndex {
   void clear();
 
  private:
-  // A slot holds a place in the list, plus one; 0 is free.
+  // A slot holds a place in the list.
   struct Rules {
     static constexpr std::size_t kFullPercent = 75;
     const std::vector<Entry>& entries;
 
-    bool isFree(std::uint32_t slot) const { return slot == 0; }
-    const RecordKey& keyOf(std::uint32_t slot) const { return entries[slot - 1].key; }
+    const RecordKey& keyOf(std::uint32_t place) const { return entries[place].key; }
   };
 
   Rules rules() const { return {entries_}; }
@@ -48,6 +47,8 @@ class RecordIndex {
   std::vector<Entry> entries_;  // in creation order; those that were removed have no key any more
   RecordSlots<std::uint32_t, Rules> slots_;
   std::unordered_map<std::int32_t, std::vector<std::uint32_t>> containers_;  // places
+  // The place that was found last: whoever walks the records asks for the next one then.
+  mutable std::size_t found_ = 0;
 };
 
 }  // namespace ox
