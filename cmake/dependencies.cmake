@@ -14,6 +14,16 @@ find_package(nlohmann_json 3.11 REQUIRED)
 if(OX_PROGRAM)
   find_package(CLI11 2.1 REQUIRED)
 endif()
+# What our programs allocate with. Cards are read on several threads and freed on one, over which
+# the locks of glibc's make two threads slower than one. Sanitizers bring an allocator of their own;
+# a host that links the libraries chooses.
+if(OX_PROGRAM OR OX_BENCH)
+  add_library(ox_allocator INTERFACE)
+  if(NOT OX_SANITIZE AND NOT OX_FUZZ)
+    find_package(Jemalloc REQUIRED)
+    target_link_libraries(ox_allocator INTERFACE Jemalloc::Jemalloc)
+  endif()
+endif()
 if(OX_TESTS)
   find_package(GTest 1.12 REQUIRED)
 endif()
