@@ -6,12 +6,13 @@
 #include <vector>
 
 #include "ox/OxAddressBookSDK/IOxGroup.hpp"
+#include "ox/base/export.hpp"
 #include "ox/base/text.hpp"
 
 namespace ox {
 
 // A group of a neutral book: a title, and the keys of what lies in it. One thread at a time.
-class OxGeneralGroup {
+class OX_EXPORT OxGeneralGroup {
   struct Key {
     explicit Key() = default;
   };
@@ -23,6 +24,9 @@ class OxGeneralGroup {
     return std::make_shared<OxGeneralGroup>(Key(), std::move(title), std::move(subArray),
                                             std::move(persons));
   }
+
+  // One of the same name, with the IDs of what lies directly in it.
+  static std::shared_ptr<OxGeneralGroup> copyOf(const IOxGroup& group);
 
   const Text& title() const { return title_; }
   // Keys in groupsDic and in personsDic of the book; a key need not find anything there.

@@ -1,10 +1,10 @@
-// Writing the file form of the neutral book.
-#include <algorithm>
-#include <string>
+#include "ox/OxAddressBookSDK/general/book_writer.hpp"
 
-#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
 #include "ox/OxAddressBookSDK/general/book_format.hpp"
-#include "ox/OxAddressBookSDK/general/json_writer.hpp"
 #include "ox/OxAddressBookSDK/general/object_json.hpp"
 #include "ox/OxAddressBookSDK/general/packed_picture.hpp"
 #include "ox/OxAddressBookSDK/general/picture_bytes.hpp"
@@ -117,21 +117,66 @@ bool holdsPictureFile(const OxGeneralPerson& person) {
 
 }  // namespace
 
-Data OxAddressBookGeneral::saveToData() const {
+BookWriter::BookWriter() : out_(std::string(kHeader)) {}
+
+void BookWriter::add(std::string_view key, const OxGeneralGroup& group) {
+  assert(persons_.empty());
+  addLine(groups_, key, [&](Line&) { writeGroup(out_, key, group); });
+}
+
+void BookWriter::add(std::string_view key, const OxGeneralPerson& person) {
+  addLine(persons_, key, [&](Line& line) {
+    line.holdsPictureFile = holdsPictureFile(person);
+    writePerson(out_, key, person);
+  });
+}
+
+template <typename Write>
+void BookWriter::addLine(Places& places, std::string_view key, Write write) {
+  if (failure_) return;
   try {
-    const bool withFiles = std::ranges::any_of(
-        persons_, [](const auto& entry) { return holdsPictureFile(*entry.second); });
-    JsonWriter out{std::string(withFiles ? kHeaderWithFiles : kHeader)};
-    for (const auto& [key, group] : groups_) writeGroup(out, key, *group);
-    for (const auto& [key, person] : persons_) writePerson(out, key, *person);
-    auto file = out.take();
-    file += trailer(file, groups_.count(), persons_.count());
-    return makeData(std::move(file));
-  } catch (const Unwritable& reason) {
-    failures::notice(FailureKind::Other,
-                     std::string("the neutral book cannot be written: ") + reason.what());
-    return nullptr;
+    Line line;
+    line.begin = out_.size();
+    try {
+      write(line);
+    } catch (const Unwritable& reason) {
+      line.refusal = reason.what();
+      out_.endLine();
+    }
+    line.end = out_.size();
+    const auto [place, isNew] = places.try_emplace(std::string(key), lines_.size());
+    if (isNew) {
+      lines_.push_back(std::move(line));
+    } else {
+      lines_[place->second] = std::move(line);
+      areInOrder_ = false;
+    }
+  } catch (...) {
+    failure_ = std::current_exception();
   }
+}
+
+std::string BookWriter::linesInOrder(const std::string& text) const {
+  std::string file(kHeader);
+  for (const auto& line : lines_) file.append(text, line.begin, line.end - line.begin);
+  return file;
+}
+
+Data BookWriter::finish() {
+  if (failure_) std::rethrow_exception(failure_);
+  bool withFiles = false;
+  for (const auto& line : lines_) {
+    if (!line.refusal.empty()) {
+      failures::notice(FailureKind::Other, "the neutral book cannot be written: " + line.refusal);
+      return nullptr;
+    }
+    withFiles = withFiles || line.holdsPictureFile;
+  }
+  auto file = out_.take();
+  if (!areInOrder_) file = linesInOrder(file);
+  if (withFiles) file.replace(0, kHeader.size(), kHeaderWithFiles);
+  file += trailer(file, groups_.size(), persons_.size());
+  return makeData(std::move(file));
 }
 
 }  // namespace ox

@@ -37,6 +37,8 @@ class JsonWriter {
   void writeMember(std::string_view name, std::int64_t value);
 
   void endLine();
+  // Of the text so far.
+  std::size_t size() const { return out_.size(); }
   std::string take() { return std::move(out_); }
 
  private:

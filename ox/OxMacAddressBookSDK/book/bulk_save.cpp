@@ -1,10 +1,11 @@
 // The whole book as the data of a neutral book.
-#include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
+#include "ox/OxAddressBookSDK/general/book_writer.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/ground/contained.hpp"
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/base/detached_worker.hpp"
+#include "ox/base/text/utf8.hpp"
 
 namespace ox {
 namespace {
@@ -43,7 +44,7 @@ void OxMacAddressBook::saveDataThreed() {
 
 Data OxMacAddressBook::collectedData() {
   const OneMoment moment;
-  const auto general = OxAddressBookGeneral::init();
+  BookWriter general;
   const auto groups = allGroups();
   const auto list = allPersons();
   const auto persons = list ? list->snapshot() : Persons();
@@ -52,15 +53,18 @@ Data OxMacAddressBook::collectedData() {
   // the last item does not reach 100. Required.
   std::size_t index = 0;
   for (const auto& group : groups) {
-    general->addGroup(group);
+    if (auto identifier = group->ID()) {
+      general.add(validUtf8(*std::move(identifier)), *OxGeneralGroup::copyOf(*group));
+    }
     reportSave(false, nullptr, progress::percent(index++, total));
   }
   for (const auto& person : persons) {
-    general->addPerson(person);
+    const auto copy = OxGeneralPerson::copyOf(*person);
+    if (const auto identifier = copy->ID()) general.add(*identifier, *copy);
     reportSave(false, nullptr, progress::percent(index++, total));
   }
   reportSave(false, nullptr, progress::kDone);
-  return general->saveToData();
+  return general.finish();
 }
 
 }  // namespace ox
