@@ -1,5 +1,6 @@
 // A store of version 2, whose journal had a row for each link, becomes one of this version when it
 // is opened: what the journal tells, and what it takes back, is what it was.
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "ox/base/checksum.hpp"
@@ -229,6 +230,23 @@ TEST(MigrationOfLinks, NeverGivesTheNumberOfALinkOrOfAnAccountAgain) {
   sqlite::Connection store(storePath(), sqlite::Connection::Mode::ReadOnly);
   EXPECT_EQ(store.queryInteger("SELECT max(id) FROM link"), 9);
   EXPECT_EQ(store.queryInteger("SELECT max(id) FROM container"), 4);
+}
+
+TEST(MigrationOfLinks, NumbersThatNoAccountCanHaveAreFoundBeforeIt) {
+  makeStoreOfVersion2();
+  const auto isTold = [](const std::string& problem) {
+    const auto problems = storeProblems(storePath());
+    return std::ranges::any_of(
+        problems, [&](const auto& told) { return told.find(problem) != std::string::npos; });
+  };
+  EXPECT_FALSE(isTold("account"));
+  const auto change = [](const char* statement) {
+    sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadWrite).execute(statement);
+  };
+  change("UPDATE change SET container = -1 WHERE id = 1");
+  EXPECT_TRUE(isTold("change 1 of the journal: it is in no account"));
+  change("INSERT INTO container VALUES(4294967297, 'far:ABAccount', 'Far', 3)");
+  EXPECT_TRUE(isTold("row 4294967297 of container has a number that no account can have"));
 }
 
 TEST(MigrationOfLinks, AFollowerGoesOnWhereverItWas) {

@@ -66,11 +66,10 @@ void JournalRow::requireSound() const {
   }
 }
 
-bool JournalRow::hasContainer() const {
+bool JournalRow::mayBeIn(std::int64_t container, ChangeKind what, std::int64_t record) {
   const bool isOfContainer =
-      what() == ChangeKind::ContainerAdded || what() == ChangeKind::ContainerRemoved;
-  if (isOfContainer && !isContainerRow(record())) return false;
-  const auto container = row_.integer(3);
+      what == ChangeKind::ContainerAdded || what == ChangeKind::ContainerRemoved;
+  if (isOfContainer && !isContainerRow(record)) return false;
   return container == 0 || isContainerRow(container);
 }
 

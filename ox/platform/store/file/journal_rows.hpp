@@ -52,10 +52,11 @@ class JournalRow {
   // The identifier of a removed record.
   RecordKey key() const { return keyOfColumn(row_, 7); }
   bool isSound() const {
-    return row_.integer(9) != 0 && isKnown(row_.integer(1)) && hasContainer();
+    return row_.integer(9) != 0 && isKnown(row_.integer(1)) &&
+           mayBeIn(row_.integer(3), what(), record());
   }
-  // Whether the container that it names or is about, if any, can be one.
-  bool hasContainer() const;
+  // Whether a change of that kind can be in that container, or about it; 0: in none.
+  static bool mayBeIn(std::int64_t container, ChangeKind what, std::int64_t record);
   // Whether that number is a ChangeKind: a larger one must not pass for what its last byte is.
   static bool isKnown(std::int64_t what) {
     return what >= static_cast<std::int64_t>(ChangeKind::Values) &&

@@ -47,6 +47,12 @@ bool hasRowSums(sqlite::Connection& file) {
 }
 
 void checkTables(sqlite::Connection& file, Problems& problems) {
+  auto containers = file.prepare("SELECT id FROM container ORDER BY id");
+  while (containers.step()) {
+    if (isContainerRow(containers.integer(0))) continue;
+    problems.push_back("row " + std::string(containers.text(0)) +
+                       " of container has a number that no account can have");
+  }
   if (!hasRowSums(file)) return;
   for (const auto& index : missingIndexesOf(file)) {
     problems.push_back("the index " + index.name + " is missing");
@@ -54,12 +60,6 @@ void checkTables(sqlite::Connection& file, Problems& problems) {
   if (file.queryInteger("SELECT ifnull(max(id), 0) > ifnull((SELECT max(seq) FROM sqlite_sequence "
                         "WHERE name = 'container'), 0) FROM container") != 0) {
     problems.emplace_back("the rows of accounts are not counted");
-  }
-  auto containers = file.prepare("SELECT id FROM container ORDER BY id");
-  while (containers.step()) {
-    if (isContainerRow(containers.integer(0))) continue;
-    problems.push_back("row " + std::string(containers.text(0)) +
-                       " of container has a number that no account can have");
   }
 }
 
@@ -171,7 +171,6 @@ void checkLinkLists(sqlite::Connection& file, Problems& problems) {
     if (row.id() < next) problems.push_back(name + "its number is that of another one");
     next = row.id() + 1;
     try {
-      if (!row.hasContainer()) problems.push_back(name + "it is in no account");
       const auto links = row.links();
       if (row.isOfLinks() && links.empty()) problems.push_back(name + "its links are missing");
       if (!links.empty()) next = row.id() + static_cast<std::int64_t>(links.size());
@@ -186,7 +185,8 @@ void checkLinkLists(sqlite::Connection& file, Problems& problems) {
 
 void checkChanges(sqlite::Connection& file, Problems& problems) {
   const auto nextRecord = file.queryInteger("SELECT max(next_record) FROM act");
-  auto rows = file.prepare("SELECT id, what, before, after, record FROM change ORDER BY id");
+  auto rows =
+      file.prepare("SELECT id, what, before, after, record, container FROM change ORDER BY id");
   while (rows.step()) {
     const auto what = rows.integer(1);
     const auto tell = [&](const std::string& problem) {
@@ -196,6 +196,9 @@ void checkChanges(sqlite::Connection& file, Problems& problems) {
                                what == static_cast<std::int64_t>(ChangeKind::ContainerRemoved);
     if (!isOfContainer && rows.integer(4) >= nextRecord) tell(": its record was never there");
     if (!JournalRow::isKnown(what)) tell(" is of no known kind");
+    if (!JournalRow::mayBeIn(rows.integer(5), static_cast<ChangeKind>(what), rows.integer(4))) {
+      tell(": it is in no account");
+    }
     const auto tryReading = [&](const auto& read) {
       try {
         read();
