@@ -294,7 +294,13 @@ void tryWayBack(Rows& rows, std::uint64_t which) {
         journal.takeBack(std::nullopt, StoreJournal::Last::TakingBack);
     }
   });
-  fuzz::require(!wasSound || isNowSound());
+  const bool isStillSound = !wasSound || isNowSound();
+  if (!isStillSound) {
+    for (const auto& problem : storeProblems(rows.path())) {
+      std::fprintf(stderr, "was sound, and now: %s\n", problem.c_str());
+    }
+  }
+  fuzz::require(isStillSound);
   // It tells of acts that the next run begins without.
   std::filesystem::remove(rows.path() + "-synced");
 }

@@ -292,6 +292,19 @@ TEST(UndoCommand, IsRefusedWhereAnAccountHasANumberThatNoneCanHave) {
             std::string::npos);
 }
 
+TEST(UndoCommand, BringsNoLinkBackThatCannotBe) {
+  run({"accounts", "add", "Work", "--identifier", "w:ABAccount"});
+  run({"add-group", "_local", "Chess"});
+  run({"add-person", "_local", "name=Dee"});
+  run({"group-add", "Chess", "Dee"});
+  run({"group-remove", "Chess", "Dee"});
+  changeRows("UPDATE record SET container = 2 WHERE kind = 0");
+  EXPECT_EQ(run({"check"}).exitCode, 0);
+  const auto result = run({"undo"});
+  EXPECT_NE(result.errors.find("it cannot be in "), std::string::npos) << result.errors;
+  EXPECT_EQ(run({"check"}).exitCode, 0);
+}
+
 TEST(UndoCommand, BringsNobodyBackIntoARowThatWasNeverThere) {
   run({"add-person", "_local", "name=Dee"});
   run({"remove-person", "Dee"});

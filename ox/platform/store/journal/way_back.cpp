@@ -228,7 +228,11 @@ void WayBack::settleLink(const NetChanges::Pair& pair, const NetLink& net,
   if (net.before) back.push_back(link);
 }
 
+// A journal that is damaged may tell of links that never were.
 void WayBack::bringLinkBack(const Act::ChangedLink& link) {
+  if (link.group.kind != RecordKind::Group || link.group.container != link.child.container) {
+    return stays(link.child.key, "it cannot be in " + link.group.key.text());
+  }
   if (link.child.kind == RecordKind::Group) {
     if (tree_.wouldCloseCircle(link.group.row, link.child.row)) {
       return stays(link.group.key, "a group would be below itself");
