@@ -29,6 +29,8 @@ class OutputFile {
 
   // Each throws a CommandError or std::system_error.
   void write(std::string_view bytes);
+  // Of a file, which this must be: over the first bytes, as many as these.
+  void replaceStart(std::string_view bytes) { file_->replaceStart(bytes); }
   void commit();
   // Puts a file, which this must be, beside its place instead, where an earlier one stays: under
   // its name with ".partial" after it. The result is that name.

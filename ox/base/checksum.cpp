@@ -1,8 +1,25 @@
 #include "ox/base/checksum.hpp"
 
+// For the size of a state, which the library hides where it is linked.
+#define XXH_STATIC_LINKING_ONLY
 #include <xxhash.h>
 
 namespace ox {
+namespace {
+
+std::string digitsOf(const XXH128_hash_t& hash) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  XXH128_canonical_t canonical;
+  XXH128_canonicalFromHash(&canonical, hash);
+  std::string text;
+  for (const unsigned char byte : canonical.digest) {
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
+  return text;
+}
+
+}  // namespace
 
 std::uint64_t checksum64(std::string_view bytes) {
   return XXH3_64bits(bytes.data(), bytes.size());
@@ -13,15 +30,25 @@ std::uint64_t checksum64(std::string_view bytes, std::uint64_t key) {
 }
 
 std::string checksum128(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  XXH128_canonical_t canonical;
-  XXH128_canonicalFromHash(&canonical, XXH3_128bits(bytes.data(), bytes.size()));
-  std::string text;
-  for (const unsigned char byte : canonical.digest) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
-  }
-  return text;
+  return digitsOf(XXH3_128bits(bytes.data(), bytes.size()));
+}
+
+struct Checksum128::State {
+  XXH3_state_t hash;
+};
+
+Checksum128::Checksum128() : state_(std::make_unique<State>()) {
+  XXH3_128bits_reset(&state_->hash);
+}
+
+Checksum128::~Checksum128() = default;
+
+void Checksum128::add(std::string_view bytes) {
+  XXH3_128bits_update(&state_->hash, bytes.data(), bytes.size());
+}
+
+std::string Checksum128::text() const {
+  return digitsOf(XXH3_128bits_digest(&state_->hash));
 }
 
 }  // namespace ox

@@ -12,11 +12,14 @@ namespace ox {
 // outside wants a keyed hash. Not locked.
 class HashSet {
  public:
-  void insert(std::uint64_t hash) {
+  // False when it is there already.
+  bool insert(std::uint64_t hash) {
     if (size_ >= slots_.size() / 4 * 3) grow();
     auto& slot = slots_[placeOf(keyOf(hash))];
-    if (slot == kFree) ++size_;
+    if (slot != kFree) return false;
     slot = keyOf(hash);
+    ++size_;
+    return true;
   }
 
   bool contains(std::uint64_t hash) const {

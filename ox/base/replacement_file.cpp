@@ -129,6 +129,17 @@ void ReplacementFile::write(std::string_view bytes) {
   }
 }
 
+void ReplacementFile::replaceStart(std::string_view bytes) {
+  assert(file_ >= 0 && !committed_);
+  for (off_t place = 0; !bytes.empty();) {
+    const auto written = ::pwrite(file_, bytes.data(), bytes.size(), place);
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) fail(errno);
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+    place += written;
+  }
+}
+
 void ReplacementFile::commit() {
   assert(file_ >= 0 && !committed_);
   if (::fsync(file_) != 0) fail(errno);

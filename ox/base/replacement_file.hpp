@@ -27,6 +27,8 @@ class OX_EXPORT ReplacementFile {
   // Where it lies until the commit; may be written by that name too.
   const std::string& path() const { return path_; }
   void write(std::string_view bytes);
+  // Over the first bytes, as many as these, which were written before.
+  void replaceStart(std::string_view bytes);
   // From now on it is to take the place of that file, in the same folder. Refused as a target is.
   void retarget(std::string target);
   // Returns when the target holds what was written and would after a power cut.

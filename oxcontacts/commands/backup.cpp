@@ -1,9 +1,9 @@
 // backup: one book as the data of a neutral book, or a copy of the whole store.
-#include <condition_variable>
-#include <mutex>
+#include <system_error>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
+#include "ox/OxMacAddressBookSDK/admin/written_book.hpp"
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -24,26 +24,31 @@ struct Arguments {
   bool all = false;
 };
 
-// The book's data, from the worker thread that puts it together; null when that failed.
-Data savedBook(const Context& context, OxMacAddressBook& book) {
-  struct State {
-    std::mutex mutex;
-    std::condition_variable finished;
-    bool done = false;
-    Data data;
-  };
-  const auto state = std::make_shared<State>();
-  ProgressBar bar(context, "saving the book");
-  book.saveDataBlock([state, &bar](bool finished, const Data& data, double percent) {
-    if (!finished) return bar.show(percent);
-    const std::lock_guard lock(state->mutex);
-    state->done = true;
-    state->data = data;
-    state->finished.notify_one();
-  });
-  std::unique_lock lock(state->mutex);
-  state->finished.wait(lock, [&] { return state->done; });
-  return state->data;
+class FileOfBook final : public BookSink {
+ public:
+  explicit FileOfBook(const std::string& path) : file_(path) {}
+  void append(std::string_view bytes) override { file_.write(bytes); }
+  void replaceStart(std::string_view bytes) override { file_.replaceStart(bytes); }
+  void commit() { file_.commit(); }
+
+ private:
+  OutputFile file_;
+};
+
+// What could not be read would be missing in the file, and an earlier backup may hold it.
+void writeWhole(const Context& context, OxMacAddressBook& book, const std::string& path,
+                const failures::Watch& watch) {
+  try {
+    FileOfBook file(path);
+    ProgressBar bar(context, "saving the book");
+    const bool isWhole = writeBook(book, file, [&](double percent) { bar.show(percent); });
+    if (!isWhole || watch.hasFailures()) {
+      throw storeFailure("the book was not saved, " + path + " is as it was", watch);
+    }
+    file.commit();
+  } catch (const std::system_error& error) {
+    throw CommandError(kFailed, error.what());
+  }
 }
 
 void tellCounts(const Context& context, const RecordCounts& counts, const std::string& what,
@@ -89,12 +94,7 @@ void backUpBook(const Context& context, const std::string& name, const std::stri
   const failures::Watch watch;
   const OneMoment moment;
   const auto book = findBook(discoveredBooks(context), name);
-  const auto data = savedBook(context, *book);
-  // What could not be read is missing in the data, and an earlier backup may hold it.
-  if (!data || watch.hasFailures()) {
-    throw storeFailure("the book was not saved, " + path + " is as it was", watch);
-  }
-  writeFile(path, *data);
+  writeWhole(context, *book, path, watch);
   tellCounts(context, {book->allGroups().size(), book->allPersonsCount()},
              book->name().value_or(""), path);
   const bool withoutPictures = complainOfPictures(*book, path);

@@ -13,5 +13,15 @@ TEST(Checksum, IsXxh3InItsCanonicalForm) {
   EXPECT_NE(checksum128("ab"), checksum128("ba"));
 }
 
+TEST(Checksum, IsTheSameOfPartsAsOfTheWhole) {
+  const std::string bytes(100'000, 'x');
+  for (const std::size_t part : {std::size_t{1}, std::size_t{999}, bytes.size()}) {
+    Checksum128 sum;
+    for (std::size_t from = 0; from < bytes.size(); from += part) sum.add(bytes.substr(from, part));
+    EXPECT_EQ(sum.text(), checksum128(bytes)) << part;
+  }
+  EXPECT_EQ(Checksum128().text(), checksum128(""));
+}
+
 }  // namespace
 }  // namespace ox

@@ -60,6 +60,17 @@ class Replacement : public testing::Test {
   std::filesystem::path folder_;
 };
 
+TEST_F(Replacement, CanHaveItsStartReplaced) {
+  const auto target = temporaryFile("target", "before");
+  ReplacementFile file(target);
+  file.write("first, then more");
+  file.replaceStart("FIRST");
+  file.write("!");
+  EXPECT_EQ(bytesOf(target), "before");
+  file.commit();
+  EXPECT_EQ(bytesOf(target), "FIRST, then more!");
+}
+
 TEST_F(Replacement, TakesAwayWhatAKilledProcessLeft) {
   const auto target = temporaryFile("target", "old");
   leaveUnfinished(target);

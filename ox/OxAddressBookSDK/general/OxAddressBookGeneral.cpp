@@ -18,10 +18,11 @@ void OxAddressBookGeneral::addPerson(const std::shared_ptr<IOxPerson>& person) {
 }
 
 Data OxAddressBookGeneral::saveToData() const {
-  BookWriter writer;
+  BookData data;
+  BookWriter writer(data);
   for (const auto& [key, group] : groups_) writer.add(key, *group);
   for (const auto& [key, person] : persons_) writer.add(key, *person);
-  return writer.finish();
+  return writer.finish() ? data.take() : nullptr;
 }
 
 }  // namespace ox

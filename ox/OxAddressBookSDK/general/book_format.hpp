@@ -56,6 +56,8 @@ bool hasKnownHeader(std::string_view file);
 
 // The last line of a file whose other lines are `body`.
 std::string trailer(std::string_view body, std::size_t groups, std::size_t persons);
+// The same of lines with that checksum.
+std::string trailerOf(std::string_view checksum, std::size_t groups, std::size_t persons);
 // What the trailer of `body` ends with, whatever it counts.
 std::string trailerEnd(std::string_view body);
 

@@ -17,6 +17,8 @@ namespace {
 
 using namespace book_format;
 
+constexpr std::size_t kFlushedBytes = 1U << 18U;
+
 void writeLabel(JsonWriter& out, const OxLabel& label) {
   out.writeName("label");
   out.beginObject();
@@ -117,66 +119,68 @@ bool holdsPictureFile(const OxGeneralPerson& person) {
 
 }  // namespace
 
-BookWriter::BookWriter() : out_(std::string(kHeader)) {}
-
 void BookWriter::add(std::string_view key, const OxGeneralGroup& group) {
-  assert(persons_.empty());
-  addLine(groups_, key, [&](Line&) { writeGroup(out_, key, group); });
-}
-
-void BookWriter::add(std::string_view key, const OxGeneralPerson& person) {
-  addLine(persons_, key, [&](Line& line) {
-    line.holdsPictureFile = holdsPictureFile(person);
-    writePerson(out_, key, person);
+  assert(persons_ == 0);
+  write([&] {
+    writeGroup(out_, key, group);
+    ++groups_;
   });
 }
 
+void BookWriter::add(std::string_view key, const OxGeneralPerson& person) {
+  write([&] {
+    withFiles_ = withFiles_ || holdsPictureFile(person);
+    writePerson(out_, key, person);
+    ++persons_;
+  });
+}
+
+void BookWriter::addGroup(const std::shared_ptr<IOxGroup>& group) {
+  auto identifier = group ? group->ID() : std::nullopt;
+  if (identifier) add(validUtf8(*std::move(identifier)), *OxGeneralGroup::copyOf(*group));
+}
+
+void BookWriter::addPerson(const std::shared_ptr<IOxPerson>& person) {
+  if (!person) return;
+  const auto copy = OxGeneralPerson::copyOf(*person);
+  if (const auto identifier = copy->ID()) add(*identifier, *copy);
+}
+
 template <typename Write>
-void BookWriter::addLine(Places& places, std::string_view key, Write write) {
-  if (failure_) return;
+void BookWriter::write(Write write) {
+  if (refusal_ || failure_) return;
   try {
-    Line line;
-    line.begin = out_.size();
-    try {
-      write(line);
-    } catch (const Unwritable& reason) {
-      line.refusal = reason.what();
-      out_.endLine();
-    }
-    line.end = out_.size();
-    const auto [place, isNew] = places.try_emplace(std::string(key), lines_.size());
-    if (isNew) {
-      lines_.push_back(std::move(line));
-    } else {
-      lines_[place->second] = std::move(line);
-      areInOrder_ = false;
-    }
+    write();
+    if (out_.text().size() >= kFlushedBytes) flush();
+  } catch (const Unwritable& reason) {
+    refusal_ = reason.what();
   } catch (...) {
     failure_ = std::current_exception();
   }
 }
 
-std::string BookWriter::linesInOrder(const std::string& text) const {
-  std::string file(kHeader);
-  for (const auto& line : lines_) file.append(text, line.begin, line.end - line.begin);
-  return file;
+void BookWriter::flush() {
+  if (!std::exchange(hasBegun_, true)) {
+    sink_.append(kHeader);
+    sum_.add(kHeader);
+    sumWithFiles_.add(kHeaderWithFiles);
+  }
+  sink_.append(out_.text());
+  sum_.add(out_.text());
+  sumWithFiles_.add(out_.text());
+  out_.clear();
 }
 
-Data BookWriter::finish() {
+bool BookWriter::finish() {
   if (failure_) std::rethrow_exception(failure_);
-  bool withFiles = false;
-  for (const auto& line : lines_) {
-    if (!line.refusal.empty()) {
-      failures::notice(FailureKind::Other, "the neutral book cannot be written: " + line.refusal);
-      return nullptr;
-    }
-    withFiles = withFiles || line.holdsPictureFile;
+  if (refusal_) {
+    failures::notice(FailureKind::Other, "the neutral book cannot be written: " + *refusal_);
+    return false;
   }
-  auto file = out_.take();
-  if (!areInOrder_) file = linesInOrder(file);
-  if (withFiles) file.replace(0, kHeader.size(), kHeaderWithFiles);
-  file += trailer(file, groups_.size(), persons_.size());
-  return makeData(std::move(file));
+  flush();
+  sink_.append(trailerOf((withFiles_ ? sumWithFiles_ : sum_).text(), groups_, persons_));
+  if (withFiles_) sink_.replaceStart(kHeaderWithFiles);
+  return true;
 }
 
 }  // namespace ox

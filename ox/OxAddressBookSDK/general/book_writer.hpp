@@ -2,54 +2,67 @@
 
 #include <cstddef>
 #include <exception>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <vector>
 
 #include "ox/OxAddressBookSDK/general/OxGeneralGroup.hpp"
 #include "ox/OxAddressBookSDK/general/OxGeneralPerson.hpp"
+#include "ox/OxAddressBookSDK/general/book_sink.hpp"
 #include "ox/OxAddressBookSDK/general/json_writer.hpp"
+#include "ox/base/checksum.hpp"
 #include "ox/base/data.hpp"
 
 namespace ox {
 
-// Puts the file of a neutral book together (docs/neutral-book.md) record by record, so that nobody
-// has to hold the records of a whole book for it. One thread at a time.
+// Writes the file of a neutral book (docs/neutral-book.md) record by record, so that nobody holds
+// more than one of them for it. One thread at a time.
 class BookWriter {
  public:
-  BookWriter();
+  // The sink is borrowed.
+  explicit BookWriter(BookSink& sink) : sink_(sink) {}
 
-  // All groups come before the first person. A later record of the same key takes the place of an
-  // earlier one. What cannot be written, or for which there is no memory, is told by finish().
+  // All groups come before the first person, and no key comes twice among either. What cannot be
+  // written is told by finish(), and nothing is added any more.
   void add(std::string_view key, const OxGeneralGroup& group);
   void add(std::string_view key, const OxGeneralPerson& person);
+  // Copies of what the record answers now, by its ID; a missing record, and one without an ID, is
+  // ignored.
+  void addGroup(const std::shared_ptr<IOxGroup>& group);
+  void addPerson(const std::shared_ptr<IOxPerson>& person);
 
-  // Nothing is added afterwards. Missing, and noticed as a failure that names the person and the
-  // property, when a value has no place in the file; throws what else kept a record from being
-  // added.
-  Data finish();
+  // True: the sink has the whole file. False, and noticed as a failure that names the person and
+  // the property, when a value has no place in it; throws what else kept a record from being added.
+  bool finish();
 
  private:
-  // What one record has become.
-  struct Line {
-    std::size_t begin = 0;  // in the text
-    std::size_t end = 0;
-    bool holdsPictureFile = false;
-    std::string refusal;  // why it could not be written
-  };
-  using Places = std::unordered_map<std::string, std::size_t>;  // of lines by key
-
   template <typename Write>
-  void addLine(Places& places, std::string_view key, Write write);
-  std::string linesInOrder(const std::string& text) const;
+  void write(Write write);
+  void flush();
 
+  BookSink& sink_;
   JsonWriter out_;
-  std::vector<Line> lines_;
-  Places groups_;
-  Places persons_;
-  bool areInOrder_ = true;  // none has taken the place of another
+  bool hasBegun_ = false;
+  // Only the end tells which header the file has, so that the sum is kept for each.
+  Checksum128 sum_;
+  Checksum128 sumWithFiles_;
+  bool withFiles_ = false;
+  std::size_t groups_ = 0;
+  std::size_t persons_ = 0;
+  std::optional<std::string> refusal_;
   std::exception_ptr failure_;
+};
+
+// A book's file in memory.
+class BookData final : public BookSink {
+ public:
+  void append(std::string_view bytes) override { file_ += bytes; }
+  void replaceStart(std::string_view bytes) override { file_.replace(0, bytes.size(), bytes); }
+  Data take() { return makeData(std::move(file_)); }
+
+ private:
+  std::string file_;
 };
 
 }  // namespace ox

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "ox/base/text.hpp"
 
@@ -14,9 +13,6 @@ namespace ox {
 // after each name, an end for each begin. Ill-formed UTF-8 in texts becomes U+FFFD.
 class JsonWriter {
  public:
-  // Goes on after `start`, which ends where a value may begin.
-  explicit JsonWriter(std::string start = {}) : out_(std::move(start)) {}
-
   void beginObject() { begin('{'); }
   void endObject() { end('}'); }
   void beginArray() { begin('['); }
@@ -37,9 +33,9 @@ class JsonWriter {
   void writeMember(std::string_view name, std::int64_t value);
 
   void endLine();
-  // Of the text so far.
-  std::size_t size() const { return out_.size(); }
-  std::string take() { return std::move(out_); }
+  // So far, between two lines; and begun anew, in the same room.
+  std::string_view text() const { return out_; }
+  void clear() { out_.clear(); }
 
  private:
   void begin(char mark);

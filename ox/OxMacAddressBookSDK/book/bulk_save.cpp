@@ -1,11 +1,10 @@
 // The whole book as the data of a neutral book.
 #include "ox/OxAddressBookSDK/general/book_writer.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/admin/written_book.hpp"
 #include "ox/OxMacAddressBookSDK/ground/contained.hpp"
-#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/OxMacAddressBookSDK/ground/progress.hpp"
 #include "ox/base/detached_worker.hpp"
-#include "ox/base/text/utf8.hpp"
 
 namespace ox {
 namespace {
@@ -43,28 +42,9 @@ void OxMacAddressBook::saveDataThreed() {
 }
 
 Data OxMacAddressBook::collectedData() {
-  const OneMoment moment;
-  BookWriter general;
-  const auto groups = allGroups();
-  const auto list = allPersons();
-  const auto persons = list ? list->snapshot() : Persons();
-  const std::size_t total = groups.size() + persons.size();
-  // A save counts its items from 0 where a load counts them from 1, so its first report is 0 and
-  // the last item does not reach 100. Required.
-  std::size_t index = 0;
-  for (const auto& group : groups) {
-    if (auto identifier = group->ID()) {
-      general.add(validUtf8(*std::move(identifier)), *OxGeneralGroup::copyOf(*group));
-    }
-    reportSave(false, nullptr, progress::percent(index++, total));
-  }
-  for (const auto& person : persons) {
-    const auto copy = OxGeneralPerson::copyOf(*person);
-    if (const auto identifier = copy->ID()) general.add(*identifier, *copy);
-    reportSave(false, nullptr, progress::percent(index++, total));
-  }
-  reportSave(false, nullptr, progress::kDone);
-  return general.finish();
+  BookData data;
+  const auto report = [this](double percent) { reportSave(false, nullptr, percent); };
+  return writeBook(*this, data, report) ? data.take() : nullptr;
 }
 
 }  // namespace ox

@@ -2,14 +2,43 @@
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "ox/OxAddressBookSDK/general/OxAddressBookGeneral.hpp"
 #include "ox/OxAddressBookSDK/values/OxMutableSingleValue.hpp"
 #include "ox/base/failures.hpp"
+#include "ox/images/image_codec.hpp"
+#include "tests/OxAddressBookSDK/general/loose_group.hpp"
 
 namespace ox {
 namespace {
+
+// Takes the pieces, and refuses after so many.
+class Pieces final : public BookSink {
+ public:
+  explicit Pieces(std::size_t most = 1000) : most_(most) {}
+
+  void append(std::string_view bytes) override {
+    if (pieces_.size() == most_) throw std::runtime_error("no room");
+    pieces_.emplace_back(bytes);
+  }
+  void replaceStart(std::string_view bytes) override {
+    ASSERT_EQ(pieces_.front().size(), bytes.size());
+    pieces_.front() = bytes;
+  }
+  std::size_t count() const { return pieces_.size(); }
+  std::string file() const {
+    std::string file;
+    for (const auto& piece : pieces_) file += piece;
+    return file;
+  }
+
+ private:
+  std::size_t most_;
+  std::vector<std::string> pieces_;
+};
 
 std::shared_ptr<OxGeneralPerson> withNote(const std::string& identifier, Object note) {
   auto person = OxGeneralPerson::make(identifier);
@@ -19,57 +48,63 @@ std::shared_ptr<OxGeneralPerson> withNote(const std::string& identifier, Object 
   return person;
 }
 
-void add(BookWriter& writer, const std::shared_ptr<OxGeneralPerson>& person) {
-  writer.add(*person->ID(), *person);
-}
-
 Date dateThatIsNone() {
   auto date = *Date::fromText("--05-17");
   date.utcOffsetMinutes = std::int16_t{60};
   return date;
 }
 
-TEST(BookWriter, PutsALaterRecordInThePlaceOfAnEarlierOne) {
-  BookWriter writer;
-  writer.add("g", *OxGeneralGroup::make("Friends", {}, {"p"}));
-  writer.add("h", *OxGeneralGroup::make("Chess", {}, {}));
-  writer.add("g", *OxGeneralGroup::make("Foes", {}, {"q"}));
-  add(writer, withNote("p", "first"));
-  add(writer, withNote("q", "other"));
-  add(writer, withNote("p", "second"));
-  const auto written = writer.finish();
-  ASSERT_TRUE(written);
-  const auto read = OxAddressBookGeneral::addressBookWithData(written);
-  ASSERT_TRUE(read);
-  std::string groups;
-  for (const auto& [key, group] : read->groupsDic()) groups += key + "=" + *group->title() + " ";
-  EXPECT_EQ(groups, "g=Foes h=Chess ");
-  EXPECT_EQ(read->groupsDic().objectForKey("g")->persons(), OxGeneralGroup::Keys{"q"});
-  std::string persons;
-  for (const auto& [key, person] : read->personsDic()) persons += key + " ";
-  EXPECT_EQ(persons, "p q ");
-  EXPECT_EQ(*read->saveToData(), *written);
-  EXPECT_NE(written->find("second"), std::string::npos);
-  EXPECT_EQ(written->find("first"), std::string::npos);
+// A small picture that came from a file.
+ImagePtr pictureOfFile() {
+  const Image image{.width = 16, .height = 16, .pixels = std::vector<std::uint8_t>(1024, 255)};
+  return images::decodePictureFile(images::encodeTiff(image));
 }
 
-TEST(BookWriter, ForgetsARefusedRecordThatAnotherOneReplaces) {
+TEST(BookWriter, WritesWhatAWholeBookIsSavedAs) {
+  const auto group = std::make_shared<LooseGroup>("g", "Friends");
+  for (const bool withPicture : {false, true}) {
+    const auto general = OxAddressBookGeneral::init();
+    Pieces pieces;
+    BookWriter writer(pieces);
+    general->addGroup(group);
+    writer.addGroup(group);
+    for (int i = 0; i < 20; ++i) {
+      const auto person = withNote("p" + std::to_string(i), std::string(100'000, 'n'));
+      if (withPicture && i == 19) person->setThumbnail(pictureOfFile());
+      general->addPerson(person);
+      writer.addPerson(person);
+      EXPECT_LE(pieces.count(), 1U + static_cast<std::size_t>(i) / 2);
+    }
+    EXPECT_TRUE(writer.finish());
+    EXPECT_GE(pieces.count(), 6U) << "it comes in pieces";
+    EXPECT_EQ(pieces.file(), *general->saveToData());
+    EXPECT_TRUE(pieces.file().starts_with(
+        withPicture ? "{\"format\":\"OxAddressBookGeneral\",\"version\":2}\n"
+                    : "{\"format\":\"OxAddressBookGeneral\",\"version\":1}\n"));
+  }
+}
+
+TEST(BookWriter, TellsAtTheEndWhatCouldNotBeWritten) {
   const failures::Watch watch;
-  BookWriter refused;
-  add(refused, withNote("p", dateThatIsNone()));
-  add(refused, withNote("q", "kept"));
-  EXPECT_FALSE(refused.finish());
+  Pieces pieces;
+  BookWriter writer(pieces);
+  writer.addPerson(withNote("p", dateThatIsNone()));
+  writer.addPerson(withNote("q", std::string(1'000'000, 'n')));
+  EXPECT_FALSE(writer.finish());
+  EXPECT_EQ(pieces.count(), 0U);
+  EXPECT_EQ(watch.counts().failures, 1U);
   EXPECT_EQ(watch.lastReason(),
             "the neutral book cannot be written: OxProPertyNote of p: a date that does not exist");
-  BookWriter replaced;
-  add(replaced, withNote("p", dateThatIsNone()));
-  add(replaced, withNote("q", "kept"));
-  add(replaced, withNote("p", "mended"));
-  const auto general = OxAddressBookGeneral::init();
-  general->addPerson(withNote("p", "mended"));
-  general->addPerson(withNote("q", "kept"));
-  EXPECT_EQ(*replaced.finish(), *general->saveToData());
-  EXPECT_EQ(watch.counts().failures, 1U);
+}
+
+TEST(BookWriter, TellsAtTheEndThatItsSinkIsFull) {
+  Pieces pieces(3);
+  BookWriter writer(pieces);
+  for (int i = 0; i < 5; ++i) {
+    writer.addPerson(withNote("p" + std::to_string(i), std::string(1'000'000, 'n')));
+  }
+  EXPECT_EQ(pieces.count(), 3U);
+  EXPECT_THROW(writer.finish(), std::runtime_error);
 }
 
 }  // namespace
