@@ -1,8 +1,9 @@
-// How fast is a whole book handed out as the data of a neutral book, and taken into an empty one?
-// With the pictures of every twentieth person, which are packed anew, and without any.
-// Beside it: SQLite alone reading all values and pictures; and writing them in one commit, as a
-// load does.
+// How fast is a whole book handed out as the data of a neutral book, or written into a file, and
+// taken into an empty one? With the pictures of every twentieth person, and without any.
+// Beside it: SQLite alone reading all values and pictures, and as many bytes written into a file;
+// and SQLite writing the rows in one commit, as a load does.
 #include <condition_variable>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -16,6 +17,7 @@
 #include "bench/plain_edits.hpp"
 #include "bench/stores.hpp"
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
+#include "ox/OxMacAddressBookSDK/admin/written_book.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
 
@@ -61,6 +63,48 @@ double saveTo(const std::string& path) {
   return seconds;
 }
 
+class OpenFile final : public BookSink {
+ public:
+  explicit OpenFile(const std::string& path) : file_(path, std::ios::binary) {}
+  void append(std::string_view bytes) override {
+    file_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    bytes_ += bytes.size();
+  }
+  void replaceStart(std::string_view bytes) override {
+    const auto end = file_.tellp();
+    file_.seekp(0).write(bytes.data(), static_cast<std::streamsize>(bytes.size())).seekp(end);
+  }
+  std::size_t bytes() const { return bytes_; }
+
+ private:
+  std::ofstream file_;
+  std::size_t bytes_ = 0;
+};
+
+// In the child.
+double writeInto(const std::string& path) {
+  const auto book = OxMacAddressBook::addressBookArray().element(0);
+  book->allPersons();
+  const Stopwatch watch;
+  OpenFile file(path);
+  if (!writeBook(*book, file, [](double) {})) throw std::runtime_error("not written");
+  const auto seconds = watch.seconds();
+  tellParent("bytes", static_cast<double>(file.bytes()));
+  return seconds;
+}
+
+// In the child: as many bytes as a book's file has, beside it.
+double readAndWrite(const std::string& store, const std::string& path) {
+  auto left = std::filesystem::file_size(path);
+  const auto read = plain::readContent(store);
+  const Stopwatch watch;
+  OpenFile file(path + ".plain");
+  const std::string piece(1U << 18U, 'x');
+  for (; left > piece.size(); left -= piece.size()) file.append(piece);
+  file.append(std::string_view(piece).substr(0, left));
+  return read + watch.seconds();
+}
+
 // In the child.
 double loadFrom(const std::string& path, std::size_t size) {
   std::ifstream file(path, std::ios::binary);
@@ -84,7 +128,8 @@ int measure(std::string_view way, const std::string& path, std::size_t size) {
   double seconds = 0;
   if (way == "save") seconds = saveTo(path);
   if (way == "load") seconds = loadFrom(path, size);
-  if (way == "plain read") seconds = plain::readContent(store);
+  if (way == "write") seconds = writeInto(path);
+  if (way == "plain read") seconds = readAndWrite(store, path);
   if (way == "plain write") seconds = plain::fillPersons(store, plain::readRows(path));
   tellSeconds(seconds);
   return 0;
@@ -132,11 +177,14 @@ void addFigures(Pictures pictures) {
   const std::string which = pictures == Pictures::With ? "" : ", unpictured";
   const auto saving = [&](const std::string& name, const std::string& way) -> Way {
     return {name, [=](std::size_t size) {
-              return inChild(bookOf(size, pictures), way, temporaryPath("saved"), size);
+              const auto path =
+                  way == "plain read" ? dataOf(size, pictures) : temporaryPath("saved");
+              return inChild(bookOf(size, pictures), way, path, size);
             }};
   };
   addFigure("save a book" + which,
-            {saving("saveDataBlock", "save"), saving("plain SQLite", "plain read")});
+            {saving("saveDataBlock", "save"), saving("writeBook, into a file", "write"),
+             saving("plain SQLite, bytes written", "plain read")});
   addFigure("load a book" + which,
             {{"loadWithData_progressBlock",
               [=](std::size_t size) {

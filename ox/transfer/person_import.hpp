@@ -27,7 +27,7 @@ bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& im
 class PersonImport {
  public:
   static constexpr std::size_t kBatchCards = 5000;
-  static constexpr std::size_t kMostBatchCards = 32'000;
+  static constexpr std::size_t kMostBatchCards = 25'000;
   static constexpr std::size_t kBatchBytes = 64U << 20U;
 
   PersonImport(ContainerSource& source, std::string container, const ImportOptions& options,
