@@ -18,7 +18,7 @@ class Database {
   explicit Database(const std::string& path) {
     check(sqlite3_open(path.c_str(), &handle_));
     check(sqlite::registerRowSum(handle_));
-    run("PRAGMA page_size=2048");
+    run("PRAGMA page_size=4096");
     run("PRAGMA journal_mode=WAL");
     run("PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-65536;"
         "PRAGMA temp_store=MEMORY; PRAGMA wal_autocheckpoint=32768");

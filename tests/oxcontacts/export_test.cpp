@@ -270,7 +270,7 @@ TEST(ExportThatKeepsGoing, TellsOfARecordThatCannotBeListed) {
     uid = row.blob(0);
   }
   auto bytes = fileBytes(store);
-  const auto place = bytes.find(uid, (page - 1) * 2048);
+  const auto place = bytes.find(uid, (page - 1) * 4096);
   ASSERT_NE(place, std::string::npos);
   bytes[place] = static_cast<char>(bytes[place] ^ 1);
   temporaryFile("contacts.db", bytes);

@@ -94,7 +94,7 @@ TEST(LogOfStore, ThatIsDamagedIsNamedByCheckAndStays) {
   {
     // A page that is neither the first nor the last of its commit.
     const auto bytes = support::fileBytes(damaged + "-wal");
-    constexpr std::size_t kFrame = 24 + 2048;
+    constexpr std::size_t kFrame = 24 + 4096;
     const auto isCommit = [&](std::size_t frame) {
       return bytes.substr(frame + 4, 4) != std::string(4, '\0');
     };

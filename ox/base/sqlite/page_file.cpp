@@ -16,6 +16,38 @@ bool isPageSize(std::uint32_t bytes) {
   return bytes >= 512 && bytes <= 65536 && (bytes & (bytes - 1)) == 0;
 }
 
+// Whether these are the first eight bytes of a page of a table or an index: its kind, where its
+// free room begins, how many cells it has and where these do.
+bool beginsTree(std::string_view head, std::uint32_t pageBytes) {
+  const auto kind = static_cast<unsigned char>(head[0]);
+  if (kind != 2 && kind != kInteriorTable && kind != 10 && kind != 13) return false;
+  const auto cells = bigEndian16(head, 3);
+  const auto content = bigEndian16(head, 5) == 0 ? 65536U : bigEndian16(head, 5);
+  return bigEndian16(head, 1) < pageBytes && content <= pageBytes && 8U + 2U * cells <= content;
+}
+
+// How long the pages of a file seem to be whose header does not tell; 0 when they do not, either.
+// Of a page that is thought to be too short every second one begins in the middle of another.
+std::uint32_t likelyPageBytes(const PlainFile& file) {
+  constexpr std::uint64_t kLooks = 4096;
+  for (std::uint32_t bytes = 512; bytes <= 65536; bytes *= 2) {
+    const auto pairs = file.size() / bytes / 2;
+    const auto step = std::max<std::uint64_t>(pairs / kLooks, 1);
+    std::uint64_t first = 0;
+    std::uint64_t second = 0;
+    for (std::uint64_t pair = 0; pair < pairs; pair += step) {
+      const auto begins = [&](std::uint64_t page) {
+        const auto head = file.bytes(page * bytes, 8);
+        return head && beginsTree(*head, bytes) ? 1U : 0U;
+      };
+      first += begins(2 * pair);
+      second += begins(2 * pair + 1);
+    }
+    if (second > 0 && second >= first / 4) return bytes;
+  }
+  return 0;
+}
+
 }  // namespace
 
 PageFile::PageFile(const std::string& path)
@@ -29,10 +61,10 @@ PageFile::PageFile(const std::string& path)
   findTablePages();
 }
 
-// A header that is damaged or cannot be read does not tell how long a page is; the log does, and
-// otherwise it is that of the stores this library makes.
+// A header that is damaged or cannot be read does not tell how long a page is; the log does, or the
+// pages do.
 void PageFile::readHeader() {
-  constexpr std::uint32_t kUsual = 2048;
+  constexpr std::uint32_t kUsual = 4096;
   const auto header = file_.bytes(0, kHeaderBytes);
   if (header) {
     const auto stored = bigEndian16(*header, 16);
@@ -45,7 +77,8 @@ void PageFile::readHeader() {
   }
   if (pageBytes_ == 0) {
     damages_.emplace_back("the first page is damaged: what was removed cannot be told everywhere");
-    pageBytes_ = log_.pageBytes() != 0 ? log_.pageBytes() : kUsual;
+    pageBytes_ = log_.pageBytes() != 0 ? log_.pageBytes() : likelyPageBytes(file_);
+    if (pageBytes_ == 0) pageBytes_ = kUsual;
   }
   if (file_.size() % pageBytes_ != 0) damages_.emplace_back("the file ends within a page");
   count_ = static_cast<std::uint32_t>(

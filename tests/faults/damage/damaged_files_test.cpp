@@ -114,7 +114,7 @@ TEST(Damaged, BackupIsNeverBelieved) {
   });
 }
 
-constexpr Pages kFrames{32, 24 + 2048};
+constexpr Pages kFrames{32, 24 + 4096};
 
 struct StoreWithLog {
   std::string bytes;

@@ -29,7 +29,7 @@ struct Damage {
 // A file whose first bytes make no page, as those of a log.
 struct Pages {
   std::size_t start = 0;
-  std::size_t bytes = 2048;
+  std::size_t bytes = 4096;
 };
 
 // Damages the file's bytes in the way of that kind, at a place of chance. They differ afterwards.

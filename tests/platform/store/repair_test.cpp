@@ -259,7 +259,7 @@ TEST_F(Repair, TouchesNothingWhereAPageIsDamaged) {
   runSql("DROP INDEX link_parent");
   auto bytes = fileBytes(storePath());
   const auto page = std::stoul(queried("SELECT rootpage FROM sqlite_schema WHERE name = 'record'"));
-  bytes.replace((page - 1) * 2048, 8, 8, '\x7F');
+  bytes.replace((page - 1) * 4096, 8, 8, '\x7F');
   support::temporaryFile("repaired.db", bytes);
   expectUntouched(storeProblems(storePath()));
 }
@@ -273,8 +273,8 @@ TEST_F(Repair, TouchesNothingWhereTheLogIsDamaged) {
     file.execute("UPDATE container SET name = hex(zeroblob(9000))");
   }
   auto bytes = fileBytes(log);
-  ASSERT_GT(bytes.size(), 6000U);
-  bytes[3000] = static_cast<char>(bytes[3000] ^ 1);  // of the second page
+  ASSERT_GT(bytes.size(), 9000U);
+  bytes[6000] = static_cast<char>(bytes[6000] ^ 1);  // of the second page
   support::temporaryFile("repaired.db-wal", bytes);
   expectUntouched(storeProblems(storePath()));
   EXPECT_TRUE(fileBytes(log) == bytes);

@@ -24,7 +24,7 @@ using support::StoreBuilder;
 using support::temporaryPath;
 
 constexpr std::size_t kPersons = 180;
-constexpr std::size_t kPageBytes = 2048;
+constexpr std::size_t kPageBytes = 4096;
 constexpr std::size_t kFrameBytes = 24 + kPageBytes;
 
 std::string storePath() {
@@ -197,6 +197,21 @@ TEST(Salvage, BelievesNoLogThatHasRoomForFewerPagesThanItSays) {
   const auto [report, path] = recover(from);
   EXPECT_EQ(report.losses, std::vector<std::string>{});
   EXPECT_EQ(contentOf(path), contentOf(storePath()));
+}
+
+TEST(Salvage, SeesHowLongPagesAreWhereTheFirstOneIsGone) {
+  fillStore();
+  for (const std::uint32_t bytes : {512U, 1024U, 2048U, 4096U, 8192U}) {
+    const auto from = copiedStore();
+    sqlite::Connection(from, sqlite::Connection::Mode::ReadWrite)
+        .execute(
+            ("PRAGMA journal_mode=DELETE; PRAGMA page_size=" + std::to_string(bytes) + "; VACUUM")
+                .c_str());
+    overwrite(from, 0, std::string(bytes, '\0'));
+    EXPECT_EQ(sqlite::PageFile(from).pageBytes(), bytes);
+    EXPECT_EQ(recordsOf(recover(from).path).size(), kPersons + 1);
+    fs::remove(from);
+  }
 }
 
 // Every third page once, some emptied and some full of nonsense.

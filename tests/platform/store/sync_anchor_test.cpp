@@ -28,7 +28,7 @@ using support::temporaryFile;
 using Sentences = std::vector<std::string>;
 
 constexpr std::size_t kHead = 32;
-constexpr std::size_t kFrame = 24 + 2048;
+constexpr std::size_t kFrame = 24 + 4096;
 
 std::string pathOf(const std::string& name) {
   return support::temporaryPath(name).string();
