@@ -30,6 +30,20 @@ std::string foreignDatabase() {
   return path;
 }
 
+// It is told to whoever asks for tags.
+TEST(StoreProblems, ADamagedTagDebtKeepsNobodyFromBeingListed) {
+  run({"add-person", "_local", "name=Dee"});
+  run({"tag", "Dee", "--add", "golf"});
+  const std::string store = support::StoreEnvironment::instance().contactStore();
+  support::writeDamagedRows(store, "UPDATE tag_debt SET number = number");
+  EXPECT_EQ(run({"check"}).exitCode, 1);
+  for (const auto* command : {"persons", "books", "groups", "export"}) {
+    const auto result = run({command});
+    EXPECT_EQ(result.exitCode, 0) << command << result.errors;
+    EXPECT_EQ(result.errors, "") << command;
+  }
+}
+
 // Numbers below 0 mean accounts that an act is only about to make.
 TEST(StoreProblems, TellOfRecordsInAnAccountThatCannotBe) {
   const std::string store = support::StoreEnvironment::instance().contactStore();
