@@ -1,7 +1,6 @@
 #include "ox/base/checksum.hpp"
 
-// For the size of a state, which the library hides where it is linked.
-#define XXH_STATIC_LINKING_ONLY
+#include <new>
 #include <xxhash.h>
 
 namespace ox {
@@ -33,22 +32,30 @@ std::string checksum128(std::string_view bytes) {
   return digitsOf(XXH3_128bits(bytes.data(), bytes.size()));
 }
 
+// The library makes it, whose version tells how large it is.
 struct Checksum128::State {
-  XXH3_state_t hash;
+  State() : hash(XXH3_createState()) {
+    if (hash == nullptr) throw std::bad_alloc();
+  }
+  State(const State&) = delete;
+  State& operator=(const State&) = delete;
+  ~State() { XXH3_freeState(hash); }
+
+  XXH3_state_t* hash;
 };
 
 Checksum128::Checksum128() : state_(std::make_unique<State>()) {
-  XXH3_128bits_reset(&state_->hash);
+  XXH3_128bits_reset(state_->hash);
 }
 
 Checksum128::~Checksum128() = default;
 
 void Checksum128::add(std::string_view bytes) {
-  XXH3_128bits_update(&state_->hash, bytes.data(), bytes.size());
+  XXH3_128bits_update(state_->hash, bytes.data(), bytes.size());
 }
 
 std::string Checksum128::text() const {
-  return digitsOf(XXH3_128bits_digest(&state_->hash));
+  return digitsOf(XXH3_128bits_digest(state_->hash));
 }
 
 }  // namespace ox
