@@ -20,18 +20,18 @@ void ContainerList::load() {
         continue;
       }
       auto container = std::make_shared<const ContainerInfo>(std::move(info));
-      byRow_.emplace(row, container);
+      byRow_.emplace(static_cast<std::int32_t>(row), container);
       all_.push_back(std::move(container));
     }
   });
   loaded_ = true;
 }
 
-std::string ContainerList::damageOf(std::int32_t row) {
+std::string ContainerList::damageOf(std::int64_t row) {
   return "row " + std::to_string(row) + " of the accounts is damaged";
 }
 
-void ContainerList::noticeDamage(std::int32_t row) const {
+void ContainerList::noticeDamage(std::int64_t row) const {
   const auto& name = file_.address().name();
   failures::notice(FailureKind::Corrupt, name + ": " + damageOf(row), name);
 }

@@ -32,8 +32,8 @@ class ContainerList {
 
  private:
   void load();
-  static std::string damageOf(std::int32_t row);
-  void noticeDamage(std::int32_t row) const;
+  static std::string damageOf(std::int64_t row);
+  void noticeDamage(std::int64_t row) const;
   bool isDamaged(std::int32_t row) const;
   std::int32_t findRowOf(std::string_view identifier);
 
@@ -41,7 +41,7 @@ class ContainerList {
   bool loaded_ = false;
   std::vector<ContainerPtr> all_;
   std::unordered_map<std::int32_t, ContainerPtr> byRow_;
-  std::vector<std::int32_t> damaged_;
+  std::vector<std::int64_t> damaged_;
 };
 
 // The identifier with every ":ABAccount" taken out.

@@ -24,7 +24,7 @@ void RecordIndex::append(const Entry& entry) {
   slots_.makeRoom(rules());
   const auto place = static_cast<std::uint32_t>(entries_.size());
   entries_.push_back(entry);
-  // A damaged file may hold a record twice: then the later one is found.
+  // A damaged file may hold a record twice: then one of both is found.
   *slots_.claim(entry.key, rules()).first = place;
   containers_[entry.container].push_back(place);
 }

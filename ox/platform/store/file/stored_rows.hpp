@@ -46,7 +46,7 @@ class StoredRows {
 };
 
 struct ContainerRow {
-  std::int32_t row = 0;
+  std::int64_t row = 0;  // isContainerRow, if it is sound
   ContainerInfo info;
   bool isSound = true;  // else the row is damaged, and nothing of it to be believed
 };

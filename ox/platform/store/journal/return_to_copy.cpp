@@ -54,18 +54,18 @@ void ReturnToCopy::settleContainers() {
     wanted.insert(container.info.identifier);
     const auto now = committed_.containers().rowOf(container.info.identifier);
     const auto info = now != 0 ? committed_.containers().inRow(now) : nullptr;
+    const auto then = static_cast<std::int32_t>(container.row);
     if (info && info->identifier == container.info.identifier) {
-      containers_[container.row] = now;
+      containers_[then] = now;
       continue;
     }
-    const bool isFree = ofThisStore_ && !committed_.containers().inRow(container.row);
-    act_.addedContainers.push_back({isFree ? container.row : 0, container.info});
-    containers_[container.row] =
-        isFree ? container.row : -static_cast<std::int32_t>(act_.addedContainers.size());
+    const bool isFree = ofThisStore_ && !committed_.containers().inRow(then);
+    act_.addedContainers.push_back({isFree ? then : 0, container.info});
+    containers_[then] = isFree ? then : -static_cast<std::int32_t>(act_.addedContainers.size());
   }
   for (const auto& container : soundContainersOf(store_)) {
     if (wanted.contains(container.info.identifier)) continue;
-    act_.removedContainers.push_back({container.row, container.info});
+    act_.removedContainers.push_back({static_cast<std::int32_t>(container.row), container.info});
   }
 }
 

@@ -47,12 +47,6 @@ bool hasRowSums(sqlite::Connection& file) {
 }
 
 void checkTables(sqlite::Connection& file, Problems& problems) {
-  auto containers = file.prepare("SELECT id FROM container ORDER BY id");
-  while (containers.step()) {
-    if (isContainerRow(containers.integer(0))) continue;
-    problems.push_back("row " + std::string(containers.text(0)) +
-                       " of container has a number that no account can have");
-  }
   if (!hasRowSums(file)) return;
   for (const auto& index : missingIndexesOf(file)) {
     problems.push_back("the index " + index.name + " is missing");
@@ -60,6 +54,15 @@ void checkTables(sqlite::Connection& file, Problems& problems) {
   if (file.queryInteger("SELECT ifnull(max(id), 0) > ifnull((SELECT max(seq) FROM sqlite_sequence "
                         "WHERE name = 'container'), 0) FROM container") != 0) {
     problems.emplace_back("the rows of accounts are not counted");
+  }
+}
+
+void checkNumbersOfAccounts(sqlite::Connection& file, Problems& problems) {
+  auto rows = file.prepare("SELECT id FROM container ORDER BY id");
+  while (rows.step()) {
+    if (isContainerRow(rows.integer(0))) continue;
+    problems.push_back("row " + std::string(rows.text(0)) +
+                       " of container has a number that no account can have");
   }
 }
 
@@ -374,8 +377,8 @@ std::vector<std::string> storeProblems(const std::string& path) {
 
 std::vector<std::string> problemsIn(sqlite::Connection& file) {
   Problems problems;
-  for (const auto check : {checkLog, checkStructure, checkTables, checkRows, checkAccounts,
-                           checkRecords, checkLinks, checkJournal}) {
+  for (const auto check : {checkLog, checkStructure, checkTables, checkNumbersOfAccounts, checkRows,
+                           checkAccounts, checkRecords, checkLinks, checkJournal}) {
     try {
       check(file, problems);
     } catch (const sqlite::Error& error) {
