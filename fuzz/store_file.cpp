@@ -110,6 +110,7 @@ class Rows {
     for (const auto& table : fuzz::tablesOf(kSchemaVersion)) {
       const std::string name = table.name;
       const std::string columns = table.columns;
+      if (name == "act") acts_ = restore_.size();
       restore_.emplace_back(database_.prepare("DELETE FROM main." + name),
                             database_.prepare("INSERT INTO main." + name + "(" + columns +
                                               ") SELECT " + columns + " FROM sound." + name));
@@ -124,7 +125,13 @@ class Rows {
     for (std::size_t i = 0; i < restore_.size(); ++i) changed_.insert(i);
   }
 
+  // Whether this run, or what it began with, has taken acts out of the journal or changed them. A
+  // source believes that its past stays as it is: where the run before took away the last act and
+  // this one put it back, what was remembered between them was never told to be wrong.
+  bool isPastChanged() const { return isPastChanged_; }
+
   void change(fuzz::Input& input) {
+    isPastChanged_ = changed_.contains(acts_);
     sqlite::Transaction transaction(database_);
     for (const auto which : changed_) {
       restore_[which].first.run();
@@ -132,6 +139,7 @@ class Rows {
     }
     changed_.clear();
     while (!input.isEmpty()) changed_.insert(changes_->changeOne(input));
+    isPastChanged_ = isPastChanged_ || changed_.contains(acts_);
     transaction.commit();
   }
 
@@ -140,6 +148,8 @@ class Rows {
   sqlite::Connection database_;
   std::vector<std::pair<sqlite::Statement, sqlite::Statement>> restore_;  // by table
   std::set<std::size_t> changed_;  // the tables; no change of one reaches another
+  std::size_t acts_ = 0;           // one of them
+  bool isPastChanged_ = false;
   std::optional<fuzz::RowChanges> changes_;
   std::shared_ptr<ContactSource> source_;
 };
@@ -243,25 +253,32 @@ bool mayOpen(std::uint64_t sum) {
   return sum / 128 % 16 == 0;
 }
 
-// The source over the store at that path, which is opened now when it is missing.
-void tryStore(const std::string& path, ContactSource* open, What what) {
-  bool sound = false;
+bool isSoundNow(const std::string& path) {
   try {
-    sound = what == What::All && isSound(path);
+    return isSound(path);
   } catch (const FailureError&) {
+    return false;
   }
-  const auto made = open == nullptr ? openStoreSource(path) : nullptr;
-  auto& source = open == nullptr ? *made : *open;
+}
+
+bool isReadable(ContactSource& source, What what) {
   const bool areRecordsRead = what == What::Journal || tryReading([&] { readRecords(source); });
   const bool isJournalRead = what == What::Records || tryReading([&] { readJournal(source); });
-  if (!sound || (areRecordsRead && isJournalRead)) return;
-  // A source believes that its past stays as it is. Where the run before took away the last act,
-  // this one has put it back, and what was remembered between them was never told to be wrong.
-  requireReadable(open != nullptr && tryReading([&] {
-                    const auto anew = openStoreSource(path);
-                    readRecords(*anew);
-                    readJournal(*anew);
-                  }));
+  return areRecordsRead && isJournalRead;
+}
+
+// The store at that path, which is opened now.
+void tryStore(const std::string& path, What what) {
+  const bool isSound = what == What::All && isSoundNow(path);
+  const auto source = openStoreSource(path);
+  requireReadable(isReadable(*source, what) || !isSound);
+}
+
+// That of the rows.
+void tryRows(Rows& rows, What what) {
+  const bool isSound = what == What::All && isSoundNow(rows.path());
+  if (isReadable(rows.source(), what) || !isSound) return;
+  requireReadable(rows.isPastChanged() && isReadable(*openStoreSource(rows.path()), what));
 }
 
 // What is taken back, or brought back from a copy, leaves a sound store sound.
@@ -271,14 +288,7 @@ void tryWayBack(Rows& rows, std::uint64_t which) {
     fuzz::writeDatabase(path, Sound::shared().bytes, Sound::shared().log);
     return path;
   }();
-  const auto isNowSound = [&] {
-    try {
-      return isSound(rows.path());
-    } catch (const FailureError&) {
-      return false;
-    }
-  };
-  const bool wasSound = isNowSound();
+  const bool wasSound = isSoundNow(rows.path());
   auto& journal = rows.source().journal();
   rows.noteChanges();
   tryReading([&] {
@@ -294,7 +304,7 @@ void tryWayBack(Rows& rows, std::uint64_t which) {
         journal.takeBack(std::nullopt, StoreJournal::Last::TakingBack);
     }
   });
-  const bool isStillSound = !wasSound || isNowSound();
+  const bool isStillSound = !wasSound || isSoundNow(rows.path());
   if (!isStillSound) {
     for (const auto& problem : storeProblems(rows.path())) {
       std::fprintf(stderr, "was sound, and now: %s\n", problem.c_str());
@@ -343,7 +353,7 @@ void tryBytes(int form, fuzz::Input& input, What what, std::uint64_t which) {
   }
   fuzz::writeDatabase(path, bytes, log);
   if (which % 4 == 0) tryCheck(path, form, which / 4);
-  tryStore(path, nullptr, what);
+  tryStore(path, what);
 }
 
 // A store of an earlier version, which opening brings up to date.
@@ -359,7 +369,7 @@ void tryEarlier(fuzz::Input& input, What what) {
     while (!input.isEmpty()) changes.changeOne(input);
     transaction.commit();
   }
-  tryStore(path, nullptr, what);
+  tryStore(path, what);
 }
 
 }  // namespace
@@ -385,7 +395,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (what == What::WayBack) {
       tryWayBack(rows, sum / 128);
     } else {
-      tryStore(rows.path(), &rows.source(), what);
+      tryRows(rows, what);
     }
   }
   return 0;
