@@ -4,6 +4,7 @@
 #include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/OxMacAddressBookSDK/admin/written_book.hpp"
+#include "ox/OxMacAddressBookSDK/ground/contained.hpp"
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -41,7 +42,9 @@ void writeWhole(const Context& context, OxMacAddressBook& book, const std::strin
   try {
     FileOfBook file(path);
     ProgressBar bar(context, "saving the book");
-    const bool isWhole = writeBook(book, file, [&](double percent) { bar.show(percent); });
+    bool isWhole = false;
+    contained("a save was cut short",
+              [&] { isWhole = writeBook(book, file, [&](double percent) { bar.show(percent); }); });
     if (!isWhole || watch.hasFailures()) {
       throw storeFailure("the book was not saved, " + path + " is as it was", watch);
     }

@@ -136,24 +136,23 @@ void BookWriter::add(std::string_view key, const OxGeneralPerson& person) {
 }
 
 void BookWriter::addGroup(const std::shared_ptr<IOxGroup>& group) {
+  if (!goesOn()) return;
   auto identifier = group ? group->ID() : std::nullopt;
   if (identifier) add(validUtf8(*std::move(identifier)), *OxGeneralGroup::copyOf(*group));
 }
 
 void BookWriter::addPerson(const std::shared_ptr<IOxPerson>& person) {
-  if (!person) return;
+  if (!person || !goesOn()) return;
   const auto copy = OxGeneralPerson::copyOf(*person);
   if (const auto identifier = copy->ID()) add(*identifier, *copy);
 }
 
 template <typename Write>
 void BookWriter::write(Write write) {
-  if (refusal_ || failure_) return;
+  if (!goesOn()) return;
   try {
     write();
     if (out_.text().size() >= kFlushedBytes) flush();
-  } catch (const Unwritable& reason) {
-    refusal_ = reason.what();
   } catch (...) {
     failure_ = std::current_exception();
   }
@@ -172,9 +171,11 @@ void BookWriter::flush() {
 }
 
 bool BookWriter::finish() {
-  if (failure_) std::rethrow_exception(failure_);
-  if (refusal_) {
-    failures::notice(FailureKind::Other, "the neutral book cannot be written: " + *refusal_);
+  try {
+    if (failure_) std::rethrow_exception(failure_);
+  } catch (const Unwritable& reason) {
+    failures::notice(FailureKind::Other,
+                     std::string("the neutral book cannot be written: ") + reason.what());
     return false;
   }
   flush();

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <exception>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -37,6 +36,8 @@ class BookWriter {
   bool finish();
 
  private:
+  // Not any more once something could not be written.
+  bool goesOn() const { return failure_ == nullptr; }
   template <typename Write>
   void write(Write write);
   void flush();
@@ -50,8 +51,7 @@ class BookWriter {
   bool withFiles_ = false;
   std::size_t groups_ = 0;
   std::size_t persons_ = 0;
-  std::optional<std::string> refusal_;
-  std::exception_ptr failure_;
+  std::exception_ptr failure_;  // the first one, Unwritable too
 };
 
 // A book's file in memory.

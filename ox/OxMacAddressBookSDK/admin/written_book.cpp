@@ -26,12 +26,16 @@ bool haveDistinctKeys(const Records& records) {
 
 }  // namespace
 
-bool writeBook(OxMacAddressBook& book, BookSink& sink, const std::function<void(double)>& report) {
+bool writeBook(OxMacAddressBook& book, BookSink& sink,
+               const std::function<void(double)>& progress) {
   const OneMoment moment;
   const auto groups = book.allGroups();
   const auto list = book.allPersons();
   const auto persons = list ? list->snapshot() : Persons();
   const std::size_t total = groups.size() + persons.size();
+  const auto report = [&](double percent) {
+    if (progress) progress(percent);
+  };
   const auto addAll = [&](auto& collected) {
     // A save counts its items from 0 where a load counts them from 1, so its first report is 0 and
     // the last item does not reach 100. Required.

@@ -34,6 +34,14 @@ TEST(WrittenBook, IsTheDataOfASaveWithItsReports) {
   EXPECT_EQ(*data, *savedData(book));
 }
 
+TEST(WrittenBook, NeedsNobodyToReportTo) {
+  StoreBuilder().persons("p", 2);
+  const auto book = bookNamed("_local");
+  BookData data;
+  EXPECT_TRUE(writeBook(*book, data, {}));
+  EXPECT_EQ(*data.take(), *savedData(book));
+}
+
 TEST(WrittenBook, HoldsARecordOnceThatIsListedTwice) {
   StoreBuilder().persons("p", 2);
   const auto book = bookNamed("_local");
