@@ -18,6 +18,7 @@ struct Places {
 
 TEST(RecordSlots, AgreeWithAStandardSetWhereKeysStandElsewhere) {
   std::vector<RecordKey> keys;
+  keys.reserve(1500);
   for (int i = 0; i < 1500; ++i) keys.push_back(RecordKey::of("p" + std::to_string(i)));
   const Places places{keys};
   RecordSlots<std::uint32_t, Places> slots;
@@ -46,6 +47,7 @@ TEST(RecordSlots, AgreeWithAStandardSetWhereKeysStandElsewhere) {
 
 TEST(RecordSlots, KeepTheRoomThatWasMade) {
   std::vector<RecordKey> keys;
+  keys.reserve(100);
   for (int i = 0; i < 100; ++i) keys.push_back(RecordKey::make(RecordKind::Person));
   const Places places{keys};
   RecordSlots<std::uint32_t, Places> slots;
