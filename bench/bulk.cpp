@@ -71,8 +71,7 @@ class OpenFile final : public BookSink {
     bytes_ += bytes.size();
   }
   void replaceStart(std::string_view bytes) override {
-    const auto end = file_.tellp();
-    file_.seekp(0).write(bytes.data(), static_cast<std::streamsize>(bytes.size())).seekp(end);
+    file_.seekp(0).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   }
   std::size_t bytes() const { return bytes_; }
 
@@ -87,7 +86,7 @@ double writeInto(const std::string& path) {
   book->allPersons();
   const Stopwatch watch;
   OpenFile file(path);
-  if (!writeBook(*book, file, [](double) {})) throw std::runtime_error("not written");
+  if (!writeBook(*book, file, {})) throw std::runtime_error("not written");
   const auto seconds = watch.seconds();
   tellParent("bytes", static_cast<double>(file.bytes()));
   return seconds;

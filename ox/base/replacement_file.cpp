@@ -119,25 +119,26 @@ void ReplacementFile::fail(int code) const {
   throw std::system_error(code, std::generic_category(), target_);
 }
 
-void ReplacementFile::write(std::string_view bytes) {
+template <typename Write>
+void ReplacementFile::writeAll(std::string_view bytes, Write write) const {
   assert(file_ >= 0 && !committed_);
   while (!bytes.empty()) {
-    const auto written = ::write(file_, bytes.data(), bytes.size());
+    const auto written = write(bytes);
     if (written < 0 && errno == EINTR) continue;
     if (written < 0) fail(errno);
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
 }
 
+void ReplacementFile::write(std::string_view bytes) {
+  writeAll(bytes, [&](std::string_view rest) { return ::write(file_, rest.data(), rest.size()); });
+}
+
 void ReplacementFile::replaceStart(std::string_view bytes) {
-  assert(file_ >= 0 && !committed_);
-  for (off_t place = 0; !bytes.empty();) {
-    const auto written = ::pwrite(file_, bytes.data(), bytes.size(), place);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) fail(errno);
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-    place += written;
-  }
+  writeAll(bytes, [&](std::string_view rest) {
+    return ::pwrite(file_, rest.data(), rest.size(),
+                    static_cast<off_t>(bytes.size() - rest.size()));
+  });
 }
 
 void ReplacementFile::commit() {

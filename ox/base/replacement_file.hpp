@@ -36,6 +36,9 @@ class OX_EXPORT ReplacementFile {
 
  private:
   [[noreturn]] void fail(int code) const;
+  // The call writes what it is given, or a part of it.
+  template <typename Write>
+  void writeAll(std::string_view bytes, Write write) const;
   bool tryMaking();
 
   std::string target_;

@@ -110,8 +110,7 @@ void changeTags(const std::function<void()>& edit) {
 
 void followTags() {
   try {
-    if (!containerSource().owesTags()) return;
-    containerSource().tagDebts();
+    if (containerSource().tagDebts().acts.empty()) return;
     TagStore::shared().tags({}, {});
   } catch (const std::exception&) {
     return;  // told to whoever asks the store, or for tags

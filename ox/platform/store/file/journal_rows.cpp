@@ -67,9 +67,7 @@ void JournalRow::requireSound() const {
 }
 
 bool JournalRow::mayBeIn(std::int64_t container, ChangeKind what, std::int64_t record) {
-  const bool isOfContainer =
-      what == ChangeKind::ContainerAdded || what == ChangeKind::ContainerRemoved;
-  if (isOfContainer && !isContainerRow(record)) return false;
+  if (isOfContainer(what) && !isContainerRow(record)) return false;
   return container == 0 || isContainerRow(container);
 }
 

@@ -55,6 +55,10 @@ class JournalRow {
     return row_.integer(9) != 0 && isKnown(row_.integer(1)) &&
            mayBeIn(row_.integer(3), what(), record());
   }
+  // Whether changes of that kind are about a container, whose row `record` is then.
+  static bool isOfContainer(ChangeKind what) {
+    return what == ChangeKind::ContainerAdded || what == ChangeKind::ContainerRemoved;
+  }
   // Whether a change of that kind can be in that container, or about it; 0: in none.
   static bool mayBeIn(std::int64_t container, ChangeKind what, std::int64_t record);
   // Whether that number is a ChangeKind: a larger one must not pass for what its last byte is.

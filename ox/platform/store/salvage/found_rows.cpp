@@ -41,7 +41,7 @@ std::optional<ContainerInfo> containerOf(const PageRow& row) {
 }
 
 std::optional<RecordEntry> recordOf(const PageRow& row) {
-  const bool fits = isOf(row, 4) && row.is(2, Type::Integer) && isPositive(row[3]) &&
+  const bool fits = isOf(row, 4) && row.is(2, Type::Integer) && row.is(3, Type::Integer) &&
                     isContainerRow(row[3].integer);
   if (!fits || row[2].integer < 0 || row[2].integer > 1) return std::nullopt;
   const auto key = keyOf(row[1]);

@@ -195,13 +195,13 @@ void checkChanges(sqlite::Connection& file, Problems& problems) {
     const auto tell = [&](const std::string& problem) {
       problems.push_back("change " + std::to_string(rows.integer(0)) + " of the journal" + problem);
     };
-    const bool isOfContainer = what == static_cast<std::int64_t>(ChangeKind::ContainerAdded) ||
-                               what == static_cast<std::int64_t>(ChangeKind::ContainerRemoved);
-    if (!isOfContainer && rows.integer(4) >= nextRecord) tell(": its record was never there");
+    const auto kind = static_cast<ChangeKind>(what);
+    const auto record = rows.integer(4);
     if (!JournalRow::isKnown(what)) tell(" is of no known kind");
-    if (!JournalRow::mayBeIn(rows.integer(5), static_cast<ChangeKind>(what), rows.integer(4))) {
-      tell(": it is in no account");
+    if (!JournalRow::isOfContainer(kind) && record >= nextRecord) {
+      tell(": its record was never there");
     }
+    if (!JournalRow::mayBeIn(rows.integer(5), kind, record)) tell(": it is in no account");
     const auto tryReading = [&](const auto& read) {
       try {
         read();
