@@ -4,7 +4,6 @@
 #include "ox/OxMacAddressBookSDK/_ABPerson/stored_picture.hpp"
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/OxMacAddressBookSDK/admin/written_book.hpp"
-#include "ox/OxMacAddressBookSDK/ground/contained.hpp"
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -36,16 +35,22 @@ class FileOfBook final : public BookSink {
   OutputFile file_;
 };
 
+bool isWritten(const Context& context, OxMacAddressBook& book, BookSink& sink) {
+  ProgressBar bar(context, "saving the book");
+  try {
+    return writeBook(book, sink, [&](double percent) { bar.show(percent); });
+  } catch (const std::exception& error) {
+    failures::notice(error);
+    return false;
+  }
+}
+
 // What could not be read would be missing in the file, and an earlier backup may hold it.
 void writeWhole(const Context& context, OxMacAddressBook& book, const std::string& path,
                 const failures::Watch& watch) {
   try {
     FileOfBook file(path);
-    ProgressBar bar(context, "saving the book");
-    bool isWhole = false;
-    contained("a save was cut short",
-              [&] { isWhole = writeBook(book, file, [&](double percent) { bar.show(percent); }); });
-    if (!isWhole || watch.hasFailures()) {
+    if (!isWritten(context, book, file) || watch.hasFailures()) {
       throw storeFailure("the book was not saved, " + path + " is as it was", watch);
     }
     file.commit();
