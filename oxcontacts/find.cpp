@@ -6,6 +6,7 @@
 
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
+#include "ox/OxMacAddressBookSDK/registry/person_book.hpp"
 #include "ox/base/text/composed.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
@@ -148,7 +149,9 @@ Persons findPersons(const std::vector<std::string>& texts) {
   for (std::size_t i = 0; i < texts.size(); ++i) {
     auto person = hostPerson(records[i]);
     if (!person) person = oneNamed<_ABPerson>("person", texts[i], store->people(), &hostPerson);
-    if (met.insert(person->key()).second) persons.push_back(std::move(person));
+    if (!met.insert(person->key()).second) continue;
+    makeBookOf(*person);
+    persons.push_back(std::move(person));
   }
   return persons;
 }

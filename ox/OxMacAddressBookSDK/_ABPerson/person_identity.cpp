@@ -4,6 +4,7 @@
 #include "ox/OxMacAddressBookSDK/OxMacAddressBook.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
 #include "ox/OxMacAddressBookSDK/ground/containers.hpp"
+#include "ox/OxMacAddressBookSDK/tables/known_books.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_stamp_table.hpp"
 #include "ox/OxMacAddressBookSDK/tables/record_text_table.hpp"
 #include "ox/platform/Contacts/CNContactStore.hpp"
@@ -50,6 +51,7 @@ Text _ABPerson::AccountID() const {
 }
 
 std::shared_ptr<OxMacAddressBook> _ABPerson::personAddressBook() const {
+  if (auto book = knownBook(addressBookID())) return book;
   for (const auto& book : OxMacAddressBook::addressBookArray()) {
     if (book->ID() == addressBookID()) return book;
   }
