@@ -42,6 +42,13 @@ sqlite::Statement& StoreFile::statement(Sql which) {
   return prepared;
 }
 
+void StoreFile::keepPagesFor(std::size_t records) {
+  constexpr std::size_t kMany = 1000;
+  if (keepsManyPages_ || records < kMany) return;
+  connection().execute("PRAGMA cache_size=-65536");
+  keepsManyPages_ = true;
+}
+
 void StoreFile::letCommits(Outlive outlive) {
   if (outlive == outlive_) return;
   connection().execute(outlive == Outlive::PowerCut ? "PRAGMA synchronous=FULL"
@@ -141,6 +148,7 @@ void StoreFile::close() {
   anchored_.reset();
   notAnchored_.reset();
   outlive_ = Outlive::Kill;  // that of a new connection
+  keepsManyPages_ = false;
   unsynced_ = false;
 }
 

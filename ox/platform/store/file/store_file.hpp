@@ -46,6 +46,9 @@ class StoreFile {
 
   sqlite::Connection& connection();
   sqlite::Statement& statement(Sql which);
+  // To be called before an act that touches so many records: one of many comes to pages all over
+  // the indexes, which are kept in memory from then on.
+  void keepPagesFor(std::size_t records);
 
   // What the next commits outlive. A process that is killed loses nothing that was handed to the
   // system, which costs no wait; a power cut loses what the disk has not confirmed.
@@ -92,6 +95,7 @@ class StoreFile {
   StoreConnection store_;
   std::vector<sqlite::Statement> statements_;  // by Sql, prepared when first used
   Outlive outlive_ = Outlive::Kill;
+  bool keepsManyPages_ = false;
   bool unsynced_ = false;                   // something was committed without waiting for the disk
   std::optional<SyncedAct> anchored_;       // by this process; missing until it may
   std::optional<StoreMoment> notAnchored_;  // the last act of this process, on the disk or not

@@ -88,6 +88,10 @@ struct Act {
   // The tag file has followed every act up to this one.
   std::optional<std::int64_t> followedTags;
 
+  std::size_t countOfRecords() const {
+    return restored.size() + added.size() + changed.size() + removed.size();
+  }
+
   // Whether there is nothing to write. That a command was taken back is told even where others have
   // left nothing of it to take back.
   bool empty() const {
