@@ -12,8 +12,10 @@ namespace ox {
 // letter followed by a combining accent differ. No locale takes part.
 OX_EXPORT bool equalsIgnoringCase(std::string_view a, std::string_view b);
 
-// The text as a search compares it: case-folded, every combining mark stripped, composed (NFC). Two
-// texts that differ only in case and accents give the same result.
+// The text as a search compares it: case-folded, every combining mark stripped, letters of full
+// width and ligatures as plain ones, and letters such as ø, ł, đ, ı and æ as those that are typed
+// for them (o, l, d, i, ae); composed (NFC). Two texts that differ only in case and accents give
+// the same result.
 OX_EXPORT std::string foldedForSearch(std::string_view text);
 
 }  // namespace ox

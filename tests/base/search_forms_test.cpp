@@ -1,0 +1,34 @@
+#include "ox/base/text/search_forms.hpp"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace ox {
+namespace {
+
+TEST(SearchForms, AreWhatPeopleType) {
+  struct Row {
+    std::string text;
+    std::vector<std::string> forms;
+  };
+  const std::vector<Row> rows = {
+      {"", {""}},
+      {"Ann LEE", {"ann lee"}},
+      {"Müller", {"muller", "mueller"}},
+      {"Søren Ørsted", {"soren orsted", "soeren oersted"}},
+      {"Åse Łódź", {"ase lodz", "aase lodz"}},
+      {"Æsop Weiß", {"aesop weiss"}},
+      {"İpek Işık", {"ipek isik"}},
+      {"王小明", {"王小明", "wang xiao ming"}},
+      {"Чехов", {"чехов", "cehov", "chekhov"}},
+      {"Παπαδόπουλος", {"παπαδοπουλοσ", "papadopoulos"}},
+      {"たかはし", {"たかはし", "takahashi"}},
+      {"ヤマダ", {"ヤマタ", "yamada"}},
+      {"김민준", {"김민준", "gimminjun"}},
+  };
+  for (const auto& row : rows) EXPECT_EQ(searchForms(row.text), row.forms) << row.text;
+}
+
+}  // namespace
+}  // namespace ox
