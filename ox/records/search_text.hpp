@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "ox/records/property_bag.hpp"
+
+// What a person is found by: lines, each of one byte that names its field, a text as people type it
+// (ox/base/text/search_forms.hpp), and a line feed. Of a telephone number the digits, with a plus
+// before them when it begins with the prefix of its country.
+
+namespace ox {
+
+// Stored: a number that changes its meaning makes every index wrong, so kSearchTextVersion rises.
+enum class SearchField : char {
+  Name = 'A',
+  Nickname,
+  Phonetic,
+  Company,
+  Email,
+  Town,
+  Note,
+  Phone,
+  // Of these a word is looked for only where it names the field.
+  Department,
+  Job,
+  Street,
+  State,
+  Zip,
+  Country,
+  Url,
+  Chat,
+  Profile,
+  Related,
+  Date,
+  Other,
+};
+inline constexpr SearchField kLastSearchedField = SearchField::Phone;
+inline constexpr int kSearchTextVersion = 1;
+
+std::string searchText(const PropertyBag& properties);
+
+// The digits of a number as they stand in a line; empty when it has none.
+std::string searchedDigits(std::string_view number);
+
+// The fields that such a word names, as in `town:bern`; none when it names none.
+std::span<const SearchField> fieldsNamed(std::string_view word);
+
+// Every single character of a text and every two in a row, as one of so many numbers: a text that
+// holds another one has all of its numbers.
+inline constexpr std::size_t kSearchGrams = 512;
+template <typename Use>
+void forEachGram(std::string_view text, Use use);
+
+namespace search_detail {
+
+// The character that begins there; moves past it. Ill-formed bytes count as one each.
+inline std::uint32_t nextCharacter(std::string_view text, std::size_t& at) {
+  const auto lead = static_cast<std::uint8_t>(text[at]);
+  const std::size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  std::uint32_t character = lead;
+  const auto end = at + length < text.size() ? at + length : text.size();
+  for (++at; at < end; ++at) {
+    character = (character << 8U) | static_cast<std::uint8_t>(text[at]);
+  }
+  return character;
+}
+
+inline std::size_t gram(std::uint32_t first, std::uint32_t second) {
+  const auto mixed =
+      (std::uint64_t{first} * 0x9E3779B97F4A7C15U) ^ (std::uint64_t{second} * 0xC2B2AE3D27D4EB4FU);
+  return static_cast<std::size_t>((mixed * 0x9E3779B97F4A7C15U) >> 55U);
+}
+static_assert(kSearchGrams == std::size_t{1} << (64U - 55U));
+
+}  // namespace search_detail
+
+template <typename Use>
+void forEachGram(std::string_view text, Use use) {
+  std::uint32_t before = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const auto character = search_detail::nextCharacter(text, at);
+    use(search_detail::gram(character, 0));
+    if (before != 0) use(search_detail::gram(before, character));
+    before = character;
+  }
+}
+
+}  // namespace ox
