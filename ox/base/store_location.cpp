@@ -111,7 +111,7 @@ std::string placeOf(const std::string& path) {
 bool isStoreFile(const std::string& path) {
   const auto place = placeOf(path);
   const auto store = contactStore();
-  for (const auto& own : {store.file(), store.tagFile(), tagStorePath()}) {
+  for (const auto& own : {store.file(), store.tagFile(), store.searchFile(), tagStorePath()}) {
     for (const auto* ending : {"", "-wal", "-shm", "-journal", "-synced"}) {
       const auto file = placeOf(own) + ending;
       std::error_code error;

@@ -24,6 +24,8 @@ class OX_EXPORT StoreAddress {
   std::string folder() const;
   // The tags that go with the store unless $OX_TAG_STORE says otherwise.
   std::string tagFile() const { return file_ + ".tags"; }
+  // What the persons of the store are found by; made anew where it is missing.
+  std::string searchFile() const { return file_ + ".find"; }
   // True of a store that is there and whose file or folder this process may not write.
   bool isReadOnly() const;
 

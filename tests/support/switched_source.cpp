@@ -138,6 +138,10 @@ RecordKeys SwitchedSource::records(RecordKind kind) {
   return without(&SwitchedSource::hiddenFromRecords_, real_->records(kind));
 }
 
+RecordKeys SwitchedSource::personsMatching(const SearchQuery& query) {
+  return without(&SwitchedSource::hiddenFromRecords_, real_->personsMatching(query));
+}
+
 std::optional<RecordInfo> SwitchedSource::record(std::string_view identifier) {
   count(&SourceCounts::record);
   if (isIn(&SwitchedSource::hiddenFromRecords_, identifier)) return std::nullopt;

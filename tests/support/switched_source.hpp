@@ -84,6 +84,7 @@ class SwitchedSource : public ContactSource {
   ContactSource& real() { return *real_; }
 
   RecordKeys records(RecordKind kind) override;
+  RecordKeys personsMatching(const SearchQuery& query) override;
   std::optional<RecordInfo> record(std::string_view identifier) override;
   std::optional<RecordInfo> record(const RecordKey& key) override;
   std::vector<std::optional<RecordInfo>> recordsWith(

@@ -8,6 +8,7 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unicode/uscript.h>
+#include <unicode/uversion.h>
 #include <utility>
 
 #include "ox/base/text/case.hpp"
@@ -140,6 +141,17 @@ std::vector<std::string> searchForms(std::string_view text) {
     if (std::ranges::find(distinct, form) == distinct.end()) distinct.push_back(std::move(form));
   }
   return distinct;
+}
+
+std::string searchFormsVersion() {
+  UVersionInfo numbers;
+  std::array<char, U_MAX_VERSION_STRING_LENGTH> text{};
+  u_getVersion(numbers);
+  u_versionToString(numbers, text.data());
+  auto version = std::string("ICU ") + text.data();
+  u_getUnicodeVersion(numbers);
+  u_versionToString(numbers, text.data());
+  return version + ", Unicode " + text.data();
 }
 
 }  // namespace ox

@@ -12,4 +12,7 @@ namespace ox {
 // "wang xiao ming"). Each once. Safe from any thread.
 std::vector<std::string> searchForms(std::string_view text);
 
+// Of ICU and its Unicode: while it stays, the forms of every text do.
+std::string searchFormsVersion();
+
 }  // namespace ox

@@ -32,6 +32,13 @@ std::vector<std::shared_ptr<ABRecord>> liveRecords(std::span<const Id> ids) {
   return live;
 }
 
+std::vector<std::shared_ptr<ABPerson>> personsMatching(TextView words, SearchQuery::In in) {
+  if (!words) return {};
+  const SearchQuery query(*words, in);
+  if (query.empty()) return {};
+  return live_records::persons(recordSource().personsMatching(query));
+}
+
 }  // namespace
 
 std::shared_ptr<ABAddressBook> ABAddressBook::sharedAddressBook() {
@@ -45,6 +52,14 @@ std::vector<std::shared_ptr<ABPerson>> ABAddressBook::people() {
 
 std::vector<std::shared_ptr<ABGroup>> ABAddressBook::groups() {
   return answer([] { return live_records::groups(recordSource().records(RecordKind::Group)); });
+}
+
+std::vector<std::shared_ptr<ABPerson>> ABAddressBook::peopleMatching(TextView words) {
+  return answer([&] { return personsMatching(words, SearchQuery::In::KnownFields); });
+}
+
+std::vector<std::shared_ptr<ABPerson>> ABAddressBook::peopleNamed(TextView words) {
+  return answer([&] { return personsMatching(words, SearchQuery::In::Names); });
 }
 
 std::shared_ptr<ABRecord> ABAddressBook::recordForUniqueId(TextView uniqueId) {

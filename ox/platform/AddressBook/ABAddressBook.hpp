@@ -22,6 +22,14 @@ class OX_EXPORT ABAddressBook {
   // In creation order.
   std::vector<std::shared_ptr<ABPerson>> people();
   std::vector<std::shared_ptr<ABGroup>> groups();
+  // The persons in whom every word of the text occurs, in any order and whatever the case and the
+  // accents, in what they are known by: names (also in Latin letters), company, nickname, e-mail,
+  // town, note, and telephone numbers by their digits. `field:word` looks into one field of any
+  // (docs/finding.md names them). In creation order; none for a text without words. By an index
+  // beside the store, which the first search after others have written brings up to date.
+  std::vector<std::shared_ptr<ABPerson>> peopleMatching(TextView words);
+  // The same in names and nicknames alone, where no word names a field.
+  std::vector<std::shared_ptr<ABPerson>> peopleNamed(TextView words);
   // Null when there is no such record, or it was removed.
   std::shared_ptr<ABRecord> recordForUniqueId(TextView uniqueId);
   // The same for whoever has the key at hand.

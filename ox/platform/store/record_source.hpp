@@ -13,6 +13,7 @@
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
 #include "ox/records/property_bag.hpp"
+#include "ox/records/search_query.hpp"
 #include "ox/records/tag_change.hpp"
 
 namespace ox {
@@ -35,6 +36,8 @@ class RecordSource {
   virtual ~RecordSource() = default;
 
   virtual RecordKeys records(RecordKind kind) = 0;
+  // Persons that match, in creation order.
+  virtual RecordKeys personsMatching(const SearchQuery& query) = 0;
   // Missing when there is no such record or it was removed, unsaved removals included.
   virtual std::optional<RecordInfo> record(std::string_view identifier) = 0;
   virtual std::optional<RecordInfo> record(const RecordKey& key) = 0;

@@ -10,6 +10,7 @@
 #include "ox/platform/store/committed/contact_store.hpp"
 #include "ox/platform/store/journal/store_journal.hpp"
 #include "ox/platform/store/running_act.hpp"
+#include "ox/platform/store/search/person_search.hpp"
 #include "ox/platform/store/unsaved/overlay.hpp"
 #include "ox/records/clean_text.hpp"
 
@@ -30,6 +31,7 @@ class StoreSource final : public ContactSource {
   explicit StoreSource(StoreAddress address)
       : store_(std::move(address)),
         committed_(store_.committed()),
+        search_(store_.file()),
         journal_(mutex_, store_),
         overlay_(committed_) {}
 
@@ -37,13 +39,22 @@ class StoreSource final : public ContactSource {
 
   void letGo() override {
     const std::unique_lock lock(mutex_, std::try_to_lock);
-    if (lock) store_.letGo();
+    if (!lock) return;
+    search_.letGo();
+    store_.letGo();
   }
 
   RecordKeys records(RecordKind kind) override {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::Now);
     return overlay_.records(kind);
+  }
+
+  RecordKeys personsMatching(const SearchQuery& query) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    return overlay_.personsMatching(query,
+                                    store_.file().guarded([&] { return search_.rows(query); }));
   }
 
   std::optional<RecordInfo> record(std::string_view identifier) override {
@@ -424,6 +435,7 @@ class StoreSource final : public ContactSource {
   std::mutex mutex_;
   ContactStore store_;
   CommittedRecords& committed_;
+  PersonSearch search_;
   StoreJournal journal_;
   Overlay overlay_;
 };

@@ -9,6 +9,7 @@
 
 #include "ox/platform/store/committed/act_builder.hpp"
 #include "ox/platform/store/file/stored_rows.hpp"
+#include "ox/platform/store/search/person_search.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/platform/store/writing/act_writer.hpp"
 #include "ox/platform/store/writing/journal_trim.hpp"
@@ -133,14 +134,14 @@ bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& take
         file_.forgetUncommitted();
         return false;
     }
-    if (writer.isTrimDue() && mayTrimJournal(file_)) {
-      trimJournal(file_.connection(), kActsOfTrim);
-    }
+    const bool trims = writer.isTrimDue() && mayTrimJournal(file_);
+    if (trims) trimJournal(file_.connection(), kActsOfTrim);
     const auto commit = finish(transaction, act);
     followedTags_.reset();
     writtenMoment_ = writer.written().row.moment;
     file_.noteCommit(writtenMoment_, commit);
     committed_.follow(writer.written());
+    if (trims) removeOutdatedIndex(file_);
     return true;
   } catch (const PropertyOfTwoTypes&) {
     // Whoever decides again sees the type that another process has given it.

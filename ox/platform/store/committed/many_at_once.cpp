@@ -124,6 +124,21 @@ class Matching {
 
 }  // namespace
 
+std::vector<RecordEntry> CommittedRecords::inRows(const std::vector<std::int64_t>& rows) {
+  std::vector<RecordEntry> entries;
+  entries.reserve(rows.size());
+  sqlite::KeyList asked;
+  for (const auto row : rows) asked.add(row);
+  if (asked.empty()) return entries;
+  return file_.guarded([&] {
+    auto& records = file_.statement(Sql::RecordsInRows);
+    const sqlite::StatementScope scope(records);
+    records.bindKeys(1, asked);
+    while (records.step()) entries.push_back(entryOfRow(records));
+    return entries;
+  });
+}
+
 std::vector<std::optional<RecordEntry>> CommittedRecords::find(std::span<const RecordKey> keys) {
   if (indexLoaded_) {
     std::vector<std::optional<Entry>> found(keys.size());

@@ -14,6 +14,7 @@
 #include "ox/platform/store/journal/way_back.hpp"
 #include "ox/platform/store/process_origin.hpp"
 #include "ox/platform/store/schema/backup.hpp"
+#include "ox/platform/store/search/person_search.hpp"
 #include "ox/platform/store/upkeep/eraser.hpp"
 #include "ox/platform/store/upkeep/repair.hpp"
 #include "ox/platform/store/values/store_error.hpp"
@@ -198,6 +199,7 @@ void StoreJournal::setBounds(const JournalBounds& bounds) {
       more = trimJournal(file, kActsOfTrim);
       transaction.commit();
     }
+    removeOutdatedIndex(store_.file());
   });
 }
 

@@ -1,6 +1,7 @@
 #include "ox/platform/store/unsaved/overlay.hpp"
 
 #include <cassert>
+#include <map>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "ox/platform/store/committed/circle.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/entry_identity.hpp"
+#include "ox/records/search_text.hpp"
 
 namespace ox {
 namespace {
@@ -77,6 +79,40 @@ RecordKeys Overlay::records(RecordKind kind) {
   }
   if (values_.hasRemovals()) {
     std::erase_if(keys, [this](const RecordKey& key) { return values_.isRemoved(key); });
+  }
+  return keys;
+}
+
+PropertyBag Overlay::visibleValues(const RecordKey& key) {
+  const auto stored = storedValues(key);
+  auto properties = stored ? *stored : PropertyBag();
+  for (const auto property : values_.changedProperties(key)) {
+    properties.set(property, value(key, property));
+  }
+  return properties;
+}
+
+RecordKeys Overlay::personsMatching(const SearchQuery& query,
+                                    const std::vector<std::int64_t>& rows) {
+  std::map<std::int64_t, RecordKey> found;
+  for (const auto& entry : committed_.inRows(rows)) {
+    if (entry.kind == RecordKind::Person && !values_.isChanged(entry.key)) {
+      found.emplace(entry.row, entry.key);
+    }
+  }
+  const auto matches = [&](const RecordKey& key) {
+    return !isRemoved(key) && query.matches(searchText(visibleValues(key)));
+  };
+  for (const auto& key : values_.changedRecords()) {
+    const auto entry = committed_.find(key);
+    if (entry && entry->kind == RecordKind::Person && matches(key)) found.emplace(entry->row, key);
+  }
+  RecordKeys keys;
+  for (const auto& [row, key] : found) {
+    if (!isRemoved(key)) keys.push_back(key);
+  }
+  for (const auto& key : additions_.records(RecordKind::Person)) {
+    if (matches(key)) keys.push_back(key);
   }
   return keys;
 }

@@ -14,6 +14,7 @@
 #include "ox/platform/store/unsaved/pending_values.hpp"
 #include "ox/platform/store/values/act_ids.hpp"
 #include "ox/platform/store/values/record_changes.hpp"
+#include "ox/records/search_query.hpp"
 
 namespace ox {
 
@@ -41,6 +42,9 @@ class Overlay {
 
   // The record view.
   RecordKeys records(RecordKind kind);
+  // Of committed records those in these rows, rising, match; of those with unsaved values it is
+  // found out. In creation order.
+  RecordKeys personsMatching(const SearchQuery& query, const std::vector<std::int64_t>& rows);
   PropertyValue value(const RecordKey& key, PropertyId property);
   // See RecordSource.
   PropertyValue valueToChange(const RecordKey& key, PropertyId property);
@@ -95,6 +99,7 @@ class Overlay {
   template <typename Id>
   std::vector<std::optional<RecordEntry>> withCreated(std::vector<std::optional<RecordEntry>> found,
                                                       std::span<const Id> ids) const;
+  PropertyBag visibleValues(const RecordKey& key);
   bool isPicture(Data (Overlay::*read)(const RecordKey&), const RecordKey& key, const Data& image);
   bool wouldBeBelowItself(const RecordKey& group, const RecordKey& child);
   bool createLinks(ActId act, const ActIds& acts, SaveRequest& request);

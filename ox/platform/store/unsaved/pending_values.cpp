@@ -64,6 +64,21 @@ const PropertyValue* PendingValues::value(const RecordKey& key, PropertyId prope
   return latest == record->values.rend() ? nullptr : &latest->value;
 }
 
+std::vector<RecordKey> PendingValues::changedRecords() const {
+  std::vector<RecordKey> keys;
+  keys.reserve(edits_.size());
+  for (const auto& record : edits_) keys.push_back(record.key);
+  return keys;
+}
+
+std::vector<PropertyId> PendingValues::changedProperties(const RecordKey& key) const {
+  std::vector<PropertyId> properties;
+  if (const auto* record = find(key)) {
+    for (const auto& change : record->values) properties.push_back(change.property);
+  }
+  return properties;
+}
+
 bool PendingValues::isChangedByOthers(ActId act, const RecordKey& key, PropertyId property) const {
   const auto* record = find(key);
   return record != nullptr &&

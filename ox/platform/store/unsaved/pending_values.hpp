@@ -21,6 +21,10 @@ class PendingValues {
  public:
   // Null when the property has no unsaved value; a missing value in it means "removed".
   const PropertyValue* value(const RecordKey& key, PropertyId property) const;
+  // The records that have any, and the properties of one that have; both without an order.
+  std::vector<RecordKey> changedRecords() const;
+  std::vector<PropertyId> changedProperties(const RecordKey& key) const;
+  bool isChanged(const RecordKey& key) const { return find(key) != nullptr; }
   // Whether another act than that one has changed the property.
   bool isChangedByOthers(ActId act, const RecordKey& key, PropertyId property) const;
   // `base`: what is committed now; of an act's first change of the property it is kept.

@@ -8,6 +8,7 @@
 #include "ox/platform/store/file/journal_rows.hpp"
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/schema/schema.hpp"
+#include "ox/platform/store/search/person_search.hpp"
 #include "ox/platform/store/upkeep/repair.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/tag_change.hpp"
@@ -202,6 +203,7 @@ bool eraseRecord(const std::string& path, const RecordKey& key, const std::strin
     makeMissingIndexes(file);
     const bool found = Eraser(file, key).erase(name, followedTags);
     transaction.commit();
+    removeIndex(path);
     // Whether or not: an earlier try may have been kept from it.
     writeAnew(file, path);
     return found;
