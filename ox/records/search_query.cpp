@@ -149,14 +149,18 @@ SearchQuery::SearchQuery(std::string_view typed, In in) {
 }
 
 bool SearchQuery::occurs(const Term& term, std::string_view text) {
+  // Most of those that an index may hold are told from the others at once.
+  const bool holdsText = !term.text.empty() && isWithin(term.text, text);
+  const bool holdsNumber = !term.number.empty() && isWithin(coreOf(term.number), text);
+  if (!holdsText && !holdsNumber) return false;
   while (!text.empty()) {
     const auto end = std::min(text.find('\n'), text.size() - 1);
     const auto line = text.substr(1, end - 1);
     const auto field = static_cast<SearchField>(text[0]);
     text.remove_prefix(end + 1);
     if (std::ranges::find(term.fields, field) == term.fields.end()) continue;
-    if (!term.text.empty() && isWithin(term.text, line)) return true;
-    if (!term.number.empty() && field == SearchField::Phone && isOfNumber(term.number, line)) {
+    if (holdsText && isWithin(term.text, line)) return true;
+    if (holdsNumber && field == SearchField::Phone && isOfNumber(term.number, line)) {
       return true;
     }
   }

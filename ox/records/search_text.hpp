@@ -49,9 +49,13 @@ std::string searchedDigits(std::string_view number);
 // The fields that such a word names, as in `town:bern`; none when it names none.
 std::span<const SearchField> fieldsNamed(std::string_view word);
 
-// Every single character of a text and every two in a row, as one of so many numbers: a text that
-// holds another one has all of its numbers.
-inline constexpr std::size_t kSearchGrams = 512;
+// Every character of a text, every two and every three in a row, each as one of so many numbers: a
+// text that holds another one has all of its numbers. Each length has numbers of its own, since a
+// text has few different characters, and somebody may look for a family name of one.
+inline constexpr std::size_t kSingleGrams = 1024;
+inline constexpr std::size_t kPairGrams = 512;
+inline constexpr std::size_t kTripleGrams = 1024;
+inline constexpr std::size_t kSearchGrams = kSingleGrams + kPairGrams + kTripleGrams;
 template <typename Use>
 void forEachGram(std::string_view text, Use use);
 
@@ -69,23 +73,28 @@ inline std::uint32_t nextCharacter(std::string_view text, std::size_t& at) {
   return character;
 }
 
-inline std::size_t gram(std::uint32_t first, std::uint32_t second) {
-  const auto mixed =
-      (std::uint64_t{first} * 0x9E3779B97F4A7C15U) ^ (std::uint64_t{second} * 0xC2B2AE3D27D4EB4FU);
-  return static_cast<std::size_t>((mixed * 0x9E3779B97F4A7C15U) >> 55U);
+inline std::size_t mixed(std::uint64_t before, std::uint32_t character) {
+  const auto both = (before + character) * 0x9E3779B97F4A7C15U;
+  return static_cast<std::size_t>(both ^ (both >> 29U));
 }
-static_assert(kSearchGrams == std::size_t{1} << (64U - 55U));
 
 }  // namespace search_detail
 
 template <typename Use>
 void forEachGram(std::string_view text, Use use) {
-  std::uint32_t before = 0;
-  for (std::size_t at = 0; at < text.size();) {
+  std::size_t before = 0;      // the character before, mixed
+  std::size_t beforeBoth = 0;  // the two before
+  std::size_t count = 0;
+  for (std::size_t at = 0; at < text.size(); ++count) {
     const auto character = search_detail::nextCharacter(text, at);
-    use(search_detail::gram(character, 0));
-    if (before != 0) use(search_detail::gram(before, character));
-    before = character;
+    const auto one = search_detail::mixed(0, character);
+    const auto two = search_detail::mixed(before, character);
+    const auto three = search_detail::mixed(beforeBoth, character);
+    use(one % kSingleGrams);
+    if (count > 0) use(kSingleGrams + two % kPairGrams);
+    if (count > 1) use(kSingleGrams + kPairGrams + three % kTripleGrams);
+    before = one;
+    beforeBoth = two;
   }
 }
 

@@ -120,8 +120,9 @@ bool isAscii(std::string_view text) {
 }
 
 void addLatin(std::string_view text, const Scripts& scripts, std::vector<std::string>& forms) {
-  // Transcribing Han takes marks away, and with them the voice of a kana.
-  auto latin = scripts.han && !scripts.kana ? transcribeToLatin(text) : anyLatin(text);
+  // Folding and transcribing Han take marks away, and with them the voice of a kana. What is folded
+  // is transcribed faster, since it is of plain letters.
+  auto latin = scripts.han && !scripts.kana ? transcribeToLatin(forms.front()) : anyLatin(text);
   if (scriptsIn(wide(latin)).other) latin = anyLatin(latin);
   forms.push_back(foldedForSearch(latin));
   if (scripts.cyrillic) forms.push_back(foldedForSearch(englishFromCyrillic(text)));

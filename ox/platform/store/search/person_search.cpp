@@ -69,43 +69,44 @@ std::vector<std::int64_t> PersonSearch::rows(const SearchQuery& query) {
 
 std::optional<std::vector<std::int64_t>> PersonSearch::rowsByFile(const SearchQuery& query) {
   if (!inFile_) inFile_.emplace(file_.address().searchFile());
-  if (!follow(*inFile_)) return std::nullopt;
-  return inFile_->find(query);
+  const auto store = reachOfStore();
+  if (!follow(*inFile_, store)) return std::nullopt;
+  return inFile_->find(query, store);
 }
 
 // Kept while the process goes on: it can follow as one in a file does.
 std::vector<std::int64_t> PersonSearch::rowsInMemory(const SearchQuery& query) {
   if (!inMemory_) inMemory_.emplace();
-  if (!follow(*inMemory_)) {
+  const auto store = reachOfStore();
+  if (!follow(*inMemory_, store)) {
     inMemory_.emplace();
-    follow(*inMemory_);
+    follow(*inMemory_, store);
   }
-  return inMemory_->find(query);
+  return inMemory_->find(query, store).value_or(std::vector<std::int64_t>());
 }
 
-bool PersonSearch::follow(SearchIndex& index) {
+SearchIndex::Reach PersonSearch::reachOfStore() {
   const auto last = lastAct(file_);
-  const auto store = nameOfStore(file_);
-  const auto isOfStore = [&](const std::optional<SearchIndex::Reach>& reach) {
-    return last && reach && reach->store == store;
-  };
-  if (const auto reach = index.reach(); isOfStore(reach) && reach->moment == last->moment) {
-    return true;
-  }
+  return {nameOfStore(file_), last ? last->moment : StoreMoment()};
+}
+
+bool PersonSearch::follow(SearchIndex& index, const SearchIndex::Reach& store) {
+  const bool isTold = store.moment.number >= 0;
+  if (isTold && index.reach() == store) return true;
   SearchIndex::Update update(index);
   const auto reach = index.reach();  // another process may have been here first
-  if (isOfStore(reach)) {
-    if (reach->moment == last->moment) return true;
-    if (reach->moment.number > last->moment.number) return false;
+  if (isTold && reach && reach->store == store.store) {
+    if (reach->moment == store.moment) return true;
+    if (reach->moment.number > store.moment.number) return false;
     const auto since = actOfNumber(file_, reach->moment.number);
     if (since && since->moment == reach->moment && takeChanges(*since, update)) {
-      update.commit({store, last->moment});
+      update.commit(store);
       return true;
     }
   }
   update.clear();
   takeRows(0, update);
-  update.commit({store, last ? last->moment : StoreMoment()});
+  update.commit(store);
   return true;
 }
 

@@ -33,8 +33,10 @@ class PersonSearch {
   // Missing where the file cannot be used, or reaches further than what is read of the store.
   std::optional<std::vector<std::int64_t>> rowsByFile(const SearchQuery& query);
   std::vector<std::int64_t> rowsInMemory(const SearchQuery& query);
-  // False where it reaches further than what is read of the store, which is of an earlier moment.
-  bool follow(SearchIndex& index);
+  // Of what is read of the store; as if of no act where the journal has lost its last one.
+  SearchIndex::Reach reachOfStore();
+  // Brings it up to there; false where it reaches further.
+  bool follow(SearchIndex& index, const SearchIndex::Reach& store);
   // False where the journal does not tell what has changed since.
   bool takeChanges(const ActRow& since, SearchIndex::Update& update);
   void takeRows(std::int64_t from, SearchIndex::Update& update);

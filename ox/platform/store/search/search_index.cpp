@@ -167,7 +167,7 @@ void SearchIndex::prepare() {
     throw DamagedIndex("not a search index");
   }
   grams_ = file_.prepare("SELECT rows, sound FROM grams WHERE id = ?1");
-  person_ = file_.prepare("SELECT text, sound FROM person WHERE record = ?1");
+  person_ = file_.prepare("SELECT record, text, checksum FROM person WHERE record = ?1");
 }
 
 std::optional<SearchIndex::Reach> SearchIndex::reach() {
@@ -183,7 +183,10 @@ std::optional<SearchIndex::Reach> SearchIndex::reach() {
   return reach;
 }
 
-std::vector<std::int64_t> SearchIndex::find(const SearchQuery& query) {
+std::optional<std::vector<std::int64_t>> SearchIndex::find(const SearchQuery& query,
+                                                           const Reach& wanted) {
+  const sqlite::Snapshot snapshot(file_);
+  if (reach() != wanted) return std::nullopt;
   std::vector<std::int64_t> found;
   const auto terms = query.grams();
   auto blocks = file_.prepare("SELECT id, grams, sound FROM block ORDER BY id");
@@ -209,9 +212,8 @@ std::vector<std::int64_t> SearchIndex::find(const SearchQuery& query) {
 bool SearchIndex::isMatch(std::int64_t row, const SearchQuery& query) {
   const sqlite::StatementScope scope(person_);
   person_.bind(1, row);
-  if (!person_.step()) throwDamaged();
-  requireSound(person_, 1);
-  return query.matches(person_.blob(0));
+  if (!person_.step() || !sqlite::isSound(person_, 2)) throwDamaged();
+  return query.matches(person_.blob(1));
 }
 
 void SearchIndex::Update::clear() {

@@ -36,12 +36,14 @@ class SearchIndex {
   struct Reach {
     std::string store;
     StoreMoment moment;
+
+    bool operator==(const Reach&) const = default;
   };
   // Missing in a new one.
   std::optional<Reach> reach();
 
-  // Rows that match, rising.
-  std::vector<std::int64_t> find(const SearchQuery& query);
+  // Rows that match, rising; missing where it does not reach to that moment of that store alone.
+  std::optional<std::vector<std::int64_t>> find(const SearchQuery& query, const Reach& reach);
 
   // While it lives nobody else writes; nothing is changed unless it is committed. Rows are best put
   // in their order.
