@@ -1,74 +1,15 @@
 #include "oxcontacts/find.hpp"
 
 #include <algorithm>
-#include <unordered_set>
 #include <vector>
 
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
-#include "ox/OxMacAddressBookSDK/registry/person_book.hpp"
-#include "ox/base/text/composed.hpp"
-#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
+#include "oxcontacts/wanted_name.hpp"
 
 namespace ox::program {
 namespace {
-
-struct Candidate {
-  std::string identifier;
-  std::string name;
-};
-
-std::string quoted(const std::string& text) {
-  return "\"" + text + "\"";
-}
-
-[[noreturn]] void notFound(const char* what, const std::string& text) {
-  throw CommandError(kNotFound, std::string("there is no ") + what + " " + quoted(text));
-}
-
-[[noreturn]] void ambiguous(const char* what, const std::string& text,
-                            const std::vector<Candidate>& candidates) {
-  constexpr std::size_t kListed = 10;
-  std::string message = quoted(text) + " may be any of " + std::to_string(candidates.size()) + " " +
-                        what + "s; name one by its ID:";
-  for (std::size_t i = 0; i < candidates.size() && i < kListed; ++i) {
-    message += (i == 0 ? " " : ", ") + candidates[i].identifier;
-  }
-  if (candidates.size() > kListed) message += ", ...";
-  throw CommandError(kUsage, message);
-}
-
-// What the user typed as a name, to be found however its accents are stored.
-class WantedName {
- public:
-  explicit WantedName(const std::string& typed) : typed_(typed), composed_(composed(typed)) {}
-  bool isNameOf(const Text& name) const {
-    return name && (*name == typed_ || composed(*name) == composed_);
-  }
-
- private:
-  std::string typed_;
-  std::string composed_;
-};
-
-// The one record of that display name.
-template <typename Record, typename Records>
-std::shared_ptr<Record> oneNamed(const char* what, const std::string& text, const Records& records,
-                                 std::shared_ptr<Record> (*asHost)(std::shared_ptr<ABRecord>)) {
-  const WantedName wanted(text);
-  std::shared_ptr<Record> found;
-  std::vector<Candidate> candidates;
-  for (const auto& record : records) {
-    auto host = asHost(record);
-    if (!host || !wanted.isNameOf(host->displayName())) continue;
-    candidates.push_back({host->ID().value_or(""), text});
-    found = std::move(host);
-  }
-  if (candidates.empty()) notFound(what, text);
-  if (candidates.size() > 1) ambiguous(what, text, candidates);
-  return found;
-}
 
 using Book = std::shared_ptr<OxMacAddressBook>;
 
@@ -112,15 +53,27 @@ CNContainerPtr findAccount(const std::string& text) {
   if (auto account = accountNamed(text)) return account;
   const WantedName wanted(text);
   CNContainerPtr found;
-  std::vector<Candidate> candidates;
+  std::vector<std::string> candidates;
   for (const auto& account : accounts()) {
     if (!wanted.isNameOf(account->name())) continue;
-    candidates.push_back({account->identifier().value_or(""), text});
+    candidates.push_back(account->identifier().value_or(""));
     found = account;
   }
-  if (!found) notFound("account", text);
-  if (candidates.size() > 1) ambiguous("account", text, candidates);
+  if (!found) throwNotFound("account", text);
+  if (candidates.size() > 1) throwAmbiguous("account", text, candidates, candidates.size());
   return found;
+}
+
+std::string nameOfBook(const Text& id) {
+  for (const auto& account : accounts()) {
+    if (OxMacAddressBook::standID(account->identifier()) != id) continue;
+    return OxMacAddressBook::initWithContainer(account)->name().value_or("");
+  }
+  return id.value_or("");
+}
+
+std::vector<std::shared_ptr<OxMacAddressBook>> booksOfAccountsNamed(const std::string& text) {
+  return booksNamed(BookList(), text);
 }
 
 std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text) {
@@ -128,39 +81,12 @@ std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::str
   if (auto book = bookWithId(books, text)) return book;
   if (const auto account = accountNamed(text)) return bookOf(books, account);
   const auto named = booksNamed(books, text);
-  if (named.empty()) notFound("book", text);
+  if (named.empty()) throwNotFound("book", text);
   if (named.size() == 1) return named.front();
-  std::vector<Candidate> candidates;
+  std::vector<std::string> candidates;
   candidates.reserve(named.size());
-  for (const auto& book : named) candidates.push_back({book->ID().value_or(""), text});
-  ambiguous("book", text, candidates);
-}
-
-std::shared_ptr<_ABPerson> findPerson(const std::string& text) {
-  return recordOf(findPersons({text}).front());
-}
-
-Persons findPersons(const std::vector<std::string>& texts) {
-  const OneMoment moment;
-  const auto store = ABAddressBook::sharedAddressBook();
-  const auto records = store->recordsForUniqueIds(texts);
-  Persons persons;
-  std::unordered_set<RecordKey> met;
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    auto person = hostPerson(records[i]);
-    if (!person) person = oneNamed<_ABPerson>("person", texts[i], store->people(), &hostPerson);
-    if (!met.insert(person->key()).second) continue;
-    makeBookOf(*person);
-    persons.push_back(std::move(person));
-  }
-  return persons;
-}
-
-std::shared_ptr<_ABGroup> findGroup(const std::string& text) {
-  const OneMoment moment;
-  const auto store = ABAddressBook::sharedAddressBook();
-  if (auto group = hostGroup(store->recordForUniqueId(text))) return group;
-  return oneNamed<_ABGroup>("group", text, store->groups(), &hostGroup);
+  for (const auto& book : named) candidates.push_back(book->ID().value_or(""));
+  throwAmbiguous("book", text, candidates, candidates.size());
 }
 
 BookList discoveredBooks(const Context& context) {

@@ -20,11 +20,22 @@ CNContainerPtr findAccount(const std::string& text);
 // Among the discovered books and those of accounts without records, which no discovery lists: by
 // ID, else by name.
 std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text);
-// By ID, else by display name.
+// The books of accounts of that name, be it the account's or the book's own, without a discovery.
+std::vector<std::shared_ptr<OxMacAddressBook>> booksOfAccountsNamed(const std::string& text);
+
+// How the book of that ID is called; the ID where no account has such a book.
+std::string nameOfBook(const Text& id);
+
+// A person or group by ID, with or without its ending, else by display name, else by the words of
+// it that were typed: whole or in part, in any order, case and spelling; else by the beginning of
+// the ID; else by all of that behind BOOK/. What is more exact decides; whoever has a terminal is
+// asked which one of several is meant.
 std::shared_ptr<_ABPerson> findPerson(const std::string& text);
 // Each once, in the order of the texts.
 using Persons = std::vector<std::shared_ptr<_ABPerson>>;
 Persons findPersons(const std::vector<std::string>& texts);
+// By ID or whole display name alone, for what cannot be taken back.
+std::shared_ptr<_ABPerson> findPersonByWholeName(const std::string& text);
 std::shared_ptr<_ABGroup> findGroup(const std::string& text);
 
 // The books of the store, found with progress.

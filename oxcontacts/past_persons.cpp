@@ -19,7 +19,7 @@ constexpr std::size_t kAll = SIZE_MAX;
 RecordKey findPersonOfAnyTime(const std::string& text) {
   const failures::Watch watch;
   try {
-    return findPerson(text)->key();
+    return findPersonByWholeName(text)->key();
   } catch (const CommandError& error) {
     if (error.code() != kNotFound || watch.hasFailures()) throw;
   }

@@ -1,5 +1,6 @@
 #include "ox/base/record_key.hpp"
 
+#include <algorithm>
 #include <cassert>
 #include <deque>
 #include <mutex>
@@ -74,6 +75,30 @@ std::optional<std::array<std::uint8_t, 16>> packed(std::string_view identifier) 
 }
 
 }  // namespace
+
+std::optional<std::pair<RecordKey, RecordKey>> RecordKey::rangeOf(std::string_view beginning,
+                                                                  RecordKind kind) {
+  constexpr std::string_view kLowest = "00000000-0000-7000-0000-000000000000";
+  constexpr std::string_view kHighest = "FFFFFFFF-FFFF-7FFF-FFFF-FFFFFFFFFFFF";
+  const auto ending = kind == RecordKind::Person ? kPersonSuffix : kGroupSuffix;
+  if (beginning.empty() || beginning.size() > kUuidLength) return std::nullopt;
+  std::string upper(beginning);
+  std::ranges::transform(upper, upper.begin(), [](char c) {
+    return c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c;
+  });
+  const auto filledBy = [&](std::string_view filler) {
+    return packed(upper + std::string(filler.substr(upper.size())).append(ending));
+  };
+  const auto low = filledBy(kLowest);
+  const auto high = filledBy(kHighest);
+  if (!low || !high) return std::nullopt;
+  return std::pair(fromBytes(*low), fromBytes(*high));
+}
+
+std::string RecordKey::shortText() const {
+  constexpr std::size_t kTimeAndCount = 18;
+  return isPacked() ? text().substr(0, kTimeAndCount) : text();
+}
 
 RecordKey RecordKey::make(RecordKind kind) {
   RecordKey key;

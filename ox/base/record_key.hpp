@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "ox/base/export.hpp"
 #include "ox/base/text.hpp"
@@ -32,7 +33,15 @@ class OX_EXPORT RecordKey {
   // that nobody stored leaves nothing behind.
   static std::optional<RecordKey> known(std::string_view identifier);
 
+  // The lowest and the highest of our own identifiers of that kind that begin with the text, in
+  // either case and with its dashes; missing when none can.
+  static std::optional<std::pair<RecordKey, RecordKey>> rangeOf(std::string_view beginning,
+                                                                RecordKind kind);
+
   std::string text() const;
+  // As people are shown it: of our own identifiers the beginning that tells when it was made and
+  // which one in that moment, which tells it from every other one but by rare chance.
+  std::string shortText() const;
   bool isNone() const { return *this == RecordKey(); }
   // True when the identifier is not one of ours and its text is kept in the intern table.
   bool isForeign() const { return bytes_[0] == kForeignMark; }

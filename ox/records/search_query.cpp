@@ -23,7 +23,7 @@ struct Word {
 };
 
 // The words of what was typed, with each blank of any script as one.
-std::vector<Word> wordsOf(std::string_view typed) {
+std::vector<Word> wordsOf(std::string_view typed, SearchQuery::In in) {
   std::vector<Word> words;
   Word word;
   bool inQuotes = false;
@@ -34,7 +34,7 @@ std::vector<Word> wordsOf(std::string_view typed) {
   for (std::size_t at = 0; at < typed.size(); ++at) {
     const char c = typed[at];
     const bool isWideBlank = typed.substr(at).starts_with("\u3000");
-    if (c == '"') {
+    if (c == '"' && in == SearchQuery::In::KnownFields) {
       inQuotes = !inQuotes;
       word.isQuoted = true;
     } else if (!inQuotes && (isWideBlank || static_cast<unsigned char>(c) <= ' ')) {
@@ -121,7 +121,7 @@ std::vector<SearchField> knownFields() {
 }  // namespace
 
 SearchQuery::SearchQuery(std::string_view typed, In in) {
-  const auto words = wordsOf(typed);
+  const auto words = wordsOf(typed, in);
   if (in == In::Names) {
     const auto names = fieldsNamed("name");
     for (const auto& word : words) {

@@ -17,7 +17,7 @@ namespace ox {
 class SearchQuery {
  public:
   // Where a word is looked for that names no field: in those that a person is known by, or in names
-  // alone, where no word names a field.
+  // alone, where quotes and colons are what a name may hold.
   enum class In : std::uint8_t { KnownFields, Names };
 
   explicit SearchQuery(std::string_view typed, In in = In::KnownFields);

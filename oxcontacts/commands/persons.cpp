@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <charconv>
 #include <optional>
+#include <unordered_set>
 
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
+#include "ox/OxMacAddressBookSDK/registry/person_book.hpp"
 #include "ox/base/text/case.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/commands/commands.hpp"
@@ -20,7 +22,7 @@ struct Arguments {
   std::string book;
   std::string group;
   std::string tag;
-  std::string find;
+  std::optional<std::string> find;
   std::string sort = "store";
   std::optional<std::size_t> limit;
 };
@@ -60,25 +62,6 @@ Persons startingPersons(const Context& context, const Arguments& arguments) {
   return persons;
 }
 
-bool holds(const Text& text, const std::string& folded) {
-  return text && foldedForSearch(*text).find(folded) != std::string::npos;
-}
-
-// True when the text occurs in a name or in any phone number or e-mail address, whatever the case
-// and the accents.
-bool isFound(const _ABPerson& person, const std::string& folded) {
-  if (holds(person.displayName(), folded) || holds(person.nameChineesPinyin(), folded)) return true;
-  for (const auto property : {kABPhoneProperty, kABEmailProperty}) {
-    const auto value = person.valueForProperty(property);
-    const auto* entries = std::get_if<MultiValuePtr>(&value);
-    if (entries == nullptr) continue;
-    for (const auto& entry : (*entries)->entries) {
-      if (holds(entry.value.toText(), folded)) return true;
-    }
-  }
-  return false;
-}
-
 void sortBy(const std::string& order, Persons& persons) {
   if (order == "store") return;
   std::vector<std::pair<std::string, Person>> keyed;
@@ -93,17 +76,31 @@ void sortBy(const std::string& order, Persons& persons) {
   for (std::size_t i = 0; i < keyed.size(); ++i) persons[i] = std::move(keyed[i].second);
 }
 
-Persons chosenPersons(const Context& context, const Arguments& arguments) {
+// The persons that the search finds, of those to choose from.
+Persons foundPersons(const Context& context, const Arguments& arguments) {
+  Persons found;
+  for (auto& record : ABAddressBook::sharedAddressBook()->peopleMatching(*arguments.find)) {
+    if (auto person = hostPerson(std::move(record))) found.push_back(std::move(person));
+  }
+  if (arguments.book.empty() && arguments.group.empty()) {
+    for (const auto& person : found) makeBookOf(*person);
+    return found;
+  }
+  std::unordered_set<RecordKey> matching;
+  for (const auto& person : found) matching.insert(person->key());
   auto persons = startingPersons(context, arguments);
+  std::erase_if(persons, [&](const Person& person) { return !matching.contains(person->key()); });
+  return persons;
+}
+
+Persons chosenPersons(const Context& context, const Arguments& arguments) {
+  auto persons =
+      arguments.find ? foundPersons(context, arguments) : startingPersons(context, arguments);
   if (!arguments.tag.empty()) {
     std::erase_if(persons, [&](const Person& person) {
       const auto tags = person->tagArray();
       return std::find(tags.begin(), tags.end(), arguments.tag) == tags.end();
     });
-  }
-  if (!arguments.find.empty()) {
-    const auto folded = foldedForSearch(arguments.find);
-    std::erase_if(persons, [&](const Person& person) { return !isFound(*person, folded); });
   }
   sortBy(arguments.sort, persons);
   if (arguments.limit && *arguments.limit < persons.size()) persons.resize(*arguments.limit);
@@ -130,17 +127,26 @@ std::size_t limitOf(const std::string& text) {
   return limit;
 }
 
+void requireFound(const Arguments& arguments, bool isAnybody) {
+  if (!arguments.find || isAnybody) return;
+  throw CommandError(kNotFound, "nobody matches \"" + *arguments.find + "\"");
+}
+
 void printJsonList(const Context& context, const Arguments& arguments) {
   const OneMoment moment;
   JsonList list;
-  for (const auto& person : chosenPersons(context, arguments)) list.add(personJson(*person));
+  const auto persons = chosenPersons(context, arguments);
+  for (const auto& person : persons) list.add(personJson(*person));
   list.close();
+  requireFound(arguments, !persons.empty());
 }
 
 Table tableOfPersons(const Context& context, const Arguments& arguments) {
   const OneMoment moment;
   Table table({{"NAME"}, {"PHONE"}, {"E-MAIL"}, {"BOOK"}, {"ID"}});
-  for (const auto& person : chosenPersons(context, arguments)) {
+  const auto persons = chosenPersons(context, arguments);
+  requireFound(arguments, !persons.empty());
+  for (const auto& person : persons) {
     table.addRow({person->displayName().value_or(""), mainPhone(*person).value_or(""),
                   mainEmail(*person).value_or(""), person->addressBookID().value_or(""),
                   person->ID().value_or("")});
@@ -164,8 +170,8 @@ void declarePersons(CLI::App& program, const Context& context) {
   persons->add_option("--tag", arguments->tag, "Only those with this tag")->type_name("TAG");
   persons
       ->add_option("--find", arguments->find,
-                   "Only those with this in a name, phone number or e-mail address")
-      ->type_name("TEXT");
+                   "Only those in whom each of these words occurs; field:word looks into one field")
+      ->type_name("WORDS");
   persons->add_option("--sort", arguments->sort, "name, pinyin or store (the default)")
       ->check(CLI::IsMember({"name", "pinyin", "store"}))
       ->type_name("ORDER");

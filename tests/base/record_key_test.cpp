@@ -90,5 +90,26 @@ TEST(RecordKey, InternsTheSameTextOnceAcrossThreads) {
   EXPECT_EQ(keys.front().at(7).text(), "text 7");
 }
 
+TEST(RecordKey, IsWithinTheRangeOfWhatItBeginsWith) {
+  for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
+    const auto key = RecordKey::make(kind);
+    const auto text = key.text();
+    for (std::size_t length = 1; length <= 36; ++length) {
+      const auto range = RecordKey::rangeOf(text.substr(0, length), kind);
+      ASSERT_TRUE(range) << length;
+      EXPECT_LE(range->first, key);
+      EXPECT_LE(key, range->second);
+      EXPECT_TRUE(range->first.text().starts_with(text.substr(0, length)));
+      EXPECT_TRUE(range->second.text().starts_with(text.substr(0, length)));
+    }
+    EXPECT_EQ(key.shortText(), text.substr(0, 18));
+  }
+  for (const auto* text : {"", "xyz", "FF", "01A2049A3999", "01A2049A-3999-4",
+                           "01A2049A-3999-7000-9EEB-F52DA61E89CB:"}) {
+    EXPECT_FALSE(RecordKey::rangeOf(text, RecordKind::Person)) << text;
+  }
+  EXPECT_EQ(RecordKey::of("foreign").shortText(), "foreign");
+}
+
 }  // namespace
 }  // namespace ox

@@ -138,6 +138,12 @@ RecordKeys SwitchedSource::records(RecordKind kind) {
   return without(&SwitchedSource::hiddenFromRecords_, real_->records(kind));
 }
 
+RecordKeys SwitchedSource::recordsStartingWith(std::string_view beginning, RecordKind kind,
+                                               std::size_t atMost) {
+  return without(&SwitchedSource::hiddenFromRecords_,
+                 real_->recordsStartingWith(beginning, kind, atMost));
+}
+
 RecordKeys SwitchedSource::personsMatching(const SearchQuery& query) {
   return without(&SwitchedSource::hiddenFromRecords_, real_->personsMatching(query));
 }

@@ -84,6 +84,8 @@ class SwitchedSource : public ContactSource {
   ContactSource& real() { return *real_; }
 
   RecordKeys records(RecordKind kind) override;
+  RecordKeys recordsStartingWith(std::string_view beginning, RecordKind kind,
+                                 std::size_t atMost) override;
   RecordKeys personsMatching(const SearchQuery& query) override;
   std::optional<RecordInfo> record(std::string_view identifier) override;
   std::optional<RecordInfo> record(const RecordKey& key) override;

@@ -67,6 +67,16 @@ std::shared_ptr<ABRecord> ABAddressBook::recordForUniqueId(TextView uniqueId) {
   return answer([&] { return liveRecord(recordSource().record(*uniqueId)); });
 }
 
+std::vector<std::shared_ptr<ABRecord>> ABAddressBook::recordsStartingWith(TextView beginning,
+                                                                          RecordKind kind,
+                                                                          std::size_t atMost) {
+  if (!beginning) return {};
+  return answer([&] {
+    const auto keys = recordSource().recordsStartingWith(*beginning, kind, atMost);
+    return liveRecords(std::span(keys));
+  });
+}
+
 std::shared_ptr<ABRecord> ABAddressBook::recordForKey(const RecordKey& key) {
   if (key.isNone()) return nullptr;
   return answer([&] { return liveRecord(recordSource().record(key)); });

@@ -38,6 +38,10 @@ class OX_EXPORT ABAddressBook {
   std::vector<std::shared_ptr<ABRecord>> recordsForUniqueIds(
       const std::vector<std::string>& uniqueIds);
   std::vector<std::shared_ptr<ABRecord>> recordsForKeys(const std::vector<RecordKey>& keys);
+  // Those of that kind whose identifier, where it is one of ours, begins with the text in either
+  // case: what people type of it. At most so many; what is not committed is not among them.
+  std::vector<std::shared_ptr<ABRecord>> recordsStartingWith(TextView beginning, RecordKind kind,
+                                                             std::size_t atMost);
   // Marks the record and its links as removed; the store follows at the save. False when refused.
   bool removeRecord(const std::shared_ptr<ABRecord>& record);
 

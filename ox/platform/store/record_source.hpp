@@ -38,6 +38,9 @@ class RecordSource {
   virtual RecordKeys records(RecordKind kind) = 0;
   // Persons that match, in creation order.
   virtual RecordKeys personsMatching(const SearchQuery& query) = 0;
+  // Committed ones whose own identifiers begin with the text; at most so many.
+  virtual RecordKeys recordsStartingWith(std::string_view beginning, RecordKind kind,
+                                         std::size_t atMost) = 0;
   // Missing when there is no such record or it was removed, unsaved removals included.
   virtual std::optional<RecordInfo> record(std::string_view identifier) = 0;
   virtual std::optional<RecordInfo> record(const RecordKey& key) = 0;

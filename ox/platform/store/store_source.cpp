@@ -50,6 +50,15 @@ class StoreSource final : public ContactSource {
     return overlay_.records(kind);
   }
 
+  RecordKeys recordsStartingWith(std::string_view beginning, RecordKind kind,
+                                 std::size_t atMost) override {
+    const std::lock_guard lock(mutex_);
+    store_.refresh(Look::Now);
+    auto keys = committed_.startingWith(beginning, kind, atMost);
+    std::erase_if(keys, [&](const RecordKey& key) { return overlay_.isRemoved(key); });
+    return keys;
+  }
+
   RecordKeys personsMatching(const SearchQuery& query) override {
     const std::lock_guard lock(mutex_);
     store_.refresh(Look::Now);

@@ -73,6 +73,8 @@ class CommittedRecords {
   // About many at once (many_at_once.cpp); one answer for each key, in their order.
   std::vector<std::optional<Entry>> find(std::span<const RecordKey> keys);
   std::vector<std::optional<Entry>> find(std::span<const std::string> identifiers);
+  // Of that kind, their own identifiers beginning with the text; at most so many.
+  RecordKeys startingWith(std::string_view beginning, RecordKind kind, std::size_t atMost);
   // What is there of these rows, in their order. Throws DamagedRow.
   std::vector<Entry> inRows(const std::vector<std::int64_t>& rows);
   // Reads what is not in memory of these in one question, for whoever is going to ask for each.

@@ -124,6 +124,27 @@ class Matching {
 
 }  // namespace
 
+RecordKeys CommittedRecords::startingWith(std::string_view beginning, RecordKind kind,
+                                          std::size_t atMost) {
+  RecordKeys keys;
+  const auto range = RecordKey::rangeOf(beginning, kind);
+  if (!range) return keys;
+  const StoredUid first(range->first);
+  const StoredUid last(range->second);
+  return file_.guarded([&] {
+    auto& rows = file_.statement(Sql::RecordsBetweenUids);
+    const sqlite::StatementScope scope(rows);
+    first.bindTo(rows, 1);
+    last.bindTo(rows, 2);
+    rows.bind(3, -1);
+    while (keys.size() < atMost && rows.step()) {
+      const auto entry = entryOfRow(rows);
+      if (entry.kind == kind) keys.push_back(entry.key);
+    }
+    return keys;
+  });
+}
+
 std::vector<RecordEntry> CommittedRecords::inRows(const std::vector<std::int64_t>& rows) {
   std::vector<RecordEntry> entries;
   entries.reserve(rows.size());

@@ -25,6 +25,7 @@ enum class Sql : std::uint8_t {
   ContentOfRow,
   ImageChecksum,
   RecordsAfter,
+  RecordsBetweenUids,
   RecordByUid,
   ContentFrom,
   PicturesFrom,

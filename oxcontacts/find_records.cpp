@@ -1,0 +1,209 @@
+// What the words PERSON and GROUP mean.
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+#include <unistd.h>
+#include <unordered_set>
+
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
+#include "ox/OxMacAddressBookSDK/registry/person_book.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "oxcontacts/find.hpp"
+#include "oxcontacts/output/table.hpp"
+#include "oxcontacts/output/terminal_text.hpp"
+#include "oxcontacts/wanted_name.hpp"
+
+namespace ox::program {
+namespace {
+
+std::shared_ptr<ABAddressBook> store() {
+  return ABAddressBook::sharedAddressBook();
+}
+
+// How each kind of record is looked for and told from others.
+struct PersonKind {
+  using Record = _ABPerson;
+  static constexpr const char* kName = "person";
+  static constexpr const char* kEnding = ":ABPerson";
+  static constexpr auto kKind = RecordKind::Person;
+
+  static std::shared_ptr<_ABPerson> host(std::shared_ptr<ABRecord> record) {
+    return hostPerson(std::move(record));
+  }
+  // Those whose names hold all words; all of them where nothing that was typed is a word.
+  static std::vector<std::shared_ptr<_ABPerson>> thatMayBe(const std::string& text) {
+    std::vector<std::shared_ptr<_ABPerson>> persons;
+    const bool isBlank = text.find_first_not_of(" \t") == std::string::npos;
+    for (auto& record : isBlank ? store()->people() : store()->peopleNamed(text)) {
+      persons.push_back(hostPerson(std::move(record)));
+    }
+    return persons;
+  }
+  // Nicknames and other spellings count, which the search has looked at.
+  static bool isMeant(const WantedName& wanted, const Text&) { return wanted.hasWords(); }
+  static std::string detail(const _ABPerson& person) {
+    const auto value = person.valueForProperty(kABPhoneProperty);
+    const auto* numbers = std::get_if<MultiValuePtr>(&value);
+    if (numbers == nullptr || !*numbers || (*numbers)->entries.empty()) return {};
+    return (*numbers)->entries.front().value.toText().value_or("");
+  }
+};
+
+struct GroupKind {
+  using Record = _ABGroup;
+  static constexpr const char* kName = "group";
+  static constexpr const char* kEnding = ":ABGroup";
+  static constexpr auto kKind = RecordKind::Group;
+
+  static std::shared_ptr<_ABGroup> host(std::shared_ptr<ABRecord> record) {
+    return hostGroup(std::move(record));
+  }
+  static std::vector<std::shared_ptr<_ABGroup>> thatMayBe(const std::string&) {
+    std::vector<std::shared_ptr<_ABGroup>> groups;
+    for (auto& record : store()->groups()) groups.push_back(hostGroup(std::move(record)));
+    return groups;
+  }
+  static bool isMeant(const WantedName& wanted, const Text& name) { return wanted.isPartOf(name); }
+  static std::string detail(const _ABGroup& group) {
+    return std::to_string(group.persons().size()) + " persons";
+  }
+};
+
+template <typename Kind>
+using Found = std::vector<std::shared_ptr<typename Kind::Record>>;
+
+// One of several that may be meant: its name, book, telephone number or size, and short ID.
+template <typename Kind>
+std::string lineOf(const typename Kind::Record& record) {
+  auto line = record.displayName().value_or("") + " (" + nameOfBook(record.addressBookID());
+  if (const auto detail = Kind::detail(record); !detail.empty()) line += ", " + detail;
+  return line + ", " + record.key().shortText() + ")";
+}
+
+bool canAsk() {
+  return ::isatty(STDIN_FILENO) != 0 && ::isatty(STDERR_FILENO) != 0;
+}
+
+// Missing when the answer is none of them.
+template <typename Kind>
+std::shared_ptr<typename Kind::Record> askedFor(const std::string& text, const Found<Kind>& found) {
+  std::cerr << "Which " << Kind::kName << " is \"" << terminalText(text) << "\"?\n";
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    std::cerr << "  " << i + 1 << "  " << terminalText(lineOf<Kind>(*found[i])) << '\n';
+  }
+  std::cerr << "Number (nothing to leave it): " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  std::size_t number = 0;
+  const auto read = std::from_chars(answer.data(), answer.data() + answer.size(), number);
+  if (read.ec != std::errc() || number == 0 || number > found.size()) return nullptr;
+  return found[number - 1];
+}
+
+// The one of them, which are not none.
+template <typename Kind>
+std::shared_ptr<typename Kind::Record> oneOf(const std::string& text, const Found<Kind>& found) {
+  constexpr std::size_t kAsked = 20;
+  if (found.size() == 1) return found.front();
+  if (canAsk() && found.size() <= kAsked) {
+    if (auto chosen = askedFor<Kind>(text, found)) return chosen;
+  }
+  std::vector<std::string> lines;
+  for (std::size_t i = 0; i < found.size() && i < kListedCandidates; ++i) {
+    lines.push_back(lineOf<Kind>(*found[i]));
+  }
+  throwAmbiguous(Kind::kName, text, lines, found.size());
+}
+
+// Of the candidates those with that name, as exactly as any of them.
+template <typename Kind>
+Found<Kind> namedLike(const std::string& text, const Found<Kind>& candidates, bool onlyWhole) {
+  const WantedName wanted(text);
+  Found<Kind> whole;
+  Found<Kind> nearly;
+  Found<Kind> partly;
+  for (const auto& record : candidates) {
+    const auto name = record->displayName();
+    if (wanted.isNameOf(name)) whole.push_back(record);
+    if (wanted.isNearlyNameOf(name)) nearly.push_back(record);
+    if (Kind::isMeant(wanted, name)) partly.push_back(record);
+  }
+  if (!whole.empty() || onlyWhole) return whole;
+  return nearly.empty() ? partly : nearly;
+}
+
+template <typename Kind>
+Found<Kind> withIdBeginning(const std::string& text) {
+  // Shorter ones are rather names, and begin the identifiers of years.
+  constexpr std::size_t kShortest = 8;
+  constexpr std::size_t kMost = 50;
+  Found<Kind> found;
+  if (text.size() < kShortest) return found;
+  for (auto& record : store()->recordsStartingWith(text, Kind::kKind, kMost)) {
+    if (auto host = Kind::host(std::move(record))) found.push_back(std::move(host));
+  }
+  return found;
+}
+
+// Those of a book, where the text is BOOK/NAME.
+template <typename Kind>
+Found<Kind> namedInBook(const std::string& text) {
+  Found<Kind> found;
+  const auto slash = text.find('/');
+  if (slash == std::string::npos || slash + 1 == text.size()) return found;
+  const auto name = text.substr(slash + 1);
+  const auto candidates = Kind::thatMayBe(name);
+  for (const auto& book : booksOfAccountsNamed(text.substr(0, slash))) {
+    Found<Kind> held;
+    for (const auto& record : candidates) {
+      if (record->addressBookID() == book->ID()) held.push_back(record);
+    }
+    for (auto& record : namedLike<Kind>(name, held, false)) found.push_back(std::move(record));
+  }
+  return found;
+}
+
+template <typename Kind>
+std::shared_ptr<typename Kind::Record> findRecord(const std::string& text, bool onlyWhole) {
+  for (const auto& identifier : {text, text + Kind::kEnding}) {
+    if (auto record = Kind::host(store()->recordForUniqueId(identifier))) return record;
+  }
+  auto found = namedLike<Kind>(text, Kind::thatMayBe(text), onlyWhole);
+  if (found.empty() && !onlyWhole) found = withIdBeginning<Kind>(text);
+  if (found.empty() && !onlyWhole) found = namedInBook<Kind>(text);
+  if (found.empty()) throwNotFound(Kind::kName, text);
+  return oneOf<Kind>(text, found);
+}
+
+}  // namespace
+
+std::shared_ptr<_ABPerson> findPerson(const std::string& text) {
+  return findPersons({text}).front();
+}
+
+std::shared_ptr<_ABPerson> findPersonByWholeName(const std::string& text) {
+  const OneMoment moment;
+  return findRecord<PersonKind>(text, true);
+}
+
+Persons findPersons(const std::vector<std::string>& texts) {
+  const OneMoment moment;
+  const auto records = store()->recordsForUniqueIds(texts);
+  Persons persons;
+  std::unordered_set<RecordKey> met;
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    auto person = hostPerson(records[i]);
+    if (!person) person = findRecord<PersonKind>(texts[i], false);
+    if (!met.insert(person->key()).second) continue;
+    makeBookOf(*person);
+    persons.push_back(std::move(person));
+  }
+  return persons;
+}
+
+std::shared_ptr<_ABGroup> findGroup(const std::string& text) {
+  const OneMoment moment;
+  return findRecord<GroupKind>(text, false);
+}
+
+}  // namespace ox::program
