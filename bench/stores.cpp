@@ -115,7 +115,7 @@ void moveStore(const std::string& from, const std::string& to) {
 }
 
 void removeStore(const std::string& path) {
-  for (const char* ending : {"", "-wal", "-shm", ".tags", ".tags-wal", ".tags-shm"}) {
+  for (const char* ending : {"", "-wal", "-shm", ".find", ".tags", ".tags-wal", ".tags-shm"}) {
     std::filesystem::remove(path + ending);
   }
 }

@@ -27,7 +27,8 @@ namespace {
 constexpr const char* kExitCodes =
     "Data goes to standard output, everything else to standard error.\n"
     "ACCOUNT is a container's identifier, its standard id or its name; BOOK a book's ID or name;\n"
-    "PERSON and GROUP an ID or a display name. Names must be unambiguous.\n"
+    "PERSON and GROUP an ID or its beginning, or a name in whole or part, also as BOOK/NAME.\n"
+    "Of several that may be meant a terminal asks, else they are listed.\n"
     "Exit codes: 0 done, 1 failed, 2 usage (an ambiguous name too), 3 done with refusals,\n"
     "4 not found, 5 busy, 130 interrupted.";
 

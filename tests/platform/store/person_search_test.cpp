@@ -124,6 +124,22 @@ TEST(PersonSearch, IsOfThePinnedMoment) {
   EXPECT_EQ(found("ann"), "a");
 }
 
+TEST(PersonSearch, FollowsAnEarlierCopyInPlaceOfTheStore) {
+  StoreBuilder().person("a", {.first = "Ann"});
+  EXPECT_EQ(found("ann"), "a");
+  contactSource().letGo();
+  const auto copy = support::temporaryPath("copy");
+  std::filesystem::copy_file(storePath(), copy);
+  EXPECT_EQ(renames.run({"a", "Zoe"}).exitCode, 0);
+  EXPECT_EQ(found("zoe"), "a");
+  contactSource().letGo();
+  std::filesystem::copy_file(copy, storePath(), std::filesystem::copy_options::overwrite_existing);
+  EXPECT_EQ(found("zoe"), "");
+  EXPECT_EQ(found("ann"), "a");
+  EXPECT_EQ(renames.run({"a", "Eve"}).exitCode, 0);
+  EXPECT_EQ(found("eve"), "a");
+}
+
 // The index that stands beside the store before it is searched.
 struct Before {
   std::string name;

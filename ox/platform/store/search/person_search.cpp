@@ -48,6 +48,7 @@ void removeOutdatedIndex(StoreFile& file) {
 
 std::vector<std::int64_t> PersonSearch::rows(const SearchQuery& query) {
   if (query.empty()) return {};
+  isPinned_ = file_.connection().isInTransaction();
   const sqlite::Snapshot snapshot(file_.connection());
   for (int attempt = 0; attempt < 2; ++attempt) {
     try {
@@ -97,7 +98,7 @@ bool PersonSearch::follow(SearchIndex& index, const SearchIndex::Reach& store) {
   const auto reach = index.reach();  // another process may have been here first
   if (isTold && reach && reach->store == store.store) {
     if (reach->moment == store.moment) return true;
-    if (reach->moment.number > store.moment.number) return false;
+    if (isPinned_ && reach->moment.number > store.moment.number) return false;
     const auto since = actOfNumber(file_, reach->moment.number);
     if (since && since->moment == reach->moment && takeChanges(*since, update)) {
       update.commit(store);

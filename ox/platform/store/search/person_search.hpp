@@ -35,7 +35,8 @@ class PersonSearch {
   std::vector<std::int64_t> rowsInMemory(const SearchQuery& query);
   // Of what is read of the store; as if of no act where the journal has lost its last one.
   SearchIndex::Reach reachOfStore();
-  // Brings it up to there; false where it reaches further.
+  // Brings it up to there; false where it reaches further and what is read is pinned. Otherwise an
+  // earlier copy has taken the place of the store.
   bool follow(SearchIndex& index, const SearchIndex::Reach& store);
   // False where the journal does not tell what has changed since.
   bool takeChanges(const ActRow& since, SearchIndex::Update& update);
@@ -43,6 +44,7 @@ class PersonSearch {
   std::string textOfRow(std::int64_t row);
 
   StoreFile& file_;
+  bool isPinned_ = false;  // what is read of the store is of an earlier moment, perhaps
   std::optional<SearchIndex> inFile_;
   std::optional<SearchIndex> inMemory_;
 };
