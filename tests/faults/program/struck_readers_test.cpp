@@ -27,6 +27,8 @@ const std::vector<Reader>& readers() {
       {"Persons", {"persons"}},
       {"PersonsOfABook", {"persons", "--book", "Work"}},
       {"ShowsSomebody", {"show", "Ann Lee"}},
+      {"FindsPersons", {"persons", "--find", "lee"}},
+      {"ShowsSomebodyByPart", {"show", "lee"}},
       {"ShowsThePast", {"show", "Ann Lee", "--at", "2999-01-01"}},
       {"Groups", {"groups"}},
       {"Tags", {"tag", "Ann Lee"}},
@@ -222,6 +224,8 @@ TEST(StruckReaders, NeverTellThatSomebodyIsNotThere) {
                                                 {"tag", "Ben Ray", "--add", "chess"},
                                                 {"group-add", "Friends", "Ben Ray"},
                                                 {"rename-group", "Close", "Close"},
+                                                {"persons", "--find", "lee ann"},
+                                                {"show", "lee"},
                                                 {"forget", "Ben Ray"}}) {
     const auto struck = tryEverywhere(
         command[0], disorder, Sample::stepOr(8),
