@@ -64,12 +64,16 @@ CNContainerPtr findAccount(const std::string& text) {
   return found;
 }
 
-std::string nameOfBook(const Text& id) {
+BookNames::BookNames() {
   for (const auto& account : accounts()) {
-    if (OxMacAddressBook::standID(account->identifier()) != id) continue;
-    return OxMacAddressBook::initWithContainer(account)->name().value_or("");
+    const auto book = OxMacAddressBook::initWithContainer(account);
+    names_.emplace(book->ID().value_or(""), book->name().value_or(""));
   }
-  return id.value_or("");
+}
+
+std::string BookNames::nameOf(const Text& id) const {
+  const auto found = names_.find(id.value_or(""));
+  return found == names_.end() || found->second.empty() ? id.value_or("") : found->second;
 }
 
 std::vector<std::shared_ptr<OxMacAddressBook>> booksOfAccountsNamed(const std::string& text) {

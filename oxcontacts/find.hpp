@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,8 +24,16 @@ std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::str
 // The books of accounts of that name, be it the account's or the book's own, without a discovery.
 std::vector<std::shared_ptr<OxMacAddressBook>> booksOfAccountsNamed(const std::string& text);
 
-// How the book of that ID is called; the ID where no account has such a book.
-std::string nameOfBook(const Text& id);
+// How books are called, as of when it is made. One thread at a time.
+class BookNames {
+ public:
+  BookNames();
+  // The ID where no account has such a book.
+  std::string nameOf(const Text& id) const;
+
+ private:
+  std::map<std::string, std::string> names_;
+};
 
 // A person or group by ID, with or without its ending, else by display name, else by the words of
 // it that were typed: whole or in part, in any order, case and spelling; else by the beginning of

@@ -74,8 +74,8 @@ using Found = std::vector<std::shared_ptr<typename Kind::Record>>;
 
 // One of several that may be meant: its name, book, telephone number or size, and short ID.
 template <typename Kind>
-std::string lineOf(const typename Kind::Record& record) {
-  auto line = record.displayName().value_or("") + " (" + nameOfBook(record.addressBookID());
+std::string lineOf(const typename Kind::Record& record, const BookNames& books) {
+  auto line = record.displayName().value_or("") + " (" + books.nameOf(record.addressBookID());
   if (const auto detail = Kind::detail(record); !detail.empty()) line += ", " + detail;
   return line + ", " + record.key().shortText() + ")";
 }
@@ -87,9 +87,10 @@ bool canAsk() {
 // Missing when the answer is none of them.
 template <typename Kind>
 std::shared_ptr<typename Kind::Record> askedFor(const std::string& text, const Found<Kind>& found) {
+  const BookNames books;
   std::cerr << "Which " << Kind::kName << " is \"" << terminalText(text) << "\"?\n";
   for (std::size_t i = 0; i < found.size(); ++i) {
-    std::cerr << "  " << i + 1 << "  " << terminalText(lineOf<Kind>(*found[i])) << '\n';
+    std::cerr << "  " << i + 1 << "  " << terminalText(lineOf<Kind>(*found[i], books)) << '\n';
   }
   std::cerr << "Number (nothing to leave it): " << std::flush;
   std::string answer;
@@ -108,9 +109,10 @@ std::shared_ptr<typename Kind::Record> oneOf(const std::string& text, const Foun
   if (canAsk() && found.size() <= kAsked) {
     if (auto chosen = askedFor<Kind>(text, found)) return chosen;
   }
+  const BookNames books;
   std::vector<std::string> lines;
   for (std::size_t i = 0; i < found.size() && i < kListedCandidates; ++i) {
-    lines.push_back(lineOf<Kind>(*found[i]));
+    lines.push_back(lineOf<Kind>(*found[i], books));
   }
   throwAmbiguous(Kind::kName, text, lines, found.size());
 }

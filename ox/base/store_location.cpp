@@ -57,6 +57,10 @@ std::string StoreAddress::folder() const {
   return std::filesystem::path(file_).parent_path().string();
 }
 
+std::string StoreAddress::searchFile() const {
+  return placeOf(file_) + ".find";
+}
+
 bool StoreAddress::isReadOnly() const {
   if (::access(file_.c_str(), F_OK) != 0) return false;
   const auto around = folder();

@@ -24,8 +24,9 @@ class OX_EXPORT StoreAddress {
   std::string folder() const;
   // The tags that go with the store unless $OX_TAG_STORE says otherwise.
   std::string tagFile() const { return file_ + ".tags"; }
-  // What the persons of the store are found by; made anew where it is missing.
-  std::string searchFile() const { return file_ + ".find"; }
+  // What the persons of the store are found by; made anew where it is missing. Beside the file
+  // itself, whatever link leads there, so that there is one.
+  std::string searchFile() const;
   // True of a store that is there and whose file or folder this process may not write.
   bool isReadOnly() const;
 

@@ -49,7 +49,7 @@ void copyPersons(const Context& context, const std::vector<std::string>& names,
   }
   for (const auto& copy : copies) {
     context.tell("copied " + copy->displayName().value_or("") + " to " + book->name().value_or("") +
-                 " (" + copy->ID().value_or("") + ")");
+                 " (" + copy->key().shortText() + ")");
   }
 }
 

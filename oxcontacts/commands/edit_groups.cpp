@@ -22,7 +22,7 @@ void tellGroup(const Context& context, const std::string& what, const Group& gro
   if (context.json) {
     std::cout << jsonOfGroup(group);
   } else {
-    context.tell(what + " (" + group->ID().value_or("") + ")");
+    context.tell(what + " (" + group->key().shortText() + ")");
   }
 }
 

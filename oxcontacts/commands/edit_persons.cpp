@@ -1,5 +1,8 @@
 // add-person, set, remove-person: each reads what is asked for, finds whom it means, edits, saves
 // and tells.
+#include <iostream>
+#include <unistd.h>
+
 #include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
@@ -8,6 +11,7 @@
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/person_json.hpp"
+#include "oxcontacts/output/terminal_text.hpp"
 
 namespace ox::program {
 namespace {
@@ -19,7 +23,13 @@ struct Arguments {
 
 std::string nameAndId(const _ABPerson& person) {
   const auto name = person.displayName().value_or("");
-  return name + (name.empty() ? "(" : " (") + person.ID().value_or("") + ")";
+  return name + (name.empty() ? "(" : " (") + person.key().shortText() + ")";
+}
+
+std::string namesOf(const Persons& persons) {
+  std::string names;
+  for (const auto& person : persons) names += (names.empty() ? "" : ", ") + nameAndId(*person);
+  return names;
 }
 
 void tellPerson(const Context& context, const char* what, const _ABPerson& person) {
@@ -58,14 +68,25 @@ void setValues(const Context& context, const Arguments& arguments) {
   if (saveEdits()) tellPerson(context, "changed ", *person);
 }
 
+// Who has a terminal is asked, since part of a name may be that of somebody else.
+void requireConsent(const Context& context, const Persons& persons) {
+  if (context.json || ::isatty(STDIN_FILENO) == 0 || ::isatty(STDERR_FILENO) == 0) return;
+  std::cerr << "Remove " << terminalText(namesOf(persons)) << "? [y/N] " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  if (answer != "y" && answer != "Y" && answer != "yes") {
+    throw CommandError(kFailed, "nobody was removed");
+  }
+}
+
 void removePersons(const Context& context, const std::vector<std::string>& names) {
   const auto persons = findPersons(names);
+  requireConsent(context, persons);
   discoveredBooks(context);
   Json removed = Json::array();
-  std::string told;
+  const auto told = "removed " + namesOf(persons);
   for (const auto& person : persons) {
     if (context.json) removed.push_back(personJson(*person));
-    told += (told.empty() ? "removed " : ", ") + nameAndId(*person);
   }
   const failures::Watch watch;
   for (const auto& person : persons) {

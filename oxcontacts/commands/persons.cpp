@@ -146,10 +146,11 @@ Table tableOfPersons(const Context& context, const Arguments& arguments) {
   Table table({{"NAME"}, {"PHONE"}, {"E-MAIL"}, {"BOOK"}, {"ID"}});
   const auto persons = chosenPersons(context, arguments);
   requireFound(arguments, !persons.empty());
+  const BookNames books;
   for (const auto& person : persons) {
     table.addRow({person->displayName().value_or(""), mainPhone(*person).value_or(""),
-                  mainEmail(*person).value_or(""), person->addressBookID().value_or(""),
-                  person->ID().value_or("")});
+                  mainEmail(*person).value_or(""), books.nameOf(person->addressBookID()),
+                  person->key().shortText()});
   }
   return table;
 }

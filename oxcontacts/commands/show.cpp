@@ -51,8 +51,8 @@ void printPerson(const Context& context, const _ABPerson& person) {
     table.addRow({"Group", "", group->displayName().value_or("")});
   }
   std::cout << terminalText(person.displayName().value_or("")) << " ("
-            << terminalText(person.ID().value_or("")) << ", book "
-            << terminalText(person.addressBookID().value_or("")) << ")\n";
+            << terminalText(person.key().shortText()) << ", book "
+            << terminalText(BookNames().nameOf(person.addressBookID())) << ")\n";
   table.print(context);
 }
 

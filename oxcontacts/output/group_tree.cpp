@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "oxcontacts/context.hpp"
+#include "oxcontacts/find.hpp"
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/persons_below.hpp"
@@ -143,6 +144,7 @@ std::string jsonOfGroupAlone(const Group& group) {
 
 void printTree(const Groups& roots) {
   const Forest forest(roots);
+  const BookNames books;
   walk(
       forest,
       [&](std::size_t place, std::size_t depth, bool) {
@@ -152,7 +154,7 @@ void printTree(const Groups& roots) {
                   << terminalText(group.displayName().value_or("")) << "  ("
                   << counted(forest.persons(place), "person") << ", "
                   << (below ? std::to_string(*below) : "not counted") << " with sub-groups, book "
-                  << terminalText(group.addressBookID().value_or("")) << ")\n";
+                  << terminalText(books.nameOf(group.addressBookID())) << ")\n";
       },
       [] {});
   forest.tellWhatIsNotCounted();

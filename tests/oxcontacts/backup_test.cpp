@@ -37,8 +37,8 @@ std::string contentOf(const std::string& book) {
 
 std::string localContent() {
   return "Ann Lee \"1\"[\"sailing\"]; Ben null[]; "
-         "Friends  (0 persons, 1 with sub-groups, book _local)\n"
-         "  Close  (1 person, 1 with sub-groups, book _local)\n";
+         "Friends  (0 persons, 1 with sub-groups, book On My Mac)\n"
+         "  Close  (1 person, 1 with sub-groups, book On My Mac)\n";
 }
 
 std::filesystem::path folderOfCopies() {
@@ -74,8 +74,8 @@ TEST(BackupCommand, RestoresIntoABookWithoutRecordsAndIntoOneThatHasSome) {
   const auto file = temporaryPath("local.book").string();
   run({"backup", "_local", file});
   auto expected = localContent();
-  for (std::size_t at; (at = expected.find("_local")) != std::string::npos;) {
-    expected.replace(at, 6, "A");
+  for (std::size_t at; (at = expected.find("On My Mac")) != std::string::npos;) {
+    expected.replace(at, 9, "iCloud");
   }
   for (int i = 1; i <= 2; ++i) {
     const auto result = run({"restore", "iCloud", file});

@@ -1,4 +1,8 @@
+#include <cstdlib>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
@@ -95,6 +99,62 @@ TEST(Naming, TakesAGroupByWhatIsTypedOfItsName) {
   EXPECT_EQ(runJson({"persons", "--group", "FRIENDS old"}).size(), 2U);
   EXPECT_EQ(runJson({"persons", "--group", "Work/friends"}).size(), 1U);
   EXPECT_EQ(run({"persons", "--group", "foes"}).exitCode, 4);
+}
+
+// What the command writes on a terminal where somebody answers that.
+std::string answeredOnATerminal(const std::vector<std::string>& arguments,
+                                const std::string& answer) {
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+  EXPECT_EQ(::grantpt(terminal), 0);
+  EXPECT_EQ(::unlockpt(terminal), 0);
+  const int side = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
+  const auto command = programCommand(arguments);
+  std::vector<char*> words;
+  for (const auto& word : command) words.push_back(const_cast<char*>(word.c_str()));
+  words.push_back(nullptr);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    for (const int end : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(side, end);
+    ::execv(words[0], words.data());
+    ::_exit(127);
+  }
+  ::close(side);
+  EXPECT_EQ(::write(terminal, answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
+  std::string output;
+  char buffer[4096];
+  for (ssize_t got = 0; (got = ::read(terminal, buffer, sizeof buffer)) > 0;) {
+    output.append(buffer, static_cast<std::size_t>(got));
+  }
+  ::close(terminal);
+  int status = 0;
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  return std::to_string(WEXITSTATUS(status)) + ": " + output;
+}
+
+bool holds(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST(Naming, AsksOnATerminalWhichOneIsMeant) {
+  fillStore();
+  const auto second = answeredOnATerminal({"show", "Ann Lee"}, "2\n");
+  EXPECT_TRUE(holds(second, "Which person is \"Ann Lee\"?")) << second;
+  EXPECT_TRUE(holds(second, "1  Ann Lee (On My Mac, +49 30 1234567, ")) << second;
+  EXPECT_TRUE(holds(second, "030 7654321")) << second;
+  EXPECT_TRUE(second.starts_with("0: ")) << second;
+  for (const auto* answer : {"\n", "3\n", "x\n", "-1\n"}) {
+    EXPECT_TRUE(answeredOnATerminal({"show", "Ann Lee"}, answer).starts_with("2: ")) << answer;
+  }
+}
+
+TEST(Naming, AsksOnATerminalBeforeSomebodyIsRemoved) {
+  fillStore();
+  const auto kept = answeredOnATerminal({"remove-person", "mueller"}, "n\n");
+  EXPECT_TRUE(kept.starts_with("1: ")) << kept;
+  EXPECT_TRUE(holds(kept, "Remove Jürgen Müller (")) << kept;
+  EXPECT_EQ(uidOf("mueller"), "_local Jürgen Müller");
+  EXPECT_TRUE(answeredOnATerminal({"remove-person", "mueller"}, "y\n").starts_with("0: "));
+  EXPECT_EQ(run({"show", "mueller"}).exitCode, 4);
 }
 
 TEST(Naming, ForgetsNobodyByPartOfTheName) {

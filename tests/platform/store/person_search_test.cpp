@@ -216,6 +216,13 @@ TEST(PersonSearch, KeepsNothingOfWhoIsForgotten) {
   EXPECT_EQ(support::fileBytes(indexPath()).find("unforgettable"), std::string::npos);
 }
 
+TEST(PersonSearch, HasOneIndexWhateverLinkLeadsToTheStore) {
+  StoreBuilder().person("a", {.first = "Ann"});
+  const auto link = support::temporaryPath("link.db").string();
+  std::filesystem::create_symlink(storePath(), link);
+  EXPECT_EQ(StoreAddress(link).searchFile(), StoreAddress(storePath()).searchFile());
+}
+
 TEST(PersonSearch, KeepsNothingThatHasLeftTheJournal) {
   StoreBuilder().person("a", {.first = "Unforgettable"}).person("b", {.first = "Bob"});
   EXPECT_EQ(found("unforgettable"), "a");
