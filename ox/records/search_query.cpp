@@ -2,27 +2,24 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <set>
 #include <utility>
 
 #include "ox/base/text/case.hpp"
+#include "ox/base/text/digits.hpp"
 
 namespace ox {
 namespace {
 
 constexpr std::size_t kLeastDigits = 3;
-
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
+// What is beyond comes from somebody's clipboard, not from a memory of a person.
+constexpr std::size_t kMostWords = 64;
 
 struct Word {
   std::string text;
   bool isQuoted = false;
 };
 
-// The words of what was typed, with each blank of any script as one.
 std::vector<Word> wordsOf(std::string_view typed, SearchQuery::In in) {
   std::vector<Word> words;
   Word word;
@@ -31,40 +28,21 @@ std::vector<Word> wordsOf(std::string_view typed, SearchQuery::In in) {
     if (!word.text.empty()) words.push_back(word);
     word = {};
   };
-  for (std::size_t at = 0; at < typed.size(); ++at) {
-    const char c = typed[at];
-    const bool isWideBlank = typed.substr(at).starts_with("\u3000");
-    if (c == '"' && in == SearchQuery::In::KnownFields) {
+  for (std::size_t at = 0; at < typed.size() && words.size() < kMostWords;) {
+    const auto blank = blankAt(typed, at);
+    if (typed[at] == '"' && in == SearchQuery::In::KnownFields) {
       inQuotes = !inQuotes;
       word.isQuoted = true;
-    } else if (!inQuotes && (isWideBlank || static_cast<unsigned char>(c) <= ' ')) {
-      if (isWideBlank) at += 2;
+      ++at;
+    } else if (blank > 0 && !inQuotes) {
       end();
+      at += blank;
     } else {
-      word.text += c;
+      word.text += typed[at++];
     }
   }
   end();
   return words;
-}
-
-// Digits with nothing but what is written between those of a telephone number.
-bool isNumber(std::string_view text) {
-  const auto isWrittenInNumbers = [](char c) {
-    return isDigit(c) || std::string_view("+()-./ ").find(c) != std::string_view::npos;
-  };
-  return !text.empty() && std::ranges::all_of(text, isWrittenInNumbers) &&
-         std::ranges::any_of(text, isDigit);
-}
-
-// That of several groups of digits; empty where there is anything else.
-std::string numberOf(const std::vector<Word>& words) {
-  std::string together;
-  for (const auto& word : words) {
-    if (word.isQuoted || !isNumber(word.text)) return {};
-    together += word.text;
-  }
-  return words.size() > 1 ? searchedDigits(together) : std::string();
 }
 
 // How many digits the prefix of the country has that such a number begins with (ITU-T E.164).
@@ -91,21 +69,25 @@ std::string_view coreOf(std::string_view number) {
   return withoutTrunkZeros(number.substr(countryDigits(number)));
 }
 
+std::string_view countryOf(std::string_view international) {
+  return international.substr(1, countryDigits(international.substr(1)));
+}
+
 bool isWithin(std::string_view part, std::string_view stored) {
   return stored.find(part) != std::string_view::npos;
 }
 
 bool isOfNumber(std::string_view sought, std::string_view stored) {
-  if (isWithin(sought, stored)) return true;
-  const auto core = coreOf(sought);
-  if (core.size() < kLeastDigits) return false;
   const bool bothTellCountry = sought.starts_with('+') && stored.starts_with('+');
-  return !bothTellCountry && isWithin(core, stored);
+  if (bothTellCountry && countryOf(sought) != countryOf(stored)) return false;
+  return isWithin(coreOf(sought), stored);
 }
 
-SearchQuery::Grams gramsOf(std::string_view text) {
+SearchQuery::Grams gramsOf(const std::vector<std::string>& texts) {
   std::set<std::size_t> grams;
-  forEachGram(text, [&](std::size_t gram) { grams.insert(gram); });
+  for (const auto& text : texts) {
+    forEachGram(text, [&](std::size_t gram) { grams.insert(gram); });
+  }
   return {grams.begin(), grams.end()};
 }
 
@@ -118,6 +100,14 @@ std::vector<SearchField> knownFields() {
   return fields;
 }
 
+// The line of a text that begins there, which is then moved past it: a field and what it holds.
+std::pair<SearchField, std::string_view> nextLine(std::string_view& text) {
+  const auto end = std::min(text.find('\n'), text.size() - 1);
+  const std::pair line(static_cast<SearchField>(text[0]), text.substr(1, end - 1));
+  text.remove_prefix(end + 1);
+  return line;
+}
+
 }  // namespace
 
 SearchQuery::SearchQuery(std::string_view typed, In in) {
@@ -125,59 +115,87 @@ SearchQuery::SearchQuery(std::string_view typed, In in) {
   if (in == In::Names) {
     const auto names = fieldsNamed("name");
     for (const auto& word : words) {
-      terms_.push_back({foldedForSearch(word.text), "", {names.begin(), names.end()}});
+      add({{foldedForSearch(word.text)}, "", {names.begin(), names.end()}});
     }
     return;
   }
-  if (const auto number = numberOf(words); coreOf(number).size() >= kLeastDigits) {
-    terms_.push_back({"", number, {SearchField::Phone}});
-    return;
-  }
-  for (const auto& word : words) {
-    const auto colon = word.text.find(':');
-    const auto named = colon == std::string::npos
-                           ? std::span<const SearchField>()
-                           : fieldsNamed(foldedForSearch(word.text.substr(0, colon)));
-    const auto text = named.empty() ? word.text : word.text.substr(colon + 1);
-    if (text.empty()) continue;
-    Term term{foldedForSearch(text), "", {named.begin(), named.end()}};
-    if (named.empty()) term.fields = knownFields();
-    if (isNumber(text)) term.number = searchedDigits(text);
-    if (coreOf(term.number).size() < kLeastDigits) term.number.clear();
-    terms_.push_back(std::move(term));
+  for (std::size_t at = 0; at < words.size();) {
+    const auto from = at;
+    while (at < words.size() && !words[at].isQuoted && isOfDigits(words[at].text)) ++at;
+    if (at > from) {
+      Term term{{}, "", knownFields()};
+      std::string together;
+      for (auto i = from; i < at; ++i) {
+        together += words[i].text + " ";
+        if (!decimalDigits(words[i].text).empty()) {
+          term.texts.push_back(foldedForSearch(words[i].text));
+        }
+      }
+      term.number = searchedDigits(together);
+      add(std::move(term));
+    } else {
+      addWord(words[at++].text);
+    }
   }
 }
 
-bool SearchQuery::occurs(const Term& term, std::string_view text) {
-  // Most of those that an index may hold are told from the others at once.
-  const bool holdsText = !term.text.empty() && isWithin(term.text, text);
-  const bool holdsNumber = !term.number.empty() && isWithin(coreOf(term.number), text);
-  if (!holdsText && !holdsNumber) return false;
+void SearchQuery::addWord(const std::string& word) {
+  const auto colon = word.find(':');
+  const auto named = colon == std::string::npos
+                         ? std::span<const SearchField>()
+                         : fieldsNamed(foldedForSearch(word.substr(0, colon)));
+  if (named.empty()) return add({{foldedForSearch(word)}, "", knownFields()});
+  const auto text = word.substr(colon + 1);
+  Term term{{foldedForSearch(text)}, "", {named.begin(), named.end()}};
+  if (isOfDigits(text)) term.number = searchedDigits(text);
+  add(std::move(term));
+}
+
+// What folds to nothing is no word, and the same word again asks for nothing more.
+void SearchQuery::add(Term term) {
+  std::erase_if(term.texts, [](const std::string& text) { return text.empty(); });
+  if (coreOf(term.number).size() < kLeastDigits) term.number.clear();
+  if (term.texts.empty() && term.number.empty()) return;
+  if (std::ranges::find(terms_, term) == terms_.end()) terms_.push_back(std::move(term));
+}
+
+bool SearchQuery::holdsNumber(const Term& term, std::string_view text) {
+  if (term.number.empty() || !isWithin(coreOf(term.number), text)) return false;
+  if (std::ranges::find(term.fields, SearchField::Phone) == term.fields.end()) return false;
   while (!text.empty()) {
-    const auto end = std::min(text.find('\n'), text.size() - 1);
-    const auto line = text.substr(1, end - 1);
-    const auto field = static_cast<SearchField>(text[0]);
-    text.remove_prefix(end + 1);
-    if (std::ranges::find(term.fields, field) == term.fields.end()) continue;
-    if (holdsText && isWithin(term.text, line)) return true;
-    if (holdsNumber && field == SearchField::Phone && isOfNumber(term.number, line)) {
-      return true;
-    }
+    const auto [field, line] = nextLine(text);
+    if (field == SearchField::Phone && isOfNumber(term.number, line)) return true;
+  }
+  return false;
+}
+
+bool SearchQuery::holdsText(const Term& term, const std::string& sought, std::string_view text) {
+  // Most of those that an index may hold are told from the others at once.
+  if (!isWithin(sought, text)) return false;
+  while (!text.empty()) {
+    const auto [field, line] = nextLine(text);
+    const bool isMeant = std::ranges::find(term.fields, field) != term.fields.end();
+    if (isMeant && isWithin(sought, line)) return true;
   }
   return false;
 }
 
 bool SearchQuery::matches(std::string_view text) const {
-  return !empty() &&
-         std::ranges::all_of(terms_, [&](const Term& term) { return occurs(term, text); });
+  const auto occurs = [&](const Term& term) {
+    if (holdsNumber(term, text)) return true;
+    return !term.texts.empty() && std::ranges::all_of(term.texts, [&](const std::string& sought) {
+      return holdsText(term, sought, text);
+    });
+  };
+  return !empty() && std::ranges::all_of(terms_, occurs);
 }
 
 std::vector<std::vector<SearchQuery::Grams>> SearchQuery::grams() const {
   std::vector<std::vector<Grams>> all;
   for (const auto& term : terms_) {
     std::vector<Grams> either;
-    if (!term.text.empty()) either.push_back(gramsOf(term.text));
-    if (!term.number.empty()) either.push_back(gramsOf(coreOf(term.number)));
+    if (!term.texts.empty()) either.push_back(gramsOf(term.texts));
+    if (!term.number.empty()) either.push_back(gramsOf({std::string(coreOf(term.number))}));
     all.push_back(std::move(either));
   }
   return all;

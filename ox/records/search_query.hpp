@@ -32,14 +32,21 @@ class SearchQuery {
   std::vector<std::vector<Grams>> grams() const;
 
  private:
+  // Its number or all of its texts.
   struct Term {
-    std::string text;    // folded; empty where only a number is meant
-    std::string number;  // as searchedDigits() gives it; empty where none is meant
+    std::vector<std::string> texts;  // folded
+    std::string number;              // as searchedDigits() gives it; empty where none is meant
     std::vector<SearchField> fields;
-  };
-  std::vector<Term> terms_;
 
-  static bool occurs(const Term& term, std::string_view text);
+    bool operator==(const Term&) const = default;
+  };
+
+  void add(Term term);
+  void addWord(const std::string& word);
+  static bool holdsNumber(const Term& term, std::string_view text);
+  static bool holdsText(const Term& term, const std::string& sought, std::string_view text);
+
+  std::vector<Term> terms_;
 };
 
 }  // namespace ox

@@ -87,7 +87,13 @@ void addName(const PropertyBag& properties, Lines& lines) {
   };
   const bool familyFirst =
       !name.empty() && isEastAsian(first) && isEastAsian(middle) && isEastAsian(last);
-  const auto shown = familyFirst ? joined({last, middle, first}, "") : name;
+  const bool isNamed = properties.find(property_id::kFirst) != nullptr ||
+                       properties.find(property_id::kMiddle) != nullptr ||
+                       properties.find(property_id::kLast) != nullptr;
+  // Whoever has no name is called by the company.
+  const auto shown = !isNamed      ? std::string(textOf(properties, property_id::kOrganization))
+                     : familyFirst ? joined({last, middle, first}, "")
+                                   : name;
   for (const auto& form : searchForms(shown)) {
     lines.addFolded(SearchField::Name, form);
     if (form.find(' ') == std::string::npos) continue;
@@ -239,12 +245,16 @@ std::string searchText(const PropertyBag& properties) {
 }
 
 std::string searchedDigits(std::string_view number) {
-  auto digits = decimalDigits(number);
   const auto first = number.find_first_not_of(" \t(");
   const bool hasPlus = first != std::string_view::npos && number.substr(first).starts_with('+');
+  std::string written(number);
+  // The zero that is dialled within the country alone.
+  const auto zero = written.find("(0)");
+  if (zero != std::string::npos && zero > 0) written.erase(zero, 3);
+  auto digits = decimalDigits(written);
   if (hasPlus && !digits.empty()) return "+" + digits;
   if (digits.starts_with("00")) return "+" + digits.substr(2);
-  return digits;
+  return zero == std::string::npos ? digits : decimalDigits(number);
 }
 
 std::span<const SearchField> fieldsNamed(std::string_view word) {

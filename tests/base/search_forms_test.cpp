@@ -30,5 +30,14 @@ TEST(SearchForms, AreWhatPeopleType) {
   for (const auto& row : rows) EXPECT_EQ(searchForms(row.text), row.forms) << row.text;
 }
 
+TEST(SearchForms, OfALongTextAreThoseOfItsBeginning) {
+  std::string text;
+  for (int i = 0; i < 100'000; ++i) text += "ж";
+  const auto forms = searchForms(text);
+  ASSERT_EQ(forms.size(), 3U);
+  EXPECT_EQ(forms[0], text);
+  EXPECT_EQ(forms[1], std::string(500, 'z'));
+}
+
 }  // namespace
 }  // namespace ox

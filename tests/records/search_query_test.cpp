@@ -86,6 +86,10 @@ TEST(SearchQuery, FindsWordsInAnyOrderAsTheyAreTyped) {
       {"さくら", "たかはし", "takahashi", true},
       {"민준", "김", "gim", true},
       {"Ann", "Lee", "", false},
+      {"Ann", "Lee", "lee\u00A0ann", true},
+      {"Ann", "Lee", "lee\u3000ann", true},
+      {"Ann", "Lee", "ann \u200B", true},
+      {"Ann", "Lee", "\u200B", false},
       {"Ann", "Lee", "name:ann", true},
       {"Ann", "Lee", "NAME:ann company:x", false},
       {"Ann", "Lee", "nofield:ann", false},
@@ -103,19 +107,63 @@ TEST(SearchQuery, FindsANumberByItsDigits) {
     bool found;
   };
   const std::vector<Row> rows = {
-      {"+49 30 1234567", "030 1234567", true},     {"+49 30 1234567", "030/123-45 67", true},
-      {"+49 30 1234567", "+49 30 1234567", true},  {"+49 30 1234567", "0049301234567", true},
-      {"+49 30 1234567", "1234567", true},         {"+49 30 1234567", "234 56", true},
-      {"+49 30 1234567", "+44 30 1234567", false}, {"030 1234567", "+49 (0)30 1234567", true},
-      {"030 1234567", "+49 30 1234567", true},     {"(212) 555-0123", "+1 212 555 0123", true},
-      {"+1 212 555 0123", "(212) 555-0123", true}, {"+351 21 123456", "21123456", true},
-      {"٠٣٠١٢٣٤٥٦٧", "0301234567", true},          {"030 1234567", "030 7654321", false},
-      {"030 1234567", "phone:1234", true},         {"030 1234567", "note:1234", false},
+      {"+49 30 1234567", "030 1234567", true},
+      {"+49 30 1234567", "030/123-45 67", true},
+      {"+49 30 1234567", "+49 30 1234567", true},
+      {"+49 30 1234567", "0049301234567", true},
+      {"+49 30 1234567", "1234567", true},
+      {"+49 30 1234567", "234 56", true},
+      {"+49 30 1234567", "+44 30 1234567", false},
+      {"030 1234567", "+49 (0)30 1234567", true},
+      {"030 1234567", "+49 30 1234567", true},
+      {"(212) 555-0123", "+1 212 555 0123", true},
+      {"+1 212 555 0123", "(212) 555-0123", true},
+      {"+351 21 123456", "21123456", true},
+      {"٠٣٠١٢٣٤٥٦٧", "0301234567", true},
+      {"030 1234567", "030 7654321", false},
+      {"+49 (0)30 1234567", "+49 30 1234567", true},
+      {"+49 30 1234567", "+49 (0)30 1234567", true},
+      {"(0)30 1234567", "030 1234567", true},
+      {"030 1234567", "030 / 1234567", true},
+      {"030 1234567", "030 - 12 34 567", true},
+      {"030\u00A01234567", "030\u20111234567", true},
+      {"030 1234567", "٠٣٠١٢٣٤٥٦٧", true},
+      {"+49 30 1234567", "+4930123", true},
+      {"+49 30 1234567", "+43 30 1234567", false},
+      {"030 1234567", "phone:1234", true},
+      {"030 1234567", "note:1234", false},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(finds(row.typed, withPhone(row.stored)), row.found)
         << row.stored << ": " << row.typed;
   }
+}
+
+TEST(SearchQuery, FindsANumberAmongWords) {
+  auto person = withPhone("030 1234567");
+  person.set(property_id::kFirst, Object("Ann"));
+  person.set(property_id::kNote, Object("room 4 since 1990"));
+  for (const auto* typed : {"ann 030 1234567", "030 12 ann", "room 4 1990", "1990 ann", "4 1990"}) {
+    EXPECT_TRUE(finds(typed, person)) << typed;
+  }
+  EXPECT_FALSE(finds("ann 4 1991", person));
+  EXPECT_FALSE(finds("ben 030 1234567", person));
+}
+
+TEST(SearchQuery, FindsWhoeverHasNoNameByTheCompany) {
+  PropertyBag person;
+  person.set(property_id::kOrganization, Object("Acme Inc"));
+  EXPECT_TRUE(finds("acme inc", person, SearchQuery::In::Names));
+  person.set(property_id::kFirst, Object("Bob"));
+  EXPECT_FALSE(finds("acme inc", person, SearchQuery::In::Names));
+}
+
+TEST(SearchQuery, AsksForManyWordsOnce) {
+  std::string typed;
+  for (int i = 0; i < 20'000; ++i) typed += "ann ";
+  EXPECT_EQ(SearchQuery(typed).grams().size(), 1U);
+  for (int i = 0; i < 20'000; ++i) typed += "w" + std::to_string(i) + " ";
+  EXPECT_LE(SearchQuery(typed).grams().size(), 64U);
 }
 
 TEST(SearchQuery, LooksIntoFieldsThatAreNamed) {

@@ -122,11 +122,21 @@ bool isAscii(std::string_view text) {
 void addLatin(std::string_view text, const Scripts& scripts, std::vector<std::string>& forms) {
   // Folding and transcribing Han take marks away, and with them the voice of a kana. What is folded
   // is transcribed faster, since it is of plain letters.
-  auto latin = scripts.han && !scripts.kana ? transcribeToLatin(forms.front()) : anyLatin(text);
+  auto latin =
+      scripts.han && !scripts.kana ? transcribeToLatin(foldedForSearch(text)) : anyLatin(text);
   if (scriptsIn(wide(latin)).other) latin = anyLatin(latin);
   forms.push_back(foldedForSearch(latin));
   if (scripts.cyrillic) forms.push_back(foldedForSearch(englishFromCyrillic(text)));
   if (scripts.greek) forms.push_back(foldedForSearch(modernFromGreek(text)));
+}
+
+// ICU replaces in place, which takes square time. Nobody types more than this in other letters.
+std::string_view beginningOf(std::string_view text) {
+  constexpr std::size_t kMost = 1000;
+  if (text.size() <= kMost) return text;
+  auto end = kMost;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
+  return text.substr(0, end);
 }
 
 }  // namespace
@@ -134,9 +144,12 @@ void addLatin(std::string_view text, const Scripts& scripts, std::vector<std::st
 std::vector<std::string> searchForms(std::string_view text) {
   std::vector<std::string> forms = {foldedForSearch(text)};
   if (isAscii(text)) return forms;
-  const auto letters = wide(text);
-  forms.push_back(foldedForSearch(narrow(withUmlautsSpelled(letters))));
-  if (const auto scripts = scriptsIn(letters); scripts.other) addLatin(text, scripts, forms);
+  const auto beginning = beginningOf(text);
+  const auto letters = wide(beginning);
+  if (const auto scripts = scriptsIn(letters); scripts.other) addLatin(beginning, scripts, forms);
+  const auto spelled = foldedForSearch(narrow(withUmlautsSpelled(letters)));
+  // That of a part says nothing new where it is as the text itself begins.
+  if (!forms.front().starts_with(spelled)) forms.insert(forms.begin() + 1, spelled);
   std::vector<std::string> distinct;
   for (auto& form : forms) {
     if (std::ranges::find(distinct, form) == distinct.end()) distinct.push_back(std::move(form));
