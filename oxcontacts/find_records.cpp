@@ -97,7 +97,8 @@ std::shared_ptr<typename Kind::Record> askedFor(const std::string& text, const F
   std::getline(std::cin, answer);
   std::size_t number = 0;
   const auto read = std::from_chars(answer.data(), answer.data() + answer.size(), number);
-  if (read.ec != std::errc() || number == 0 || number > found.size()) return nullptr;
+  const bool isNumber = read.ec == std::errc() && read.ptr == answer.data() + answer.size();
+  if (!isNumber || number == 0 || number > found.size()) return nullptr;
   return found[number - 1];
 }
 
@@ -135,12 +136,12 @@ Found<Kind> namedLike(const std::string& text, const Found<Kind>& candidates, bo
 }
 
 template <typename Kind>
-Found<Kind> withIdBeginning(const std::string& text) {
+Found<Kind> withIdBeginning(const std::string& text, bool onlyWhole) {
   // Shorter ones are rather names, and begin the identifiers of years.
   constexpr std::size_t kShortest = 8;
   constexpr std::size_t kMost = 50;
   Found<Kind> found;
-  if (text.size() < kShortest) return found;
+  if (text.size() < (onlyWhole ? RecordKey::kShortTextSize : kShortest)) return found;
   for (auto& record : store()->recordsStartingWith(text, Kind::kKind, kMost)) {
     if (auto host = Kind::host(std::move(record))) found.push_back(std::move(host));
   }
@@ -165,15 +166,27 @@ Found<Kind> namedInBook(const std::string& text) {
   return found;
 }
 
+// Those that are meant, one or several.
 template <typename Kind>
-std::shared_ptr<typename Kind::Record> findRecord(const std::string& text, bool onlyWhole) {
+Found<Kind> findRecords(const std::string& text, bool onlyWhole) {
   for (const auto& identifier : {text, text + Kind::kEnding}) {
-    if (auto record = Kind::host(store()->recordForUniqueId(identifier))) return record;
+    if (auto record = Kind::host(store()->recordForUniqueId(identifier))) return {record};
   }
   auto found = namedLike<Kind>(text, Kind::thatMayBe(text), onlyWhole);
-  if (found.empty() && !onlyWhole) found = withIdBeginning<Kind>(text);
+  if (found.empty()) found = withIdBeginning<Kind>(text, onlyWhole);
   if (found.empty() && !onlyWhole) found = namedInBook<Kind>(text);
   if (found.empty()) throwNotFound(Kind::kName, text);
+  return found;
+}
+
+// Somebody may be asked, and nothing is read of one moment while that waits.
+template <typename Kind>
+std::shared_ptr<typename Kind::Record> findRecord(const std::string& text, bool onlyWhole) {
+  Found<Kind> found;
+  {
+    const OneMoment moment;
+    found = findRecords<Kind>(text, onlyWhole);
+  }
   return oneOf<Kind>(text, found);
 }
 
@@ -184,12 +197,10 @@ std::shared_ptr<_ABPerson> findPerson(const std::string& text) {
 }
 
 std::shared_ptr<_ABPerson> findPersonByWholeName(const std::string& text) {
-  const OneMoment moment;
   return findRecord<PersonKind>(text, true);
 }
 
 Persons findPersons(const std::vector<std::string>& texts) {
-  const OneMoment moment;
   const auto records = store()->recordsForUniqueIds(texts);
   Persons persons;
   std::unordered_set<RecordKey> met;
@@ -204,7 +215,6 @@ Persons findPersons(const std::vector<std::string>& texts) {
 }
 
 std::shared_ptr<_ABGroup> findGroup(const std::string& text) {
-  const OneMoment moment;
   return findRecord<GroupKind>(text, false);
 }
 

@@ -14,6 +14,14 @@ namespace {
 
 constexpr std::size_t kAll = SIZE_MAX;
 
+// Whole, without its ending, or as much of it as people are shown.
+bool isIdOf(const std::string& text, const RecordKey& key) {
+  if (key.text() == text) return true;
+  if (text.size() < RecordKey::kShortTextSize) return false;
+  const auto range = RecordKey::rangeOf(text, RecordKind::Person);
+  return range && range->first <= key && key <= range->second;
+}
+
 }  // namespace
 
 RecordKey findPersonOfAnyTime(const std::string& text) {
@@ -29,7 +37,7 @@ RecordKey findPersonOfAnyTime(const std::string& text) {
     const auto& record = removed.record;
     const auto identifier = record.key.text();
     const bool isMeant =
-        identifier == text || composed(nameIn(record.properties)) == composed(text);
+        isIdOf(text, record.key) || composed(nameIn(record.properties)) == composed(text);
     if (record.kind != RecordKind::Person || !isMeant) continue;
     found.push_back(record.key);
     identifiers += (identifiers.empty() ? "" : ", ") + identifier;

@@ -96,8 +96,7 @@ std::optional<std::pair<RecordKey, RecordKey>> RecordKey::rangeOf(std::string_vi
 }
 
 std::string RecordKey::shortText() const {
-  constexpr std::size_t kTimeAndCount = 18;
-  return isPacked() ? text().substr(0, kTimeAndCount) : text();
+  return isPacked() ? text().substr(0, kShortTextSize) : text();
 }
 
 RecordKey RecordKey::make(RecordKind kind) {

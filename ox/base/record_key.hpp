@@ -42,6 +42,7 @@ class OX_EXPORT RecordKey {
   // As people are shown it: of our own identifiers the beginning that tells when it was made and
   // which one in that moment, which tells it from every other one but by rare chance.
   std::string shortText() const;
+  static constexpr std::size_t kShortTextSize = 18;
   bool isNone() const { return *this == RecordKey(); }
   // True when the identifier is not one of ours and its text is kept in the intern table.
   bool isForeign() const { return bytes_[0] == kForeignMark; }

@@ -21,6 +21,7 @@ using Person = std::shared_ptr<_ABPerson>;
 struct Arguments {
   std::string book;
   std::string group;
+  std::shared_ptr<_ABGroup> inGroup;  // that group
   std::string tag;
   std::optional<std::string> find;
   std::string sort = "store";
@@ -41,7 +42,7 @@ Text mainEmail(const _ABPerson& person) {
 Persons startingPersons(const Context& context, const Arguments& arguments) {
   Persons persons;
   if (!arguments.group.empty()) {
-    for (const auto& member : findGroup(arguments.group)->persons()) {
+    for (const auto& member : arguments.inGroup->persons()) {
       if (auto person = recordOf(member)) persons.push_back(std::move(person));
     }
   } else if (arguments.book.empty()) {
@@ -102,6 +103,9 @@ Persons chosenPersons(const Context& context, const Arguments& arguments) {
       return std::find(tags.begin(), tags.end(), arguments.tag) == tags.end();
     });
   }
+  if (arguments.find && persons.empty()) {
+    throw CommandError(kNotFound, "nobody matches \"" + *arguments.find + "\"");
+  }
   sortBy(arguments.sort, persons);
   if (arguments.limit && *arguments.limit < persons.size()) persons.resize(*arguments.limit);
   return persons;
@@ -127,25 +131,18 @@ std::size_t limitOf(const std::string& text) {
   return limit;
 }
 
-void requireFound(const Arguments& arguments, bool isAnybody) {
-  if (!arguments.find || isAnybody) return;
-  throw CommandError(kNotFound, "nobody matches \"" + *arguments.find + "\"");
-}
-
 void printJsonList(const Context& context, const Arguments& arguments) {
   const OneMoment moment;
-  JsonList list;
   const auto persons = chosenPersons(context, arguments);
+  JsonList list;
   for (const auto& person : persons) list.add(personJson(*person));
   list.close();
-  requireFound(arguments, !persons.empty());
 }
 
 Table tableOfPersons(const Context& context, const Arguments& arguments) {
   const OneMoment moment;
   Table table({{"NAME"}, {"PHONE"}, {"E-MAIL"}, {"BOOK"}, {"ID"}});
   const auto persons = chosenPersons(context, arguments);
-  requireFound(arguments, !persons.empty());
   const BookNames books;
   for (const auto& person : persons) {
     table.addRow({person->displayName().value_or(""), mainPhone(*person).value_or(""),
@@ -155,7 +152,8 @@ Table tableOfPersons(const Context& context, const Arguments& arguments) {
   return table;
 }
 
-void listPersons(const Context& context, const Arguments& arguments) {
+void listPersons(const Context& context, Arguments& arguments) {
+  if (!arguments.group.empty()) arguments.inGroup = findGroup(arguments.group);
   if (context.json) return printJsonList(context, arguments);
   tableOfPersons(context, arguments).print(context);
 }

@@ -104,6 +104,7 @@ void showPast(const Context& context, const Arguments& arguments) {
 
 void showPerson(const Context& context, const std::string& text) {
   const auto person = findPerson(text);
+  const OneMoment moment;
   if (context.json) {
     printJson(personJson(*person));
   } else {
@@ -122,12 +123,9 @@ void declareShow(CLI::App& program, const Context& context) {
                    "23:59\", 2026-12-31T23:59:59Z; somebody who is gone now, too")
       ->type_name("TIME");
   show->callback([&context, arguments] {
+    if (arguments->at.empty()) return showPerson(context, arguments->person);
     const OneMoment moment;
-    if (arguments->at.empty()) {
-      showPerson(context, arguments->person);
-    } else {
-      showPast(context, *arguments);
-    }
+    showPast(context, *arguments);
   });
 }
 

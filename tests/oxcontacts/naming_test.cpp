@@ -142,7 +142,7 @@ TEST(Naming, AsksOnATerminalWhichOneIsMeant) {
   EXPECT_TRUE(holds(second, "1  Ann Lee (On My Mac, +49 30 1234567, ")) << second;
   EXPECT_TRUE(holds(second, "030 7654321")) << second;
   EXPECT_TRUE(second.starts_with("0: ")) << second;
-  for (const auto* answer : {"\n", "3\n", "x\n", "-1\n"}) {
+  for (const auto* answer : {"\n", "3\n", "x\n", "-1\n", "1-2\n"}) {
     EXPECT_TRUE(answeredOnATerminal({"show", "Ann Lee"}, answer).starts_with("2: ")) << answer;
   }
 }
@@ -160,7 +160,33 @@ TEST(Naming, AsksOnATerminalBeforeSomebodyIsRemoved) {
 TEST(Naming, ForgetsNobodyByPartOfTheName) {
   fillStore();
   EXPECT_EQ(run({"forget", "mueller"}).exitCode, 4);
+  EXPECT_EQ(run({"log", "mueller"}).exitCode, 4);
   EXPECT_EQ(uidOf("mueller"), "_local Jürgen Müller");
+}
+
+TEST(Naming, TakesWhatIsShownOfAnIdForThePastToo) {
+  fillStore();
+  const auto id = runJson({"show", "queen"})["ID"].get<std::string>();
+  const auto shortId = id.substr(0, 18);
+  EXPECT_EQ(run({"log", shortId}).exitCode, 0);
+  EXPECT_EQ(run({"remove-person", shortId}).exitCode, 0);
+  for (const auto& typed : {id, id.substr(0, 36), shortId}) {
+    EXPECT_EQ(run({"log", typed}).exitCode, 0) << typed;
+  }
+  EXPECT_EQ(run({"forget", shortId}).exitCode, 0);
+  EXPECT_EQ(run({"log", shortId}).exitCode, 4);
+}
+
+TEST(Naming, TakesSomebodyWithoutANameByTheCompany) {
+  fillStore();
+  run({"add-person", "On My Mac", "company=Acme Inc"});
+  run({"add-person", "On My Mac", "name=Acme Inc Bob"});
+  EXPECT_EQ(uidOf("Acme Inc"), "_local Acme Inc");
+  for (const auto& person : runJson({"persons"})) {
+    const auto code = run({"show", person["displayName"]}).exitCode;
+    EXPECT_TRUE(code == 0 || (code == 2 && person["displayName"] == "Ann Lee"))
+        << person["displayName"];
+  }
 }
 
 TEST(PersonsCommand, FindsByWordsInAnyField) {
@@ -183,7 +209,11 @@ TEST(PersonsCommand, FindsByWordsInAnyField) {
   EXPECT_EQ(nobody.output, "");
   EXPECT_EQ(nobody.errors, "oxcontacts: nobody matches \"zebra\"\n");
   EXPECT_EQ(run({"persons", "--find", "\"\""}).exitCode, 4);
-  EXPECT_EQ(run({"persons", "--find", "zebra", "--json"}).output, "[]\n");
+  EXPECT_EQ(run({"persons", "--find", "zebra", "--json"}).exitCode, 4);
+  EXPECT_EQ(run({"persons", "--find", "lee", "--limit", "0"}).exitCode, 0);
+  const auto noBook = run({"persons", "--find", "lee", "--json", "--book", "nowhere"});
+  EXPECT_EQ(noBook.exitCode, 4);
+  EXPECT_EQ(noBook.output, "");
 }
 
 }  // namespace

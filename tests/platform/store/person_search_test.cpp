@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ox/base/failures.hpp"
 #include "ox/base/sqlite/connection.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/platform/journal/journal.hpp"
@@ -11,8 +12,9 @@
 #include "ox/platform/store/journal/store_journal.hpp"
 #include "ox/platform/store/pinned_moment.hpp"
 #include "ox/platform/store/running_act.hpp"
+#include "ox/platform/store/search/search_index.hpp"
 #include "ox/platform/store/store_source.hpp"
-#include "ox/platform/store/upkeep/eraser.hpp"
+#include "ox/platform/store/upkeep/repair.hpp"
 #include "ox/records/search_text.hpp"
 #include "tests/platform/AddressBook/record_view.hpp"
 #include "tests/support/second_process.hpp"
@@ -53,6 +55,14 @@ const support::SecondProcess renames("renamesFound", [](const auto& arguments) {
 });
 const support::SecondProcess removes("removesFound", [](const auto& arguments) {
   return book()->removeRecord(personNamed(arguments.at(0))) && book()->save() ? 0 : 1;
+});
+const support::SecondProcess forgets("forgetsPerson", [](const auto& arguments) {
+  try {
+    const auto key = RecordKey::of(arguments.at(0));
+    return contactSource().journal().erase(key, "Unforgettable", 0) ? 0 : 1;
+  } catch (const StoreError&) {
+    return 2;  // erased, but the file is in use
+  }
 });
 const support::SecondProcess searches("searchesPersons", [](const auto& arguments) {
   return found(arguments.at(0)) == arguments.at(1) ? 0 : 1;
@@ -134,8 +144,13 @@ TEST(PersonSearch, FollowsAnEarlierCopyInPlaceOfTheStore) {
   EXPECT_EQ(found("zoe"), "a");
   contactSource().letGo();
   std::filesystem::copy_file(copy, storePath(), std::filesystem::copy_options::overwrite_existing);
-  EXPECT_EQ(found("zoe"), "");
-  EXPECT_EQ(found("ann"), "a");
+  {
+    const PinnedMoment moment;
+    EXPECT_EQ(found("zoe"), "");
+    EXPECT_EQ(found("ann"), "a");
+  }
+  SearchIndex index(indexPath());
+  EXPECT_EQ(index.find(SearchQuery("ann"), *index.reach())->size(), 1U);
   EXPECT_EQ(renames.run({"a", "Eve"}).exitCode, 0);
   EXPECT_EQ(found("eve"), "a");
 }
@@ -214,6 +229,53 @@ TEST(PersonSearch, KeepsNothingOfWhoIsForgotten) {
   EXPECT_FALSE(std::filesystem::exists(indexPath()));
   EXPECT_EQ(found("bob"), "b");
   EXPECT_EQ(support::fileBytes(indexPath()).find("unforgettable"), std::string::npos);
+}
+
+TEST(PersonSearch, WritesNobodyDownWhoWasForgottenMeanwhile) {
+  StoreBuilder().person("a", {.first = "Unforgettable"}).person("b", {.first = "Bob"});
+  EXPECT_EQ(removes.run({"a"}).exitCode, 0);
+  EXPECT_TRUE(journal::undo().done);
+  {
+    const PinnedMoment moment;
+    EXPECT_EQ(book()->people().size(), 2U);
+    EXPECT_NE(forgets.run({"a"}).exitCode, 1);
+    EXPECT_EQ(found("bob"), "b");
+    EXPECT_FALSE(std::filesystem::exists(indexPath()));
+  }
+  EXPECT_EQ(found("unforgettable"), "");
+  EXPECT_EQ(support::fileBytes(indexPath()).find("unforgettable"), std::string::npos);
+}
+
+TEST(PersonSearch, TellsOfWhomItCannotRead) {
+  StoreBuilder().person("a", {.first = "Ann"}).person("b", {.first = "Bob"});
+  contactSource().letGo();
+  sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadWrite)
+      .execute("UPDATE content SET properties = zeroblob(20) WHERE record = 1");
+  for (int i = 0; i < 2; ++i) {
+    const failures::Watch watch;
+    EXPECT_EQ(found("bob"), "b");
+    EXPECT_EQ(watch.lastReason(), storePath() + ": 1 record is damaged and not searched");
+    EXPECT_EQ(watch.last()->kind, FailureKind::Corrupt);
+  }
+  EXPECT_EQ(SearchIndex(indexPath()).reach(), std::nullopt);
+}
+
+TEST(PersonSearch, IsMadeAnewAfterARepair) {
+  StoreBuilder().person("a", {.first = "Ann"});
+  EXPECT_EQ(found("ann"), "a");
+  contactSource().letGo();
+  sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadWrite)
+      .execute("DROP INDEX content_fingerprint");
+  repairStore(storePath());
+  EXPECT_FALSE(std::filesystem::exists(indexPath()));
+  EXPECT_EQ(found("ann"), "a");
+}
+
+TEST(PersonSearch, KeepsTheIndexOfAStoreWhoseLogWasTrimmedAfterIt) {
+  StoreBuilder().person("a", {.first = "Ann"});
+  EXPECT_EQ(found("ann"), "a");
+  journal::setBounds({365, 1 << 20});
+  EXPECT_TRUE(std::filesystem::exists(indexPath()));
 }
 
 TEST(PersonSearch, HasOneIndexWhateverLinkLeadsToTheStore) {

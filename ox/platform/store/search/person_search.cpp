@@ -1,10 +1,11 @@
 #include "ox/platform/store/search/person_search.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 #include <system_error>
 
-#include "ox/base/failure.hpp"
+#include "ox/base/failures.hpp"
 #include "ox/platform/store/file/stored_rows.hpp"
 #include "ox/records/property_codec.hpp"
 #include "ox/records/search_text.hpp"
@@ -12,22 +13,25 @@
 namespace ox {
 namespace {
 
-// What is damaged is found by nobody, and told where it is read.
-std::string textOf(const sqlite::Statement& row, int properties, int sound) {
-  if (row.integer(sound) == 0) return {};
-  try {
-    return searchText(decodeProperties(row.blob(properties)));
-  } catch (const DamagedProperties&) {
-    return {};
-  }
-}
-
 bool isDamage(const sqlite::Error& error) {
   return error.kind() == FailureKind::Corrupt || error.kind() == FailureKind::NotAStore;
 }
 
+// Whether the store as it is now, whatever moment is read of it, has that act: a store that was
+// replaced, or has forgotten somebody, has others.
+bool isOfStoreNow(StoreFile& file, const SearchIndex::Reach& reach) {
+  sqlite::Connection now(file.address().file(), sqlite::Connection::Mode::ReadOnly);
+  now.setBusyTimeout(SearchIndex::kBusyMilliseconds);
+  auto act = now.prepare("SELECT name FROM act WHERE number = ?1");
+  act.bind(1, reach.moment.number);
+  const std::string_view name(reinterpret_cast<const char*>(reach.moment.name.data()),
+                              reach.moment.name.size());
+  return act.step() && act.blob(0) == name;
+}
+
 }  // namespace
 
+// A journal that is left beside no file is thrown away by whoever makes the next one.
 void removeIndex(const StoreAddress& store) {
   std::error_code error;
   std::filesystem::remove(store.searchFile(), error);
@@ -38,29 +42,36 @@ void removeOutdatedIndex(StoreFile& file) {
   std::error_code error;
   if (!std::filesystem::exists(file.address().searchFile(), error)) return;
   try {
-    const auto reach = SearchIndex(file.address().searchFile()).reach();
-    if (!reach || actOfNumber(file, reach->moment.number)) return;
+    const auto reach = SearchIndex(file.address().searchFile(), 0).reach();
+    const auto act = reach ? actOfNumber(file, reach->moment.number) : std::nullopt;
+    if (act && act->moment == reach->moment && reach->store == nameOfStore(file)) return;
+  } catch (const DamagedIndex&) {
+    // Nobody knows what it holds.
+  } catch (const sqlite::Error& failure) {
+    if (!isDamage(failure)) return;
   } catch (const std::exception&) {
-    // It is made anew by whoever searches.
+    return;
   }
   removeIndex(file.address());
 }
 
 std::vector<std::int64_t> PersonSearch::rows(const SearchQuery& query) {
   if (query.empty()) return {};
-  isPinned_ = file_.connection().isInTransaction();
   const sqlite::Snapshot snapshot(file_.connection());
   for (int attempt = 0; attempt < 2; ++attempt) {
     try {
-      if (auto rows = rowsByFile(query)) return std::move(*rows);
+      if (auto rows = rowsByFile(query)) {
+        inMemory_.reset();
+        return std::move(*rows);
+      }
       break;
     } catch (const DamagedIndex&) {
-      letGo();
+      inFile_.reset();
       removeIndex(file_.address());
     } catch (const sqlite::Error& error) {
-      letGo();
-      if (!isDamage(error)) break;
-      removeIndex(file_.address());
+      // The file may have been removed meanwhile: then it is made by the second attempt.
+      inFile_.reset();
+      if (isDamage(error)) removeIndex(file_.address());
     } catch (const std::system_error&) {
       break;
     }
@@ -71,49 +82,77 @@ std::vector<std::int64_t> PersonSearch::rows(const SearchQuery& query) {
 std::optional<std::vector<std::int64_t>> PersonSearch::rowsByFile(const SearchQuery& query) {
   if (!inFile_) inFile_.emplace(file_.address().searchFile());
   const auto store = reachOfStore();
-  if (!follow(*inFile_, store)) return std::nullopt;
+  if (follow(*inFile_, store, Damage::Refuse) != Followed::Yes) return std::nullopt;
   return inFile_->find(query, store);
 }
 
-// Kept while the process goes on: it can follow as one in a file does.
+// Kept while the file does not do: it can follow as one in a file does.
 std::vector<std::int64_t> PersonSearch::rowsInMemory(const SearchQuery& query) {
-  if (!inMemory_) inMemory_.emplace();
   const auto store = reachOfStore();
-  if (!follow(*inMemory_, store)) {
+  if (inMemory_ && follow(*inMemory_, store, Damage::Refuse) != Followed::Yes) inMemory_.reset();
+  if (!inMemory_) {
     inMemory_.emplace();
-    follow(*inMemory_, store);
+    follow(*inMemory_, store, Damage::PassOver);
+    damagedInMemory_ = damaged_;
+  }
+  if (damagedInMemory_ > 0) {
+    const auto& name = file_.address().name();
+    const auto records =
+        std::to_string(damagedInMemory_) + (damagedInMemory_ == 1 ? " record is" : " records are");
+    failures::notice(FailureKind::Corrupt, name + ": " + records + " damaged and not searched",
+                     name);
   }
   return inMemory_->find(query, store).value_or(std::vector<std::int64_t>());
 }
 
-SearchIndex::Reach PersonSearch::reachOfStore() {
-  const auto last = lastAct(file_);
-  return {nameOfStore(file_), last ? last->moment : StoreMoment()};
+std::optional<ActRow> PersonSearch::actNumbered(std::int64_t number) {
+  return file_.guarded([&] { return actOfNumber(file_, number); });
 }
 
-bool PersonSearch::follow(SearchIndex& index, const SearchIndex::Reach& store) {
+SearchIndex::Reach PersonSearch::reachOfStore() {
+  return file_.guarded([&]() -> SearchIndex::Reach {
+    const auto last = lastAct(file_);
+    return {nameOfStore(file_), last ? last->moment : StoreMoment()};
+  });
+}
+
+PersonSearch::Followed PersonSearch::follow(SearchIndex& index, const SearchIndex::Reach& store,
+                                            Damage damage) {
   const bool isTold = store.moment.number >= 0;
-  if (isTold && index.reach() == store) return true;
-  SearchIndex::Update update(index);
-  const auto reach = index.reach();  // another process may have been here first
-  if (isTold && reach && reach->store == store.store) {
-    if (reach->moment == store.moment) return true;
-    if (isPinned_ && reach->moment.number > store.moment.number) return false;
-    const auto since = actOfNumber(file_, reach->moment.number);
-    if (since && since->moment == reach->moment && takeChanges(*since, update)) {
-      update.commit(store);
-      return true;
+  if (isTold && index.reach() == store) return Followed::Yes;
+  damaged_ = 0;
+  {
+    SearchIndex::Update update(index);
+    const auto reach = index.reach();  // another process may have been here first
+    bool isFollowed = false;
+    if (isTold && reach && reach->store == store.store) {
+      if (reach->moment == store.moment) return Followed::Yes;
+      const bool isFurther = reach->moment.number > store.moment.number;
+      if (isFurther && isOfStoreNow(file_, *reach)) return Followed::IsFurther;
+      const auto since = isFurther ? std::nullopt : actNumbered(reach->moment.number);
+      isFollowed = since && since->moment == reach->moment && takeChanges(*since, update);
     }
+    if (!isFollowed) {
+      damaged_ = 0;
+      update.clear();
+      takeRows(1, update);
+    }
+    // What cannot be read now is mended or lost some day, which no act may tell.
+    if (damaged_ > 0 && damage == Damage::Refuse) return Followed::IsOfDamage;
+    update.commit(store);
   }
-  update.clear();
-  takeRows(0, update);
-  update.commit(store);
-  return true;
+  // Somebody who was forgotten while this was made of an earlier moment must not be in it.
+  if (&index == (inFile_ ? &*inFile_ : nullptr) && isTold && !isOfStoreNow(file_, store)) {
+    inFile_.reset();
+    removeIndex(file_.address());
+    return Followed::IsFurther;
+  }
+  return Followed::Yes;
 }
 
 bool PersonSearch::takeChanges(const ActRow& since, SearchIndex::Update& update) {
   std::set<std::int64_t> changed;
-  {
+  const bool isTold = file_.guarded([&] {
     auto& changes = file_.statement(Sql::ChangesFrom);
     const sqlite::StatementScope scope(changes);
     changes.bind(1, since.nextChange);
@@ -125,23 +164,27 @@ bool PersonSearch::takeChanges(const ActRow& since, SearchIndex::Update& update)
         case ChangeKind::ValuesAndPicture:
         case ChangeKind::Removed:
         case ChangeKind::Restored:
+          if (row.record() < 1) return false;
           if (row.record() < since.nextRecord) changed.insert(row.record());
           break;
         default:
           break;
       }
     }
-  }
+    return true;
+  });
+  if (!isTold) return false;
   for (const auto row : changed) update.put(row, textOfRow(row));
   takeRows(since.nextRecord, update);
   return true;
 }
 
+// What the store refuses is told from what the index does.
 void PersonSearch::takeRows(std::int64_t from, SearchIndex::Update& update) {
   auto& rows = file_.statement(Sql::ContentFrom);
   const sqlite::StatementScope scope(rows);
-  rows.bind(1, from).bind(2, -1);
-  while (rows.step()) {
+  rows.bind(1, std::max<std::int64_t>(from, 1)).bind(2, -1);
+  while (file_.guarded([&] { return rows.step(); })) {
     const auto text = textOf(rows, 1, 3);
     if (!text.empty()) update.put(rows.integer(0), text);
   }
@@ -151,7 +194,19 @@ std::string PersonSearch::textOfRow(std::int64_t row) {
   auto& rows = file_.statement(Sql::ContentOfRow);
   const sqlite::StatementScope scope(rows);
   rows.bind(1, row);
-  return rows.step() ? textOf(rows, 0, 2) : std::string();
+  return file_.guarded([&] { return rows.step(); }) ? textOf(rows, 0, 2) : std::string();
+}
+
+std::string PersonSearch::textOf(const sqlite::Statement& row, int properties, int sound) {
+  if (row.integer(sound) != 0) {
+    try {
+      return searchText(decodeProperties(row.blob(properties)));
+    } catch (const DamagedProperties&) {
+      // Counted as a row that is no more what was written.
+    }
+  }
+  ++damaged_;
+  return {};
 }
 
 }  // namespace ox

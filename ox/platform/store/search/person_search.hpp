@@ -14,8 +14,9 @@ namespace ox {
 // Finds committed persons by what is typed, by an index beside the store that follows the journal:
 // whoever writes leaves it alone, and whoever searches first brings it up to date. It is made anew
 // where the journal does not reach back, where it is damaged, and where other versions of ICU or of
-// this library have made it; where its file cannot be written, in memory. Borrows the file. Used by
-// one thread at a time; throws sqlite::Error and DamagedRow of the store.
+// this library have made it. Where its file cannot be written, or what is read of the store is an
+// earlier moment or in part damaged, an index in memory does the same; of the damage whoever
+// searches is told. Borrows the file. Used by one thread at a time; throws StoreError.
 class PersonSearch {
  public:
   explicit PersonSearch(StoreFile& file) : file_(file) {}
@@ -30,27 +31,31 @@ class PersonSearch {
   }
 
  private:
-  // Missing where the file cannot be used, or reaches further than what is read of the store.
+  enum class Damage : std::uint8_t { Refuse, PassOver };
+  enum class Followed : std::uint8_t { Yes, IsFurther, IsOfDamage };
+
+  // Missing where the file does not do.
   std::optional<std::vector<std::int64_t>> rowsByFile(const SearchQuery& query);
   std::vector<std::int64_t> rowsInMemory(const SearchQuery& query);
   // Of what is read of the store; as if of no act where the journal has lost its last one.
   SearchIndex::Reach reachOfStore();
-  // Brings it up to there; false where it reaches further and what is read is pinned. Otherwise an
-  // earlier copy has taken the place of the store.
-  bool follow(SearchIndex& index, const SearchIndex::Reach& store);
+  Followed follow(SearchIndex& index, const SearchIndex::Reach& store, Damage damage);
   // False where the journal does not tell what has changed since.
   bool takeChanges(const ActRow& since, SearchIndex::Update& update);
   void takeRows(std::int64_t from, SearchIndex::Update& update);
   std::string textOfRow(std::int64_t row);
+  std::string textOf(const sqlite::Statement& row, int properties, int sound);
+  std::optional<ActRow> actNumbered(std::int64_t number);
 
   StoreFile& file_;
-  bool isPinned_ = false;  // what is read of the store is of an earlier moment, perhaps
+  std::size_t damaged_ = 0;  // rows that could not be read while an index was followed
+  std::size_t damagedInMemory_ = 0;
   std::optional<SearchIndex> inFile_;
   std::optional<SearchIndex> inMemory_;
 };
 
 // An index that the journal cannot bring up to date any more holds what has left the journal: its
-// file goes.
+// file goes. Waits for nobody: whoever is just using it brings it up to date.
 void removeOutdatedIndex(StoreFile& file);
 // Whatever it holds.
 void removeIndex(const StoreAddress& store);

@@ -14,7 +14,6 @@ namespace {
 constexpr std::int64_t kRowsInBlock = 4096;
 constexpr std::size_t kBlockBytes = kRowsInBlock / 8;
 constexpr auto kGrams = static_cast<std::int64_t>(kSearchGrams);
-constexpr int kBusyMilliseconds = 10'000;
 constexpr std::int64_t kApplicationId = 0x4F584644;  // "OXFD"
 
 // A row that cannot be found any more, because the way to it is damaged, must not pass for one that
@@ -141,19 +140,19 @@ class Block {
 
 }  // namespace
 
-SearchIndex::SearchIndex(const std::string& path) {
+SearchIndex::SearchIndex(const std::string& path, int busyMilliseconds) {
   createPrivateFile(path);
   file_ = sqlite::Connection(path, sqlite::Connection::Mode::ReadWrite);
-  prepare();
+  prepare(busyMilliseconds);
 }
 
 SearchIndex::SearchIndex() : file_(":memory:", sqlite::Connection::Mode::ReadWriteCreate) {
-  prepare();
+  prepare(0);
 }
 
 // Tables and mark are one transaction, so that whoever is killed meanwhile leaves an empty file.
-void SearchIndex::prepare() {
-  file_.setBusyTimeout(kBusyMilliseconds);
+void SearchIndex::prepare(int busyMilliseconds) {
+  file_.setBusyTimeout(busyMilliseconds);
   file_.execute("PRAGMA cache_size=-8192; PRAGMA cell_size_check=ON; PRAGMA secure_delete=ON");
   if (file_.queryInteger("PRAGMA application_id") == 0) {
     sqlite::Transaction transaction(file_);
@@ -223,6 +222,7 @@ void SearchIndex::Update::clear() {
 }
 
 void SearchIndex::Update::put(std::int64_t row, std::string_view text) {
+  if (row < 1) throwDamaged();
   if (row / kRowsInBlock != block_) enterBlock(row / kRowsInBlock);
   const auto place = static_cast<std::size_t>(row % kRowsInBlock);
   for (std::size_t from = 0; from < text.size();) {

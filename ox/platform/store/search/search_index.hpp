@@ -26,9 +26,10 @@ class DamagedIndex : public std::runtime_error {
 // anew from it at any time. Used by one thread at a time; throws sqlite::Error and DamagedIndex.
 class SearchIndex {
  public:
-  // Makes the file where it is missing. One of another version of the texts, or that is none at
-  // all, is thrown as DamagedIndex.
-  explicit SearchIndex(const std::string& path);
+  static constexpr int kBusyMilliseconds = 10'000;
+
+  // Makes the file where it is missing. One that is no index is thrown as DamagedIndex.
+  explicit SearchIndex(const std::string& path, int busyMilliseconds = kBusyMilliseconds);
   // In memory alone.
   SearchIndex();
 
@@ -39,7 +40,7 @@ class SearchIndex {
 
     bool operator==(const Reach&) const = default;
   };
-  // Missing in a new one.
+  // Missing in a new one, and in one whose texts were made otherwise than they are now.
   std::optional<Reach> reach();
 
   // Rows that match, rising; missing where it does not reach to that moment of that store alone.
@@ -52,7 +53,7 @@ class SearchIndex {
     explicit Update(SearchIndex& index) : index_(index), transaction_(index.file_) {}
 
     void clear();
-    // An empty text takes the person away.
+    // An empty text takes the person away. Rows begin with 1.
     void put(std::int64_t row, std::string_view text);
     void commit(const Reach& reach);
 
@@ -75,7 +76,7 @@ class SearchIndex {
   };
 
  private:
-  void prepare();
+  void prepare(int busyMilliseconds);
   bool isMatch(std::int64_t row, const SearchQuery& query);
 
   sqlite::Connection file_;

@@ -13,6 +13,7 @@
 #include "ox/platform/store/schema/schema.hpp"
 #include "ox/platform/store/schema/store_connection.hpp"
 #include "ox/platform/store/schema/tables.hpp"
+#include "ox/platform/store/search/person_search.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
 #include "ox/platform/store/values/store_error.hpp"
@@ -235,6 +236,7 @@ RepairReport repairStore(const std::string& path) {
       return repair;
     }
     mendRows(file, path, repair);
+    removeIndex(path);  // no act tells what was mended
     acceptWithoutMissingAct(store, path, repair);
   } catch (const sqlite::Error& error) {
     throwStoreError(path, error);
