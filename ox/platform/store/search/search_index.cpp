@@ -128,8 +128,8 @@ class Block {
     if (!grams_.step()) throwDamaged();
     requireSound(grams_, 1);
     const auto stored = grams_.blob(0);
-    if (stored.size() != kBlockBytes) throwDamaged();
-    std::memcpy(bits.data(), stored.data(), kBlockBytes);
+    if (stored.size() > kBlockBytes) throwDamaged();
+    std::memcpy(bits.data(), stored.data(), stored.size());
     return bits;
   }
 
@@ -248,8 +248,9 @@ void SearchIndex::Update::note(std::size_t gram, std::size_t place) {
       stored.bind(1, block_ * kGrams + static_cast<std::int64_t>(gram));
       if (!stored.step()) throwDamaged();
       requireSound(stored, 1);
-      rows.bits = stored.blob(0);
-      if (rows.bits.size() != kBlockBytes) throwDamaged();
+      const auto bits = stored.blob(0);
+      if (bits.size() > kBlockBytes) throwDamaged();
+      rows.bits.replace(0, bits.size(), bits);
     }
   }
   if (set(rows.bits, place)) rows.isChanged = true;
@@ -276,8 +277,10 @@ void SearchIndex::Update::writeBlock() {
   auto write = index_.file_.prepare("INSERT OR REPLACE INTO grams(id, rows) VALUES(?1, ?2)");
   for (std::size_t gram = 0; gram < rows_.size(); ++gram) {
     if (!rows_[gram].isChanged) continue;
+    // Of the bytes those up to the last one that says anything: most stores are small.
+    const std::string_view bits(rows_[gram].bits);
     write.bind(1, block_ * kGrams + static_cast<std::int64_t>(gram))
-        .bindBlob(2, rows_[gram].bits)
+        .bindBlob(2, bits.substr(0, bits.find_last_not_of('\0') + 1))
         .run();
   }
 }
