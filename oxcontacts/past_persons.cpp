@@ -19,7 +19,7 @@ bool isIdOf(const std::string& text, const RecordKey& key) {
   if (key.text() == text) return true;
   if (text.size() < RecordKey::kShortTextSize) return false;
   const auto range = RecordKey::rangeOf(text, RecordKind::Person);
-  return range && range->first <= key && key <= range->second;
+  return range && range->first.bytes() <= key.bytes() && key.bytes() <= range->second.bytes();
 }
 
 }  // namespace
@@ -51,7 +51,7 @@ RecordKey findPersonOfAnyTime(const std::string& text) {
 }
 
 std::string nameOfAnyTime(const RecordKey& key) {
-  const auto identifier = key.text();
+  auto identifier = key.text();
   const auto record = ABAddressBook::sharedAddressBook()->recordForKey(key);
   if (const auto person = hostPerson(record)) return person->displayName().value_or(identifier);
   if (const auto group = hostGroup(record)) return group->displayName().value_or(identifier);

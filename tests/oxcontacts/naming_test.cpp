@@ -78,7 +78,7 @@ TEST(Naming, TakesAnIdWithoutItsEndingAndItsBeginning) {
 TEST(Naming, ListsThoseWhoMayBeMeant) {
   fillStore();
   const auto persons = runJson({"persons"});
-  const auto shortOf = [&](int place) {
+  const auto shortOf = [&](std::size_t place) {
     return persons[place]["ID"].get<std::string>().substr(0, 18);
   };
   const auto result = run({"show", "Ann Lee"});
@@ -110,6 +110,7 @@ std::string answeredOnATerminal(const std::vector<std::string>& arguments,
   const int side = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
   const auto command = programCommand(arguments);
   std::vector<char*> words;
+  words.reserve(command.size() + 1);
   for (const auto& word : command) words.push_back(const_cast<char*>(word.c_str()));
   words.push_back(nullptr);
   const pid_t child = ::fork();
