@@ -25,6 +25,10 @@ void Context::complain(const std::string& message) {
   std::cerr << "oxcontacts: " << terminalText(message) << '\n';
 }
 
+bool Context::canAsk() {
+  return ::isatty(STDIN_FILENO) != 0 && ::isatty(STDERR_FILENO) != 0;
+}
+
 bool Context::usesColor() const {
   if (color != When::Auto) return color == When::Always;
   const auto* terminal = std::getenv("TERM");

@@ -40,6 +40,8 @@ struct Context {
   void tell(const std::string& message) const;
   // The same for what must not be missed.
   static void complain(const std::string& message);
+  // Whether somebody is there to answer a question.
+  static bool canAsk();
   bool usesColor() const;
   bool showsProgress() const;
 };

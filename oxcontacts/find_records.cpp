@@ -1,15 +1,12 @@
 // What the words PERSON and GROUP mean.
-#include <algorithm>
 #include <charconv>
 #include <iostream>
-#include <unistd.h>
 #include <unordered_set>
 
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/OxMacAddressBookSDK/registry/person_book.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/find.hpp"
-#include "oxcontacts/output/table.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
 #include "oxcontacts/wanted_name.hpp"
 
@@ -18,6 +15,17 @@ namespace {
 
 std::shared_ptr<ABAddressBook> store() {
   return ABAddressBook::sharedAddressBook();
+}
+
+template <typename Record, typename Records>
+std::vector<std::shared_ptr<Record>> hostsOf(
+    Records records, std::shared_ptr<Record> (*host)(std::shared_ptr<ABRecord>)) {
+  std::vector<std::shared_ptr<Record>> hosts;
+  hosts.reserve(records.size());
+  for (auto& record : records) {
+    if (auto each = host(std::move(record))) hosts.push_back(std::move(each));
+  }
+  return hosts;
 }
 
 // How each kind of record is looked for and told from others.
@@ -32,12 +40,9 @@ struct PersonKind {
   }
   // Those whose names hold all words; all of them where nothing that was typed is a word.
   static std::vector<std::shared_ptr<_ABPerson>> thatMayBe(const std::string& text) {
-    std::vector<std::shared_ptr<_ABPerson>> persons;
-    const bool isBlank = text.find_first_not_of(" \t") == std::string::npos;
-    for (auto& record : isBlank ? store()->people() : store()->peopleNamed(text)) {
-      persons.push_back(hostPerson(std::move(record)));
-    }
-    return persons;
+    const bool hasWords = WantedName(text).hasWords();
+    return hostsOf<_ABPerson>(hasWords ? store()->peopleNamed(text) : store()->people(),
+                              &hostPerson);
   }
   // Nicknames and other spellings count, which the search has looked at.
   static bool isMeant(const WantedName& wanted, const Text&) { return wanted.hasWords(); }
@@ -59,9 +64,7 @@ struct GroupKind {
     return hostGroup(std::move(record));
   }
   static std::vector<std::shared_ptr<_ABGroup>> thatMayBe(const std::string&) {
-    std::vector<std::shared_ptr<_ABGroup>> groups;
-    for (auto& record : store()->groups()) groups.push_back(hostGroup(std::move(record)));
-    return groups;
+    return hostsOf<_ABGroup>(store()->groups(), &hostGroup);
   }
   static bool isMeant(const WantedName& wanted, const Text& name) { return wanted.isPartOf(name); }
   static std::string detail(const _ABGroup& group) {
@@ -78,10 +81,6 @@ std::string lineOf(const typename Kind::Record& record, const BookNames& books) 
   auto line = record.displayName().value_or("") + " (" + books.nameOf(record.addressBookID());
   if (const auto detail = Kind::detail(record); !detail.empty()) line += ", " + detail;
   return line + ", " + record.key().shortText() + ")";
-}
-
-bool canAsk() {
-  return ::isatty(STDIN_FILENO) != 0 && ::isatty(STDERR_FILENO) != 0;
 }
 
 // Missing when the answer is none of them.
@@ -107,7 +106,7 @@ template <typename Kind>
 std::shared_ptr<typename Kind::Record> oneOf(const std::string& text, const Found<Kind>& found) {
   constexpr std::size_t kAsked = 20;
   if (found.size() == 1) return found.front();
-  if (canAsk() && found.size() <= kAsked) {
+  if (Context::canAsk() && found.size() <= kAsked) {
     if (auto chosen = askedFor<Kind>(text, found)) return chosen;
   }
   const BookNames books;
@@ -140,12 +139,9 @@ Found<Kind> withIdBeginning(const std::string& text, bool onlyWhole) {
   // Shorter ones are rather names, and begin the identifiers of years.
   constexpr std::size_t kShortest = 8;
   constexpr std::size_t kMost = 50;
-  Found<Kind> found;
-  if (text.size() < (onlyWhole ? RecordKey::kShortTextSize : kShortest)) return found;
-  for (auto& record : store()->recordsStartingWith(text, Kind::kKind, kMost)) {
-    if (auto host = Kind::host(std::move(record))) found.push_back(std::move(host));
-  }
-  return found;
+  if (text.size() < (onlyWhole ? RecordKey::kShortTextSize : kShortest)) return {};
+  return hostsOf<typename Kind::Record>(store()->recordsStartingWith(text, Kind::kKind, kMost),
+                                        &Kind::host);
 }
 
 // Those of a book, where the text is BOOK/NAME.

@@ -2,13 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <vector>
 
 #include "ox/base/text/case.hpp"
 #include "ox/base/text/digits.hpp"
 #include "ox/base/text/script.hpp"
 #include "ox/base/text/search_forms.hpp"
-#include "ox/base/text/transcription.hpp"
 #include "ox/records/property_keys.hpp"
 
 namespace ox {

@@ -1,7 +1,6 @@
 // add-person, set, remove-person: each reads what is asked for, finds whom it means, edits, saves
 // and tells.
 #include <iostream>
-#include <unistd.h>
 
 #include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/failures.hpp"
@@ -70,7 +69,7 @@ void setValues(const Context& context, const Arguments& arguments) {
 
 // Who has a terminal is asked, since part of a name may be that of somebody else.
 void requireConsent(const Context& context, const Persons& persons) {
-  if (context.json || ::isatty(STDIN_FILENO) == 0 || ::isatty(STDERR_FILENO) == 0) return;
+  if (context.json || !Context::canAsk()) return;
   std::cerr << "Remove " << terminalText(namesOf(persons)) << "? [y/N] " << std::flush;
   std::string answer;
   std::getline(std::cin, answer);

@@ -136,7 +136,6 @@ RecordKeys CommittedRecords::startingWith(std::string_view beginning, RecordKind
     const sqlite::StatementScope scope(rows);
     first.bindTo(rows, 1);
     last.bindTo(rows, 2);
-    rows.bind(3, -1);
     while (keys.size() < atMost && rows.step()) {
       const auto entry = entryOfRow(rows);
       if (entry.kind == kind) keys.push_back(entry.key);

@@ -57,7 +57,7 @@ constexpr std::array kStatements = {
         "SELECT id, uid, kind, container, checksum FROM record WHERE id > ?1 ORDER BY id"},
     Row{Sql::RecordsBetweenUids,
         "SELECT id, uid, kind, container, checksum FROM record WHERE uid BETWEEN ?1 AND ?2 "
-        "ORDER BY uid LIMIT ?3"},
+        "ORDER BY uid"},
     Row{Sql::RecordByUid, "SELECT id, uid, kind, container, checksum FROM record WHERE uid = ?1"},
     Row{Sql::ContentFrom,
         "SELECT c.record, c.properties, ifnull(i.checksum, c.image), c.sound FROM content c "

@@ -82,14 +82,24 @@ std::vector<std::int64_t> PersonSearch::rows(const SearchQuery& query) {
 std::optional<std::vector<std::int64_t>> PersonSearch::rowsByFile(const SearchQuery& query) {
   if (!inFile_) inFile_.emplace(file_.address().searchFile());
   const auto store = reachOfStore();
-  if (follow(*inFile_, store, Damage::Refuse) != Followed::Yes) return std::nullopt;
+  const auto followed = follow(*inFile_, store, Damage::Refuse);
+  if (followed == Followed::IsFurther || followed == Followed::IsOfDamage) return std::nullopt;
+  // Somebody who was forgotten while this was made of an earlier moment must not be in it.
+  if (followed == Followed::Now && store.moment.number >= 0 && !isOfStoreNow(file_, store)) {
+    inFile_.reset();
+    removeIndex(file_.address());
+    return std::nullopt;
+  }
   return inFile_->find(query, store);
 }
 
 // Kept while the file does not do: it can follow as one in a file does.
 std::vector<std::int64_t> PersonSearch::rowsInMemory(const SearchQuery& query) {
   const auto store = reachOfStore();
-  if (inMemory_ && follow(*inMemory_, store, Damage::Refuse) != Followed::Yes) inMemory_.reset();
+  if (inMemory_) {
+    const auto followed = follow(*inMemory_, store, Damage::Refuse);
+    if (followed == Followed::IsFurther || followed == Followed::IsOfDamage) inMemory_.reset();
+  }
   if (!inMemory_) {
     inMemory_.emplace();
     follow(*inMemory_, store, Damage::PassOver);
@@ -119,35 +129,27 @@ SearchIndex::Reach PersonSearch::reachOfStore() {
 PersonSearch::Followed PersonSearch::follow(SearchIndex& index, const SearchIndex::Reach& store,
                                             Damage damage) {
   const bool isTold = store.moment.number >= 0;
-  if (isTold && index.reach() == store) return Followed::Yes;
+  if (isTold && index.reach() == store) return Followed::Before;
   damaged_ = 0;
-  {
-    SearchIndex::Update update(index);
-    const auto reach = index.reach();  // another process may have been here first
-    bool isFollowed = false;
-    if (isTold && reach && reach->store == store.store) {
-      if (reach->moment == store.moment) return Followed::Yes;
-      const bool isFurther = reach->moment.number > store.moment.number;
-      if (isFurther && isOfStoreNow(file_, *reach)) return Followed::IsFurther;
-      const auto since = isFurther ? std::nullopt : actNumbered(reach->moment.number);
-      isFollowed = since && since->moment == reach->moment && takeChanges(*since, update);
-    }
-    if (!isFollowed) {
-      damaged_ = 0;
-      update.clear();
-      takeRows(1, update);
-    }
-    // What cannot be read now is mended or lost some day, which no act may tell.
-    if (damaged_ > 0 && damage == Damage::Refuse) return Followed::IsOfDamage;
-    update.commit(store);
+  SearchIndex::Update update(index);
+  const auto reach = index.reach();  // another process may have been here first
+  bool isFollowed = false;
+  if (isTold && reach && reach->store == store.store) {
+    if (reach->moment == store.moment) return Followed::Before;
+    const bool isFurther = reach->moment.number > store.moment.number;
+    if (isFurther && isOfStoreNow(file_, *reach)) return Followed::IsFurther;
+    const auto since = isFurther ? std::nullopt : actNumbered(reach->moment.number);
+    isFollowed = since && since->moment == reach->moment && takeChanges(*since, update);
   }
-  // Somebody who was forgotten while this was made of an earlier moment must not be in it.
-  if (&index == (inFile_ ? &*inFile_ : nullptr) && isTold && !isOfStoreNow(file_, store)) {
-    inFile_.reset();
-    removeIndex(file_.address());
-    return Followed::IsFurther;
+  if (!isFollowed) {
+    damaged_ = 0;
+    update.clear();
+    takeRows(1, update);
   }
-  return Followed::Yes;
+  // What cannot be read now is mended or lost some day, which no act may tell.
+  if (damaged_ > 0 && damage == Damage::Refuse) return Followed::IsOfDamage;
+  update.commit(store);
+  return Followed::Now;
 }
 
 bool PersonSearch::takeChanges(const ActRow& since, SearchIndex::Update& update) {

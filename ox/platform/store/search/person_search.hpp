@@ -32,7 +32,7 @@ class PersonSearch {
 
  private:
   enum class Damage : std::uint8_t { Refuse, PassOver };
-  enum class Followed : std::uint8_t { Yes, IsFurther, IsOfDamage };
+  enum class Followed : std::uint8_t { Before, Now, IsFurther, IsOfDamage };
 
   // Missing where the file does not do.
   std::optional<std::vector<std::int64_t>> rowsByFile(const SearchQuery& query);

@@ -96,7 +96,8 @@ RecordKeys Overlay::personsMatching(const SearchQuery& query,
                                     const std::vector<std::int64_t>& rows) {
   std::map<std::int64_t, RecordKey> found;
   for (const auto& entry : committed_.inRows(rows)) {
-    if (entry.kind == RecordKind::Person && !values_.isChanged(entry.key)) {
+    if (entry.kind == RecordKind::Person && !values_.isChanged(entry.key) &&
+        !isRemoved(entry.key)) {
       found.emplace(entry.row, entry.key);
     }
   }
@@ -109,7 +110,7 @@ RecordKeys Overlay::personsMatching(const SearchQuery& query,
   }
   RecordKeys keys;
   for (const auto& [row, key] : found) {
-    if (!isRemoved(key)) keys.push_back(key);
+    keys.push_back(key);
   }
   for (const auto& key : additions_.records(RecordKind::Person)) {
     if (matches(key)) keys.push_back(key);
