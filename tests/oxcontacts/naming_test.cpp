@@ -1,9 +1,7 @@
-#include <cstdlib>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/oxcontacts/on_a_terminal.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -101,35 +99,12 @@ TEST(Naming, TakesAGroupByWhatIsTypedOfItsName) {
   EXPECT_EQ(run({"persons", "--group", "foes"}).exitCode, 4);
 }
 
-// What the command writes on a terminal where somebody answers that.
+// The exit code, and what the command writes on a terminal where somebody answers that.
 std::string answeredOnATerminal(const std::vector<std::string>& arguments,
                                 const std::string& answer) {
-  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
-  EXPECT_EQ(::grantpt(terminal), 0);
-  EXPECT_EQ(::unlockpt(terminal), 0);
-  const int side = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
-  const auto command = programCommand(arguments);
-  std::vector<char*> words;
-  words.reserve(command.size() + 1);
-  for (const auto& word : command) words.push_back(const_cast<char*>(word.c_str()));
-  words.push_back(nullptr);
-  const pid_t child = ::fork();
-  if (child == 0) {
-    for (const int end : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(side, end);
-    ::execv(words[0], words.data());
-    ::_exit(127);
-  }
-  ::close(side);
-  EXPECT_EQ(::write(terminal, answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
-  std::string output;
-  char buffer[4096];
-  for (ssize_t got = 0; (got = ::read(terminal, buffer, sizeof buffer)) > 0;) {
-    output.append(buffer, static_cast<std::size_t>(got));
-  }
-  ::close(terminal);
-  int status = 0;
-  EXPECT_EQ(::waitpid(child, &status, 0), child);
-  return std::to_string(WEXITSTATUS(status)) + ": " + output;
+  const auto result =
+      runOnATerminal(arguments, {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}, answer);
+  return std::to_string(result.exitCode) + ": " + result.output;
 }
 
 bool holds(const std::string& text, const std::string& part) {

@@ -1,13 +1,11 @@
 // Whatever a store or an argument holds, nothing of it steers the terminal that it is shown on.
 #include <algorithm>
 #include <cstdlib>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include "oxcontacts/output/terminal_text.hpp"
+#include "tests/oxcontacts/on_a_terminal.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -16,7 +14,6 @@ namespace {
 
 using program::terminalLines;
 using support::temporaryFile;
-using support::temporaryPath;
 
 // One of every kind.
 const std::string kHostile = "\u0301x\x1B]0;t\x07\x9B\u009B31m\u202E\u2066\u200F\x7F\r y";
@@ -118,46 +115,14 @@ TEST(TerminalOutput, IsSafeWhateverIsTyped) {
   }
 }
 
-// What the command writes when its standard output is a terminal.
-std::string shownOnATerminal(const std::vector<std::string>& arguments) {
-  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
-  EXPECT_EQ(::grantpt(terminal), 0);
-  EXPECT_EQ(::unlockpt(terminal), 0);
-  const int side = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
-  termios settings{};
-  ::tcgetattr(side, &settings);
-  ::cfmakeraw(&settings);
-  ::tcsetattr(side, TCSANOW, &settings);
-  const auto command = programCommand(arguments);
-  std::vector<char*> words;
-  for (const auto& word : command) words.push_back(const_cast<char*>(word.c_str()));
-  words.push_back(nullptr);
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::dup2(side, STDOUT_FILENO);
-    ::execv(words[0], words.data());
-    ::_exit(127);
-  }
-  ::close(side);
-  std::string output;
-  char buffer[4096];
-  // A terminal that nobody has open any more answers with an error.
-  for (ssize_t got = 0; (got = ::read(terminal, buffer, sizeof buffer)) > 0;) {
-    output.append(buffer, static_cast<std::size_t>(got));
-  }
-  ::close(terminal);
-  int status = 0;
-  EXPECT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
-  return output;
-}
-
 TEST(TerminalOutput, OfCardsIsSafeOnATerminalAndExactElsewhere) {
   const std::string name = "A\u202Enn";
   const auto file = temporaryFile("one.vcf", card({"UID:a", "N:;" + name + ";;;", "FN:" + name}));
   ASSERT_EQ(run({"import", file.string()}).exitCode, 0);
   EXPECT_NE(run({"export"}).output.find("FN:" + name + "\r\n"), std::string::npos);
-  const auto shown = shownOnATerminal({"export"});
+  const auto onTerminal = runOnATerminal({"export"}, {STDOUT_FILENO});
+  EXPECT_EQ(onTerminal.exitCode, 0);
+  const auto& shown = onTerminal.output;
   expectSafe(shown, "export");
   EXPECT_NE(shown.find("FN:A\uFFFDnn\n"), std::string::npos) << shown;
 }
