@@ -27,15 +27,6 @@ bool isLetters(std::string_view text, std::size_t least, std::size_t most) {
          std::all_of(text.begin(), text.end(), isLetter);
 }
 
-// The value in force, by the precedence of the POSIX locale categories.
-std::string_view localeName() {
-  for (const char* variable : {"LC_ALL", "LC_ADDRESS", "LANG"}) {
-    const char* value = std::getenv(variable);
-    if (value != nullptr && *value != '\0') return value;
-  }
-  return {};
-}
-
 std::string likelyCountry(std::string_view language) {
   if (!isLetters(language, 2, 3)) return {};
   UErrorCode status = U_ZERO_ERROR;
@@ -48,9 +39,18 @@ std::string likelyCountry(std::string_view language) {
 
 }  // namespace
 
+std::string localeNameFor(const char* category) {
+  for (const char* variable : {"LC_ALL", category, "LANG"}) {
+    const char* value = std::getenv(variable);
+    if (value != nullptr && *value != '\0') return value;
+  }
+  return {};
+}
+
 std::string localCountryCode() {
   // language[_territory][.codeset][@modifier]
-  auto name = localeName();
+  const auto locale = localeNameFor("LC_ADDRESS");
+  std::string_view name = locale;
   name = name.substr(0, name.find_first_of(".@"));
   const auto languageEnd = std::min(name.find_first_of("_-"), name.size());
   const auto territory = name.substr(std::min(languageEnd + 1, name.size()));
