@@ -31,6 +31,7 @@ enum class When : std::uint8_t { Auto, Always, Never };
 // What the global options say; one for the run, passed to every command.
 struct Context {
   std::string store;
+  std::string book;  // where PERSON and GROUP are looked for; empty: in all
   bool json = false;
   bool quiet = false;
   When color = When::Auto;

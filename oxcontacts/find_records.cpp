@@ -162,47 +162,72 @@ Found<Kind> namedInBook(const std::string& text) {
   return found;
 }
 
+// Where records are looked for: in all books, or in one.
+class Place {
+ public:
+  explicit Place(const Context& context) {
+    if (!context.book.empty()) book_ = findBook(BookList(), context.book)->ID();
+  }
+
+  template <typename Record>
+  std::vector<std::shared_ptr<Record>> of(std::vector<std::shared_ptr<Record>> records) const {
+    if (book_) {
+      std::erase_if(records, [&](const auto& record) { return record->addressBookID() != book_; });
+    }
+    return records;
+  }
+
+ private:
+  Text book_;
+};
+
 // Those that are meant, one or several.
 template <typename Kind>
-Found<Kind> findRecords(const std::string& text, bool onlyWhole) {
+Found<Kind> findRecords(const std::string& text, const Place& place, bool onlyWhole) {
   for (const auto& identifier : {text, text + Kind::kEnding}) {
-    if (auto record = Kind::host(store()->recordForUniqueId(identifier))) return {record};
+    if (auto record = Kind::host(store()->recordForUniqueId(identifier))) {
+      auto found = place.of(Found<Kind>{std::move(record)});
+      if (!found.empty()) return found;
+    }
   }
-  auto found = namedLike<Kind>(text, Kind::thatMayBe(text), onlyWhole);
-  if (found.empty()) found = withIdBeginning<Kind>(text, onlyWhole);
-  if (found.empty() && !onlyWhole) found = namedInBook<Kind>(text);
+  auto found = namedLike<Kind>(text, place.of(Kind::thatMayBe(text)), onlyWhole);
+  if (found.empty()) found = place.of(withIdBeginning<Kind>(text, onlyWhole));
+  if (found.empty() && !onlyWhole) found = place.of(namedInBook<Kind>(text));
   if (found.empty()) throwNotFound(Kind::kName, text);
   return found;
 }
 
 // Somebody may be asked, and nothing is read of one moment while that waits.
 template <typename Kind>
-std::shared_ptr<typename Kind::Record> findRecord(const std::string& text, bool onlyWhole) {
+std::shared_ptr<typename Kind::Record> findRecord(const Context& context, const std::string& text,
+                                                  bool onlyWhole) {
   Found<Kind> found;
   {
     const OneMoment moment;
-    found = findRecords<Kind>(text, onlyWhole);
+    found = findRecords<Kind>(text, Place(context), onlyWhole);
   }
   return oneOf<Kind>(text, found);
 }
 
 }  // namespace
 
-std::shared_ptr<_ABPerson> findPerson(const std::string& text) {
-  return findPersons({text}).front();
+std::shared_ptr<_ABPerson> findPerson(const Context& context, const std::string& text) {
+  return findPersons(context, {text}).front();
 }
 
-std::shared_ptr<_ABPerson> findPersonByWholeName(const std::string& text) {
-  return findRecord<PersonKind>(text, true);
+std::shared_ptr<_ABPerson> findPersonByWholeName(const Context& context, const std::string& text) {
+  return findRecord<PersonKind>(context, text, true);
 }
 
-Persons findPersons(const std::vector<std::string>& texts) {
-  const auto records = store()->recordsForUniqueIds(texts);
+Persons findPersons(const Context& context, const std::vector<std::string>& texts) {
+  // The store is asked once for all that are IDs, of which there may be thousands.
+  auto records = store()->recordsForUniqueIds(texts);
+  if (!context.book.empty()) records.assign(texts.size(), nullptr);
   Persons persons;
   std::unordered_set<RecordKey> met;
   for (std::size_t i = 0; i < texts.size(); ++i) {
     auto person = hostPerson(records[i]);
-    if (!person) person = findRecord<PersonKind>(texts[i], false);
+    if (!person) person = findRecord<PersonKind>(context, texts[i], false);
     if (!met.insert(person->key()).second) continue;
     makeBookOf(*person);
     persons.push_back(std::move(person));
@@ -210,8 +235,8 @@ Persons findPersons(const std::vector<std::string>& texts) {
   return persons;
 }
 
-std::shared_ptr<_ABGroup> findGroup(const std::string& text) {
-  return findRecord<GroupKind>(text, false);
+std::shared_ptr<_ABGroup> findGroup(const Context& context, const std::string& text) {
+  return findRecord<GroupKind>(context, text, false);
 }
 
 }  // namespace ox::program

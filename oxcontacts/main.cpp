@@ -46,6 +46,8 @@ void declareGlobalOptions(CLI::App& program, Context& context) {
       .add_option("--store", context.store,
                   "The contact store (else $OX_CONTACT_STORE, else the user's own)")
       ->type_name("PATH");
+  program.add_option("--book", context.book, "PERSON and GROUP are looked for in this book alone")
+      ->type_name("BOOK");
   program.add_flag("--json", context.json, "Print JSON");
   program.add_flag("--quiet", context.quiet, "Print data and errors only");
   declareWhen(program, "--color", "Colours: auto, always or never (NO_COLOR is honoured)",
@@ -111,6 +113,19 @@ int run(CLI::App& program, int argc, char** argv, const failures::Watch& watch) 
   }
 }
 
+// A book that the command would not look at must not pass for one that it does.
+void requireUseOfBook(const CLI::App& command, const Context& context) {
+  if (context.book.empty()) return;
+  for (const auto* option : command.get_options()) {
+    const auto& name = option->get_single_name();
+    if (name == "PERSON" || name == "GROUP" || name == "--under") return;
+  }
+  throw CommandError(
+      kUsage, "`" + command.get_name() + "` looks for nobody in a book; --book " +
+                  (command.get_option_no_throw("--book") == nullptr ? "is of no use to it"
+                                                                    : "has its place behind it"));
+}
+
 // The operations below report no errors: what the watch saw meanwhile tells whether the command did
 // what it seems to have done.
 int honest(int code, const failures::Watch& watch) {
@@ -143,6 +158,7 @@ int mainOf(int argc, char** argv) {
       [[maybe_unused]] const bool isFirst = useContactStore(context.store);
       assert(isFirst);  // nothing has asked for the store yet
     }
+    requireUseOfBook(*program.get_subcommands().front(), context);
     setOrigin({"oxcontacts", commandLine(argc, argv), true, std::nullopt});
     // A store that cannot be used ends every command here, before it has printed or changed
     // anything; check and recover look for themselves and make no store.

@@ -24,10 +24,10 @@ bool isIdOf(const std::string& text, const RecordKey& key) {
 
 }  // namespace
 
-RecordKey findPersonOfAnyTime(const std::string& text) {
+RecordKey findPersonOfAnyTime(const Context& context, const std::string& text) {
   const failures::Watch watch;
   try {
-    return findPersonByWholeName(text)->key();
+    return findPersonByWholeName(context, text)->key();
   } catch (const CommandError& error) {
     if (error.code() != kNotFound || watch.hasFailures()) throw;
   }

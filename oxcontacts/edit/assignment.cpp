@@ -183,6 +183,13 @@ void checkKey(const Key& key, const OxProperty& property) {
 
 }  // namespace
 
+OxPropertyPtr propertyCalled(const std::string& name) {
+  for (const auto& property : OxProperty::StandardPropertyArray()) {
+    if (shortName(*property) == lowerCase(name) && isAssigned(*property)) return property;
+  }
+  return nullptr;
+}
+
 std::string propertyNames() {
   std::string names;
   for (const auto& property : OxProperty::StandardPropertyArray()) {

@@ -26,6 +26,8 @@ Assignment parseAssignment(const std::string& text);
 // All of them, before anything is changed.
 std::vector<Assignment> parseAssignments(const std::vector<std::string>& texts);
 
+// The property of that name, in any case, if it is one of those; else null.
+OxPropertyPtr propertyCalled(const std::string& name);
 // The names of all properties that can be assigned, for the user.
 std::string propertyNames();
 

@@ -2,6 +2,7 @@
 
 #include "ox/OxMacAddressBookSDK/admin/stored_names.hpp"
 #include "ox/records/property_keys.hpp"
+#include "oxcontacts/output/shown_value.hpp"
 #include "oxcontacts/output/value_json.hpp"
 
 namespace ox::program {
@@ -35,7 +36,8 @@ std::string readableValue(const PropertyValue& value) {
   if (entries == nullptr) return text;
   for (const auto& entry : entries->entries) {
     if (!text.empty()) text += "; ";
-    if (entry.label && !entry.label->empty()) text += labelTitleOfStored(*entry.label) + " ";
+    if (entry.label && !entry.label->empty())
+      text += labelWords(labelTitleOfStored(*entry.label)) + " ";
     text += readableText(entry.value);
   }
   return text;
@@ -47,11 +49,11 @@ Json jsonOfStored(const PropertyValue& value) {
   Json list = Json::array();
   const auto* entries = entriesOf(value);
   for (const auto& entry : entries->entries) {
-    list.push_back(
-        {{"label", jsonOf(entry.label)},
-         {"labelDisplayName", entry.label ? Json(labelTitleOfStored(*entry.label)) : Json()},
-         {"value", jsonOf(entry.value)},
-         {"main", entry.identifier == entries->primary}});
+    list.push_back({{"label", jsonOf(entry.label)},
+                    {"labelDisplayName",
+                     entry.label ? Json(labelWords(labelTitleOfStored(*entry.label))) : Json()},
+                    {"value", jsonOf(entry.value)},
+                    {"main", entry.identifier == entries->primary}});
   }
   return list;
 }
@@ -77,7 +79,7 @@ void addStoredRows(const PropertyBag& properties, Table& table) {
       continue;
     }
     for (const auto& entry : entries->entries) {
-      auto label = entry.label ? labelTitleOfStored(*entry.label) : std::string();
+      auto label = entry.label ? labelWords(labelTitleOfStored(*entry.label)) : std::string();
       if (entry.identifier == entries->primary) label += " *";
       table.addRow({std::move(title), std::move(label), readableText(entry.value)});
       title.clear();

@@ -1,6 +1,7 @@
 #include "oxcontacts/output/person_json.hpp"
 
 #include "ox/OxMacAddressBookSDK/_ABGroup/_ABGroup.hpp"
+#include "oxcontacts/output/shown_value.hpp"
 #include "oxcontacts/output/value_json.hpp"
 
 namespace ox::program {
@@ -23,7 +24,7 @@ Json personJson(const _ABPerson& person) {
   }
   Json properties = Json::array();
   for (const auto& property : person.notNullValueProperty()) {
-    const auto value = person.valueByProperty(property);
+    const auto value = shownValue(person, property);
     if (value) properties.push_back(propertyJson(*property, *value));
   }
   return {{"ID", jsonOf(person.ID())},

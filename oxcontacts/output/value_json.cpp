@@ -5,6 +5,7 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
+#include "oxcontacts/output/shown_value.hpp"
 
 namespace ox::program {
 namespace {
@@ -58,7 +59,8 @@ Json jsonOfElement(const OxMutableSingleValue& element, bool isMain) {
   const auto& label = element.label();
   return {{"type", element.type()},
           {"label", label ? jsonOf(label->name()) : Json()},
-          {"labelDisplayName", label ? jsonOf(label->displayName()) : Json()},
+          {"labelDisplayName",
+           label && label->displayName() ? Json(labelWords(*label->displayName())) : Json()},
           {"value", jsonOf(element.value())},
           {"main", isMain}};
 }

@@ -78,9 +78,9 @@ TEST(SetCommand, ChangesWhatItNamesAndNothingElse) {
       {{"note="}, "OxProPertyNote", "nothing"},
       {{"address.city=Oslo", "address.zip=0150", "address.city:work=Bergen", "address.zip="},
        "OxProPertyAddress",
-       R"({"street":null,"city":"Oslo","state":null,"zip":null,"country":null,"countryCode":"US"}*,)"
+       R"({"street":null,"city":"Oslo","state":null,"zip":null,"country":null,"countryCode":null}*,)"
        R"( Work {"street":null,"city":"Bergen","state":null,"zip":null,"country":null,)"
-       R"("countryCode":"US"})"},
+       R"("countryCode":null})"},
       {{"address.city=", "address.city:work="}, "OxProPertyAddress", "nothing"},
   };
   for (const auto& row : rows) {

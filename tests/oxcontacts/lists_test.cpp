@@ -107,7 +107,7 @@ TEST(ShowCommand, GivesEveryValue) {
                  {"main", main}});
   };
   const Json address = {{"street", "Street 1"}, {"city", "Town"},       {"state", nullptr},
-                        {"zip", "12345"},       {"country", "Sverige"}, {"countryCode", "US"}};
+                        {"zip", "12345"},       {"country", "Sverige"}, {"countryCode", nullptr}};
   std::map<std::string, Json> properties;
   for (const auto& property : shown["properties"]) properties[property["name"]] = property;
   EXPECT_EQ(properties["OxProPertyName"]["value"],
@@ -136,6 +136,38 @@ TEST(ShowCommand, WritesANameInItsOwnOrderAndNoneForNobody) {
   const auto output = shown(unnamed["ID"]);
   EXPECT_EQ(output.find("Name"), std::string::npos) << output;
   EXPECT_NE(output.find("Note"), std::string::npos) << output;
+}
+
+TEST(ShowCommand, ShowsNoCountryThatTheCardDoesNotHold) {
+  const auto file = temporaryFile(
+      "ann.vcf", card({"N:Lee;Ann;;;", "FN:Ann Lee", "ADR;TYPE=HOME:;;Street 1;Town;;1;",
+                       "item1.ADR;TYPE=WORK:;;Street 2;Town;;2;", "item1.X-ABADR:de"}));
+  ASSERT_EQ(run({"import", file}).exitCode, 0);
+  const auto table = run({"show", "Ann Lee"}).output;
+  EXPECT_NE(table.find("Home   Street 1, Town, 1\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("Work   Street 2, Town, 2, de\n"), std::string::npos) << table;
+  const auto shown = runJson({"show", "Ann Lee"});
+  for (const auto& property : shown["properties"]) {
+    if (property["name"] != "OxProPertyAddress") continue;
+    EXPECT_EQ(property["values"][0]["value"]["countryCode"], nullptr);
+    EXPECT_EQ(property["values"][1]["value"]["countryCode"], "de");
+  }
+}
+
+TEST(ShowCommand, ShowsLabelsOfOtherProgramsAsWords) {
+  const auto file = temporaryFile(
+      "ann.vcf", card({"N:Lee;Ann;;;", "FN:Ann Lee", "item1.TEL:1",
+                       "item1.X-ABLabel:_$!<AssistantPhone>!$_", "item2.TEL:2",
+                       "item2.X-ABLabel:_$!<>!$_", "item3.TEL:3", "item3.X-ABLabel:TaxiDriver"}));
+  ASSERT_EQ(run({"import", file}).exitCode, 0);
+  std::vector<std::string> labels;
+  const auto shown = runJson({"show", "Ann Lee"});
+  for (const auto& property : shown["properties"]) {
+    if (property["name"] != "OxProPertyPhone") continue;
+    for (const auto& value : property["values"]) labels.push_back(value["labelDisplayName"]);
+  }
+  EXPECT_EQ(labels, (std::vector<std::string>{"Assistant Phone", "_$!<>!$_", "TaxiDriver"}));
+  EXPECT_NE(run({"show", "Ann Lee"}).output.find("Assistant Phone"), std::string::npos);
 }
 
 TEST(ShowCommand, FindsANameHoweverItsAccentsAreStored) {

@@ -36,7 +36,7 @@ Persons copied(const Context& context, const Persons& sources, OxMacAddressBook&
 
 void copyPersons(const Context& context, const std::vector<std::string>& names,
                  const std::string& bookName) {
-  const auto sources = findPersons(names);
+  const auto sources = findPersons(context, names);
   const auto book = findBook(discoveredBooks(context), bookName);
   const WholeAct act;
   const auto copies = copied(context, sources, *book);

@@ -26,8 +26,9 @@ void tellGroup(const Context& context, const std::string& what, const Group& gro
   }
 }
 
-Group madeUnder(OxMacAddressBook& book, const std::string& parentName, const std::string& name) {
-  const auto parent = findGroup(parentName);
+Group madeUnder(const Context& context, OxMacAddressBook& book, const std::string& parentName,
+                const std::string& name) {
+  const auto parent = findGroup(context, parentName);
   if (parent->addressBookID() != book.ID()) {
     throw CommandError(kFailed, "the group \"" + parentName + "\" is not in the book \"" +
                                     book.name().value_or("") + "\"");
@@ -46,15 +47,16 @@ void addGroup(const Context& context, const NewGroup& arguments) {
   }
   const WholeAct act;
   const failures::Watch watch;
-  const auto group = arguments.under.empty() ? recordOf(book->addGroupByName(arguments.name))
-                                             : madeUnder(*book, arguments.under, arguments.name);
+  const auto group = arguments.under.empty()
+                         ? recordOf(book->addGroupByName(arguments.name))
+                         : madeUnder(context, *book, arguments.under, arguments.name);
   if (!group) throw storeFailure("no group was added", watch);
   if (!watch.isClear()) giveUp(watch);  // its name or its place was refused
   if (saveEdits()) tellGroup(context, "added the group " + arguments.name, group);
 }
 
 void renameGroup(const Context& context, const std::string& name, const std::string& newName) {
-  const auto group = findGroup(name);
+  const auto group = findGroup(context, name);
   const failures::Watch watch;
   group->setDisplayName(newName);
   if (!watch.isClear()) giveUp(watch);
@@ -106,7 +108,7 @@ void removeAlone(const Context& context, const Group& group, const std::string& 
 }
 
 void removeGroup(const Context& context, const Removal& arguments) {
-  const auto group = findGroup(arguments.group);
+  const auto group = findGroup(context, arguments.group);
   discoveredBooks(context);
   const auto name = group->displayName().value_or("");
   if (arguments.alone) return removeAlone(context, group, name);

@@ -59,7 +59,7 @@ void addPerson(const Context& context, const Arguments& arguments) {
 
 void setValues(const Context& context, const Arguments& arguments) {
   const auto assignments = parseAssignments(arguments.assignments);
-  const auto person = findPerson(arguments.record);
+  const auto person = findPerson(context, arguments.record);
   // Makes every property known that books add to those of the store.
   discoveredBooks(context);
   const WholeAct act;
@@ -79,7 +79,7 @@ void requireConsent(const Context& context, const Persons& persons) {
 }
 
 void removePersons(const Context& context, const std::vector<std::string>& names) {
-  const auto persons = findPersons(names);
+  const auto persons = findPersons(context, names);
   requireConsent(context, persons);
   discoveredBooks(context);
   Json removed = Json::array();

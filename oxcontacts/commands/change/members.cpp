@@ -49,8 +49,8 @@ std::unordered_set<const IOxPerson*> heldBy(const Members& members) {
 }
 
 void addMembers(const Context& context, const Arguments& arguments) {
-  const auto group = findGroup(arguments.group);
-  const auto persons = findPersons(arguments.persons);
+  const auto group = findGroup(context, arguments.group);
+  const auto persons = findPersons(context, arguments.persons);
   refuseOtherAccounts(*group, persons);
   const failures::Watch watch;
   const auto before = heldBy(group->persons());
@@ -86,8 +86,8 @@ Members membersAmong(const Persons& persons, const _ABGroup& group, bool recursi
 }
 
 void removeMembers(const Context& context, const Arguments& arguments) {
-  const auto group = findGroup(arguments.group);
-  const auto persons = findPersons(arguments.persons);
+  const auto group = findGroup(context, arguments.group);
+  const auto persons = findPersons(context, arguments.persons);
   const failures::Watch watch;
   const auto members = membersAmong(persons, *group, arguments.recursive);
   if (arguments.recursive) {

@@ -53,7 +53,7 @@ void clearPhoto(const Context& context, _ABPerson& person) {
 }
 
 void handlePhoto(const Context& context, const Arguments& arguments) {
-  const auto person = findPerson(arguments.person);
+  const auto person = findPerson(context, arguments.person);
   if (!arguments.set.empty()) return setPhoto(context, *person, arguments.set);
   if (!arguments.get.empty()) return getPhoto(context, *person, arguments.get);
   if (arguments.clear) clearPhoto(context, *person);

@@ -30,7 +30,7 @@ void refuseContradictions(const Arguments& arguments) {
 
 void changeTags(const Context& context, const Arguments& arguments) {
   refuseContradictions(arguments);
-  const auto person = findPerson(arguments.person);
+  const auto person = findPerson(context, arguments.person);
   discoveredBooks(context);
   if (!arguments.added.empty() || !arguments.removed.empty()) {
     const WholeAct act;

@@ -67,8 +67,9 @@ std::optional<Text> wantedBook(const Context& context, const Arguments& argument
 }
 
 // Named persons alone; else those of the book, or all, with their groups.
-Records recordsFor(const Arguments& arguments, const std::optional<Text>& book) {
-  if (!arguments.persons.empty()) return {findPersons(arguments.persons), {}};
+Records recordsFor(const Context& context, const Arguments& arguments,
+                   const std::optional<Text>& book) {
+  if (!arguments.persons.empty()) return {findPersons(context, arguments.persons), {}};
   const auto store = ABAddressBook::sharedAddressBook();
   Records records;
   for (const auto& record : store->people()) {
@@ -197,7 +198,7 @@ void exportRecords(const Context& context, const Arguments& arguments) {
   // The discovery may have something to tell of the tags, which are in no card.
   const auto book = wantedBook(context, arguments);
   const failures::Watch watch;
-  const auto records = recordsFor(arguments, book);
+  const auto records = recordsFor(context, arguments, book);
   OutputFile output(arguments.file);
   ProgressBar bar(context, "exporting");
   const auto report = writeRecords(records, arguments, output, bar);

@@ -8,11 +8,13 @@
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/past_values.hpp"
 #include "oxcontacts/output/person_json.hpp"
+#include "oxcontacts/output/shown_value.hpp"
 #include "oxcontacts/output/table.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
 #include "oxcontacts/output/value_json.hpp"
 #include "oxcontacts/past_persons.hpp"
 #include "oxcontacts/time_text.hpp"
+#include "oxcontacts/wanted_name.hpp"
 
 namespace ox::program {
 namespace {
@@ -35,7 +37,7 @@ void addRows(const OxProperty& property, const OxValue& value, Table& table) {
   for (std::uint64_t i = 0; multiple != nullptr && i < multiple->count(); ++i) {
     const auto element = multiple->valueAtIndex(i);
     const auto& label = element->label();
-    auto word = label ? label->displayName().value_or("") : std::string();
+    auto word = label ? labelWords(label->displayName().value_or("")) : std::string();
     if (element == multiple->mainValue()) word += " *";
     table.addRow({i == 0 ? property.displayName() : "", word, readableText(element->value())});
   }
@@ -44,7 +46,7 @@ void addRows(const OxProperty& property, const OxValue& value, Table& table) {
 void printPerson(const Context& context, const _ABPerson& person) {
   Table table({{"PROPERTY"}, {"LABEL"}, {"VALUE"}});
   for (const auto& property : person.notNullValueProperty()) {
-    const auto value = person.valueByProperty(property);
+    const auto value = shownValue(person, property);
     if (value) addRows(*property, *value, table);
   }
   for (const auto& group : person.groups()) {
@@ -57,8 +59,8 @@ void printPerson(const Context& context, const _ABPerson& person) {
 }
 
 // The person as the journal tells it; throws when it does not reach back so far.
-PastRecord recordAt(const std::string& person, const std::string& time) {
-  const auto key = findPersonOfAnyTime(person);
+PastRecord recordAt(const Context& context, const std::string& person, const std::string& time) {
+  const auto key = findPersonOfAnyTime(context, person);
   const auto answer = journal::recordAt(key, endOfTime(time));
   switch (answer.was) {
     case PastRecordAnswer::Was::There:
@@ -78,7 +80,7 @@ std::vector<std::string> tagsOf(const PastRecord& record) {
 }
 
 void showPast(const Context& context, const Arguments& arguments) {
-  const auto record = recordAt(arguments.person, arguments.at);
+  const auto record = recordAt(context, arguments.person, arguments.at);
   const auto tags = tagsOf(record);
   if (context.json) {
     Json groups = Json::array();
@@ -103,8 +105,12 @@ void showPast(const Context& context, const Arguments& arguments) {
 }
 
 void showPerson(const Context& context, const std::string& text) {
-  const auto person = findPerson(text);
+  const auto person = findPerson(context, text);
   const OneMoment moment;
+  // Another program may have removed her since she was found, and her name is remembered.
+  if (!ABAddressBook::sharedAddressBook()->recordForKey(person->key())) {
+    throwNotFound("person", text);
+  }
   if (context.json) {
     printJson(personJson(*person));
   } else {

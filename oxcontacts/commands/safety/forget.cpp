@@ -11,10 +11,10 @@ namespace ox::program {
 namespace {
 
 // Somebody of whom the store knows nothing any more can be named by the ID: a copy may hold her.
-RecordKey personToForget(const std::string& text) {
+RecordKey personToForget(const Context& context, const std::string& text) {
   const failures::Watch watch;
   try {
-    return findPersonOfAnyTime(text);
+    return findPersonOfAnyTime(context, text);
   } catch (const CommandError& error) {
     const bool isGone = error.code() == kNotFound && !watch.hasFailures();
     if (!isGone || !text.ends_with(":ABPerson")) throw;
@@ -23,7 +23,7 @@ RecordKey personToForget(const std::string& text) {
 }
 
 void forget(const Context& context, const std::string& text) {
-  const auto person = personToForget(text);
+  const auto person = personToForget(context, text);
   const auto name = nameOfAnyTime(person);
   // For everybody else: she is erased from it too.
   keepCopyBefore(context, "forget");

@@ -173,7 +173,7 @@ Json entryJson(const Entry& entry) {
 
 void logPerson(const Context& context, const Arguments& arguments) {
   const OneMoment moment;
-  const auto person = findPersonOfAnyTime(arguments.person);
+  const auto person = findPersonOfAnyTime(context, arguments.person);
   const auto changes = journal::historyOf(person, arguments.limit);
   std::vector<Entry> entries;
   for (const auto& change : changes) addEntries(change, person, entries);
