@@ -170,12 +170,16 @@ int mainOf(int argc, char** argv) {
   declareBooks(program, context);
   declarePersons(program, context);
   declareShow(program, context);
+  declareBirthdays(program, context);
+  declareValues(program, context);
+  declareDuplicates(program, context);
   declareGroups(program, context);
   declareEditPersons(program, context);
   declareEditGroups(program, context);
   declareMembers(program, context);
   declareTag(program, context);
   declareCopy(program, context);
+  declareMerge(program, context);
   declarePhoto(program, context);
   declareExport(program, context);
   declareBackup(program, context);

@@ -28,6 +28,26 @@ bool isKnownOtherwise(const std::string& name, std::int32_t type) {
   }
 }
 
+template <typename Take>
+void forEachProperty(Take take) {
+  for (PropertyId id = property_id::kFirst; id <= property_id::kLastMulti; ++id) take(id);
+  take(property_id::kCardUid);
+  take(property_id::kUnmodelledLines);
+  for (PropertyId id = kFirstCustomProperty; property_table::typeOf(id) != kABErrorInProperty;
+       ++id) {
+    take(id);
+  }
+}
+
+PropertyBag valuesOf(const RecordKey& person) {
+  PropertyBag values;
+  forEachProperty([&](PropertyId property) {
+    auto value = recordSource().value(person, property);
+    if (!isMissing(value)) values.set(property, std::move(value));
+  });
+  return values;
+}
+
 }  // namespace
 
 std::uint64_t ABPerson::addPropertiesAndTypes(
@@ -65,22 +85,26 @@ bool ABPerson::setImageData(Data image) {
   return answer([&] { return recordSource().setImageData(key(), std::move(image)); });
 }
 
+PropertyBag ABPerson::allValues() const {
+  return answer([&] { return valuesOf(key()); });
+}
+
+bool ABPerson::setAllValues(const PropertyBag& values) {
+  return answer([&] {
+    bool done = true;
+    forEachProperty([&](PropertyId property) {
+      const auto& value = values.value(property);
+      if (sameValue(recordSource().value(key(), property), value)) return;
+      done = recordSource().setValue(key(), RecordKind::Person, property, value) && done;
+    });
+    return done;
+  });
+}
+
 Data ABPerson::vCardRepresentation() const {
   return answer([&]() -> Data {
-    auto& source = recordSource();
-    PropertyBag values;
-    const auto take = [&](PropertyId property) {
-      auto value = source.value(key(), property);
-      if (!isMissing(value)) values.set(property, std::move(value));
-    };
-    for (PropertyId id = property_id::kFirst; id <= property_id::kLastMulti; ++id) take(id);
-    take(property_id::kCardUid);
-    take(property_id::kUnmodelledLines);
-    for (PropertyId id = kFirstCustomProperty; property_table::typeOf(id) != kABErrorInProperty;
-         ++id) {
-      take(id);
-    }
-    if (values.empty() && !source.record(key().text())) return nullptr;
+    const auto values = valuesOf(key());
+    if (values.empty() && !recordSource().record(key().text())) return nullptr;
     return makeData(vcard::writeCard(values, nullptr, {.nestedCards = false}));
   });
 }

@@ -28,6 +28,12 @@ class OX_EXPORT ABPerson : public ABRecord {
   // kABErrorInProperty for an unknown name.
   static ABPropertyType typeOfProperty(TextView property);
 
+  // Every value that the record holds, also what no property shows: the UID of the card that it came
+  // from, and the lines of it that are not modelled.
+  PropertyBag allValues() const;
+  // Gives the record these values and no others. False when one of them was refused.
+  bool setAllValues(const PropertyBag& values);
+
   // The stored picture's own bytes; null without one. Throws ImageReadError when the store holds
   // one that cannot be read back.
   Data imageData() const;

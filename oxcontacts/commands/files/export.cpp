@@ -69,7 +69,11 @@ std::optional<Text> wantedBook(const Context& context, const Arguments& argument
 // Named persons alone; else those of the book, or all, with their groups.
 Records recordsFor(const Context& context, const Arguments& arguments,
                    const std::optional<Text>& book) {
-  if (!arguments.persons.empty()) return {findPersons(context, arguments.persons), {}};
+  if (!arguments.persons.empty()) {
+    auto inBook = context;
+    inBook.book = arguments.book;
+    return {findPersons(inBook, arguments.persons), {}};
+  }
   const auto store = ABAddressBook::sharedAddressBook();
   Records records;
   for (const auto& record : store->people()) {
@@ -224,10 +228,9 @@ void exportRecords(const Context& context, const Arguments& arguments) {
 void declareExport(CLI::App& program, const Context& context) {
   auto* command = program.add_subcommand("export", "Write persons and groups as vCards");
   const auto arguments = std::make_shared<Arguments>();
-  auto* persons = command->add_option("PERSON", arguments->persons, "Whom; all when none is named");
-  command->add_option("--book", arguments->book, "Everything in this book")
-      ->type_name("BOOK")
-      ->excludes(persons);
+  command->add_option("PERSON", arguments->persons, "Whom; all when none is named");
+  command->add_option("--book", arguments->book, "Everything in this book, or PERSON of it")
+      ->type_name("BOOK");
   command
       ->add_option("-o,--output", arguments->file,
                    "Write to this file, whole or not at all; - is the standard output")

@@ -1,0 +1,223 @@
+#include "ox/OxMacAddressBookSDK/persons/joined_values.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+#include "ox/OxMacAddressBookSDK/admin/stored_names.hpp"
+#include "ox/base/text/case.hpp"
+#include "ox/base/text/digits.hpp"
+#include "ox/records/property_keys.hpp"
+
+namespace ox {
+namespace {
+
+constexpr std::array kNameParts = {property_id::kFirst, property_id::kMiddle, property_id::kLast};
+
+bool isNamePart(PropertyId property) {
+  return std::ranges::find(kNameParts, property) != kNameParts.end();
+}
+
+std::string readable(const Object& object) {
+  if (const auto* text = object.text()) return *text;
+  if (const auto* date = object.as<Date>()) return date->toText();
+  if (const auto fields = object.dictionary()) {
+    std::string text;
+    for (const auto& [key, value] : fields->entries()) {
+      const auto part = readable(value);
+      if (!part.empty()) text += (text.empty() ? "" : ", ") + part;
+    }
+    return text;
+  }
+  return object.toText().value_or("");
+}
+
+bool isSameNumber(const std::string& one, const std::string& other) {
+  const auto digits = decimalDigits(one);
+  return !digits.empty() && isOfDigits(one) && isOfDigits(other) && digits == decimalDigits(other);
+}
+
+// Whether two entries of the property say the same to a reader.
+bool saySame(PropertyId property, const Object& one, const Object& other) {
+  if (one == other) return true;
+  const auto* text = one.text();
+  const auto* otherText = other.text();
+  if (text == nullptr || otherText == nullptr) return false;
+  if (property == property_id::kPhone) return isSameNumber(*text, *otherText);
+  return property == property_id::kEmail && equalsIgnoringCase(*text, *otherText);
+}
+
+class Join {
+ public:
+  Join(const PropertyBag& first, const PropertyBag& second) : second_(second) {
+    joined_.values = first;
+  }
+
+  JoinedValues run() {
+    joinName();
+    for (const auto& [property, value] : second_.entries()) {
+      if (isNamePart(property) || property == property_id::kNote) continue;
+      if (property == property_id::kCardUid) continue;
+      if (property == property_id::kUnmodelledLines) {
+        joinLines();
+      } else if (const auto* entries = std::get_if<MultiValuePtr>(&value)) {
+        joinEntries(property, **entries);
+      } else {
+        joinSingle(property, std::get<Object>(value));
+      }
+    }
+    joinNotes();
+    return std::move(joined_);
+  }
+
+ private:
+  const std::string& partOf(const PropertyBag& values, PropertyId part) const {
+    static const std::string kNone;
+    const auto* text = values.text(part);
+    return text != nullptr ? *text : kNone;
+  }
+
+  std::string nameIn(const PropertyBag& values) const {
+    std::string name;
+    for (const auto part : kNameParts) {
+      const auto& text = partOf(values, part);
+      if (!text.empty()) name += (name.empty() ? "" : " ") + text;
+    }
+    return name;
+  }
+
+  void joinName() {
+    const auto contradicts = [&](PropertyId part) {
+      const auto& own = partOf(joined_.values, part);
+      const auto& other = partOf(second_, part);
+      return !own.empty() && !other.empty() && own != other;
+    };
+    const auto other = nameIn(second_);
+    if (std::ranges::any_of(kNameParts, contradicts)) {
+      // Other case and accents alone are another spelling of the same name.
+      if (foldedForSearch(nameIn(joined_.values)) != foldedForSearch(other)) {
+        intoNote(property_id::kFirst, "Name", other);
+      }
+      return;
+    }
+    for (const auto part : kNameParts) {
+      const auto& text = partOf(second_, part);
+      if (text.empty() || !partOf(joined_.values, part).empty()) continue;
+      joined_.values.set(part, Object(text));
+      joined_.added.push_back({part, text, JoinedBy::Value});
+    }
+  }
+
+  void joinSingle(PropertyId property, const Object& value) {
+    const auto text = readable(value);
+    if (text.empty()) return;
+    const auto& own = joined_.values.value(property);
+    const auto* held = std::get_if<Object>(&own);
+    const auto ownText = held != nullptr ? readable(*held) : std::string();
+    if (ownText == text) return;
+    if (ownText.empty()) {
+      joined_.values.set(property, value);
+      joined_.added.push_back({property, text, JoinedBy::Value});
+      return;
+    }
+    intoNote(property, propertyTitleOfStored(property_table::nameOf(property)), text);
+  }
+
+  void joinEntries(PropertyId property, const MultiValue& others) {
+    const auto* held = std::get_if<MultiValuePtr>(&joined_.values.value(property));
+    MultiValue entries = held != nullptr && *held ? **held : MultiValue();
+    const auto ownCount = entries.entries.size();
+    for (const auto& entry : others.entries) {
+      const auto own = entries.entries.begin() + static_cast<std::ptrdiff_t>(ownCount);
+      const bool isKnown = std::any_of(entries.entries.begin(), own, [&](const MultiEntry& known) {
+        return saySame(property, known.value, entry.value);
+      });
+      if (isKnown) continue;
+      const auto identifier = entries.add(entry.value, entry.label);
+      if (ownCount == 0 && others.primary == entry.identifier) entries.primary = identifier;
+      joined_.added.push_back({property, readable(entry.value), JoinedBy::Value});
+    }
+    if (entries.entries.size() > ownCount) {
+      joined_.values.set(property, std::make_shared<const MultiValue>(std::move(entries)));
+    }
+  }
+
+  static std::vector<std::string> linesIn(const PropertyBag& values) {
+    std::vector<std::string> lines;
+    const auto* object = std::get_if<Object>(&values.value(property_id::kUnmodelledLines));
+    const auto array = object != nullptr ? object->array() : nullptr;
+    if (!array) return lines;
+    for (const auto& element : *array) {
+      if (const auto* text = element.text()) lines.push_back(*text);
+    }
+    return lines;
+  }
+
+  // What was said of values by their places is not true of the joined ones; whole lines are.
+  static bool isAboutWholeCard(const std::string& line) {
+    if (line.empty() || line.front() == ';') return false;
+    for (const std::string_view name : {"FN", "REV", "PRODID", "UID", "KIND", "N", "VERSION"}) {
+      const bool isThis = line.starts_with(name) && line.size() > name.size() &&
+                          (line[name.size()] == ':' || line[name.size()] == ';');
+      if (isThis) return false;
+    }
+    return true;
+  }
+
+  // The group of a line ties it to a value of the card that it came from.
+  static std::string withoutGroup(const std::string& line) {
+    const auto end = line.find_first_of(".;:");
+    return end != std::string::npos && line[end] == '.' ? line.substr(end + 1) : line;
+  }
+
+  void joinLines() {
+    auto lines = linesIn(joined_.values);
+    const auto ownCount = lines.size();
+    for (const auto& line : linesIn(second_)) {
+      if (!isAboutWholeCard(line)) continue;
+      auto plain = withoutGroup(line);
+      if (!isAboutWholeCard(plain)) continue;
+      const bool isKnown = std::any_of(
+          lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(ownCount),
+          [&](const std::string& known) { return known == line || withoutGroup(known) == plain; });
+      if (isKnown) continue;
+      joined_.added.push_back({property_id::kUnmodelledLines, plain, JoinedBy::Value});
+      lines.push_back(std::move(plain));
+    }
+    if (lines.size() == ownCount) return;
+    Array array;
+    for (auto& line : lines) array.emplace_back(std::move(line));
+    joined_.values.set(property_id::kUnmodelledLines, Object(std::move(array)));
+  }
+
+  void intoNote(PropertyId property, const std::string& title, const std::string& text) {
+    noteLines_.push_back(title + ": " + text);
+    joined_.added.push_back({property, text, JoinedBy::Note});
+  }
+
+  void joinNotes() {
+    auto note = partOf(joined_.values, property_id::kNote);
+    const auto append = [&](const std::string& text) {
+      if (text.empty() || note.find(text) != std::string::npos) return false;
+      note += (note.empty() ? "" : "\n") + text;
+      return true;
+    };
+    const auto& other = partOf(second_, property_id::kNote);
+    bool changed = append(other);
+    if (changed) joined_.added.push_back({property_id::kNote, other, JoinedBy::Value});
+    for (const auto& line : noteLines_) changed = append(line) || changed;
+    if (changed) joined_.values.set(property_id::kNote, Object(std::move(note)));
+  }
+
+  const PropertyBag& second_;
+  JoinedValues joined_;
+  std::vector<std::string> noteLines_;
+};
+
+}  // namespace
+
+JoinedValues joinedValues(const PropertyBag& first, const PropertyBag& second) {
+  return Join(first, second).run();
+}
+
+}  // namespace ox
