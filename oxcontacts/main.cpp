@@ -174,6 +174,7 @@ int mainOf(int argc, char** argv) {
   declareValues(program, context);
   declareDuplicates(program, context);
   declareGroups(program, context);
+  declareEdit(program, context);
   declareEditPersons(program, context);
   declareEditGroups(program, context);
   declareMembers(program, context);

@@ -15,6 +15,7 @@ void declareBooks(CLI::App& program, const Context& context);
 void declarePersons(CLI::App& program, const Context& context);
 void declareShow(CLI::App& program, const Context& context);
 void declareGroups(CLI::App& program, const Context& context);
+void declareEdit(CLI::App& program, const Context& context);
 void declareEditPersons(CLI::App& program, const Context& context);
 void declareEditGroups(CLI::App& program, const Context& context);
 void declareMembers(CLI::App& program, const Context& context);

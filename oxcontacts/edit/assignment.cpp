@@ -183,6 +183,22 @@ void checkKey(const Key& key, const OxProperty& property) {
 
 }  // namespace
 
+std::vector<OxPropertyPtr> assignableProperties() {
+  std::vector<OxPropertyPtr> properties;
+  for (const auto& property : OxProperty::StandardPropertyArray()) {
+    if (isAssigned(*property)) properties.push_back(property);
+  }
+  return properties;
+}
+
+std::string shortNameOf(const OxProperty& property) {
+  return shortName(property);
+}
+
+Object valueFromText(const OxProperty& property, const std::string& text) {
+  return wholeValue(text, elementType(property));
+}
+
 OxPropertyPtr propertyCalled(const std::string& name) {
   for (const auto& property : OxProperty::StandardPropertyArray()) {
     if (shortName(*property) == lowerCase(name) && isAssigned(*property)) return property;

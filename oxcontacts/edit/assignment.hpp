@@ -26,6 +26,12 @@ Assignment parseAssignment(const std::string& text);
 // All of them, before anything is changed.
 std::vector<Assignment> parseAssignments(const std::vector<std::string>& texts);
 
+// Those that can be assigned, in the order in which they are shown, and how they are called here.
+std::vector<OxPropertyPtr> assignableProperties();
+std::string shortNameOf(const OxProperty& property);
+// What an element of the property, or its only value, holds for that text; throws a CommandError
+// (kUsage) where it is none. Names and addresses are given by their parts.
+Object valueFromText(const OxProperty& property, const std::string& text);
 // The property of that name, in any case, if it is one of those; else null.
 OxPropertyPtr propertyCalled(const std::string& name);
 // The names of all properties that can be assigned, for the user.

@@ -39,6 +39,30 @@ bool isEmptyAddress(const Dictionary& address) {
       address.entries(), [](const auto& entry) { return entry.first == kABAddressCountryCodeKey; });
 }
 
+// The fields of an address as somebody has written them, and what else it holds. A code that stood
+// beside another country is not true any more.
+Dictionary withFieldsOf(const Object& address, const Object& written) {
+  Dictionary changed;
+  const auto* held = address.dictionary();
+  const auto* fields = written.dictionary();
+  if (fields == nullptr) return changed;
+  const auto isField = [](std::string_view key) {
+    return key == kABAddressStreetKey || key == kABAddressCityKey || key == kABAddressStateKey ||
+           key == kABAddressZIPKey || key == kABAddressCountryKey;
+  };
+  if (held != nullptr) {
+    const bool sameCountry = held->get(kABAddressCountryKey) == fields->get(kABAddressCountryKey);
+    for (const auto& [key, value] : held->entries()) {
+      const bool isCode = key == kABAddressCountryCodeKey;
+      if (!isField(key) && (sameCountry || !isCode)) changed.set(key, value);
+    }
+  }
+  for (const auto& [key, value] : fields->entries()) {
+    if (isField(key)) changed.set(key, value);
+  }
+  return changed;
+}
+
 }  // namespace
 
 std::string labelKeyOf(std::string_view word) {
@@ -163,6 +187,55 @@ void PersonEntries::setAddressField(std::string_view field, const Text& text, co
   }
   if (entry->identifier == value_.primary) value_.primary = 0;
   value_.entries.erase(entry);
+}
+
+std::vector<std::uint64_t> PersonEntries::identifiers() const {
+  std::vector<std::uint64_t> identifiers;
+  for (const auto& entry : value_.entries) identifiers.push_back(entry.identifier);
+  return identifiers;
+}
+
+// Missing when there is nothing of it to write.
+std::optional<MultiEntry> PersonEntries::arranged(const Arranged& entry) const {
+  const auto known = std::ranges::find(value_.entries, entry.was, &MultiEntry::identifier);
+  const bool isKnown = entry.was != 0 && known != value_.entries.end();
+  MultiEntry result;
+  if (isKnown) result = *known;
+  result.label = entry.label;
+  if (entry.value.isMissing()) return isKnown ? std::optional(std::move(result)) : std::nullopt;
+  auto stored = storedFrom(entry.value);
+  if (!stored || stored->isMissing()) return std::nullopt;
+  const bool isAddress = elementType_ == value_type::kAddress;
+  result.value = isAddress ? withFieldsOf(result.value, *stored) : *std::move(stored);
+  return result;
+}
+
+void PersonEntries::arrange(const std::vector<Arranged>& entries,
+                            const std::vector<std::uint64_t>& shown) {
+  MultiValue arrangedValue;
+  for (const auto& wanted : entries) {
+    auto entry = arranged(wanted);
+    if (!entry) continue;
+    if (entry->identifier == 0) {
+      // Beside those that are not arranged yet.
+      auto both = value_;
+      entry->identifier = both.add({}, {});
+      value_.entries.push_back({entry->identifier, {}, {}});
+    }
+    arrangedValue.entries.push_back(*std::move(entry));
+  }
+  const auto isArranged = [&](std::uint64_t identifier) {
+    return std::ranges::find(arrangedValue.entries, identifier, &MultiEntry::identifier) !=
+           arrangedValue.entries.end();
+  };
+  for (auto& entry : value_.entries) {
+    const bool wasShown = std::ranges::find(shown, entry.identifier) != shown.end();
+    if (!wasShown && !isArranged(entry.identifier)) {
+      arrangedValue.entries.push_back(std::move(entry));
+    }
+  }
+  arrangedValue.primary = isArranged(value_.primary) ? value_.primary : 0;
+  value_ = std::move(arrangedValue);
 }
 
 bool PersonEntries::write() {

@@ -50,12 +50,25 @@ class OX_EXPORT PersonEntries {
   // holds nothing goes.
   void setAddressField(std::string_view field, const Text& text, const Text& label);
 
+  // What the entries are known by while somebody arranges them anew; in their order.
+  std::vector<std::uint64_t> identifiers() const;
+  struct Arranged {
+    std::uint64_t was = 0;  // the entry that it is; 0 for one more
+    Text label;
+    Object value;  // missing: the one that it has
+  };
+  // These entries in their order, in the place of the ones that were shown. An entry that was not
+  // among those has come since: it stays, behind the others. One that has gone since is added again
+  // where it has a value here.
+  void arrange(const std::vector<Arranged>& entries, const std::vector<std::uint64_t>& shown);
+
   // Gives the person these entries, in memory until the save; false when that is refused.
   bool write();
 
  private:
   std::optional<Object> storedFrom(const Object& value) const;
   std::string_view fieldKey(std::string_view field) const;
+  std::optional<MultiEntry> arranged(const Arranged& entry) const;
   std::size_t takeOut(const Text& label);
   void insert(Object stored, const Text& label, std::size_t place);
   void replace(const Text& label, const Object& value);
