@@ -14,6 +14,7 @@ find_package(nlohmann_json 3.11 REQUIRED)
 if(OX_PROGRAM)
   find_package(CLI11 2.1 REQUIRED)
   find_package(yaml-cpp 0.7 REQUIRED)
+  find_package(Qrencode REQUIRED)
 endif()
 # What our programs allocate with. Cards are read on several threads and freed on one, over which
 # the locks of glibc's make two threads slower than one. Sanitizers bring an allocator of their own;

@@ -1,16 +1,20 @@
 // oxcontacts: the contact store on the command line.
 #include <CLI/CLI.hpp>
 #include <cassert>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <initializer_list>
 #include <iostream>
 #include <new>
 #include <sstream>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
+#include "ox/OxMacAddressBookSDK/version.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/process_origin.hpp"
@@ -31,6 +35,13 @@ constexpr const char* kExitCodes =
     "Of several that may be meant a terminal asks, else they are listed.\n"
     "Exit codes: 0 done, 1 failed, 2 usage (an ambiguous name too), 3 done with refusals,\n"
     "4 not found, 5 busy, 130 interrupted.";
+
+// Without the zeros behind the number.
+std::string programVersion() {
+  std::ostringstream text;
+  text << OxMacAddressBookSDKVersionNumber;
+  return text.str();
+}
 
 void declareWhen(CLI::App& program, const char* option, const char* what, When& when) {
   const auto choose = [&when](const std::string& word) {
@@ -55,6 +66,25 @@ void declareGlobalOptions(CLI::App& program, Context& context) {
   declareWhen(program, "--progress", "A progress bar: auto, always or never", context.progress);
 }
 
+// In the rooms that the help shows them in.
+void declareCommands(CLI::App& program, const Context& context) {
+  using Declare = void (*)(CLI::App&, const Context&);
+  const auto room = [&](const char* name, std::initializer_list<Declare> commands) {
+    const auto before = program.get_subcommands({}).size();
+    for (const auto declare : commands) declare(program, context);
+    auto all = program.get_subcommands({});
+    for (auto i = before; i < all.size(); ++i) all[i]->group(name);
+  };
+  room("Look", {declarePersons, declareShow, declareBirthdays, declareValues, declareGroups,
+                declareBooks, declareAccounts, declareDuplicates});
+  room("Change", {declareEdit, declareEditPersons, declareMerge, declareCopy, declareTag,
+                  declarePhoto, declareEditGroups, declareMembers});
+  room("Carry to and from files", {declareImport, declareExport, declareQr});
+  room("Keep safe", {declareUndo, declareLog, declareTrash, declareForget, declareBackup,
+                     declareRestore, declareCopies, declareCheck, declareRecover});
+  room("Help", {declareHelp});
+}
+
 int exitCodeOf(const StoreError& error) {
   return error.kind() == StoreError::Kind::Busy ? kBusy : kFailed;
 }
@@ -68,14 +98,18 @@ std::string messageOf(const StoreError& error) {
          "; a store is used where it and its folder can be written: copy it to such a place";
 }
 
-// Prints what the parser has to say, a help text too.
+// Prints what the parser has to say: a help text, or what is wrong with the command line.
 int refused(const CLI::App& program, const CLI::ParseError& error) {
   std::ostringstream output;
   std::ostringstream errors;
-  const int code = program.exit(error, output, errors);
-  std::cout << terminalLines(output.str());
-  std::cerr << terminalLines(errors.str());
-  return code == 0 ? kDone : kUsage;
+  if (program.exit(error, output, errors) == 0) {
+    std::cout << terminalLines(output.str());
+    return kDone;
+  }
+  const auto commands = program.get_subcommands();
+  const auto words = commands.empty() ? "" : commands.front()->get_name() + " ";
+  Context::complain(withoutMark(error.what()) + "; `oxcontacts " + words + "--help` says more");
+  return kUsage;
 }
 
 // Whoever could not look has not found that there is nothing.
@@ -126,6 +160,26 @@ void requireUseOfBook(const CLI::App& command, const Context& context) {
                                                                     : "has its place behind it"));
 }
 
+bool isMissing(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) != 0 && errno == ENOENT;
+}
+
+// A reader of a store that is not there has mistyped its place more often than not.
+void requireStore(const CLI::App& command) {
+  for (const auto* each = &command; each != nullptr;) {
+    for (const auto* name : {"import", "add", "add-person", "add-group", "restore"}) {
+      if (each->get_name() == name) return;
+    }
+    const auto below = each->get_subcommands();
+    each = below.empty() ? nullptr : below.front();
+  }
+  const auto store = contactStore();
+  if (!isMissing(store.file())) return;
+  throw CommandError(kFailed, "there is no contact store at " + store.name() +
+                                  "; `import`, `accounts add` and `add-person` make one");
+}
+
 // The operations below report no errors: what the watch saw meanwhile tells whether the command did
 // what it seems to have done.
 int honest(int code, const failures::Watch& watch) {
@@ -152,6 +206,7 @@ int mainOf(int argc, char** argv) {
   program.footer(kExitCodes);
   program.require_subcommand(1);
   program.fallthrough();
+  program.set_version_flag("--version", "oxcontacts " + programVersion());
   declareGlobalOptions(program, context);
   program.parse_complete_callback([&] {
     if (!context.store.empty()) {
@@ -162,36 +217,15 @@ int mainOf(int argc, char** argv) {
     setOrigin({"oxcontacts", commandLine(argc, argv), true, std::nullopt});
     // A store that cannot be used ends every command here, before it has printed or changed
     // anything; check and recover look for themselves and make no store.
-    const bool looksItself = program.got_subcommand("check") || program.got_subcommand("recover");
-    if (!looksItself) accounts();
+    const auto& command = *program.get_subcommands().front();
+    const auto& name = command.get_name();
+    if (name == "check" || name == "recover" || name == "help") return;
+    // Copies are wanted most when the store itself is gone.
+    if (name == "copies" && isMissing(contactStore().file())) return;
+    requireStore(command);
+    accounts();
   });
-  declareAccounts(program, context);
-  declareImport(program, context);
-  declareBooks(program, context);
-  declarePersons(program, context);
-  declareShow(program, context);
-  declareBirthdays(program, context);
-  declareValues(program, context);
-  declareDuplicates(program, context);
-  declareGroups(program, context);
-  declareEdit(program, context);
-  declareEditPersons(program, context);
-  declareEditGroups(program, context);
-  declareMembers(program, context);
-  declareTag(program, context);
-  declareCopy(program, context);
-  declareMerge(program, context);
-  declarePhoto(program, context);
-  declareExport(program, context);
-  declareBackup(program, context);
-  declareRestore(program, context);
-  declareCopies(program, context);
-  declareLog(program, context);
-  declareUndo(program, context);
-  declareTrash(program, context);
-  declareForget(program, context);
-  declareCheck(program, context);
-  declareRecover(program, context);
+  declareCommands(program, context);
   takeAsGiven(program);
   const failures::Watch watch;
   return honest(run(program, argc, argv, watch), watch);

@@ -24,6 +24,8 @@ void declareDuplicates(CLI::App& program, const Context& context);
 void declareBirthdays(CLI::App& program, const Context& context);
 void declareValues(CLI::App& program, const Context& context);
 void declareTag(CLI::App& program, const Context& context);
+void declareQr(CLI::App& program, const Context& context);
+void declareHelp(CLI::App& program, const Context& context);
 void declareCopies(CLI::App& program, const Context& context);
 void declareCopy(CLI::App& program, const Context& context);
 void declarePhoto(CLI::App& program, const Context& context);

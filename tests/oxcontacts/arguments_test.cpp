@@ -90,6 +90,7 @@ TEST(Arguments, AFlagTakesNoEmptyValue) {
     EXPECT_EQ(result.errors.find('\x01'), std::string::npos) << result.errors;
     EXPECT_NE(result.errors.find("must not be empty"), std::string::npos) << result.errors;
   }
+  makeStore();
   EXPECT_EQ(run({"--json", "--quiet", "accounts"}).exitCode, 0);
 }
 

@@ -31,7 +31,7 @@ TEST(CopiesCommand, ListsWhatIsKeptTheNewestFirst) {
 }
 
 TEST(CopiesCommand, ListsOneThatCannotBeReadWithoutItsCounts) {
-  run({"accounts"});
+  makeStore();
   std::filesystem::create_directory(support::temporaryPath("contacts.db.copies"));
   temporaryFile("contacts.db.copies/20260102T030405.678Z-restore.db", "no store");
   const auto copies = runJson({"copies"});

@@ -69,7 +69,7 @@ TEST(FailedSave, LeavesNoPersonOrGroupBehind) {
 }
 
 TEST(FailedSave, LeavesNothingThatWouldHaveToBeRemovedAgain) {
-  run({"accounts"});
+  makeStore();
   const LogWithoutRoom full(storePath());
   const auto result = runLimited({"add-person", "_local", "name=Ann"});
   EXPECT_EQ(result.exitCode, 1);
@@ -139,7 +139,7 @@ TEST(FailedTag, IsNoneWhereTheStoreRefusesIt) {
 
 TEST(RefusedAssignment, LeavesTheOthersUndone) {
   // A value of another type than the store knows the property by is refused by the store alone.
-  run({"accounts"});
+  makeStore();
   sqlite::Connection(storePath(), sqlite::Connection::Mode::ReadWrite)
       .execute("INSERT INTO custom_property VALUES('OxMacOtherProperty', 1)");
   const auto refused = run({"add-person", "_local", "name=Ann", "other=x"});

@@ -43,8 +43,17 @@ TEST(AddPersonCommand, MakesAPersonThatTheNextProcessSees) {
   EXPECT_EQ(valuesOf(ann, "OxProPertyPhone"), "+1 555*, Boat +1 77");
   EXPECT_EQ(valuesOf(ann, "OxProPertyEmail"), "Home a@b*");
   EXPECT_EQ(valuesOf(ann, "OxProPertyBirthday"), "\"--05-17\"");
-  EXPECT_EQ(run({"add-person", "On My Mac"}).exitCode, 0);
-  EXPECT_EQ(runJson({"persons"}).size(), 2U);
+}
+
+TEST(AddPersonCommand, RefusesAPersonWithoutAnyValue) {
+  for (const auto& words : std::vector<std::vector<std::string>>{
+           {"add-person", "On My Mac"}, {"add-person", "On My Mac", "phone=", "name.first="}}) {
+    const auto result = run(words);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.errors,
+              "oxcontacts: a person has a value at least; write name=\"Ann Lee\", say\n");
+  }
+  EXPECT_EQ(runJson({"persons"}).size(), 0U);
 }
 
 TEST(AddPersonCommand, TakesTheBookOfAnAccountWithoutRecords) {

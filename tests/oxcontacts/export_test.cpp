@@ -132,6 +132,7 @@ TEST(ExportCommand, TakesTheStandardOutputByItsNames) {
 TEST(ExportCommand, NeverWritesWhereTheStoreIsOrWillBe) {
   importCards();
   const auto store = temporaryPath("other.db").string();
+  run({"--store", store, "accounts", "add", "Work"});
   std::filesystem::create_symlink("other.db", temporaryPath("alias.db"));
   std::filesystem::create_directory(temporaryPath("folder"));
   for (const auto* ending :
@@ -144,7 +145,6 @@ TEST(ExportCommand, NeverWritesWhereTheStoreIsOrWillBe) {
       EXPECT_EQ(result.errors, "oxcontacts: " + file + ": is a file of the store itself\n");
     }
   }
-  EXPECT_FALSE(std::filesystem::exists(store + ".tags"));
   const auto behindLink = run({"--store", temporaryPath("alias.db"), "export", "-o", store});
   EXPECT_EQ(behindLink.exitCode, 1) << behindLink.errors;
 }

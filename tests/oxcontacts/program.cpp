@@ -6,6 +6,8 @@
 #include <fstream>
 #include <thread>
 
+#include "tests/support/store_environment.hpp"
+
 namespace ox::program_tests {
 
 std::vector<std::string> programCommand(const std::vector<std::string>& arguments) {
@@ -61,6 +63,12 @@ std::string countsOf(const Json& report) {
     text += (text.empty() ? "" : ", ") + name + " " + count.dump();
   }
   return text;
+}
+
+void makeStore(const std::string& path) {
+  std::vector<std::string> arguments = {"import", support::temporaryFile("nobody.vcf", "")};
+  if (!path.empty()) arguments.insert(arguments.begin(), {"--store", path});
+  run(arguments);  // which says that nobody is in that file
 }
 
 }  // namespace ox::program_tests

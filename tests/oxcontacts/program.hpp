@@ -22,6 +22,9 @@ Json runJson(std::vector<std::string> arguments);
 // Runs it through the shell, for redirections; `$OX` is the program.
 ProcessResult runShell(const std::string& script);
 
+// Makes the store, which commands that only read do not do; nobody is in it.
+void makeStore(const std::string& path = {});
+
 // Waits until the process is in one of these system calls; false when it does not get there.
 bool waitsIn(pid_t process, const std::vector<long>& calls);
 

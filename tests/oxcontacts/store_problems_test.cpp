@@ -18,7 +18,7 @@ using support::temporaryPath;
 
 std::string storeWith(const char* name, const char* statement) {
   auto path = temporaryPath(name).string();
-  run({"--store", path, "accounts"});
+  makeStore(path);
   sqlite::Connection(path, sqlite::Connection::Mode::ReadWrite).execute(statement);
   return path;
 }
@@ -168,11 +168,11 @@ TEST(StoreProblems, AReadOnlyFolderIsTold) {
   std::filesystem::create_directory(folder);
   std::filesystem::permissions(
       folder, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
-  const auto result = run({"--store", (folder / "new.db").string(), "accounts"});
+  const auto result = run({"--store", (folder / "new.db").string(), "accounts", "add", "Work"});
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_NE(result.errors.find((folder / "new.db").string()), std::string::npos) << result.errors;
 
-  run({"accounts"});
+  makeStore();
   std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
   std::filesystem::copy_file(support::StoreEnvironment::instance().contactStore(),
                              folder / "copy.db");
@@ -189,7 +189,7 @@ TEST(StoreProblems, AReadOnlyFolderIsTold) {
 }
 
 TEST(StoreProblems, AStoreThatAnotherProcessWritesForLongIsBusy) {
-  run({"accounts"});
+  makeStore();
   const auto path = support::StoreEnvironment::instance().contactStore().string();
   sqlite::Connection other(path, sqlite::Connection::Mode::ReadWrite);
   const sqlite::Transaction writing(other);
@@ -254,6 +254,7 @@ TEST(StoreProblems, CheckFindsADamagedByte) {
 }
 
 TEST(Output, ThatCannotBeWrittenIsNoSuccess) {
+  makeStore();
   const auto result = runShell("\"$OX\" accounts >/dev/full");
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.errors, "oxcontacts: the output could not be written\n");

@@ -217,7 +217,7 @@ TEST(UndoCommand, RemovesAPersonWhomOthersHaveChangedAndTakenThatBack) {
 }
 
 TEST(UndoCommand, SaysWhatCannotBeTakenBack) {
-  run({"accounts"});
+  makeStore();
   EXPECT_EQ(run({"undo"}).exitCode, 4);
   EXPECT_EQ(run({"undo"}).errors, "oxcontacts: there is nothing to take back\n");
   EXPECT_EQ(run({"redo"}).errors, "oxcontacts: there is nothing to take back\n");

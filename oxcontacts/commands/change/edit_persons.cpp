@@ -54,6 +54,10 @@ void addPerson(const Context& context, const Arguments& arguments) {
   const auto person = recordOf(book->newPerson());
   if (!person) throw storeFailure("no person was added", watch);
   applyAll(assignments, *person);
+  if (person->allValues().empty()) {
+    ABAddressBook::sharedAddressBook()->revert();
+    throw CommandError(kUsage, "a person has a value at least; write name=\"Ann Lee\", say");
+  }
   if (saveEdits()) tellPerson(context, "added ", *person);
 }
 
@@ -132,6 +136,7 @@ void declareEditPersons(CLI::App& program, const Context& context) {
   set->callback([&context, changed] { setValues(context, *changed); });
 
   auto* remove = program.add_subcommand("remove-person", "Remove persons, with their tags");
+  remove->alias("rm");
   const auto names = std::make_shared<std::vector<std::string>>();
   remove->add_option("PERSON", *names, "Who")->required();
   remove->callback([&context, names] { removePersons(context, *names); });
