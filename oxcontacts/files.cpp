@@ -1,8 +1,10 @@
 #include "oxcontacts/files.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 #include <system_error>
 
 #include "ox/base/store_location.hpp"
@@ -64,6 +66,11 @@ void writeFile(const std::string& path, std::string_view bytes) {
 
 void refuseStoreFile(const std::string& path) {
   if (isStoreFile(path)) throw CommandError(kFailed, path + ": is a file of the store itself");
+}
+
+bool isMissing(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) != 0 && errno == ENOENT;
 }
 
 }  // namespace ox::program

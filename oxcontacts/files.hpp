@@ -19,4 +19,7 @@ void writeFile(const std::string& path, std::string_view bytes);
 // the user names is opened before this.
 void refuseStoreFile(const std::string& path);
 
+// True when nothing lies at that path, which could be asked.
+bool isMissing(const std::string& path);
+
 }  // namespace ox::program

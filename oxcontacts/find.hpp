@@ -37,8 +37,9 @@ class BookNames {
 
 // A person or group by ID, with or without its ending, else by display name, else by the words of
 // it that were typed: whole or in part, in any order, case and spelling; else by the beginning of
-// the ID; else by all of that behind BOOK/. Only those of the book that --book names count, where it
-// does. What is more exact decides; whoever has a terminal is asked which one of several is meant.
+// the ID; else by all of that behind BOOK/. Only those of the book that --book names count, where
+// it does. What is more exact decides; whoever has a terminal is asked which one of several is
+// meant.
 std::shared_ptr<_ABPerson> findPerson(const Context& context, const std::string& text);
 // Each once, in the order of the texts.
 using Persons = std::vector<std::shared_ptr<_ABPerson>>;

@@ -1,7 +1,6 @@
 // oxcontacts: the contact store on the command line.
 #include <CLI/CLI.hpp>
 #include <cassert>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
@@ -10,11 +9,9 @@
 #include <new>
 #include <sstream>
 #include <string_view>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
-#include "ox/OxMacAddressBookSDK/version.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/base/store_location.hpp"
 #include "ox/platform/store/process_origin.hpp"
@@ -23,6 +20,7 @@
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/edit/saving.hpp"
+#include "oxcontacts/files.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
 
 namespace ox::program {
@@ -35,13 +33,6 @@ constexpr const char* kExitCodes =
     "Of several that may be meant a terminal asks, else they are listed.\n"
     "Exit codes: 0 done, 1 failed, 2 usage (an ambiguous name too), 3 done with refusals,\n"
     "4 not found, 5 busy, 130 interrupted.";
-
-// Without the zeros behind the number.
-std::string programVersion() {
-  std::ostringstream text;
-  text << OxMacAddressBookSDKVersionNumber;
-  return text.str();
-}
 
 void declareWhen(CLI::App& program, const char* option, const char* what, When& when) {
   const auto choose = [&when](const std::string& word) {
@@ -82,7 +73,7 @@ void declareCommands(CLI::App& program, const Context& context) {
   room("Carry to and from files", {declareImport, declareExport, declareQr});
   room("Keep safe", {declareUndo, declareLog, declareTrash, declareForget, declareBackup,
                      declareRestore, declareCopies, declareCheck, declareRecover});
-  room("Help", {declareHelp});
+  room("Help", {declareHelp, declareComplete});
 }
 
 int exitCodeOf(const StoreError& error) {
@@ -160,11 +151,6 @@ void requireUseOfBook(const CLI::App& command, const Context& context) {
                                                                     : "has its place behind it"));
 }
 
-bool isMissing(const std::string& path) {
-  struct stat status {};
-  return ::stat(path.c_str(), &status) != 0 && errno == ENOENT;
-}
-
 // A reader of a store that is not there has mistyped its place more often than not.
 void requireStore(const CLI::App& command) {
   for (const auto* each = &command; each != nullptr;) {
@@ -206,7 +192,7 @@ int mainOf(int argc, char** argv) {
   program.footer(kExitCodes);
   program.require_subcommand(1);
   program.fallthrough();
-  program.set_version_flag("--version", "oxcontacts " + programVersion());
+  program.set_version_flag("--version", "oxcontacts " OX_VERSION);
   declareGlobalOptions(program, context);
   program.parse_complete_callback([&] {
     if (!context.store.empty()) {
@@ -220,12 +206,17 @@ int mainOf(int argc, char** argv) {
     const auto& command = *program.get_subcommands().front();
     const auto& name = command.get_name();
     if (name == "check" || name == "recover" || name == "help") return;
+    if (name == "completion") return;
     // Copies are wanted most when the store itself is gone.
     if (name == "copies" && isMissing(contactStore().file())) return;
     requireStore(command);
     accounts();
   });
   declareCommands(program, context);
+  if (argc > 1 && std::string_view(argv[1]) == "complete") {
+    answerShell(program, argc, argv);
+    return kDone;
+  }
   takeAsGiven(program);
   const failures::Watch watch;
   return honest(run(program, argc, argv, watch), watch);

@@ -25,6 +25,7 @@ void declareBirthdays(CLI::App& program, const Context& context);
 void declareValues(CLI::App& program, const Context& context);
 void declareTag(CLI::App& program, const Context& context);
 void declareQr(CLI::App& program, const Context& context);
+void declareComplete(CLI::App& program, const Context& context);
 void declareHelp(CLI::App& program, const Context& context);
 void declareCopies(CLI::App& program, const Context& context);
 void declareCopy(CLI::App& program, const Context& context);
@@ -38,5 +39,9 @@ void declareUndo(CLI::App& program, const Context& context);
 void declareTrash(CLI::App& program, const Context& context);
 void declareCheck(CLI::App& program, const Context& context);
 void declareRecover(CLI::App& program, const Context& context);
+
+// What a shell may offer for the last of the words behind `oxcontacts complete --`, a line each.
+// That is no command of its own, since no word of it is meant for the parser.
+void answerShell(const CLI::App& program, int argc, const char* const* argv);
 
 }  // namespace ox::program

@@ -11,9 +11,8 @@ namespace {
 std::string sorted(const char* locale, std::vector<std::string> texts) {
   ::setenv("LC_ALL", locale, 1);
   const Collation order;
-  std::stable_sort(texts.begin(), texts.end(), [&](const auto& a, const auto& b) {
-    return order.keyOf(a) < order.keyOf(b);
-  });
+  std::stable_sort(texts.begin(), texts.end(),
+                   [&](const auto& a, const auto& b) { return order.keyOf(a) < order.keyOf(b); });
   std::string all;
   for (const auto& text : texts) all += (all.empty() ? "" : " ") + text;
   return all;

@@ -28,8 +28,8 @@ class OX_EXPORT ABPerson : public ABRecord {
   // kABErrorInProperty for an unknown name.
   static ABPropertyType typeOfProperty(TextView property);
 
-  // Every value that the record holds, also what no property shows: the UID of the card that it came
-  // from, and the lines of it that are not modelled.
+  // Every value that the record holds, also what no property shows: the UID of the card that it
+  // came from, and the lines of it that are not modelled.
   PropertyBag allValues() const;
   // Gives the record these values and no others. False when one of them was refused.
   bool setAllValues(const PropertyBag& values);
