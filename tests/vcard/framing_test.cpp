@@ -74,19 +74,63 @@ TEST(CardFraming, MissingVersionIsGuessedAndNamed) {
   EXPECT_EQ(textOfAll("BEGIN:VCARD\nNOTE:a\\nb\nEND:VCARD\n"
                       "BEGIN:VCARD\nTEL;CELL:1\nNOTE:a\\nb\nEND:VCARD\n"),
             "Note=a\nb\nrepair 1: VERSION is missing\n--\n"
-            "Note=a\\nb\nPhone[_$!<Mobile>!$_]=1\nrepair 4: VERSION is missing\n");
-  EXPECT_EQ(textOfAll("BEGIN:VCARD\nNOTE:a\\nb\nVERSION:2.1\nEND:VCARD\n"), "Note=a\\nb\n");
+            "Note=a\nb\nPhone[_$!<Mobile>!$_]=1\nrepair 4: VERSION is missing\n");
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nN:a;b,c\nVERSION:2.1\nEND:VCARD\n"), "First=b,c\nLast=a\n");
 }
 
 TEST(CardFraming, MissingEndsNeverTouchTheNextCard) {
   EXPECT_EQ(textOfAll("BEGIN:VCARD\nVERSION:3.0\nTITLE:a\nBEGIN:VCARD\nVERSION:3.0\nTITLE:b\n"
                       "END:VCARD\nBEGIN:VCARD\nVERSION:3.0\nTITLE:c\n"),
             "JobTitle=a\nrepair 4: END:VCARD is missing before the next card\n--\n"
-            "JobTitle=b\n--\nrefused 8: the file ends inside the card\n");
+            "JobTitle=b\n--\n"
+            "JobTitle=c\nrepair 10: END:VCARD is missing at the end of the file\n");
   EXPECT_EQ(textOfAll("BEGIN:VCARD\nVERSION:3.0\nTITLE:a\nEND:VCA"),
             "JobTitle=a\nrepair 4: END:VCARD is cut off\n");
   EXPECT_EQ(textOfAll("BEGIN:VCARD\nEND:VCARD\nBEGIN:VCARD\nVERSION:3.0\nTITLE:a\nEND:VCARD\n"),
             "refused 1: the card holds no property\n--\nJobTitle=a\n");
+}
+
+TEST(CardFraming, CardWithoutItsEndIsReadAsFarAsTheFileGoes) {
+  const std::string missing = "END:VCARD is missing at the end of the file\n";
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nVERSION:3.0\nTITLE:a\nTEL:12"),
+            "JobTitle=a\nPhone[-]=12\nrepair 4: " + missing);
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nVERSION:3.0\nTITLE:a\n\n"), "JobTitle=a\nrepair 4: " + missing);
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nTITLE:a\nAGENT:\nBEGIN:VCARD\nTITLE:in\n"),
+            "JobTitle=a\nkept=AGENT:BEGIN:VCARD\nTITLE:in\nrepair 1: VERSION is missing\n"
+            "repair 5: " +
+                missing);
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nVERSION:3.0\n"), "refused 1: the card holds no property\n");
+}
+
+TEST(CardFraming, CardWithoutItsBeginIsReadFromItsFirstProperty) {
+  const std::string good = "BEGIN:VCARD\nVERSION:3.0\nTITLE:good\nEND:VCARD\n";
+  EXPECT_EQ(textOfAll("VERSION:3.0\nTITLE:a\nEND:VCARD\n" + good),
+            "JobTitle=a\nrepair 1: BEGIN:VCARD is missing\n--\nJobTitle=good\n");
+  EXPECT_EQ(textOfAll(good + "N:b\nTEL;HOME:1\nEND:VCARD\n" + good),
+            "JobTitle=good\n--\nLast=b\nPhone[_$!<Home>!$_]=1\n"
+            "repair 5: BEGIN:VCARD is missing\nrepair 5: VERSION is missing\n--\nJobTitle=good\n");
+  MemorySource source("IN:VCARD\nVERSION:3.0\nTITLE:a\nno line\nEND:VCARD\nEND:VCARD\n");
+  Reader reader(source);
+  EXPECT_EQ(textOf(*reader.next()),
+            "JobTitle=a\nno line\nrepair 2: BEGIN:VCARD is missing\n"
+            "repair 4: line without a name, joined to the line before it\n");
+  EXPECT_FALSE(reader.next());
+  const std::vector<Problem> stray = {{1, "text outside of any card: IN:VCARD"},
+                                      {6, "text outside of any card: END:VCARD"}};
+  EXPECT_EQ(reader.strayLines(), stray);
+}
+
+TEST(CardFraming, TextWithoutBeginAndEndIsNoCard) {
+  std::string text = "BEGIN:VCALENDAR\n";
+  for (int i = 0; i < 20000; ++i) text += "VERSION:2.0\nNOTE:x\n";
+  for (const std::string& end :
+       {std::string(), "BEGIN:VCARD\nVERSION:3.0\nTITLE:a\nEND:VCARD\n"s}) {
+    const auto bytes = text + end;
+    MemorySource source(bytes);
+    Reader reader(source);
+    EXPECT_EQ(reader.next().has_value(), !end.empty());
+    EXPECT_EQ(reader.strayCount(), 40001U);
+  }
 }
 
 TEST(CardFraming, ParametersOfNothingAreNoProperty) {
@@ -110,6 +154,20 @@ TEST(CardFraming, NestedCardsBelongToTheOuterOne) {
   EXPECT_EQ(textOfCard("3.0", "AGENT:" + inner + "TITLE:out\n"),
             "JobTitle=out\nkept=AGENT:BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n");
   EXPECT_EQ(textOfCard("3.0", "AGENT:someone\nTITLE:out\n"), "JobTitle=out\nkept=AGENT:someone\n");
+}
+
+TEST(CardFraming, NestedCardThatNothingAnnouncesEndsNoLinesOfTheOuterOne) {
+  const std::string inner = "BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n";
+  const std::string kept = "kept=AGENT:BEGIN:VCARD\nVERSION:2.1\nTITLE:in\nEND:VCARD\n";
+  const std::string told = ": a card within the card, kept as its AGENT\n";
+  EXPECT_EQ(textOfCard("2.1", inner + "TITLE:out\n"), "JobTitle=out\n" + kept + "repair 3" + told);
+  EXPECT_EQ(textOfCard("3.0", "TITLE:out\n" + inner), "JobTitle=out\n" + kept + "repair 4" + told);
+  EXPECT_EQ(textOfCard("3.0", "TITLE:out\n" + inner + "TEL:1\n\n" + inner + "# x\nNOTE:n\n"),
+            "JobTitle=out\nNote=n\nPhone[-]=1\n" + kept + kept + "repair 4" + told + "repair 10" +
+                told + "repair 14: comment passed over: # x\n");
+  EXPECT_EQ(
+      textOfCard("2.1", "BEGIN:VCARD\nTITLE:mid\n" + inner + "END:VCARD\nTITLE:out\n"),
+      "JobTitle=out\nkept=AGENT:BEGIN:VCARD\nTITLE:mid\n" + inner + "END:VCARD\nrepair 3" + told);
 }
 
 TEST(CardFraming, NestedCardInATextIsOneInCardsOfEachVersion) {

@@ -9,8 +9,66 @@ TEST(CardLines, AreUnfoldedAsTheirVersionFolds) {
   expectRows({
       {"3.0", "NOTE:ab\n cd\n\tef\n  gh\n", "Note=abcdef gh\n"},
       {"2.1", "NOTE:ab\n cd\n", "Note=ab cd\n"},
+      {"2.1", "NOTE:ab \n  cd\n\t\n ef\n", "Note=ab cd ef\n"},
+      {"2.1", "NOTE:\n ab\n cd\n", "Note=ab cd\n"},
       {"4.0", "NO\n TE;X-A\n =1\n :ab\n", "Note=ab\nkept=;15#0;X-A=1\n"},
       {"3.0", "NOTE:J\xC3\n \xBCrg\n", "Note=Jürg\n"},
+  });
+}
+
+// Programs that fold where the line is full, as 3.0 does, write 2.1 in their heads nevertheless.
+TEST(CardLines, FoldOf21WithinATokenLosesItsBlank) {
+  const std::string full(74, 'a');
+  expectRows({
+      {"2.1", "EMAIL:john@exam\n ple.com\n", "Email[-]=john@example.com\n"},
+      {"2.1", "item1.EMAIL;INTERNET;HO\n ME:john@exam\n\tple.\n com\n",
+       "Email[_$!<Home>!$_]=john@example.com\n"},
+      {"2.1", "URL:http://example.org/\n  a\n", "URLs[-]=http://example.org/a\n"},
+      {"2.1", "UID:1234-\n 5678\n", "UID=1234-5678\n"},
+      {"2.1", "TEL;HO\n ME:1\n", "Phone[_$!<Home>!$_]=1\n"},
+      {"2.1", "NOTE:write to john@example.com\n or call\n",
+       "Note=write to john@example.com or call\n"},
+      // All full lines are of one length.
+      {"2.1",
+       "NOTE:" + std::string(70, 'a') + "\n " + full + "\n  b" + std::string(72, 'c') + "\n d\n",
+       "Note=" + std::string(70, 'a') + full + " b" + std::string(72, 'c') + "d\n"},
+      {"2.1",
+       "NOTE:" + std::string(69, 'a') + "\n " + full + "\n b" + std::string(71, 'c') + "\n d\n",
+       "Note=" + std::string(69, 'a') + " " + full + " b" + std::string(71, 'c') + " d\n"},
+  });
+}
+
+TEST(CardLines, ValuesRunOverLinesThatNameNoProperty) {
+  const std::string told = ": line without a name, joined to the line before it\n";
+  expectRows({
+      {"3.0", "NOTE:one\ntwo\n\nthree at 10:30\nTEL:1\n",
+       "Note=one\ntwo\n\nthree at 10:30\nPhone[-]=1\nrepair 4" + told + "repair 6" + told},
+      {"2.1", "ADR;HOME:;;1 Main St\nApt 5;Town;;123;Land\nTEL:1\n",
+       "Phone[-]=1\nAddress[_$!<Home>!$_]={Street=1 Main St\nApt "
+       "5,City=Town,ZIP=123,Country=Land}\n"
+       "repair 4" +
+           told},
+      {"3.0", "NOTE:\none\n\ntwo;\n# no\n",
+       "Note=one\n\ntwo;\nrepair 4" + told + "repair 6" + told +
+           "repair 7: comment passed over: # no\n"},
+      {"3.0", "NOTE:see\nhttp://example.org/x\n",
+       "Note=see\nhttp://example.org/x\nrepair 4" + told},
+      {"3.0", "EMAIL:john@exam\nple.com\n", "Email[-]=john@example.com\nrepair 4" + told},
+      {"2.1", "NOTE;QUOTED-PRINTABLE:a=0D=0A\nb=\nc\nd\n",
+       "Note=a\nbc\nd\nrepair 4" + told + "repair 6" + told},
+      {"3.0", "X-OWN:a\nb\n", "kept=X-OWN:a\\nb\nrepair 4" + told},
+      {"3.0", "UID:1\nno line\nTITLE:x\n",
+       "JobTitle=x\nUID=1\nrepair 4: no content line, passed over: no line\n"},
+      {"3.0", "NOTE:a\nb\n c\nTITLE:x\n", "JobTitle=x\nNote=a\nbc\nrepair 4" + told},
+  });
+}
+
+TEST(CardLines, BlanksAroundComponentsGo) {
+  expectRows({
+      {"3.0", "N: Lee ; Ann;\tB ;;\n", "First=Ann\nMiddle=B\nLast=Lee\n"},
+      {"2.1", "ORG:Firm ; North ; South\n", "Organization=Firm\nDepartment=North;South\n"},
+      {"4.0", "ADR:;; 1 Way; Town ;; 9 ;\n", "Address[-]={Street=1 Way,City=Town,ZIP=9}\n"},
+      {"3.0", "N: ; ;;;\nTITLE: x\n", "JobTitle= x\n"},
   });
 }
 
@@ -54,8 +112,10 @@ TEST(CardLines, ParametersMayBeQuotedBareOrEscaped) {
 TEST(CardLines, StrayLinesAreNamedAndPassedOver) {
   expectRows({
       {"2.1", "# hello\nTITLE:x\nno colon here\n\n",
-       "JobTitle=x\nrepair 3: comment passed over: # hello\n"
-       "repair 5: no content line, passed over: no colon here\n"},
+       "JobTitle=x\nno colon here\nrepair 3: comment passed over: # hello\n"
+       "repair 5: line without a name, joined to the line before it\n"},
+      {"2.1", "no colon here\nTITLE:x\n",
+       "JobTitle=x\nrepair 3: no content line, passed over: no colon here\n"},
       {"3.0", "NOTE:" + std::string(70, 'a') + "\nbcd;e\nTITLE:x\n",
        "JobTitle=x\nNote=" + std::string(70, 'a') +
            "bcd;e\nrepair 4: line without a name, joined to the line before it\n"},

@@ -218,7 +218,7 @@ TEST(CardThrough, AFormattedNameOfBlanksIsNone) {
 TEST(CardThrough, AFormattedNameInBase64IsPreservedAsText) {
   const std::string text = "N:Lee;Ann;;;\nFN;TYPE=JPEG: Ann Lee\n";
   for (const std::string line :
-       {"FN;JPEG;BASE64:\n Ann Lee\n\n", "FN;TYPE=JPEG;ENCODING=b: Ann Lee\n"}) {
+       {"FN;JPEG;BASE64: Ann Lee\n\n", "FN;TYPE=JPEG;ENCODING=b: Ann Lee\n"}) {
     EXPECT_EQ(linesOf(propertiesOf("2.1", line), {}), text) << line;
   }
   EXPECT_EQ(linesOf(propertiesOf("3.0", text), {}), text);

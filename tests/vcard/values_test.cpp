@@ -12,7 +12,7 @@ TEST(CardValues, EscapesDependOnTheVersion) {
       {"3.0", "NOTE:a\\nb\\Nc\\, d\\; e\\\\f\\:g\\\"h\\qi\\\n",
        "Note=a\nb\nc, d; e\\f:g\"h\\qi\\\n"},
       {"4.0", "NOTE:a\\nb\\, c\n", "Note=a\nb, c\n"},
-      {"2.1", "NOTE:C:\\new\\; x\n", "Note=C:\\new; x\n"},
+      {"2.1", "NOTE:a\\nb\\Nc\\\\n\\; x\n", "Note=a\nb\nc\\n; x\n"},
       {"3.0", "N:O\\;Hara;Ann\\,Bea;;;\n", "First=Ann,Bea\nLast=O;Hara\n"},
       {"3.0", "N:Ray;Al;Bo,Cy;Dr,Prof;Jr.,M.D.\nFN:Dr Prof Al Bo Cy Ray Jr., M.D.\n",
        "First=Al\nMiddle=Bo Cy\nLast=Ray\nTitle=Dr Prof\nSuffix=Jr., M.D.\n"

@@ -73,9 +73,9 @@ bool isEscapable(char c) {
 }
 
 // Reads the escape at text[at], a backslash: appends what it stands for, gives where it ends.
-std::size_t appendEscape(std::string_view text, std::size_t at, Dialect dialect, std::string& out) {
+std::size_t appendEscape(std::string_view text, std::size_t at, std::string& out) {
   const char next = at + 1 < text.size() ? text[at + 1] : '\0';
-  if ((next == 'n' || next == 'N') && dialect == Dialect::V30) {
+  if (next == 'n' || next == 'N') {
     out += '\n';
   } else if (isEscapable(next)) {
     out += next;
@@ -144,7 +144,7 @@ bool looksLikeBase64(std::string_view text) {
   return !text.empty();
 }
 
-std::string unescaped(std::string_view text, Dialect dialect) {
+std::string unescaped(std::string_view text) {
   auto mark = text.find('\\');
   if (mark == std::string_view::npos) return std::string(text);
   std::string out;
@@ -152,7 +152,7 @@ std::string unescaped(std::string_view text, Dialect dialect) {
   std::size_t at = 0;
   while (mark != std::string_view::npos) {
     out.append(text.substr(at, mark - at));
-    at = appendEscape(text, mark, dialect, out);
+    at = appendEscape(text, mark, out);
     mark = text.find('\\', at);
   }
   out.append(text.substr(at));
@@ -161,13 +161,13 @@ std::string unescaped(std::string_view text, Dialect dialect) {
 
 std::string unescapedList(std::string_view text, Dialect dialect, std::string_view separator) {
   if (dialect == Dialect::V21 || text.find(',') == std::string_view::npos) {
-    return unescaped(text, dialect);
+    return unescaped(text);
   }
   std::string out;
   out.reserve(text.size() + separator.size());
   for (std::size_t at = 0; at < text.size();) {
     if (text[at] == '\\') {
-      at = appendEscape(text, at, dialect, out);
+      at = appendEscape(text, at, out);
     } else if (text[at] == ',') {
       out += separator;
       ++at;

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/content_line.hpp"
 
 namespace ox::vcard {
@@ -23,14 +24,16 @@ bool looksLikeBase64(std::string_view text);
 // The byte that two hex digits at that place stand for; -1 when they are none.
 int hexByte(std::string_view text, std::size_t at);
 
-// The escapes of a text value undone: \n and \N (not in vCard 2.1) become a line feed; a backslash
-// before punctuation goes away; any other stays, so that no text is lost.
-std::string unescaped(std::string_view text, Dialect dialect);
+// The escapes of a text value undone: \n and \N become a line feed, in vCard 2.1 too, which knows
+// neither but whose programs write them; a backslash before punctuation goes away; any other stays,
+// so that no text is lost.
+std::string unescaped(std::string_view text);
 
-// The components of a structured value, split at semicolons that are not escaped, still escaped.
-// The last component takes whatever is left; components that are not there are empty.
+// The components of a structured value, split at semicolons that are not escaped, still escaped and
+// with the blanks around them. The last component takes whatever is left; components that are not
+// there are empty.
 template <std::size_t N>
-std::array<std::string_view, N> components(std::string_view value) {
+std::array<std::string_view, N> wholeComponents(std::string_view value) {
   std::array<std::string_view, N> parts{};
   std::size_t part = 0;
   std::size_t from = 0;
@@ -43,6 +46,14 @@ std::array<std::string_view, N> components(std::string_view value) {
     }
   }
   parts[part] = value.substr(from);
+  return parts;
+}
+
+// The same without the blanks, which many programs leave around components.
+template <std::size_t N>
+std::array<std::string_view, N> components(std::string_view value) {
+  auto parts = wholeComponents<N>(value);
+  for (auto& part : parts) part = trimmed(part);
   return parts;
 }
 

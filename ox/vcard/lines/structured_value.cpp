@@ -20,19 +20,19 @@ std::size_t findBare(std::string_view text, char wanted, std::size_t at) {
   return npos;
 }
 
-void appendText(std::string_view raw, Dialect dialect, std::string& out) {
-  const auto text = unescaped(raw, dialect);
+void appendText(std::string_view raw, std::string& out) {
+  const auto text = unescaped(raw);
   appendTextEscaped(CardText(text).view(), out);
 }
 
-void appendPieces(std::string_view raw, char mark, Dialect dialect, std::string& out) {
+void appendPieces(std::string_view raw, char mark, std::string& out) {
   std::size_t from = 0;
   for (auto at = findBare(raw, mark, 0); at != npos; at = findBare(raw, mark, from)) {
-    appendText(raw.substr(from, at - from), dialect, out);
+    appendText(raw.substr(from, at - from), out);
     out += mark;
     from = at + 1;
   }
-  appendText(raw.substr(from), dialect, out);
+  appendText(raw.substr(from), out);
 }
 
 }  // namespace
@@ -41,17 +41,17 @@ bool hasList(std::string_view value, Dialect dialect) {
   return dialect == Dialect::V30 && findBare(value, ',', 0) != npos;
 }
 
-std::string canonicalPieces(std::string_view value, char mark, Dialect dialect) {
+std::string canonicalPieces(std::string_view value, char mark) {
   std::string out;
-  appendPieces(value, mark, dialect, out);
+  appendPieces(value, mark, out);
   return out;
 }
 
-std::string canonicalComponents(std::span<const std::string_view> components, Dialect dialect) {
+std::string canonicalComponents(std::span<const std::string_view> components) {
   std::string out;
   for (std::size_t i = 0; i < components.size(); ++i) {
     if (i > 0) out += ';';
-    appendPieces(components[i], ',', dialect, out);
+    appendPieces(components[i], ',', out);
   }
   return out;
 }

@@ -15,10 +15,10 @@ namespace ox::vcard {
 bool hasList(std::string_view value, Dialect dialect);
 
 // A value that a card parted at that mark, in canonical form.
-std::string canonicalPieces(std::string_view value, char mark, Dialect dialect);
+std::string canonicalPieces(std::string_view value, char mark);
 
 // Components that a card parted, in canonical form with semicolons between them; commas part lists
 // within them.
-std::string canonicalComponents(std::span<const std::string_view> components, Dialect dialect);
+std::string canonicalComponents(std::span<const std::string_view> components);
 
 }  // namespace ox::vcard

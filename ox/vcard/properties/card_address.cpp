@@ -1,5 +1,6 @@
 #include "ox/vcard/properties/card_address.hpp"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -29,12 +30,12 @@ bool isCountryCode(std::string_view text) {
   return text.size() == 2 && isLetter(text[0]) && isLetter(text[1]);
 }
 
-std::string streetWithAll(const Components& parts, Dialect dialect) {
+std::string streetWithAll(const Components& parts) {
   std::string street;
   for (const auto part : {parts[kBox], parts[kExtended], parts[kStreet]}) {
     if (part.empty()) continue;
     if (!street.empty()) street += '\n';
-    street += unescaped(part, dialect);
+    street += unescaped(part);
   }
   return street;
 }
@@ -58,7 +59,7 @@ std::optional<std::string_view> streetAlone(std::string_view street, std::string
 bool gives(std::string_view value, const Components& parts) {
   const auto read = components<kComponents>(value);
   for (std::size_t i = 0; i < read.size(); ++i) {
-    if (unescaped(read[i], Dialect::V30) != parts[i]) return false;
+    if (unescaped(read[i]) != parts[i]) return false;
   }
   return true;
 }
@@ -72,25 +73,24 @@ void setCountryCode(std::string_view code, Object& value) {
 }  // namespace
 
 bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
-  const auto dialect = draft.facts.dialect;
   const auto parts = components<kComponents>(line.value);
   Dictionary address;
   address.reserve(parts.size() + 1);
   const auto put = [&](Component component) {
     if (!parts[component].empty()) {
-      address.set(kKeys[component], unescaped(parts[component], dialect));
+      address.set(kKeys[component], unescaped(parts[component]));
     }
   };
   if (parts[kBox].empty() && parts[kExtended].empty()) {
     put(kStreet);
   } else {
-    address.set(kABAddressStreetKey, streetWithAll(parts, dialect));
+    address.set(kABAddressStreetKey, streetWithAll(parts));
   }
   for (const auto component : {kCity, kState, kZip, kCountry, kBox, kExtended}) put(component);
   if (address.empty()) return true;
   draft.addEntry(row.property, std::move(address), line, {});
-  if (hasList(line.value, dialect)) {
-    draft.preserveVerbatim(row.property, canonicalComponents(parts, dialect));
+  if (hasList(line.value, draft.facts.dialect)) {
+    draft.preserveVerbatim(row.property, canonicalComponents(parts));
   }
   return true;
 }
@@ -118,7 +118,12 @@ bool writeAddress(EntryWriter& entry) {
   } else {
     parts[kBox] = parts[kExtended] = {};
   }
-  const auto saysNothing = [](std::string_view part) { return CardText(part).view().empty(); };
+  const auto saysNothing = [](std::string_view part) {
+    return trimmed(CardText(part).view()).empty();
+  };
+  // A reader takes blanks around a component off.
+  const bool areBare =
+      std::ranges::all_of(parts, [](std::string_view part) { return trimmed(part) == part; });
   if (std::all_of(parts.begin(), parts.end(), saysNothing)) return false;
 
   const auto code = texts[kCode];
@@ -135,7 +140,7 @@ bool writeAddress(EntryWriter& entry) {
   }
   entry.end();
   if (hasCode) entry.line().raw(entry.group()).raw(".X-ABADR:").raw(code).end();
-  return texts.isExact() && texts.arePlain() && street && (hasCode || code.empty());
+  return texts.isExact() && texts.arePlain() && areBare && street && (hasCode || code.empty());
 }
 
 }  // namespace ox::vcard

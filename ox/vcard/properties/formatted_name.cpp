@@ -50,7 +50,7 @@ FormattedName nameOfLine(std::string_view preserved) {
   const auto colon = parseHead(preserved, line);
   if (colon == std::string_view::npos) return name;
   name.isDerived = isDerived(line);
-  const auto text = unescaped(preserved.substr(colon + 1), Dialect::V30);
+  const auto text = unescaped(preserved.substr(colon + 1));
   const CardText clean(text);
   if (!trimmed(clean.view()).empty()) name.text = clean.view();
   return name;

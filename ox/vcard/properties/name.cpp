@@ -45,7 +45,12 @@ NameParts partsHeldBy(CollectedValues& values) {
 }
 
 NameParts partsHeldBy(PropertyWriter& card) {
-  return partsFrom([&](PropertyId id) { return card.textOf(id); });
+  return partsFrom([&](PropertyId id) {
+    const auto text = card.textOf(id);
+    // A reader takes blanks around a component off.
+    if (trimmed(text) != text) card.noteInexact(id);
+    return trimmed(text);
+  });
 }
 
 std::array<std::string_view, 5> inOrder(const NameParts& parts) {
@@ -194,7 +199,10 @@ void writeParts(const NameParts& parts, PropertyWriter& card) {
 
 bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
   if (draft.name.hasParts) return false;
-  const auto components = vcard::components<kParts.size() + 1>(line.value);
+  // A group may be called by blanks alone.
+  constexpr std::size_t kAll = kParts.size() + 1;
+  const auto components =
+      draft.facts.isGroup ? wholeComponents<kAll>(line.value) : vcard::components<kAll>(line.value);
   for (std::size_t i = 0; i < kParts.size(); ++i) {
     auto part = unescapedList(components[i], draft.facts.dialect, kParts[i].separator);
     if (CardText(part).view().empty()) continue;  // control characters alone are no name
@@ -204,8 +212,7 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
   const bool allTaken = components.back().find_first_not_of("; ") == std::string_view::npos;
   if (!allTaken) draft.repaired(line, "N has more than five components, kept as text beside them");
   if (!draft.facts.isGroup && hasList(line.value, draft.facts.dialect)) {
-    draft.name.verbatimParts =
-        canonicalComponents(std::span(components).first<kParts.size()>(), draft.facts.dialect);
+    draft.name.verbatimParts = canonicalComponents(std::span(components).first<kParts.size()>());
     draft.preserveVerbatim(property_id::kLast, draft.name.verbatimParts);
   }
   const bool mayGiveReadings =
@@ -232,9 +239,9 @@ bool readSound(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& d
   auto& values = draft.values;
   if (hasReadings(values)) return false;
   const auto parts = components<5>(line.value);
-  values.text(property_id::kLastPhonetic) = unescaped(parts[0], draft.facts.dialect);
-  values.text(property_id::kFirstPhonetic) = unescaped(parts[1], draft.facts.dialect);
-  values.text(property_id::kMiddlePhonetic) = unescaped(parts[2], draft.facts.dialect);
+  values.text(property_id::kLastPhonetic) = unescaped(parts[0]);
+  values.text(property_id::kFirstPhonetic) = unescaped(parts[1]);
+  values.text(property_id::kMiddlePhonetic) = unescaped(parts[2]);
   return true;
 }
 

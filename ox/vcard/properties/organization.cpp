@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <utility>
 
+#include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/lines/structured_value.hpp"
 #include "ox/vcard/properties/each_property.hpp"
@@ -19,16 +21,40 @@ bool endsWithBareSemicolon(std::string_view value) {
   return value.ends_with(';') && !value.ends_with("\\;");
 }
 
-Organization organizationOf(std::string_view value, Dialect dialect) {
+// False when a reader would take blanks off a unit.
+bool hasBareUnits(std::string_view department) {
+  while (true) {
+    const auto end = std::min(department.find(';'), department.size());
+    const auto unit = department.substr(0, end);
+    if (trimmed(unit) != unit) return false;
+    if (end == department.size()) return true;
+    department.remove_prefix(end + 1);
+  }
+}
+
+// ORG as a card wrote it, without the blanks around company and units.
+std::string withBareUnits(std::string_view value) {
+  auto parts = components<2>(value);
+  std::string bare(parts[0]);
+  while (parts[1].data() != nullptr) {
+    parts = components<2>(parts[1]);
+    (bare += ';') += parts[0];
+  }
+  return bare;
+}
+
+Organization organizationOf(std::string_view value) {
+  const auto bare = hasBareUnits(value) ? std::string() : withBareUnits(value);
+  if (!bare.empty()) value = bare;
   const auto parts = components<2>(value);
   auto units = parts[1];
   while (endsWithBareSemicolon(units)) units.remove_suffix(1);
-  return {unescaped(parts[0], dialect), unescaped(units, dialect)};
+  return {unescaped(parts[0]), unescaped(units)};
 }
 
 // ORG as a card wrote it, in canonical form.
-std::string canonicalValue(std::string_view value, Dialect dialect) {
-  auto out = canonicalPieces(value, ';', dialect);
+std::string canonicalValue(std::string_view value) {
+  auto out = canonicalPieces(withBareUnits(value), ';');
   while (endsWithBareSemicolon(out)) out.pop_back();
   return out;
 }
@@ -58,7 +84,7 @@ std::string valueOf(std::string_view company, std::string_view department) {
 }
 
 bool gives(std::string_view verbatim, std::string_view company, std::string_view department) {
-  const auto read = organizationOf(verbatim, Dialect::V30);
+  const auto read = organizationOf(verbatim);
   return read.company == company && read.department == department;
 }
 
@@ -68,12 +94,12 @@ bool readOrganization(const PropertyRow& row, const ContentLine& line, CardDraft
   auto& company = draft.values.text(row.property);
   auto& department = draft.values.text(property_id::kDepartment);
   if (!company.empty() || !department.empty()) return false;
-  auto read = organizationOf(line.value, draft.facts.dialect);
+  auto read = organizationOf(line.value);
   if (read.company.empty() && read.department.empty()) return true;
   company = std::move(read.company);
   department = std::move(read.department);
   if (line.value.find("\\;") != std::string_view::npos) {
-    const auto canonical = canonicalValue(line.value, draft.facts.dialect);
+    const auto canonical = canonicalValue(line.value);
     const auto ours = valueOf(CardText(company).view(), CardText(department).view());
     if (canonical != ours) draft.preserveVerbatim(row.property, canonical);
   }
@@ -92,6 +118,8 @@ void writeOrganization(const PropertyRow& row, PropertyWriter& card) {
   if (!verbatim.empty() && gives(verbatim, company, department)) {
     card.line().raw(verbatim).end();
   } else {
+    if (trimmed(company) != company) card.noteInexact(row.property);
+    if (!hasBareUnits(department)) card.noteInexact(property_id::kDepartment);
     card.line().raw(valueOf(company, department)).end();
   }
 }

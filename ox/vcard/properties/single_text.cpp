@@ -27,7 +27,7 @@ bool readSingleText(const PropertyRow& row, const ContentLine& line, CardDraft& 
   }
   held = draft.text(line);
   if (row.property == property_id::kNickname && hasList(line.value, draft.facts.dialect)) {
-    draft.preserveVerbatim(row.property, canonicalPieces(line.value, ',', draft.facts.dialect));
+    draft.preserveVerbatim(row.property, canonicalPieces(line.value, ','));
   }
   draft.preserveParameters(row.property, line);
   return true;
@@ -58,7 +58,7 @@ void writeSingleText(const PropertyRow& row, PropertyWriter& card) {
   card.writeParameters(row.property);
   const auto verbatim = card.unmodelled().verbatimOf(row.property, 0);
   card.line().raw(":");
-  if (!verbatim.empty() && unescaped(verbatim, Dialect::V30) == text) {
+  if (!verbatim.empty() && unescaped(verbatim) == text) {
     card.line().raw(verbatim).end();
   } else {
     card.line().text(text).end();
@@ -70,7 +70,7 @@ bool lacksSingleText(const PropertyRow& row, std::string_view line, PropertyWrit
   const auto text = card.textOf(row.property);
   if (text.empty()) return true;
   const auto value = line.substr(std::min(line.find_first_of(":;") + 1, line.size()));
-  return isReading(row) && unescaped(value, Dialect::V30) == text;
+  return isReading(row) && unescaped(value) == text;
 }
 
 // Another note would join the first one when that has lost the parameters that told them apart.

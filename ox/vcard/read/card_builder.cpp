@@ -71,7 +71,7 @@ void CardBuilder::preserve(const ContentLine& line) {
   // only 3.0 has: whoever writes one speaks it, whatever version the card around it tells.
   if (isNestedText(line)) {
     preserved.resize(preserved.size() - line.value.size());
-    preserved += unescaped(line.value, Dialect::V30);
+    preserved += unescaped(line.value);
   }
   dropBreaksAfterColon(preserved);
   draft_.unmodelled.lines.push_back(std::move(preserved));

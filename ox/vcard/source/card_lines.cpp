@@ -1,7 +1,9 @@
 #include "ox/vcard/source/card_lines.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
+#include <cstdint>
 #include <utility>
 
 #include "ox/base/text/charset.hpp"
@@ -26,6 +28,46 @@ bool isAllUtf8(const RawCard& card) {
     if (!card.lines[i].isAscii && !isValidUtf8(card.lineAt(i))) return false;
   }
   return true;
+}
+
+// Names of properties whose values have no blanks: what stands at a break of theirs is the fold's.
+constexpr std::array<std::string_view, 18> kWithoutBlanks = {"EMAIL",
+                                                             "URL",
+                                                             "UID",
+                                                             "REV",
+                                                             "BDAY",
+                                                             "ANNIVERSARY",
+                                                             "IMPP",
+                                                             "GEO",
+                                                             "MEMBER",
+                                                             "SOURCE",
+                                                             "FBURL",
+                                                             "CALURI",
+                                                             "CALADRURI",
+                                                             "X-JABBER",
+                                                             "X-AIM",
+                                                             "X-ICQ",
+                                                             "X-SOCIALPROFILE",
+                                                             "X-ADDRESSBOOKSERVER-MEMBER"};
+
+bool hasNoBlanks(const ContentLine& line) {
+  return line.encoding == Encoding::Base64 ||
+         std::ranges::any_of(kWithoutBlanks,
+                             [&](std::string_view name) { return isWord(line.name, name); });
+}
+
+// What never goes over several lines, so that a line behind it is no part of it.
+bool isSingleLine(const ContentLine& line) {
+  return isWord(line.name, "VERSION") || isWord(line.name, "UID") || isWord(line.name, "REV") ||
+         isWord(line.name, "KIND") || isWord(line.name, "BEGIN") || isWord(line.name, "END");
+}
+
+// True when that is surely a content line, by its front alone; what looks like a URL is none.
+bool isLikeProperty(std::string_view line) {
+  const auto end = lineNameOf(line).end;
+  if (end == 0 || end == line.size()) return false;
+  if (line[end] == ';') return line.find(':', end) != npos;
+  return line[end] == ':' && !line.substr(end).starts_with("://");
 }
 
 // True for a line that may have been broken because it was too long.
@@ -94,6 +136,11 @@ bool CardLines::readLine(std::size_t index) {
     text_ = trimmed(text_);
     if (text_.empty()) return false;
   }
+  if (isBegin(text_)) {
+    joined_.assign("AGENT:").append(text_);
+    text_ = joined_;
+    addRepair(index, "a card within the card, kept as its AGENT");
+  }
   if (card_->isContinued(index)) unfold(index);
   if (text_.back() == '=' && parseHead(text_, line_) != npos &&
       line_.encoding == Encoding::QuotedPrintable) {
@@ -111,15 +158,15 @@ bool CardLines::readLine(std::size_t index) {
       joinBase64();
     } else if (isWord(line_.name, "AGENT") && startsNested(line_)) {
       joinNested();
-    } else if (isFull(card_->lines[next_ - 1])) {
-      joinBrokenFold();
+    } else if (!isLikeProperty(card_->lineAt(next_)) && !isSingleLine(line_)) {
+      joinRawLines(colon + 1);
     }
     // Only the head again: a lone quote in it would find a partner in what was joined.
     if (text_.data() != before || text_.size() != size) {
       parseHead(text_.substr(0, colon + 1), line_);
     }
   }
-  line_.number = card_->line + 1 + index;
+  line_.number = card_->numberOf(index);
   if (!validUtf8_ && !isValidUtf8(line_.head)) repairHead();
   line_.value = text_.substr(colon + 1);
   if (!validUtf8_ || line_.encoding == Encoding::QuotedPrintable || !line_.charset.empty()) {
@@ -139,8 +186,7 @@ void CardLines::repairHead() {
   parseHead(head_, line_);
 }
 
-// Joins the lines that continue this one: RFC 6350, section 3.2. In vCard 2.1 lines are broken at
-// blanks, which stay.
+// Joins the lines that continue this one: RFC 6350, section 3.2.
 void CardLines::unfold(std::size_t index) {
   if (!card_->isContinued(next_ - 1)) return;
   // A soft break goes first: the blank after it belongs to the text.
@@ -149,15 +195,56 @@ void CardLines::unfold(std::size_t index) {
     return;
   }
   if (index + 1 == next_) joined_.assign(text_);
-  while (card_->isContinued(next_ - 1)) {
-    const auto line = card_->lineAt(next_++);
-    if (dialect_ == Dialect::V30) {
-      joined_.append(line.substr(1));
-    } else if (!isBlankLine(line)) {
-      joined_.append(line);
-    }
+  if (dialect_ == Dialect::V21) {
+    unfoldAtBlanks();
+  } else {
+    while (card_->isContinued(next_ - 1)) joined_.append(card_->lineAt(next_++).substr(1));
   }
   text_ = joined_;
+}
+
+// In vCard 2.1 lines are broken at blanks, of which one stays. Many programs fold as in 3.0
+// nevertheless: where all lines are of one length, or a blank would stand in what has none, it is
+// the fold's.
+void CardLines::unfoldAtBlanks() {
+  const bool isFixed = foldsAtOneWidth(next_ - 1);
+  ContentLine line;
+  auto colon = npos;
+  bool isTight = true;
+  while (card_->isContinued(next_ - 1)) {
+    if (colon == npos) {
+      colon = parseHead(joined_, line);
+      isTight = colon == npos || hasNoBlanks(line);
+    }
+    const auto next = card_->lineAt(next_++);
+    if (isFixed) {
+      joined_.append(next.substr(1));
+      continue;
+    }
+    const auto rest = trimmed(next);
+    if (rest.empty()) continue;
+    while (!joined_.empty() && isBlank(joined_.back())) joined_.pop_back();
+    if (!isTight && joined_.size() > colon + 1) joined_ += ' ';
+    joined_.append(next.substr(static_cast<std::size_t>(rest.data() - next.data())));
+  }
+}
+
+// True for two full lines or more of one length, of which only the first may lack the fold's blank.
+bool CardLines::foldsAtOneWidth(std::size_t index) const {
+  constexpr std::uint32_t kShortest = 60;
+  const auto lengthAt = [&](std::size_t at) { return card_->lines[at].length; };
+  const auto first = index;
+  while (card_->isContinued(index + 1)) ++index;
+  if (index == first) return false;  // one fold tells nothing
+  const auto length = lengthAt(index);
+  if (length < kShortest || lengthAt(index + 1) > length ||
+      (lengthAt(first) != length && lengthAt(first) + 1 != length)) {
+    return false;
+  }
+  for (auto at = first + 1; at < index; ++at) {
+    if (lengthAt(at) != length) return false;
+  }
+  return true;
 }
 
 // RFC 2045, section 6.7, rule 5: an equals sign at the end of a line takes the break away.
@@ -224,16 +311,37 @@ bool CardLines::startsLine(std::size_t index) const {
   return false;
 }
 
-// A line of full length whose continuation lost its leading blank.
-void CardLines::joinBrokenFold() {
-  const auto line = card_->lineAt(next_);
-  if (isBlankLine(line)) return;
-  if (line.front() == '#' || startsLine(next_)) return;
-  addRepair(next_, "line without a name, joined to the line before it");
-  if (text_.data() != joined_.data()) joined_.assign(text_);
-  joined_.append(line);
-  text_ = joined_;
-  ++next_;
+// True for text that neither starts a property nor a card, and is no comment.
+bool CardLines::isText(std::size_t index) const {
+  const auto line = card_->lineAt(index);
+  if (isBlank(line.front()) || line.front() == '#' || isBegin(line) || isLikeProperty(line)) {
+    return false;
+  }
+  const auto end = lineNameOf(line).end;
+  return (end > 0 && line.substr(end).starts_with("://")) || !startsLine(index);
+}
+
+// A value whose line breaks were written as they are, or whose fold lost its leading blank.
+void CardLines::joinRawLines(std::size_t valueAt) {
+  const bool isQuoted = line_.encoding == Encoding::QuotedPrintable;
+  const bool isTight = hasNoBlanks(line_);
+  while (true) {
+    auto index = next_;
+    while (index < card_->lines.size() && isBlankLine(card_->lineAt(index))) ++index;
+    if (index == card_->lines.size() || !isText(index)) return;
+    if (text_.data() != joined_.data()) joined_.assign(text_);
+    const bool isFolded = index == next_ && isFull(card_->lines[next_ - 1]);
+    const bool isBroken = isQuoted && (joined_.ends_with("=0A") || joined_.ends_with("=0a"));
+    if (!isTight && !isFolded && !isBroken && joined_.size() > valueAt) {
+      for (auto at = next_; at <= index; ++at) joined_ += isQuoted ? "=0A" : "\\n";
+    }
+    joined_.append(card_->lineAt(index));
+    text_ = joined_;
+    addRepair(index, "line without a name, joined to the line before it");
+    next_ = index + 1;
+    if (isQuoted && joined_.back() == '=') joinSoftBreaks();
+    unfold(next_);
+  }
 }
 
 // The value becomes UTF-8: of its transport encoding first, then of the charset that the line
@@ -290,7 +398,7 @@ void CardLines::passOver(std::size_t index, std::string_view text) {
 }
 
 void CardLines::addRepair(std::size_t index, std::string reason) {
-  card_->repairs.push_back({card_->line + 1 + index, std::move(reason)});
+  card_->repairs.push_back({card_->numberOf(index), std::move(reason)});
 }
 
 }  // namespace ox::vcard

@@ -32,11 +32,14 @@ class CardLines {
   bool startsNested(const ContentLine& line) const;
   void joinNested();
   void unfold(std::size_t index);
+  void unfoldAtBlanks();
+  bool foldsAtOneWidth(std::size_t index) const;
   void joinSoftBreaks();
   void joinBase64();
   void repairHead();
   bool startsLine(std::size_t index) const;
-  void joinBrokenFold();
+  bool isText(std::size_t index) const;
+  void joinRawLines(std::size_t valueAt);
   void decodeValue();
   std::string toUtf8(std::string_view bytes, std::string_view charset);
   const std::string& guessedCharset();

@@ -9,6 +9,7 @@
 #include "ox/base/text/sixteen_bytes.hpp"
 #include "ox/base/text/utf8.hpp"
 #include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/content_line.hpp"
 #include "ox/vcard/lines/markers.hpp"
 
 namespace ox::vcard {
@@ -77,6 +78,28 @@ std::string_view agentValue(std::string_view line) {
   const auto colon = line.find(':');
   if (colon == std::string_view::npos || (line[5] != ':' && line[5] != ';')) return {};
   return trimmed(line.substr(colon + 1));
+}
+
+// A name with what follows one.
+std::string_view propertyName(std::string_view line) {
+  const auto front = lineNameOf(line);
+  if (front.end == 0 || front.end == line.size()) return {};
+  const char next = line[front.end];
+  return next == ':' || next == ';' ? front.name : std::string_view();
+}
+
+// What a card may start with whose BEGIN is missing: names that other text hardly has.
+constexpr std::array<std::string_view, 20> kFirstNames = {
+    "VERSION", "N",        "FN",   "PRODID", "UID",   "REV",       "KIND",
+    "PROFILE", "NICKNAME", "ORG",  "TITLE",  "PHOTO", "NOTE",      "TEL",
+    "EMAIL",   "ADR",      "BDAY", "URL",    "IMPP",  "CATEGORIES"};
+
+bool mayStartCard(std::string_view line) {
+  if (line.empty() || !isLetter(line.front())) return false;
+  const auto name = propertyName(line);
+  return !name.empty() && std::ranges::any_of(kFirstNames, [&](std::string_view first) {
+    return isWord(name, first);
+  });
 }
 
 // True for an END line that lost its tail.
@@ -152,6 +175,7 @@ bool CardSlicer::nextLine(Line& line) {
   std::size_t stop = findBreak();
   // A carriage return near the end may be the first part of a longer break.
   while (stop == end_ || (buffer_[stop] == '\r' && stop + 2 >= end_ && !atEnd_)) {
+    if (isLooking_ && end_ - card_ > kMostAhead) return false;
     if (keeping_ && end_ - card_ > kMaxCard) keeping_ = false;
     if (!keeping_ && end_ - next_ > kBlock && stop == end_) dropFront(line);
     if (!fill()) {
@@ -174,6 +198,74 @@ void CardSlicer::takeBack(const Line& line) {
   --lineNumber_;
 }
 
+// Looks at lines behind that one, which is kept, and goes back to it.
+bool CardSlicer::lookAhead(Line& line, bool (CardSlicer::*look)()) {
+  assert(keeping_ && line.whole && "nothing of what is looked at again is lost");
+  const auto start = line.start - card_;
+  const auto behind = next_ - card_;
+  const auto number = lineNumber_;
+  isLooking_ = true;
+  const bool found = (this->*look)();
+  isLooking_ = false;
+  line.start = card_ + start;
+  line.text = {buffer_.get() + line.start, line.text.size()};
+  goTo(card_ + behind);
+  lineNumber_ = number;
+  return found;
+}
+
+// Behind a BEGIN within a card: true when the END that belongs to it stands before further cards,
+// and lines of the outer card behind it.
+bool CardSlicer::isNestedAhead() {
+  std::size_t depth = 1;
+  Line line;
+  while (nextLine(line)) {
+    if (isBegin(line.text) || isBegin(agentValue(line.text))) {
+      if (++depth > kMaxDepth) return false;
+    } else if (isEnd(line.text)) {
+      if (!isOuterAhead()) return false;
+      if (--depth == 0) return true;
+    }
+  }
+  return false;
+}
+
+// Behind the END of what may be nested. A VERSION starts a card whose BEGIN is missing.
+bool CardSlicer::isOuterAhead() {
+  const auto place = next_ - card_;
+  bool isOuter = false;
+  Line line;
+  while (nextLine(line) && !isBegin(line.text)) {
+    const auto name = propertyName(line.text);
+    if (name.empty()) continue;
+    isOuter = !isWord(name, "VERSION");
+    break;
+  }
+  goTo(card_ + place);
+  return isOuter;
+}
+
+// Behind the first line of a card without BEGIN: true when its END stands before the next card.
+bool CardSlicer::isEndAhead() {
+  Line line;
+  while (nextLine(line)) {
+    if (isEnd(line.text)) return true;
+    if (isBegin(line.text)) break;
+  }
+  noHeadlessBefore_ = lineNumber_;
+  return false;
+}
+
+// True, and everything as it was, when a card starts with that line, though no BEGIN says so.
+bool CardSlicer::startsHeadless(Line& line) {
+  if (!line.whole || lineNumber_ < noHeadlessBefore_ || !mayStartCard(line.text)) return false;
+  card_ = line.start;
+  keeping_ = true;
+  const bool starts = lookAhead(line, &CardSlicer::isEndAhead);
+  keeping_ = false;
+  return starts;
+}
+
 void CardSlicer::addStray(std::string_view text) {
   if (isBlankLine(text)) return;
   ++strayCount_;
@@ -185,6 +277,7 @@ void CardSlicer::addStray(std::string_view text) {
 
 void CardSlicer::startCard(RawCard& card, const Line& line) {
   card.line = lineNumber_;
+  card.firstLine = lineNumber_ + 1;
   card.lines.clear();
   card.refusal.clear();
   card.repairs.clear();
@@ -192,6 +285,7 @@ void CardSlicer::startCard(RawCard& card, const Line& line) {
   keeping_ = true;
   depth_ = 1;
   agentBefore_ = false;
+  isNested_ = false;
 }
 
 // From here on the card's lines are only counted, not kept.
@@ -200,7 +294,7 @@ void CardSlicer::refuse(RawCard& card, std::string reason) {
   keeping_ = false;
 }
 
-CardSlicer::Step CardSlicer::addLine(RawCard& card, const Line& line) {
+CardSlicer::Step CardSlicer::addLine(RawCard& card, Line& line) {
   if (!keeping_ || !isOrdinary(line.text) || card.lines.size() >= kMaxLines) {
     return addUnusualLine(card, line);
   }
@@ -209,11 +303,19 @@ CardSlicer::Step CardSlicer::addLine(RawCard& card, const Line& line) {
   return Step::Inside;
 }
 
-CardSlicer::Step CardSlicer::addUnusualLine(RawCard& card, const Line& line) {
+CardSlicer::Step CardSlicer::addUnusualLine(RawCard& card, Line& line) {
   if (!keeping_ && card.refusal.empty()) refuse(card, "the card is larger than 64 MiB");
   const bool opens = line.whole && isBegin(line.text);
-  if (opens && !agentBefore_) return Step::CutOff;
-  if (line.whole && isEnd(line.text) && --depth_ == 0) return Step::Closed;
+  if (opens && !agentBefore_ && !isNested_) {
+    if (depth_ > 1 || !keeping_ || !lookAhead(line, &CardSlicer::isNestedAhead)) {
+      return Step::CutOff;
+    }
+    isNested_ = true;
+  }
+  if (line.whole && isEnd(line.text)) {
+    if (--depth_ == 0) return Step::Closed;
+    isNested_ = isNested_ && depth_ > 1;
+  }
   if (opens) ++depth_;
   if (!isBlankLine(line.text)) {
     const auto agent = agentValue(line.text);
@@ -236,19 +338,26 @@ void CardSlicer::endOfSource(RawCard& card) const {
       return;
     }
   }
-  card.refusal = "the file ends inside the card";
+  card.repairs.push_back({lineNumber_, "END:VCARD is missing at the end of the file"});
 }
 
 bool CardSlicer::next(RawCard& card) {
   keeping_ = false;
   Line line;
-  while (true) {
+  bool isHeadless = false;
+  while (!isHeadless) {
     if (!nextLine(line)) return false;
     if (line.whole && isBegin(line.text)) break;
-    addStray(line.text);
+    isHeadless = startsHeadless(line);
+    if (!isHeadless) addStray(line.text);
   }
   startCard(card, line);
   Step step = Step::Inside;
+  if (isHeadless) {
+    card.firstLine = lineNumber_;
+    card.repairs.push_back({lineNumber_, "BEGIN:VCARD is missing"});
+    step = addLine(card, line);
+  }
   while (step == Step::Inside && nextLine(line)) step = addLine(card, line);
   if (step == Step::Inside) endOfSource(card);
   if (step == Step::CutOff) {

@@ -32,7 +32,7 @@ void CardDraft::start(const CardFacts& factsOfCard) {
 }
 
 std::string CardDraft::text(const ContentLine& line) const {
-  return unescaped(line.value, facts.dialect);
+  return unescaped(line.value);
 }
 
 void CardDraft::repaired(const ContentLine& line, std::string reason) {
