@@ -50,31 +50,5 @@ TEST(Charset, ConvertsTextsOfAnyLength) {
   }
 }
 
-struct DetectionRow {
-  std::string charset;
-  std::string bytes;
-};
-
-TEST(Charset, IsDetectedFromAFewNames) {
-  const std::vector<DetectionRow> rows = {
-      {"windows-1252", ""},
-      {"windows-1252", "plain text"},
-      {"windows-1252", "\xE9"},
-      {"windows-1252", "M\xFCller;J\xFCrgen"},
-      {"windows-1252", "N\xFC\xDFle"},
-      {"windows-1252", "Fran\xE7ois Lef\xE8vre"},
-      {"windows-1250", "\xA3ukasz;W\xF3jcik"},
-      {"windows-1251", "\xCC\xEE\xF1\xEA\xE2\xE0"},
-      {"windows-1253", "\xC1\xE8\xDE\xED\xE1"},
-      {"GB18030", "\xCD\xF5;\xCE\xB0"},
-      {"GB18030", "\xC0\xEE\xD0\xA1\xC1\xFA \xB1\xB1\xBE\xA9\xCA\xD0"},
-      {"Shift_JIS", "\x8E\x52\x93\x63;\x91\xBE\x98\x59"},
-      {"Shift_JIS", "\x83\x8D\x83\x43\x83\x68"},
-      {"Shift_JIS", "\xB1\xDD\xC4\xDE\xB3;\xDB\xB2\xC4\xDE"},
-      {"Big5", "\xB3\xAF;\xA4\x6A\xA4\xE5"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(detectCharset(row.bytes), row.charset) << row.bytes;
-}
-
 }  // namespace
 }  // namespace ox

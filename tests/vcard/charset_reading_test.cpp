@@ -25,11 +25,12 @@ TEST(CardCharset, ParameterDecidesInEveryVersion) {
 TEST(CardCharset, RawBytesAreReadAsTheCardOrTheFileNames) {
   // \xE1 is "á" in windows-1252 and "α" in windows-1253.
   EXPECT_EQ(textOfAll(card("TITLE:\xE1\nLABEL;CHARSET=windows-1253:\xE2\n")),
-            "JobTitle=α\nkept=LABEL:β\nrepair 3: text is not UTF-8, read as windows-1253\n");
+            "JobTitle=α\nkept=LABEL:β\nrepair 3: text is not UTF-8, read as windows-1253 (named in "
+            "the card)\n");
   EXPECT_EQ(textOfAll(card("TITLE:\xE1\n") + card("NOTE;CHARSET=windows-1253:\xE2\n")),
-            "JobTitle=α\nrepair 3: text is not UTF-8, read as windows-1253\n--\nNote=β\n");
+            "JobTitle=α\nrepair 3: text is not UTF-8, read as windows-1253 (named in the file)\n--\nNote=β\n");
   EXPECT_EQ(textOfAll(card("N:M\xFCller;J\xFCrgen\n")),
-            "First=Jürgen\nLast=Müller\nrepair 3: text is not UTF-8, read as windows-1252\n");
+            "First=Jürgen\nLast=Müller\nrepair 3: text is not UTF-8, read as windows-1252 (nearly certain)\n");
 }
 
 TEST(CardCharset, LettersOfTheWholeFileAreEvidence) {
@@ -38,9 +39,9 @@ TEST(CardCharset, LettersOfTheWholeFileAreEvidence) {
       "NOTE:\xCF\xF0\xE8\xE2\xE5\xF2, \xFD\xF2\xEE \xEF\xF0\xEE\xF1\xF2\xEE\xE9 "
       "\xF2\xE5\xEA\xF1\xF2 \xED\xE0 \xF0\xF3\xF1\xF1\xEA\xEE\xEC \xFF\xE7\xFB\xEA\xE5\n");
   EXPECT_EQ(textOfAll(file),
-            "JobTitle=Главный\nrepair 3: text is not UTF-8, read as windows-1251\n--\n"
+            "JobTitle=Главный\nrepair 3: text is not UTF-8, read as windows-1251 (nearly certain)\n--\n"
             "Note=Привет, это простой текст на русском языке\n"
-            "repair 7: text is not UTF-8, read as windows-1251\n");
+            "repair 7: text is not UTF-8, read as windows-1251 (nearly certain)\n");
 }
 
 TEST(CardCharset, DamagedUtf8StaysUtf8) {

@@ -12,9 +12,4 @@ namespace ox {
 // windows-1252, windows-1252 and GBK. Safe from any thread.
 std::optional<std::string> utf8FromCharset(std::string_view bytes, std::string_view charset);
 
-// The charset that bytes which are no UTF-8 are most probably written in: one of the windows-125x
-// family, KOI8-R, Shift_JIS, EUC-JP, EUC-KR, Big5 or GB18030. The more text, the better the guess;
-// windows-1252 when nothing speaks for another. Safe from any thread.
-std::string detectCharset(std::string_view bytes);
-
 }  // namespace ox

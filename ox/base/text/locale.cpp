@@ -59,4 +59,11 @@ std::string localCountryCode() {
   return likely.empty() ? std::string(kDefaultCountry) : likely;
 }
 
+std::string textLanguage() {
+  auto name = localeNameFor("LC_CTYPE");
+  name.resize(std::min(name.find_first_of(".@"), name.size()));
+  if (name == "C" || name == "POSIX") name.clear();
+  return name;
+}
+
 }  // namespace ox

@@ -14,4 +14,9 @@ std::string localeNameFor(const char* category);
 // else "US". The environment is read on each call.
 std::string localCountryCode();
 
+// The language that the user's texts are in: the first of LC_ALL, LC_CTYPE and LANG that is set and
+// not empty, as "zh_TW" without codeset and modifier; empty for "C" and "POSIX", and without any.
+// The environment is read on each call.
+std::string textLanguage();
+
 }  // namespace ox

@@ -23,6 +23,8 @@ struct Card {
   Data photo;
   // Of a group: the UIDs of its members as uidKey gives them, in order.
   std::vector<std::string> members;
+  // What text that is no UTF-8 and names no charset was taken to be in; empty when there is none.
+  std::string charset;
   // What was repaired while reading, in order; empty for a clean card.
   std::vector<Problem> repairs;
   // Where its BEGIN stands.

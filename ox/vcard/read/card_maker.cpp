@@ -45,6 +45,7 @@ std::optional<CardResult> CardMaker::make(RawCard& raw, bool trustBytes, Before 
     builder_.add(*line);
   }
   Card card = builder_.finish();
+  card.charset = lines_.assumedCharset();
   if (saysNothing(card)) return Refusal{raw.line, "the card holds no property"};
   if (raw.repairs.empty()) return card;
   card.repairs.insert(card.repairs.end(), std::make_move_iterator(raw.repairs.begin()),

@@ -16,7 +16,8 @@ class CardMaker {
  public:
   // The evidence is borrowed.
   explicit CardMaker(CharsetEvidence& evidence)
-      : lines_([&evidence](const RawCard& card) { return evidence.charsetFor(card); }) {}
+      : lines_([&evidence](const RawCard& card) { return evidence.charsetFor(card); },
+               evidence.given()) {}
 
   // Whether all cards that stand before this one are made. Custom properties are numbered in the
   // order in which the process meets them, so a card that may bring some has to wait.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <utility>
 
 #include "ox/vcard/read/card_chunk.hpp"
 #include "ox/vcard/source/byte_source.hpp"
@@ -15,7 +16,8 @@ namespace ox::vcard {
 class ChunkSource {
  public:
   // The source is borrowed.
-  explicit ChunkSource(ByteSource& source) : evidence_(source), utf16_(source), slicer_(utf16_) {}
+  explicit ChunkSource(ByteSource& source, CharsetHints hints = {})
+      : evidence_(source, std::move(hints)), utf16_(source), slicer_(utf16_) {}
 
   CharsetEvidence& evidence() { return evidence_; }
 

@@ -9,7 +9,8 @@ namespace ox::vcard {
 
 class Reader::Parts {
  public:
-  Parts(ByteSource& source, Threads threads) : source_(source) {
+  Parts(ByteSource& source, Threads threads, CharsetHints hints)
+      : source_(source, std::move(hints)) {
     if (threads == Threads::AllProcessors) ahead_.emplace(source_);
   }
 
@@ -64,8 +65,8 @@ class Reader::Parts {
   std::vector<Problem> strays_;
 };
 
-Reader::Reader(ByteSource& source, Threads threads)
-    : parts_(std::make_unique<Parts>(source, threads)) {}
+Reader::Reader(ByteSource& source, Threads threads, CharsetHints hints)
+    : parts_(std::make_unique<Parts>(source, threads, std::move(hints))) {}
 
 Reader::~Reader() = default;
 

@@ -8,6 +8,7 @@
 
 #include "ox/vcard/read/card.hpp"
 #include "ox/vcard/source/byte_source.hpp"
+#include "ox/vcard/source/charset_evidence.hpp"
 
 namespace ox::vcard {
 
@@ -24,7 +25,7 @@ class Reader {
   enum class Threads { One, AllProcessors };
 
   // The source is borrowed for the life of the reader.
-  explicit Reader(ByteSource& source, Threads threads = Threads::One);
+  explicit Reader(ByteSource& source, Threads threads = Threads::One, CharsetHints hints = {});
   ~Reader();
   Reader(const Reader&) = delete;
   Reader& operator=(const Reader&) = delete;

@@ -83,20 +83,6 @@ std::string excerpt(std::string_view text) {
   return validUtf8(std::string(text.substr(0, kShown))) + (text.size() > kShown ? "..." : "");
 }
 
-// True when a repaired text has more characters beyond ASCII that were right than ones that were
-// not: damaged UTF-8, no other charset.
-bool isMostlyUtf8(std::string_view repaired) {
-  constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-  std::size_t wrong = 0;
-  for (auto at = repaired.find(kReplacement); at != npos;
-       at = repaired.find(kReplacement, at + 3)) {
-    ++wrong;
-  }
-  const auto leads = std::count_if(repaired.begin(), repaired.end(),
-                                   [](char c) { return static_cast<unsigned char>(c) >= 0xC0; });
-  return static_cast<std::size_t>(leads) > 2 * wrong;
-}
-
 // Every CRLF becomes a line feed.
 void withLineFeeds(std::string& text) {
   if (text.find('\r') == npos) return;
@@ -169,7 +155,8 @@ bool CardLines::readLine(std::size_t index) {
   line_.number = card_->numberOf(index);
   if (!validUtf8_ && !isValidUtf8(line_.head)) repairHead();
   line_.value = text_.substr(colon + 1);
-  if (!validUtf8_ || line_.encoding == Encoding::QuotedPrintable || !line_.charset.empty()) {
+  if (!validUtf8_ || line_.encoding == Encoding::QuotedPrintable || !line_.charset.empty() ||
+      !given_.empty()) {
     decodeValue();
   }
   return true;
@@ -347,20 +334,19 @@ void CardLines::joinRawLines(std::size_t valueAt) {
 // The value becomes UTF-8: of its transport encoding first, then of the charset that the line
 // names, or that the card is taken to be in.
 void CardLines::decodeValue() {
+  const auto named = line_.charset.empty() && !trustBytes_ ? given_ : line_.charset;
   if (line_.encoding == Encoding::QuotedPrintable) {
     decoded_.clear();
     appendQuotedPrintable(line_.value, decoded_);
-    const bool clean = line_.charset.empty() || isWord(line_.charset, "UTF-8");
-    if (!clean || !isValidUtf8(decoded_)) decoded_ = toUtf8(decoded_, line_.charset);
+    const bool clean = named.empty() || isWord(named, "UTF-8");
+    if (!clean || !isValidUtf8(decoded_)) decoded_ = toUtf8(decoded_, named);
     withLineFeeds(decoded_);
     line_.value = decoded_;
     return;
   }
-  if (validUtf8_ && (line_.charset.empty() || trustBytes_ || isWord(line_.charset, "UTF-8"))) {
-    return;
-  }
-  if (isAscii(line_.value) && !isShifting(line_.charset)) return;
-  const auto charset = trustBytes_ ? std::string_view() : line_.charset;
+  if (validUtf8_ && (named.empty() || trustBytes_ || isWord(named, "UTF-8"))) return;
+  if (isAscii(line_.value) && !isShifting(named)) return;
+  const auto charset = trustBytes_ ? std::string_view() : named;
   if (charset.empty() && isValidUtf8(line_.value)) return;
   decoded_ = toUtf8(line_.value, charset);
   line_.value = decoded_;
@@ -375,7 +361,7 @@ std::string CardLines::toUtf8(std::string_view bytes, std::string_view charset) 
   }
   if (isValidUtf8(bytes)) return std::string(bytes);
   auto repaired = validUtf8(std::string(bytes));
-  if (trustBytes_ || isMostlyUtf8(repaired)) {
+  if (trustBytes_ || isWord(given_, "UTF-8") || isMostlyUtf8(repaired)) {
     addRepair(next_ - 1, "ill-formed UTF-8 replaced by U+FFFD");
     return repaired;
   }
@@ -385,8 +371,9 @@ std::string CardLines::toUtf8(std::string_view bytes, std::string_view charset) 
 
 const std::string& CardLines::guessedCharset() {
   if (guessed_.empty()) {
-    guessed_ = guess_(*card_);
-    addRepair(next_ - 1, "text is not UTF-8, read as " + guessed_);
+    const auto assumed = given_.empty() ? guess_(*card_) : AssumedCharset{given_, "as told"};
+    guessed_ = assumed.name;
+    addRepair(next_ - 1, "text is not UTF-8, read as " + guessed_ + " (" + assumed.grounds + ")");
   }
   return guessed_;
 }

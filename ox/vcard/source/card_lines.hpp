@@ -7,18 +7,21 @@
 
 #include "ox/vcard/lines/content_line.hpp"
 #include "ox/vcard/source/card_slicer.hpp"
+#include "ox/vcard/source/charset_evidence.hpp"
 
 namespace ox::vcard {
 
 // Answers the charset of text that is no UTF-8 and names no charset of its own. Asked at most once
 // for a card.
-using CharsetGuess = std::function<std::string(const RawCard&)>;
+using CharsetGuess = std::function<AssumedCharset(const RawCard&)>;
 
 // The content lines of one card, in order: unfolded, quoted-printable undone, everything in UTF-8.
 // Lines that are no content lines go to the card's repairs.
 class CardLines {
  public:
-  explicit CardLines(CharsetGuess guess) : guess_(std::move(guess)) {}
+  // `given`: a charset that text is in which names none, so that nothing is guessed; or empty.
+  explicit CardLines(CharsetGuess guess, std::string given = {})
+      : guess_(std::move(guess)), given_(std::move(given)) {}
 
   // Starts with another card. It is borrowed until the next start. `trustBytes`: the file itself
   // says that it is UTF-8, whatever its CHARSET parameters claim.
@@ -26,6 +29,9 @@ class CardLines {
 
   // The next line; null at the end. Valid until the next call.
   const ContentLine* next();
+
+  // What text of the card was taken to be in that did not tell; empty when there was none so far.
+  const std::string& assumedCharset() const { return guessed_; }
 
  private:
   bool readLine(std::size_t index);
@@ -48,6 +54,7 @@ class CardLines {
 
   bool trustBytes_ = false;
   CharsetGuess guess_;
+  std::string given_;
   RawCard* card_ = nullptr;
   Dialect dialect_ = Dialect::V30;
   bool validUtf8_ = true;  // the whole card
