@@ -24,8 +24,9 @@ CardRead taken(Reader::Result&& result, std::uint64_t bytesRead) {
 
 }  // namespace
 
-CardsAhead::CardsAhead(FileSource& source)
-    : reader_(source, source.isFile() ? Reader::Threads::AllProcessors : Reader::Threads::One),
+CardsAhead::CardsAhead(FileSource& source, CharsetHints hints)
+    : reader_(source, source.isFile() ? Reader::Threads::AllProcessors : Reader::Threads::One,
+              std::move(hints)),
       isFile_(source.isFile()),
       most_(isFile_ ? kFirstCards : 1) {}
 

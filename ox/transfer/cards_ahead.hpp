@@ -27,7 +27,7 @@ struct CardRead {
 class CardsAhead {
  public:
   // The source is borrowed for the life of this.
-  explicit CardsAhead(FileSource& source);
+  explicit CardsAhead(FileSource& source, CharsetHints hints = {});
 
   // The next card, to be changed or moved from, until the next call; null at the end. Throws
   // SourceError, after the cards before it were given, when the source cannot be read further.

@@ -2,18 +2,50 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "ox/base/store_location.hpp"
+#include "ox/base/text/charset.hpp"
+#include "ox/base/text/locale.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/transfer/cards_ahead.hpp"
 #include "ox/transfer/group_import.hpp"
 #include "ox/transfer/person_import.hpp"
+#include "ox/vcard/properties/full_name.hpp"
 #include "ox/vcard/source/byte_source.hpp"
+#include "ox/vcard/source/charset_batch.hpp"
 
 namespace ox::vcard {
 namespace {
+
+std::vector<std::string> languagesOfUser() {
+  auto language = textLanguage();
+  if (language.empty()) return {};
+  return {std::move(language)};
+}
+
+// What to call a card that nobody has looked at: the name, else what else names somebody.
+std::string nameOf(const Card& card) {
+  const auto textOf = [&](PropertyId id) {
+    const auto* text = card.properties.text(id);
+    return text != nullptr ? std::string_view(*text) : std::string_view();
+  };
+  std::string name(textOf(property_id::kGroupName));
+  if (name.empty()) {
+    composeFullName({.last = textOf(property_id::kLast),
+                     .first = textOf(property_id::kFirst),
+                     .middle = textOf(property_id::kMiddle)},
+                    name);
+  }
+  for (const auto id : {property_id::kOrganization, property_id::kNickname}) {
+    if (name.empty()) name = textOf(id);
+  }
+  return name;
+}
 
 // One import under way.
 class Import {
@@ -21,33 +53,36 @@ class Import {
   Import(const std::string& container, const ImportOptions& options, ImportReport& report)
       : options_(options),
         report_(report),
-        persons_(containerSource(), container, options, report),
-        groups_(containerSource(), container, options, report) {}
+        charsets_(std::make_shared<CharsetBatch>(report.files, languagesOfUser())) {
+    if (options.preview) return;
+    persons_.emplace(containerSource(), container, options, report);
+    groups_.emplace(containerSource(), container, options, report);
+  }
 
   void setTotal(std::uint64_t bytes) { total_ = bytes; }
 
   void readFile(const std::string& path) {
     FileSource source(path, options_.stop);
-    CardsAhead cards(source);
+    CardsAhead cards(source, {options_.charset, path, charsets_});
     const auto firstProblem = report_.problems.size();
     while (!isStopped()) {
       auto* read = cards.next();
       // What a stop cut off is no card of the file.
       if (read == nullptr || isStopped()) break;
       take(path, *read);
-      if (persons_.isFull()) {
-        persons_.commit();
+      if (persons_ && persons_->isFull()) {
+        persons_->commit();
         tell(cards.bytesRead());
       }
     }
-    persons_.commit();
+    if (persons_) persons_->commit();
     tell(cards.bytesRead());
     before_ += cards.bytesRead();
     if (isStopped()) return;
     const auto& reader = cards.reader();
     report_.strayLines += reader.strayCount();
     if (reader.cardsSeen() == 0) {
-      report_.uselessFiles.push_back(path + ": holds no vCard");
+      report_.addUseless(path, "holds no vCard");
       return;
     }
     for (const auto& stray : reader.strayLines()) {
@@ -59,11 +94,11 @@ class Import {
   }
 
   void finish() {
-    persons_.commit();
+    if (persons_) persons_->commit();
     if (isStopped()) {
       report_.interrupted = true;
-    } else {
-      groups_.commit();
+    } else if (groups_) {
+      groups_->commit();
     }
   }
 
@@ -76,11 +111,23 @@ class Import {
       return;
     }
     if (auto* group = std::get_if<Card>(&read.result)) {
-      if (isWelcome(path, group->repairs)) groups_.add(path, std::move(*group));
+      if (!isWelcome(path, group->repairs)) return;
+      if (options_.preview) return show(path, *group, group->repairs);
+      groups_->add(path, std::move(*group));
     } else {
       auto& person = std::get<PersonCard>(read.result);
-      if (isWelcome(path, person.repairs)) persons_.add(path, std::move(person));
+      if (!isWelcome(path, person.repairs)) return;
+      if (options_.preview) return show(path, cardOf(person), person.repairs);
+      persons_->add(path, std::move(person));
     }
+  }
+
+  void show(const std::string& path, const Card& card, std::vector<Problem>& repairs) {
+    ++report_.cards;
+    ++(card.isGroup ? report_.groups : report_.added);
+    if (!repairs.empty()) ++report_.repaired;
+    for (auto& repair : repairs) report_.addProblem(path, repair.line, std::move(repair.reason));
+    options_.preview({path, card.line, card.isGroup, nameOf(card), card.charset});
   }
 
   bool isWelcome(const std::string& path, const std::vector<Problem>& repairs) {
@@ -101,8 +148,9 @@ class Import {
 
   const ImportOptions& options_;
   ImportReport& report_;
-  PersonImport persons_;
-  GroupImport groups_;
+  std::shared_ptr<CharsetBatch> charsets_;
+  std::optional<PersonImport> persons_;  // none in a preview
+  std::optional<GroupImport> groups_;
   std::uint64_t before_ = 0;  // bytes of the files that are done
   std::uint64_t total_ = 0;
 };
@@ -114,7 +162,7 @@ std::uint64_t lookAt(const std::vector<std::string>& paths, ImportReport& report
   bool allKnown = true;
   for (const auto& path : paths) {
     if (isStoreFile(path)) {
-      report.uselessFiles.push_back(path + ": is a file of the store itself");
+      report.addUseless(path, "is a file of the store itself");
       continue;
     }
     std::error_code unknown;
@@ -126,7 +174,7 @@ std::uint64_t lookAt(const std::vector<std::string>& paths, ImportReport& report
     try {
       total += FileSource(path).size();
     } catch (const SourceError& error) {
-      report.uselessFiles.emplace_back(error.what());
+      report.addUseless(path, error.what());
     }
   }
   return allKnown ? total : 0;
@@ -154,6 +202,13 @@ void makeDurable(ImportReport& report) {
 
 }  // namespace
 
+void ImportReport::addUseless(const std::string& file, std::string reason) {
+  const auto front = file + ": ";
+  if (reason.starts_with(front)) reason.erase(0, front.size());
+  uselessFiles.push_back(front + reason);
+  addProblem(file, 0, std::move(reason));
+}
+
 void ImportReport::addProblem(const std::string& file, std::size_t line, std::string reason) {
   ++problemCount;
   if (problems.size() < kProblemsKept) problems.push_back({file, line, std::move(reason)});
@@ -168,31 +223,38 @@ void ImportReport::takeCounts(ImportReport& batch) {
   for (auto& problem : batch.problems) {
     addProblem(problem.file, problem.line, std::move(problem.reason));
   }
+  skippedCards.insert(skippedCards.end(), batch.skippedCards.begin(), batch.skippedCards.end());
   batch = {};
 }
 
 ImportReport importFiles(const std::vector<std::string>& paths, const std::string& container,
                          const ImportOptions& options) {
   ImportReport report;
+  report.files = paths;
   const auto total = lookAt(paths, report);
   if (!report.uselessFiles.empty()) return report;
   try {
     Import import(container, options, report);
     import.setTotal(total);
-    for (const auto& path : paths) {
+    for (const auto& path : report.files) {
       if (import.isStopped()) break;
       try {
         import.readFile(path);
       } catch (const SourceError& error) {
-        report.uselessFiles.emplace_back(error.what());
+        report.addUseless(path, error.what());
       }
     }
     import.finish();
   } catch (const std::exception& error) {
     fail(report, error);
   }
-  makeDurable(report);
+  if (!options.preview) makeDurable(report);
   return report;
+}
+
+bool isCharsetOfCards(const std::string& charset) {
+  constexpr std::string_view kAscii = "BEGIN:VCARD;=\\ item1.N";
+  return utf8FromCharset(kAscii, charset) == kAscii;
 }
 
 }  // namespace ox::vcard

@@ -12,11 +12,27 @@
 
 namespace ox::vcard {
 
+// A card that an import would read: where it stands, what it is called, and the charset that its
+// text was taken to be in when it did not tell; empty when it did. Borrowed for the call.
+struct PreviewedCard {
+  const std::string& file;
+  std::size_t line;
+  bool isGroup;
+  std::string name;
+  const std::string& charset;
+};
+
 struct ImportOptions {
   // A card whose UID is known with other content replaces that content instead of being skipped.
   bool update = false;
   // A card that would have to be mended is refused instead.
   bool strict = false;
+  // A charset that utf8FromCharset knows: text that names none is read in it, whatever it looks
+  // like; empty: UTF-8, or what the bytes look like. A byte order mark comes before it.
+  std::string charset;
+  // Set: nothing is written or looked up, each card is shown instead. The report counts persons as
+  // added.
+  std::function<void(const PreviewedCard&)> preview;
   // (bytes read, bytes in all; the latter 0 when it is not known), about once for a batch.
   std::function<void(std::uint64_t, std::uint64_t)> progress;
   // Set from elsewhere: what was read so far is committed, nothing more is read. Borrowed.
@@ -31,6 +47,13 @@ struct ImportProblem {
   bool operator==(const ImportProblem&) const = default;
 };
 
+// A card that an import did not write, because the person is there already.
+struct SkippedCard {
+  std::size_t file = 0;  // in ImportReport::files
+  std::size_t line = 0;  // of its BEGIN
+  bool differs = false;  // from the person with the same UID
+};
+
 // What an import did. Every card is in exactly one of added, updated, skipped, refused and groups;
 // what is counted is committed.
 struct OX_EXPORT ImportReport {
@@ -43,6 +66,8 @@ struct OX_EXPORT ImportReport {
   std::uint64_t repaired = 0;  // of all these, how many had to be mended
 
   static constexpr std::size_t kProblemsKept = 100'000;
+  std::vector<std::string> files;         // that were to be imported
+  std::vector<SkippedCard> skippedCards;  // all of them, in the order of the files
   std::vector<ImportProblem> problems;    // the first ones, in the order of the files
   std::uint64_t problemCount = 0;         // all of them
   std::uint64_t strayLines = 0;           // text outside of any card
@@ -53,6 +78,10 @@ struct OX_EXPORT ImportReport {
   std::string failure;
   std::optional<StoreError::Kind> failureKind;
 
+  // A file with which nothing could be done; counts as a problem of its own.
+  void addUseless(const std::string& file, std::string reason);
+  // True when some files were read to their end.
+  bool hasReadSome() const { return uselessFiles.size() < files.size(); }
   void addProblem(const std::string& file, std::size_t line, std::string reason);
   // Adds what was counted apart from this, and empties that.
   void takeCounts(ImportReport& batch);
@@ -66,5 +95,9 @@ struct OX_EXPORT ImportReport {
 // when everything would survive a power cut. Several may run at once.
 OX_EXPORT ImportReport importFiles(const std::vector<std::string>& paths,
                                    const std::string& container, const ImportOptions& options);
+
+// True for a charset that text of cards may be in: one that is known, and whose bytes below 80 are
+// those of ASCII.
+OX_EXPORT bool isCharsetOfCards(const std::string& charset);
 
 }  // namespace ox::vcard

@@ -21,6 +21,7 @@ PersonCard personCard(Card&& card) {
   if (person.values.cardUid) person.uid = uidKey(*person.values.cardUid);
   person.photo = std::move(card.photo);
   person.repairs = std::move(card.repairs);
+  person.charset = std::move(card.charset);
   person.line = card.line;
   return person;
 }
@@ -29,6 +30,7 @@ Card cardOf(const PersonCard& person) {
   Card card;
   card.properties = decodeProperties(person.values.bytes);
   card.photo = person.photo;
+  card.charset = person.charset;
   card.line = person.line;
   return card;
 }

@@ -19,6 +19,7 @@ struct PersonCard {
   std::uint64_t fingerprint = 0;  // contentFingerprint of both
   std::string uid;                // plain; empty without one
   std::vector<Problem> repairs;
+  std::string charset;   // that Card::charset has
   std::size_t line = 0;  // where its BEGIN stands
 
   // What takes memory.

@@ -188,10 +188,14 @@ void PersonImport::decide(Waiting&& waiting, const Stored& stored) {
   if (!isInBatch && stored.key.isNone()) return append(std::move(waiting));
   const bool same = isInBatch ? sameRecord(batch_.additions[addition], waiting.card)
                               : isSameAsStored(waiting.card, stored);
-  if (same) {
+  const bool isSkipped = same || !options_.update;
+  if (isSkipped) {
     ++counted_.skipped;
-  } else if (!options_.update) {
-    ++counted_.skipped;
+    const auto file = static_cast<std::size_t>(waiting.file - report_.files.data());
+    counted_.skippedCards.push_back({file, waiting.card.line, !same});
+  }
+  if (same) return;
+  if (isSkipped) {
     counted_.addProblem(*waiting.file, waiting.card.line,
                         "differs from the person with the same UID; not updated");
   } else if (isInBatch) {

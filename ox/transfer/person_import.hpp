@@ -33,8 +33,7 @@ class PersonImport {
   PersonImport(ContainerSource& source, std::string container, const ImportOptions& options,
                ImportReport& report);
 
-  // Takes from the card what it keeps; the name of the file is borrowed until the card is
-  // committed.
+  // Takes from the card what it keeps; the name of the file is one of those of the report.
   void add(const std::string& file, PersonCard&& card);
   // True when enough has come together for a commit.
   bool isFull() const;

@@ -12,6 +12,7 @@
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
+#include "oxcontacts/output/terminal_text.hpp"
 #include "oxcontacts/output_file.hpp"
 
 namespace ox::program {
@@ -23,8 +24,20 @@ struct Arguments {
   std::vector<std::string> files;
   std::string into = "_local";
   std::string reportFile;
+  bool isDryRun = false;
   vcard::ImportOptions options;
 };
+
+Json skippedJson(const vcard::ImportReport& report) {
+  Json skipped = Json::array();
+  for (const auto& card : report.skippedCards) {
+    skipped.push_back({{"file", report.files[card.file]},
+                       {"line", card.line},
+                       {"reason", card.differs ? "differs from the person with the same UID"
+                                               : "is there already"}});
+  }
+  return skipped;
+}
 
 Json reportJson(const vcard::ImportReport& report) {
   Json problems = Json::array();
@@ -32,10 +45,11 @@ Json reportJson(const vcard::ImportReport& report) {
     problems.push_back(
         {{"file", problem.file}, {"line", problem.line}, {"reason", problem.reason}});
   }
-  return {{"cards", report.cards},       {"added", report.added},
-          {"updated", report.updated},   {"skipped", report.skipped},
-          {"repaired", report.repaired}, {"refused", report.refused},
-          {"groups", report.groups},     {"problems", std::move(problems)}};
+  return {{"cards", report.cards},           {"added", report.added},
+          {"updated", report.updated},       {"skipped", report.skipped},
+          {"repaired", report.repaired},     {"refused", report.refused},
+          {"groups", report.groups},         {"strayLines", report.strayLines},
+          {"problems", std::move(problems)}, {"skippedCards", skippedJson(report)}};
 }
 
 bool isSameFile(const std::string& one, const std::string& other) {
@@ -69,15 +83,24 @@ bool writeReport(OutputFile& file, const Json& json) {
   }
 }
 
+// Files with which nothing could be done come at the end, where nobody misses them.
 void showProblems(const Context& context, const vcard::ImportReport& report) {
-  for (std::size_t i = 0; i < report.problems.size() && i < kProblemsShown; ++i) {
-    const auto& problem = report.problems[i];
+  std::size_t shown = 0;
+  for (const auto& problem : report.problems) {
+    if (problem.line == 0) continue;
+    if (shown == kProblemsShown) break;
     context.tell(problem.file + ":" + std::to_string(problem.line) + ": " + problem.reason);
+    ++shown;
   }
-  if (report.problemCount > kProblemsShown) {
-    context.tell("and " + std::to_string(report.problemCount - kProblemsShown) +
-                 " more (--report FILE lists them)");
+  const auto rest = report.problemCount - report.uselessFiles.size() - shown;
+  if (rest > 0) {
+    context.tell("and " + std::to_string(rest) + " more (--report FILE lists them)");
   }
+}
+
+std::string strayText(const vcard::ImportReport& report) {
+  if (report.strayLines == 0) return {};
+  return "; " + counted(report.strayLines, "line") + " outside of cards";
 }
 
 std::string summary(const vcard::ImportReport& report) {
@@ -88,7 +111,14 @@ std::string summary(const vcard::ImportReport& report) {
          count(report.added, "added, ") + count(report.updated, "updated, ") +
          count(report.skipped, "skipped, ") + count(report.refused, "refused, ") +
          count(report.groups, report.groups == 1 ? "group; " : "groups; ") +
-         count(report.repaired, "repaired");
+         count(report.repaired, "repaired") + strayText(report);
+}
+
+std::string previewSummary(const vcard::ImportReport& report) {
+  return counted(report.cards, "card") + ": " + counted(report.added, "person") + ", " +
+         counted(report.groups, "group") + ", " + std::to_string(report.refused) + " refused; " +
+         std::to_string(report.repaired) + " repaired" + strayText(report) +
+         "; nothing was written";
 }
 
 // Throws unless everything went well.
@@ -97,8 +127,10 @@ void endWith(const vcard::ImportReport& report, bool reportWritten) {
   if (report.failureKind == StoreError::Kind::Busy) throw CommandError(kBusy, report.failure);
   if (!report.failure.empty()) throw CommandError(kFailed, report.failure);
   if (report.interrupted) throw CommandError(kInterrupted, "interrupted; what is counted is kept");
-  if (!report.uselessFiles.empty() || !reportWritten) throw CommandError(kFailed, "");
-  if (report.refused > 0 || report.strayLines > 0) throw CommandError(kDoneWithRefusals, "");
+  if (!report.hasReadSome() || !reportWritten) throw CommandError(kFailed, "");
+  if (report.refused > 0 || report.strayLines > 0 || !report.uselessFiles.empty()) {
+    throw CommandError(kDoneWithRefusals, "");
+  }
 }
 
 // Groups come into any account, so that an export holds them; not every account's book shows them.
@@ -112,9 +144,48 @@ void tellOfHiddenGroups(const Context& context, const CNContainerPtr& account,
                (report.groups == 1 ? "s" : "") + " out of sight");
 }
 
+// What would be read, a card a line; nothing is written, and no store is needed.
+void previewCards(const Context& context, const Arguments& arguments) {
+  auto reportFile = reportFileFor(arguments);
+  auto options = arguments.options;
+  Json names = Json::array();
+  const bool listsNames = context.json || reportFile;
+  options.stop = &firstInterruption();
+  options.preview = [&](const vcard::PreviewedCard& card) {
+    if (listsNames) {
+      names.push_back({{"file", card.file},
+                       {"line", card.line},
+                       {"kind", card.isGroup ? "group" : "person"},
+                       {"name", card.name},
+                       {"charset", card.charset.empty() ? Json() : Json(card.charset)}});
+    }
+    if (context.json) return;
+    const auto charset = card.charset.empty() ? std::string() : " (read as " + card.charset + ")";
+    std::cout << terminalText(card.file + ":" + std::to_string(card.line) + ": " + card.name +
+                              charset)
+              << '\n';
+  };
+  const auto report = vcard::importFiles(arguments.files, {}, options);
+  auto json = reportJson(report);
+  json["names"] = std::move(names);
+  const bool written = !reportFile || writeReport(*reportFile, json);
+  showProblems(context, report);
+  if (context.json) {
+    printJson(json);
+  } else {
+    std::cout << previewSummary(report) << '\n';
+  }
+  endWith(report, written);
+}
+
 void importCards(const Context& context, Arguments arguments) {
+  const auto& charset = arguments.options.charset;
+  if (!charset.empty() && !vcard::isCharsetOfCards(charset)) {
+    throw CommandError(kUsage, charset + ": no charset that text of cards may be in");
+  }
   std::replace(arguments.files.begin(), arguments.files.end(), std::string("-"),
                std::string("/dev/stdin"));
+  if (arguments.isDryRun) return previewCards(context, arguments);
   const auto account = findAccount(arguments.into);
   auto reportFile = reportFileFor(arguments);
   auto options = arguments.options;
@@ -151,6 +222,12 @@ void declareImport(CLI::App& program, const Context& context) {
                     "Replace what has the same UID and other content");
   command->add_flag("--strict", arguments->options.strict,
                     "Refuse cards that would have to be mended");
+  command
+      ->add_option("--charset", arguments->options.charset,
+                   "Read text in it that names no charset (else UTF-8, or what it looks like)")
+      ->type_name("NAME");
+  command->add_flag("--dry-run", arguments->isDryRun,
+                    "Show what would be read, and the charsets assumed; write nothing");
   command->add_option("--report", arguments->reportFile, "Write the report there as JSON")
       ->type_name("FILE");
   command->callback([&context, arguments] { importCards(context, *arguments); });
