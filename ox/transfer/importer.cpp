@@ -85,6 +85,7 @@ class Import {
       report_.addUseless(path, "holds no vCard");
       return;
     }
+    ++report_.filesRead;
     for (const auto& stray : reader.strayLines()) {
       report_.addProblem(path, stray.line, stray.reason);
     }

@@ -67,6 +67,7 @@ struct OX_EXPORT ImportReport {
 
   static constexpr std::size_t kProblemsKept = 100'000;
   std::vector<std::string> files;         // that were to be imported
+  std::size_t filesRead = 0;              // of them, to their end, with cards
   std::vector<SkippedCard> skippedCards;  // all of them, in the order of the files
   std::vector<ImportProblem> problems;    // the first ones, in the order of the files
   std::uint64_t problemCount = 0;         // all of them
@@ -80,8 +81,6 @@ struct OX_EXPORT ImportReport {
 
   // A file with which nothing could be done; counts as a problem of its own.
   void addUseless(const std::string& file, std::string reason);
-  // True when some files were read to their end.
-  bool hasReadSome() const { return uselessFiles.size() < files.size(); }
   void addProblem(const std::string& file, std::size_t line, std::string reason);
   // Adds what was counted apart from this, and empties that.
   void takeCounts(ImportReport& batch);

@@ -65,9 +65,11 @@ TEST(ImportCommand, ChangesWhatHasTheSameUidOnlyWithUpdate) {
   const auto other = card({"UID:a1", "N:Lee;Anna;;;", "FN:Anna Lee"});
   const auto file = temporaryFile("other.vcf", other).string();
   EXPECT_EQ(runJson({"import", file}), Json::parse(R"({"cards":1,"added":0,"updated":0,"skipped":1,
-      "repaired":0,"refused":0,"groups":0,"problems":[{"file":")" +
+      "repaired":0,"refused":0,"groups":0,"strayLines":0,"problems":[{"file":")" +
                                                    file + R"(","line":1,
-      "reason":"differs from the person with the same UID; not updated"}]})"));
+      "reason":"differs from the person with the same UID; not updated"}],
+      "skippedCards":[{"file":")" + file + R"(","line":1,
+      "reason":"differs from the person with the same UID"}]})"));
   EXPECT_EQ(personIds().count("Ann Lee"), 1U);
   const auto id = personIds()["Ann Lee"];
 
@@ -77,12 +79,12 @@ TEST(ImportCommand, ChangesWhatHasTheSameUidOnlyWithUpdate) {
 }
 
 TEST(ImportCommand, TellsWhatWasRefusedAndKeepsTheNeighbours) {
-  const auto file = temporaryFile("cut.vcf", kAnn + "stray\r\n" + kBen + "BEGIN:VCARD\r\nFN:Cut");
+  const auto file = temporaryFile("cut.vcf", kAnn + "stray\r\n" + kBen + "BEGIN:VCARD\r\nFN");
   const auto reportFile = temporaryPath("report.json");
   const auto result = run({"import", file, "--json", "--report", reportFile});
   EXPECT_EQ(result.exitCode, 3);
   const auto report = Json::parse(result.output);
-  EXPECT_EQ(countsOf(report), "cards 3, added 2, refused 1");
+  EXPECT_EQ(countsOf(report), "cards 3, added 2, refused 1, strayLines 1");
   ASSERT_EQ(report["problems"].size(), 2U) << report;
   EXPECT_EQ(report["problems"][0]["line"], 8);
   EXPECT_EQ(report["problems"][1]["line"], 15);
@@ -156,21 +158,77 @@ TEST(ImportCommand, RefusesFilesThatHoldNoCards) {
   struct Row {
     std::string file;
     const char* reason;
+    int exitCode;
     std::size_t personsAfter;  // what cannot be opened keeps everything out
   };
   const std::vector<Row> rows = {
-      {temporaryPath("missing.vcf"), "", 0},
-      {temporaryPath("folder"), "", 0},
-      {temporaryFile("binary.vcf", binary), "holds no vCard", 1},
-      {temporaryFile("empty.vcf", ""), "holds no vCard", 1},
+      {temporaryPath("missing.vcf"), "", 1, 0},
+      {temporaryPath("folder"), "", 1, 0},
+      {temporaryFile("binary.vcf", binary), "holds no vCard", 3, 1},
+      {temporaryFile("empty.vcf", ""), "holds no vCard", 3, 1},
   };
   for (const auto& row : rows) {
-    const auto result = run({"import", good, row.file});
-    EXPECT_EQ(result.exitCode, 1) << row.file;
+    EXPECT_EQ(run({"import", row.file}).exitCode, 1) << row.file;
+    const auto result = run({"import", good, row.file, "--json"});
+    EXPECT_EQ(result.exitCode, row.exitCode) << row.file;
+    const auto problems = Json::parse(result.output)["problems"];
+    ASSERT_EQ(problems.size(), 1U) << problems;
+    EXPECT_EQ(problems[0]["file"], row.file);
+    EXPECT_EQ(problems[0]["line"], 0);
     EXPECT_NE(result.errors.find(row.file), std::string::npos) << result.errors;
     EXPECT_NE(result.errors.find(row.reason), std::string::npos) << result.errors;
     EXPECT_EQ(runJson({"persons"}).size(), row.personsAfter) << row.file;
   }
+}
+
+TEST(ImportCommand, CountsWhatItNamesInTextAndInJson) {
+  const auto file = temporaryFile("mixed.vcf", kAnn + "stray\r\nstray\r\n" + kAnn + kBen +
+                                                   "BEGIN:VCARD\r\nVERSION:3.0\r\nEND:VCARD\r\n")
+                        .string();
+  const auto empty = temporaryFile("empty.vcf", "").string();
+  const auto text = run({"import", file, empty});
+  EXPECT_EQ(text.exitCode, 3);
+  EXPECT_EQ(text.output,
+            "4 cards: 2 added, 0 updated, 1 skipped, 1 refused, 0 groups; 0 repaired; "
+            "2 lines outside of cards\n");
+  const auto at = "oxcontacts: " + file + ":";
+  EXPECT_EQ(text.errors, at + "8: text outside of any card: stray\n" + at +
+                             "9: text outside of any card: stray\n" + at +
+                             "23: the card holds no property\noxcontacts: " + empty +
+                             ": holds no vCard\n");
+  const auto again = run({"import", file, empty, "--json"});
+  EXPECT_EQ(again.exitCode, 3);
+  const auto report = Json::parse(again.output);
+  EXPECT_EQ(countsOf(report), "cards 4, skipped 3, refused 1, strayLines 2");
+  EXPECT_EQ(report["problems"].size(), 4U);
+  const auto skipped = [&](int line) {
+    return Json{{"file", file}, {"line", line}, {"reason", "is there already"}};
+  };
+  EXPECT_EQ(report["skippedCards"], (Json{skipped(1), skipped(10), skipped(17)}));
+}
+
+TEST(ImportCommand, ShowsBeforeItWritesAnything) {
+  const auto file =
+      temporaryFile("gbk.vcf", card({"N:\xCD\xF5;\xCE\xB0;;;", "FN:\xCD\xF5\xCE\xB0"}) + kFriends)
+          .string();
+  const auto result = run({"import", "--dry-run", file});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.output, file + ":1: 王伟 (read as GB18030)\n" + file +
+                               ":6: Friends\n"
+                               "2 cards: 1 person, 1 group, 0 refused; 1 repaired; nothing was "
+                               "written\n");
+  EXPECT_TRUE(
+      result.errors.starts_with("oxcontacts: " + file + ":3: text is not UTF-8, read as GB18030 ("))
+      << result.errors;
+  const auto names = runJson({"import", "--dry-run", "--charset", "windows-1251", file})["names"];
+  EXPECT_EQ(names,
+            Json::parse(R"([{"file":")" + file + R"(","line":1,"kind":"person",
+      "name":"О° Нх","charset":null},{"file":")" +
+                        file + R"(","line":6,"kind":"group","name":"Friends","charset":null}])"));
+  EXPECT_EQ(runJson({"persons"}), Json::array());
+  const auto unknown = run({"import", "--charset", "no-such", file});
+  EXPECT_EQ(unknown.exitCode, 2);
+  EXPECT_EQ(unknown.errors, "oxcontacts: no-such: no charset that text of cards may be in\n");
 }
 
 TEST(ImportCommand, SurvivesHugeAndDeepInput) {
@@ -250,7 +308,7 @@ std::string unfinishedFiles() {
 }
 
 TEST(ImportCommand, WritesTheReportAlsoWhenNobodyReadsWhatItPrints) {
-  const auto file = temporaryFile("cut.vcf", kAnn + "BEGIN:VCARD\r\nFN:Cut").string();
+  const auto file = temporaryFile("cut.vcf", kAnn + "BEGIN:VCARD\r\nFN").string();
   const auto report = temporaryPath("report.json").string();
   const auto result =
       runShell("{ \"$OX\" import " + file + " --json --report " + report + "; echo $? >&2; } | :");

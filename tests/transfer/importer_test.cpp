@@ -34,14 +34,15 @@ TEST(Importer, CountsEveryCardOnceWhereverTheFileIsCut) {
     ASSERT_EQ(report.failure, "") << length;
     ASSERT_EQ(report.cards, report.added + report.refused) << length;
     ASSERT_EQ(report.added, stored) << length;
-    // A card whose lines are whole counts once its last one says END, be it mended.
-    const std::size_t left = sizeof(":VCARD\r\n") - 1;
-    const auto complete = static_cast<std::size_t>(length + left >= firstCard) +
-                          static_cast<std::size_t>(length + left >= text.size());
-    ASSERT_EQ(stored, complete) << length;
-    const bool endIsTorn = (length + left >= firstCard && length + 2 < firstCard) ||
-                           (length + left >= text.size() && length + 2 < text.size());
-    ASSERT_EQ(report.repaired, endIsTorn ? 1U : 0U) << length;
+    // A card counts once it says something, its UID say: what is missing then is told.
+    const std::size_t begin = sizeof("BEGIN:VCARD") - 1;
+    const std::size_t uid = sizeof("BEGIN:VCARD\r\nVERSION:3.0\r\nUID:a") - 1;
+    const auto behind = [&](std::size_t place) { return length >= place ? 1U : 0U; };
+    ASSERT_EQ(report.cards, behind(begin) + behind(firstCard + begin)) << length;
+    ASSERT_EQ(stored, behind(uid) + behind(firstCard + uid)) << length;
+    const bool isTorn = (length >= uid && length + 2 < firstCard) ||
+                        (length >= firstCard + uid && length + 2 < text.size());
+    ASSERT_EQ(report.repaired, isTorn ? 1U : 0U) << length;
   }
 }
 
@@ -230,6 +231,95 @@ TEST(Importer, LeavesTheFilesOfTheStoreToTheStore) {
     EXPECT_EQ(looksAtTheStore.run().exitCode, 0);
     EXPECT_TRUE(std::filesystem::exists(store + "-wal")) << name;
   }
+}
+
+std::string skippedOf(const ImportReport& report) {
+  std::string text;
+  for (const auto& card : report.skippedCards) {
+    text += std::to_string(card.file) + ":" + std::to_string(card.line) +
+            (card.differs ? " differs\n" : " same\n");
+  }
+  return text;
+}
+
+TEST(Importer, NamesEveryCardThatItSkips) {
+  const auto one = temporaryFile("one.vcf", cardOf("a", "Ann") + cardOf("a", "Ann")).string();
+  const auto two = temporaryFile("two.vcf", cardOf("b", "Ben") + cardOf("a", "Bea")).string();
+  const auto report = importFiles({one, two}, "_local", {});
+  EXPECT_EQ(countsOf(report), "4 = 2 + 0 + 2 + 0 + 0");
+  EXPECT_EQ(skippedOf(report), "0:7 same\n1:7 differs\n");
+  const auto many = temporaryFile("many.vcf", manyCards(6000)).string();
+  importFiles({many}, "_local", {});
+  const auto again = importFiles({two, many}, "_local", {});
+  EXPECT_EQ(again.skipped, 6002U);
+  ASSERT_EQ(again.skippedCards.size(), 6002U);
+  EXPECT_EQ(again.skippedCards.back().file, 1U);
+  EXPECT_EQ(again.skippedCards.back().line, 5999U * 6 + 1);
+}
+
+TEST(Importer, GoesOnBesideAFileThatHoldsNoCard) {
+  const auto none = temporaryFile("none.vcf", "").string();
+  const auto good = temporaryFile("good.vcf", cardOf("a", "Ann")).string();
+  const auto report = importFiles({none, good}, "_local", {});
+  EXPECT_EQ(countsOf(report), "1 = 1 + 0 + 0 + 0 + 0");
+  EXPECT_EQ(report.filesRead, 1U);
+  EXPECT_EQ(report.problems, (std::vector<ImportProblem>{{none, 0, "holds no vCard"}}));
+  EXPECT_EQ(importFiles({none}, "_local", {}).filesRead, 0U);
+}
+
+TEST(Importer, ShowsWhatItWouldReadAndWritesNothing) {
+  const auto file = temporaryFile("mixed.vcf", cardOf("a", "Ann") + cardOf("b", "J\xFCrgen") +
+                                                   "BEGIN:VCARD\nVERSION:3.0\nEND:VCARD\n")
+                        .string();
+  std::string shown;
+  ImportOptions options;
+  options.preview = [&](const PreviewedCard& card) {
+    shown += std::to_string(card.line) + " " + card.name + " [" + card.charset + "]\n";
+  };
+  const auto report = importFiles({file}, "", options);
+  EXPECT_EQ(shown, "1 Ann []\n7 Jürgen [windows-1252]\n");
+  EXPECT_EQ(countsOf(report), "3 = 2 + 0 + 0 + 1 + 0");
+  EXPECT_EQ(report.repaired, 1U);
+  EXPECT_TRUE(contactSource().recordsIn("_local", RecordKind::Person).empty());
+}
+
+// \xDF alone could be a letter of any charset; the others are Russian.
+TEST(Importer, FilesOfABatchTellTheCharsetOfEachOther) {
+  const auto first = temporaryFile("first.vcf", cardOf("a", "\xDF")).string();
+  const auto second =
+      temporaryFile("second.vcf", cardOf("b", "\xC8\xE2\xE0\xED\xEE\xE2\xE0 \xCE\xEB\xFC\xE3\xE0"))
+          .string();
+  const auto third = temporaryFile("third.vcf", cardOf("c", "\xCF\xE0\xE2\xEB\xEE\xE2")).string();
+  const auto namesOf = [](const std::vector<std::string>& files) {
+    std::string names;
+    ImportOptions options;
+    options.preview = [&](const PreviewedCard& card) { names += card.name + ","; };
+    importFiles(files, "", options);
+    return names;
+  };
+  EXPECT_EQ(namesOf({first}), "ß,");
+  EXPECT_EQ(namesOf({first, second, third}), "Я,Иванова Ольга,Павлов,");
+}
+
+TEST(Importer, ACharsetThatIsGivenDecides) {
+  // The bytes are UTF-8 too, by chance.
+  const auto file = temporaryFile("gbk.vcf", cardOf("a", "\xC4\xA7")).string();
+  const auto nameIn = [&](const std::string& charset) {
+    std::string name;
+    ImportOptions options;
+    options.charset = charset;
+    options.preview = [&](const PreviewedCard& card) {
+      name = card.name + "[" + card.charset + "]";
+    };
+    const auto report = importFiles({file}, "", options);
+    return name + std::to_string(report.repaired);
+  };
+  EXPECT_EQ(nameIn("GBK"), "魔[]0");
+  EXPECT_EQ(nameIn("UTF-8"), "ħ[]0");
+  EXPECT_TRUE(isCharsetOfCards("gb18030"));
+  EXPECT_TRUE(isCharsetOfCards("ISO-2022-JP"));
+  EXPECT_FALSE(isCharsetOfCards("UTF-16"));
+  EXPECT_FALSE(isCharsetOfCards("no such"));
 }
 
 TEST(Importer, SaysWhyTheStoreFailed) {

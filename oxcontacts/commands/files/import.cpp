@@ -127,7 +127,7 @@ void endWith(const vcard::ImportReport& report, bool reportWritten) {
   if (report.failureKind == StoreError::Kind::Busy) throw CommandError(kBusy, report.failure);
   if (!report.failure.empty()) throw CommandError(kFailed, report.failure);
   if (report.interrupted) throw CommandError(kInterrupted, "interrupted; what is counted is kept");
-  if (!report.hasReadSome() || !reportWritten) throw CommandError(kFailed, "");
+  if (report.filesRead == 0 || !reportWritten) throw CommandError(kFailed, "");
   if (report.refused > 0 || report.strayLines > 0 || !report.uselessFiles.empty()) {
     throw CommandError(kDoneWithRefusals, "");
   }
