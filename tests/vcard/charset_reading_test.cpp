@@ -28,9 +28,11 @@ TEST(CardCharset, RawBytesAreReadAsTheCardOrTheFileNames) {
             "JobTitle=α\nkept=LABEL:β\nrepair 3: text is not UTF-8, read as windows-1253 (named in "
             "the card)\n");
   EXPECT_EQ(textOfAll(card("TITLE:\xE1\n") + card("NOTE;CHARSET=windows-1253:\xE2\n")),
-            "JobTitle=α\nrepair 3: text is not UTF-8, read as windows-1253 (named in the file)\n--\nNote=β\n");
+            "JobTitle=α\nrepair 3: text is not UTF-8, read as windows-1253 (named in the "
+            "file)\n--\nNote=β\n");
   EXPECT_EQ(textOfAll(card("N:M\xFCller;J\xFCrgen\n")),
-            "First=Jürgen\nLast=Müller\nrepair 3: text is not UTF-8, read as windows-1252 (nearly certain)\n");
+            "First=Jürgen\nLast=Müller\nrepair 3: text is not UTF-8, read as windows-1252 (nearly "
+            "certain)\n");
 }
 
 TEST(CardCharset, LettersOfTheWholeFileAreEvidence) {
@@ -38,10 +40,71 @@ TEST(CardCharset, LettersOfTheWholeFileAreEvidence) {
   file += card(
       "NOTE:\xCF\xF0\xE8\xE2\xE5\xF2, \xFD\xF2\xEE \xEF\xF0\xEE\xF1\xF2\xEE\xE9 "
       "\xF2\xE5\xEA\xF1\xF2 \xED\xE0 \xF0\xF3\xF1\xF1\xEA\xEE\xEC \xFF\xE7\xFB\xEA\xE5\n");
-  EXPECT_EQ(textOfAll(file),
-            "JobTitle=Главный\nrepair 3: text is not UTF-8, read as windows-1251 (nearly certain)\n--\n"
-            "Note=Привет, это простой текст на русском языке\n"
-            "repair 7: text is not UTF-8, read as windows-1251 (nearly certain)\n");
+  EXPECT_EQ(
+      textOfAll(file),
+      "JobTitle=Главный\nrepair 3: text is not UTF-8, read as windows-1251 (nearly certain)\n--\n"
+      "Note=Привет, это простой текст на русском языке\n"
+      "repair 7: text is not UTF-8, read as windows-1251 (nearly certain)\n");
+}
+
+// \xDF is "ß", "Я" or "ί": a single letter tells nothing by itself.
+TEST(CardCharset, LanguagesThatCardsNameAreEvidence) {
+  const auto titleOf = [](const std::string& lines) {
+    const auto text = textOfAll(card("TITLE:\xDF\n" + lines));
+    return text.substr(0, text.find('\n'));
+  };
+  EXPECT_EQ(titleOf(""), "JobTitle=ß");
+  EXPECT_EQ(titleOf("X-A;LANGUAGE=ru:a\n"), "JobTitle=Я");
+  EXPECT_EQ(titleOf("X-A;LANGUAGE=\"el-GR\":a\n"), "JobTitle=ί");
+  EXPECT_EQ(titleOf("LANG:uk\n"), "JobTitle=Я");
+  EXPECT_EQ(titleOf("PRODID:-//Maker//Program 1.0//RU\n"), "JobTitle=Я");
+  EXPECT_EQ(titleOf("X-SOFTWARE:-//Maker//Program//el\n"), "JobTitle=ί");
+  EXPECT_EQ(titleOf("PRODID:-//Maker//Program//EN\n"), "JobTitle=ß");
+}
+
+TEST(CardCharset, QuotedPrintableWithoutACharsetIsEvidence) {
+  EXPECT_EQ(textOfAll(card("N;ENCODING=QUOTED-PRINTABLE:=CD=F5;=\n=CE=B0\n")),
+            "First=伟\nLast=王\nrepair 4: text is not UTF-8, read as GB18030 (nearly certain)\n");
+}
+
+// Gives what it holds in order alone, as a pipe does.
+class InOrderSource : public ByteSource {
+ public:
+  explicit InOrderSource(std::string_view bytes) : bytes_(bytes) {}
+
+  std::size_t read(char* buffer, std::size_t size) override {
+    const auto count = bytes_.copy(buffer, size);
+    bytes_.remove_prefix(count);
+    return count;
+  }
+
+ private:
+  std::string_view bytes_;
+};
+
+TEST(CardCharset, OfASourceInOrderIsJudgedByTheCardsSoFar) {
+  const auto text = card("TITLE:\xDF\n") +
+                    card("N:\xC8\xE2\xE0\xED\xEE\xE2\xE0;\xCE\xEB\xFC\xE3\xE0\n") +
+                    card("TITLE:\xDF\n");
+  InOrderSource source(text);
+  Reader reader(source);
+  EXPECT_TRUE(textOf(*reader.next()).starts_with("JobTitle=ß\n"));
+  EXPECT_TRUE(textOf(*reader.next()).starts_with("First=Ольга\nLast=Иванова\n"));
+  EXPECT_TRUE(textOf(*reader.next()).starts_with("JobTitle=Я\n"));
+}
+
+TEST(CardCharset, CardThatCannotBeInTheCharsetOfItsFileIsJudgedByItself) {
+  std::string file;
+  for (const auto* name :
+       {"\xC8\xE2\xE0\xED\xEE\xE2", "\xCF\xE5\xF2\xF0\xEE\xE2", "\xCE\xEB\xFC\xE3\xE0",
+        "\xD1\xE5\xF0\xE3\xE5\xE9", "\xCC\xE0\xF0\xE8\xFF", "\xC0\xED\xED\xE0"}) {
+    file += card(std::string("TITLE:") + name + "\n");
+  }
+  // 山田太郎 in Shift_JIS.
+  file += card("TITLE:\x8E\x52\x93\x63\x91\xBE\x98\x59\n");
+  const auto text = textOfAll(file);
+  EXPECT_EQ(text.substr(0, text.find('\n')), "JobTitle=Иванов");
+  EXPECT_NE(text.find("JobTitle=山田太郎\n"), text.npos) << text;
 }
 
 TEST(CardCharset, DamagedUtf8StaysUtf8) {

@@ -51,8 +51,6 @@ TEST(CardLines, ValuesRunOverLinesThatNameNoProperty) {
       {"3.0", "NOTE:\none\n\ntwo;\n# no\n",
        "Note=one\n\ntwo;\nrepair 4" + told + "repair 6" + told +
            "repair 7: comment passed over: # no\n"},
-      {"3.0", "NOTE:see\nhttp://example.org/x\n",
-       "Note=see\nhttp://example.org/x\nrepair 4" + told},
       {"3.0", "EMAIL:john@exam\nple.com\n", "Email[-]=john@example.com\nrepair 4" + told},
       {"2.1", "NOTE;QUOTED-PRINTABLE:a=0D=0A\nb=\nc\nd\n",
        "Note=a\nbc\nd\nrepair 4" + told + "repair 6" + told},

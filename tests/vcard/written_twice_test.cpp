@@ -154,6 +154,19 @@ TEST(CardsWrittenTwice, AFormattedNameIsTheNameWithoutItsControlCharacters) {
   expectTheSameTwice({{"3.0", "N:a\bn\nFN;E:an\n", lines, lines}});
 }
 
+// Control characters are not written, and the blanks around a component are not read.
+TEST(CardsWrittenTwice, BlanksBesideControlCharactersAreThoseAroundAComponent) {
+  for (const std::string lines :
+       {"ORG:Firm\t\x01;Unit\n", "ORG: \x01 Firm ;\x01 A\\;B \x01\n", "FN:Ann \x01 Lee\n",
+        "N:Lee \x01;Ann\n", "N:Lee;A,B \x01\n", "ADR:;;1 Way \x01;A,B \x01;;;\n"}) {
+    for (const auto version : {CardVersion::V30, CardVersion::V40}) {
+      const auto text = written(cardOf("3.0", lines), version);
+      const auto* spoken = version == CardVersion::V30 ? "3.0" : "4.0";
+      EXPECT_EQ(written(cardOf(spoken, text), version), text) << lines;
+    }
+  }
+}
+
 TEST(CardsWrittenTwice, TextOfAnAgentIsNoCard) {
   const std::string agent = "AGENT:Mr. Smith\\nTel. 12\n";
   expectTheSameTwice(

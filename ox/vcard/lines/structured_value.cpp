@@ -1,5 +1,6 @@
 #include "ox/vcard/lines/structured_value.hpp"
 
+#include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/lines/line_writer.hpp"
 
@@ -51,7 +52,10 @@ std::string canonicalComponents(std::span<const std::string_view> components) {
   std::string out;
   for (std::size_t i = 0; i < components.size(); ++i) {
     if (i > 0) out += ';';
-    appendPieces(components[i], ',', out);
+    // Control characters may have stood between a blank and the mark.
+    std::string component;
+    appendPieces(components[i], ',', component);
+    out += trimmed(component);
   }
   return out;
 }

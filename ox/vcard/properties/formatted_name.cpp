@@ -116,11 +116,11 @@ bool readFormattedName(const PropertyRow& /*row*/, const ContentLine& line, Card
 void writeFormattedName(const NameParts& parts, PropertyWriter& card) {
   std::string composed;
   composeFullName(parts, composed);
-  const auto company = card.textOf(property_id::kOrganization);
+  const auto company = trimmed(card.textOf(property_id::kOrganization));
   const auto line = card.unmodelled().formattedNameLine();
   if (!card.isNameChanged() && !line.empty()) {
     const auto name = nameOfLine(line);
-    const bool isHers = name.isDerived || !composed.empty() || name.text == company;
+    const bool isHers = name.isDerived || !composed.empty() || trimmed(name.text) == company;
     if (isHers && !name.text.empty()) return writePreserved(line, name, card);
     card.noteNameChanged();
   }

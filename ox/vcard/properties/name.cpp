@@ -79,7 +79,8 @@ std::string valueOfUncleanName(const NameParts& parts) {
   const CardText middle(parts.middle);
   const CardText title(parts.title);
   const CardText suffix(parts.suffix);
-  return valueOfName({last.view(), first.view(), middle.view(), title.view(), suffix.view()});
+  return valueOfName({trimmed(last.view()), trimmed(first.view()), trimmed(middle.view()),
+                      trimmed(title.view()), trimmed(suffix.view())});
 }
 
 // True when a reader makes these parts of the value.
@@ -195,6 +196,13 @@ void writeParts(const NameParts& parts, PropertyWriter& card) {
   card.line().end();
 }
 
+// True when FN says the company, as a writer leaves both.
+bool isCompanyName(CardDraft& draft) {
+  const CardText formatted(draft.name.formatted);
+  const CardText company(draft.values.text(property_id::kOrganization));
+  return trimmed(formatted.view()) == trimmed(company.view());
+}
+
 }  // namespace
 
 bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
@@ -205,7 +213,10 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
       draft.facts.isGroup ? wholeComponents<kAll>(line.value) : vcard::components<kAll>(line.value);
   for (std::size_t i = 0; i < kParts.size(); ++i) {
     auto part = unescapedList(components[i], draft.facts.dialect, kParts[i].separator);
-    if (CardText(part).view().empty()) continue;  // control characters alone are no name
+    // Control characters alone are no name, nor are blanks beside them, but for a group.
+    const CardText clean(part);
+    const auto written = draft.facts.isGroup ? clean.view() : trimmed(clean.view());
+    if (written.empty()) continue;
     draft.values.text(kParts[i].property) = std::move(part);
     draft.name.hasParts = true;
   }
@@ -248,8 +259,7 @@ bool readSound(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& d
 void settleName(CardDraft& draft) {
   auto& name = draft.name;
   auto& values = draft.values;
-  const auto& company = values.text(property_id::kOrganization);
-  if (!name.hasParts && !name.isDerived && name.formatted != company) {
+  if (!name.hasParts && !name.isDerived && !isCompanyName(draft)) {
     const auto parts = partsOfFullName(name.formatted);
     values.text(property_id::kFirst) = parts.first;
     values.text(property_id::kLast) = parts.last;
@@ -260,7 +270,7 @@ void settleName(CardDraft& draft) {
   // N is written without control characters.
   const bool isCovered = name.formatted.empty() || name.formatted == composed ||
                          name.formatted == CardText(composed).view() ||
-                         (composed.empty() && (name.isDerived || name.formatted == company));
+                         (composed.empty() && (name.isDerived || isCompanyName(draft)));
   if (isCovered && !name.isRepeated) return;
   // A writer takes the first one for the one that counts.
   auto& lines = draft.unmodelled.lines;

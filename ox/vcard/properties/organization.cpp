@@ -21,14 +21,14 @@ bool endsWithBareSemicolon(std::string_view value) {
   return value.ends_with(';') && !value.ends_with("\\;");
 }
 
-// False when a reader would take blanks off a unit.
-bool hasBareUnits(std::string_view department) {
+// False when blanks may stand around the company or a unit.
+bool hasBareUnits(std::string_view value) {
   while (true) {
-    const auto end = std::min(department.find(';'), department.size());
-    const auto unit = department.substr(0, end);
+    const auto end = std::min(value.find(';'), value.size());
+    const auto unit = value.substr(0, end);
     if (trimmed(unit) != unit) return false;
-    if (end == department.size()) return true;
-    department.remove_prefix(end + 1);
+    if (end == value.size()) return true;
+    value.remove_prefix(end + 1);
   }
 }
 
@@ -54,12 +54,13 @@ Organization organizationOf(std::string_view value) {
 
 // ORG as a card wrote it, in canonical form.
 std::string canonicalValue(std::string_view value) {
-  auto out = canonicalPieces(withBareUnits(value), ';');
+  auto out = withBareUnits(canonicalPieces(value, ';'));
   while (endsWithBareSemicolon(out)) out.pop_back();
   return out;
 }
 
-// Units are parted by semicolons; one at the end would be taken for an empty unit.
+// Units are parted by semicolons; one at the end would be taken for an empty unit, and the blanks
+// beside one for nothing.
 void appendUnits(std::string_view department, std::string& out) {
   constexpr auto npos = std::string_view::npos;
   const bool atEnd = department.ends_with(';');
@@ -67,7 +68,9 @@ void appendUnits(std::string_view department, std::string& out) {
   std::size_t from = 0;
   for (auto mark = department.find(';'); mark != npos; mark = department.find(';', from)) {
     appendTextEscaped(department.substr(from, mark - from), out);
-    out += ';';
+    const bool isBare = (mark == 0 || !isBlank(department[mark - 1])) &&
+                        (mark + 1 == department.size() || !isBlank(department[mark + 1]));
+    out += isBare ? ";" : "\\;";
     from = mark + 1;
   }
   appendTextEscaped(department.substr(from), out);
@@ -95,7 +98,10 @@ bool readOrganization(const PropertyRow& row, const ContentLine& line, CardDraft
   auto& department = draft.values.text(property_id::kDepartment);
   if (!company.empty() || !department.empty()) return false;
   auto read = organizationOf(line.value);
-  if (read.company.empty() && read.department.empty()) return true;
+  const auto saysNothing = [](const std::string& text) {
+    return trimmed(CardText(text).view()).empty();
+  };
+  if (saysNothing(read.company) && saysNothing(read.department)) return true;
   company = std::move(read.company);
   department = std::move(read.department);
   if (line.value.find("\\;") != std::string_view::npos) {
@@ -119,7 +125,7 @@ void writeOrganization(const PropertyRow& row, PropertyWriter& card) {
     card.line().raw(verbatim).end();
   } else {
     if (trimmed(company) != company) card.noteInexact(row.property);
-    if (!hasBareUnits(department)) card.noteInexact(property_id::kDepartment);
+    if (trimmed(department) != department) card.noteInexact(property_id::kDepartment);
     card.line().raw(valueOf(company, department)).end();
   }
 }

@@ -62,12 +62,22 @@ bool isSingleLine(const ContentLine& line) {
          isWord(line.name, "KIND") || isWord(line.name, "BEGIN") || isWord(line.name, "END");
 }
 
-// True when that is surely a content line, by its front alone; what looks like a URL is none.
+// What group and name at the front of a line consist of, as lineNameOf() takes them.
+constexpr auto kInFront = [] {
+  std::array<bool, 256> inFront{};
+  for (std::size_t i = 0; i < inFront.size(); ++i) {
+    const char c = static_cast<char>(i);
+    inFront[i] = isLetter(c) || isDigit(c) || c == '-' || c == '_' || c == '.';
+  }
+  return inFront;
+}();
+
+// True when that is surely a content line. Asked of every line, so it looks at the front only.
 bool isLikeProperty(std::string_view line) {
-  const auto end = lineNameOf(line).end;
-  if (end == 0 || end == line.size()) return false;
-  if (line[end] == ';') return line.find(':', end) != npos;
-  return line[end] == ':' && !line.substr(end).starts_with("://");
+  std::size_t end = 0;
+  while (end < line.size() && kInFront[static_cast<unsigned char>(line[end])]) ++end;
+  if (end == 0 || end == line.size() || line[end - 1] == '.') return false;
+  return line[end] == ':' || (line[end] == ';' && line.find(':', end) != npos);
 }
 
 // True for a line that may have been broken because it was too long.
@@ -304,8 +314,7 @@ bool CardLines::isText(std::size_t index) const {
   if (isBlank(line.front()) || line.front() == '#' || isBegin(line) || isLikeProperty(line)) {
     return false;
   }
-  const auto end = lineNameOf(line).end;
-  return (end > 0 && line.substr(end).starts_with("://")) || !startsLine(index);
+  return !startsLine(index);
 }
 
 // A value whose line breaks were written as they are, or whose fold lost its leading blank.
