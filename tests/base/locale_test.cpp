@@ -52,5 +52,29 @@ TEST(Locale, TakesTheTerritoryElseTheLikelyRegionOfTheLanguage) {
   }
 }
 
+TEST(Locale, NamesTheLanguageOfTexts) {
+  struct Row {
+    std::string all;
+    std::string characters;
+    std::string lang;
+    std::string language;
+  };
+  const std::vector<Row> rows = {
+      {"-", "-", "-", ""},
+      {"-", "-", "de_DE.UTF-8", "de_DE"},
+      {"-", "zh_TW.UTF-8", "de_DE.UTF-8", "zh_TW"},
+      {"sr@latin", "zh_TW", "de_DE", "sr"},
+      {"C.UTF-8", "zh_TW", "de_DE", ""},
+      {"POSIX", "-", "-", ""},
+      {"", "", "ja", "ja"},
+  };
+  for (const auto& row : rows) {
+    setOrClear("LC_ALL", row.all);
+    setOrClear("LC_CTYPE", row.characters);
+    setOrClear("LANG", row.lang);
+    EXPECT_EQ(textLanguage(), row.language) << row.all << row.characters << row.lang;
+  }
+}
+
 }  // namespace
 }  // namespace ox

@@ -107,7 +107,7 @@ class CharsetTable : public testing::TestWithParam<CharsetNames> {};
 
 TEST_P(CharsetTable, NearlyAllNamesAreReadWithTheFittingLocale) {
   const auto& row = GetParam();
-  for (const std::size_t cards : {1, 3, 20}) {
+  for (const std::size_t cards : {1U, 3U, 20U}) {
     const auto rate = rateOf(row, cards, std::string(row.locale.substr(0, row.locale.find('.'))));
     EXPECT_GE(100 * rate.right, 95 * rate.all) << rate.right << " of " << rate.all;
     EXPECT_EQ(rate.untold, 0);
@@ -116,7 +116,7 @@ TEST_P(CharsetTable, NearlyAllNamesAreReadWithTheFittingLocale) {
 
 TEST_P(CharsetTable, MostNamesAreReadWithoutALocale) {
   const auto& row = GetParam();
-  for (const std::size_t cards : {1, 3, 20}) {
+  for (const std::size_t cards : {1U, 3U, 20U}) {
     const auto rate = rateOf(row, cards, {});
     EXPECT_GE(100 * rate.right, 80 * rate.all) << rate.right << " of " << rate.all;
     EXPECT_EQ(rate.untold, 0);

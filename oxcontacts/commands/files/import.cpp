@@ -144,7 +144,7 @@ void tellOfHiddenGroups(const Context& context, const CNContainerPtr& account,
                (report.groups == 1 ? "s" : "") + " out of sight");
 }
 
-// What would be read, a card a line; nothing is written, and no store is needed.
+// What would be read, a card a line; the store is asked nothing.
 void previewCards(const Context& context, const Arguments& arguments) {
   auto reportFile = reportFileFor(arguments);
   auto options = arguments.options;
