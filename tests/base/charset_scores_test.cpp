@@ -8,12 +8,7 @@ namespace ox {
 namespace {
 
 std::string judgedFrom(const std::string& bytes, const std::vector<std::string>& languages = {}) {
-  CharsetSample sample;
-  sample.add(bytes);
-  auto weights = weightsOfLanguages(languages);
-  const auto words = weightsOf(sample);
-  for (std::size_t i = 0; i < weights.size(); ++i) weights[i] += words[i];
-  const auto judgement = judged(sample, weights);
+  const auto judgement = judgedAlone(bytes, languages);
   return std::string(judgement.charset) + ", " + std::string(wordFor(judgement.certainty));
 }
 

@@ -325,6 +325,15 @@ CharsetWeights amongOthers(const CharsetWeights& known, std::span<const CharsetW
   return batch;
 }
 
+JudgedCharset judgedAlone(std::string_view text, std::span<const std::string> languages) {
+  CharsetSample sample;
+  sample.add(text);
+  auto weights = weightsOfLanguages(languages);
+  const auto words = weightsOf(sample);
+  for (std::size_t i = 0; i < kCharsetCount; ++i) weights[i] += words[i];
+  return judged(sample, weights);
+}
+
 bool fits(const CharsetSample& sample, std::string_view charset) {
   constexpr double kLeast = -5.5;  // for each byte beyond ASCII
   const auto bytes = std::ranges::count_if(sample.words(), [](char c) { return (c & 0x80) != 0; });

@@ -53,6 +53,8 @@ CharsetWeights amongOthers(const CharsetWeights& known, std::span<const CharsetW
 // the words read differently.
 JudgedCharset judged(const CharsetSample& sample, const CharsetWeights& weights);
 
+// The charset of a text that came alone, whatever it is: what is no card, say.
+JudgedCharset judgedAlone(std::string_view text, std::span<const std::string> languages);
 // True when the words may well be meant in that charset, one that judged() gave.
 bool fits(const CharsetSample& sample, std::string_view charset);
 
