@@ -66,7 +66,7 @@ TEST(CardThrough, UnmodelledLinesTakeTheFormOfTheVersion) {
        "X-OX-LINE:CLASS%3APUBLIC\nX-OX-LINE:SORT-STRING%3Ac\n"},
       {"3.0", "PHOTO:no picture\n", "X-OX-LINE:PHOTO%3Ano%20picture\n",
        "X-OX-LINE:PHOTO%3Ano%20picture\n"},
-      same("PHOTO;VALUE=uri:http://x/p.jpg\nLOGO;VALUE=uri:data:image/gif;base64,AQID\n"),
+      same("PHOTO;VALUE=uri:http://x/p.jpg\n"),
       same("KEY;VALUE=uri:http://x/k\nSOURCE:http://x/s\n"),
       {"4.0", "BDAY;VALUE=text:circa 1800\n", "X-OX-LINE:BDAY%3BVALUE%3Dtext%3Acirca%201800\n",
        "BDAY;VALUE=text:circa 1800\n"},
@@ -93,10 +93,23 @@ TEST(CardThrough, UnmodelledLinesTakeTheFormOfTheOtherVersion) {
       {"GEO:geo:1,2", "GEO:1;2", "GEO:geo:1,2"},
       {"GEO:here;there", "X-OX-LINE:GEO%3Ahere%3Bthere", "X-OX-LINE:GEO%3Ahere%3Bthere"},
       {"PHOTO:http://x/p.jpg", "PHOTO;VALUE=uri:http://x/p.jpg", "PHOTO;VALUE=uri:http://x/p.jpg"},
-      {"LOGO:data:image/gif;base64,AQID", "LOGO;VALUE=uri:data:image/gif;base64,AQID",
-       "LOGO;VALUE=uri:data:image/gif;base64,AQID"},
+      {"LOGO:data:image/gif;base64,AQID", "LOGO;TYPE=GIF;ENCODING=b:AQID",
+       "LOGO:data:image/gif;base64,AQID"},
+      {"LOGO:data:image/gif;base64,A", "LOGO;VALUE=uri:data:image/gif;base64,A",
+       "LOGO;VALUE=uri:data:image/gif;base64,A"},
+      {"SOUND:data:text/plain;charset=x;base64,AQID",
+       "SOUND;VALUE=uri:data:text/plain;charset=x;base64,AQID",
+       "SOUND;VALUE=uri:data:text/plain;charset=x;base64,AQID"},
       {"KEY;TYPE=PGP:http://x/k", "KEY;TYPE=PGP;VALUE=uri:http://x/k",
-       "KEY;TYPE=PGP;VALUE=uri:http://x/k"},
+       "KEY;MEDIATYPE=application/pgp-keys;VALUE=uri:http://x/k"},
+      {"LOGO;MEDIATYPE=image/svg+xml:http://x/l", "LOGO;TYPE=SVG+XML;VALUE=uri:http://x/l",
+       "LOGO;MEDIATYPE=image/svg+xml;VALUE=uri:http://x/l"},
+      {"SOUND;X-A=b;VALUE=URL:http://x/s", "SOUND;X-A=b;VALUE=uri:http://x/s",
+       "SOUND;X-A=b;VALUE=uri:http://x/s"},
+      {"SOURCE;VALUE=URL;X-A=b:http://x/s", "SOURCE;VALUE=uri;X-A=b:http://x/s",
+       "SOURCE;VALUE=uri;X-A=b:http://x/s"},
+      {"KEY;TYPE=PGP:a key", "KEY;TYPE=PGP;VALUE=text:a key", "KEY;TYPE=PGP;VALUE=text:a key"},
+      {"ROLE:Sales, all", "ROLE:Sales\\, all", "ROLE:Sales\\, all"},
   };
   for (const auto& row : rows) {
     PropertyBag bag;
@@ -107,6 +120,67 @@ TEST(CardThrough, UnmodelledLinesTakeTheFormOfTheOtherVersion) {
     EXPECT_EQ(in40, "FN;DERIVED=TRUE:?\n" + row.in40 + "\n");
     EXPECT_EQ(linesOf(propertiesOf("3.0", in30), {.version = CardVersion::V40}), in40);
   }
+}
+
+TEST(CardThrough, BytesTakeTheFormOfTheVersion) {
+  const auto row = [](const std::string& in30, const std::string& in40) {
+    return std::vector{ThroughRow{"3.0", in30, in30, in40}, ThroughRow{"4.0", in40, in30, in40}};
+  };
+  for (const auto& rows :
+       {row("LOGO;TYPE=GIF;ENCODING=b:AQID\n", "LOGO:data:image/gif;base64,AQID\n"),
+        row("LOGO;TYPE=WORK;TYPE=PNG;ENCODING=b:AQID\n",
+            "LOGO;TYPE=WORK:data:image/png;base64,AQID\n"),
+        row("item1.SOUND;X-A=\"b:c\";TYPE=WAVE;ENCODING=b:AQID\n",
+            "item1.SOUND;X-A=\"b:c\":data:audio/wav;base64,AQID\n"),
+        row("SOUND;TYPE=BASIC;ENCODING=b:AQID\n", "SOUND:data:audio/basic;base64,AQID\n"),
+        row("KEY;TYPE=PGP;ENCODING=b:AQID\n", "KEY:data:application/pgp-keys;base64,AQID\n"),
+        row("KEY;TYPE=X509;ENCODING=b:AQID\n", "KEY:data:application/pkix-cert;base64,AQID\n"),
+        row("KEY;TYPE=text/plain;ENCODING=b:AQID\n", "KEY:data:text/plain;base64,AQID\n"),
+        row("KEY;ENCODING=b:AQID\n", "KEY:data:application/octet-stream;base64,AQID\n")}) {
+    expectThrough(rows);
+  }
+}
+
+// A line of vCard 2.1 knows neither \n nor lists.
+TEST(CardThrough, TextsTakeTheEscapesOfTheVersion) {
+  const auto from21 = [](const std::string& line, const std::string& written) {
+    return ThroughRow{"2.1", line, written, written};
+  };
+  const auto from30 = [](const std::string& line, const std::string& written) {
+    return ThroughRow{"3.0", line, written, written};
+  };
+  expectThrough({
+      from21("ROLE:C:\\new, a\\;b;c\n", "ROLE:C:\\\\new\\, a\\;b\\;c\n"),
+      from21("ROLE;ENCODING=QUOTED-PRINTABLE:a,=0D=0Ab\\n\n", "ROLE:a\\,\\nb\\\\n\n"),
+      from21("X-PATH:C:\\new,x;a\\;b\n", "X-PATH:C:\\\\new\\,x;a\\;b\n"),
+      from21("X-LINK:http://x/a,b;c\n", "X-LINK:http://x/a,b;c\n"),
+      from21("CATEGORIES:a,b\\c\n", "CATEGORIES:a,b\\\\c\n"),
+      from21("TZ:-05:00\n", "TZ:-05:00\n"),
+      from21("TITLE:a\nTITLE:b,c\n", "TITLE:a\nTITLE:b\\,c\n"),
+      from30("ROLE:a, b\\,c;d\\ne\n", "ROLE:a\\, b\\,c\\;d\\ne\n"),
+      from30("X-OWN:a, b\\,c;d\n", "X-OWN:a, b\\,c;d\n"),
+      from30("CATEGORIES:a,b\\,c;d\n", "CATEGORIES:a,b\\,c\\;d\n"),
+      from30("NICKNAME:a\nNICKNAME:b,c;d\n", "NICKNAME:a\nNICKNAME:b,c\\;d\n"),
+      from30("ORG:a\nORG:b,c;d\n", "ORG:a\nORG:b\\,c;d\n"),
+  });
+  const auto in = [](const std::string& version, CardVersion asVersion) {
+    return linesOf(propertiesOf(version, "N:Mustermann;Heiko\nFN:Mustermann, Heiko\n"),
+                   {.version = asVersion});
+  };
+  for (const std::string version : {"2.1", "3.0", "4.0"}) {
+    for (const auto asVersion : {CardVersion::V30, CardVersion::V40}) {
+      EXPECT_EQ(in(version, asVersion), "N:Mustermann;Heiko;;;\nFN:Mustermann\\, Heiko\n");
+    }
+  }
+}
+
+TEST(CardThrough, AccountsKeepEveryType) {
+  const std::string types = "IMPP;TYPE=home;TYPE=VOICE;TYPE=INTERNET;TYPE=MOBILE;TYPE=personal:";
+  expectThrough({
+      {"4.0", types + "sip:a@x\n",
+       "IMPP;TYPE=HOME;TYPE=VOICE;TYPE=INTERNET;TYPE=MOBILE;TYPE=personal:sip:a@x\n",
+       types + "sip:a@x\n"},
+  });
 }
 
 TEST(CardThrough, ListsStayLists) {
@@ -169,9 +243,9 @@ TEST(CardThrough, FormattedNameThatCannotBeSaidStaysInItsPlace) {
   const auto bag = propertiesOf("3.0", "N:Both\nFN:Both\nX-A:1\nFN:Ani\x04\n");
   EXPECT_EQ(linesOf(bag, {}), second);
   EXPECT_EQ(linesOf(propertiesOf("3.0", second), {}), second);
-  // The first one stays as the card wrote it, since it is not the only one.
-  const std::string unescaped = "N:Lee;Ann\\;Jo;;;\nFN:Ann;Jo Lee\nX-OX-LINE:FN%3AAni%04\n";
-  EXPECT_EQ(linesOf(propertiesOf("3.0", unescaped), {}), unescaped);
+  // The first one stays, since it is not the only one.
+  const std::string first = "N:Lee;Ann\\;Jo;;;\nFN:Ann\\;Jo Lee\nX-OX-LINE:FN%3AAni%04\n";
+  EXPECT_EQ(linesOf(propertiesOf("3.0", first), {}), first);
   const auto text =
       linesOf(propertiesOf("3.0", "N:Lee;Ann;;;\nFN:Ann\x1d\nFN:Both\nUID:a-1\nX-A:1\n"), {});
   EXPECT_EQ(text, "N:Lee;Ann;;;\nFN:Ann\nUID:a-1\nX-OX-LINE:FN%3AAnn%1D\nFN:Both\nX-A:1\n");

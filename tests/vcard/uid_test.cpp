@@ -41,7 +41,7 @@ TEST(CardUid, HasNoBlanksAtItsEndsWhereNoUriHoldsThem) {
   EXPECT_EQ(linesOf(blank, {}), "N:;;;;\nFN;X-DERIVED=TRUE:?\n");
 }
 
-TEST(CardUid, IsTheSameUriInCardAndGroup) {
+TEST(CardUid, StandsAsItCameAndMembersNameItByAUri) {
   const std::string uuid = "4fbe8971-0bc3-424c-9c26-36c3e1eff6b1";
   struct Row {
     std::string uid;
@@ -49,12 +49,14 @@ TEST(CardUid, IsTheSameUriInCardAndGroup) {
     std::string member;  // of MEMBER in 4.0
   };
   const std::vector<Row> rows = {
-      {uuid, "UID;X-OX-BARE=TRUE:urn:uuid:" + uuid, "urn:uuid:" + uuid},
+      {uuid, "UID;VALUE=text:" + uuid, "urn:uuid:" + uuid},
       {"urn:uuid:" + uuid, "UID:urn:uuid:" + uuid, "urn:uuid:" + uuid},
-      {"grp1", "UID:x-ox-uid:grp1", "x-ox-uid:grp1"},
-      {"a b:c\\;é", "UID:x-ox-uid:a%20b%3Ac%5C%3B%C3%A9", "x-ox-uid:a%20b%3Ac%5C%3B%C3%A9"},
+      {"grp1", "UID;VALUE=text:grp1", "urn:uuid:grp1"},
+      {"a,b/1", "UID;VALUE=text:a\\,b/1", "urn:uuid:a,b/1"},
+      {"a%2f", "UID;VALUE=text:a%2f", "x-ox-uid:a%252f"},
+      {"a b:c\\;é", "UID;VALUE=text:a b:c\\\\\\;é", "x-ox-uid:a%20b%3Ac%5C%3B%C3%A9"},
       {"mailto:a@b", "UID:mailto:a@b", "mailto:a@b"},
-      {"x-ox-uid:a%20b", "UID:x-ox-uid:x-ox-uid%3Aa%2520b", "x-ox-uid:x-ox-uid%3Aa%2520b"},
+      {"x-ox-uid:a%20b", "UID;VALUE=text:x-ox-uid:a%20b", "x-ox-uid:x-ox-uid%3Aa%2520b"},
   };
   for (const auto& row : rows) {
     PropertyBag bag;
@@ -74,6 +76,20 @@ TEST(CardUid, IsTheSameUriInCardAndGroup) {
       EXPECT_EQ(read.members.at(0), uidKey(row.uid));
     }
   }
+}
+
+TEST(CardUid, OfFormerCardsOfOursIsReadAsWhatItMeans) {
+  const std::string uuid = "4fbe8971-0bc3-424c-9c26-36c3e1eff6b1";
+  expectRows({
+      {"4.0", "TITLE:x\nUID;X-OX-BARE=TRUE:urn:uuid:" + uuid + "\n", "JobTitle=x\nUID=" + uuid + "\n"},
+      {"4.0", "TITLE:x\nUID:x-ox-uid:a%20b\n", "JobTitle=x\nUID=a b\n"},
+      {"4.0", "TITLE:x\nUID;VALUE=text:a\\,b\n", "JobTitle=x\nUID=a,b\n"},
+      {"4.0", "TITLE:x\nUID:a\\,b\n", "JobTitle=x\nUID=a\\,b\n"},
+      {"3.0", "TITLE:x\nUID:x-ox-uid:a%20b\n", "JobTitle=x\nUID=x-ox-uid:a%20b\n"},
+  });
+  EXPECT_EQ(textOfAll("BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:G\nMEMBER:x-ox-uid:a%20b\n"
+                      "MEMBER:urn:uuid:grp1\nMEMBER:mailto:a@b\nEND:VCARD\n"),
+            "group\nGroupName=G\nmember=a b\nmember=grp1\nmember=mailto:a@b\n");
 }
 
 TEST(CardWriter, NoTextStartsALineOfItsOwn) {

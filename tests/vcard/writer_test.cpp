@@ -32,7 +32,7 @@ TEST(CardWriter, WholeCardIsWrittenByteForByte) {
   EXPECT_EQ(writeCard(bag, photo, {.version = CardVersion::V40}),
             "BEGIN:VCARD\r\nVERSION:4.0\r\nN:Ray;Al;;;\r\nFN:Al Ray\r\nORG:ACME\\, Inc.;Lab;5\r\n"
             "BDAY:19900517\r\nTEL;TYPE=cell;PREF=1:1\r\nNOTE:a\\nb\\;c\r\n"
-            "PHOTO:data:image/jpeg;base64,/9j/AQ==\r\nUID:x-ox-uid:u-1\r\nX-OWN;P=q:kept\r\n"
+            "PHOTO:data:image/jpeg;base64,/9j/AQ==\r\nUID;VALUE=text:u-1\r\nX-OWN;P=q:kept\r\n"
             "END:VCARD\r\n");
   EXPECT_EQ(writeCard(bag, photo, {}), writeCard(bag, photo, {}));
 }
@@ -203,7 +203,7 @@ TEST(CardWriter, WhatTheVersionDoesNotAdmitIsWrapped) {
             "X-OX-LINE:LOGO%3BENCODING%3Db%3AAQ.D\n"
             "AGENT:BEGIN:VCARD\\nN:a\\;b\\nEND:VCARD\nX-OX-LINE:%3B16%231%3BX-A%3D5%22\n");
   const auto in40 = linesOf(bag, {.version = CardVersion::V40});
-  EXPECT_NE(in40.find("X-OX-LINE:KEY%3BENCODING%3Db%3AAQID\n"
+  EXPECT_NE(in40.find("KEY:data:application/octet-stream;base64,AQID\n"
                       "X-OX-LINE:LOGO%3BENCODING%3Db%3AAQ.D\nX-OX-LINE:AGENT%3ABEGIN%3AVCARD"),
             std::string::npos)
       << in40;
@@ -266,7 +266,7 @@ TEST(CardWriter, GroupsNameTheirMembers) {
   appendGroup({}, {"1-2"}, {.version = CardVersion::V40}, card);
   EXPECT_EQ(card,
             "BEGIN:VCARD\r\nVERSION:4.0\r\nFN;DERIVED=TRUE:?\r\nKIND:group\r\n"
-            "MEMBER:x-ox-uid:1-2\r\nEND:VCARD\r\n");
+            "MEMBER:urn:uuid:1-2\r\nEND:VCARD\r\n");
   EXPECT_EQ(textOfAll(card), "group\nmember=1-2\n");
 }
 

@@ -1,5 +1,7 @@
 #include "ox/vcard/lines/structured_value.hpp"
 
+#include <vector>
+
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/lines/line_writer.hpp"
@@ -42,6 +44,12 @@ bool hasList(std::string_view value, Dialect dialect) {
   return dialect == Dialect::V30 && findBare(value, ',', 0) != npos;
 }
 
+std::string canonicalText(std::string_view value) {
+  std::string out;
+  appendText(value, out);
+  return out;
+}
+
 std::string canonicalPieces(std::string_view value, char mark) {
   std::string out;
   appendPieces(value, mark, out);
@@ -57,6 +65,53 @@ std::string canonicalComponents(std::span<const std::string_view> components) {
     appendPieces(components[i], ',', component);
     out += trimmed(component);
   }
+  return out;
+}
+
+std::string canonicalComponents(std::string_view value, Dialect dialect) {
+  std::string out;
+  std::size_t from = 0;
+  for (auto at = findBare(value, ';', 0); at != npos; at = findBare(value, ';', from)) {
+    appendPieces(value.substr(from, at - from), ',', dialect, out);
+    out += ';';
+    from = at + 1;
+  }
+  appendPieces(value.substr(from), ',', dialect, out);
+  return out;
+}
+
+std::string canonicalComponents(std::string_view value) {
+  std::vector<std::string_view> components;
+  std::size_t from = 0;
+  for (auto at = findBare(value, ';', 0); at != npos; at = findBare(value, ';', from)) {
+    components.push_back(value.substr(from, at - from));
+    from = at + 1;
+  }
+  components.push_back(value.substr(from));
+  return canonicalComponents(components);
+}
+
+std::string canonicalUnknown21(std::string_view value) {
+  std::string out;
+  std::string text;
+  const auto append = [&] {
+    appendTextEscaped(CardText(text).view(), out);
+    text.clear();
+  };
+  for (std::size_t at = 0; at < value.size(); ++at) {
+    const char next = at + 1 < value.size() ? value[at + 1] : '\0';
+    const bool escapes = next == ';' || next == ',' || next == '\\';
+    if (value[at] == '\\' && escapes) {
+      text += next;
+      ++at;
+    } else if (value[at] == ';') {
+      append();
+      out += ';';
+    } else {
+      text += value[at];
+    }
+  }
+  append();
   return out;
 }
 

@@ -14,11 +14,20 @@ namespace ox::vcard {
 // True when unescaped commas part a list somewhere in the value.
 bool hasList(std::string_view value, Dialect dialect);
 
+// A value that is one text, in canonical form.
+std::string canonicalText(std::string_view value);
+
 // A value that a card parted at that mark, in canonical form.
 std::string canonicalPieces(std::string_view value, char mark);
 
 // Components that a card parted, in canonical form with semicolons between them; commas part lists
 // within them.
 std::string canonicalComponents(std::span<const std::string_view> components);
+// The same of a whole value, however many components it has.
+std::string canonicalComponents(std::string_view value);
+
+// A value of a vCard 2.1 line of which nobody knows what it is. A backslash that escapes no mark
+// stands for itself there, as in a path ("C:\new").
+std::string canonicalUnknown21(std::string_view value);
 
 }  // namespace ox::vcard

@@ -100,7 +100,7 @@ bool readCountryCode(const PropertyRow& row, const ContentLine& line, CardDraft&
   if (line.group.empty()) return false;
   GroupNote note{groupKey(line.group), "X-ABADR", setCountryCode, row.property, draft.text(line)};
   if (!isCountryCode(note.text)) return false;
-  appendPreserved(line, note.preserved);
+  appendPreserved(line, draft.facts.dialect, note.preserved);
   note.line = line.number;
   draft.groups.add(std::move(note));
   return true;

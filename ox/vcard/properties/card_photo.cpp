@@ -6,7 +6,7 @@
 #include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/lines/uri.hpp"
 #include "ox/vcard/properties/each_property.hpp"
-#include "ox/vcard/properties/picture_kind.hpp"
+#include "ox/vcard/lines/media_type.hpp"
 
 // PHOTO: base64 in 3.0, a data URI in 4.0. What only refers to a picture is preserved as it is.
 

@@ -103,7 +103,7 @@ bool readFormattedName(const PropertyRow& /*row*/, const ContentLine& line, Card
   if (line.encoding == Encoding::Base64) {
     appendPreservedAsRead(line, name.formattedLine);
   } else {
-    appendPreserved(line, name.formattedLine);
+    appendPreserved(line, draft.facts.dialect, name.formattedLine);
   }
   if (draft.facts.isGroup && !name.isDerived) {
     draft.preserveParameters(property_id::kGroupName, line);

@@ -19,7 +19,7 @@ bool readNothing(const PropertyRow& /*row*/, const ContentLine& /*line*/, CardDr
 bool readLabel(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
   if (line.group.empty()) return false;
   GroupNote note{groupKey(line.group), "X-ABLabel", nullptr, 0, draft.text(line)};
-  appendPreserved(line, note.preserved);
+  appendPreserved(line, draft.facts.dialect, note.preserved);
   note.line = line.number;
   draft.groups.add(std::move(note));
   return true;

@@ -6,37 +6,30 @@
 #include "ox/base/text/utf8.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/lines/uri.hpp"
 #include "ox/vcard/properties/each_property.hpp"
 
 namespace ox::vcard {
 namespace {
 
+// Before a text that is no URI, with its percent escapes.
 constexpr std::string_view kOwnScheme = "x-ox-uid:";
-// The parameter of a UID in 4.0 that is a UUID without "urn:uuid:" in the record.
+// Older cards of ours have this parameter where "urn:uuid:" is no part of the UID.
 constexpr std::string_view kBareUid = "X-OX-BARE";
 
 bool hasOwnScheme(std::string_view text) {
   return startsWithWord(text, "X-OX-UID:");
 }
 
-bool isHexDigit(char c) {
-  return isDigit(c) || (upper(c) >= 'A' && upper(c) <= 'F');
-}
-
-// True for the 36 characters of RFC 4122, section 3.
-bool isUuid(std::string_view text) {
-  constexpr std::string_view kForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
-  return text.size() == kForm.size() &&
-         std::equal(text.begin(), text.end(), kForm.begin(),
-                    [](char c, char form) { return form == 'x' ? isHexDigit(c) : c == form; });
-}
-
-// A UID as a URI: as it is when it is one, "urn:uuid:" before a UUID, else "x-ox-uid:" and its text
-// with percent escapes.
-std::string uriOfUid(std::string_view uid) {
+// A UID as MEMBER names it, which is a URI always: as it is when it is one. Before any other text
+// "urn:uuid:" as in 3.0, which others take off again; one that could not stand in a URI so is
+// "x-ox-uid:" and its text with percent escapes.
+std::string memberUri(std::string_view uid) {
   if (isUri(uid) && !hasOwnScheme(uid)) return std::string(uid);
-  if (isUuid(uid)) return std::string(kUrnPrefix).append(uid);
+  auto urn = std::string(kUrnPrefix).append(uid);
+  const bool hasPercent = uid.find('%') != std::string_view::npos;
+  if (isUri(urn) && !hasPercent && !hasOwnScheme(uid)) return urn;
   std::string uri(kOwnScheme);
   appendPercentEncoded(uid, uri);
   return uri;
@@ -61,11 +54,19 @@ std::string_view plainUid(std::string_view uid, std::string& room) {
   return trimmed(room);
 }
 
+bool isText(const ContentLine& line) {
+  const auto* value = line.find(ParameterKind::Value);
+  return value != nullptr && isWord(value->value, "TEXT");
+}
+
 std::string uidOf(const ContentLine& line, CardDraft& draft) {
   auto uid = trimmed(line.value);
-  // Only 4.0 wants a URI of it.
+  // Only 4.0 wants a URI of it, or to be told that it is none.
   std::string named;
-  if (draft.facts.is40) uid = named = uidOfValue(uid);
+  if (draft.facts.is40) {
+    named = isText(line) ? unescaped(uid, Dialect::V30) : uidOfValue(uid);
+    uid = named;
+  }
   std::string room;
   if (!isOneLine(uid)) {
     const auto plain = plainUid(uid, room);
@@ -99,27 +100,24 @@ void writeUid(const PropertyRow& /*row*/, PropertyWriter& card) {
 void writeUidLine(PropertyWriter& card) {
   const auto* own = card.properties().text(property_id::kCardUid);
   const auto uid = own != nullptr ? std::string_view(*own) : card.fallbackUid();
-  if (card.is30()) {
-    std::string room;
-    const auto plain = plainUid(uid, room);
-    if (!plain.empty()) card.line().raw("UID:").raw(plain).end();
-    return;
+  std::string room;
+  const auto plain = plainUid(uid, room);
+  if (plain.empty()) return;
+  if (card.is30() || (isUri(plain) && !hasOwnScheme(plain))) {
+    card.line().raw("UID:").raw(plain).end();
+  } else {
+    card.line().raw("UID;VALUE=text:").text(plain).end();
   }
-  const CardText text(uid);
-  if (text.view().empty()) return;
-  card.line().raw("UID");
-  if (isUuid(text.view())) card.line().raw(";").raw(kBareUid).raw("=TRUE");
-  card.line().raw(":").raw(uriOfUid(text.view())).end();
 }
 
 void writeMember(std::string_view member, PropertyWriter& card) {
+  std::string room;
+  const auto uid = plainUid(member, room);
   if (!card.is30()) {
-    card.line().raw("MEMBER:").raw(uriOfUid(CardText(member).view())).end();
+    card.line().raw("MEMBER:").raw(memberUri(uid)).end();
     return;
   }
   // 3.0 has it so whatever the UID is.
-  std::string room;
-  const auto uid = plainUid(member, room);
   card.line().raw("X-ADDRESSBOOKSERVER-MEMBER:");
   card.line().raw(schemeOf(uid).empty() ? kUrnPrefix : std::string_view()).raw(uid).end();
 }

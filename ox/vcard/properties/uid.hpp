@@ -4,8 +4,8 @@
 
 #include "ox/vcard/values/property_writer.hpp"
 
-// UID is any text in vCard 3.0; in 4.0 UID is a URI by default and MEMBER always (RFC 6350,
-// sections 6.7.6 and 6.6.5), so that both name a record alike.
+// UID is any text in vCard 3.0; in 4.0 it is a URI, or a text that says so, and MEMBER is a URI
+// always (RFC 6350, sections 6.7.6 and 6.6.5). Both name a record alike once uidKey is taken.
 
 namespace ox::vcard {
 

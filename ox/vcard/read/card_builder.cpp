@@ -65,7 +65,7 @@ void CardBuilder::preserve(const ContentLine& line) {
   if (isNestedCard(line)) {
     appendPreservedAsRead(line, preserved);
   } else {
-    appendPreserved(line, preserved);
+    appendPreserved(line, draft_.facts.dialect, preserved);
   }
   // A nested card is preserved in one form, whether its lines stood there or in a text value, which
   // only 3.0 has: whoever writes one speaks it, whatever version the card around it tells.

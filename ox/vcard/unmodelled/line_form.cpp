@@ -5,6 +5,8 @@
 
 #include "ox/base/base64.hpp"
 #include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/unmodelled/media_line.hpp"
+#include "ox/vcard/unmodelled/value_form.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -87,7 +89,7 @@ bool isPreservedAsItStands(const ContentLine& line) {
   });
 }
 
-void appendPreservedHead(const ContentLine& line, std::string& out) {
+void appendRespeltHead(const ContentLine& line, std::string& out) {
   if (!line.group.empty()) out.append(line.group) += '.';
   out.append(line.name);
   for (const auto& parameter : line.parameters) {
@@ -99,6 +101,14 @@ void appendPreservedHead(const ContentLine& line, std::string& out) {
   }
   if (line.encoding == Encoding::Base64) out += ";ENCODING=b";
   out += ':';
+}
+
+void appendHead(const ContentLine& line, std::string& out) {
+  if (isPreservedAsItStands(line)) {
+    out.append(line.head) += ':';
+  } else {
+    appendRespeltHead(line, out);
+  }
 }
 
 }  // namespace
@@ -128,20 +138,20 @@ bool areAdmitted(std::string_view parameters, CardVersion version) {
   return endOfParameters(parameters, 0, version) == parameters.size();
 }
 
-void appendPreserved(const ContentLine& line, std::string& out) {
+void appendPreserved(const ContentLine& line, Dialect dialect, std::string& out) {
   out.reserve(out.size() + line.head.size() + line.value.size() + 1);
-  if (isPreservedAsItStands(line)) {
-    out.append(line.head) += ':';
-  } else {
-    appendPreservedHead(line, out);
+  if (isMediaByData(line)) {
+    out += mediaLine(line, CardVersion::V30).value_or(std::string());
+    return;
   }
+  appendHead(line, out);
   if (line.encoding == Encoding::Base64) {
     std::copy_if(line.value.begin(), line.value.end(), std::back_inserter(out),
                  [](char c) { return !isBlank(c); });
   } else if (line.encoding == Encoding::QuotedPrintable || !line.charset.empty()) {
-    appendWithEscapedBreaks(line.value, out);
+    appendWithEscapedBreaks(canonicalValue(line, dialect), out);
   } else {
-    out.append(line.value);
+    out += canonicalValue(line, dialect);
   }
 }
 
@@ -149,7 +159,8 @@ void appendPreservedAsRead(const ContentLine& line, std::string& out) {
   auto text = line;
   text.encoding = Encoding::None;
   text.charset = {};
-  appendPreserved(text, out);
+  appendHead(text, out);
+  out.append(text.value);
 }
 
 }  // namespace ox::vcard

@@ -24,8 +24,8 @@ bool areAdmitted(std::string_view parameters, CardVersion version);
 
 // Appends the line as it is preserved: unfolded, without quoted-printable and CHARSET (line feeds
 // become \n again), base64 without blanks, the bare words and encodings of vCard 2.1 as 3.0 writes
-// them.
-void appendPreserved(const ContentLine& line, std::string& out);
+// them, texts with the escapes of 3.0 (value_form.hpp).
+void appendPreserved(const ContentLine& line, Dialect dialect, std::string& out);
 // The same with the value as it was read, line feeds and blanks included, and no claim of a charset
 // or an encoding.
 void appendPreservedAsRead(const ContentLine& line, std::string& out);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
+#include <utility>
 
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/content_line.hpp"
@@ -10,6 +11,8 @@
 #include "ox/vcard/lines/name_table.hpp"
 #include "ox/vcard/lines/uri.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
+#include "ox/vcard/unmodelled/media_line.hpp"
+#include "ox/vcard/unmodelled/value_form.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -17,15 +20,18 @@ namespace {
 // What a version makes of a line: missing when it cannot say it. Borrows from the line or the room.
 using Written = std::optional<std::string_view>;
 
-// Head and value are parts of one line, with a colon between them.
-Written asItStands(const ContentLine& line, std::string& /*room*/) {
-  assert(line.head.data() + line.head.size() + 1 == line.value.data());
-  return std::string_view(line.head.data(), line.head.size() + 1 + line.value.size());
-}
-
 Written withValue(const ContentLine& line, std::string_view value, std::string& room) {
   room.assign(line.head).append(":").append(value);
   return room;
+}
+
+// Head and value are parts of one line, with a colon between them. Texts that a card did not escape
+// are.
+Written asItStands(const ContentLine& line, std::string& room) {
+  assert(line.head.data() + line.head.size() + 1 == line.value.data());
+  const auto value = canonicalValue(line, Dialect::V30);
+  if (value != line.value) return withValue(line, value, room);
+  return std::string_view(line.head.data(), line.head.size() + 1 + line.value.size());
 }
 
 bool hasValueType(const ContentLine& line, std::string_view type) {
@@ -105,31 +111,50 @@ Written geo40(const ContentLine& line, std::string& room) {
   return both ? withValue(line, "geo:" + *both, room) : std::nullopt;
 }
 
-Written reference40(const ContentLine& line, std::string& room) {
-  return hasValueType(line, "TEXT") || isReference(line.value) ? asItStands(line, room)
-                                                               : std::nullopt;
-}
-
-// A URI that says that it is one: 3.0 takes such a value for base64 or text otherwise.
-Written referenceWithType(const ContentLine& line, std::string& room) {
-  if (!isReference(line.value)) return std::nullopt;
-  if (line.find(ParameterKind::Value) != nullptr) return asItStands(line, room);
-  room.assign(line.head).append(";VALUE=uri:").append(line.value);
+// vCard 2.1 calls a URI another name.
+Written reference30(const ContentLine& line, std::string& room) {
+  if (!hasValueType(line, "URL")) return asItStands(line, room);
+  const auto* type = line.find(ParameterKind::Value);
+  const auto at = static_cast<std::size_t>(type->value.data() - line.head.data());
+  room.assign(line.head.substr(0, at)).append("uri");
+  room.append(line.head.substr(at + type->value.size())).append(":").append(line.value);
   return room;
 }
 
-Written binary30(const ContentLine& line, std::string& room) {
-  return line.encoding == Encoding::Base64 ? asItStands(line, room) : referenceWithType(line, room);
+Written reference40(const ContentLine& line, std::string& room) {
+  return hasValueType(line, "TEXT") || isReference(line.value) ? reference30(line, room)
+                                                               : std::nullopt;
 }
 
-// A key may be text in both versions, but only 4.0 wants VALUE to tell it.
+Written asWritten(std::optional<std::string> text, std::string& room) {
+  if (!text) return std::nullopt;
+  room = *std::move(text);
+  return room;
+}
+
+Written media30(const ContentLine& line, std::string& room) {
+  return asWritten(mediaLine(line, CardVersion::V30), room);
+}
+
+Written media40(const ContentLine& line, std::string& room) {
+  return asWritten(mediaLine(line, CardVersion::V40), room);
+}
+
+// A key may be text too, which has to say so in both versions.
+Written keyIn(CardVersion version, const ContentLine& line, std::string& room) {
+  if (hasValueType(line, "TEXT")) return asItStands(line, room);
+  if (auto written = mediaLine(line, version)) return asWritten(std::move(written), room);
+  if (line.find(ParameterKind::Value) != nullptr) return std::nullopt;
+  room.assign(line.head).append(";VALUE=text:").append(line.value);
+  return room;
+}
+
 Written key30(const ContentLine& line, std::string& room) {
-  const auto binary = binary30(line, room);
-  return binary || hasValueType(line, "URI") ? binary : asItStands(line, room);
+  return keyIn(CardVersion::V30, line, room);
 }
 
 Written key40(const ContentLine& line, std::string& room) {
-  return hasValueType(line, "TEXT") ? asItStands(line, room) : referenceWithType(line, room);
+  return keyIn(CardVersion::V40, line, room);
 }
 
 Written textOnly(const ContentLine& line, std::string& room) {
@@ -180,15 +205,15 @@ constexpr std::array kRules = {
     // Values of another form.
     LineRule{"REV", asItStands, rev40, true},
     LineRule{"GEO", geo30, geo40},
-    LineRule{"PHOTO", binary30, referenceWithType},
-    LineRule{"LOGO", binary30, referenceWithType},
-    LineRule{"SOUND", binary30, referenceWithType},
+    LineRule{"PHOTO", media30, media40},
+    LineRule{"LOGO", media30, media40},
+    LineRule{"SOUND", media30, media40},
     LineRule{"KEY", key30, key40},
-    LineRule{"SOURCE", asItStands, reference40},
-    LineRule{"FBURL", asItStands, reference40},
-    LineRule{"CALADRURI", asItStands, reference40},
-    LineRule{"CALURI", asItStands, reference40},
-    LineRule{"RELATED", asItStands, reference40},
+    LineRule{"SOURCE", reference30, reference40},
+    LineRule{"FBURL", reference30, reference40},
+    LineRule{"CALADRURI", reference30, reference40},
+    LineRule{"CALURI", reference30, reference40},
+    LineRule{"RELATED", reference30, reference40},
     LineRule{"KIND", asItStands, asItStands, true},
     LineRule{"PRODID", asItStands, asItStands, true},
     LineRule{"GENDER", asItStands, asItStands, true},
@@ -207,13 +232,19 @@ bool UnmodelledLine::isOnlyOnce() const {
 
 std::optional<std::string_view> UnmodelledLine::inVersion(CardVersion version,
                                                           std::string& room) const {
-  if (!isWellFormed(text_, version)) return std::nullopt;
-  if (rule_ == nullptr) return text_;
+  // What 3.0 admits may take another form in 4.0.
+  if (!isWellFormed(text_, CardVersion::V30)) return std::nullopt;
   ContentLine content;
   const auto colon = parseHead(text_, content);
   if (colon == std::string_view::npos) return std::nullopt;
   content.value = text_.substr(colon + 1);
-  return (version == CardVersion::V30 ? rule_->in30 : rule_->in40)(content, room);
+  auto* const form =
+      rule_ == nullptr ? asItStands : (version == CardVersion::V30 ? rule_->in30 : rule_->in40);
+  const auto written = form(content, room);
+  if (!written || (version == CardVersion::V40 && !isWellFormed(*written, version))) {
+    return std::nullopt;
+  }
+  return written;
 }
 
 }  // namespace ox::vcard

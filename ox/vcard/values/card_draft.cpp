@@ -54,8 +54,8 @@ void CardDraft::addEntry(PropertyId property, Object&& value, const ContentLine&
       held.rank = types.rank;
       held.primary = number;
     }
-    auto parameters =
-        parametersOf(line, types.known & ~label.used, extras.ownKinds, extras.unknownWords);
+    const auto words = types.known & ~label.used & ~understoodWords(property);
+    auto parameters = parametersOf(line, words, extras.ownKinds, extras.unknownWords);
     if (!parameters.empty()) {
       parametersAt = unmodelled.details.size();
       unmodelled.details.push_back(
@@ -96,8 +96,6 @@ std::string CardDraft::parametersOf(const ContentLine& line, std::uint32_t typeW
                                     bitOf(ParameterKind::Encoding) | bitOf(ParameterKind::Charset) |
                                     bitOf(ParameterKind::Value);
   std::string parameters;
-  // These two are understood of a phone and of an e-mail address.
-  typeWords &= ~(type_word::kVoice | type_word::kInternet);
   for (std::uint32_t bit = 1; bit <= typeWords; bit <<= 1U) {
     if ((typeWords & bit) != 0) parameters.append(";TYPE=").append(typeWordText(bit));
   }

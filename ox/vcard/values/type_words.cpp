@@ -23,7 +23,7 @@ constexpr std::array kWords = {
     WordRow{"HOME", kHome},     WordRow{"WORK", kWork},         WordRow{"CELL", kCell},
     WordRow{"VOICE", kVoice},   WordRow{"INTERNET", kInternet}, WordRow{"FAX", kFax},
     WordRow{"OTHER", kOther},   WordRow{"MAIN", kMain},         WordRow{"PAGER", kPager},
-    WordRow{"IPHONE", kIPhone}, WordRow{"MOBILE", kCell},
+    WordRow{"IPHONE", kIPhone}, WordRow{"MOBILE", kMobile},
 };
 
 struct LabelRow {
@@ -38,9 +38,9 @@ constexpr std::array kPhoneLabels = {
     LabelRow{kFax | kWork, kABPhoneWorkFAXLabel, kFax | kWork},
     LabelRow{kFax, kOtherFaxLabel, kFax | kOther},
     LabelRow{kPager, kABPhonePagerLabel, kPager},
-    LabelRow{kIPhone, kABPhoneiPhoneLabel, kIPhone | kCell},
+    LabelRow{kIPhone, kABPhoneiPhoneLabel, kIPhone | kCell | kMobile},
     LabelRow{kMain, kABPhoneMainLabel, kMain},
-    LabelRow{kCell, kABPhoneMobileLabel, kCell},
+    LabelRow{kCell, kABPhoneMobileLabel, kCell | kMobile},
 };
 
 constexpr std::array kPlaceLabels = {
@@ -92,8 +92,9 @@ unsigned readRank(std::string_view text) {
 
 template <typename Rows>
 TypeLabel firstLabel(const Rows& rows, std::uint32_t known) {
+  const auto all = (known & kMobile) != 0 ? known | kCell : known;
   for (const auto& row : rows) {
-    if ((known & row.needed) == row.needed) return {row.label, row.used & known};
+    if ((all & row.needed) == row.needed) return {row.label, row.used & known};
   }
   return {};
 }
@@ -116,7 +117,11 @@ void readTypeWords(const ContentLine& line, TypeWords& words) {
 PreservedTypeWords::PreservedTypeWords(std::string_view parameters) {
   head_.append(1, 'X').append(parameters).append(1, ':');
   if (parseHead(head_, line_) != std::string_view::npos) readTypeWords(line_, words_);
-  words_.known &= ~(kVoice | kInternet);
+}
+
+std::uint32_t understoodWords(PropertyId property) {
+  if (property == property_id::kPhone) return kVoice;
+  return property == property_id::kEmail ? kInternet : 0;
 }
 
 TypeLabel typeLabel(PropertyId property, std::uint32_t known) {

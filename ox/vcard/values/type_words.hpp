@@ -22,6 +22,7 @@ inline constexpr std::uint32_t kPager = 1U << 6U;
 inline constexpr std::uint32_t kFax = 1U << 7U;
 inline constexpr std::uint32_t kVoice = 1U << 8U;
 inline constexpr std::uint32_t kInternet = 1U << 9U;
+inline constexpr std::uint32_t kMobile = 1U << 10U;  // another word for kCell
 }  // namespace type_word
 
 // What the TYPE and PREF parameters of one line say.
@@ -33,8 +34,7 @@ struct TypeWords {
 
 void readTypeWords(const ContentLine& line, TypeWords& words);
 
-// The words of TYPE parameters that were preserved, without those that are understood anyway. Owns
-// what the words are borrowed from.
+// The words of TYPE parameters that were preserved. Owns what the words are borrowed from.
 class PreservedTypeWords {
  public:
   explicit PreservedTypeWords(std::string_view parameters);
@@ -48,6 +48,10 @@ class PreservedTypeWords {
   ContentLine line_;
   TypeWords words_;
 };
+
+// The words that say nothing of an entry of that property: every phone number is a voice, every
+// e-mail address one of the internet.
+std::uint32_t understoodWords(PropertyId property);
 
 // The label that known words give an entry of that property: empty when they give none. `used` are
 // the words that the label stands for; the others would be lost with it.

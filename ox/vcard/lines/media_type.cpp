@@ -1,4 +1,4 @@
-#include "ox/vcard/properties/picture_kind.hpp"
+#include "ox/vcard/lines/media_type.hpp"
 
 #include <algorithm>
 #include <array>

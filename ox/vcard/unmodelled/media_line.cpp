@@ -1,0 +1,172 @@
+#include "ox/vcard/unmodelled/media_line.hpp"
+
+#include <array>
+#include <string_view>
+
+#include "ox/base/base64.hpp"
+#include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/media_type.hpp"
+#include "ox/vcard/lines/uri.hpp"
+
+namespace ox::vcard {
+namespace {
+
+constexpr std::string_view kDataScheme = "DATA:";
+constexpr std::string_view kBase64Mark = ";BASE64,";
+
+// What a format is called in TYPE where that is not how its media type ends.
+struct FormatRow {
+  std::string_view property;
+  std::string_view type;
+  std::string_view media;
+};
+
+constexpr std::array kFormats = {
+    FormatRow{"KEY", "PGP", "application/pgp-keys"},
+    FormatRow{"KEY", "X509", "application/pkix-cert"},
+    FormatRow{"SOUND", "WAVE", "audio/wav"},
+};
+
+// The first part of the media types that TYPE names without it.
+std::string_view familyOf(std::string_view property) {
+  if (isWord(property, "KEY")) return "application/";
+  return isWord(property, "SOUND") ? "audio/" : "image/";
+}
+
+std::string mediaOfType(std::string_view property, std::string_view type) {
+  for (const auto& row : kFormats) {
+    if (isWord(property, row.property) && isWord(type, row.type)) return std::string(row.media);
+  }
+  if (type.find('/') != std::string_view::npos) return mediaType(type);
+  return mediaType(std::string(familyOf(property)).append(type));
+}
+
+std::string typeOfMedia(std::string_view property, std::string_view media) {
+  for (const auto& row : kFormats) {
+    if (isWord(property, row.property) && media == row.media) return std::string(row.type);
+  }
+  const auto family = familyOf(property);
+  if (!media.starts_with(family)) return std::string(media);
+  std::string type(media.substr(family.size()));
+  for (auto& c : type) c = upper(c);
+  return type;
+}
+
+// TYPE also says whose it is, and that it is preferred.
+bool isPlace(std::string_view word) {
+  return isWord(word, "HOME") || isWord(word, "WORK") || isWord(word, "PREF");
+}
+
+// The parameters of a line, sorted out.
+struct MediaHead {
+  std::string front;  // group and name, and all parameters that are not told below
+  std::string media;  // that TYPE or MEDIATYPE tells; empty when neither does
+};
+
+// TYPE tells the format unless MEDIATYPE does.
+MediaHead headOf(const ContentLine& line) {
+  MediaHead head;
+  head.front = line.head.substr(0, lineNameOf(line.head).end);
+  const auto append = [&](std::string_view name, std::string_view value) {
+    head.front.append(";").append(name).append("=").append(value);
+  };
+  const Parameter* given = nullptr;
+  for (const auto& parameter : line.parameters) {
+    if (isWord(parameter.name, "MEDIATYPE")) given = &parameter;
+  }
+  if (given != nullptr) head.media = mediaType(parameterText(*given));
+  const bool isGiven = !head.media.empty();
+  for (const auto& parameter : line.parameters) {
+    if (parameter.kind == ParameterKind::Encoding || parameter.kind == ParameterKind::Value) {
+      continue;
+    }
+    if (parameter.kind == ParameterKind::Type && !isGiven) {
+      forEachWord(parameter.value, [&](std::string_view word) {
+        if (head.media.empty() && !isPlace(word)) {
+          head.media = mediaOfType(line.name, word);
+        } else {
+          append("TYPE", word);
+        }
+      });
+    } else if (&parameter != given || !isGiven) {
+      append(parameter.name, parameter.value);
+    }
+  }
+  return head;
+}
+
+void appendType(std::string_view property, std::string_view media, std::string& out) {
+  if (!media.empty()) out.append(";TYPE=").append(typeOfMedia(property, media));
+}
+
+// What a data URI holds when its bytes are base64 and nothing but the media type is told of them.
+struct DataUri {
+  std::string media;
+  std::string_view base64;
+};
+
+std::optional<DataUri> dataOf(std::string_view uri) {
+  if (!startsWithWord(uri, kDataScheme)) return std::nullopt;
+  uri.remove_prefix(kDataScheme.size());
+  const auto mark = uri.find(';');
+  if (mark == std::string_view::npos || !startsWithWord(uri.substr(mark), kBase64Mark)) {
+    return std::nullopt;
+  }
+  const auto content = uri.substr(mark + kBase64Mark.size());
+  if (!bytesOfBase64(content)) return std::nullopt;
+  return DataUri{mediaType(uri.substr(0, mark)), content};
+}
+
+// Beyond RFC 3986 letters of every script, as they stand in addresses that people copy.
+bool isReference(std::string_view value) {
+  return !schemeOf(value).empty() && value.find(' ') == std::string_view::npos;
+}
+
+std::string bytesIn30(std::string_view property, const MediaHead& head, std::string_view base64) {
+  auto out = head.front;
+  appendType(property, head.media, out);
+  return out.append(";ENCODING=b:").append(base64);
+}
+
+std::string bytesIn40(const MediaHead& head, std::string_view base64) {
+  auto out = head.front;
+  out.append(":data:").append(head.media.empty() ? "application/octet-stream" : head.media);
+  return out.append(";base64,").append(base64);
+}
+
+// vCard 3.0 takes a value for base64 or text that does not say that it is a URI.
+std::string referenceIn(CardVersion version, const ContentLine& line, const MediaHead& head) {
+  auto out = head.front;
+  if (version == CardVersion::V30) {
+    appendType(line.name, head.media, out);
+  } else if (!head.media.empty()) {
+    out.append(";MEDIATYPE=").append(head.media);
+  }
+  return out.append(";VALUE=uri:").append(line.value);
+}
+
+}  // namespace
+
+std::optional<std::string> mediaLine(const ContentLine& line, CardVersion version) {
+  const bool is30 = version == CardVersion::V30;
+  if (line.encoding == Encoding::Base64) {
+    if (is30) return std::string(line.head).append(":").append(line.value);
+    return bytesIn40(headOf(line), line.value);
+  }
+  if (!isReference(line.value)) return std::nullopt;
+  const auto data = dataOf(line.value);
+  auto head = headOf(line);
+  if (!data) return referenceIn(version, line, head);
+  if (!data->media.empty()) head.media = data->media;
+  return is30 ? bytesIn30(line.name, head, data->base64) : bytesIn40(head, data->base64);
+}
+
+bool isMediaByData(const ContentLine& line) {
+  if (line.encoding != Encoding::None || !startsWithWord(line.value, kDataScheme)) return false;
+  for (const auto* name : {"KEY", "LOGO", "PHOTO", "SOUND"}) {
+    if (isWord(line.name, name)) return dataOf(line.value).has_value();
+  }
+  return false;
+}
+
+}  // namespace ox::vcard
