@@ -18,14 +18,14 @@ TEST(CardCharset, ParameterDecidesInEveryVersion) {
   EXPECT_EQ(textOfCard("2.1", "NOTE;CHARSET=ISO-2022-JP:\x1B$B;3\x1B(B\n"), "Note=山\n");
   EXPECT_EQ(textOfCard("2.1", "NOTE;CHARSET=x-no-such:ü\n"), "Note=ü\n");
   EXPECT_EQ(
-      textOfCard("2.1", "LABEL;HOME;CHARSET=ISO-8859-1;ENCODING=QUOTED-PRINTABLE:=FC=0D=0Ab\n"),
-      "kept=LABEL;TYPE=HOME:ü\\nb\n");
+      textOfCard("2.1", "ROLE;HOME;CHARSET=ISO-8859-1;ENCODING=QUOTED-PRINTABLE:=FC=0D=0Ab\n"),
+      "kept=ROLE;TYPE=HOME:ü\\nb\n");
 }
 
 TEST(CardCharset, RawBytesAreReadAsTheCardOrTheFileNames) {
   // \xE1 is "á" in windows-1252 and "α" in windows-1253.
-  EXPECT_EQ(textOfAll(card("TITLE:\xE1\nLABEL;CHARSET=windows-1253:\xE2\n")),
-            "JobTitle=α\nkept=LABEL:β\nrepair 3: text is not UTF-8, read as windows-1253 (named in "
+  EXPECT_EQ(textOfAll(card("TITLE:\xE1\nROLE;CHARSET=windows-1253:\xE2\n")),
+            "JobTitle=α\nkept=ROLE:β\nrepair 3: text is not UTF-8, read as windows-1253 (named in "
             "the card)\n");
   EXPECT_EQ(textOfAll(card("TITLE:\xE1\n") + card("NOTE;CHARSET=windows-1253:\xE2\n")),
             "JobTitle=α\nrepair 3: text is not UTF-8, read as windows-1253 (named in the "

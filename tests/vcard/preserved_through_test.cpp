@@ -60,10 +60,9 @@ TEST(CardThrough, UnmodelledLinesTakeTheFormOfTheVersion) {
        "KIND:individual\nX-OX-LINE:KIND%3Aorg\n"},
       {"4.0", "GEO:geo:37.3,-122;u=3\n", "X-OX-LINE:GEO%3Ageo%3A37.3%2C-122%3Bu%3D3\n",
        "GEO:geo:37.3,-122;u=3\n"},
-      {"3.0", "LABEL;TYPE=HOME:a\nMAILER:b\nCLASS:PUBLIC\nSORT-STRING:c\n",
-       "LABEL;TYPE=HOME:a\nMAILER:b\nCLASS:PUBLIC\nSORT-STRING:c\n",
-       "X-OX-LINE:LABEL%3BTYPE%3DHOME%3Aa\nX-OX-LINE:MAILER%3Ab\n"
-       "X-OX-LINE:CLASS%3APUBLIC\nX-OX-LINE:SORT-STRING%3Ac\n"},
+      {"3.0", "MAILER:b\nCLASS:PUBLIC\nSORT-STRING:c\n",
+       "MAILER:b\nCLASS:PUBLIC\nSORT-STRING:c\n",
+       "X-OX-LINE:MAILER%3Ab\nX-OX-LINE:CLASS%3APUBLIC\nX-OX-LINE:SORT-STRING%3Ac\n"},
       {"3.0", "PHOTO:no picture\n", "X-OX-LINE:PHOTO%3Ano%20picture\n",
        "X-OX-LINE:PHOTO%3Ano%20picture\n"},
       same("PHOTO;VALUE=uri:http://x/p.jpg\n"),

@@ -25,6 +25,7 @@ constexpr std::array kKinds = {
     KindRow{"X-USERID", ParameterKind::UserIdentifier},
     KindRow{"SORT-AS", ParameterKind::SortAs},
     KindRow{"X-APPLE-OMIT-YEAR", ParameterKind::OmittedYear},
+    KindRow{"LABEL", ParameterKind::Label},
 };
 
 constexpr auto npos = std::string_view::npos;

@@ -25,6 +25,7 @@ enum class ParameterKind : std::uint8_t {
   UserIdentifier,
   SortAs,
   OmittedYear,
+  Label,
   Other,
 };
 

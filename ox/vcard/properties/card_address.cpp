@@ -20,11 +20,38 @@ enum Component : std::size_t { kBox, kExtended, kStreet, kCity, kState, kZip, kC
 constexpr std::size_t kComponents = 7;
 using Components = std::array<std::string_view, kComponents>;
 
-// Their keys, and that of the country code, which ADR knows nothing of.
+// Their keys, and those of the country code and the formatted text, which are no components.
 constexpr std::size_t kCode = kComponents;
-constexpr std::array kKeys = {
-    kAddressPostOfficeBoxKey, kAddressExtendedKey, kABAddressStreetKey,  kABAddressCityKey,
-    kABAddressStateKey,       kABAddressZIPKey,    kABAddressCountryKey, kABAddressCountryCodeKey};
+constexpr std::size_t kLabel = kComponents + 1;
+constexpr std::array kKeys = {kAddressPostOfficeBoxKey, kAddressExtendedKey,
+                              kABAddressStreetKey,      kABAddressCityKey,
+                              kABAddressStateKey,       kABAddressZIPKey,
+                              kABAddressCountryKey,     kABAddressCountryCodeKey,
+                              kAddressLabelKey};
+
+// How the card wrote an address of which only the formatted text is known.
+constexpr std::string_view kLabelAlone = ";;;;;;";
+
+// RFC 9554, section 2.1, adds components after the seven, which vCard 3.0 does not know.
+struct SplitAddress {
+  Components parts{};
+  std::string_view rest;  // after the country and its semicolon
+};
+
+SplitAddress splitAddress(std::string_view value) {
+  const auto all = components<kComponents + 1>(value);
+  SplitAddress address;
+  std::copy_n(all.begin(), kComponents, address.parts.begin());
+  address.rest = all.back();
+  if (address.rest.find_first_not_of("; ") == std::string_view::npos) address.rest = {};
+  return address;
+}
+
+// Without the components that only RFC 9554 knows.
+std::string_view sevenOf(std::string_view value) {
+  const auto rest = splitAddress(value).rest;
+  return rest.empty() ? value : value.substr(0, value.size() - rest.size() - 1);
+}
 
 bool isCountryCode(std::string_view text) {
   return text.size() == 2 && isLetter(text[0]) && isLetter(text[1]);
@@ -57,11 +84,147 @@ std::optional<std::string_view> streetAlone(std::string_view street, std::string
 
 // True when a reader makes these components of the value.
 bool gives(std::string_view value, const Components& parts) {
-  const auto read = components<kComponents>(value);
+  const auto read = splitAddress(value).parts;
   for (std::size_t i = 0; i < read.size(); ++i) {
     if (unescaped(read[i]) != parts[i]) return false;
   }
   return true;
+}
+
+bool isPlainText(std::string_view text) {
+  return !trimmed(CardText(text).view()).empty();
+}
+
+// RFC 6350 writes its line breaks as \n, RFC 6868 as ^n.
+std::string labelOf(const ContentLine& line) {
+  const auto* parameter = line.find(ParameterKind::Label);
+  if (parameter == nullptr) return {};
+  auto label = unescaped(parameterText(*parameter), Dialect::V30);
+  return isPlainText(label) ? label : std::string();
+}
+
+void writeLabelParameter(std::string_view label, LineWriter& line) {
+  std::string escaped;
+  for (const char c : label) {
+    if (c == '\n') {
+      escaped += "\\n";
+    } else {
+      if (c == '\\') escaped += c;
+      escaped += c;
+    }
+  }
+  line.parameter("LABEL", escaped);
+}
+
+Dictionary addressOfLabel(std::string_view label) {
+  Dictionary address;
+  address.set(kABAddressStreetKey, label);
+  address.set(kAddressLabelKey, label);
+  return address;
+}
+
+void addLabelAlone(std::string_view label, const ContentLine& line, CardDraft& draft) {
+  draft.addEntry(property_id::kAddress, addressOfLabel(label), line,
+                 {.ownKinds = bitOf(ParameterKind::Label)});
+  draft.preserveVerbatim(property_id::kAddress, kLabelAlone);
+}
+
+// Words that every address is meant by unless it says otherwise (RFC 2426, section 3.2.2).
+bool isDefaultWord(std::string_view word) {
+  return isWord(word, "DOM") || isWord(word, "INTL") || isWord(word, "POSTAL") ||
+         isWord(word, "PARCEL");
+}
+
+std::string_view parametersOfEntry(const CardDraft& draft, std::size_t entry) {
+  for (const auto& each : draft.unmodelled.details) {
+    const bool isIts = each.property == property_id::kAddress && each.entry == entry;
+    if (isIts && each.kind == DetailKind::Parameters) return each.text;
+  }
+  return {};
+}
+
+// What LABEL says beside the place that TYPE names; empty when an address says the same anyway.
+std::string parametersOfLabel(const ContentLine& line, CardDraft& draft, std::uint32_t used) {
+  std::erase_if(draft.types.unknown, isDefaultWord);
+  return draft.parametersOf(line, draft.types.known & ~used);
+}
+
+// What a LABEL finds among the addresses.
+struct LabelledAddress {
+  MultiEntry* entry = nullptr;
+  bool isOther = false;  // which says something else beside its value
+};
+
+LabelledAddress addressFor(const ContentLine& line, CardDraft& draft, std::size_t count) {
+  readTypeWords(line, draft.types);
+  const auto type = typeLabel(property_id::kAddress, draft.types.known);
+  const auto said = parametersOfLabel(line, draft, type.used);
+  const auto group = groupKey(line.group);
+  auto& entries = draft.values.multi(property_id::kAddress).entries;
+  LabelledAddress found;
+  for (std::size_t i = 0; i < count; ++i) {
+    auto& entry = entries[i];
+    const auto* address = entry.value.dictionary();
+    if (address == nullptr || address->get(kAddressLabelKey).text() != nullptr) continue;
+    if (entry.label.value_or("") != type.label) continue;
+    const bool isInGroup = draft.groups.groupOf(property_id::kAddress, i + 1) == group;
+    if (!group.empty() && !isInGroup) continue;
+    if (said.empty() || said == parametersOfEntry(draft, i + 1)) return {&entry, false};
+    found.isOther = true;
+  }
+  return found;
+}
+
+void readWaitingLabel(WaitingLine& waiting, CardDraft& draft, std::size_t count) {
+  ContentLine line;
+  const auto colon = parseHead(waiting.text, line);
+  if (colon == std::string_view::npos) return;
+  line.value = std::string_view(waiting.text).substr(colon + 1);
+  line.number = waiting.number;
+  const auto label = unescaped(line.value, Dialect::V30);
+  const auto found = addressFor(line, draft, count);
+  if (found.entry != nullptr) {
+    Dictionary address = *found.entry->value.dictionary();
+    address.set(kAddressLabelKey, label);
+    found.entry->value = std::move(address);
+  } else if (found.isOther) {
+    draft.unmodelled.lines.push_back(std::move(waiting.text));
+  } else {
+    addLabelAlone(label, line, draft);
+  }
+}
+
+// True when a LABEL without group could be taken for that of another address.
+bool isLabelAmbiguous(EntryWriter& entry) {
+  const auto typeOf = [](const Text& label) {
+    return label ? labelParameters(property_id::kAddress, *label, false).parameters
+                 : std::string_view();
+  };
+  const auto own = typeOf(entry.label());
+  if (entry.label() && own.empty()) return true;
+  const auto* value = entry.card().valueOf(property_id::kAddress);
+  const auto* all = value != nullptr ? std::get_if<MultiValuePtr>(value) : nullptr;
+  if (all == nullptr) return false;
+  return std::ranges::count_if((*all)->entries, [&](const MultiEntry& each) {
+           return typeOf(each.label) == own;
+         }) > 1;
+}
+
+// As the card wrote them, for as long as a reader makes the same of it.
+void writeComponents(EntryWriter& entry, const Components& parts) {
+  const auto verbatim = entry.verbatim();
+  if (!verbatim.empty() && gives(verbatim, parts)) {
+    const auto seven = sevenOf(verbatim);
+    const bool isWhole = !entry.is30() || seven.size() == verbatim.size();
+    entry.line().raw(isWhole ? verbatim : seven);
+    if (!isWhole) entry.wrapVerbatim();
+    return;
+  }
+  std::string_view separator;
+  for (const auto part : parts) {
+    entry.line().raw(separator).text(CardText(part).view());
+    separator = ";";
+  }
 }
 
 void setCountryCode(std::string_view code, Object& value) {
@@ -73,9 +236,9 @@ void setCountryCode(std::string_view code, Object& value) {
 }  // namespace
 
 bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
-  const auto parts = components<kComponents>(line.value);
+  const auto [parts, rest] = splitAddress(line.value);
   Dictionary address;
-  address.reserve(parts.size() + 1);
+  address.reserve(parts.size() + 2);
   const auto put = [&](Component component) {
     if (!parts[component].empty()) {
       address.set(kKeys[component], unescaped(parts[component]));
@@ -87,12 +250,36 @@ bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& dra
     address.set(kABAddressStreetKey, streetWithAll(parts));
   }
   for (const auto component : {kCity, kState, kZip, kCountry, kBox, kExtended}) put(component);
-  if (address.empty()) return true;
-  draft.addEntry(row.property, std::move(address), line, {});
-  if (hasList(line.value, draft.facts.dialect)) {
+  auto label = labelOf(line);
+  if (address.empty()) {
+    if (!label.empty()) addLabelAlone(label, line, draft);
+    return rest.empty();
+  }
+  if (!label.empty()) address.set(kAddressLabelKey, std::move(label));
+  draft.addEntry(row.property, std::move(address), line,
+                 {.ownKinds = bitOf(ParameterKind::Label)});
+  if (!rest.empty()) {
+    draft.preserveVerbatim(row.property, canonicalComponents(line.value));
+  } else if (hasList(line.value, draft.facts.dialect)) {
     draft.preserveVerbatim(row.property, canonicalComponents(parts));
   }
   return true;
+}
+
+bool readAddressLabel(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
+  if (line.encoding == Encoding::Base64) return false;
+  if (!isPlainText(unescaped(line.value, draft.facts.dialect))) return false;
+  WaitingLine waiting{{}, line.number};
+  appendPreserved(line, draft.facts.dialect, waiting.text);
+  draft.addressLabels.push_back(std::move(waiting));
+  return true;
+}
+
+void settleAddressLabels(CardDraft& draft) {
+  if (draft.addressLabels.empty()) return;
+  const auto count = draft.values.multi(property_id::kAddress).entries.size();
+  for (auto& waiting : draft.addressLabels) readWaitingLabel(waiting, draft, count);
+  draft.addressLabels.clear();
 }
 
 // X-ABADR names the country of the address in its group.
@@ -126,21 +313,34 @@ bool writeAddress(EntryWriter& entry) {
       std::ranges::all_of(parts, [](std::string_view part) { return trimmed(part) == part; });
   if (std::all_of(parts.begin(), parts.end(), saysNothing)) return false;
 
+  const CardText labelText(texts[kLabel]);
+  const auto label = isPlainText(texts[kLabel]) ? labelText.view() : std::string_view();
+  const bool isAlone = !label.empty() && entry.verbatim() == kLabelAlone && parts[kStreet] == label &&
+                       std::ranges::count_if(parts, saysNothing) == kComponents - 1;
   const auto code = texts[kCode];
   const bool hasCode = isCountryCode(code);
-  entry.start("ADR", hasCode ? EntryWriter::OwnLines::Yes : EntryWriter::OwnLines::No);
-  if (!entry.verbatim().empty() && gives(entry.verbatim(), parts)) {
-    entry.line().raw(":").raw(entry.verbatim());
+  const bool isGrouped = hasCode || (entry.is30() && !label.empty() && isLabelAmbiguous(entry));
+  entry.start(isAlone && entry.is30() ? "LABEL" : "ADR",
+              isGrouped ? EntryWriter::OwnLines::Yes : EntryWriter::OwnLines::No);
+  if (!label.empty() && !entry.is30()) writeLabelParameter(label, entry.line());
+  entry.line().raw(":");
+  if (isAlone) {
+    entry.is30() ? entry.line().text(label) : entry.line().raw(kLabelAlone);
   } else {
-    std::string_view separator = ":";
-    for (const auto part : parts) {
-      entry.line().raw(separator).text(CardText(part).view());
-      separator = ";";
-    }
+    writeComponents(entry, parts);
   }
   entry.end();
+  if (!label.empty() && !isAlone && entry.is30()) {
+    entry.startAnother("LABEL");
+    entry.line().raw(":").text(label).end();
+  }
   if (hasCode) entry.line().raw(entry.group()).raw(".X-ABADR:").raw(code).end();
-  return texts.isExact() && texts.arePlain() && areBare && street && (hasCode || code.empty());
+  return texts.isExact() && texts.arePlain() && areBare && street && (hasCode || code.empty()) &&
+         !label.empty() == texts.has(kLabel);
+}
+
+bool lacksAddress(const PropertyRow& row, std::string_view /*line*/, PropertyWriter& card) {
+  return card.valueOf(row.property) == nullptr;
 }
 
 }  // namespace ox::vcard

@@ -36,9 +36,10 @@ WriteEntry writeDate;
 ReadProperty readPhone, readEmail, readUrl;
 WriteEntry writePhone, writeEmail, writeUrl;
 
-// card_address.cpp: ADR, X-ABADR
-ReadProperty readAddress, readCountryCode;
+// card_address.cpp: ADR, X-ABADR, LABEL
+ReadProperty readAddress, readCountryCode, readAddressLabel;
 WriteEntry writeAddress;
+LacksProperty lacksAddress;
 
 // card_message.cpp: IMPP, X-AIM and its like
 ReadProperty readMessageUri, readMessageUser;

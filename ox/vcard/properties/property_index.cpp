@@ -69,6 +69,7 @@ constexpr std::array kRows = {
                 kSocialProfile},
     PropertyRow{"ADR", readAddress, eachEntry<writeAddress>, kAddress},
     PropertyRow{"X-ABADR", readCountryCode, nullptr, kAddress},
+    PropertyRow{"LABEL", readAddressLabel, nullptr, kAddress, {}, lacksAddress},
     PropertyRow{"RELATED", readRelated, eachEntry<writeRelated>, kRelatedNames},
     relationRow("X-ABRELATEDNAMES", {}),
     relationRow("X-SPOUSE", kABSpouseLabel),

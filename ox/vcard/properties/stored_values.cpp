@@ -8,6 +8,7 @@
 #include "ox/base/base64.hpp"
 #include "ox/records/clean_text.hpp"
 #include "ox/records/property_codec.hpp"
+#include "ox/vcard/properties/card_address.hpp"
 #include "ox/vcard/properties/property_index.hpp"
 
 namespace ox::vcard {
@@ -38,6 +39,7 @@ PropertyBag throughOrdinaryLines(const PropertyBag& properties, CardVersion vers
     const auto* row = findProperty(line.name);
     if (row != nullptr) row->read(*row, line, draft);
   }
+  settleAddressLabels(draft);
   draft.groups.join(draft.values, draft.unmodelled, draft.repairs);
   PropertyBag read;
   draft.values.moveInto(read);

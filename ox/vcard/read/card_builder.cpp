@@ -7,6 +7,7 @@
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/lines/markers.hpp"
+#include "ox/vcard/properties/card_address.hpp"
 #include "ox/vcard/properties/name.hpp"
 #include "ox/vcard/properties/property_index.hpp"
 #include "ox/vcard/properties/stored_values.hpp"
@@ -94,6 +95,7 @@ Card CardBuilder::finish() {
   Card card;
   card.line = line_;
   card.isGroup = draft_.facts.isGroup;
+  settleAddressLabels(draft_);
   draft_.groups.join(draft_.values, draft_.unmodelled, draft_.repairs);
   std::ranges::move(draft_.name.details, std::back_inserter(draft_.unmodelled.details));
   if (card.isGroup) {

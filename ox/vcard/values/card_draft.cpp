@@ -26,6 +26,7 @@ void CardDraft::start(const CardFacts& factsOfCard) {
   uid.clear();
   members.clear();
   memberKeys.clear();
+  addressLabels.clear();
   noteParameters.clear();
   storedValues.reset();
   repairs.clear();

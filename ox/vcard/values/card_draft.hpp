@@ -40,6 +40,12 @@ struct NameLines {
 // TYPE words that no label is made of are parameters to preserve, unless the value is made of them.
 enum class UnknownWords { ArePreserved, AreUsed };
 
+// A line that is read when all others are.
+struct WaitingLine {
+  std::string text;  // as it is preserved
+  std::size_t number = 0;
+};
+
 // What an entry's line has beside its value.
 struct EntryExtras {
   std::string_view label = {};  // overrides what the types give
@@ -59,6 +65,7 @@ struct CardDraft {
   std::string uid;
   std::vector<std::string> members;
   std::unordered_set<std::string> memberKeys;
+  std::vector<WaitingLine> addressLabels;   // LABEL
   std::string noteParameters;               // of the first note
   std::optional<PropertyBag> storedValues;  // of X-OX-PROPERTY
   std::vector<Problem> repairs;

@@ -64,7 +64,7 @@ class EntriesWriter {
 
   void write(const MultiEntry& held, WriteEntry* writeEntry) {
     ++number_;
-    OutgoingEntry next{property_, &held, held.identifier == primary_ ? 1U : 0U, {}};
+    OutgoingEntry next{property_, number_, &held, held.identifier == primary_ ? 1U : 0U, {}};
     takeRank(next);
     takeParameters(next);
     takeRest(next);
@@ -140,14 +140,13 @@ std::string_view EntryWriter::labelParametersFor(std::string_view label) const {
 
 void EntryWriter::start(std::string_view name, OwnLines ownLines, TellsLabel tellsLabel) {
   assert(group_.empty() && "an entry has one line of its own");
-  std::string_view parameters;
   if (label() && tellsLabel == TellsLabel::No) {
-    parameters = labelParametersFor(*label());
-    if (parameters.empty()) groupLabel_ = *label();
+    typeParameters_ = labelParametersFor(*label());
+    if (typeParameters_.empty()) groupLabel_ = *label();
   }
   group_ = card_.groups().groupFor(entry_.group, groupLabel_, ownLines == OwnLines::Yes);
   if (!group_.empty()) line().raw(group_).raw(".");
-  line().raw(name).raw(parameters);
+  line().raw(name).raw(typeParameters_);
   card_.writePreference(entry_.rank);
   line().raw(entry_.parameters);
 }
@@ -158,6 +157,16 @@ void EntryWriter::end() {
   const CardText clean(*label());
   if (clean.view().empty()) return;
   line().raw(group_).raw(".X-ABLabel:").text(clean.view()).end();
+}
+
+void EntryWriter::wrapVerbatim() {
+  card_.wrapLater(
+      {entry_.property, entry_.number, DetailKind::Verbatim, std::string(entry_.verbatim)});
+}
+
+void EntryWriter::startAnother(std::string_view name) {
+  if (!group_.empty()) line().raw(group_).raw(".");
+  line().raw(name).raw(typeParameters_);
 }
 
 void writeEntries(PropertyWriter& card, PropertyId property, WriteEntry* writeEntry) {

@@ -10,6 +10,7 @@ namespace ox::vcard {
 // An entry of a multi-value on its way into a line.
 struct OutgoingEntry {
   PropertyId property = 0;
+  std::size_t number = 0;  // among those of the record, from 1 on
   const MultiEntry* held = nullptr;
   unsigned rank = 0;       // of preference: 1 is the most preferred, 0 none
   std::string parameters;  // those that were preserved
@@ -42,6 +43,10 @@ class EntryWriter {
   void start(std::string_view name, OwnLines ownLines = OwnLines::No,
              TellsLabel tellsLabel = TellsLabel::No);
   void end();
+  // For a line that could not say all of the verbatim value.
+  void wrapVerbatim();
+  // Begins another line that belongs to this entry: its group, the name, the label if TYPE says it.
+  void startAnother(std::string_view name);
 
  private:
   std::string_view labelParametersFor(std::string_view label) const;
@@ -49,7 +54,8 @@ class EntryWriter {
   PropertyWriter& card_;
   const OutgoingEntry& entry_;
   std::string group_;
-  std::string_view groupLabel_;  // that X-ABLabel has to give
+  std::string_view typeParameters_;  // that give the label
+  std::string_view groupLabel_;       // that X-ABLabel has to give
 };
 
 // Writes one entry; false when its line does not give the entry exactly.

@@ -70,6 +70,13 @@ void GroupedLines::clear() {
   notes_.clear();
 }
 
+std::string_view GroupedLines::groupOf(PropertyId property, std::size_t entry) const {
+  for (const auto& each : entries_) {
+    if (each.property == property && each.entry == entry) return each.key;
+  }
+  return {};
+}
+
 void GroupedLines::join(CollectedValues& values, CollectedUnmodelled& unmodelled,
                         std::vector<Problem>& repairs) {
   if (!notes_.empty()) {

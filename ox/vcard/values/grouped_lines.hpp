@@ -45,6 +45,8 @@ class GroupedLines {
   void clear();
   void add(GroupedEntry entry) { entries_.push_back(std::move(entry)); }
   void add(GroupNote note) { notes_.push_back(std::move(note)); }
+  // As groupKey gives it; empty for an entry without.
+  std::string_view groupOf(PropertyId property, std::size_t entry) const;
 
   // Applies the notes to the entries, preserves those that no entry wants, and notes the group of
   // each entry that shares it with an unmodelled line.
