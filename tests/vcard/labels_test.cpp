@@ -24,7 +24,7 @@ TEST(CardLabels, TypesBecomeLabelsAndOtherWordsAreKept) {
       {"3.0", "TEL;TYPE=MAIN:1\nTEL;TYPE=PAGER:2\nTEL;TYPE=OTHER:3\n",
        "Phone[_$!<Main>!$_]=1\nPhone[_$!<Pager>!$_]=2\nPhone[_$!<Other>!$_]=3\n"},
       {"3.0", "TEL:1\nEMAIL;TYPE=INTERNET:a\n", "Phone[-]=1\nEmail[-]=a\n"},
-      {"2.1", "TEL;MODEM;X-CAR:1\n", "Phone[-]=1\nkept=;16#1;TYPE=MODEM;TYPE=X-CAR\n"},
+      {"2.1", "TEL;MODEM;X-CAR:1\n", "Phone[CAR]=1\nkept=;16#1;TYPE=MODEM;TYPE=X-CAR\n"},
       {"3.0", "TEL;TYPE=CELL,WORK:1\n", "Phone[_$!<Mobile>!$_]=1\nkept=;16#1;TYPE=WORK\n"},
       {"4.0", "EMAIL;TYPE=work;PID=1.1;X-A=\"b;c:d\":e\n",
        "Email[_$!<Work>!$_]=e\nkept=;17#1;PID=1.1;X-A=\"b;c:d\"\n"},

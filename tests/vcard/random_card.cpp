@@ -98,6 +98,7 @@ Object RandomCards::address() {
   }
   if (!box.empty()) address.set(kAddressPostOfficeBoxKey, box);
   if (!extended.empty()) address.set(kAddressExtendedKey, extended);
+  if (oneIn(4)) address.set(kAddressLabelKey, text());
   if (oneIn(2)) address.set(kABAddressCountryCodeKey, oneIn(5) ? text() : std::string("de"));
   if (oneIn(30)) address.set("Planet", std::int64_t{3});
   return address;

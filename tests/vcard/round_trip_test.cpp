@@ -3,6 +3,7 @@
 
 #include "card_text.hpp"
 #include "ox/records/fingerprint.hpp"
+#include "ox/vcard/unmodelled/property_detail.hpp"
 #include "ox/vcard/write/writer.hpp"
 #include "random_card.hpp"
 
@@ -23,6 +24,22 @@ std::string written(const Card& card, CardVersion version) {
   return out;
 }
 
+// 4.0 has properties of its own for what came under other names by an older version.
+PropertyBag withoutOlderNames(const PropertyBag& properties) {
+  const auto* held = properties.find(property_id::kUnmodelledLines);
+  if (held == nullptr) return properties;
+  Array left;
+  for (const auto& element : *std::get<Object>(*held).array()) {
+    const auto detail = decodeDetail(*element.text());
+    const bool isOlderName =
+        detail && detail->kind == DetailKind::Line && detail->text.starts_with('3');
+    if (!isOlderName) left.push_back(element);
+  }
+  auto rest = properties;
+  rest.set(property_id::kUnmodelledLines, left.empty() ? PropertyValue() : Object(left));
+  return rest;
+}
+
 void expectSameAfter(const Card& card, CardVersion version) {
   const auto text = written(card, version);
   const auto results = readAll(text);
@@ -31,8 +48,9 @@ void expectSameAfter(const Card& card, CardVersion version) {
   const auto& again = std::get<Card>(results[0]);
   auto expected = card;
   expected.repairs.clear();
+  if (version == CardVersion::V40) expected.properties = withoutOlderNames(card.properties);
   EXPECT_EQ(textOf(again), textOf(Reader::Result(expected))) << text;
-  EXPECT_TRUE(sameContent(again.properties, card.properties)) << text;
+  EXPECT_TRUE(sameContent(again.properties, expected.properties)) << text;
   EXPECT_TRUE(sameData(again.photo, card.photo)) << text;
   EXPECT_EQ(again.members, card.members);
   EXPECT_EQ(written(again, version), text);

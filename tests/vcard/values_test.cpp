@@ -19,8 +19,10 @@ TEST(CardValues, EscapesDependOnTheVersion) {
        "kept=;3#0:Ray;Al;Bo,Cy;Dr,Prof;Jr.,M.D.\n"},
       {"2.1", "N:Ray;Al;Bo,Cy\n", "First=Al\nMiddle=Bo,Cy\nLast=Ray\n"},
       {"3.0", "N:A;B;;;;x;y\n",
-       "First=B\nLast=A\nkept=N:A;B;;;;x;y\n"
-       "repair 3: N has more than five components, kept as text beside them\n"},
+       "First=B\nLast=A\nkept=;3#0:A;B;;;;x;y\n"},
+      {"3.0", "N:A;B;;;;x;y;z\n",
+       "First=B\nLast=A\nkept=N:A;B;;;;x;y;z\nkept=;3#0:A;B;;;;x;y\n"
+       "repair 3: N has more than seven components, kept as text beside them\n"},
   });
 }
 
@@ -97,9 +99,11 @@ TEST(CardValues, EntriesOfEveryMultiValue) {
        "Address[-]={Street=a,CountryCode=de}\nAddress[-]={Street=b}\n"
        "kept=item2.X-ABADR:Elsewhere\nkept=;21#2.item2\n"},
       {"3.0", "X-ANNIVERSARY:2001-02-03\nitem1.X-ABDATE:2004-05-06\nitem1.X-ABLabel:Died\n",
-       "OtherDates[_$!<Anniversary>!$_]=2001-02-03\nOtherDates[Died]=2004-05-06\n"},
+       "OtherDates[_$!<Anniversary>!$_]=2001-02-03\nOtherDates[Died]=2004-05-06\n"
+       "kept=;23#1=3=X-ANNIVERSARY:2001-02-03\n"},
       {"3.0", "X-SPOUSE:Ann\nX-ABRELATEDNAMES;TYPE=pref:Bo\n",
-       "RelatedNames[_$!<Spouse>!$_]=Ann\nRelatedNames*[-]=Bo\n"},
+       "RelatedNames[_$!<Spouse>!$_]=Ann\nRelatedNames*[-]=Bo\n"
+       "kept=;22#1=3=X-SPOUSE:Ann\n"},
       {"4.0", "RELATED;TYPE=child;VALUE=text:Cy\nRELATED;TYPE=friend:urn:uuid:5\n",
        "RelatedNames[_$!<Child>!$_]=Cy\nkept=RELATED;TYPE=friend:urn:uuid:5\n"},
   });
@@ -113,9 +117,13 @@ TEST(CardValues, AccountsNameTheirService) {
   expectRows({
       {"3.0", "X-AIM:a\nX-SKYPE-USERNAME:b\nX-GTALK:c\nX-QQ:5\n",
        account("a", "AIM") + account("b", "Skype") + account("c", "GoogleTalk") +
-           account("5", "QQ")},
+           account("5", "QQ") +
+           "kept=;19#1=3=X-AIM:a\nkept=;19#2=3=X-SKYPE-USERNAME:b\nkept=;19#3=3=X-GTALK:c\n"
+           "kept=;19#4=3=X-QQ:5\n"},
       {"3.0", "X-JABBER;X-SERVICE-TYPE=GTalk:a\nX-AIM;X-SERVICE-TYPE=Own:b\n",
-       account("a", "GoogleTalk") + account("b", "Own")},
+       account("a", "GoogleTalk") + account("b", "Own") +
+           "kept=;19#1=3=X-JABBER;X-SERVICE-TYPE=GTalk:a\n"
+           "kept=;19#2=3=X-AIM;X-SERVICE-TYPE=Own:b\n"},
       {"3.0", "IMPP;X-SERVICE-TYPE=GoogleTalk:xmpp:g%40h\n",
        account("g@h", "GoogleTalk") + "kept=;19#1:xmpp:g%40h\n"},
       {"4.0", "IMPP:xmpp:j\nIMPP:ymsgr:y\n", account("j", "Jabber") + account("y", "Yahoo")},

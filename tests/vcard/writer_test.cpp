@@ -122,7 +122,7 @@ TEST(CardWriter, EntriesOfDictionaries) {
       {propertiesOf("3.0", profile), n30 + profile, n40 + profile},
       {propertiesOf("3.0",
                     "X-SKYPE:s, t\nIMPP;X-SERVICE-TYPE=Own One:x-apple:a%40b\nIMPP:x-apple:c\n"),
-       n30 + "IMPP;X-SERVICE-TYPE=Skype:skype:s%2C%20t\nIMPP;X-SERVICE-TYPE=Own One:x-apple:a%40b\n"
+       n30 + "X-SKYPE:s\\, t\nIMPP;X-SERVICE-TYPE=Own One:x-apple:a%40b\n"
              "IMPP:x-apple:c\n",
        n40 + "IMPP;X-SERVICE-TYPE=Skype:skype:s%2C%20t\nIMPP;X-SERVICE-TYPE=Own One:x-apple:a%40b\n"
              "IMPP:x-apple:c\n"},

@@ -21,7 +21,9 @@ constexpr std::array kKinds = {
     KindRow{"CHARSET", ParameterKind::Charset},
     KindRow{"VALUE", ParameterKind::Value},
     KindRow{"X-SERVICE-TYPE", ParameterKind::ServiceType},
+    KindRow{"SERVICE-TYPE", ParameterKind::ServiceType},
     KindRow{"X-USER", ParameterKind::UserName},
+    KindRow{"USERNAME", ParameterKind::UserName},
     KindRow{"X-USERID", ParameterKind::UserIdentifier},
     KindRow{"SORT-AS", ParameterKind::SortAs},
     KindRow{"X-APPLE-OMIT-YEAR", ParameterKind::OmittedYear},
@@ -90,6 +92,14 @@ std::size_t endOfValue(std::string_view text, std::size_t at) {
   return at;
 }
 
+// One name has a blank in it. Where it ends; the given end for any other.
+std::size_t endOfNameWithBlank(std::string_view line, std::size_t start, std::size_t end) {
+  constexpr std::string_view kName = "X-GOOGLE TALK";
+  const auto whole = line.substr(start, kName.size());
+  if (end - start != kName.find(' ') || !isWord(whole, kName)) return end;
+  return start + kName.size();
+}
+
 // Asked of every line.
 inline LineName nameAtFront(std::string_view line) {
   LineName result;
@@ -101,6 +111,7 @@ inline LineName nameAtFront(std::string_view line) {
     end = endOfName(line, start);
   }
   if (end == start) return {};
+  end = endOfNameWithBlank(line, start, end);
   result.name = line.substr(start, end - start);
   result.end = end;
   return result;

@@ -42,7 +42,7 @@ SplitAddress splitAddress(std::string_view value) {
   const auto all = components<kComponents + 1>(value);
   SplitAddress address;
   std::copy_n(all.begin(), kComponents, address.parts.begin());
-  address.rest = all.back();
+  address.rest = wholeComponents<kComponents + 1>(value).back();
   if (address.rest.find_first_not_of("; ") == std::string_view::npos) address.rest = {};
   return address;
 }

@@ -7,6 +7,7 @@
 #include "ox/vcard/lines/uri.hpp"
 #include "ox/vcard/properties/dictionary_texts.hpp"
 #include "ox/vcard/properties/each_property.hpp"
+#include "ox/vcard/properties/original_line.hpp"
 
 // Accounts at services of instant messages: IMPP (RFC 4770), whose URI has the scheme of the
 // service, and the X- properties of older programs, one a service.
@@ -44,6 +45,9 @@ constexpr std::array kServices = {
     ServiceRow{"YAHOO", kABInstantMessageServiceYahoo},
 };
 
+// A service that is known by no other name.
+constexpr std::string_view kSip = "SIP";
+
 struct SchemeRow {
   std::string_view service;
   std::string_view scheme;
@@ -60,6 +64,7 @@ constexpr std::array kSchemes = {
     SchemeRow{kABInstantMessageServiceMSN, "msnim"},
     SchemeRow{kABInstantMessageServiceQQ, "mqq"},
     SchemeRow{kABInstantMessageServiceSkype, "skype"},
+    SchemeRow{kSip, "sip"},
     SchemeRow{kABInstantMessageServiceYahoo, "ymsgr"},
 };
 
@@ -141,7 +146,10 @@ Dictionary dictionaryOf(std::string user, std::string_view service) {
 }  // namespace
 
 bool readMessageUser(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
+  constexpr std::string_view kSipScheme = "SIP:";
   auto user = draft.text(line);
+  // The address of a telephone is a URI or what follows its scheme.
+  if (row.implied == kSip && startsWithWord(user, kSipScheme)) user.erase(0, kSipScheme.size());
   if (trimmed(user).empty()) return true;
   const auto named = serviceType(line);
   draft.addEntry(row.property,
@@ -159,6 +167,11 @@ bool readMessageUri(const PropertyRow& row, const ContentLine& line, CardDraft& 
   draft.addEntry(row.property, dictionaryOf(std::move(held.user), held.service), line,
                  {.ownKinds = bitOf(ParameterKind::ServiceType)});
   if (!isOurs) draft.preserveVerbatim(row.property, uri);
+  // RFC 9554, section 4.9: what we write as X-SERVICE-TYPE.
+  const auto* type = line.find(ParameterKind::ServiceType);
+  if (type != nullptr && isWord(type->name, "SERVICE-TYPE")) {
+    preserveOriginalLine(row.property, line, draft, LineHolds::Other);
+  }
   return true;
 }
 
@@ -171,7 +184,7 @@ bool writeMessage(EntryWriter& entry) {
   entry.start("IMPP");
   const CardText name(service);
   if (!name.view().empty()) entry.line().parameter("X-SERVICE-TYPE", name.view());
-  const Account account{std::string(texts[kUser]), std::string(service)};
+  const Account account{std::string(texts[kUser]), std::string(name.view())};
   const bool isVerbatim =
       !entry.verbatim().empty() && accountOfUri(entry.verbatim(), name.view()) == account;
   entry.line().raw(":");

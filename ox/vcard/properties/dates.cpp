@@ -2,6 +2,7 @@
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/properties/card_date.hpp"
 #include "ox/vcard/properties/each_property.hpp"
+#include "ox/vcard/properties/original_line.hpp"
 
 // BDAY, and the other dates: ANNIVERSARY and X-ABDATE.
 
@@ -60,6 +61,15 @@ bool readDate(const PropertyRow& row, const ContentLine& line, CardDraft& draft)
   if (!date) return false;
   draft.addEntry(row.property, *date, line,
                  {.label = row.implied, .ownKinds = bitOf(ParameterKind::OmittedYear)});
+  return true;
+}
+
+// Of 4.0 it is ours too.
+bool readAnniversary(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
+  const auto before = draft.values.multi(row.property).entries.size();
+  if (!readDate(row, line, draft)) return false;
+  const bool isRead = draft.values.multi(row.property).entries.size() > before;
+  if (isRead && !draft.facts.is40) preserveOriginalLine(row.property, line, draft, LineHolds::Other);
   return true;
 }
 

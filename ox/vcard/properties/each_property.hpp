@@ -8,10 +8,10 @@
 
 namespace ox::vcard {
 
-// name.cpp: N and its readings
+// name.cpp: N, its readings
 ReadProperty readName, readSound;
 WriteProperty writeName;  // FN too
-LacksProperty lacksReadings;
+LacksProperty lacksReadings, lacksName;
 
 // formatted_name.cpp: FN
 ReadProperty readFormattedName;
@@ -28,7 +28,7 @@ WriteProperty writeOrganization;
 LacksProperty lacksOrganization;
 
 // dates.cpp: BDAY, ANNIVERSARY, X-ABDATE
-ReadProperty readBirthday, readDate;
+ReadProperty readBirthday, readDate, readAnniversary;
 WriteProperty writeBirthday;
 WriteEntry writeDate;
 
@@ -45,13 +45,16 @@ LacksProperty lacksAddress;
 ReadProperty readMessageUri, readMessageUser;
 WriteEntry writeMessage;
 
-// social_profile.cpp: X-SOCIALPROFILE
-ReadProperty readSocialProfile;
+// social_profile.cpp: X-SOCIALPROFILE, SOCIALPROFILE
+ReadProperty readSocialProfile, readStandardProfile;
 WriteEntry writeSocialProfile;
 
 // related.cpp: RELATED, X-ABRELATEDNAMES, X-SPOUSE and its like
 ReadProperty readRelated, readRelation;
 WriteEntry writeRelated;
+
+// android_custom.cpp: X-ANDROID-CUSTOM
+ReadProperty readAndroidCustom;
 
 // card_photo.cpp: PHOTO
 ReadProperty readPhoto;

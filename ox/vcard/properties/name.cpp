@@ -31,6 +31,10 @@ constexpr std::array kParts = {
     NamePart{property_id::kMiddle, " "}, NamePart{property_id::kTitle, " "},
     NamePart{property_id::kSuffix, ", "}};
 
+// RFC 9554, section 2.2, adds two: the second family name and the generation, which cards repeat in
+// the others.
+constexpr std::size_t kComponents = kParts.size() + 2;
+
 template <typename TextOf>
 NameParts partsFrom(TextOf&& textOf) {
   return {.last = textOf(property_id::kLast),
@@ -85,7 +89,11 @@ std::string valueOfUncleanName(const NameParts& parts) {
 
 // True when a reader makes these parts of the value.
 bool givesName(std::string_view value, const NameParts& parts) {
-  const auto read = components<kParts.size()>(value);
+  const auto read = components<kComponents + 1>(value);
+  // None of those that RFC 9554 adds, or both.
+  const bool hasMore = read[kParts.size()].data() != nullptr;
+  const bool hasAll = read[kComponents - 1].data() != nullptr;
+  if (hasMore != hasAll || read[kComponents].data() != nullptr) return false;
   const auto wanted = inOrder(parts);
   for (std::size_t i = 0; i < kParts.size(); ++i) {
     if (unescapedList(read[i], Dialect::V30, kParts[i].separator) != wanted[i]) return false;
@@ -117,6 +125,19 @@ Readings readingsOfPreserved(std::string_view parameter) {
   const auto equals = parameter.find('=');
   if (equals == std::string_view::npos) return {};
   return readingsOf({"SORT-AS", parameter.substr(equals + 1), ParameterKind::SortAs});
+}
+
+// RFC 9554, section 4.6: the line is a reading of N in another script.
+bool isPhonetic(const ContentLine& line) {
+  return std::ranges::any_of(line.parameters, [](const Parameter& each) {
+    return isWord(each.name, "PHONETIC");
+  });
+}
+
+// Without what follows the components of RFC 6350.
+std::string_view fiveOf(std::string_view value) {
+  const auto rest = components<kParts.size() + 1>(value).back();
+  return rest.empty() ? value : value.substr(0, value.size() - rest.size() - 1);
 }
 
 bool hasReadings(CollectedValues& values) {
@@ -154,6 +175,24 @@ void readSortAs(const ContentLine& line, CardDraft& draft) {
                                       std::string(";SORT-AS=").append(sortAs->value)});
 }
 
+bool isBlankPart(std::string_view component) {
+  return component.find_first_not_of("; ") == std::string_view::npos;
+}
+
+// The line stays as it is, and gives the readings if nothing else has.
+bool readPhonetic(const ContentLine& line, CardDraft& draft) {
+  auto& values = draft.values;
+  if (draft.facts.isGroup || hasReadings(values)) return false;
+  const auto parts = components<kParts.size() + 1>(line.value);
+  const auto reading = [&](std::size_t part) {
+    return unescapedList(parts[part], draft.facts.dialect, kParts[part].separator);
+  };
+  values.text(property_id::kLastPhonetic) = reading(0);
+  values.text(property_id::kFirstPhonetic) = reading(1);
+  values.text(property_id::kMiddlePhonetic) = reading(2);
+  return false;
+}
+
 bool hasReadingType(const ContentLine& line) {
   bool found = false;
   for (const auto& parameter : line.parameters) {
@@ -188,8 +227,12 @@ void writeParts(const NameParts& parts, PropertyWriter& card) {
   if (isNamed) card.writeParameters(property_id::kLast);
   writeSortAs(card, isNamed);
   card.line().raw(":");
+  const auto five = card.is30() ? fiveOf(verbatim) : verbatim;
   if (isVerbatim) {
-    card.line().raw(verbatim);
+    card.line().raw(five);
+    if (five.size() != verbatim.size()) {
+      card.wrapLater({property_id::kLast, 0, DetailKind::Verbatim, std::string(verbatim)});
+    }
   } else {
     card.line().raw(valueOfName(parts));
   }
@@ -206,9 +249,10 @@ bool isCompanyName(CardDraft& draft) {
 }  // namespace
 
 bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
+  if (isPhonetic(line)) return readPhonetic(line, draft);
   if (draft.name.hasParts) return false;
   // A group may be called by blanks alone.
-  constexpr std::size_t kAll = kParts.size() + 1;
+  constexpr std::size_t kAll = kComponents + 1;
   const auto components =
       draft.facts.isGroup ? wholeComponents<kAll>(line.value) : vcard::components<kAll>(line.value);
   for (std::size_t i = 0; i < kParts.size(); ++i) {
@@ -220,10 +264,14 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
     draft.values.text(kParts[i].property) = std::move(part);
     draft.name.hasParts = true;
   }
-  const bool allTaken = components.back().find_first_not_of("; ") == std::string_view::npos;
-  if (!allTaken) draft.repaired(line, "N has more than five components, kept as text beside them");
-  if (!draft.facts.isGroup && hasList(line.value, draft.facts.dialect)) {
-    draft.name.verbatimParts = canonicalComponents(std::span(components).first<kParts.size()>());
+  const bool allTaken = isBlankPart(components.back());
+  if (!allTaken) draft.repaired(line, "N has more than seven components, kept as text beside them");
+  const bool hasMore = !isBlankPart(components[kParts.size()]) ||
+                       !isBlankPart(components[kParts.size() + 1]);
+  if (!draft.facts.isGroup && (hasMore || hasList(line.value, draft.facts.dialect))) {
+    const auto count = hasMore ? kComponents : kParts.size();
+    draft.name.verbatimParts =
+        canonicalComponents(std::span(components).first(count));
     draft.preserveVerbatim(property_id::kLast, draft.name.verbatimParts);
   }
   const bool mayGiveReadings =
@@ -320,6 +368,15 @@ void writeGroupName(PropertyWriter& card) {
   card.line().raw("FN");
   card.writeParameters(property_id::kGroupName);
   card.line().raw(":").text(text.view()).end();
+}
+
+// A second N, in another script for one.
+bool lacksName(const PropertyRow& /*row*/, std::string_view line, PropertyWriter& card) {
+  ContentLine name;
+  if (parseHead(line, name) == std::string_view::npos) return true;
+  if (!isPhonetic(name)) return isEmpty(partsHeldBy(card));
+  return card.textOf(property_id::kLastPhonetic).empty() &&
+         card.textOf(property_id::kFirstPhonetic).empty();
 }
 
 bool lacksReadings(const PropertyRow& /*row*/, std::string_view line, PropertyWriter& card) {

@@ -5,6 +5,7 @@
 #include "ox/records/property_keys.hpp"
 #include "ox/vcard/lines/name_table.hpp"
 #include "ox/vcard/properties/each_property.hpp"
+#include "ox/vcard/properties/original_line.hpp"
 
 namespace ox::vcard {
 namespace {
@@ -16,19 +17,37 @@ void eachEntry(const PropertyRow& row, PropertyWriter& card) {
   writeEntries(card, row.property, writeEntry);
 }
 
+// The same of a property that is also read under other names.
+template <WriteEntry* writeEntry>
+bool writeAsItCame(EntryWriter& entry) {
+  const bool isExact = writeOriginalLine(entry) || writeEntry(entry);
+  writeRepeatedLines(entry);
+  return isExact;
+}
+
+// Reads a line of such a name.
+template <ReadProperty* read, LineHolds holds>
+bool readOtherName(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
+  const auto& entries = draft.values.multi(row.property).entries;
+  const auto before = entries.size();
+  if (!read(row, line, draft)) return false;
+  if (entries.size() > before) preserveOriginalLine(row.property, line, draft, holds);
+  return true;
+}
+
 constexpr PropertyRow textRow(std::string_view name, PropertyId property) {
   return {name, readSingleText, writeSingleText, property, {}, lacksSingleText};
 }
 
 // A name of a date, an account or a relation that we read and do not write.
 constexpr PropertyRow dateRow(std::string_view name, std::string_view label) {
-  return {name, readDate, nullptr, kOtherDates, label};
+  return {name, readOtherName<readDate, LineHolds::Other>, nullptr, kOtherDates, label};
 }
 constexpr PropertyRow messageRow(std::string_view name, std::string_view service) {
-  return {name, readMessageUser, nullptr, kInstantMessage, service};
+  return {name, readOtherName<readMessageUser, LineHolds::Text>, nullptr, kInstantMessage, service};
 }
 constexpr PropertyRow relationRow(std::string_view name, std::string_view label) {
-  return {name, readRelation, nullptr, kRelatedNames, label};
+  return {name, readOtherName<readRelation, LineHolds::Text>, nullptr, kRelatedNames, label};
 }
 
 // A property of the card as a whole.
@@ -38,7 +57,7 @@ constexpr PropertyRow cardRow(std::string_view name, ReadProperty* read, CardsWi
 
 // A card is written in the order of the rows.
 constexpr std::array kRows = {
-    PropertyRow{"N", readName, writeName, 0, {}, nullptr, CardsWith::Both},
+    PropertyRow{"N", readName, writeName, 0, {}, lacksName, CardsWith::Both},
     PropertyRow{"FN", readFormattedName, nullptr, 0, {}, nullptr, CardsWith::Both},
     textRow("NICKNAME", kNickname),
     textRow("X-MAIDENNAME", kMaidenName),
@@ -52,7 +71,7 @@ constexpr std::array kRows = {
     PropertyRow{"TEL", readPhone, eachEntry<writePhone>, kPhone},
     PropertyRow{"EMAIL", readEmail, eachEntry<writeEmail>, kEmail},
     PropertyRow{"URL", readUrl, eachEntry<writeUrl>, kURLs},
-    PropertyRow{"IMPP", readMessageUri, eachEntry<writeMessage>, kInstantMessage},
+    PropertyRow{"IMPP", readMessageUri, eachEntry<writeAsItCame<writeMessage>>, kInstantMessage},
     messageRow("X-AIM", kABInstantMessageServiceAIM),
     messageRow("X-ICQ", kABInstantMessageServiceICQ),
     messageRow("X-JABBER", kABInstantMessageServiceJabber),
@@ -64,14 +83,28 @@ constexpr std::array kRows = {
     messageRow("X-QQ", kABInstantMessageServiceQQ),
     messageRow("X-GTALK", kABInstantMessageServiceGoogleTalk),
     messageRow("X-GOOGLE-TALK", kABInstantMessageServiceGoogleTalk),
+    messageRow("X-GOOGLE TALK", kABInstantMessageServiceGoogleTalk),
+    messageRow("X-GOOGLETALK", kABInstantMessageServiceGoogleTalk),
     messageRow("X-FACEBOOK", kABInstantMessageServiceFacebook),
-    PropertyRow{"X-SOCIALPROFILE", readSocialProfile, eachEntry<writeSocialProfile>,
+    messageRow("X-GROUPWISE", "GroupWise"),
+    messageRow("X-IRC", "IRC"),
+    messageRow("X-MATRIX", "Matrix"),
+    messageRow("X-SIGNAL", "Signal"),
+    messageRow("X-SIP", "SIP"),
+    messageRow("X-TELEGRAM", "Telegram"),
+    messageRow("X-TWITTER", "Twitter"),
+    messageRow("X-WHATSAPP", "WhatsApp"),
+    messageRow("X-KADDRESSBOOK-X-IMADDRESS", {}),
+    messageRow("X-MS-IMADDRESS", {}),
+    PropertyRow{"X-SOCIALPROFILE", readSocialProfile, eachEntry<writeAsItCame<writeSocialProfile>>,
+                kSocialProfile},
+    PropertyRow{"SOCIALPROFILE", readOtherName<readStandardProfile, LineHolds::Other>, nullptr,
                 kSocialProfile},
     PropertyRow{"ADR", readAddress, eachEntry<writeAddress>, kAddress},
     PropertyRow{"X-ABADR", readCountryCode, nullptr, kAddress},
     PropertyRow{"LABEL", readAddressLabel, nullptr, kAddress, {}, lacksAddress},
-    PropertyRow{"RELATED", readRelated, eachEntry<writeRelated>, kRelatedNames},
-    relationRow("X-ABRELATEDNAMES", {}),
+    PropertyRow{"RELATED", readRelated, eachEntry<writeAsItCame<writeRelated>>, kRelatedNames},
+    PropertyRow{"X-ABRELATEDNAMES", readRelation, nullptr, kRelatedNames},
     relationRow("X-SPOUSE", kABSpouseLabel),
     relationRow("X-EVOLUTION-SPOUSE", kABSpouseLabel),
     relationRow("X-MS-SPOUSE", kABSpouseLabel),
@@ -81,11 +114,17 @@ constexpr std::array kRows = {
     relationRow("X-ASSISTANT", kABAssistantLabel),
     relationRow("X-EVOLUTION-ASSISTANT", kABAssistantLabel),
     relationRow("X-MS-ASSISTANT", kABAssistantLabel),
-    PropertyRow{"X-ABDATE", readDate, eachEntry<writeDate>, kOtherDates},
-    dateRow("ANNIVERSARY", kABAnniversaryLabel),
+    relationRow("X-MS-CHILD", kABChildLabel),
+    relationRow("X-KADDRESSBOOK-X-SPOUSESNAME", kABSpouseLabel),
+    relationRow("X-KADDRESSBOOK-X-MANAGERSNAME", kABManagerLabel),
+    relationRow("X-KADDRESSBOOK-X-ASSISTANTSNAME", kABAssistantLabel),
+    PropertyRow{"X-ABDATE", readDate, eachEntry<writeAsItCame<writeDate>>, kOtherDates},
+    PropertyRow{"ANNIVERSARY", readAnniversary, nullptr, kOtherDates, kABAnniversaryLabel},
     dateRow("X-ANNIVERSARY", kABAnniversaryLabel),
     dateRow("X-EVOLUTION-ANNIVERSARY", kABAnniversaryLabel),
     dateRow("X-MS-ANNIVERSARY", kABAnniversaryLabel),
+    dateRow("X-KADDRESSBOOK-X-ANNIVERSARY", kABAnniversaryLabel),
+    PropertyRow{"X-ANDROID-CUSTOM", readAndroidCustom},
     PropertyRow{"NOTE", readNote, writeSingleText, kNote, {}, lacksNote},
     PropertyRow{"PHOTO", readPhoto, writePhoto, 0, {}, lacksPhoto},
     PropertyRow{"UID", readUid, writeUid, 0, {}, nullptr, CardsWith::Both},

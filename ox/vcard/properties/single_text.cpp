@@ -3,6 +3,7 @@
 #include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/lines/structured_value.hpp"
 #include "ox/vcard/properties/each_property.hpp"
+#include "ox/vcard/properties/original_line.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
 
 // Properties that hold one text: NICKNAME, TITLE, X-MAIDENNAME, X-PHONETIC-..., and NOTE, whose
@@ -14,6 +15,18 @@ namespace {
 
 bool isReading(const PropertyRow& row) {
   return row.property == property_id::kFirstPhonetic || row.property == property_id::kLastPhonetic;
+}
+
+void writeOwnLine(const PropertyRow& row, std::string_view text, PropertyWriter& card) {
+  card.line().raw(row.name);
+  card.writeParameters(row.property);
+  const auto verbatim = card.unmodelled().verbatimOf(row.property, 0);
+  card.line().raw(":");
+  if (!verbatim.empty() && unescaped(verbatim, Dialect::V30) == text) {
+    card.line().raw(verbatim).end();
+  } else {
+    card.line().text(text).end();
+  }
 }
 
 }  // namespace
@@ -54,15 +67,8 @@ bool readNote(const PropertyRow& row, const ContentLine& line, CardDraft& draft)
 void writeSingleText(const PropertyRow& row, PropertyWriter& card) {
   const auto text = card.textOf(row.property);
   if (text.empty()) return;
-  card.line().raw(row.name);
-  card.writeParameters(row.property);
-  const auto verbatim = card.unmodelled().verbatimOf(row.property, 0);
-  card.line().raw(":");
-  if (!verbatim.empty() && unescaped(verbatim) == text) {
-    card.line().raw(verbatim).end();
-  } else {
-    card.line().text(text).end();
-  }
+  if (!writeOriginalLine(row.property, text, card)) writeOwnLine(row, text, card);
+  writeRepeatedLines(row.property, text, card);
 }
 
 // A line that says of a reading what the card's own says would be passed over.

@@ -8,7 +8,7 @@
 #include "ox/vcard/properties/each_property.hpp"
 
 // X-SOCIALPROFILE: the service is its TYPE, user and identifier are parameters, the URL is its
-// value.
+// value. SOCIALPROFILE has parameters for the service and the user, or the user as its value.
 
 namespace ox::vcard {
 namespace {
@@ -77,6 +77,26 @@ bool readSocialProfile(const PropertyRow& row, const ContentLine& line, CardDraf
   draft.addEntry(row.property, std::move(profile), line,
                  {.ownKinds = bitOf(ParameterKind::UserName) | bitOf(ParameterKind::UserIdentifier),
                   .unknownWords = unknownWords});
+  return true;
+}
+
+// RFC 9554, section 3.5.
+bool readStandardProfile(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
+  auto value = draft.text(line);
+  if (trimmed(value).empty()) return true;
+  const auto* type = line.find(ParameterKind::Value);
+  const bool isUser = type != nullptr && isWord(type->value, "TEXT");
+  auto user = isUser ? value : parameterIn(line, ParameterKind::UserName);
+  Dictionary profile;
+  const auto put = [&](SocialKey key, std::string text) {
+    if (!text.empty()) profile.set(kKeys[key], std::move(text));
+  };
+  put(kService, parameterIn(line, ParameterKind::ServiceType));
+  put(kUser, std::move(user));
+  put(kUrl, isUser ? std::string() : std::move(value));
+  draft.addEntry(
+      row.property, std::move(profile), line,
+      {.ownKinds = bitOf(ParameterKind::UserName) | bitOf(ParameterKind::ServiceType)});
   return true;
 }
 

@@ -9,6 +9,7 @@
 #include "ox/vcard/lines/markers.hpp"
 #include "ox/vcard/properties/card_address.hpp"
 #include "ox/vcard/properties/name.hpp"
+#include "ox/vcard/properties/original_line.hpp"
 #include "ox/vcard/properties/property_index.hpp"
 #include "ox/vcard/properties/stored_values.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
@@ -97,6 +98,7 @@ Card CardBuilder::finish() {
   card.isGroup = draft_.facts.isGroup;
   settleAddressLabels(draft_);
   draft_.groups.join(draft_.values, draft_.unmodelled, draft_.repairs);
+  joinRepeatedEntries(draft_);
   std::ranges::move(draft_.name.details, std::back_inserter(draft_.unmodelled.details));
   if (card.isGroup) {
     auto name = groupNameOf(draft_);

@@ -38,6 +38,11 @@ DetailKind kindOfParameters(PropertyId property, std::string_view text) {
   return rankIn(text) != 0 ? DetailKind::Preference : DetailKind::Parameters;
 }
 
+DetailKind kindOfMark(char mark) {
+  if (mark == '.') return DetailKind::Group;
+  return mark == '=' ? DetailKind::Line : DetailKind::Verbatim;
+}
+
 }  // namespace
 
 std::string encodeDetail(const DetailView& detail) {
@@ -48,6 +53,8 @@ std::string encodeDetail(const DetailView& detail) {
     stored += '.';
   } else if (detail.kind == DetailKind::Verbatim) {
     stored += ':';
+  } else if (detail.kind == DetailKind::Line) {
+    stored += '=';
   } else {
     assert(detail.text.starts_with(';') && "parameters start with their own semicolon");
   }
@@ -62,12 +69,12 @@ std::optional<DetailView> decodeDetail(std::string_view stored) {
     return std::nullopt;
   }
   stored.remove_prefix(1);
-  if (!takeNumber(stored, detail.entry) || stored.find_first_of(";:.") != 0) return std::nullopt;
+  if (!takeNumber(stored, detail.entry) || stored.find_first_of(";:.=") != 0) return std::nullopt;
   if (stored.front() == ';') {
     detail.kind = kindOfParameters(detail.property, stored);
     detail.text = stored;
   } else {
-    detail.kind = stored.front() == '.' ? DetailKind::Group : DetailKind::Verbatim;
+    detail.kind = kindOfMark(stored.front());
     detail.text = stored.substr(1);
   }
   return detail;
@@ -94,6 +101,8 @@ unsigned placeOf(DetailKind kind) {
       return 2;
     case DetailKind::Preference:
       return 3;
+    case DetailKind::Line:
+      return 4;
   }
   return 0;
 }

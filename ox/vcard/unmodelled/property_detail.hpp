@@ -16,6 +16,7 @@ enum class DetailKind : std::uint8_t {
   Group,       // the group that the entry shares with unmodelled lines: "item1"
   Verbatim,    // the value as the card wrote it, where a writer would write it otherwise
   Preference,  // the rank of an entry, when being the primary one does not tell it: ";PREF=3"
+  Line,        // a line of another name that gave the value (properties/original_line.hpp)
 };
 
 // What a card says of one property beside its value, so that a writer can say it again. A verbatim
@@ -42,7 +43,7 @@ inline constexpr PropertyId kPhotoDetails = 0;
 
 // The stored form, which starts with a semicolon as no content line does: ";16#2;TYPE=MODEM" for
 // the parameters of the entry 2 of the phones, ";20#1:sip:a@b" for a value, ";16#2.item1" for a
-// group. Stores hold it: never change it.
+// group, ";20#1=3=X-AIM:ann" for a line. Stores hold it: never change it.
 std::string encodeDetail(const DetailView& detail);
 // The detail that a stored text holds, borrowed from it; missing when it is of another form.
 std::optional<DetailView> decodeDetail(std::string_view stored);

@@ -24,6 +24,13 @@ const DetailView* find(const std::vector<DetailView>& details, PropertyId proper
   return &*found;
 }
 
+std::span<const DetailView> findAll(const std::vector<DetailView>& details, PropertyId property,
+                                    std::uint64_t entry) {
+  const auto [first, last] =
+      std::equal_range(details.begin(), details.end(), DetailView{property, entry}, byOwner);
+  return {first, last};
+}
+
 bool isContentLine(std::string_view text) {
   ContentLine line;
   return parseHead(text, line) != std::string_view::npos;
@@ -51,7 +58,7 @@ Unmodelled::Unmodelled(const PropertyBag& properties) {
       formattedNameLine_ = *text;
     }
   }
-  for (auto* details : {&parameters_, &verbatim_, &ranks_, &groups_}) {
+  for (auto* details : {&parameters_, &verbatim_, &ranks_, &groups_, &originals_}) {
     if (details->size() > 1) std::stable_sort(details->begin(), details->end(), byOwner);
   }
 }
@@ -80,6 +87,9 @@ void Unmodelled::takeDetail(const DetailView& detail) {
     case DetailKind::Parameters:
       parameters_.push_back(detail);
       return;
+    case DetailKind::Line:
+      originals_.push_back(detail);
+      return;
     case DetailKind::Group:
       if (!isName(detail.text)) return;
       groups_.push_back(detail);
@@ -89,14 +99,20 @@ void Unmodelled::takeDetail(const DetailView& detail) {
 
 std::span<const DetailView> Unmodelled::parametersOf(PropertyId property,
                                                      std::uint64_t entry) const {
-  const auto [first, last] = std::equal_range(parameters_.begin(), parameters_.end(),
-                                              DetailView{property, entry}, byOwner);
-  return {first, last};
+  return findAll(parameters_, property, entry);
+}
+
+std::span<const DetailView> Unmodelled::originalLinesOf(PropertyId property,
+                                                        std::uint64_t entry) const {
+  return findAll(originals_, property, entry);
 }
 
 std::string_view Unmodelled::verbatimOf(PropertyId property, std::uint64_t entry) const {
-  const auto* detail = find(verbatim_, property, entry);
-  return detail != nullptr ? detail->text : std::string_view();
+  std::string_view longest;
+  for (const auto& detail : findAll(verbatim_, property, entry)) {
+    if (detail.text.size() > longest.size()) longest = detail.text;
+  }
+  return longest;
 }
 
 unsigned Unmodelled::rankOf(PropertyId property, std::uint64_t entry) const {

@@ -22,7 +22,8 @@ class Unmodelled {
   const std::vector<std::string_view>& lines() const { return lines_; }
   // By property and entry.
   const std::vector<DetailView>& parameters() const { return parameters_; }
-  // The value as a card wrote it; empty when that was not preserved.
+  // The value as a card wrote it; empty when that was not preserved. Beside what a line of 3.0 says
+  // there may be what only 4.0 could, which is longer.
   std::string_view verbatimOf(PropertyId property, std::uint64_t entry) const;
   // Those of one entry, or of a single value (entry 0).
   std::span<const DetailView> parametersOf(PropertyId property, std::uint64_t entry) const;
@@ -30,6 +31,8 @@ class Unmodelled {
   unsigned rankOf(PropertyId property, std::uint64_t entry) const;
   // The group that the entry's line had; empty when that was not preserved.
   std::string_view groupOf(PropertyId property, std::uint64_t entry) const;
+  // The lines of other names that gave the value.
+  std::span<const DetailView> originalLinesOf(PropertyId property, std::uint64_t entry) const;
   bool hasRanks() const { return !ranks_.empty(); }
   // ";SORT-AS=..." of N; empty without one.
   std::string_view sortAs() const { return sortAs_; }
@@ -46,6 +49,7 @@ class Unmodelled {
   std::vector<DetailView> verbatim_;
   std::vector<DetailView> ranks_;
   std::vector<DetailView> groups_;
+  std::vector<DetailView> originals_;
   std::string_view sortAs_;
   std::size_t firstFreeItem_ = 1;
 };

@@ -166,6 +166,15 @@ Written agent30(const ContentLine& line, std::string& room) {
   return isBegin(trimmed(line.value)) ? std::nullopt : asItStands(line, room);
 }
 
+// RFC 6350, section 5.4, and RFC 9554, section 4.6: N in other languages and scripts.
+Written alternativeName(const ContentLine& line, std::string& room) {
+  const bool isAlternative =
+      std::any_of(line.parameters.begin(), line.parameters.end(), [](const Parameter& each) {
+        return isWord(each.name, "ALTID") || isWord(each.name, "PHONETIC");
+      });
+  return isAlternative ? asItStands(line, room) : std::nullopt;
+}
+
 Written refused(const ContentLine& /*line*/, std::string& /*room*/) {
   return std::nullopt;
 }
@@ -186,7 +195,7 @@ constexpr std::array kRules = {
     LineRule{"BEGIN", refused, refused},
     LineRule{"END", refused, refused},
     LineRule{"VERSION", refused, refused},
-    LineRule{"N", refused, refused},
+    LineRule{"N", refused, alternativeName},
     LineRule{"UID", refused, refused},
     LineRule{"MEMBER", refused, refused},
     LineRule{"X-OX-LINE", refused, refused},

@@ -49,6 +49,7 @@ void CardDraft::addEntry(PropertyId property, Object&& value, const ContentLine&
   if (!line.parameters.empty()) {
     readTypeWords(line, types);
     label = typeLabel(property, types.known);
+    if (label.label.empty()) label.label = extendedLabel(property, types);
     if (!extras.label.empty()) label = {extras.label, 0};
     if (types.rank != 0) held.ranks.emplace_back(number, types.rank);
     if (types.rank != 0 && (held.rank == 0 || types.rank < held.rank)) {

@@ -21,7 +21,8 @@ bool hasTypeLabels(PropertyId property) {
 bool wouldGiveLabel(const MultiEntry& entry, PropertyId property, std::string_view parameters) {
   if (entry.label && !CardText(*entry.label).view().empty()) return false;
   const PreservedTypeWords preserved(parameters);
-  return !typeLabel(property, preserved.words().known).label.empty();
+  return !typeLabel(property, preserved.words().known).label.empty() ||
+         !extendedLabel(property, preserved.words()).empty();
 }
 
 // False for an entry of which no line can say anything: what is a text is not said where it is
@@ -101,12 +102,15 @@ class EntriesWriter {
   void takeRest(OutgoingEntry& next) {
     const auto verbatim = card_.unmodelled().verbatimOf(property_, next.held->identifier);
     const auto group = card_.unmodelled().groupOf(property_, next.held->identifier);
+    const auto lines = card_.unmodelled().originalLinesOf(property_, next.held->identifier);
     if (allWritten_) {
       next.verbatim = verbatim;
       next.group = group;
+      next.originalLines = lines;
     } else {
       wrap(DetailKind::Verbatim, verbatim);
       wrap(DetailKind::Group, group);
+      for (const auto& line : lines) wrap(DetailKind::Line, line.text);
     }
   }
 
@@ -138,11 +142,19 @@ std::string_view EntryWriter::labelParametersFor(std::string_view label) const {
   return isSame ? byType.parameters : std::string_view();
 }
 
+// True when the TYPE words that were preserved give the label.
+bool EntryWriter::isLabelPreserved(std::string_view label) const {
+  if (entry_.parameters.empty()) return false;
+  const PreservedTypeWords preserved(entry_.parameters);
+  return typeLabel(entry_.property, preserved.words().known).label.empty() &&
+         extendedLabel(entry_.property, preserved.words()) == label;
+}
+
 void EntryWriter::start(std::string_view name, OwnLines ownLines, TellsLabel tellsLabel) {
   assert(group_.empty() && "an entry has one line of its own");
   if (label() && tellsLabel == TellsLabel::No) {
     typeParameters_ = labelParametersFor(*label());
-    if (typeParameters_.empty()) groupLabel_ = *label();
+    if (typeParameters_.empty() && !isLabelPreserved(*label())) groupLabel_ = *label();
   }
   group_ = card_.groups().groupFor(entry_.group, groupLabel_, ownLines == OwnLines::Yes);
   if (!group_.empty()) line().raw(group_).raw(".");
@@ -157,6 +169,15 @@ void EntryWriter::end() {
   const CardText clean(*label());
   if (clean.view().empty()) return;
   line().raw(group_).raw(".X-ABLabel:").text(clean.view()).end();
+}
+
+void EntryWriter::writeLine(std::string_view text) {
+  if (group_.empty()) {
+    std::string_view noLabel;
+    group_ = card_.groups().groupFor(entry_.group, noLabel, false);
+  }
+  if (!group_.empty()) line().raw(group_).raw(".");
+  line().raw(text).end();
 }
 
 void EntryWriter::wrapVerbatim() {

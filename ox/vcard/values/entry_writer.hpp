@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,7 @@ struct OutgoingEntry {
   std::string parameters;  // those that were preserved
   std::string_view verbatim = {};
   std::string_view group = {};  // that it shares with unmodelled lines
+  std::span<const DetailView> originalLines = {};
 };
 
 // Writes the line of one entry and the lines that its group joins to it. Borrows the card's writer
@@ -36,6 +38,10 @@ class EntryWriter {
   const Text& label() const { return entry_.held->label; }
   const std::string& parameters() const { return entry_.parameters; }
   std::string_view verbatim() const { return entry_.verbatim; }
+  PropertyId property() const { return entry_.property; }
+  unsigned rank() const { return entry_.rank; }
+  // The lines of other names that gave the value.
+  std::span<const DetailView> originalLines() const { return entry_.originalLines; }
   // Empty: the line has none.
   const std::string& group() const { return group_; }
 
@@ -43,6 +49,8 @@ class EntryWriter {
   void start(std::string_view name, OwnLines ownLines = OwnLines::No,
              TellsLabel tellsLabel = TellsLabel::No);
   void end();
+  // A whole line instead of those, without its group.
+  void writeLine(std::string_view line);
   // For a line that could not say all of the verbatim value.
   void wrapVerbatim();
   // Begins another line that belongs to this entry: its group, the name, the label if TYPE says it.
@@ -50,6 +58,7 @@ class EntryWriter {
 
  private:
   std::string_view labelParametersFor(std::string_view label) const;
+  bool isLabelPreserved(std::string_view label) const;
 
   PropertyWriter& card_;
   const OutgoingEntry& entry_;

@@ -1,5 +1,6 @@
 #include "ox/vcard/values/type_words.hpp"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -131,6 +132,20 @@ TypeLabel typeLabel(PropertyId property, std::uint32_t known) {
     if (!label.label.empty()) return label;
   }
   return firstLabel(kPlaceLabels, known);
+}
+
+std::string_view extendedLabel(PropertyId property, const TypeWords& words) {
+  constexpr std::array kProperties = {property_id::kPhone, property_id::kEmail, property_id::kURLs,
+                                      property_id::kAddress, property_id::kInstantMessage};
+  if (std::ranges::find(kProperties, property) == kProperties.end()) return {};
+  for (const auto word : words.unknown) {
+    // These name places in the window of a program.
+    if (!startsWithWord(word, "X-") || startsWithWord(word, "X-EVOLUTION-")) continue;
+    if (word.size() > 2 && word.find_first_of("()=") == std::string_view::npos) {
+      return word.substr(2);
+    }
+  }
+  return {};
 }
 
 LabelParameters labelParameters(PropertyId property, std::string_view label, bool lowerCase) {

@@ -61,6 +61,10 @@ struct TypeLabel {
 };
 TypeLabel typeLabel(PropertyId property, std::uint32_t known);
 
+// The label that another word gives such an entry when no known one does, as telephones write theirs
+// where they have no other: "Boat" of "X-Boat". Empty for none; borrowed like the words.
+std::string_view extendedLabel(PropertyId property, const TypeWords& words);
+
 // The TYPE parameters that give an entry of that property its label, and their words as bits; no
 // parameters when TYPE cannot say it. Of vCard 4.0 (`lowerCase`) only words that RFC 6350, section
 // 5.6, knows, in lower case.
