@@ -27,7 +27,7 @@ struct CardRead {
 class CardsAhead {
  public:
   // The source is borrowed for the life of this.
-  explicit CardsAhead(FileSource& source, CharsetHints hints = {});
+  CardsAhead(FileSource& source, CategoriesAs categoriesAs, CharsetHints hints = {});
 
   // The next card, to be changed or moved from, until the next call; null at the end. Throws
   // SourceError, after the cards before it were given, when the source cannot be read further.
@@ -48,6 +48,7 @@ class CardsAhead {
   Batch readBatch();
 
   Reader reader_;
+  const CategoriesAs categoriesAs_;
   const bool isFile_;
   std::size_t most_;  // cards in the next batch
   Batch batch_;

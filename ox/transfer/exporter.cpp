@@ -4,6 +4,7 @@
 #include <deque>
 #include <future>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -11,10 +12,11 @@
 #include <utility>
 #include <vector>
 
+#include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
 #include "ox/base/failures.hpp"
 #include "ox/platform/store/contact_source.hpp"
-#include "ox/platform/store/pinned_moment.hpp"
 #include "ox/records/card_uid.hpp"
+#include "ox/transfer/person_tags.hpp"
 #include "ox/vcard/write/writer.hpp"
 
 namespace ox::vcard {
@@ -47,10 +49,14 @@ struct Cards {
 };
 
 void addCard(const RecordKey& key, const PropertyBag& values, const Data& picture,
-             CardVersion version, Cards& cards) {
+             const std::optional<Tags>& tags, CardVersion version, Cards& cards) {
   const auto* given = values.text(property_id::kCardUid);
   const auto uid = given != nullptr ? std::string() : uidOfRecord(key);
-  appendCard(values, picture, {.version = version, .uid = uid}, cards.text);
+  const auto categories = tags ? categoriesToWrite(values, *tags) : std::nullopt;
+  const WriteOptions options{.version = version,
+                             .uid = uid,
+                             .categories = categories ? &*categories : nullptr};
+  appendCard(values, picture, options, cards.text);
   cards.ends.push_back(cards.text.size());
   cards.uids.push_back(given != nullptr ? Text(*given) : Text());
 }
@@ -60,6 +66,7 @@ void addCard(const RecordKey& key, const PropertyBag& values, const Data& pictur
 struct Batch {
   std::span<const RecordKey> keys;
   std::vector<EncodedContent> contents;
+  std::vector<std::optional<Tags>> tags;
   Cards cards;
 
   void write(CardVersion version) {
@@ -67,7 +74,7 @@ struct Batch {
     for (std::size_t i = 0; i < contents.size(); ++i) {
       const auto values = decodedValues(contents[i]);
       if (!values) return;
-      addCard(keys[i], *values, contents[i].picture, version, cards);
+      addCard(keys[i], *values, contents[i].picture, tags[i], version, cards);
     }
   }
 };
@@ -157,6 +164,8 @@ class Export {
     const auto count = batch->contents.empty() ? kOneByOne : batch->contents.size();
     batch->keys = most.first(std::min(most.size(), count));
     keys = keys.subspan(batch->keys.size());
+    batch->tags.clear();
+    for (const auto& key : batch->keys) batch->tags.push_back(tagsOf(key));
     const auto work = failures::watched([batch, version = version_] { batch->write(version); });
     // A single batch is not worth a thread. Work is copied into the future, not moved: where no
     // thread can be had, it is needed once more.
@@ -174,6 +183,10 @@ class Export {
     }
   }
 
+  std::optional<Tags> tagsOf(const RecordKey& person) {
+    return noTags_ ? Tags() : tags_.of(person);
+  }
+
   // The persons from one on that is gone or damaged, which the store tells when it is asked for
   // them itself.
   void addPlainly(std::span<const RecordKey> keys) {
@@ -186,7 +199,7 @@ class Export {
           continue;
         }
         Cards card;
-        addCard(keys[i], *values, picture, version_, card);
+        addCard(keys[i], *values, picture, tagsOf(keys[i]), version_, card);
         give(keys.subspan(i, 1), card);
       }
       keys = keys.subspan(contents.size());
@@ -287,6 +300,8 @@ class Export {
   }
 
   ContainerSource& source_ = containerSource();
+  PersonTags tags_;
+  bool noTags_ = tags_.areNone();
   CardVersion version_;
   const CardSink& sink_;
   Unreadable unreadable_;
@@ -300,7 +315,7 @@ class Export {
 
 ExportReport exportCards(const RecordKeys& persons, const RecordKeys& groups, CardVersion version,
                          const CardSink& sink, Unreadable unreadable) {
-  const PinnedMoment moment;
+  const OneMoment moment;
   Export work(version, sink, unreadable);
   if (!groups.empty()) {
     std::unordered_set<RecordKey> exported(persons.begin(), persons.end());

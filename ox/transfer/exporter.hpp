@@ -36,7 +36,8 @@ struct ExportReport {
 };
 
 // Gives the sink the cards of those persons, then of those groups, as they are stored, in the given
-// order; unsaved changes do not count. Every card has a UID: that of the card it came from, else
+// order; unsaved changes do not count. Tags go out as CATEGORIES, and as the card wrote them where
+// they are the same. Every card has a UID: that of the card it came from, else
 // uidOfRecord, so that groups can name their members and an import into the same container
 // recognises the record. A group names those of its members and sub-groups that are exported with
 // it. Memory is bounded by a few of the largest records beside the two lists. Other threads write

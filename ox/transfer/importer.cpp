@@ -13,6 +13,7 @@
 #include "ox/base/text/locale.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/transfer/cards_ahead.hpp"
+#include "ox/transfer/category_groups.hpp"
 #include "ox/transfer/group_import.hpp"
 #include "ox/transfer/person_import.hpp"
 #include "ox/vcard/properties/full_name.hpp"
@@ -51,7 +52,8 @@ std::string nameOf(const Card& card) {
 class Import {
  public:
   Import(const std::string& container, const ImportOptions& options, ImportReport& report)
-      : options_(options),
+      : container_(container),
+        options_(options),
         report_(report),
         charsets_(std::make_shared<CharsetBatch>(report.files, languagesOfUser())) {
     if (options.preview) return;
@@ -63,7 +65,7 @@ class Import {
 
   void readFile(const std::string& path) {
     FileSource source(path, options_.stop);
-    CardsAhead cards(source, {options_.charset, path, charsets_});
+    CardsAhead cards(source, options_.categories, {options_.charset, path, charsets_});
     const auto firstProblem = report_.problems.size();
     while (!isStopped()) {
       auto* read = cards.next();
@@ -100,6 +102,9 @@ class Import {
       report_.interrupted = true;
     } else if (groups_) {
       groups_->commit();
+      if (options_.categories == CategoriesAs::Groups) {
+        addCategoryGroups(container_, persons_->categoryMembers());
+      }
     }
   }
 
@@ -147,6 +152,7 @@ class Import {
     if (options_.progress) options_.progress(before_ + read, total_);
   }
 
+  std::string container_;
   const ImportOptions& options_;
   ImportReport& report_;
   std::shared_ptr<CharsetBatch> charsets_;

@@ -12,6 +12,10 @@
 
 namespace ox::vcard {
 
+// What becomes of the CATEGORIES of a person: tags of hers, or groups of the container that she is a
+// member of.
+enum class CategoriesAs : std::uint8_t { Tags, Groups };
+
 // A card that an import would read: where it stands, what it is called, and the charset that its
 // text was taken to be in when it did not tell; empty when it did. Borrowed for the call.
 struct PreviewedCard {
@@ -33,6 +37,7 @@ struct ImportOptions {
   // Set: nothing is written or looked up, each card is shown instead. The report counts persons as
   // added.
   std::function<void(const PreviewedCard&)> preview;
+  CategoriesAs categories = CategoriesAs::Tags;
   // (bytes read, bytes in all; the latter 0 when it is not known), about once for a batch.
   std::function<void(std::uint64_t, std::uint64_t)> progress;
   // Set from elsewhere: what was read so far is committed, nothing more is read. Borrowed.

@@ -7,15 +7,18 @@
 #include "ox/records/clean_text.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
+#include "ox/vcard/properties/categories.hpp"
 
 namespace ox::vcard {
 
-PersonCard personCard(Card&& card) {
+PersonCard personCard(Card&& card, CategoriesAs categoriesAs) {
   cleanText(card.properties);
+  if (categoriesAs == CategoriesAs::Tags) noteCategoriesAreTags(card.properties);
   if (const auto misfit = misfitOf(card.properties); !misfit.empty()) {
     throw std::runtime_error(misfit);
   }
   PersonCard person;
+  person.categories = categoriesOf(card.properties);
   person.values = encodedValues(card.properties);
   person.fingerprint = contentFingerprint(card.properties, card.photo);
   if (person.values.cardUid) person.uid = uidKey(*person.values.cardUid);

@@ -7,6 +7,7 @@
 
 #include "ox/base/data.hpp"
 #include "ox/records/encoded_values.hpp"
+#include "ox/transfer/importer.hpp"
 #include "ox/vcard/read/card.hpp"
 
 namespace ox::vcard {
@@ -18,6 +19,7 @@ struct PersonCard {
   Data photo;
   std::uint64_t fingerprint = 0;  // contentFingerprint of both
   std::string uid;                // plain; empty without one
+  std::vector<std::string> categories;
   std::vector<Problem> repairs;
   std::string charset;   // that Card::charset has
   std::size_t line = 0;  // where its BEGIN stands
@@ -27,7 +29,7 @@ struct PersonCard {
 };
 
 // Throws std::runtime_error when a value does not fit its property.
-PersonCard personCard(Card&& card);
+PersonCard personCard(Card&& card, CategoriesAs categoriesAs);
 // The card again, without its repairs.
 Card cardOf(const PersonCard& person);
 

@@ -3,11 +3,16 @@
 #include <algorithm>
 #include <span>
 #include <stdexcept>
+#include <unordered_set>
 #include <utility>
 
+#include "ox/OxAddressBookSDK/tags/tag_hold.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_store.hpp"
+#include "ox/OxMacAddressBookSDK/ground/tag_acts.hpp"
 #include "ox/base/text/keyed_hash.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
+#include "ox/vcard/properties/categories.hpp"
 #include "ox/vcard/write/writer.hpp"
 
 namespace ox::vcard {
@@ -33,12 +38,12 @@ PropertyBag withoutUid(const PropertyBag& properties) {
 }
 
 std::string cardOf(const PropertyBag& properties, const Data& image, const Card& frame,
-                   CardVersion version) {
+                   CardVersion version, const Tags* categories) {
   std::string card;
   if (frame.isGroup) {
     appendGroup(properties, frame.members, {.version = version}, card);
   } else {
-    appendCard(properties, image, {.version = version}, card);
+    appendCard(properties, image, {.version = version, .categories = categories}, card);
   }
   return card;
 }
@@ -60,11 +65,13 @@ void setContent(NewRecord& record, PersonCard&& card) {
 }  // namespace
 
 // What was written and read once is written again as it was, so equal cards are told by their text.
-bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& image) {
+bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& image,
+                 const std::optional<Tags>& categories) {
   const auto stored = withoutUid(properties);
   const auto read = withoutUid(card.properties);
   const auto isSameIn = [&](CardVersion version) {
-    return cardOf(stored, image, card, version) == cardOf(read, card.photo, card, version);
+    return cardOf(stored, image, card, version, categories ? &*categories : nullptr) ==
+           cardOf(read, card.photo, card, version, nullptr);
   };
   return isSameIn(CardVersion::V30) || isSameIn(CardVersion::V40);
 }
@@ -148,7 +155,14 @@ void PersonImport::compareContents(std::vector<Stored>& stored) {
     for (const auto& [values, picture] : contents) {
       const auto place = places[done++];
       const auto& card = waiting_[place].card;
-      stored[place].sameContent = values && isOurCardOf(cardOf(card), *values, picture);
+      if (!values) continue;
+      // Who says no category does not say that there is none.
+      auto categories = std::optional(Tags());
+      if (!card.categories.empty()) {
+        const auto tags = tags_.of(keys[done - 1]);
+        categories = tags ? categoriesToWrite(*values, *tags) : std::nullopt;
+      }
+      stored[place].sameContent = isOurCardOf(cardOf(card), *values, picture, categories);
     }
   }
 }
@@ -188,6 +202,7 @@ void PersonImport::decide(Waiting&& waiting, const Stored& stored) {
   if (!isInBatch && stored.key.isNone()) return append(std::move(waiting));
   const bool same = isInBatch ? sameRecord(batch_.additions[addition], waiting.card)
                               : isSameAsStored(waiting.card, stored);
+  if (!isInBatch) noteMember(waiting.card, stored.key);
   const bool isSkipped = same || !options_.update;
   if (isSkipped) {
     ++counted_.skipped;
@@ -220,6 +235,11 @@ void PersonImport::append(Waiting&& waiting) {
   auto& record = batch_.additions.emplace_back();
   record.key = RecordKey::make(RecordKind::Person);
   record.container = container_;
+  if (options_.categories == CategoriesAs::Tags) {
+    noteTags(record.key, card, {});
+  } else if (!card.categories.empty()) {
+    newMembers_[record.key] = card.categories;
+  }
   setContent(record, std::move(card));
 }
 
@@ -229,6 +249,13 @@ void PersonImport::replaceAddition(std::size_t addition, Waiting&& waiting) {
   batchBytes_ += card.size();
   noteAdded(hashOf(card.fingerprint));
   batchByContent_.emplace(card.fingerprint, addition);
+  const auto key = batch_.additions[addition].key;
+  if (options_.categories == CategoriesAs::Tags) {
+    tagEdits_.erase(key);
+    noteTags(key, card, {});
+  } else {
+    newMembers_[key] = card.categories;
+  }
   setContent(batch_.additions[addition], std::move(card));
 }
 
@@ -237,6 +264,10 @@ void PersonImport::replaceStored(const RecordKey& key, Waiting&& waiting) {
   auto& card = waiting.card;
   batchBytes_ += card.size();
   noteAdded(hashOf(card.fingerprint));
+  if (options_.categories == CategoriesAs::Tags && !card.categories.empty()) {
+    const auto values = source_.committedValues(key);
+    noteTags(key, card, values ? categoriesOf(*values) : Tags());
+  }
   const auto [known, isNew] = batchReplaced_.emplace(key, batch_.replacements.size());
   if (isNew) {
     replacementOrigins_.emplace_back();
@@ -261,7 +292,7 @@ std::vector<PersonImport::Waiting> PersonImport::takeLeftOut() {
   std::vector<Waiting> left;
   const auto take = [&](Card&& card, const Origin& origin) {
     card.line = origin.line;
-    left.push_back({origin.file, personCard(std::move(card))});
+    left.push_back({origin.file, personCard(std::move(card), options_.categories)});
   };
   for (std::size_t i = 0; i < batch_.additions.size(); ++i) {
     auto& record = batch_.additions[i];
@@ -285,16 +316,48 @@ std::vector<PersonImport::Waiting> PersonImport::takeLeftOut() {
   return left;
 }
 
+// The tags that the former card gave go, those that the person was given otherwise stay.
+void PersonImport::noteTags(const RecordKey& person, const PersonCard& card, Tags removed) {
+  if (card.categories.empty()) return;
+  const std::unordered_set<std::string> said(card.categories.begin(), card.categories.end());
+  std::erase_if(removed, [&](const std::string& tag) { return said.contains(tag); });
+  tagEdits_[person] = {std::move(removed), card.categories};
+}
+
+void PersonImport::noteMember(const PersonCard& card, const RecordKey& person) {
+  if (options_.categories != CategoriesAs::Groups) return;
+  for (const auto& category : card.categories) categoryMembers_[category].push_back(person);
+}
+
+// Persons and their tags, or neither.
+bool PersonImport::execute() {
+  if (tagEdits_.empty()) return source_.execute(batch_);
+  const TagHold hold;
+  const auto manager = tagManagerOf(container_);
+  for (const auto& [person, edit] : tagEdits_) {
+    TagStore::shared().change(manager, person.text(), edit.removed, edit.added);
+  }
+  bool tagsAreSafe = false;
+  return executeWithTags(batch_, {}, tagsAreSafe);
+}
+
 std::vector<PersonImport::Waiting> PersonImport::writeBatch() {
   std::vector<Waiting> left;
   if (!batch_.additions.empty() || !batch_.replacements.empty()) {
     batch_.moment = moment_;
     batch_.whenOutdated = SaveRequest::WhenOutdated::LeaveOut;
-    if (!source_.execute(batch_)) throw std::runtime_error(batch_.reason);
+    if (!execute()) throw std::runtime_error(batch_.reason);
     moment_ = *batch_.moment;
     if (batch_.outdated) startedEmpty_ = false;
     left = takeLeftOut();
   }
+  for (const auto& record : batch_.additions) {
+    const auto known = newMembers_.find(record.key);
+    if (record.leftOut || known == newMembers_.end()) continue;
+    for (const auto& category : known->second) categoryMembers_[category].push_back(record.key);
+  }
+  tagEdits_.clear();
+  newMembers_.clear();
   most_ += batch_.additions.size();
   report_.takeCounts(counted_);
   additionOrigins_.clear();

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -10,15 +11,19 @@
 #include "ox/base/hash_set.hpp"
 #include "ox/platform/store/container_source.hpp"
 #include "ox/transfer/importer.hpp"
+#include "ox/transfer/category_groups.hpp"
 #include "ox/transfer/person_card.hpp"
+#include "ox/transfer/person_tags.hpp"
 #include "ox/vcard/read/card.hpp"
 
 namespace ox::vcard {
 
 // True when one of the versions has the same card for both, whatever their UIDs: an export leaves
 // out what is not true any more, and writes some unmodelled lines in another form. A group's
-// members are taken for its own.
-bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& image);
+// members are taken for its own. Categories, where there are any, are those of the stored record;
+// a card that says none is compared without.
+bool isOurCardOf(const Card& card, const PropertyBag& properties, const Data& image,
+                 const std::optional<Tags>& categories = std::nullopt);
 
 // Writes the person cards of an import, a batch at a time, and counts them once they are committed.
 // The store is asked about many cards at once: cards wait until enough have come together, and are
@@ -37,6 +42,8 @@ class PersonImport {
   void add(const std::string& file, PersonCard&& card);
   // True when enough has come together for a commit.
   bool isFull() const;
+  // Of the persons that are committed or were there, by the categories that their cards say.
+  const CategoryMembers& categoryMembers() const { return categoryMembers_; }
   // Also what others have added meanwhile is not added again, and what they removed is.
   void commit();
 
@@ -72,6 +79,9 @@ class PersonImport {
   void append(Waiting&& waiting);
   void replaceAddition(std::size_t addition, Waiting&& waiting);
   void replaceStored(const RecordKey& key, Waiting&& waiting);
+  void noteTags(const RecordKey& person, const PersonCard& card, Tags removed);
+  void noteMember(const PersonCard& card, const RecordKey& person);
+  bool execute();
   // Writes the batch and begins another; what was left out is not counted.
   std::vector<Waiting> writeBatch();
   std::vector<Waiting> takeLeftOut();
@@ -86,11 +96,19 @@ class PersonImport {
   SaveRequest batch_;
   std::vector<Origin> additionOrigins_;
   std::vector<Origin> replacementOrigins_;
+  struct TagEdit {
+    Tags removed;
+    Tags added;
+  };
+  std::unordered_map<RecordKey, TagEdit> tagEdits_;  // of this batch
+  std::unordered_map<RecordKey, Tags> newMembers_;   // of this batch: the categories of each
+  CategoryMembers categoryMembers_;
   ImportReport counted_;  // of this batch
   std::size_t batchBytes_ = 0;
   std::unordered_map<std::string, std::size_t> batchByUid_;
   std::unordered_multimap<std::uint64_t, std::size_t> batchByContent_;
   std::unordered_map<RecordKey, std::size_t> batchReplaced_;  // by place among the replacements
+  PersonTags tags_;
   StoreMoment moment_;  // from before the cards of the batch were looked for
   std::size_t most_;    // records that the store may hold
   // When the container was empty and nobody else has written, everything in it came from here:

@@ -17,6 +17,7 @@ std::string selectTags() {
       .append(kIsSoundTag)
       .append(" FROM tag WHERE manager = ?1 AND person = ?2 ORDER BY position");
 }
+constexpr std::string_view kAny = "SELECT 1 FROM tag LIMIT 1";
 constexpr std::string_view kInsert =
     "INSERT OR IGNORE INTO tag (manager, person, tag, position) VALUES (?1, ?2, ?3, ?4)";
 // Far from the end of what a number holds, whatever a damaged file says.
@@ -44,6 +45,7 @@ TagFile::TagFile(const std::string& path) : TagFile(openTagFile(path)) {}
 TagFile::TagFile(sqlite::Connection connection)
     : connection_(std::move(connection)),
       select_(connection_.prepare(selectTags())),
+      any_(connection_.prepare(kAny)),
       insert_(connection_.prepare(kInsert)),
       lastPosition_(connection_.prepare(kLastPosition)),
       deleteOne_(connection_.prepare(kDeleteOne)),
@@ -51,6 +53,11 @@ TagFile::TagFile(sqlite::Connection connection)
       managers_(connection_.prepare(kManagers)),
       followed_(connection_.prepare(kFollowed)),
       setFollowed_(connection_.prepare(kSetFollowed)) {}
+
+bool TagFile::isEmpty() {
+  const sqlite::StatementScope scope(any_);
+  return !any_.step();
+}
 
 TagFile::Tags TagFile::tags(std::string_view manager, std::string_view person) {
   const sqlite::StatementScope scope(select_);

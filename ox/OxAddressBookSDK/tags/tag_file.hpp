@@ -25,6 +25,7 @@ class TagFile {
   explicit TagFile(const std::string& path);
 
   Tags tags(std::string_view manager, std::string_view person);
+  bool isEmpty();
   void add(std::string_view manager, std::string_view person, std::string_view tag);
   void remove(std::string_view manager, std::string_view person, std::string_view tag);
   // The tags must hold none twice.
@@ -73,6 +74,7 @@ class TagFile {
 
   sqlite::Connection connection_;
   sqlite::Statement select_;
+  sqlite::Statement any_;
   sqlite::Statement insert_;
   sqlite::Statement lastPosition_;
   sqlite::Statement deleteOne_;

@@ -80,6 +80,12 @@ TagStore::Tags TagStore::tags(std::string_view manager, std::string_view person)
   return views(manager, person).seen;
 }
 
+bool TagStore::isEmpty() {
+  const std::lock_guard lock(mutex_);
+  auto* file = existing();
+  return holds_.empty() && (file == nullptr || file->isEmpty());
+}
+
 void TagStore::add(std::string_view manager, std::string_view person, std::string_view tag) {
   const std::lock_guard lock(mutex_);
   auto* hold = TagHold::current();

@@ -24,6 +24,8 @@ class OX_EXPORT TagStore {
   static TagStore& shared();
 
   Tags tags(std::string_view manager, std::string_view person);
+  // True when nobody has any.
+  bool isEmpty();
   // The edits are held when the thread holds tags.
   void add(std::string_view manager, std::string_view person, std::string_view tag);
   void remove(std::string_view manager, std::string_view person, std::string_view tag);

@@ -53,6 +53,19 @@ bool UnmodelledWriter::writeNestedCard(std::string_view text) {
   return true;
 }
 
+void UnmodelledWriter::writeCategories(const std::vector<std::string>& categories) {
+  hasCategories_ = true;
+  std::string_view mark = ":";
+  for (const auto& category : categories) {
+    const CardText text(category);
+    if (trimmed(text.view()).empty()) continue;
+    if (mark == ":") card_.line().raw("CATEGORIES");
+    card_.line().raw(mark).text(text.view());
+    mark = ",";
+  }
+  if (mark == ",") card_.line().end();
+}
+
 void UnmodelledWriter::writeLines(Revision revision, NestedCards nestedCards) {
   const auto& unmodelled = card_.unmodelled();
   for (const auto text : unmodelled.lines()) {
@@ -61,6 +74,7 @@ void UnmodelledWriter::writeLines(Revision revision, NestedCards nestedCards) {
     if (isFormattedName && !card_.isFormattedNameUnsaid()) continue;
     const UnmodelledLine line(text);
     if (card_.isNameChanged() && isWord(line.name(), "FN")) continue;
+    if (hasCategories_ && isWord(line.name(), "CATEGORIES")) continue;
     if (revision == Revision::IsOutdated && isWord(line.name(), "REV")) continue;
     const bool isNested = text.find('\n') != std::string_view::npos;
     if (isNested && nestedCards == NestedCards::LeftOut) continue;

@@ -20,6 +20,8 @@ class UnmodelledWriter {
 
   UnmodelledWriter(PropertyWriter& card, Of of) : card_(card), of_(of) {}
 
+  // One line of these; the preserved ones are left out then.
+  void writeCategories(const std::vector<std::string>& categories);
   // False when the line has to be wrapped.
   bool writeLine(const UnmodelledLine& line);
   void writeLines(Revision revision, NestedCards nestedCards);
@@ -32,6 +34,7 @@ class UnmodelledWriter {
 
   PropertyWriter& card_;
   Of of_;
+  bool hasCategories_ = false;
   std::string room_;  // for lines that change with the version
 };
 

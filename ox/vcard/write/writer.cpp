@@ -56,7 +56,9 @@ void appendCard(const PropertyBag& properties, const Data& photo, const WriteOpt
   begin(card);
   writeProperties(card);
   UnmodelledWriter unmodelled(card, UnmodelledWriter::Of::Person);
-  unmodelled.writeLines(revision,
+  if (options.categories != nullptr) unmodelled.writeCategories(*options.categories);
+  // Its categories are not those that REV came with.
+  unmodelled.writeLines(options.categories != nullptr ? Revision::IsOutdated : revision,
                         options.nestedCards ? NestedCards::Written : NestedCards::LeftOut);
   unmodelled.writeDetails();
   writeStoredValues(card);

@@ -15,6 +15,9 @@ struct WriteOptions {
   CardVersion version = CardVersion::V30;
   // The UID of a record that came from no card; empty: such a record gets none.
   std::string_view uid = {};
+  // The categories of a person, when they are known from elsewhere: written instead of the
+  // preserved lines that say some. Null: those lines are written as they are.
+  const std::vector<std::string>* categories = nullptr;
   // Whether the nested cards that were preserved (AGENT) are written too.
   bool nestedCards = true;
 };

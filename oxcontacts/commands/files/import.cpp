@@ -25,6 +25,7 @@ struct Arguments {
   std::string into = "_local";
   std::string reportFile;
   bool isDryRun = false;
+  std::string categories = "tags";
   vcard::ImportOptions options;
 };
 
@@ -189,6 +190,7 @@ void importCards(const Context& context, Arguments arguments) {
   const auto account = findAccount(arguments.into);
   auto reportFile = reportFileFor(arguments);
   auto options = arguments.options;
+  if (arguments.categories == "groups") options.categories = vcard::CategoriesAs::Groups;
   vcard::ImportReport report;
   {
     ProgressBar bar(context, "importing");
@@ -228,6 +230,11 @@ void declareImport(CLI::App& program, const Context& context) {
       ->type_name("NAME");
   command->add_flag("--dry-run", arguments->isDryRun,
                     "Show what would be read, and the charsets assumed; write nothing");
+  command
+      ->add_option("--categories", arguments->categories,
+                   "Make tags of the persons' categories, or groups")
+      ->type_name("tags|groups")
+      ->check(CLI::IsMember({"tags", "groups"}).description(""));
   command->add_option("--report", arguments->reportFile, "Write the report there as JSON")
       ->type_name("FILE");
   command->callback([&context, arguments] { importCards(context, *arguments); });

@@ -4,6 +4,7 @@
 #include <cassert>
 #include <chrono>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -206,6 +207,25 @@ TagDebts ContactStore::tagDebts() {
   });
 }
 
+namespace {
+
+// Who is left out has no tags either.
+std::vector<TagChange> tagsOfWritten(const SaveRequest& request) {
+  auto tags = request.tags;
+  if (tags.empty()) return tags;
+  std::unordered_set<std::string> leftOut;
+  for (const auto& record : request.additions) {
+    if (record.leftOut) leftOut.insert(record.key.text());
+  }
+  for (const auto& record : request.replacements) {
+    if (record.leftOut) leftOut.insert(record.key.text());
+  }
+  std::erase_if(tags, [&](const TagChange& change) { return leftOut.contains(change.person); });
+  return tags;
+}
+
+}  // namespace
+
 bool ContactStore::execute(SaveRequest& request) {
   std::vector<RecordKey> keys;
   bool written = false;
@@ -233,7 +253,7 @@ bool ContactStore::execute(SaveRequest& request) {
         link.leftOut = !refused.empty();
       }
       for (const auto& removal : request.removedContainers) builder.removeContainer(removal);
-      builder.changeTags(request.tags);
+      builder.changeTags(tagsOfWritten(request));
     });
   } catch (const RefusedRequest& refused) {
     request.reason = refused.what();

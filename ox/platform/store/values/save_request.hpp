@@ -69,7 +69,8 @@ struct SaveRequest {
   std::vector<Link> removedLinks;  // one that is not there is left alone
   std::vector<NewLink> links;      // one that exists already is left alone
   std::vector<ContainerRemoval> removedContainers;
-  std::vector<TagChange> tags = {};  // for the journal, and for the tag file to follow
+  // For the journal, and for the tag file to follow; without those of records that are left out.
+  std::vector<TagChange> tags = {};
   // Whether it is waited for until it would outlive a power cut, and not the process alone.
   bool outlivesPowerCut = false;
 

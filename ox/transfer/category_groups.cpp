@@ -1,0 +1,57 @@
+#include "ox/transfer/category_groups.hpp"
+
+#include <stdexcept>
+#include <unordered_map>
+#include <utility>
+
+#include "ox/platform/store/contact_source.hpp"
+
+namespace ox::vcard {
+namespace {
+
+std::unordered_map<std::string, RecordKey> groupsByName(const std::string& container) {
+  std::unordered_map<std::string, RecordKey> groups;
+  for (const auto& key : containerSource().recordsIn(container, RecordKind::Group)) {
+    const auto values = containerSource().committedValues(key);
+    const auto* name = values ? values->text(property_id::kGroupName) : nullptr;
+    if (name != nullptr) groups.try_emplace(*name, key);
+  }
+  return groups;
+}
+
+SaveRequest requestFor(const std::string& container, const CategoryMembers& members) {
+  const auto known = groupsByName(container);
+  SaveRequest request;
+  for (const auto& [name, persons] : members) {
+    const auto found = known.find(name);
+    auto key = found != known.end() ? found->second : RecordKey::make(RecordKind::Group);
+    if (found == known.end()) {
+      auto& group = request.additions.emplace_back();
+      group.kind = RecordKind::Group;
+      group.key = key;
+      group.container = container;
+      group.properties.set(property_id::kGroupName, Object(name));
+    }
+    for (const auto& person : persons) request.links.push_back({key, person});
+  }
+  return request;
+}
+
+}  // namespace
+
+void addCategoryGroups(const std::string& container, const CategoryMembers& members) {
+  if (members.empty()) return;
+  constexpr int kTries = 5;
+  for (int tries = 1;; ++tries) {
+    const auto moment = containerSource().moment();
+    auto request = requestFor(container, members);
+    request.moment = moment;
+    // What others keep removing meanwhile is left out at last.
+    using enum SaveRequest::WhenOutdated;
+    request.whenOutdated = tries < kTries ? Refuse : LeaveOut;
+    if (containerSource().execute(request)) return;
+    if (!request.outdated) throw std::runtime_error(request.reason);
+  }
+}
+
+}  // namespace ox::vcard
