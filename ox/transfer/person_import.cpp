@@ -156,15 +156,20 @@ void PersonImport::compareContents(std::vector<Stored>& stored) {
       const auto place = places[done++];
       const auto& card = waiting_[place].card;
       if (!values) continue;
-      // Who says no category does not say that there is none.
-      auto categories = std::optional(Tags());
-      if (!card.categories.empty()) {
-        const auto tags = tags_.of(keys[done - 1]);
-        categories = tags ? categoriesToWrite(*values, *tags) : std::nullopt;
-      }
+      const auto categories = comparedCategories(card, keys[done - 1], *values);
       stored[place].sameContent = isOurCardOf(cardOf(card), *values, picture, categories);
     }
   }
+}
+
+// A card that says no category does not say that there is none.
+std::optional<Tags> PersonImport::comparedCategories(const PersonCard& card, const RecordKey& key,
+                                                     const PropertyBag& values) {
+  if (card.categories.empty()) {
+    return categoriesOf(values).empty() ? std::nullopt : std::optional(Tags());
+  }
+  const auto tags = tags_.of(key);
+  return tags ? categoriesToWrite(values, *tags) : std::nullopt;
 }
 
 std::size_t PersonImport::additionOf(const PersonCard& card) const {

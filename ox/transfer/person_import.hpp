@@ -70,6 +70,8 @@ class PersonImport {
   void decideWaiting();
   std::vector<Stored> storedMatches();
   void compareContents(std::vector<Stored>& stored);
+  std::optional<Tags> comparedCategories(const PersonCard& card, const RecordKey& key,
+                                         const PropertyBag& values);
   void decide(Waiting&& waiting, const Stored& stored);
   bool isSameAsStored(const PersonCard& card, const Stored& stored) const;
   // The addition of this batch that the card is about; the end without one.

@@ -143,6 +143,34 @@ std::string namesOf(ContactSource& source, const RecordKeys& keys, PropertyId pr
   return names;
 }
 
+// Nobody has the tags of a card that came in elsewhere.
+TEST(ImporterAmongOthers, GivesNoTagsToThoseWhomOthersAdd) {
+  auto& source = InterruptedSource::install();
+  const auto card = [](const std::string& uid) {
+    return "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:" + uid + "\r\nFN:" + uid +
+           "\r\nCATEGORIES:of " + uid + "\r\nEND:VCARD\r\n";
+  };
+  source.beforeRequest(0, [](ContactSource& elsewhere) {
+    SaveRequest request;
+    auto& added = request.additions.emplace_back();
+    added.key = RecordKey::make(RecordKind::Person);
+    added.container = "_local";
+    added.properties.set(property_id::kCardUid, Object("u1"));
+    ASSERT_TRUE(elsewhere.execute(request));
+  });
+  const auto report =
+      importFiles({temporaryFile("new.vcf", card("u1") + card("u2")).string()}, "_local", {});
+  EXPECT_EQ(countsOf(report), "2 = 1 + 0 + 1 + 0 + 0");
+  std::string tags;
+  TagDebts debts = source.tagDebts();
+  for (const auto& act : debts.acts) {
+    for (const auto& change : act.changes) {
+      for (const auto& tag : change.after) tags += tag + ";";
+    }
+  }
+  EXPECT_EQ(tags, "of u2;");
+}
+
 TEST(ImporterAmongOthers, AddsAnewWhatOthersRemoveWhileItIsUpdated) {
   auto& source = InterruptedSource::install();
   importFiles({temporaryFile("old.vcf", manyCards(4)).string()}, "_local", {});

@@ -100,6 +100,13 @@ TEST(CardOfAnotherProgram, TheNameWithABlankIsReadAndNotWritten) {
             kNames + "IMPP;X-SERVICE-TYPE=GoogleTalk:xmpp:a\n");
 }
 
+TEST(CardOfAnotherProgram, DatesInAnUnusualSpellingGoOutAsOurs) {
+  for (const std::string name : {"ANNIVERSARY", "X-ANNIVERSARY"}) {
+    EXPECT_EQ(linesOf(propertiesOf("3.0", kNames + name + ":June 12, 1999\n"), {}),
+              kNames + "item1.X-ABDATE:1999-06-12\nitem1.X-ABLabel:_$!<Anniversary>!$_\n");
+  }
+}
+
 TEST(CardOfAnotherProgram, WhatIsEditedIsWrittenAsOurs) {
   auto bag = propertiesOf("3.0", kNames + "X-SPOUSE:Ann\nX-SPOUSE:Bo\n");
   auto held = *std::get<MultiValuePtr>(*bag.find(property_id::kRelatedNames));

@@ -236,7 +236,8 @@ void setCountryCode(std::string_view code, Object& value) {
 }  // namespace
 
 bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
-  const auto [parts, rest] = splitAddress(line.value);
+  const auto split = splitAddress(line.value);
+  const auto& parts = split.parts;
   Dictionary address;
   address.reserve(parts.size() + 2);
   const auto put = [&](Component component) {
@@ -253,12 +254,12 @@ bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& dra
   auto label = labelOf(line);
   if (address.empty()) {
     if (!label.empty()) addLabelAlone(label, line, draft);
-    return rest.empty();
+    return split.rest.empty();
   }
   if (!label.empty()) address.set(kAddressLabelKey, std::move(label));
   draft.addEntry(row.property, std::move(address), line,
                  {.ownKinds = bitOf(ParameterKind::Label)});
-  if (!rest.empty()) {
+  if (!split.rest.empty()) {
     draft.preserveVerbatim(row.property, canonicalComponents(line.value));
   } else if (hasList(line.value, draft.facts.dialect)) {
     draft.preserveVerbatim(row.property, canonicalComponents(parts));

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kAnniversary = "ANNIVERSARY";
 
-std::optional<Date> dateOf(const ContentLine& line, CardDraft& draft) {
+std::optional<CardDate> dateOf(const ContentLine& line, CardDraft& draft) {
   const auto* omitted = line.find(ParameterKind::OmittedYear);
   const auto read = readCardDate(draft.text(line), omitted != nullptr ? omitted->value : "");
   if (!read) {
@@ -26,7 +26,12 @@ std::optional<Date> dateOf(const ContentLine& line, CardDraft& draft) {
     draft.repaired(
         line, std::string(line.name) + " in an unusual spelling, read as " + read->date.toText());
   }
-  return read->date;
+  return read;
+}
+
+void addDate(const PropertyRow& row, const Date& date, const ContentLine& line, CardDraft& draft) {
+  draft.addEntry(row.property, date, line,
+                 {.label = row.implied, .ownKinds = bitOf(ParameterKind::OmittedYear)});
 }
 
 }  // namespace
@@ -35,8 +40,9 @@ bool readBirthday(const PropertyRow& row, const ContentLine& line, CardDraft& dr
   if (trimmed(line.value).empty()) return true;
   auto& birthday = draft.values.birthday();
   if (birthday) return false;
-  birthday = dateOf(line, draft);
-  if (!birthday) return false;
+  const auto read = dateOf(line, draft);
+  if (!read) return false;
+  birthday = read->date;
   draft.preserveParameters(row.property, line, bitOf(ParameterKind::OmittedYear));
   return true;
 }
@@ -59,18 +65,23 @@ bool readDate(const PropertyRow& row, const ContentLine& line, CardDraft& draft)
   if (trimmed(line.value).empty()) return true;
   const auto date = dateOf(line, draft);
   if (!date) return false;
-  draft.addEntry(row.property, *date, line,
-                 {.label = row.implied, .ownKinds = bitOf(ParameterKind::OmittedYear)});
+  addDate(row, date->date, line, draft);
   return true;
 }
 
-// Of 4.0 it is ours too.
-bool readAnniversary(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
-  const auto before = draft.values.multi(row.property).entries.size();
-  if (!readDate(row, line, draft)) return false;
-  const bool isRead = draft.values.multi(row.property).entries.size() > before;
-  if (isRead && !draft.facts.is40) preserveOriginalLine(row.property, line, draft, LineHolds::Other);
+// An unusual spelling is not written again.
+bool readOtherDate(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
+  if (trimmed(line.value).empty()) return true;
+  const auto date = dateOf(line, draft);
+  if (!date) return false;
+  addDate(row, date->date, line, draft);
+  if (!date->isUnusual) preserveOriginalLine(row.property, line, draft, LineHolds::Other);
   return true;
+}
+
+// In 4.0 it is what we write.
+bool readAnniversary(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
+  return draft.facts.is40 ? readDate(row, line, draft) : readOtherDate(row, line, draft);
 }
 
 // ANNIVERSARY is a property of 4.0, of which a card has one.

@@ -28,7 +28,7 @@ WriteProperty writeOrganization;
 LacksProperty lacksOrganization;
 
 // dates.cpp: BDAY, ANNIVERSARY, X-ABDATE
-ReadProperty readBirthday, readDate, readAnniversary;
+ReadProperty readBirthday, readDate, readOtherDate, readAnniversary;
 WriteProperty writeBirthday;
 WriteEntry writeDate;
 

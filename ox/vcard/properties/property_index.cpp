@@ -41,7 +41,7 @@ constexpr PropertyRow textRow(std::string_view name, PropertyId property) {
 
 // A name of a date, an account or a relation that we read and do not write.
 constexpr PropertyRow dateRow(std::string_view name, std::string_view label) {
-  return {name, readOtherName<readDate, LineHolds::Other>, nullptr, kOtherDates, label};
+  return {name, readOtherDate, nullptr, kOtherDates, label};
 }
 constexpr PropertyRow messageRow(std::string_view name, std::string_view service) {
   return {name, readOtherName<readMessageUser, LineHolds::Text>, nullptr, kInstantMessage, service};
