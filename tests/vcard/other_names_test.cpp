@@ -100,6 +100,17 @@ TEST(CardOfAnotherProgram, TheNameWithABlankIsReadAndNotWritten) {
             kNames + "IMPP;X-SERVICE-TYPE=GoogleTalk:xmpp:a\n");
 }
 
+TEST(CardOfAnotherProgram, LabelsOfGroupsStayWithTheLine) {
+  for (const std::string lines :
+       {"item1.X-AIM:a\nitem1.X-ABLabel:Boat\n",
+        "item1.IMPP;X-SERVICE-TYPE=AIM:aim:a\nitem1.X-ABLabel:Boat\nitem1.X-AIM:a\n"}) {
+    EXPECT_EQ(linesOf(propertiesOf("3.0", kNames + lines), {}), kNames + lines);
+    const auto read = textOfCard("3.0", lines);
+    EXPECT_EQ(read.substr(0, read.find("kept=")),
+              "InstantMessage[Boat]={InstantMessageUsername=a,InstantMessageService=AIM}\n");
+  }
+}
+
 TEST(CardOfAnotherProgram, DatesInAnUnusualSpellingGoOutAsOurs) {
   for (const std::string name : {"ANNIVERSARY", "X-ANNIVERSARY"}) {
     EXPECT_EQ(linesOf(propertiesOf("3.0", kNames + name + ":June 12, 1999\n"), {}),

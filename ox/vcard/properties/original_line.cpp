@@ -52,12 +52,23 @@ bool readAlone(const OriginalLine& line, CardDraft& draft) {
   return row != nullptr && row->in == CardsWith::Persons && row->read(*row, content, draft);
 }
 
-bool gives(const OriginalLine& line, const EntryWriter& entry) {
+// Whether the line gives the entry; its group may give the label.
+struct Given {
+  bool isSame = false;
+  EntryWriter::TellsLabel tellsLabel = EntryWriter::TellsLabel::No;
+};
+
+Given given(const OriginalLine& line, const EntryWriter& entry) {
+  using enum EntryWriter::TellsLabel;
   CardDraft draft;
-  if (!readAlone(line, draft)) return false;
+  if (!readAlone(line, draft)) return {};
   const auto& read = draft.values.multi(entry.property());
-  return read.entries.size() == 1 && read.entries[0].value == entry.value() &&
-         read.entries[0].label == entry.label() && (line.isRepeated || read.rank == entry.rank());
+  if (read.entries.size() != 1 || read.entries[0].value != entry.value()) return {};
+  const auto& label = read.entries[0].label;
+  const bool isSame = line.isRepeated || read.rank == entry.rank();
+  if (label == entry.label()) return {isSame, Yes};
+  const bool isPlainLabel = entry.label() && isPlain(*entry.label());
+  return {isSame && !label && isPlainLabel, No};
 }
 
 bool writeLinesOfText(PropertyId property, std::string_view text, PropertyWriter& card,
@@ -179,8 +190,9 @@ bool writeOriginalLine(EntryWriter& entry) {
   for (const auto& detail : entry.originalLines()) {
     const auto line = originalLineOf(detail.text);
     if (!line || line->isRepeated || !isWrittenIn(*line, entry.card().version())) continue;
-    if (!gives(*line, entry)) continue;
-    entry.writeLine(line->text);
+    const auto [isSame, tellsLabel] = given(*line, entry);
+    if (!isSame) continue;
+    entry.writeLine(line->text, tellsLabel);
     return true;
   }
   return false;
@@ -190,7 +202,8 @@ void writeRepeatedLines(EntryWriter& entry) {
   for (const auto& detail : entry.originalLines()) {
     const auto line = originalLineOf(detail.text);
     if (!line || !line->isRepeated || !isWrittenIn(*line, entry.card().version())) continue;
-    if (gives(*line, entry)) entry.line().raw(line->text).end();
+    const auto [isSame, tellsLabel] = given(*line, entry);
+    if (isSame) entry.writeRepeated(line->text, tellsLabel);
   }
 }
 

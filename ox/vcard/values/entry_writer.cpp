@@ -165,18 +165,30 @@ void EntryWriter::start(std::string_view name, OwnLines ownLines, TellsLabel tel
 
 void EntryWriter::end() {
   line().end();
+  writeGroupLabel();
+}
+
+void EntryWriter::writeGroupLabel() {
   if (groupLabel_.empty()) return;
   const CardText clean(*label());
   if (clean.view().empty()) return;
   line().raw(group_).raw(".X-ABLabel:").text(clean.view()).end();
 }
 
-void EntryWriter::writeLine(std::string_view text) {
-  if (group_.empty()) {
-    std::string_view noLabel;
-    group_ = card_.groups().groupFor(entry_.group, noLabel, false);
-  }
+void EntryWriter::writeLine(std::string_view text, TellsLabel tellsLabel) {
+  if (label() && tellsLabel == TellsLabel::No) groupLabel_ = *label();
+  group_ = card_.groups().groupFor(entry_.group, groupLabel_, false);
   if (!group_.empty()) line().raw(group_).raw(".");
+  line().raw(text).end();
+  writeGroupLabel();
+}
+
+// The label of a group is that of all its lines.
+void EntryWriter::writeRepeated(std::string_view text, TellsLabel tellsLabel) {
+  if (label() && tellsLabel == TellsLabel::No) {
+    if (groupLabel_.empty() || group_.empty()) return;
+    line().raw(group_).raw(".");
+  }
   line().raw(text).end();
 }
 
@@ -188,6 +200,7 @@ void EntryWriter::wrapVerbatim() {
 void EntryWriter::startAnother(std::string_view name) {
   if (!group_.empty()) line().raw(group_).raw(".");
   line().raw(name).raw(typeParameters_);
+  if (entry_.rank == 1) card_.writePreference(1);
 }
 
 void writeEntries(PropertyWriter& card, PropertyId property, WriteEntry* writeEntry) {

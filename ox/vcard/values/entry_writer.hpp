@@ -49,8 +49,10 @@ class EntryWriter {
   void start(std::string_view name, OwnLines ownLines = OwnLines::No,
              TellsLabel tellsLabel = TellsLabel::No);
   void end();
-  // A whole line instead of those, without its group.
-  void writeLine(std::string_view line);
+  // A whole line instead of those, without its group, which gives it the label if it has none.
+  void writeLine(std::string_view line, TellsLabel tellsLabel);
+  // Another one that says the same; left out when its label would be another.
+  void writeRepeated(std::string_view line, TellsLabel tellsLabel);
   // For a line that could not say all of the verbatim value.
   void wrapVerbatim();
   // Begins another line that belongs to this entry: its group, the name, the label if TYPE says it.
@@ -58,6 +60,7 @@ class EntryWriter {
 
  private:
   std::string_view labelParametersFor(std::string_view label) const;
+  void writeGroupLabel();
   bool isLabelPreserved(std::string_view label) const;
 
   PropertyWriter& card_;
