@@ -53,9 +53,8 @@ void addCard(const RecordKey& key, const PropertyBag& values, const Data& pictur
   const auto* given = values.text(property_id::kCardUid);
   const auto uid = given != nullptr ? std::string() : uidOfRecord(key);
   const auto categories = tags ? categoriesToWrite(values, *tags) : std::nullopt;
-  const WriteOptions options{.version = version,
-                             .uid = uid,
-                             .categories = categories ? &*categories : nullptr};
+  const WriteOptions options{
+      .version = version, .uid = uid, .categories = categories ? &*categories : nullptr};
   appendCard(values, picture, options, cards.text);
   cards.ends.push_back(cards.text.size());
   cards.uids.push_back(given != nullptr ? Text(*given) : Text());

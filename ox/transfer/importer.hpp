@@ -12,8 +12,8 @@
 
 namespace ox::vcard {
 
-// What becomes of the CATEGORIES of a person: tags of hers, or groups of the container that she is a
-// member of.
+// What becomes of the CATEGORIES of a person: tags of hers, or groups of the container that she is
+// a member of.
 enum class CategoriesAs : std::uint8_t { Tags, Groups };
 
 // A card that an import would read: where it stands, what it is called, and the charset that its

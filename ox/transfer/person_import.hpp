@@ -10,8 +10,8 @@
 
 #include "ox/base/hash_set.hpp"
 #include "ox/platform/store/container_source.hpp"
-#include "ox/transfer/importer.hpp"
 #include "ox/transfer/category_groups.hpp"
+#include "ox/transfer/importer.hpp"
 #include "ox/transfer/person_card.hpp"
 #include "ox/transfer/person_tags.hpp"
 #include "ox/vcard/read/card.hpp"

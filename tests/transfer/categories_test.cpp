@@ -1,3 +1,5 @@
+#include "ox/vcard/properties/categories.hpp"
+
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
@@ -9,7 +11,6 @@
 #include "ox/OxMacAddressBookSDK/ground/contacts_and_tags.hpp"
 #include "ox/platform/journal/journal.hpp"
 #include "ox/transfer/exporter.hpp"
-#include "ox/vcard/properties/categories.hpp"
 #include "tests/support/store_builder.hpp"
 #include "tests/support/store_environment.hpp"
 
@@ -82,8 +83,7 @@ TEST(Categories, BecomeTagsAndGoOutAsTheyCame) {
                      cardWith("Cy", "NOTE:n\r\n");
   EXPECT_EQ(countsOf(import(cards)), "3 = 3 + 0 + 0 + 0 + 0");
   EXPECT_EQ(tagsOfAll(), "Ann(work|Old, friends|c) Bo(work) Cy()");
-  const std::string written =
-      "CATEGORIES;X-A=b:work, Old\\, friends,work\n";
+  const std::string written = "CATEGORIES;X-A=b:work, Old\\, friends,work\n";
   EXPECT_EQ(exportedCategories(), written + "CATEGORIES:work\n");
   EXPECT_EQ(exportedCategories(CardVersion::V40), written + "CATEGORIES:work\n");
   EXPECT_EQ(countsOf(import(cards)), "3 = 0 + 0 + 3 + 0 + 0");
@@ -131,8 +131,9 @@ TEST(Categories, OfAnUpdateTakeThePlaceOfThoseOfTheFormerCard) {
 TEST(Categories, OfOneUidTwiceInAnImportAreThoseOfTheLastCard) {
   ImportOptions updating;
   updating.update = true;
-  import(cardWith("Ann", "UID:1\r\nCATEGORIES:a\r\n") + cardWith("Ann", "UID:1\r\nCATEGORIES:b\r\n"),
-         updating);
+  import(
+      cardWith("Ann", "UID:1\r\nCATEGORIES:a\r\n") + cardWith("Ann", "UID:1\r\nCATEGORIES:b\r\n"),
+      updating);
   EXPECT_EQ(tagsOfAll(), "Ann(b)");
 }
 

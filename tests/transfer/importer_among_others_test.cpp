@@ -147,8 +147,8 @@ std::string namesOf(ContactSource& source, const RecordKeys& keys, PropertyId pr
 TEST(ImporterAmongOthers, GivesNoTagsToThoseWhomOthersAdd) {
   auto& source = InterruptedSource::install();
   const auto card = [](const std::string& uid) {
-    return "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:" + uid + "\r\nFN:" + uid +
-           "\r\nCATEGORIES:of " + uid + "\r\nEND:VCARD\r\n";
+    return "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:" + uid + "\r\nFN:" + uid + "\r\nCATEGORIES:of " +
+           uid + "\r\nEND:VCARD\r\n";
   };
   source.beforeRequest(0, [](ContactSource& elsewhere) {
     SaveRequest request;

@@ -36,7 +36,8 @@ TEST(CardAddress, FormattedTextAloneIsAnAddress) {
        "kept=;21#2:;;;;;;\n"},
       {"3.0", "TITLE:x\nLABEL: \n", "JobTitle=x\nkept=LABEL: \n"},
       // Another language is another text.
-      {"3.0", "ADR:;;a\nLABEL;LANGUAGE=de:b\n", "Address[-]={Street=a}\nkept=LABEL;LANGUAGE=de:b\n"},
+      {"3.0", "ADR:;;a\nLABEL;LANGUAGE=de:b\n",
+       "Address[-]={Street=a}\nkept=LABEL;LANGUAGE=de:b\n"},
   });
 }
 
@@ -79,9 +80,9 @@ TEST(CardAddress, FormattedTextThatNoAddressHasAnyMoreIsNone) {
 // RFC 9554 adds eleven components.
 TEST(CardAddress, KeepsTheComponentsThatOnlyNewerCardsHave) {
   const std::string value = ";;1 Way;Town;;12345;Land;Room 3;;2;1;Way;;;;;;";
-  expectRows({{"4.0", "ADR:" + value + "\n",
-               "Address[-]={Street=1 Way,City=Town,ZIP=12345,Country=Land}\nkept=;21#1:" + value +
-                   "\n"}});
+  expectRows(
+      {{"4.0", "ADR:" + value + "\n",
+        "Address[-]={Street=1 Way,City=Town,ZIP=12345,Country=Land}\nkept=;21#1:" + value + "\n"}});
   expectThrough({
       {"4.0", "ADR:" + value + "\n",
        "ADR:;;1 Way;Town;;12345;Land\n"

@@ -91,11 +91,11 @@ TEST(CardOfAnotherProgram, ExtensionsOf40GoOutAsTheyCame) {
 }
 
 TEST(CardOfAnotherProgram, TheNameWithABlankIsReadAndNotWritten) {
-  expectRows({{"3.0", "X-GOOGLE TALK:a\n",
-               account("a", "GoogleTalk") + "kept=;19#1=3=X-GOOGLE TALK:a\n"},
-              {"2.1", "X-GOOGLE TALK;HOME:a\n",
-               "InstantMessage[_$!<Home>!$_]={InstantMessageUsername=a,"
-               "InstantMessageService=GoogleTalk}\nkept=;19#1=3=X-GOOGLE TALK;TYPE=HOME:a\n"}});
+  expectRows(
+      {{"3.0", "X-GOOGLE TALK:a\n", account("a", "GoogleTalk") + "kept=;19#1=3=X-GOOGLE TALK:a\n"},
+       {"2.1", "X-GOOGLE TALK;HOME:a\n",
+        "InstantMessage[_$!<Home>!$_]={InstantMessageUsername=a,"
+        "InstantMessageService=GoogleTalk}\nkept=;19#1=3=X-GOOGLE TALK;TYPE=HOME:a\n"}});
   EXPECT_EQ(linesOf(propertiesOf("3.0", kNames + "X-GOOGLE TALK:a\n"), {}),
             kNames + "IMPP;X-SERVICE-TYPE=GoogleTalk:xmpp:a\n");
 }
@@ -126,8 +126,8 @@ TEST(CardOfAnotherProgram, WhatIsEditedIsWrittenAsOurs) {
   EXPECT_EQ(linesOf(bag, {}), kNames +
                                   "item1.X-ABRELATEDNAMES:Anna\nitem1.X-ABLabel:_$!<Spouse>!$_\n"
                                   "X-SPOUSE:Bo\n");
-  auto named = propertiesOf(
-      "3.0", kNames + "X-ANDROID-CUSTOM:vnd.android.cursor.item/nickname;Allie;1;;\n");
+  auto named =
+      propertiesOf("3.0", kNames + "X-ANDROID-CUSTOM:vnd.android.cursor.item/nickname;Allie;1;;\n");
   named.set(property_id::kNickname, Object("Bo"));
   EXPECT_EQ(linesOf(named, {}), kNames + "NICKNAME:Bo\n");
 }
@@ -143,8 +143,9 @@ TEST(CardOfAnotherProgram, WhatTwoLinesSayIsOneEntry) {
   EXPECT_EQ(valuesOf("4.0", two), day);
   EXPECT_EQ(valuesOf("3.0", "X-ANNIVERSARY:1990-05-17\nX-EVOLUTION-ANNIVERSARY:19900517\n"), day);
   EXPECT_EQ(valuesOf("3.0", "X-ABDATE:2001-02-03\n" + two), "OtherDates[-]=2001-02-03\n" + day);
-  EXPECT_EQ(valuesOf("3.0", "X-SPOUSE:Ann\nitem1.X-ABRELATEDNAMES:Ann\n"
-                            "item1.X-ABLabel:_$!<Spouse>!$_\nX-SPOUSE:Bo\n"),
+  EXPECT_EQ(valuesOf("3.0",
+                     "X-SPOUSE:Ann\nitem1.X-ABRELATEDNAMES:Ann\n"
+                     "item1.X-ABLabel:_$!<Spouse>!$_\nX-SPOUSE:Bo\n"),
             "RelatedNames[_$!<Spouse>!$_]=Ann\nRelatedNames[_$!<Spouse>!$_]=Bo\n");
   EXPECT_EQ(valuesOf("3.0", "X-JABBER:a@x\nIMPP:xmpp:a@x\n"), account("a@x", "Jabber"));
   EXPECT_EQ(valuesOf("3.0", "X-ANNIVERSARY:1990-05-17\nX-ANNIVERSARY:1991-05-17\n"),
@@ -155,6 +156,11 @@ TEST(CardOfAnotherProgram, WhatTwoLinesSayIsOneEntry) {
   held.entries[0].value = *Date::fromText("1991-05-17");
   bag.set(property_id::kOtherDates, std::make_shared<const MultiValue>(held));
   EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}), kNames + "ANNIVERSARY:19910517\n");
+  // What a card says twice in the same way stays twice.
+  const std::string twice =
+      "IMPP;X-SERVICE-TYPE=AIM:aim:a\nX-AIM:a\nIMPP;X-SERVICE-TYPE=AIM:aim:a\n";
+  EXPECT_EQ(valuesOf("3.0", twice), account("a", "AIM") + account("a", "AIM"));
+  EXPECT_EQ(linesOf(propertiesOf("3.0", kNames + twice), {}), kNames + twice);
   const std::string nicknames =
       "NICKNAME:Allie\nX-ANDROID-CUSTOM:vnd.android.cursor.item/nickname;Allie;1;;\n";
   EXPECT_EQ(valuesOf("3.0", nicknames), "Nickname=Allie\n");
@@ -209,8 +215,8 @@ TEST(CardOfANewerStandard, KeepsWhatRfc9554Adds) {
 
 TEST(CardOfANewerStandard, NamesHaveTwoMoreComponents) {
   const std::string name = "N:Ray,Sol;Al;;;Jr.;Sol;Jr.\nFN:Al Ray Sol Jr.\n";
-  expectRows({{"4.0", name,
-               "First=Al\nLast=Ray Sol\nSuffix=Jr.\nkept=;3#0:Ray,Sol;Al;;;Jr.;Sol;Jr.\n"}});
+  expectRows(
+      {{"4.0", name, "First=Al\nLast=Ray Sol\nSuffix=Jr.\nkept=;3#0:Ray,Sol;Al;;;Jr.;Sol;Jr.\n"}});
   const auto bag = propertiesOf("4.0", name);
   EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}), name);
   const auto in30 = linesOf(bag, {});
@@ -229,9 +235,9 @@ TEST(CardOfANewerStandard, PhoneticNamesAreReadings) {
       "kept=;3#0;ALTID=1;LANGUAGE=zh-Hant\n";
   expectRows({{"4.0", name + reading, values}, {"4.0", reading + name, values}});
   auto bag = propertiesOf("4.0", name + reading);
-  EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}),
-            name + "FN:孫中山\nX-PHONETIC-FIRST-NAME:zung1saan1\nX-PHONETIC-LAST-NAME:syun1\n" +
-                reading);
+  EXPECT_EQ(
+      linesOf(bag, {.version = CardVersion::V40}),
+      name + "FN:孫中山\nX-PHONETIC-FIRST-NAME:zung1saan1\nX-PHONETIC-LAST-NAME:syun1\n" + reading);
   const auto in40 = linesOf(bag, {.version = CardVersion::V40});
   EXPECT_EQ(linesOf(propertiesOf("4.0", in40), {.version = CardVersion::V40}), in40);
   bag.set(property_id::kFirstPhonetic, PropertyValue());

@@ -81,7 +81,8 @@ TEST(CardUid, StandsAsItCameAndMembersNameItByAUri) {
 TEST(CardUid, OfFormerCardsOfOursIsReadAsWhatItMeans) {
   const std::string uuid = "4fbe8971-0bc3-424c-9c26-36c3e1eff6b1";
   expectRows({
-      {"4.0", "TITLE:x\nUID;X-OX-BARE=TRUE:urn:uuid:" + uuid + "\n", "JobTitle=x\nUID=" + uuid + "\n"},
+      {"4.0", "TITLE:x\nUID;X-OX-BARE=TRUE:urn:uuid:" + uuid + "\n",
+       "JobTitle=x\nUID=" + uuid + "\n"},
       {"4.0", "TITLE:x\nUID:x-ox-uid:a%20b\n", "JobTitle=x\nUID=a b\n"},
       {"4.0", "TITLE:x\nUID;VALUE=text:a\\,b\n", "JobTitle=x\nUID=a,b\n"},
       {"4.0", "TITLE:x\nUID:a\\,b\n", "JobTitle=x\nUID=a\\,b\n"},

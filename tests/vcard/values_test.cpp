@@ -18,8 +18,7 @@ TEST(CardValues, EscapesDependOnTheVersion) {
        "First=Al\nMiddle=Bo Cy\nLast=Ray\nTitle=Dr Prof\nSuffix=Jr., M.D.\n"
        "kept=;3#0:Ray;Al;Bo,Cy;Dr,Prof;Jr.,M.D.\n"},
       {"2.1", "N:Ray;Al;Bo,Cy\n", "First=Al\nMiddle=Bo,Cy\nLast=Ray\n"},
-      {"3.0", "N:A;B;;;;x;y\n",
-       "First=B\nLast=A\nkept=;3#0:A;B;;;;x;y\n"},
+      {"3.0", "N:A;B;;;;x;y\n", "First=B\nLast=A\nkept=;3#0:A;B;;;;x;y\n"},
       {"3.0", "N:A;B;;;;x;y;z\n",
        "First=B\nLast=A\nkept=N:A;B;;;;x;y;z\nkept=;3#0:A;B;;;;x;y\n"
        "repair 3: N has more than seven components, kept as text beside them\n"},

@@ -23,11 +23,10 @@ using Components = std::array<std::string_view, kComponents>;
 // Their keys, and those of the country code and the formatted text, which are no components.
 constexpr std::size_t kCode = kComponents;
 constexpr std::size_t kLabel = kComponents + 1;
-constexpr std::array kKeys = {kAddressPostOfficeBoxKey, kAddressExtendedKey,
-                              kABAddressStreetKey,      kABAddressCityKey,
-                              kABAddressStateKey,       kABAddressZIPKey,
-                              kABAddressCountryKey,     kABAddressCountryCodeKey,
-                              kAddressLabelKey};
+constexpr std::array kKeys = {
+    kAddressPostOfficeBoxKey, kAddressExtendedKey,      kABAddressStreetKey,
+    kABAddressCityKey,        kABAddressStateKey,       kABAddressZIPKey,
+    kABAddressCountryKey,     kABAddressCountryCodeKey, kAddressLabelKey};
 
 // How the card wrote an address of which only the formatted text is known.
 constexpr std::string_view kLabelAlone = ";;;;;;";
@@ -149,40 +148,44 @@ std::string parametersOfLabel(const ContentLine& line, CardDraft& draft, std::ui
   return draft.parametersOf(line, draft.types.known & ~used);
 }
 
+// More than anybody has; each is looked for among all others.
+constexpr std::size_t kMostLabelled = 256;
+
 // What a LABEL finds among the addresses.
 struct LabelledAddress {
   MultiEntry* entry = nullptr;
   bool isOther = false;  // which says something else beside its value
 };
 
-LabelledAddress addressFor(const ContentLine& line, CardDraft& draft, std::size_t count) {
+LabelledAddress addressFor(const ContentLine& line, CardDraft& draft) {
   readTypeWords(line, draft.types);
   const auto type = typeLabel(property_id::kAddress, draft.types.known);
   const auto said = parametersOfLabel(line, draft, type.used);
-  const auto group = groupKey(line.group);
+  const auto inGroup = draft.groups.entriesIn(groupKey(line.group), property_id::kAddress);
   auto& entries = draft.values.multi(property_id::kAddress).entries;
   LabelledAddress found;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < std::min(entries.size(), kMostLabelled); ++i) {
     auto& entry = entries[i];
     const auto* address = entry.value.dictionary();
     if (address == nullptr || address->get(kAddressLabelKey).text() != nullptr) continue;
     if (entry.label.value_or("") != type.label) continue;
-    const bool isInGroup = draft.groups.groupOf(property_id::kAddress, i + 1) == group;
-    if (!group.empty() && !isInGroup) continue;
+    const bool isInGroup = std::ranges::find(inGroup, i + 1) != inGroup.end();
+    if (!line.group.empty() && !isInGroup) continue;
     if (said.empty() || said == parametersOfEntry(draft, i + 1)) return {&entry, false};
     found.isOther = true;
   }
   return found;
 }
 
-void readWaitingLabel(WaitingLine& waiting, CardDraft& draft, std::size_t count) {
+// How many addresses are added so far that only a LABEL told of.
+std::size_t readWaitingLabel(WaitingLine& waiting, CardDraft& draft, std::size_t added) {
   ContentLine line;
   const auto colon = parseHead(waiting.text, line);
-  if (colon == std::string_view::npos) return;
+  if (colon == std::string_view::npos) return added;
   line.value = std::string_view(waiting.text).substr(colon + 1);
   line.number = waiting.number;
   const auto label = unescaped(line.value, Dialect::V30);
-  const auto found = addressFor(line, draft, count);
+  const auto found = addressFor(line, draft);
   if (found.entry != nullptr) {
     Dictionary address = *found.entry->value.dictionary();
     address.set(kAddressLabelKey, label);
@@ -191,7 +194,9 @@ void readWaitingLabel(WaitingLine& waiting, CardDraft& draft, std::size_t count)
     draft.unmodelled.lines.push_back(std::move(waiting.text));
   } else {
     addLabelAlone(label, line, draft);
+    draft.moveLastEntry(property_id::kAddress, waiting.entriesBefore + ++added);
   }
+  return added;
 }
 
 // True when a LABEL without group could be taken for that of another address.
@@ -257,8 +262,7 @@ bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& dra
     return split.rest.empty();
   }
   if (!label.empty()) address.set(kAddressLabelKey, std::move(label));
-  draft.addEntry(row.property, std::move(address), line,
-                 {.ownKinds = bitOf(ParameterKind::Label)});
+  draft.addEntry(row.property, std::move(address), line, {.ownKinds = bitOf(ParameterKind::Label)});
   if (!split.rest.empty()) {
     draft.preserveVerbatim(row.property, canonicalComponents(line.value));
   } else if (hasList(line.value, draft.facts.dialect)) {
@@ -270,7 +274,9 @@ bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& dra
 bool readAddressLabel(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
   if (line.encoding == Encoding::Base64) return false;
   if (!isPlainText(unescaped(line.value, draft.facts.dialect))) return false;
-  WaitingLine waiting{{}, line.number};
+  if (draft.addressLabels.size() == kMostLabelled) return false;
+  const auto before = draft.values.multi(property_id::kAddress).entries.size();
+  WaitingLine waiting{{}, line.number, before};
   appendPreserved(line, draft.facts.dialect, waiting.text);
   draft.addressLabels.push_back(std::move(waiting));
   return true;
@@ -278,8 +284,8 @@ bool readAddressLabel(const PropertyRow& /*row*/, const ContentLine& line, CardD
 
 void settleAddressLabels(CardDraft& draft) {
   if (draft.addressLabels.empty()) return;
-  const auto count = draft.values.multi(property_id::kAddress).entries.size();
-  for (auto& waiting : draft.addressLabels) readWaitingLabel(waiting, draft, count);
+  std::size_t added = 0;
+  for (auto& waiting : draft.addressLabels) added = readWaitingLabel(waiting, draft, added);
   draft.addressLabels.clear();
 }
 
@@ -316,7 +322,8 @@ bool writeAddress(EntryWriter& entry) {
 
   const CardText labelText(texts[kLabel]);
   const auto label = isPlainText(texts[kLabel]) ? labelText.view() : std::string_view();
-  const bool isAlone = !label.empty() && entry.verbatim() == kLabelAlone && parts[kStreet] == label &&
+  const bool isAlone = !label.empty() && entry.verbatim() == kLabelAlone &&
+                       CardText(parts[kStreet]).view() == label &&
                        std::ranges::count_if(parts, saysNothing) == kComponents - 1;
   const auto code = texts[kCode];
   const bool hasCode = isCountryCode(code);

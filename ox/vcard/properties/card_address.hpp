@@ -19,7 +19,7 @@ inline constexpr std::string_view kAddressExtendedKey = "Extended";
 inline constexpr std::string_view kAddressLabelKey = "Label";
 
 // Once all lines are read: LABEL joins the address that it belongs to, which its group or its TYPE
-// tells; without one it is an address of which nothing else is known, after all others.
+// tells; without one it is an address of which nothing else is known.
 void settleAddressLabels(CardDraft& draft);
 
 }  // namespace ox::vcard

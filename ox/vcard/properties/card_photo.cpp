@@ -4,9 +4,9 @@
 #include "ox/base/base64.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/decode.hpp"
+#include "ox/vcard/lines/media_type.hpp"
 #include "ox/vcard/lines/uri.hpp"
 #include "ox/vcard/properties/each_property.hpp"
-#include "ox/vcard/lines/media_type.hpp"
 
 // PHOTO: base64 in 3.0, a data URI in 4.0. What only refers to a picture is preserved as it is.
 

@@ -5,8 +5,8 @@
 
 #include "ox/records/property_bag.hpp"
 
-// CATEGORIES (RFC 2426, section 3.6.1; RFC 6350, section 6.7.1) of a person. No property holds them:
-// the lines are preserved, and whoever holds tags makes tags of what they say.
+// CATEGORIES (RFC 2426, section 3.6.1; RFC 6350, section 6.7.1) of a person. No property holds
+// them: the lines are preserved, and whoever holds tags makes tags of what they say.
 
 namespace ox::vcard {
 

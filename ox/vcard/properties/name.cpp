@@ -129,9 +129,8 @@ Readings readingsOfPreserved(std::string_view parameter) {
 
 // RFC 9554, section 4.6: the line is a reading of N in another script.
 bool isPhonetic(const ContentLine& line) {
-  return std::ranges::any_of(line.parameters, [](const Parameter& each) {
-    return isWord(each.name, "PHONETIC");
-  });
+  return std::ranges::any_of(line.parameters,
+                             [](const Parameter& each) { return isWord(each.name, "PHONETIC"); });
 }
 
 // Without what follows the components of RFC 6350.
@@ -266,8 +265,8 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
   }
   const bool allTaken = isBlankPart(components.back());
   if (!allTaken) draft.repaired(line, "N has more than seven components, kept as text beside them");
-  const bool hasMore = !isBlankPart(components[kParts.size()]) ||
-                       !isBlankPart(components[kParts.size() + 1]);
+  const bool hasMore =
+      !isBlankPart(components[kParts.size()]) || !isBlankPart(components[kParts.size() + 1]);
   if (!draft.facts.isGroup && (hasMore || hasList(line.value, draft.facts.dialect))) {
     const auto count = hasMore ? kComponents : kParts.size();
     draft.name.verbatimParts =

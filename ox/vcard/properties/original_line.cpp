@@ -111,9 +111,10 @@ class RepeatedEntries {
     return detail.property == property_ && detail.entry == number;
   }
 
+  // One of its own, which it was read from.
   bool hasLine(std::size_t number) const {
     return std::ranges::any_of(draft_.unmodelled.details, [&](const PropertyDetail& each) {
-      return isOf(each, number) && each.kind == DetailKind::Line;
+      return isOf(each, number) && each.kind == DetailKind::Line && each.text[1] == kOwnMark;
     });
   }
 
@@ -173,8 +174,8 @@ void preserveOriginalLine(PropertyId property, const ContentLine& line, CardDraf
   appendPreserved(text, isText ? Dialect::V30 : draft.facts.dialect, preserved);
   const auto group = lineNameOf(preserved).group;
   if (!group.empty()) preserved.erase(0, group.size() + 1);
-  preserved.insert(0, {draft.facts.is40 ? '4' : '3',
-                       repeats == Repeats::Yes ? kRepeatedMark : kOwnMark});
+  preserved.insert(
+      0, {draft.facts.is40 ? '4' : '3', repeats == Repeats::Yes ? kRepeatedMark : kOwnMark});
   draft.unmodelled.details.push_back({property, entry, DetailKind::Line, std::move(preserved)});
 }
 

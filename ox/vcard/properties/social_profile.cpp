@@ -94,9 +94,8 @@ bool readStandardProfile(const PropertyRow& row, const ContentLine& line, CardDr
   put(kService, parameterIn(line, ParameterKind::ServiceType));
   put(kUser, std::move(user));
   put(kUrl, isUser ? std::string() : std::move(value));
-  draft.addEntry(
-      row.property, std::move(profile), line,
-      {.ownKinds = bitOf(ParameterKind::UserName) | bitOf(ParameterKind::ServiceType)});
+  draft.addEntry(row.property, std::move(profile), line,
+                 {.ownKinds = bitOf(ParameterKind::UserName) | bitOf(ParameterKind::ServiceType)});
   return true;
 }
 

@@ -1,6 +1,7 @@
 #include "ox/vcard/unmodelled/collected_unmodelled.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <tuple>
 #include <utility>
 
@@ -19,17 +20,19 @@ bool standsBefore(const PropertyDetail& a, const PropertyDetail& b) {
 void CollectedUnmodelled::clear() {
   lines.clear();
   details.clear();
+  wrappedDetails.clear();
 }
 
 void CollectedUnmodelled::addEncoded(std::string stored) {
   if (const auto detail = decodeDetail(stored)) {
-    details.push_back({detail->property, detail->entry, detail->kind, std::string(detail->text)});
+    wrappedDetails.push_back({detail->property, detail->entry, detail->kind, std::string(detail->text)});
   } else {
     lines.push_back(std::move(stored));
   }
 }
 
 Array CollectedUnmodelled::encoded() {
+  std::ranges::move(wrappedDetails, std::back_inserter(details));
   if (details.size() > 1) std::stable_sort(details.begin(), details.end(), standsBefore);
   Array stored;
   stored.reserve(lines.size() + details.size());

@@ -20,8 +20,10 @@ namespace ox::vcard {
 struct CollectedUnmodelled {
   std::vector<std::string> lines;       // in the order of the card
   std::vector<PropertyDetail> details;  // in any order
+  // Those that lines of ours gave, which name entries by the places that these have in the end.
+  std::vector<PropertyDetail> wrappedDetails;
 
-  bool empty() const { return lines.empty() && details.empty(); }
+  bool empty() const { return lines.empty() && details.empty() && wrappedDetails.empty(); }
   void clear();
   // Takes back what encoded() gave, be it a line or a detail.
   void addEncoded(std::string stored);

@@ -1,5 +1,6 @@
 #include "ox/vcard/unmodelled/media_line.hpp"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -59,22 +60,24 @@ bool isPlace(std::string_view word) {
 
 // The parameters of a line, sorted out.
 struct MediaHead {
-  std::string front;  // group and name, and all parameters that are not told below
-  std::string media;  // that TYPE or MEDIATYPE tells; empty when neither does
+  std::string_view name;  // with the group
+  std::string rest;       // all parameters that are not told below
+  std::string media;      // that TYPE or MEDIATYPE tells; empty when neither does
 };
 
-// TYPE tells the format unless MEDIATYPE does.
-MediaHead headOf(const ContentLine& line) {
+// TYPE tells the format unless MEDIATYPE or the value does.
+MediaHead headOf(const ContentLine& line, std::string_view mediaOfValue = {}) {
   MediaHead head;
-  head.front = line.head.substr(0, lineNameOf(line.head).end);
+  head.name = line.head.substr(0, lineNameOf(line.head).end);
   const auto append = [&](std::string_view name, std::string_view value) {
-    head.front.append(";").append(name).append("=").append(value);
+    head.rest.append(";").append(name).append("=").append(value);
   };
   const Parameter* given = nullptr;
   for (const auto& parameter : line.parameters) {
     if (isWord(parameter.name, "MEDIATYPE")) given = &parameter;
   }
   if (given != nullptr) head.media = mediaType(parameterText(*given));
+  if (!mediaOfValue.empty()) head.media = mediaOfValue;
   const bool isGiven = !head.media.empty();
   for (const auto& parameter : line.parameters) {
     if (parameter.kind == ParameterKind::Encoding || parameter.kind == ParameterKind::Value) {
@@ -95,8 +98,15 @@ MediaHead headOf(const ContentLine& line) {
   return head;
 }
 
-void appendType(std::string_view property, std::string_view media, std::string& out) {
-  if (!media.empty()) out.append(";TYPE=").append(typeOfMedia(property, media));
+// The format's TYPE comes first: a reader takes the first word for it.
+std::string headIn30(std::string_view property, const MediaHead& head) {
+  std::string out(head.name);
+  if (!head.media.empty()) out.append(";TYPE=").append(typeOfMedia(property, head.media));
+  return out += head.rest;
+}
+
+std::string headIn40(const MediaHead& head) {
+  return std::string(head.name).append(head.rest);
 }
 
 // What a data URI holds when its bytes are base64 and nothing but the media type is told of them.
@@ -123,25 +133,44 @@ bool isReference(std::string_view value) {
 }
 
 std::string bytesIn30(std::string_view property, const MediaHead& head, std::string_view base64) {
-  auto out = head.front;
-  appendType(property, head.media, out);
-  return out.append(";ENCODING=b:").append(base64);
+  return headIn30(property, head).append(";ENCODING=b:").append(base64);
 }
 
 std::string bytesIn40(const MediaHead& head, std::string_view base64) {
-  auto out = head.front;
+  auto out = headIn40(head);
   out.append(":data:").append(head.media.empty() ? "application/octet-stream" : head.media);
   return out.append(";base64,").append(base64);
 }
 
-// vCard 3.0 takes a value for base64 or text that does not say that it is a URI.
-std::string referenceIn(CardVersion version, const ContentLine& line, const MediaHead& head) {
-  auto out = head.front;
-  if (version == CardVersion::V30) {
-    appendType(line.name, head.media, out);
-  } else if (!head.media.empty()) {
-    out.append(";MEDIATYPE=").append(head.media);
+bool hasMediaType(const ContentLine& line) {
+  return std::ranges::any_of(
+      line.parameters, [](const Parameter& each) { return isWord(each.name, "MEDIATYPE"); });
+}
+
+// vCard 3.0 takes a value for base64 or text that does not say that it is a URI, which 2.1 calls
+// another name.
+std::string referenceIn30(const ContentLine& line) {
+  std::string out;
+  if (hasMediaType(line)) {
+    out = headIn30(line.name, headOf(line));
+  } else {
+    const auto* type = line.find(ParameterKind::Value);
+    if (type != nullptr) {
+      const auto at = static_cast<std::size_t>(type->value.data() - line.head.data());
+      const bool isUrl = isWord(type->value, "URL");
+      out.append(line.head.substr(0, at)).append(isUrl ? "uri" : type->value);
+      out.append(line.head.substr(at + type->value.size()));
+      return out.append(":").append(line.value);
+    }
+    out = line.head;
   }
+  return out.append(";VALUE=uri:").append(line.value);
+}
+
+std::string referenceIn40(const ContentLine& line) {
+  const auto head = headOf(line);
+  auto out = headIn40(head);
+  if (!head.media.empty()) out.append(";MEDIATYPE=").append(head.media);
   return out.append(";VALUE=uri:").append(line.value);
 }
 
@@ -155,9 +184,8 @@ std::optional<std::string> mediaLine(const ContentLine& line, CardVersion versio
   }
   if (!isReference(line.value)) return std::nullopt;
   const auto data = dataOf(line.value);
-  auto head = headOf(line);
-  if (!data) return referenceIn(version, line, head);
-  if (!data->media.empty()) head.media = data->media;
+  if (!data) return is30 ? referenceIn30(line) : referenceIn40(line);
+  const auto head = headOf(line, data->media);
   return is30 ? bytesIn30(line.name, head, data->base64) : bytesIn40(head, data->base64);
 }
 

@@ -1,5 +1,7 @@
 #include "ox/vcard/values/card_draft.hpp"
 
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 
 #include "ox/vcard/lines/decode.hpp"
@@ -72,6 +74,23 @@ void CardDraft::addEntry(PropertyId property, Object&& value, const ContentLine&
   if (line.group.empty()) return;
   groups.add(GroupedEntry{groupKey(line.group), std::string(line.group), property, number,
                           label.used, parametersAt});
+}
+
+void CardDraft::moveLastEntry(PropertyId property, std::size_t number) {
+  auto& held = values.multi(property);
+  const auto last = held.entries.size();
+  const auto moved = [&](auto& entry) {
+    if (entry >= number) entry = entry == last ? number : entry + 1;
+  };
+  std::rotate(held.entries.begin() + static_cast<std::ptrdiff_t>(number) - 1,
+              held.entries.end() - 1, held.entries.end());
+  for (std::size_t i = number - 1; i < last; ++i) held.entries[i].identifier = i + 1;
+  for (auto& [entry, rank] : held.ranks) moved(entry);
+  moved(held.primary);
+  for (auto& detail : unmodelled.details) {
+    if (detail.property == property) moved(detail.entry);
+  }
+  groups.moveLastEntry(property, last, number);
 }
 
 void CardDraft::preserveVerbatim(PropertyId property, std::string_view value) {

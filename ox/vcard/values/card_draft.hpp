@@ -44,6 +44,7 @@ enum class UnknownWords { ArePreserved, AreUsed };
 struct WaitingLine {
   std::string text;  // as it is preserved
   std::size_t number = 0;
+  std::size_t entriesBefore = 0;
 };
 
 // What an entry's line has beside its value.
@@ -79,6 +80,8 @@ struct CardDraft {
 
   void addEntry(PropertyId property, Object&& value, const ContentLine& line,
                 const EntryExtras& extras);
+  // Puts the last entry of a property where it is the one of that number.
+  void moveLastEntry(PropertyId property, std::size_t number);
   // Preserves how the card wrote a single value, or that of the last entry.
   void preserveVerbatim(PropertyId property, std::string_view value);
   // Preserves what a single value's line says beside the value; the parameters among it.

@@ -67,7 +67,7 @@ class EntryWriter {
   const OutgoingEntry& entry_;
   std::string group_;
   std::string_view typeParameters_;  // that give the label
-  std::string_view groupLabel_;       // that X-ABLabel has to give
+  std::string_view groupLabel_;      // that X-ABLabel has to give
 };
 
 // Writes one entry; false when its line does not give the entry exactly.

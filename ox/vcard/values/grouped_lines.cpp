@@ -70,11 +70,20 @@ void GroupedLines::clear() {
   notes_.clear();
 }
 
-std::string_view GroupedLines::groupOf(PropertyId property, std::size_t entry) const {
+std::vector<std::size_t> GroupedLines::entriesIn(std::string_view group,
+                                                 PropertyId property) const {
+  std::vector<std::size_t> entries;
   for (const auto& each : entries_) {
-    if (each.property == property && each.entry == entry) return each.key;
+    if (each.property == property && each.key == group) entries.push_back(each.entry);
   }
-  return {};
+  return entries;
+}
+
+void GroupedLines::moveLastEntry(PropertyId property, std::size_t last, std::size_t number) {
+  for (auto& each : entries_) {
+    if (each.property != property || each.entry < number) continue;
+    each.entry = each.entry == last ? number : each.entry + 1;
+  }
 }
 
 void GroupedLines::join(CollectedValues& values, CollectedUnmodelled& unmodelled,

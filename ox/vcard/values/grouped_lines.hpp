@@ -45,8 +45,10 @@ class GroupedLines {
   void clear();
   void add(GroupedEntry entry) { entries_.push_back(std::move(entry)); }
   void add(GroupNote note) { notes_.push_back(std::move(note)); }
-  // As groupKey gives it; empty for an entry without.
-  std::string_view groupOf(PropertyId property, std::size_t entry) const;
+  // The numbers of the entries whose lines belong to that group, as groupKey gives it.
+  std::vector<std::size_t> entriesIn(std::string_view group, PropertyId property) const;
+  // The last entry of a property has become the one of that number.
+  void moveLastEntry(PropertyId property, std::size_t last, std::size_t number);
 
   // Applies the notes to the entries, preserves those that no entry wants, and notes the group of
   // each entry that shares it with an unmodelled line.

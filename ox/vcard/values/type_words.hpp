@@ -61,8 +61,8 @@ struct TypeLabel {
 };
 TypeLabel typeLabel(PropertyId property, std::uint32_t known);
 
-// The label that another word gives such an entry when no known one does, as telephones write theirs
-// where they have no other: "Boat" of "X-Boat". Empty for none; borrowed like the words.
+// The label that another word gives such an entry when no known one does, as telephones write
+// theirs where they have no other: "Boat" of "X-Boat". Empty for none; borrowed like the words.
 std::string_view extendedLabel(PropertyId property, const TypeWords& words);
 
 // The TYPE parameters that give an entry of that property its label, and their words as bits; no
