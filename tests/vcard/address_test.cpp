@@ -26,6 +26,25 @@ TEST(CardAddress, FormattedTextBelongsToTheAddressOfItsTypeOrGroup) {
   });
 }
 
+// Whatever the order of the lines, which changes when they are written.
+TEST(CardAddress, FormattedTextThatSaysMoreStaysBesideTheAddress) {
+  const std::string other = "LABEL;TYPE=HOME;TYPE=W:b\n";
+  const std::string in30 = "ADR;TYPE=HOME:;;a;;;;\nLABEL;TYPE=HOME:a\n";
+  for (const auto& lines : {in30 + other, other + in30}) {
+    const auto bag = propertiesOf("3.0", "N:Ray;Al;;;\n" + lines);
+    const auto text = linesOf(bag, {});
+    EXPECT_EQ(text, "N:Ray;Al;;;\nFN:Al Ray\n" + in30 + other);
+    EXPECT_EQ(linesOf(propertiesOf("3.0", text), {}), text);
+  }
+}
+
+TEST(CardAddress, StaysInItsPlaceWhateverIsKnownOfIt) {
+  const std::string lines =
+      "item1.LABEL:A\nitem2.ADR:;;b;;;;\nitem2.LABEL:B\nitem3.LABEL:C\nADR:;;d;;;;\n";
+  expectThrough({{"3.0", lines, lines,
+                  "ADR;LABEL=A:;;;;;;\nADR;LABEL=B:;;b;;;;\nADR;LABEL=C:;;;;;;\nADR:;;d;;;;\n"}});
+}
+
 TEST(CardAddress, FormattedTextAloneIsAnAddress) {
   const std::string known = "Address[_$!<Work>!$_]={Street=A\nB,Label=A\nB}\nkept=;21#1:;;;;;;\n";
   expectRows({
@@ -54,6 +73,8 @@ TEST(CardAddress, FormattedTextTakesTheFormOfTheVersion) {
            both("ADR:;;a;;;;\nitem1.ADR:;;b;;;;\nitem1.LABEL:B\n",
                 "ADR:;;a;;;;\nADR;LABEL=B:;;b;;;;\n"),
            both("ADR:;;a;;;;\nitem1.LABEL:B\n", "ADR:;;a;;;;\nADR;LABEL=B:;;;;;;\n"),
+           both("item1.ADR;TYPE=X-Boat:;;a;;;;\nitem1.LABEL:A\n",
+                "ADR;TYPE=X-Boat;LABEL=A:;;a;;;;\n"),
            both("item1.ADR:;;a;;;;\nitem1.X-ABLabel:Boat\nitem1.LABEL:A\nitem1.X-ABADR:de\n",
                 "item1.ADR;LABEL=A:;;a;;;;\nitem1.X-ABLabel:Boat\nitem1.X-ABADR:de\n"),
        }) {

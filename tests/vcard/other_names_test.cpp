@@ -161,6 +161,11 @@ TEST(CardOfAnotherProgram, WhatTwoLinesSayIsOneEntry) {
       "IMPP;X-SERVICE-TYPE=AIM:aim:a\nX-AIM:a\nIMPP;X-SERVICE-TYPE=AIM:aim:a\n";
   EXPECT_EQ(valuesOf("3.0", twice), account("a", "AIM") + account("a", "AIM"));
   EXPECT_EQ(linesOf(propertiesOf("3.0", kNames + twice), {}), kNames + twice);
+  // Two values that only look alike in a line.
+  const auto alike = linesOf(propertiesOf("3.0", kNames + "X-SPOUSE:An\x01n\nX-SPOUSE:Ann\n"), {});
+  EXPECT_EQ(valuesOf("3.0", alike),
+            "First=Al\nLast=Ray\nRelatedNames[_$!<Spouse>!$_]=An\x01n\n"
+            "RelatedNames[_$!<Spouse>!$_]=Ann\n");
   const std::string nicknames =
       "NICKNAME:Allie\nX-ANDROID-CUSTOM:vnd.android.cursor.item/nickname;Allie;1;;\n";
   EXPECT_EQ(valuesOf("3.0", nicknames), "Nickname=Allie\n");

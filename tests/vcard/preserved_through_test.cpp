@@ -132,6 +132,8 @@ TEST(CardThrough, BytesTakeTheFormOfTheVersion) {
             "LOGO;TYPE=WORK:data:image/png;base64,AQID\n"),
         row("item1.SOUND;TYPE=WAVE;X-A=\"b:c\";ENCODING=b:AQID\n",
             "item1.SOUND;X-A=\"b:c\":data:audio/wav;base64,AQID\n"),
+        row("LOGO;TYPE=GIF;MEDIATYPE=none;ENCODING=b:AQID\n",
+            "LOGO;MEDIATYPE=none:data:image/gif;base64,AQID\n"),
         row("SOUND;TYPE=BASIC;ENCODING=b:AQID\n", "SOUND:data:audio/basic;base64,AQID\n"),
         row("KEY;TYPE=PGP;ENCODING=b:AQID\n", "KEY:data:application/pgp-keys;base64,AQID\n"),
         row("LOGO;TYPE=UID;TYPE=JPEG;ENCODING=b:AQID\n",

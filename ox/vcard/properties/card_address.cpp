@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "ox/records/property_keys.hpp"
 #include "ox/vcard/lines/ascii.hpp"
@@ -151,52 +152,69 @@ std::string parametersOfLabel(const ContentLine& line, CardDraft& draft, std::ui
 // More than anybody has; each is looked for among all others.
 constexpr std::size_t kMostLabelled = 256;
 
-// What a LABEL finds among the addresses.
-struct LabelledAddress {
-  MultiEntry* entry = nullptr;
-  bool isOther = false;  // which says something else beside its value
+// Finds the places of LABEL lines. An address has one at most.
+class AddressLabels {
+ public:
+  explicit AddressLabels(CardDraft& draft)
+      : draft_(draft), entries_(draft.values.multi(property_id::kAddress).entries) {
+    const auto count = std::min(entries_.size(), kMostLabelled);
+    for (std::size_t number = 1; number <= count; ++number) ofAdr_.push_back(number);
+    for (const auto& each : draft.unmodelled.details) {
+      const bool isOurs = each.property == property_id::kAddress;
+      if (!isOurs || each.kind != DetailKind::Verbatim || each.text != kLabelAlone) continue;
+      std::erase(ofAdr_, each.entry);
+    }
+  }
+
+  // Gives it to the first address of its group or its TYPE that has none and says the same beside.
+  bool join(const ContentLine& line) {
+    const auto said = look(line);
+    for (const auto number : found_) {
+      auto& value = entries_[number - 1].value;
+      const auto* address = value.dictionary();
+      if (address == nullptr || address->get(kAddressLabelKey).text() != nullptr) continue;
+      if (!said.empty() && said != parametersOfEntry(draft_, number)) continue;
+      auto labelled = *address;
+      labelled.set(kAddressLabelKey, unescaped(line.value, Dialect::V30));
+      value = std::move(labelled);
+      return true;
+    }
+    return false;
+  }
+
+  // An address is there of which it says something else, in another language for one.
+  bool isBeside(const ContentLine& line) { return !look(line).empty() && !found_.empty(); }
+
+ private:
+  // What the line says beside its label and its value; finds the addresses that it may belong to.
+  std::string look(const ContentLine& line) {
+    readTypeWords(line, draft_.types);
+    const auto type = typeLabel(property_id::kAddress, draft_.types.known);
+    auto label = std::string(type.label);
+    const auto inGroup = draft_.groups.entriesIn(groupKey(line.group), property_id::kAddress);
+    found_ = ofAdr_;
+    std::erase_if(found_, [&](std::size_t number) {
+      const bool isInGroup = std::ranges::find(inGroup, number) != inGroup.end();
+      if (!line.group.empty() && !isInGroup) return true;
+      // The group alone tells it where TYPE does not.
+      if (!line.group.empty() && label.empty()) return false;
+      return entries_[number - 1].label.value_or("") != label;
+    });
+    return parametersOfLabel(line, draft_, type.used);
+  }
+
+  CardDraft& draft_;
+  std::vector<MultiEntry>& entries_;
+  std::vector<std::size_t> ofAdr_;  // numbers of entries
+  std::vector<std::size_t> found_;
 };
 
-LabelledAddress addressFor(const ContentLine& line, CardDraft& draft) {
-  readTypeWords(line, draft.types);
-  const auto type = typeLabel(property_id::kAddress, draft.types.known);
-  const auto said = parametersOfLabel(line, draft, type.used);
-  const auto inGroup = draft.groups.entriesIn(groupKey(line.group), property_id::kAddress);
-  auto& entries = draft.values.multi(property_id::kAddress).entries;
-  LabelledAddress found;
-  for (std::size_t i = 0; i < std::min(entries.size(), kMostLabelled); ++i) {
-    auto& entry = entries[i];
-    const auto* address = entry.value.dictionary();
-    if (address == nullptr || address->get(kAddressLabelKey).text() != nullptr) continue;
-    if (entry.label.value_or("") != type.label) continue;
-    const bool isInGroup = std::ranges::find(inGroup, i + 1) != inGroup.end();
-    if (!line.group.empty() && !isInGroup) continue;
-    if (said.empty() || said == parametersOfEntry(draft, i + 1)) return {&entry, false};
-    found.isOther = true;
-  }
-  return found;
-}
-
-// How many addresses are added so far that only a LABEL told of.
-std::size_t readWaitingLabel(WaitingLine& waiting, CardDraft& draft, std::size_t added) {
+ContentLine parsed(const WaitingLine& waiting) {
   ContentLine line;
   const auto colon = parseHead(waiting.text, line);
-  if (colon == std::string_view::npos) return added;
-  line.value = std::string_view(waiting.text).substr(colon + 1);
+  line.value = std::string_view(waiting.text).substr(std::min(colon, waiting.text.size() - 1) + 1);
   line.number = waiting.number;
-  const auto label = unescaped(line.value, Dialect::V30);
-  const auto found = addressFor(line, draft);
-  if (found.entry != nullptr) {
-    Dictionary address = *found.entry->value.dictionary();
-    address.set(kAddressLabelKey, label);
-    found.entry->value = std::move(address);
-  } else if (found.isOther) {
-    draft.unmodelled.lines.push_back(std::move(waiting.text));
-  } else {
-    addLabelAlone(label, line, draft);
-    draft.moveLastEntry(property_id::kAddress, waiting.entriesBefore + ++added);
-  }
-  return added;
+  return line;
 }
 
 // True when a LABEL without group could be taken for that of another address.
@@ -283,10 +301,22 @@ bool readAddressLabel(const PropertyRow& /*row*/, const ContentLine& line, CardD
 }
 
 void settleAddressLabels(CardDraft& draft) {
-  if (draft.addressLabels.empty()) return;
+  auto& waiting = draft.addressLabels;
+  if (waiting.empty()) return;
+  AddressLabels labels(draft);
+  std::erase_if(waiting, [&](const WaitingLine& each) { return labels.join(parsed(each)); });
+  std::erase_if(waiting, [&](WaitingLine& each) {
+    if (!labels.isBeside(parsed(each))) return false;
+    draft.unmodelled.lines.push_back(std::move(each.text));
+    return true;
+  });
   std::size_t added = 0;
-  for (auto& waiting : draft.addressLabels) added = readWaitingLabel(waiting, draft, added);
-  draft.addressLabels.clear();
+  for (const auto& each : waiting) {
+    const auto line = parsed(each);
+    addLabelAlone(unescaped(line.value, Dialect::V30), line, draft);
+    draft.moveLastEntry(property_id::kAddress, each.entriesBefore + ++added);
+  }
+  waiting.clear();
 }
 
 // X-ABADR names the country of the address in its group.

@@ -96,11 +96,12 @@ class RepeatedEntries {
   RepeatedEntries(PropertyId property, CardDraft& draft)
       : property_(property), held_(draft.values.multi(property)), draft_(draft) {}
 
-  void join() {
+  // `least`: as many entries as there have to be.
+  void join(std::size_t least) {
     const auto count = held_.entries.size();
     if (count < 2 || count > kMostCompared) return;
     // From behind, so that the first one stays.
-    for (std::size_t number = count; number >= 1; --number) {
+    for (std::size_t number = count; number >= 1 && held_.entries.size() > least; --number) {
       if (!hasLine(number) || isRanked(number)) continue;
       if (const auto other = equalOf(number); other != 0) joinTo(other, number);
     }
@@ -123,13 +124,18 @@ class RepeatedEntries {
                                [&](const auto& ranked) { return ranked.first == number; });
   }
 
-  // 0 for none.
+  // The nearest before it, else the first behind it; 0 for none.
   std::size_t equalOf(std::size_t number) const {
-    const auto& entry = held_.entries[number - 1];
-    for (std::size_t i = 0; i < held_.entries.size(); ++i) {
-      const auto& other = held_.entries[i];
-      const bool isSame = other.label == entry.label && other.value == entry.value;
-      if (i + 1 != number && isSame) return i + 1;
+    const auto isSame = [&](std::size_t other) {
+      const auto& a = held_.entries[number - 1];
+      const auto& b = held_.entries[other - 1];
+      return a.label == b.label && a.value == b.value;
+    };
+    for (auto other = number - 1; other >= 1; --other) {
+      if (isSame(other)) return other;
+    }
+    for (auto other = number + 1; other <= held_.entries.size(); ++other) {
+      if (isSame(other)) return other;
     }
     return 0;
   }
@@ -160,6 +166,13 @@ class RepeatedEntries {
   CardDraft& draft_;
 };
 
+// How many entries a card of ours stores of the property beside their lines.
+std::size_t storedEntries(const CardDraft& draft, PropertyId property) {
+  const auto* stored = draft.storedValues ? draft.storedValues->find(property) : nullptr;
+  const auto* values = stored != nullptr ? std::get_if<MultiValuePtr>(stored) : nullptr;
+  return values != nullptr && *values != nullptr ? (*values)->entries.size() : 0;
+}
+
 }  // namespace
 
 void preserveOriginalLine(PropertyId property, const ContentLine& line, CardDraft& draft,
@@ -183,7 +196,7 @@ void joinRepeatedEntries(CardDraft& draft) {
   const auto isLine = [](const PropertyDetail& each) { return each.kind == DetailKind::Line; };
   if (std::ranges::none_of(draft.unmodelled.details, isLine)) return;
   for (PropertyId id = property_id::kFirstMulti; id <= property_id::kLastMulti; ++id) {
-    RepeatedEntries(id, draft).join();
+    RepeatedEntries(id, draft).join(storedEntries(draft, id));
   }
 }
 

@@ -25,7 +25,8 @@ void CollectedUnmodelled::clear() {
 
 void CollectedUnmodelled::addEncoded(std::string stored) {
   if (const auto detail = decodeDetail(stored)) {
-    wrappedDetails.push_back({detail->property, detail->entry, detail->kind, std::string(detail->text)});
+    wrappedDetails.push_back(
+        {detail->property, detail->entry, detail->kind, std::string(detail->text)});
   } else {
     lines.push_back(std::move(stored));
   }

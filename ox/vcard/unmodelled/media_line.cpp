@@ -1,6 +1,5 @@
 #include "ox/vcard/unmodelled/media_line.hpp"
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -65,6 +64,15 @@ struct MediaHead {
   std::string media;      // that TYPE or MEDIATYPE tells; empty when neither does
 };
 
+// The parameter that names a media type; null without one.
+const Parameter* mediaTypeIn(const ContentLine& line) {
+  for (const auto& parameter : line.parameters) {
+    const bool isNamed = isWord(parameter.name, "MEDIATYPE");
+    if (isNamed && !mediaType(parameterText(parameter)).empty()) return &parameter;
+  }
+  return nullptr;
+}
+
 // TYPE tells the format unless MEDIATYPE or the value does.
 MediaHead headOf(const ContentLine& line, std::string_view mediaOfValue = {}) {
   MediaHead head;
@@ -72,10 +80,7 @@ MediaHead headOf(const ContentLine& line, std::string_view mediaOfValue = {}) {
   const auto append = [&](std::string_view name, std::string_view value) {
     head.rest.append(";").append(name).append("=").append(value);
   };
-  const Parameter* given = nullptr;
-  for (const auto& parameter : line.parameters) {
-    if (isWord(parameter.name, "MEDIATYPE")) given = &parameter;
-  }
+  const auto* given = mediaTypeIn(line);
   if (given != nullptr) head.media = mediaType(parameterText(*given));
   if (!mediaOfValue.empty()) head.media = mediaOfValue;
   const bool isGiven = !head.media.empty();
@@ -91,7 +96,7 @@ MediaHead headOf(const ContentLine& line, std::string_view mediaOfValue = {}) {
           append("TYPE", word);
         }
       });
-    } else if (&parameter != given || !isGiven) {
+    } else if (&parameter != given) {
       append(parameter.name, parameter.value);
     }
   }
@@ -142,16 +147,11 @@ std::string bytesIn40(const MediaHead& head, std::string_view base64) {
   return out.append(";base64,").append(base64);
 }
 
-bool hasMediaType(const ContentLine& line) {
-  return std::ranges::any_of(
-      line.parameters, [](const Parameter& each) { return isWord(each.name, "MEDIATYPE"); });
-}
-
 // vCard 3.0 takes a value for base64 or text that does not say that it is a URI, which 2.1 calls
 // another name.
 std::string referenceIn30(const ContentLine& line) {
   std::string out;
-  if (hasMediaType(line)) {
+  if (mediaTypeIn(line) != nullptr) {
     out = headIn30(line.name, headOf(line));
   } else {
     const auto* type = line.find(ParameterKind::Value);
