@@ -213,6 +213,11 @@ TEST(CardOfANewerStandard, KeepsWhatRfc9554Adds) {
                "SocialProfile[-]={serviceName=Mastodon,username=al,url=https://x.example/@al}\n"
                "kept=;20#1=4=SOCIALPROFILE;SERVICE-TYPE=Mastodon;USERNAME=al:https://x.example/"
                "@al\n"}});
+  // No word of TYPE is its service.
+  const std::string typed = "SOCIALPROFILE;TYPE=own:https://x.example/@al\n";
+  const auto bag = propertiesOf("4.0", kNames + typed);
+  EXPECT_EQ(linesOf(bag, {.version = CardVersion::V40}), kNames + typed);
+  EXPECT_EQ(linesOf(bag, {}), kNames + "X-SOCIALPROFILE:https://x.example/@al\n");
   const std::string service = "IMPP;SERVICE-TYPE=Jabber:xmpp:a@x\n";
   EXPECT_EQ(linesOf(propertiesOf("4.0", kNames + service), {.version = CardVersion::V40}),
             kNames + service);

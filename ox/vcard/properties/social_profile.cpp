@@ -80,7 +80,7 @@ bool readSocialProfile(const PropertyRow& row, const ContentLine& line, CardDraf
   return true;
 }
 
-// RFC 9554, section 3.5.
+// RFC 9554, section 3.5. Its TYPE names no service, and would be taken for one where we write it.
 bool readStandardProfile(const PropertyRow& row, const ContentLine& line, CardDraft& draft) {
   auto value = draft.text(line);
   if (trimmed(value).empty()) return true;
@@ -95,7 +95,8 @@ bool readStandardProfile(const PropertyRow& row, const ContentLine& line, CardDr
   put(kUser, std::move(user));
   put(kUrl, isUser ? std::string() : std::move(value));
   draft.addEntry(row.property, std::move(profile), line,
-                 {.ownKinds = bitOf(ParameterKind::UserName) | bitOf(ParameterKind::ServiceType)});
+                 {.ownKinds = bitOf(ParameterKind::UserName) | bitOf(ParameterKind::ServiceType),
+                  .unknownWords = UnknownWords::AreUsed});
   return true;
 }
 
