@@ -94,6 +94,10 @@ TEST(CardAddress, EditedHasNoFormattedTextOfItsFormerSelf) {
 
 TEST(CardAddress, FormattedTextThatNoAddressHasAnyMoreIsNone) {
   auto bag = propertiesOf("3.0", "N:Ray;Al;;;\nADR:;;a\nLABEL;LANGUAGE=de:b\n");
+  const auto beside =
+      linesOf(propertiesOf("3.0", "TITLE:x\nADR:;;\x01\nLABEL;LANGUAGE=de:b\n"), {});
+  EXPECT_NE(beside.find("\nX-OX-LINE:LABEL"), beside.npos) << beside;
+  EXPECT_EQ(linesOf(propertiesOf("3.0", beside), {}), beside);
   bag.set(property_id::kAddress, PropertyValue());
   EXPECT_EQ(linesOf(bag, {}), "N:Ray;Al;;;\nFN:Al Ray\nX-OX-LINE:LABEL%3BLANGUAGE%3Dde%3Ab\n");
 }

@@ -377,8 +377,9 @@ bool writeAddress(EntryWriter& entry) {
          !label.empty() == texts.has(kLabel);
 }
 
+// The one that it was kept beside may have no line either.
 bool lacksAddress(const PropertyRow& row, std::string_view /*line*/, PropertyWriter& card) {
-  return card.valueOf(row.property) == nullptr;
+  return card.valueOf(row.property) == nullptr || card.isInexact(row.property);
 }
 
 }  // namespace ox::vcard
