@@ -236,6 +236,12 @@ TEST(CardOfANewerStandard, NamesHaveTwoMoreComponents) {
   EXPECT_EQ(linesOf(propertiesOf("3.0", in30), {.version = CardVersion::V40}), name);
 }
 
+TEST(CardOfANewerStandard, ComponentsOfControlCharactersAreNone) {
+  EXPECT_EQ(linesOf(propertiesOf("4.0", "N:Ray;Al;;;;\x0C\nFN:Al Ray\nADR:;;a;;;;;\x0C\n"),
+                    {.version = CardVersion::V40}),
+            "N:Ray;Al;;;\nFN:Al Ray\nADR:;;a;;;;\n");
+}
+
 // N in another script is none of the name, but how it is read.
 TEST(CardOfANewerStandard, PhoneticNamesAreReadings) {
   const std::string name = "N;ALTID=1;LANGUAGE=zh-Hant:孫;中山;;;\n";

@@ -43,7 +43,8 @@ SplitAddress splitAddress(std::string_view value) {
   SplitAddress address;
   std::copy_n(all.begin(), kComponents, address.parts.begin());
   address.rest = wholeComponents<kComponents + 1>(value).back();
-  if (address.rest.find_first_not_of("; ") == std::string_view::npos) address.rest = {};
+  const CardText rest(address.rest);
+  if (rest.view().find_first_not_of("; ") == std::string_view::npos) address.rest = {};
   return address;
 }
 

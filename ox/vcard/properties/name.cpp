@@ -175,7 +175,7 @@ void readSortAs(const ContentLine& line, CardDraft& draft) {
 }
 
 bool isBlankPart(std::string_view component) {
-  return component.find_first_not_of("; ") == std::string_view::npos;
+  return CardText(component).view().find_first_not_of("; ") == std::string_view::npos;
 }
 
 // The line stays as it is, and gives the readings if nothing else has.
