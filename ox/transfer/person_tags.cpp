@@ -26,10 +26,11 @@ std::optional<Tags> PersonTags::of(const RecordKey& person) {
   if (isUnreadable_) return std::nullopt;
   const auto container = containerSource().containerOf(person, RecordKind::Person);
   if (!container) return std::nullopt;
-  const auto [manager, isNew] = managers_.try_emplace(container->identifier);
-  if (isNew) manager->second = tagManagerOf(container->identifier);
+  const auto [known, isNew] = managers_.try_emplace(container->identifier);
+  auto& manager = known->second;
+  if (isNew) manager = tagManagerOf(container->identifier);
   std::optional<Tags> tags;
-  const auto read = [&] { tags = TagStore::shared().tags(manager->second, person.text()); };
+  const auto read = [&] { tags = TagStore::shared().tags(manager, person.text()); };
   isUnreadable_ = !containedTags(read);
   return tags;
 }

@@ -96,12 +96,11 @@ class RepeatedEntries {
   RepeatedEntries(PropertyId property, CardDraft& draft)
       : property_(property), held_(draft.values.multi(property)), draft_(draft) {}
 
-  // `least`: as many entries as there have to be.
-  void join(std::size_t least) {
+  void join() {
     const auto count = held_.entries.size();
     if (count < 2 || count > kMostCompared) return;
     // From behind, so that the first one stays.
-    for (std::size_t number = count; number >= 1 && held_.entries.size() > least; --number) {
+    for (std::size_t number = count; number >= 1; --number) {
       if (!hasLine(number) || isRanked(number)) continue;
       if (const auto other = equalOf(number); other != 0) joinTo(other, number);
     }
@@ -166,13 +165,6 @@ class RepeatedEntries {
   CardDraft& draft_;
 };
 
-// How many entries a card of ours stores of the property beside their lines.
-std::size_t storedEntries(const CardDraft& draft, PropertyId property) {
-  const auto* stored = draft.storedValues ? draft.storedValues->find(property) : nullptr;
-  const auto* values = stored != nullptr ? std::get_if<MultiValuePtr>(stored) : nullptr;
-  return values != nullptr && *values != nullptr ? (*values)->entries.size() : 0;
-}
-
 }  // namespace
 
 void preserveOriginalLine(PropertyId property, const ContentLine& line, CardDraft& draft,
@@ -196,7 +188,9 @@ void joinRepeatedEntries(CardDraft& draft) {
   const auto isLine = [](const PropertyDetail& each) { return each.kind == DetailKind::Line; };
   if (std::ranges::none_of(draft.unmodelled.details, isLine)) return;
   for (PropertyId id = property_id::kFirstMulti; id <= property_id::kLastMulti; ++id) {
-    RepeatedEntries(id, draft).join(storedEntries(draft, id));
+    // What is stored beside the lines has as many entries as they have.
+    const bool isStored = draft.storedValues && draft.storedValues->find(id) != nullptr;
+    if (!isStored) RepeatedEntries(id, draft).join();
   }
 }
 
@@ -217,7 +211,7 @@ void writeRepeatedLines(EntryWriter& entry) {
     const auto line = originalLineOf(detail.text);
     if (!line || !line->isRepeated || !isWrittenIn(*line, entry.card().version())) continue;
     const auto [isSame, tellsLabel] = given(*line, entry);
-    if (isSame) entry.writeRepeated(line->text, tellsLabel);
+    if (isSame) entry.repeatLater(line->text, tellsLabel, detail.text);
   }
 }
 

@@ -26,6 +26,7 @@ void joinRepeatedEntries(CardDraft& draft);
 
 // False when the entry has none, or none that gives the entry in this version.
 bool writeOriginalLine(EntryWriter& entry);
+// Has them written behind all entries of the property.
 void writeRepeatedLines(EntryWriter& entry);
 // The same of a single text.
 bool writeOriginalLine(PropertyId property, std::string_view text, PropertyWriter& card);

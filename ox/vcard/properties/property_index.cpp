@@ -15,6 +15,7 @@ using namespace property_id;
 template <WriteEntry* writeEntry>
 void eachEntry(const PropertyRow& row, PropertyWriter& card) {
   writeEntries(card, row.property, writeEntry);
+  card.writeRepeated();
 }
 
 // The same of a property that is also read under other names.

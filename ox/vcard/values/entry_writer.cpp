@@ -184,12 +184,15 @@ void EntryWriter::writeLine(std::string_view text, TellsLabel tellsLabel) {
 }
 
 // The label of a group is that of all its lines.
-void EntryWriter::writeRepeated(std::string_view text, TellsLabel tellsLabel) {
+void EntryWriter::repeatLater(std::string_view text, TellsLabel tellsLabel,
+                              std::string_view detail) {
+  std::string whole;
   if (label() && tellsLabel == TellsLabel::No) {
     if (groupLabel_.empty() || group_.empty()) return;
-    line().raw(group_).raw(".");
+    whole.append(group_).append(1, '.');
   }
-  line().raw(text).end();
+  card_.repeatLater(whole.append(text),
+                    {entry_.property, entry_.number, DetailKind::Line, std::string(detail)});
 }
 
 void EntryWriter::wrapVerbatim() {

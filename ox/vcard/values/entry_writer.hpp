@@ -51,8 +51,9 @@ class EntryWriter {
   void end();
   // A whole line instead of those, without its group, which gives it the label if it has none.
   void writeLine(std::string_view line, TellsLabel tellsLabel);
-  // Another one that says the same; left out when its label would be another.
-  void writeRepeated(std::string_view line, TellsLabel tellsLabel);
+  // Another one that says the same, which is written later; left out when its label would be
+  // another.
+  void repeatLater(std::string_view line, TellsLabel tellsLabel, std::string_view detail);
   // For a line that could not say all of the verbatim value.
   void wrapVerbatim();
   // Begins another line that belongs to this entry: its group, the name, the label if TYPE says it.

@@ -1,6 +1,7 @@
 #include "ox/vcard/values/property_writer.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
@@ -77,6 +78,21 @@ void PropertyWriter::writeWrapped(std::string_view text) {
 
 void PropertyWriter::writeWrappedLater() {
   for (const auto& detail : later_) writeWrapped(encodeDetail(viewOf(detail)));
+}
+
+void PropertyWriter::repeatLater(std::string line, PropertyDetail detail) {
+  repeated_.push_back({std::move(line), std::move(detail)});
+}
+
+void PropertyWriter::writeRepeated() {
+  for (auto& [line, detail] : repeated_) {
+    if (isInexact(detail.property)) {
+      wrapLater(std::move(detail));
+    } else {
+      line_.raw(line).end();
+    }
+  }
+  repeated_.clear();
 }
 
 void PropertyWriter::noteInexact(PropertyId property) {

@@ -79,6 +79,11 @@ class PropertyWriter {
   void wrapLater(PropertyDetail detail) { later_.push_back(std::move(detail)); }
   void writeWrappedLater();
 
+  // A line that repeats an entry, behind the lines of all entries. Where these do not give the
+  // property exactly it is wrapped, so that they are as many as what is stored beside them.
+  void repeatLater(std::string line, PropertyDetail detail);
+  void writeRepeated();
+
   void noteInexact(PropertyId property);
   bool isInexact(PropertyId property) const;
   bool hasInexact() const { return !inexact_.empty(); }
@@ -102,7 +107,12 @@ class PropertyWriter {
   std::array<const PropertyValue*, property_id::kLastMulti + 1> values_{};
   std::map<PropertyId, std::string> cleaned_;  // texts that had to be changed
   std::vector<PropertyId> inexact_;
+  struct Repeated {
+    std::string line;
+    PropertyDetail detail;
+  };
   std::vector<PropertyDetail> later_;
+  std::vector<Repeated> repeated_;
   std::vector<std::string_view> written_;
   bool isNameChanged_ = false;
   bool isFormattedNameUnsaid_ = false;
