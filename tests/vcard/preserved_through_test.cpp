@@ -104,6 +104,8 @@ TEST(CardThrough, UnmodelledLinesTakeTheFormOfTheOtherVersion) {
        "KEY;MEDIATYPE=application/pgp-keys;VALUE=uri:http://x/k"},
       {"LOGO;MEDIATYPE=image/svg+xml:http://x/l", "LOGO;TYPE=SVG+XML;VALUE=uri:http://x/l",
        "LOGO;MEDIATYPE=image/svg+xml;VALUE=uri:http://x/l"},
+      {"LOGO;MEDIATYPE=image/a;MEDIATYPE=image/b:http://x/l", "LOGO;TYPE=A;VALUE=uri:http://x/l",
+       "LOGO;MEDIATYPE=image/a;VALUE=uri:http://x/l"},
       {"SOUND;X-A=b;VALUE=URL:http://x/s", "SOUND;X-A=b;VALUE=uri:http://x/s",
        "SOUND;X-A=b;VALUE=uri:http://x/s"},
       {"SOURCE;VALUE=URL;X-A=b:http://x/s", "SOURCE;VALUE=uri;X-A=b:http://x/s",

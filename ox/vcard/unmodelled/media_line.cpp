@@ -1,5 +1,6 @@
 #include "ox/vcard/unmodelled/media_line.hpp"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -64,13 +65,14 @@ struct MediaHead {
   std::string media;      // that TYPE or MEDIATYPE tells; empty when neither does
 };
 
+bool isMediaType(const Parameter& parameter) {
+  return isWord(parameter.name, "MEDIATYPE") && !mediaType(parameterText(parameter)).empty();
+}
+
 // The parameter that names a media type; null without one.
 const Parameter* mediaTypeIn(const ContentLine& line) {
-  for (const auto& parameter : line.parameters) {
-    const bool isNamed = isWord(parameter.name, "MEDIATYPE");
-    if (isNamed && !mediaType(parameterText(parameter)).empty()) return &parameter;
-  }
-  return nullptr;
+  const auto found = std::ranges::find_if(line.parameters, isMediaType);
+  return found != line.parameters.end() ? &*found : nullptr;
 }
 
 // TYPE tells the format unless MEDIATYPE or the value does.
@@ -96,7 +98,7 @@ MediaHead headOf(const ContentLine& line, std::string_view mediaOfValue = {}) {
           append("TYPE", word);
         }
       });
-    } else if (&parameter != given) {
+    } else if (!isMediaType(parameter)) {
       append(parameter.name, parameter.value);
     }
   }
