@@ -68,18 +68,6 @@ std::string canonicalComponents(std::span<const std::string_view> components) {
   return out;
 }
 
-std::string canonicalComponents(std::string_view value, Dialect dialect) {
-  std::string out;
-  std::size_t from = 0;
-  for (auto at = findBare(value, ';', 0); at != npos; at = findBare(value, ';', from)) {
-    appendPieces(value.substr(from, at - from), ',', dialect, out);
-    out += ';';
-    from = at + 1;
-  }
-  appendPieces(value.substr(from), ',', dialect, out);
-  return out;
-}
-
 std::string canonicalComponents(std::string_view value) {
   std::vector<std::string_view> components;
   std::size_t from = 0;

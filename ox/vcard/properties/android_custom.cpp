@@ -42,10 +42,10 @@ constexpr std::array<std::string_view, 15> kRelations = {{{},
                                                           kABSisterLabel,
                                                           kABSpouseLabel}};
 
-Parts partsOf(const ContentLine& line, Dialect dialect) {
+Parts partsOf(const ContentLine& line) {
   const auto raw = components<kParts>(line.value);
   Parts parts;
-  for (std::size_t i = 0; i < kParts; ++i) parts[i] = unescaped(raw[i], dialect);
+  for (std::size_t i = 0; i < kParts; ++i) parts[i] = unescaped(raw[i]);
   return parts;
 }
 
@@ -80,7 +80,7 @@ bool readEntry(PropertyId property, Value&& value, std::string_view label, const
 }  // namespace
 
 bool readAndroidCustom(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
-  auto parts = partsOf(line, draft.facts.dialect);
+  auto parts = partsOf(line);
   if (trimmed(parts[kValue]).empty()) return false;
   std::string_view label;
   if (isWord(parts[kKind], kKindOfNickname)) return readNickname(parts, line, draft);

@@ -100,7 +100,7 @@ bool isPlainText(std::string_view text) {
 std::string labelOf(const ContentLine& line) {
   const auto* parameter = line.find(ParameterKind::Label);
   if (parameter == nullptr) return {};
-  auto label = unescaped(parameterText(*parameter), Dialect::V30);
+  auto label = unescaped(parameterText(*parameter));
   return isPlainText(label) ? label : std::string();
 }
 
@@ -176,7 +176,7 @@ class AddressLabels {
       if (address == nullptr || address->get(kAddressLabelKey).text() != nullptr) continue;
       if (!said.empty() && said != parametersOfEntry(draft_, number)) continue;
       auto labelled = *address;
-      labelled.set(kAddressLabelKey, unescaped(line.value, Dialect::V30));
+      labelled.set(kAddressLabelKey, unescaped(line.value));
       value = std::move(labelled);
       return true;
     }
@@ -292,7 +292,7 @@ bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& dra
 
 bool readAddressLabel(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
   if (line.encoding == Encoding::Base64) return false;
-  if (!isPlainText(unescaped(line.value, draft.facts.dialect))) return false;
+  if (!isPlainText(unescaped(line.value))) return false;
   if (draft.addressLabels.size() == kMostLabelled) return false;
   const auto before = draft.values.multi(property_id::kAddress).entries.size();
   WaitingLine waiting{{}, line.number, before};
@@ -314,7 +314,7 @@ void settleAddressLabels(CardDraft& draft) {
   std::size_t added = 0;
   for (const auto& each : waiting) {
     const auto line = parsed(each);
-    addLabelAlone(unescaped(line.value, Dialect::V30), line, draft);
+    addLabelAlone(unescaped(line.value), line, draft);
     draft.moveLastEntry(property_id::kAddress, each.entriesBefore + ++added);
   }
   waiting.clear();

@@ -54,7 +54,7 @@ std::vector<std::string> categoriesOf(const PropertyBag& properties) {
     const auto colon = parseHead(*text, line);
     if (colon == std::string_view::npos || line.encoding == Encoding::Base64) continue;
     forEachElement(std::string_view(*text).substr(colon + 1), [&](std::string_view raw) {
-      const auto whole = unescaped(raw, Dialect::V30);
+      const auto whole = unescaped(raw);
       auto category = std::string(trimmed(whole));
       if (!category.empty() && known.insert(category).second) {
         categories.push_back(std::move(category));

@@ -172,7 +172,7 @@ void preserveOriginalLine(PropertyId property, const ContentLine& line, CardDraf
   const auto entry =
       property < property_id::kFirstMulti ? 0 : draft.values.multi(property).entries.size();
   auto text = line;
-  const auto value = canonicalText(line.value, draft.facts.dialect);
+  const auto value = canonicalText(line.value);
   const bool isText = holds == LineHolds::Text && line.encoding != Encoding::Base64;
   if (isText) text.value = value;
   std::string preserved;

@@ -22,7 +22,7 @@ void writeOwnLine(const PropertyRow& row, std::string_view text, PropertyWriter&
   card.writeParameters(row.property);
   const auto verbatim = card.unmodelled().verbatimOf(row.property, 0);
   card.line().raw(":");
-  if (!verbatim.empty() && unescaped(verbatim, Dialect::V30) == text) {
+  if (!verbatim.empty() && unescaped(verbatim) == text) {
     card.line().raw(verbatim).end();
   } else {
     card.line().text(text).end();

@@ -64,7 +64,7 @@ std::string uidOf(const ContentLine& line, CardDraft& draft) {
   // Only 4.0 wants a URI of it, or to be told that it is none.
   std::string named;
   if (draft.facts.is40) {
-    named = isText(line) ? unescaped(uid, Dialect::V30) : uidOfValue(uid);
+    named = isText(line) ? unescaped(uid) : uidOfValue(uid);
     uid = named;
   }
   std::string room;
