@@ -9,9 +9,9 @@
 #include "ox/OxAddressBookSDK/general/OxGeneralGroup.hpp"
 #include "ox/OxAddressBookSDK/general/OxGeneralPerson.hpp"
 #include "ox/OxAddressBookSDK/general/book_sink.hpp"
-#include "ox/OxAddressBookSDK/general/json_writer.hpp"
 #include "ox/base/checksum.hpp"
 #include "ox/base/data.hpp"
+#include "ox/base/json_writer.hpp"
 
 namespace ox {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ox/OxAddressBookSDK/general/json_tree.hpp"
-#include "ox/OxAddressBookSDK/general/json_writer.hpp"
+#include "ox/base/json_writer.hpp"
 #include "ox/base/object.hpp"
 
 namespace ox::book_format {

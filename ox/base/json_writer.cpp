@@ -1,4 +1,4 @@
-#include "ox/OxAddressBookSDK/general/json_writer.hpp"
+#include "ox/base/json_writer.hpp"
 
 #include <array>
 #include <charconv>
@@ -61,6 +61,11 @@ void JsonWriter::writeName(std::string_view name) {
 void JsonWriter::writeNull() {
   separate();
   out_ += "null";
+}
+
+void JsonWriter::writeBoolean(bool value) {
+  separate();
+  out_ += value ? "true" : "false";
 }
 
 void JsonWriter::writeInteger(std::int64_t number) {

@@ -21,6 +21,7 @@ class JsonWriter {
   void writeName(std::string_view name);
 
   void writeNull();
+  void writeBoolean(bool value);
   void writeInteger(std::int64_t number);
   // Always with a point or an exponent, so that it is read back as a real; not for what is not
   // finite.
@@ -28,6 +29,12 @@ class JsonWriter {
   void writeText(std::string_view text);
 
   void writeMember(std::string_view name, std::string_view value);
+  void writeMember(std::string_view name, const std::string& value) {
+    writeMember(name, std::string_view(value));
+  }
+  void writeMember(std::string_view name, const char* value) {
+    writeMember(name, std::string_view(value));
+  }
   // Left out when missing.
   void writeMember(std::string_view name, const Text& value);
   void writeMember(std::string_view name, std::int64_t value);
