@@ -45,5 +45,15 @@ TEST(Script, TellsNamesWrittenWhollyInHanKanaOrHangul) {
   for (const auto& row : rows) EXPECT_EQ(isHanKanaHangul(row.text), row.wholly) << row.text;
 }
 
+TEST(Script, HasTheCodeOfItsLetters) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"Lee-Smith 3", "Latn"}, {"Łęcki", "Latn"},    {"Анна", "Cyrl"}, {"やまだ", "Hira"},
+      {"ヤマダー", "Kana"},    {"やまダた", "Hrkt"}, {"김", "Hang"},   {"山田", "Hani"},
+      {"山だ", "Zyyy"},        {"Ann Анна", "Zyyy"}, {"", "Zyyy"},     {"3 -", "Zyyy"},
+      {"\xE5", "Zyyy"},
+  };
+  for (const auto& [text, code] : rows) EXPECT_EQ(scriptCode(text), code) << text;
+}
+
 }  // namespace
 }  // namespace ox

@@ -31,6 +31,11 @@ bool isMarkOfNames(UChar32 character) {
   });
 }
 
+bool isKana(UScriptCode script) {
+  return script == USCRIPT_HIRAGANA || script == USCRIPT_KATAKANA ||
+         script == USCRIPT_KATAKANA_OR_HIRAGANA;
+}
+
 bool isOfTheScripts(UChar32 character) {
   if (character < 0x1100) return false;
   if (character >= 0x4E00 && character <= 0x9FFF) return true;
@@ -57,6 +62,23 @@ bool isHanKanaHangul(std::string_view text) {
     }
   }
   return found;
+}
+
+std::string scriptCode(std::string_view text) {
+  constexpr const char* kUndetermined = "Zyyy";
+  auto found = USCRIPT_COMMON;
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  for (std::size_t at = 0; at < text.size();) {
+    UChar32 character = 0;
+    U8_NEXT(bytes, at, text.size(), character);
+    UErrorCode status = U_ZERO_ERROR;
+    const auto script = character < 0 ? USCRIPT_COMMON : uscript_getScript(character, &status);
+    if (script == USCRIPT_COMMON || script == USCRIPT_INHERITED || script == found) continue;
+    const bool areBothKana = isKana(script) && isKana(found);
+    if (found != USCRIPT_COMMON && !areBothKana) return kUndetermined;
+    found = areBothKana ? USCRIPT_KATAKANA_OR_HIRAGANA : script;
+  }
+  return found == USCRIPT_COMMON ? kUndetermined : uscript_getShortName(found);
 }
 
 }  // namespace ox

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace ox {
@@ -10,5 +11,9 @@ namespace ox {
 // combining voicing marks of kana, and variation selectors after a character. Blanks, digits and
 // other punctuation are not. The empty text, and one of such marks alone, give false.
 bool isHanKanaHangul(std::string_view text);
+
+// The script that the letters of the text are written in, by its ISO 15924 code ("Latn", "Cyrl");
+// "Hrkt" for both kinds of kana, "Zyyy" for several scripts and for no letters at all.
+std::string scriptCode(std::string_view text);
 
 }  // namespace ox
