@@ -44,6 +44,17 @@ bool hasList(std::string_view value, Dialect dialect) {
   return dialect == Dialect::V30 && findBare(value, ',', 0) != npos;
 }
 
+std::vector<std::string_view> partsOf(std::string_view value, char mark) {
+  std::vector<std::string_view> parts;
+  std::size_t from = 0;
+  for (auto at = findBare(value, mark, 0); at != npos; at = findBare(value, mark, from)) {
+    parts.push_back(value.substr(from, at - from));
+    from = at + 1;
+  }
+  parts.push_back(value.substr(from));
+  return parts;
+}
+
 std::string canonicalText(std::string_view value) {
   std::string out;
   appendText(value, out);
@@ -69,14 +80,7 @@ std::string canonicalComponents(std::span<const std::string_view> components) {
 }
 
 std::string canonicalComponents(std::string_view value) {
-  std::vector<std::string_view> components;
-  std::size_t from = 0;
-  for (auto at = findBare(value, ';', 0); at != npos; at = findBare(value, ';', from)) {
-    components.push_back(value.substr(from, at - from));
-    from = at + 1;
-  }
-  components.push_back(value.substr(from));
-  return canonicalComponents(components);
+  return canonicalComponents(partsOf(value, ';'));
 }
 
 std::string canonicalUnknown21(std::string_view value) {

@@ -3,6 +3,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ox/vcard/lines/content_line.hpp"
 
@@ -13,6 +14,9 @@ namespace ox::vcard {
 
 // True when unescaped commas part a list somewhere in the value.
 bool hasList(std::string_view value, Dialect dialect);
+
+// The parts of a value between those marks, outside of escapes and still escaped; one at least.
+std::vector<std::string_view> partsOf(std::string_view value, char mark);
 
 // A value that is one text, in canonical form.
 std::string canonicalText(std::string_view value);
