@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ox::formats {
+
+// A label as people write it: "Home Fax" for a built-in one, any other as it is.
+std::string wordOfLabel(std::string_view label);
+// The label that a word means, in any case: a built-in one where it is the word of one.
+std::string labelOfWord(std::string_view word);
+
+}  // namespace ox::formats
