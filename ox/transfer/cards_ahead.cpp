@@ -15,14 +15,14 @@ constexpr std::size_t kFirstCards = 500;
 constexpr std::size_t kCardsAtOnce = PersonImport::kBatchCards;
 constexpr std::size_t kBytesAtOnce = 8U << 20U;
 
-CardRead taken(Reader::Result&& result, CategoriesAs categoriesAs, std::uint64_t bytesRead) {
+}  // namespace
+
+CardRead cardRead(CardResult&& result, CategoriesAs categoriesAs, std::uint64_t bytesRead) {
   if (auto* refusal = std::get_if<Refusal>(&result)) return {std::move(*refusal), bytesRead};
   auto& card = std::get<Card>(result);
   if (card.isGroup) return {std::move(card), bytesRead};
   return {personCard(std::move(card), categoriesAs), bytesRead};
 }
-
-}  // namespace
 
 CardsAhead::CardsAhead(FileSource& source, CategoriesAs categoriesAs, CharsetHints hints)
     : reader_(source, source.isFile() ? Reader::Threads::AllProcessors : Reader::Threads::One,
@@ -41,7 +41,7 @@ CardsAhead::Batch CardsAhead::readBatch() {
         batch.isLast = true;
         break;
       }
-      batch.cards.push_back(taken(*std::move(result), categoriesAs_, reader_.bytesRead()));
+      batch.cards.push_back(cardRead(*std::move(result), categoriesAs_, reader_.bytesRead()));
     }
   } catch (...) {
     batch.failure = std::current_exception();

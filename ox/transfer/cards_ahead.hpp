@@ -19,6 +19,9 @@ struct CardRead {
   std::uint64_t bytesRead = 0;  // of the file so far
 };
 
+// Of what a reader gave; the file was read so far. Throws std::runtime_error as personCard does.
+CardRead cardRead(CardResult&& result, CategoriesAs categoriesAs, std::uint64_t bytesRead);
+
 // The cards of one file in their order. While the caller deals with a batch of them, the next one
 // is read and encoded on another thread; one at most, so that memory stays bounded by it and by the
 // largest card. The first batches are small, for nobody is busy yet. What a pipe has given must not

@@ -15,6 +15,7 @@
 #include "ox/transfer/cards_ahead.hpp"
 #include "ox/transfer/category_groups.hpp"
 #include "ox/transfer/group_import.hpp"
+#include "ox/transfer/other_cards.hpp"
 #include "ox/transfer/person_import.hpp"
 #include "ox/vcard/properties/full_name.hpp"
 #include "ox/vcard/source/byte_source.hpp"
@@ -64,6 +65,8 @@ class Import {
   void setTotal(std::uint64_t bytes) { total_ = bytes; }
 
   void readFile(const std::string& path) {
+    const auto format = formatOfFile(path, options_.format);
+    if (format != FileFormat::VCard) return readOther(path, format);
     FileSource source(path, options_.stop);
     CardsAhead cards(source, options_.categories, {options_.charset, path, charsets_});
     const auto firstProblem = report_.problems.size();
@@ -91,9 +94,7 @@ class Import {
     for (const auto& stray : reader.strayLines()) {
       report_.addProblem(path, stray.line, stray.reason);
     }
-    std::stable_sort(report_.problems.begin() + static_cast<std::ptrdiff_t>(firstProblem),
-                     report_.problems.end(),
-                     [](const auto& a, const auto& b) { return a.line < b.line; });
+    sortProblems(firstProblem);
   }
 
   void finish() {
@@ -111,6 +112,42 @@ class Import {
   bool isStopped() const { return options_.stop != nullptr && options_.stop->load(); }
 
  private:
+  // A file of another format, whose persons and groups are made into cards.
+  void readOther(const std::string& path, FileFormat format) {
+    FileSource source(path, options_.stop);
+    const auto cards = cardSourceOf(format, source, options_.charset);
+    const auto firstProblem = report_.problems.size();
+    try {
+      while (!isStopped()) {
+        auto card = cards->next();
+        if (!card || isStopped()) break;
+        for (auto& remark : cards->takeRemarks()) {
+          report_.addProblem(path, remark.line, std::move(remark.reason));
+        }
+        auto read = cardRead(*std::move(card), options_.categories, cards->bytesRead());
+        if (auto* person = std::get_if<PersonCard>(&read.result)) person->named = cards->named();
+        take(path, read);
+        if (persons_ && persons_->isFull()) {
+          persons_->commit();
+          tell(cards->bytesRead());
+        }
+      }
+      if (!isStopped()) ++report_.filesRead;
+    } catch (const formats::FormatError& error) {
+      report_.addUseless(path, error.what());
+    }
+    if (persons_) persons_->commit();
+    tell(cards->bytesRead());
+    before_ += cards->bytesRead();
+    sortProblems(firstProblem);
+  }
+
+  void sortProblems(std::size_t first) {
+    std::stable_sort(report_.problems.begin() + static_cast<std::ptrdiff_t>(first),
+                     report_.problems.end(),
+                     [](const auto& a, const auto& b) { return a.line < b.line; });
+  }
+
   void take(const std::string& path, CardRead& read) {
     if (auto* refusal = std::get_if<Refusal>(&read.result)) {
       refuse(path, refusal->line, std::move(refusal->reason));

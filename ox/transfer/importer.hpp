@@ -9,6 +9,7 @@
 
 #include "ox/base/export.hpp"
 #include "ox/platform/store/values/store_error.hpp"
+#include "ox/transfer/file_format.hpp"
 
 namespace ox::vcard {
 
@@ -38,6 +39,7 @@ struct ImportOptions {
   // added.
   std::function<void(const PreviewedCard&)> preview;
   CategoriesAs categories = CategoriesAs::Tags;
+  FileFormat format = FileFormat::ByName;
   // (bytes read, bytes in all; the latter 0 when it is not known), about once for a batch.
   std::function<void(std::uint64_t, std::uint64_t)> progress;
   // Set from elsewhere: what was read so far is committed, nothing more is read. Borrowed.
@@ -91,12 +93,12 @@ struct OX_EXPORT ImportReport {
   void takeCounts(ImportReport& batch);
 };
 
-// Imports vCard files into a container, which must exist (its identifier, or standard id). All
-// files are looked at first: when one cannot be opened, or is a file of the store itself, nothing
-// is imported. Cards are committed in batches, groups and their members at the end in one request,
-// so that members may stand in any file and in any order. A card whose UID is in the container, or
-// one without UID whose content is, is not added again, also when others write meanwhile. Returns
-// when everything would survive a power cut. Several may run at once.
+// Imports files of vCards, tables and LDIF into a container, which must exist (its identifier, or
+// standard id). All files are looked at first: when one cannot be opened, or is a file of the store
+// itself, nothing is imported. Cards are committed in batches, groups and their members at the end
+// in one request, so that members may stand in any file and in any order. A card whose UID is in
+// the container, or one without UID whose content is, is not added again, also when others write
+// meanwhile. Returns when everything would survive a power cut. Several may run at once.
 OX_EXPORT ImportReport importFiles(const std::vector<std::string>& paths,
                                    const std::string& container, const ImportOptions& options);
 

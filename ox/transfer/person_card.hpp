@@ -2,11 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "ox/base/data.hpp"
 #include "ox/records/encoded_values.hpp"
+#include "ox/records/property_types.hpp"
 #include "ox/transfer/importer.hpp"
 #include "ox/vcard/read/card.hpp"
 
@@ -23,6 +25,8 @@ struct PersonCard {
   std::vector<Problem> repairs;
   std::string charset;   // that Card::charset has
   std::size_t line = 0;  // where its BEGIN stands
+  // The properties that its file tells of at all; null: whatever a person has.
+  std::shared_ptr<const std::vector<PropertyId>> named;
 
   // What takes memory.
   std::size_t size() const { return values.bytes.size() + (photo ? photo->size() : 0); }

@@ -12,6 +12,7 @@
 #include "ox/base/text/keyed_hash.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/records/property_codec.hpp"
+#include "ox/transfer/completed_card.hpp"
 #include "ox/vcard/properties/categories.hpp"
 #include "ox/vcard/write/writer.hpp"
 
@@ -154,8 +155,9 @@ void PersonImport::compareContents(std::vector<Stored>& stored) {
     const auto contents = source_.committedContents(std::span(keys).subspan(done), kBytesAsked);
     for (const auto& [values, picture] : contents) {
       const auto place = places[done++];
-      const auto& card = waiting_[place].card;
+      auto& card = waiting_[place].card;
       if (!values) continue;
+      if (card.named) card = completedCard(std::move(card), *values, picture, options_.categories);
       const auto categories = comparedCategories(card, keys[done - 1], *values);
       stored[place].sameContent = isOurCardOf(cardOf(card), *values, picture, categories);
     }

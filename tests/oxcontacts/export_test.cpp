@@ -76,7 +76,7 @@ TEST(ExportCommand, WritesNamedPersonsAlone) {
   EXPECT_EQ(cards.find("BEGIN:VCARD", 1), std::string::npos);
   EXPECT_EQ(run({"export", "Nobody"}).exitCode, 4);
   EXPECT_EQ(run({"export", "--book", "Nowhere"}).exitCode, 4);
-  EXPECT_EQ(run({"export", "--format", "csv"}).exitCode, 2);
+  EXPECT_EQ(run({"export", "--format", "yaml"}).exitCode, 2);
 }
 
 TEST(ExportCommand, SeparatesTheHostsOwnCardsByALineEnd) {

@@ -52,7 +52,7 @@ bool WrittenCard::isGroup() const {
 }
 
 std::string textOf(std::string_view value) {
-  return vcard::unescaped(value, vcard::Dialect::V30);
+  return vcard::unescaped(value);
 }
 
 }  // namespace ox::formats

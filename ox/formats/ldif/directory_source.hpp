@@ -14,8 +14,9 @@ namespace ox::formats {
 // which groups name their members.
 class DirectorySource : public CardSource {
  public:
-  // The source is borrowed.
-  explicit DirectorySource(vcard::ByteSource& source) : text_(source), reader_(text_) {}
+  // The source is borrowed. A charset: that of text that is no UTF-8 (TextSource).
+  explicit DirectorySource(vcard::ByteSource& source, const std::string& charset = {})
+      : text_(source, charset), reader_(text_) {}
 
   std::optional<vcard::CardResult> next() override;
   std::shared_ptr<const std::vector<PropertyId>> named() const override { return named_; }

@@ -13,8 +13,9 @@ namespace ox::formats {
 // The persons of a table: our own, or what others export. Its first row names the columns.
 class TableSource : public CardSource {
  public:
-  // The source is borrowed.
-  explicit TableSource(vcard::ByteSource& source) : text_(source), reader_(text_) {}
+  // The source is borrowed. A charset: that of text that is no UTF-8 (TextSource).
+  explicit TableSource(vcard::ByteSource& source, const std::string& charset = {})
+      : text_(source, charset), reader_(text_) {}
 
   std::optional<vcard::CardResult> next() override;
   std::shared_ptr<const std::vector<PropertyId>> named() const override { return named_; }

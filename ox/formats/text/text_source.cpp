@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
+#include "ox/base/charsets/charset_scores.hpp"
 #include "ox/base/text/charset.hpp"
+#include "ox/base/text/locale.hpp"
 #include "ox/base/text/utf8.hpp"
 
 namespace ox::formats {
@@ -44,7 +47,9 @@ std::string TextSource::utf8(std::string text) {
     std::string sample(kSample, '\0');
     sample.resize(bytes_.peekAt(0, sample.data(), sample.size()));
     const auto lines = foreignLines(sample);
-    charset_ = detectCharset(lines.empty() ? text : lines);
+    std::vector<std::string> languages;
+    if (auto language = textLanguage(); !language.empty()) languages.push_back(std::move(language));
+    charset_ = judgedAlone(lines.empty() ? text : lines, languages).charset;
   }
   auto read = utf8FromCharset(text, *charset_);
   return read ? *std::move(read) : validUtf8(std::move(text));

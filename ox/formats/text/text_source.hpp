@@ -14,8 +14,11 @@ namespace ox::formats {
 // The characters of a file, one after the other: a byte order mark taken off, UTF-16 as UTF-8.
 class TextSource {
  public:
-  // The source is borrowed.
-  explicit TextSource(vcard::ByteSource& source) : bytes_(source), text_(source) {}
+  // The source is borrowed. Text that is no UTF-8 is read in the charset; where that is empty, in
+  // the one that the front of the file looks like.
+  TextSource(vcard::ByteSource& source, const std::string& charset) : bytes_(source), text_(source) {
+    if (!charset.empty()) charset_ = charset;
+  }
 
   static constexpr int kEnd = -1;
   // The next byte, which stays the next one; kEnd at the end. Throws SourceError.
@@ -29,7 +32,7 @@ class TextSource {
 
   std::uint64_t bytesRead() const { return text_.bytesRead(); }
 
-  // The text as UTF-8: what is none is read in the charset that the front of the file looks like.
+  // The text as UTF-8.
   std::string utf8(std::string text);
 
  private:

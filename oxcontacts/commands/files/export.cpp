@@ -1,4 +1,6 @@
-// export: persons and groups as vCards.
+// export: persons and groups as vCards, or in another format.
+#include <algorithm>
+#include <array>
 #include <iostream>
 #include <optional>
 
@@ -6,6 +8,7 @@
 #include "ox/base/failures.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "ox/transfer/exporter.hpp"
+#include "ox/transfer/format_export.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
@@ -41,6 +44,16 @@ struct Missing {
   std::string what;
   std::string reason;
 };
+
+struct FormatName {
+  std::string_view name;
+  formats::Format format;
+};
+// Those beside vCard.
+constexpr std::array kFormats = {FormatName{"jcard", formats::Format::JCard},
+                                 FormatName{"jscontact", formats::Format::JsContact},
+                                 FormatName{"csv", formats::Format::Csv},
+                                 FormatName{"ldif", formats::Format::Ldif}};
 
 constexpr const char* kNotEveryRecord = "not every record could be looked up";
 
@@ -109,8 +122,6 @@ vcard::ExportReport writeHostCards(const Records& records, OutputFile& output, P
 
 vcard::ExportReport writeCards(const Records& records, const Arguments& arguments,
                                OutputFile& output, ProgressBar& bar) {
-  const auto version =
-      arguments.format == "vcard4" ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
   RecordKeys persons;
   persons.reserve(records.persons.size());
   for (const auto& person : records.persons) persons.push_back(person->key());
@@ -118,9 +129,15 @@ vcard::ExportReport writeCards(const Records& records, const Arguments& argument
   std::size_t done = 0;
   const auto take = [&](std::string_view card) {
     output.write(card);
-    bar.show(100.0 * static_cast<double>(++done) / total);
+    bar.show(100.0 * std::min(1.0, static_cast<double>(++done) / total));
     return true;
   };
+  const auto* format = std::ranges::find(kFormats, arguments.format, &FormatName::name);
+  if (format != kFormats.end()) {
+    return formats::exportAs(format->format, persons, records.groups, take, arguments.unreadable());
+  }
+  const auto version =
+      arguments.format == "vcard4" ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
   return vcard::exportCards(persons, records.groups, version, take, arguments.unreadable());
 }
 
@@ -177,6 +194,11 @@ void tellCounts(const Context& context, const vcard::ExportReport& report,
                counted(report.groups, "group") + " to " + file);
 }
 
+void tellGroupsLeftOut(const Context& context, const Arguments& arguments, const Records& records) {
+  if (arguments.format != "csv" || records.groups.empty()) return;
+  context.tell("a table has no groups: " + counted(records.groups.size(), "group") + " left out");
+}
+
 void tellGone(const Context& context, const vcard::ExportReport& report) {
   if (report.gone == 0) return;
   context.tell(counted(report.gone, "record") + " went while this was exported");
@@ -185,7 +207,7 @@ void tellGone(const Context& context, const vcard::ExportReport& report) {
 void refuseWhatCannotKeepGoing(const Arguments& arguments) {
   if (!arguments.keepsGoing) return;
   if (arguments.format == "host-vcard") {
-    throw CommandError(kUsage, "--keep-going goes with vcard3 and vcard4 alone");
+    throw CommandError(kUsage, "--keep-going does not go with host-vcard");
   }
   if (OutputFile::isStandardOutput(arguments.file) || OutputFile::isStream(arguments.file)) {
     throw CommandError(kUsage, "--keep-going needs a file of its own");
@@ -215,6 +237,7 @@ void exportRecords(const Context& context, const Arguments& arguments) {
   bar.wipe();
   if (arguments.keepsGoing) tellMissing(context, missing);
   tellGone(context, report);
+  tellGroupsLeftOut(context, arguments, records);
   if (!OutputFile::isStandardOutput(file)) tellCounts(context, report, file);
   // In its place something whole may stand.
   if (!isWhole) {
@@ -226,7 +249,8 @@ void exportRecords(const Context& context, const Arguments& arguments) {
 }  // namespace
 
 void declareExport(CLI::App& program, const Context& context) {
-  auto* command = program.add_subcommand("export", "Write persons and groups as vCards");
+  auto* command =
+      program.add_subcommand("export", "Write persons and groups as vCards or in another format");
   const auto arguments = std::make_shared<Arguments>();
   command->add_option("PERSON", arguments->persons, "Whom; all when none is named");
   command->add_option("--book", arguments->book, "Everything in this book, or PERSON of it")
@@ -237,8 +261,10 @@ void declareExport(CLI::App& program, const Context& context) {
       ->type_name("FILE");
   command
       ->add_option("--format", arguments->format,
+                   "jcard and jscontact are JSON, csv a table without groups, ldif a directory; "
                    "host-vcard: the framework's own cards with their pictures, without groups")
-      ->check(CLI::IsMember({"vcard3", "vcard4", "host-vcard"}))
+      ->check(
+          CLI::IsMember({"vcard3", "vcard4", "host-vcard", "jcard", "jscontact", "csv", "ldif"}))
       ->capture_default_str();
   command->add_flag("--keep-going", arguments->keepsGoing,
                     "Leave out what cannot be read, and write the rest beside FILE");

@@ -1,4 +1,4 @@
-// import: vCards into an account.
+// import: vCards, tables and LDIF into an account.
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
@@ -7,6 +7,7 @@
 #include "ox/base/store_location.hpp"
 #include "ox/transfer/importer.hpp"
 #include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/commands/files/import_formats.hpp"
 #include "oxcontacts/files.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/output/counted.hpp"
@@ -26,6 +27,7 @@ struct Arguments {
   std::string reportFile;
   bool isDryRun = false;
   std::string categories = "tags";
+  bool listsColumns = false;
   vcard::ImportOptions options;
 };
 
@@ -186,6 +188,9 @@ void importCards(const Context& context, Arguments arguments) {
   }
   std::replace(arguments.files.begin(), arguments.files.end(), std::string("-"),
                std::string("/dev/stdin"));
+  if (arguments.listsColumns) {
+    return printColumns(context, arguments.files, arguments.options.format);
+  }
   if (arguments.isDryRun) return previewCards(context, arguments);
   const auto account = findAccount(arguments.into);
   auto reportFile = reportFileFor(arguments);
@@ -215,11 +220,15 @@ void importCards(const Context& context, Arguments arguments) {
 }  // namespace
 
 void declareImport(CLI::App& program, const Context& context) {
-  auto* command = program.add_subcommand("import", "Import vCards into an account");
+  auto* command =
+      program.add_subcommand("import", "Import vCards, tables (CSV) and LDIF into an account");
   const auto arguments = std::make_shared<Arguments>();
-  command->add_option("FILE", arguments->files, "vCard files; - is standard input")->required();
+  command->add_option("FILE", arguments->files, "Files; - is standard input")->required();
   command->add_option("--into", arguments->into, "The account (else the local one)")
       ->type_name("ACCOUNT");
+  declareFormat(*command, arguments->options.format);
+  command->add_flag("--columns", arguments->listsColumns,
+                    "Tell what becomes of the columns of tables, and import nothing");
   command->add_flag("--update", arguments->options.update,
                     "Replace what has the same UID and other content");
   command->add_flag("--strict", arguments->options.strict,
