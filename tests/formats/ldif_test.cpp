@@ -141,10 +141,11 @@ TEST(Ldif, RefusesRecordsThatAreNoEntries) {
 }
 
 TEST(Ldif, RefusesWhatDoesNotBeginAsLdif) {
-  for (const auto* bytes : {"First Name,Last Name\nAnn,Lee\n", "BEGIN:VCARD\nEND:VCARD\n"}) {
+  for (const auto* bytes :
+       {"", "# a comment\n\n", "First Name,Last Name\nAnn,Lee\n", "BEGIN:VCARD\nEND:VCARD\n"}) {
     EXPECT_THROW(read(bytes), formats::FormatError) << bytes;
   }
-  EXPECT_EQ(read(""), "");
+  EXPECT_EQ(read("version: 1\n"), "");
 }
 
 TEST(Ldif, IsReadBackAsItWas) {

@@ -15,7 +15,7 @@ using support::temporaryPath;
 const std::string kCards =
     card({"UID:a1", "N:Lee;Ann;;;", "FN:Ann Lee", "TEL;TYPE=HOME:+1 555 1", "EMAIL:a@x.org",
           "item1.URL:http://x.org", "item1.X-ABLabel:Boat", "X-UNKNOWN;P=1:kept", "NOTE:one\\ntwo",
-          "BDAY:1990-05-17"}) +
+          "BDAY:1990-05-17", "PHOTO;ENCODING=b;TYPE=JPEG:/9j/4A=="}) +
     card({"UID:b1", "N:王;小明;;;", "FN:王小明", "EMAIL:b@x.org"}) +
     card({"UID:g1", "FN:Friends", "N:Friends;;;;", "X-ADDRESSBOOKSERVER-KIND:group",
           "X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:a1"});

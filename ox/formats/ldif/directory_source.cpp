@@ -229,7 +229,10 @@ std::vector<PropertyId> propertiesIn(const vcard::Card& card) {
 }  // namespace
 
 std::optional<vcard::CardResult> DirectorySource::next() {
-  if (!reader_.next(record_)) return std::nullopt;
+  if (!reader_.next(record_)) {
+    if (!reader_.hasBegun()) throw FormatError("is empty");
+    return std::nullopt;
+  }
   return cardOfRecord();
 }
 

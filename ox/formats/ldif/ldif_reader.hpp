@@ -38,6 +38,8 @@ class LdifReader {
 
   // False at the end. Throws FormatError when the file does not begin as LDIF does.
   bool next(LdifRecord& record);
+  // Whether there was anything at all but comments.
+  bool hasBegun() const { return hasBegun_; }
 
  private:
   // One unfolded line; false at the end. An empty line ends a record.
