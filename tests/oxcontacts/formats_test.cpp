@@ -52,6 +52,8 @@ TEST(FormatsCommand, WriteJCardAndJsContactAsOneList) {
 }
 
 TEST(FormatsCommand, WriteNamedPersonsAndNobody) {
+  importCards();
+  ASSERT_EQ(run({"undo"}).exitCode, 0);
   EXPECT_EQ(run({"export", "--format", "jcard"}).output, "[]\n");
   EXPECT_EQ(run({"export", "--format", "ldif"}).output, "version: 1\n");
   importCards();
