@@ -10,7 +10,8 @@ namespace ox::vcard {
 std::unique_ptr<formats::CardSource> cardSourceOf(FileFormat format, ByteSource& source,
                                                   const std::string& charset) {
   assert(format == FileFormat::Csv || format == FileFormat::Ldif);
-  if (format == FileFormat::Ldif) return std::make_unique<formats::DirectorySource>(source, charset);
+  if (format == FileFormat::Ldif)
+    return std::make_unique<formats::DirectorySource>(source, charset);
   return std::make_unique<formats::TableSource>(source, charset);
 }
 
