@@ -44,6 +44,9 @@ OX_EXPORT std::optional<ImageSize> imageSize(std::string_view bytes);
 // that is empty, above kMaxPixels, or whose pixels do not fill its size.
 OX_EXPORT Data encodeTiff(const Image& image);
 
+// Lossless. Null as above.
+OX_EXPORT Data encodePng(const Image& image);
+
 // The library's default quality (75); transparency shows white. Null as above, and for a side over
 // 65 500 pixels, which the format cannot hold.
 OX_EXPORT Data encodeJpeg(const Image& image);

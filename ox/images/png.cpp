@@ -1,4 +1,4 @@
-// PNG, read by libpng.
+// PNG, read and written by libpng.
 
 #include <algorithm>
 #include <cassert>
@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ox/images/codecs.hpp"
+#include "ox/images/image_codec.hpp"
 
 // libpng leaves a failed call by longjmp. Every function that arms it holds only trivial locals and
 // writes into a Reader that an outer function owns, so no destructor is ever jumped over.
@@ -137,6 +138,30 @@ std::optional<ImageSize> sizeOfPng(std::string_view bytes, std::string& reason) 
   Reader reader(bytes);
   if (!readAllowedHeader(reader, bytes, reason)) return std::nullopt;
   return ImageSize{reader.width, reader.height};
+}
+
+Data encodePng(const Image& image) {
+  if (!isEncodable(image)) return nullptr;
+  png_image header{};
+  header.version = PNG_IMAGE_VERSION;
+  header.width = image.width;
+  header.height = image.height;
+  header.format = PNG_FORMAT_RGBA;
+  // The first call tells the size.
+  const auto encode = [&](std::string* into) {
+    png_alloc_size_t size = into != nullptr ? into->size() : 0;
+    void* bytes = into != nullptr ? into->data() : nullptr;
+    const bool done =
+        png_image_write_to_memory(&header, bytes, &size, 0, image.pixels.data(), 0, nullptr) != 0;
+    return done ? std::optional(size) : std::nullopt;
+  };
+  const auto size = orNoMemory([&] { return encode(nullptr); });
+  if (!size) return nullptr;
+  std::string file(*size, '\0');
+  const auto written = orNoMemory([&] { return encode(&file); });
+  if (!written) return nullptr;
+  file.resize(*written);
+  return makeData(std::move(file));
 }
 
 }  // namespace ox::images

@@ -43,6 +43,17 @@ TEST(EncodeTiff, GivesTheSamePictureBack) {
   }
 }
 
+TEST(EncodePng, GivesTheSamePictureBack) {
+  for (const auto& image : {patterned(1, 1), patterned(7, 5), patterned(257, 301)}) {
+    const auto file = encodePng(image);
+    ASSERT_TRUE(file);
+    const auto back = decodeImage(*file);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(*back, image) << image.width << 'x' << image.height;
+    EXPECT_EQ(imageSize(*file), (ImageSize{image.width, image.height}));
+  }
+}
+
 TEST(Encode, RefusesAPictureThatIsNone) {
   auto incomplete = patterned(3, 3);
   incomplete.pixels.pop_back();

@@ -16,7 +16,7 @@ class TextSource {
  public:
   // The source is borrowed. Text that is no UTF-8 is read in the charset; where that is empty, in
   // the one that the front of the file looks like.
-  TextSource(vcard::ByteSource& source, const std::string& charset)
+  explicit TextSource(vcard::ByteSource& source, const std::string& charset = {})
       : bytes_(source), text_(source) {
     if (!charset.empty()) charset_ = charset;
   }

@@ -269,8 +269,7 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
       !isBlankPart(components[kParts.size()]) || !isBlankPart(components[kParts.size() + 1]);
   if (!draft.facts.isGroup && (hasMore || hasList(line.value, draft.facts.dialect))) {
     const auto count = hasMore ? kComponents : kParts.size();
-    draft.name.verbatimParts =
-        canonicalComponents(std::span(components).first(count));
+    draft.name.verbatimParts = canonicalComponents(std::span(components).first(count));
     draft.preserveVerbatim(property_id::kLast, draft.name.verbatimParts);
   }
   const bool mayGiveReadings =

@@ -3,10 +3,10 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
-#include <png.h>
 #include <qrencode.h>
 #include <sstream>
 
+#include "ox/images/image_codec.hpp"
 #include "ox/platform/AddressBook/ABPerson.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
@@ -81,30 +81,18 @@ std::string asText(const QrCode& code, bool withColors) {
   return text;
 }
 
-std::string asPng(const QrCode& code) {
+Data asPng(const QrCode& code) {
   constexpr int kModule = 8;  // pixels
   const int side = code.size() * kModule;
-  std::string pixels;
+  Image image{static_cast<std::uint32_t>(side), static_cast<std::uint32_t>(side), {}, {}};
+  image.pixels.reserve(std::size_t{image.width} * image.height * 4);
   for (int y = 0; y < side; ++y) {
-    for (int x = 0; x < side; ++x) pixels += code.isDark(y / kModule, x / kModule) ? '\0' : '\xFF';
-  }
-  png_image image{};
-  image.version = PNG_IMAGE_VERSION;
-  image.width = static_cast<png_uint_32>(side);
-  image.height = static_cast<png_uint_32>(side);
-  image.format = PNG_FORMAT_GRAY;
-  png_alloc_size_t size = 0;
-  std::string file;
-  const auto write = [&](void* into) {
-    if (png_image_write_to_memory(&image, into, &size, 0, pixels.data(), 0, nullptr) == 0) {
-      throw std::runtime_error(std::string("the QR code: ") + &image.message[0]);
+    for (int x = 0; x < side; ++x) {
+      const std::uint8_t light = code.isDark(y / kModule, x / kModule) ? 0 : 255;
+      image.pixels.insert(image.pixels.end(), {light, light, light, 255});
     }
-  };
-  write(nullptr);
-  file.resize(size);
-  write(file.data());
-  file.resize(size);
-  return file;
+  }
+  return images::encodePng(image);
 }
 
 QrCode codeOf(const Context& context, const std::string& card) {
@@ -130,8 +118,10 @@ void showCode(const Context& context, const Arguments& arguments) {
     std::cout << asText(code, context.usesColor());
     return;
   }
+  const auto png = asPng(code);
+  if (!png) throw CommandError(kFailed, "the picture of the QR code could not be made");
   OutputFile file(arguments.file);
-  file.write(asPng(code));
+  file.write({reinterpret_cast<const char*>(png->data()), png->size()});
   file.commit();
 }
 
