@@ -167,6 +167,8 @@ void PersonImport::compareContents(std::vector<Stored>& stored) {
 // A card that says no category does not say that there is none.
 std::optional<Tags> PersonImport::comparedCategories(const PersonCard& card, const RecordKey& key,
                                                      const PropertyBag& values) {
+  // One that its file completes has the stored ones.
+  if (card.named && card.categories.empty()) return std::nullopt;
   if (card.categories.empty()) {
     return categoriesOf(values).empty() ? std::nullopt : std::optional(Tags());
   }

@@ -1,6 +1,7 @@
 // completion: what a shell offers for the word that is being typed.
 #include <algorithm>
 #include <iostream>
+#include <optional>
 
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
@@ -184,8 +185,10 @@ Words answersFor(const CLI::Option& option, const std::string& beginning) {
     return words;
   }
   if (type == "FILE" || type == "PATH") return {kFiles};
-  if (isMissing(contactStore().file())) return {};
-  const OneMoment moment;
+  const bool needsStore = type != "PROPERTY=VALUE";
+  if (needsStore && isMissing(contactStore().file())) return {};
+  std::optional<OneMoment> moment;
+  if (needsStore) moment.emplace();
   return namesOf(type, beginning);
 }
 

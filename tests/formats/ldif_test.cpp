@@ -117,13 +117,13 @@ TEST(Ldif, ReadsGroupsWhoseMembersAreNamedInAnySpelling) {
   EXPECT_EQ(read("dn: CN=Friends,dc=x\r\nobjectClass: groupOfNames\r\ncn: Friends\r\n"
                  "member: cn=Ann Lee,OU=People, dc=X\r\nmember:\r\nmember: uid=a\\,b\r\n"),
             "1: FN:Friends | KIND:group | UID:ldap:///cn%3Dfriends%2Cdc%3Dx | "
-            "MEMBER:ldap:///cn%3Dann%20lee%2Cou%3Dpeople%2Cdc%3Dx | MEMBER:x-ox-uid:a%2Cb\n");
+            "MEMBER:ldap:///cn%3Dann%20lee%2Cou%3Dpeople%2Cdc%3Dx | MEMBER:urn:uuid:a,b\n");
 }
 
 TEST(Ldif, ReadsOldEncodingsAndPostalAddresses) {
   EXPECT_EQ(read("dn: uid=u\nsn: M\xFCller\ngivenName: J\xF6rg\npostalAddress: 1 Main$Town\n"),
             "1: N:Müller;Jörg;;; | FN:Jörg Müller | ADR;TYPE=work:;;1 Main\\nTown;;;; | "
-            "UID:x-ox-uid:u\n");
+            "UID;VALUE=text:u\n");
 }
 
 TEST(Ldif, RefusesRecordsThatAreNoEntries) {
@@ -136,7 +136,7 @@ TEST(Ldif, RefusesRecordsThatAreNoEntries) {
             "13# no base64 (line 14)\n"
             "16# no dn in front\n"
             "18# a second dn: a blank line is missing before it\n"
-            "22: N:;Eve;;; | FN:Eve | UID:x-ox-uid:f\n"
+            "22: N:;Eve;;; | FN:Eve | UID;VALUE=text:f\n"
             "  22! jpegPhoto refers to a file, which is not read\n");
 }
 
