@@ -157,8 +157,11 @@ void PersonImport::compareContents(std::vector<Stored>& stored) {
       const auto place = places[done++];
       auto& card = waiting_[place].card;
       if (!values) continue;
+      // What a file that tells a part does not say of categories is as it is stored.
+      const bool hasStoredCategories = card.named && card.categories.empty();
       if (card.named) card = completedCard(std::move(card), *values, picture, options_.categories);
-      const auto categories = comparedCategories(card, keys[done - 1], *values);
+      const auto categories =
+          hasStoredCategories ? std::nullopt : comparedCategories(card, keys[done - 1], *values);
       stored[place].sameContent = isOurCardOf(cardOf(card), *values, picture, categories);
     }
   }
@@ -167,8 +170,6 @@ void PersonImport::compareContents(std::vector<Stored>& stored) {
 // A card that says no category does not say that there is none.
 std::optional<Tags> PersonImport::comparedCategories(const PersonCard& card, const RecordKey& key,
                                                      const PropertyBag& values) {
-  // One that its file completes has the stored ones.
-  if (card.named && card.categories.empty()) return std::nullopt;
   if (card.categories.empty()) {
     return categoriesOf(values).empty() ? std::nullopt : std::optional(Tags());
   }

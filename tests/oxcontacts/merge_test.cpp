@@ -90,7 +90,8 @@ TEST(MergeCommand, LosesNothing) {
   const auto shown = runJson({"show", id});
   EXPECT_EQ(shown["tags"], Json::array({"own", "other"}));
   EXPECT_EQ(shown["groups"][0]["displayName"], "Friends");
-  EXPECT_NE(cardOfPerson(id).find("\nUID:1\nCATEGORIES:own,other\nX-FOO:bar\nX-BAZ:qux\n"), std::string::npos)
+  EXPECT_NE(cardOfPerson(id).find("\nUID:1\nCATEGORIES:own,other\nX-FOO:bar\nX-BAZ:qux\n"),
+            std::string::npos)
       << cardOfPerson(id);
   EXPECT_EQ(runJson({"persons"}).size(), 2U);
 }
