@@ -77,15 +77,6 @@ void addReadable(const Json& json, std::string& text) {
   text += part;
 }
 
-std::string readableName(const OxObjectPersonName& name) {
-  std::string text;
-  for (const auto& part : {name.first(), name.middle(), name.last()}) {
-    if (!part || part->empty()) continue;
-    text += (text.empty() ? "" : " ") + *part;
-  }
-  return text;
-}
-
 }  // namespace
 
 Json jsonOf(const Object& object) {
@@ -116,7 +107,8 @@ Json jsonOf(const OxValue& value) {
 }
 
 std::string readableText(const Object& object) {
-  if (const auto name = object.host<OxObjectPersonName>()) return readableName(*name);
+  if (const auto name = object.host<OxObjectPersonName>())
+    return name->displayString().value_or("");
   if (const auto image = object.image()) {
     return std::to_string(image->width) + " x " + std::to_string(image->height) + " pixels";
   }

@@ -132,6 +132,8 @@ TEST(ShowCommand, WritesANameInItsOwnOrderAndNoneForNobody) {
   const auto shown = [](const std::string& name) { return run({"show", name}).output; };
   EXPECT_NE(shown("Ann Lee").find("\nName                Ann Lee\n"), std::string::npos)
       << shown("Ann Lee");
+  EXPECT_NE(shown("王小明").find("\nName             王小明\n"), std::string::npos)
+      << shown("王小明");
   const auto unnamed = runJson({"add-person", "_local", "note=x"});
   const auto output = shown(unnamed["ID"]);
   EXPECT_EQ(output.find("Name"), std::string::npos) << output;

@@ -129,6 +129,16 @@ TEST(MergeCommand, TellsWhatStaysBehind) {
   EXPECT_EQ(other["person"]["groups"], Json::array());
 }
 
+TEST(DuplicatesCommand, NamesTheBooksOfTwoInTwoBooks) {
+  run({"add-person", "_local", "name=Ann Lee", "phone=1234567"});
+  run({"accounts", "add", "Work"});
+  run({"add-person", "Work", "name=Ann Lee", "phone=123 45 67"});
+  EXPECT_EQ(runShell("COLUMNS=80 $OX duplicates").output,
+            "PERSON             MAY BE        WHY\n"
+            "On My Mac/Ann Lee  Work/Ann Lee  same name, same number 1234567\n");
+  EXPECT_EQ(run({"merge", "On My Mac/Ann Lee", "Work/Ann Lee"}).exitCode, 0);
+}
+
 TEST(MergeCommand, RefusesARecordAndItself) {
   fillStore();
   const auto same = run({"merge", "Bo Berg", "berg"});

@@ -78,19 +78,27 @@ Json duplicateJson(const LikelyDuplicate& duplicate, const Persons& persons) {
           {"reasons", std::move(reasons)}};
 }
 
+// As merge takes it: with the book where that tells them apart.
+std::string nameOf(const _ABPerson& person, const BookNames& books, bool inOneBook) {
+  auto name = person.displayName().value_or("");
+  return inOneBook ? name : books.nameOf(person.addressBookID()) + "/" + name;
+}
+
 Table tableOf(const std::vector<LikelyDuplicate>& duplicates, const Persons& persons) {
   using Room = Table::Room;
   constexpr auto kLeft = Table::Align::Left;
   Table table({{"PERSON", kLeft, Room::MayCut},
-               {"ID"},
+               {"ID", kLeft, Room::MayLack},
                {"MAY BE", kLeft, Room::MayCut},
-               {"ID"},
+               {"ID", kLeft, Room::MayLack},
                {"WHY", kLeft, Room::MayCut}});
+  const BookNames books;
   for (const auto& each : duplicates) {
     const auto& first = *persons[each.first];
     const auto& second = *persons[each.second];
-    table.addRow({first.displayName().value_or(""), first.key().shortText(),
-                  second.displayName().value_or(""), second.key().shortText(), reasonsOf(each)});
+    const bool inOneBook = first.addressBookID() == second.addressBookID();
+    table.addRow({nameOf(first, books, inOneBook), first.key().shortText(),
+                  nameOf(second, books, inOneBook), second.key().shortText(), reasonsOf(each)});
   }
   return table;
 }
