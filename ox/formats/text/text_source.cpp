@@ -43,7 +43,7 @@ bool TextSource::refill() {
 
 std::string TextSource::utf8(std::string text) {
   if (isValidUtf8(text)) return text;
-  if (!charset_) {
+  if (charset_.empty()) {
     std::string sample(kSample, '\0');
     sample.resize(bytes_.peekAt(0, sample.data(), sample.size()));
     const auto lines = foreignLines(sample);
@@ -51,7 +51,7 @@ std::string TextSource::utf8(std::string text) {
     if (auto language = textLanguage(); !language.empty()) languages.push_back(std::move(language));
     charset_ = judgedAlone(lines.empty() ? text : lines, languages).charset;
   }
-  auto read = utf8FromCharset(text, *charset_);
+  auto read = utf8FromCharset(text, charset_);
   return read ? *std::move(read) : validUtf8(std::move(text));
 }
 

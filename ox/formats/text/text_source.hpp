@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "ox/vcard/source/byte_source.hpp"
 #include "ox/vcard/source/utf16_source.hpp"
@@ -16,10 +16,8 @@ class TextSource {
  public:
   // The source is borrowed. Text that is no UTF-8 is read in the charset; where that is empty, in
   // the one that the front of the file looks like.
-  explicit TextSource(vcard::ByteSource& source, const std::string& charset = {})
-      : bytes_(source), text_(source) {
-    if (!charset.empty()) charset_ = charset;
-  }
+  explicit TextSource(vcard::ByteSource& source, std::string charset = {})
+      : bytes_(source), text_(source), charset_(std::move(charset)) {}
 
   static constexpr int kEnd = -1;
   // The next byte, which stays the next one; kEnd at the end. Throws SourceError.
@@ -44,7 +42,7 @@ class TextSource {
   vcard::Utf16Source text_;
   std::string block_;
   std::size_t at_ = 0;
-  std::optional<std::string> charset_;
+  std::string charset_;  // empty: not judged yet
 };
 
 }  // namespace ox::formats
