@@ -58,6 +58,18 @@ std::string phoneKey(const std::string& phone) {
   return digits;
 }
 
+// One of them may lack the country's prefix, and have a zero in its place.
+bool isSameNumber(const std::string& one, const std::string& other) {
+  const auto significant = [](const std::string& phone) {
+    auto digits = decimalDigits(phone);
+    return digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size()));
+  };
+  const auto a = significant(one);
+  const auto b = significant(other);
+  if (a.size() < kPhoneTail || b.size() < kPhoneTail) return a == b;
+  return a.ends_with(b) || b.ends_with(a);
+}
+
 int weightOf(Likeness likeness) {
   switch (likeness) {
     case Likeness::SameName:
@@ -84,9 +96,11 @@ class Search {
 
   std::vector<LikelyDuplicate> run() {
     findSameNames();
-    findShared(Likeness::SameEmail, &KnownBy::emails,
-               [](const std::string& email) { return foldedForSearch(email); });
-    findShared(Likeness::SamePhone, &KnownBy::phones, phoneKey);
+    findShared(
+        Likeness::SameEmail, &KnownBy::emails,
+        [](const std::string& email) { return foldedForSearch(email); },
+        [](const std::string&, const std::string&) { return true; });
+    findShared(Likeness::SamePhone, &KnownBy::phones, phoneKey, isSameNumber);
     findNearNames();
     return likeliestFirst();
   }
@@ -110,8 +124,10 @@ class Search {
     }
   }
 
-  template <typename KeyOf>
-  void findShared(Likeness likeness, std::vector<std::string> KnownBy::*values, KeyOf keyOf) {
+  // Of those whose keys are equal, the ones that are the same.
+  template <typename KeyOf, typename IsSame>
+  void findShared(Likeness likeness, std::vector<std::string> KnownBy::*values, KeyOf keyOf,
+                  IsSame isSame) {
     struct Holder {
       std::size_t place;
       const std::string* text;
@@ -129,6 +145,7 @@ class Search {
       if (known.size() > kMostSharing) continue;
       for (std::size_t one = 0; one < known.size(); ++one) {
         for (std::size_t other = one + 1; other < known.size(); ++other) {
+          if (!isSame(*known[one].text, *known[other].text)) continue;
           add(known[one].place, known[other].place, likeness, *known[one].text);
         }
       }

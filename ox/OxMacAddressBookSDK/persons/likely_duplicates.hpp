@@ -34,7 +34,7 @@ struct LikelyDuplicate {
 //
 // - the same name, whatever its case, accents and the order of its words;
 // - the same e-mail address, whatever its case;
-// - a telephone number of the same last eight digits, or of the same digits where there are fewer;
+// - the same telephone number, with the country's prefix or without it;
 // - a name that differs in one letter, lacks one word of three or more, or is in other letters.
 //
 // An address or number that more than eight of them have is that of a house or a company, and tells

@@ -29,8 +29,11 @@ void listBooks(const Context& context) {
     return;
   }
   using Align = Table::Align;
-  Table table(
-      {{"NAME"}, {"ID"}, {"PERSONS", Align::Right}, {"GROUPS", Align::Right}, {"MAY BE CHANGED"}});
+  Table table({{"NAME", Align::Left, Table::Room::MayCut},
+               {"ID", Align::Left, Table::Room::MayLack},
+               {"PERSONS", Align::Right},
+               {"GROUPS", Align::Right},
+               {"MAY BE CHANGED"}});
   for (const auto& book : books) {
     table.addRow({book->name().value_or(""), book->ID().value_or(""),
                   std::to_string(book->allPersonsCount()), std::to_string(book->allGroups().size()),

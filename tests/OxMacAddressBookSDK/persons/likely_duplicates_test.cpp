@@ -72,6 +72,9 @@ TEST(LikelyDuplicates, ShareAddressesAndNumbers) {
             "0-1 e-mail");
   EXPECT_EQ(told({{"Ann", "", {}, {"+49 30 1234567"}}, {"Bo", "", {}, {"(030) 123 45 67"}}}),
             "0-1 phone");
+  EXPECT_EQ(told({{"Ann", "", {}, {"0046 701234567"}}, {"Bo", "", {}, {"070-123 45 67"}}}),
+            "0-1 phone");
+  EXPECT_EQ(told({{"Ann", "", {}, {"+46 70 1234567"}}, {"Bo", "", {}, {"+966 50 1234567"}}}), "");
   EXPECT_EQ(told({{"Ann", "", {}, {"12345"}}, {"Bo", "", {}, {"9 12345"}}}), "");
   EXPECT_EQ(told({{"Ann", "", {}, {"1234"}}, {"Bo", "", {}, {"1234"}}}), "");
   EXPECT_EQ(told({{"Ann", "", {"a@b", "a@b"}, {}}}), "");
