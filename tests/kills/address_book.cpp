@@ -36,6 +36,11 @@ void writeFiles() {
                     card({"FN:Choir", "N:Choir", "UID:choir", "X-ADDRESSBOOKSERVER-KIND:group",
                           "X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:eve",
                           "X-ADDRESSBOOKSERVER-MEMBER:urn:uuid:fay"}));
+  temporaryFile("tagged.vcf", card({"FN:Eve", "N:;Eve;;;", "UID:eve", "CATEGORIES:golf,Sailors"}) +
+                                  card({"FN:Fay", "N:;Fay;;;", "UID:fay", "CATEGORIES:Sailors"}));
+  temporaryFile("untagged.vcf", card({"FN:Eve", "N:;Eve;;;", "UID:eve"}) +
+                                    card({"FN:Fay", "N:;Fay;;;", "UID:fay"}));
+  temporaryFile("persons.csv", "UID,First Name,Tags,Phone 1 - Value\neve,Eve,golf,1\nfay,Fay,,2\n");
   temporaryFile("changed.vcf", card({"FN:Ann Lee", "N:Lee;Ann;;;", "UID:ann", "TEL:77"}) + eve);
   temporaryFile("photo.tiff", *images::encodeTiff(images::patterned(30, 20)));
 }
