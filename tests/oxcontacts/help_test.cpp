@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <regex>
 
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
@@ -47,8 +46,12 @@ TEST(Help, ShowsTheCommandsInTheirRooms) {
 TEST(Version, IsPrinted) {
   const auto version = run({"--version"});
   EXPECT_EQ(version.exitCode, 0);
-  EXPECT_TRUE(std::regex_match(version.output, std::regex("oxcontacts [0-9]+\\.[0-9]+\\.[0-9]+\n")))
-      << version.output;
+  constexpr std::string_view kFront = "oxcontacts ";
+  ASSERT_TRUE(version.output.starts_with(kFront) && version.output.ends_with('\n'));
+  const auto number =
+      version.output.substr(kFront.size(), version.output.size() - 1 - kFront.size());
+  EXPECT_EQ(std::ranges::count(number, '.'), 2) << number;
+  EXPECT_EQ(number.find_first_not_of("0123456789."), std::string::npos) << number;
 }
 
 TEST(UsageErrors, HaveOneVoice) {
