@@ -10,6 +10,7 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/person_entries.hpp"
+#include "ox/base/text/case.hpp"
 #include "ox/records/property_keys.hpp"
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/edit/assignment.hpp"
@@ -55,8 +56,10 @@ void setPart(TextParts& parts, const std::string& name, const Text& text) {
   if (text && !text->empty()) parts[name] = *text;
 }
 
-std::string accountText(const Text& service, const Text& user) {
-  return service.value_or("") + ":" + user.value_or("");
+// Nothing without both: an account that is known by its URL alone cannot be typed.
+Text accountText(const Text& service, const Text& user) {
+  if (!service || service->empty() || !user || user->empty()) return std::nullopt;
+  return *service + ":" + *user;
 }
 
 TextParts partsOf(const Object& value) {
@@ -97,7 +100,7 @@ std::string scalar(const std::string& text) {
            static_cast<unsigned char>(c) >= 0xC3U;
   };
   const bool plain = !text.empty() && isLetter(text.front()) && text.back() != ' ' &&
-                     std::ranges::all_of(text, isPlain) && text != "null";
+                     std::ranges::all_of(text, isPlain) && !equalsIgnoringCase(text, "null");
   // A JSON string is a YAML scalar.
   return plain ? text : nlohmann::json(text).dump();
 }
@@ -290,10 +293,10 @@ void arrange(const TextProperty& before, const TextProperty& after, _ABPerson& p
   for (const auto& entry : before.entries) shown.push_back(entry.was);
   // Labels that were left alone stay what they are, however they are shown.
   std::map<std::uint64_t, Text> labels;
-  const auto stored = multipleOf(person.valueByProperty(after.property));
+  const auto values = multipleOf(person.valueByProperty(after.property));
   const auto identifiers = entries.identifiers();
-  for (std::size_t i = 0; stored && i < identifiers.size() && i < stored->count(); ++i) {
-    const auto label = stored->valueAtIndex(i)->label();
+  for (std::size_t i = 0; values && i < identifiers.size() && i < values->count(); ++i) {
+    const auto label = values->valueAtIndex(i)->label();
     labels[identifiers[i]] = label ? label->name() : Text();
   }
   std::vector<PersonEntries::Arranged> arranged;
@@ -301,8 +304,9 @@ void arrange(const TextProperty& before, const TextProperty& after, _ABPerson& p
     const auto old = std::ranges::find(before.entries, entry.was, &TextEntry::was);
     const bool isOld = entry.was != 0 && old != before.entries.end();
     PersonEntries::Arranged wanted{entry.was, {}, {}};
-    if (isOld && old->label == entry.label) {
-      wanted.label = labels[entry.was];
+    const auto stored = labels.find(entry.was);
+    if (isOld && old->label == entry.label && stored != labels.end()) {
+      wanted.label = stored->second;
     } else if (!entry.label.empty()) {
       wanted.label = labelKeyOf(entry.label);
     }
@@ -326,6 +330,33 @@ void setSingle(const TextProperty& after, _ABPerson& person) {
 bool isSame(const TextProperty& before, const TextProperty& after) {
   return std::ranges::equal(before.entries, after.entries,
                             [](const auto& one, const auto& other) { return isSame(one, other); });
+}
+
+std::string joined(const TextParts& parts) {
+  std::string text;
+  for (const auto& [name, part] : parts) text += (text.empty() ? "" : ", ") + part;
+  return text;
+}
+
+// What another program has written meanwhile and the edit replaces.
+std::vector<TextParts> replacedBy(const TextProperty& before, const TextProperty& present,
+                                  const TextProperty& wanted) {
+  std::vector<TextParts> replaced;
+  if (!isMultiple(*before.property)) {
+    if (!isSame(before, present) && !present.entries.empty()) {
+      replaced.push_back(present.entries.front().parts);
+    }
+    return replaced;
+  }
+  const auto arranged = recognised(before.entries, wanted.entries);
+  for (const auto& old : before.entries) {
+    const auto now = std::ranges::find(present.entries, old.was, &TextEntry::was);
+    if (now == present.entries.end() || now->parts == old.parts) continue;
+    const auto edited = std::ranges::find(arranged, old.was, &TextEntry::was);
+    const bool isLeftAlone = edited != arranged.end() && edited->parts == old.parts;
+    if (!isLeftAlone) replaced.push_back(now->parts);
+  }
+  return replaced;
 }
 
 }  // namespace
@@ -378,8 +409,12 @@ std::string yamlOf(const PersonText& text) {
 
 PersonText readYaml(const std::string& yaml) {
   try {
-    const auto root = YAML::Load(yaml);
+    const auto documents = YAML::LoadAll(yaml);
     PersonText text;
+    // Whatever stands behind the mark would pass for taken out.
+    if (documents.size() > 1) misread(documents[1].Mark(), "a line of --- or ... ends the person");
+    if (documents.empty()) return text;
+    const auto& root = documents.front();
     if (root.IsNull()) return text;
     if (!root.IsMap()) misread(root.Mark(), "properties are expected here, as in \"note: text\"");
     for (const auto& each : root) {
@@ -396,14 +431,21 @@ PersonText readYaml(const std::string& yaml) {
   }
 }
 
-bool applyEdits(const PersonText& before, const PersonText& after, _ABPerson& person) {
+bool applyEdits(const PersonText& before, const PersonText& after, _ABPerson& person,
+                std::vector<std::string>& overtaken) {
   std::vector<std::pair<const TextProperty*, TextProperty>> edits;
+  const auto present = textOf(person);
   for (const auto& written : before) {
     const auto* now = findProperty(after, written.property);
     // A property that was taken out with its line has no value any more.
     auto wanted = now != nullptr ? *now : TextProperty{written.property, {}};
     if (isSame(written, wanted)) continue;
     requireValues(written, wanted);
+    if (const auto* there = findProperty(present, written.property)) {
+      for (const auto& parts : replacedBy(written, *there, wanted)) {
+        overtaken.push_back(shortNameOf(*written.property) + " \"" + joined(parts) + "\"");
+      }
+    }
     edits.emplace_back(&written, std::move(wanted));
   }
   for (const auto& [written, wanted] : edits) {

@@ -37,7 +37,9 @@ PersonText readYaml(const std::string& yaml);
 
 // Gives the person, in memory until the save, what the second text says and the first does not.
 // True when that is anything. Throws a CommandError (kUsage), before it changes anything, for a
-// value that is none of its property.
-bool applyEdits(const PersonText& before, const PersonText& after, _ABPerson& person);
+// value that is none of its property. What another program has written meanwhile, and is replaced,
+// is added to the last list, for the user.
+bool applyEdits(const PersonText& before, const PersonText& after, _ABPerson& person,
+                std::vector<std::string>& overtaken);
 
 }  // namespace ox::program

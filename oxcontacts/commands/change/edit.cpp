@@ -1,5 +1,6 @@
 // edit: a person as a text in the user's editor.
 #include <iostream>
+#include <sstream>
 
 #include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/failures.hpp"
@@ -34,8 +35,14 @@ bool wantsAnotherTry(const std::string& why) {
   return std::getline(std::cin, answer) && answer != "n" && answer != "N" && answer != "no";
 }
 
+// But for comments, of which there are some from the beginning.
 bool holdsNothing(const std::string& text) {
-  return text.find_first_not_of(" \t\r\n") == std::string::npos;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    const auto first = line.find_first_not_of(" \t\r");
+    if (first != std::string::npos && line[first] != '#') return false;
+  }
+  return true;
 }
 
 enum class Edited : std::uint8_t { Nothing, Saved, Overtaken };
@@ -45,9 +52,14 @@ Edited takeText(const PersonText& before, const std::string& text, _ABPerson& pe
   // The act is no longer than the store's part of it: somebody may write for hours.
   const WholeAct act;
   const failures::Watch watch;
-  if (!applyEdits(before, after, person)) return Edited::Nothing;
+  std::vector<std::string> overtaken;
+  if (!applyEdits(before, after, person, overtaken)) return Edited::Nothing;
   if (!watch.isClear()) giveUp(watch);
-  return saveEdits() ? Edited::Saved : Edited::Overtaken;
+  const bool saved = saveEdits();
+  for (const auto& each : overtaken) {
+    Context::complain("another program had written " + each + " meanwhile, which yours replaces");
+  }
+  return saved ? Edited::Saved : Edited::Overtaken;
 }
 
 // Until the text can be read and the store has taken it, or nobody wants to try again.
