@@ -71,16 +71,17 @@ TEST(MergeCommand, LosesNothing) {
   EXPECT_EQ(merged.output,
             "GAINS                                VALUE\n"
             "Middle                               B.\n"
-            "Company                 in the note  Beta\n"
             "Job Title                            Boss\n"
             "Birthday                             1990-05-17\n"
             "Phone                                777888999\n"
             "Email                                b@example.org\n"
             "Other line of the card               X-BAZ:qux\n"
             "Note                                 second\n"
+            "Company                 in the note  Beta\n"
             "Picture\n"
             "Tag                                  other\n"
-            "Group                                Friends\n");
+            "Group                                Friends\n"
+            "Label of Phone          left behind  Home: +1 (555) 123-45.67\n");
   EXPECT_EQ(cardOfPerson(id),
             std::string("BEGIN:VCARD\nVERSION:3.0\nN:Lee;Ann;B.;;\nFN:Ann B. Lee\nORG:Acme\n"
                         "TITLE:Boss\nBDAY:1990-05-17\nTEL;TYPE=CELL:+1 555 1234567\n"
@@ -122,7 +123,10 @@ TEST(MergeCommand, TellsWhatStaysBehind) {
   fillStore();
   ASSERT_EQ(run({"move", "Ann Lee", "--to", "Work"}).exitCode, 0);
   const auto other = runJson({"merge", "Work/Ann Lee", "Ann B. Lee"});
-  EXPECT_EQ(other["leaves"], Json::array({{{"property", "Group"},
+  EXPECT_EQ(other["leaves"], Json::array({{{"property", "Label of Phone"},
+                                           {"how", "left behind"},
+                                           {"value", "Home: +1 (555) 123-45.67"}},
+                                          {{"property", "Group"},
                                            {"how", "left behind"},
                                            {"value", "Friends, of another book"}}}));
   EXPECT_EQ(other["person"]["addressBookID"], "W");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <utility>
 
 #include "ox/OxMacAddressBookSDK/admin/stored_names.hpp"
 #include "ox/base/text/case.hpp"
@@ -34,7 +35,10 @@ std::string readable(const Object& object) {
 
 bool isSameNumber(const std::string& one, const std::string& other) {
   const auto digits = decimalDigits(one);
-  return !digits.empty() && isOfDigits(one) && isOfDigits(other) && digits == decimalDigits(other);
+  // What is a country's prefix behind a plus is none without it.
+  const auto hasPlus = [](const std::string& text) { return text.find('+') != std::string::npos; };
+  return !digits.empty() && hasPlus(one) == hasPlus(other) && isOfDigits(one) &&
+         isOfDigits(other) && digits == decimalDigits(other);
 }
 
 // Whether two entries of the property say the same to a reader.
@@ -129,10 +133,13 @@ class Join {
     const auto ownCount = entries.entries.size();
     for (const auto& entry : others.entries) {
       const auto own = entries.entries.begin() + static_cast<std::ptrdiff_t>(ownCount);
-      const bool isKnown = std::any_of(entries.entries.begin(), own, [&](const MultiEntry& known) {
-        return saySame(property, known.value, entry.value);
+      const auto known = std::find_if(entries.entries.begin(), own, [&](const MultiEntry& each) {
+        return saySame(property, each.value, entry.value);
       });
-      if (isKnown) continue;
+      if (known != own) {
+        leaveLabel(property, *known, entry);
+        continue;
+      }
       const auto identifier = entries.add(entry.value, entry.label);
       if (ownCount == 0 && others.primary == entry.identifier) entries.primary = identifier;
       joined_.added.push_back({property, readable(entry.value), JoinedBy::Value});
@@ -140,6 +147,13 @@ class Join {
     if (entries.entries.size() > ownCount) {
       joined_.values.set(property, std::make_shared<const MultiValue>(std::move(entries)));
     }
+  }
+
+  void leaveLabel(PropertyId property, const MultiEntry& known, const MultiEntry& entry) {
+    if (!entry.label || entry.label->empty() || entry.label == known.label) return;
+    joined_.added.push_back({property,
+                             labelTitleOfStored(*entry.label) + ": " + readable(entry.value),
+                             JoinedBy::None});
   }
 
   static std::vector<std::string> linesIn(const PropertyBag& values) {
@@ -156,7 +170,8 @@ class Join {
   // What was said of values by their places is not true of the joined ones; whole lines are.
   static bool isAboutWholeCard(const std::string& line) {
     if (line.empty() || line.front() == ';') return false;
-    for (const std::string_view name : {"FN", "REV", "PRODID", "UID", "KIND", "N", "VERSION"}) {
+    for (const std::string_view name :
+         {"FN", "REV", "PRODID", "UID", "KIND", "N", "VERSION", "X-ABSHOWAS"}) {
       const bool isThis = line.starts_with(name) && line.size() > name.size() &&
                           (line[name.size()] == ':' || line[name.size()] == ';');
       if (isThis) return false;
@@ -191,27 +206,30 @@ class Join {
   }
 
   void intoNote(PropertyId property, const std::string& title, const std::string& text) {
-    noteLines_.push_back(title + ": " + text);
-    joined_.added.push_back({property, text, JoinedBy::Note});
+    noteLines_.push_back({title + ": " + text, {property, text, JoinedBy::Note}});
   }
 
   void joinNotes() {
     auto note = partOf(joined_.values, property_id::kNote);
-    const auto append = [&](const std::string& text) {
-      if (text.empty() || note.find(text) != std::string::npos) return false;
+    const auto append = [&](const std::string& text, JoinedValue added) {
+      if (text.empty() || holdsLines(note, text)) return;
       note += (note.empty() ? "" : "\n") + text;
-      return true;
+      joined_.added.push_back(std::move(added));
+      joined_.values.set(property_id::kNote, Object(note));
     };
     const auto& other = partOf(second_, property_id::kNote);
-    bool changed = append(other);
-    if (changed) joined_.added.push_back({property_id::kNote, other, JoinedBy::Value});
-    for (const auto& line : noteLines_) changed = append(line) || changed;
-    if (changed) joined_.values.set(property_id::kNote, Object(std::move(note)));
+    append(other, {property_id::kNote, other, JoinedBy::Value});
+    for (auto& [line, added] : noteLines_) append(line, std::move(added));
+  }
+
+  // As whole lines: part of another word says something else.
+  static bool holdsLines(const std::string& note, const std::string& lines) {
+    return ("\n" + note + "\n").find("\n" + lines + "\n") != std::string::npos;
   }
 
   const PropertyBag& second_;
   JoinedValues joined_;
-  std::vector<std::string> noteLines_;
+  std::vector<std::pair<std::string, JoinedValue>> noteLines_;
 };
 
 }  // namespace

@@ -13,6 +13,7 @@ namespace ox {
 enum class JoinedBy : std::uint8_t {
   Value,  // as the value of a property that had none, or as one more of several
   Note,   // as a line of the note, since a record has one such value at most and keeps its own
+  None,   // not at all: the label of an entry that the first record has under another one
 };
 
 struct JoinedValue {

@@ -4,6 +4,7 @@
 #include "ox/OxMacAddressBookSDK/admin/stored_names.hpp"
 #include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/OxMacAddressBookSDK/persons/merge_persons.hpp"
+#include "ox/OxMacAddressBookSDK/registry/person_book.hpp"
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
@@ -31,6 +32,7 @@ std::string titleOf(PropertyId property) {
 std::vector<std::vector<std::string>> gains(const PersonMerge& merge) {
   std::vector<std::vector<std::string>> rows;
   for (const auto& added : merge.values.added) {
+    if (added.by == JoinedBy::None) continue;
     rows.push_back(
         {titleOf(added.property), added.by == JoinedBy::Note ? "in the note" : "", added.text});
   }
@@ -45,6 +47,11 @@ std::vector<std::vector<std::string>> gains(const PersonMerge& merge) {
 // What only the other record holds, which is in the trash then.
 std::vector<std::vector<std::string>> losses(const PersonMerge& merge) {
   std::vector<std::vector<std::string>> rows;
+  for (const auto& left : merge.values.added) {
+    if (left.by == JoinedBy::None) {
+      rows.push_back({"Label of " + titleOf(left.property), "left behind", left.text});
+    }
+  }
   if (merge.leavesPicture) rows.push_back({"Picture", "left behind", "each has one"});
   for (const auto& group : merge.groupsLeft) {
     rows.push_back(
@@ -131,12 +138,14 @@ void movePersons(const Context& context, const std::vector<std::string>& names,
     }
     if (!moved.empty() && !saveEdits()) return;
   }
+  for (const auto& line : left) context.tell(line);
+  // A book that held nobody is known from now on, and with it her tags.
+  for (const auto& person : moved) makeBookOf(*person);
   if (context.json) {
     JsonList list;
     for (const auto& person : moved) list.add(personJson(*person));
     return list.close();
   }
-  for (const auto& line : left) context.tell(line);
   for (const auto& person : moved) {
     context.tell("moved " + nameAndId(*person) + " to " + book->name().value_or(""));
   }

@@ -76,11 +76,33 @@ TEST(JoinedValues, KeepWhatARecordHoldsOnceAndNoteTheOther) {
   EXPECT_TRUE(again.added.empty());
 }
 
+TEST(JoinedValues, TakePartOfALineForNoLine) {
+  const auto joined =
+      joinedValues(bag({{id::kOrganization, Object("Acme")},
+                        {id::kNote, Object("Company: Old School Ltd, of Bob's")}}),
+                   bag({{id::kOrganization, Object("Old")}, {id::kNote, Object("Bob")}}));
+  EXPECT_EQ(textIn(joined.values, id::kNote),
+            "Company: Old School Ltd, of Bob's\nBob\nCompany: Old");
+  ASSERT_EQ(joined.added.size(), 2U);
+  const auto again = joinedValues(joined.values, bag({{id::kOrganization, Object("Old")}}));
+  EXPECT_TRUE(again.added.empty());
+}
+
+TEST(JoinedValues, TellTheLabelThatIsLeft) {
+  const auto joined =
+      joinedValues(bag({{id::kPhone, entries({{"_$!<Home>!$_", "+1 555"}})}}),
+                   bag({{id::kPhone, entries({{"_$!<Work>!$_", "+1555"}, {"Boat", "1 555"}})}}));
+  ASSERT_EQ(joined.added.size(), 2U);
+  EXPECT_EQ(joined.added[0].by, JoinedBy::None);
+  EXPECT_EQ(joined.added[0].text, "Work: +1555");
+  EXPECT_EQ(entriesIn(joined.values, id::kPhone), "_$!<Home>!$_ +1 555, Boat 1 555");
+}
+
 TEST(JoinedValues, HoldEveryEntryOnce) {
   const auto joined = joinedValues(
       bag({{id::kPhone, entries({{"Home", "+1 555-1"}}, 1)},
            {id::kEmail, entries({{"Work", "a@b.example"}})}}),
-      bag({{id::kPhone, entries({{"Work", "(1) 555 1"}, {"Work", "15552"}, {"Work", "15552"}}, 2)},
+      bag({{id::kPhone, entries({{"Home", "+(1) 555 1"}, {"Work", "15552"}, {"Work", "15552"}}, 2)},
            {id::kEmail, entries({{"Home", "A@B.example"}})},
            {id::kURLs, entries({{"Home", "https://x.example"}}, 1)}}));
   EXPECT_EQ(entriesIn(joined.values, id::kPhone), "Home +1 555-1*, Work 15552, Work 15552");
