@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "ox/platform/store/contact_source.hpp"
@@ -32,24 +33,33 @@ SaveRequest requestFor(const std::string& container, const CategoryMembers& memb
       group.container = container;
       group.properties.set(property_id::kGroupName, Object(name));
     }
-    for (const auto& person : persons) request.links.push_back({key, person});
+    std::unordered_set<RecordKey> held;
+    if (found != known.end()) {
+      const auto children = containerSource().committedChildren(key, RecordKind::Person);
+      held.insert(children->begin(), children->end());
+    }
+    for (const auto& person : persons) {
+      if (held.insert(person).second) request.links.push_back({key, person});
+    }
   }
   return request;
 }
 
 }  // namespace
 
-void addCategoryGroups(const std::string& container, const CategoryMembers& members) {
-  if (members.empty()) return;
+std::size_t addCategoryGroups(const std::string& container, const CategoryMembers& members) {
+  if (members.empty()) return 0;
   constexpr int kTries = 5;
   for (int tries = 1;; ++tries) {
     const auto moment = containerSource().moment();
     auto request = requestFor(container, members);
+    // An act that changes nothing would be one to take back.
+    if (request.additions.empty() && request.links.empty()) return 0;
     request.moment = moment;
     // What others keep removing meanwhile is left out at last.
     using enum SaveRequest::WhenOutdated;
     request.whenOutdated = tries < kTries ? Refuse : LeaveOut;
-    if (containerSource().execute(request)) return;
+    if (containerSource().execute(request)) return request.additions.size();
     if (!request.outdated) throw std::runtime_error(request.reason);
   }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 
@@ -11,7 +12,7 @@ using CategoryMembers = std::map<std::string, RecordKeys>;
 
 // Makes a group of the container of each category, or takes the first one of that name that is
 // there, and makes the persons its members, in one request. Adds nothing that is there already.
-// Throws what the store throws.
-void addCategoryGroups(const std::string& container, const CategoryMembers& members);
+// The result is how many groups are new. Throws what the store throws.
+std::size_t addCategoryGroups(const std::string& container, const CategoryMembers& members);
 
 }  // namespace ox::vcard

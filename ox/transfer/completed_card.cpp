@@ -1,14 +1,17 @@
 #include "ox/transfer/completed_card.hpp"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "ox/records/entry_identity.hpp"
+#include "ox/records/property_keys.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/decode.hpp"
 #include "ox/vcard/lines/structured_value.hpp"
+#include "ox/vcard/properties/card_address.hpp"
 #include "ox/vcard/unmodelled/collected_unmodelled.hpp"
 
 namespace ox::vcard {
@@ -16,11 +19,41 @@ namespace {
 
 // Entries that are there already keep their identifiers, and with them what is known of them beside
 // their values.
+// An address that the file tells with the fields of a stored one is that one, with what only its
+// card knew of it.
+MultiValue withStoredAddresses(const MultiValue& stored, MultiValue told) {
+  const auto isWithin = [](const Dictionary& fields, const Dictionary& whole) {
+    return std::ranges::all_of(fields.entries(), [&](const auto& entry) {
+      return whole.get(entry.first) == entry.second;
+    });
+  };
+  const auto countOfFields = [](const Dictionary& address) {
+    return std::ranges::count_if(address.entries(), [](const auto& entry) {
+      return entry.first != kAddressLabelKey && entry.first != kABAddressCountryCodeKey;
+    });
+  };
+  for (auto& entry : told.entries) {
+    const auto* fields = entry.value.dictionary();
+    if (fields == nullptr) continue;
+    for (const auto& known : stored.entries) {
+      const auto* whole = known.value.dictionary();
+      const bool isThis = whole != nullptr && known.label == entry.label &&
+                          isWithin(*fields, *whole) &&
+                          countOfFields(*fields) == countOfFields(*whole);
+      if (!isThis) continue;
+      entry.value = known.value;
+      break;
+    }
+  }
+  return told;
+}
+
 PropertyValue withStoredIdentifiers(const PropertyValue& stored, const PropertyValue& told) {
   const auto* before = std::get_if<MultiValuePtr>(&stored);
   const auto* now = std::get_if<MultiValuePtr>(&told);
   if (before == nullptr || now == nullptr || !*before || !*now) return told;
-  return MultiValuePtr(std::make_shared<MultiValue>(withIdentifiersOf(**before, **now)));
+  return MultiValuePtr(std::make_shared<MultiValue>(
+      withIdentifiersOf(**before, withStoredAddresses(**before, **now))));
 }
 
 CollectedUnmodelled unmodelledOf(const PropertyBag& properties) {

@@ -104,7 +104,7 @@ class Import {
     } else if (groups_) {
       groups_->commit();
       if (options_.categories == CategoriesAs::Groups) {
-        addCategoryGroups(container_, persons_->categoryMembers());
+        report_.categoryGroups = addCategoryGroups(container_, persons_->categoryMembers());
       }
     }
   }

@@ -71,6 +71,7 @@ struct OX_EXPORT ImportReport {
   std::uint64_t refused = 0;   // could not be read
   std::uint64_t groups = 0;    // group cards, whether the group was there or not
   std::uint64_t repaired = 0;  // of all these, how many had to be mended
+  std::uint64_t categoryGroups = 0;  // no cards: new groups that CategoriesAs::Groups has made
 
   static constexpr std::size_t kProblemsKept = 100'000;
   std::vector<std::string> files;         // that were to be imported

@@ -260,10 +260,10 @@ void PersonImport::replaceAddition(std::size_t addition, Waiting&& waiting) {
   noteAdded(hashOf(card.fingerprint));
   batchByContent_.emplace(card.fingerprint, addition);
   const auto key = batch_.additions[addition].key;
+  // A card that says no category changes none.
   if (options_.categories == CategoriesAs::Tags) {
-    tagEdits_.erase(key);
     noteTags(key, card, {});
-  } else {
+  } else if (!card.categories.empty()) {
     newMembers_[key] = card.categories;
   }
   setContent(batch_.additions[addition], std::move(card));

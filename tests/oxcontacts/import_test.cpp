@@ -65,7 +65,7 @@ TEST(ImportCommand, ChangesWhatHasTheSameUidOnlyWithUpdate) {
   const auto other = card({"UID:a1", "N:Lee;Anna;;;", "FN:Anna Lee"});
   const auto file = temporaryFile("other.vcf", other).string();
   EXPECT_EQ(runJson({"import", file}), Json::parse(R"({"cards":1,"added":0,"updated":0,"skipped":1,
-      "repaired":0,"refused":0,"groups":0,"strayLines":0,"problems":[{"file":")" +
+      "repaired":0,"refused":0,"groups":0,"categoryGroups":0,"strayLines":0,"problems":[{"file":")" +
                                                    file + R"(","line":1,
       "reason":"differs from the person with the same UID; not updated"}],
       "skippedCards":[{"file":")" + file + R"(","line":1,
@@ -383,6 +383,32 @@ TEST(ImportCommand, EndsAtTheFirstInterruptionWhileItWaits) {
   EXPECT_EQ(result.exitCode, 130) << result.errors;
   EXPECT_EQ(countsOf(Json::parse(result.output)), "cards 2, added 2");
   EXPECT_EQ(runJson({"persons"}).size(), 2U);
+}
+
+TEST(ImportCommand, MakesGroupsOfCategoriesOnceAndCountsThem) {
+  const auto file =
+      temporaryFile("cards.vcf", card({"UID:1", "N:;Ann;;;", "FN:Ann", "CATEGORIES:golf,chess"}) +
+                                     card({"UID:2", "N:;Bo;;;", "FN:Bo", "CATEGORIES:golf"}));
+  const auto first = run({"import", "--categories", "groups", file});
+  EXPECT_EQ(first.exitCode, 0);
+  EXPECT_EQ(first.errors, "oxcontacts: made 2 groups of categories\n");
+  const auto acts = runJson({"log"}).size();
+  const auto again = runJson({"import", "--categories", "groups", file});
+  EXPECT_EQ(again["categoryGroups"], 0);
+  EXPECT_EQ(again["skipped"], 2);
+  EXPECT_EQ(runJson({"log"}).size(), acts);
+}
+
+TEST(ImportCommand, KeepsTheTagsThatALaterCardOfTheFileDoesNotName) {
+  const auto ann = [](const std::vector<std::string>& lines) {
+    std::vector<std::string> all = {"UID:1", "N:;Ann;;;", "FN:Ann"};
+    all.insert(all.end(), lines.begin(), lines.end());
+    return card(all);
+  };
+  const auto file = temporaryFile(
+      "cards.vcf", ann({"CATEGORIES:one,two"}) + ann({"CATEGORIES:two,three"}) + ann({"NOTE:x"}));
+  ASSERT_EQ(run({"import", "--update", file}).exitCode, 0);
+  EXPECT_EQ(runJson({"show", "Ann"})["tags"], Json::array({"two", "three"}));
 }
 
 }  // namespace

@@ -48,11 +48,17 @@ Json reportJson(const vcard::ImportReport& report) {
     problems.push_back(
         {{"file", problem.file}, {"line", problem.line}, {"reason", problem.reason}});
   }
-  return {{"cards", report.cards},           {"added", report.added},
-          {"updated", report.updated},       {"skipped", report.skipped},
-          {"repaired", report.repaired},     {"refused", report.refused},
-          {"groups", report.groups},         {"strayLines", report.strayLines},
-          {"problems", std::move(problems)}, {"skippedCards", skippedJson(report)}};
+  return {{"cards", report.cards},
+          {"added", report.added},
+          {"updated", report.updated},
+          {"skipped", report.skipped},
+          {"repaired", report.repaired},
+          {"refused", report.refused},
+          {"groups", report.groups},
+          {"categoryGroups", report.categoryGroups},
+          {"strayLines", report.strayLines},
+          {"problems", std::move(problems)},
+          {"skippedCards", skippedJson(report)}};
 }
 
 bool isSameFile(const std::string& one, const std::string& other) {
@@ -139,12 +145,16 @@ void endWith(const vcard::ImportReport& report, bool reportWritten) {
 // Groups come into any account, so that an export holds them; not every account's book shows them.
 void tellOfHiddenGroups(const Context& context, const CNContainerPtr& account,
                         const vcard::ImportReport& report) {
-  if (report.groups == 0) return;
+  if (report.categoryGroups > 0) {
+    context.tell("made " + counted(report.categoryGroups, "group") + " of categories");
+  }
+  const auto groups = report.groups + report.categoryGroups;
+  if (groups == 0) return;
   const auto book = OxMacAddressBook::initWithContainer(account);
   if (book->canCreateGroup()) return;
-  context.tell(account->name().value_or("") +
-               " shows no groups: " + counted(report.groups, "group card") + " stay" +
-               (report.groups == 1 ? "s" : "") + " out of sight");
+  context.tell(account->name().value_or("") + " shows no groups: " +
+               counted(groups, report.categoryGroups == 0 ? "group card" : "group") + " stay" +
+               (groups == 1 ? "s" : "") + " out of sight");
 }
 
 // What would be read, a card a line; the store is asked nothing.
