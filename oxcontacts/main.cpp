@@ -208,9 +208,11 @@ int mainOf(int argc, char** argv) {
     if (name == "check" || name == "recover" || name == "help") return;
     if (name == "completion") return;
     // Copies are wanted most when the store itself is gone.
-    if (name == "copies" && isMissing(contactStore().file())) return;
+    const bool restores = !command.get_subcommands().empty();
+    if (name == "copies" && !restores && isMissing(contactStore().file())) return;
     // Nor does the store matter to who wants to see what an import would read.
     if (name == "import" && command.count("--dry-run") > 0) return;
+    if (name == "import" && command.count("--columns") > 0) return;
     requireStore(command);
     accounts();
   });

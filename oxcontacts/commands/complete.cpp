@@ -177,10 +177,11 @@ Words namesOf(const std::string& kind, const std::string& beginning) {
 
 // What may stand for a word of that kind: "BOOK", "WHEN:{auto,always,never}".
 Words answersFor(const CLI::Option& option, const std::string& beginning) {
-  const auto type = option.get_positional() ? option.get_name(true) : option.get_type_name();
-  if (const auto brace = type.find('{'); brace != std::string::npos) {
+  const auto choices = option.get_type_name();
+  const auto type = option.get_positional() ? option.get_name(true) : choices;
+  if (const auto brace = choices.find('{'); brace != std::string::npos) {
     Words words;
-    std::istringstream list(type.substr(brace + 1, type.find('}') - brace - 1));
+    std::istringstream list(choices.substr(brace + 1, choices.find('}') - brace - 1));
     for (std::string word; std::getline(list, word, ',');) words.push_back(word);
     return words;
   }

@@ -41,6 +41,22 @@ TEST(CopiesCommand, ListsOneThatCannotBeReadWithoutItsCounts) {
   EXPECT_EQ(copies[0]["bytes"], 8);
 }
 
+TEST(CopiesCommand, AreThereWhenTheStoreIsGone) {
+  run({"accounts", "add", "Work", "--identifier", "W:ABAccount"});
+  run({"add-person", "W", "name=Ann"});
+  ASSERT_EQ(run({"accounts", "remove", "W", "--force"}).exitCode, 0);
+  for (const auto* ending : {"", "-wal", "-shm", "-synced", ".tags", ".find"}) {
+    std::filesystem::remove(support::temporaryPath(std::string("contacts.db") + ending));
+  }
+  const auto copies = runJson({"copies"});
+  ASSERT_EQ(copies.size(), 1U) << copies;
+  EXPECT_FALSE(std::filesystem::exists(support::temporaryPath("contacts.db")));
+  const std::string name = copies[0]["name"];
+  const auto restored = run({"copies", "restore", name});
+  EXPECT_EQ(restored.exitCode, 0) << restored.errors;
+  EXPECT_EQ(runJson({"persons"})[0]["displayName"], "Ann");
+}
+
 // What is damaged now is what the copy is wanted for.
 TEST(CopiesCommand, RestoresWhatIsDamagedNow) {
   const std::string id = runJson({"add-person", "_local", "name=Ann", "phone=+1"})["ID"];

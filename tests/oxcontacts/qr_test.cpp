@@ -58,5 +58,15 @@ TEST(QrCommand, LeavesOutWhatDoesNotFit) {
   EXPECT_TRUE(tooLong.errors.ends_with("oxcontacts: the card is too long for a QR code\n"));
 }
 
+// A number with a label of the user's own stands in a group.
+TEST(QrCommand, KeepsNumbersOfAnyLabelInTheShortCard) {
+  const auto shortCode = [](const std::string& number) {
+    run({"add-person", "_local", "name=Ann" + number, "phone:Boat=" + number,
+         "note=" + std::string(3000, 'x')});
+    return run({"qr", "Ann" + number}).output;
+  };
+  EXPECT_GT(shortCode("1234567890123456789012345678901234567890").size(), shortCode("1").size());
+}
+
 }  // namespace
 }  // namespace ox::program_tests

@@ -53,11 +53,15 @@ std::string shortCard(const std::string& card) {
   for (std::string line; std::getline(lines, line);) {
     if (!line.starts_with(' ')) {
       keeps = false;
-      for (const char* name :
-           {"BEGIN", "VERSION", "N", "FN", "ORG", "TITLE", "TEL", "EMAIL", "URL", "END"}) {
+      // Behind the group that ties a label to it.
+      const auto dot = line.find_first_of(".:;");
+      const bool isGrouped = dot != std::string::npos && line[dot] == '.';
+      const auto bare = isGrouped ? line.substr(dot + 1) : line;
+      for (const char* name : {"BEGIN", "VERSION", "N", "FN", "ORG", "TITLE", "TEL", "EMAIL", "URL",
+                               "X-ABLabel", "END"}) {
         const auto end = std::strlen(name);
-        keeps = keeps || (line.starts_with(name) && line.size() > end &&
-                          (line[end] == ':' || line[end] == ';'));
+        keeps = keeps || (bare.starts_with(name) && bare.size() > end &&
+                          (bare[end] == ':' || bare[end] == ';'));
       }
     }
     if (keeps) result += line + "\n";
