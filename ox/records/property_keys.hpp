@@ -66,6 +66,8 @@ inline constexpr std::string_view kABAddressStateKey = "State";
 inline constexpr std::string_view kABAddressZIPKey = "ZIP";
 inline constexpr std::string_view kABAddressCountryKey = "Country";
 inline constexpr std::string_view kABAddressCountryCodeKey = "CountryCode";
+// The address as its card has it written on an envelope; no field of the model.
+inline constexpr std::string_view kAddressLabelKey = "Label";
 
 // Entries of an instant-message dictionary.
 inline constexpr std::string_view kABInstantMessageUsernameKey = "InstantMessageUsername";

@@ -79,6 +79,20 @@ TEST(EditCommand, KeepsWhatAnAddressHoldsBesideItsFields) {
   EXPECT_FALSE(holds(cardOfAnn(), "ADR")) << cardOfAnn();
 }
 
+TEST(EditCommand, TakesTheTextOfAnEnvelopeFromAnAddressThatIsAnother) {
+  const auto file =
+      temporaryFile("label.vcf", card({"N:Lee;Ann;;;", "FN:Ann Lee", "ADR;TYPE=HOME:;;S 1;Oslo;;1;",
+                                       "LABEL;TYPE=HOME:To Ann\\nS 1"}));
+  ASSERT_EQ(run({"import", file}).exitCode, 0);
+  ASSERT_EQ(edit("s/^nickname:/nickname: Annie/").exitCode, 0);
+  EXPECT_TRUE(holds(cardOfAnn(), "LABEL;TYPE=HOME:To Ann\\nS 1\n")) << cardOfAnn();
+  ASSERT_EQ(edit("s/city: .*/city: Bergen/").exitCode, 0);
+  EXPECT_FALSE(holds(cardOfAnn(), "LABEL")) << cardOfAnn();
+  ASSERT_EQ(run({"undo"}).exitCode, 0);
+  ASSERT_EQ(run({"set", "Ann Lee", "address.zip=2"}).exitCode, 0);
+  EXPECT_FALSE(holds(cardOfAnn(), "LABEL")) << cardOfAnn();
+}
+
 TEST(EditCommand, ChangesNothingWithoutAnEdit) {
   fillStore();
   const auto before = cardOfAnn();

@@ -25,7 +25,10 @@ bool hasLabel(const MultiEntry& entry, std::string_view label) {
 Dictionary withField(const Object& address, std::string_view key, const Text& text) {
   Dictionary changed;
   if (const auto* held = address.dictionary()) {
+    const bool isSame = held->get(key).toText() == text;
     for (const auto& [name, value] : held->entries()) {
+      // What is written on an envelope is not true of another place.
+      if (name == kAddressLabelKey && !isSame) continue;
       if (name != key || text) changed.set(name, value);
     }
   }
@@ -53,8 +56,10 @@ Dictionary withFieldsOf(const Object& address, const Object& written) {
   if (held != nullptr) {
     const bool sameCountry = held->get(kABAddressCountryKey) == fields->get(kABAddressCountryKey);
     for (const auto& [key, value] : held->entries()) {
-      const bool isCode = key == kABAddressCountryCodeKey;
-      if (!isField(key) && (sameCountry || !isCode)) changed.set(key, value);
+      // Nor is what is written on an envelope.
+      const bool isUntrue =
+          key == kAddressLabelKey || (key == kABAddressCountryCodeKey && !sameCountry);
+      if (!isField(key) && !isUntrue) changed.set(key, value);
     }
   }
   for (const auto& [key, value] : fields->entries()) {
