@@ -230,8 +230,7 @@ void printAnswers(const CLI::App& program, const Words& words) {
   const auto beginning = foldedForSearch(words.back());
   auto answers = answersFor(program, words);
   std::ranges::sort(answers);
-  const auto repeated = std::ranges::unique(answers);
-  answers.erase(repeated.begin(), repeated.end());
+  answers.erase(std::unique(answers.begin(), answers.end()), answers.end());
   for (const auto& answer : answers) {
     const bool fits = answer == kFiles || foldedForSearch(answer).starts_with(beginning);
     if (fits) std::cout << terminalText(answer) << '\n';

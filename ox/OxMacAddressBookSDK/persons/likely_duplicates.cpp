@@ -157,7 +157,10 @@ class Search {
   struct NearKey {
     std::uint64_t hash;
     std::size_t place;
-    auto operator<=>(const NearKey&) const = default;
+    bool operator==(const NearKey&) const = default;
+    bool operator<(const NearKey& other) const {
+      return hash != other.hash ? hash < other.hash : place < other.place;
+    }
   };
 
   void addNearKeys(std::size_t place, std::vector<NearKey>& keys) const {
@@ -227,9 +230,8 @@ class Search {
     for (std::size_t i = 0; i < persons_.size(); ++i) {
       if (!words_[i].empty()) addNearKeys(i, keys);
     }
-    std::ranges::sort(keys);
-    const auto repeated = std::ranges::unique(keys);
-    keys.erase(repeated.begin(), repeated.end());
+    std::sort(keys.begin(), keys.end());
+    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
     for (std::size_t from = 0; from < keys.size();) {
       auto end = from + 1;
       while (end < keys.size() && keys[end].hash == keys[from].hash) ++end;
