@@ -292,7 +292,10 @@ bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& dra
 
 bool readAddressLabel(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
   if (line.encoding == Encoding::Base64) return false;
-  if (!isPlainText(unescaped(line.value))) return false;
+  const auto text = unescaped(line.value);
+  const CardText shown(text);
+  // What a writer would have to clean is no text of an address: the line is kept as it is.
+  if (shown.isChanged() || !isPlainText(text)) return false;
   if (draft.addressLabels.size() == kMostLabelled) return false;
   const auto before = draft.values.multi(property_id::kAddress).entries.size();
   WaitingLine waiting{{}, line.number, before};
