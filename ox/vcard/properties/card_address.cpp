@@ -277,8 +277,9 @@ bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& dra
   for (const auto component : {kCity, kState, kZip, kCountry, kBox, kExtended}) put(component);
   auto label = labelOf(line);
   if (address.empty()) {
+    if (!split.rest.empty()) return false;  // the whole line is kept, its label with it
     if (!label.empty()) addLabelAlone(label, line, draft);
-    return split.rest.empty();
+    return true;
   }
   if (!label.empty()) address.set(kAddressLabelKey, std::move(label));
   draft.addEntry(row.property, std::move(address), line, {.ownKinds = bitOf(ParameterKind::Label)});
