@@ -61,6 +61,16 @@ TEST(CardLines, ValuesRunOverLinesThatNameNoProperty) {
   });
 }
 
+// Its head may be as long as a formatted address is.
+TEST(CardLines, LinesWithALongFoldedHeadStartWhereTheyStart) {
+  std::string address = "ADR;LABEL=\"";
+  for (int i = 0; i < 60; ++i) address += std::string(70, 'a') + "\n ";
+  address += "\":;;b;;;;\n";
+  const std::string label(4200, 'a');
+  expectRows(
+      {{"4.0", "NOTE:x\n" + address, "Note=x\nAddress[-]={Street=b,Label=" + label + "}\n"}});
+}
+
 TEST(CardLines, BlanksAroundComponentsGo) {
   expectRows({
       {"3.0", "N: Lee ; Ann;\tB ;;\n", "First=Ann\nMiddle=B\nLast=Lee\n"},

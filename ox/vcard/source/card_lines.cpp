@@ -299,10 +299,13 @@ bool CardLines::startsLine(std::size_t index) const {
   ContentLine other;
   const auto line = card_->lineAt(index);
   if (parseHead(line, other) != npos) return true;
-  constexpr std::size_t kLongestHead = 2000;
-  std::string head(line.substr(0, kLongestHead));
-  for (; card_->isContinued(index) && head.size() < kLongestHead; ++index) {
-    head.append(card_->lineAt(index + 1).substr(1));
+  std::string head(line);
+  while (card_->isContinued(index)) {
+    // Twice as much each time: however long the line is, it is looked at a few times only.
+    const auto enough = 2 * head.size();
+    while (card_->isContinued(index) && head.size() < enough) {
+      head.append(card_->lineAt(++index).substr(1));
+    }
     if (parseHead(head, other) != npos) return true;
   }
   return false;
