@@ -69,6 +69,13 @@ TEST(Ldif, WritesWhatIsNoPlainTextAsBase64) {
                 "cn:: Ong=\nsn:: Ong=\ngivenName:: Ong=\nmozillaNickname:: PHk=\ntitle:: eiA=\n");
 }
 
+// A blank parts the URI from its label.
+TEST(Ldif, WritesBlanksOfAnAddressOfTheWebAsEscapes) {
+  EXPECT_EQ(
+      entryOf({"FN;DERIVED=TRUE:?", "item1.URL:http://x/a b", "item1.X-ABLabel:Boat", "UID:u"}),
+      "\ndn: uid=u\n" + kClasses + "cn: ?\nsn: ?\nlabeledURI: http://x/a%20b Boat\n");
+}
+
 TEST(Ldif, FoldsLongLines) {
   const std::string note(200, 'n');
   const auto entry = entryOf({"FN;DERIVED=TRUE:x", "UID:u", "NOTE:" + note});
@@ -171,7 +178,7 @@ TEST(Ldif, IsReadBackAsItWas) {
 
 TEST(DistinguishedName, StandsForItsUid) {
   for (const std::string uid :
-       {"u", "a,b", "a b", "#x", "a=b+c", "q\"<>;\\", "http://x.org/u", "ü"}) {
+       {"u", "a,b", "a b", "urn:uuid:", "#x", "a=b+c", "q\"<>;\\", "http://x.org/u", "ü"}) {
     EXPECT_EQ(formats::uidOfName(formats::nameOfUid(uid)), uid);
     EXPECT_TRUE(formats::isNameOfUid(formats::nameOfUid(uid)));
   }

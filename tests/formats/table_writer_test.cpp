@@ -70,6 +70,7 @@ TEST(TableWriter, IsReadBackAsItWas) {
       cardOf({"FN:ACME", "ORG:ACME"}),
       cardOf({"FN;DERIVED=TRUE:a@x.org", "EMAIL:a@x.org"}),
       cardOf({"N:王;小明;;;", "FN:王小明", "NOTE: blanks around "}),
+      cardOf({"FN:Ann \tLee", "NOTE: ", "CATEGORIES:Friends\t, ", "ADR:;; \t;;;;", "TEL:1"}),
   };
   const auto table = tableOf(cards);
   vcard::MemorySource source(table);

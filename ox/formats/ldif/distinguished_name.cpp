@@ -56,7 +56,8 @@ std::string commonName(std::string_view name) {
 
 std::string nameOfUid(std::string_view uid) {
   std::string name(kUid);
-  for (const auto c : uidKey(uid)) {
+  const auto key = uidKey(uid);
+  for (const auto c : key.empty() ? uid : key) {
     const bool isOuterBlank = c == ' ' || c == '#';
     if (kSpecial.find(c) != std::string_view::npos || isOuterBlank) name += '\\';
     name += c;

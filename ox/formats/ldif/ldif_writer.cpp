@@ -106,10 +106,18 @@ std::string_view attributeOf(const FieldEntry& entry, std::size_t number) {
   return first;
 }
 
-// The URI, a blank and its label (RFC 2079).
+// The URI, a blank and its label (RFC 2079): a blank of the URI's own stands as %20.
 std::string labeledUri(const FieldEntry& entry) {
+  std::string text;
+  for (const char c : entry[Part::Value]) {
+    if (c == ' ') {
+      text += "%20";
+    } else {
+      text += c;
+    }
+  }
   const auto word = wordOfLabel(entry.label);
-  return word.empty() ? entry[Part::Value] : entry[Part::Value] + " " + word;
+  return word.empty() ? text : text.append(" ").append(word);
 }
 
 void addEntries(const PersonFields& person, Entry& out) {

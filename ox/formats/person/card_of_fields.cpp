@@ -92,7 +92,8 @@ class Filling {
 
  private:
   void set(PropertyId property, std::string text) {
-    if (!text.empty()) card_.properties.set(property, Object(std::move(text)));
+    if (vcard::trimmed(text).empty()) return;
+    card_.properties.set(property, Object(std::move(text)));
   }
 
   std::optional<Date> dateOf(const std::string& text, std::string_view name) {

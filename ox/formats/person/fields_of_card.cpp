@@ -54,7 +54,7 @@ void addEntries(const StoredKind& row, const PropertyBag& bag, PersonFields& fie
   for (const auto& held : (*multi)->entries) {
     auto entry = entryOf(row, held);
     entry.isMain = held.identifier == (*multi)->primary;
-    if (!entry.isEmpty()) fields.entries.push_back(std::move(entry));
+    fields.entries.push_back(std::move(entry));
   }
 }
 
@@ -66,6 +66,19 @@ void addSingles(const PropertyBag& bag, PersonFields& fields) {
   const auto* object = birthday != nullptr ? std::get_if<Object>(birthday) : nullptr;
   const auto* date = object != nullptr ? object->as<Date>() : nullptr;
   if (date != nullptr) fields[Single::Birthday] = date->toText();
+}
+
+void clearBlank(std::string& text) {
+  if (vcard::trimmed(text).empty()) text.clear();
+}
+
+// What is only blanks says nothing in a table or a directory, nor do the blanks around a tag.
+void dropBlanks(PersonFields& fields) {
+  std::ranges::for_each(fields.singles, clearBlank);
+  for (auto& entry : fields.entries) std::ranges::for_each(entry.parts, clearBlank);
+  std::erase_if(fields.entries, [](const FieldEntry& entry) { return entry.isEmpty(); });
+  for (auto& tag : fields.tags) tag = std::string(vcard::trimmed(tag));
+  std::erase(fields.tags, std::string());
 }
 
 // A formatted name that was made of other values is none.
@@ -88,9 +101,10 @@ PersonFields fieldsOf(const WrittenCard& card) {
   for (const auto& line : card.lines()) {
     if (!isWord(line.name, "CATEGORIES")) continue;
     for (const auto tag : vcard::partsOf(line.value, ',')) {
-      if (!tag.empty()) fields.tags.push_back(textOf(tag));
+      fields.tags.push_back(textOf(tag));
     }
   }
+  dropBlanks(fields);
   return fields;
 }
 

@@ -34,7 +34,7 @@ void composeFullName(const NameParts& parts, std::string& out) {
 
 NameParts partsOfFullName(std::string_view full) {
   full = trimmed(full);
-  const auto blank = full.rfind(' ');
+  const auto blank = full.find_last_of(" \t");
   if (blank == std::string_view::npos) return {.first = full};
   const auto front = trimmed(full.substr(0, blank));
   const auto back = full.substr(blank + 1);
