@@ -214,5 +214,83 @@ TEST(CardsWrittenTwice, LabelsOfAPictureAreNotItsKind) {
         kNobody40 + "PHOTO:data:application/octet-stream;base64,AQID\n" + detail}});
 }
 
+// What is stored counts for as long as the lines say what we wrote: the details that shaped them
+// and the other parts of the name belong to that.
+TEST(CardsWrittenTwice, StoredValuesAreThoseOfTheLinesBesideThem) {
+  for (const std::string lines :
+       {"LABEL:Main St\\n1  \n", "LABEL:Boat\\nWay\t\nADR;TYPE=HOME:;;\x01\\nb;;;;\n",
+        "ADR:a\x01;;b;;;;\nLABEL:c\n", "N:Lee,;Al:\x01;a;;\nFN:other\n", "ADR:a\\n\x01;a;;;;;\n",
+        "N:Ray;Al;;,B\n;\nFN:other\n"}) {
+    for (const auto version : {CardVersion::V30, CardVersion::V40}) {
+      const auto text = written(cardOf("3.0", lines), version);
+      const auto* spoken = version == CardVersion::V30 ? "3.0" : "4.0";
+      EXPECT_EQ(written(cardOf(spoken, text), version), text) << lines;
+    }
+  }
+}
+
+TEST(CardsWrittenTwice, AListInANameMayStartWithNothing) {
+  const auto text = written(cardOf("3.0", "N:Ray;Al;;,Dr.;\nFN:The Doctor\n"), CardVersion::V30);
+  EXPECT_EQ(text.substr(0, text.find("X-OX-")), "N:Ray;Al;;,Dr.;\nFN:The Doctor\n");
+  EXPECT_EQ(written(cardOf("3.0", text), CardVersion::V30), text);
+}
+
+// vCard 2.1 parts no lists by commas.
+TEST(CardsWrittenTwice, CommasOf21AreTextInANameOfSevenComponents) {
+  const std::string lines = "N:Ray;Al;;;\\,Jr\\,;Sol;x\nFN:Al Ray \\,Jr\\,\n";
+  expectTheSameTwice({{"2.1", "N:Ray;Al;;;,Jr,;Sol;x\n",
+                       "N:Ray;Al;;;\\,Jr\\,\nFN:Al Ray \\,Jr\\,\n"
+                       "X-OX-LINE:%3B3%230%3ARay%3BAl%3B%3B%3B%5C%2CJr%5C%2C%3BSol%3Bx\n",
+                       lines}});
+}
+
+TEST(CardsWrittenTwice, BlanksAfterTheLastComponentAreNone) {
+  expectTheSameTwice({{"4.0", "ADR:;;a,b;;;;;;\t\n", kNobody30 + "ADR:;;a,b;;;;\n",
+                       kNobody40 + "ADR:;;a,b;;;;\n"}});
+}
+
+// FN alone names a group in 4.0: an N beside it would be read as one that says the same.
+TEST(CardsWrittenTwice, AnNOfAGroupThatSaysMoreIsWrapped) {
+  const std::string group30 = "X-ADDRESSBOOKSERVER-KIND:group\n";
+  const std::string wrapped = "X-OX-LINE:N%3BALTID%3D1%3ALee%3BAnn\n";
+  expectTheSameTwice(
+      {{"4.0", "KIND:group\nN:Ray\nFN:Crew\nN;ALTID=1:Lee;Ann\n",
+        "N:Crew;;;;\nFN:Crew\n" + group30 + wrapped, "FN:Crew\nKIND:group\n" + wrapped}});
+  const auto text =
+      written(cardOf("4.0", "KIND:group\nN;ALTID=1:a;b;c;d;e;f;g;h;i\n"), CardVersion::V40);
+  EXPECT_EQ(written(cardOf("4.0", text), CardVersion::V40), text);
+}
+
+TEST(CardsWrittenTwice, AProfileOfAnyFormHasItsIdentifier) {
+  const std::string profile = "SOCIALPROFILE;x-userid=1:http://x/a\n";
+  expectTheSameTwice(
+      {{"4.0", "SOCIALPROFILE;x-userid=1:http://x/a\n",
+        kNobody30 + "X-SOCIALPROFILE;X-USERID=1:http://x/a\n", kNobody40 + profile}});
+}
+
+TEST(CardsWrittenTwice, TypeWordsOfMediaStandInQuotesWhereTheyMust) {
+  const std::string key = "KEY;TYPE=\"a:b\";MEDIATYPE=application/pgp-keys;VALUE=uri:http://x/k\n";
+  expectTheSameTwice(
+      {{"4.0", "KEY;TYPE=\"a:b\";MEDIATYPE=application/pgp-keys:http://x/k\n",
+        kNobody30 + "KEY;TYPE=PGP;TYPE=\"a:b\";VALUE=uri:http://x/k\n", kNobody40 + key}});
+}
+
+TEST(CardsWrittenTwice, AReferenceToARelatedPersonStaysAsItIs) {
+  const std::string related = "RELATED:x\\.y:b\n";
+  expectTheSameTwice(
+      {{"2.1", related, kNobody30 + related, kNobody40 + "X-OX-LINE:RELATED%3Ax%5C.y%3Ab\n"}});
+}
+
+// A line that says what no text of an address holds stays as it is, with all that it says.
+TEST(CardsWrittenTwice, AnAddressThatIsKeptAsItsLineKeepsItsLabel) {
+  const std::string wrapped = "X-OX-LINE:LABEL%3Aa%01b\n";
+  expectTheSameTwice({{"3.0",
+                       "LABEL:a\x01"
+                       "b\n",
+                       kNobody30 + wrapped, kNobody40 + wrapped}});
+  const std::string address = "ADR;LABEL=Main:;;;;;;;;9\n";
+  expectTheSameTwice({{"4.0", address, kNobody30 + address, kNobody40 + address}});
+}
+
 }  // namespace
 }  // namespace ox::vcard

@@ -185,6 +185,11 @@ std::size_t parseHead(std::string_view text, ContentLine& line) {
   return at;
 }
 
+void appendTypeWord(std::string_view word, std::string& parameters) {
+  const std::string_view quote = word.find_first_of(";:") == npos ? "" : "\"";
+  parameters.append(";TYPE=").append(quote).append(word).append(quote);
+}
+
 std::string parameterText(const Parameter& parameter) {
   const auto raw = withoutQuotes(parameter.value);
   std::string text;

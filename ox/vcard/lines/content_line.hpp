@@ -82,6 +82,10 @@ void forEachWord(std::string_view value, Use&& use) {
   }
 }
 
+// Appends the TYPE parameter that says one such word: what ends a parameter may stand in a word
+// that stood in quotes.
+void appendTypeWord(std::string_view word, std::string& parameters);
+
 // The value of a parameter as text: quotes taken off, the circumflex escapes of RFC 6868 undone.
 std::string parameterText(const Parameter& parameter);
 

@@ -1,5 +1,6 @@
 #include "ox/vcard/lines/structured_value.hpp"
 
+#include <algorithm>
 #include <vector>
 
 #include "ox/vcard/lines/ascii.hpp"
@@ -55,6 +56,11 @@ std::vector<std::string_view> partsOf(std::string_view value, char mark) {
   return parts;
 }
 
+bool areBlank(std::string_view components) {
+  const CardText written(components);
+  return std::ranges::all_of(written.view(), [](char c) { return c == ';' || isBlank(c); });
+}
+
 std::string canonicalText(std::string_view value) {
   std::string out;
   appendText(value, out);
@@ -67,20 +73,24 @@ std::string canonicalPieces(std::string_view value, char mark) {
   return out;
 }
 
-std::string canonicalComponents(std::span<const std::string_view> components) {
+std::string canonicalComponents(std::span<const std::string_view> components, Dialect dialect) {
   std::string out;
   for (std::size_t i = 0; i < components.size(); ++i) {
     if (i > 0) out += ';';
     // Control characters may have stood between a blank and the mark.
     std::string component;
-    appendPieces(components[i], ',', component);
+    if (dialect == Dialect::V21) {
+      appendText(components[i], component);
+    } else {
+      appendPieces(components[i], ',', component);
+    }
     out += trimmed(component);
   }
   return out;
 }
 
-std::string canonicalComponents(std::string_view value) {
-  return canonicalComponents(partsOf(value, ';'));
+std::string canonicalComponents(std::string_view value, Dialect dialect) {
+  return canonicalComponents(partsOf(value, ';'), dialect);
 }
 
 std::string canonicalUnknown21(std::string_view value) {

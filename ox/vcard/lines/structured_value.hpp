@@ -18,6 +18,10 @@ bool hasList(std::string_view value, Dialect dialect);
 // The parts of a value between those marks, outside of escapes and still escaped; one at least.
 std::vector<std::string_view> partsOf(std::string_view value, char mark);
 
+// True when components, one or several with semicolons between them, hold nothing but blanks and
+// control characters.
+bool areBlank(std::string_view components);
+
 // A value that is one text, in canonical form.
 std::string canonicalText(std::string_view value);
 
@@ -25,10 +29,10 @@ std::string canonicalText(std::string_view value);
 std::string canonicalPieces(std::string_view value, char mark);
 
 // Components that a card parted, in canonical form with semicolons between them; commas part lists
-// within them.
-std::string canonicalComponents(std::span<const std::string_view> components);
+// within them, but in vCard 2.1.
+std::string canonicalComponents(std::span<const std::string_view> components, Dialect dialect);
 // The same of a whole value, however many components it has.
-std::string canonicalComponents(std::string_view value);
+std::string canonicalComponents(std::string_view value, Dialect dialect);
 
 // A value of a vCard 2.1 line of which nobody knows what it is. A backslash that escapes no mark
 // stands for itself there, as in a path ("C:\new").

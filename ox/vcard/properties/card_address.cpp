@@ -43,8 +43,7 @@ SplitAddress splitAddress(std::string_view value) {
   SplitAddress address;
   std::copy_n(all.begin(), kComponents, address.parts.begin());
   address.rest = wholeComponents<kComponents + 1>(value).back();
-  const CardText rest(address.rest);
-  if (rest.view().find_first_not_of("; ") == std::string_view::npos) address.rest = {};
+  if (areBlank(address.rest)) address.rest = {};
   return address;
 }
 
@@ -284,9 +283,9 @@ bool readAddress(const PropertyRow& row, const ContentLine& line, CardDraft& dra
   if (!label.empty()) address.set(kAddressLabelKey, std::move(label));
   draft.addEntry(row.property, std::move(address), line, {.ownKinds = bitOf(ParameterKind::Label)});
   if (!split.rest.empty()) {
-    draft.preserveVerbatim(row.property, canonicalComponents(line.value));
+    draft.preserveVerbatim(row.property, canonicalComponents(line.value, draft.facts.dialect));
   } else if (hasList(line.value, draft.facts.dialect)) {
-    draft.preserveVerbatim(row.property, canonicalComponents(parts));
+    draft.preserveVerbatim(row.property, canonicalComponents(parts, draft.facts.dialect));
   }
   return true;
 }

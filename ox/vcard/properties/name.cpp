@@ -96,7 +96,8 @@ bool givesName(std::string_view value, const NameParts& parts) {
   if (hasMore != hasAll || read[kComponents].data() != nullptr) return false;
   const auto wanted = inOrder(parts);
   for (std::size_t i = 0; i < kParts.size(); ++i) {
-    if (unescapedList(read[i], Dialect::V30, kParts[i].separator) != wanted[i]) return false;
+    const auto part = unescapedList(read[i], Dialect::V30, kParts[i].separator);
+    if (trimmed(part) != wanted[i]) return false;
   }
   return true;
 }
@@ -172,10 +173,6 @@ void readSortAs(const ContentLine& line, CardDraft& draft) {
   if (draft.facts.isGroup) return;
   draft.unmodelled.details.push_back({property_id::kLastPhonetic, 0, DetailKind::SortAs,
                                       std::string(";SORT-AS=").append(sortAs->value)});
-}
-
-bool isBlankPart(std::string_view component) {
-  return CardText(component).view().find_first_not_of("; ") == std::string_view::npos;
 }
 
 // The line stays as it is, and gives the readings if nothing else has.
@@ -263,13 +260,14 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
     draft.values.text(kParts[i].property) = std::move(part);
     draft.name.hasParts = true;
   }
-  const bool allTaken = isBlankPart(components.back());
+  const bool allTaken = areBlank(components.back());
   if (!allTaken) draft.repaired(line, "N has more than seven components, kept as text beside them");
   const bool hasMore =
-      !isBlankPart(components[kParts.size()]) || !isBlankPart(components[kParts.size() + 1]);
+      !areBlank(components[kParts.size()]) || !areBlank(components[kParts.size() + 1]);
   if (!draft.facts.isGroup && (hasMore || hasList(line.value, draft.facts.dialect))) {
     const auto count = hasMore ? kComponents : kParts.size();
-    draft.name.verbatimParts = canonicalComponents(std::span(components).first(count));
+    draft.name.verbatimParts =
+        canonicalComponents(std::span(components).first(count), draft.facts.dialect);
     draft.preserveVerbatim(property_id::kLast, draft.name.verbatimParts);
   }
   const bool mayGiveReadings =

@@ -94,8 +94,10 @@ bool readStandardProfile(const PropertyRow& row, const ContentLine& line, CardDr
   put(kService, parameterIn(line, ParameterKind::ServiceType));
   put(kUser, std::move(user));
   put(kUrl, isUser ? std::string() : std::move(value));
+  put(kUserIdentifier, parameterIn(line, ParameterKind::UserIdentifier));
   draft.addEntry(row.property, std::move(profile), line,
-                 {.ownKinds = bitOf(ParameterKind::UserName) | bitOf(ParameterKind::ServiceType),
+                 {.ownKinds = bitOf(ParameterKind::UserName) | bitOf(ParameterKind::ServiceType) |
+                              bitOf(ParameterKind::UserIdentifier),
                   .unknownWords = UnknownWords::AreUsed});
   return true;
 }

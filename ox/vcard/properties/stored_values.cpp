@@ -83,7 +83,7 @@ std::optional<PropertyBag> valuesOfStoredText(std::string_view text) {
   }
 }
 
-void takeStoredValues(const PropertyBag& stored, PropertyBag& properties) {
+void takeStoredValues(const PropertyBag& stored, Array details, PropertyBag& properties) {
   PropertyBag builtIn;
   for (const auto& [id, value] : stored.entries()) {
     if (!fitsType(value, property_table::typeOf(id))) continue;
@@ -95,8 +95,12 @@ void takeStoredValues(const PropertyBag& stored, PropertyBag& properties) {
   }
   if (builtIn.empty()) return;
   const auto read = properties;
+  // What the whole card says shapes a line: all parts of a name stand in one.
+  auto written = read;
+  for (const auto& [id, value] : builtIn.entries()) written.set(id, value);
+  written.set(property_id::kUnmodelledLines, Object(std::move(details)));
   for (const auto version : {CardVersion::V30, CardVersion::V40}) {
-    const auto ordinary = throughOrdinaryLines(builtIn, version);
+    const auto ordinary = throughOrdinaryLines(written, version);
     std::size_t unchanged = 0;
     for (const auto& [id, value] : builtIn.entries()) {
       if (!sameValue(read.value(id), ordinary.value(id))) continue;

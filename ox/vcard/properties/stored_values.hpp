@@ -25,7 +25,8 @@ std::optional<PropertyBag> valuesOfStoredText(std::string_view text);
 PropertyValue asNumbered(const PropertyValue& value);
 
 // Puts such values into what was read of the card's other lines. A value counts as long as those
-// lines still say what we wrote of it; when another program has changed them, they win.
-void takeStoredValues(const PropertyBag& stored, PropertyBag& properties);
+// lines still say what we wrote of it; when another program has changed them, they win. `details`
+// are those that the card gives, as records hold them: they shape what a writer makes of a value.
+void takeStoredValues(const PropertyBag& stored, Array details, PropertyBag& properties);
 
 }  // namespace ox::vcard

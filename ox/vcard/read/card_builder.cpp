@@ -111,7 +111,9 @@ Card CardBuilder::finish() {
   card.photo = std::move(draft_.photo);
   card.members = std::move(draft_.members);
   card.repairs = std::move(draft_.repairs);
-  if (draft_.storedValues) takeStoredValues(*draft_.storedValues, card.properties);
+  if (draft_.storedValues) {
+    takeStoredValues(*draft_.storedValues, draft_.unmodelled.encodedDetails(), card.properties);
+  }
   if (!draft_.uid.empty()) {
     card.properties.set(property_id::kCardUid, Object(std::move(draft_.uid)));
   }

@@ -15,6 +15,11 @@ bool standsBefore(const PropertyDetail& a, const PropertyDetail& b) {
   return order(a) < order(b);
 }
 
+void appendEncoded(std::vector<PropertyDetail>& details, Array& stored) {
+  if (details.size() > 1) std::ranges::stable_sort(details, standsBefore);
+  for (const auto& detail : details) stored.emplace_back(encodeDetail(viewOf(detail)));
+}
+
 }  // namespace
 
 void CollectedUnmodelled::clear() {
@@ -32,13 +37,20 @@ void CollectedUnmodelled::addEncoded(std::string stored) {
   }
 }
 
+Array CollectedUnmodelled::encodedDetails() const {
+  auto all = details;
+  std::ranges::copy(wrappedDetails, std::back_inserter(all));
+  Array stored;
+  appendEncoded(all, stored);
+  return stored;
+}
+
 Array CollectedUnmodelled::encoded() {
   std::ranges::move(wrappedDetails, std::back_inserter(details));
-  if (details.size() > 1) std::stable_sort(details.begin(), details.end(), standsBefore);
   Array stored;
   stored.reserve(lines.size() + details.size());
   for (auto& line : lines) stored.emplace_back(std::move(line));
-  for (const auto& detail : details) stored.emplace_back(encodeDetail(viewOf(detail)));
+  appendEncoded(details, stored);
   clear();
   return stored;
 }

@@ -27,6 +27,8 @@ struct CollectedUnmodelled {
   void clear();
   // Takes back what encoded() gave, be it a line or a detail.
   void addEncoded(std::string stored);
+  // The details alone, in the order of encoded().
+  Array encodedDetails() const;
   // The lines, then the details by what they belong to and what they tell, so that a card and the
   // one that is written of it give the same. Leaves nothing behind.
   Array encoded();

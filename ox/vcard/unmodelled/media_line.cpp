@@ -79,9 +79,6 @@ const Parameter* mediaTypeIn(const ContentLine& line) {
 MediaHead headOf(const ContentLine& line, std::string_view mediaOfValue = {}) {
   MediaHead head;
   head.name = line.head.substr(0, lineNameOf(line.head).end);
-  const auto append = [&](std::string_view name, std::string_view value) {
-    head.rest.append(";").append(name).append("=").append(value);
-  };
   const auto* given = mediaTypeIn(line);
   if (given != nullptr) head.media = mediaType(parameterText(*given));
   if (!mediaOfValue.empty()) head.media = mediaOfValue;
@@ -95,11 +92,11 @@ MediaHead headOf(const ContentLine& line, std::string_view mediaOfValue = {}) {
         if (head.media.empty() && !isPlace(word)) {
           head.media = mediaOfType(line.name, word);
         } else {
-          append("TYPE", word);
+          appendTypeWord(word, head.rest);
         }
       });
     } else if (!isMediaType(parameter)) {
-      append(parameter.name, parameter.value);
+      head.rest.append(";").append(parameter.name).append("=").append(parameter.value);
     }
   }
   return head;

@@ -59,6 +59,7 @@ constexpr std::array kForms = {
     FormRow{"KEY", ValueForm::AsItStands},
     FormRow{"LOGO", ValueForm::AsItStands},
     FormRow{"PHOTO", ValueForm::AsItStands},
+    FormRow{"RELATED", ValueForm::AsItStands},
     FormRow{"REV", ValueForm::AsItStands},
     FormRow{"SOUND", ValueForm::AsItStands},
     FormRow{"TZ", ValueForm::AsItStands},
@@ -96,8 +97,7 @@ std::string canonicalValue(const ContentLine& line, Dialect dialect) {
     case ValueForm::Units:
       return canonicalPieces(line.value, ';');
     case ValueForm::Components:
-      if (dialect == Dialect::V21) return canonicalPieces(line.value, ';');
-      return canonicalComponents(line.value);
+      return canonicalComponents(line.value, dialect);
     case ValueForm::Unknown21:
       return canonicalUnknown21(line.value);
     case ValueForm::AsItStands:

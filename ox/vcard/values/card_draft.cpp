@@ -8,16 +8,6 @@
 #include "ox/vcard/unmodelled/line_form.hpp"
 
 namespace ox::vcard {
-namespace {
-
-// What ends a parameter may stand in a word that stood in quotes.
-void appendTypeWord(std::string_view word, std::string& parameters) {
-  const std::string_view quote = word.find_first_of(";:") == std::string_view::npos ? "" : "\"";
-  parameters.append(";TYPE=").append(quote).append(word).append(quote);
-}
-
-}  // namespace
-
 void CardDraft::start(const CardFacts& factsOfCard) {
   facts = factsOfCard;
   name = {};

@@ -22,7 +22,8 @@ bool makesGroup(const UnmodelledLine& line) {
 
 // A preserved second line whose first is gone, for one.
 bool UnmodelledWriter::wouldBeMisread(const UnmodelledLine& line) {
-  if (of_ == Of::Group) return false;
+  // An N that a group came with beside its name would be read as one that says no more than FN.
+  if (of_ == Of::Group) return isWord(line.name(), "N");
   if (makesGroup(line)) return true;
   const auto* row = findProperty(line.name());
   return row != nullptr && row->lacks != nullptr && row->lacks(*row, line.text(), card_);
