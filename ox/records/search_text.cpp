@@ -5,6 +5,7 @@
 
 #include "ox/base/text/case.hpp"
 #include "ox/base/text/digits.hpp"
+#include "ox/base/text/joined.hpp"
 #include "ox/base/text/script.hpp"
 #include "ox/base/text/search_forms.hpp"
 #include "ox/records/property_keys.hpp"
@@ -49,16 +50,6 @@ class Lines {
 std::string_view textOf(const PropertyBag& properties, PropertyId id) {
   const auto* text = properties.text(id);
   return text == nullptr ? std::string_view() : std::string_view(*text);
-}
-
-std::string joined(std::initializer_list<std::string_view> parts, std::string_view between) {
-  std::string result;
-  for (const auto part : parts) {
-    if (part.empty()) continue;
-    if (!result.empty()) result += between;
-    result += part;
-  }
-  return result;
 }
 
 // The first letter of each word, as names are typed too.

@@ -6,6 +6,8 @@
 
 #include "ox/OxAddressBookSDK/objects/OxObjectEmail.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
+#include "ox/base/text/ascii_case.hpp"
+#include "ox/base/text/joined.hpp"
 #include "oxcontacts/edit/assignment.hpp"
 #include "oxcontacts/output/shown_value.hpp"
 #include "oxcontacts/output/value_json.hpp"
@@ -15,13 +17,7 @@ namespace {
 
 using Room = Table::Room;
 
-std::string joined(const std::vector<std::string>& texts) {
-  std::string all;
-  for (const auto& text : texts) {
-    if (!text.empty()) all += (all.empty() ? "" : "; ") + text;
-  }
-  return all;
-}
+constexpr std::string_view kBetween = "; ";
 
 Object firstElement(const _ABPerson& person, std::string_view property) {
   const auto values = multipleOf(person.valueByPropertyName(property));
@@ -31,7 +27,7 @@ Object firstElement(const _ABPerson& person, std::string_view property) {
 std::string groupsOf(const _ABPerson& person) {
   std::vector<std::string> names;
   for (const auto& group : person.groups()) names.push_back(group->displayName().value_or(""));
-  return joined(names);
+  return joined(names, kBetween);
 }
 
 // The main one, else the first: cards rarely say which one is.
@@ -71,7 +67,9 @@ constexpr std::array kOwnColumns = {
     OwnColumn{"groups", "GROUPS", Room::MayCut,
               [](const _ABPerson& person, const BookNames&) { return groupsOf(person); }},
     OwnColumn{"tags", "TAGS", Room::MayCut,
-              [](const _ABPerson& person, const BookNames&) { return joined(person.tagArray()); }},
+              [](const _ABPerson& person, const BookNames&) {
+                return joined(person.tagArray(), kBetween);
+              }},
     OwnColumn{"pinyin", "IN LATIN LETTERS", Room::MayCut,
               [](const _ABPerson& person, const BookNames&) {
                 return person.nameChineesPinyin().value_or("");
@@ -92,14 +90,7 @@ std::string cellOf(const _ABPerson& person, const OxPropertyPtr& property) {
   for (std::uint64_t i = 0; multiple != nullptr && i < multiple->count(); ++i) {
     texts.push_back(readableText(multiple->valueAtIndex(i)->value()));
   }
-  return joined(texts);
-}
-
-std::string upperCase(std::string text) {
-  for (auto& letter : text) {
-    if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
-  }
-  return text;
+  return joined(texts, kBetween);
 }
 
 // Birthdays and numbers are told apart by their last letters.

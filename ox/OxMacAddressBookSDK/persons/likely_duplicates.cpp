@@ -9,6 +9,7 @@
 
 #include "ox/base/text/case.hpp"
 #include "ox/base/text/digits.hpp"
+#include "ox/base/text/joined.hpp"
 #include "ox/base/text/keyed_hash.hpp"
 
 namespace ox {
@@ -30,12 +31,6 @@ std::vector<std::string> wordsOf(const std::string& name) {
   std::istringstream text(folded);
   for (std::string word; text >> word;) words.push_back(std::move(word));
   return words;
-}
-
-std::string joined(const std::vector<std::string>& words, const char* between) {
-  std::string text;
-  for (const auto& word : words) text += (text.empty() ? "" : between) + word;
-  return text;
 }
 
 // The characters of the text, which is well-formed UTF-8.

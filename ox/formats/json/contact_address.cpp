@@ -1,6 +1,7 @@
 // The addresses of a Card object (RFC 9553, section 2.5.1; RFC 9555, section 2.6).
 #include <array>
 
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/formats/json/contact_rows.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/structured_value.hpp"
@@ -45,11 +46,6 @@ void writeComponents(std::string_view value, JsonWriter& out) {
   out.writeBoolean(false);
 }
 
-std::string upperCase(std::string text) {
-  for (auto& c : text) c = vcard::upper(c);
-  return text;
-}
-
 }  // namespace
 
 void writeContactAddress(ContactEntry& entry) {
@@ -57,7 +53,7 @@ void writeContactAddress(ContactEntry& entry) {
   writeComponents(entry.value, out);
   auto country = entry.parameters.take("cc").value_or("");
   if (country.empty()) country = entry.card.countryOf(entry.line);
-  if (!country.empty()) out.writeMember("countryCode", upperCase(std::move(country)));
+  if (!country.empty()) out.writeMember("countryCode", upperCase(country));
   out.writeMember("full", entry.parameters.take("label"));
   out.writeMember("coordinates", entry.parameters.take("geo"));
   out.writeMember("timeZone", entry.parameters.take("tz"));

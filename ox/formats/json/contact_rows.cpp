@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "ox/formats/card/lower_case.hpp"
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/formats/json/extended_date.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/name_table.hpp"

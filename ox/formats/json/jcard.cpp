@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cstdint>
 
-#include "ox/formats/card/lower_case.hpp"
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/formats/json/extended_date.hpp"
 #include "ox/formats/json/parameters.hpp"
 #include "ox/vcard/lines/name_table.hpp"

@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "ox/formats/card/lower_case.hpp"
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/formats/json/contact_rows.hpp"
 #include "ox/formats/json/jcard.hpp"
 #include "ox/vcard/lines/ascii.hpp"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ox/formats/card/lower_case.hpp"
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 
 namespace ox::formats {

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "ox/base/date.hpp"
-#include "ox/formats/card/lower_case.hpp"
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/formats/ldif/attribute_names.hpp"
 #include "ox/formats/ldif/distinguished_name.hpp"
 #include "ox/formats/person/labels.hpp"

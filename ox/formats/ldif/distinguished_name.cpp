@@ -1,6 +1,6 @@
 #include "ox/formats/ldif/distinguished_name.hpp"
 
-#include "ox/formats/card/lower_case.hpp"
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/decode.hpp"

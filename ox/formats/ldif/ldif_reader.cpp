@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ox/formats/card/lower_case.hpp"
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/formats/card_source.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/decode.hpp"

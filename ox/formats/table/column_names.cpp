@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "ox/formats/card/lower_case.hpp"
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/records/property_keys.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "ox/formats/card/lower_case.hpp"
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/formats/person/labels.hpp"
 #include "ox/formats/person/stored_fields.hpp"
 #include "ox/formats/table/joined_cells.hpp"

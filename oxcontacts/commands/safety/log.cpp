@@ -1,6 +1,7 @@
 // log: what was done to the store, or to one person.
 #include "ox/OxMacAddressBookSDK/admin/stored_names.hpp"
 #include "ox/OxMacAddressBookSDK/ground/one_moment.hpp"
+#include "ox/base/text/joined.hpp"
 #include "ox/platform/journal/journal.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/output/counted.hpp"
@@ -98,12 +99,6 @@ struct Entry {
   std::string readable;
 };
 
-std::string joined(const std::vector<std::string>& words) {
-  std::string text;
-  for (const auto& word : words) text += (text.empty() ? "" : ", ") + word;
-  return text;
-}
-
 std::string arrow(const std::string& before, const std::string& after) {
   return (before.empty() ? "nothing" : before) + " -> " + (after.empty() ? "nothing" : after);
 }
@@ -151,7 +146,7 @@ void addEntries(const JournalChange& change, const RecordKey& person, std::vecto
       return addLink(change, person, entries);
     case Kind::Tagged:
       entries.push_back({&change, "changed", "Tags", "Tags", change.tags.before, change.tags.after,
-                         arrow(joined(change.tags.before), joined(change.tags.after))});
+                         arrow(joined(change.tags.before, ", "), joined(change.tags.after, ", "))});
       return;
     case Kind::AccountAdded:
     case Kind::AccountRemoved:
