@@ -6,20 +6,10 @@
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/person_entries.hpp"
 #include "ox/base/text/case.hpp"
+#include "oxcontacts/edit/value_parts.hpp"
 
 namespace ox::program {
 namespace {
-
-struct PartRow {
-  std::string_view part;
-  std::string_view field;
-};
-
-constexpr std::array kAddressParts = {
-    PartRow{"street", OxAddressFieldStreet},         PartRow{"city", OxAddressFieldCity},
-    PartRow{"state", OxAddressFieldState},           PartRow{"zip", OxAddressFieldZIP},
-    PartRow{"country", OxAddressFieldCountryOrArea},
-};
 
 // The blanks of a built-in word need not be typed. A label of the person's own that stands there
 // the way it was typed is meant nevertheless.
@@ -44,13 +34,13 @@ void applyWhole(const Assignment& assignment, const Text& label, PersonEntries& 
 }
 
 void applyAddressPart(const Assignment& assignment, const Text& label, PersonEntries& entries) {
-  const auto* row = std::ranges::find(kAddressParts, assignment.part, &PartRow::part);
-  assert(row != kAddressParts.end());  // parseAssignment refuses other parts
+  const auto field = addressFieldOf(assignment.part);
+  assert(!field.empty());  // parseAssignment refuses other parts
   const auto text = assignment.value.toText();
   if (assignment.adds) {
-    entries.addAddress(row->field, text.value_or(""), label);
+    entries.addAddress(field, text.value_or(""), label);
   } else {
-    entries.setAddressField(row->field, text, label);
+    entries.setAddressField(field, text, label);
   }
 }
 

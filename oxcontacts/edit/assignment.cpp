@@ -9,32 +9,17 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/person_entries.hpp"
+#include "ox/base/text/ascii_case.hpp"
+#include "ox/base/text/joined.hpp"
 #include "ox/records/property_keys.hpp"
 #include "oxcontacts/context.hpp"
+#include "oxcontacts/edit/value_parts.hpp"
 
 namespace ox::program {
 namespace {
 
-struct PartsRow {
-  std::int32_t type;
-  std::string_view parts;  // each with a blank behind it
-};
-
-constexpr std::array kParts = {
-    PartsRow{value_type::kPersonName, "first middle last "},
-    PartsRow{value_type::kAddress, "street city state zip country "},
-};
-
 [[noreturn]] void misused(const std::string& what) {
   throw CommandError(kUsage, what);
-}
-
-std::string lowerCase(std::string_view text) {
-  std::string lower(text);
-  for (auto& letter : lower) {
-    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-  }
-  return lower;
 }
 
 std::string shortName(const OxProperty& property) {
@@ -59,13 +44,6 @@ OxPropertyPtr propertyNamed(const std::string& name) {
 std::int32_t elementType(const OxProperty& property) {
   const bool multiple = property.valueType() == value_type::kMultiple;
   return multiple ? property.subValueType() : property.valueType();
-}
-
-std::string_view partsOf(const OxProperty& property) {
-  for (const auto& row : kParts) {
-    if (row.type == elementType(property)) return row.parts;
-  }
-  return {};
 }
 
 // The last word is the last name.
@@ -171,14 +149,11 @@ void checkKey(const Key& key, const OxProperty& property) {
     misused("\"" + key.name + "\" has one value, without a label");
   }
   if (key.label && key.label->empty()) misused("the label after \"" + key.name + ":\" is missing");
-  const auto parts = partsOf(property);
   if (!key.hasPart) return;
-  const auto spaced = std::string(1, ' ').append(parts);
-  const bool known = !key.part.empty() && key.part.find(' ') == std::string::npos &&
-                     spaced.find(" " + key.part + " ") != std::string::npos;
-  if (known) return;
+  const auto parts = partNames(property);
+  if (std::ranges::find(parts, key.part) != parts.end()) return;
   misused("\"" + key.name + "\" has no part \"" + key.part + "\"" +
-          (parts.empty() ? "" : "; it has " + std::string(parts.substr(0, parts.size() - 1))));
+          (parts.empty() ? "" : "; it has " + joined(parts, " ")));
 }
 
 }  // namespace

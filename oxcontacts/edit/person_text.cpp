@@ -1,56 +1,20 @@
 #include "oxcontacts/edit/person_text.hpp"
 
 #include <algorithm>
-#include <array>
-#include <nlohmann/json.hpp>
-#include <string_view>
-#include <yaml-cpp/yaml.h>
 
 #include "ox/OxAddressBookSDK/objects/OxObjectAddress.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectInstantMessage.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPersonName.hpp"
 #include "ox/OxMacAddressBookSDK/_ABPerson/person_entries.hpp"
-#include "ox/base/text/case.hpp"
+#include "ox/base/text/joined.hpp"
 #include "ox/records/property_keys.hpp"
-#include "oxcontacts/context.hpp"
 #include "oxcontacts/edit/assignment.hpp"
+#include "oxcontacts/edit/value_parts.hpp"
 #include "oxcontacts/output/shown_value.hpp"
 #include "oxcontacts/output/value_json.hpp"
 
 namespace ox::program {
 namespace {
-
-struct AddressPart {
-  const char* name;
-  std::string_view field;
-};
-constexpr std::array kAddressParts = {
-    AddressPart{"street", OxAddressFieldStreet},         AddressPart{"city", OxAddressFieldCity},
-    AddressPart{"state", OxAddressFieldState},           AddressPart{"zip", OxAddressFieldZIP},
-    AddressPart{"country", OxAddressFieldCountryOrArea},
-};
-constexpr std::array kNameParts = {"first", "middle", "last"};
-
-bool isMultiple(const OxProperty& property) {
-  return property.valueType() == value_type::kMultiple;
-}
-
-bool isName(const OxProperty& property) {
-  return property.valueType() == value_type::kPersonName;
-}
-
-bool isAddress(const OxProperty& property) {
-  return isMultiple(property) && property.subValueType() == value_type::kAddress;
-}
-
-std::vector<std::string> partNames(const OxProperty& property) {
-  if (isName(property)) return {kNameParts.begin(), kNameParts.end()};
-  std::vector<std::string> names;
-  for (const auto& part : kAddressParts) {
-    if (isAddress(property)) names.emplace_back(part.name);
-  }
-  return names;
-}
 
 void setPart(TextParts& parts, const std::string& name, const Text& text) {
   if (text && !text->empty()) parts[name] = *text;
@@ -62,15 +26,15 @@ Text accountText(const Text& service, const Text& user) {
   return *service + ":" + *user;
 }
 
-TextParts partsOf(const Object& value) {
+TextParts partsOf(const OxProperty& property, const Object& value) {
   TextParts parts;
   if (const auto name = value.host<OxObjectPersonName>()) {
     setPart(parts, "first", name->first());
     setPart(parts, "middle", name->middle());
     setPart(parts, "last", name->last());
   } else if (const auto address = value.host<OxObjectAddress>()) {
-    for (const auto& part : kAddressParts) {
-      setPart(parts, part.name, address->stringValueByFieldName(part.field));
+    for (const auto part : partNames(property)) {
+      setPart(parts, std::string(part), address->stringValueByFieldName(addressFieldOf(part)));
     }
   } else if (const auto message = value.host<OxObjectInstantMessage>()) {
     const auto& server = message->server();
@@ -86,145 +50,6 @@ TextParts partsOf(const Object& value) {
   return parts;
 }
 
-// A scalar that every reader takes for this very text.
-std::string scalar(const std::string& text) {
-  constexpr std::string_view kPlain = "-+_ ()/.@";
-  const auto isPlain = [&](char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-           byte >= 0xC3U || (byte >= 0x80U && byte < 0xC0U) ||
-           kPlain.find(c) != std::string_view::npos;
-  };
-  const auto isLetter = [&](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+' ||
-           static_cast<unsigned char>(c) >= 0xC3U;
-  };
-  const bool plain = !text.empty() && isLetter(text.front()) && text.back() != ' ' &&
-                     std::ranges::all_of(text, isPlain) && !equalsIgnoringCase(text, "null");
-  // A JSON string is a YAML scalar.
-  return plain ? text : nlohmann::json(text).dump();
-}
-
-// A text of several lines as such, where YAML can say it without a word about its ends.
-bool isBlock(const std::string& text) {
-  if (text.find('\n') == std::string::npos || text.back() == '\n' || text.front() == ' ' ||
-      text.front() == '\n') {
-    return false;
-  }
-  return std::ranges::none_of(text, [](char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return (byte < 0x20U && c != '\n') || byte == 0x7FU || byte == 0xC2U || byte == 0xE2U ||
-           byte == 0xEFU;
-  });
-}
-
-void appendValue(const std::string& text, const std::string& indent, std::string& yaml) {
-  if (!isBlock(text)) {
-    yaml += " " + scalar(text) + "\n";
-    return;
-  }
-  yaml += " |-\n";
-  std::size_t at = 0;
-  while (at <= text.size()) {
-    const auto end = std::min(text.find('\n', at), text.size());
-    if (end > at) yaml += indent + text.substr(at, end - at);
-    yaml += '\n';
-    at = end + 1;
-  }
-}
-
-void appendParts(const OxProperty& property, const TextParts& parts, const std::string& indent,
-                 std::string& yaml) {
-  for (const auto& name : partNames(property)) {
-    yaml += indent + name + ":";
-    const auto part = parts.find(name);
-    if (part == parts.end()) {
-      yaml += '\n';
-    } else {
-      appendValue(part->second, indent + "  ", yaml);
-    }
-  }
-}
-
-void appendEntry(const OxProperty& property, const TextEntry& entry, std::string& yaml) {
-  yaml += "  -";
-  const bool hasParts = !partNames(property).empty();
-  if (hasParts) {
-    yaml += " " + (entry.label.empty() ? "\"\"" : scalar(entry.label)) + ":\n";
-    appendParts(property, entry.parts, "      ", yaml);
-    return;
-  }
-  if (!entry.label.empty()) yaml += " " + scalar(entry.label) + ":";
-  appendValue(entry.parts.empty() ? "" : entry.parts.begin()->second,
-              entry.label.empty() ? "    " : "      ", yaml);
-}
-
-[[noreturn]] void misread(const YAML::Mark& mark, const std::string& what) {
-  throw CommandError(kUsage,
-                     (mark.line >= 0 ? "line " + std::to_string(mark.line + 1) + ": " : "") + what);
-}
-
-std::string textIn(const YAML::Node& node) {
-  if (node.IsNull()) return {};
-  if (!node.IsScalar()) misread(node.Mark(), "one text is expected here");
-  return node.Scalar();
-}
-
-TextParts readParts(const OxProperty& property, const YAML::Node& node) {
-  TextParts parts;
-  const auto names = partNames(property);
-  if (names.empty()) {
-    setPart(parts, "", textIn(node));
-    return parts;
-  }
-  if (node.IsNull()) return parts;
-  std::string known;
-  for (const auto& name : names) known += (known.empty() ? "" : ", ") + name;
-  if (!node.IsMap()) misread(node.Mark(), "the parts are expected here: " + known);
-  for (const auto& each : node) {
-    const auto name = textIn(each.first);
-    if (std::ranges::find(names, name) == names.end()) {
-      misread(each.first.Mark(), "there is no part \"" + name + "\"; there are " + known);
-    }
-    setPart(parts, name, textIn(each.second));
-  }
-  return parts;
-}
-
-// "value", or "label: value".
-TextEntry readEntry(const OxProperty& property, const YAML::Node& node) {
-  TextEntry entry;
-  if (!node.IsMap()) {
-    if (!partNames(property).empty()) misread(node.Mark(), "a label and parts are expected here");
-    entry.parts = readParts(property, node);
-    return entry;
-  }
-  if (node.size() != 1) misread(node.Mark(), "one label and its value are expected here");
-  entry.label = textIn(node.begin()->first);
-  entry.parts = readParts(property, node.begin()->second);
-  return entry;
-}
-
-TextProperty readProperty(const std::string& name, const YAML::Node& key, const YAML::Node& node) {
-  const auto property = propertyCalled(name);
-  if (!property) {
-    misread(key.Mark(), "there is no property \"" + name + "\"; there are " + propertyNames());
-  }
-  TextProperty read{property, {}};
-  if (!isMultiple(*property)) {
-    auto parts = readParts(*property, node);
-    if (!parts.empty()) read.entries.push_back({0, "", std::move(parts)});
-    return read;
-  }
-  if (node.IsNull()) return read;
-  if (!node.IsSequence()) misread(node.Mark(), "a list is expected here: lines that begin with -");
-  for (const auto& each : node) {
-    auto entry = readEntry(*property, each);
-    if (!entry.parts.empty()) read.entries.push_back(std::move(entry));
-  }
-  return read;
-}
-
 Object valueOf(const OxProperty& property, const TextParts& parts) {
   if (isName(property)) {
     const auto part = [&](const char* name) {
@@ -234,11 +59,10 @@ Object valueOf(const OxProperty& property, const TextParts& parts) {
     return OxObjectPersonName::initWithFirst_middle_last(part("first"), part("middle"),
                                                          part("last"));
   }
-  if (isAddress(property)) {
+  if (holdsAddresses(property)) {
     auto address = OxObjectAddress::init();
-    for (const auto& part : kAddressParts) {
-      const auto found = parts.find(part.name);
-      if (found != parts.end()) address->setStringValue_forFieldName(found->second, part.field);
+    for (const auto& [name, text] : parts) {
+      address->setStringValue_forFieldName(text, addressFieldOf(name));
     }
     return std::static_pointer_cast<const HostObject>(address);
   }
@@ -332,10 +156,10 @@ bool isSame(const TextProperty& before, const TextProperty& after) {
                             [](const auto& one, const auto& other) { return isSame(one, other); });
 }
 
-std::string joined(const TextParts& parts) {
-  std::string text;
-  for (const auto& [name, part] : parts) text += (text.empty() ? "" : ", ") + part;
-  return text;
+std::string inOneLine(const TextParts& parts) {
+  std::vector<std::string_view> texts;
+  for (const auto& [name, text] : parts) texts.emplace_back(text);
+  return joined(texts, ", ");
 }
 
 // What another program has written meanwhile and the edit replaces.
@@ -367,7 +191,7 @@ PersonText textOf(_ABPerson& person) {
     TextProperty written{property, {}};
     const auto value = shownValue(person, property);
     if (const auto single = singleOf(value)) {
-      auto parts = partsOf(single->value());
+      auto parts = partsOf(*property, single->value());
       if (!parts.empty()) written.entries.push_back({0, "", std::move(parts)});
     } else if (const auto multiple = multipleOf(value)) {
       const PersonEntries entries(person, property);
@@ -375,7 +199,7 @@ PersonText textOf(_ABPerson& person) {
       for (std::size_t i = 0; i < identifiers.size() && i < multiple->count(); ++i) {
         const auto element = multiple->valueAtIndex(i);
         const auto& label = element->label();
-        auto parts = partsOf(element->value());
+        auto parts = partsOf(*property, element->value());
         // What shows nothing cannot be edited, and stays.
         if (parts.empty()) continue;
         written.entries.push_back({identifiers[i],
@@ -386,49 +210,6 @@ PersonText textOf(_ABPerson& person) {
     text.push_back(std::move(written));
   }
   return text;
-}
-
-std::string yamlOf(const PersonText& text) {
-  std::string yaml;
-  for (const auto& [property, entries] : text) {
-    yaml += shortNameOf(*property) + ":";
-    if (isName(*property)) {
-      yaml += '\n';
-      appendParts(*property, entries.empty() ? TextParts() : entries.front().parts, "  ", yaml);
-    } else if (isMultiple(*property)) {
-      yaml += '\n';
-      for (const auto& entry : entries) appendEntry(*property, entry, yaml);
-    } else if (entries.empty()) {
-      yaml += '\n';
-    } else {
-      appendValue(entries.front().parts.begin()->second, "  ", yaml);
-    }
-  }
-  return yaml;
-}
-
-PersonText readYaml(const std::string& yaml) {
-  try {
-    const auto documents = YAML::LoadAll(yaml);
-    PersonText text;
-    // Whatever stands behind the mark would pass for taken out.
-    if (documents.size() > 1) misread(documents[1].Mark(), "a line of --- or ... ends the person");
-    if (documents.empty()) return text;
-    const auto& root = documents.front();
-    if (root.IsNull()) return text;
-    if (!root.IsMap()) misread(root.Mark(), "properties are expected here, as in \"note: text\"");
-    for (const auto& each : root) {
-      const auto name = textIn(each.first);
-      auto property = readProperty(name, each.first, each.second);
-      if (findProperty(text, property.property) != nullptr) {
-        misread(each.first.Mark(), "\"" + name + "\" stands here a second time");
-      }
-      text.push_back(std::move(property));
-    }
-    return text;
-  } catch (const YAML::Exception& error) {
-    misread(error.mark, error.msg);
-  }
 }
 
 bool applyEdits(const PersonText& before, const PersonText& after, _ABPerson& person,
@@ -443,7 +224,7 @@ bool applyEdits(const PersonText& before, const PersonText& after, _ABPerson& pe
     requireValues(written, wanted);
     if (const auto* there = findProperty(present, written.property)) {
       for (const auto& parts : replacedBy(written, *there, wanted)) {
-        overtaken.push_back(shortNameOf(*written.property) + " \"" + joined(parts) + "\"");
+        overtaken.push_back(shortNameOf(*written.property) + " \"" + inOneLine(parts) + "\"");
       }
     }
     edits.emplace_back(&written, std::move(wanted));

@@ -10,9 +10,8 @@
 
 namespace ox::program {
 
-// A person as a YAML text that somebody can edit: every property that can be assigned, those
-// without a value as an empty line. What was edited is told by comparing two of them, so that a
-// value that was left alone is left alone in the store.
+// A person as texts that somebody can edit: every property that can be assigned. What was edited is
+// told by comparing two of them, so that a value that was left alone is left alone in the store.
 
 // The parts of a name or an address by their names; "" for a value without parts. Empty texts are
 // no parts.
@@ -31,9 +30,6 @@ struct TextProperty {
 using PersonText = std::vector<TextProperty>;
 
 PersonText textOf(_ABPerson& person);
-std::string yamlOf(const PersonText& text);
-// Throws a CommandError (kUsage) that names the line and what is wrong with it.
-PersonText readYaml(const std::string& yaml);
 
 // Gives the person, in memory until the save, what the second text says and the first does not.
 // True when that is anything. Throws a CommandError (kUsage), before it changes anything, for a

@@ -6,9 +6,10 @@
 #include "ox/base/failures.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/editor.hpp"
-#include "oxcontacts/edit/person_text.hpp"
+#include "oxcontacts/edit/person_yaml.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
+#include "oxcontacts/output/name_and_id.hpp"
 #include "oxcontacts/output/person_json.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
 
@@ -90,8 +91,7 @@ void editPerson(const Context& context, const std::string& name) {
   if (context.json) {
     printJson(personJson(*person));
   } else {
-    context.tell("changed " + person->displayName().value_or("") + " (" +
-                 person->key().shortText() + ")");
+    context.tell("changed " + nameAndId(*person));
   }
 }
 

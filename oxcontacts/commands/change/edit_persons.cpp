@@ -9,6 +9,7 @@
 #include "oxcontacts/edit/apply_assignments.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
+#include "oxcontacts/output/name_and_id.hpp"
 #include "oxcontacts/output/person_json.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
 
@@ -19,11 +20,6 @@ struct Arguments {
   std::string record;  // a book or a person
   std::vector<std::string> assignments;
 };
-
-std::string nameAndId(const _ABPerson& person) {
-  const auto name = person.displayName().value_or("");
-  return name + (name.empty() ? "(" : " (") + person.key().shortText() + ")";
-}
 
 std::string namesOf(const Persons& persons) {
   std::string names;

@@ -9,6 +9,7 @@
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
+#include "oxcontacts/output/name_and_id.hpp"
 #include "oxcontacts/output/person_json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
 #include "oxcontacts/output/table.hpp"
@@ -66,10 +67,6 @@ Json rowsJson(const std::vector<std::vector<std::string>>& rows) {
     list.push_back({{"property", row[0]}, {"how", row[1]}, {"value", row[2]}});
   }
   return list;
-}
-
-std::string nameAndId(const _ABPerson& person) {
-  return person.displayName().value_or("") + " (" + person.key().shortText() + ")";
 }
 
 void printPlan(const Context& context, const PersonMerge& merge) {

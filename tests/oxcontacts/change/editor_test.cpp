@@ -4,7 +4,7 @@
 
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/edit/assignment.hpp"
-#include "oxcontacts/edit/person_text.hpp"
+#include "oxcontacts/edit/person_yaml.hpp"
 #include "tests/oxcontacts/on_a_terminal.hpp"
 #include "tests/oxcontacts/program.hpp"
 #include "tests/support/store_environment.hpp"
