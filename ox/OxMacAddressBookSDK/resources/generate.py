@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Draws the fifty pictures of this folder: a white letter on a coloured rounded square.
+"""Draws the fifty pictures of this folder: a white sign on a coloured rounded square.
 
 usage: generate.py [FOLDER]     writes into this folder unless another is named
 
@@ -13,24 +13,24 @@ import zlib
 
 SIZES = {"thumbnail": 32, "logo1": 64, "logo2": 128, "logo3": 256, "logo4": 512}
 
-# stem: (letter, colour). The colours are an even walk round the colour wheel, in no relation to
-# anybody's trade dress.
+# stem: (sign, colour). The local book is the computer itself, a service of no name a person, every
+# other one its letter. Colours lie far apart in hue and in lightness, and are nobody's trade dress.
 PICTURES = {
-    "mac": ("M", (96, 125, 84)),
-    "google": ("G", (120, 86, 140)),
-    "qq": ("Q", (150, 98, 62)),
-    "facebook": ("F", (58, 128, 122)),
-    "yahoo": ("Y", (66, 108, 150)),
-    "linkedin": ("L", (168, 82, 96)),
-    "aol": ("A", (140, 118, 52)),
-    "exchange": ("E", (124, 72, 112)),
-    "icloud": ("I", (84, 92, 140)),
-    "other": ("O", (104, 108, 112)),
+    "mac": ("computer", (60, 70, 84)),
+    "google": ("G", (122, 63, 168)),
+    "qq": ("Q", (139, 90, 43)),
+    "facebook": ("F", (232, 119, 34)),
+    "yahoo": ("Y", (46, 139, 70)),
+    "linkedin": ("L", (196, 42, 66)),
+    "aol": ("A", (172, 128, 0)),
+    "exchange": ("E", (20, 140, 148)),
+    "icloud": ("I", (58, 78, 190)),
+    "other": ("person", (112, 118, 124)),
 }
 
 # Strokes in a box of 0..1 by 0..1, y down: lines (x1, y1, x2, y2) and arcs
 # (centre x, centre y, radius x, radius y, from, to) in degrees, clockwise from the right.
-LETTERS = {
+SIGNS = {
     "A": [("line", 0.1, 1, 0.5, 0), ("line", 0.5, 0, 0.9, 1), ("line", 0.25, 0.65, 0.75, 0.65)],
     "E": [("line", 0.2, 0, 0.2, 1), ("line", 0.2, 0, 0.8, 0), ("line", 0.2, 0.5, 0.7, 0.5),
           ("line", 0.2, 1, 0.8, 1)],
@@ -41,21 +41,24 @@ LETTERS = {
     "L": [("line", 0.25, 0, 0.25, 1), ("line", 0.25, 1, 0.8, 1)],
     "M": [("line", 0.1, 1, 0.1, 0), ("line", 0.1, 0, 0.5, 0.6), ("line", 0.5, 0.6, 0.9, 0),
           ("line", 0.9, 0, 0.9, 1)],
-    "O": [("arc", 0.5, 0.5, 0.44, 0.5, 0, 360)],
     "Q": [("arc", 0.5, 0.5, 0.44, 0.5, 0, 360), ("line", 0.62, 0.7, 0.92, 1.04)],
     "Y": [("line", 0.1, 0, 0.5, 0.5), ("line", 0.9, 0, 0.5, 0.5), ("line", 0.5, 0.5, 0.5, 1)],
+    "computer": [("line", 0, 0.08, 1, 0.08), ("line", 1, 0.08, 1, 0.68), ("line", 1, 0.68, 0, 0.68),
+                 ("line", 0, 0.68, 0, 0.08), ("line", 0.5, 0.68, 0.5, 0.94),
+                 ("line", 0.25, 0.98, 0.75, 0.98)],
+    "person": [("arc", 0.5, 0.24, 0.24, 0.24, 0, 360), ("arc", 0.5, 1.02, 0.46, 0.44, 180, 360)],
 }
 
 CORNER = 0.22        # radius of the square's corners, as a part of its side
-LETTER_BOX = (0.29, 0.27, 0.42, 0.46)  # left, top, width, height
-STROKE = 0.045       # half the width of a stroke
+SIGN_BOX = (0.26, 0.23, 0.48, 0.54)  # left, top, width, height
+STROKE = 0.058       # half the width of a stroke
 
 
-def segments(letter):
-    """The letter's strokes as straight pieces in picture coordinates (0..1)."""
-    left, top, width, height = LETTER_BOX
+def segments(sign):
+    """The sign's strokes as straight pieces in picture coordinates (0..1)."""
+    left, top, width, height = SIGN_BOX
     pieces = []
-    for kind, *numbers in LETTERS[letter]:
+    for kind, *numbers in SIGNS[sign]:
         if kind == "line":
             points = [(numbers[0], numbers[1]), (numbers[2], numbers[3])]
         else:
@@ -88,9 +91,9 @@ def coverage(distance, pixel):
     return round(8 * max(0.0, min(1.0, 0.5 - distance / pixel))) / 8
 
 
-def draw(letter, colour, size):
+def draw(sign, colour, size):
     """Rows of RGBA bytes."""
-    pieces = segments(letter)
+    pieces = segments(sign)
     pixel = 1.0 / size
     rows = []
     for row in range(size):
@@ -107,7 +110,7 @@ def draw(letter, colour, size):
                 line += b"\0\0\0\0"
                 continue
             ink = 0.0
-            if near and LETTER_BOX[0] - 0.1 < x < LETTER_BOX[0] + LETTER_BOX[2] + 0.1:
+            if near and SIGN_BOX[0] - 0.1 < x < SIGN_BOX[0] + SIGN_BOX[2] + 0.1:
                 nearest = min(distance_to_piece(x, y, piece) for piece in near)
                 ink = coverage(nearest - STROKE, pixel)
             line += bytes([round(c + (255 - c) * ink) for c in shade] + [round(alpha * 255)])
@@ -133,11 +136,11 @@ def png(rows, size):
 
 def main():
     folder = sys.argv[1] if len(sys.argv) > 1 else os.path.dirname(os.path.abspath(__file__))
-    for stem, (letter, colour) in PICTURES.items():
+    for stem, (sign, colour) in PICTURES.items():
         for ending, size in SIZES.items():
             path = os.path.join(folder, f"pic_{stem}_{ending}.png")
             with open(path, "wb") as file:
-                file.write(png(draw(letter, colour, size), size))
+                file.write(png(draw(sign, colour, size), size))
 
 
 if __name__ == "__main__":
