@@ -12,4 +12,10 @@ inline std::string nameAndId(const _ABPerson& person) {
   return name + (name.empty() ? "(" : " (") + person.key().shortText() + ")";
 }
 
+// How a list names one: the name, or "(ID)" without one, so that no row stands for nobody.
+inline std::string nameOrId(const _ABPerson& person) {
+  auto name = person.displayName().value_or("");
+  return name.empty() ? nameAndId(person) : name;
+}
+
 }  // namespace ox::program

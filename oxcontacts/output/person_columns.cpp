@@ -9,6 +9,7 @@
 #include "ox/base/text/ascii_case.hpp"
 #include "ox/base/text/joined.hpp"
 #include "oxcontacts/edit/assignment.hpp"
+#include "oxcontacts/output/name_and_id.hpp"
 #include "oxcontacts/output/shown_value.hpp"
 #include "oxcontacts/output/value_json.hpp"
 
@@ -53,9 +54,7 @@ struct OwnColumn {
 // What is no property, or shows less than all of it.
 constexpr std::array kOwnColumns = {
     OwnColumn{"name", "NAME", Room::MayCut,
-              [](const _ABPerson& person, const BookNames&) {
-                return person.displayName().value_or("");
-              }},
+              [](const _ABPerson& person, const BookNames&) { return nameOrId(person); }},
     OwnColumn{"phone", "PHONE", Room::Whole,
               [](const _ABPerson& person, const BookNames&) { return phoneOf(person); }},
     OwnColumn{"email", "E-MAIL", Room::MayCut,

@@ -9,6 +9,7 @@
 #include "oxcontacts/choice.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/output/json.hpp"
+#include "oxcontacts/output/name_and_id.hpp"
 #include "oxcontacts/output/order.hpp"
 #include "oxcontacts/output/shown_value.hpp"
 #include "oxcontacts/output/table.hpp"
@@ -125,8 +126,8 @@ void listBirthdays(const Context& context, Arguments& arguments) {
                {"WHAT", kLeft, Table::Room::MayCut},
                {"YEARS", Table::Align::Right}});
   for (const auto& each : returns) {
-    table.addRow({textOf(each.day), distance(each.inDays), each.person->displayName().value_or(""),
-                  each.what, each.years ? std::to_string(*each.years) : ""});
+    table.addRow({textOf(each.day), distance(each.inDays), nameOrId(*each.person), each.what,
+                  each.years ? std::to_string(*each.years) : ""});
   }
   table.print(context);
 }

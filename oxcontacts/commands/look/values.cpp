@@ -7,6 +7,7 @@
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
+#include "oxcontacts/output/name_and_id.hpp"
 #include "oxcontacts/output/order.hpp"
 #include "oxcontacts/output/shown_value.hpp"
 #include "oxcontacts/output/table.hpp"
@@ -72,8 +73,7 @@ void listEntries(const Context& context, Arguments& arguments, std::string_view 
   Table table(
       {{"NAME", kLeft, Table::Room::MayCut}, {"LABEL", kLeft, Table::Room::MayCut}, {heading}});
   for (const auto& entry : entries) {
-    table.addRow(
-        {entry.person->displayName().value_or(""), entry.label, readableText(entry.value)});
+    table.addRow({nameOrId(*entry.person), entry.label, readableText(entry.value)});
   }
   table.print(context);
 }

@@ -62,6 +62,14 @@ TEST(PersonsCommand, ShowsTheColumnsThatAreAskedFor) {
 }
 
 // Every line fits, whatever the script of its texts; numbers are whole.
+TEST(PersonsCommand, NamesSomebodyWithoutANameByTheId) {
+  importCards(card({"N:;;;;", "FN;X-DERIVED=TRUE:?", "NOTE:x", "BDAY:1990-05-17"}));
+  const auto id = personIds().at("").substr(0, 18);
+  EXPECT_EQ(run({"persons", "--columns", "name"}).output, "NAME\n(" + id + ")\n");
+  const auto birthdays = run({"birthdays", "--days", "366"}).output;
+  EXPECT_NE(birthdays.find("(" + id + ")"), std::string::npos) << birthdays;
+}
+
 TEST(PersonsCommand, FitsTheTerminal) {
   std::string cards;
   const std::string longName = "Maximiliane-Alexandra von der Hohenfels-Wolkenstein";
