@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "ox/base/export.hpp"
 #include "ox/records/property_bag.hpp"
 
 // What a person is found by: lines, each of one byte that names its field, a text as people type it
@@ -41,13 +42,13 @@ enum class SearchField : char {
 inline constexpr SearchField kLastSearchedField = SearchField::Phone;
 inline constexpr int kSearchTextVersion = 1;
 
-std::string searchText(const PropertyBag& properties);
+OX_EXPORT std::string searchText(const PropertyBag& properties);
 
 // The digits of a number as they stand in a line; empty when it has none.
-std::string searchedDigits(std::string_view number);
+OX_EXPORT std::string searchedDigits(std::string_view number);
 
 // The fields that such a word names, as in `town:bern`; none when it names none.
-std::span<const SearchField> fieldsNamed(std::string_view word);
+OX_EXPORT std::span<const SearchField> fieldsNamed(std::string_view word);
 
 // Every character of a text, every two and every three in a row, each as one of so many numbers: a
 // text that holds another one has all of its numbers. Each length has numbers of its own, since a
