@@ -70,7 +70,7 @@ void declareCommands(CLI::App& program, const Context& context) {
                 declareBooks, declareAccounts, declareDuplicates});
   room("Change", {declareEdit, declareEditPersons, declareMerge, declareCopy, declareTag,
                   declarePhoto, declareEditGroups, declareMembers});
-  room("Carry to and from files", {declareImport, declareExport, declareQr});
+  room("Carry to and from files", {declareImport, declareExport, declarePage, declareQr});
   room("Keep safe", {declareUndo, declareLog, declareTrash, declareForget, declareBackup,
                      declareRestore, declareCopies, declareCheck, declareRecover});
   room("Help", {declareHelp, declareComplete});

@@ -24,6 +24,7 @@ void declareDuplicates(CLI::App& program, const Context& context);
 void declareBirthdays(CLI::App& program, const Context& context);
 void declareValues(CLI::App& program, const Context& context);
 void declareTag(CLI::App& program, const Context& context);
+void declarePage(CLI::App& program, const Context& context);
 void declareQr(CLI::App& program, const Context& context);
 void declareComplete(CLI::App& program, const Context& context);
 void declareHelp(CLI::App& program, const Context& context);
