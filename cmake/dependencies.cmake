@@ -28,6 +28,7 @@ if(OX_PROGRAM OR OX_BENCH)
 endif()
 if(OX_TESTS)
   find_package(GTest 1.12 REQUIRED)
+  find_program(OX_CHROMEDRIVER chromedriver REQUIRED)  # drives the browser of PageInABrowser
 endif()
 if(OX_BENCH)
   find_package(benchmark 1.7 REQUIRED)

@@ -21,21 +21,23 @@ function makeText(tag, name, text) {
 // ---- Books and groups ----
 
 persons.forEach((person, index) => { person.index = index; person.groups = []; });
+book.groups.forEach((group, index) => { group.index = index; });
 book.groups.forEach(group => group.persons.forEach(index => persons[index].groups.push(group)));
 
 const counted = (number, what) =>
     number.toLocaleString() + " " + what + (number === 1 ? "" : "s");
 
-// Every group below those, each once, with how deep it lies; trees may be deep.
+// Those groups with all below them, and how deep each lies; trees may be deep. A group that lies in
+// several is opened once.
 function walk(roots) {
   const opened = new Set();
   const waiting = roots.map(index => [index, 1]).reverse();
   const found = [];
   while (waiting.length) {
     const [index, depth] = waiting.pop();
+    found.push([book.groups[index], depth]);
     if (opened.has(index)) continue;
     opened.add(index);
-    found.push([book.groups[index], depth]);
     for (const below of [...book.groups[index].groups].reverse()) waiting.push([below, depth + 1]);
   }
   return found;
@@ -43,7 +45,7 @@ function walk(roots) {
 
 function personsBelow(group) {
   const held = new Set();
-  for (const [each] of walk([book.groups.indexOf(group)])) each.persons.forEach(i => held.add(i));
+  for (const [each] of walk([group.index])) each.persons.forEach(index => held.add(index));
   return held;
 }
 
@@ -110,11 +112,16 @@ let rows = [];     // {top, height, person or letter, place in found}
 let current = -1;  // place in found
 const drawn = new Map();
 
+// Names of East Asia begin with the family, and letters that are joined would make a word.
+const kOneLetter =
+    /[\p{Script=Han}\p{Script=Hiragana}\p{Script=Katakana}\p{Script=Hangul}\p{Script=Arabic}\p{Script=Syriac}]/u;
+
 function initialsOf(name) {
   const letters = name.normalize("NFC").match(/[\p{L}\p{N}]\p{M}*/gu);
   if (!letters) return "";
-  if (/[\p{Script=Han}\p{Script=Hiragana}\p{Script=Katakana}\p{Script=Hangul}]/u.test(letters[0])) return letters[0];
-  const words = name.normalize("NFC").split(/\s+/u).map(word => word.match(/[\p{L}\p{N}]\p{M}*/u)?.[0]).filter(Boolean);
+  if (kOneLetter.test(letters[0])) return letters[0];
+  const words = name.normalize("NFC").split(/\s+/u)
+      .map(word => word.match(/[\p{L}\p{N}]\p{M}*/u)?.[0]).filter(Boolean);
   const last = words.length > 1 ? words[words.length - 1] : "";
   return (words[0] + last).toUpperCase();
 }
@@ -128,8 +135,8 @@ function faceOf(person, size) {
     return image;
   }
   let hash = 0;
-  for (const letter of person.name) hash = (hash * 31 + letter.codePointAt(0)) >>> 0;
-  const face = make("span", "face ground" + hash % 8 + size, initialsOf(person.name));
+  for (const letter of person.name) hash = Math.imul(hash ^ letter.codePointAt(0), 0x9e3779b1);
+  const face = make("span", "face ground" + (hash >>> 29) + size, initialsOf(person.name));
   face.setAttribute("aria-hidden", "true");
   return face;
 }
@@ -279,17 +286,14 @@ function fieldOf(field) {
   row.append(make("dt", "", field.name));
   for (const value of field.values) {
     const item = make("dd");
-    const label = [value.label, value.main ? "★" : ""].filter(Boolean).join(" ");
-    if (label) {
-      const note = makeText("span", "label-of", label);
-      if (value.main) note.title = "The main one";
-      item.append(note);
+    if (value.label) item.append(makeText("span", "label-of", value.label));
+    item.append(linkTo(value, textOf(value), "value"));
+    if (value.main && field.values.length > 1) {
+      const star = make("span", "star", " ★");
+      star.title = "The main one";
+      item.append(star);
     }
-    if (value.map) {
-      item.append(makeText("span", "value", textOf(value)), linkTo({link: value.map}, "Map", "map"));
-    } else {
-      item.append(linkTo(value, textOf(value), "value"));
-    }
+    if (value.map) item.append(linkTo({link: value.map}, "Map", "map"));
     row.append(item);
   }
   return row;

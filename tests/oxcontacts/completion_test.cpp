@@ -28,6 +28,7 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
   EXPECT_EQ(offered({"--color", "al"}), "always");
   EXPECT_EQ(offered({"import", ""}), ":files");
   EXPECT_EQ(offered({"export", "-o", "x"}), ":files");
+  EXPECT_EQ(offered({"page", "--o"}), "--open|--output");
   EXPECT_EQ(offered({"set", "Ann", "job"}), "jobtitle=");
   EXPECT_EQ(offered({"nosuch", "x"}), "");
 }
@@ -46,6 +47,7 @@ TEST(Completion, OffersTheNamesOfTheStore) {
   EXPECT_EQ(offered({"group-add", "o"}), "Old friends");
   EXPECT_EQ(offered({"group-add", "Old friends", "ann"}), "Ann Lee");
   EXPECT_EQ(offered({"persons", "--book", ""}), "On My Mac|Work");
+  EXPECT_EQ(offered({"page", "--book", "w"}), "Work");
   EXPECT_EQ(offered({"persons", "--tag", ""}), "golf");
 }
 

@@ -86,6 +86,7 @@ TEST(MissingStore, IsToldAndNotMadeByCommandsThatCannotFillIt) {
                                                                  {"mail", "x"},
                                                                  {"birthdays"},
                                                                  {"export"},
+                                                                 {"page"},
                                                                  {"log"},
                                                                  {"trash"},
                                                                  {"undo"},
