@@ -404,12 +404,14 @@ function fillSheet() {
     const entry = make("div", "entry");
     entry.append(makeText("h3", "", nameOf(person)));
     for (const field of person.fields) {
-      for (const value of field.values) {
-        const line = makeText("p", "", textOf(value));
-        const what = [field.name, value.label].filter(Boolean).join(", ");
-        line.prepend(make("span", "what", what + ": "));
-        entry.append(line);
-      }
+      const line = make("p");
+      line.append(make("span", "what", field.name + ": "));
+      field.values.forEach((value, index) => {
+        if (index > 0) line.append("; ");
+        if (value.label) line.append(make("span", "what", value.label + " "));
+        line.append(make("bdi", "", textOf(value)));
+      });
+      entry.append(line);
     }
     sheet.append(entry);
   }

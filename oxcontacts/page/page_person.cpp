@@ -48,7 +48,8 @@ Json valuesJson(const OxValue& value, Maps maps) {
 
 // What the page shows elsewhere than among the fields.
 bool isShownApart(const std::string& property) {
-  return property == OxProPertyName || property == OxProPertyThumbnail || property == OxProPertyTags;
+  return property == OxProPertyName || property == OxProPertyThumbnail ||
+         property == OxProPertyTags;
 }
 
 Json fieldsJson(const _ABPerson& person, Maps maps) {

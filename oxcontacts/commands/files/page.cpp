@@ -75,7 +75,8 @@ class PrivatePage {
     const SignalsHeld held;
     const int file = ::mkstemps(path_.data(), kEnding);
     if (file < 0) {
-      throw CommandError(kFailed, "no page can be made in " + folder() + ": " + std::strerror(errno));
+      throw CommandError(kFailed,
+                         "no page can be made in " + folder() + ": " + std::strerror(errno));
     }
     ::close(file);
     guard_.emplace(path_);
@@ -136,7 +137,8 @@ void showPage(const Context& context, const Arguments& arguments) {
 }  // namespace
 
 void declarePage(CLI::App& program, const Context& context) {
-  auto* page = program.add_subcommand("page", "Write persons, groups and books as a page for a browser");
+  auto* page =
+      program.add_subcommand("page", "Write persons, groups and books as a page for a browser");
   const auto arguments = std::make_shared<Arguments>();
   page->add_option("--book", arguments->book, "Only those of this book")->type_name("BOOK");
   auto* file = page->add_option("-o,--output", arguments->file,

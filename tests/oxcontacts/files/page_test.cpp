@@ -53,11 +53,11 @@ TEST(PageCommand, GivesEveryValueWithItsLabelAndLink) {
   EXPECT_EQ(data["persons"][0], Json::parse(R"({
       "name":"Zoë Lee","second":"Maps AB","isCompany":true,"birthday":"--12-03",
       "tags":["sailing"],
-      "find":"Azoe lee\nAzoelee\nAzl\nDmaps ab\nS--12-03\nGtwo lines\nH+46701\nH0822\nEa b+c@x.example\nOwww.x.example/?a=1\n",
+      "find":"Azoe lee\nAzoelee\nAzl\nDmaps ab\nS--12-03\nGtwo lines\nH+46701\nH08022\nEa b+c@x.example\nOwww.x.example/?a=1\n",
       "fields":[
         {"name":"Phone","values":[
           {"label":"Mobile","main":true,"text":"+46 70 1","link":"tel:+46701"},
-          {"label":"Boat","text":"08 (0) 22","link":"tel:0822"}]},
+          {"label":"Boat","text":"08 (0) 22","link":"tel:08022"}]},
         {"name":"Email","values":[
           {"label":"Home","main":true,"text":"a b+c@x.example","link":"mailto:a%20b%2Bc@x.example"}]},
         {"name":"Company","values":[{"text":"Maps AB"}]},
@@ -165,10 +165,9 @@ TEST(PageCommand, WritesAFileWholeAndForItsUserAlone) {
 
 TEST(PageCommand, IsNothingForATerminal) {
   run({"add-person", "_local", "name=Ann"});
-  const auto result = runOnATerminal({"page"}, {1});
+  const auto result = runOnATerminal({"page"}, {1, 2});
   EXPECT_EQ(result.exitCode, 2);
-  EXPECT_EQ(result.output, "");
-  EXPECT_EQ(result.errors,
+  EXPECT_EQ(result.output,
             "oxcontacts: a page is nothing to read on a terminal; -o FILE writes it to a file, "
             "--open shows it in a browser\n");
 }
@@ -196,7 +195,8 @@ TEST(PageCommand, OpensAPrivateFile) {
   const auto front = "XDG_RUNTIME_DIR=" + runtime.string() + " PATH=" + folder.string();
   const auto opened = runShell(front + ":$PATH \"$OX\" page --open");
   EXPECT_EQ(opened.exitCode, 0) << opened.errors;
-  ASSERT_TRUE(opened.output.starts_with("600 " + runtime.string() + "/oxcontacts-")) << opened.output;
+  ASSERT_TRUE(opened.output.starts_with("600 " + runtime.string() + "/oxcontacts-"))
+      << opened.output;
   ASSERT_TRUE(opened.output.ends_with(".html\n"));
   const auto file = opened.output.substr(4, opened.output.size() - 5);
   EXPECT_EQ(fileBytes(file), page());

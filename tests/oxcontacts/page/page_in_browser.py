@@ -220,6 +220,10 @@ class OnADesktop(Page):
         printed = self.js("return [...document.querySelectorAll('#sheet h3')].map(each => each.textContent)")
         self.assertEqual(sorted(printed), sorted(json.loads(run("--json", "persons"))[i]["displayName"]
                                                  for i in range(len(CARDS))))
+        zoe = next(each for each in self.browser.find_elements(By.CSS_SELECTOR, "#sheet .entry")
+                   if "Lindqvist" in each.get_attribute("textContent"))
+        self.assertTrue(zoe.get_attribute("textContent").startswith(
+            "Zoë LindqvistPhone: Mobile +46 70 123 45 67; Home 08 555 010 20Email: "))
         self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"media": "print"})
         seen = self.js("return [...document.body.children].filter(each => each.offsetHeight > 0)"
                        ".map(each => each.id)")
