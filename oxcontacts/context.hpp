@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -15,6 +16,27 @@ enum ExitCode : int {
   kBusy = 5,
   kInterrupted = 130,
 };
+
+struct ExitCodeMeaning {
+  ExitCode code;
+  const char* meaning;
+};
+inline constexpr std::array kExitCodes = {
+    ExitCodeMeaning{kDone, "done"},
+    ExitCodeMeaning{kFailed, "failed"},
+    ExitCodeMeaning{kUsage, "usage (an ambiguous name too)"},
+    ExitCodeMeaning{kDoneWithRefusals, "done with refusals"},
+    ExitCodeMeaning{kNotFound, "not found"},
+    ExitCodeMeaning{kBusy, "busy"},
+    ExitCodeMeaning{kInterrupted, "interrupted"},
+};
+
+// What every command understands of its arguments, for the help.
+inline constexpr const char* kMeaningOfArguments =
+    "Data goes to standard output, everything else to standard error.\n"
+    "ACCOUNT is a container's identifier, its standard id or its name; BOOK a book's ID or name;\n"
+    "PERSON and GROUP an ID or its beginning, or a name in whole or part, also as BOOK/NAME.\n"
+    "Of several that may be meant a terminal asks, else they are listed.\n";
 
 // Ends a command with that exit code; the text is for the user.
 class CommandError : public std::runtime_error {

@@ -26,13 +26,16 @@
 namespace ox::program {
 namespace {
 
-constexpr const char* kExitCodes =
-    "Data goes to standard output, everything else to standard error.\n"
-    "ACCOUNT is a container's identifier, its standard id or its name; BOOK a book's ID or name;\n"
-    "PERSON and GROUP an ID or its beginning, or a name in whole or part, also as BOOK/NAME.\n"
-    "Of several that may be meant a terminal asks, else they are listed.\n"
-    "Exit codes: 0 done, 1 failed, 2 usage (an ambiguous name too), 3 done with refusals,\n"
-    "4 not found, 5 busy, 130 interrupted.";
+// What the help ends with.
+std::string footer() {
+  constexpr std::size_t kInFirstLine = 4;
+  std::string text = kMeaningOfArguments + std::string("Exit codes: ");
+  for (std::size_t i = 0; i < kExitCodes.size(); ++i) {
+    if (i > 0) text += i == kInFirstLine ? ",\n" : ", ";
+    text += std::to_string(kExitCodes[i].code) + " " + kExitCodes[i].meaning;
+  }
+  return text + ".";
+}
 
 void declareWhen(CLI::App& program, const char* option, const char* what, When& when) {
   const auto choose = [&when](const std::string& word) {
@@ -189,7 +192,7 @@ int mainOf(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   Context context;
   CLI::App program("Works with the address books of a contact store.", "oxcontacts");
-  program.footer(kExitCodes);
+  program.footer(footer());
   program.require_subcommand(1);
   program.fallthrough();
   program.set_version_flag("--version", "oxcontacts " OX_VERSION);

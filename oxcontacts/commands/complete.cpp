@@ -8,6 +8,7 @@
 #include "ox/base/store_location.hpp"
 #include "ox/base/text/case.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "oxcontacts/commands/command_table.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/assignment.hpp"
 #include "oxcontacts/files.hpp"
@@ -86,8 +87,8 @@ std::string plain(const std::string& word) {
 
 const CLI::Option* optionCalled(const CLI::App& command, const std::string& word) {
   for (const auto* app = &command; app != nullptr; app = app->get_parent()) {
-    for (const auto* option : app->get_options()) {
-      if (option->check_name(word) && !option->get_positional()) return option;
+    for (const auto* option : optionsOf(*app)) {
+      if (option->check_name(word)) return option;
     }
   }
   return nullptr;
@@ -123,8 +124,7 @@ Place placeOfLast(const CLI::App& program, const Words& words) {
 
 const CLI::Option* positionalAt(const CLI::App& command, std::size_t number) {
   const CLI::Option* last = nullptr;
-  for (const auto* option : command.get_options()) {
-    if (!option->get_positional()) continue;
+  for (const auto* option : positionalsOf(command)) {
     last = option;
     if (number-- == 0) return option;
   }
@@ -177,14 +177,9 @@ Words namesOf(const std::string& kind, const std::string& beginning) {
 
 // What may stand for a word of that kind: "BOOK", "WHEN:{auto,always,never}".
 Words answersFor(const CLI::Option& option, const std::string& beginning) {
-  const auto choices = option.get_type_name();
-  const auto type = option.get_positional() ? option.get_name(true) : choices;
-  if (const auto brace = choices.find('{'); brace != std::string::npos) {
-    Words words;
-    std::istringstream list(choices.substr(brace + 1, choices.find('}') - brace - 1));
-    for (std::string word; std::getline(list, word, ',');) words.push_back(word);
-    return words;
-  }
+  auto [type, choices] = valueOf(option);
+  if (!choices.empty()) return choices;
+  if (option.get_positional()) type = option.get_name(true);
   if (type == "FILE" || type == "PATH") return {kFiles};
   const bool needsStore = type != "PROPERTY=VALUE";
   if (needsStore && isMissing(contactStore().file())) return {};
@@ -200,24 +195,21 @@ Words answersFor(const CLI::App& program, const Words& words) {
   Words answers;
   if (last.starts_with('-')) {
     for (const auto* app = place.command; app != nullptr; app = app->get_parent()) {
-      for (const auto* option : app->get_options()) {
+      for (const auto* option : optionsOf(*app)) {
         for (const auto& name : option->get_lnames()) answers.push_back("--" + name);
       }
     }
     return answers;
   }
   if (place.positional == 0) {
-    for (const auto* command :
-         place.command->get_subcommands([](const CLI::App*) { return true; })) {
-      if (!command->get_group().empty()) answers.push_back(command->get_name());
+    for (const auto* command : commandsBelow(*place.command)) {
+      answers.push_back(command->get_name());
     }
   }
   const auto* positional = positionalAt(*place.command, place.positional);
   if (positional == nullptr) return answers;
   if (place.command->get_name() == "help") {
-    for (const auto* command : program.get_subcommands([](const CLI::App*) { return true; })) {
-      if (!command->get_group().empty()) answers.push_back(command->get_name());
-    }
+    for (const auto* command : commandsBelow(program)) answers.push_back(command->get_name());
     return answers;
   }
   for (auto& answer : answersFor(*positional, last)) answers.push_back(std::move(answer));

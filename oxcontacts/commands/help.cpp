@@ -1,25 +1,21 @@
-// help: what the program or one of its commands takes.
+// help: what the program or one of its commands takes; the man pages.
 #include <iostream>
 
+#include "oxcontacts/commands/command_table.hpp"
 #include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/output/man_pages.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
 
 namespace ox::program {
-namespace {
-
-// "oxcontacts accounts", as messages of the parser have it.
-std::string pathOf(const CLI::App& command) {
-  const auto* parent = command.get_parent();
-  return (parent == nullptr ? "" : pathOf(*parent) + " ") + command.get_name();
-}
-
-}  // namespace
-
 void declareHelp(CLI::App& program, const Context&) {
   auto* help = program.add_subcommand("help", "Say what a command does and takes");
   const auto words = std::make_shared<std::vector<std::string>>();
   help->add_option("COMMAND", *words, "Which; the program when none is named");
-  help->callback([&program, words] {
+  // For whoever installs the program: not in the help.
+  const auto manFolder = std::make_shared<std::string>();
+  help->add_option("--man", *manFolder, "Write the man pages into this folder")->group("");
+  help->callback([&program, words, manFolder] {
+    if (!manFolder->empty()) return writeManPages(program, *manFolder);
     const CLI::App* command = &program;
     for (const auto& word : *words) {
       const auto all =
