@@ -61,7 +61,10 @@ Persons foundPersons(const Context& context, const Choice& choice) {
 }  // namespace
 
 void declareChoice(CLI::App& command, Choice& choice) {
-  command.add_option("--book", choice.book, "Only those of this book")->type_name("BOOK");
+  command
+      .add_option("--book", choice.book,
+                  "Only those of this book; * for all (else the configured one)")
+      ->type_name("BOOK");
   command.add_option("--group", choice.group, "Only direct members of this group")
       ->type_name("GROUP");
   command.add_option("--tag", choice.tag, "Only those with this tag")->type_name("TAG");
@@ -85,6 +88,7 @@ void declareWords(CLI::App& command, Choice& choice) {
 }
 
 void prepare(const Context& context, Choice& choice) {
+  choice.book = context.bookOfList(choice.book);
   if (!choice.group.empty()) choice.inGroup = findGroup(context, choice.group);
 }
 

@@ -25,7 +25,8 @@ void declareChoice(CLI::App& command, Choice& choice);
 // Words of the command line as what is to be found.
 void declareWords(CLI::App& command, Choice& choice);
 
-// Finds the group, for which somebody may be asked: before anything is read of one moment.
+// Settles the book and finds the group, for which somebody may be asked: before anything is read of
+// one moment.
 void prepare(const Context& context, Choice& choice);
 // In the order of the store, each with its book known; throws a CommandError (kNotFound) where the
 // words find nobody.

@@ -25,6 +25,11 @@ void Context::complain(const std::string& message) {
   std::cerr << "oxcontacts: " << terminalText(message) << '\n';
 }
 
+std::string Context::bookOfList(const std::string& named) const {
+  auto wanted = named.empty() ? config.textOf("book") : named;
+  return wanted == "*" ? std::string() : wanted;
+}
+
 bool Context::canAsk() {
   return ::isatty(STDIN_FILENO) != 0 && ::isatty(STDERR_FILENO) != 0;
 }

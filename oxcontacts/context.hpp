@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "oxcontacts/config.hpp"
+
 namespace ox::program {
 
 enum ExitCode : int {
@@ -53,6 +55,8 @@ enum class When : std::uint8_t { Auto, Always, Never };
 // What the global options say; one for the run, passed to every command.
 struct Context {
   std::string store;
+  std::string configFile;  // empty: where it usually is
+  Config config;
   std::string book;  // where PERSON and GROUP are looked for; empty: in all
   bool json = false;
   bool quiet = false;
@@ -63,6 +67,9 @@ struct Context {
   void tell(const std::string& message) const;
   // The same for what must not be missed.
   static void complain(const std::string& message);
+  // The book that a list is of: the one that was named, else the configured one; empty for all of
+  // them, which "*" names.
+  std::string bookOfList(const std::string& named) const;
   // Whether somebody is there to answer a question.
   static bool canAsk();
   bool usesColor() const;

@@ -37,10 +37,12 @@ std::string footer() {
   return text + ".";
 }
 
+When whenOf(const std::string& word) {
+  return word == "always" ? When::Always : word == "never" ? When::Never : When::Auto;
+}
+
 void declareWhen(CLI::App& program, const char* option, const char* what, When& when) {
-  const auto choose = [&when](const std::string& word) {
-    when = word == "always" ? When::Always : word == "never" ? When::Never : When::Auto;
-  };
+  const auto choose = [&when](const std::string& word) { when = whenOf(word); };
   program.add_option_function<std::string>(option, choose, what)
       ->check(CLI::IsMember({"auto", "always", "never"}))
       ->type_name("WHEN");
@@ -51,6 +53,10 @@ void declareGlobalOptions(CLI::App& program, Context& context) {
       .add_option("--store", context.store,
                   "The contact store (else $OX_CONTACT_STORE, else the user's own)")
       ->type_name("PATH");
+  program
+      .add_option("--config", context.configFile,
+                  "The configuration file (else $OX_CONTACTS_CONFIG, else the user's own)")
+      ->type_name("FILE");
   program.add_option("--book", context.book, "PERSON and GROUP are looked for in this book alone")
       ->type_name("BOOK");
   program.add_flag("--json", context.json, "Print JSON");
@@ -70,7 +76,7 @@ void declareCommands(CLI::App& program, const Context& context) {
     for (auto i = before; i < all.size(); ++i) all[i]->group(name);
   };
   room("Look", {declarePersons, declareShow, declareBirthdays, declareValues, declareGroups,
-                declareBooks, declareAccounts, declareDuplicates});
+                declareBooks, declareAccounts, declareDuplicates, declareConfig});
   room("Change", {declareEdit, declareEditPersons, declareMerge, declareCopy, declareTag,
                   declarePhoto, declareEditGroups, declareMembers});
   room("Carry to and from files", {declareImport, declareExport, declarePage, declareQr});
@@ -141,6 +147,21 @@ int run(CLI::App& program, int argc, char** argv, const failures::Watch& watch) 
   }
 }
 
+// What neither an option nor the environment has said.
+void configure(const CLI::App& program, Context& context) {
+  context.config = Config::read(context.configFile);
+  const auto& config = context.config;
+  const auto isSet = [](const char* variable) {
+    const char* value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+  };
+  if (context.store.empty() && !isSet("OX_CONTACT_STORE")) context.store = config.textOf("store");
+  if (program.count("--color") == 0 && !isSet("NO_COLOR")) {
+    context.color = whenOf(config.textOf("color"));
+  }
+  if (program.count("--progress") == 0) context.progress = whenOf(config.textOf("progress"));
+}
+
 // A book that the command would not look at must not pass for one that it does.
 void requireUseOfBook(const CLI::App& command, const Context& context) {
   if (context.book.empty()) return;
@@ -198,18 +219,20 @@ int mainOf(int argc, char** argv) {
   program.set_version_flag("--version", "oxcontacts " OX_VERSION);
   declareGlobalOptions(program, context);
   program.parse_complete_callback([&] {
+    const auto& command = *program.get_subcommands().front();
+    const auto& name = command.get_name();
+    // These answer whatever is wrong elsewhere.
+    if (name == "help" || name == "completion") return;
+    configure(program, context);
     if (!context.store.empty()) {
       [[maybe_unused]] const bool isFirst = useContactStore(context.store);
       assert(isFirst);  // nothing has asked for the store yet
     }
-    requireUseOfBook(*program.get_subcommands().front(), context);
+    requireUseOfBook(command, context);
     setOrigin({"oxcontacts", commandLine(argc, argv), true, std::nullopt});
     // A store that cannot be used ends every command here, before it has printed or changed
     // anything; check and recover look for themselves and make no store.
-    const auto& command = *program.get_subcommands().front();
-    const auto& name = command.get_name();
-    if (name == "check" || name == "recover" || name == "help") return;
-    if (name == "completion") return;
+    if (name == "check" || name == "recover" || name == "config") return;
     // Copies are wanted most when the store itself is gone.
     const bool restores = !command.get_subcommands().empty();
     if (name == "copies" && !restores && isMissing(contactStore().file())) return;

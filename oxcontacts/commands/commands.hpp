@@ -12,6 +12,7 @@ namespace ox::program {
 void declareAccounts(CLI::App& program, const Context& context);
 void declareImport(CLI::App& program, const Context& context);
 void declareBooks(CLI::App& program, const Context& context);
+void declareConfig(CLI::App& program, const Context& context);
 void declarePersons(CLI::App& program, const Context& context);
 void declareShow(CLI::App& program, const Context& context);
 void declareGroups(CLI::App& program, const Context& context);

@@ -1,5 +1,6 @@
 // completion: what a shell offers for the word that is being typed.
 #include <algorithm>
+#include <cstdlib>
 #include <iostream>
 #include <optional>
 
@@ -216,9 +217,25 @@ Words answersFor(const CLI::App& program, const Words& words) {
   return answers;
 }
 
+// What is wrong with the configuration is told when the command runs.
+std::string configuredStore(const Words& words) {
+  const auto file = std::ranges::find(words, "--config");
+  const bool isNamed = file != words.end() && file + 1 != words.end();
+  try {
+    return Config::read(isNamed ? *(file + 1) : std::string()).textOf("store");
+  } catch (const CommandError&) {
+    return {};
+  }
+}
+
 void printAnswers(const CLI::App& program, const Words& words) {
   const auto store = std::ranges::find(words, "--store");
-  if (store != words.end() && store + 1 != words.end()) useContactStore(*(store + 1));
+  if (store != words.end() && store + 1 != words.end()) {
+    useContactStore(*(store + 1));
+  } else if (const char* named = std::getenv("OX_CONTACT_STORE"); !named || *named == '\0') {
+    const auto configured = configuredStore(words);
+    if (!configured.empty()) useContactStore(configured);
+  }
   const auto beginning = foldedForSearch(words.back());
   auto answers = answersFor(program, words);
   std::ranges::sort(answers);

@@ -58,13 +58,14 @@ const std::string& EditedText::keep() {
   return path_;
 }
 
-std::string EditedText::edit() {
-  // The variable may hold a command with arguments, as other programs read it too.
-  std::string script = "exec ${VISUAL:-${EDITOR:-vi}} \"$1\"";
+std::string EditedText::edit(const std::string& configured) {
+  // Each may be a command with arguments, as other programs read the variables too.
+  std::string script = "exec ${VISUAL:-${EDITOR:-$2}} \"$1\"";
   std::string shell = "sh";
   std::string option = "-c";
-  std::array<char*, 6> words = {shell.data(), option.data(), script.data(),
-                                shell.data(), path_.data(),  nullptr};
+  std::string otherwise = configured.empty() ? kUsualEditor : configured;
+  std::array<char*, 7> words = {shell.data(), option.data(),    script.data(), shell.data(),
+                                path_.data(), otherwise.data(), nullptr};
   pid_t process = 0;
   errno = ::posix_spawn(&process, "/bin/sh", nullptr, nullptr, words.data(), environ);
   if (errno != 0) fail("the editor");

@@ -4,8 +4,10 @@
 
 namespace ox::program {
 
+inline constexpr const char* kUsualEditor = "vi";
+
 // A text in a file of its own that only the user can read, for the user's editor: $VISUAL, else
-// $EDITOR, else vi. The file goes with this object unless it is kept.
+// $EDITOR, else the configured one, else vi. The file goes with this object unless it is kept.
 class EditedText {
  public:
   // Throws a CommandError (kFailed) where the file cannot be made.
@@ -16,7 +18,8 @@ class EditedText {
 
   // Lets the user edit it and answers what it is then. Throws a CommandError (kFailed) when the
   // editor cannot be run or ends with an error, which tells that nothing is wanted of it.
-  std::string edit();
+  // The configured one may be empty.
+  std::string edit(const std::string& configured);
   // Another text, to be edited next.
   void write(const std::string& text);
   // Leaves the file where it is, and answers where that is.

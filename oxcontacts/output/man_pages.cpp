@@ -25,6 +25,8 @@ constexpr std::array kEnvironment = {
     Row{"OX_CONTACT_STORE", "The contact store, where --store names none."},
     Row{"OX_TAG_STORE", "The tag file, else the path of the store with \".tags\" after it."},
     Row{"XDG_DATA_HOME", "The folder that the user's own store is below."},
+    Row{"OX_CONTACTS_CONFIG", "The configuration file, where --config names none."},
+    Row{"XDG_CONFIG_HOME", "The folder that the user's own configuration is below."},
     Row{"VISUAL, EDITOR", "The editor that edit opens; the first that is set."},
     Row{"NO_COLOR", "Set to anything, it keeps colours away where --color says nothing."},
     Row{"COLUMNS", "How wide tables may be."},
@@ -37,6 +39,8 @@ constexpr std::array kEnvironment = {
 constexpr std::array kFiles = {
     Row{"~/.local/share/oxcontacts/contacts.db",
         "The user's own store, where $XDG_DATA_HOME names no other folder."},
+    Row{"~/.config/oxcontacts/config.yaml",
+        "The configuration, where $XDG_CONFIG_HOME names no other folder; see oxcontacts config."},
     Row{"STORE.tags", "The tags that go with a store."},
     Row{"STORE.copies", "The copies that are kept of it; see oxcontacts copies."},
 };

@@ -8,6 +8,7 @@ namespace ox::program {
 
 // How a list of persons is ordered: "name" and "family" as readers of the user's language expect,
 // "pinyin" by the name in Latin letters, "store" as they were added.
+inline constexpr const char* kUsualOrder = "name";
 inline constexpr const char* kOrders = "name, family, pinyin or store";
 
 // Persons in that order, each under the letter that an index of such names lists it below; letters

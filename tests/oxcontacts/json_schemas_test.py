@@ -212,6 +212,9 @@ class Outputs(unittest.TestCase):
         self.hold("edit", "edit", "Ann Marie Lee")
 
     def hold_lists(self):
+        self.hold("config", "config")
+        (self.folder / "config.yaml").write_text("sort: family\n", "utf-8")
+        self.hold("config", "--config", "config.yaml", "--color", "never", "config")
         self.hold("accounts", "accounts")
         self.hold("books", "books")
         self.hold("persons", "persons")

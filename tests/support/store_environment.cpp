@@ -34,8 +34,10 @@ void StoreEnvironment::setUp() {
   set("OX_TAG_STORE", tagStore().string());
   set("HOME", (folder_ / "home").string());
   set("XDG_DATA_HOME", (folder_ / "data").string());
+  set("XDG_CONFIG_HOME", (folder_ / "config").string());  // where nothing is
   set("LC_ALL", "C.UTF-8");
-  for (const auto* name : {"LANG", "LANGUAGE", "LC_ADDRESS", "OX_SYSTEM_VERSION", "OX_RESOURCES"}) {
+  for (const auto* name : {"LANG", "LANGUAGE", "LC_ADDRESS", "OX_SYSTEM_VERSION", "OX_RESOURCES",
+                           "OX_CONTACTS_CONFIG"}) {
     ::unsetenv(name);
   }
 }

@@ -12,8 +12,8 @@ class StoreEnvironment {
  public:
   static StoreEnvironment& instance();
 
-  // Makes the folder and sets OX_CONTACT_STORE, OX_TAG_STORE, HOME, XDG_DATA_HOME and LC_ALL; takes
-  // OX_SYSTEM_VERSION and the other language variables away.
+  // Makes the folder and sets OX_CONTACT_STORE, OX_TAG_STORE, HOME, XDG_DATA_HOME, XDG_CONFIG_HOME
+  // and LC_ALL; takes OX_SYSTEM_VERSION and the other language variables away.
   void setUp();
   // Takes the folder as the starting process left it in the variables.
   void join();

@@ -64,12 +64,12 @@ Edited takeText(const PersonText& before, const std::string& text, _ABPerson& pe
 }
 
 // Until the text can be read and the store has taken it, or nobody wants to try again.
-Edited editUntilTaken(_ABPerson& person) {
+Edited editUntilTaken(const Context& context, _ABPerson& person) {
   const auto before = textOf(person);
   const auto yaml = headOf(person) + yamlOf(before);
   EditedText file(yaml);
   for (;;) {
-    const auto text = file.edit();
+    const auto text = file.edit(context.config.textOf("editor"));
     if (text == yaml || holdsNothing(text)) return Edited::Nothing;
     try {
       return takeText(before, text, person);
@@ -85,7 +85,7 @@ void editPerson(const Context& context, const std::string& name) {
   const auto person = findPerson(context, name);
   // Makes every property known that books add to those of the store.
   discoveredBooks(context);
-  const auto edited = editUntilTaken(*person);
+  const auto edited = editUntilTaken(context, *person);
   if (edited == Edited::Nothing) return context.tell("nothing was changed");
   if (edited == Edited::Overtaken) return;
   if (context.json) {

@@ -42,7 +42,18 @@ void applyAll(const std::vector<Assignment>& assignments, _ABPerson& person) {
   if (!watch.isClear()) giveUp(watch);
 }
 
-void addPerson(const Context& context, const Arguments& arguments) {
+// The configured book where the first word is no book but something to set already.
+Arguments withBook(const Context& context, const Arguments& given) {
+  auto arguments = given;
+  const auto configured = context.config.textOf("book");
+  if (configured.empty() || arguments.record.find('=') == std::string::npos) return arguments;
+  arguments.assignments.insert(arguments.assignments.begin(), std::move(arguments.record));
+  arguments.record = configured;
+  return arguments;
+}
+
+void addPerson(const Context& context, const Arguments& given) {
+  const auto arguments = withBook(context, given);
   const auto assignments = parseAssignments(arguments.assignments);
   const auto book = findBook(discoveredBooks(context), arguments.record);
   const WholeAct act;
@@ -123,7 +134,8 @@ CLI::App* declareEdit(CLI::App& program, const char* name, const char* what, con
 
 void declareEditPersons(CLI::App& program, const Context& context) {
   const auto added = std::make_shared<Arguments>();
-  auto* add = declareEdit(program, "add-person", "Add a person to a book", "BOOK", "Where", added);
+  auto* add = declareEdit(program, "add-person", "Add a person to a book", "BOOK",
+                          "Where; may be left out where one is configured", added);
   add->callback([&context, added] { addPerson(context, *added); });
 
   const auto changed = std::make_shared<Arguments>();

@@ -26,10 +26,12 @@ Groups rootGroups(const Context& context, const std::string& bookName) {
 void declareGroups(CLI::App& program, const Context& context) {
   auto* groups = program.add_subcommand("groups", "Show the groups as a tree");
   const auto book = std::make_shared<std::string>();
-  groups->add_option("--book", *book, "Only those of this book")->type_name("BOOK");
+  groups
+      ->add_option("--book", *book, "Only those of this book; * for all (else the configured one)")
+      ->type_name("BOOK");
   groups->callback([&context, book] {
     const OneMoment moment;
-    const auto roots = rootGroups(context, *book);
+    const auto roots = rootGroups(context, context.bookOfList(*book));
     if (context.json) {
       printJsonTree(roots);
     } else {

@@ -15,8 +15,8 @@ namespace {
 
 struct Arguments {
   Choice choice;
-  std::string sort = "name";
-  std::string columns = kUsualColumns;
+  std::string sort;     // empty: the configured order, else the usual one
+  std::string columns;  // empty: so it is with them
   std::optional<std::size_t> limit;
 };
 
@@ -46,7 +46,9 @@ constexpr std::size_t kLongList = 40;
 OrderedPersons orderedPersons(const Context& context, const Arguments& arguments) {
   auto chosen = chosenPersons(context, arguments.choice);
   const bool withLetters = !context.json && chosen.size() > kLongList && outputColumns();
-  auto ordered = inOrder(std::move(chosen), arguments.sort, withLetters);
+  auto sort = arguments.sort.empty() ? context.config.textOf("sort") : arguments.sort;
+  if (sort.empty()) sort = kUsualOrder;
+  auto ordered = inOrder(std::move(chosen), sort, withLetters);
   if (arguments.limit && *arguments.limit < ordered.persons.size()) {
     ordered.persons.resize(*arguments.limit);
   }
@@ -61,11 +63,24 @@ void printJsonList(const Context& context, const Arguments& arguments) {
   list.close();
 }
 
+std::vector<PersonColumn> columnsOf(const Context& context, const Arguments& arguments,
+                                    const BookNames& books) {
+  if (!arguments.columns.empty()) return personColumns(arguments.columns, books);
+  const auto configured = context.config.textOf("columns");
+  if (configured.empty()) return personColumns(kUsualColumns, books);
+  try {
+    return personColumns(configured, books);
+  } catch (const CommandError& error) {
+    throw CommandError(error.code(), context.config.placeOf("columns") + ": " + error.what());
+  }
+}
+
 Table tableOfPersons(const Context& context, const Arguments& arguments) {
   const OneMoment moment;
   const BookNames books;
-  const auto columns = personColumns(arguments.columns, books);
+  const auto columns = columnsOf(context, arguments, books);
   std::vector<Table::Column> heads;
+  heads.reserve(columns.size());
   for (const auto& column : columns) heads.push_back(column.head);
   Table table(std::move(heads));
   const auto [persons, letters] = orderedPersons(context, arguments);
@@ -89,7 +104,9 @@ void listPersons(const Context& context, Arguments& arguments) {
 void declareList(CLI::App& persons, const Context& context,
                  const std::shared_ptr<Arguments>& arguments) {
   declareChoice(persons, arguments->choice);
-  persons.add_option("--sort", arguments->sort, std::string(kOrders) + " (else name)")
+  persons
+      .add_option("--sort", arguments->sort,
+                  std::string(kOrders) + " (else the configured order, else name)")
       ->check(CLI::IsMember({"name", "family", "pinyin", "store"}))
       ->type_name("ORDER");
   persons.add_option("--columns", arguments->columns, "What the table shows: " + columnNames())
