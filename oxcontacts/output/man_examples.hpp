@@ -57,6 +57,7 @@ inline constexpr std::array kManExamples = {
     ManExample{"export", "Everything as vCards 4.0, and one person for a table:",
                "export --format vcard4 -o all.vcf"},
     ManExample{"export", "", R"(export "Ann Lee" --format csv)"},
+    ManExample{"page", "Everybody on a page for a browser:", "page -o contacts.html"},
     ManExample{"qr", "A card for a telephone's camera:", R"(qr "Ann Lee")"},
     ManExample{"undo", "The last command is taken back, then the one of that number:", "undo"},
     ManExample{"undo", "", "undo 12"},

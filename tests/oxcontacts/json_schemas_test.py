@@ -23,7 +23,7 @@ SCHEMAS = pathlib.Path(sys.argv[2])
 
 # These print no JSON of their own (but for an export that keeps going): they write a file, a
 # picture, or words for people.
-WITHOUT_JSON = {"export", "photo", "qr", "help", "completion"}
+WITHOUT_JSON = {"export", "page", "photo", "qr", "help", "completion"}
 
 PICTURE = ("iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5Er"
            "kJggg==")
