@@ -118,7 +118,7 @@ const kOneLetter =
 
 function initialsOf(name) {
   const letters = name.normalize("NFC").match(/[\p{L}\p{N}]\p{M}*/gu);
-  if (!letters) return "";
+  if (!letters) return "?";
   if (kOneLetter.test(letters[0])) return letters[0];
   const words = name.normalize("NFC").split(/\s+/u)
       .map(word => word.match(/[\p{L}\p{N}]\p{M}*/u)?.[0]).filter(Boolean);

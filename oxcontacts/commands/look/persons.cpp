@@ -1,4 +1,5 @@
 // persons, find: the list, by book, group, tag or words.
+#include <algorithm>
 #include <charconv>
 #include <optional>
 
@@ -45,7 +46,8 @@ constexpr std::size_t kLongList = 40;
 
 OrderedPersons orderedPersons(const Context& context, const Arguments& arguments) {
   auto chosen = chosenPersons(context, arguments.choice);
-  const bool withLetters = !context.json && chosen.size() > kLongList && outputColumns();
+  const auto shown = std::min<std::size_t>(chosen.size(), arguments.limit.value_or(chosen.size()));
+  const bool withLetters = !context.json && shown > kLongList && outputColumns();
   auto sort = arguments.sort.empty() ? context.config.textOf("sort") : arguments.sort;
   if (sort.empty()) sort = kUsualOrder;
   auto ordered = inOrder(std::move(chosen), sort, withLetters);

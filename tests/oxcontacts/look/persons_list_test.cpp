@@ -110,6 +110,7 @@ TEST(PersonsCommand, HeadsALongListWithTheLettersOfItsIndex) {
   EXPECT_TRUE(output.starts_with("NAME\nA\nAnn100\n")) << output;
   EXPECT_NE(output.find("Ann129\nB\nBo100\n"), std::string::npos) << output;
   EXPECT_EQ(listed("--sort store").find("\nA\n"), std::string::npos);
+  EXPECT_EQ(listed("--limit 1"), "NAME\nAnn100\n");
   EXPECT_EQ(run({"persons", "--columns", "name"}).output.find("\nA\n"), std::string::npos);
 }
 
