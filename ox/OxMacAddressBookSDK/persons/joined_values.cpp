@@ -9,6 +9,9 @@
 #include "ox/base/text/case.hpp"
 #include "ox/base/text/digits.hpp"
 #include "ox/records/property_keys.hpp"
+#include "ox/vcard/lines/content_line.hpp"
+#include "ox/vcard/lines/decode.hpp"
+#include "ox/vcard/unmodelled/property_detail.hpp"
 
 namespace ox {
 namespace {
@@ -62,14 +65,15 @@ class Join {
     for (const auto& [property, value] : second_.entries()) {
       if (isNamePart(property) || property == property_id::kNote) continue;
       if (property == property_id::kCardUid) continue;
-      if (property == property_id::kUnmodelledLines) {
-        joinLines();
-      } else if (const auto* entries = std::get_if<MultiValuePtr>(&value)) {
+      if (property == property_id::kUnmodelledLines) continue;
+      if (const auto* entries = std::get_if<MultiValuePtr>(&value)) {
         joinEntries(property, **entries);
       } else {
         joinSingle(property, std::get<Object>(value));
       }
     }
+    joinCalled();
+    joinLines();
     joinNotes();
     return std::move(joined_);
   }
@@ -121,6 +125,7 @@ class Join {
     if (ownText == text) return;
     if (ownText.empty()) {
       joined_.values.set(property, value);
+      taken_.push_back({property, 0, 0});
       joined_.added.push_back({property, text, JoinedBy::Value});
       return;
     }
@@ -141,6 +146,7 @@ class Join {
         continue;
       }
       const auto identifier = entries.add(entry.value, entry.label);
+      taken_.push_back({property, entry.identifier, identifier});
       if (ownCount == 0 && others.primary == entry.identifier) entries.primary = identifier;
       joined_.added.push_back({property, readable(entry.value), JoinedBy::Value});
     }
@@ -167,6 +173,19 @@ class Join {
     return lines;
   }
 
+  // What the other card said of a value that is taken over, with the value's new place. Groups tie
+  // it to lines that go without them, and ranks are those among its own values.
+  std::string detailOfTaken(const std::string& line) const {
+    const auto detail = vcard::decodeDetail(line);
+    using enum vcard::DetailKind;
+    if (!detail || detail->kind == Group || detail->kind == Preference) return {};
+    for (const auto& each : taken_) {
+      if (each.property != detail->property || each.was != detail->entry) continue;
+      return vcard::encodeDetail({each.property, each.is, detail->kind, detail->text});
+    }
+    return {};
+  }
+
   // What was said of values by their places is not true of the joined ones; whole lines are.
   static bool isAboutWholeCard(const std::string& line) {
     if (line.empty() || line.front() == ';') return false;
@@ -185,10 +204,35 @@ class Join {
     return end != std::string::npos && line[end] == '.' ? line.substr(end + 1) : line;
   }
 
+  // What the card called the person, where that is no name of hers put together; empty without it.
+  static std::string calledIn(const std::vector<std::string>& lines) {
+    for (const auto& line : lines) {
+      vcard::ContentLine content;
+      if (!line.starts_with("FN:") && !line.starts_with("FN;")) continue;
+      const auto colon = vcard::parseHead(line, content);
+      const bool isMade = std::ranges::any_of(
+          content.parameters, [](const vcard::Parameter& each) { return each.name == "DERIVED"; });
+      if (colon == std::string::npos || isMade) continue;
+      return vcard::unescaped(std::string_view(line).substr(colon + 1));
+    }
+    return {};
+  }
+
+  void joinCalled() {
+    const auto called = calledIn(linesIn(second_));
+    if (called.empty() || called == calledIn(linesIn(joined_.values))) return;
+    if (called == nameIn(joined_.values) || called == nameIn(second_)) return;
+    intoNote(property_id::kFirst, "Name", called);
+  }
+
   void joinLines() {
     auto lines = linesIn(joined_.values);
     const auto ownCount = lines.size();
     for (const auto& line : linesIn(second_)) {
+      if (auto detail = detailOfTaken(line); !detail.empty()) {
+        lines.push_back(std::move(detail));
+        continue;
+      }
       if (!isAboutWholeCard(line)) continue;
       auto plain = withoutGroup(line);
       if (!isAboutWholeCard(plain)) continue;
@@ -227,8 +271,17 @@ class Join {
     return ("\n" + note + "\n").find("\n" + lines + "\n") != std::string::npos;
   }
 
+  // A value of the second record that the first has now, and the entries that it was and is: 0 for
+  // a value that a record has once.
+  struct Taken {
+    PropertyId property = 0;
+    std::uint64_t was = 0;
+    std::uint64_t is = 0;
+  };
+
   const PropertyBag& second_;
   JoinedValues joined_;
+  std::vector<Taken> taken_;
   std::vector<std::pair<std::string, JoinedValue>> noteLines_;
 };
 

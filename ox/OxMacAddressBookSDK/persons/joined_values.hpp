@@ -30,8 +30,9 @@ struct JoinedValues {
 
 // Telephone numbers of the same digits are one, as are e-mail addresses but for case, and any other
 // values that are equal. Parts of names are filled in as long as none contradicts. The first
-// record's UID and what its card said of its values stay; unmodelled lines that it does not have
-// are added. Titles of properties in the note are the model's.
+// record's UID and what its card said of its values stay; what the other card said of a value that
+// is taken over, and unmodelled lines that the first does not have, are added. Titles of properties
+// in the note are the model's.
 OX_EXPORT JoinedValues joinedValues(const PropertyBag& first, const PropertyBag& second);
 
 }  // namespace ox

@@ -131,6 +131,45 @@ TEST(JoinedValues, KeepLinesThatAreNotModelledButNotWhatIsSaidOfValues) {
   EXPECT_EQ(*(*array)[2].text(), "X-B;P=a.b:2");
 }
 
+// By the places that the values have in the joined record; ranks are among a card's own values.
+TEST(JoinedValues, TakeWhatTheOtherCardSaidOfTheValuesThatTheyTake) {
+  const auto lines = [](std::vector<const char*> texts) {
+    Array array;
+    for (const auto* text : texts) array.emplace_back(text);
+    return PropertyValue(Object(std::move(array)));
+  };
+  auto others = std::make_shared<MultiValue>();
+  others->entries = {{1, "Home", Object("1")}, {2, "Work", Object("2")}};
+  const auto joined = joinedValues(
+      bag({{id::kPhone, entries({{"Home", "1"}})}, {id::kUnmodelledLines, lines({"X-A:1"})}}),
+      bag({{id::kPhone, MultiValuePtr(others)},
+           {id::kNickname, Object("A,B")},
+           {id::kUnmodelledLines,
+            lines({";16#1;TYPE=FAX", ";16#2;TYPE=MODEM", ";16#2.item1", ";16#2;PREF=3"})}}));
+  EXPECT_EQ(entriesIn(joined.values, id::kPhone), "Home 1, Work 2");
+  const auto array = std::get<Object>(joined.values.value(id::kUnmodelledLines)).array();
+  ASSERT_TRUE(array);
+  ASSERT_EQ(array->size(), 2U);
+  EXPECT_EQ(*(*array)[0].text(), "X-A:1");
+  const auto taken = std::get<MultiValuePtr>(joined.values.value(id::kPhone))->entries.back();
+  EXPECT_EQ(*(*array)[1].text(), ";16#" + std::to_string(taken.identifier) + ";TYPE=MODEM");
+}
+
+TEST(JoinedValues, NoteWhatTheOtherCardCalledThePerson) {
+  const auto called = [](const char* line) {
+    return bag({{id::kFirst, Object("Ann")},
+                {id::kUnmodelledLines, PropertyValue(Object(Array{Object(line)}))}});
+  };
+  const auto noteOf = [&](const char* own, const char* other) {
+    return textIn(joinedValues(called(own), called(other)).values, id::kNote);
+  };
+  EXPECT_EQ(noteOf("X-A:1", "FN;LANGUAGE=en:Mom\\, dear"), "Name: Mom, dear");
+  EXPECT_EQ(noteOf("FN:Mom", "FN:Mum"), "Name: Mum");
+  EXPECT_EQ(noteOf("FN:Mom", "FN:Mom"), "(none)");
+  EXPECT_EQ(noteOf("X-A:1", "FN:Ann"), "(none)");
+  EXPECT_EQ(noteOf("X-A:1", "FN;DERIVED=TRUE:a@b.example"), "(none)");
+}
+
 TEST(JoinedValues, OfARecordAndItselfAreItsOwn) {
   const auto own = bag({{id::kFirst, Object("Ann")},
                         {id::kNote, Object("n")},
