@@ -4,6 +4,7 @@
 
 #include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
 #include "ox/base/failures.hpp"
+#include "ox/platform/AddressBook/ABAddressBook.hpp"
 #include "oxcontacts/commands/commands.hpp"
 #include "oxcontacts/edit/editor.hpp"
 #include "oxcontacts/edit/person_yaml.hpp"
@@ -50,6 +51,11 @@ enum class Edited : std::uint8_t { Nothing, Saved, Overtaken };
 
 Edited takeText(const PersonText& before, const std::string& text, _ABPerson& person) {
   const auto after = readYaml(text);
+  // A value that was read a moment ago counts for a few milliseconds, in which a script may have
+  // edited and another program written. This looks at the store as it is.
+  if (!ABAddressBook::sharedAddressBook()->recordForKey(person.key())) {
+    throw CommandError(kNotFound, nameAndId(person) + " was removed meanwhile");
+  }
   // The act is no longer than the store's part of it: somebody may write for hours.
   const WholeAct act;
   const failures::Watch watch;

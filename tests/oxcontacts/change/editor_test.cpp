@@ -132,6 +132,17 @@ TEST(EditCommand, TellsWhatOfAnotherProgramItReplaces) {
       << cardOfAnn();
 }
 
+TEST(EditCommand, KeepsTheTextOfSomebodyWhoIsRemovedMeanwhile) {
+  fillStore();
+  const auto script = temporaryFile("editor.sh", std::string("#!/bin/sh\n") + OX_PROGRAM +
+                                                     " remove-person 'Ann Lee'\n" +
+                                                     "sed -i 's/^company:.*/company: Mine/' $1\n");
+  const auto result = runShell("EDITOR=\"sh " + script.string() + "\" VISUAL= $OX edit 'Ann Lee'");
+  EXPECT_EQ(result.exitCode, 4);
+  EXPECT_TRUE(holds(result.errors, " was removed meanwhile; your text is kept in "))
+      << result.errors;
+}
+
 TEST(EditCommand, LeavesAnAccountThatIsKnownByItsUrlAlone) {
   const auto file = temporaryFile(
       "urls.vcf", card({"N:Lee;Ann;;;", "FN:Ann Lee", "X-SOCIALPROFILE:https://a.example/1",
