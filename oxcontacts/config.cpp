@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <yaml-cpp/yaml.h>
 
+#include "ox/base/text/joined.hpp"
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/files.hpp"
 
@@ -50,18 +51,11 @@ const std::vector<Choices>& choices() {
   return all;
 }
 
-template <typename Words>
-std::string listOf(const Words& words) {
-  std::string list;
-  for (const auto& word : words) list += (list.empty() ? "" : ", ") + std::string(word);
-  return list;
-}
-
 std::string keyNames() {
   std::vector<std::string_view> names;
   names.reserve(kConfigKeys.size());
   for (const auto& key : kConfigKeys) names.push_back(key.name);
-  return listOf(names);
+  return joined(names, ", ");
 }
 
 std::string absolutePath(const std::string& path, const std::string& file) {
@@ -87,7 +81,7 @@ std::string valueText(const std::string& file, const std::string& key, const YAM
   if (text.empty()) refuse(file, node.Mark(), key + ": must not be empty");
   for (const auto& choice : choices()) {
     if (choice.key != key || std::ranges::count(choice.words, text) > 0) continue;
-    refuse(file, node.Mark(), key + ": \"" + text + "\" is none of " + listOf(choice.words));
+    refuse(file, node.Mark(), key + ": \"" + text + "\" is none of " + joined(choice.words, ", "));
   }
   return key == "store" ? absolutePath(text, file) : text;
 }
