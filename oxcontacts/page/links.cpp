@@ -7,6 +7,7 @@
 #include "ox/OxAddressBookSDK/objects/OxObjectEmail.hpp"
 #include "ox/OxAddressBookSDK/objects/OxObjectPhone.hpp"
 #include "ox/base/text/case.hpp"
+#include "ox/base/text/digits.hpp"
 #include "ox/records/search_text.hpp"
 #include "oxcontacts/output/value_json.hpp"
 
@@ -46,7 +47,9 @@ std::string webLinkOf(const std::string& text) {
 
 std::string linkOf(const Object& value) {
   if (const auto phone = value.host<OxObjectPhone>()) {
-    const auto digits = searchedDigits(phone->phoneNumber().value_or(""));
+    const auto number = phone->phoneNumber().value_or("");
+    // Letters, an extension or pauses are dialled otherwise than by their digits.
+    const auto digits = isOfDigits(number) ? searchedDigits(number) : std::string();
     return digits.empty() ? std::string() : "tel:" + digits;
   }
   if (const auto email = value.host<OxObjectEmail>()) {

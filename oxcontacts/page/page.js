@@ -277,7 +277,7 @@ function linkTo(value, text, name) {
   const link = makeText("a", name, text);
   link.href = value.link;
   link.rel = "noopener noreferrer";
-  if (value.link.startsWith("http")) link.target = "_blank";
+  if (/^http/i.test(value.link)) link.target = "_blank";
   return link;
 }
 
@@ -357,9 +357,12 @@ function fillDays() {
   const days = at("days");
   days.textContent = "";
   const born = [];
+  const lastDay = new Date(month.getFullYear(), month.getMonth() + 1, 0).getDate();
   for (const person of persons) {
     const parts = /^(?:(\d{4})|-)-(\d\d)-(\d\d)/.exec(person.birthday ?? "");
-    if (parts && parts[2] - 1 === month.getMonth()) born.push([Number(parts[3]), parts[1], person]);
+    if (!parts || parts[2] - 1 !== month.getMonth()) continue;
+    // Who was born on 29 February has the birthday on the 28th of other years.
+    born.push([Math.min(Number(parts[3]), lastDay), parts[1], person]);
   }
   born.sort((one, other) => one[0] - other[0]);
   for (const [day, year, person] of born) {

@@ -6,13 +6,16 @@ const kPlain = {"æ": "ae", "ð": "d", "ø": "o", "þ": "th", "đ": "d", "ħ": "
                 "ŋ": "n", "œ": "oe", "ŧ": "t", "ß": "ss"};
 
 function folded(text) {
-  const bare = t => t.normalize("NFD").replace(/\p{M}/gu, "");
-  return bare(bare(text.toLowerCase()).normalize("NFKC").toLowerCase())
+  const bare = t => t.normalize("NFD").replace(/\p{M}|\p{Default_Ignorable_Code_Point}/gu, "");
+  // Subscribed iotas are letters when they are folded, and Cherokee folds to capitals.
+  const spelt = text.normalize("NFD").replace(/\u0345/g, "ι");
+  return bare(bare(spelt.toLowerCase()).normalize("NFKC").toLowerCase())
+      .replace(/[\u13f8-\u13fd\uab70-\uabbf]/g, letter => letter.toUpperCase())
       .replace(/[æðøþđħıłŋœŧß]/g, letter => kPlain[letter]).replace(/ς/g, "σ").normalize("NFC");
 }
 
 function decimalDigits(text) {
-  return text.normalize("NFKC").replace(/\P{Nd}/gu, "").replace(/\p{Nd}/gu, digit => {
+  return text.replace(/\P{Nd}/gu, "").replace(/\p{Nd}/gu, digit => {
     const code = digit.codePointAt(0);
     let value = 0;
     while (value < 9 && /\p{Nd}/u.test(String.fromCodePoint(code - value - 1))) ++value;
@@ -69,7 +72,7 @@ function wordsOf(typed) {
   return words.slice(0, 64);
 }
 
-const isOfDigits = text => /^[\p{Nd}\s().\/+\[\]\-‐-―]+$/u.test(text);
+const isOfDigits = text => /^[\p{Nd}\p{White_Space}\p{Pd}().\/+\u2212]+$/u.test(text);
 
 // Each word, or run of digits, as what is to occur: its number, or all of its texts.
 function termsOf(typed) {

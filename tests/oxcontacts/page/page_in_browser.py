@@ -32,6 +32,7 @@ CARDS = [
      "NOTE:</script><img src=x onerror=\"document.title='bad'\">", "URL:javascript:alert(1)"],
     ["N:Łukaszewska;Ewa;;;", "FN:Ewa Łukaszewska", "ORG:Nordic Maps AB"],
     ["N:Чехов;Антон;;;", "FN:Антон Чехов"],
+    ["N:;علی‌رضا;;;", "FN:علی‌رضا"], ["N:;ᏣᎳᎩ;;;", "FN:ᏣᎳᎩ"], ["N:;ᾳδης;;;", "FN:ᾳδης"],
     ["N:Langenburg-Wittgenstein;" + "Maximiliane-Alexandrine " * 4 + ";;;",
      "FN:" + "Maximiliane-Alexandrine " * 4 + "Langenburg-Wittgenstein",
      "EMAIL:" + "maximiliane.alexandrine." * 5 + "x@maps.example", "NOTE:" + "w" * 300],
@@ -45,6 +46,12 @@ def cards():
     lines += ["BEGIN:VCARD", "VERSION:3.0", "UID:g", "FN:Friends", "N:Friends;;;;",
               "X-ADDRESSBOOKSERVER-KIND:group", "END:VCARD"]
     return "\r\n".join(lines) + "\r\n"
+
+
+# Nothing that the user has configured, and no tag file of hers.
+for name in ("OX_TAG_STORE", "OX_CONTACTS_CONFIG", "OX_SYSTEM_VERSION", "LANG", "LANGUAGE"):
+    os.environ.pop(name, None)
+os.environ["LC_ALL"] = "C.UTF-8"
 
 
 def run(*words):
@@ -73,6 +80,7 @@ class Page(unittest.TestCase):
         cls.folder = tempfile.TemporaryDirectory()
         folder = pathlib.Path(cls.folder.name)
         os.environ["OX_CONTACT_STORE"] = str(folder / "contacts.db")
+        os.environ["XDG_CONFIG_HOME"] = str(folder)  # where no configuration is
         (folder / "cards.vcf").write_text(cards(), encoding="utf-8", newline="")
         run("--quiet", "import", str(folder / "cards.vcf"))
         run("--quiet", "group-add", "Friends", "Zoë Lindqvist", "王小明")
@@ -140,7 +148,9 @@ class OnADesktop(Page):
         for typed in ("zoe", "lind zo", "LUKA", "lukaszewska", "xiaoming", "wang xiao ming", "wxm",
                       "明", "chekhov", "cehov", "0701234567", "+46 70 123", "5550 1020", "8000",
                       "town:uppsala", "name:uppsala", "uppsala", "street:stor", "stor", "nordic maps",
-                      '"maps nordic"', '"nordic maps"', "number05", "الخطيب", "３", "script", "zz"):
+                      '"maps nordic"', '"nordic maps"', "number05", "الخطيب", "３", "script", "zz",
+                      "علی\u200cرضا", "Zo\u00adë", "070\u22121234567", "０７０－１２３４５６７", "070〜1234567", "ᏣᎳᎩ",
+                      "ꮳꮃꭹ", "ᾳδης", "[070]1234567"):
             found = subprocess.run([PROGRAM, "--json", "find", typed], stdout=subprocess.PIPE, text=True,
                                    stderr=subprocess.DEVNULL, check=False).stdout
             expected = [person["displayName"] for person in json.loads(found or "[]")]
@@ -295,6 +305,7 @@ class OfNobody(unittest.TestCase):
     def test_says_so(self):
         with tempfile.TemporaryDirectory() as folder:
             os.environ["OX_CONTACT_STORE"] = folder + "/contacts.db"
+            os.environ["XDG_CONFIG_HOME"] = folder
             run("--quiet", "accounts", "add", "Empty")
             page = pathlib.Path(folder, "page.html")
             run("--quiet", "page", "-o", str(page))
