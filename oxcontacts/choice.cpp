@@ -29,7 +29,9 @@ Persons startingPersons(const Context& context, const Choice& choice) {
     }
   }
   if (choice.book.empty()) return persons;
-  const auto book = findBook(discoveredBooks(context), choice.book);
+  const auto books = discoveredBooks(context);
+  const auto book =
+      choice.isConfigured ? findConfiguredBook(context, books) : findBook(books, choice.book);
   if (choice.group.empty()) {
     if (const auto held = book->allPersons()) {
       for (const auto& person : held->snapshot()) persons.push_back(recordOf(person));
@@ -88,7 +90,10 @@ void declareWords(CLI::App& command, Choice& choice) {
 }
 
 void prepare(const Context& context, Choice& choice) {
-  choice.book = context.bookOfList(choice.book);
+  // A group that is named is looked for everywhere, and so are its members.
+  choice.isConfigured = choice.book.empty() && choice.group.empty();
+  if (choice.isConfigured) choice.book = context.configuredBook();
+  if (choice.book == kAllBooks) choice.book.clear();
   if (!choice.group.empty()) choice.inGroup = findGroup(context, choice.group);
 }
 
@@ -101,7 +106,12 @@ Persons chosenPersons(const Context& context, const Choice& choice) {
     });
   }
   if (choice.find && persons.empty()) {
-    throw CommandError(kNotFound, "nobody matches \"" + *choice.find + "\"");
+    auto what = "nobody matches \"" + *choice.find + "\"";
+    if (choice.isConfigured && !choice.book.empty()) {
+      what += " in the book " + choice.book + " (" + context.config.placeOf("book") +
+              "); --book '*' looks in all";
+    }
+    throw CommandError(kNotFound, what);
   }
   return persons;
 }

@@ -14,6 +14,7 @@ namespace ox::program {
 // them where nothing is said.
 struct Choice {
   std::string book;
+  bool isConfigured = false;  // the book is that of the configuration, which nobody named now
   std::string group;
   std::shared_ptr<_ABGroup> inGroup;  // that group, once it is found
   std::string tag;

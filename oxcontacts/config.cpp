@@ -83,7 +83,11 @@ std::string valueText(const std::string& file, const std::string& key, const YAM
     if (choice.key != key || std::ranges::count(choice.words, text) > 0) continue;
     refuse(file, node.Mark(), key + ": \"" + text + "\" is none of " + joined(choice.words, ", "));
   }
-  return key == "store" ? absolutePath(text, file) : text;
+  if (key != "store") return text;
+  if (text.starts_with("~/") && environment("HOME").empty()) {
+    refuse(file, node.Mark(), "store: there is no HOME that ~/ would be");
+  }
+  return absolutePath(text, file);
 }
 
 std::vector<ConfiguredValue> valuesIn(const std::string& file, const std::string& yaml) {

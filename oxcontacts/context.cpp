@@ -25,9 +25,9 @@ void Context::complain(const std::string& message) {
   std::cerr << "oxcontacts: " << terminalText(message) << '\n';
 }
 
-std::string Context::bookOfList(const std::string& named) const {
-  auto wanted = named.empty() ? config.textOf("book") : named;
-  return wanted == "*" ? std::string() : wanted;
+std::string Context::configuredBook() const {
+  auto configured = config.textOf("book");
+  return configured == kAllBooks ? std::string() : configured;
 }
 
 bool Context::canAsk() {

@@ -40,6 +40,9 @@ inline constexpr const char* kMeaningOfArguments =
     "PERSON and GROUP an ID or its beginning, or a name in whole or part, also as BOOK/NAME.\n"
     "Of several that may be meant a terminal asks, else they are listed.\n";
 
+// How --book and the configuration name all books.
+inline constexpr const char* kAllBooks = "*";
+
 // Ends a command with that exit code; the text is for the user.
 class CommandError : public std::runtime_error {
  public:
@@ -67,9 +70,8 @@ struct Context {
   void tell(const std::string& message) const;
   // The same for what must not be missed.
   static void complain(const std::string& message);
-  // The book that a list is of: the one that was named, else the configured one; empty for all of
-  // them, which "*" names.
-  std::string bookOfList(const std::string& named) const;
+  // The configured book; empty where none is, or all of them are ("*").
+  std::string configuredBook() const;
   // Whether somebody is there to answer a question.
   static bool canAsk();
   bool usesColor() const;

@@ -93,6 +93,15 @@ std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::str
   throwAmbiguous("book", text, candidates, candidates.size());
 }
 
+std::shared_ptr<OxMacAddressBook> findConfiguredBook(const Context& context,
+                                                     const BookList& books) {
+  try {
+    return findBook(books, context.configuredBook());
+  } catch (const CommandError& error) {
+    throw CommandError(error.code(), context.config.placeOf("book") + ": " + error.what());
+  }
+}
+
 BookList discoveredBooks(const Context& context) {
   ProgressBar bar(context, "looking for books");
   return OxMacAddressBook::addressBookArrayWithProgressBlock(bar.callback());

@@ -21,6 +21,8 @@ CNContainerPtr findAccount(const std::string& text);
 // Among the discovered books and those of accounts without records, which no discovery lists: by
 // ID, else by name.
 std::shared_ptr<OxMacAddressBook> findBook(const BookList& books, const std::string& text);
+// The configured book; its place in the file goes before what is wrong with it.
+std::shared_ptr<OxMacAddressBook> findConfiguredBook(const Context& context, const BookList& books);
 // The books of accounts of that name, be it the account's or the book's own, without a discovery.
 std::vector<std::shared_ptr<OxMacAddressBook>> booksOfAccountsNamed(const std::string& text);
 

@@ -166,7 +166,8 @@ Found<Kind> namedInBook(const std::string& text) {
 class Place {
  public:
   explicit Place(const Context& context) {
-    if (!context.book.empty()) book_ = findBook(BookList(), context.book)->ID();
+    if (!context.book.empty() && context.book != kAllBooks)
+      book_ = findBook(BookList(), context.book)->ID();
   }
 
   template <typename Record>

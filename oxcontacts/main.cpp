@@ -159,7 +159,8 @@ void configure(const CLI::App& program, Context& context) {
   if (program.count("--color") == 0 && !isSet("NO_COLOR")) {
     context.color = whenOf(config.textOf("color"));
   }
-  if (program.count("--progress") == 0) context.progress = whenOf(config.textOf("progress"));
+  if (program.count("--progress") == 0 && !context.quiet)
+    context.progress = whenOf(config.textOf("progress"));
 }
 
 // A book that the command would not look at must not pass for one that it does.

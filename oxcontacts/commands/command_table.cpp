@@ -12,7 +12,9 @@ std::vector<const CLI::Option*> allOf(const CLI::App& command) {
   }
   for (const auto* group : command.get_subcommands([](const CLI::App*) { return true; })) {
     if (!group->get_name().empty()) continue;
-    for (const auto* option : allOf(*group)) all.push_back(option);
+    for (const auto* option : allOf(*group)) {
+      if (option != group->get_help_ptr()) all.push_back(option);  // the command has its own
+    }
   }
   return all;
 }

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string_view>
 
+#include "ox/base/text/ascii_case.hpp"
 #include "oxcontacts/commands/command_table.hpp"
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/output/man_examples.hpp"
@@ -27,10 +28,12 @@ constexpr std::array kEnvironment = {
     Row{"XDG_DATA_HOME", "The folder that the user's own store is below."},
     Row{"OX_CONTACTS_CONFIG", "The configuration file, where --config names none."},
     Row{"XDG_CONFIG_HOME", "The folder that the user's own configuration is below."},
-    Row{"VISUAL, EDITOR", "The editor that edit opens; the first that is set."},
+    Row{"VISUAL, EDITOR",
+        "The editor that edit opens; the first that is set, else the configured one."},
     Row{"NO_COLOR", "Set to anything, it keeps colours away where --color says nothing."},
     Row{"COLUMNS", "How wide tables may be."},
     Row{"LC_ALL, LANG", "The language that names are ordered in."},
+    Row{"XDG_RUNTIME_DIR", "Where page --open leaves the page, else TMPDIR."},
     Row{"TMPDIR", "Where the text that edit opens lies meanwhile."},
     Row{"OX_RESOURCES", "Where the pictures of services are looked for last."},
     Row{"OX_SYSTEM_VERSION", "The version that the system is taken for."},
@@ -192,13 +195,6 @@ std::string examplesOf(std::string_view command) {
     page += ".Dl oxcontacts " + argument(example.line) + "\n";
   }
   return page;
-}
-
-std::string upperCase(std::string text) {
-  for (auto& letter : text) {
-    if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
-  }
-  return text;
 }
 
 std::string dayOfPages() {

@@ -129,10 +129,53 @@ TEST(Config, SetsTheBookOfListsAndOfNewPersons) {
   EXPECT_NE(run({"export"}).output.find("FN:Ann Young"), std::string::npos);
 }
 
+// A group that is named is looked for everywhere, and so are its members.
+TEST(Config, TakesNobodyOutOfAGroupThatIsNamed) {
+  fillStore();
+  run({"add-group", "_local", "Family"});
+  run({"group-add", "Family", "Ann Young"});
+  writeUsualFile("book: Work\n");
+  EXPECT_EQ(namesOf({"persons", "--group", "Family"}), "Ann Young");
+  EXPECT_EQ(namesOf({"persons", "--group", "Family", "--book", "Work"}), "");
+}
+
+TEST(Config, SaysThatItsBookNarrowsAListOrIsNone) {
+  fillStore();
+  const auto file = writeUsualFile("\nbook: Work\n");
+  EXPECT_EQ(run({"find", "young"}).errors,
+            "oxcontacts: nobody matches \"young\" in the book Work (" + file +
+                ":2); --book '*' looks in all\n");
+  writeUsualFile("book: Gone\n");
+  const auto wrong = "oxcontacts: " + file + ":1: there is no book \"Gone\"\n";
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"persons"}, {"groups"}, {"phones"}, {"add-person", "name=A"}}) {
+    const auto result = run(words);
+    EXPECT_EQ(result.exitCode, 4) << words[0];
+    EXPECT_EQ(result.errors, wrong);
+  }
+  EXPECT_EQ(run({"persons", "--book", "*"}).exitCode, 0);
+}
+
+TEST(Config, OfAllBooksIsAsNone) {
+  fillStore();
+  writeUsualFile("book: \"*\"\n");
+  EXPECT_EQ(namesOf({"persons"}), "Ann Young, Per Holm, Zoe Berg");
+  EXPECT_EQ(run({"add-person", "name=Zed"}).exitCode, 4);
+  const auto whole = run({"export"}).output;
+  EXPECT_EQ(run({"export", "--book", "*"}).output, whole);
+  EXPECT_EQ(run({"page", "--book", "*"}).output, run({"page"}).output);
+  EXPECT_EQ(run({"--book", "*", "show", "Per"}).exitCode, 0);
+}
+
+TEST(Config, IsQuietWhereThatIsAskedFor) {
+  fillStore();
+  writeUsualFile("progress: always\n");
+  EXPECT_NE(run({"page"}).errors.find("looking for books"), std::string::npos);
+  EXPECT_EQ(run({"--quiet", "page"}).errors, "");
+}
+
 TEST(Config, SetsTheEditor) {
   fillStore();
-  ::unsetenv("VISUAL");
-  ::unsetenv("EDITOR");
   writeUsualFile("editor: sed -i s/Young/Old/\n");
   EXPECT_EQ(run({"edit", "Ann Young"}).exitCode, 0);
   EXPECT_EQ(run({"show", "Ann Old"}).exitCode, 0);

@@ -37,7 +37,7 @@ void StoreEnvironment::setUp() {
   set("XDG_CONFIG_HOME", (folder_ / "config").string());  // where nothing is
   set("LC_ALL", "C.UTF-8");
   for (const auto* name : {"LANG", "LANGUAGE", "LC_ADDRESS", "OX_SYSTEM_VERSION", "OX_RESOURCES",
-                           "OX_CONTACTS_CONFIG"}) {
+                           "OX_CONTACTS_CONFIG", "VISUAL", "EDITOR", "NO_COLOR"}) {
     ::unsetenv(name);
   }
 }

@@ -104,7 +104,8 @@ void editPerson(const Context& context, const std::string& name) {
 }  // namespace
 
 void declareEdit(CLI::App& program, const Context& context) {
-  auto* edit = program.add_subcommand("edit", "Edit a person in $VISUAL, $EDITOR or vi, as YAML");
+  auto* edit = program.add_subcommand(
+      "edit", "Edit a person in $VISUAL, $EDITOR, the configured editor or vi, as YAML");
   const auto name = std::make_shared<std::string>();
   edit->add_option("PERSON", *name, "Who")->required();
   edit->callback([&context, name] { editPerson(context, *name); });

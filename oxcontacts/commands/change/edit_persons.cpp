@@ -42,20 +42,23 @@ void applyAll(const std::vector<Assignment>& assignments, _ABPerson& person) {
   if (!watch.isClear()) giveUp(watch);
 }
 
-// The configured book where the first word is no book but something to set already.
+// Without a record where the first word is no book but something to set already, and a book is
+// configured.
 Arguments withBook(const Context& context, const Arguments& given) {
   auto arguments = given;
-  const auto configured = context.config.textOf("book");
-  if (configured.empty() || arguments.record.find('=') == std::string::npos) return arguments;
+  const bool isBook = arguments.record.find('=') == std::string::npos;
+  if (isBook || context.configuredBook().empty()) return arguments;
   arguments.assignments.insert(arguments.assignments.begin(), std::move(arguments.record));
-  arguments.record = configured;
+  arguments.record.clear();
   return arguments;
 }
 
 void addPerson(const Context& context, const Arguments& given) {
   const auto arguments = withBook(context, given);
   const auto assignments = parseAssignments(arguments.assignments);
-  const auto book = findBook(discoveredBooks(context), arguments.record);
+  const auto books = discoveredBooks(context);
+  const auto book = arguments.record.empty() ? findConfiguredBook(context, books)
+                                             : findBook(books, arguments.record);
   const WholeAct act;
   const failures::Watch watch;
   const auto person = recordOf(book->newPerson());

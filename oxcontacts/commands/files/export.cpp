@@ -75,7 +75,7 @@ void requireList() {
 
 // The ID of the book that is named; missing when none is.
 std::optional<Text> wantedBook(const Context& context, const Arguments& arguments) {
-  if (arguments.book.empty()) return std::nullopt;
+  if (arguments.book.empty() || arguments.book == kAllBooks) return std::nullopt;
   return findBook(discoveredBooks(context), arguments.book)->ID();
 }
 

@@ -35,7 +35,7 @@ PageContent contentOf(const Context& context, const Arguments& arguments) {
   content.maps = arguments.maps ? Maps::Yes : Maps::No;
   const auto books = discoveredBooks(context);
   Choice choice;
-  if (arguments.book.empty()) {
+  if (arguments.book.empty() || arguments.book == kAllBooks) {
     content.books.assign(books.begin(), books.end());
   } else {
     content.books = {findBook(books, arguments.book)};
@@ -152,7 +152,7 @@ void declarePage(CLI::App& program, const Context& context) {
   page->footer(
       "The page is one file that fetches nothing: a list with a search as `find` has it, every "
       "value with its label, groups, birthdays, and a sheet to print. Who has the file has the "
-      "contacts.");
+      "contacts; that of --open stays in $XDG_RUNTIME_DIR, else $TMPDIR.");
   page->callback([&context, arguments] { showPage(context, *arguments); });
 }
 

@@ -7,16 +7,19 @@
 namespace ox::program {
 namespace {
 
-Groups rootGroups(const Context& context, const std::string& bookName) {
+// Those of the named book, else of the configured one, else of all.
+Groups rootGroups(const Context& context, const std::string& named) {
   const auto books = discoveredBooks(context);
   Groups roots;
   const auto addThoseOf = [&roots](const OxMacAddressBook& book) {
     for (const auto& group : book.rootGroups()) roots.push_back(recordOf(group));
   };
-  if (bookName.empty()) {
+  if (named.empty() && !context.configuredBook().empty()) {
+    addThoseOf(*findConfiguredBook(context, books));
+  } else if (named.empty() || named == kAllBooks) {
     for (const auto& book : books) addThoseOf(*book);
   } else {
-    addThoseOf(*findBook(books, bookName));
+    addThoseOf(*findBook(books, named));
   }
   return roots;
 }
@@ -31,7 +34,7 @@ void declareGroups(CLI::App& program, const Context& context) {
       ->type_name("BOOK");
   groups->callback([&context, book] {
     const OneMoment moment;
-    const auto roots = rootGroups(context, context.bookOfList(*book));
+    const auto roots = rootGroups(context, *book);
     if (context.json) {
       printJsonTree(roots);
     } else {
