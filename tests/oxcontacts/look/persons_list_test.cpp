@@ -61,7 +61,6 @@ TEST(PersonsCommand, ShowsTheColumnsThatAreAskedFor) {
             std::string::npos);
 }
 
-// Every line fits, whatever the script of its texts; numbers are whole.
 TEST(PersonsCommand, NamesSomebodyWithoutANameByTheId) {
   importCards(card({"N:;;;;", "FN;X-DERIVED=TRUE:?", "NOTE:x", "BDAY:1990-05-17"}));
   const auto id = personIds().at("").substr(0, 18);
@@ -70,6 +69,7 @@ TEST(PersonsCommand, NamesSomebodyWithoutANameByTheId) {
   EXPECT_NE(birthdays.find("(" + id + ")"), std::string::npos) << birthdays;
 }
 
+// Every line fits, whatever the script of its texts; numbers are whole.
 TEST(PersonsCommand, FitsTheTerminal) {
   std::string cards;
   const std::string longName = "Maximiliane-Alexandra von der Hohenfels-Wolkenstein";
