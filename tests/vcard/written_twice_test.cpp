@@ -254,11 +254,21 @@ TEST(CardsWrittenTwice, AnNOfAGroupThatSaysMoreIsWrapped) {
   const std::string group30 = "X-ADDRESSBOOKSERVER-KIND:group\n";
   const std::string wrapped = "X-OX-LINE:N%3BALTID%3D1%3ALee%3BAnn\n";
   expectTheSameTwice(
-      {{"4.0", "KIND:group\nN:Ray\nFN:Crew\nN;ALTID=1:Lee;Ann\n",
+      {{"4.0", "KIND:group\nN:Crew\nFN:Crew\nN;ALTID=1:Lee;Ann\n",
         "N:Crew;;;;\nFN:Crew\n" + group30 + wrapped, "FN:Crew\nKIND:group\n" + wrapped}});
   const auto text =
       written(cardOf("4.0", "KIND:group\nN;ALTID=1:a;b;c;d;e;f;g;h;i\n"), CardVersion::V40);
   EXPECT_EQ(written(cardOf("4.0", text), CardVersion::V40), text);
+}
+
+TEST(CardsWrittenTwice, AnNThatCallsAGroupOtherwiseIsKept) {
+  const std::string group30 = "X-ADDRESSBOOKSERVER-KIND:group\n";
+  const std::string wrapped = "X-OX-LINE:N%3ATeam%2CCrew%3BThe%3B%3B%3B\n";
+  expectTheSameTwice(
+      {{"4.0", "KIND:group\nFN:The Team\nN:Team,Crew;The;;;\n",
+        "N:The Team;;;;\nFN:The Team\n" + group30 + wrapped, "FN:The Team\nKIND:group\n" + wrapped},
+       {"3.0", group30 + "N:Team;;;;\nFN:Team \n", "N:Team ;;;;\nFN:Team \n" + group30,
+        "FN:Team \nKIND:group\n"}});
 }
 
 TEST(CardsWrittenTwice, AProfileOfAnyFormHasItsIdentifier) {

@@ -273,6 +273,10 @@ bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& dr
   const bool mayGiveReadings =
       !hasReadings(draft.values) || givesReadings(draft.name) || givesHeldReadings(line, draft);
   draft.name.details.clear();  // of an N before it that named nobody
+  draft.name.partsLine.clear();
+  if (draft.facts.isGroup && draft.name.hasParts && allTaken) {
+    appendPreserved(line, draft.facts.dialect, draft.name.partsLine);
+  }
   if (line.parameters.empty()) return allTaken;
   auto& details = draft.unmodelled.details;
   const auto first = static_cast<std::ptrdiff_t>(details.size());
@@ -323,6 +327,16 @@ void settleName(CardDraft& draft) {
   if (name.verbatimParts.empty()) {
     draft.preserveVerbatim(property_id::kLast, valueOfUncleanName(parts));
   }
+}
+
+void settleGroupName(CardDraft& draft) {
+  if (draft.name.partsLine.empty()) return;
+  std::string composed;
+  composeFullName(partsHeldBy(draft.values), composed);
+  // A record has one name: what N says beside it stays with its line.
+  const auto name = groupNameOf(draft);
+  if (trimmed(CardText(composed).view()) == trimmed(CardText(name).view())) return;
+  draft.unmodelled.lines.push_back(std::move(draft.name.partsLine));
 }
 
 std::string groupNameOf(CardDraft& draft) {

@@ -30,6 +30,7 @@ struct CardFacts {
 struct NameLines {
   bool hasParts = false;                // N gave some
   std::string verbatimParts;            // N, when it was preserved
+  std::string partsLine;                // the N of a group, which FN may name otherwise
   std::vector<PropertyDetail> details;  // of that N, to be preserved when the card ends
   std::string formatted;                // of the FN that counts
   std::string formattedLine;            // as it is preserved
