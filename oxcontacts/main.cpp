@@ -240,6 +240,8 @@ int mainOf(int argc, char** argv) {
     // Nor does the store matter to who wants to see what an import would read.
     if (name == "import" && command.count("--dry-run") > 0) return;
     if (name == "import" && command.count("--columns") > 0) return;
+    // It makes a store once it has something for it.
+    if (name == "import" && isMissing(contactStore().file())) return;
     requireStore(command);
     accounts();
   });

@@ -191,6 +191,13 @@ void previewCards(const Context& context, const Arguments& arguments) {
   endWith(report, written);
 }
 
+// Names that are mistyped shall not make a store of nobody.
+void requireStoreOrFile(const std::vector<std::string>& files) {
+  if (!isMissing(contactStore().file()) || !std::ranges::all_of(files, isMissing)) return;
+  for (const auto& file : files) Context::complain(file + ": No such file or directory");
+  throw CommandError(kFailed, "nothing was imported, and no store was made");
+}
+
 void importCards(const Context& context, Arguments arguments) {
   const auto& charset = arguments.options.charset;
   if (!charset.empty() && !vcard::isCharsetOfCards(charset)) {
@@ -202,6 +209,7 @@ void importCards(const Context& context, Arguments arguments) {
     return printColumns(context, arguments.files, arguments.options.format);
   }
   if (arguments.isDryRun) return previewCards(context, arguments);
+  requireStoreOrFile(arguments.files);
   const auto account = findAccount(arguments.into);
   auto reportFile = reportFileFor(arguments);
   auto options = arguments.options;

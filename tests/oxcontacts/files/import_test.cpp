@@ -181,6 +181,18 @@ TEST(ImportCommand, RefusesFilesThatHoldNoCards) {
   }
 }
 
+TEST(ImportCommand, MakesNoStoreOfFilesThatAreNotThere) {
+  const auto store = temporaryPath("mistyped.db").string();
+  const auto result = run({"--store", store, "import", "one.vcf", "two.vcf"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors,
+            "oxcontacts: one.vcf: No such file or directory\n"
+            "oxcontacts: two.vcf: No such file or directory\n"
+            "oxcontacts: nothing was imported, and no store was made\n");
+  EXPECT_FALSE(std::filesystem::exists(store));
+}
+
 TEST(ImportCommand, CountsWhatItNamesInTextAndInJson) {
   const auto file = temporaryFile("mixed.vcf", kAnn + "stray\r\nstray\r\n" + kAnn + kBen +
                                                    "BEGIN:VCARD\r\nVERSION:3.0\r\nEND:VCARD\r\n")
