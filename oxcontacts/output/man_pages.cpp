@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "ox/base/text/ascii_case.hpp"
+#include "ox/base/text/joined.hpp"
 #include "oxcontacts/commands/command_table.hpp"
 #include "oxcontacts/context.hpp"
 #include "oxcontacts/output/man_examples.hpp"
@@ -133,8 +134,7 @@ std::string argumentOf(const CLI::Option& option) {
 }
 
 std::string choicesOf(const CLI::Option& option) {
-  std::string list;
-  for (const auto& choice : valueOf(option).choices) list += (list.empty() ? "" : ", ") + choice;
+  const auto list = joined(valueOf(option).choices, ", ");
   if (list.empty()) return "";
   const auto usual = option.get_default_str();
   return textLine("One of: " + list + (usual.empty() ? "." : "; else " + usual + "."));

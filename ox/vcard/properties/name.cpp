@@ -242,6 +242,15 @@ bool isCompanyName(CardDraft& draft) {
   return trimmed(formatted.view()) == trimmed(company.view());
 }
 
+std::string groupNameOf(CardDraft& draft) {
+  if (!draft.name.formatted.empty() && !draft.name.isDerived) return draft.name.formatted;
+  std::string composed;
+  composeFullName({.last = draft.values.text(property_id::kLast),
+                   .first = draft.values.text(property_id::kFirst)},
+                  composed);
+  return composed;
+}
+
 }  // namespace
 
 bool readName(const PropertyRow& /*row*/, const ContentLine& line, CardDraft& draft) {
@@ -329,23 +338,16 @@ void settleName(CardDraft& draft) {
   }
 }
 
-void settleGroupName(CardDraft& draft) {
-  if (draft.name.partsLine.empty()) return;
+std::string settleGroupName(CardDraft& draft) {
+  auto name = groupNameOf(draft);
+  if (draft.name.partsLine.empty()) return name;
   std::string composed;
   composeFullName(partsHeldBy(draft.values), composed);
   // A record has one name: what N says beside it stays with its line.
-  const auto name = groupNameOf(draft);
-  if (trimmed(CardText(composed).view()) == trimmed(CardText(name).view())) return;
-  draft.unmodelled.lines.push_back(std::move(draft.name.partsLine));
-}
-
-std::string groupNameOf(CardDraft& draft) {
-  if (!draft.name.formatted.empty() && !draft.name.isDerived) return draft.name.formatted;
-  std::string composed;
-  composeFullName({.last = draft.values.text(property_id::kLast),
-                   .first = draft.values.text(property_id::kFirst)},
-                  composed);
-  return composed;
+  if (trimmed(CardText(composed).view()) != trimmed(CardText(name).view())) {
+    draft.unmodelled.lines.push_back(std::move(draft.name.partsLine));
+  }
+  return name;
 }
 
 void writeName(const PropertyRow& /*row*/, PropertyWriter& card) {

@@ -10,10 +10,9 @@ namespace ox::vcard {
 // Once all lines of a person's card are read: without N the formatted name gives the parts; beside
 // N its line is preserved when it says something else.
 void settleName(CardDraft& draft);
-// The same for a group's card: an N that says something else than the name is preserved.
-void settleGroupName(CardDraft& draft);
-// The name of a group's card, empty when it tells none.
-std::string groupNameOf(CardDraft& draft);
+// The same for a group's card: its name, empty when the card tells none. An N that says something
+// else is preserved.
+std::string settleGroupName(CardDraft& draft);
 
 // The lines that name a group: FN, which may be made of nothing, and N, which only 3.0 wants.
 struct GroupNameLines {

@@ -101,8 +101,7 @@ Card CardBuilder::finish() {
   joinRepeatedEntries(draft_);
   std::ranges::move(draft_.name.details, std::back_inserter(draft_.unmodelled.details));
   if (card.isGroup) {
-    settleGroupName(draft_);
-    auto name = groupNameOf(draft_);
+    auto name = settleGroupName(draft_);
     if (!name.empty()) card.properties.set(property_id::kGroupName, Object(std::move(name)));
   } else {
     settleName(draft_);
