@@ -28,7 +28,7 @@ set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liboxmacaddressbooksdk-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS
-  "libsqlite3-dev, libicu-dev, libjpeg-dev, libpng-dev, libtiff-dev, zlib1g-dev, libdeflate-dev, libxxhash-dev")
+  "libsqlite3-dev, libicu-dev, libjpeg-dev, libpng-dev, libtiff-dev, zlib1g-dev, libdeflate-dev, libxxhash-dev, libcurl4-openssl-dev, libexpat1-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS library)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 "contact manager's view of every address book of a store (development)

@@ -1,0 +1,5 @@
+#include "ox/sync/remote/remote_error.hpp"
+
+#include "ox/sync/remote/remote_book.hpp"
+
+namespace ox::sync {}
