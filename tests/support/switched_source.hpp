@@ -139,6 +139,7 @@ class SwitchedSource : public ContactSource {
   void unpinMoment() override { real_->unpinMoment(); }
   StoreMoment lastMoment() override { return real_->lastMoment(); }
   StoreJournal& journal() override;
+  SyncSource& sync() override { return real_->sync(); }
 
  private:
   using Identifiers = std::set<std::string, std::less<>>;

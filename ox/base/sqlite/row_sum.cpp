@@ -27,7 +27,7 @@ SummedColumn summed(sqlite3_value* value) {
   return {type, wordOf(value, type)};
 }
 
-constexpr std::size_t kMostColumns = 16;
+constexpr std::size_t kMostColumns = 20;
 
 void answerRowSum(sqlite3_context* context, int count, sqlite3_value** values) {
   std::array<SummedColumn, kMostColumns> columns;

@@ -4,6 +4,7 @@
 
 #include "ox/platform/store/container_source.hpp"
 #include "ox/platform/store/record_source.hpp"
+#include "ox/platform/store/sync_source.hpp"
 
 namespace ox {
 
@@ -15,6 +16,8 @@ class ContactSource : public RecordSource, public ContainerSource {
  public:
   // What was done to it, and the way back.
   virtual StoreJournal& journal() = 0;
+  // What it keeps of accounts that are in step with others.
+  virtual SyncSource& sync() = 0;
   // At the end of the process: lets go of the file, so that the last one brings the log into it.
   // Nothing when another thread is just using it.
   virtual void letGo() {}
@@ -28,6 +31,9 @@ inline RecordSource& recordSource() {
 }
 inline ContainerSource& containerSource() {
   return contactSource();
+}
+inline SyncSource& syncSource() {
+  return contactSource().sync();
 }
 
 // Puts another source in place, for the life of the process or until the next call. To be called

@@ -167,13 +167,14 @@ TEST(ForeignSchema, IsToldToAWatch) {
 }
 
 TEST(ForeignSchema, OfAnEarlierVersionIsComparedWithThatVersionAndNotBroughtUpToDate) {
-  const std::array tables = {kTablesOfVersion1, kTablesOfVersion2};
-  for (int version = 1; version <= 2; ++version) {
+  const std::array tables = {std::string(kTablesOfVersion1), std::string(kTablesOfVersion2),
+                             tablesOfVersion3()};
+  for (int version = 1; version <= 3; ++version) {
     SCOPED_TRACE(version);
     const auto path = temporaryPath("old" + std::to_string(version) + ".db").string();
     {
       sqlite::Connection store(path, sqlite::Connection::Mode::ReadWriteCreate);
-      store.execute(tables.at(static_cast<std::size_t>(version) - 1));
+      store.execute(tables.at(static_cast<std::size_t>(version) - 1).c_str());
       store.execute(("PRAGMA application_id=" + std::to_string(kStoreApplicationId) +
                      "; PRAGMA user_version=" + std::to_string(version))
                         .c_str());
@@ -191,14 +192,18 @@ TEST(ForeignSchema, OfAnEarlierVersionIsComparedWithThatVersionAndNotBroughtUpTo
 }
 
 TEST(ForeignSchema, IsThatOfThisVersionUnderTheNumberOfAnEarlierOne) {
-  const auto path = storeWith("PRAGMA user_version=2");
-  EXPECT_EQ(refusalOf(path, [&] { openStoreSource(path)->containers(); }),
-            "the table \"act\" is not made as it should be; `recover` reads what the store holds");
+  for (const auto* number : {"PRAGMA user_version=2", "PRAGMA user_version=3"}) {
+    const auto path = storeWith(number);
+    EXPECT_EQ(refusalOf(path, [&] { openStoreSource(path)->containers(); }),
+              "the index \"sqlite_autoindex_sync_login_1\" does not belong there; "
+              "`recover` reads what the store holds");
+  }
 }
 
 TEST(MissingIndex, IsToldWithWhatMakesItAnew) {
   for (const auto* index :
-       {"link_parent", "link_child", "content_card_uid", "content_fingerprint", "origin_undoes"}) {
+       {"link_parent", "link_child", "content_card_uid", "content_fingerprint", "origin_undoes",
+        "sync_card_path", "sync_card_record", "sync_conflict_card", "sync_run_container"}) {
     const auto path = storeWith(std::string("DROP INDEX ") + index);
     const auto before = fileBytes(path);
     EXPECT_EQ(
@@ -212,8 +217,8 @@ TEST(MissingIndex, IsToldWithWhatMakesItAnew) {
 }
 
 TEST(Schema, IsWhatTheStatementsSay) {
-  for (const std::string& tables :
-       {std::string(kTablesOfVersion1), std::string(kTablesOfVersion2), emptyTables()}) {
+  for (const std::string& tables : {std::string(kTablesOfVersion1), std::string(kTablesOfVersion2),
+                                    tablesOfVersion3(), emptyTables()}) {
     sqlite::Connection file(":memory:", sqlite::Connection::Mode::ReadWriteCreate);
     file.execute(tables.c_str());
     EXPECT_TRUE(sqlite::formOf(file).schema == sqlite::schemaMadeBy(tables));

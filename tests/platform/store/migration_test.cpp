@@ -154,7 +154,7 @@ TEST(Migration, KeepsACopyOfTheStoreAsItWas) {
     copies.push_back(entry.path().string());
   }
   ASSERT_EQ(copies.size(), 1U);
-  EXPECT_NE(copies.front().find("-migration-1-3.db"), std::string::npos) << copies.front();
+  EXPECT_NE(copies.front().find("-migration-1-4.db"), std::string::npos) << copies.front();
   sqlite::Connection copy(copies.front(), sqlite::Connection::Mode::ReadOnly);
   EXPECT_EQ(copy.queryInteger("PRAGMA user_version"), 1);
   EXPECT_EQ(copy.queryInteger("SELECT count(*) FROM record"), 3);

@@ -74,7 +74,7 @@ TEST(Store, RefusesANewerSchemaAndLeavesItAlone) {
     file.execute("PRAGMA user_version=99");
   }
   EXPECT_EQ(refusalOf(path),
-            "newer.db: was written by a newer version (schema 99, this version knows 3)");
+            "newer.db: was written by a newer version (schema 99, this version knows 4)");
 }
 
 TEST(Store, RefusesADamagedNumberOfTheSchema) {

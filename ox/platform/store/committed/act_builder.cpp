@@ -105,13 +105,14 @@ void ActBuilder::replaceRecord(const ReplacedRecord& record) {
     act_.added[static_cast<std::size_t>(entry->row - act_.firstRow)].replacement = &record;
     return;
   }
+  const auto image = record.keepsImage ? std::nullopt : std::optional(record.image);
   try {
     const auto before = committed_.content(entry->key);
     if (!before.values) throw RefusedRequest("there is no record " + record.key.text());
-    setContent(*entry, before, record.properties, record.image);
+    setContent(*entry, before, record.properties, image);
   } catch (const DamagedRecord&) {
     // Damaged values can be replaced all the same; nobody knows what they were.
-    setContent(*entry, {nullptr, pictureChecksum(entry->row)}, record.properties, record.image);
+    setContent(*entry, {nullptr, pictureChecksum(entry->row)}, record.properties, image);
   }
 }
 
@@ -188,6 +189,48 @@ std::string ActBuilder::applyEdit(const RecordEdit& edit) {
   setContent(*record, before, std::move(properties),
              edit.image ? std::optional(edit.image->get()) : std::nullopt);
   return refused;
+}
+
+std::vector<RecordKey> ActBuilder::outdatedOf(std::span<const Expected> expected) {
+  std::vector<RecordKey> outdated;
+  if (expected.empty()) return outdated;
+  RecordKeys keys;
+  for (const auto& each : expected) keys.push_back(each.key);
+  const auto entries = committed_.find(keys);
+  std::vector<std::int64_t> rows;
+  for (const auto& entry : entries) rows.push_back(entry ? entry->row : 0);
+  const auto now = file_.guarded([&] { return StoredRows(file_).fingerprints(rows); });
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    if (now[i] != expected[i].fingerprint) outdated.push_back(expected[i].key);
+    if (entries[i]) act_.guards.records.insert(entries[i]->row);
+  }
+  return outdated;
+}
+
+std::vector<RecordKey> ActBuilder::noteSync(const SyncRows& rows) {
+  std::vector<RecordKey> gone;
+  if (rows.empty()) return gone;
+  act_.sync = {&rows, {}, {}};
+  const auto noteContainer = [&](const std::string& identifier) {
+    if (act_.sync.containers.contains(identifier)) return;
+    const auto row = containerRow(identifier);
+    if (row == 0) throw RefusedRequest("there is no account " + identifier);
+    act_.sync.containers.emplace(identifier, row);
+  };
+  for (const auto& book : rows.books) noteContainer(book.book.container);
+  for (const auto& conflict : rows.conflicts) noteContainer(conflict.container);
+  for (const auto& run : rows.runs) noteContainer(run.container);
+  RecordKeys keys;
+  for (const auto& card : rows.cards) keys.push_back(card.card.record);
+  committed_.meet(keys);
+  act_.sync.records.reserve(rows.cards.size());
+  for (const auto& [card, texts] : rows.cards) {
+    noteContainer(card.container);
+    const auto entry = card.record.isNone() ? std::nullopt : meant(card.record);
+    if (!entry && !card.record.isNone() && card.id == 0) gone.push_back(card.record);
+    act_.sync.records.push_back(entry ? std::optional(entry->row) : std::nullopt);
+  }
+  return gone;
 }
 
 void ActBuilder::removeRecord(const Entry& entry) {

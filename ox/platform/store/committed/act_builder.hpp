@@ -4,7 +4,6 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -18,12 +17,6 @@
 #include "ox/platform/store/values/save_request.hpp"
 
 namespace ox {
-
-// A request that must not be carried out as it stands. Nothing of it is written.
-class RefusedRequest : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 // Decides an act step by step, from what is committed and from its own steps so far, and notes what
 // each step was decided upon. Writes nothing. Borrows the file, the records, and until the act is
@@ -59,11 +52,20 @@ class ActBuilder {
   };
   const std::vector<MergedValue>& merged() const { return merged_; }
   void removeRecord(const Entry& entry);
+  // Those of these records that are gone or have another fingerprint by now; the act holds only if
+  // the others stay as they are.
+  struct Expected {
+    RecordKey key;
+    std::uint64_t fingerprint = 0;
+  };
+  std::vector<RecordKey> outdatedOf(std::span<const Expected> expected);
   // Empty when the link stands then, else why it cannot.
   std::string addLink(const Link& link);
   void removeLink(const Link& link);
   // Tags are merged by the tag file as it follows.
   void changeTags(std::vector<TagChange> changes) { act_.tags = std::move(changes); }
+  // Borrowed. The result are the records that new cards name and that are not there.
+  std::vector<RecordKey> noteSync(const SyncRows& rows);
   // The act holds only if nothing in the container was added or changed meanwhile.
   void guardContainer(std::string_view identifier);
 

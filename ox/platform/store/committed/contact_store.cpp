@@ -224,11 +224,28 @@ std::vector<TagChange> tagsOfWritten(const SaveRequest& request) {
   return tags;
 }
 
+std::vector<ActBuilder::Expected> expectedBy(const SaveRequest& request) {
+  std::vector<ActBuilder::Expected> expected;
+  for (const auto& each : request.replacements) {
+    if (each.expected) expected.push_back({each.key, *each.expected});
+  }
+  for (const auto& each : request.removals) {
+    if (each.expected) expected.push_back({each.key, *each.expected});
+  }
+  return expected;
+}
+
 }  // namespace
 
 bool ContactStore::execute(SaveRequest& request) {
   std::vector<RecordKey> keys;
   bool written = false;
+  request.outdatedRecords.clear();
+  const auto refuseOutdated = [&request](std::vector<RecordKey> outdated) {
+    if (outdated.empty()) return;
+    request.outdatedRecords = std::move(outdated);
+    throw RefusedRequest("contacts were changed meanwhile");
+  };
   try {
     using enum StoreFile::Outlive;
     written = write(request.outlivesPowerCut ? PowerCut : Kill, [&](ActBuilder& builder) {
@@ -236,6 +253,8 @@ bool ContactStore::execute(SaveRequest& request) {
       if (request.moment) {
         for (const auto& record : request.additions) builder.guardContainer(record.container);
       }
+      refuseOutdated(builder.outdatedOf(expectedBy(request)));
+      meet(request);
       const bool leavesOut = request.whenOutdated == SaveRequest::WhenOutdated::LeaveOut;
       for (const auto& container : request.newContainers) builder.addContainer(container);
       keys.clear();
@@ -247,6 +266,12 @@ bool ContactStore::execute(SaveRequest& request) {
         if (!record.leftOut) builder.replaceRecord(record);
       }
       for (const auto& link : request.removedLinks) builder.removeLink(link);
+      // Before the links, which may go where a group is now that is removed.
+      for (auto& removal : request.removals) {
+        const auto entry = builder.find(removal.key);
+        removal.leftOut = !entry;
+        if (entry) builder.removeRecord(*entry);
+      }
       for (auto& link : request.links) {
         const auto refused = builder.addLink({link.group, link.child});
         if (!refused.empty() && !leavesOut) throw RefusedRequest(refused);
@@ -254,6 +279,7 @@ bool ContactStore::execute(SaveRequest& request) {
       }
       for (const auto& removal : request.removedContainers) builder.removeContainer(removal);
       builder.changeTags(tagsOfWritten(request));
+      refuseOutdated(builder.noteSync(request.sync));
     });
   } catch (const RefusedRequest& refused) {
     request.reason = refused.what();
@@ -277,6 +303,15 @@ void ContactStore::meet(const RecordChanges& changes) {
   }
   committed_.meetContents(edited);
   committed_.meet(others);
+}
+
+void ContactStore::meet(const SaveRequest& request) {
+  std::vector<RecordKey> replaced;
+  for (const auto& record : request.replacements) replaced.push_back(record.key);
+  std::vector<RecordKey> removed;
+  for (const auto& record : request.removals) removed.push_back(record.key);
+  committed_.meetContents(replaced);
+  committed_.meet(removed);
 }
 
 SaveReport ContactStore::commit(RecordChanges& changes) {

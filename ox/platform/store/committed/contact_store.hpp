@@ -77,6 +77,7 @@ class ContactStore {
                  const std::vector<ActBuilder::MergedValue>& merged) noexcept;
   void settleOutdated(SaveRequest& request);
   void meet(const RecordChanges& changes);
+  void meet(const SaveRequest& request);
   void leaveOutStored(std::span<NewRecord> additions);
 
   StoreFile file_;

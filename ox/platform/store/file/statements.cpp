@@ -52,6 +52,9 @@ constexpr std::array kStatements = {
         "i ON i.id = "
         "c.image "
         "WHERE c.record = ?1"},
+    Row{Sql::FingerprintsOfRows,
+        "SELECT k.rowid, c.fingerprint, c.sound FROM keys(?1) k "
+        "CROSS JOIN content c ON c.record = k.key"},
     Row{Sql::ImageChecksum, "SELECT checksum FROM image WHERE id = ?1"},
     Row{Sql::RecordsAfter,
         "SELECT id, uid, kind, container, checksum FROM record WHERE id > ?1 ORDER BY id"},
@@ -179,6 +182,59 @@ constexpr std::array kStatements = {
     Row{Sql::StoreName, "SELECT name, sound FROM store"},
     Row{Sql::InsertCustomProperty,
         "INSERT INTO custom_property(name, type) VALUES(?1, ?2) ON CONFLICT DO NOTHING"},
+    Row{Sql::InsertSyncLogin,
+        "INSERT INTO sync_login(name, kind, url, user, password_kind, password_source, scheme, "
+        "principal, homes, origins, client_certificate, authorities, allow_http, last_success, "
+        "last_error, not_before) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, "
+        "?14, ?15, ?16) ON CONFLICT(name) DO NOTHING"},
+    Row{Sql::UpdateSyncLogin,
+        "UPDATE OR IGNORE sync_login SET name = ?1, kind = ?2, url = ?3, user = ?4, "
+        "password_kind = ?5, password_source = ?6, scheme = ?7, principal = ?8, homes = ?9, "
+        "origins = ?10, client_certificate = ?11, authorities = ?12, allow_http = ?13, "
+        "last_success = ?14, last_error = ?15, not_before = ?16 WHERE id = ?17"},
+    // Of a container that goes, unless other books are of the same login.
+    Row{Sql::DeleteSyncLoginOf,
+        "DELETE FROM sync_login WHERE id = (SELECT login FROM sync_book WHERE container = ?1) "
+        "AND NOT EXISTS(SELECT 1 FROM sync_book WHERE login = sync_login.id AND container <> ?1)"},
+    // Of the login with that number, or with that name where the number is 0.
+    Row{Sql::PutSyncBook,
+        "INSERT INTO sync_book(container, login, url, name, read_only, token, tag, reports, "
+        "versions, most_bytes, group_spelling, last_whole, state) "
+        "SELECT ?1, id, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14 FROM sync_login "
+        "WHERE id = ?2 OR (?2 = 0 AND name = ?3) "
+        "ON CONFLICT(container) DO UPDATE SET login = excluded.login, url = excluded.url, "
+        "name = excluded.name, read_only = excluded.read_only, token = excluded.token, "
+        "tag = excluded.tag, reports = excluded.reports, versions = excluded.versions, "
+        "most_bytes = excluded.most_bytes, group_spelling = excluded.group_spelling, "
+        "last_whole = excluded.last_whole, state = excluded.state"},
+    Row{Sql::InsertSyncCard,
+        "INSERT INTO sync_card(container, record, kind, href, path, etag, uid, fingerprint, "
+        "beside, intent, keeps_less, refused, refused_fingerprint) VALUES(?1, ?2, ?3, ?4, ?5, ?6, "
+        "?7, ?8, ?9, ?10, ?11, ?12, ?13) ON CONFLICT(container, path) DO NOTHING"},
+    // Whoever keeps the record of a damaged card would make it sound.
+    Row{Sql::UpdateSyncCard,
+        "UPDATE OR IGNORE sync_card SET container = ?1, record = ifnull(?2, record), kind = ?3, "
+        "href = ?4, path = ?5, etag = ?6, uid = ?7, fingerprint = ?8, beside = ?9, intent = ?10, "
+        "keeps_less = ?11, refused = ?12, refused_fingerprint = ?13 WHERE id = ?14 AND sound"},
+    Row{Sql::DeleteSyncCards, "DELETE FROM sync_card WHERE id IN (SELECT key FROM keys(?1))"},
+    Row{Sql::PutSyncText,
+        "INSERT OR REPLACE INTO sync_text(card, text, agreed, tags, members) "
+        "VALUES(?1, ?2, ?3, ?4, ?5)"},
+    Row{Sql::InsertSyncConflict,
+        "INSERT INTO sync_conflict(card, property, theirs, ours, base, at) "
+        "SELECT id, ?3, ?4, ?5, ?6, ?7 FROM sync_card WHERE container = ?1 AND path = ?2"},
+    Row{Sql::UpdateSyncConflict,
+        "UPDATE sync_conflict SET card = (SELECT id FROM sync_card WHERE container = ?1 AND "
+        "path = ?2), property = ?3, theirs = ?4, ours = ?5, base = ?6, at = ?7 WHERE id = ?8 "
+        "AND EXISTS(SELECT 1 FROM sync_card WHERE container = ?1 AND path = ?2)"},
+    Row{Sql::DeleteSyncConflicts,
+        "DELETE FROM sync_conflict WHERE id IN (SELECT key FROM keys(?1))"},
+    Row{Sql::InsertSyncRun,
+        "INSERT INTO sync_run(container, began, ended, counts, outcome) "
+        "VALUES(?1, ?2, ?3, ?4, ?5)"},
+    Row{Sql::DeleteOldSyncRuns,
+        "DELETE FROM sync_run WHERE container = ?1 AND id <= (SELECT id FROM sync_run "
+        "WHERE container = ?1 ORDER BY id DESC LIMIT 1 OFFSET ?2)"},
 };
 
 [[noreturn]] void damagedIdentifier() {

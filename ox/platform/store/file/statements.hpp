@@ -23,6 +23,7 @@ enum class Sql : std::uint8_t {
   UidsOfRows,
   RecordsOfRows,
   ContentOfRow,
+  FingerprintsOfRows,
   ImageChecksum,
   RecordsAfter,
   RecordsBetweenUids,
@@ -75,6 +76,20 @@ enum class Sql : std::uint8_t {
   DeleteTagDebt,
   StoreName,
   InsertCustomProperty,
+  // accounts in step with others
+  InsertSyncLogin,
+  UpdateSyncLogin,
+  DeleteSyncLoginOf,
+  PutSyncBook,
+  InsertSyncCard,
+  UpdateSyncCard,
+  DeleteSyncCards,
+  PutSyncText,
+  InsertSyncConflict,
+  UpdateSyncConflict,
+  DeleteSyncConflicts,
+  InsertSyncRun,
+  DeleteOldSyncRuns,
   Count,
 };
 

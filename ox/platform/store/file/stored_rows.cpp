@@ -51,6 +51,23 @@ std::optional<StoredRows::Content> StoredRows::content(std::int64_t row) {
   return Content{decodeProperties(content.blob(0)), static_cast<std::uint64_t>(content.integer(1))};
 }
 
+std::vector<std::optional<std::uint64_t>> StoredRows::fingerprints(
+    const std::vector<std::int64_t>& rows) {
+  std::vector<std::optional<std::uint64_t>> fingerprints(rows.size());
+  sqlite::KeyList asked;
+  asked.reserve(rows.size());
+  for (const auto row : rows) asked.add(row);
+  auto& found = file_.statement(Sql::FingerprintsOfRows);
+  const sqlite::StatementScope scope(found);
+  found.bindKeys(1, asked);
+  while (found.step()) {
+    requireSound(found, 2, "a row of stored values");
+    fingerprints[static_cast<std::size_t>(found.integer(0))] =
+        static_cast<std::uint64_t>(found.integer(1));
+  }
+  return fingerprints;
+}
+
 std::optional<std::uint64_t> StoredRows::picture(std::int64_t imageRow) {
   const auto checksum = firstNumber(file_.statement(Sql::ImageChecksum).bind(1, imageRow));
   return checksum ? std::optional(static_cast<std::uint64_t>(*checksum)) : std::nullopt;

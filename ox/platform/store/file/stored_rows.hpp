@@ -30,6 +30,8 @@ class StoredRows {
   std::vector<RecordEntry> records(std::int64_t from, std::int64_t end, std::int64_t atMost = -1);
   // Missing when there is none; throws DamagedProperties.
   std::optional<Content> content(std::int64_t row);
+  // The fingerprint of what stands in each of these rows; missing where there is none.
+  std::vector<std::optional<std::uint64_t>> fingerprints(const std::vector<std::int64_t>& rows);
   // The checksum of a picture; missing when that row is not there.
   std::optional<std::uint64_t> picture(std::int64_t imageRow);
   // Every record by its row, every link by its number.

@@ -60,6 +60,13 @@ class Touched {
   std::unordered_set<std::int64_t> restored_;
 };
 
+// What was noted of accounts that are in step with others, and nothing besides, is no command of
+// anybody: there is nothing to see of it among the contacts, and nothing to take back.
+bool isOfNobody(JournalRows& journal, const JournalAct& act) {
+  return act.row.nextRecord == act.firstRecord && act.row.nextChange == act.firstChange &&
+         !journal.origin(act.origin).origin.undoes;
+}
+
 }  // namespace
 
 TakenBack::TakenBack(JournalRows& journal) {
@@ -104,6 +111,7 @@ std::vector<JournalCommand> latestCommands(ChangeReader& reader, std::size_t atM
   std::unordered_set<std::int64_t> met;
   if (atMost == 0) return commands;
   journal.actsDownFrom(INT64_MAX, [&](const JournalAct& act) {
+    if (isOfNobody(journal, act)) return true;
     const auto number = reader.commandOf(act);
     if (!met.insert(number).second) return true;
     JournalCommand command;
@@ -127,6 +135,7 @@ std::optional<std::int64_t> lastCommand(ChangeReader& reader) {
   const TakenBack takenBack(reader.journal());
   std::optional<std::int64_t> last;
   reader.journal().actsDownFrom(INT64_MAX, [&](const JournalAct& act) {
+    if (isOfNobody(reader.journal(), act)) return true;
     const auto number = reader.commandOf(act);
     if (takenBack.takesBack(number) || takenBack.by(number) || takenBack.isFinal(number))
       return true;

@@ -14,6 +14,7 @@ namespace {
 sqlite::Schema schemaOfVersion(std::int64_t version) {
   if (version == 1) return sqlite::schemaMadeBy(kTablesOfVersion1);
   if (version == 2) return sqlite::schemaMadeBy(kTablesOfVersion2);
+  if (version == 3) return sqlite::schemaMadeBy(tablesOfVersion3());
   return sqlite::schemaMadeBy(emptyTables());
 }
 

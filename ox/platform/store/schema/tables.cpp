@@ -119,6 +119,95 @@ CREATE TABLE setting(
   SUM(name, value)) WITHOUT ROWID;
 )sql";
 
+// Accounts that are in step with a book elsewhere; values/sync_rows.hpp tells what the columns
+// hold. sync_card: record is a row number without a reference, so that the card outlives its
+// record, whoever removes that, and is its record's again when that comes back in its row.
+// sync_text: apart from the card, since all cards are looked through without it. Lists are texts of
+// lines.
+constexpr std::string_view kSyncTables = R"sql(
+CREATE TABLE sync_login(
+  id INTEGER PRIMARY KEY,
+  name TEXT NOT NULL UNIQUE,
+  kind TEXT NOT NULL,
+  url TEXT NOT NULL,
+  user TEXT NOT NULL,
+  password_kind TEXT NOT NULL,
+  password_source TEXT NOT NULL,
+  scheme TEXT NOT NULL,
+  principal TEXT NOT NULL,
+  homes TEXT NOT NULL,
+  origins TEXT NOT NULL,
+  client_certificate TEXT NOT NULL,
+  authorities TEXT NOT NULL,
+  allow_http INTEGER NOT NULL,
+  last_success INTEGER NOT NULL,
+  last_error TEXT NOT NULL,
+  not_before INTEGER NOT NULL,
+  SUM(id, name, kind, url, user, password_kind, password_source, scheme, principal, homes, origins,
+      client_certificate, authorities, allow_http, last_success, last_error, not_before));
+CREATE TABLE sync_book(
+  container INTEGER PRIMARY KEY REFERENCES container(id) ON DELETE CASCADE,
+  login INTEGER NOT NULL REFERENCES sync_login(id) ON DELETE CASCADE,
+  url TEXT NOT NULL,
+  name TEXT NOT NULL,
+  read_only INTEGER NOT NULL,
+  token TEXT NOT NULL,
+  tag TEXT NOT NULL,
+  reports TEXT NOT NULL,
+  versions TEXT NOT NULL,
+  most_bytes INTEGER NOT NULL,
+  group_spelling TEXT NOT NULL,
+  last_whole INTEGER NOT NULL,
+  state INTEGER NOT NULL,
+  SUM(container, login, url, name, read_only, token, tag, reports, versions, most_bytes,
+      group_spelling, last_whole, state));
+CREATE TABLE sync_card(
+  id INTEGER PRIMARY KEY,
+  container INTEGER NOT NULL REFERENCES container(id) ON DELETE CASCADE,
+  record INTEGER,
+  kind INTEGER NOT NULL,
+  href TEXT NOT NULL,
+  path TEXT NOT NULL,
+  etag TEXT NOT NULL,
+  uid TEXT NOT NULL,
+  fingerprint INTEGER NOT NULL,
+  beside INTEGER NOT NULL,
+  intent INTEGER NOT NULL,
+  keeps_less TEXT NOT NULL,
+  refused TEXT NOT NULL,
+  refused_fingerprint INTEGER NOT NULL,
+  SUM(id, container, record, kind, href, path, etag, uid, fingerprint, beside, intent, keeps_less,
+      refused, refused_fingerprint));
+CREATE UNIQUE INDEX sync_card_path ON sync_card(container, path);
+CREATE INDEX sync_card_record ON sync_card(container, record, fingerprint, intent);
+CREATE TABLE sync_text(
+  card INTEGER PRIMARY KEY REFERENCES sync_card(id) ON DELETE CASCADE,
+  text BLOB NOT NULL,
+  agreed BLOB NOT NULL,
+  tags BLOB NOT NULL,
+  members BLOB NOT NULL,
+  SUM(card, text, agreed, tags, members));
+CREATE TABLE sync_conflict(
+  id INTEGER PRIMARY KEY,
+  card INTEGER NOT NULL REFERENCES sync_card(id) ON DELETE CASCADE,
+  property TEXT NOT NULL,
+  theirs BLOB NOT NULL,
+  ours BLOB NOT NULL,
+  base BLOB NOT NULL,
+  at INTEGER NOT NULL,
+  SUM(id, card, property, theirs, ours, base, at));
+CREATE INDEX sync_conflict_card ON sync_conflict(card);
+CREATE TABLE sync_run(
+  id INTEGER PRIMARY KEY,
+  container INTEGER NOT NULL REFERENCES container(id) ON DELETE CASCADE,
+  began INTEGER NOT NULL,
+  ended INTEGER NOT NULL,
+  counts BLOB NOT NULL,
+  outcome TEXT NOT NULL,
+  SUM(id, container, began, ended, counts, outcome));
+CREATE INDEX sync_run_container ON sync_run(container);
+)sql";
+
 constexpr std::string_view kFirstRows = R"sql(
 INSERT INTO container(identifier, name, type) VALUES('_local:ABAccount', 'On My Mac', 1);
 )sql";
@@ -126,8 +215,15 @@ INSERT INTO container(identifier, name, type) VALUES('_local:ABAccount', 'On My 
 }  // namespace
 
 std::string emptyTables() {
-  return sqlite::withRowSums(
-      std::string(kRecordTables).append(kLinkTable).append(kContentTables).append(kJournalTables));
+  return sqlite::withRowSums(std::string(kRecordTables)
+                                 .append(kLinkTable)
+                                 .append(kContentTables)
+                                 .append(kJournalTables)
+                                 .append(kSyncTables));
+}
+
+std::string syncTables() {
+  return sqlite::withRowSums(std::string(kSyncTables));
 }
 
 std::string newJournal(std::string_view nextRecord, std::string_view nextLink) {

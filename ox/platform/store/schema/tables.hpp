@@ -5,12 +5,13 @@
 
 namespace ox {
 
-inline constexpr int kSchemaVersion = 3;
+inline constexpr int kSchemaVersion = 4;
 
-// The statements that make the tables of a store, without a row; those that begin a journal, with
-// an act of nobody, in a store whose next record and link have these numbers, or what these
-// expressions come to.
+// The statements that make the tables of a store, without a row; of these, those that keep accounts
+// which are in step with a book elsewhere; those that begin a journal, with an act of nobody, in a
+// store whose next record and link have these numbers, or what these expressions come to.
 std::string emptyTables();
+std::string syncTables();
 std::string newJournal(std::string_view nextRecord, std::string_view nextLink);
 
 // Those that make the tables of a new store, with what is in them from the beginning.

@@ -13,7 +13,7 @@ namespace ox {
 
 // The store and this process's unsaved changes behind one lock: every operation may be called on
 // any thread, and is one look or one change.
-class LockedSource final : public ContactSource {
+class LockedSource final : public ContactSource, private SyncSource {
  public:
   explicit LockedSource(const StoreAddress& address);
 
@@ -78,7 +78,26 @@ class LockedSource final : public ContactSource {
   void noteFollowedTags(std::int64_t number) override;
   void checkpoint() override;
 
+  // SyncSource: sync_view.cpp.
+  SyncSource& sync() override { return *this; }
+  std::vector<SyncLogin> syncLogins() override;
+  std::vector<SyncBook> syncBooks() override;
+  std::vector<SyncCardNow> syncCards(std::string_view container) override;
+  std::vector<SyncCardNow> changedSyncCards(std::string_view container) override;
+  std::vector<SyncCardNow> syncCardsOfGroups(std::string_view container) override;
+  std::vector<SyncCardNow> syncCardsAt(std::string_view container,
+                                       std::span<const std::string> paths) override;
+  std::size_t countSyncCards(std::string_view container) override;
+  std::vector<RecordWithoutCard> recordsWithoutCard(std::string_view container) override;
+  std::vector<SyncCard::Texts> syncCardTexts(std::span<const std::int64_t> ids) override;
+  std::vector<SyncConflict> syncConflicts() override;
+  std::vector<SyncRun> syncRuns(std::string_view container, std::size_t atMost) override;
+
  private:
+  template <typename Ask>
+  auto askSync(Ask ask);
+  template <typename Ask>
+  auto askSyncOf(std::string_view container, Ask ask);
   // The running act, or nobody, whose change one of that record is.
   ActId ownerOf(const RecordKey& key) const;
   ActId ownerOfLink(const RecordKey& group, const RecordKey& child) const;

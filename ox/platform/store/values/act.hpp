@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -68,6 +69,14 @@ struct Act {
     ContainerInfo info;
   };
 
+  // What is kept of accounts in step with others; what it names is resolved to rows.
+  struct NotedSync {
+    const SyncRows* rows = nullptr;  // null: nothing
+    std::map<std::string, std::int32_t, std::less<>> containers;
+    // For each card the row of its record; missing: the one that it has.
+    std::vector<std::optional<std::int64_t>> records;
+  };
+
   Uuid name = makeUuid();  // the same when it is written again after an unknown outcome
   StoreMoment decidedAt;
   std::int64_t firstRow = 0;
@@ -85,11 +94,12 @@ struct Act {
   std::vector<RecordEntry> removed;
   std::vector<ChangedContainer> removedContainers;
   std::vector<TagChange> tags;  // for the tag file to follow
+  NotedSync sync;
   // The tag file has followed every act up to this one.
   std::optional<std::int64_t> followedTags;
 
   std::size_t countOfRecords() const {
-    return restored.size() + added.size() + changed.size() + removed.size();
+    return restored.size() + added.size() + changed.size() + removed.size() + sync.records.size();
   }
 
   // Whether there is nothing to write. That a command was taken back is told even where others have
@@ -97,7 +107,7 @@ struct Act {
   bool empty() const {
     return !(origin && origin->undoes) && addedContainers.empty() && restored.empty() &&
            added.empty() && changed.empty() && removedLinks.empty() && addedLinks.empty() &&
-           removed.empty() && removedContainers.empty() && tags.empty();
+           removed.empty() && removedContainers.empty() && tags.empty() && sync.rows == nullptr;
   }
 };
 

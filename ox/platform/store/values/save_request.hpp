@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -11,12 +12,19 @@
 #include "ox/platform/store/values/container_info.hpp"
 #include "ox/platform/store/values/spill_file.hpp"
 #include "ox/platform/store/values/store_moment.hpp"
+#include "ox/platform/store/values/sync_rows.hpp"
 #include "ox/platform/store/values/unsaved_changes.hpp"
 #include "ox/records/encoded_values.hpp"
 #include "ox/records/property_bag.hpp"
 #include "ox/records/tag_change.hpp"
 
 namespace ox {
+
+// A request that must not be carried out as it stands. Nothing of it is written.
+class RefusedRequest : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 // The wish to remove a container.
 struct ContainerRemoval {
@@ -53,6 +61,17 @@ struct ReplacedRecord {
   PropertyBag properties;
   Data image;
   bool leftOut = false;  // see SaveRequest
+  // contentFingerprint that the record must still have.
+  std::optional<std::uint64_t> expected = std::nullopt;
+  bool keepsImage = false;  // the stored picture stays, whatever `image` says
+};
+
+struct RecordRemoval {
+  RecordKey key;
+  // contentFingerprint that the record must still have; missing: it goes whatever it says, and one
+  // that is not there is left out.
+  std::optional<std::uint64_t> expected = std::nullopt;
+  bool leftOut = false;
 };
 
 struct NewLink {
@@ -67,10 +86,14 @@ struct SaveRequest {
   std::vector<NewRecord> additions;
   std::vector<ReplacedRecord> replacements;
   std::vector<Link> removedLinks;  // one that is not there is left alone
-  std::vector<NewLink> links;      // one that exists already is left alone
+  std::vector<RecordRemoval> removals = {};
+  std::vector<NewLink> links;  // one that exists already is left alone
   std::vector<ContainerRemoval> removedContainers;
   // For the journal, and for the tag file to follow; without those of records that are left out.
   std::vector<TagChange> tags = {};
+  // A card may be that of one of the additions, by the key that this has in the request. One that
+  // is stored keeps its record where it names none, or one that is gone.
+  SyncRows sync = {};
   // Whether it is waited for until it would outlive a power cut, and not the process alone.
   bool outlivesPowerCut = false;
 
@@ -86,11 +109,14 @@ struct SaveRequest {
   WhenOutdated whenOutdated = WhenOutdated::Refuse;
 
   std::string reason;  // why nothing was written, when execute answers false
+  // Then those records that are not as `expected` any more, or that a new card names and that are
+  // gone: to be read and planned anew.
+  std::vector<RecordKey> outdatedRecords = {};
 
   // Additions and links alone, put together without a look at the store.
   bool onlyCreates() const {
     return newContainers.empty() && replacements.empty() && removedLinks.empty() &&
-           removedContainers.empty() && tags.empty() && !moment;
+           removals.empty() && removedContainers.empty() && tags.empty() && sync.empty() && !moment;
   }
 };
 

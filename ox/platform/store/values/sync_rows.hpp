@@ -46,10 +46,10 @@ struct SyncBook {
   std::string url;
   std::string name;  // there
   bool isReadOnly = false;
-  std::string token;           // of the last listing
-  std::string tag;             // what a listing of all books told of this one
-  std::string reports;         // that the server supports
-  std::string versions;        // of cards that it takes
+  std::string token;            // of the last listing
+  std::string tag;              // what a listing of all books told of this one
+  std::string reports;          // that the server supports
+  std::string versions;         // of cards that it takes
   std::uint64_t mostBytes = 0;  // of a card; 0: not known
   std::string groupSpelling;
   std::int64_t lastWhole = 0;  // when everything was listed, milliseconds since 1970; 0: never
@@ -77,8 +77,8 @@ struct SyncCard {
   // What was agreed beside values and picture (tags, members), as a number.
   std::uint64_t beside = 0;
   Intent intent = Intent::None;
-  std::string keepsLess;               // what the server does not keep, in words
-  std::string refused;                 // why it was refused last; empty: it was not
+  std::string keepsLess;                 // what the server does not keep, in words
+  std::string refused;                   // why it was refused last; empty: it was not
   std::uint64_t refusedFingerprint = 0;  // what was refused
 
   // Read by syncCardTexts alone.
@@ -140,18 +140,18 @@ struct SyncRun {
 // What one act notes of all this, in this order. Rows with an id, and books that are there, are
 // replaced.
 struct SyncRows {
-  std::vector<std::int64_t> removedConflicts;
-  std::vector<std::int64_t> removedCards;  // with their conflicts
-  std::vector<SyncLogin> logins;
+  std::vector<std::int64_t> removedConflicts = {};
+  std::vector<std::int64_t> removedCards = {};  // with their conflicts
+  std::vector<SyncLogin> logins = {};
   // Of a login without id: that of the same name, which may be of this act.
   struct BookOfLogin {
     SyncBook book;
     std::string login;  // name, where book.login is 0
   };
-  std::vector<BookOfLogin> books;
-  std::vector<SyncCardChange> cards;
-  std::vector<SyncConflict> conflicts;
-  std::vector<SyncRun> runs;
+  std::vector<BookOfLogin> books = {};
+  std::vector<SyncCardChange> cards = {};
+  std::vector<SyncConflict> conflicts = {};
+  std::vector<SyncRun> runs = {};
 
   bool empty() const {
     return removedConflicts.empty() && removedCards.empty() && logins.empty() && books.empty() &&

@@ -46,6 +46,7 @@ ActWriter::Outcome ActWriter::write() {
   noteTags();
   written_.linksOfRemoved = links_.removeLinksOf(act_.removed);
   removeRecords();
+  noteSync();
   removeContainers();
   const auto origin = file_.originRow(act_.origin, last_.moment.number + 1);
   written_.row = journal_.writeAct(act_.name, origin, nextRow_, links_.nextLink());
@@ -191,8 +192,8 @@ void ActWriter::addRecords() {
 
 void ActWriter::insertContent(std::int64_t row, const Act::AddedRecord& added) {
   const auto* replaced = added.replacement;
-  const auto picture =
-      insertPicture(replaced != nullptr ? replaced->image : pictureOf(*added.record));
+  const bool hasNewPicture = replaced != nullptr && !replaced->keepsImage;
+  const auto picture = insertPicture(hasNewPicture ? replaced->image : pictureOf(*added.record));
   const auto& encoded = added.record->encoded;
   const auto& known = added.record->fingerprint;
   if (replaced == nullptr && encoded) {
@@ -291,6 +292,7 @@ void ActWriter::noteRemoval(const RecordEntry& record, const sqlite::Statement& 
 
 void ActWriter::removeContainers() {
   for (const auto& container : act_.removedContainers) {
+    file_.statement(Sql::DeleteSyncLoginOf).bind(1, container.row).run();
     file_.statement(Sql::DeleteContainer).bind(1, container.row).run();
     noteContainer(ChangeKind::ContainerRemoved, container.row, container.info);
   }
@@ -310,6 +312,13 @@ void ActWriter::noteTags() {
   if (!act_.tags.empty()) {
     file_.statement(Sql::InsertTagDebt).bind(1, last_.moment.number + 1).run();
   }
+}
+
+void ActWriter::noteSync() {
+  if (act_.sync.rows == nullptr) return;
+  const SyncWriter::Rows rows{[&](std::int64_t decided) { return rowOf(decided); },
+                              [&](std::int32_t decided) { return containerOf(decided); }};
+  SyncWriter(file_, act_.sync, rows).write();
 }
 
 std::optional<std::int64_t> ActWriter::rowOfPerson(const std::string& identifier) {

@@ -12,6 +12,7 @@
 #include "ox/platform/store/writing/journal_writer.hpp"
 #include "ox/platform/store/writing/link_writer.hpp"
 #include "ox/platform/store/writing/record_writer.hpp"
+#include "ox/platform/store/writing/sync_writer.hpp"
 
 namespace ox {
 
@@ -54,6 +55,7 @@ class ActWriter {
   void removeRecords();
   void removeContainers();
   void noteTags();
+  void noteSync();
 
   void noteContainer(ChangeKind what, std::int32_t row, const ContainerInfo& info);
   bool insertRecord(const RecordEntry& record);

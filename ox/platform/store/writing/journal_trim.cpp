@@ -33,11 +33,14 @@ std::int64_t mostBytes(sqlite::Connection& file, const JournalBounds& bounds) {
   return std::max(kFewestBytes, store / 10);
 }
 
-// The first act that must stay whatever the bounds say.
+// The first act that must stay whatever the bounds say. One that has neither added nor changed a
+// contact is no command.
 std::int64_t firstToStay(sqlite::Connection& file) {
   const auto ofLastCommand = file.queryInteger(
       "SELECT CASE WHEN o.together THEN o.first_act ELSE a.number END FROM act a "
-      "LEFT JOIN origin o ON o.id = a.origin ORDER BY a.number DESC LIMIT 1");
+      "LEFT JOIN origin o ON o.id = a.origin JOIN act b ON b.number = a.number - 1 "
+      "WHERE o.undoes IS NOT NULL OR a.next_record <> b.next_record "
+      "OR a.next_change <> b.next_change ORDER BY a.number DESC LIMIT 1");
   const auto last = file.queryInteger("SELECT ifnull(max(number), 0) FROM act");
   const auto owed = file.queryInteger("SELECT ifnull(min(number), -1) FROM tag_debt");
   const auto first = ofLastCommand > 0 ? ofLastCommand : last;
