@@ -28,21 +28,21 @@ std::vector<std::string> parserWords(int argc, const char* const* argv) {
   return words;
 }
 
+std::string shellWord(std::string_view word) {
+  const bool isPlain =
+      !word.empty() && word.find_first_of(" \t\n\"'\\$`*?[]#~&|;<>()!") == std::string_view::npos;
+  if (isPlain) return std::string(word);
+  std::string quoted = "'";
+  for (const char c : word) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
 std::string commandLine(int argc, const char* const* argv) {
   constexpr std::size_t kLongest = 4096;
   std::string line;
   for (int i = 1; i < argc && line.size() < kLongest; ++i) {
-    const std::string_view word = argv[i];
-    const bool isPlain =
-        !word.empty() && word.find_first_of(" \t\n\"'\\$`*?[]#~&|;<>()!") == std::string_view::npos;
     if (!line.empty()) line += ' ';
-    if (isPlain) {
-      line += word;
-      continue;
-    }
-    line += '\'';
-    for (const char c : word) line += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    line += '\'';
+    line += shellWord(argv[i]);
   }
   if (line.size() > kLongest) line.resize(kLongest);
   return line;

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ox::program {
@@ -12,7 +13,9 @@ namespace ox::program {
 // The words of the command line, marked where the parser would not take them as they stand and in
 // the order in which it wants them: the last one first.
 std::vector<std::string> parserWords(int argc, const char* const* argv);
-// The words as the user could have typed them, for the journal; of a very long line the beginning.
+// A word as the user could have typed it to a shell, and all of them, for the journal; of a very
+// long line the beginning.
+std::string shellWord(std::string_view word);
 std::string commandLine(int argc, const char* const* argv);
 // Without the mark, for a message.
 std::string withoutMark(std::string word);

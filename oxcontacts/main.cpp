@@ -80,6 +80,7 @@ void declareCommands(CLI::App& program, const Context& context) {
   room("Change", {declareEdit, declareEditPersons, declareMerge, declareCopy, declareTag,
                   declarePhoto, declareEditGroups, declareMembers});
   room("Carry to and from files", {declareImport, declareExport, declarePage, declareQr});
+  room("Keep in step", {declareSync});
   room("Keep safe", {declareUndo, declareLog, declareTrash, declareForget, declareBackup,
                      declareRestore, declareCopies, declareCheck, declareRecover});
   room("Help", {declareHelp, declareComplete});

@@ -11,6 +11,7 @@ namespace ox::program {
 // the run.
 void declareAccounts(CLI::App& program, const Context& context);
 void declareImport(CLI::App& program, const Context& context);
+void declareSync(CLI::App& program, const Context& context);
 void declareBooks(CLI::App& program, const Context& context);
 void declareConfig(CLI::App& program, const Context& context);
 void declarePersons(CLI::App& program, const Context& context);

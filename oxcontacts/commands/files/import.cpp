@@ -13,8 +13,8 @@
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/json.hpp"
 #include "oxcontacts/output/progress_bar.hpp"
+#include "oxcontacts/output/report_file.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
-#include "oxcontacts/output_file.hpp"
 
 namespace ox::program {
 namespace {
@@ -66,30 +66,15 @@ bool isSameFile(const std::string& one, const std::string& other) {
   return placeOf(one) == placeOf(other) || std::filesystem::equivalent(one, other, error);
 }
 
-// Opened before anything is imported, so that it can be written afterwards; missing when none is
-// asked for.
+// Never one of the files that are read.
 std::optional<OutputFile> reportFileFor(const Arguments& arguments) {
   const auto& path = arguments.reportFile;
-  if (path.empty()) return std::nullopt;
-  if (OutputFile::isStandardOutput(path)) {
-    throw CommandError(kUsage, "the report needs a file of its own; --json prints it");
-  }
   for (const auto& input : arguments.files) {
-    if (isSameFile(input, path)) throw CommandError(kFailed, path + ": is to be imported");
+    if (!path.empty() && isSameFile(input, path)) {
+      throw CommandError(kFailed, path + ": is to be imported");
+    }
   }
-  return std::optional<OutputFile>(std::in_place, path);
-}
-
-// False, and the user told why, when it could not be written.
-bool writeReport(OutputFile& file, const Json& json) {
-  try {
-    file.write(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-    file.commit();
-    return true;
-  } catch (const std::exception& error) {
-    Context::complain("the report could not be written: " + std::string(error.what()));
-    return false;
-  }
+  return reportFileAt(path);
 }
 
 // Files with which nothing could be done come at the end, where nobody misses them.

@@ -2,9 +2,13 @@
 #include "ox/OxMacAddressBookSDK/admin/accounts.hpp"
 
 #include <array>
+#include <optional>
 #include <string_view>
 
+#include "ox/sync/logins.hpp"
 #include "oxcontacts/commands/commands.hpp"
+#include "oxcontacts/commands/sync/add_login.hpp"
+#include "oxcontacts/commands/sync/status.hpp"
 #include "oxcontacts/edit/saving.hpp"
 #include "oxcontacts/find.hpp"
 #include "oxcontacts/guarded_copy.hpp"
@@ -28,24 +32,40 @@ CNContainerType typeOf(std::string_view word) {
   return CNContainerTypeUnassigned;
 }
 
-Json accountJson(const CNContainer& account) {
+// What the account is in step with; missing when that is nothing.
+std::optional<sync::KnownBook> bookElsewhere(const std::vector<sync::KnownBook>& known,
+                                             const CNContainer& account) {
+  for (const auto& book : known) {
+    if (book.container == account.identifier()) return book;
+  }
+  return std::nullopt;
+}
+
+Json accountJson(const CNContainer& account, const std::optional<sync::KnownBook>& book) {
   return {{"identifier", jsonOf(account.identifier())},
           {"name", jsonOf(account.name())},
-          {"type", typeWord(account.type())}};
+          {"type", typeWord(account.type())},
+          {"sync", book ? syncJson(*book) : Json()}};
 }
 
 void listAccounts(const Context& context) {
   const auto all = accounts();
+  const auto known = sync::knownBooks();
   if (context.json) {
     JsonList list;
-    for (const auto& account : all) list.add(accountJson(*account));
+    for (const auto& account : all) list.add(accountJson(*account, bookElsewhere(known, *account)));
     list.close();
     return;
   }
-  Table table({{"NAME"}, {"TYPE"}, {"IDENTIFIER"}});
+  std::vector<Table::Column> columns = {{"NAME"}, {"TYPE"}, {"IDENTIFIER"}};
+  if (!known.empty()) columns.push_back({"IN STEP WITH"});
+  Table table(std::move(columns));
   for (const auto& account : all) {
-    table.addRow({account->name().value_or(""), typeWord(account->type()),
-                  account->identifier().value_or("")});
+    std::vector<std::string> cells = {account->name().value_or(""), typeWord(account->type()),
+                                      account->identifier().value_or("")};
+    const auto book = bookElsewhere(known, *account);
+    if (!known.empty()) cells.push_back(book ? book->url : "");
+    table.addRow(std::move(cells));
   }
   table.print(context);
 }
@@ -54,24 +74,31 @@ struct NewAccount {
   std::string name;
   std::string type = "carddav";
   std::string identifier;
+  LoginArguments login;
 };
 
-void tellAccount(const Context& context, const CNContainer& account, const std::string& what) {
+void tellAccount(const Context& context, const CNContainer& account,
+                 const std::optional<sync::KnownBook>& book, const std::string& what) {
   if (context.json) {
-    printJson(accountJson(account));
+    printJson(accountJson(account, book));
   } else {
     context.tell(what);
   }
 }
 
 void add(const Context& context, const NewAccount& wanted) {
+  if (wanted.login.namesPlace()) return addLoginFor(context, wanted.name, wanted.login);
+  if (wanted.login.needsPlace()) {
+    throw CommandError(kUsage,
+                       "what the account is to be in step with is not said: --url or --folder");
+  }
   const auto& identifier = wanted.identifier;
   if (!identifier.empty() && OxMacAddressBook::standID(identifier)->empty()) {
     throw CommandError(kUsage, "\"" + identifier + "\" is no identifier");
   }
   const auto account = addAccount(wanted.name, typeOf(wanted.type), identifier);
   tellAccount(
-      context, *account,
+      context, *account, std::nullopt,
       "added " + account->name().value_or("") + " (" + account->identifier().value_or("") + ")");
 }
 
@@ -79,6 +106,7 @@ void remove(const Context& context, const std::string& text, WithRecords withRec
   const auto account = findAccount(text);
   const auto identifier = account->identifier().value_or("");
   const auto name = account->name().value_or("");
+  const auto book = bookElsewhere(sync::knownBooks(), *account);
   const bool holdsPersons = !recordsOfAccount(identifier, RecordKind::Person).empty();
   const bool holdsGroups = !recordsOfAccount(identifier, RecordKind::Group).empty();
   if (withRecords == WithRecords::No && (holdsPersons || holdsGroups)) {
@@ -87,7 +115,8 @@ void remove(const Context& context, const std::string& text, WithRecords withRec
   if (holdsPersons || holdsGroups) keepCopyBefore(context, "accounts-remove");
   const failures::Watch watch;
   if (!removeAccount(identifier, withRecords)) refuseTagsLeft(watch);
-  tellAccount(context, *account, "removed " + name);
+  tellAccount(context, *account, book,
+              "removed " + name + (book ? "; nothing was deleted at " + book->url : ""));
 }
 
 void declareAdd(CLI::App& accounts, const Context& context) {
@@ -99,6 +128,12 @@ void declareAdd(CLI::App& accounts, const Context& context) {
       ->type_name("TYPE");
   command->add_option("--identifier", account->identifier, "Its identifier (else a new one)")
       ->type_name("ID");
+  declareLoginOptions(*command, account->login);
+  for (const auto* place : {"--url", "--folder"}) {
+    for (const auto* own : {"--type", "--identifier"}) {
+      command->get_option(place)->excludes(command->get_option(own));
+    }
+  }
   command->callback([&context, account] { add(context, *account); });
 }
 

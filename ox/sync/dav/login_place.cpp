@@ -1,0 +1,63 @@
+#include "ox/sync/dav/login_place.hpp"
+
+#include <string_view>
+
+#include "ox/base/text/ascii_case.hpp"
+#include "ox/sync/dav/wire/dav_href.hpp"
+#include "ox/sync/remote/remote_error.hpp"
+
+namespace ox::sync {
+
+namespace {
+
+// RFC 6764, section 5. Not every server has the well-known address, whatever it answers there.
+void addServer(const std::string& origin, const std::string& path,
+               std::vector<std::string>& starts) {
+  if (!path.empty() && path != "/") {
+    starts.push_back(origin + path);
+    return;
+  }
+  starts.push_back(origin + "/.well-known/carddav");
+  starts.push_back(origin + "/");
+}
+
+void addServices(const std::string& service, const std::string& scheme, const std::string& domain,
+                 const Resolver& resolver, std::vector<std::string>& starts) {
+  const auto records = resolver(service, domain);
+  for (const auto& target : records.targets) {
+    addServer(scheme + "://" + target.host + ":" + std::to_string(target.port), records.path,
+              starts);
+  }
+}
+
+[[noreturn]] void refuse(const std::string& url) {
+  throw RemoteError(RemoteFailure::Usage,
+                    url + " is no URL, no host, and no address with a domain.");
+}
+
+}  // namespace
+
+LoginPlace loginPlace(const LoginSettings& settings, const Resolver& resolver) {
+  const auto& url = settings.url;
+  LoginPlace place;
+  if (url.empty() || url.find_first_of(" \t\r\n") != std::string::npos) refuse(url);
+  const bool isUrl = url.find("://") != std::string::npos;
+  const auto at = url.rfind('@');
+  if (!isUrl && at != std::string::npos) {
+    place.domain = lowerCase(url.substr(at + 1));
+    if (place.domain.empty() || place.domain.find('/') != std::string::npos) refuse(url);
+    addServices("_carddavs._tcp", "https", place.domain, resolver, place.starts);
+    if (place.starts.empty() && settings.allowHttp) {
+      addServices("_carddav._tcp", "http", place.domain, resolver, place.starts);
+    }
+    if (place.starts.empty()) addServer("https://" + place.domain, {}, place.starts);
+    return place;
+  }
+  const auto parts = urlParts(isUrl ? url : "https://" + url);
+  if ((parts.scheme != "https" && parts.scheme != "http") || parts.authority.empty()) refuse(url);
+  place.domain = hostOf(parts.scheme + "://" + parts.authority);
+  addServer(parts.scheme + "://" + parts.authority, parts.path, place.starts);
+  return place;
+}
+
+}  // namespace ox::sync
