@@ -1,8 +1,9 @@
 #pragma once
 
-#include <optional>
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -22,7 +23,17 @@ struct CardContent {
   Data photo;
   std::vector<std::string> categories;  // of a person: the tags
   std::vector<std::string> members;     // of a group: UIDs as uidKey gives them, in order
+  // How the card writes its categories: lines, and how many of the unmodelled ones stand before
+  // each. Nothing is compared or merged by it.
+  std::vector<std::pair<std::size_t, std::string>> categoryLines = {};
 };
+
+// What a stored record says: `tags` are those of a person, `members` the UIDs of a group's.
+CardContent contentOfRecord(bool isGroup, PropertyBag properties, Data photo,
+                            std::vector<std::string> tags, std::vector<std::string> members);
+// What a record is to hold to say it, its tags and members aside: what an import of such a card
+// makes, with lines that say the categories.
+PropertyBag propertiesOfRecord(const CardContent& content);
 
 // A card read from a text that holds exactly one, or why it cannot be taken ("two cards in one
 // resource", what the reader refuses).
@@ -33,7 +44,8 @@ struct ReadCard {
 };
 std::variant<ReadCard, std::string> readCard(std::string_view text);
 
-// Whether two contents say the same: identifiers of entries, the UID, REV and PRODID do not count.
+// Whether two contents say the same. Identifiers and order of entries do not count, nor do the UID,
+// REV and PRODID, and what a card says of a value beside it (its spelling, parameters of no label).
 bool sameContent(const CardContent& a, const CardContent& b);
 
 // The names of the properties in which they differ, for people ("phone", "photo", "members").

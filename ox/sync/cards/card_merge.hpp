@@ -19,9 +19,12 @@ struct ValueConflict {
 };
 
 struct MergedCard {
-  CardContent content;        // what the record becomes
-  bool changesOurs = false;   // it is not what the record says
-  bool changesTheirs = false;  // their text has to be edited to say it
+  CardContent content;         // what the record becomes
+  bool changesOurs = false;    // it is not what the record says
+  bool changesTheirs = false;  // their text has to be edited: to say what `forThem` says
+  // What their text says with what changed here: the other end of an edit of it (card_edit.hpp).
+  // What the two sides spell differently for good stays there as it is, unlike in `content`.
+  CardContent forThem;
   std::vector<ValueConflict> conflicts;
 };
 
