@@ -86,7 +86,7 @@ bool executeWithTags(SaveRequest& request, const RecordKeys& goingPersons, bool&
   const bool held = holdWithoutTags(goingPersons);
   request.tags = TagHold::changesOfThread();
   // Tags that are synced before what they follow would be gone alone after a power cut.
-  request.outlivesPowerCut = !request.tags.empty();
+  request.outlivesPowerCut = request.outlivesPowerCut || !request.tags.empty();
   if (!containerSource().execute(request)) return false;
   const bool followed = followAct(request.tags);
   tagsAreSafe = OxTagManager::makeDurable() && held && followed;

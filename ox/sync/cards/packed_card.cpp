@@ -188,7 +188,11 @@ bool needsPicture(std::string_view packed) {
   return readerOf(packed).number() != 0;
 }
 
-std::string unpackedCard(std::string_view packed, const Data& picture) {
+namespace {
+
+enum class Picture : bool { TheSame, Another };
+
+std::string unpacked(std::string_view packed, const Data& picture, Picture which) {
   auto reader = readerOf(packed);
   const bool isWithout = reader.number() != 0;
   std::size_t at = 0;
@@ -200,7 +204,9 @@ std::string unpackedCard(std::string_view packed, const Data& picture) {
     folds.further = reader.number();
     folds.isPadded = reader.number() != 0;
     folds.joint = reader.text();
-    if (!picture || checksum128(*picture) != reader.text()) {
+    const auto sum = reader.text();
+    const bool isIt = picture && (which == Picture::Another || checksum128(*picture) == sum);
+    if (!isIt) {
       throw DamagedBytes("the picture of a stored card is another one");
     }
     letters = folded(base64Of(picture, folds.isPadded), folds);
@@ -212,8 +218,19 @@ std::string unpackedCard(std::string_view packed, const Data& picture) {
   auto text = inflated(bytes, size);
   if (at > text.size()) damaged();
   text.insert(at, letters);
-  if (checksum64(text) != checksum) damaged();
+  const bool isExact = !isWithout || which == Picture::TheSame;
+  if (isExact && checksum64(text) != checksum) damaged();
   return text;
+}
+
+}  // namespace
+
+std::string unpackedCard(std::string_view packed, const Data& picture) {
+  return unpacked(packed, picture, Picture::TheSame);
+}
+
+std::string unpackedWithOther(std::string_view packed, const Data& picture) {
+  return unpacked(packed, picture, Picture::Another);
 }
 
 }  // namespace ox::sync

@@ -16,4 +16,7 @@ bool needsPicture(std::string_view packed);
 // picture is another one.
 std::string unpackedCard(std::string_view packed, const Data& picture);
 
+// The same with another picture in the place of one that was left out.
+std::string unpackedWithOther(std::string_view packed, const Data& picture);
+
 }  // namespace ox::sync

@@ -1,0 +1,110 @@
+#include "ox/sync/run/agreed.hpp"
+
+#include <cstring>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "ox/base/checksum.hpp"
+#include "ox/records/damaged_bytes.hpp"
+#include "ox/records/packed_bytes.hpp"
+#include "ox/records/property_codec.hpp"
+#include "ox/sync/cards/packed_card.hpp"
+
+namespace ox::sync {
+namespace {
+
+constexpr char kListVersion = 1;
+
+std::string packedList(const std::vector<std::string>& texts) {
+  if (texts.empty()) return {};
+  PackedWriter writer(kListVersion);
+  writer.number(texts.size());
+  for (const auto& text : texts) writer.text(text);
+  return std::move(writer).withChecksum();
+}
+
+std::vector<std::string> unpackedList(std::string_view bytes) {
+  std::vector<std::string> texts;
+  if (bytes.empty()) return texts;
+  PackedReader<DamagedBytes> reader(bytes, kListVersion, "an agreed list is damaged");
+  const auto count = reader.count(1);
+  texts.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) texts.push_back(reader.text());
+  reader.end();
+  return texts;
+}
+
+// How a member is noted: linked, or said by the card alone.
+constexpr char kLinked = '+';
+constexpr char kUnlinked = '-';
+
+// Equal to no picture, since it is none.
+const Data& otherPicture() {
+  static const auto& other = *new Data(makeData("?"));
+  return other;
+}
+
+bool isPicture(const Data& picture, std::uint64_t checksum) {
+  return picture ? checksum64(*picture) == checksum : checksum == 0;
+}
+
+}  // namespace
+
+std::uint64_t agreedPicture(const SyncCard::Texts& texts) {
+  std::uint64_t picture = 0;
+  if (texts.agreed.size() < sizeof picture) throw DamagedBytes("agreed values are damaged");
+  std::memcpy(&picture, texts.agreed.data(), sizeof picture);
+  return picture;
+}
+
+std::string packedMembers(const std::vector<std::string>& members,
+                          const std::vector<std::string>& unlinked) {
+  const std::unordered_set<std::string_view> out(unlinked.begin(), unlinked.end());
+  std::vector<std::string> noted;
+  noted.reserve(members.size());
+  for (const auto& member : members)
+    noted.push_back((out.contains(member) ? kUnlinked : kLinked) + member);
+  return packedList(noted);
+}
+
+std::vector<std::string> unlinkedMembers(const SyncCard::Texts& texts) {
+  std::vector<std::string> unlinked;
+  for (auto& noted : unpackedList(texts.members)) {
+    if (noted.starts_with(kUnlinked)) unlinked.push_back(noted.substr(1));
+  }
+  return unlinked;
+}
+
+SyncCard::Texts agreedTexts(std::string_view text, const CardContent& ours) {
+  SyncCard::Texts texts;
+  texts.text = packedCard(text, ours.photo);
+  const std::uint64_t picture = ours.photo ? checksum64(*ours.photo) : 0;
+  texts.agreed.assign(reinterpret_cast<const char*>(&picture), sizeof picture);
+  texts.agreed += encodeProperties(ours.properties);
+  texts.tags = packedList(ours.categories);
+  texts.members = packedMembers(ours.members, {});
+  return texts;
+}
+
+CardContent agreedContent(const SyncCard& card, const SyncCard::Texts& texts, const Data& picture) {
+  CardContent content;
+  content.isGroup = card.kind == RecordKind::Group;
+  const auto checksum = agreedPicture(texts);
+  content.properties = decodeProperties(std::string_view(texts.agreed).substr(sizeof checksum));
+  if (checksum != 0) content.photo = isPicture(picture, checksum) ? picture : otherPicture();
+  content.categories = unpackedList(texts.tags);
+  for (auto& noted : unpackedList(texts.members)) {
+    if (!noted.empty()) content.members.push_back(noted.substr(1));
+  }
+  return content;
+}
+
+std::string agreedText(const SyncCard::Texts& texts, const Data& picture) {
+  if (texts.text.empty()) return {};
+  const bool isThere = !needsPicture(texts.text) || isPicture(picture, agreedPicture(texts));
+  return isThere ? unpackedCard(texts.text, picture)
+                 : unpackedWithOther(texts.text, otherPicture());
+}
+
+}  // namespace ox::sync

@@ -1,0 +1,278 @@
+#include "ox/sync/run/book_look.hpp"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "ox/base/checksum.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/records/card_uid.hpp"
+#include "ox/records/fingerprint.hpp"
+#include "ox/sync/run/agreed.hpp"
+
+namespace ox::sync {
+namespace {
+
+constexpr std::size_t kPathsAtOnce = 1000;
+
+// One that nobody could read when it was listed, and that has no record for that reason.
+bool hasNeverHadRecord(const SyncCard& card) {
+  return card.record.isNone() && card.fingerprint == 0 && card.intent == SyncCard::Intent::None;
+}
+
+}  // namespace
+
+void BookLook::lookHere() {
+  const auto& container = local_.container();
+  const auto note = [&](SyncCardNow card) {
+    if (hasNeverHadRecord(card.card)) return;
+    auto path = card.card.path;
+    changedHere_.insert_or_assign(std::move(path), std::move(card));
+  };
+  for (auto& card : syncSource().changedSyncCards(container)) note(std::move(card));
+  for (auto& card : syncSource().syncCardsOfGroups(container)) {
+    if (isChangedBeside(card)) note(std::move(card));
+  }
+  if (!local_.hasNoTags()) {
+    for (auto& card : syncSource().syncCards(container)) {
+      if (card.card.kind == RecordKind::Person && isChangedBeside(card)) note(std::move(card));
+    }
+  }
+  withoutCard_ = syncSource().recordsWithoutCard(container);
+  for (const auto& record : withoutCard_) {
+    withoutCardByKey_.emplace(record.key, &record);
+    withoutCardByContent_.emplace(record.fingerprint, &record);
+  }
+}
+
+bool BookLook::isChangedBeside(const SyncCardNow& card) {
+  if (!card.now || card.card.record.isNone()) return false;
+  return local_.besideOf(card.card.record, card.card.kind) != card.card.beside;
+}
+
+std::size_t BookLook::knownCards() {
+  return syncSource().countSyncCards(local_.container());
+}
+
+bool BookLook::isFirstMeeting() {
+  return knownCards() == 0 && !withoutCard_.empty() && !listing_.cards.empty();
+}
+
+bool BookLook::isSuddenlyEmpty() {
+  return listing_.isWhole && listing_.cards.empty() && !gone_.empty();
+}
+
+void BookLook::lookThere(const std::string& token) {
+  listing_ = remote_.list(token);
+  if (listing_.isWhole) {
+    lookAtWholeListing();
+  } else {
+    lookAtNews();
+  }
+  // What this side was about to create may have arrived, whatever became of the answer.
+  for (const auto& [path, card] : changedHere_) {
+    const bool wasSent = card.card.intent == SyncCard::Intent::Create && card.card.refused.empty();
+    if (!wasSent || toFetch_.contains(path) || gone_.contains(path)) continue;
+    if (listing_.isWhole) continue;  // it is not there
+    fetchOrder_.push_back(path);
+    toFetch_.emplace(path, ToFetch{{card.card.href, {}, 0}, card, true});
+  }
+}
+
+void BookLook::noteListed(const ListedCard& listed, const SyncCardNow* known) {
+  const auto path = remote_.pathOf(listed.href);
+  const bool isKnown = known != nullptr && known->card.id != 0;
+  const bool isIntent = isKnown && known->card.intent == SyncCard::Intent::Create;
+  const bool isSame =
+      isKnown && !isIntent && !listed.etag.empty() && known->card.etag == listed.etag;
+  if (path.empty() || isSame) return;
+  if (toFetch_.emplace(path, ToFetch{listed, isKnown ? *known : SyncCardNow(), isIntent}).second) {
+    fetchOrder_.push_back(path);
+  }
+}
+
+void BookLook::noteGone(const SyncCardNow& known) {
+  if (known.card.id == 0 || known.card.intent == SyncCard::Intent::Create) return;
+  if (const auto uid = uidKey(known.card.uid); !uid.empty()) {
+    goneByUid_.emplace(std::string(uid), known.card.path);
+  }
+  gone_.emplace(known.card.path, known);
+}
+
+void BookLook::lookAtWholeListing() {
+  std::unordered_map<std::string, SyncCardNow> known;
+  for (auto& card : syncSource().syncCards(local_.container())) {
+    auto path = card.card.path;
+    known.emplace(std::move(path), std::move(card));
+  }
+  std::unordered_set<std::string> listed;
+  for (const auto& card : listing_.cards) {
+    auto path = remote_.pathOf(card.href);
+    const auto found = known.find(path);
+    noteListed(card, found != known.end() ? &found->second : nullptr);
+    listed.insert(std::move(path));
+  }
+  std::vector<const SyncCardNow*> gone;
+  for (const auto& [path, card] : known) {
+    if (!listed.contains(path)) gone.push_back(&card);
+  }
+  std::ranges::sort(gone, {}, [](const SyncCardNow* card) { return card->card.id; });
+  for (const auto* card : gone) noteGone(*card);
+}
+
+void BookLook::lookAtNews() {
+  const auto eachKnown = [&](std::size_t count, const auto& pathAt, const auto& take) {
+    for (std::size_t first = 0; first < count; first += kPathsAtOnce) {
+      std::vector<std::string> paths;
+      for (auto i = first; i < std::min(count, first + kPathsAtOnce); ++i) {
+        paths.push_back(pathAt(i));
+      }
+      const auto known = syncSource().syncCardsAt(local_.container(), paths);
+      for (std::size_t i = 0; i < known.size(); ++i) take(first + i, known[i]);
+    }
+  };
+  eachKnown(
+      listing_.cards.size(), [&](std::size_t i) { return remote_.pathOf(listing_.cards[i].href); },
+      [&](std::size_t i, const SyncCardNow& known) { noteListed(listing_.cards[i], &known); });
+  eachKnown(
+      listing_.gone.size(), [&](std::size_t i) { return remote_.pathOf(listing_.gone[i]); },
+      [&](std::size_t, const SyncCardNow& known) { noteGone(known); });
+}
+
+CardSides BookLook::sidesOf(const SyncCardNow& card) {
+  CardSides sides;
+  sides.card = card.card;
+  if (!card.card.record.isNone()) sides.ours = local_.contentOf(card.card.record, card.card.kind);
+  addUnlinked(sides);
+  return sides;
+}
+
+// What a card says of members that are no records here is said still.
+void BookLook::addUnlinked(CardSides& sides) {
+  if (!sides.ours || !sides.ours->content.isGroup || sides.card.id == 0) return;
+  const std::array ids{sides.card.id};
+  const auto texts = syncSource().syncCardTexts(ids);
+  if (texts.empty()) return;
+  auto& members = sides.ours->content.members;
+  for (auto& member : unlinkedMembers(texts.front())) {
+    if (std::ranges::find(members, member) == members.end()) members.push_back(std::move(member));
+  }
+}
+
+CardSides BookLook::takeSides(const std::string& path, FetchedCard fetched) {
+  auto& known = toFetch_.at(path);
+  auto sides = sidesOf(known.known);
+  sides.there = fetched.state == FetchedCard::State::Read   ? CardSides::There::Read
+                : fetched.state == FetchedCard::State::Gone ? CardSides::There::Gone
+                                                            : CardSides::There::Unreadable;
+  sides.isFirstMeeting = known.isIntent;
+  sides.card.container = local_.container();
+  if (sides.card.id == 0) sides.card.path = path;
+  sides.theirs = std::move(fetched);
+  changedHere_.erase(path);
+  return sides;
+}
+
+void BookLook::recognise(CardSides& sides) {
+  if (sides.card.id != 0 || sides.there != CardSides::There::Read) return;
+  if (gone_.empty() && withoutCard_.empty()) return;
+  const auto read = readCard(sides.theirs.text);
+  const auto* card = std::get_if<ReadCard>(&read);
+  if (card == nullptr) return;
+  const std::string uid(uidKey(card->uid));
+  if (const auto path = uid.empty() ? goneByUid_.end() : goneByUid_.find(uid);
+      path != goneByUid_.end()) {
+    // The other side has given the card another place.
+    const auto moved = gone_.find(path->second);
+    if (moved != gone_.end()) {
+      auto theirs = std::move(sides.theirs);
+      const auto newPath = sides.card.path;
+      sides = sidesOf(moved->second);
+      sides.there = CardSides::There::Read;
+      sides.theirs = std::move(theirs);
+      changedHere_.erase(sides.card.path);
+      sides.card.path = newPath;
+      gone_.erase(moved);
+      return;
+    }
+  }
+  if (withoutCard_.empty()) return;
+  const auto kind = card->content.isGroup ? RecordKind::Group : RecordKind::Person;
+  const auto take = [&](const RecordKey& key) {
+    if (!recognised_.insert(key).second) return false;
+    sides.ours = local_.contentOf(key, kind);
+    if (!sides.ours) return false;
+    sides.card.record = key;
+    sides.card.kind = kind;
+    sides.isFirstMeeting = true;
+    return true;
+  };
+  if (!uid.empty()) {
+    const std::array sought{SoughtRecord{uid}};
+    const auto found = containerSource().matches(local_.container(), kind, sought);
+    for (const auto& record : found.front()) {
+      if (withoutCardByKey_.contains(record.key) && take(record.key)) return;
+    }
+  }
+  const auto fingerprint =
+      contentFingerprint(propertiesOfRecord(card->content),
+                         card->content.photo ? checksum64(*card->content.photo) : 0);
+  const auto [first, last] = withoutCardByContent_.equal_range(fingerprint);
+  for (auto it = first; it != last; ++it) {
+    if (it->second->kind == kind && take(it->second->key)) return;
+  }
+}
+
+void BookLook::giveFetched(const std::function<void(CardSides)>& sink,
+                           const std::function<void(std::size_t, std::size_t)>& progress) {
+  std::vector<ListedCard> wanted;
+  wanted.reserve(fetchOrder_.size());
+  for (const auto& path : fetchOrder_) wanted.push_back(toFetch_.at(path).listed);
+  if (wanted.empty()) return;
+  std::size_t done = 0;
+  progress(done, wanted.size());
+  remote_.fetch(wanted, [&](FetchedCard fetched) {
+    const auto path = remote_.pathOf(fetched.href);
+    if (!toFetch_.contains(path)) return;
+    const bool isGone = fetched.state == FetchedCard::State::Gone;
+    const auto known = toFetch_.at(path).known.card.id != 0;
+    auto sides = takeSides(path, std::move(fetched));
+    progress(++done, wanted.size());
+    if (isGone && !known) return;  // it came and went
+    recognise(sides);
+    sink(std::move(sides));
+  });
+}
+
+void BookLook::giveOthers(const std::function<void(CardSides)>& sink) {
+  std::vector<const SyncCardNow*> gone;
+  for (const auto& [path, card] : gone_) gone.push_back(&card);
+  std::vector<const SyncCardNow*> changed;
+  for (const auto& [path, card] : changedHere_) {
+    if (!gone_.contains(path)) changed.push_back(&card);
+  }
+  const auto byId = [](const SyncCardNow* card) { return card->card.id; };
+  std::ranges::sort(gone, {}, byId);
+  std::ranges::sort(changed, {}, byId);
+  for (const auto* card : changed) {
+    auto sides = sidesOf(*card);
+    // It never arrived.
+    if (card->card.intent == SyncCard::Intent::Create) sides.there = CardSides::There::Gone;
+    sink(std::move(sides));
+  }
+  for (const auto* card : gone) {
+    auto sides = sidesOf(*card);
+    sides.there = CardSides::There::Gone;
+    sink(std::move(sides));
+  }
+}
+
+std::vector<RecordWithoutCard> BookLook::newHere() const {
+  std::vector<RecordWithoutCard> records;
+  for (const auto& record : withoutCard_) {
+    if (!recognised_.contains(record.key)) records.push_back(record);
+  }
+  return records;
+}
+
+}  // namespace ox::sync

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "ox/platform/store/values/sync_rows.hpp"
+#include "ox/sync/remote/remote_book.hpp"
+#include "ox/sync/run/card_decisions.hpp"
+#include "ox/sync/run/local_book.hpp"
+
+namespace ox::sync {
+
+// A look at both sides of a book: which cards differ from what was agreed. Only reads. Borrows what
+// it is given for its whole life. Throws StoreError, and RemoteError.
+class BookLook {
+ public:
+  BookLook(LocalBook& local, RemoteBook& remote) : local_(local), remote_(remote) {}
+
+  // What changed here since both agreed.
+  void lookHere();
+  bool foundNothingHere() const { return changedHere_.empty() && withoutCard_.empty(); }
+  // What changed there since that token; everything, when it is empty.
+  void lookThere(const std::string& token);
+
+  const Listing& listing() const { return listing_; }
+  // Cards that the book had when both last agreed.
+  std::size_t knownCards();
+  // Both sides hold contacts and have never met.
+  bool isFirstMeeting();
+  // The listing holds nothing, though there were cards.
+  bool isSuddenlyEmpty();
+
+  // Gives the sides of every card that differs on either side, in three parts: those that have to
+  // be fetched, as they come; then the others; and at last records that no card stands for.
+  void giveFetched(const std::function<void(CardSides)>& sink,
+                   const std::function<void(std::size_t done, std::size_t all)>& progress);
+  void giveOthers(const std::function<void(CardSides)>& sink);
+  // Those that no card that was fetched was about.
+  std::vector<RecordWithoutCard> newHere() const;
+
+  // Sides without change there, of a card as it is now.
+  CardSides sidesOf(const SyncCardNow& card);
+
+ private:
+  void noteListed(const ListedCard& listed, const SyncCardNow* known);
+  void noteGone(const SyncCardNow& known);
+  void lookAtWholeListing();
+  void lookAtNews();
+  bool isChangedBeside(const SyncCardNow& card);
+  void addUnlinked(CardSides& sides);
+  // The card of the store that a text without one is about, or a record that no card stands for.
+  void recognise(CardSides& sides);
+  CardSides takeSides(const std::string& path, FetchedCard fetched);
+
+  LocalBook& local_;
+  RemoteBook& remote_;
+  Listing listing_;
+  std::unordered_map<std::string, SyncCardNow> changedHere_;  // by path
+  std::vector<RecordWithoutCard> withoutCard_;
+  std::unordered_map<RecordKey, const RecordWithoutCard*> withoutCardByKey_;
+  std::unordered_multimap<std::uint64_t, const RecordWithoutCard*> withoutCardByContent_;
+  std::unordered_set<RecordKey> recognised_;
+  // By path: what is to be fetched, with what is known of it.
+  struct ToFetch {
+    ListedCard listed;
+    SyncCardNow known;
+    bool isIntent = false;
+  };
+  std::unordered_map<std::string, ToFetch> toFetch_;
+  std::vector<std::string> fetchOrder_;
+  std::unordered_map<std::string, SyncCardNow> gone_;       // by path
+  std::unordered_map<std::string, std::string> goneByUid_;  // uidKey to path
+};
+
+}  // namespace ox::sync

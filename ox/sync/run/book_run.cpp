@@ -1,0 +1,320 @@
+#include "ox/sync/run/book_run.hpp"
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+#include <unordered_map>
+#include <utility>
+
+#include "ox/base/clock.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/records/card_uid.hpp"
+#include "ox/sync/cards/card_edit.hpp"
+#include "ox/sync/remote/remote_error.hpp"
+#include "ox/sync/run/card_pushes.hpp"
+#include "ox/sync/run/guard.hpp"
+#include "ox/sync/run/plan_report.hpp"
+#include "ox/sync/run/run_commit.hpp"
+
+namespace ox::sync {
+namespace {
+
+// Deletions get lost: what nobody told is found by listing everything once in a week.
+constexpr std::int64_t kWholeEvery = std::int64_t{7} * 24 * 60 * 60 * 1000;
+// A listing since a token names again what this side has sent. It is listed from a later token once
+// that is worth an act of the store.
+constexpr std::size_t kStaleEntries = 20;
+// An idle run writes nothing, but for the time of the last success now and then.
+constexpr std::int64_t kNoteSuccessEvery = std::int64_t{60} * 60 * 1000;
+constexpr std::int64_t kNoteWholeEvery = 24 * kNoteSuccessEvery;
+
+// How often a book is looked at, where somebody else was faster.
+constexpr int kRuns = 3;
+
+constexpr const char* kOnly40 = "4.0";
+
+std::string revisionOf(std::int64_t milliseconds) {
+  const auto seconds = static_cast<std::time_t>(milliseconds / 1000);
+  std::tm parts{};
+  ::gmtime_r(&seconds, &parts);
+  std::array<char, sizeof "20261231T235959Z"> text{};
+  std::strftime(text.data(), text.size(), "%Y%m%dT%H%M%SZ", &parts);
+  return text.data();
+}
+
+std::string countsText(const BookReport& report) {
+  std::string text;
+  for (const auto* counts : {&report.down, &report.up}) {
+    for (const auto count : {counts->added, counts->changed, counts->deleted}) {
+      text += std::to_string(count) + " ";
+    }
+  }
+  return text + std::to_string(report.refused.size());
+}
+
+}  // namespace
+
+BookRun::BookRun(RemoteBook& remote, SyncBook book, const SyncOptions& options, BookReport& report)
+    : remote_(remote),
+      book_(std::move(book)),
+      options_(options),
+      report_(report),
+      local_(book_.container),
+      decisions_(local_, spill_, rules_),
+      start_(millisecondsNow()) {
+  rules_.revision = revisionOf(start_);
+}
+
+void BookRun::tell(SyncProgress::Step step, std::size_t done, std::size_t all) const {
+  if (options_.hooks.isStopped && options_.hooks.isStopped()) {
+    throw RemoteError(RemoteFailure::Stopped, "stopped");
+  }
+  if (options_.progress) options_.progress({step, report_.account, done, all});
+}
+
+bool BookRun::isDue(std::int64_t now) const {
+  return now - book_.lastWhole > kWholeEvery || now < book_.lastWhole;
+}
+
+std::string BookRun::tokenToAsk(bool listsAll) const {
+  return listsAll || isDue(start_) ? std::string() : book_.token;
+}
+
+bool BookRun::run(const Start& start) {
+  steps_.clear();
+  tell(SyncProgress::Step::Listing, 0, 0);
+  BookLook look(local_, remote_);
+  look.lookHere();
+  if (start.isSameThere && look.foundNothingHere() && !start.listsAll && !isDue(start_)) {
+    return commit({}, book_.token, start, true);
+  }
+  if (book_.lastWhole == 0) learnFacts();
+  rules_.pushes = options_.pushes && !book_.isReadOnly;
+  rules_.mostBytes = book_.mostBytes;
+  rules_.version = book_.versions == kOnly40 ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
+
+  look.lookThere(tokenToAsk(start.listsAll));
+  plan(look);
+  if (!mayGoOn(look)) return false;
+
+  noteIntents(steps_);
+  auto failure = sendSteps(steps_, remote_, [&](std::size_t done, std::size_t all) {
+    tell(SyncProgress::Step::Sending, done, all);
+  });
+  const auto token =
+      failure ? look.listing().token : tokenAfterSending(look.listing(), start.isOneOfSeveral);
+  if (options_.progress) options_.progress({SyncProgress::Step::Writing, report_.account, 0, 0});
+  const bool again = commit(look.listing(), token, start, options_.pulls);
+  if (failure) throw RemoteError(*failure);
+  return again;
+}
+
+void BookRun::learnFacts() {
+  const auto facts = remote_.facts();
+  book_.name = facts.name;
+  book_.isReadOnly = book_.isReadOnly || facts.isReadOnly;
+  book_.mostBytes = facts.mostBytes;
+  book_.versions = facts.wantsVersion4 ? kOnly40 : std::string();
+}
+
+// A listing from before names again what was sent since. Where that matters the book is listed once
+// more, and from now on from there, if nothing but what was sent is new.
+std::string BookRun::tokenAfterSending(const Listing& listing, bool isOneOfSeveral) {
+  std::unordered_map<std::string, std::string> etags;  // by path; of what was deleted empty
+  for (const auto& step : steps_) {
+    if (!step.pushed || step.pushed->outcome != Pushed::Outcome::Done) continue;
+    const bool isDeleted = step.there == CardStep::There::Delete;
+    etags.emplace(remote_.pathOf(isDeleted ? step.card.href : step.pushed->href),
+                  isDeleted || !step.readBack ? std::string() : step.readBack->etag);
+  }
+  const bool isWorthIt = isOneOfSeveral ? !etags.empty() : etags.size() > kStaleEntries;
+  if (!isWorthIt || listing.token.empty()) return listing.token;
+  try {
+    const auto since = remote_.list(listing.token);
+    const bool isOurs = !since.isWhole &&
+                        std::ranges::all_of(since.cards,
+                                            [&](const ListedCard& card) {
+                                              const auto own =
+                                                  etags.find(remote_.pathOf(card.href));
+                                              return own != etags.end() && own->second == card.etag;
+                                            }) &&
+                        std::ranges::all_of(since.gone, [&](const std::string& href) {
+                          const auto own = etags.find(remote_.pathOf(href));
+                          return own != etags.end() && own->second.empty();
+                        });
+    return isOurs ? since.token : listing.token;
+  } catch (const RemoteError&) {
+    return listing.token;  // the next run lists from there
+  }
+}
+
+void BookRun::plan(BookLook& look) {
+  look.giveFetched(
+      [&](CardSides sides) { take(std::move(sides)); },
+      [&](std::size_t done, std::size_t all) { tell(SyncProgress::Step::Fetching, done, all); });
+  look.giveOthers([&](CardSides sides) { take(std::move(sides)); });
+  createNew(look);
+}
+
+void BookRun::take(CardSides sides) {
+  const bool isNews = sides.there != CardSides::There::Same;
+  const bool wasSent = sides.card.intent == SyncCard::Intent::Create;
+  if (isNews && !options_.pulls && !wasSent) return;
+  if (wasSent && sides.there == CardSides::There::Read) {
+    const auto read = readCard(sides.theirs.text);
+    const auto* card = std::get_if<ReadCard>(&read);
+    if (card != nullptr && uidKey(card->uid) != uidKey(sides.card.uid)) {
+      return takeForeign(std::move(sides));
+    }
+  }
+  if (auto step = decisions_.decide(std::move(sides))) steps_.push_back(std::move(*step));
+}
+
+// Where a card was to be created another one stands: that is taken, and ours gets another place.
+void BookRun::takeForeign(CardSides sides) {
+  CardStep forgotten;
+  forgotten.card = sides.card;
+  forgotten.removesRow = true;
+  steps_.push_back(std::move(forgotten));
+  const auto ours = std::move(sides.ours);
+  const auto record = sides.card.record;
+  const auto kind = sides.card.kind;
+  const auto uid = sides.card.uid;
+  SyncCard card;
+  card.container = book_.container;
+  card.path = sides.card.path;
+  sides.card = std::move(card);
+  sides.ours.reset();
+  sides.isFirstMeeting = false;
+  take(std::move(sides));
+  if (!ours || !rules_.pushes) return;
+  const auto href = remote_.hrefFor(fileNameFor({}));
+  steps_.push_back(decisions_.create(record, kind, *ours, href, remote_.pathOf(href), uid));
+}
+
+void BookRun::createNew(const BookLook& look) {
+  if (!rules_.pushes) return;
+  for (const auto& record : look.newHere()) {
+    const auto ours = local_.contentOf(record.key, record.kind);
+    if (!ours) continue;
+    const auto* given = ours->content.properties.text(property_id::kCardUid);
+    const auto uid = given != nullptr ? *given : uidOfRecord(record.key);
+    const auto href = remote_.hrefFor(fileNameFor(uidKey(uid)));
+    steps_.push_back(
+        decisions_.create(record.key, record.kind, *ours, href, remote_.pathOf(href), uid));
+  }
+}
+
+// Tells why a run ends after its plan.
+bool BookRun::mayGoOn(BookLook& look) {
+  using State = BookReport::State;
+  const auto tellPlan = [&](State state) {
+    report_.state = state;
+    const auto here = plannedHere(steps_);
+    const auto there = plannedThere(steps_);
+    report_.down = here;
+    report_.up = there;
+  };
+  if (const auto why = guarded(look)) {
+    tellPlan(State::Guarded);
+    report_.failure = *why;
+    report_.plan = plannedDeletions(steps_);
+    return false;
+  }
+  if (options_.isDryRun) {
+    tellPlan(State::Planned);
+    report_.plan = plannedChanges(steps_);
+    for (const auto& step : steps_) {
+      if (!step.note.empty()) report_.notes.push_back(step.note);
+    }
+    return false;
+  }
+  if (look.isFirstMeeting()) {
+    BookReport plan = report_;
+    plan.down = plannedHere(steps_);
+    plan.up = plannedThere(steps_);
+    plan.plan = plannedChanges(steps_);
+    if (!options_.confirm || !options_.confirm(plan)) {
+      tellPlan(State::NeedsConfirmation);
+      report_.plan = std::move(plan.plan);
+      return false;
+    }
+  }
+  return true;
+}
+
+std::optional<std::string> BookRun::guarded(BookLook& look) const {
+  const auto known = look.knownCards();
+  if (options_.allowsDeletions) return std::nullopt;
+  const auto here = plannedHere(steps_).deleted;
+  const auto there = plannedThere(steps_).deleted;
+  const auto told = [&](std::size_t count, const char* where) {
+    return "it would delete " + std::to_string(count) + " of " + std::to_string(known) +
+           " contacts " + where;
+  };
+  if (here > 0 && look.isSuddenlyEmpty()) return "the book is empty there; " + told(here, "here");
+  if (isTooMuch({here, known})) return told(here, "here");
+  if (isTooMuch({there, known})) return told(there, "there");
+  return std::nullopt;
+}
+
+bool BookRun::commit(const Listing& listing, const std::string& token, const Start& start,
+                     bool isComplete) {
+  RunCommit commit(local_, remote_, steps_, report_);
+  commit.settleSent();
+  const auto keptToken = book_.token;
+  bool isWorthWriting = !steps_.empty() || book_.state != SyncBook::State::Active;
+  book_.state = SyncBook::State::Active;
+  if (commit.isBookReadOnly()) book_.isReadOnly = true;
+  const auto now = millisecondsNow();
+  if (isComplete) {
+    const bool isBehind = start.isOneOfSeveral || listing.cards.size() > kStaleEntries;
+    isWorthWriting = isWorthWriting || (token != book_.token && (book_.token.empty() || isBehind));
+    book_.token = token;
+    if (listing.isWhole) {
+      isWorthWriting = isWorthWriting || now - book_.lastWhole > kNoteWholeEvery;
+      book_.lastWhole = start_;
+    }
+  }
+  SyncRows rows;
+  for (auto& login : syncSource().syncLogins()) {
+    if (login.id != book_.login) continue;
+    const bool isOld = now - login.lastSuccess > kNoteSuccessEvery;
+    if (!isWorthWriting && !isOld && login.lastError.empty()) continue;
+    isWorthWriting = true;
+    login.lastSuccess = now;
+    login.lastError.clear();
+    login.notBefore = 0;
+    rows.logins.push_back(std::move(login));
+  }
+  if (isWorthWriting) {
+    if (start.abilities) book_.reports = start.abilities();
+    rows.books.push_back({book_, {}});
+    if (!steps_.empty()) {
+      auto counted = report_;
+      countDone(steps_, counted);
+      rows.runs.push_back({book_.container, start_, now, countsText(counted), {}});
+    }
+    commit.write(std::move(rows), keptToken);
+    countDone(steps_, report_);
+  }
+  return commit.needsAnotherRun();
+}
+
+void runBook(RemoteBook& remote, SyncBook book, const SyncOptions& options, BookRun::Start start,
+             BookReport& report) {
+  for (int runs = 1;; ++runs) {
+    BookRun run(remote, book, options, report);
+    const bool again = run.run(start);
+    if (!again || runs == kRuns || report.state != BookReport::State::InStep) return;
+    for (auto& row : syncSource().syncBooks()) {
+      if (row.container == book.container) book = std::move(row);
+    }
+    // What the next look settles is no refusal.
+    report.refused.clear();
+    start.isSameThere = false;
+    start.listsAll = true;
+  }
+}
+
+}  // namespace ox::sync

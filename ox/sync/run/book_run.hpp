@@ -1,0 +1,72 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ox/platform/store/values/spill_file.hpp"
+#include "ox/platform/store/values/sync_rows.hpp"
+#include "ox/sync/remote/remote_book.hpp"
+#include "ox/sync/run/book_look.hpp"
+#include "ox/sync/run/card_decisions.hpp"
+#include "ox/sync/run/card_step.hpp"
+#include "ox/sync/run/local_book.hpp"
+#include "ox/sync/synchronise.hpp"
+
+namespace ox::sync {
+
+// One run of one book: look at both sides, plan, guard, send, read back, commit. Every step before
+// the sending only reads. Throws RemoteError and StoreError; the store is then as it was, but for
+// what was noted as about to be created.
+class BookRun {
+ public:
+  // Borrows the book elsewhere, the options and the report.
+  BookRun(RemoteBook& remote, SyncBook book, const SyncOptions& options, BookReport& report);
+
+  struct Start {
+    // The login has said, of all its books at once, that nothing is new in this one.
+    bool isSameThere = false;
+    // It is asked so, and a token that is behind would cost a listing each time.
+    bool isOneOfSeveral = false;
+    bool listsAll = false;
+    // Tells what is to be kept of what was learned about the server.
+    std::function<std::string()> abilities = {};
+  };
+  // True when another look at the book may finish what this one could not.
+  bool run(const Start& start);
+
+  const SyncBook& book() const { return book_; }
+
+ private:
+  void learnFacts();
+  bool isDue(std::int64_t now) const;
+  std::string tokenToAsk(bool listsAll) const;
+  void plan(BookLook& look);
+  void take(CardSides sides);
+  void takeForeign(CardSides sides);
+  void createNew(const BookLook& look);
+  bool mayGoOn(BookLook& look);
+  std::optional<std::string> guarded(BookLook& look) const;
+  void tell(SyncProgress::Step step, std::size_t done, std::size_t all) const;
+  std::string tokenAfterSending(const Listing& listing, bool isOneOfSeveral);
+  bool commit(const Listing& listing, const std::string& token, const Start& start,
+              bool isComplete);
+
+  RemoteBook& remote_;
+  SyncBook book_;
+  const SyncOptions& options_;
+  BookReport& report_;
+  LocalBook local_;
+  SpillFile spill_;
+  RunRules rules_;
+  CardDecisions decisions_;
+  std::vector<CardStep> steps_;
+  std::int64_t start_;
+};
+
+// Runs a book, and once more where somebody was faster, up to three times. Throws as BookRun.
+void runBook(RemoteBook& remote, SyncBook book, const SyncOptions& options, BookRun::Start start,
+             BookReport& report);
+
+}  // namespace ox::sync

@@ -1,0 +1,341 @@
+#include "ox/sync/run/card_decisions.hpp"
+
+#include <array>
+#include <utility>
+
+#include "ox/base/checksum.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/records/card_uid.hpp"
+#include "ox/records/fingerprint.hpp"
+#include "ox/sync/cards/card_edit.hpp"
+#include "ox/sync/run/agreed.hpp"
+#include "ox/vcard/properties/full_name.hpp"
+
+namespace ox::sync {
+namespace {
+
+// In the place of what was refused.
+constexpr std::uint64_t kUnreadable = 0;
+
+std::uint64_t pictureOf(const CardContent& content) {
+  return content.photo ? checksum64(*content.photo) : 0;
+}
+
+std::uint64_t fingerprintOf(const PropertyBag& properties, const CardContent& content) {
+  return contentFingerprint(properties, pictureOf(content));
+}
+
+std::shared_ptr<const CardContent> withoutPhoto(CardContent content) {
+  content.photo = nullptr;
+  return std::make_shared<const CardContent>(std::move(content));
+}
+
+SyncCard::Texts textsOf(const SyncCard& card) {
+  if (card.id == 0) return {};
+  const std::array ids{card.id};
+  auto texts = syncSource().syncCardTexts(ids);
+  return texts.empty() ? SyncCard::Texts() : std::move(texts.front());
+}
+
+}  // namespace
+
+std::string nameOfContent(const CardContent& content) {
+  const auto textOf = [&](PropertyId id) {
+    const auto* text = content.properties.text(id);
+    return text != nullptr ? std::string_view(*text) : std::string_view();
+  };
+  std::string name(textOf(property_id::kGroupName));
+  if (name.empty()) {
+    vcard::composeFullName({.last = textOf(property_id::kLast),
+                            .first = textOf(property_id::kFirst),
+                            .middle = textOf(property_id::kMiddle)},
+                           name);
+  }
+  for (const auto id :
+       {property_id::kOrganization, property_id::kNickname, property_id::kCardUid}) {
+    if (name.empty()) name = textOf(id);
+  }
+  return name.empty() ? "(no name)" : name;
+}
+
+// What each side was when both last agreed.
+struct CardDecisions::Bases {
+  CardContent theirs;
+  CardContent ours;
+};
+
+std::optional<CardStep> CardDecisions::decide(CardSides sides) {
+  switch (sides.there) {
+    case CardSides::There::Same:
+      return withoutChangeThere(sides);
+    case CardSides::There::Gone:
+      return goneThere(sides);
+    case CardSides::There::Unreadable:
+      return unreadable(sides, std::move(sides.theirs.reason));
+    case CardSides::There::Read:
+      return readThere(sides);
+  }
+  return std::nullopt;
+}
+
+// What the other side refused, and is still the same; or a text there that nobody could read, which
+// must not be written over.
+bool CardDecisions::isRefusedAsItIs(const SyncCard& card, const LocalContent& ours) const {
+  if (card.refused.empty()) return false;
+  return card.refusedFingerprint == kUnreadable ||
+         card.refusedFingerprint == sumOf(ours.fingerprint, ours.beside);
+}
+
+CardDecisions::Bases CardDecisions::basesOf(const CardSides& sides, const SyncCard::Texts& texts) {
+  const auto& photo = sides.ours ? sides.ours->content.photo : Data();
+  Bases bases;
+  bases.ours = agreedContent(sides.card, texts, photo);
+  auto read = readCard(agreedText(texts, photo));
+  if (auto* card = std::get_if<ReadCard>(&read)) bases.theirs = std::move(card->content);
+  return bases;
+}
+
+std::optional<CardStep> CardDecisions::withoutChangeThere(CardSides& sides) {
+  if (!sides.ours) {
+    if (sides.card.fingerprint == 0) return std::nullopt;  // one that nobody could read
+    CardStep step;
+    step.card = std::move(sides.card);
+    const auto texts = textsOf(step.card);
+    step.name = nameOfContent(agreedContent(step.card, texts, nullptr));
+    if (!rules_.pushes) return std::nullopt;
+    step.there = CardStep::There::Delete;
+    step.etag = step.card.etag;
+    step.removesRow = true;
+    return step;
+  }
+  const auto& ours = *sides.ours;
+  CardStep step;
+  step.card = sides.card;
+  step.record = step.card.record;
+  step.name = nameOfContent(ours.content);
+  if (!rules_.pushes || isRefusedAsItIs(step.card, ours)) return std::nullopt;
+  const auto texts = textsOf(step.card);
+  const auto bases = basesOf(sides, texts);
+  const auto merged = merge(&bases.theirs, bases.theirs, &bases.ours, ours.content);
+  if (!merged.changesTheirs) {
+    // Nothing that the text could say: what is agreed is what stands here.
+    step.texts = agreedTexts(agreedText(texts, ours.content.photo), ours.content);
+    step.card.fingerprint = ours.fingerprint;
+    step.card.beside = ours.beside;
+    step.agreedMembers = ours.content.members;
+    step.writesRow = true;
+    return step;
+  }
+  step.etag = step.card.etag;
+  auto text = editedCard(agreedText(texts, ours.content.photo), bases.theirs, merged.forThem,
+                         {rules_.revision});
+  send(step, CardStep::There::Update, std::move(text), ours.content, ours.fingerprint, ours.beside);
+  return step;
+}
+
+std::optional<CardStep> CardDecisions::goneThere(CardSides& sides) {
+  CardStep step;
+  step.card = std::move(sides.card);
+  step.record = step.card.record;
+  if (!sides.ours) {
+    step.removesRow = true;
+    return step;
+  }
+  const auto& ours = *sides.ours;
+  step.name = nameOfContent(ours.content);
+  const bool hasArrived = step.card.intent == SyncCard::Intent::None;
+  const bool isChanged =
+      !hasArrived || ours.fingerprint != step.card.fingerprint || ours.beside != step.card.beside;
+  if (!isChanged) {
+    step.here = CardStep::Here::Delete;
+    step.expected = ours.fingerprint;
+    step.removesRow = true;
+    return step;
+  }
+  if (!rules_.pushes || isRefusedAsItIs(step.card, ours)) return std::nullopt;
+  if (hasArrived) step.note = step.name + " was deleted there and changed here, and is sent again";
+  auto text =
+      newCard(ours.content, step.card.uid.empty() ? book_.uidOf(step.record) : step.card.uid,
+              rules_.version, {rules_.revision});
+  step.card.intent = SyncCard::Intent::Create;
+  step.card.etag.clear();
+  step.writesRow = true;
+  send(step, CardStep::There::Create, std::move(text), ours.content, ours.fingerprint, ours.beside);
+  return step;
+}
+
+// It is not fetched again before it is another one, and nothing is done to it.
+CardStep CardDecisions::unreadable(CardSides& sides, std::string reason) {
+  CardStep step;
+  step.card = std::move(sides.card);
+  step.record = step.card.record;
+  step.name = sides.ours ? nameOfContent(sides.ours->content) : sides.theirs.href;
+  step.card.href = sides.theirs.href;
+  step.card.etag = sides.theirs.etag;
+  step.card.refused = std::move(reason);
+  step.card.refusedFingerprint =
+      sides.ours ? sumOf(sides.ours->fingerprint, sides.ours->beside) : 0;
+  step.writesRow = true;
+  return step;
+}
+
+std::optional<CardStep> CardDecisions::readThere(CardSides& sides) {
+  auto read = readCard(sides.theirs.text);
+  if (auto* reason = std::get_if<std::string>(&read)) return unreadable(sides, std::move(*reason));
+  auto& theirs = std::get<ReadCard>(read);
+  const bool wasGroup = sides.card.kind == RecordKind::Group;
+  if (sides.ours && wasGroup != theirs.content.isGroup) {
+    return unreadable(sides,
+                      wasGroup ? "the group has become a person" : "the person has become a group");
+  }
+  if (!sides.ours && sides.card.intent == SyncCard::Intent::Create) return takenBack(sides);
+  return sides.ours ? brought(sides, std::move(theirs)) : added(sides, std::move(theirs));
+}
+
+// It was sent, nobody knew whether it had arrived, and it was deleted here since.
+CardStep CardDecisions::takenBack(CardSides& sides) {
+  CardStep step;
+  step.card = std::move(sides.card);
+  step.name = sides.theirs.href;
+  step.removesRow = true;
+  if (rules_.pushes) {
+    step.there = CardStep::There::Delete;
+    step.card.href = sides.theirs.href;
+    step.etag = sides.theirs.etag;
+  }
+  return step;
+}
+
+CardStep CardDecisions::added(CardSides& sides, ReadCard theirs) {
+  CardStep step;
+  step.here = CardStep::Here::Add;
+  step.card = std::move(sides.card);
+  step.name = nameOfContent(theirs.content);
+  if (step.card.fingerprint != 0) {
+    step.note = step.name + " was deleted here and changed there, and is back";
+  }
+  const auto kind = theirs.content.isGroup ? RecordKind::Group : RecordKind::Person;
+  step.record = RecordKey::make(kind);
+  const auto properties = propertiesOfRecord(theirs.content);
+  step.change.emplace();
+  step.change->values = encodedValues(properties);
+  step.change->tags = theirs.content.categories;
+  if (theirs.content.photo) step.change->photo.emplace(theirs.content.photo, spill_);
+  step.texts = agreedTexts(withCrlf(sides.theirs.text), theirs.content);
+  step.card.record = step.record;
+  step.card.kind = kind;
+  step.card.href = sides.theirs.href;
+  step.card.etag = sides.theirs.etag;
+  step.card.uid = theirs.uid;
+  step.card.fingerprint = fingerprintOf(properties, theirs.content);
+  step.card.beside = theirs.content.isGroup ? 0 : besideOfTags(theirs.content.categories);
+  step.card.intent = SyncCard::Intent::None;
+  step.card.refused.clear();
+  step.writesRow = true;
+  if (theirs.content.isGroup) step.members = theirs.content.members;
+  step.agreedMembers = std::move(theirs.content.members);
+  return step;
+}
+
+// Both sides are there: what was changed on either is brought to the other.
+CardStep CardDecisions::brought(CardSides& sides, ReadCard theirs) {
+  const auto& ours = *sides.ours;
+  CardStep step;
+  step.card = sides.card;
+  step.record = step.card.record;
+  Bases bases;
+  const auto texts = textsOf(step.card);
+  if (!sides.isFirstMeeting) {
+    bases = basesOf(sides, texts);
+    // The base's picture is not kept beside the one of the record: where that was changed, only the
+    // number of the former one is known.
+    if (theirs.content.photo && bases.ours.photo && bases.theirs.photo &&
+        agreedPicture(texts) == pictureOf(theirs.content)) {
+      bases.theirs.photo = theirs.content.photo;
+    }
+  }
+  const auto* theirBase = sides.isFirstMeeting ? nullptr : &bases.theirs;
+  const auto* ourBase = sides.isFirstMeeting ? nullptr : &bases.ours;
+  const auto merged = merge(theirBase, theirs.content, ourBase, ours.content);
+  // What is agreed when nothing is sent: the record without what was changed here.
+  const auto pulled = sides.isFirstMeeting
+                          ? theirs.content
+                          : merge(theirBase, theirs.content, ourBase, bases.ours).content;
+  step.name = nameOfContent(merged.content);
+  step.conflicts = merged.conflicts;
+
+  auto fingerprint = ours.fingerprint;
+  auto beside = ours.beside;
+  if (merged.changesOurs) {
+    step.here = CardStep::Here::Change;
+    step.expected = ours.fingerprint;
+    step.change.emplace();
+    step.change->properties = propertiesOfRecord(merged.content);
+    step.change->keepsPhoto = sameData(merged.content.photo, ours.content.photo);
+    if (!step.change->keepsPhoto && merged.content.photo) {
+      step.change->photo.emplace(merged.content.photo, spill_);
+    }
+    step.change->tagsBefore = ours.content.categories;
+    step.change->tags = merged.content.categories;
+    fingerprint = fingerprintOf(step.change->properties, merged.content);
+    if (!merged.content.isGroup) beside = besideOfTags(merged.content.categories);
+  }
+  if (merged.content.isGroup) step.members = merged.content.members;
+
+  const bool isAgreed = !merged.changesTheirs;
+  const auto& agreed = isAgreed ? merged.content : pulled;
+  step.texts = agreedTexts(withCrlf(sides.theirs.text), agreed);
+  step.agreedMembers = agreed.members;
+  step.card.href = sides.theirs.href;
+  step.card.etag = sides.theirs.etag;
+  step.card.uid = theirs.uid;
+  step.card.intent = SyncCard::Intent::None;
+  step.card.refused.clear();
+  step.card.keepsLess.clear();
+  step.card.fingerprint =
+      isAgreed ? fingerprint : fingerprintOf(propertiesOfRecord(pulled), pulled);
+  step.card.beside = isAgreed || pulled.isGroup ? beside : besideOfTags(pulled.categories);
+  step.writesRow = true;
+  if (!isAgreed && rules_.pushes) {
+    step.etag = step.card.etag;
+    send(step, CardStep::There::Update,
+         editedCard(withCrlf(sides.theirs.text), theirs.content, merged.forThem, {rules_.revision}),
+         merged.content, fingerprint, beside);
+  }
+  return step;
+}
+
+CardStep CardDecisions::create(const RecordKey& record, RecordKind kind, const LocalContent& ours,
+                               std::string href, std::string path, std::string uid) {
+  CardStep step;
+  step.name = nameOfContent(ours.content);
+  step.record = record;
+  step.card.container = book_.container();
+  step.card.record = record;
+  step.card.kind = kind;
+  step.card.href = std::move(href);
+  step.card.path = std::move(path);
+  step.card.uid = std::move(uid);
+  step.card.intent = SyncCard::Intent::Create;
+  step.texts.emplace();
+  step.writesRow = true;
+  auto text = newCard(ours.content, step.card.uid, rules_.version, {rules_.revision});
+  send(step, CardStep::There::Create, std::move(text), ours.content, ours.fingerprint, ours.beside);
+  return step;
+}
+
+void CardDecisions::send(CardStep& step, CardStep::There how, std::string text,
+                         const CardContent& here, std::uint64_t fingerprint, std::uint64_t beside) {
+  step.there = how;
+  if (rules_.mostBytes != 0 && text.size() > rules_.mostBytes) {
+    Pushed refused;
+    refused.outcome = Pushed::Outcome::TooLarge;
+    refused.reason =
+        "larger than the " + std::to_string(rules_.mostBytes) + " bytes that the server takes";
+    step.pushed = std::move(refused);
+  }
+  step.sent.emplace(SentCard{SpillableData(makeData(std::move(text)), spill_), withoutPhoto(here),
+                             SpillableData(here.photo, spill_), fingerprint, beside});
+}
+
+}  // namespace ox::sync

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ox/platform/store/values/spill_file.hpp"
+#include "ox/platform/store/values/sync_rows.hpp"
+#include "ox/sync/run/card_step.hpp"
+#include "ox/sync/run/local_book.hpp"
+
+namespace ox::sync {
+
+// What is known of both sides of one card when a run has looked.
+struct CardSides {
+  enum class There : std::uint8_t { Same, Read, Gone, Unreadable };
+
+  SyncCard card;  // as the store has it; id 0: nothing is known of it yet
+  There there = There::Same;
+  FetchedCard theirs;                // of Read and Unreadable
+  std::optional<LocalContent> ours;  // missing: there is no record
+  // The two have not met: they are brought together without bases.
+  bool isFirstMeeting = false;
+};
+
+// What holds for every card of a run.
+struct RunRules {
+  bool pushes = true;                                    // and the book takes it
+  bool isReadOnly = false;                               // the book
+  vcard::CardVersion version = vcard::CardVersion::V30;  // of new cards
+  std::uint64_t mostBytes = 0;                           // of a card; 0: not known
+  std::string revision;                                  // see EditOptions
+};
+
+// Decides about one card after the other; does nothing. Borrows what it is given for its whole
+// life. Throws StoreError.
+class CardDecisions {
+ public:
+  CardDecisions(LocalBook& book, SpillFile& spill, const RunRules& rules)
+      : book_(book), spill_(spill), rules_(rules) {}
+
+  // Missing when there is nothing to do.
+  std::optional<CardStep> decide(CardSides sides);
+  // A record that no card stands for, to be created at that href.
+  CardStep create(const RecordKey& record, RecordKind kind, const LocalContent& ours,
+                  std::string href, std::string path, std::string uid);
+
+ private:
+  struct Bases;
+
+  std::optional<CardStep> withoutChangeThere(CardSides& sides);
+  std::optional<CardStep> goneThere(CardSides& sides);
+  std::optional<CardStep> readThere(CardSides& sides);
+  CardStep unreadable(CardSides& sides, std::string reason);
+  CardStep takenBack(CardSides& sides);
+  CardStep added(CardSides& sides, ReadCard theirs);
+  CardStep brought(CardSides& sides, ReadCard theirs);
+  Bases basesOf(const CardSides& sides, const SyncCard::Texts& texts);
+  void send(CardStep& step, CardStep::There how, std::string text, const CardContent& here,
+            std::uint64_t fingerprint, std::uint64_t beside);
+  bool isRefusedAsItIs(const SyncCard& card, const LocalContent& ours) const;
+
+  LocalBook& book_;
+  SpillFile& spill_;
+  const RunRules& rules_;
+};
+
+// For people: the name, else the company, else the UID.
+std::string nameOfContent(const CardContent& content);
+
+}  // namespace ox::sync

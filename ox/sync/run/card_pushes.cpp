@@ -1,0 +1,120 @@
+#include "ox/sync/run/card_pushes.hpp"
+
+#include <algorithm>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+
+namespace ox::sync {
+namespace {
+
+bool isToSend(const CardStep& step) {
+  return step.there != CardStep::There::Nothing && !step.pushed;
+}
+
+// Members have to be there before their group, and must not go before it.
+int rankOf(const CardStep& step) {
+  const bool isGroup = step.card.kind == RecordKind::Group;
+  if (step.there == CardStep::There::Delete) return isGroup ? 2 : 3;
+  return isGroup ? 1 : 0;
+}
+
+Push pushOf(const CardStep& step) {
+  Push push;
+  push.href = step.card.href;
+  push.etag = step.etag;
+  switch (step.there) {
+    case CardStep::There::Create:
+      push.kind = Push::Kind::Create;
+      break;
+    case CardStep::There::Delete:
+      push.kind = Push::Kind::Remove;
+      return push;
+    default:
+      push.kind = Push::Kind::Update;
+      break;
+  }
+  push.text = [&step] { return *step.sent->text.get(); };
+  return push;
+}
+
+void readBack(std::vector<CardStep*>& sent, RemoteBook& remote) {
+  std::unordered_map<std::string, CardStep*> byPath;
+  std::vector<ListedCard> cards;
+  for (auto* step : sent) {
+    if (step->there == CardStep::There::Delete) continue;
+    if (step->pushed->outcome != Pushed::Outcome::Done) continue;
+    cards.push_back({step->pushed->href, step->pushed->etag, step->sent->text.get()->size()});
+    byPath.emplace(remote.pathOf(step->pushed->href), step);
+  }
+  if (cards.empty()) return;
+  remote.fetch(cards, [&](FetchedCard card) {
+    const auto step = byPath.find(remote.pathOf(card.href));
+    if (step != byPath.end()) step->second->readBack = std::move(card);
+  });
+}
+
+}  // namespace
+
+void noteIntents(std::vector<CardStep>& steps) {
+  SaveRequest request;
+  std::vector<CardStep*> creating;
+  std::vector<std::string> paths;
+  for (auto& step : steps) {
+    if (step.there != CardStep::There::Create || step.pushed) continue;
+    creating.push_back(&step);
+    paths.push_back(step.card.path);
+    if (step.card.id != 0 && step.card.fingerprint == 0) continue;  // noted by an earlier run
+    auto intent = step.card;
+    intent.fingerprint = 0;
+    request.sync.cards.push_back({std::move(intent), SyncCard::Texts()});
+  }
+  if (creating.empty()) return;
+  if (!request.sync.empty()) {
+    request.outlivesPowerCut = true;
+    if (!containerSource().execute(request)) {
+      throw StoreError(StoreError::Kind::Refused, request.reason, {});
+    }
+  }
+  const auto container = creating.front()->card.container;
+  const auto noted = syncSource().syncCardsAt(container, paths);
+  for (std::size_t i = 0; i < creating.size(); ++i) creating[i]->card.id = noted[i].card.id;
+}
+
+std::optional<RemoteError> sendSteps(
+    std::vector<CardStep>& steps, RemoteBook& remote,
+    const std::function<void(std::size_t, std::size_t)>& progress) {
+  std::vector<CardStep*> sending;
+  for (auto& step : steps) {
+    if (isToSend(step)) sending.push_back(&step);
+  }
+  if (sending.empty()) return std::nullopt;
+  std::ranges::stable_sort(sending, {}, [](const CardStep* step) { return rankOf(*step); });
+  std::size_t done = 0;
+  try {
+    progress(0, sending.size());
+    const std::span<CardStep*> all(sending);
+    for (std::size_t first = 0, next = 0; first < all.size(); first = next) {
+      const int rank = rankOf(*all[first]);
+      while (next < all.size() && rankOf(*all[next]) == rank) ++next;
+      const auto some = all.subspan(first, next - first);
+      std::vector<Push> pushes;
+      pushes.reserve(some.size());
+      for (const auto* step : some) pushes.push_back(pushOf(*step));
+      remote.push(pushes, [&](std::size_t place, Pushed pushed) {
+        some[place]->pushed = std::move(pushed);
+        progress(++done, sending.size());
+      });
+    }
+    readBack(sending, remote);
+  } catch (const RemoteError& error) {
+    return error;
+  }
+  return std::nullopt;
+}
+
+}  // namespace ox::sync

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ox/base/record_key.hpp"
+#include "ox/platform/store/values/spill_file.hpp"
+#include "ox/platform/store/values/sync_rows.hpp"
+#include "ox/records/encoded_values.hpp"
+#include "ox/sync/cards/card_merge.hpp"
+#include "ox/sync/remote/remote_book.hpp"
+
+namespace ox::sync {
+
+// What the record of a card is to become.
+struct RecordChange {
+  EncodedValues values;                // of an addition
+  PropertyBag properties;              // of a change
+  std::optional<SpillableData> photo;  // missing: there is none
+  bool keepsPhoto = false;             // of a change: whatever stands there
+  std::vector<std::string> tagsBefore;
+  std::vector<std::string> tags;
+};
+
+// What is sent, and what the record says once it has arrived.
+struct SentCard {
+  SpillableData text;
+  std::shared_ptr<const CardContent> here;  // without picture
+  SpillableData photo;
+  std::uint64_t fingerprint = 0;  // of the record
+  std::uint64_t beside = 0;
+};
+
+// What a run is going to do about one card: decided before anything is done, and all that is needed
+// to do it.
+struct CardStep {
+  enum class Here : std::uint8_t { Nothing, Add, Change, Delete };
+  enum class There : std::uint8_t { Nothing, Create, Update, Delete };
+
+  Here here = Here::Nothing;
+  There there = There::Nothing;
+  std::string name;  // for people
+  std::string note;  // what the user should know once it is done
+
+  // The card's row as it is to be where nothing is sent, or what is sent does not arrive: what is
+  // agreed then differs from what the record says, and a later run sends it.
+  SyncCard card;
+  std::optional<SyncCard::Texts> texts;  // missing: they stay
+  bool writesRow = false;
+  bool removesRow = false;
+  bool isUnreadable = false;  // there; the row says why
+
+  RecordKey record;
+  std::optional<std::uint64_t> expected;  // what it must still say; of Change and Delete
+  std::optional<RecordChange> change;     // of Add and Change
+  // Of a group: the UIDs of the members that it is to have, and those that are agreed.
+  std::optional<std::vector<std::string>> members;
+  std::vector<std::string> agreedMembers;
+
+  std::optional<SentCard> sent;  // of Create and Update
+  std::string etag;              // of Update and Delete: what the card there must still have
+  std::vector<ValueConflict> conflicts;
+
+  std::optional<Pushed> pushed;         // what became of it; missing: nothing was sent
+  std::optional<FetchedCard> readBack;  // what stands there since, its text apart
+  bool isPutOff = false;                // its record was changed meanwhile: nothing is done here
+};
+
+}  // namespace ox::sync

@@ -1,0 +1,122 @@
+#include "ox/sync/run/local_book.hpp"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "ox/OxAddressBookSDK/tags/tag_store.hpp"
+#include "ox/base/checksum.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/records/card_uid.hpp"
+#include "ox/records/fingerprint.hpp"
+#include "ox/transfer/person_tags.hpp"
+
+namespace ox::sync {
+namespace {
+
+std::uint64_t checksumOf(const std::vector<std::string>& texts) {
+  if (texts.empty()) return 0;
+  std::string all;
+  for (const auto& text : texts) all.append(std::to_string(text.size())).append(":").append(text);
+  const auto sum = checksum64(all);
+  return sum != 0 ? sum : 1;
+}
+
+}  // namespace
+
+std::uint64_t besideOfTags(const std::vector<std::string>& tags) {
+  return checksumOf(tags);
+}
+
+std::uint64_t besideOfMembers(std::vector<std::string> members) {
+  std::ranges::sort(members);
+  members.erase(std::unique(members.begin(), members.end()), members.end());
+  return checksumOf(members);
+}
+
+std::uint64_t sumOf(std::uint64_t fingerprint, std::uint64_t beside) {
+  return fingerprint ^ (beside * 0x9E3779B97F4A7C15U);
+}
+
+LocalBook::LocalBook(std::string container)
+    : container_(std::move(container)), tagManager_(vcard::tagManagerOf(container_)) {}
+
+std::optional<LocalContent> LocalBook::contentOf(const RecordKey& key, RecordKind kind) {
+  const std::array keys{key};
+  const auto contents = containerSource().committedContents(keys, 1);
+  if (contents.empty() || !contents.front().values) return std::nullopt;
+  const auto& stored = contents.front();
+  LocalContent local;
+  local.picture = stored.picture ? checksum64(*stored.picture) : 0;
+  local.fingerprint = contentFingerprint(*stored.values, local.picture);
+  const bool isGroup = kind == RecordKind::Group;
+  std::vector<std::string> tags;
+  std::vector<std::string> members;
+  if (isGroup) {
+    for (const auto& child : childrenOf(key)) members.push_back(uidOf(child));
+    local.beside = besideOfMembers(members);
+  } else {
+    tags = tagsOf(key);
+    local.beside = besideOfTags(tags);
+  }
+  local.content =
+      contentOfRecord(isGroup, *stored.values, stored.picture, std::move(tags), std::move(members));
+  return local;
+}
+
+std::uint64_t LocalBook::besideOf(const RecordKey& key, RecordKind kind) {
+  if (kind == RecordKind::Person) return hasNoTags() ? 0 : besideOfTags(tagsOf(key));
+  std::vector<std::string> members;
+  for (const auto& child : childrenOf(key)) members.push_back(uidOf(child));
+  return besideOfMembers(std::move(members));
+}
+
+bool LocalBook::hasNoTags() {
+  return TagStore::shared().isEmpty();
+}
+
+std::vector<std::string> LocalBook::tagsOf(const RecordKey& person) {
+  return TagStore::shared().tags(tagManager_, person.text());
+}
+
+std::string LocalBook::uidOf(const RecordKey& record) {
+  const auto known = uids_.find(record);
+  if (known != uids_.end()) return known->second;
+  const auto values = containerSource().committedValues(record);
+  const auto* given = values ? values->text(property_id::kCardUid) : nullptr;
+  std::string uid(uidKey(given != nullptr ? *given : uidOfRecord(record)));
+  uids_.emplace(record, uid);
+  return uid;
+}
+
+LocalBook::Member LocalBook::memberOfUid(std::string_view uid) {
+  const std::string key(uidKey(uid));
+  if (key.empty()) return {};
+  const auto [known, isNew] = members_.try_emplace(key);
+  if (!isNew) return known->second;
+  const std::array sought{SoughtRecord{key}};
+  for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
+    const auto found = containerSource().matches(container_, kind, sought);
+    if (found.front().empty()) continue;
+    known->second = {found.front().front().key, kind};
+    break;
+  }
+  return known->second;
+}
+
+void LocalBook::noteAddition(std::string_view uid, const Member& added) {
+  if (const auto key = uidKey(uid); !key.empty())
+    members_.insert_or_assign(std::string(key), added);
+}
+
+std::vector<RecordKey> LocalBook::childrenOf(const RecordKey& group) {
+  std::vector<RecordKey> children;
+  for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
+    if (const auto some = containerSource().committedChildren(group, kind)) {
+      children.insert(children.end(), some->begin(), some->end());
+    }
+  }
+  return children;
+}
+
+}  // namespace ox::sync

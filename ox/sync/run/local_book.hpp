@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "ox/base/data.hpp"
+#include "ox/base/record_key.hpp"
+#include "ox/sync/cards/card_content.hpp"
+
+namespace ox::sync {
+
+// What a record says now, with what tells whether it says something else later.
+struct LocalContent {
+  CardContent content;
+  std::uint64_t fingerprint = 0;  // contentFingerprint of values and picture
+  std::uint64_t picture = 0;      // its checksum; 0 without one
+  std::uint64_t beside = 0;       // of tags or members, see besideOf
+};
+
+// A number for what a card says beside values and picture: tags in their order, members in any; 0
+// for none.
+std::uint64_t besideOfTags(const std::vector<std::string>& tags);
+std::uint64_t besideOfMembers(std::vector<std::string> members);
+// One number for both, as it is noted of what was refused.
+std::uint64_t sumOf(std::uint64_t fingerprint, std::uint64_t beside);
+
+// The container of a run, as committed. One thread at a time; throws StoreError.
+class LocalBook {
+ public:
+  explicit LocalBook(std::string container);
+
+  const std::string& container() const { return container_; }
+  // Missing when there is no such record. Of a group: members that the store has no record for are
+  // not among what the store holds, so whoever knows them adds them.
+  std::optional<LocalContent> contentOf(const RecordKey& key, RecordKind kind);
+  // As contentOf(...)->beside, without reading values.
+  std::uint64_t besideOf(const RecordKey& key, RecordKind kind);
+  // True when no person of any book has tags.
+  bool hasNoTags();
+  std::vector<std::string> tagsOf(const RecordKey& person);
+  // As members name it.
+  std::string uidOf(const RecordKey& record);
+  struct Member {
+    RecordKey key;
+    RecordKind kind = RecordKind::Person;
+  };
+  // The record of the container with that UID, as a run is going to leave it; no key when there is
+  // none. Remembered.
+  Member memberOfUid(std::string_view uid);
+  // A record that the run adds.
+  void noteAddition(std::string_view uid, const Member& added);
+  // Persons, then groups, in the order of adding.
+  std::vector<RecordKey> childrenOf(const RecordKey& group);
+
+ private:
+  std::string container_;
+  std::string tagManager_;
+  std::unordered_map<std::string, Member> members_;  // by uidKey
+  std::unordered_map<RecordKey, std::string> uids_;
+};
+
+}  // namespace ox::sync

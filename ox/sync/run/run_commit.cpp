@@ -1,0 +1,327 @@
+#include "ox/sync/run/run_commit.hpp"
+
+#include <algorithm>
+#include <array>
+#include <unordered_set>
+#include <utility>
+
+#include "ox/OxAddressBookSDK/tags/tag_hold.hpp"
+#include "ox/OxAddressBookSDK/tags/tag_store.hpp"
+#include "ox/OxMacAddressBookSDK/ground/tag_acts.hpp"
+#include "ox/base/clock.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/platform/store/values/store_error.hpp"
+#include "ox/sync/cards/card_edit.hpp"
+#include "ox/sync/run/agreed.hpp"
+#include "ox/transfer/person_tags.hpp"
+
+namespace ox::sync {
+namespace {
+
+constexpr int kTries = 4;
+
+std::string joinedWords(const std::vector<std::string>& words) {
+  std::string text;
+  for (const auto& word : words) text.append(text.empty() ? "" : ", ").append(word);
+  return text;
+}
+
+CardContent contentOf(const SentCard& sent) {
+  auto content = *sent.here;
+  content.photo = sent.photo.get();
+  return content;
+}
+
+}  // namespace
+
+void RunCommit::settleSent() {
+  for (auto& step : steps_) {
+    if (step.there != CardStep::There::Nothing) settle(step);
+    if (step.isUnreadable) report_.refused.push_back({step.name, step.card.href, 0, step.card.refused});
+    if (!step.note.empty()) report_.notes.push_back(step.note);
+  }
+}
+
+void RunCommit::settle(CardStep& step) {
+  using enum Pushed::Outcome;
+  const bool deletes = step.there == CardStep::There::Delete;
+  if (!step.pushed) {
+    // The book failed before it was told. What was about to be created stays noted.
+    if (deletes) step.removesRow = false;
+    return;
+  }
+  auto& pushed = *step.pushed;
+  switch (pushed.outcome) {
+    case Done:
+      if (!deletes) settleDone(step);
+      return;
+    case Gone:
+      if (deletes) return;
+      needsAnotherRun_ = true;
+      return;
+    case ReadOnly:
+      isBookReadOnly_ = true;
+      refuse(step, "the book takes no changes", pushed.code);
+      return;
+    case Refused:
+    case TooLarge:
+      refuse(step, pushed.reason, pushed.code);
+      return;
+    case UidElsewhere:
+      refuse(step, "its UID is that of another card there", pushed.code);
+      return;
+    case Locked:
+    case Unknown:
+      report_.notes.push_back(
+          step.name + ": " +
+          (pushed.reason.empty() ? "nobody knows whether it has arrived" : pushed.reason) +
+          "; the next run looks");
+      [[fallthrough]];
+    case Changed:
+    case Exists:
+      if (pushed.outcome != Locked) needsAnotherRun_ = true;
+      if (deletes) step.removesRow = false;
+      return;
+  }
+}
+
+void RunCommit::refuse(CardStep& step, const std::string& reason, int code) {
+  report_.refused.push_back({step.name, step.card.href, code, reason});
+  if (step.there == CardStep::There::Delete) {
+    step.removesRow = false;
+    return;
+  }
+  step.card.refused = reason;
+  step.card.refusedFingerprint = sumOf(step.sent->fingerprint, step.sent->beside);
+  step.writesRow = true;
+}
+
+// What stands there now is the base of the next run, and what the record says, whatever the other
+// side has made of it. Where somebody was faster there than the look back, it is what was sent, and
+// the next run sees their change.
+void RunCommit::settleDone(CardStep& step) {
+  const auto& pushed = *step.pushed;
+  const auto& sent = *step.sent;
+  const auto here = contentOf(sent);
+  auto& card = step.card;
+  card.href = pushed.href.empty() ? card.href : pushed.href;
+  card.path = remote_.pathOf(card.href);
+  card.intent = SyncCard::Intent::None;
+  card.refused.clear();
+  card.fingerprint = sent.fingerprint;
+  card.beside = sent.beside;
+  step.agreedMembers = here.members;
+  step.writesRow = true;
+  const auto* read = step.readBack && step.readBack->state == FetchedCard::State::Read &&
+                             (pushed.etag.empty() || pushed.etag == step.readBack->etag)
+                         ? &*step.readBack
+                         : nullptr;
+  card.etag = read != nullptr ? read->etag : pushed.etag;
+  step.texts = agreedTexts(read != nullptr ? withCrlf(read->text) : *sent.text.get(), here);
+  if (read == nullptr) {
+    needsAnotherRun_ = needsAnotherRun_ || step.readBack;
+    return;
+  }
+  const auto kept = readCard(read->text);
+  const auto given = readCard(*sent.text.get());
+  const auto* keptCard = std::get_if<ReadCard>(&kept);
+  const auto* givenCard = std::get_if<ReadCard>(&given);
+  if (keptCard == nullptr || givenCard == nullptr) return;
+  if (!keptCard->uid.empty()) card.uid = keptCard->uid;
+  const auto less = joinedWords(differingProperties(givenCard->content, keptCard->content));
+  if (!less.empty() && less != card.keepsLess) {
+    report_.notes.push_back(step.name + ": the server keeps less or other: " + less);
+  }
+  card.keepsLess = less;
+}
+
+SaveRequest RunCommit::requestOf(const SyncRows& rows) {
+  SaveRequest request;
+  request.whenOutdated = SaveRequest::WhenOutdated::LeaveOut;
+  request.outlivesPowerCut = true;
+  request.sync = rows;
+  newLinks_.clear();
+  for (const auto& step : steps_) {
+    if (step.here == CardStep::Here::Add && !step.isPutOff)
+      local_.noteAddition(step.card.uid, {step.record, step.card.kind});
+  }
+  bool addsAny = false;
+  for (auto& step : steps_) {
+    if (step.isPutOff) continue;
+    addsAny = addsAny || step.here == CardStep::Here::Add;
+    addRecordChanges(step, request);
+    if (step.members || step.card.kind == RecordKind::Group) linkMembers(step, request);
+    if (step.removesRow) {
+      if (step.card.id != 0) request.sync.removedCards.push_back(step.card.id);
+    } else if (step.writesRow) {
+      request.sync.cards.push_back({step.card, step.texts});
+    }
+    for (const auto& conflict : step.conflicts) {
+      request.sync.conflicts.push_back({0, step.card.container, step.card.path, conflict.property,
+                                        conflict.theirs, conflict.ours, conflict.base,
+                                        millisecondsNow()});
+    }
+  }
+  if (addsAny) relinkOthers(request);
+  return request;
+}
+
+void RunCommit::addRecordChanges(CardStep& step, SaveRequest& request) {
+  switch (step.here) {
+    case CardStep::Here::Nothing:
+      return;
+    case CardStep::Here::Add: {
+      NewRecord record;
+      record.key = step.record;
+      record.kind = step.card.kind;
+      record.container = local_.container();
+      record.encoded = step.change->values;
+      record.fingerprint = step.card.fingerprint;
+      record.spilledImage = step.change->photo;
+      request.additions.push_back(std::move(record));
+      return;
+    }
+    case CardStep::Here::Change: {
+      ReplacedRecord record;
+      record.key = step.record;
+      record.properties = step.change->properties;
+      record.keepsImage = step.change->keepsPhoto;
+      if (step.change->photo) record.image = step.change->photo->get();
+      record.expected = step.expected;
+      request.replacements.push_back(std::move(record));
+      return;
+    }
+    case CardStep::Here::Delete:
+      request.removals.push_back({step.record, step.expected});
+      return;
+  }
+}
+
+// The group gets the records that its members are and loses those that they are not. What no record
+// can stand for is noted as said by the card alone.
+void RunCommit::linkMembers(CardStep& step, SaveRequest& request) {
+  const auto unlinkedOf = [&](const std::vector<std::string>& members) {
+    std::vector<std::string> unlinked;
+    for (const auto& member : members) {
+      if (!canBeLinked(step.record, local_.memberOfUid(member))) unlinked.push_back(member);
+    }
+    return unlinked;
+  };
+  if (step.members) {
+    const auto unlinked = unlinkedOf(*step.members);
+    const std::unordered_set<std::string> out(unlinked.begin(), unlinked.end());
+    std::vector<RecordKey> wanted;
+    for (const auto& member : *step.members) {
+      if (!out.contains(member)) wanted.push_back(local_.memberOfUid(member).key);
+    }
+    const auto held = step.here == CardStep::Here::Add ? std::vector<RecordKey>()
+                                                       : local_.childrenOf(step.record);
+    const std::unordered_set<RecordKey> isWanted(wanted.begin(), wanted.end());
+    std::unordered_set<RecordKey> isHeld(held.begin(), held.end());
+    for (const auto& child : held) {
+      if (!isWanted.contains(child)) request.removedLinks.push_back({step.record, child});
+    }
+    for (const auto& child : wanted) {
+      if (!isHeld.insert(child).second) continue;
+      request.links.push_back({step.record, child});
+      newLinks_.emplace_back(step.record, child);
+    }
+    if (!unlinked.empty() && step.here == CardStep::Here::Add) {
+      for (const auto& member : unlinked) {
+        if (!local_.memberOfUid(member).key.isNone()) {
+          report_.notes.push_back(step.name + " would lie in itself; that member is not shown");
+        }
+      }
+    }
+  }
+  if (!step.texts) return;
+  const auto unlinked = unlinkedOf(step.agreedMembers);
+  step.texts->members = packedMembers(step.agreedMembers, unlinked);
+  const std::unordered_set<std::string> out(unlinked.begin(), unlinked.end());
+  std::vector<std::string> linked;
+  for (const auto& member : step.agreedMembers) {
+    if (!out.contains(member)) linked.push_back(member);
+  }
+  step.card.beside = besideOfMembers(std::move(linked));
+}
+
+bool RunCommit::canBeLinked(const RecordKey& group, const LocalBook::Member& member) const {
+  if (member.key.isNone()) return false;
+  return member.kind == RecordKind::Person || !wouldLieInItself(group, member.key);
+}
+
+bool RunCommit::wouldLieInItself(const RecordKey& group, const RecordKey& child) const {
+  std::vector<RecordKey> below{child};
+  std::unordered_set<RecordKey> met;
+  while (!below.empty()) {
+    const auto next = below.back();
+    below.pop_back();
+    if (next == group) return true;
+    if (!met.insert(next).second) continue;
+    if (const auto groups = containerSource().committedChildren(next, RecordKind::Group)) {
+      below.insert(below.end(), groups->begin(), groups->end());
+    }
+    for (const auto& [parent, added] : newLinks_) {
+      if (parent == next) below.push_back(added);
+    }
+  }
+  return false;
+}
+
+// Groups whose cards name somebody who has come only now.
+void RunCommit::relinkOthers(SaveRequest& request) {
+  std::unordered_set<std::int64_t> inSteps;
+  for (const auto& step : steps_) inSteps.insert(step.card.id);
+  for (const auto& now : syncSource().syncCardsOfGroups(local_.container())) {
+    if (!now.now || inSteps.contains(now.card.id)) continue;
+    const std::array ids{now.card.id};
+    auto texts = syncSource().syncCardTexts(ids);
+    if (texts.empty()) continue;
+    const auto waiting = unlinkedMembers(texts.front());
+    const bool hasCome = std::ranges::any_of(
+        waiting, [&](const auto& member) { return !local_.memberOfUid(member).key.isNone(); });
+    if (!hasCome) continue;
+    CardStep step;
+    step.card = now.card;
+    step.record = now.card.record;
+    step.agreedMembers = agreedContent(now.card, texts.front(), nullptr).members;
+    step.texts = std::move(texts.front());
+    for (const auto& member : waiting) {
+      const auto child = local_.memberOfUid(member);
+      if (!canBeLinked(step.record, child)) continue;
+      request.links.push_back({step.record, child.key});
+      newLinks_.emplace_back(step.record, child.key);
+    }
+    linkMembers(step, request);
+    request.sync.cards.push_back({step.card, step.texts});
+  }
+}
+
+void RunCommit::write(SyncRows rows, const std::string& keptToken) {
+  for (int tries = 1;; ++tries) {
+    auto request = requestOf(rows);
+    RecordKeys going;
+    for (const auto& removal : request.removals) going.push_back(removal.key);
+    const TagHold hold;
+    const auto manager = vcard::tagManagerOf(local_.container());
+    for (const auto& step : steps_) {
+      if (step.isPutOff || !step.change || step.change->tags == step.change->tagsBefore) continue;
+      TagStore::shared().change(manager, step.record.text(), step.change->tagsBefore,
+                                step.change->tags);
+    }
+    bool tagsAreSafe = false;
+    if (executeWithTags(request, going, tagsAreSafe)) return;
+    if (request.outdatedRecords.empty() || tries == kTries) {
+      throw StoreError(StoreError::Kind::Refused, request.reason, {});
+    }
+    const std::unordered_set<RecordKey> outdated(request.outdatedRecords.begin(),
+                                                 request.outdatedRecords.end());
+    for (auto& step : steps_) {
+      if (outdated.contains(step.record)) step.isPutOff = true;
+    }
+    needsAnotherRun_ = true;
+    rows.books.front().book.token = keptToken;
+  }
+}
+
+}  // namespace ox::sync
