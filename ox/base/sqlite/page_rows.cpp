@@ -132,9 +132,9 @@ std::optional<PageRow> PageRow::of(std::int64_t number, std::string record) {
 
 // The number of a row stands beside its columns, and nothing where it belongs.
 bool PageRow::hasSumOf(std::size_t columns) const {
-  constexpr std::size_t kMostColumns = 16;
-  if (columns >= size() || columns > kMostColumns || !is(size() - 1, Type::Integer)) return false;
-  std::array<SummedColumn, kMostColumns> summed;
+  if (columns >= size() || columns > kMostSummedColumns || !is(size() - 1, Type::Integer))
+    return false;
+  std::array<SummedColumn, kMostSummedColumns> summed;
   for (std::size_t i = 0; i < columns; ++i) {
     const auto& column = columns_[i];
     const bool isNumber = i == 0 && number_ != 0 && column.type == Type::Null;

@@ -27,12 +27,10 @@ SummedColumn summed(sqlite3_value* value) {
   return {type, wordOf(value, type)};
 }
 
-constexpr std::size_t kMostColumns = 20;
-
 void answerRowSum(sqlite3_context* context, int count, sqlite3_value** values) {
-  std::array<SummedColumn, kMostColumns> columns;
+  std::array<SummedColumn, kMostSummedColumns> columns;
   const auto size = static_cast<std::size_t>(count);
-  if (count < 0 || size > kMostColumns) {
+  if (count < 0 || size > kMostSummedColumns) {
     sqlite3_result_error(context, "row_sum: too many columns", -1);
     return;
   }
@@ -44,8 +42,8 @@ void answerRowSum(sqlite3_context* context, int count, sqlite3_value** values) {
 
 std::int32_t rowSum(std::span<const SummedColumn> columns) {
   constexpr std::size_t kBytes = 1 + sizeof(std::uint64_t);
-  std::array<char, kBytes * kMostColumns> bytes;
-  assert(columns.size() <= kMostColumns);
+  std::array<char, kBytes * kMostSummedColumns> bytes;
+  assert(columns.size() <= kMostSummedColumns);
   auto* next = bytes.data();
   for (const auto& [type, word] : columns) {
     *next = static_cast<char>(type);
@@ -56,9 +54,9 @@ std::int32_t rowSum(std::span<const SummedColumn> columns) {
 }
 
 bool isSound(const Statement& row, int columns) {
-  std::array<SummedColumn, kMostColumns> read;
+  std::array<SummedColumn, kMostSummedColumns> read;
   const auto size = static_cast<std::size_t>(columns);
-  assert(size <= kMostColumns);
+  assert(size <= kMostSummedColumns);
   for (int i = 0; i < columns; ++i) {
     read[static_cast<std::size_t>(i)] = summed(sqlite3_column_value(row.statement_, i));
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -28,6 +29,8 @@ struct SummedColumn {
   std::uint64_t word;
 };
 std::int32_t rowSum(std::span<const SummedColumn> columns);
+
+inline constexpr std::size_t kMostSummedColumns = 20;
 
 // Whether a row of so many summed columns, and behind them its checksum, is sound: what `sound`
 // tells, at half of its price, for rows of which very many are read.

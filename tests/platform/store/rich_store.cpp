@@ -18,6 +18,56 @@ std::string textOf(const JournalChange& change) {
          "/" + change.tags.person + "\n";
 }
 
+// An account in step with a book, whose second card has lost its record.
+void fillSync(ContactSource& source) {
+  SaveRequest request;
+  SyncLogin login;
+  login.name = "work";
+  login.homes = {"/home"};
+  request.sync.logins.push_back(login);
+  SyncBook book;
+  book.container = "A:ABAccount";
+  book.token = "the token of the book";
+  request.sync.books.push_back({book, "work"});
+  for (const auto* name : {"cid", "gone"}) {
+    SyncCardChange change;
+    change.card.container = book.container;
+    change.card.path = std::string("/home/") + name;
+    if (name == std::string("cid")) change.card.record = RecordKey::of(name);
+    change.texts = SyncCard::Texts{"the text of a card", "agreed", "tags", "members"};
+    request.sync.cards.push_back(change);
+  }
+  request.sync.conflicts.push_back({0, book.container, "/home/cid", "Note", "t", "ours", "b", 5});
+  request.sync.runs.push_back({book.container, 1, 2, "counts", "in step"});
+  ASSERT_TRUE(source.execute(request)) << request.reason;
+}
+
+std::string textOf(const SyncCardNow& each) {
+  const auto& card = each.card;
+  return std::to_string(card.id) + card.container + card.record.text() + card.path + card.etag +
+         std::to_string(card.fingerprint) + std::to_string(static_cast<int>(card.intent)) + "/" +
+         std::to_string(each.now.value_or(0)) + "\n";
+}
+
+std::string syncOf(SyncSource& source) {
+  std::string text;
+  for (const auto& login : source.syncLogins()) text += login.name + login.homes.at(0);
+  for (const auto& book : source.syncBooks()) {
+    text += book.container + std::to_string(book.login) + book.token;
+    std::vector<std::int64_t> ids;
+    for (const auto& card : source.syncCards(book.container)) {
+      text += textOf(card);
+      ids.push_back(card.card.id);
+    }
+    for (const auto& card : source.changedSyncCards(book.container)) text += textOf(card);
+    for (const auto& record : source.recordsWithoutCard(book.container)) text += record.key.text();
+    for (const auto& each : source.syncCardTexts(ids)) text += each.text + each.agreed;
+    for (const auto& run : source.syncRuns(book.container, 9)) text += run.counts + run.outcome;
+  }
+  for (const auto& conflict : source.syncConflicts()) text += conflict.path + conflict.ours;
+  return text + "\n";
+}
+
 std::string textOf(const PastRecord& record) {
   std::string text = record.key.text() + record.container + encodeProperties(record.properties);
   for (const auto& group : record.groups) text += group.text() + " ";
@@ -53,6 +103,7 @@ void fillRichStore(ContactSource& source) {
   ASSERT_TRUE(source.save().done);
   ASSERT_TRUE(source.journal().takeBack(std::nullopt, StoreJournal::Last::Command).done);
   source.journal().setBounds({36500, 1 << 20});
+  fillSync(source);
 }
 
 std::string wholeStateOf(ContactSource& source) {
@@ -83,7 +134,7 @@ std::string wholeStateOf(ContactSource& source) {
   for (const auto& act : source.tagDebts().acts) {
     for (const auto& change : act.changes) text += change.person + change.after.front();
   }
-  return text + std::to_string(journal.bounds().days) + "\n";
+  return text + syncOf(source.sync()) + std::to_string(journal.bounds().days) + "\n";
 }
 
 }  // namespace ox::support

@@ -221,7 +221,9 @@ std::vector<RecordKey> ActBuilder::noteSync(const SyncRows& rows) {
   for (const auto& conflict : rows.conflicts) noteContainer(conflict.container);
   for (const auto& run : rows.runs) noteContainer(run.container);
   RecordKeys keys;
-  for (const auto& card : rows.cards) keys.push_back(card.card.record);
+  for (const auto& card : rows.cards) {
+    if (!card.card.record.isNone()) keys.push_back(card.card.record);
+  }
   committed_.meet(keys);
   act_.sync.records.reserve(rows.cards.size());
   for (const auto& [card, texts] : rows.cards) {

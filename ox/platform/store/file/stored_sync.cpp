@@ -37,7 +37,7 @@ constexpr std::string_view kRecordsWithoutCard =
 
 constexpr std::string_view kTexts =
     "SELECT k.rowid, t.text, t.agreed, t.tags, t.members, t.sound FROM keys(?1) k "
-    "CROSS JOIN sync_text t ON t.card = k.key";
+    "CROSS JOIN sync_card s ON s.id = k.key LEFT JOIN sync_text t ON t.card = s.id";
 
 constexpr std::string_view kConflicts =
     "SELECT x.id, c.identifier, s.path, x.property, x.theirs, x.ours, x.base, x.at, "

@@ -60,14 +60,12 @@ class Touched {
   std::unordered_set<std::int64_t> restored_;
 };
 
-// What was noted of accounts that are in step with others, and nothing besides, is no command of
-// anybody: there is nothing to see of it among the contacts, and nothing to take back.
+}  // namespace
+
 bool isOfNobody(JournalRows& journal, const JournalAct& act) {
   return act.row.nextRecord == act.firstRecord && act.row.nextChange == act.firstChange &&
          !journal.origin(act.origin).origin.undoes;
 }
-
-}  // namespace
 
 TakenBack::TakenBack(JournalRows& journal) {
   const auto commands = journal.takingBack();

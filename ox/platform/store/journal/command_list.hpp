@@ -35,6 +35,10 @@ class TakenBack {
   std::unordered_set<std::int64_t> final_;
 };
 
+// What was noted of accounts that are in step with others, and nothing besides, is no command of
+// anybody: there is nothing to see of it among the contacts, and nothing to take back.
+bool isOfNobody(JournalRows& journal, const JournalAct& act);
+
 // The commands with the latest acts, the newest first.
 std::vector<JournalCommand> latestCommands(ChangeReader& reader, std::size_t atMost);
 

@@ -98,7 +98,9 @@ JournalAct wanted(ChangeReader& reader, std::optional<std::int64_t> number,
     if (!number) throw UnknownCommand("there is nothing to take back");
   }
   const auto act = reader.journal().act(*number);
-  if (!act) throw UnknownCommand("the journal has no " + numbered(*number));
+  if (!act || isOfNobody(reader.journal(), *act)) {
+    throw UnknownCommand("the journal has no " + numbered(*number));
+  }
   if (const auto command = reader.commandOf(*act); command != *number) {
     throw RefusedRequest(std::to_string(*number) + " is a part of " + numbered(command));
   }

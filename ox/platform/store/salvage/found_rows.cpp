@@ -77,6 +77,14 @@ bool isSummed(const PageRow& row) {
   return row.size() > 1 && row.hasSumOf(row.size() - 1);
 }
 
+// Of an account that is in step with a book elsewhere: its login, the book, or one of its cards.
+bool isOfSync(const PageRow& row) {
+  constexpr std::array<std::size_t, 3> kColumns = {17, 13, 14};
+  return std::ranges::any_of(kColumns, [&](std::size_t columns) {
+    return row.size() == columns + 1 && row.hasSumOf(columns);
+  });
+}
+
 bool isPicture(const PageRow& row) {
   return row.size() == 3 && row.is(1, Type::Integer) && row.is(2, Type::Blob) &&
          static_cast<std::int64_t>(checksum64(row[2].bytes)) == row[1].integer;
@@ -135,7 +143,7 @@ void FoundRows::take(Trust trust, const sqlite::RowPlace& place, const PageRow& 
   if (isOf(row, 3) && isPositive(row[1]) && isPositive(row[2])) {
     return keep(links_, row.number(), {row[1].integer, row[2].integer}, trust);
   }
-  takeChange(row);
+  if (!takeChange(row) && isOfSync(row)) hasSync_ = true;
 }
 
 // The journal tells what was removed, which matters where the list of free pages is damaged.

@@ -44,6 +44,8 @@ class FoundRows {
   // Missing where they cannot be read.
   std::optional<Content> content(std::int64_t row);
   std::optional<std::string> picture(std::int64_t row);
+  // Whether accounts were in step with a book elsewhere; what is kept of that is not looked at.
+  bool hasSync() const { return hasSync_; }
   // How many rows may be of an older state.
   std::uint64_t doubtful() const;
 
@@ -74,6 +76,7 @@ class FoundRows {
   Table<sqlite::RowPlace> contents_;
   Table<sqlite::RowPlace> pictures_;
   Table<Link> links_;
+  bool hasSync_ = false;
   std::unordered_map<std::int64_t, RecordKey> indexed_;     // identifiers, by the row of the record
   std::unordered_map<std::int64_t, std::int64_t> removed_;  // rows of records, by the last change
 };

@@ -34,6 +34,10 @@ class Salvage {
     for (const auto& link : found_.links()) addLink(link);
     writeLinks();
     for (const auto& key : found_.lostRecords()) lose(key.text() + ": nothing of it can be read");
+    if (found_.hasSync()) {
+      lose(
+          "what was kept of accounts in step with a server or folder: they are plain accounts now");
+    }
     return std::move(report_);
   }
 

@@ -6,6 +6,8 @@
 namespace ox {
 
 inline constexpr int kSchemaVersion = 4;
+// The first one whose rows carry checksums.
+inline constexpr int kFirstSummedVersion = 3;
 
 // The statements that make the tables of a store, without a row; of these, those that keep accounts
 // which are in step with a book elsewhere; those that begin a journal, with an act of nobody, in a

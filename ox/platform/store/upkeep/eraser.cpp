@@ -9,8 +9,10 @@
 #include "ox/platform/store/file/statements.hpp"
 #include "ox/platform/store/schema/schema.hpp"
 #include "ox/platform/store/search/person_search.hpp"
+#include "ox/platform/store/upkeep/damaged_sync.hpp"
 #include "ox/platform/store/upkeep/repair.hpp"
 #include "ox/platform/store/values/store_error.hpp"
+#include "ox/records/card_uid.hpp"
 #include "ox/records/tag_change.hpp"
 
 namespace ox {
@@ -22,12 +24,13 @@ class Eraser {
   Eraser(sqlite::Connection& file, const RecordKey& key) : file_(file), key_(key), uid_(key) {}
 
   bool erase(const std::string& name, std::int64_t followedTags) {
-    for (const auto row : rows()) {
-      eraseRow(row);
-      found_ = true;
-    }
+    const auto found = rows();
+    found_ = !found.empty();
+    if (found_) forgetDamagedSync(file_);  // nor can anybody tell whom that is about
+    for (const auto row : found) eraseRow(row);
     eraseTags();
     eraseNames(name);
+    eraseRuns(name);
     if (!found_) return false;
     // Nobody can tell whom a damaged row is about.
     file_.execute("DELETE FROM change WHERE sound IS NOT 1");
@@ -61,6 +64,56 @@ class Eraser {
     runWith("DELETE FROM change WHERE record = ?1 AND what NOT IN (7, 8)", row);
     eraseFromLists(row);
     runWith("DELETE FROM record WHERE id = ?1", row);
+    eraseFromCards(row);
+  }
+
+  // Her own card keeps what the server has to be told to delete it. Of a group's card that names
+  // her by its UID, nothing is agreed any more, so that it is read anew.
+  void eraseFromCards(std::int64_t row) {
+    auto cards = file_.prepare("SELECT id, container, uid FROM sync_card WHERE record = ?1");
+    cards.bind(1, row);
+    std::set<std::int64_t> own;
+    std::set<std::int64_t> groups;
+    while (cards.step()) {
+      own.insert(cards.integer(0));
+      groups.merge(groupsNaming(uidKey(cards.text(2)), cards.integer(1)));
+    }
+    cards.reset();
+    for (const auto card : own) {
+      runWith("UPDATE sync_card SET uid = '' WHERE id = ?1", card);
+      forgetAgreement(card);
+    }
+    for (const auto card : groups) {
+      runWith("UPDATE sync_card SET etag = '' WHERE id = ?1", card);
+      forgetAgreement(card);
+    }
+  }
+
+  // Or by the UID that she has where no card gave her one.
+  std::set<std::int64_t> groupsNaming(std::string_view uid, std::int64_t container) {
+    const auto ownUid = uidOfRecord(key_);
+    std::set<std::int64_t> found;
+    for (const auto name : {uid, uidKey(ownUid)}) {
+      if (name.empty()) continue;
+      auto groups = file_.prepare(
+          "SELECT id FROM sync_card JOIN sync_text ON card = id WHERE container = ?1 AND kind = 1 "
+          "AND (instr(text, ?2) > 0 OR instr(agreed, ?2) > 0 OR instr(members, ?2) > 0)");
+      groups.bind(1, container).bindBlob(2, name);
+      for (const auto group : numbersOf(groups)) found.insert(group);
+    }
+    return found;
+  }
+
+  void forgetAgreement(std::int64_t card) {
+    runWith("DELETE FROM sync_conflict WHERE card = ?1", card);
+    runWith(
+        "UPDATE sync_text SET text = x'', agreed = x'', tags = x'', members = x'' "
+        "WHERE card = ?1",
+        card);
+    runWith(
+        "UPDATE sync_card SET fingerprint = 0, beside = 0, intent = 0, keeps_less = '', "
+        "refused = '', refused_fingerprint = 0 WHERE id = ?1",
+        card);
   }
 
   void noteOriginsOf(std::int64_t row) {
@@ -151,6 +204,16 @@ class Eraser {
           "WHERE id = ?1 AND sound",
           origin);
     }
+  }
+
+  void eraseRuns(const std::string& name) {
+    if (name.empty()) return;
+    file_
+        .prepare(
+            "DELETE FROM sync_run WHERE instr(outcome, ?1) > 0 OR "
+            "instr(counts, CAST(?1 AS BLOB)) > 0")
+        .bindText(1, name)
+        .run();
   }
 
   // The erasing is an act of its own that nobody can take back; it tells that something was done.

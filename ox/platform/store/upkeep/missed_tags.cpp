@@ -10,13 +10,13 @@
 namespace ox {
 namespace {
 
-// The answer for a store of this version that is there.
+// The answer for a store that is there and whose rows tell whether they are sound.
 template <typename Answer>
 Answer answerOf(const std::string& path, Answer (*ask)(sqlite::Connection&, std::int64_t),
                 std::int64_t number) {
   auto store = openExistingStoreFile(path, MissingIndexes::Allow);
   try {
-    if (store.file().queryInteger("PRAGMA user_version") != kSchemaVersion) return {};
+    if (store.file().queryInteger("PRAGMA user_version") < kFirstSummedVersion) return {};
     return ask(store.file(), number);
   } catch (const sqlite::Error& error) {
     throwStoreError(path, error);

@@ -15,6 +15,7 @@
 #include "ox/platform/store/schema/tables.hpp"
 #include "ox/platform/store/search/person_search.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
+#include "ox/platform/store/upkeep/damaged_sync.hpp"
 #include "ox/platform/store/values/journal_row.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/records/fingerprint.hpp"
@@ -29,6 +30,7 @@ class Repair {
   explicit Repair(sqlite::Connection& file) : file_(file) {}
 
   std::vector<std::string> mend() {
+    forgetDamagedSync();
     mendIndexes();
     countAccounts();
     removeLooseLinks();
@@ -39,8 +41,8 @@ class Repair {
   void mendIndexes() {
     removeTwins();
     const auto missing = missingIndexesOf(file_);
-    for (auto& sentence :
-         sqlite::mendIndexes(file_, missing, {"container", "custom_property", "link", "record"})) {
+    for (auto& sentence : sqlite::mendIndexes(
+             file_, missing, {"container", "custom_property", "link", "record", "sync_login"})) {
       mended_.push_back(std::move(sentence));
     }
   }
@@ -62,6 +64,18 @@ class Repair {
         "(SELECT min(id) FROM link NOT INDEXED WHERE sound GROUP BY +child, +parent)");
     if (const auto count = file_.changes(); count > 0) {
       mended_.push_back("removed links that stood there twice: " + std::to_string(count));
+    }
+  }
+
+  void forgetDamagedSync() {
+    const auto [cards, notes] = ox::forgetDamagedSync(file_);
+    if (cards > 0) {
+      mended_.push_back("forgot damaged cards of accounts in step with others: " +
+                        std::to_string(cards) + "; the next run lists everything");
+    }
+    if (notes > 0) {
+      mended_.push_back("removed damaged conflicts and runs of accounts in step with others: " +
+                        std::to_string(notes));
     }
   }
 
