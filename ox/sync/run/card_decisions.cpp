@@ -173,8 +173,8 @@ CardStep CardDecisions::unreadable(CardSides& sides, std::string reason) {
   step.card.href = sides.theirs.href;
   step.card.etag = sides.theirs.etag;
   step.card.refused = std::move(reason);
-  step.card.refusedFingerprint =
-      sides.ours ? sumOf(sides.ours->fingerprint, sides.ours->beside) : 0;
+  step.card.refusedFingerprint = kUnreadable;
+  step.isUnreadable = true;
   step.writesRow = true;
   return step;
 }

@@ -37,7 +37,8 @@ CardContent contentOf(const SentCard& sent) {
 void RunCommit::settleSent() {
   for (auto& step : steps_) {
     if (step.there != CardStep::There::Nothing) settle(step);
-    if (step.isUnreadable) report_.refused.push_back({step.name, step.card.href, 0, step.card.refused});
+    if (step.isUnreadable)
+      report_.refused.push_back({step.name, step.card.href, 0, step.card.refused});
     if (!step.note.empty()) report_.notes.push_back(step.note);
   }
 }

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "ox/platform/store/contact_source.hpp"
 #include "ox/platform/journal/journal.hpp"
+#include "ox/platform/store/contact_source.hpp"
 #include "tests/sync/run/synced_book.hpp"
 
 namespace ox::test {
