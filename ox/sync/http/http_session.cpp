@@ -1,0 +1,63 @@
+#include "ox/sync/http/http_session.hpp"
+
+#include <utility>
+
+#include "ox/sync/http/private_host.hpp"
+#include "ox/sync/remote/remote_error.hpp"
+
+namespace ox::sync {
+namespace {
+
+// The place that a user names: a URL, a host, or user@domain.
+Url namedPlace(const std::string& text) {
+  if (text.find("://") != std::string::npos) return parsedUrl(text);
+  return parsedUrl("https://" + text.substr(text.rfind('@') + 1));
+}
+
+}  // namespace
+
+HttpSession::HttpSession(LoginSettings loginSettings, WireHooks wireHooks, HttpLimits httpLimits)
+    : login(std::move(loginSettings)), hooks(std::move(wireHooks)), limits(httpLimits) {
+  const auto place = namedPlace(login.url);
+  ownHost_ = place.host;
+  accepted_.insert(place.origin());
+  if (login.password.kind == PasswordSource::Kind::BearerCommand) scheme = Scheme::Bearer;
+}
+
+void HttpSession::open() {
+  if (!secret_) secret_ = readSecret(login.password, hooks);
+}
+
+void HttpSession::checkEncrypted(const Url& url) const {
+  if (url.scheme == "https" || login.allowHttp) return;
+  throw RemoteError(RemoteFailure::Insecure,
+                    url.place() +
+                        " would be asked without encryption; use https, or allow http "
+                        "for this login");
+}
+
+Url HttpSession::redirected(const Url& from, const std::string& location) const {
+  auto target = resolvedUrl(from, location);
+  if (from.scheme == "https" && target.scheme == "http") {
+    throw RemoteError(RemoteFailure::Insecure, from.place() + " leads to " + target.place() +
+                                                   ", where nothing is encrypted");
+  }
+  checkEncrypted(target);
+  if (target.host != from.host && isPrivateHost(target.host) && !isPrivateHost(ownHost_)) {
+    throw RemoteError(RemoteFailure::Insecure,
+                      from.place() + " leads into a private network, to " + target.place());
+  }
+  return target;
+}
+
+void HttpSession::checkStopped() const {
+  if (hooks.isStopped && hooks.isStopped()) {
+    throw RemoteError(RemoteFailure::Stopped, "stopped before it was done");
+  }
+}
+
+void HttpSession::trace(const std::string& line) const {
+  if (hooks.trace) hooks.trace(line);
+}
+
+}  // namespace ox::sync
