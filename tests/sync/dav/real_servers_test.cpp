@@ -274,8 +274,8 @@ TEST_P(RealBook, TellsItsStateWithTheOthersOfItsHome) {
 
 INSTANTIATE_TEST_SUITE_P(Each, RealBook,
                          testing::Values(RealServer::Kind::Radicale, RealServer::Kind::Xandikos),
-                         [](const auto& info) {
-                           return info.param == RealServer::Kind::Radicale ? "Radicale"
+                         [](const auto& each) {
+                           return each.param == RealServer::Kind::Radicale ? "Radicale"
                                                                            : "Xandikos";
                          });
 
