@@ -42,7 +42,8 @@ set(CPACK_COMPONENT_PROGRAM_DEPENDS library)
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 "address books on the command line
  Lists, edits, imports and exports the address books of a durable contact
- store: one SQLite file, no desktop, no server.")
+ store: one SQLite file, no desktop. Keeps them in step with CardDAV servers
+ and folders of vCards, by a user timer where it is enabled.")
 
 # What every Debian package has to say of itself.
 find_program(OX_GZIP gzip REQUIRED)

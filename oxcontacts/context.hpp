@@ -27,9 +27,9 @@ inline constexpr std::array kExitCodes = {
     ExitCodeMeaning{kDone, "done"},
     ExitCodeMeaning{kFailed, "failed"},
     ExitCodeMeaning{kUsage, "usage (an ambiguous name too)"},
-    ExitCodeMeaning{kDoneWithRefusals, "done with refusals"},
+    ExitCodeMeaning{kDoneWithRefusals, "done with refusals or conflicts"},
     ExitCodeMeaning{kNotFound, "not found"},
-    ExitCodeMeaning{kBusy, "busy"},
+    ExitCodeMeaning{kBusy, "busy (try later)"},
     ExitCodeMeaning{kInterrupted, "interrupted"},
 };
 

@@ -64,6 +64,9 @@ class Merge {
     takeCardLines();
     result_.content.properties = bagOf(std::move(us_));
     result_.forThem.properties = bagOf(std::move(them_));
+    for (auto* content : {&result_.content, &result_.forThem}) {
+      if (!content->isGroup) dropFormerName(content->properties);
+    }
     return std::move(result_);
   }
 

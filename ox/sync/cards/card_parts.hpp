@@ -43,6 +43,10 @@ void setUnmodelledTexts(PropertyBag& properties, const std::vector<std::string>&
 std::vector<std::string> withPlacedLines(std::vector<std::string> lines,
                                          const std::vector<PlacedLine>& placed);
 
+// Takes a preserved FN away that came with another name than the person has now: no card says it
+// any more (docs/vcard-export.md).
+void dropFormerName(PropertyBag& properties);
+
 // The details of an entry, or of a single value (entry 0).
 std::vector<vcard::PropertyDetail> detailsOf(const std::vector<vcard::PropertyDetail>& details,
                                              PropertyId property, std::uint64_t entry);

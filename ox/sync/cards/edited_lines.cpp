@@ -12,6 +12,7 @@
 #include "ox/sync/cards/member_lines.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/line_writer.hpp"
+#include "ox/vcard/unmodelled/line_form.hpp"
 #include "ox/vcard/write/writer.hpp"
 
 namespace ox::sync {
@@ -118,6 +119,11 @@ void EditedLines::replaceUnits(const CardContent& wanted, EditScope scope) {
     for (const auto line : units_[i].lines) isGone_[line] = true;
     left_[units_[i].name].push_back(i);
   }
+  for (std::size_t i = 0; i < lines_.size(); ++i) {
+    if (!isGone_[i] && !lines_[i].group.empty()) {
+      takenGroups_.insert(vcard::groupKey(lines_[i].group));
+    }
+  }
   for (const auto& unit : coming) place(unit, linesThen);
 }
 
@@ -185,23 +191,31 @@ std::size_t EditedLines::placeFor(const std::string& name) const {
   return lines_.size() - 1;
 }
 
-std::string EditedLines::freeGroup() {
-  return "item" + std::to_string(nextItem_++);
+// The group that it has where that is free: unmodelled lines keep theirs. Else that of what made
+// room for it.
+std::string EditedLines::groupFor(const CardUnit& unit, const std::string& left) {
+  if (unit.group.empty()) return {};
+  auto group = unit.group;
+  if (takenGroups_.count(vcard::groupKey(group)) != 0) group = left;
+  if (group.empty() || takenGroups_.count(vcard::groupKey(group)) != 0) {
+    group = "item" + std::to_string(nextItem_++);
+  }
+  takenGroups_.insert(vcard::groupKey(group));
+  return group;
 }
 
 void EditedLines::place(const CardUnit& unit, const std::vector<TextLine>& from) {
   std::size_t at = lines_.size();
-  std::string group;
+  std::string left;
   auto& room = left_[unit.name];
   if (!room.empty()) {
-    const auto& left = units_[room.front()];
-    at = left.lines.front();
-    group = left.group;
+    at = units_[room.front()].lines.front();
+    left = units_[room.front()].group;
     room.erase(room.begin());
   } else {
     at = placeFor(unit.name);
   }
-  if (group.empty() && !unit.group.empty()) group = freeGroup();
+  const auto group = groupFor(unit, left);
   for (const auto line : unit.lines) {
     if (from[line].group.empty()) {
       before_[at] += from[line].bytes;

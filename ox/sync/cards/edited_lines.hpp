@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,8 +33,6 @@ class EditedLines {
   std::string text() const;
 
  private:
-  struct Coming;
-
   void replaceUnits(const CardContent& wanted, EditScope scope);
   std::vector<std::size_t> leavingUnits(const std::vector<CardUnit>& going,
                                         std::vector<CardUnit>& coming,
@@ -42,7 +41,7 @@ class EditedLines {
   void editMembers(const CardContent& wanted);
   void completeNames(const CardContent& wanted);
   std::size_t placeFor(const std::string& name) const;
-  std::string freeGroup();
+  std::string groupFor(const CardUnit& unit, const std::string& left);
 
   const std::vector<TextLine>& lines_;
   const ReadCard& now_;
@@ -50,6 +49,7 @@ class EditedLines {
   std::vector<bool> isGone_;                              // of each line
   std::vector<std::string> before_;                       // of each line, what is new before it
   std::map<std::string, std::vector<std::size_t>> left_;  // units that made room, by name
+  std::set<std::string> takenGroups_;
   std::size_t nextItem_ = 1;
 };
 

@@ -89,6 +89,7 @@ CardContent contentOfRecord(bool isGroup, PropertyBag properties, Data photo,
   if (!vcard::areCategoriesTags(properties)) content.categories = vcard::categoriesOf(properties);
   addMissing(content.categories, tags);
   content.properties = std::move(properties);
+  dropFormerName(content.properties);
   takeCategoryLines(content);
   return content;
 }

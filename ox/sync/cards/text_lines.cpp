@@ -14,40 +14,59 @@ std::string_view withoutBreak(std::string_view line) {
   return line;
 }
 
-// The next physical line with its line end, which is taken from the text.
-std::string_view takeLine(std::string_view& text) {
-  const auto feed = text.find('\n');
-  const auto line = text.substr(0, feed == std::string_view::npos ? text.size() : feed + 1);
-  text.remove_prefix(line.size());
+// Physical lines that are one, folded.
+struct FoldedLine {
+  std::string_view bytes;  // with line ends
+  std::string unfolded;
+};
+
+// The next one, which is taken from the text.
+FoldedLine takeLine(std::string_view& text) {
+  FoldedLine line;
+  const auto whole = text;
+  std::size_t size = 0;
+  do {
+    const auto feed = text.find('\n');
+    const auto next = text.substr(0, feed == std::string_view::npos ? text.size() : feed + 1);
+    text.remove_prefix(next.size());
+    line.unfolded += withoutBreak(size == 0 ? next : next.substr(1));
+    size += next.size();
+  } while (!text.empty() && vcard::isBlank(text.front()));
+  line.bytes = whole.substr(0, size);
   return line;
+}
+
+bool isContentLine(std::string_view line) {
+  vcard::ContentLine parsed;
+  return vcard::parseHead(line, parsed) != std::string_view::npos;
+}
+
+bool beginsAgent(std::string_view line) {
+  const auto colon = line.find(':');
+  return vcard::startsWithWord(line, "AGENT") && colon != std::string_view::npos &&
+         vcard::isBegin(vcard::trimmed(line.substr(colon + 1)));
 }
 
 class Cutter {
  public:
   // False once the card is over.
-  bool add(std::string_view bytes) {
-    const auto line = withoutBreak(bytes);
+  bool add(const FoldedLine& line) {
+    const bool isBegin = vcard::isBegin(line.unfolded);
     if (depth_ == 0) {
-      if (!vcard::isBegin(line)) return true;
+      if (!isBegin) return true;
       depth_ = 1;
-      start(bytes, line);
+      lines_.push_back({std::string(line.bytes), line.unfolded, {}, {}});
       return true;
     }
-    if (vcard::isBegin(line)) ++depth_;
-    const bool isEnd = vcard::isEnd(line);
-    if (isEnd) --depth_;
-    if (depth_ > 1 || (isEnd && depth_ == 1)) {
-      extend(bytes, "\n", line);
-    } else if (!line.empty() && vcard::isBlank(line.front())) {
-      extend(bytes, "", line.substr(1));
+    const bool isNested = depth_ > 1 || isBegin;
+    const bool isAgent = beginsAgent(line.unfolded);
+    if (isBegin || isAgent) ++depth_;
+    if (vcard::isEnd(line.unfolded)) --depth_;
+    if (isNested || !isContentLine(line.unfolded)) {
+      lines_.back().bytes += line.bytes;
+      lines_.back().unfolded.append(1, '\n').append(line.unfolded);
     } else {
-      vcard::ContentLine parsed;
-      if (vcard::parseHead(line, parsed) != std::string_view::npos) {
-        if (vcard::isWord(parsed.name, "AGENT") && vcard::isBegin(parsed.value)) ++depth_;
-        start(bytes, line);
-      } else {
-        extend(bytes, "\n", line);
-      }
+      lines_.push_back({std::string(line.bytes), line.unfolded, {}, {}});
     }
     return depth_ > 0;
   }
@@ -64,14 +83,6 @@ class Cutter {
   }
 
  private:
-  void start(std::string_view bytes, std::string_view line) {
-    lines_.push_back({std::string(bytes), std::string(line), {}, {}});
-  }
-  void extend(std::string_view bytes, std::string_view joint, std::string_view line) {
-    lines_.back().bytes += bytes;
-    lines_.back().unfolded.append(joint).append(line);
-  }
-
   std::vector<TextLine> lines_;
   int depth_ = 0;
 };

@@ -140,7 +140,7 @@ void Transfer::prepare(const HttpSession& session, const HttpRequest& request, c
   answer_ = {};
   answer_.url = url.text;
   headerLines_ = headerBytes_ = bodyBytes_ = 0;
-  requests_ = 1;
+  requests_ = 0;
   bytes_ = request.body.size();
   moved_ = 0;
   lastMove_ = Clock::now();
@@ -150,7 +150,7 @@ void Transfer::prepare(const HttpSession& session, const HttpRequest& request, c
   set(easy_, CURLOPT_CONNECTTIMEOUT_MS, milliseconds(limits_->connecting));
   set(easy_, CURLOPT_ACCEPT_ENCODING, request.wantsIdentity ? "identity" : "");
   setRequest(request);
-  setSecret(session);
+  setSecret(session, url);
   setTls(session, url);
 }
 
@@ -189,18 +189,32 @@ void Transfer::setRequest(const HttpRequest& request) {
 }
 
 // Exactly the scheme that was asked for: where libcurl may choose, it sends bodies twice or not at
-// all.
-void Transfer::setSecret(const HttpSession& session) {
+// all. A request that goes without the secret to where it may go is a question for the challenge:
+// with a user and no scheme libcurl reads that and forgets, as it does not otherwise, that it did,
+// so that it takes the next one for a new one.
+void Transfer::setSecret(const HttpSession& session, const Url& url) {
   const char* none = nullptr;
-  const bool isPassword = scheme_ == Scheme::Basic || scheme_ == Scheme::Digest;
-  const bool isToken = scheme_ == Scheme::Bearer;
-  set(easy_, CURLOPT_HTTPAUTH,
-      static_cast<long>(scheme_ == Scheme::Digest ? CURLAUTH_DIGEST
-                        : isToken                 ? CURLAUTH_BEARER
-                                                  : CURLAUTH_BASIC));
-  set(easy_, CURLOPT_USERNAME, isPassword ? session.login.user.c_str() : none);
-  set(easy_, CURLOPT_PASSWORD, isPassword ? session.secret().text().c_str() : none);
-  set(easy_, CURLOPT_XOAUTH2_BEARER, isToken ? session.secret().text().c_str() : none);
+  const char* user = session.login.user.c_str();
+  set(easy_, CURLOPT_USERNAME, none);
+  set(easy_, CURLOPT_PASSWORD, none);
+  set(easy_, CURLOPT_XOAUTH2_BEARER, none);
+  switch (scheme_) {
+    case Scheme::Unknown:
+      set(easy_, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_NONE));
+      if (session.hasSecret() && session.isAccepted(url)) set(easy_, CURLOPT_USERNAME, user);
+      return;
+    case Scheme::Basic:
+    case Scheme::Digest:
+      set(easy_, CURLOPT_HTTPAUTH,
+          static_cast<long>(scheme_ == Scheme::Basic ? CURLAUTH_BASIC : CURLAUTH_DIGEST));
+      set(easy_, CURLOPT_USERNAME, user);
+      set(easy_, CURLOPT_PASSWORD, session.secret().text().c_str());
+      return;
+    case Scheme::Bearer:
+      set(easy_, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BEARER));
+      set(easy_, CURLOPT_XOAUTH2_BEARER, session.secret().text().c_str());
+      return;
+  }
 }
 
 void Transfer::setTls(const HttpSession& session, const Url& url) {
@@ -232,6 +246,7 @@ bool Transfer::mayBeSent() {
   curl_easy_getinfo(easy_, CURLINFO_REQUEST_SIZE, &sent);
   if (onlyReads_ || isSendable_ || sent == 0) {
     isSendable_ = false;
+    ++requests_;
     return true;
   }
   return fail(Trouble::Broken, "the connection was closed before the answer");
@@ -249,7 +264,6 @@ bool Transfer::takeHeader(std::string_view line) {
   lastMove_ = Clock::now();
   if (isBodyStarted_) return true;  // a trailer
   if (line.starts_with("HTTP/")) {
-    if (answer_.status >= 200) ++requests_;  // a stale challenge was answered in between
     startHead(line);
     return true;
   }

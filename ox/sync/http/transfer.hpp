@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -56,7 +57,8 @@ class Transfer {
   bool isHeadRead() const { return isHeadRead_; }
   // The sink was told of the body.
   bool hasBegun() const { return hasBegun_; }
-  std::uint64_t requests() const { return requests_; }
+  // Those that libcurl sent again by itself are counted too.
+  std::uint64_t requests() const { return std::max<std::uint64_t>(requests_, 1); }
   std::uint64_t bytes() const { return bytes_; }
   // The scheme that it was sent with.
   Scheme scheme() const { return scheme_; }
@@ -68,7 +70,7 @@ class Transfer {
   struct Callbacks;
 
   void setRequest(const HttpRequest& request);
-  void setSecret(const HttpSession& session);
+  void setSecret(const HttpSession& session, const Url& url);
   void setTls(const HttpSession& session, const Url& url);
   void addHeader(const std::string& line);
   void startHead(std::string_view line);

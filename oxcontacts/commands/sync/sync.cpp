@@ -46,11 +46,9 @@ Books booksNamed(const std::string& text, const Books& known) {
   std::ranges::copy_if(known, std::back_inserter(found),
                        [&](const sync::KnownBook& book) { return book.container == identifier; });
   if (!found.empty()) return found;
-  throw CommandError(kUsage,
-                     account->name().value_or("") +
-                         " is in step with nothing; `oxcontacts accounts add NAME --url URL "
-                         "--into " +
-                         shellWord(account->name().value_or("")) + "` changes that");
+  throw CommandError(kUsage, account->name().value_or("") +
+                                 " is in step with nothing; `oxcontacts accounts add NAME` with "
+                                 "--url or --folder makes an account that is");
 }
 
 // Each once, all where none is named.
@@ -166,42 +164,53 @@ void sync(const Context& context, const Arguments& arguments) {
   }
 }
 
+// Looking and settling are no runs, and take nothing of what a run takes.
+void requireOneTask(const CLI::App& command) {
+  std::string task;
+  for (const auto* name : {"--conflicts", "--resolve", "--status"}) {
+    if (command.count(name) == 0) continue;
+    if (!task.empty()) throw CommandError(kUsage, task + " excludes " + name);
+    task = name;
+  }
+  for (const auto* name : {"--dry-run", "--full", "--push-only", "--pull-only", "--allow-deletions",
+                           "--yes", "--report"}) {
+    if (!task.empty() && command.count(name) > 0) {
+      throw CommandError(kUsage, task + " runs nothing, so that " + name + " is of no use to it");
+    }
+  }
+}
+
 }  // namespace
 
 void declareSync(CLI::App& program, const Context& context) {
   auto* command = program.add_subcommand("sync", "Bring accounts in step with servers and folders");
   const auto arguments = std::make_shared<Arguments>();
   command->add_option("ACCOUNT", arguments->accounts, "Which (else every one that is in step)");
-  auto* dryRun = command->add_flag("--dry-run", arguments->isDryRun,
-                                   "Show what would be done; change nothing on either side");
-  auto* full = command->add_flag("--full", arguments->listsAll,
-                                 "List everything, whatever was known before");
+  command->add_flag("--dry-run", arguments->isDryRun,
+                    "Show what would be done; change nothing on either side");
+  command->add_flag("--full", arguments->listsAll, "List everything, whatever was known before");
   auto* push = command->add_flag("--push-only", arguments->onlyPushes, "Change nothing here");
-  auto* pull = command->add_flag("--pull-only", arguments->onlyPulls, "Change nothing there");
-  push->excludes(pull);
-  auto* deletions = command->add_flag("--allow-deletions", arguments->allowsDeletions,
-                                      "Let it delete much, for once");
-  auto* yes = command->add_flag("--yes", arguments->agrees,
-                                "Ask nothing where two sides with contacts first meet");
-  auto* report =
-      command->add_option("--report", arguments->reportFile, "Write the report there as JSON")
-          ->type_name("FILE");
-  auto* conflicts = command->add_flag("--conflicts", arguments->showsConflicts,
-                                      "List values of which both sides made another");
-  auto* resolve = command
-                      ->add_option("--resolve", arguments->resolution,
-                                   "Settle what --conflicts lists, by its number or of a person")
-                      ->type_name("CARD mine|theirs")
-                      ->expected(2)
-                      ->excludes(conflicts);
-  auto* status = command->add_flag("--status", arguments->showsStatus,
-                                   "Tell when each was last in step, and what failed last");
-  for (auto* looks : {conflicts, resolve, status}) {
-    for (auto* runs : {dryRun, full, push, pull, deletions, yes, report}) looks->excludes(runs);
-  }
-  status->excludes(conflicts)->excludes(resolve);
+  command->add_flag("--pull-only", arguments->onlyPulls, "Change nothing there")->excludes(push);
+  command->add_flag("--allow-deletions", arguments->allowsDeletions,
+                    "Let it delete much, for once");
+  command->add_flag("--yes", arguments->agrees,
+                    "Ask nothing where two sides with contacts first meet");
+  command->add_option("--report", arguments->reportFile, "Write the report there as JSON")
+      ->type_name("FILE");
+  command->add_flag("--conflicts", arguments->showsConflicts,
+                    "List values of which both sides made another");
+  command
+      ->add_option("--resolve", arguments->resolution,
+                   "Settle what --conflicts lists: of a person, or by its number")
+      ->type_name("CARD mine|theirs")
+      ->expected(2);
+  command->add_flag("--status", arguments->showsStatus,
+                    "Tell when each was last in step, and what failed last");
   command->add_flag("--verbose", arguments->isVerbose, "Tell of each request");
-  command->callback([&context, arguments] { sync(context, *arguments); });
+  command->callback([&context, command, arguments] {
+    requireOneTask(*command);
+    sync(context, *arguments);
+  });
 }
 
 }  // namespace ox::program

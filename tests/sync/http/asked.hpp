@@ -61,15 +61,24 @@ inline HttpRequest put(const std::string& url, const std::string& body) {
 
 inline std::string nameOf(RemoteFailure kind) {
   switch (kind) {
-    case RemoteFailure::Usage: return "Usage";
-    case RemoteFailure::Login: return "Login";
-    case RemoteFailure::NoBook: return "NoBook";
-    case RemoteFailure::Away: return "Away";
-    case RemoteFailure::Unreachable: return "Unreachable";
-    case RemoteFailure::Insecure: return "Insecure";
-    case RemoteFailure::TryLater: return "TryLater";
-    case RemoteFailure::Protocol: return "Protocol";
-    case RemoteFailure::Stopped: return "Stopped";
+    case RemoteFailure::Usage:
+      return "Usage";
+    case RemoteFailure::Login:
+      return "Login";
+    case RemoteFailure::NoBook:
+      return "NoBook";
+    case RemoteFailure::Away:
+      return "Away";
+    case RemoteFailure::Unreachable:
+      return "Unreachable";
+    case RemoteFailure::Insecure:
+      return "Insecure";
+    case RemoteFailure::TryLater:
+      return "TryLater";
+    case RemoteFailure::Protocol:
+      return "Protocol";
+    case RemoteFailure::Stopped:
+      return "Stopped";
   }
   return "?";
 }

@@ -49,9 +49,9 @@ TEST(Requests, HaveNoBodyAndNoTypeOfTheirOwn) {
   server.answer([](const ScriptedRequest&) -> ScriptedAnswer { return {.status = 204}; });
   HttpClient client(plainLogin(server), {});
   for (const auto* method : {"GET", "DELETE", "PROPFIND", "HEAD", "PUT"}) {
-    EXPECT_EQ(client.send({.method = method, .url = server.url("/x"), .headers = {}, .body = {}})
-                  .status,
-              204);
+    EXPECT_EQ(
+        client.send({.method = method, .url = server.url("/x"), .headers = {}, .body = {}}).status,
+        204);
   }
   EXPECT_EQ(listed(server.requests()), "GET /x, DELETE /x, PROPFIND /x, HEAD /x, PUT /x");
   for (const auto& request : server.requests()) {
@@ -104,7 +104,8 @@ TEST(Answers, OfAnyStatusAreAnswers) {
     return {.status = std::stoi(request.target.substr(1)), .body = "why"};
   });
   HttpClient client(plainLogin(server), {}, shortPauses());
-  for (const int status : {200, 204, 207, 300, 302, 304, 400, 403, 404, 409, 412, 413, 423, 500, 507}) {
+  for (const int status :
+       {200, 204, 207, 300, 302, 304, 400, 403, 404, 409, 412, 413, 423, 500, 507}) {
     EXPECT_EQ(client.send(get(server.url("/" + std::to_string(status)))).status, status);
   }
 }

@@ -1,0 +1,197 @@
+// Edits of cards that other programs wrote, out of the folder that OX_CARD_CORPUS names: every
+// value that is asked for is said, and what nobody asked for keeps its bytes.
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cards.hpp"
+#include "ox/records/property_keys.hpp"
+#include "ox/sync/cards/text_lines.hpp"
+#include "ox/vcard/source/byte_source.hpp"
+#include "ox/vcard/source/card_slicer.hpp"
+
+namespace ox::sync {
+namespace {
+
+using namespace property_id;
+
+// The texts of all cards of a file that have a version that is edited.
+std::vector<std::string> cardsIn(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream bytes;
+  bytes << file.rdbuf();
+  const auto all = bytes.str();
+  vcard::MemorySource source(all);
+  vcard::CardSlicer slicer(source);
+  vcard::RawCard raw;
+  std::vector<std::string> cards;
+  while (slicer.next(raw)) {
+    if (!raw.refusal.empty() || raw.lines.empty()) continue;
+    const auto end = raw.lines.back().offset + raw.lines.back().length;
+    auto text = withCrlf(std::string(raw.bytes.substr(0, end)) + "\r\nEND:VCARD\r\n");
+    const auto version = std::string(valueOf(linesOf(text), "VERSION"));
+    if (version == "3.0" || version == "4.0") cards.push_back(std::move(text));
+  }
+  return cards;
+}
+
+struct CorpusEdit {
+  std::string name;
+  std::set<std::string> touched;  // names of lines that may change
+  std::function<void(CardContent&)> make;
+};
+
+void changeFirst(CardContent& content, PropertyId property) {
+  auto values = listOf(content, property);
+  if (values.entries.empty()) {
+    values.add(Object("+1 555 0100"), std::nullopt);
+  } else {
+    values.entries.front().value = Object("+1 555 0100");
+  }
+  setList(content, property, std::move(values));
+}
+
+void removeFirst(CardContent& content, PropertyId property) {
+  auto values = listOf(content, property);
+  if (values.entries.empty()) return;
+  if (values.primary == values.entries.front().identifier) values.primary = 0;
+  values.entries.erase(values.entries.begin());
+  setList(content, property, std::move(values));
+}
+
+void changeFirstAddress(CardContent& content) {
+  auto values = listOf(content, kAddress);
+  if (values.entries.empty()) values.add(Object(Dictionary()), std::string(kABWorkLabel));
+  auto address = *values.entries.front().value.dictionary();
+  address.set(kABAddressCityKey, "Edited, City");
+  values.entries.front().value = Object(std::move(address));
+  setList(content, kAddress, std::move(values));
+}
+
+const std::vector<CorpusEdit>& edits() {
+  static const auto& all = *new std::vector<CorpusEdit>{
+      {"phone", {"TEL"}, [](CardContent& content) { changeFirst(content, kPhone); }},
+      {"removed phone", {"TEL"}, [](CardContent& content) { removeFirst(content, kPhone); }},
+      {"label of phone",
+       {"TEL"},
+       [](CardContent& content) {
+         auto values = listOf(content, kPhone);
+         if (values.entries.empty()) return;
+         values.entries.back().label = "Cabin";
+         setList(content, kPhone, std::move(values));
+       }},
+      {"main phone",
+       {"TEL"},
+       [](CardContent& content) {
+         auto values = listOf(content, kPhone);
+         if (values.entries.empty()) return;
+         values.primary = values.entries.back().identifier;
+         setList(content, kPhone, std::move(values));
+       }},
+      {"new email",
+       {"EMAIL"},
+       [](CardContent& content) { addEntry(content, kEmail, "new@example.org", "Boat"); }},
+      {"removed url", {"URL"}, [](CardContent& content) { removeFirst(content, kURLs); }},
+      {"removed address",
+       {"ADR", "LABEL"},
+       [](CardContent& content) { removeFirst(content, kAddress); }},
+      {"address", {"ADR", "LABEL"}, changeFirstAddress},
+      {"note", {"NOTE"}, [](CardContent& content) { setText(content, kNote, "edited"); }},
+      {"no note", {"NOTE"}, [](CardContent& content) { setText(content, kNote, ""); }},
+      {"job title", {"TITLE"}, [](CardContent& content) { setText(content, kJobTitle, "edited"); }},
+      {"department",
+       {"ORG"},
+       [](CardContent& content) { setText(content, kDepartment, "edited"); }},
+      {"birthday",
+       {"BDAY"},
+       [](CardContent& content) {
+         content.properties.set(kBirthday, Object(*Date::fromText("1990-05-17")));
+       }},
+      {"tags",
+       {"CATEGORIES"},
+       [](CardContent& content) { content.categories.emplace_back("edited"); }},
+      {"photo",
+       {"PHOTO"},
+       [](CardContent& content) { content.photo = makeData("\xFF\xD8\xFF\xE0 edited"); }},
+      {"no photo", {"PHOTO"}, [](CardContent& content) { content.photo = nullptr; }},
+      {"name", {"N", "FN"}, [](CardContent& content) { setText(content, kFirst, "Edited"); }}};
+  return all;
+}
+
+// Lines of the text that the edited one lacks, but for those that may change.
+std::vector<std::string> lostLines(const std::string& text, const std::string& edited,
+                                   const std::set<std::string>& touched) {
+  std::multiset<std::string> there;
+  for (const auto& line : linesOf(edited)) there.insert(line.bytes);
+  std::set<std::string> groups;
+  const auto lines = linesOf(text);
+  for (const auto& line : lines) {
+    if (touched.count(line.name) != 0 && !line.group.empty()) groups.insert(line.group);
+  }
+  std::vector<std::string> lost;
+  for (const auto& line : lines) {
+    const auto found = there.find(line.bytes);
+    if (found != there.end()) {
+      there.erase(found);
+    } else if (line.name != "REV" && touched.count(line.name) == 0 &&
+               groups.count(line.group) == 0) {
+      lost.push_back(line.bytes);
+    }
+  }
+  return lost;
+}
+
+TEST(CorpusEdit, SaysWhatIsWantedAndKeepsTheRest) {
+  const auto* folder = std::getenv("OX_CARD_CORPUS");
+  if (folder == nullptr) GTEST_SKIP() << "OX_CARD_CORPUS names no folder";
+  std::size_t cards = 0;
+  std::map<std::string, std::size_t> wrong;
+  std::map<std::string, std::size_t> lossy;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    if (entry.path().extension() != ".vcf") continue;
+    for (const auto& text : cardsIn(entry.path())) {
+      if (!std::holds_alternative<ReadCard>(readCard(text))) continue;
+      const auto said = contentOf(text);
+      if (said.isGroup) continue;
+      ++cards;
+      for (const auto& edit : edits()) {
+        auto wanted = said;
+        edit.make(wanted);
+        wanted =
+            contentOfRecord(false, propertiesOfRecord(wanted), wanted.photo, wanted.categories, {});
+        const auto edited = editedCard(text, said, wanted, {"20261123T060700Z"});
+        const auto differing = differingProperties(contentOf(edited), wanted);
+        const auto lost = lostLines(text, edited, edit.touched);
+        wrong[edit.name] += differing.empty() ? 0 : 1;
+        lossy[edit.name] += lost.empty() ? 0 : 1;
+        if (differing.empty() && lost.empty()) continue;
+        std::cout << entry.path().filename().string() << ", " << edit.name << ":";
+        for (const auto& word : differing) std::cout << " [" << word << "]";
+        for (const auto& line : lost) std::cout << " <" << line.substr(0, 60) << ">";
+        std::cout << "\n";
+      }
+    }
+  }
+  std::cout << cards << " cards\n";
+  ASSERT_GT(cards, 0U);
+  for (const auto& edit : edits()) {
+    std::cout << edit.name << ": " << wrong[edit.name] << " read otherwise, " << lossy[edit.name]
+              << " changed more\n";
+    EXPECT_EQ(wrong[edit.name], 0U) << edit.name;
+    EXPECT_EQ(lossy[edit.name], 0U) << edit.name;
+  }
+}
+
+}  // namespace
+}  // namespace ox::sync
