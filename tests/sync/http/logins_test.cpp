@@ -191,6 +191,26 @@ TEST(Digest, TakesOverFromARememberedBasic) {
   EXPECT_EQ(schemes(server), "Basic, Digest");
 }
 
+// The challenge of another place is in the handle by then.
+TEST(Digest, IsNotComputedByTheChallengeOfAnotherPlace) {
+  ScriptedServer other;
+  other.answer([](const ScriptedRequest&) -> ScriptedAnswer { return digestChallenge("theirs"); });
+  ScriptedServer server;
+  server.answer([&](const ScriptedRequest& request) -> ScriptedAnswer {
+    if (request.target == "/away") {
+      return {.status = 302, .headers = {{"Location", other.url("/x")}}};
+    }
+    if (!isDigestOf(request, "ann", "wonder land", "n1")) return digestChallenge("n1");
+    return {.status = 207};
+  });
+  HttpClient client(annsLogin(server), {});
+  EXPECT_EQ(client.send(get(server.url())).status, 207);
+  EXPECT_EQ(failureOf([&] { client.send(get(server.url("/away"))); }).substr(0, 6), "Login:");
+  EXPECT_EQ(client.send(get(server.url())).status, 207);
+  EXPECT_EQ(schemes(server), "-, Digest, Digest, -, Digest");
+  EXPECT_EQ(schemes(other), "-");
+}
+
 TEST(Bearer, IsSentAtOnceAndToItsPlaceAlone) {
   ScriptedServer other;
   other.answer([](const ScriptedRequest&) -> ScriptedAnswer { return {.body = "there"}; });
