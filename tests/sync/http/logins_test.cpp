@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "ox/base/base64.hpp"
+#include "ox/sync/http/http_session.hpp"
 #include "tests/sync/http/asked.hpp"
 #include "tests/sync/http/digest_server.hpp"
 
@@ -120,6 +121,24 @@ TEST(Login, IsNotSentToAnotherPlace) {
                 "another place");
   EXPECT_EQ(authorizations(other), "-");
   EXPECT_EQ(server.requests().size(), 0U);
+}
+
+TEST(Login, BelongsToThePlaceThatTheUserNamed) {
+  const auto accepts = [](const std::string& named, const std::string& url) {
+    LoginSettings login;
+    login.url = named;
+    return HttpSession(login, {}, {}).isAccepted(parsedUrl(url));
+  };
+  EXPECT_TRUE(accepts("https://cards.example/ann/", "https://CARDS.example:443/book/"));
+  EXPECT_FALSE(accepts("https://cards.example/ann/", "https://cards.example:8443/"));
+  EXPECT_FALSE(accepts("https://cards.example/ann/", "http://cards.example/"));
+  EXPECT_FALSE(accepts("https://cards.example/ann/", "https://cards.example.evil.example/"));
+  EXPECT_FALSE(accepts("https://cards.example/ann/", "https://cards.example@evil.example/"));
+  EXPECT_TRUE(accepts("cards.example:8443", "https://cards.example:8443/"));
+  EXPECT_TRUE(accepts("ann@cards.example", "https://cards.example/"));
+  EXPECT_FALSE(accepts("ann@cards.example", "http://cards.example/"));
+  EXPECT_EQ(failureOf([&] { accepts("gopher://cards.example/", "https://cards.example/"); }),
+            "Usage: 'gopher://cards.example/' is no URL of https or http");
 }
 
 TEST(Digest, IsPreferredAndSendsBodiesWhole) {
