@@ -118,9 +118,8 @@ void DavBook::push(std::span<const Push> pushes,
              [&, at = sending.at](const HttpAnswer& answer) {
                auto pushed = pushedOf(push.kind, push.href, answer);
                // Where the server says it has put it counts only within the book.
-               pushed.href = pathOf(pushed.href).empty()
-                                 ? push.href
-                                 : urlParts(askableUrl(url_, pushed.href)).path;
+               pushed.href =
+                   pathOf(pushed.href).empty() ? push.href : askablePath(url_, pushed.href);
                isInDoubt = isInDoubt || mayLackBook(pushed);
                sink(at, std::move(pushed));
              },

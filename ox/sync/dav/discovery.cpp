@@ -13,6 +13,7 @@
 #include "ox/sync/dav/wire/dav_href.hpp"
 #include "ox/sync/dav/wire/dav_requests.hpp"
 #include "ox/sync/dav/wire/multistatus_request.hpp"
+#include "ox/sync/http/url.hpp"
 #include "ox/sync/remote/remote_error.hpp"
 
 namespace ox::sync {
@@ -92,17 +93,17 @@ Offer Discovery::run() {
 
 // False for a host that the user has to confirm first, which the offer then names.
 bool Discovery::mayAsk(const std::string& url) {
-  const auto host = hostOf(url);
-  const bool isTheirs = host == place_.domain || host.ends_with('.' + place_.domain);
-  if (!isTheirs && host != confirmed_) {
-    offer_.foreignHost = host;
+  const auto at = parsedUrl(url);
+  const bool isTheirs = at.host == place_.domain || at.host.ends_with('.' + place_.domain);
+  if (!isTheirs && at.host != confirmed_) {
+    offer_.foreignHost = at.host;
     return false;
   }
-  if (urlParts(url).scheme != "https" && !settings_.allowHttp) {
+  if (at.scheme != "https" && !settings_.allowHttp) {
     throw RemoteError(RemoteFailure::Insecure,
                       url + " is not encrypted, and the login does not allow that.");
   }
-  client_.accept(originOf(url));
+  client_.accept(url);
   return true;
 }
 
