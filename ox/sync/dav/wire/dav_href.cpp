@@ -58,7 +58,8 @@ bool hasDotSegments(std::string_view path) {
 
 // "https://host/path" and "//host/path" (RFC 3986, section 4.2), not "/path" and "path".
 bool namesHost(std::string_view href) {
-  return href.starts_with("//") || href.substr(0, href.find_first_of("/?#")).ends_with(':');
+  const auto first = href.substr(0, href.find_first_of("/?#"));
+  return href.starts_with("//") || first.find(':') != std::string_view::npos;
 }
 
 // With what follows the path.
