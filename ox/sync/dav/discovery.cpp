@@ -146,6 +146,7 @@ std::optional<Resource> Discovery::askKnown(const std::string& url) {
 
 // True when it led to a book.
 bool Discovery::follow(const Resource& resource) {
+  why_.clear();
   const auto itself = collectionOf(resource.told);
   const auto principal = firstHref(resource.told, dav::kPrincipal);
   if (!principal.empty()) offer_.principal = askableUrl(resource.url, principal);
@@ -157,8 +158,9 @@ bool Discovery::follow(const Resource& resource) {
   if (!offer_.foreignHost.empty()) return false;
   for (const auto& home : offer_.homes) takeHome(home);
   if (offer_.books.empty() && why_.empty()) {
-    why_ = resource.url + (offer_.homes.empty() ? " speaks WebDAV, but leads to no address book."
-                                                : " leads to an account without any address book.");
+    const bool isAccount = !offer_.principal.empty() && !offer_.homes.empty();
+    why_ = resource.url + (isAccount ? " leads to an account without any address book."
+                                     : " speaks WebDAV, but leads to no address book.");
   }
   return !offer_.books.empty();
 }
