@@ -214,6 +214,7 @@ TEST(DavPush, ComparesTheTextWhereThereIsNoEtag) {
   std::string date;
   ScriptedBook scripted([&](const ScriptedRequest& request) {
     if (request.method == "REPORT") return multistatus("");
+    if (request.method == "PROPFIND") return multistatus(itself());
     if (request.method != "GET") return plain(204);
     if (there.empty()) return plain(404);
     auto answer = plain(200, there);
@@ -268,8 +269,9 @@ TEST(DavPush, IsAwayWhereTheBookIsNot) {
   ScriptedBook scripted([](const ScriptedRequest&) { return plain(404); });
   std::size_t told = 0;
   const std::vector<Push> pushes = {create("/b/a.vcf")};
-  EXPECT_EQ(failureOf([&] { scripted.book.push(pushes, [&](std::size_t, Pushed) { ++told; }); }),
-            "Away");
+  EXPECT_EQ(
+      failureOf([&] { scripted.book.push(pushes, [&](std::size_t, const Pushed&) { ++told; }); }),
+      "Away");
   EXPECT_EQ(told, 1U);
 }
 
@@ -280,6 +282,7 @@ TEST(DavPush, SendsFourAtOnceAndNoMore) {
     return answer;
   });
   std::vector<Push> pushes;
+  pushes.reserve(20);
   for (int at = 0; at < 20; ++at) pushes.push_back(create("/b/" + std::to_string(at) + ".vcf"));
   for (const auto& result : pushed(scripted.book, pushes)) {
     EXPECT_STREQ(nameOf(result.outcome), "Done");
