@@ -219,6 +219,30 @@ TEST(Discovery, IsALoginThatIsRefused) {
   EXPECT_EQ(failureOf([&] { site.discovered(); }), "Login");
 }
 
+TEST(Discovery, SaysWhoItIsToAServerThatLetsAnybodyLook) {
+  Site site(wholeSite());
+  const auto places = wholeSite();
+  site.server.answer([&](const ScriptedRequest& request) {
+    if (request.target == "/" && !request.has("authorization")) {
+      return multistatus(folder("/",
+                                "<current-user-principal><unauthenticated/>"
+                                "</current-user-principal>"));
+    }
+    const auto found = places.find(request.target + (request.header("depth") == "1" ? " 1" : ""));
+    return found == places.end() ? plain(404) : found->second;
+  });
+  LoginSettings login;
+  login.url = site.server.origin();
+  login.allowHttp = true;
+  login.user = "ann";
+  login.password = {PasswordSource::Kind::Command, "echo secret"};
+  HttpClient client(login, {}, ScriptedBook::limits());
+  const auto offer = discover(client, login, {}, {});
+  EXPECT_EQ(site.shown(offer), kWholeSite);
+  EXPECT_EQ(offer.scheme, "basic");
+  EXPECT_EQ(site.server.requests().back().header("authorization"), "Basic YW5uOnNlY3JldA==");
+}
+
 TEST(Discovery, NamesAForeignHostAndAsksNothingOfIt) {
   auto places = wholeSite();
   places["/principals/ann/"] =
