@@ -206,7 +206,7 @@ TEST(CorpusEdit, SaysWhatIsWantedAndKeepsTheRest) {
       std::size_t touched = 0;
       for (const auto& unit : lostUnits(text, edited)) {
         if (!isEdited(text)) continue;
-        if (edit.touched.count(unit.name) == 0 || ++touched > edit.most) lost.push_back(unit.said);
+        if (!edit.touched.contains(unit.name) || ++touched > edit.most) lost.push_back(unit.said);
       }
       wrong[edit.name] += differing.empty() ? 0 : 1;
       lossy[edit.name] += lost.empty() ? 0 : 1;

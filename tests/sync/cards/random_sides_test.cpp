@@ -70,7 +70,7 @@ std::set<std::string> newSayings(const CardContent& before, const CardContent& n
   const auto old = sayingsOf(before);
   std::set<std::string> news;
   for (const auto& saying : sayingsOf(now)) {
-    if (old.count(saying) == 0) news.insert(saying);
+    if (!old.contains(saying)) news.insert(saying);
   }
   return news;
 }
@@ -112,7 +112,7 @@ TEST(RandomSides, EveryEditIsInAValueOrAConflict) {
     const auto merged = merge(&sides.base, sides.theirs, &sides.base, sides.ours);
     const auto said = sayingsOf(merged.content);
     for (const auto& saying : newSayings(sides.base, sides.theirs)) {
-      EXPECT_TRUE(said.count(saying) != 0) << seed << " theirs: " << saying;
+      EXPECT_TRUE(said.contains(saying)) << seed << " theirs: " << saying;
     }
     auto kept = said;
     for (const auto& conflict : merged.conflicts) {
@@ -120,7 +120,7 @@ TEST(RandomSides, EveryEditIsInAValueOrAConflict) {
       for (const auto& saying : sayingsOf(chosen)) kept.insert(saying);
     }
     for (const auto& saying : newSayings(sides.base, sides.ours)) {
-      EXPECT_TRUE(kept.count(saying) != 0) << seed << " ours: " << saying;
+      EXPECT_TRUE(kept.contains(saying)) << seed << " ours: " << saying;
     }
   }
 }
@@ -138,10 +138,10 @@ TEST(RandomSides, WhatTheServerSpellsItsOwnWayStaysSo) {
     EXPECT_EQ(differingProperties(merged.content, sides.ours), Words()) << seed;
     const auto news = newSayings(sides.base, sides.ours);
     for (const auto& saying : newSayings(theirs, merged.forThem)) {
-      EXPECT_TRUE(news.count(saying) != 0) << seed << " " << saying;
+      EXPECT_TRUE(news.contains(saying)) << seed << " " << saying;
     }
     for (const auto& saying : newSayings(merged.forThem, theirs)) {
-      EXPECT_TRUE(sayingsOf(sides.ours).count(saying) == 0) << seed << " " << saying;
+      EXPECT_TRUE(!sayingsOf(sides.ours).contains(saying)) << seed << " " << saying;
     }
   }
 }
@@ -190,13 +190,13 @@ Words lostLines(const std::string& text, const std::string& edited,
   const auto lines = linesOf(text);
   std::set<std::string> groups;
   for (const auto& line : lines) {
-    if (touched.count(line.name) != 0 && !line.group.empty()) groups.insert(line.group);
+    if (touched.contains(line.name) && !line.group.empty()) groups.insert(line.group);
   }
   Words lost;
   for (const auto& line : lines) {
     if (const auto found = there.find(line.bytes); found != there.end()) {
       there.erase(found);
-    } else if (touched.count(line.name) == 0 && groups.count(line.group) == 0) {
+    } else if (!touched.contains(line.name) && !groups.contains(line.group)) {
       lost.push_back(line.bytes);
     }
   }
