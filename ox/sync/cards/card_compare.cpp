@@ -1,7 +1,9 @@
 // Whether two contents say the same: sameContent and differingProperties.
 
 #include <algorithm>
+#include <map>
 #include <set>
+#include <utility>
 
 #include "ox/records/card_uid.hpp"
 #include "ox/sync/cards/card_content.hpp"
@@ -9,6 +11,8 @@
 #include "ox/sync/cards/entry_merge.hpp"
 #include "ox/sync/cards/property_words.hpp"
 #include "ox/sync/cards/text_sets.hpp"
+#include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/content_line.hpp"
 
 namespace ox::sync {
 namespace {
@@ -21,21 +25,51 @@ bool saySame(const PropertyValue& a, const PropertyValue& b) {
   return haveSameEntries(**left, **right);
 }
 
+std::string upperCase(std::string_view text) {
+  std::string upper(text);
+  std::transform(upper.begin(), upper.end(), upper.begin(), vcard::upper);
+  return upper;
+}
+
+// What a line says, whatever its group is called and however its parameters are spelled and
+// ordered: servers write these their own way.
+std::string sayingOf(const std::string& text) {
+  vcard::ContentLine line;
+  const auto colon = vcard::parseHead(text, line);
+  if (colon == std::string::npos) return text;
+  std::set<std::string> parameters;
+  for (const auto& parameter : line.parameters) {
+    if (parameter.kind == vcard::ParameterKind::Type) {
+      vcard::forEachWord(parameter.value, [&](std::string_view word) {
+        parameters.insert("TYPE=" + upperCase(word));
+      });
+    } else {
+      parameters.insert(upperCase(parameter.name) + "=" + vcard::parameterText(parameter));
+    }
+  }
+  auto saying = upperCase(line.name);
+  for (const auto& parameter : parameters) saying += ";" + parameter;
+  return saying + text.substr(colon);
+}
+
 // The names of lines that only one of them has.
 std::set<std::string> differingLines(const MultiValue& a, const MultiValue& b) {
-  std::set<std::string> names;
-  const auto origins = originsOf(a, b, Identifiers::TellNothing);
-  std::vector<bool> isFound(a.entries.size());
-  for (std::size_t i = 0; i < origins.size(); ++i) {
-    const auto& line = b.entries[i];
-    const bool isSame = origins[i] != kNewEntry && a.entries[origins[i]].value == line.value;
-    if (origins[i] != kNewEntry) isFound[origins[i]] = true;
-    if (!isSame) names.insert(*line.label);
+  std::map<std::string, int> balance;
+  std::map<std::string, std::string> names;
+  const auto count = [&](const MultiValue& lines, int step) {
+    for (const auto& line : lines.entries) {
+      auto saying = sayingOf(*line.value.text());
+      balance[saying] += step;
+      names[std::move(saying)] = *line.label;
+    }
+  };
+  count(a, 1);
+  count(b, -1);
+  std::set<std::string> differing;
+  for (const auto& [saying, name] : names) {
+    if (balance[saying] != 0) differing.insert(name);
   }
-  for (std::size_t j = 0; j < isFound.size(); ++j) {
-    if (!isFound[j]) names.insert(*a.entries[j].label);
-  }
-  return names;
+  return differing;
 }
 
 }  // namespace

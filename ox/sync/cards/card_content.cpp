@@ -1,19 +1,27 @@
 #include "ox/sync/cards/card_content.hpp"
 
 #include <algorithm>
-#include <optional>
 
 #include "ox/records/clean_text.hpp"
 #include "ox/records/encoded_values.hpp"
-#include "ox/sync/cards/text_lines.hpp"
+#include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/content_line.hpp"
 #include "ox/vcard/read/reader.hpp"
 
 namespace ox::sync {
 namespace {
 
+// Of the first line that tells one.
 vcard::CardVersion versionOf(std::string_view text) {
-  return valueOf(linesOf(text), "VERSION") == "4.0" ? vcard::CardVersion::V40
-                                                    : vcard::CardVersion::V30;
+  while (!text.empty()) {
+    const auto line = text.substr(0, text.find_first_of("\r\n"));
+    if (vcard::isWord(vcard::lineNameOf(line).name, "VERSION")) {
+      const auto value = vcard::trimmed(line.substr(std::min(line.find(':'), line.size() - 1) + 1));
+      return value == "4.0" ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
+    }
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+  }
+  return vcard::CardVersion::V30;
 }
 
 }  // namespace

@@ -52,7 +52,11 @@ class Edit {
     return own != nullptr ? *own : std::string();
   }
 
+  // Of a version that we write, from its BEGIN to its END.
   bool isEditable() const {
+    if (lines_.size() < 2 || lines_.front().name != "BEGIN" || lines_.back().name != "END") {
+      return false;
+    }
     const auto version = valueOf(lines_, "VERSION");
     return version == "3.0" || version == "4.0";
   }

@@ -120,7 +120,7 @@ std::string textOfObject(const Object& value) {
   return {};
 }
 
-std::string inOneLine(std::string text) {
+std::string inOneLine(const std::string& text) {
   std::string line;
   for (const char c : text) {
     if (c == '\n') {

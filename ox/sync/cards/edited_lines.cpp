@@ -51,7 +51,7 @@ void dropKnownDetails(std::vector<CardUnit>& coming, const std::vector<CardUnit>
     if (isWrapped(unit)) known.insert(withoutPlace(unit.said));
   }
   std::erase_if(coming, [&](const CardUnit& unit) {
-    return isWrapped(unit) && known.count(withoutPlace(unit.said)) != 0;
+    return isWrapped(unit) && known.contains(withoutPlace(unit.said));
   });
 }
 
@@ -109,10 +109,10 @@ void EditedLines::replaceUnits(const CardContent& wanted, EditScope scope) {
     for (const auto& unit : coming) names.insert(unit.name);
     coming.clear();
     for (const auto& unit : unitsThen) {
-      if (names.count(unit.name) != 0) coming.push_back(unit);
+      if (names.contains(unit.name)) coming.push_back(unit);
     }
     for (std::size_t i = 0; i < units_.size(); ++i) {
-      if (names.count(units_[i].name) != 0) leaving.push_back(i);
+      if (names.contains(units_[i].name)) leaving.push_back(i);
     }
   }
   for (const auto i : leaving) {
@@ -143,7 +143,7 @@ std::vector<std::size_t> EditedLines::leavingUnits(const std::vector<CardUnit>& 
   };
   const auto find = [&](auto&& says) {
     for (std::size_t i = 0; i < units_.size(); ++i) {
-      if (leaving.count(i) == 0 && says(i)) return i;
+      if (!leaving.contains(i) && says(i)) return i;
     }
     return units_.size();
   };
@@ -196,8 +196,8 @@ std::size_t EditedLines::placeFor(const std::string& name) const {
 std::string EditedLines::groupFor(const CardUnit& unit, const std::string& left) {
   if (unit.group.empty()) return {};
   auto group = unit.group;
-  if (takenGroups_.count(vcard::groupKey(group)) != 0) group = left;
-  if (group.empty() || takenGroups_.count(vcard::groupKey(group)) != 0) {
+  if (takenGroups_.contains(vcard::groupKey(group))) group = left;
+  if (group.empty() || takenGroups_.contains(vcard::groupKey(group))) {
     group = "item" + std::to_string(nextItem_++);
   }
   takenGroups_.insert(vcard::groupKey(group));

@@ -30,6 +30,18 @@ struct Kin {
   Part theirs;
 };
 
+// What is new of it.
+struct Changes {
+  bool label = false;
+  bool value = false;
+};
+
+Changes changesOf(const Part& part) {
+  if (!part.isNews()) return {};
+  if (part.base == nullptr) return {true, true};
+  return {part.base->label != part.now->label, !(part.base->value == part.now->value)};
+}
+
 // What is to stand of a kin, and on which side it comes from.
 struct Standing {
   MultiEntry entry;
@@ -134,41 +146,37 @@ class EntryMerge {
                      std::vector<EntryConflict>& conflicts) {
     const auto& ours = kin.ours;
     const auto& theirs = kin.theirs;
-    if (ours.isNews() && theirs.isNews()) {
-      settleBoth(kin, us, them, conflicts);
-    } else if (ours.isNews()) {
-      us = them = standing(ours.now, Side::Ours);
-    } else if (theirs.isNews()) {
-      us = them = standing(theirs.now, Side::Theirs);
-    } else {
-      // What one side does not hold although the other does stays so.
-      if (!theirs.isRemoved()) us = standing(ours.now, Side::Ours);
-      if (!ours.isRemoved()) them = standing(theirs.now, Side::Theirs);
+    // What one side does not hold although the other does stays so, until one has news of it.
+    if (!theirs.isRemoved() || ours.isNews()) us = standing(ours.now, Side::Ours);
+    if (!ours.isRemoved() || theirs.isNews()) them = standing(theirs.now, Side::Theirs);
+    const auto ourNews = changesOf(ours);
+    const auto theirNews = changesOf(theirs);
+    if (theirs.isNews()) take(theirNews, standing(theirs.now, Side::Theirs), us);
+    if (ours.isNews()) {
+      take({ourNews.label && !theirNews.label, ourNews.value && !theirNews.value},
+           standing(ours.now, Side::Ours), them);
+    }
+    const bool areLabelsApart =
+        ourNews.label && theirNews.label && ours.now->label != theirs.now->label;
+    const bool areValuesApart =
+        ourNews.value && theirNews.value && !(ours.now->value == theirs.now->value);
+    if (areLabelsApart || areValuesApart) {
+      const auto* base = ours.base;
+      conflicts.push_back({us.entry, *ours.now, base != nullptr ? *base : MultiEntry{}});
     }
   }
 
-  static void settleBoth(const Kin& kin, Standing& us, Standing& them,
-                         std::vector<EntryConflict>& conflicts) {
-    const auto& ours = kin.ours;
-    const auto& theirs = kin.theirs;
-    us = them = standing(theirs.now, Side::Theirs);
-    if (areSame(*ours.now, *theirs.now)) return;
-    if (ours.base != nullptr && theirs.base != nullptr) {
-      const bool isOursLabel = ours.now->label != ours.base->label;
-      const bool isOursValue = !(ours.now->value == ours.base->value);
-      const bool isTheirLabel = theirs.now->label != theirs.base->label;
-      const bool isTheirValue = !(theirs.now->value == theirs.base->value);
-      const bool areLabelsApart = isOursLabel && isTheirLabel;
-      const bool areValuesApart = isOursValue && isTheirValue;
-      if (!areLabelsApart && !areValuesApart) {
-        auto both =
-            standing(isOursValue ? ours.now : theirs.now, isOursValue ? Side::Ours : Side::Theirs);
-        both.entry.label = isOursLabel ? ours.now->label : theirs.now->label;
-        us = them = both;
-        return;
-      }
+  // The label or the value or both, or all of it where there is none yet.
+  static void take(const Changes& changes, const Standing& from, Standing& to) {
+    if (!to.isThere) {
+      to = from;
+      return;
     }
-    conflicts.push_back({*theirs.now, *ours.now, ours.base != nullptr ? *ours.base : MultiEntry{}});
+    if (changes.label) to.entry.label = from.entry.label;
+    if (!changes.value) return;
+    to.entry.value = from.entry.value;
+    to.side = from.side;
+    to.from = from.from;
   }
 
   // In the order of the side; what it did not have stands behind the neighbour that it has on the

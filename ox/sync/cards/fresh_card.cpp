@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view kEnd = "END:VCARD\r\n";
 
-std::string written(PropertyBag properties, const CardContent& content,
+std::string written(const PropertyBag& properties, const CardContent& content,
                     const std::vector<std::string>& members, vcard::CardVersion version) {
   std::string card;
   vcard::WriteOptions options;
@@ -45,7 +45,7 @@ bool isControl(char c) {
 std::string writtenValues(const CardContent& content, vcard::CardVersion version) {
   auto properties = withoutCardLines(content.properties);
   properties.set(property_id::kCardUid, PropertyValue());
-  return written(std::move(properties), content, {}, version);
+  return written(properties, content, {}, version);
 }
 
 std::string withoutControls(std::string_view text) {
@@ -63,7 +63,7 @@ std::string newCard(const CardContent& content, std::string_view uid, vcard::Car
   } else if (own == nullptr || own->empty()) {
     properties.set(property_id::kCardUid, Object(std::string(kUrnPrefix) + uuidText(makeUuid())));
   }
-  auto card = written(std::move(properties), content, content.members, version);
+  auto card = written(properties, content, content.members, version);
   card.insert(card.size() - kEnd.size(), "REV:" + options.revision + "\r\n");
   return card;
 }

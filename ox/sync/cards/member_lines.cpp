@@ -82,7 +82,7 @@ MemberEdit memberEdit(const std::vector<TextLine>& lines, const std::vector<std:
     const bool isUid = vcard::startsWithWord(value, "URN:UUID:") || vcard::schemeOf(value).empty();
     if (isUid) example = &lines[i];
     if (gone.empty()) continue;
-    edit.isGone[i] = gone.count(textKey(memberOf(lines[i], version), Case::CountsNot)) != 0;
+    edit.isGone[i] = gone.contains(textKey(memberOf(lines[i], version), Case::CountsNot));
   }
   for (const auto& member : textsWithout(wanted, said, Case::CountsNot)) {
     edit.added.push_back(example != nullptr ? lineLike(*example, member, version)

@@ -32,14 +32,14 @@ DavBook::DavBook(HttpClient& client, std::string url, DavAbilities abilities)
 
 // A member of the book itself: what lies deeper belongs to another collection.
 std::string DavBook::pathOf(std::string_view href) const {
-  auto path = comparablePath(url_, href);
+  auto path = comparablePath(url_, std::string(href));
   if (!path.starts_with(path_) || path.size() == path_.size()) return {};
   if (path.find('/', path_.size()) != std::string::npos) return {};
   return path;
 }
 
 std::string DavBook::hrefFor(std::string_view fileName) const {
-  return urlParts(url_).path + std::string(fileName) + ".vcf";
+  return askablePath(url_, url_) + std::string(fileName) + ".vcf";
 }
 
 BookFacts DavBook::facts() {

@@ -51,13 +51,12 @@ class DavBook : public RemoteBook {
   std::optional<Listing> listAllByReport();
   Listing listAllByPropfind();
   std::optional<Listing> listIfCtagStays(const std::string& token);
-  // dav_book.cpp: asks the book alone; Away when it is not there.
+  // Asks the book alone; Away when it is not there.
   DavCollection askItself(std::span<const std::string_view> properties);
 
-  // With a slash at its end.
   HttpClient& client_;
-  std::string url_;
-  std::string path_;  // comparable
+  std::string url_;   // with a slash at its end
+  std::string path_;  // of it, comparable
   DavAbilities abilities_;
 };
 
@@ -70,11 +69,10 @@ struct BookState {
   bool isAsListed(const std::string& listingToken) const;
 };
 
-// Of every book in a home, by one request; keyed as pathOf(book URL) of no book but the server:
-// use bookKey. Throws RemoteError.
-std::map<std::string, BookState> bookStates(HttpClient& client, const std::string& home);
-// What a book's URL is found by in there.
+// What a book is found by, however its URL is spelled: its path.
 std::string bookKey(const std::string& bookUrl);
+// Of every book in a home, under its key, by one request. Throws RemoteError.
+std::map<std::string, BookState> bookStates(HttpClient& client, const std::string& home);
 
 // Throws the RemoteError that a request about a whole book ends with when it was answered so.
 [[noreturn]] void throwBookFailure(const HttpAnswer& answer);

@@ -214,9 +214,8 @@ HttpClient::Job Fetch::jobOf(Sent& sent, MultistatusBody& body, bool isFirstTry)
 // stands for itself: it is taken even when the rest of the answer turns out to be broken.
 void Fetch::take(const DavResponse& response) {
   const auto* text = response.property(dav::kCardText);
-  const auto* etag = response.property(dav::kEtag);
-  if (response.status / 100 > 2 || !text || text->value().empty() || !etag ||
-      etag->value().empty()) {
+  const auto etag = etagIn(response);
+  if (response.status / 100 > 2 || !text || text->value().empty() || etag.empty()) {
     return;
   }
   const auto [first, last] = places_.equal_range(book_.pathOf(response.href));
@@ -226,7 +225,7 @@ void Fetch::take(const DavResponse& response) {
     bytes_ += text->text.size();
     tell(place->second, {.state = FetchedCard::State::Read,
                          .href = {},
-                         .etag = std::string(etag->value()),
+                         .etag = etag,
                          .text = withNetworkLineEnds(text->text),
                          .reason = {}});
   }

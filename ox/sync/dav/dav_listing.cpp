@@ -106,9 +106,7 @@ std::optional<Change> changeOf(const DavResponse& response) {
   if (const auto* type = response.property(dav::kResourceType)) {
     if (type->has(dav::kCollection)) return std::nullopt;
   }
-  const auto* etag = response.property(dav::kEtag);
-  return Change{{.href = response.href, .etag = etag ? std::string(etag->value()) : "", .bytes = 0},
-                isGone};
+  return Change{{.href = response.href, .etag = etagIn(response), .bytes = 0}, isGone};
 }
 
 Round askForChanges(HttpClient& client, const std::string& url, const std::string& token,
@@ -273,10 +271,7 @@ Listing DavBook::listAllByPropfind() {
         } else if (response.status == 404 || response.status == 410) {
           itsStatus = response.status;
         } else if (isCard(response)) {
-          const auto* etag = response.property(dav::kEtag);
-          cards.put({.href = response.href,
-                     .etag = etag ? std::string(etag->value()) : "",
-                     .bytes = bytesOf(response)});
+          cards.put({.href = response.href, .etag = etagIn(response), .bytes = bytesOf(response)});
         }
       });
   const auto sink = body.sink();

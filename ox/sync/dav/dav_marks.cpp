@@ -1,10 +1,20 @@
 #include "ox/sync/dav/dav_marks.hpp"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "ox/base/checksum.hpp"
+#include "ox/sync/dav/wire/dav_names.hpp"
 
 namespace ox::sync {
+
+std::string etagIn(const DavResponse& response) {
+  const auto* property = response.property(dav::kEtag);
+  const auto etag = property ? property->value() : std::string_view();
+  const bool isSendable = std::ranges::none_of(
+      etag, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
+  return isSendable ? std::string(etag) : std::string();
+}
 
 std::string withNetworkLineEnds(std::string_view text) {
   std::string lines;

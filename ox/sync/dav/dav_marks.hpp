@@ -3,9 +3,17 @@
 #include <string>
 #include <string_view>
 
-// Marks of our own, where a server gives none.
+#include "ox/sync/dav/wire/multistatus_reader.hpp"
+
+// The marks by which a card's or a book's state is known again.
 
 namespace ox::sync {
+
+// The ETag of a response exactly as received; empty where there is none, or one with control
+// characters, which could not be sent back in a header.
+std::string etagIn(const DavResponse& response);
+
+// Marks of our own, where a server gives none.
 
 inline constexpr std::string_view kCtagMark = "x-ctag:";
 inline constexpr std::string_view kTextMark = "x-text:";

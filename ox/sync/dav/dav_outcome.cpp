@@ -31,6 +31,7 @@ constexpr std::array kConditions = {
     ConditionRow{"no-conflicting-lock", Outcome::Locked},
     ConditionRow{"valid-address-data", Outcome::Refused},
     ConditionRow{"supported-address-data", Outcome::Refused},
+    ConditionRow{"valid-calendar-data", Outcome::Refused},  // one server says so of cards too
 };
 
 Outcome outcomeOfCode(Push::Kind kind, int code) {

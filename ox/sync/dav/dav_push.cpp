@@ -29,11 +29,6 @@ bool needsLook(const Push& push) {
   return push.kind != Push::Kind::Create && (isWeak(push.etag) || push.etag.starts_with(kTextMark));
 }
 
-Pushed outcome(Pushed::Outcome outcome, const Push& push, std::string reason) {
-  return {
-      .outcome = outcome, .href = push.href, .etag = {}, .code = 0, .reason = std::move(reason)};
-}
-
 // What is still the card that the push speaks of is changed under what the look has brought.
 std::string conditionAfterLook(const HttpAnswer& answer) {
   if (const auto* etag = answer.header("etag"); etag && !etag->empty()) {
@@ -70,68 +65,114 @@ bool mayLackBook(const Pushed& pushed) {
          (pushed.code == 409 && pushed.outcome == Pushed::Outcome::Refused);
 }
 
+// The pushes of one call: which ones may be sent, and under which condition.
+class Pushing {
+ public:
+  using Sink = std::function<void(std::size_t, Pushed)>;
+
+  Pushing(HttpClient& client, const DavBook& book, const std::string& url,
+          std::span<const Push> pushes, const Sink& sink)
+      : client_(client), book_(book), url_(url), pushes_(pushes), sink_(sink) {}
+
+  void look();
+  void send();
+  bool mayBookBeAway() const { return mayBookBeAway_; }
+
+ private:
+  void tell(std::size_t at, Pushed::Outcome outcome, std::string reason) {
+    sink_(at, {.outcome = outcome,
+               .href = pushes_[at].href,
+               .etag = {},
+               .code = 0,
+               .reason = std::move(reason)});
+  }
+  HttpClient::Job lookAt(std::size_t at);
+  void takeLook(std::size_t at, const HttpAnswer& answer);
+  void takeAnswer(std::size_t at, const HttpAnswer& answer);
+
+  HttpClient& client_;
+  const DavBook& book_;
+  const std::string& url_;
+  std::span<const Push> pushes_;
+  const Sink& sink_;
+  std::vector<Sending> sendings_;
+  bool mayBookBeAway_ = false;
+};
+
+// Never without a condition, and never under one that holds for any card.
+void Pushing::look() {
+  std::vector<HttpClient::Job> looks;
+  for (std::size_t at = 0; at < pushes_.size(); ++at) {
+    const auto& push = pushes_[at];
+    if (book_.pathOf(push.href).empty()) {
+      tell(at, Pushed::Outcome::Refused, "Its place does not lie in the book.");
+    } else if (push.kind == Push::Kind::Create) {
+      sendings_.push_back({at, "If-None-Match: *"});
+    } else if (push.etag.empty()) {
+      tell(at, Pushed::Outcome::Changed, "Nobody knows what it was there.");
+    } else if (needsLook(push)) {
+      looks.push_back(lookAt(at));
+    } else {
+      sendings_.push_back({at, "If-Match: " + push.etag});
+    }
+  }
+  if (!looks.empty()) client_.sendAll(looks, kAtOnce);
+}
+
+HttpClient::Job Pushing::lookAt(std::size_t at) {
+  return cardGet(
+      askableUrl(url_, pushes_[at].href),
+      [this, at](const HttpAnswer& answer) { takeLook(at, answer); },
+      [this, at](const std::string& why) { tell(at, Pushed::Outcome::Unknown, why); });
+}
+
+void Pushing::takeLook(std::size_t at, const HttpAnswer& answer) {
+  const auto card = cardOf(answer, pushes_[at].etag);
+  if (card.state == FetchedCard::State::Gone) {
+    mayBookBeAway_ = true;
+    tell(at, Pushed::Outcome::Gone, "It is not there any more.");
+  } else if (card.state == FetchedCard::State::Unreadable) {
+    tell(at, Pushed::Outcome::Unknown, card.reason);
+  } else if (isStill(pushes_[at], card)) {
+    sendings_.push_back({at, conditionAfterLook(answer)});
+  } else {
+    tell(at, Pushed::Outcome::Changed, "It was changed there.");
+  }
+}
+
+void Pushing::send() {
+  std::vector<HttpClient::Job> jobs;
+  for (const auto& sending : sendings_) {
+    const auto at = sending.at;
+    HttpClient::Job job;
+    job.request = [this, &sending] {
+      return requestOf(pushes_[sending.at], url_, sending.condition);
+    };
+    job.done = [this, at](const HttpAnswer& answer) { takeAnswer(at, answer); };
+    job.failed = [this, at](const std::string& why) { tell(at, Pushed::Outcome::Unknown, why); };
+    jobs.push_back(std::move(job));
+  }
+  if (!jobs.empty()) client_.sendAll(jobs, kAtOnce);
+}
+
+// Where the server says it has put the card counts only within the book.
+void Pushing::takeAnswer(std::size_t at, const HttpAnswer& answer) {
+  auto pushed = pushedOf(pushes_[at].kind, pushes_[at].href, answer);
+  pushed.href =
+      book_.pathOf(pushed.href).empty() ? pushes_[at].href : askablePath(url_, pushed.href);
+  mayBookBeAway_ = mayBookBeAway_ || mayLackBook(pushed);
+  sink_(at, std::move(pushed));
+}
+
 }  // namespace
 
 void DavBook::push(std::span<const Push> pushes,
                    const std::function<void(std::size_t, Pushed)>& sink) {
-  std::vector<Sending> sendings;
-  std::vector<HttpClient::Job> looks;
-  for (std::size_t at = 0; at < pushes.size(); ++at) {
-    const auto& push = pushes[at];
-    if (pathOf(push.href).empty()) {
-      sink(at, outcome(Pushed::Outcome::Refused, push, "Its place does not lie in the book."));
-    } else if (push.kind == Push::Kind::Create) {
-      sendings.push_back({at, "If-None-Match: *"});
-    } else if (push.etag.empty()) {
-      sink(at, outcome(Pushed::Outcome::Changed, push, "Nobody knows what it was there."));
-    } else if (!needsLook(push)) {
-      sendings.push_back({at, "If-Match: " + push.etag});
-    } else {
-      looks.push_back(cardGet(
-          askableUrl(url_, push.href),
-          [&, at](const HttpAnswer& answer) {
-            const auto card = cardOf(answer, push.etag);
-            if (card.state == FetchedCard::State::Gone) {
-              sink(at, outcome(Pushed::Outcome::Gone, push, "It is not there any more."));
-            } else if (card.state == FetchedCard::State::Unreadable) {
-              sink(at, outcome(Pushed::Outcome::Unknown, push, card.reason));
-            } else if (isStill(push, card)) {
-              sendings.push_back({at, conditionAfterLook(answer)});
-            } else {
-              sink(at, outcome(Pushed::Outcome::Changed, push, "It was changed there."));
-            }
-          },
-          [&, at](const std::string& why) {
-            sink(at, outcome(Pushed::Outcome::Unknown, push, why));
-          }));
-    }
-  }
-  if (!looks.empty()) client_.sendAll(looks, kAtOnce);
-
-  std::vector<HttpClient::Job> jobs;
-  bool isInDoubt = false;
-  for (const auto& sending : sendings) {
-    const auto& push = pushes[sending.at];
-    jobs.push_back(
-        {.request = [this, &push, &sending] { return requestOf(push, url_, sending.condition); },
-         .done =
-             [&, at = sending.at](const HttpAnswer& answer) {
-               auto pushed = pushedOf(push.kind, push.href, answer);
-               // Where the server says it has put it counts only within the book.
-               pushed.href = pathOf(pushed.href).empty()
-                                 ? push.href
-                                 : urlParts(askableUrl(url_, pushed.href)).path;
-               isInDoubt = isInDoubt || mayLackBook(pushed);
-               sink(at, std::move(pushed));
-             },
-         .failed =
-             [&, at = sending.at](const std::string& why) {
-               sink(at, outcome(Pushed::Outcome::Unknown, push, why));
-             },
-         .sink = {}});
-  }
-  if (!jobs.empty()) client_.sendAll(jobs, kAtOnce);
-  if (isInDoubt) askItself(kWhetherThere);  // a whole book that is away says the same of each card
+  Pushing pushing(client_, *this, url_, pushes, sink);
+  pushing.look();
+  pushing.send();
+  // A whole book that is away says the same of each card.
+  if (pushing.mayBookBeAway()) askItself(kWhetherThere);
 }
 
 }  // namespace ox::sync

@@ -13,6 +13,7 @@
 #include "ox/sync/dav/wire/dav_href.hpp"
 #include "ox/sync/dav/wire/dav_requests.hpp"
 #include "ox/sync/dav/wire/multistatus_request.hpp"
+#include "ox/sync/http/url.hpp"
 #include "ox/sync/remote/remote_error.hpp"
 
 namespace ox::sync {
@@ -92,17 +93,17 @@ Offer Discovery::run() {
 
 // False for a host that the user has to confirm first, which the offer then names.
 bool Discovery::mayAsk(const std::string& url) {
-  const auto host = hostOf(url);
-  const bool isTheirs = host == place_.domain || host.ends_with('.' + place_.domain);
-  if (!isTheirs && host != confirmed_) {
-    offer_.foreignHost = host;
+  const auto at = parsedUrl(url);
+  const bool isTheirs = at.host == place_.domain || at.host.ends_with('.' + place_.domain);
+  if (!isTheirs && at.host != confirmed_) {
+    offer_.foreignHost = at.host;
     return false;
   }
-  if (urlParts(url).scheme != "https" && !settings_.allowHttp) {
+  if (at.scheme != "https" && !settings_.allowHttp) {
     throw RemoteError(RemoteFailure::Insecure,
                       url + " is not encrypted, and the login does not allow that.");
   }
-  client_.accept(originOf(url));
+  client_.accept(url);
   return true;
 }
 
@@ -145,6 +146,7 @@ std::optional<Resource> Discovery::askKnown(const std::string& url) {
 
 // True when it led to a book.
 bool Discovery::follow(const Resource& resource) {
+  why_.clear();
   const auto itself = collectionOf(resource.told);
   const auto principal = firstHref(resource.told, dav::kPrincipal);
   if (!principal.empty()) offer_.principal = askableUrl(resource.url, principal);
@@ -156,8 +158,9 @@ bool Discovery::follow(const Resource& resource) {
   if (!offer_.foreignHost.empty()) return false;
   for (const auto& home : offer_.homes) takeHome(home);
   if (offer_.books.empty() && why_.empty()) {
-    why_ = resource.url + (offer_.homes.empty() ? " speaks WebDAV, but leads to no address book."
-                                                : " leads to an account without any address book.");
+    const bool isAccount = !offer_.principal.empty() && !offer_.homes.empty();
+    why_ = resource.url + (isAccount ? " leads to an account without any address book."
+                                     : " speaks WebDAV, but leads to no address book.");
   }
   return !offer_.books.empty();
 }

@@ -4,6 +4,7 @@
 
 #include "ox/base/text/ascii_case.hpp"
 #include "ox/sync/dav/wire/dav_href.hpp"
+#include "ox/sync/http/url.hpp"
 #include "ox/sync/remote/remote_error.hpp"
 
 namespace ox::sync {
@@ -53,10 +54,11 @@ LoginPlace loginPlace(const LoginSettings& settings, const Resolver& resolver) {
     if (place.starts.empty()) addServer("https://" + place.domain, {}, place.starts);
     return place;
   }
-  const auto parts = urlParts(isUrl ? url : "https://" + url);
-  if ((parts.scheme != "https" && parts.scheme != "http") || parts.authority.empty()) refuse(url);
-  place.domain = hostOf(parts.scheme + "://" + parts.authority);
-  addServer(parts.scheme + "://" + parts.authority, parts.path, place.starts);
+  const auto parsed = parsedUrl(isUrl ? url : "https://" + url);
+  place.domain = parsed.host;
+  auto origin = askableUrl(parsed.text, "/");
+  origin.pop_back();
+  addServer(origin, parsed.path, place.starts);
   return place;
 }
 

@@ -157,8 +157,11 @@ void Exchange::end(HttpAnswer& answer) {
 // wanted any more, has not failed yet.
 void Exchange::challenged(const HttpAnswer& answer) {
   const auto place = url_.place();
+  transfer_->challengedBy.clear();
   if (!session_.hasSecret()) fail(RemoteFailure::Login, place + " wants a login (401)");
   if (!session_.isAccepted(url_)) {
+    // The handle holds a challenge that is never to be answered.
+    transfer_ = std::make_unique<Transfer>();
     fail(RemoteFailure::Login, place +
                                    " wants a login (401); the password was not sent there, since "
                                    "it belongs to another place");
@@ -166,8 +169,9 @@ void Exchange::challenged(const HttpAnswer& answer) {
   const auto sent = transfer_->scheme();
   const auto wanted =
       session_.scheme == Scheme::Bearer ? Scheme::Bearer : schemeAskedFor(answer.headers);
-  if (!wanted)
+  if (!wanted) {
     fail(RemoteFailure::Login, place + " offers no way to log in that is known here (401)");
+  }
   const bool isRefused = sent == wanted && sent != Scheme::Digest;
   if (hasAnswered_ || isRefused) {
     fail(RemoteFailure::Login,
@@ -176,7 +180,7 @@ void Exchange::challenged(const HttpAnswer& answer) {
   }
   hasAnswered_ = true;
   session_.scheme = *wanted;
-  transfer_->challengedBy = wanted == Scheme::Digest ? url_.origin() : std::string();
+  if (wanted == Scheme::Digest) transfer_->challengedBy = url_.origin();
   dueIn(HttpLimits::Time(0));
 }
 

@@ -54,6 +54,7 @@ class HttpClient::Parts {
   };
 
   std::size_t mostNow(std::size_t most) const;
+  static std::vector<Exchange*> exchangesOf(const std::vector<Running>& running);
   static Running takeOver(std::vector<Running>& running);
 
   // One step of all that is under way.
@@ -87,8 +88,8 @@ class HttpClient::Parts {
     nextWord_ = now + session.limits.nextWord;
     const auto time = std::chrono::duration_cast<std::chrono::seconds>(now - waitingSince_);
     if (!session.hooks.waiting) return;
-    session.hooks.waiting("waiting " + std::to_string(time.count()) + " s for " +
-                          exchanges.front()->awaited());
+    session.hooks.waiting(exchanges.front()->awaited() + " (" + std::to_string(time.count()) +
+                          " s)");
   }
 
   Wire wire_;
@@ -97,6 +98,7 @@ class HttpClient::Parts {
 };
 
 void HttpClient::Parts::runAll(std::span<const Job> jobs, std::size_t most) {
+  most = std::max<std::size_t>(most, 1);
   std::vector<Running> running;
   std::exception_ptr failure;
   std::size_t next = 0;
@@ -111,9 +113,7 @@ void HttpClient::Parts::runAll(std::span<const Job> jobs, std::size_t most) {
       std::erase_if(running, [](const auto& each) { return each.exchange->mayBeLeft(); });
     }
     if (running.empty() && (failure || next == jobs.size())) break;
-    std::vector<Exchange*> exchanges;
-    for (const auto& each : running) exchanges.push_back(each.exchange.get());
-    turn(exchanges);
+    turn(exchangesOf(running));
     for (auto over = takeOver(running); over.exchange; over = takeOver(running)) {
       startWait();
       const auto why = over.exchange->failure();
@@ -135,7 +135,14 @@ std::size_t HttpClient::Parts::mostNow(std::size_t most) const {
   if (Clock::now() < session.notBefore) return 0;
   const bool isKnown =
       !session.hasSecret() || session.isProbed || session.scheme != Scheme::Unknown;
-  return isKnown ? std::max<std::size_t>(most, 1) : 1;
+  return isKnown ? most : 1;
+}
+
+std::vector<Exchange*> HttpClient::Parts::exchangesOf(const std::vector<Running>& running) {
+  std::vector<Exchange*> exchanges;
+  exchanges.reserve(running.size());
+  for (const auto& each : running) exchanges.push_back(each.exchange.get());
+  return exchanges;
 }
 
 // One that has ended; without an exchange when there is none.

@@ -58,7 +58,7 @@ struct HttpLimits {
   std::array<Time, 2> pauses = {Time(1'000), Time(4'000)};  // before what only reads is tried again
   Time longestPause{60'000};  // that a server may ask for in all until one request is answered
   Time second{1'000};         // what a second of such a pause lasts
-  Time firstWord{5'000};      // what is waited for is told after this time, and then each
+  Time firstWord{5'000};      // when it is told what is waited for, at first and then each time
   Time nextWord{10'000};
 
   std::size_t keptBody = std::size_t{4} << 20U;    // bytes, decompressed

@@ -97,6 +97,7 @@ Transfer::Transfer() : easy_(newHandle()), error_(CURL_ERROR_SIZE) {
   set(easy_, CURLOPT_PRIVATE, static_cast<void*>(this));
   set(easy_, CURLOPT_ERRORBUFFER, error_.data());
   set(easy_, CURLOPT_NOSIGNAL, 1L);
+  set(easy_, CURLOPT_QUICK_EXIT, 1L);  // a name that is being looked up is not waited for
   set(easy_, CURLOPT_PROTOCOLS_STR, "http,https");
   set(easy_, CURLOPT_FOLLOWLOCATION, 0L);
   set(easy_, CURLOPT_PATH_AS_IS, 1L);
@@ -120,8 +121,6 @@ Transfer::Transfer() : easy_(newHandle()), error_(CURL_ERROR_SIZE) {
 }
 
 Transfer::~Transfer() {
-  // A name that is still being looked up is not waited for.
-  curl_easy_setopt(easy_, CURLOPT_QUICK_EXIT, 1L);
   curl_easy_cleanup(easy_);
   curl_slist_free_all(static_cast<curl_slist*>(headers_));
 }

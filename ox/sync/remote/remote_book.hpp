@@ -92,6 +92,9 @@ class RemoteBook {
 
   virtual BookFacts facts() = 0;
   // Since that token, as a listing gave it; of everything when it is empty or not known any more.
+  // One kind of server takes a token that it does not know for the first one and names every card
+  // again, but none that is gone: where most of what is named has the ETag that the asker holds,
+  // only a listing of everything tells.
   virtual Listing list(const std::string& token) = 0;
   // Every card is given to the sink exactly once, in any order.
   virtual void fetch(std::span<const ListedCard> cards,

@@ -105,6 +105,13 @@ TEST(SameContent, LooksAtNoOrderIdentifiersUidOrRevision) {
   EXPECT_TRUE(sameContent(a, b));
 }
 
+TEST(SameContent, TakesUnmodelledLinesAsServersRespellThem) {
+  const auto a = contentOf(cardText("FN:A\nitem1.x-foo;type=a;TYPE=b;x-p=\"c d\":1\n"));
+  EXPECT_TRUE(sameContent(a, contentOf(cardText("FN:A\nX-FOO;X-P=c d;TYPE=\"B,A\":1\n"))));
+  EXPECT_FALSE(sameContent(a, contentOf(cardText("FN:A\nX-FOO;X-P=c e;TYPE=B,A:1\n"))));
+  EXPECT_FALSE(sameContent(a, contentOf(cardText("FN:A\nX-FOO;X-P=c d;TYPE=B,A:2\n"))));
+}
+
 TEST(DifferingProperties, AreNamedForPeople) {
   const auto a = contentOf(
       cardText("N:Lee;Ann;;;\nTEL;TYPE=HOME:1\nEMAIL:a@example.org\nNOTE:x\nROLE:r\nX-FOO:1\n"

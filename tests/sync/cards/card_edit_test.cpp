@@ -160,6 +160,16 @@ TEST(EditedCard, WritesA21TextAnewIn30) {
   EXPECT_NE(edited.find("TEL;TYPE=HOME:1\r\n"), std::string::npos) << edited;
 }
 
+TEST(EditedCard, WritesATextWithoutItsFrameAnew) {
+  for (const std::string text : {"BEGIN:VCARD\r\nVERSION:3.0\r\nFN:Ann\r\nUID:u\r\n",
+                                 "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:Ann\r\nUID:u\r\n END:VCARD\r\n",
+                                 "VERSION:3.0\r\nFN:Ann\r\nUID:u\r\nEND:VCARD\r\n"}) {
+    const auto edited = editedBy(text, [](CardContent& content) { setText(content, kNote, "x"); });
+    EXPECT_EQ(edited.substr(0, 26), "BEGIN:VCARD\r\nVERSION:3.0\r\n") << edited;
+    EXPECT_NE(edited.find("\r\nEND:VCARD\r\n"), std::string::npos) << edited;
+  }
+}
+
 TEST(EditedCard, LeavesControlCharactersOut) {
   const auto text = cardText("N:Lee;Ann;;;\nFN:Ann Lee\nNOTE:a\vb\nTEL:1\nUID:u\n");
   const auto said = contentOf(text);

@@ -305,18 +305,18 @@ TEST(Radicale, OffersEachOfSeveralBooks) {
   EXPECT_EQ(offer.books[1].name, "team");
 }
 
-TEST(Radicale, GivesAThousandCardsInBatches) {
+TEST(Radicale, GivesManyCardsInBatches) {
   OX_START_OR_SKIP(server, RealServer::Kind::Radicale);
-  server->fill("addressbook", 1000);
+  server->fill("addressbook", 300);
   const auto login = loginTo(*server, server->bookUrl());
   HttpClient client(login, {});
   DavBook book(client, server->bookUrl());
   const auto listing = book.list({});
-  ASSERT_EQ(listing.cards.size(), 1000U);
+  ASSERT_EQ(listing.cards.size(), 300U);
   const auto before = client.requests();
   const auto fetched = fetchAll(book, listing.cards);
-  EXPECT_EQ(client.requests() - before, 12U);  // twice 20, nine of 100, one of 60
-  for (std::size_t at = 0; at < 1000; ++at) {
+  EXPECT_EQ(client.requests() - before, 5U);  // twice 20, twice 100, one of 60
+  for (std::size_t at = 0; at < 300; ++at) {
     const auto number = std::to_string(at);
     const auto& card = fetched.at("/ann/addressbook/card-" + number + ".vcf");
     ASSERT_EQ(card.state, FetchedCard::State::Read);

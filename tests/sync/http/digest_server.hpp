@@ -48,7 +48,7 @@ inline support::ScriptedAnswer digestChallenge(const std::string& nonce,
   return {.status = 401,
           .headers = {{"WWW-Authenticate", "Basic realm=\"Cards\""},
                       {"WWW-Authenticate",
-                       "Digest realm=\"Cards\", nonce=\"" + nonce + "\", qop=\"auth\"" + more}},
+                       R"(Digest realm="Cards", nonce=")" + nonce + R"(", qop="auth")" + more}},
           .body = "who are you?"};
 }
 

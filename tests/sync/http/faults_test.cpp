@@ -209,7 +209,7 @@ TEST(Waiting, IsToldOfAfterAWhile) {
   hooks.waiting = [&](std::string_view what) { words.append(what).append(";"); };
   HttpClient client(plainLogin(server), hooks, limits);
   client.send(get(server.url("/book/?x=y")));
-  EXPECT_EQ(words, "waiting 0 s for " + place(server) + " to answer GET /book/;");
+  EXPECT_EQ(words, place(server) + " to answer GET /book/ (0 s);");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "ox/base/base64.hpp"
+#include "ox/sync/http/http_session.hpp"
 #include "tests/sync/http/asked.hpp"
 #include "tests/sync/http/digest_server.hpp"
 
@@ -122,6 +123,24 @@ TEST(Login, IsNotSentToAnotherPlace) {
   EXPECT_EQ(server.requests().size(), 0U);
 }
 
+TEST(Login, BelongsToThePlaceThatTheUserNamed) {
+  const auto accepts = [](const std::string& named, const std::string& url) {
+    LoginSettings login;
+    login.url = named;
+    return HttpSession(login, {}, {}).isAccepted(parsedUrl(url));
+  };
+  EXPECT_TRUE(accepts("https://cards.example/ann/", "https://CARDS.example:443/book/"));
+  EXPECT_FALSE(accepts("https://cards.example/ann/", "https://cards.example:8443/"));
+  EXPECT_FALSE(accepts("https://cards.example/ann/", "http://cards.example/"));
+  EXPECT_FALSE(accepts("https://cards.example/ann/", "https://cards.example.evil.example/"));
+  EXPECT_FALSE(accepts("https://cards.example/ann/", "https://cards.example@evil.example/"));
+  EXPECT_TRUE(accepts("cards.example:8443", "https://cards.example:8443/"));
+  EXPECT_TRUE(accepts("ann@cards.example", "https://cards.example/"));
+  EXPECT_FALSE(accepts("ann@cards.example", "http://cards.example/"));
+  EXPECT_EQ(failureOf([&] { accepts("gopher://cards.example/", "https://cards.example/"); }),
+            "Usage: 'gopher://cards.example/' is no URL of https or http");
+}
+
 TEST(Digest, IsPreferredAndSendsBodiesWhole) {
   ScriptedServer server;
   server.answer([](const ScriptedRequest& request) -> ScriptedAnswer {
@@ -189,6 +208,26 @@ TEST(Digest, TakesOverFromARememberedBasic) {
   EXPECT_EQ(client.send(get(server.url())).status, 207);
   EXPECT_EQ(client.scheme(), "digest");
   EXPECT_EQ(schemes(server), "Basic, Digest");
+}
+
+// The challenge of another place is in the handle by then.
+TEST(Digest, IsNotComputedByTheChallengeOfAnotherPlace) {
+  ScriptedServer other;
+  other.answer([](const ScriptedRequest&) -> ScriptedAnswer { return digestChallenge("theirs"); });
+  ScriptedServer server;
+  server.answer([&](const ScriptedRequest& request) -> ScriptedAnswer {
+    if (request.target == "/away") {
+      return {.status = 302, .headers = {{"Location", other.url("/x")}}};
+    }
+    if (!isDigestOf(request, "ann", "wonder land", "n1")) return digestChallenge("n1");
+    return {.status = 207};
+  });
+  HttpClient client(annsLogin(server), {});
+  EXPECT_EQ(client.send(get(server.url())).status, 207);
+  EXPECT_EQ(failureOf([&] { client.send(get(server.url("/away"))); }).substr(0, 6), "Login:");
+  EXPECT_EQ(client.send(get(server.url())).status, 207);
+  EXPECT_EQ(schemes(server), "-, Digest, Digest, -, Digest");
+  EXPECT_EQ(schemes(other), "-");
 }
 
 TEST(Bearer, IsSentAtOnceAndToItsPlaceAlone) {

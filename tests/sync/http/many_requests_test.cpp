@@ -203,12 +203,9 @@ TEST(ManyRequests, EndWithWhatTheCallerThrows) {
   ScriptedServer server;
   server.answer([](const ScriptedRequest&) -> ScriptedAnswer { return {.status = 204}; });
   HttpClient client(plainLogin(server), {});
-  std::vector<Job> jobs;
-  for (int number = 0; number < 5; ++number) {
-    jobs.push_back({[&] { return put(server.url(), "x"); },
-                    [](const HttpAnswer&) { throw std::logic_error("mine"); },
-                    {}});
-  }
+  const std::vector<Job> jobs(5, Job{[&] { return put(server.url(), "x"); },
+                                     [](const HttpAnswer&) { throw std::logic_error("mine"); },
+                                     {}});
   EXPECT_THROW(client.sendAll(jobs, 1), std::logic_error);
   EXPECT_EQ(server.requests().size(), 1U);
   EXPECT_EQ(client.send(get(server.url())).status, 204);
@@ -243,11 +240,8 @@ TEST(ManyRequests, StopWhenTheHostSaysSo) {
   int done = 0;
   hooks.isStopped = [&] { return done >= 2; };
   HttpClient client(plainLogin(server), hooks);
-  std::vector<Job> jobs;
-  for (int number = 0; number < 50; ++number) {
-    jobs.push_back(
-        {[&] { return put(server.url(), "x"); }, [&](const HttpAnswer&) { ++done; }, {}});
-  }
+  const std::vector<Job> jobs(
+      50, Job{[&] { return put(server.url(), "x"); }, [&](const HttpAnswer&) { ++done; }, {}});
   EXPECT_EQ(failureOf([&] { client.sendAll(jobs, 1); }), "Stopped: stopped before it was done");
   EXPECT_EQ(done, 2);
 }

@@ -25,7 +25,7 @@ std::string refusalOf(Kind kind, const std::string& text) {
 }
 
 std::string fileWith(const std::string& text, mode_t mode) {
-  const auto path = temporaryFile("secret", text).string();
+  auto path = temporaryFile("secret", text).string();
   EXPECT_EQ(::chmod(path.c_str(), mode), 0);
   return path;
 }
@@ -50,8 +50,8 @@ TEST(SecretOfACommand, HasNoInput) {
 // An agent that it starts may keep its output open for ever.
 TEST(SecretOfACommand, DoesNotWaitForWhatItLeavesBehind) {
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(secretOf(Kind::Command, "sleep 20 & echo here"), "here");
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+  EXPECT_EQ(secretOf(Kind::Command, "sleep 8 & echo here"), "here");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(6));
 }
 
 TEST(SecretOfACommand, IsMissingWhereItFails) {
@@ -70,8 +70,8 @@ TEST(SecretOfACommand, IsMissingWhereItFails) {
 TEST(SecretOfACommand, IsNotToldByTheWordsOfTheCommand) {
   EXPECT_EQ(refusalOf(Kind::Command, "TOKEN='hunter 2' false"),
             "Login: the password command failed (exit code 1)");
-  EXPECT_EQ(refusalOf(Kind::Command, "'/nowhere/hunter 2'").substr(0, 31),
-            "Login: the password command fai");
+  EXPECT_EQ(refusalOf(Kind::Command, "'/nowhere/hunter 2' 2>&1"),
+            "Login: the password command failed (exit code 127)");
 }
 
 TEST(SecretOfACommand, IsGivenUpWhenTheHostStops) {

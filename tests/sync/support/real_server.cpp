@@ -107,6 +107,7 @@ void RealServer::start() {
                   "/ann/", "-l", "127.0.0.1", "-p", std::to_string(port_)});
   }
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (auto& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   auto home = "HOME=" + folder_.string();

@@ -3,8 +3,9 @@
 #include <cstddef>
 #include <optional>
 
-#include "ox/base/text/ascii_case.hpp"
 #include "ox/base/text/utf8.hpp"
+#include "ox/sync/http/url.hpp"
+#include "ox/sync/remote/remote_error.hpp"
 
 namespace ox::sync {
 
@@ -55,29 +56,17 @@ bool hasDotSegments(std::string_view path) {
   return false;
 }
 
-bool isScheme(std::string_view text) {
-  return !text.empty() &&
-         text.find_first_not_of(
-             "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789+-.") ==
-             std::string_view::npos;
+// "https://host/path" and "//host/path" (RFC 3986, section 4.2), not "/path" and "path".
+bool namesHost(std::string_view href) {
+  const auto first = href.substr(0, href.find_first_of("/?#"));
+  return href.starts_with("//") || first.find(':') != std::string_view::npos;
 }
 
-std::string authorityOf(std::string_view scheme, std::string_view text) {
-  if (const auto user = text.rfind('@'); user != std::string_view::npos) {
-    text.remove_prefix(user + 1);
-  }
-  auto authority = lowerCase(text);
-  const std::string_view standard = scheme == "https" ? ":443" : scheme == "http" ? ":80" : ":";
-  if (authority.ends_with(standard)) authority.resize(authority.size() - standard.size());
-  return authority;
-}
-
-std::string hostWithin(const std::string& authority) {
-  const auto port = authority.rfind(':');
-  const auto bracket = authority.rfind(']');
-  const bool hasPort =
-      port != std::string::npos && (bracket == std::string::npos || port > bracket);
-  return hasPort ? authority.substr(0, port) : authority;
+// With what follows the path.
+std::string pathOf(const Url& url) {
+  const auto host = url.text.find("://") + 3;
+  const auto path = url.text.find('/', host);
+  return path == std::string::npos ? "/" : url.text.substr(path);
 }
 
 // A path without slash at its begin is one within the collection that was asked.
@@ -109,48 +98,37 @@ std::string askable(std::string_view path) {
 
 }  // namespace
 
-UrlParts urlParts(std::string_view url) {
-  UrlParts parts;
-  const auto colon = url.find("://");
-  if (colon != std::string_view::npos && isScheme(url.substr(0, colon))) {
-    parts.scheme = lowerCase(url.substr(0, colon));
-    url.remove_prefix(colon + 1);
+std::string hostOf(const std::string& url) {
+  return parsedUrl(url).host;
+}
+
+std::string askablePath(const std::string& base, const std::string& href) {
+  if (href.starts_with('/') && !namesHost(href)) return askable(href);
+  if (namesHost(href)) return askable(pathOf(resolvedUrl(parsedUrl(base), href)));
+  return askable(absolutePath(pathOf(parsedUrl(base)), href));
+}
+
+std::string askableUrl(const std::string& base, const std::string& href) {
+  const auto from = parsedUrl(base);
+  const auto at = namesHost(href) ? resolvedUrl(from, href) : from;
+  const auto origin = at.text.substr(0, at.text.find('/', at.text.find("://") + 3));
+  return origin + askablePath(base, href);
+}
+
+std::string comparablePath(const std::string& base, const std::string& href) {
+  std::string path;
+  if (!namesHost(href)) {
+    path = decoded(href.starts_with('/') ? href : absolutePath(pathOf(parsedUrl(base)), href));
+  } else {
+    try {
+      const auto from = parsedUrl(base);
+      const auto at = resolvedUrl(from, href);
+      if (at.host == from.host) path = decoded(pathOf(at));
+    } catch (const RemoteError&) {
+      return {};  // of another scheme, or no URL at all
+    }
   }
-  // "//host/path" is another host with the scheme of the base (RFC 3986, section 4.2).
-  if (url.starts_with("//")) {
-    url.remove_prefix(2);
-    const auto end = url.find_first_of("/?#");
-    parts.authority = authorityOf(parts.scheme, url.substr(0, end));
-    url = end == std::string_view::npos ? std::string_view{} : url.substr(end);
-  }
-  parts.path = url.empty() || url.front() == '?' ? '/' + std::string(url) : std::string(url);
-  return parts;
-}
-
-std::string originOf(std::string_view url) {
-  const auto parts = urlParts(url);
-  return parts.scheme + "://" + parts.authority;
-}
-
-std::string hostOf(std::string_view url) {
-  return hostWithin(urlParts(url).authority);
-}
-
-std::string askableUrl(std::string_view base, std::string_view href) {
-  const auto from = urlParts(base);
-  const auto to = urlParts(href);
-  const auto& scheme = to.scheme.empty() ? from.scheme : to.scheme;
-  const auto& authority = to.authority.empty() ? from.authority : to.authority;
-  return scheme + "://" + authority + askable(absolutePath(from.path, to.path));
-}
-
-std::string comparablePath(std::string_view base, std::string_view href) {
-  const auto from = urlParts(base);
-  const auto to = urlParts(href);
-  if (!to.authority.empty() && hostWithin(to.authority) != hostWithin(from.authority)) return {};
-  auto path = decoded(absolutePath(from.path, to.path));
-  if (hasDotSegments(path)) return {};
-  return path;
+  return hasDotSegments(path) ? std::string() : path;
 }
 
 std::string escapedXml(std::string_view text) {
