@@ -188,21 +188,31 @@ std::optional<CardStep> CardDecisions::readThere(CardSides& sides) {
     return unreadable(sides,
                       wasGroup ? "the group has become a person" : "the person has become a group");
   }
-  if (!sides.ours && sides.card.intent == SyncCard::Intent::Create) return takenBack(sides);
+  if (!sides.ours && (sides.card.intent == SyncCard::Intent::Create ||
+                      saysTheSameAsBefore(sides.card, theirs.content))) {
+    return deletedHere(sides, nameOfContent(theirs.content));
+  }
   return sides.ours ? brought(sides, std::move(theirs)) : added(sides, std::move(theirs));
 }
 
-// It was sent, nobody knew whether it had arrived, and it was deleted here since.
-CardStep CardDecisions::takenBack(CardSides& sides) {
+// Whether a card that was deleted here is what it was when both last agreed, whatever its ETag.
+bool CardDecisions::saysTheSameAsBefore(const SyncCard& card, const CardContent& theirs) const {
+  if (card.id == 0 || card.fingerprint == 0) return false;
+  auto read = readCard(agreedText(textsOf(card), theirs.photo));
+  const auto* before = std::get_if<ReadCard>(&read);
+  return before != nullptr && sameContent(before->content, theirs);
+}
+
+// There it is still what it was, or what this side has sent.
+std::optional<CardStep> CardDecisions::deletedHere(CardSides& sides, const std::string& name) {
+  if (!rules_.pushes) return std::nullopt;
   CardStep step;
   step.card = std::move(sides.card);
-  step.name = sides.theirs.href;
+  step.name = name;
   step.removesRow = true;
-  if (rules_.pushes) {
-    step.there = CardStep::There::Delete;
-    step.card.href = sides.theirs.href;
-    step.etag = sides.theirs.etag;
-  }
+  step.there = CardStep::There::Delete;
+  step.card.href = sides.theirs.href;
+  step.etag = sides.theirs.etag;
   return step;
 }
 

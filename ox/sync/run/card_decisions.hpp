@@ -54,7 +54,8 @@ class CardDecisions {
   std::optional<CardStep> goneThere(CardSides& sides);
   std::optional<CardStep> readThere(CardSides& sides);
   CardStep unreadable(CardSides& sides, std::string reason);
-  CardStep takenBack(CardSides& sides);
+  bool saysTheSameAsBefore(const SyncCard& card, const CardContent& theirs) const;
+  std::optional<CardStep> deletedHere(CardSides& sides, const std::string& name);
   CardStep added(CardSides& sides, ReadCard theirs);
   CardStep brought(CardSides& sides, ReadCard theirs);
   Bases basesOf(const CardSides& sides, const SyncCard::Texts& texts);

@@ -63,6 +63,14 @@ TEST_F(BookOfFour, BringsBackWhatWasDeletedHereAndChangedThere) {
   EXPECT_EQ(elsewhere.log, Lines{"LIST"});
 }
 
+TEST_F(BookOfFour, DeletesThereWhatHasOnlyAnotherEtag) {
+  const auto text = elsewhere.text("b.vcf");
+  book.remove(book.persons()[1]);
+  elsewhere.put("b.vcf", text);
+  EXPECT_EQ(book.runClean().up, (SyncCounts{0, 0, 1}));
+  EXPECT_FALSE(elsewhere.cards().contains("b.vcf"));
+}
+
 TEST_F(BookOfFour, SendsAgainWhatWasDeletedThereAndChangedHere) {
   const auto person = book.persons()[1];
   book.set(person, property_id::kNote, "ours");
