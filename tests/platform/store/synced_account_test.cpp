@@ -69,13 +69,16 @@ TEST_F(SyncedAccount, KeepsTheRecordOfAReplacedCardThatNamesNone) {
   EXPECT_EQ(sync.syncCards(kTeam).back().card.etag, "\"ben-2\"");
 }
 
-TEST_F(SyncedAccount, MayHaveManyCardsWithoutARecord) {
+TEST_F(SyncedAccount, TakesNoCardForADeletionThatNeverHadARecord) {
   auto first = syncCard("first", 0);
   auto second = syncCard("second", 0);
   first.card.record = RecordKey();
   second.card.record = RecordKey();
   ASSERT_TRUE(execute({.cards = {first, second}})) << reason;
-  EXPECT_EQ(changes(), (Texts{"first.vcf gone", "second.vcf gone"}));
+  EXPECT_EQ(sync.countSyncCards(kTeam), 4U);
+  EXPECT_EQ(changes(), Texts{});
+  remove("ben");
+  EXPECT_EQ(changes(), Texts{"ben.vcf gone"});
 }
 
 TEST_F(SyncedAccount, GoesWithItsContainerAndTheLoginWithItsLastBook) {
