@@ -1,5 +1,6 @@
 #include "fuzz/changed_rows.hpp"
 
+#include <algorithm>
 #include <array>
 
 #include "fuzz/scratch_file.hpp"
@@ -41,8 +42,32 @@ constexpr auto tablesWith(const Table& act) {
 }
 constexpr auto kTablesOf2 =
     tablesWith({"act", "number, name, at, origin, next_record, next_change, bytes", 7});
-constexpr auto kTables =
+constexpr auto kTablesOf3 =
     tablesWith({"act", "number, name, at, origin, next_record, next_link, next_change, bytes", 8});
+constexpr std::array kSyncTables = {
+    Table{"sync_login",
+          "id, name, kind, url, user, password_kind, password_source, scheme, principal, homes, "
+          "origins, client_certificate, authorities, allow_http, last_success, last_error, "
+          "not_before",
+          17},
+    Table{"sync_book",
+          "container, login, url, name, read_only, token, tag, reports, versions, most_bytes, "
+          "group_spelling, last_whole, state",
+          13},
+    Table{"sync_card",
+          "id, container, record, kind, href, path, etag, uid, fingerprint, beside, intent, "
+          "keeps_less, refused, refused_fingerprint",
+          14},
+    Table{"sync_text", "card, text, agreed, tags, members", 5},
+    Table{"sync_conflict", "id, card, property, theirs, ours, base, at", 7},
+    Table{"sync_run", "id, container, began, ended, counts, outcome", 6},
+};
+constexpr auto kTables = [] {
+  std::array<Table, kTablesOf3.size() + kSyncTables.size()> all{};
+  std::ranges::copy(kSyncTables, std::ranges::copy(kTablesOf3, all.begin()).out);
+  return all;
+}();
+constexpr std::size_t kMostColumns = 17;
 
 constexpr const char* kRowsOf1 = R"sql(
 INSERT INTO removal(record) VALUES(1), (4), (8);
@@ -64,6 +89,17 @@ INSERT INTO tag_debt VALUES(2);
 PRAGMA user_version=2;
 )sql";
 
+constexpr const char* kRowsOf3 = R"sql(
+INSERT INTO store VALUES(x'00112233445566778899aabbccddeeff');
+INSERT INTO origin VALUES(1, 'oxcontacts', 'a command', 0, NULL, 1);
+INSERT INTO act VALUES
+  (0, x'00000000000000000000000000000000', 1700000000000, 0, 1, 1, 1, 0),
+  (1, x'00000000000000000000000000000001', 1700000001000, 1, 9, 8, 1, 24);
+INSERT INTO setting VALUES('journal_days', 36500);
+INSERT INTO tag_debt VALUES(1);
+PRAGMA user_version=3;
+)sql";
+
 constexpr const char* kRows = R"sql(
 INSERT INTO container(identifier, name, type) VALUES('_local:ABAccount', 'On My Mac', 1),
   ('A:ABAccount', 'Cloud', 3);
@@ -78,9 +114,11 @@ std::string makeStore(int version) {
   {
     sqlite::Connection store(path, sqlite::Connection::Mode::ReadWriteCreate);
     store.execute("PRAGMA page_size=2048");
-    store.execute(version == 1 ? kTablesOfVersion1 : kTablesOfVersion2);
+    store.execute(version == 1   ? kTablesOfVersion1
+                  : version == 2 ? kTablesOfVersion2
+                                 : tablesOfVersion3().c_str());
     store.execute(kRows);
-    store.execute(version == 1 ? kRowsOf1 : kRowsOf2);
+    store.execute(version == 1 ? kRowsOf1 : version == 2 ? kRowsOf2 : kRowsOf3);
     auto insert =
         store.prepare(version == 1 ? "INSERT INTO content VALUES(?1, NULL, ?2, ?3)"
                                    : "INSERT INTO content VALUES(?1, NULL, ?2, NULL, ?3)");
@@ -158,13 +196,15 @@ void bind(sqlite::Statement& statement, int column, Input& input, std::string& r
 std::span<const Table> tablesOf(int version) {
   if (version == 1) return kTablesOf1;
   if (version == 2) return kTablesOf2;
+  if (version == 3) return kTablesOf3;
   return kTables;
 }
 
 const std::string& bytesOfVersion(int version) {
   static const auto first = makeStore(1);
   static const auto second = makeStore(2);
-  return version == 1 ? first : second;
+  static const auto third = makeStore(3);
+  return version == 1 ? first : version == 2 ? second : third;
 }
 
 std::size_t RowChanges::changeOne(Input& input) {
@@ -174,7 +214,7 @@ std::size_t RowChanges::changeOne(Input& input) {
   auto& statement = statements_[{which, what}];
   if (!statement) statement = database_.prepare(statementOf(table, what));
   const sqlite::StatementScope scope(statement);
-  std::array<std::string, 8> room;
+  std::array<std::string, kMostColumns> room;
   const int columns = what == 0 ? table.count : what == 1 ? 1 : 2;
   for (int i = 1; i <= columns; ++i) {
     bind(statement, i, input, room[static_cast<std::size_t>(i) - 1]);

@@ -44,6 +44,7 @@ struct Sound {
     const auto source = openStoreSource(path);
     addRecords(*source);
     edit(*source);
+    synchronise(*source);
     source->checkpoint();
     const auto person = RecordKey::of("ann");
     source->setValue(person, RecordKind::Person, property_id::kNote, Object("in the log"));
@@ -92,6 +93,26 @@ struct Sound {
     fuzz::require(source.save().done);
     fuzz::require(source.journal().takeBack(std::nullopt, StoreJournal::Last::Command).done);
     source.journal().setBounds({36500, 1 << 20});
+  }
+
+  static void synchronise(ContactSource& source) {
+    SaveRequest request;
+    SyncLogin login;
+    login.name = "work";
+    request.sync.logins.push_back(login);
+    SyncBook book;
+    book.container = "A:ABAccount";
+    request.sync.books.push_back({book, "work"});
+    for (const auto* path : {"/cid", "/gone"}) {
+      SyncCardChange card;
+      card.card.container = book.container;
+      card.card.path = path;
+      if (*(path + 1) == 'c') card.card.record = RecordKey::of("cid");
+      request.sync.cards.push_back(card);
+    }
+    request.sync.conflicts.push_back({0, book.container, "/cid", "Note", "t", "o", "b", 1});
+    request.sync.runs.push_back({book.container, 1, 2, "counts", ""});
+    fuzz::require(source.execute(request));
   }
 };
 
@@ -189,6 +210,23 @@ void readRecords(ContactSource& source) {
   }
 }
 
+void readSync(ContactSource& source) {
+  auto& sync = source.sync();
+  sync.syncLogins();
+  sync.syncBooks();
+  sync.syncConflicts();
+  for (const auto& container : source.containers()) {
+    const auto& id = container->identifier;
+    std::vector<std::int64_t> ids;
+    for (const auto& card : sync.syncCards(id)) ids.push_back(card.card.id);
+    fuzz::require(sync.countSyncCards(id) == ids.size());
+    fuzz::require(sync.changedSyncCards(id).size() <= ids.size());
+    sync.syncCardTexts(ids);
+    sync.recordsWithoutCard(id);
+    sync.syncRuns(id, 3);
+  }
+}
+
 void readJournal(ContactSource& source) {
   auto& journal = source.journal();
   journal.commands(100);
@@ -262,7 +300,10 @@ bool isSoundNow(const std::string& path) {
 }
 
 bool isReadable(ContactSource& source, What what) {
-  const bool areRecordsRead = what == What::Journal || tryReading([&] { readRecords(source); });
+  const bool areRecordsRead = what == What::Journal || tryReading([&] {
+                                readRecords(source);
+                                readSync(source);
+                              });
   const bool isJournalRead = what == What::Records || tryReading([&] { readJournal(source); });
   return areRecordsRead && isJournalRead;
 }

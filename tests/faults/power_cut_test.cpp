@@ -84,6 +84,11 @@ class Day {
     ASSERT_TRUE(book()->save());
     store_.note(committedState(storePath()), true);
   }
+  void run(SaveRequest request) {
+    request.outlivesPowerCut = true;
+    ASSERT_TRUE(contactSource().execute(request)) << request.reason;
+    store_.note(committedState(storePath()), true);
+  }
   void import(const std::string& cards) {
     const auto path = support::temporaryFile("day.vcf", cards).string();
     vcard::ImportOptions options;
@@ -116,6 +121,28 @@ std::string card(const std::string& uid, const std::string& lines) {
          lines + "END:VCARD\r\n";
 }
 
+// A run of an account that is in step with a book: its first person, and what is agreed of him.
+SaveRequest runWith(const std::string& id) {
+  SaveRequest request;
+  request.additions.push_back({RecordKey::of(id), RecordKind::Person, "c:ABAccount", {}, nullptr});
+  SyncBook book;
+  book.container = "c:ABAccount";
+  book.token = "after " + id;
+  if (syncSource().syncLogins().empty()) {
+    SyncLogin login;
+    login.name = "work";
+    request.sync.logins.push_back(login);
+  }
+  request.sync.books.push_back({book, "work"});
+  SyncCardChange card;
+  card.card.container = book.container;
+  card.card.record = RecordKey::of(id);
+  card.card.path = "/work/" + id;
+  card.texts = SyncCard::Texts{std::string(6'000, 't'), "agreed", "", ""};
+  request.sync.cards.push_back(card);
+  return request;
+}
+
 void live(Day& day) {
   using support::StoreBuilder;
   day.creation([] { StoreBuilder().person("ann", {.first = "Ann"}); });
@@ -139,6 +166,10 @@ void live(Day& day) {
   day.creation([] { StoreBuilder().in("c:ABAccount").person("colleague"); });
   setFirstName("colleague", "Cid");
   day.save();
+  day.run(runWith("boss"));
+  ASSERT_TRUE(book()->removeRecord(book()->recordForUniqueId("boss")));
+  day.save();
+  day.run(runWith("clerk"));
   day.tag("chess");
   day.makeTagsDurable();
   day.import(card("three", ""));

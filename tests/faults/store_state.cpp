@@ -4,6 +4,7 @@
 #include "ox/platform/store/store_source.hpp"
 #include "ox/platform/store/upkeep/check.hpp"
 #include "ox/records/fingerprint.hpp"
+#include "tests/support/sync_state.hpp"
 
 namespace ox::faults {
 namespace {
@@ -36,7 +37,7 @@ std::string stateOf(ContactSource& source) {
   for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
     for (const auto& key : source.records(kind)) text += textOf(source, key, kind) + '\n';
   }
-  return text;
+  return text + support::syncState(source.sync(), [](const RecordKey& key) { return key.text(); });
 }
 
 std::string committedState(const std::string& path) {

@@ -9,6 +9,8 @@
 #include <ostream>
 
 #include "ox/OxMacAddressBookSDK/admin/whole_act.hpp"
+#include "ox/platform/store/contact_source.hpp"
+#include "ox/records/fingerprint.hpp"
 #include "tests/OxMacAddressBookSDK/book/bulk_runs.hpp"
 #include "tests/OxMacAddressBookSDK/fixtures.hpp"
 #include "tests/images/picture_files.hpp"
@@ -154,6 +156,64 @@ void executeRequest() {
   if (!CNContactStore::init()->executeSaveRequest_error(*request, &error)) std::abort();
 }
 
+NewRecord personOfNet(const char* id, const std::string& note) {
+  PropertyBag values;
+  values.set(property_id::kNote, Object(note));
+  return {RecordKey::of(id), RecordKind::Person, "N:ABAccount", std::move(values), nullptr};
+}
+
+SyncCardChange cardOf(const NewRecord& record, std::int64_t id) {
+  SyncCardChange change;
+  change.card.id = id;
+  change.card.container = record.container;
+  change.card.record = record.key;
+  change.card.path = "/net/" + record.key.text();
+  change.card.fingerprint = contentFingerprint(record.properties, record.image);
+  change.texts = SyncCard::Texts{std::string(3'000, 't'), "agreed", "", ""};
+  return change;
+}
+
+SyncBook bookOfNet(const char* token) {
+  SyncBook book;
+  book.container = "N:ABAccount";
+  book.token = token;
+  return book;
+}
+
+void mustExecute(SaveRequest& request) {
+  request.outlivesPowerCut = true;
+  if (!containerSource().execute(request)) std::abort();
+}
+
+void addSyncedAccount() {
+  SaveRequest request;
+  request.newContainers.push_back({"N:ABAccount", "Net", 3});
+  SyncLogin login;
+  login.name = "net";
+  request.sync.logins.push_back(login);
+  request.sync.books.push_back({bookOfNet("first"), "net"});
+  for (const auto* id : {"ida", "jon"}) {
+    request.additions.push_back(personOfNet(id, "as it came"));
+    request.sync.cards.push_back(cardOf(request.additions.back(), 0));
+  }
+  mustExecute(request);
+}
+
+// Ida was changed there, Jon is gone there, Kim is new there.
+void storeRun() {
+  const auto before = containerSource().committedValues(RecordKey::of("jon"));
+  SaveRequest request;
+  request.removals.push_back({RecordKey::of("jon"), contentFingerprint(*before, nullptr)});
+  const auto ida = personOfNet("ida", std::string(5'000, 'i'));
+  request.replacements.push_back({ida.key, ida.properties, nullptr});
+  request.additions.push_back(personOfNet("kim", "new there"));
+  request.sync.removedCards = {2};
+  request.sync.books.push_back({bookOfNet("second"), "net"});
+  request.sync.cards = {cardOf(ida, 1), cardOf(request.additions.back(), 0)};
+  request.sync.runs.push_back({"N:ABAccount", 1, 2, "1 new, 1 changed, 1 deleted", ""});
+  mustExecute(request);
+}
+
 void addTag() {
   named("Ann")->addTag("opera");
 }
@@ -199,6 +259,7 @@ const std::vector<Work>& allWork() {
       {"GivesAPersonUp", {givePersonUp, saveManyEdits}},
       {"RemovesAGroupTree", {removeGroupTree}},
       {"ExecutesARequest", {executeRequest}},
+      {"StoresARunOfABook", {addSyncedAccount, storeRun}},
       {"ChangesTags", {addTag, replaceTags, removeTag, forgetTags}},
       {"RemovesPersons", {removePersons, mustSave}},
       {"LoadsABook", {loadBook}},

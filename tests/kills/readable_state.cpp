@@ -9,6 +9,7 @@
 #include "ox/platform/store/store_source.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "tests/support/store_environment.hpp"
+#include "tests/support/sync_state.hpp"
 
 namespace ox::kills {
 namespace {
@@ -53,6 +54,8 @@ class Reader {
     for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
       for (const auto& key : source_->records(kind)) state.contacts += record(key, kind) + "\n";
     }
+    state.contacts += support::syncState(source_->sync(),
+                                         [&](const RecordKey& key) { return given(key.text()); });
     state.tags = tags(tagPath);
     return state;
   }

@@ -10,9 +10,9 @@ namespace ox::kills {
 using Identifiers = std::set<std::string>;
 
 // What a store and its tag file hold, as a new process would find it, one line for each account,
-// person and group: names, values, picture, members, tags. Identifiers that are not
-// among the known ones read new1, new2, ...: two runs of one command leave equal texts. Tags of
-// persons that are gone are told as such.
+// person and group: names, values, picture, members, tags; and what is kept of accounts in step
+// with others. Identifiers that are not among the known ones read new1, new2, ...: two runs of one
+// command leave equal texts. Tags of persons that are gone are told as such.
 struct ReadableState {
   std::string contacts;
   std::string tags;

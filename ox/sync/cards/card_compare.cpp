@@ -7,10 +7,10 @@
 
 #include "ox/records/card_uid.hpp"
 #include "ox/sync/cards/card_content.hpp"
-#include "ox/sync/cards/card_parts.hpp"
-#include "ox/sync/cards/entry_merge.hpp"
-#include "ox/sync/cards/property_words.hpp"
-#include "ox/sync/cards/text_sets.hpp"
+#include "ox/sync/cards/parts/card_parts.hpp"
+#include "ox/sync/cards/parts/entry_merge.hpp"
+#include "ox/sync/cards/parts/property_words.hpp"
+#include "ox/sync/cards/parts/text_sets.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/content_line.hpp"
 

@@ -9,8 +9,8 @@
 #include "ox/base/uuid.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/sync/cards/card_merge.hpp"
-#include "ox/sync/cards/edited_lines.hpp"
-#include "ox/sync/cards/fresh_card.hpp"
+#include "ox/sync/cards/lines/edited_lines.hpp"
+#include "ox/sync/cards/lines/fresh_card.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 
 namespace ox::sync {

@@ -5,11 +5,11 @@
 #include <memory>
 #include <utility>
 
-#include "ox/sync/cards/card_parts.hpp"
 #include "ox/sync/cards/conflict_value.hpp"
-#include "ox/sync/cards/entry_merge.hpp"
-#include "ox/sync/cards/property_words.hpp"
-#include "ox/sync/cards/text_sets.hpp"
+#include "ox/sync/cards/parts/card_parts.hpp"
+#include "ox/sync/cards/parts/entry_merge.hpp"
+#include "ox/sync/cards/parts/property_words.hpp"
+#include "ox/sync/cards/parts/text_sets.hpp"
 
 namespace ox::sync {
 namespace {

@@ -7,8 +7,8 @@
 
 #include "ox/records/property_codec.hpp"
 #include "ox/sync/cards/card_merge.hpp"
-#include "ox/sync/cards/card_parts.hpp"
-#include "ox/sync/cards/property_words.hpp"
+#include "ox/sync/cards/parts/card_parts.hpp"
+#include "ox/sync/cards/parts/property_words.hpp"
 #include "ox/vcard/lines/content_line.hpp"
 
 namespace ox::sync {

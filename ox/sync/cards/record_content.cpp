@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "ox/sync/cards/card_content.hpp"
-#include "ox/sync/cards/card_parts.hpp"
+#include "ox/sync/cards/parts/card_parts.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/content_line.hpp"
 #include "ox/vcard/lines/line_writer.hpp"

@@ -10,6 +10,7 @@
 #include "ox/sync/dav/discovery.hpp"
 #include "ox/sync/folder/offer_of_folder.hpp"
 #include "ox/sync/http/http_client.hpp"
+#include "ox/sync/http/url.hpp"
 #include "ox/sync/run/remote_login.hpp"
 
 namespace ox::sync {
@@ -25,6 +26,18 @@ void requireFree(const std::string& container, const std::vector<SyncBook>& book
   const bool isTaken = std::ranges::any_of(
       books, [&](const SyncBook& book) { return book.container == known->identifier; });
   if (isTaken) refuse(known->name + " is in step with another book already");
+}
+
+// Where discovery led, which the user has seen: the secret goes there in each run.
+std::vector<std::string> originsOf(const Offer& offer, const std::vector<ChosenBook>& books) {
+  std::vector<std::string> origins;
+  const auto add = [&](const std::string& url) {
+    auto origin = parsedUrl(url).origin();
+    if (std::ranges::find(origins, origin) == origins.end()) origins.push_back(std::move(origin));
+  };
+  for (const auto& home : offer.homes) add(home);
+  for (const auto& chosen : books) add(chosen.book.url);
+  return origins;
 }
 
 }  // namespace
@@ -48,6 +61,7 @@ std::vector<AddedBook> addLogin(const std::string& name, const LoginSettings& se
   auto row = rowOfLogin(name, settings);
   row.principal = offer.principal;
   row.homes = offer.homes;
+  if (settings.kind == LoginSettings::Kind::CardDav) row.origins = originsOf(offer, books);
   row.scheme = offer.scheme;
   request.sync.logins.push_back(std::move(row));
   std::vector<AddedBook> added;

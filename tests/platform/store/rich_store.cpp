@@ -5,6 +5,7 @@
 #include "ox/platform/store/journal/store_journal.hpp"
 #include "ox/records/property_codec.hpp"
 #include "tests/support/store_builder.hpp"
+#include "tests/support/sync_state.hpp"
 
 namespace ox::support {
 namespace {
@@ -40,32 +41,6 @@ void fillSync(ContactSource& source) {
   request.sync.conflicts.push_back({0, book.container, "/home/cid", "Note", "t", "ours", "b", 5});
   request.sync.runs.push_back({book.container, 1, 2, "counts", "in step"});
   ASSERT_TRUE(source.execute(request)) << request.reason;
-}
-
-std::string textOf(const SyncCardNow& each) {
-  const auto& card = each.card;
-  return std::to_string(card.id) + card.container + card.record.text() + card.path + card.etag +
-         std::to_string(card.fingerprint) + std::to_string(static_cast<int>(card.intent)) + "/" +
-         std::to_string(each.now.value_or(0)) + "\n";
-}
-
-std::string syncOf(SyncSource& source) {
-  std::string text;
-  for (const auto& login : source.syncLogins()) text += login.name + login.homes.at(0);
-  for (const auto& book : source.syncBooks()) {
-    text += book.container + std::to_string(book.login) + book.token;
-    std::vector<std::int64_t> ids;
-    for (const auto& card : source.syncCards(book.container)) {
-      text += textOf(card);
-      ids.push_back(card.card.id);
-    }
-    for (const auto& card : source.changedSyncCards(book.container)) text += textOf(card);
-    for (const auto& record : source.recordsWithoutCard(book.container)) text += record.key.text();
-    for (const auto& each : source.syncCardTexts(ids)) text += each.text + each.agreed;
-    for (const auto& run : source.syncRuns(book.container, 9)) text += run.counts + run.outcome;
-  }
-  for (const auto& conflict : source.syncConflicts()) text += conflict.path + conflict.ours;
-  return text + "\n";
 }
 
 std::string textOf(const PastRecord& record) {
@@ -134,7 +109,8 @@ std::string wholeStateOf(ContactSource& source) {
   for (const auto& act : source.tagDebts().acts) {
     for (const auto& change : act.changes) text += change.person + change.after.front();
   }
-  return text + syncOf(source.sync()) + std::to_string(journal.bounds().days) + "\n";
+  return text + syncState(source.sync(), [](const RecordKey& key) { return key.text(); }) +
+         std::to_string(journal.bounds().days) + "\n";
 }
 
 }  // namespace ox::support

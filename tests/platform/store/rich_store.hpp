@@ -7,7 +7,8 @@
 namespace ox::support {
 
 // Fills an empty store with something of everything: records, pictures, groups in a tree, accounts,
-// tags, a custom property, an account in step with another, and a journal with removals and one command that was taken back.
+// one of them in step with another side, tags, a custom property, and a journal with removals and
+// one command that was taken back.
 void fillRichStore(ContactSource& source);
 
 // All that can be read of such a store, its journal included. Throws where reading fails.

@@ -8,6 +8,7 @@
 #include "ox/platform/store/journal/store_journal.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "tests/support/second_process.hpp"
+#include "tests/support/statement_count.hpp"
 #include "tests/support/store_environment.hpp"
 
 namespace ox::support {
@@ -68,13 +69,16 @@ TEST_F(SyncedAccount, KeepsTheRecordOfAReplacedCardThatNamesNone) {
   EXPECT_EQ(sync.syncCards(kTeam).back().card.etag, "\"ben-2\"");
 }
 
-TEST_F(SyncedAccount, MayHaveManyCardsWithoutARecord) {
+TEST_F(SyncedAccount, TakesNoCardForADeletionThatNeverHadARecord) {
   auto first = syncCard("first", 0);
   auto second = syncCard("second", 0);
   first.card.record = RecordKey();
   second.card.record = RecordKey();
   ASSERT_TRUE(execute({.cards = {first, second}})) << reason;
-  EXPECT_EQ(changes(), (Texts{"first.vcf gone", "second.vcf gone"}));
+  EXPECT_EQ(sync.countSyncCards(kTeam), 4U);
+  EXPECT_EQ(changes(), Texts{});
+  remove("ben");
+  EXPECT_EQ(changes(), Texts{"ben.vcf gone"});
 }
 
 TEST_F(SyncedAccount, GoesWithItsContainerAndTheLoginWithItsLastBook) {
@@ -140,6 +144,35 @@ TEST_F(SyncedAccount, StaysAsItIsWhenARunIsTakenBack) {
   EXPECT_EQ(changes(), Texts{"ann.vcf changed"});
   ASSERT_EQ(sync.recordsWithoutCard(kTeam).size(), 1U);
   EXPECT_EQ(sync.recordsWithoutCard(kTeam).front().key, key("ben"));
+}
+
+// A first run of many persons asks nothing for each of them, and a run without a change reads none.
+TEST(FirstRun, WritesFourRowsForEachPersonAndAsksForNone) {
+  constexpr int kPersons = 1000;
+  statementsRun();
+  const auto source =
+      openStoreSource(StoreAddress(StoreEnvironment::instance().contactStore().string()));
+  SaveRequest request;
+  request.newContainers.push_back({kTeam, "Team", 3});
+  request.sync.logins.push_back(syncLogin("work"));
+  request.sync.books.push_back({syncBook(kTeam), "work"});
+  for (int i = 0; i < kPersons; ++i) {
+    const auto id = "p" + std::to_string(i);
+    request.additions.push_back(syncPerson(id, id));
+    const auto fingerprint = contentFingerprint(request.additions.back().properties, nullptr);
+    request.sync.cards.push_back(syncCard(id, fingerprint));
+  }
+  source->containers();
+  const auto before = statementsRun();
+  ASSERT_TRUE(source->execute(request)) << request.reason;
+  EXPECT_LT(statementsRun() - before, 4 * kPersons + 40);
+
+  source->containers();
+  const auto statements = statementsRun();
+  const auto steps = stepsTaken();
+  EXPECT_TRUE(source->sync().changedSyncCards(kTeam).empty());
+  EXPECT_EQ(statementsRun() - statements, 1U);
+  EXPECT_LT(stepsTaken() - steps, 20U * kPersons);
 }
 
 }  // namespace

@@ -17,9 +17,9 @@
 
 #include "cards.hpp"
 #include "ox/records/property_keys.hpp"
-#include "ox/sync/cards/card_units.hpp"
+#include "ox/sync/cards/lines/card_units.hpp"
+#include "ox/sync/cards/lines/text_lines.hpp"
 #include "ox/sync/cards/packed_card.hpp"
-#include "ox/sync/cards/text_lines.hpp"
 #include "ox/vcard/source/byte_source.hpp"
 #include "ox/vcard/source/card_slicer.hpp"
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "ox/records/property_keys.hpp"
-#include "ox/sync/cards/card_parts.hpp"
+#include "ox/sync/cards/parts/card_parts.hpp"
 
 namespace ox::sync {
 namespace {

@@ -9,8 +9,8 @@
 #include "cards.hpp"
 #include "ox/records/clean_text.hpp"
 #include "ox/records/property_codec.hpp"
-#include "ox/sync/cards/card_parts.hpp"
-#include "ox/sync/cards/text_lines.hpp"
+#include "ox/sync/cards/lines/text_lines.hpp"
+#include "ox/sync/cards/parts/card_parts.hpp"
 #include "random_changes.hpp"
 
 namespace ox::sync {

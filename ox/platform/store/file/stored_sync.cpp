@@ -178,7 +178,9 @@ std::vector<SyncCardNow> StoredSync::cards(const Container& container, Which whi
   sql.append(kRecordOfCard).append("WHERE s.container = ?1 ");
   if (which == Which::OfGroups) sql.append("AND s.kind = 1 ");
   if (which == Which::Changed) {
-    sql.append("AND (c.fingerprint IS NOT s.fingerprint OR s.intent <> 0) ");
+    sql.append(
+        "AND (s.intent <> 0 OR (s.record IS NOT NULL AND "
+        "c.fingerprint IS NOT s.fingerprint)) ");
   }
   auto rows = prepare(sql.append("ORDER BY s.id"));
   rows.bind(1, container.row);

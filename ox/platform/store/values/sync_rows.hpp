@@ -60,7 +60,8 @@ struct SyncBook {
 
 // A card elsewhere and its record here. A card whose record is gone is a deletion that the other
 // side has not agreed to yet: it stays when the record goes, in whatever process and by whatever
-// act that happens, and is its record's again when that comes back.
+// act that happens, and is its record's again when that comes back. One that was stored without a
+// record, because nothing could be made of the card there, is no deletion.
 struct SyncCard {
   enum class Intent : std::uint8_t { None = 0, Create = 1 };
 

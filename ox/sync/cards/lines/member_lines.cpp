@@ -1,4 +1,4 @@
-#include "ox/sync/cards/member_lines.hpp"
+#include "ox/sync/cards/lines/member_lines.hpp"
 
 #include <algorithm>
 #include <unordered_set>
@@ -6,7 +6,7 @@
 
 #include "ox/records/card_uid.hpp"
 #include "ox/sync/cards/card_content.hpp"
-#include "ox/sync/cards/text_sets.hpp"
+#include "ox/sync/cards/parts/text_sets.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/line_writer.hpp"
 #include "ox/vcard/lines/uri.hpp"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "ox/sync/cards/card_parts.hpp"
+#include "ox/sync/cards/parts/card_parts.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/content_line.hpp"
 #include "ox/vcard/properties/property_index.hpp"

@@ -1,4 +1,4 @@
-#include "ox/sync/cards/card_parts.hpp"
+#include "ox/sync/cards/parts/card_parts.hpp"
 
 #include <algorithm>
 #include <iterator>

@@ -1,4 +1,4 @@
-#include "ox/sync/cards/text_lines.hpp"
+#include "ox/sync/cards/lines/text_lines.hpp"
 
 #include <algorithm>
 

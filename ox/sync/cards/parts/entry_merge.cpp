@@ -1,4 +1,4 @@
-#include "ox/sync/cards/entry_merge.hpp"
+#include "ox/sync/cards/parts/entry_merge.hpp"
 
 #include <algorithm>
 #include <utility>

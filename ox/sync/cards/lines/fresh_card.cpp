@@ -1,4 +1,4 @@
-#include "ox/sync/cards/fresh_card.hpp"
+#include "ox/sync/cards/lines/fresh_card.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -6,7 +6,7 @@
 #include "ox/base/uuid.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/sync/cards/card_edit.hpp"
-#include "ox/sync/cards/card_parts.hpp"
+#include "ox/sync/cards/parts/card_parts.hpp"
 #include "ox/vcard/write/writer.hpp"
 
 namespace ox::sync {

@@ -4,7 +4,7 @@
 #include <unordered_map>
 
 #include "ox/records/entry_match.hpp"
-#include "ox/sync/cards/entry_merge.hpp"
+#include "ox/sync/cards/parts/entry_merge.hpp"
 
 namespace ox::sync {
 namespace {

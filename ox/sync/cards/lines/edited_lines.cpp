@@ -1,4 +1,4 @@
-#include "ox/sync/cards/edited_lines.hpp"
+#include "ox/sync/cards/lines/edited_lines.hpp"
 
 #include <algorithm>
 #include <charconv>
@@ -8,8 +8,8 @@
 
 #include "ox/base/uuid.hpp"
 #include "ox/records/card_uid.hpp"
-#include "ox/sync/cards/fresh_card.hpp"
-#include "ox/sync/cards/member_lines.hpp"
+#include "ox/sync/cards/lines/fresh_card.hpp"
+#include "ox/sync/cards/lines/member_lines.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/line_writer.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"

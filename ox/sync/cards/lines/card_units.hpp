@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "ox/sync/cards/card_content.hpp"
-#include "ox/sync/cards/text_lines.hpp"
+#include "ox/sync/cards/lines/text_lines.hpp"
 
 namespace ox::sync {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "ox/sync/cards/text_lines.hpp"
+#include "ox/sync/cards/lines/text_lines.hpp"
 #include "ox/vcard/card_version.hpp"
 
 namespace ox::sync {

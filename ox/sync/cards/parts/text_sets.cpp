@@ -1,4 +1,4 @@
-#include "ox/sync/cards/text_sets.hpp"
+#include "ox/sync/cards/parts/text_sets.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -35,7 +35,7 @@ std::vector<std::string> textsWithout(const std::vector<std::string>& texts,
   const auto keys = keysOf(others, letters);
   std::vector<std::string> rest;
   std::copy_if(texts.begin(), texts.end(), std::back_inserter(rest),
-               [&](const auto& text) { return keys.find(textKey(text, letters)) == keys.end(); });
+               [&](const auto& text) { return !keys.contains(textKey(text, letters)); });
   return rest;
 }
 

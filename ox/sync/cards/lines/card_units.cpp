@@ -1,11 +1,11 @@
-#include "ox/sync/cards/card_units.hpp"
+#include "ox/sync/cards/lines/card_units.hpp"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 #include <unordered_map>
 
-#include "ox/sync/cards/fresh_card.hpp"
+#include "ox/sync/cards/lines/fresh_card.hpp"
 #include "ox/vcard/unmodelled/line_form.hpp"
 
 namespace ox::sync {

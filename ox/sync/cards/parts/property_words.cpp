@@ -1,4 +1,4 @@
-#include "ox/sync/cards/property_words.hpp"
+#include "ox/sync/cards/parts/property_words.hpp"
 
 #include <algorithm>
 #include <array>

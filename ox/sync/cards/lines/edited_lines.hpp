@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "ox/sync/cards/card_content.hpp"
-#include "ox/sync/cards/card_units.hpp"
-#include "ox/sync/cards/text_lines.hpp"
+#include "ox/sync/cards/lines/card_units.hpp"
+#include "ox/sync/cards/lines/text_lines.hpp"
 
 namespace ox::sync {
 
