@@ -22,8 +22,6 @@
 namespace ox::kills {
 namespace {
 
-using support::StoreEnvironment;
-
 std::shared_ptr<ABAddressBook> records() {
   return ABAddressBook::sharedAddressBook();
 }
@@ -35,7 +33,7 @@ std::shared_ptr<OxMacAddressBook> localBook() {
 // The person of the address book that starts with that name.
 std::shared_ptr<_ABPerson> named(const std::string& name) {
   for (const auto& person : records()->people()) {
-    const auto host = hostPerson(person);
+    auto host = hostPerson(person);
     if (host->displayName().value_or("").starts_with(name)) return host;
   }
   std::abort();
@@ -43,7 +41,7 @@ std::shared_ptr<_ABPerson> named(const std::string& name) {
 
 std::shared_ptr<_ABGroup> groupNamed(const std::string& name) {
   for (const auto& group : records()->groups()) {
-    const auto host = hostGroup(group);
+    auto host = hostGroup(group);
     if (host->displayName() == name) return host;
   }
   std::abort();

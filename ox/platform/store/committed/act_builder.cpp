@@ -195,9 +195,11 @@ std::vector<RecordKey> ActBuilder::outdatedOf(std::span<const Expected> expected
   std::vector<RecordKey> outdated;
   if (expected.empty()) return outdated;
   RecordKeys keys;
+  keys.reserve(expected.size());
   for (const auto& each : expected) keys.push_back(each.key);
   const auto entries = committed_.find(keys);
   std::vector<std::int64_t> rows;
+  rows.reserve(entries.size());
   for (const auto& entry : entries) rows.push_back(entry ? entry->row : 0);
   const auto now = file_.guarded([&] { return StoredRows(file_).fingerprints(rows); });
   for (std::size_t i = 0; i < expected.size(); ++i) {
