@@ -51,8 +51,10 @@ bool isPicture(const Data& picture, std::uint64_t checksum) {
 
 }  // namespace
 
+// Of somebody who was forgotten nothing is left.
 std::uint64_t agreedPicture(const SyncCard::Texts& texts) {
   std::uint64_t picture = 0;
+  if (texts.agreed.empty()) return picture;
   if (texts.agreed.size() < sizeof picture) throw DamagedBytes("agreed values are damaged");
   std::memcpy(&picture, texts.agreed.data(), sizeof picture);
   return picture;
@@ -90,6 +92,7 @@ SyncCard::Texts agreedTexts(std::string_view text, const CardContent& ours) {
 CardContent agreedContent(const SyncCard& card, const SyncCard::Texts& texts, const Data& picture) {
   CardContent content;
   content.isGroup = card.kind == RecordKind::Group;
+  if (texts.agreed.empty()) return content;
   const auto checksum = agreedPicture(texts);
   content.properties = decodeProperties(std::string_view(texts.agreed).substr(sizeof checksum));
   if (checksum != 0) content.photo = isPicture(picture, checksum) ? picture : otherPicture();

@@ -12,7 +12,6 @@
 #include "ox/platform/store/upkeep/damaged_sync.hpp"
 #include "ox/platform/store/upkeep/repair.hpp"
 #include "ox/platform/store/values/store_error.hpp"
-#include "ox/records/card_uid.hpp"
 #include "ox/records/tag_change.hpp"
 
 namespace ox {
@@ -67,53 +66,20 @@ class Eraser {
     eraseFromCards(row);
   }
 
-  // Her own card keeps what the server has to be told to delete it. Of a group's card that names
-  // her by its UID, nothing is agreed any more, so that it is read anew.
+  // Her card keeps what the server has to be told to delete it, and that it was agreed once, which
+  // no fingerprint of hers tells. A group's card may name her by her UID until the next run has
+  // told the server that she is no member.
   void eraseFromCards(std::int64_t row) {
-    auto cards = file_.prepare("SELECT id, container, uid FROM sync_card WHERE record = ?1");
-    cards.bind(1, row);
-    std::set<std::int64_t> own;
-    std::set<std::int64_t> groups;
-    while (cards.step()) {
-      own.insert(cards.integer(0));
-      groups.merge(groupsNaming(uidKey(cards.text(2)), cards.integer(1)));
-    }
-    cards.reset();
-    for (const auto card : own) {
-      runWith("UPDATE sync_card SET uid = '' WHERE id = ?1", card);
-      forgetAgreement(card);
-    }
-    for (const auto card : groups) {
-      runWith("UPDATE sync_card SET etag = '' WHERE id = ?1", card);
-      forgetAgreement(card);
-    }
-  }
-
-  // Or by the UID that she has where no card gave her one.
-  std::set<std::int64_t> groupsNaming(std::string_view uid, std::int64_t container) {
-    const auto ownUid = uidOfRecord(key_);
-    std::set<std::int64_t> found;
-    for (const auto name : {uid, uidKey(ownUid)}) {
-      if (name.empty()) continue;
-      auto groups = file_.prepare(
-          "SELECT id FROM sync_card JOIN sync_text ON card = id WHERE container = ?1 AND kind = 1 "
-          "AND (instr(text, ?2) > 0 OR instr(agreed, ?2) > 0 OR instr(members, ?2) > 0)");
-      groups.bind(1, container).bindBlob(2, name);
-      for (const auto group : numbersOf(groups)) found.insert(group);
-    }
-    return found;
-  }
-
-  void forgetAgreement(std::int64_t card) {
-    runWith("DELETE FROM sync_conflict WHERE card = ?1", card);
+    runWith("DELETE FROM sync_conflict WHERE card IN (SELECT id FROM sync_card WHERE record = ?1)",
+            row);
     runWith(
         "UPDATE sync_text SET text = x'', agreed = x'', tags = x'', members = x'' "
-        "WHERE card = ?1",
-        card);
+        "WHERE card IN (SELECT id FROM sync_card WHERE record = ?1)",
+        row);
     runWith(
-        "UPDATE sync_card SET fingerprint = 0, beside = 0, intent = 0, keeps_less = '', "
-        "refused = '', refused_fingerprint = 0 WHERE id = ?1",
-        card);
+        "UPDATE sync_card SET uid = '', fingerprint = fingerprint <> 0, beside = 0, "
+        "keeps_less = '', refused = '', refused_fingerprint = 0 WHERE record = ?1",
+        row);
   }
 
   void noteOriginsOf(std::int64_t row) {
