@@ -30,13 +30,13 @@ struct CardContent {
 
 // What a stored record says: `tags` are those of a person, `members` the UIDs of a group's.
 CardContent contentOfRecord(bool isGroup, PropertyBag properties, Data photo,
-                            std::vector<std::string> tags, std::vector<std::string> members);
+                            const std::vector<std::string>& tags, std::vector<std::string> members);
 // What a record is to hold to say it, its tags and members aside: what an import of such a card
 // makes, with lines that say the categories.
 PropertyBag propertiesOfRecord(const CardContent& content);
 
-// A card read from a text that holds exactly one, or why it cannot be taken ("two cards in one
-// resource", what the reader refuses).
+// A card read from a text that holds exactly one, or why it cannot be taken ("more than one card in
+// it", what the reader refuses).
 struct ReadCard {
   CardContent content;
   std::string uid;  // as written; empty: none

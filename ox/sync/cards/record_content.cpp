@@ -76,7 +76,8 @@ std::vector<PlacedLine> linesOfCategories(const CardContent& content, std::size_
 }  // namespace
 
 CardContent contentOfRecord(bool isGroup, PropertyBag properties, Data photo,
-                            std::vector<std::string> tags, std::vector<std::string> members) {
+                            const std::vector<std::string>& tags,
+                            std::vector<std::string> members) {
   CardContent content;
   content.isGroup = isGroup;
   if (photo && !photo->empty()) content.photo = std::move(photo);

@@ -107,6 +107,17 @@ TEST(EditedCard, ChangesNameAndFormattedNameTogether) {
       << edited;
 }
 
+TEST(EditedCard, DropsTheFormattedNameOfAFormerName) {
+  const auto text = cardText("N:Lee;Ann;;;\nFN:Dr. Ann Lee the Elder\nUID:u\nTEL:1\n");
+  const auto said = contentOf(text);
+  auto properties = propertiesOfRecord(said);
+  properties.set(kFirst, Object("Anna"));
+  const auto record = contentOfRecord(false, std::move(properties), nullptr, {}, {});
+  const auto merged = merge(&said, said, &said, record);
+  EXPECT_EQ(editedCard(text, said, merged.forThem, kNow),
+            cardText("N:Lee;Anna;;;\nFN:Anna Lee\nUID:u\nTEL:1\nREV:20261123T060700Z\n"));
+}
+
 TEST(EditedCard, PutsWhatIsNewBeforeTheEnd) {
   const auto edited = editedBy(cardText("N:Lee;Ann;;;\nFN:Ann Lee\nUID:u1\n"),
                                [](CardContent& content) { setText(content, kNote, "New"); });

@@ -20,7 +20,7 @@ Data randomPicture(std::size_t size) {
 }
 
 // Base64 over lines of that width, the first one of another.
-std::string folded(std::string letters, std::size_t first, std::size_t further,
+std::string folded(const std::string& letters, std::size_t first, std::size_t further,
                    const std::string& joint) {
   std::string text = letters.substr(0, first);
   for (auto at = first; at < letters.size(); at += further) {
