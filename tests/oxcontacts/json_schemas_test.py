@@ -172,6 +172,7 @@ class Outputs(unittest.TestCase):
         self.hold_persons_that_change()
         self.hold_the_past()
         self.hold_copies()
+        self.hold_sync()
         self.nothing_is_printed_where_a_command_fails()
         self.hold_damages()
         self.no_command_no_schema_and_no_key_is_left_out()
@@ -264,6 +265,33 @@ class Outputs(unittest.TestCase):
         self.hold("restore", "restore", "_local", "one.book")
         copies = self.hold("copies", "copies")
         self.hold("copies-restore", "copies", "restore", copies[-1]["name"])
+
+    def write_card(self, name, *lines):
+        path = self.folder / "cards" / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(card(*lines), "utf-8", newline="")
+
+    def hold_sync(self):
+        self.hold("sync", "sync", something=False)
+        self.write_card("home/tove.vcf", "UID:tove", "N:Lie;Tove;;;", "FN:Tove Lie", "TITLE:Cook")
+        self.write_card("work/odd.vcf", "UID:odd", "N:By;Odd;;;", "FN:Odd By")
+        self.hold("accounts-add-login", "accounts", "add", "Home", "--folder", "cards", "--book",
+                  "home")
+        self.hold("accounts", "accounts")
+        self.assertEqual(self.hold("sync", "sync", "--dry-run")[0]["state"], "planned")
+        self.hold("sync", "sync")
+        self.hold("set", "set", "Tove Lie", "jobtitle=Chef")
+        self.write_card("home/tove.vcf", "UID:tove", "N:Lie;Tove;;;", "FN:Tove Lie", "TITLE:Boss")
+        (self.folder / "cards/home/none.vcf").symlink_to("tove.vcf")
+        report = self.hold("sync", "sync", "--report", "report", code=3)[0]
+        self.assertTrue(report["conflicts"] and report["refused"], report)
+        self.hold("sync-status", "sync", "--status")
+        number = self.hold("sync-conflicts", "sync", "--conflicts")[0]["number"]
+        self.hold("sync-resolve", "sync", "--resolve", str(number), "mine")
+        (self.folder / "cards/home").rename(self.folder / "cards/away")
+        self.assertTrue(self.hold("sync", "sync", code=1)[0]["failure"])
+        self.hold("sync-status", "sync", "--status")
+        self.hold("accounts-remove", "accounts", "remove", "Home", "--force")
 
     def hold_damages(self):
         self.hold("check", "check")

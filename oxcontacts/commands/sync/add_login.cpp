@@ -287,7 +287,10 @@ void addLoginFor(const Context& context, const std::string& name, const LoginArg
     const auto added = sync::addLogin(name, settings, offer, chosen);
     tellAdded(context, name, arguments, chosen, added, left);
   } catch (const sync::RemoteError& error) {
-    throw commandErrorOf(error);
+    const bool isPlain = error.kind() == sync::RemoteFailure::Insecure &&
+                         arguments.url.starts_with("http://") && !arguments.allowsHttp;
+    if (!isPlain) throw commandErrorOf(error);
+    throw CommandError(kFailed, std::string(error.what()) + " --allow-http does");
   }
 }
 

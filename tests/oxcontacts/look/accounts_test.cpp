@@ -10,16 +10,21 @@ namespace {
 using support::temporaryFile;
 
 TEST(AccountsCommand, ListsWhatWasAddedTheLocalOneFirst) {
-  EXPECT_EQ(runJson({"accounts", "add", "iCloud", "--identifier", "A:ABAccount"}),
-            Json::parse(R"({"identifier":"A:ABAccount","name":"iCloud","type":"carddav"})"));
+  EXPECT_EQ(
+      runJson({"accounts", "add", "iCloud", "--identifier", "A:ABAccount"}),
+      Json::parse(R"({"identifier":"A:ABAccount","name":"iCloud","type":"carddav","sync":null})"));
   const auto office = runJson({"accounts", "add", "Office", "--type", "exchange"});
   EXPECT_EQ(office["name"], "Office");
   EXPECT_TRUE(office["identifier"].get<std::string>().ends_with(":ABAccount"));
-  EXPECT_EQ(
-      runJson({"accounts"}),
-      Json::array({{{"identifier", "_local:ABAccount"}, {"name", "On My Mac"}, {"type", "local"}},
-                   {{"identifier", "A:ABAccount"}, {"name", "iCloud"}, {"type", "carddav"}},
-                   office}));
+  EXPECT_EQ(runJson({"accounts"}), Json::array({{{"identifier", "_local:ABAccount"},
+                                                 {"name", "On My Mac"},
+                                                 {"type", "local"},
+                                                 {"sync", nullptr}},
+                                                {{"identifier", "A:ABAccount"},
+                                                 {"name", "iCloud"},
+                                                 {"type", "carddav"},
+                                                 {"sync", nullptr}},
+                                                office}));
   EXPECT_EQ(run({"accounts"}).output.substr(0, 24), "NAME       TYPE      IDE");
   EXPECT_EQ(run({"accounts", "remove", "A"}).exitCode, 0);
   EXPECT_EQ(run({"accounts", "remove", "Office"}).exitCode, 0);

@@ -1,0 +1,251 @@
+// sync with a folder of vCards.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "tests/oxcontacts/sync/synced_folder.hpp"
+
+namespace ox::program_tests {
+namespace {
+
+using FolderSync = SyncedFolder;
+using Names = std::vector<std::string>;
+
+bool holds(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST_F(FolderSync, BringsEveryCardHereAndThenFindsNothingToDo) {
+  synchroniseTwo();
+  EXPECT_EQ(namesOfPersons(), "Ann Lee|Bob Berg");
+  const auto before = text("ann.vcf") + text("bob.vcf");
+  const auto again = run({"sync"});
+  EXPECT_EQ(again.exitCode, 0);
+  EXPECT_EQ(again.output, kNothingDone);
+  EXPECT_EQ(again.errors, "");
+  EXPECT_EQ(text("ann.vcf") + text("bob.vcf"), before);
+}
+
+TEST_F(FolderSync, SendsWhatChangedHereAndKeepsEveryOtherLine) {
+  synchroniseTwo();
+  run({"set", "Ann Lee", "jobtitle=Head of sales"});
+  run({"add-person", "Cards", "name=Eve Moe", "phone=+47 2"});
+  const auto result = run({"sync", "Cards"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.output, "Cards: 0 new, 0 changed, 0 deleted here; 2 sent, 0 deleted there\n");
+  const auto ann = text("ann.vcf");
+  EXPECT_TRUE(holds(ann, "TITLE:Head of sales\r\n")) << ann;
+  EXPECT_TRUE(holds(ann, "X-FOO:bar\r\n")) << ann;
+  EXPECT_FALSE(holds(ann, "Director")) << ann;
+  ASSERT_EQ(names().size(), 3U);
+  for (const auto& name : names()) {
+    if (name == "ann.vcf" || name == "bob.vcf") continue;
+    EXPECT_TRUE(holds(text(name), "FN:Eve Moe\r\n")) << text(name);
+    struct stat status {};
+    ASSERT_EQ(::stat(path(name).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600U);
+  }
+  EXPECT_EQ(run({"sync"}).output, kNothingDone);
+}
+
+TEST_F(FolderSync, TakesWhatChangedThere) {
+  synchroniseTwo();
+  write("ann.vcf", {"UID:ann", "N:Lee;Anna;;;", "FN:Anna Lee", "TITLE:Director", "X-FOO:bar"});
+  write("eve.vcf", {"UID:eve", "N:Moe;Eve;;;", "FN:Eve Moe"});
+  std::filesystem::remove(path("bob.vcf"));
+  const auto result = run({"sync"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.output, "Cards: 1 new, 1 changed, 1 deleted here; 0 sent, 0 deleted there\n");
+  EXPECT_EQ(namesOfPersons(), "Anna Lee|Eve Moe");
+  EXPECT_EQ(run({"sync"}).output, kNothingDone);
+}
+
+TEST_F(FolderSync, DeletesThereWhatWasRemovedHere) {
+  synchroniseTwo();
+  run({"remove-person", "Bob Berg"});
+  EXPECT_EQ(run({"sync"}).output,
+            "Cards: 0 new, 0 changed, 0 deleted here; 0 sent, 1 deleted there\n");
+  EXPECT_EQ(names(), Names{"ann.vcf"});
+}
+
+TEST_F(FolderSync, LetsAnEditWinOverADeletionOnEitherSide) {
+  synchroniseTwo();
+  run({"set", "Ann Lee", "jobtitle=Head of sales"});
+  std::filesystem::remove(path("ann.vcf"));
+  run({"remove-person", "Bob Berg"});
+  write("bob.vcf", {"UID:bob", "N:Berg;Bob;;;", "FN:Bob Berg", "TEL;TYPE=HOME:+47 1", "NOTE:new"});
+  const auto result = run({"sync"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_TRUE(holds(result.errors, "Ann Lee")) << result.errors;
+  EXPECT_TRUE(holds(result.errors, "Bob Berg")) << result.errors;
+  EXPECT_EQ(namesOfPersons(), "Ann Lee|Bob Berg");
+  EXPECT_EQ(names().size(), 2U);
+  EXPECT_EQ(run({"sync"}).output, kNothingDone);
+}
+
+TEST_F(FolderSync, PrintsThePlanOfADryRunAndDoesNothing) {
+  synchroniseTwo();
+  write("eve.vcf", {"UID:eve", "N:Moe;Eve;;;", "FN:Eve Moe"});
+  run({"remove-person", "Bob Berg"});
+  const auto result = run({"sync", "--dry-run"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.output,
+            "Cards: 1 new, 0 changed, 0 deleted here; 0 sent, 1 deleted there\n"
+            "  here, new: Eve Moe\n"
+            "  there, deleted: Bob Berg\n");
+  EXPECT_EQ(namesOfPersons(), "Ann Lee");
+  EXPECT_EQ(names(), (Names{"ann.vcf", "bob.vcf", "eve.vcf"}));
+  EXPECT_EQ(run({"sync"}).output,
+            "Cards: 1 new, 0 changed, 0 deleted here; 0 sent, 1 deleted there\n");
+}
+
+TEST_F(FolderSync, PullsOnlyAndPushesOnly) {
+  synchroniseTwo();
+  write("eve.vcf", {"UID:eve", "N:Moe;Eve;;;", "FN:Eve Moe"});
+  run({"set", "Ann Lee", "jobtitle=Head of sales"});
+  EXPECT_EQ(run({"sync", "--pull-only"}).output,
+            "Cards: 1 new, 0 changed, 0 deleted here; 0 sent, 0 deleted there\n");
+  EXPECT_TRUE(holds(text("ann.vcf"), "Director"));
+  write("mia.vcf", {"UID:mia", "N:Dahl;Mia;;;", "FN:Mia Dahl"});
+  EXPECT_EQ(run({"sync", "--push-only"}).output,
+            "Cards: 0 new, 0 changed, 0 deleted here; 1 sent, 0 deleted there\n");
+  EXPECT_EQ(namesOfPersons(), "Ann Lee|Bob Berg|Eve Moe");
+  EXPECT_EQ(run({"sync"}).output,
+            "Cards: 1 new, 0 changed, 0 deleted here; 0 sent, 0 deleted there\n");
+}
+
+TEST_F(FolderSync, StopsBeforeItDeletesMuchAndDoesItWhenItMay) {
+  for (int i = 10; i < 30; ++i) {
+    const auto number = std::to_string(i);
+    write("c" + number + ".vcf", {"UID:c" + number, "N:Lee;P" + number + ";;;", "FN:P" + number});
+  }
+  ASSERT_EQ(run({"accounts", "add", "Cards", "--folder", path()}).exitCode, 0);
+  ASSERT_EQ(run({"sync"}).exitCode, 0);
+  for (const auto& name : names()) std::filesystem::remove(path(name));
+
+  const auto stopped = run({"sync"});
+  EXPECT_EQ(stopped.exitCode, 1);
+  EXPECT_EQ(stopped.output, "");
+  EXPECT_TRUE(holds(stopped.errors, "oxcontacts: Cards: here, deleted: P10")) << stopped.errors;
+  EXPECT_TRUE(holds(stopped.errors,
+                    "oxcontacts: Cards: would delete 20 contacts here and 0 contacts there, which "
+                    "may be a mistake; nothing was changed. `oxcontacts sync Cards "
+                    "--allow-deletions` lets it happen once\n"))
+      << stopped.errors;
+  EXPECT_EQ(runJson({"persons"}).size(), 20U);
+
+  EXPECT_EQ(run({"sync", "--allow-deletions"}).output,
+            "Cards: 0 new, 0 changed, 20 deleted here; 0 sent, 0 deleted there\n");
+  EXPECT_EQ(runJson({"persons"}), Json::array());
+}
+
+TEST_F(FolderSync, ChangesNothingWhileTheFolderIsAway) {
+  synchroniseTwo();
+  std::filesystem::rename(path(), path() + "-away");
+  const auto away = run({"sync"});
+  EXPECT_EQ(away.exitCode, 1);
+  EXPECT_EQ(away.output, "");
+  EXPECT_EQ(away.errors, "oxcontacts: Cards: " + path() + ": No such file or directory\n");
+  EXPECT_EQ(namesOfPersons(), "Ann Lee|Bob Berg");
+  std::filesystem::rename(path() + "-away", path());
+  EXPECT_EQ(run({"sync"}).output, kNothingDone);
+}
+
+TEST_F(FolderSync, NamesCardsThatItRefusesAndGoesOn) {
+  writeTwo();
+  writeText("two.vcf", card({"UID:x", "FN:X"}) + card({"UID:y", "FN:Y"}));
+  std::filesystem::create_symlink(path("ann.vcf"), path("link.vcf"));
+  ASSERT_EQ(run({"accounts", "add", "Cards", "--folder", path()}).exitCode, 0);
+  const auto result = run({"sync"});
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_EQ(result.output,
+            "Cards: 2 new, 0 changed, 0 deleted here; 0 sent, 0 deleted there; 2 refused\n");
+  EXPECT_TRUE(holds(result.errors, "two.vcf")) << result.errors;
+  EXPECT_TRUE(holds(result.errors,
+                    "oxcontacts: Cards: refused link.vcf: is a symbolic link, which is not "
+                    "followed\n"))
+      << result.errors;
+  std::filesystem::remove(path("link.vcf"));
+  std::filesystem::remove(path("two.vcf"));
+  EXPECT_EQ(run({"sync"}).exitCode, 0);
+}
+
+TEST_F(FolderSync, OfAReadOnlyBookChangesNothingThere) {
+  writeTwo();
+  ASSERT_EQ(run({"accounts", "add", "Cards", "--folder", path(), "--read-only"}).exitCode, 0);
+  ASSERT_EQ(run({"sync"}).exitCode, 0);
+  const auto before = text("ann.vcf");
+  run({"set", "Ann Lee", "jobtitle=Head of sales"});
+  run({"sync"});
+  EXPECT_EQ(text("ann.vcf"), before);
+  EXPECT_TRUE(holds(run({"show", "Ann Lee"}).output, "Head of sales"));
+  EXPECT_TRUE(runJson({"sync", "--status"})[0]["readOnly"]);
+}
+
+TEST_F(FolderSync, WritesTheReportThatJsonPrints) {
+  synchroniseTwo();
+  write("eve.vcf", {"UID:eve", "N:Moe;Eve;;;", "FN:Eve Moe"});
+  const auto report = support::temporaryPath("report.json").string();
+  const auto printed = runJson({"sync", "--report", report});
+  ASSERT_TRUE(printed.is_array()) << printed;
+  EXPECT_EQ(Json::parse(support::fileBytes(report)), printed);
+  EXPECT_EQ(printed[0]["account"], "Cards");
+  EXPECT_EQ(printed[0]["state"], "inStep");
+  EXPECT_EQ(printed[0]["down"], Json::parse(R"({"added":1,"changed":0,"deleted":0})"));
+  EXPECT_EQ(printed[0]["up"], Json::parse(R"({"added":0,"changed":0,"deleted":0})"));
+  EXPECT_EQ(printed[0]["failure"], Json());
+}
+
+TEST_F(FolderSync, TellsWhenItWasLastInStepAndWhatFailedLast) {
+  writeTwo();
+  run({"accounts", "add", "Cards", "--folder", path()});
+  auto status = runJson({"sync", "--status"})[0];
+  EXPECT_EQ(status["lastSuccess"], Json());
+  EXPECT_EQ(status["url"], path());
+  EXPECT_EQ(status["login"], "Cards");
+  run({"sync"});
+  EXPECT_TRUE(runJson({"sync", "--status"})[0]["lastSuccess"].is_string());
+  std::filesystem::rename(path(), path() + "-away");
+  run({"sync"});
+  status = runJson({"sync", "--status"})[0];
+  EXPECT_EQ(status["lastError"], path() + ": No such file or directory");
+  const auto text = run({"sync", "--status"});
+  EXPECT_EQ(text.exitCode, 0);
+  EXPECT_TRUE(text.output.starts_with("ACCOUNT  STATE   LAST SUCCESS")) << text.output;
+}
+
+// Two users of one folder, each with a store of her own.
+TEST_F(FolderSync, CarriesEditsBetweenTwoStores) {
+  synchroniseTwo();
+  const auto other = support::temporaryPath("other.db").string();
+  const auto there = [&](std::vector<std::string> words) {
+    words.insert(words.begin(), {"--store", other});
+    return run(words);
+  };
+  ASSERT_EQ(there({"accounts", "add", "Cards", "--folder", path()}).exitCode, 0);
+  ASSERT_EQ(there({"sync"}).exitCode, 0);
+  EXPECT_EQ(there({"set", "Bob Berg", "phone=+47 99", "note=called"}).exitCode, 0);
+  run({"set", "Bob Berg", "jobtitle=Cook"});
+  EXPECT_EQ(there({"sync"}).exitCode, 0);
+  EXPECT_EQ(run({"sync"}).exitCode, 0);
+  EXPECT_EQ(there({"sync"}).exitCode, 0);
+  for (const auto& shown : {run({"show", "Bob Berg"}).output, there({"show", "Bob Berg"}).output}) {
+    for (const auto* part : {"Cook", "+47 99", "called"}) EXPECT_TRUE(holds(shown, part)) << shown;
+  }
+  EXPECT_EQ(run({"sync"}).output, kNothingDone);
+  EXPECT_EQ(there({"sync"}).output, kNothingDone);
+}
+
+TEST_F(FolderSync, IsTakenBackByUndoAndSentWithTheNextRun) {
+  synchroniseTwo();
+  write("ann.vcf", {"UID:ann", "N:Lee;Ann;;;", "FN:Ann Lee", "TITLE:Boss", "X-FOO:bar"});
+  ASSERT_EQ(run({"sync"}).exitCode, 0);
+  const auto undone = run({"undo"});
+  ASSERT_EQ(undone.exitCode, 0) << undone.errors;
+  EXPECT_TRUE(holds(run({"show", "Ann Lee"}).output, "Director"));
+  EXPECT_EQ(run({"sync"}).output,
+            "Cards: 0 new, 0 changed, 0 deleted here; 1 sent, 0 deleted there\n");
+  EXPECT_TRUE(holds(text("ann.vcf"), "TITLE:Director\r\n")) << text("ann.vcf");
+}
+
+}  // namespace
+}  // namespace ox::program_tests
