@@ -64,11 +64,15 @@ bool BookLook::isSuddenlyEmpty() {
 
 void BookLook::lookThere(const std::string& token) {
   listing_ = remote_.list(token);
-  if (listing_.isWhole) {
-    lookAtWholeListing();
-  } else {
-    lookAtNews();
+  if (!listing_.isWhole) lookAtNews();
+  if (isNoNews()) {
+    listing_ = remote_.list({});
+    toFetch_.clear();
+    fetchOrder_.clear();
+    gone_.clear();
+    goneByUid_.clear();
   }
+  if (listing_.isWhole) lookAtWholeListing();
   // What this side was about to create may have arrived, whatever became of the answer.
   for (const auto& [path, card] : changedHere_) {
     const bool wasSent = card.card.intent == SyncCard::Intent::Create && card.card.refused.empty();
@@ -137,6 +141,14 @@ void BookLook::lookAtNews() {
   eachKnown(
       listing_.gone.size(), [&](std::size_t i) { return remote_.pathOf(listing_.gone[i]); },
       [&](std::size_t, const SyncCardNow& known) { noteGone(known); });
+}
+
+// A server that does not know a token any more may answer it with everything that it holds, and
+// names nothing then that is gone.
+bool BookLook::isNoNews() const {
+  if (listing_.isWhole || !listing_.gone.empty()) return false;
+  const auto known = listing_.cards.size() - std::min(listing_.cards.size(), toFetch_.size());
+  return known > kStaleEntries && known > toFetch_.size();
 }
 
 CardSides BookLook::sidesOf(const SyncCardNow& card) {

@@ -15,6 +15,10 @@
 
 namespace ox::sync {
 
+// A listing since a token names again what this side has sent since; so many are no reason to list
+// anything once more.
+inline constexpr std::size_t kStaleEntries = 20;
+
 // A look at both sides of a book: which cards differ from what was agreed. Only reads. Borrows what
 // it is given for its whole life. Throws StoreError, and RemoteError.
 class BookLook {
@@ -51,6 +55,7 @@ class BookLook {
   void noteGone(const SyncCardNow& known);
   void lookAtWholeListing();
   void lookAtNews();
+  bool isNoNews() const;
   bool isChangedBeside(const SyncCardNow& card);
   void addUnlinked(CardSides& sides);
   // The card of the store that a text without one is about, or a record that no card stands for.

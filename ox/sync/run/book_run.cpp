@@ -21,9 +21,6 @@ namespace {
 
 // Deletions get lost: what nobody told is found by listing everything once in a week.
 constexpr std::int64_t kWholeEvery = std::int64_t{7} * 24 * 60 * 60 * 1000;
-// A listing since a token names again what this side has sent. It is listed from a later token once
-// that is worth an act of the store.
-constexpr std::size_t kStaleEntries = 20;
 // An idle run writes nothing, but for the time of the last success now and then.
 constexpr std::int64_t kNoteSuccessEvery = std::int64_t{60} * 60 * 1000;
 constexpr std::int64_t kNoteWholeEvery = 24 * kNoteSuccessEvery;

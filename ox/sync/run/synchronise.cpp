@@ -105,8 +105,7 @@ class LoginRun {
 
   void runBooks() {
     RemoteLogin remote(login_, options_.hooks);
-    const auto same = books_.size() > 1 && !options_.listsAll ? remote.unchanged(books_)
-                                                              : std::vector<std::string>();
+    const auto same = unchangedBooks(remote);
     for (; done_ < books_.size(); ++done_) {
       const bool isSame = std::ranges::find(same, books_[done_].container) != same.end();
       try {
@@ -126,6 +125,18 @@ class LoginRun {
       finish(remote, done_);
     }
     keepScheme(remote);
+  }
+
+  // Where all books cannot be asked at once each is asked by itself.
+  std::vector<std::string> unchangedBooks(RemoteLogin& remote) const {
+    if (books_.size() < 2 || options_.listsAll) return {};
+    try {
+      return remote.unchanged(books_);
+    } catch (const RemoteError& error) {
+      using enum RemoteFailure;
+      if (error.kind() != Away && error.kind() != Protocol && error.kind() != NoBook) throw;
+      return {};
+    }
   }
 
   void keepScheme(const RemoteLogin& remote) {
