@@ -111,7 +111,8 @@ struct OpenConflict {
 OX_EXPORT std::vector<OpenConflict> openConflicts();
 
 // Mine puts our value into the record, from where the next run sends it; Theirs leaves the record
-// as it is. Either way the conflicts are settled, in one act. Throws StoreError.
+// as it is. Either way the conflicts are settled, in one act. Throws StoreError, and RemoteError
+// (Usage) for ours of a record that was removed.
 enum class Settled : std::uint8_t { Mine, Theirs };
 OX_EXPORT void resolveConflicts(const std::vector<std::int64_t>& ids, Settled settled);
 

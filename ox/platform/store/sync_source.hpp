@@ -32,7 +32,13 @@ class SyncSource {
   // In the order of the paths; id 0 for one that is not there.
   virtual std::vector<SyncCardNow> syncCardsAt(std::string_view container,
                                                std::span<const std::string> paths) = 0;
+  // Those of persons with something beside values and picture (SyncCard::beside), and those that
+  // were refused.
+  virtual std::vector<SyncCardNow> taggedSyncCards(std::string_view container) = 0;
+  virtual std::vector<SyncCardNow> refusedSyncCards(std::string_view container) = 0;
   virtual std::size_t countSyncCards(std::string_view container) = 0;
+  // Of those of which something is agreed.
+  virtual std::size_t countAgreedSyncCards(std::string_view container) = 0;
   virtual std::vector<RecordWithoutCard> recordsWithoutCard(std::string_view container) = 0;
   virtual std::vector<SyncCard::Texts> syncCardTexts(std::span<const std::int64_t> ids) = 0;
   virtual std::vector<SyncConflict> syncConflicts() = 0;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "ox/base/checksum.hpp"
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/records/fingerprint.hpp"
@@ -14,6 +15,11 @@ namespace ox::sync {
 namespace {
 
 constexpr std::size_t kPathsAtOnce = 1000;
+
+// Case and the prefix of a UID are matters of spelling.
+std::string comparableUid(std::string_view uid) {
+  return lowerCase(uidKey(uid));
+}
 
 // One that nobody could read when it was listed, and that has no record for that reason.
 bool hasNeverHadRecord(const SyncCard& card) {
@@ -33,15 +39,35 @@ void BookLook::lookHere() {
   for (auto& card : syncSource().syncCardsOfGroups(container)) {
     if (isChangedBeside(card)) note(std::move(card));
   }
-  if (!local_.hasNoTags()) {
-    for (auto& card : syncSource().syncCards(container)) {
-      if (card.card.kind == RecordKind::Person && isChangedBeside(card)) note(std::move(card));
-    }
+  // Nobody may have tags who was agreed to have some.
+  for (auto& card : local_.hasNoTags() ? syncSource().taggedSyncCards(container)
+                                       : syncSource().syncCards(container)) {
+    if (card.card.kind == RecordKind::Person && isChangedBeside(card)) note(std::move(card));
   }
   withoutCard_ = syncSource().recordsWithoutCard(container);
   for (const auto& record : withoutCard_) {
     withoutCardByKey_.emplace(record.key, &record);
     withoutCardByContent_.emplace(record.fingerprint, &record);
+  }
+  takeOver();
+}
+
+// A card whose record was removed is that of a new record with its UID: what was moved away and
+// back, or imported anew, is an edit and no deletion.
+void BookLook::takeOver() {
+  std::unordered_map<std::string, SyncCardNow*> withoutRecord;
+  for (auto& [path, card] : changedHere_) {
+    const auto uid = comparableUid(card.card.uid);
+    if (card.card.record.isNone() && !uid.empty()) withoutRecord.emplace(uid, &card);
+  }
+  if (withoutRecord.empty()) return;
+  for (const auto& record : withoutCard_) {
+    const auto card = withoutRecord.find(comparableUid(local_.uidOf(record.key)));
+    if (card == withoutRecord.end() || card->second->card.kind != record.kind) continue;
+    card->second->card.record = record.key;
+    card->second->now = record.fingerprint;
+    recognised_.insert(record.key);
+    withoutRecord.erase(card);
   }
 }
 
@@ -51,7 +77,7 @@ bool BookLook::isChangedBeside(const SyncCardNow& card) {
 }
 
 std::size_t BookLook::knownCards() {
-  return syncSource().countSyncCards(local_.container());
+  return syncSource().countAgreedSyncCards(local_.container());
 }
 
 bool BookLook::isFirstMeeting() {
@@ -97,10 +123,12 @@ void BookLook::noteListed(const ListedCard& listed, const SyncCardNow* known) {
 
 void BookLook::noteGone(const SyncCardNow& known) {
   if (known.card.id == 0 || known.card.intent == SyncCard::Intent::Create) return;
-  if (const auto uid = uidKey(known.card.uid); !uid.empty()) {
-    goneByUid_.emplace(std::string(uid), known.card.path);
+  const auto here = changedHere_.find(known.card.path);
+  const auto& card = here != changedHere_.end() ? here->second : known;
+  if (const auto uid = comparableUid(card.card.uid); !uid.empty()) {
+    goneByUid_.emplace(uid, card.card.path);
   }
-  gone_.emplace(known.card.path, known);
+  gone_.emplace(card.card.path, card);
 }
 
 void BookLook::lookAtWholeListing() {
@@ -171,45 +199,118 @@ void BookLook::addUnlinked(CardSides& sides) {
   }
 }
 
-CardSides BookLook::takeSides(const std::string& path, FetchedCard fetched) {
-  auto& known = toFetch_.at(path);
-  auto sides = sidesOf(known.known);
+void BookLook::giveFetched(const std::function<void(CardSides)>& sink,
+                           const std::function<void(std::size_t, std::size_t)>& progress) {
+  // What is known first: a card may stand in another one's place, whose own is then elsewhere.
+  std::vector<std::string> known;
+  std::vector<std::string> unknown;
+  for (const auto& path : fetchOrder_) {
+    const auto& card = toFetch_.at(path).known.card;
+    const bool isKnown = card.id != 0 && !hasNeverHadRecord(card);
+    (isKnown ? known : unknown).push_back(path);
+  }
+  if (fetchOrder_.empty()) return;
+  std::size_t done = 0;
+  progress(done, fetchOrder_.size());
+  std::vector<std::pair<std::string, FetchedCard>> displaced;
+  fetch(known, [&](const std::string& path, FetchedCard card) {
+    progress(++done, fetchOrder_.size());
+    const auto& was = toFetch_.at(path);
+    if (!was.isIntent && card.state == FetchedCard::State::Read) {
+      const auto read = readCard(card.text);
+      const auto* now = std::get_if<ReadCard>(&read);
+      const auto uid = comparableUid(was.known.card.uid);
+      const auto uidNow = now != nullptr ? comparableUid(now->uid) : std::string();
+      if (!uid.empty() && !uidNow.empty() && uid != uidNow) {
+        noteGone(was.known);
+        vacated_.insert(path);
+        displaced.emplace_back(path, std::move(card));
+        return;
+      }
+    }
+    takeKnown(path, std::move(card), sink);
+  });
+  for (auto& [path, card] : displaced) takeUnknown(path, std::move(card), sink);
+  fetch(unknown, [&](const std::string& path, FetchedCard card) {
+    progress(++done, fetchOrder_.size());
+    takeUnknown(path, std::move(card), sink);
+  });
+}
+
+void BookLook::fetch(const std::vector<std::string>& paths,
+                     const std::function<void(const std::string&, FetchedCard)>& take) {
+  std::vector<ListedCard> wanted;
+  wanted.reserve(paths.size());
+  for (const auto& path : paths) wanted.push_back(toFetch_.at(path).listed);
+  if (wanted.empty()) return;
+  remote_.fetch(wanted, [&](FetchedCard fetched) {
+    const auto path = remote_.pathOf(fetched.href);
+    if (toFetch_.contains(path)) take(path, std::move(fetched));
+  });
+}
+
+void BookLook::takeKnown(const std::string& path, FetchedCard fetched,
+                         const std::function<void(CardSides)>& sink) {
+  const auto& was = toFetch_.at(path);
+  const auto here = changedHere_.find(path);
+  auto sides = sidesOf(here != changedHere_.end() ? here->second : was.known);
+  changedHere_.erase(path);
   sides.there = fetched.state == FetchedCard::State::Read   ? CardSides::There::Read
                 : fetched.state == FetchedCard::State::Gone ? CardSides::There::Gone
                                                             : CardSides::There::Unreadable;
-  sides.isFirstMeeting = known.isIntent;
-  sides.card.container = local_.container();
-  if (sides.card.id == 0) sides.card.path = path;
+  sides.isFirstMeeting = was.isIntent;
   sides.theirs = std::move(fetched);
-  changedHere_.erase(path);
-  return sides;
+  if (sides.card.kind == RecordKind::Group) {
+    groups_.push_back(std::move(sides));
+  } else {
+    sink(std::move(sides));
+  }
+}
+
+void BookLook::takeUnknown(const std::string& path, FetchedCard fetched,
+                           const std::function<void(CardSides)>& sink) {
+  if (fetched.state == FetchedCard::State::Gone) return;  // it came and went
+  CardSides sides;
+  sides.card.container = local_.container();
+  sides.card.path = path;
+  const auto& known = toFetch_.at(path).known.card;
+  if (hasNeverHadRecord(known)) sides.rowInTheWay = known.id;
+  const bool isRead = fetched.state == FetchedCard::State::Read;
+  sides.there = isRead ? CardSides::There::Read : CardSides::There::Unreadable;
+  sides.theirs = std::move(fetched);
+  if (isRead) recognise(sides);
+  sink(std::move(sides));
 }
 
 void BookLook::recognise(CardSides& sides) {
-  if (sides.card.id != 0 || sides.there != CardSides::There::Read) return;
   if (gone_.empty() && withoutCard_.empty()) return;
   const auto read = readCard(sides.theirs.text);
   const auto* card = std::get_if<ReadCard>(&read);
   if (card == nullptr) return;
-  const std::string uid(uidKey(card->uid));
-  if (const auto path = uid.empty() ? goneByUid_.end() : goneByUid_.find(uid);
-      path != goneByUid_.end()) {
-    // The other side has given the card another place.
-    const auto moved = gone_.find(path->second);
-    if (moved != gone_.end()) {
-      auto theirs = std::move(sides.theirs);
-      const auto newPath = sides.card.path;
-      sides = sidesOf(moved->second);
-      sides.there = CardSides::There::Read;
-      sides.theirs = std::move(theirs);
-      changedHere_.erase(sides.card.path);
-      sides.card.path = newPath;
-      gone_.erase(moved);
-      return;
-    }
-  }
-  if (withoutCard_.empty()) return;
-  const auto kind = card->content.isGroup ? RecordKind::Group : RecordKind::Person;
+  if (recogniseMoved(sides, comparableUid(card->uid))) return;
+  recogniseRecord(sides, *card, std::string(uidKey(card->uid)));
+}
+
+// The other side has given the card another place.
+bool BookLook::recogniseMoved(CardSides& sides, const std::string& uid) {
+  const auto path = uid.empty() ? goneByUid_.end() : goneByUid_.find(uid);
+  const auto moved = path != goneByUid_.end() ? gone_.find(path->second) : gone_.end();
+  if (moved == gone_.end()) return false;
+  auto found = sidesOf(moved->second);
+  changedHere_.erase(found.card.path);
+  found.formerPath = std::exchange(found.card.path, sides.card.path);
+  found.rowInTheWay = sides.rowInTheWay;
+  found.there = CardSides::There::Read;
+  found.theirs = std::move(sides.theirs);
+  sides = std::move(found);
+  vacated_.erase(moved->first);
+  gone_.erase(moved);
+  return true;
+}
+
+bool BookLook::recogniseRecord(CardSides& sides, const ReadCard& card, const std::string& uid) {
+  if (withoutCard_.empty()) return false;
+  const auto kind = card.content.isGroup ? RecordKind::Group : RecordKind::Person;
   const auto take = [&](const RecordKey& key) {
     if (!recognised_.insert(key).second) return false;
     sides.ours = local_.contentOf(key, kind);
@@ -223,40 +324,20 @@ void BookLook::recognise(CardSides& sides) {
     const std::array sought{SoughtRecord{uid}};
     const auto found = containerSource().matches(local_.container(), kind, sought);
     for (const auto& record : found.front()) {
-      if (withoutCardByKey_.contains(record.key) && take(record.key)) return;
+      if (withoutCardByKey_.contains(record.key) && take(record.key)) return true;
     }
   }
-  const auto fingerprint =
-      contentFingerprint(propertiesOfRecord(card->content),
-                         card->content.photo ? checksum64(*card->content.photo) : 0);
+  const auto fingerprint = contentFingerprint(
+      propertiesOfRecord(card.content), card.content.photo ? checksum64(*card.content.photo) : 0);
   const auto [first, last] = withoutCardByContent_.equal_range(fingerprint);
   for (auto it = first; it != last; ++it) {
-    if (it->second->kind == kind && take(it->second->key)) return;
+    if (it->second->kind == kind && take(it->second->key)) return true;
   }
+  return false;
 }
 
-void BookLook::giveFetched(const std::function<void(CardSides)>& sink,
-                           const std::function<void(std::size_t, std::size_t)>& progress) {
-  std::vector<ListedCard> wanted;
-  wanted.reserve(fetchOrder_.size());
-  for (const auto& path : fetchOrder_) wanted.push_back(toFetch_.at(path).listed);
-  if (wanted.empty()) return;
-  std::size_t done = 0;
-  progress(done, wanted.size());
-  remote_.fetch(wanted, [&](FetchedCard fetched) {
-    const auto path = remote_.pathOf(fetched.href);
-    if (!toFetch_.contains(path)) return;
-    const bool isGone = fetched.state == FetchedCard::State::Gone;
-    const auto known = toFetch_.at(path).known.card.id != 0;
-    auto sides = takeSides(path, std::move(fetched));
-    progress(++done, wanted.size());
-    if (isGone && !known) return;  // it came and went
-    recognise(sides);
-    sink(std::move(sides));
-  });
-}
-
-void BookLook::giveOthers(const std::function<void(CardSides)>& sink) {
+void BookLook::giveOthers(const std::function<void(CardSides)>& sink,
+                          const std::unordered_set<std::string>& broughtBack) {
   std::vector<const SyncCardNow*> gone;
   for (const auto& [path, card] : gone_) gone.push_back(&card);
   std::vector<const SyncCardNow*> changed;
@@ -266,16 +347,41 @@ void BookLook::giveOthers(const std::function<void(CardSides)>& sink) {
   const auto byId = [](const SyncCardNow* card) { return card->card.id; };
   std::ranges::sort(gone, {}, byId);
   std::ranges::sort(changed, {}, byId);
+  const auto give = [&](CardSides sides) {
+    if (sides.card.kind == RecordKind::Group) {
+      groups_.push_back(std::move(sides));
+    } else {
+      sink(std::move(sides));
+    }
+  };
   for (const auto* card : changed) {
     auto sides = sidesOf(*card);
     // It never arrived.
     if (card->card.intent == SyncCard::Intent::Create) sides.there = CardSides::There::Gone;
-    sink(std::move(sides));
+    give(std::move(sides));
   }
   for (const auto* card : gone) {
     auto sides = sidesOf(*card);
     sides.there = CardSides::There::Gone;
+    sides.isVacated = vacated_.contains(card->card.path);
+    give(std::move(sides));
+  }
+  for (auto& sides : groups_) {
+    keepMembers(sides, broughtBack);
     sink(std::move(sides));
+  }
+}
+
+// Who was deleted here and comes back is a member still.
+void BookLook::keepMembers(CardSides& sides, const std::unordered_set<std::string>& broughtBack) {
+  if (!sides.ours || broughtBack.empty() || sides.card.id == 0) return;
+  const std::array ids{sides.card.id};
+  const auto texts = syncSource().syncCardTexts(ids);
+  if (texts.empty()) return;
+  auto& members = sides.ours->content.members;
+  for (auto& member : agreedContent(sides.card, texts.front(), nullptr).members) {
+    const bool isMissing = std::ranges::find(members, member) == members.end();
+    if (isMissing && broughtBack.contains(member)) members.push_back(std::move(member));
   }
 }
 

@@ -40,10 +40,13 @@ class BookLook {
   bool isSuddenlyEmpty();
 
   // Gives the sides of every card that differs on either side, in three parts: those that have to
-  // be fetched, as they come; then the others; and at last records that no card stands for.
+  // be fetched, as they come; then the others, and groups that are known after all persons; and at
+  // last records that no card stands for.
   void giveFetched(const std::function<void(CardSides)>& sink,
                    const std::function<void(std::size_t done, std::size_t all)>& progress);
-  void giveOthers(const std::function<void(CardSides)>& sink);
+  // Members of these UIDs were deleted here and are coming back.
+  void giveOthers(const std::function<void(CardSides)>& sink,
+                  const std::unordered_set<std::string>& broughtBack);
   // Those that no card that was fetched was about.
   std::vector<RecordWithoutCard> newHere() const;
 
@@ -51,6 +54,14 @@ class BookLook {
   CardSides sidesOf(const SyncCardNow& card);
 
  private:
+  // What is to be fetched, with what is known of it.
+  struct ToFetch {
+    ListedCard listed;
+    SyncCardNow known;
+    bool isIntent = false;
+  };
+
+  void takeOver();
   void noteListed(const ListedCard& listed, const SyncCardNow* known);
   void noteGone(const SyncCardNow& known);
   void lookAtWholeListing();
@@ -58,9 +69,18 @@ class BookLook {
   bool isNoNews() const;
   bool isChangedBeside(const SyncCardNow& card);
   void addUnlinked(CardSides& sides);
-  // The card of the store that a text without one is about, or a record that no card stands for.
+  void keepMembers(CardSides& sides, const std::unordered_set<std::string>& broughtBack);
+  void fetch(const std::vector<std::string>& paths,
+             const std::function<void(const std::string& path, FetchedCard)>& take);
+  void takeKnown(const std::string& path, FetchedCard fetched,
+                 const std::function<void(CardSides)>& sink);
+  void takeUnknown(const std::string& path, FetchedCard fetched,
+                   const std::function<void(CardSides)>& sink);
+  // The card of the store that a text at another place is about, or a record that no card stands
+  // for.
   void recognise(CardSides& sides);
-  CardSides takeSides(const std::string& path, FetchedCard fetched);
+  bool recogniseMoved(CardSides& sides, const std::string& uid);
+  bool recogniseRecord(CardSides& sides, const ReadCard& card, const std::string& uid);
 
   LocalBook& local_;
   RemoteBook& remote_;
@@ -70,16 +90,13 @@ class BookLook {
   std::unordered_map<RecordKey, const RecordWithoutCard*> withoutCardByKey_;
   std::unordered_multimap<std::uint64_t, const RecordWithoutCard*> withoutCardByContent_;
   std::unordered_set<RecordKey> recognised_;
-  // By path: what is to be fetched, with what is known of it.
-  struct ToFetch {
-    ListedCard listed;
-    SyncCardNow known;
-    bool isIntent = false;
-  };
-  std::unordered_map<std::string, ToFetch> toFetch_;
+  std::unordered_map<std::string, ToFetch> toFetch_;  // by path
   std::vector<std::string> fetchOrder_;
   std::unordered_map<std::string, SyncCardNow> gone_;       // by path
-  std::unordered_map<std::string, std::string> goneByUid_;  // uidKey to path
+  std::unordered_map<std::string, std::string> goneByUid_;  // comparable UID to path
+  // By path: cards in whose place another one stands now.
+  std::unordered_set<std::string> vacated_;
+  std::vector<CardSides> groups_;
 };
 
 }  // namespace ox::sync

@@ -57,7 +57,7 @@ BookRun::BookRun(RemoteBook& remote, SyncBook book, const SyncOptions& options, 
       options_(options),
       report_(report),
       local_(book_.container),
-      decisions_(local_, spill_, rules_),
+      decisions_(local_, remote_, spill_, rules_),
       start_(millisecondsNow()) {
   rules_.revision = revisionOf(start_);
 }
@@ -95,7 +95,7 @@ bool BookRun::run(const Start& start) {
   if (!mayGoOn(look)) return false;
 
   noteIntents(steps_);
-  auto failure = sendSteps(steps_, remote_, [&](std::size_t done, std::size_t all) {
+  auto failure = sendSteps(steps_, remote_, spill_, [&](std::size_t done, std::size_t all) {
     tell(SyncProgress::Step::Sending, done, all);
   });
   const auto token =
@@ -149,7 +149,7 @@ void BookRun::plan(BookLook& look) {
   look.giveFetched(
       [&](CardSides sides) { take(std::move(sides)); },
       [&](std::size_t done, std::size_t all) { tell(SyncProgress::Step::Fetching, done, all); });
-  look.giveOthers([&](CardSides sides) { take(std::move(sides)); });
+  look.giveOthers([&](CardSides sides) { take(std::move(sides)); }, broughtBack_);
   createNew(look);
 }
 
@@ -164,11 +164,15 @@ void BookRun::take(CardSides sides) {
       return takeForeign(std::move(sides));
     }
   }
-  if (auto step = decisions_.decide(std::move(sides))) steps_.push_back(std::move(*step));
+  auto step = decisions_.decide(std::move(sides));
+  if (!step) return;
+  if (step->isBroughtBack) broughtBack_.insert(std::string(uidKey(step->card.uid)));
+  steps_.push_back(std::move(*step));
 }
 
 // Where a card was to be created another one stands: that is taken, and ours gets another place.
 void BookRun::takeForeign(CardSides sides) {
+  if (!rules_.pushes) return;
   CardStep forgotten;
   forgotten.card = sides.card;
   forgotten.removesRow = true;
@@ -184,21 +188,30 @@ void BookRun::takeForeign(CardSides sides) {
   sides.ours.reset();
   sides.isFirstMeeting = false;
   take(std::move(sides));
-  if (!ours || !rules_.pushes) return;
+  if (!ours) return;
   const auto href = remote_.hrefFor(fileNameFor({}));
   steps_.push_back(decisions_.create(record, kind, *ours, href, remote_.pathOf(href), uid));
 }
 
 void BookRun::createNew(const BookLook& look) {
   if (!rules_.pushes) return;
-  for (const auto& record : look.newHere()) {
-    const auto ours = local_.contentOf(record.key, record.kind);
+  const auto records = look.newHere();
+  std::vector<std::string> uids;
+  std::vector<std::string> paths;
+  for (const auto& record : records) {
+    uids.push_back(local_.uidAsWritten(record.key));
+    paths.push_back(remote_.pathOf(remote_.hrefFor(fileNameFor(uidKey(uids.back())))));
+  }
+  const auto known = syncSource().syncCardsAt(book_.container, paths);
+  std::unordered_set<std::string> taken;
+  for (const auto& step : steps_) taken.insert(step.card.path);
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const auto ours = local_.contentOf(records[i].key, records[i].kind);
     if (!ours) continue;
-    const auto* given = ours->content.properties.text(property_id::kCardUid);
-    const auto uid = given != nullptr ? *given : uidOfRecord(record.key);
-    const auto href = remote_.hrefFor(fileNameFor(uidKey(uid)));
-    steps_.push_back(
-        decisions_.create(record.key, record.kind, *ours, href, remote_.pathOf(href), uid));
+    const bool isFree = known[i].card.id == 0 && taken.insert(paths[i]).second;
+    const auto href = remote_.hrefFor(fileNameFor(isFree ? uidKey(uids[i]) : std::string_view()));
+    steps_.push_back(decisions_.create(records[i].key, records[i].kind, *ours, href,
+                                       remote_.pathOf(href), uids[i]));
   }
 }
 

@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "ox/platform/store/values/spill_file.hpp"
@@ -62,6 +63,7 @@ class BookRun {
   RunRules rules_;
   CardDecisions decisions_;
   std::vector<CardStep> steps_;
+  std::unordered_set<std::string> broughtBack_;  // UIDs, as members name them
   std::int64_t start_;
 };
 

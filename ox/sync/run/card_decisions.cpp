@@ -1,5 +1,6 @@
 #include "ox/sync/run/card_decisions.hpp"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -14,7 +15,7 @@
 namespace ox::sync {
 namespace {
 
-// In the place of what was refused.
+// In the place of what was refused: a text there, or a deletion.
 constexpr std::uint64_t kUnreadable = 0;
 
 std::uint64_t pictureOf(const CardContent& content) {
@@ -28,6 +29,13 @@ std::uint64_t fingerprintOf(const PropertyBag& properties, const CardContent& co
 std::shared_ptr<const CardContent> withoutPhoto(CardContent content) {
   content.photo = nullptr;
   return std::make_shared<const CardContent>(std::move(content));
+}
+
+bool hasOpenConflict(const SyncCard& card) {
+  const auto conflicts = syncSource().syncConflicts();
+  return std::ranges::any_of(conflicts, [&](const SyncConflict& conflict) {
+    return conflict.container == card.container && conflict.path == card.path;
+  });
 }
 
 SyncCard::Texts textsOf(const SyncCard& card) {
@@ -65,6 +73,21 @@ struct CardDecisions::Bases {
 };
 
 std::optional<CardStep> CardDecisions::decide(CardSides sides) {
+  const auto row = sides.card.id;
+  const auto formerPath = sides.formerPath;
+  const auto inTheWay = sides.rowInTheWay;
+  auto step = decided(std::move(sides));
+  if (!step) return step;
+  if (inTheWay != 0) step->rowsInTheWay.push_back(inTheWay);
+  if (!formerPath.empty()) {
+    step->formerPath = formerPath;
+    step->rowsInTheWay.push_back(row);
+    step->card.id = 0;
+  }
+  return step;
+}
+
+std::optional<CardStep> CardDecisions::decided(CardSides sides) {
   switch (sides.there) {
     case CardSides::There::Same:
       return withoutChangeThere(sides);
@@ -97,12 +120,14 @@ CardDecisions::Bases CardDecisions::basesOf(const CardSides& sides, const SyncCa
 
 std::optional<CardStep> CardDecisions::withoutChangeThere(CardSides& sides) {
   if (!sides.ours) {
-    if (sides.card.fingerprint == 0) return std::nullopt;  // one that nobody could read
+    // What nobody could read there is another text than the one that was deleted here.
+    const bool isOther =
+        !sides.card.refused.empty() && (sides.card.refusedFingerprint == kUnreadable ||
+                                        sides.card.refusedFingerprint == kDeletionRefused);
+    if (sides.card.fingerprint == 0 || isOther || !rules_.pushes) return std::nullopt;
     CardStep step;
     step.card = std::move(sides.card);
-    const auto texts = textsOf(step.card);
-    step.name = nameOfContent(agreedContent(step.card, texts, nullptr));
-    if (!rules_.pushes) return std::nullopt;
+    step.name = nameOfContent(agreedContent(step.card, textsOf(step.card), nullptr));
     step.there = CardStep::There::Delete;
     step.etag = step.card.etag;
     step.removesRow = true;
@@ -114,6 +139,7 @@ std::optional<CardStep> CardDecisions::withoutChangeThere(CardSides& sides) {
   step.record = step.card.record;
   step.name = nameOfContent(ours.content);
   if (!rules_.pushes || isRefusedAsItIs(step.card, ours)) return std::nullopt;
+  step.card.intent = SyncCard::Intent::None;
   const auto texts = textsOf(step.card);
   const auto bases = basesOf(sides, texts);
   const auto merged = merge(&bases.theirs, bases.theirs, &bases.ours, ours.content);
@@ -143,23 +169,40 @@ std::optional<CardStep> CardDecisions::goneThere(CardSides& sides) {
   }
   const auto& ours = *sides.ours;
   step.name = nameOfContent(ours.content);
-  const bool hasArrived = step.card.intent == SyncCard::Intent::None;
-  const bool isChanged =
-      !hasArrived || ours.fingerprint != step.card.fingerprint || ours.beside != step.card.beside;
+  const bool wasThere = step.card.intent != SyncCard::Intent::Create;
+  step.isNoted = !wasThere;
+  // A deletion that was sent and taken back here since, and a value that waits for the user, are
+  // edits.
+  const bool isChanged = step.card.intent != SyncCard::Intent::None || hasOpenConflict(step.card) ||
+                         ours.fingerprint != step.card.fingerprint ||
+                         ours.beside != step.card.beside;
   if (!isChanged) {
     step.here = CardStep::Here::Delete;
     step.expected = ours.fingerprint;
     step.removesRow = true;
     return step;
   }
-  if (!rules_.pushes || isRefusedAsItIs(step.card, ours)) return std::nullopt;
-  if (hasArrived) step.note = step.name + " was deleted there and changed here, and is sent again";
+  const bool isRefused = !step.card.refused.empty() &&
+                         step.card.refusedFingerprint == sumOf(ours.fingerprint, ours.beside);
+  if (!rules_.pushes || isRefused) return std::nullopt;
+  step.card.refused.clear();
+  if (wasThere) step.note = step.name + " was deleted there and changed here, and is sent again";
   auto text =
       newCard(ours.content, step.card.uid.empty() ? book_.uidOf(step.record) : step.card.uid,
               rules_.version, {rules_.revision});
+  if (sides.isVacated) {
+    step.formerPath = step.card.path;
+    step.rowsInTheWay.push_back(step.card.id);
+    step.card.id = 0;
+    step.card.href = remote_.hrefFor(fileNameFor({}));
+    step.card.path = remote_.pathOf(step.card.href);
+    step.texts.emplace();
+  }
+  step.card.fingerprint = 0;
   step.card.intent = SyncCard::Intent::Create;
   step.card.etag.clear();
   step.writesRow = true;
+  if (ours.content.isGroup) step.agreedMembers = ours.content.members;
   send(step, CardStep::There::Create, std::move(text), ours.content, ours.fingerprint, ours.beside);
   return step;
 }
@@ -223,6 +266,7 @@ CardStep CardDecisions::added(CardSides& sides, ReadCard theirs) {
   step.name = nameOfContent(theirs.content);
   if (step.card.fingerprint != 0) {
     step.note = step.name + " was deleted here and changed there, and is back";
+    step.isBroughtBack = true;
   }
   const auto kind = theirs.content.isGroup ? RecordKind::Group : RecordKind::Person;
   step.record = RecordKey::make(kind);
@@ -290,7 +334,10 @@ CardStep CardDecisions::brought(CardSides& sides, ReadCard theirs) {
     fingerprint = fingerprintOf(step.change->properties, merged.content);
     if (!merged.content.isGroup) beside = besideOfTags(merged.content.categories);
   }
-  if (merged.content.isGroup) step.members = merged.content.members;
+  if (merged.content.isGroup) {
+    step.membersBefore = ours.content.members;
+    step.members = merged.content.members;
+  }
 
   const bool isAgreed = !merged.changesTheirs;
   const auto& agreed = isAgreed ? merged.content : pulled;
@@ -344,8 +391,10 @@ void CardDecisions::send(CardStep& step, CardStep::There how, std::string text,
         "larger than the " + std::to_string(rules_.mostBytes) + " bytes that the server takes";
     step.pushed = std::move(refused);
   }
-  step.sent.emplace(SentCard{SpillableData(makeData(std::move(text)), spill_), withoutPhoto(here),
-                             SpillableData(here.photo, spill_), fingerprint, beside});
+  const auto size = text.size();
+  step.sent.emplace(SentCard{SpillableData(makeData(std::move(text)), spill_), size,
+                             withoutPhoto(here), SpillableData(here.photo, spill_), fingerprint,
+                             beside});
 }
 
 }  // namespace ox::sync

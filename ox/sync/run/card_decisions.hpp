@@ -23,6 +23,12 @@ struct CardSides {
   std::optional<LocalContent> ours;  // missing: there is no record
   // The two have not met: they are brought together without bases.
   bool isFirstMeeting = false;
+  // Another card stands where this one stood; it is gone.
+  bool isVacated = false;
+  // Where it was known before; empty: where it is.
+  std::string formerPath;
+  // A row of the store that is in the way of this one and stands for nothing; 0: none.
+  std::int64_t rowInTheWay = 0;
 };
 
 // What holds for every card of a run.
@@ -38,8 +44,8 @@ struct RunRules {
 // life. Throws StoreError.
 class CardDecisions {
  public:
-  CardDecisions(LocalBook& book, SpillFile& spill, const RunRules& rules)
-      : book_(book), spill_(spill), rules_(rules) {}
+  CardDecisions(LocalBook& book, const RemoteBook& remote, SpillFile& spill, const RunRules& rules)
+      : book_(book), remote_(remote), spill_(spill), rules_(rules) {}
 
   // Missing when there is nothing to do.
   std::optional<CardStep> decide(CardSides sides);
@@ -50,6 +56,7 @@ class CardDecisions {
  private:
   struct Bases;
 
+  std::optional<CardStep> decided(CardSides sides);
   std::optional<CardStep> withoutChangeThere(CardSides& sides);
   std::optional<CardStep> goneThere(CardSides& sides);
   std::optional<CardStep> readThere(CardSides& sides);
@@ -64,9 +71,13 @@ class CardDecisions {
   bool isRefusedAsItIs(const SyncCard& card, const LocalContent& ours) const;
 
   LocalBook& book_;
+  const RemoteBook& remote_;
   SpillFile& spill_;
   const RunRules& rules_;
 };
+
+// In the place of the fingerprint of what was refused: it was a deletion.
+inline constexpr std::uint64_t kDeletionRefused = 1;
 
 // For people: the name, else the company, else the UID.
 std::string nameOfContent(const CardContent& content);

@@ -1,13 +1,15 @@
 #include "ox/sync/run/card_pushes.hpp"
 
-#include <algorithm>
-#include <span>
+#include <array>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
+#include "ox/base/text/ascii_case.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/platform/store/values/store_error.hpp"
+#include "ox/records/card_uid.hpp"
 
 namespace ox::sync {
 namespace {
@@ -22,6 +24,8 @@ int rankOf(const CardStep& step) {
   if (step.there == CardStep::There::Delete) return isGroup ? 2 : 3;
   return isGroup ? 1 : 0;
 }
+
+constexpr std::array kRanks = {0, 1, 2, 3};
 
 Push pushOf(const CardStep& step) {
   Push push;
@@ -42,19 +46,35 @@ Push pushOf(const CardStep& step) {
   return push;
 }
 
-void readBack(std::vector<CardStep*>& sent, RemoteBook& remote) {
+void readBack(std::vector<CardStep*>& sent, RemoteBook& remote, SpillFile& spill) {
   std::unordered_map<std::string, CardStep*> byPath;
   std::vector<ListedCard> cards;
   for (auto* step : sent) {
-    if (step->there == CardStep::There::Delete) continue;
+    if (step->there == CardStep::There::Delete || !step->pushed) continue;
     if (step->pushed->outcome != Pushed::Outcome::Done) continue;
-    cards.push_back({step->pushed->href, step->pushed->etag, step->sent->text.get()->size()});
+    cards.push_back({step->pushed->href, step->pushed->etag, step->sent->size});
     byPath.emplace(remote.pathOf(step->pushed->href), step);
   }
   if (cards.empty()) return;
   remote.fetch(cards, [&](FetchedCard card) {
-    const auto step = byPath.find(remote.pathOf(card.href));
-    if (step != byPath.end()) step->second->readBack = std::move(card);
+    const auto found = byPath.find(remote.pathOf(card.href));
+    if (found == byPath.end()) return;
+    auto& step = *found->second;
+    step.textReadBack.emplace(makeData(std::exchange(card.text, {})), spill);
+    step.readBack = std::move(card);
+  });
+}
+
+// A card whose UID another one there has may be that other one, under a name that is not known yet:
+// whatever has this UID is left alone until everything was listed.
+void keepHolders(const std::vector<CardStep*>& sending, std::vector<CardStep*>& deleting) {
+  std::unordered_set<std::string> uids;
+  for (const auto* step : sending) {
+    const bool isElsewhere = step->pushed && step->pushed->outcome == Pushed::Outcome::UidElsewhere;
+    if (isElsewhere) uids.insert(lowerCase(uidKey(step->card.uid)));
+  }
+  std::erase_if(deleting, [&](const CardStep* step) {
+    return uids.contains(lowerCase(uidKey(step->card.uid)));
   });
 }
 
@@ -65,43 +85,54 @@ void noteIntents(std::vector<CardStep>& steps) {
   std::vector<CardStep*> creating;
   std::vector<std::string> paths;
   for (auto& step : steps) {
-    if (step.there != CardStep::There::Create || step.pushed) continue;
+    const bool forgetsIntent = step.removesRow && step.there == CardStep::There::Nothing &&
+                               step.card.intent == SyncCard::Intent::Create && step.card.id != 0;
+    if (forgetsIntent) request.sync.removedCards.push_back(step.card.id);
+    if (!isToSend(step) || step.there == CardStep::There::Update) continue;
+    auto intent = step.card;
+    if (step.there == CardStep::There::Delete) {
+      intent.intent = SyncCard::Intent::Delete;
+      request.sync.cards.push_back({std::move(intent), std::nullopt});
+      continue;
+    }
     creating.push_back(&step);
     paths.push_back(step.card.path);
-    if (step.card.id != 0 && step.card.fingerprint == 0) continue;  // noted by an earlier run
-    auto intent = step.card;
+    if (step.isNoted) continue;
+    for (const auto row : step.rowsInTheWay) request.sync.removedCards.push_back(row);
+    step.rowsInTheWay.clear();
     intent.fingerprint = 0;
-    request.sync.cards.push_back({std::move(intent), SyncCard::Texts()});
+    request.sync.cards.push_back({std::move(intent), step.texts});
+  }
+  if (request.sync.empty()) return;
+  request.outlivesPowerCut = true;
+  if (!containerSource().execute(request)) {
+    throw StoreError(StoreError::Kind::Refused, request.reason, {});
   }
   if (creating.empty()) return;
-  if (!request.sync.empty()) {
-    request.outlivesPowerCut = true;
-    if (!containerSource().execute(request)) {
-      throw StoreError(StoreError::Kind::Refused, request.reason, {});
-    }
-  }
   const auto container = creating.front()->card.container;
   const auto noted = syncSource().syncCardsAt(container, paths);
   for (std::size_t i = 0; i < creating.size(); ++i) creating[i]->card.id = noted[i].card.id;
 }
 
 std::optional<RemoteError> sendSteps(
-    std::vector<CardStep>& steps, RemoteBook& remote,
+    std::vector<CardStep>& steps, RemoteBook& remote, SpillFile& spill,
     const std::function<void(std::size_t, std::size_t)>& progress) {
   std::vector<CardStep*> sending;
   for (auto& step : steps) {
     if (isToSend(step)) sending.push_back(&step);
   }
   if (sending.empty()) return std::nullopt;
-  std::ranges::stable_sort(sending, {}, [](const CardStep* step) { return rankOf(*step); });
   std::size_t done = 0;
   try {
     progress(0, sending.size());
-    const std::span<CardStep*> all(sending);
-    for (std::size_t first = 0, next = 0; first < all.size(); first = next) {
-      const int rank = rankOf(*all[first]);
-      while (next < all.size() && rankOf(*all[next]) == rank) ++next;
-      const auto some = all.subspan(first, next - first);
+    for (const int rank : kRanks) {
+      std::vector<CardStep*> some;
+      for (auto* step : sending) {
+        if (rankOf(*step) == rank) some.push_back(step);
+      }
+      if (!some.empty() && some.front()->there == CardStep::There::Delete)
+        keepHolders(sending, some);
+      if (some.empty()) continue;
       std::vector<Push> pushes;
       pushes.reserve(some.size());
       for (const auto* step : some) pushes.push_back(pushOf(*step));
@@ -110,7 +141,7 @@ std::optional<RemoteError> sendSteps(
         progress(++done, sending.size());
       });
     }
-    readBack(sending, remote);
+    readBack(sending, remote, spill);
   } catch (const RemoteError& error) {
     return error;
   }

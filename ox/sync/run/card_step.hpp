@@ -28,6 +28,7 @@ struct RecordChange {
 // What is sent, and what the record says once it has arrived.
 struct SentCard {
   SpillableData text;
+  std::size_t size = 0;                     // of the text
   std::shared_ptr<const CardContent> here;  // without picture
   SpillableData photo;
   std::uint64_t fingerprint = 0;  // of the record
@@ -50,13 +51,19 @@ struct CardStep {
   SyncCard card;
   std::optional<SyncCard::Texts> texts;  // missing: they stay
   bool writesRow = false;
+  bool isNoted = false;  // as about to be created, by an earlier run
   bool removesRow = false;
-  bool isUnreadable = false;  // there; the row says why
+  bool isUnreadable = false;   // there; the row says why
+  bool isBroughtBack = false;  // deleted here, changed there
+  // Rows that stand for nothing any more, or for this card at another place: they go first.
+  std::vector<std::int64_t> rowsInTheWay;
+  std::string formerPath;  // where the card was, if it was elsewhere
 
   RecordKey record;
   std::optional<std::uint64_t> expected;  // what it must still say; of Change and Delete
   std::optional<RecordChange> change;     // of Add and Change
-  // Of a group: the UIDs of the members that it is to have, and those that are agreed.
+  // Of a group: the UIDs of the members that it had and is to have, and those that are agreed.
+  std::vector<std::string> membersBefore;
   std::optional<std::vector<std::string>> members;
   std::vector<std::string> agreedMembers;
 
@@ -66,7 +73,8 @@ struct CardStep {
 
   std::optional<Pushed> pushed;         // what became of it; missing: nothing was sent
   std::optional<FetchedCard> readBack;  // what stands there since, its text apart
-  bool isPutOff = false;                // its record was changed meanwhile: nothing is done here
+  std::optional<SpillableData> textReadBack;
+  bool isPutOff = false;  // its record was changed meanwhile: nothing is done here
 };
 
 }  // namespace ox::sync

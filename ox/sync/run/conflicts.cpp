@@ -51,37 +51,54 @@ std::vector<OpenConflict> openConflicts() {
   return open;
 }
 
-void resolveConflicts(const std::vector<std::int64_t>& ids, Settled settled) {
-  const std::unordered_set<std::int64_t> wanted(ids.begin(), ids.end());
+namespace {
+
+// One try; false when a record was changed meanwhile.
+bool tryToResolve(const std::unordered_set<std::int64_t>& wanted, Settled settled) {
   SaveRequest request;
   request.outlivesPowerCut = true;
-  std::vector<std::pair<RecordKey, CardContent>> contents;
+  std::vector<std::pair<RecordKey, LocalContent>> contents;
   for (const auto& row : syncSource().syncConflicts()) {
     if (!wanted.contains(row.id)) continue;
     request.sync.removedConflicts.push_back(row.id);
     if (settled == Settled::Theirs) continue;
     const auto card = cardOf(row);
-    if (card.record.isNone()) continue;
-    LocalBook local(row.container);
     auto known =
         std::ranges::find(contents, card.record, [](const auto& some) { return some.first; });
     if (known == contents.end()) {
-      const auto now = local.contentOf(card.record, card.kind);
-      if (!now) continue;
-      known = contents.insert(contents.end(), {card.record, now->content});
+      LocalBook local(row.container);
+      auto now = card.record.isNone() ? std::nullopt : local.contentOf(card.record, card.kind);
+      if (!now) {
+        throw RemoteError(RemoteFailure::Usage,
+                          "whom the conflict is about was removed; bring that back first");
+      }
+      known = contents.insert(contents.end(), {card.record, std::move(*now)});
     }
-    known->second = withOurs(known->second, {row.property, row.theirs, row.ours, row.base});
+    auto& content = known->second.content;
+    content = withOurs(content, {row.property, row.theirs, row.ours, row.base});
   }
-  for (const auto& [record, content] : contents) {
+  for (const auto& [record, now] : contents) {
     ReplacedRecord replaced;
     replaced.key = record;
-    replaced.properties = propertiesOfRecord(content);
-    replaced.image = content.photo;
+    replaced.properties = propertiesOfRecord(now.content);
+    replaced.image = now.content.photo;
+    replaced.expected = now.fingerprint;
     request.replacements.push_back(std::move(replaced));
   }
-  if (request.sync.removedConflicts.empty()) return;
-  if (!containerSource().execute(request)) {
-    throw StoreError(StoreError::Kind::Refused, request.reason, {});
+  if (request.sync.removedConflicts.empty() || containerSource().execute(request)) return true;
+  if (!request.outdatedRecords.empty()) return false;
+  throw StoreError(StoreError::Kind::Refused, request.reason, {});
+}
+
+}  // namespace
+
+void resolveConflicts(const std::vector<std::int64_t>& ids, Settled settled) {
+  constexpr int kTries = 5;
+  const std::unordered_set<std::int64_t> wanted(ids.begin(), ids.end());
+  for (int tries = 1; !tryToResolve(wanted, settled); ++tries) {
+    if (tries == kTries) {
+      throw StoreError(StoreError::Kind::Busy, "the contact is being changed by others", {});
+    }
   }
 }
 

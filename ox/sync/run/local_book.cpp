@@ -79,12 +79,16 @@ std::vector<std::string> LocalBook::tagsOf(const RecordKey& person) {
   return TagStore::shared().tags(tagManager_, person.text());
 }
 
+std::string LocalBook::uidAsWritten(const RecordKey& record) {
+  const auto values = containerSource().committedValues(record);
+  const auto* given = values ? values->text(property_id::kCardUid) : nullptr;
+  return given != nullptr ? *given : uidOfRecord(record);
+}
+
 std::string LocalBook::uidOf(const RecordKey& record) {
   const auto known = uids_.find(record);
   if (known != uids_.end()) return known->second;
-  const auto values = containerSource().committedValues(record);
-  const auto* given = values ? values->text(property_id::kCardUid) : nullptr;
-  std::string uid(uidKey(given != nullptr ? *given : uidOfRecord(record)));
+  std::string uid(uidKey(uidAsWritten(record)));
   uids_.emplace(record, uid);
   return uid;
 }
@@ -107,6 +111,11 @@ LocalBook::Member LocalBook::memberOfUid(std::string_view uid) {
 void LocalBook::noteAddition(std::string_view uid, const Member& added) {
   if (const auto key = uidKey(uid); !key.empty())
     members_.insert_or_assign(std::string(key), added);
+}
+
+void LocalBook::noteRemoval(std::string_view uid) {
+  if (const auto key = uidKey(uid); !key.empty())
+    members_.insert_or_assign(std::string(key), Member());
 }
 
 std::vector<RecordKey> LocalBook::childrenOf(const RecordKey& group) {

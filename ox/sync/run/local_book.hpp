@@ -42,7 +42,8 @@ class LocalBook {
   // True when no person of any book has tags.
   bool hasNoTags();
   std::vector<std::string> tagsOf(const RecordKey& person);
-  // As members name it.
+  // As its card says it, and as members name it.
+  std::string uidAsWritten(const RecordKey& record);
   std::string uidOf(const RecordKey& record);
   struct Member {
     RecordKey key;
@@ -51,8 +52,9 @@ class LocalBook {
   // The record of the container with that UID, as a run is going to leave it; no key when there is
   // none. Remembered.
   Member memberOfUid(std::string_view uid);
-  // A record that the run adds.
+  // A record that the run adds, or takes away.
   void noteAddition(std::string_view uid, const Member& added);
+  void noteRemoval(std::string_view uid);
   // Persons, then groups, in the order of adding.
   std::vector<RecordKey> childrenOf(const RecordKey& group);
 

@@ -13,6 +13,7 @@
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/sync/cards/card_edit.hpp"
 #include "ox/sync/run/agreed.hpp"
+#include "ox/sync/run/card_decisions.hpp"
 #include "ox/transfer/person_tags.hpp"
 
 namespace ox::sync {
@@ -24,6 +25,13 @@ std::string joinedWords(const std::vector<std::string>& words) {
   std::string text;
   for (const auto& word : words) text.append(text.empty() ? "" : ", ").append(word);
   return text;
+}
+
+std::vector<std::string> without(std::vector<std::string> texts,
+                                 const std::vector<std::string>& others) {
+  std::erase_if(texts,
+                [&](const auto& text) { return std::ranges::find(others, text) != others.end(); });
+  return texts;
 }
 
 CardContent contentOf(const SentCard& sent) {
@@ -70,6 +78,7 @@ void RunCommit::settle(CardStep& step) {
       return;
     case UidElsewhere:
       refuse(step, "its UID is that of another card there", pushed.code);
+      needsAnotherRun_ = true;
       return;
     case Locked:
     case Unknown:
@@ -88,11 +97,14 @@ void RunCommit::settle(CardStep& step) {
 
 void RunCommit::refuse(CardStep& step, const std::string& reason, int code) {
   report_.refused.push_back({step.name, step.card.href, code, reason});
+  step.card.refused = reason;
   if (step.there == CardStep::There::Delete) {
     step.removesRow = false;
+    step.writesRow = true;
+    step.card.intent = SyncCard::Intent::None;
+    step.card.refusedFingerprint = kDeletionRefused;
     return;
   }
-  step.card.refused = reason;
   step.card.refusedFingerprint = sumOf(step.sent->fingerprint, step.sent->beside);
   step.writesRow = true;
 }
@@ -113,22 +125,23 @@ void RunCommit::settleDone(CardStep& step) {
   card.beside = sent.beside;
   step.agreedMembers = here.members;
   step.writesRow = true;
-  const auto* read = step.readBack && step.readBack->state == FetchedCard::State::Read &&
-                             (pushed.etag.empty() || pushed.etag == step.readBack->etag)
-                         ? &*step.readBack
-                         : nullptr;
-  card.etag = read != nullptr ? read->etag : pushed.etag;
-  step.texts = agreedTexts(read != nullptr ? withCrlf(read->text) : *sent.text.get(), here);
-  if (read == nullptr) {
+  const bool isOurs = step.readBack && step.readBack->state == FetchedCard::State::Read &&
+                      (pushed.etag.empty() || pushed.etag == step.readBack->etag);
+  const auto text = isOurs ? step.textReadBack->get() : Data();
+  const auto kept = isOurs ? readCard(*text) : std::variant<ReadCard, std::string>();
+  const auto* keptCard = isOurs ? std::get_if<ReadCard>(&kept) : nullptr;
+  card.etag = keptCard != nullptr ? step.readBack->etag : pushed.etag;
+  step.texts = agreedTexts(keptCard != nullptr ? withCrlf(*text) : *sent.text.get(), here);
+  if (keptCard == nullptr) {
+    // What nobody can read there is fetched, and told, by the next look.
+    if (isOurs) card.etag.clear();
     needsAnotherRun_ = needsAnotherRun_ || step.readBack;
     return;
   }
-  const auto kept = readCard(read->text);
-  const auto given = readCard(*sent.text.get());
-  const auto* keptCard = std::get_if<ReadCard>(&kept);
-  const auto* givenCard = std::get_if<ReadCard>(&given);
-  if (keptCard == nullptr || givenCard == nullptr) return;
   if (!keptCard->uid.empty()) card.uid = keptCard->uid;
+  const auto given = readCard(*sent.text.get());
+  const auto* givenCard = std::get_if<ReadCard>(&given);
+  if (givenCard == nullptr) return;
   const auto less = joinedWords(differingProperties(givenCard->content, keptCard->content));
   if (!less.empty() && less != card.keepsLess) {
     report_.notes.push_back(step.name + ": the server keeps less or other: " + less);
@@ -146,12 +159,18 @@ SaveRequest RunCommit::requestOf(const SyncRows& rows) {
     if (step.here == CardStep::Here::Add && !step.isPutOff)
       local_.noteAddition(step.card.uid, {step.record, step.card.kind});
   }
-  bool addsAny = false;
+  bool changesMembers = false;
+  for (const auto& step : steps_) {
+    if (step.isPutOff || step.here != CardStep::Here::Delete) continue;
+    local_.noteRemoval(local_.uidOf(step.record));
+    changesMembers = true;
+  }
   for (auto& step : steps_) {
     if (step.isPutOff) continue;
-    addsAny = addsAny || step.here == CardStep::Here::Add;
+    changesMembers = changesMembers || step.here == CardStep::Here::Add;
     addRecordChanges(step, request);
     if (step.members || step.card.kind == RecordKind::Group) linkMembers(step, request);
+    for (const auto row : step.rowsInTheWay) request.sync.removedCards.push_back(row);
     if (step.removesRow) {
       if (step.card.id != 0) request.sync.removedCards.push_back(step.card.id);
     } else if (step.writesRow) {
@@ -163,7 +182,8 @@ SaveRequest RunCommit::requestOf(const SyncRows& rows) {
                                         millisecondsNow()});
     }
   }
-  if (addsAny) relinkOthers(request);
+  if (changesMembers) relinkOthers(request);
+  addMovedConflicts(request);
   return request;
 }
 
@@ -187,7 +207,7 @@ void RunCommit::addRecordChanges(CardStep& step, SaveRequest& request) {
       record.key = step.record;
       record.properties = step.change->properties;
       record.keepsImage = step.change->keepsPhoto;
-      if (step.change->photo) record.image = step.change->photo->get();
+      record.spilledImage = step.change->photo;
       record.expected = step.expected;
       request.replacements.push_back(std::move(record));
       return;
@@ -215,17 +235,20 @@ void RunCommit::linkMembers(CardStep& step, SaveRequest& request) {
     for (const auto& member : *step.members) {
       if (!out.contains(member)) wanted.push_back(local_.memberOfUid(member).key);
     }
-    const auto held = step.here == CardStep::Here::Add ? std::vector<RecordKey>()
-                                                       : local_.childrenOf(step.record);
-    const std::unordered_set<RecordKey> isWanted(wanted.begin(), wanted.end());
-    std::unordered_set<RecordKey> isHeld(held.begin(), held.end());
-    for (const auto& child : held) {
-      if (!isWanted.contains(child)) request.removedLinks.push_back({step.record, child});
+    // What was linked or unlinked here since the plan stays so.
+    std::unordered_set<RecordKey> before;
+    for (const auto& member : step.membersBefore) {
+      const auto child = local_.memberOfUid(member);
+      if (!child.key.isNone()) before.insert(child.key);
     }
+    std::unordered_set<RecordKey> after;
     for (const auto& child : wanted) {
-      if (!isHeld.insert(child).second) continue;
+      if (!after.insert(child).second || before.contains(child)) continue;
       request.links.push_back({step.record, child});
       newLinks_.emplace_back(step.record, child);
+    }
+    for (const auto& child : before) {
+      if (!after.contains(child)) request.removedLinks.push_back({step.record, child});
     }
     if (!unlinked.empty() && step.here == CardStep::Here::Add) {
       for (const auto& member : unlinked) {
@@ -269,7 +292,23 @@ bool RunCommit::wouldLieInItself(const RecordKey& group, const RecordKey& child)
   return false;
 }
 
-// Groups whose cards name somebody who has come only now.
+// A conflict is that of a card at a place.
+void RunCommit::addMovedConflicts(SaveRequest& request) {
+  std::vector<SyncConflict> open;
+  for (const auto& step : steps_) {
+    if (step.isPutOff || step.formerPath.empty() || step.removesRow) continue;
+    if (open.empty()) open = syncSource().syncConflicts();
+    for (auto conflict : open) {
+      if (conflict.container != step.card.container || conflict.path != step.formerPath) continue;
+      conflict.id = 0;
+      conflict.path = step.card.path;
+      request.sync.conflicts.push_back(std::move(conflict));
+    }
+  }
+}
+
+// Groups whose cards name somebody who has come only now, or whom the other side has deleted: that
+// she is a member is said there still.
 void RunCommit::relinkOthers(SaveRequest& request) {
   std::unordered_set<std::int64_t> inSteps;
   for (const auto& step : steps_) inSteps.insert(step.card.id);
@@ -279,13 +318,16 @@ void RunCommit::relinkOthers(SaveRequest& request) {
     auto texts = syncSource().syncCardTexts(ids);
     if (texts.empty()) continue;
     const auto waiting = unlinkedMembers(texts.front());
-    const bool hasCome = std::ranges::any_of(
-        waiting, [&](const auto& member) { return !local_.memberOfUid(member).key.isNone(); });
-    if (!hasCome) continue;
     CardStep step;
     step.card = now.card;
     step.record = now.card.record;
     step.agreedMembers = agreedContent(now.card, texts.front(), nullptr).members;
+    const auto isThere = [&](const auto& member) {
+      return !local_.memberOfUid(member).key.isNone();
+    };
+    const auto linked = step.agreedMembers.size() - waiting.size();
+    const auto there = static_cast<std::size_t>(std::ranges::count_if(step.agreedMembers, isThere));
+    if (std::ranges::none_of(waiting, isThere) && linked == there) continue;
     step.texts = std::move(texts.front());
     for (const auto& member : waiting) {
       const auto child = local_.memberOfUid(member);
@@ -307,8 +349,9 @@ void RunCommit::write(SyncRows rows, const std::string& keptToken) {
     const auto manager = vcard::tagManagerOf(local_.container());
     for (const auto& step : steps_) {
       if (step.isPutOff || !step.change || step.change->tags == step.change->tagsBefore) continue;
-      TagStore::shared().change(manager, step.record.text(), step.change->tagsBefore,
-                                step.change->tags);
+      TagStore::shared().change(manager, step.record.text(),
+                                without(step.change->tagsBefore, step.change->tags),
+                                without(step.change->tags, step.change->tagsBefore));
     }
     bool tagsAreSafe = false;
     if (executeWithTags(request, going, tagsAreSafe)) return;

@@ -33,6 +33,7 @@ class RunCommit {
   void settleDone(CardStep& step);
   void refuse(CardStep& step, const std::string& reason, int code);
   void linkMembers(CardStep& step, SaveRequest& request);
+  void addMovedConflicts(SaveRequest& request);
   void relinkOthers(SaveRequest& request);
   bool canBeLinked(const RecordKey& group, const LocalBook::Member& member) const;
   bool wouldLieInItself(const RecordKey& group, const RecordKey& child) const;

@@ -121,6 +121,11 @@ class LoginRun {
         }
         fail(done_, error);
         noteFailure(error);
+        if (error.kind() == Away) noteAway(books_[done_]);
+      } catch (const FailureError& error) {
+        failStore(done_, error.what());
+      } catch (const DamagedBytes& error) {
+        failStore(done_, error.what());
       }
       finish(remote, done_);
     }
@@ -136,6 +141,23 @@ class LoginRun {
       using enum RemoteFailure;
       if (error.kind() != Away && error.kind() != Protocol && error.kind() != NoBook) throw;
       return {};
+    }
+  }
+
+  // The store could not do it, or what it keeps of this book is damaged: the other books go on.
+  void failStore(std::size_t place, const std::string& why) {
+    reports_[place].state = State::Failed;
+    reports_[place].failure = why;
+  }
+
+  void noteAway(SyncBook book) const {
+    if (options_.isDryRun || book.state == SyncBook::State::Away) return;
+    for (auto& row : syncSource().syncBooks()) {
+      if (row.container != book.container) continue;
+      row.state = SyncBook::State::Away;
+      SaveRequest request;
+      request.sync.books.push_back({std::move(row), {}});
+      containerSource().execute(request);
     }
   }
 
@@ -164,9 +186,8 @@ class LoginRun {
     for (const auto& conflict : syncSource().syncConflicts()) {
       if (conflict.container == report.container) ++report.conflicts;
     }
-    for (const auto& now : syncSource().changedSyncCards(report.container)) {
+    for (const auto& now : syncSource().refusedSyncCards(report.container)) {
       const auto& card = now.card;
-      if (card.refused.empty() || !now.now) continue;
       const bool isTold = std::ranges::any_of(
           report.refused, [&](const RefusedCard& refused) { return refused.href == card.href; });
       if (!isTold) report.refused.push_back({nameOfRecord(card), card.href, 0, card.refused});
@@ -174,6 +195,7 @@ class LoginRun {
   }
 
   static std::string nameOfRecord(const SyncCard& card) {
+    if (card.record.isNone()) return card.href;
     LocalBook local(card.container);
     const auto content = local.contentOf(card.record, card.kind);
     return content ? nameOfContent(content->content) : card.href;

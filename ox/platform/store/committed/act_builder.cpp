@@ -105,7 +105,9 @@ void ActBuilder::replaceRecord(const ReplacedRecord& record) {
     act_.added[static_cast<std::size_t>(entry->row - act_.firstRow)].replacement = &record;
     return;
   }
-  const auto image = record.keepsImage ? std::nullopt : std::optional(record.image);
+  const auto image = record.keepsImage     ? std::nullopt
+                     : record.spilledImage ? std::optional(record.spilledImage->get())
+                                           : std::optional(record.image);
   try {
     const auto before = committed_.content(entry->key);
     if (!before.values) throw RefusedRequest("there is no record " + record.key.text());
@@ -114,6 +116,12 @@ void ActBuilder::replaceRecord(const ReplacedRecord& record) {
     // Damaged values can be replaced all the same; nobody knows what they were.
     setContent(*entry, {nullptr, pictureChecksum(entry->row)}, record.properties, image);
   }
+  const auto change = changedByRow_.find(entry->row);
+  if (!record.spilledImage || change == changedByRow_.end()) return;
+  auto& changed = act_.changed[change->second];
+  if (!changed.image) return;
+  changed.image.reset();
+  changed.readImage = [&spilled = *record.spilledImage] { return spilled.get(); };
 }
 
 // The change of a record that is committed; a record has one.

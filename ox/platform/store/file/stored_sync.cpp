@@ -177,6 +177,8 @@ std::vector<SyncCardNow> StoredSync::cards(const Container& container, Which whi
   if (which == Which::Changed) sql.append("INDEXED BY sync_card_record ");
   sql.append(kRecordOfCard).append("WHERE s.container = ?1 ");
   if (which == Which::OfGroups) sql.append("AND s.kind = 1 ");
+  if (which == Which::Tagged) sql.append("AND s.kind = 0 AND s.beside <> 0 ");
+  if (which == Which::Refused) sql.append("AND s.refused <> '' ");
   if (which == Which::Changed) {
     sql.append(
         "AND (s.intent <> 0 OR (s.record IS NOT NULL AND "
@@ -210,6 +212,12 @@ std::vector<SyncCardNow> StoredSync::cardsAt(const Container& container,
 
 std::size_t StoredSync::countCards(std::int32_t container) {
   auto count = prepare("SELECT count(*) FROM sync_card WHERE container = ?1");
+  count.bind(1, container);
+  return count.step() ? static_cast<std::size_t>(count.integer(0)) : 0;
+}
+
+std::size_t StoredSync::countAgreedCards(std::int32_t container) {
+  auto count = prepare("SELECT count(*) FROM sync_card WHERE container = ?1 AND fingerprint <> 0");
   count.bind(1, container);
   return count.step() ? static_cast<std::size_t>(count.integer(0)) : 0;
 }

@@ -30,10 +30,11 @@ class StoredSync {
 
   std::vector<SyncLogin> logins();
   std::vector<SyncBook> books();
-  enum class Which : std::uint8_t { All, OfGroups, Changed };
+  enum class Which : std::uint8_t { All, OfGroups, Changed, Tagged, Refused };
   std::vector<SyncCardNow> cards(const Container& container, Which which);
   std::vector<SyncCardNow> cardsAt(const Container& container, std::span<const std::string> paths);
   std::size_t countCards(std::int32_t container);
+  std::size_t countAgreedCards(std::int32_t container);
   std::vector<RecordWithoutCard> recordsWithoutCard(std::int32_t container);
   std::vector<SyncCard::Texts> texts(std::span<const std::int64_t> ids);
   std::vector<SyncConflict> conflicts();

@@ -85,9 +85,12 @@ class LockedSource final : public ContactSource, private SyncSource {
   std::vector<SyncCardNow> syncCards(std::string_view container) override;
   std::vector<SyncCardNow> changedSyncCards(std::string_view container) override;
   std::vector<SyncCardNow> syncCardsOfGroups(std::string_view container) override;
+  std::vector<SyncCardNow> taggedSyncCards(std::string_view container) override;
+  std::vector<SyncCardNow> refusedSyncCards(std::string_view container) override;
   std::vector<SyncCardNow> syncCardsAt(std::string_view container,
                                        std::span<const std::string> paths) override;
   std::size_t countSyncCards(std::string_view container) override;
+  std::size_t countAgreedSyncCards(std::string_view container) override;
   std::vector<RecordWithoutCard> recordsWithoutCard(std::string_view container) override;
   std::vector<SyncCard::Texts> syncCardTexts(std::span<const std::int64_t> ids) override;
   std::vector<SyncConflict> syncConflicts() override;

@@ -54,6 +54,18 @@ std::vector<SyncCardNow> LockedSource::syncCardsOfGroups(std::string_view contai
   });
 }
 
+std::vector<SyncCardNow> LockedSource::taggedSyncCards(std::string_view container) {
+  return askSyncOf(container, [](StoredSync& stored, const StoredSync::Container& of) {
+    return stored.cards(of, StoredSync::Which::Tagged);
+  });
+}
+
+std::vector<SyncCardNow> LockedSource::refusedSyncCards(std::string_view container) {
+  return askSyncOf(container, [](StoredSync& stored, const StoredSync::Container& of) {
+    return stored.cards(of, StoredSync::Which::Refused);
+  });
+}
+
 std::vector<SyncCardNow> LockedSource::syncCardsAt(std::string_view container,
                                                    std::span<const std::string> paths) {
   auto cards = askSyncOf(container, [&](StoredSync& stored, const StoredSync::Container& of) {
@@ -66,6 +78,12 @@ std::vector<SyncCardNow> LockedSource::syncCardsAt(std::string_view container,
 std::size_t LockedSource::countSyncCards(std::string_view container) {
   return askSyncOf(container, [](StoredSync& stored, const StoredSync::Container& of) {
     return stored.countCards(of.row);
+  });
+}
+
+std::size_t LockedSource::countAgreedSyncCards(std::string_view container) {
+  return askSyncOf(container, [](StoredSync& stored, const StoredSync::Container& of) {
+    return stored.countAgreedCards(of.row);
   });
 }
 

@@ -64,6 +64,8 @@ struct ReplacedRecord {
   // contentFingerprint that the record must still have.
   std::optional<std::uint64_t> expected = std::nullopt;
   bool keepsImage = false;  // the stored picture stays, whatever `image` says
+  // The picture when it was put aside; image is null then.
+  std::optional<SpillableData> spilledImage = std::nullopt;
 };
 
 struct RecordRemoval {

@@ -63,7 +63,7 @@ struct SyncBook {
 // act that happens, and is its record's again when that comes back. One that was stored without a
 // record, because nothing could be made of the card there, is no deletion.
 struct SyncCard {
-  enum class Intent : std::uint8_t { None = 0, Create = 1 };
+  enum class Intent : std::uint8_t { None = 0, Create = 1, Delete = 2 };
 
   std::int64_t id = 0;    // 0: one that is not stored yet
   std::string container;  // identifier
