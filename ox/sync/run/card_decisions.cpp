@@ -143,6 +143,10 @@ std::optional<CardStep> CardDecisions::withoutChangeThere(CardSides& sides) {
   const auto texts = textsOf(step.card);
   const auto bases = basesOf(sides, texts);
   const auto merged = merge(&bases.theirs, bases.theirs, &bases.ours, ours.content);
+  if (ours.content.isGroup) {
+    step.membersBefore = ours.linked;
+    step.members = ours.content.members;
+  }
   if (!merged.changesTheirs) {
     // Nothing that the text could say: what is agreed is what stands here.
     step.texts = agreedTexts(agreedText(texts, ours.content.photo), ours.content);
@@ -335,7 +339,7 @@ CardStep CardDecisions::brought(CardSides& sides, ReadCard theirs) {
     if (!merged.content.isGroup) beside = besideOfTags(merged.content.categories);
   }
   if (merged.content.isGroup) {
-    step.membersBefore = ours.content.members;
+    step.membersBefore = ours.linked;
     step.members = merged.content.members;
   }
 

@@ -79,6 +79,9 @@ class CardDecisions {
 // In the place of the fingerprint of what was refused: it was a deletion.
 inline constexpr std::uint64_t kDeletionRefused = 1;
 
+// Likewise: it may be taken the next time, as it is.
+inline constexpr std::uint64_t kTriedAgain = 2;
+
 // For people: the name, else the company, else the UID.
 std::string nameOfContent(const CardContent& content);
 

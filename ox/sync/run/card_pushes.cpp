@@ -3,13 +3,10 @@
 #include <array>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
-#include "ox/base/text/ascii_case.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/platform/store/values/store_error.hpp"
-#include "ox/records/card_uid.hpp"
 
 namespace ox::sync {
 namespace {
@@ -65,19 +62,6 @@ void readBack(std::vector<CardStep*>& sent, RemoteBook& remote, SpillFile& spill
   });
 }
 
-// A card whose UID another one there has may be that other one, under a name that is not known yet:
-// whatever has this UID is left alone until everything was listed.
-void keepHolders(const std::vector<CardStep*>& sending, std::vector<CardStep*>& deleting) {
-  std::unordered_set<std::string> uids;
-  for (const auto* step : sending) {
-    const bool isElsewhere = step->pushed && step->pushed->outcome == Pushed::Outcome::UidElsewhere;
-    if (isElsewhere) uids.insert(lowerCase(uidKey(step->card.uid)));
-  }
-  std::erase_if(deleting, [&](const CardStep* step) {
-    return uids.contains(lowerCase(uidKey(step->card.uid)));
-  });
-}
-
 }  // namespace
 
 void noteIntents(std::vector<CardStep>& steps) {
@@ -130,8 +114,6 @@ std::optional<RemoteError> sendSteps(
       for (auto* step : sending) {
         if (rankOf(*step) == rank) some.push_back(step);
       }
-      if (!some.empty() && some.front()->there == CardStep::There::Delete)
-        keepHolders(sending, some);
       if (some.empty()) continue;
       std::vector<Push> pushes;
       pushes.reserve(some.size());

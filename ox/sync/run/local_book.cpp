@@ -55,6 +55,7 @@ std::optional<LocalContent> LocalBook::contentOf(const RecordKey& key, RecordKin
   if (isGroup) {
     for (const auto& child : childrenOf(key)) members.push_back(uidOf(child));
     local.beside = besideOfMembers(members);
+    local.linked = members;
   } else {
     tags = tagsOf(key);
     local.beside = besideOfTags(tags);

@@ -19,6 +19,8 @@ struct LocalContent {
   std::uint64_t fingerprint = 0;  // contentFingerprint of values and picture
   std::uint64_t picture = 0;      // its checksum; 0 without one
   std::uint64_t beside = 0;       // of tags or members, see besideOf
+  // Of a group: the members that the store holds, whatever else is said of members.
+  std::vector<std::string> linked;
 };
 
 // A number for what a card says beside values and picture: tags in their order, members in any; 0

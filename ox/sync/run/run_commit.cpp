@@ -78,6 +78,7 @@ void RunCommit::settle(CardStep& step) {
       return;
     case UidElsewhere:
       refuse(step, "its UID is that of another card there", pushed.code);
+      step.card.refusedFingerprint = kTriedAgain;
       needsAnotherRun_ = true;
       return;
     case Locked:

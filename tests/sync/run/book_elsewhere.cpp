@@ -49,11 +49,11 @@ sync::Listing BookElsewhere::list(const std::string& token) {
   const auto since = isSince ? std::stoull(token) : 0;
   listing.isWhole = !isSince;
   for (const auto& [href, card] : cards_) {
-    if (!listsNothing && (!isSince || card.change > since)) {
+    if (!listsNothing && (!isSince || forgetsTokens || card.change > since)) {
       listing.cards.push_back({href, card.etag, card.text.size()});
     }
   }
-  if (isSince) {
+  if (isSince && !forgetsTokens) {
     for (const auto& [href, change] : gone_) {
       if (change > since) listing.gone.push_back(href);
     }

@@ -36,6 +36,7 @@ class BookElsewhere : public sync::RemoteBook {
   std::optional<std::size_t> breaksBefore;
   std::optional<std::size_t> breaksAfter;
   bool listsNothing = false;
+  bool forgetsTokens = false;  // answers any with everything, as if that were new
 
   std::size_t requests = 0;
   std::vector<std::string> log;  // "LIST", "FETCH 3", "PUT a.vcf", "CREATE a.vcf", "DELETE a.vcf"
