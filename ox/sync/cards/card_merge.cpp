@@ -32,7 +32,7 @@ MultiValue entriesOf(const PropertyValue& value) {
 }
 
 PropertyValue valueOfEntries(MultiValue values) {
-  if (values.entries.empty()) return Object();
+  if (values.entries.empty()) return {};
   return MultiValuePtr(std::make_shared<const MultiValue>(std::move(values)));
 }
 

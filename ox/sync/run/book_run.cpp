@@ -28,6 +28,7 @@ constexpr std::int64_t kNoteWholeEvery = 24 * kNoteSuccessEvery;
 // How often a book is looked at, where somebody else was faster.
 constexpr int kRuns = 3;
 
+constexpr const char* kOnly30 = "3.0";
 constexpr const char* kOnly40 = "4.0";
 
 std::string revisionOf(std::int64_t milliseconds) {
@@ -86,9 +87,14 @@ bool BookRun::run(const Start& start) {
     return commit({}, book_.token, start, true);
   }
   if (book_.lastWhole == 0) learnFacts();
+  if (book_.isReadOnly && !look.foundNothingHere()) {
+    report_.notes.emplace_back("the book takes no changes: what was changed here stays here");
+  }
   rules_.pushes = options_.pushes && !book_.isReadOnly;
   rules_.mostBytes = book_.mostBytes;
   rules_.version = book_.versions == kOnly40 ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
+
+  rules_.writesGroupsAs4 = book_.groupSpelling == kOnly40;
 
   look.lookThere(tokenToAsk(start.listsAll));
   plan(look);
@@ -164,10 +170,52 @@ void BookRun::take(CardSides sides) {
       return takeForeign(std::move(sides));
     }
   }
+  noteGroupSpelling(sides);
   auto step = decisions_.decide(std::move(sides));
   if (!step) return;
+  if (step->there == CardStep::There::Delete && isOnItsWay(step->card)) {
+    isPostponed_ = true;
+    return;
+  }
   if (step->isBroughtBack) broughtBack_.insert(std::string(uidKey(step->card.uid)));
   steps_.push_back(std::move(*step));
+}
+
+// New groups are written as those that are there.
+void BookRun::noteGroupSpelling(const CardSides& sides) {
+  const bool mayBeGroup = sides.there == CardSides::There::Read &&
+                          (sides.card.id == 0 || sides.card.kind == RecordKind::Group);
+  if (!mayBeGroup || !book_.groupSpelling.empty()) return;
+  const auto read = readCard(sides.theirs.text);
+  const auto* card = std::get_if<ReadCard>(&read);
+  if (card == nullptr || !card->content.isGroup) return;
+  book_.groupSpelling = card->version == vcard::CardVersion::V40 ? kOnly40 : kOnly30;
+  rules_.writesGroupsAs4 = book_.groupSpelling == kOnly40;
+}
+
+// Who was moved into another book goes there first, and only then from here.
+bool BookRun::isOnItsWay(const SyncCard& card) {
+  if (uidKey(card.uid).empty()) return false;
+  for (const auto& other : syncSource().syncBooks()) {
+    if (other.container == book_.container || other.isReadOnly) continue;
+    const std::array sought{SoughtRecord{card.uid}};
+    const auto found = containerSource().matches(other.container, card.kind, sought);
+    if (found.front().empty()) continue;
+    const auto [waiting, isNew] = waiting_.try_emplace(other.container);
+    auto& keys = waiting->second;
+    if (isNew) {
+      for (const auto& record : syncSource().recordsWithoutCard(other.container)) {
+        keys.insert(record.key);
+      }
+      for (const auto& now : syncSource().changedSyncCards(other.container)) {
+        if (now.card.intent == SyncCard::Intent::Create) keys.insert(now.card.record);
+      }
+    }
+    const bool isWaiting = std::ranges::any_of(
+        found.front(), [&](const FoundRecord& record) { return keys.contains(record.key); });
+    if (isWaiting) return true;
+  }
+  return false;
 }
 
 // Where a card was to be created another one stands: that is taken, and ours gets another place.
@@ -311,12 +359,18 @@ bool BookRun::commit(const Listing& listing, const std::string& token, const Sta
   return commit.needsAnotherRun();
 }
 
-void runBook(RemoteBook& remote, SyncBook book, const SyncOptions& options, BookRun::Start start,
+bool runBook(RemoteBook& remote, SyncBook book, const SyncOptions& options, BookRun::Start start,
              BookReport& report) {
   for (int runs = 1;; ++runs) {
     BookRun run(remote, book, options, report);
     const bool again = run.run(start);
-    if (!again || runs == kRuns || report.state != BookReport::State::InStep) return;
+    if (!again || report.state != BookReport::State::InStep) return run.isPostponed();
+    if (runs == kRuns) {
+      if (report.refused.empty()) {
+        report.notes.emplace_back("not everything could be settled; the next run goes on");
+      }
+      return run.isPostponed();
+    }
     for (auto& row : syncSource().syncBooks()) {
       if (row.container == book.container) book = std::move(row);
     }

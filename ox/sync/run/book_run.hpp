@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -37,7 +38,7 @@ class BookRun {
   // True when another look at the book may finish what this one could not.
   bool run(const Start& start);
 
-  const SyncBook& book() const { return book_; }
+  bool isPostponed() const { return isPostponed_; }
 
  private:
   void learnFacts();
@@ -46,6 +47,8 @@ class BookRun {
   void plan(BookLook& look);
   void take(CardSides sides);
   void takeForeign(CardSides sides);
+  void noteGroupSpelling(const CardSides& sides);
+  bool isOnItsWay(const SyncCard& card);
   void createNew(const BookLook& look);
   bool mayGoOn(BookLook& look);
   std::optional<std::string> guarded(BookLook& look) const;
@@ -64,11 +67,15 @@ class BookRun {
   CardDecisions decisions_;
   std::vector<CardStep> steps_;
   std::unordered_set<std::string> broughtBack_;  // UIDs, as members name them
+  // Of other containers: records that are not sent yet.
+  std::unordered_map<std::string, std::unordered_set<RecordKey>> waiting_;
+  bool isPostponed_ = false;
   std::int64_t start_;
 };
 
-// Runs a book, and once more where somebody was faster, up to three times. Throws as BookRun.
-void runBook(RemoteBook& remote, SyncBook book, const SyncOptions& options, BookRun::Start start,
+// Runs a book, and once more where somebody was faster, up to three times. True when it is to be
+// run again after the other books: cards that were moved there wait for that. Throws as BookRun.
+bool runBook(RemoteBook& remote, SyncBook book, const SyncOptions& options, BookRun::Start start,
              BookReport& report);
 
 }  // namespace ox::sync

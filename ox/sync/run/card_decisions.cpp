@@ -312,6 +312,11 @@ CardStep CardDecisions::brought(CardSides& sides, ReadCard theirs) {
       bases.theirs.photo = theirs.content.photo;
     }
   }
+  // What this side has sent, and nobody has changed since, is agreed, though the answer was lost.
+  if (sides.isFirstMeeting && !texts.text.empty()) {
+    bases = basesOf(sides, texts);
+    if (sameContent(bases.theirs, theirs.content)) sides.isFirstMeeting = false;
+  }
   const auto* theirBase = sides.isFirstMeeting ? nullptr : &bases.theirs;
   const auto* ourBase = sides.isFirstMeeting ? nullptr : &bases.ours;
   const auto merged = merge(theirBase, theirs.content, ourBase, ours.content);
@@ -378,9 +383,12 @@ CardStep CardDecisions::create(const RecordKey& record, RecordKind kind, const L
   step.card.path = std::move(path);
   step.card.uid = std::move(uid);
   step.card.intent = SyncCard::Intent::Create;
-  step.texts.emplace();
   step.writesRow = true;
-  auto text = newCard(ours.content, step.card.uid, rules_.version, {rules_.revision});
+  const bool isGroupOf4 = kind == RecordKind::Group && rules_.writesGroupsAs4;
+  auto text = newCard(ours.content, step.card.uid,
+                      isGroupOf4 ? vcard::CardVersion::V40 : rules_.version, {rules_.revision});
+  // Kept from before it is sent, for whoever finds it there.
+  step.texts = agreedTexts(text, ours.content);
   send(step, CardStep::There::Create, std::move(text), ours.content, ours.fingerprint, ours.beside);
   return step;
 }

@@ -34,8 +34,8 @@ struct CardSides {
 // What holds for every card of a run.
 struct RunRules {
   bool pushes = true;                                    // and the book takes it
-  bool isReadOnly = false;                               // the book
   vcard::CardVersion version = vcard::CardVersion::V30;  // of new cards
+  bool writesGroupsAs4 = false;                          // since the book has some of version 4.0
   std::uint64_t mostBytes = 0;                           // of a card; 0: not known
   std::string revision;                                  // see EditOptions
 };

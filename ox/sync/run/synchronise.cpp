@@ -108,27 +108,10 @@ class LoginRun {
     const auto same = unchangedBooks(remote);
     for (; done_ < books_.size(); ++done_) {
       const bool isSame = std::ranges::find(same, books_[done_].container) != same.end();
-      try {
-        runOne(remote, done_, isSame);
-      } catch (const RemoteError& error) {
-        using enum RemoteFailure;
-        // One bad book never stops a login; a login that is refused stops all of it.
-        const bool isOfBook =
-            error.kind() == Away || error.kind() == Protocol || error.kind() == NoBook;
-        if (!isOfBook) {
-          finish(remote, done_);
-          throw;
-        }
-        fail(done_, error);
-        noteFailure(error);
-        if (error.kind() == Away) noteAway(books_[done_]);
-      } catch (const FailureError& error) {
-        failStore(done_, error.what());
-      } catch (const DamagedBytes& error) {
-        failStore(done_, error.what());
-      }
-      finish(remote, done_);
+      tryOne(remote, done_, isSame);
     }
+    // Cards that were moved into another of these books have arrived there.
+    for (const auto place : std::exchange(postponed_, {})) tryOne(remote, place, false);
     keepScheme(remote);
   }
 
@@ -142,6 +125,29 @@ class LoginRun {
       if (error.kind() != Away && error.kind() != Protocol && error.kind() != NoBook) throw;
       return {};
     }
+  }
+
+  // One bad book never stops a login; a login that is refused stops all of it.
+  void tryOne(RemoteLogin& remote, std::size_t place, bool isSame) {
+    using enum RemoteFailure;
+    try {
+      runOne(remote, place, isSame);
+    } catch (const RemoteError& error) {
+      const bool isOfBook =
+          error.kind() == Away || error.kind() == Protocol || error.kind() == NoBook;
+      if (!isOfBook) {
+        finish(remote, place);
+        throw;
+      }
+      fail(place, error);
+      noteFailure(error);
+      if (error.kind() == Away) noteAway(books_[place]);
+    } catch (const FailureError& error) {
+      failStore(place, error.what());
+    } catch (const DamagedBytes& error) {
+      failStore(place, error.what());
+    }
+    finish(remote, place);
   }
 
   // The store could not do it, or what it keeps of this book is damaged: the other books go on.
@@ -174,8 +180,8 @@ class LoginRun {
 
   void finish(const RemoteLogin& remote, std::size_t place) {
     auto& report = reports_[place];
-    report.requests = remote.requests() - requests_;
-    report.bytes = remote.bytes() - bytes_;
+    report.requests += remote.requests() - requests_;
+    report.bytes += remote.bytes() - bytes_;
     requests_ = remote.requests();
     bytes_ = remote.bytes();
     addOpenMatters(report);
@@ -183,6 +189,7 @@ class LoginRun {
 
   // What earlier runs have left open is open still.
   static void addOpenMatters(BookReport& report) {
+    report.conflicts = 0;
     for (const auto& conflict : syncSource().syncConflicts()) {
       if (conflict.container == report.container) ++report.conflicts;
     }
@@ -201,9 +208,16 @@ class LoginRun {
     return content ? nameOfContent(content->content) : card.href;
   }
 
+  static SyncBook bookNow(const SyncBook& book) {
+    for (auto& row : syncSource().syncBooks()) {
+      if (row.container == book.container) return row;
+    }
+    return book;
+  }
+
   void runOne(RemoteLogin& remote, std::size_t place, bool isSame) {
     auto& report = reports_[place];
-    auto book = books_[place];
+    auto book = bookNow(books_[place]);
     const auto began = std::chrono::steady_clock::now();
     if (book.state == SyncBook::State::Paused) return;
     const auto elsewhere = remote.open(book);
@@ -212,7 +226,7 @@ class LoginRun {
     start.isOneOfSeveral = books_.size() > 1;
     start.listsAll = options_.listsAll;
     start.abilities = [&] { return remote.abilitiesOf(*elsewhere); };
-    runBook(*elsewhere, std::move(book), options_, start, report);
+    if (runBook(*elsewhere, std::move(book), options_, start, report)) postponed_.push_back(place);
     report.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
   }
@@ -222,6 +236,7 @@ class LoginRun {
   std::vector<SyncBook> books_;
   std::vector<BookReport> reports_;
   std::size_t done_ = 0;
+  std::vector<std::size_t> postponed_;
   std::uint64_t requests_ = 0;
   std::uint64_t bytes_ = 0;
 };
