@@ -127,6 +127,27 @@ TEST(LostAnswer, ToANewCardThatIsDeletedHereSinceDeletesItThere) {
   EXPECT_EQ(book.persons().size(), 1U);
 }
 
+TEST(LostAnswer, ToANewCardBringsNothingBackThatIsEditedHereSince) {
+  BookElsewhere elsewhere;
+  SyncedBook book(elsewhere);
+  elsewhere.put("a.vcf", cardText("a", "A", "X"));
+  book.runClean();
+  const auto bob = book.addPerson("Bob", "Ray", {"1"});
+  elsewhere.requests = 0;
+  elsewhere.breaksAfter = 1;
+  book.run();
+  elsewhere.breaksAfter.reset();
+  book.edit(bob, [](PropertyBag& values) { values.set(property_id::kPhone, PropertyValue()); });
+  book.addPhone(bob, "22");
+  book.runClean();
+  EXPECT_EQ(book.phones(bob), std::vector<std::string>{"22"});
+  const auto& text = elsewhere.cards().begin()->first == "a.vcf"
+                         ? elsewhere.cards().rbegin()->second.text
+                         : elsewhere.cards().begin()->second.text;
+  EXPECT_EQ(text.find(":1\r\n"), std::string::npos) << text;
+  EXPECT_NE(text.find(":22\r\n"), std::string::npos) << text;
+}
+
 TEST(NewCard, WhoseFileNameIsTakenGetsAnother) {
   BookElsewhere elsewhere;
   SyncedBook book(elsewhere);

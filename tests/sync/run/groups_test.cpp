@@ -106,6 +106,21 @@ TEST_F(GroupOfTwo, IsSentAfterItsNewMembers) {
   EXPECT_EQ(elsewhere.log, Lines{"LIST"});
 }
 
+TEST(NewGroup, IsWrittenAsTheOthersOfItsBook) {
+  BookElsewhere elsewhere;
+  SyncedBook book(elsewhere);
+  elsewhere.put(
+      "g.vcf",
+      "BEGIN:VCARD\r\nVERSION:4.0\r\nUID:urn:uuid:44444444-4444-4444-8444-444444444444\r\n"
+      "FN:Old\r\nKIND:group\r\nEND:VCARD\r\n");
+  book.runClean();
+  const auto group = book.addGroup("New");
+  book.runClean();
+  const auto& text = elsewhere.text(group.text().substr(0, 36) + ".vcf");
+  EXPECT_NE(text.find("VERSION:4.0\r\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("\r\nKIND:group\r\n"), std::string::npos) << text;
+}
+
 TEST_F(GroupOfTwo, LiesInAnotherGroup) {
   elsewhere.put("inner.vcf", groupText(kInner, "Inner", {kBob}));
   elsewhere.put("friends.vcf", groupText(kFriends, "Friends", {kAnn, kInner}));

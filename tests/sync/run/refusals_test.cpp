@@ -104,6 +104,18 @@ TEST_F(BookThatRefuses, EverythingIsReadOnlyFromThenOn) {
   EXPECT_EQ(book.text(ann, property_id::kNote), "ours");
 }
 
+TEST_F(BookThatRefuses, ChangesSaysThatTheyStayHere) {
+  elsewhere.bookFacts.isReadOnly = true;
+  SyncedBook readOnly(elsewhere, "Read-only");
+  readOnly.runClean();
+  readOnly.set(readOnly.onlyPerson(), property_id::kNote, "ours");
+  elsewhere.log.clear();
+  const auto report = readOnly.run();
+  EXPECT_EQ(report.notes, Lines{"the book takes no changes: what was changed here stays here"});
+  EXPECT_EQ(elsewhere.log, Lines{"LIST"});
+  EXPECT_EQ(readOnly.text(readOnly.onlyPerson(), property_id::kNote), "ours");
+}
+
 TEST_F(BookThatRefuses, WhatIsTooLargeIsNotSent) {
   elsewhere.bookFacts.mostBytes = 2000;
   SyncedBook small(elsewhere, "Small");
