@@ -47,11 +47,10 @@ struct AddedBook {
 };
 
 // Keeps the login under that name, which must be free, and makes a container of each book, in one
-// act. Nothing is synchronised yet. Throws RemoteError (Usage) for a name that is taken, a container
-// that is in step with another book, or the local one; StoreError.
+// act. Nothing is synchronised yet. Throws RemoteError (Usage) for a name that is taken, a
+// container that is in step with another book, or the local one; StoreError.
 OX_EXPORT std::vector<AddedBook> addLogin(const std::string& name, const LoginSettings& settings,
-                                          const Offer& offer,
-                                          const std::vector<ChosenBook>& books);
+                                          const Offer& offer, const std::vector<ChosenBook>& books);
 
 struct KnownBook {
   std::string container;  // identifier

@@ -59,7 +59,7 @@ struct BookReport {
   SyncCounts up;
   std::size_t conflicts = 0;  // that are open in this book
   std::vector<RefusedCard> refused;
-  std::vector<std::string> notes;  // what the user should know: one sentence each
+  std::vector<std::string> notes;   // what the user should know: one sentence each
   std::vector<PlannedChange> plan;  // of Planned, NeedsConfirmation; of Guarded the deletions
   std::uint64_t requests = 0;
   std::uint64_t bytes = 0;

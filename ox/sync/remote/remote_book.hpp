@@ -81,8 +81,8 @@ struct BookFacts {
 };
 
 // One address book elsewhere, as a run needs it. Operations throw RemoteError when the book as a
-// whole cannot be used; what concerns one card is in that card's answer. One thread at a time; sinks
-// are called on the thread of the caller.
+// whole cannot be used; what concerns one card is in that card's answer. One thread at a time;
+// sinks are called on the thread of the caller.
 class RemoteBook {
  public:
   RemoteBook() = default;

@@ -24,7 +24,8 @@ enum class RemoteFailure : std::uint8_t {
 // Says in one sentence what failed, where and why, without any secret.
 class OX_EXPORT RemoteError : public std::runtime_error {
  public:
-  RemoteError(RemoteFailure kind, const std::string& what) : std::runtime_error(what), kind_(kind) {}
+  RemoteError(RemoteFailure kind, const std::string& what)
+      : std::runtime_error(what), kind_(kind) {}
   RemoteFailure kind() const { return kind_; }
 
   // Of TryLater: when it may be asked again, in milliseconds since 1970; 0 when it did not say.
