@@ -201,11 +201,10 @@ void Exchange::pauseAsAsked(const HttpAnswer& answer) {
   const auto pause = askedPause(answer.header("retry-after"), answer.header("date"), now);
   const auto time = HttpLimits::Time(pause.value_or(std::chrono::seconds(0)));
   if (!pause || paused_ + time > session_.limits.longestPause) {
-    RemoteError error(RemoteFailure::TryLater,
+    throw RemoteError(RemoteFailure::TryLater,
                       url_.place() + " wants to be left alone (" + std::to_string(answer.status) +
-                          ")" + (pause ? " for " + std::to_string(pause->count()) + " s" : ""));
-    if (pause) error.notBefore = now + time.count();
-    throw error;
+                          ")" + (pause ? " for " + std::to_string(pause->count()) + " s" : ""),
+                      pause ? now + time.count() : 0);
   }
   paused_ += time;
   isPausing_ = true;

@@ -24,15 +24,15 @@ enum class RemoteFailure : std::uint8_t {
 // Says in one sentence what failed, where and why, without any secret.
 class OX_EXPORT RemoteError : public std::runtime_error {
  public:
-  RemoteError(RemoteFailure kind, const std::string& what)
-      : std::runtime_error(what), kind_(kind) {}
+  RemoteError(RemoteFailure kind, const std::string& what, std::int64_t notBefore = 0)
+      : std::runtime_error(what), kind_(kind), notBefore_(notBefore) {}
   RemoteFailure kind() const { return kind_; }
-
   // Of TryLater: when it may be asked again, in milliseconds since 1970; 0 when it did not say.
-  std::int64_t notBefore = 0;
+  std::int64_t notBefore() const { return notBefore_; }
 
  private:
   RemoteFailure kind_;
+  std::int64_t notBefore_;
 };
 
 }  // namespace ox::sync

@@ -93,9 +93,9 @@ class LoginRun {
     if (error.kind() == RemoteFailure::Stopped || options_.isDryRun) return;
     for (auto& row : syncSource().syncLogins()) {
       if (row.id != login_.id) continue;
-      if (row.lastError == error.what() && row.notBefore == error.notBefore) return;
+      if (row.lastError == error.what() && row.notBefore == error.notBefore()) return;
       row.lastError = error.what();
-      row.notBefore = error.notBefore;
+      row.notBefore = error.notBefore();
       SaveRequest request;
       request.sync.logins.push_back(std::move(row));
       containerSource().execute(request);

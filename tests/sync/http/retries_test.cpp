@@ -134,8 +134,8 @@ std::optional<std::int64_t> pausedFor(ScriptedServer& server, const ScriptedAnsw
     client.send(get(server.url()));
   } catch (const RemoteError& error) {
     EXPECT_EQ(nameOf(error.kind()), "TryLater");
-    if (error.notBefore == 0) return {};
-    return (error.notBefore - millisecondsNow() + 500) / 1000;
+    if (error.notBefore() == 0) return {};
+    return (error.notBefore() - millisecondsNow() + 500) / 1000;
   }
   return -1;
 }
