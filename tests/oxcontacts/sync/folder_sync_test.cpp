@@ -164,6 +164,8 @@ TEST_F(FolderSync, NamesCardsThatItRefusesAndGoesOn) {
                     "oxcontacts: Cards: refused link.vcf: is a symbolic link, which is not "
                     "followed\n"))
       << result.errors;
+  // They are refused still, and nothing else is to be done.
+  EXPECT_EQ(run({"sync"}).exitCode, 3);
   std::filesystem::remove(path("link.vcf"));
   std::filesystem::remove(path("two.vcf"));
   EXPECT_EQ(run({"sync"}).exitCode, 0);
@@ -210,7 +212,8 @@ TEST_F(FolderSync, TellsWhenItWasLastInStepAndWhatFailedLast) {
   EXPECT_EQ(status["lastError"], path() + ": No such file or directory");
   const auto text = run({"sync", "--status"});
   EXPECT_EQ(text.exitCode, 0);
-  EXPECT_TRUE(text.output.starts_with("ACCOUNT  STATE   LAST SUCCESS")) << text.output;
+  EXPECT_TRUE(text.output.starts_with("ACCOUNT  STATE  LAST SUCCESS")) << text.output;
+  EXPECT_TRUE(holds(text.output, "\nCards    away   ")) << text.output;
 }
 
 // Two users of one folder, each with a store of her own.

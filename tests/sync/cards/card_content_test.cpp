@@ -79,7 +79,8 @@ TEST(ContentOfRecord, TakesTagsAsCategoriesOnceTheyAreTags) {
   auto bag = importedFrom(cardText("FN:Ann\nCATEGORIES:a,b\n"));
   EXPECT_EQ(contentOfRecord(false, bag, nullptr, {"b", "c"}, {}).categories, (Words{"b", "c"}));
   // A record of an older store has the lines alone.
-  vcard::MemorySource source(cardText("FN:Ann\nCATEGORIES:a,b\n"));
+  const auto text = cardText("FN:Ann\nCATEGORIES:a,b\n");
+  vcard::MemorySource source(text);
   vcard::Reader reader(source);
   bag = std::get<vcard::Card>(*reader.next()).properties;
   EXPECT_EQ(contentOfRecord(false, bag, nullptr, {"b", "c"}, {}).categories,
