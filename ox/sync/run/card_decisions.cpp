@@ -239,7 +239,7 @@ std::optional<CardStep> CardDecisions::readThere(CardSides& sides) {
                       saysTheSameAsBefore(sides.card, theirs.content))) {
     return deletedHere(sides, nameOfContent(theirs.content));
   }
-  return sides.ours ? brought(sides, std::move(theirs)) : added(sides, std::move(theirs));
+  return sides.ours ? brought(sides, theirs) : added(sides, std::move(theirs));
 }
 
 // Whether a card that was deleted here is what it was when both last agreed, whatever its ETag.
@@ -296,7 +296,7 @@ CardStep CardDecisions::added(CardSides& sides, ReadCard theirs) {
 }
 
 // Both sides are there: what was changed on either is brought to the other.
-CardStep CardDecisions::brought(CardSides& sides, ReadCard theirs) {
+CardStep CardDecisions::brought(CardSides& sides, const ReadCard& theirs) {
   const auto& ours = *sides.ours;
   CardStep step;
   step.card = sides.card;

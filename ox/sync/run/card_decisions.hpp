@@ -64,7 +64,7 @@ class CardDecisions {
   bool saysTheSameAsBefore(const SyncCard& card, const CardContent& theirs) const;
   std::optional<CardStep> deletedHere(CardSides& sides, const std::string& name);
   CardStep added(CardSides& sides, ReadCard theirs);
-  CardStep brought(CardSides& sides, ReadCard theirs);
+  CardStep brought(CardSides& sides, const ReadCard& theirs);
   Bases basesOf(const CardSides& sides, const SyncCard::Texts& texts);
   void send(CardStep& step, CardStep::There how, std::string text, const CardContent& here,
             std::uint64_t fingerprint, std::uint64_t beside);

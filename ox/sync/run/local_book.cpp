@@ -61,7 +61,7 @@ std::optional<LocalContent> LocalBook::contentOf(const RecordKey& key, RecordKin
     local.beside = besideOfTags(tags);
   }
   local.content =
-      contentOfRecord(isGroup, *stored.values, stored.picture, std::move(tags), std::move(members));
+      contentOfRecord(isGroup, *stored.values, stored.picture, tags, std::move(members));
   return local;
 }
 

@@ -156,7 +156,7 @@ class LoginRun {
     reports_[place].failure = why;
   }
 
-  void noteAway(SyncBook book) const {
+  void noteAway(const SyncBook& book) const {
     if (options_.isDryRun || book.state == SyncBook::State::Away) return;
     for (auto& row : syncSource().syncBooks()) {
       if (row.container != book.container) continue;
