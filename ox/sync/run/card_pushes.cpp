@@ -71,7 +71,12 @@ void noteIntents(std::vector<CardStep>& steps) {
   for (auto& step : steps) {
     const bool forgetsIntent = step.removesRow && step.there == CardStep::There::Nothing &&
                                step.card.intent == SyncCard::Intent::Create && step.card.id != 0;
-    if (forgetsIntent) request.sync.removedCards.push_back(step.card.id);
+    if (forgetsIntent) {
+      // Gone with this act: a row that it adds may get the same id.
+      request.sync.removedCards.push_back(step.card.id);
+      step.removesRow = false;
+      step.card.id = 0;
+    }
     if (!isToSend(step) || step.there == CardStep::There::Update) continue;
     auto intent = step.card;
     if (step.there == CardStep::There::Delete) {

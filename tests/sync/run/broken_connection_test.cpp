@@ -148,6 +148,23 @@ TEST(LostAnswer, ToANewCardBringsNothingBackThatIsEditedHereSince) {
   EXPECT_NE(text.find(":22\r\n"), std::string::npos) << text;
 }
 
+TEST(LostRequest, OfANewCardWhosePersonIsGoneTakesNothingFromTheNextNewCard) {
+  BookElsewhere elsewhere;
+  SyncedBook book(elsewhere);
+  elsewhere.put("a.vcf", cardText("a", "A", "X"));
+  book.runClean();
+  const auto bob = book.addPerson("Bob", "Ray");
+  elsewhere.requests = 0;
+  elsewhere.breaksBefore = 1;
+  book.run();
+  elsewhere.breaksBefore.reset();
+  book.remove(bob);
+  book.addPerson("Cy", "Doe");
+  book.runClean();
+  EXPECT_EQ(elsewhere.cards().size(), 2U);
+  EXPECT_EQ(syncSource().countAgreedSyncCards(book.container()), 2U);
+}
+
 TEST(NewCard, WhoseFileNameIsTakenGetsAnother) {
   BookElsewhere elsewhere;
   SyncedBook book(elsewhere);

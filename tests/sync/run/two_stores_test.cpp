@@ -227,7 +227,7 @@ TEST_P(TwoStores, EndAlikeAndLoseNoEdit) {
       }
     }
     RandomEdits edits(seed);
-    edits.run();
+    ASSERT_NO_THROW(edits.run());
     const auto one = contentOf(edits.one.use());
     const auto two = contentOf(edits.two.use());
     EXPECT_EQ(one, two);
