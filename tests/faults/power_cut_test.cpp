@@ -137,7 +137,7 @@ SaveRequest runWith(const std::string& id) {
   SyncCardChange card;
   card.card.container = book.container;
   card.card.record = RecordKey::of(id);
-  card.card.path = "/work/" + id;
+  card.card.path = "/book/" + id;
   card.texts = SyncCard::Texts{std::string(6'000, 't'), "agreed", "", ""};
   request.sync.cards.push_back(card);
   return request;
