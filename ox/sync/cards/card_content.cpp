@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "ox/base/text/ascii_case.hpp"
+#include "ox/records/card_uid.hpp"
 #include "ox/records/clean_text.hpp"
 #include "ox/records/encoded_values.hpp"
 #include "ox/vcard/lines/ascii.hpp"
@@ -42,6 +44,10 @@ std::variant<ReadCard, std::string> readCard(std::string_view text) {
                                  {}, std::move(card.members));
   read.version = versionOf(text);
   return read;
+}
+
+std::string comparableUid(std::string_view uid) {
+  return lowerCase(uidKey(uid));
 }
 
 }  // namespace ox::sync

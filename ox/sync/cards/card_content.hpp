@@ -44,6 +44,9 @@ struct ReadCard {
 };
 std::variant<ReadCard, std::string> readCard(std::string_view text);
 
+// What UIDs are compared by: a leading "urn:uuid:" and the case are spelling alone.
+std::string comparableUid(std::string_view uid);
+
 // Whether two contents say the same. Identifiers and order of entries do not count, nor do the UID,
 // REV and PRODID, and what a card says of a value beside it (its spelling, parameters of no label).
 bool sameContent(const CardContent& a, const CardContent& b);

@@ -16,14 +16,42 @@ namespace {
 
 constexpr std::size_t kPathsAtOnce = 1000;
 
-// Case and the prefix of a UID are matters of spelling.
-std::string comparableUid(std::string_view uid) {
-  return lowerCase(uidKey(uid));
-}
-
 // One that nobody could read when it was listed, and that has no record for that reason.
 bool hasNeverHadRecord(const SyncCard& card) {
   return card.record.isNone() && card.fingerprint == 0 && card.intent == SyncCard::Intent::None;
+}
+
+// What was fetched of a card, nothing else of which is known yet.
+CardSides sidesOfFetched(FetchedCard fetched) {
+  CardSides sides;
+  sides.theirs = std::move(fetched);
+  switch (sides.theirs.state) {
+    case FetchedCard::State::Gone:
+      sides.there = CardSides::There::Gone;
+      return sides;
+    case FetchedCard::State::Unreadable:
+      sides.there = CardSides::There::Unreadable;
+      return sides;
+    case FetchedCard::State::Read:
+      break;
+  }
+  auto read = readCard(sides.theirs.text);
+  if (auto* card = std::get_if<ReadCard>(&read)) {
+    sides.there = CardSides::There::Read;
+    sides.read = std::move(*card);
+  } else {
+    sides.there = CardSides::There::Unreadable;
+    sides.theirs.reason = std::get<std::string>(std::move(read));
+  }
+  return sides;
+}
+
+// Of a card that is known: what was fetched of it beside.
+CardSides withFetched(CardSides known, CardSides fetched) {
+  known.there = fetched.there;
+  known.theirs = std::move(fetched.theirs);
+  known.read = std::move(fetched.read);
+  return known;
 }
 
 }  // namespace
@@ -122,7 +150,12 @@ void BookLook::noteListed(const ListedCard& listed, const SyncCardNow* known) {
 }
 
 void BookLook::noteGone(const SyncCardNow& known) {
+  // What was to be created was not there before either.
   if (known.card.id == 0 || known.card.intent == SyncCard::Intent::Create) return;
+  addGone(known);
+}
+
+void BookLook::addGone(const SyncCardNow& known) {
   const auto here = changedHere_.find(known.card.path);
   const auto& card = here != changedHere_.end() ? here->second : known;
   if (const auto uid = comparableUid(card.card.uid); !uid.empty()) {
@@ -212,28 +245,24 @@ void BookLook::giveFetched(const std::function<void(CardSides)>& sink,
   if (fetchOrder_.empty()) return;
   std::size_t done = 0;
   progress(done, fetchOrder_.size());
-  std::vector<std::pair<std::string, FetchedCard>> displaced;
+  std::vector<std::pair<std::string, CardSides>> displaced;
   fetch(known, [&](const std::string& path, FetchedCard card) {
     progress(++done, fetchOrder_.size());
-    const auto& was = toFetch_.at(path);
-    if (!was.isIntent && card.state == FetchedCard::State::Read) {
-      const auto read = readCard(card.text);
-      const auto* now = std::get_if<ReadCard>(&read);
-      const auto uid = comparableUid(was.known.card.uid);
-      const auto uidNow = now != nullptr ? comparableUid(now->uid) : std::string();
-      if (!uid.empty() && !uidNow.empty() && uid != uidNow) {
-        noteGone(was.known);
-        vacated_.insert(path);
-        displaced.emplace_back(path, std::move(card));
-        return;
-      }
+    auto fetched = sidesOfFetched(std::move(card));
+    const auto& was = toFetch_.at(path).known;
+    const auto uid = comparableUid(was.card.uid);
+    const auto uidNow = fetched.read ? comparableUid(fetched.read->uid) : std::string();
+    if (uid.empty() || uidNow.empty() || uid == uidNow) {
+      return takeKnown(path, std::move(fetched), sink);
     }
-    takeKnown(path, std::move(card), sink);
+    addGone(was);
+    vacated_.insert(path);
+    displaced.emplace_back(path, std::move(fetched));
   });
   for (auto& [path, card] : displaced) takeUnknown(path, std::move(card), sink);
   fetch(unknown, [&](const std::string& path, FetchedCard card) {
     progress(++done, fetchOrder_.size());
-    takeUnknown(path, std::move(card), sink);
+    takeUnknown(path, sidesOfFetched(std::move(card)), sink);
   });
 }
 
@@ -249,17 +278,14 @@ void BookLook::fetch(const std::vector<std::string>& paths,
   });
 }
 
-void BookLook::takeKnown(const std::string& path, FetchedCard fetched,
+void BookLook::takeKnown(const std::string& path, CardSides fetched,
                          const std::function<void(CardSides)>& sink) {
   const auto& was = toFetch_.at(path);
   const auto here = changedHere_.find(path);
-  auto sides = sidesOf(here != changedHere_.end() ? here->second : was.known);
+  auto sides = withFetched(sidesOf(here != changedHere_.end() ? here->second : was.known),
+                           std::move(fetched));
   changedHere_.erase(path);
-  sides.there = fetched.state == FetchedCard::State::Read   ? CardSides::There::Read
-                : fetched.state == FetchedCard::State::Gone ? CardSides::There::Gone
-                                                            : CardSides::There::Unreadable;
   sides.isFirstMeeting = was.isIntent;
-  sides.theirs = std::move(fetched);
   if (sides.card.kind == RecordKind::Group) {
     groups_.push_back(std::move(sides));
   } else {
@@ -267,49 +293,37 @@ void BookLook::takeKnown(const std::string& path, FetchedCard fetched,
   }
 }
 
-void BookLook::takeUnknown(const std::string& path, FetchedCard fetched,
+void BookLook::takeUnknown(const std::string& path, CardSides sides,
                            const std::function<void(CardSides)>& sink) {
-  if (fetched.state == FetchedCard::State::Gone) return;  // it came and went
-  CardSides sides;
+  if (sides.there == CardSides::There::Gone) return;  // it came and went
   sides.card.container = local_.container();
   sides.card.path = path;
   const auto& known = toFetch_.at(path).known.card;
   if (hasNeverHadRecord(known)) sides.rowInTheWay = known.id;
-  const bool isRead = fetched.state == FetchedCard::State::Read;
-  sides.there = isRead ? CardSides::There::Read : CardSides::There::Unreadable;
-  sides.theirs = std::move(fetched);
-  if (isRead) recognise(sides);
+  if (sides.read && !recogniseMoved(sides)) recogniseRecord(sides);
   sink(std::move(sides));
 }
 
-void BookLook::recognise(CardSides& sides) {
-  if (gone_.empty() && withoutCard_.empty()) return;
-  const auto read = readCard(sides.theirs.text);
-  const auto* card = std::get_if<ReadCard>(&read);
-  if (card == nullptr) return;
-  if (recogniseMoved(sides, comparableUid(card->uid))) return;
-  recogniseRecord(sides, *card, std::string(uidKey(card->uid)));
-}
-
 // The other side has given the card another place.
-bool BookLook::recogniseMoved(CardSides& sides, const std::string& uid) {
-  const auto path = uid.empty() ? goneByUid_.end() : goneByUid_.find(uid);
+bool BookLook::recogniseMoved(CardSides& sides) {
+  const auto path = goneByUid_.find(comparableUid(sides.read->uid));
   const auto moved = path != goneByUid_.end() ? gone_.find(path->second) : gone_.end();
   if (moved == gone_.end()) return false;
-  auto found = sidesOf(moved->second);
-  changedHere_.erase(found.card.path);
-  found.formerPath = std::exchange(found.card.path, sides.card.path);
-  found.rowInTheWay = sides.rowInTheWay;
-  found.there = CardSides::There::Read;
-  found.theirs = std::move(sides.theirs);
-  sides = std::move(found);
+  const auto newPath = sides.card.path;
+  const auto inTheWay = sides.rowInTheWay;
+  sides = withFetched(sidesOf(moved->second), std::move(sides));
+  changedHere_.erase(sides.card.path);
+  sides.formerPath = std::exchange(sides.card.path, newPath);
+  sides.rowInTheWay = inTheWay;
   vacated_.erase(moved->first);
   gone_.erase(moved);
   return true;
 }
 
-bool BookLook::recogniseRecord(CardSides& sides, const ReadCard& card, const std::string& uid) {
-  if (withoutCard_.empty()) return false;
+void BookLook::recogniseRecord(CardSides& sides) {
+  if (withoutCard_.empty()) return;
+  const auto& card = *sides.read;
+  const auto uid = uidKey(card.uid);
   const auto kind = card.content.isGroup ? RecordKind::Group : RecordKind::Person;
   const auto take = [&](const RecordKey& key) {
     if (!recognised_.insert(key).second) return false;
@@ -324,16 +338,15 @@ bool BookLook::recogniseRecord(CardSides& sides, const ReadCard& card, const std
     const std::array sought{SoughtRecord{uid}};
     const auto found = containerSource().matches(local_.container(), kind, sought);
     for (const auto& record : found.front()) {
-      if (withoutCardByKey_.contains(record.key) && take(record.key)) return true;
+      if (withoutCardByKey_.contains(record.key) && take(record.key)) return;
     }
   }
   const auto fingerprint = contentFingerprint(
       propertiesOfRecord(card.content), card.content.photo ? checksum64(*card.content.photo) : 0);
   const auto [first, last] = withoutCardByContent_.equal_range(fingerprint);
   for (auto it = first; it != last; ++it) {
-    if (it->second->kind == kind && take(it->second->key)) return true;
+    if (it->second->kind == kind && take(it->second->key)) return;
   }
-  return false;
 }
 
 void BookLook::giveOthers(const std::function<void(CardSides)>& sink,

@@ -64,6 +64,7 @@ class BookLook {
   void takeOver();
   void noteListed(const ListedCard& listed, const SyncCardNow* known);
   void noteGone(const SyncCardNow& known);
+  void addGone(const SyncCardNow& known);
   void lookAtWholeListing();
   void lookAtNews();
   bool isNoNews() const;
@@ -72,15 +73,14 @@ class BookLook {
   void keepMembers(CardSides& sides, const std::unordered_set<std::string>& broughtBack);
   void fetch(const std::vector<std::string>& paths,
              const std::function<void(const std::string& path, FetchedCard)>& take);
-  void takeKnown(const std::string& path, FetchedCard fetched,
+  void takeKnown(const std::string& path, CardSides fetched,
                  const std::function<void(CardSides)>& sink);
-  void takeUnknown(const std::string& path, FetchedCard fetched,
+  void takeUnknown(const std::string& path, CardSides fetched,
                    const std::function<void(CardSides)>& sink);
   // The card of the store that a text at another place is about, or a record that no card stands
   // for.
-  void recognise(CardSides& sides);
-  bool recogniseMoved(CardSides& sides, const std::string& uid);
-  bool recogniseRecord(CardSides& sides, const ReadCard& card, const std::string& uid);
+  bool recogniseMoved(CardSides& sides);
+  void recogniseRecord(CardSides& sides);
 
   LocalBook& local_;
   RemoteBook& remote_;

@@ -93,7 +93,6 @@ bool BookRun::run(const Start& start) {
   rules_.pushes = options_.pushes && !book_.isReadOnly;
   rules_.mostBytes = book_.mostBytes;
   rules_.version = book_.versions == kOnly40 ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
-
   rules_.writesGroupsAs4 = book_.groupSpelling == kOnly40;
 
   look.lookThere(tokenToAsk(start.listsAll));
@@ -163,13 +162,6 @@ void BookRun::take(CardSides sides) {
   const bool isNews = sides.there != CardSides::There::Same;
   const bool wasSent = sides.card.intent == SyncCard::Intent::Create;
   if (isNews && !options_.pulls && !wasSent) return;
-  if (wasSent && sides.there == CardSides::There::Read) {
-    const auto read = readCard(sides.theirs.text);
-    const auto* card = std::get_if<ReadCard>(&read);
-    if (card != nullptr && uidKey(card->uid) != uidKey(sides.card.uid)) {
-      return takeForeign(std::move(sides));
-    }
-  }
   noteGroupSpelling(sides);
   auto step = decisions_.decide(std::move(sides));
   if (!step) return;
@@ -183,13 +175,8 @@ void BookRun::take(CardSides sides) {
 
 // New groups are written as those that are there.
 void BookRun::noteGroupSpelling(const CardSides& sides) {
-  const bool mayBeGroup = sides.there == CardSides::There::Read &&
-                          (sides.card.id == 0 || sides.card.kind == RecordKind::Group);
-  if (!mayBeGroup || !book_.groupSpelling.empty()) return;
-  const auto read = readCard(sides.theirs.text);
-  const auto* card = std::get_if<ReadCard>(&read);
-  if (card == nullptr || !card->content.isGroup) return;
-  book_.groupSpelling = card->version == vcard::CardVersion::V40 ? kOnly40 : kOnly30;
+  if (!sides.read || !sides.read->content.isGroup || !book_.groupSpelling.empty()) return;
+  book_.groupSpelling = sides.read->version == vcard::CardVersion::V40 ? kOnly40 : kOnly30;
   rules_.writesGroupsAs4 = book_.groupSpelling == kOnly40;
 }
 
@@ -216,29 +203,6 @@ bool BookRun::isOnItsWay(const SyncCard& card) {
     if (isWaiting) return true;
   }
   return false;
-}
-
-// Where a card was to be created another one stands: that is taken, and ours gets another place.
-void BookRun::takeForeign(CardSides sides) {
-  if (!rules_.pushes) return;
-  CardStep forgotten;
-  forgotten.card = sides.card;
-  forgotten.removesRow = true;
-  steps_.push_back(std::move(forgotten));
-  const auto ours = std::move(sides.ours);
-  const auto record = sides.card.record;
-  const auto kind = sides.card.kind;
-  const auto uid = sides.card.uid;
-  SyncCard card;
-  card.container = book_.container;
-  card.path = sides.card.path;
-  sides.card = std::move(card);
-  sides.ours.reset();
-  sides.isFirstMeeting = false;
-  take(std::move(sides));
-  if (!ours) return;
-  const auto href = remote_.hrefFor(fileNameFor({}));
-  steps_.push_back(decisions_.create(record, kind, *ours, href, remote_.pathOf(href), uid));
 }
 
 void BookRun::createNew(const BookLook& look) {

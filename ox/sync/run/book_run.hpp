@@ -46,7 +46,6 @@ class BookRun {
   std::string tokenToAsk(bool listsAll) const;
   void plan(BookLook& look);
   void take(CardSides sides);
-  void takeForeign(CardSides sides);
   void noteGroupSpelling(const CardSides& sides);
   bool isOnItsWay(const SyncCard& card);
   void createNew(const BookLook& look);

@@ -31,13 +31,6 @@ std::shared_ptr<const CardContent> withoutPhoto(CardContent content) {
   return std::make_shared<const CardContent>(std::move(content));
 }
 
-bool hasOpenConflict(const SyncCard& card) {
-  const auto conflicts = syncSource().syncConflicts();
-  return std::ranges::any_of(conflicts, [&](const SyncConflict& conflict) {
-    return conflict.container == card.container && conflict.path == card.path;
-  });
-}
-
 SyncCard::Texts textsOf(const SyncCard& card) {
   if (card.id == 0) return {};
   const std::array ids{card.id};
@@ -79,7 +72,10 @@ std::optional<CardStep> CardDecisions::decide(CardSides sides) {
   auto step = decided(std::move(sides));
   if (!step) return step;
   if (inTheWay != 0) step->rowsInTheWay.push_back(inTheWay);
-  if (!formerPath.empty()) {
+  if (formerPath.empty()) return step;
+  if (step->removesRow) {
+    step->card.path = formerPath;
+  } else {
     step->formerPath = formerPath;
     step->rowsInTheWay.push_back(row);
     step->card.id = 0;
@@ -107,6 +103,24 @@ bool CardDecisions::isRefusedAsItIs(const SyncCard& card, const LocalContent& ou
   if (card.refused.empty()) return false;
   return card.refusedFingerprint == kUnreadable ||
          card.refusedFingerprint == sumOf(ours.fingerprint, ours.beside);
+}
+
+bool CardDecisions::hasOpenConflict(const SyncCard& card) {
+  if (!conflicts_) {
+    conflicts_.emplace();
+    for (auto& conflict : syncSource().syncConflicts()) {
+      if (conflict.container == book_.container()) conflicts_->insert(std::move(conflict.path));
+    }
+  }
+  return conflicts_->contains(card.path);
+}
+
+// Of a card that no text stands for yet.
+std::string CardDecisions::freshText(RecordKind kind, const CardContent& content,
+                                     std::string_view uid) const {
+  const bool isGroupOf4 = kind == RecordKind::Group && rules_.writesGroupsAs4;
+  return newCard(content, uid, isGroupOf4 ? vcard::CardVersion::V40 : rules_.version,
+                 {rules_.revision});
 }
 
 CardDecisions::Bases CardDecisions::basesOf(const CardSides& sides, const SyncCard::Texts& texts) {
@@ -188,12 +202,14 @@ std::optional<CardStep> CardDecisions::goneThere(CardSides& sides) {
   }
   const bool isRefused = !step.card.refused.empty() &&
                          step.card.refusedFingerprint == sumOf(ours.fingerprint, ours.beside);
-  if (!rules_.pushes || isRefused) return std::nullopt;
+  if (!rules_.pushes || isRefused) {
+    if (!sides.isVacated) return std::nullopt;
+    // The place is another card's now: no card stands for the record until it may be sent.
+    step.removesRow = true;
+    return step;
+  }
   step.card.refused.clear();
   if (wasThere) step.note = step.name + " was deleted there and changed here, and is sent again";
-  auto text =
-      newCard(ours.content, step.card.uid.empty() ? book_.uidOf(step.record) : step.card.uid,
-              rules_.version, {rules_.revision});
   if (sides.isVacated) {
     step.formerPath = step.card.path;
     step.rowsInTheWay.push_back(step.card.id);
@@ -201,13 +217,16 @@ std::optional<CardStep> CardDecisions::goneThere(CardSides& sides) {
     step.card.href = remote_.hrefFor(fileNameFor({}));
     step.card.path = remote_.pathOf(step.card.href);
     step.texts.emplace();
+    step.isNoted = false;
   }
   step.card.fingerprint = 0;
   step.card.intent = SyncCard::Intent::Create;
   step.card.etag.clear();
   step.writesRow = true;
   if (ours.content.isGroup) step.agreedMembers = ours.content.members;
-  send(step, CardStep::There::Create, std::move(text), ours.content, ours.fingerprint, ours.beside);
+  const auto uid = step.card.uid.empty() ? book_.uidOf(step.record) : step.card.uid;
+  send(step, CardStep::There::Create, freshText(step.card.kind, ours.content, uid), ours.content,
+       ours.fingerprint, ours.beside);
   return step;
 }
 
@@ -227,9 +246,7 @@ CardStep CardDecisions::unreadable(CardSides& sides, std::string reason) {
 }
 
 std::optional<CardStep> CardDecisions::readThere(CardSides& sides) {
-  auto read = readCard(sides.theirs.text);
-  if (auto* reason = std::get_if<std::string>(&read)) return unreadable(sides, std::move(*reason));
-  auto& theirs = std::get<ReadCard>(read);
+  const auto& theirs = *sides.read;
   const bool wasGroup = sides.card.kind == RecordKind::Group;
   if (sides.ours && wasGroup != theirs.content.isGroup) {
     return unreadable(sides,
@@ -239,7 +256,7 @@ std::optional<CardStep> CardDecisions::readThere(CardSides& sides) {
                       saysTheSameAsBefore(sides.card, theirs.content))) {
     return deletedHere(sides, nameOfContent(theirs.content));
   }
-  return sides.ours ? brought(sides, theirs) : added(sides, std::move(theirs));
+  return sides.ours ? brought(sides) : added(sides);
 }
 
 // Whether a card that was deleted here is what it was when both last agreed, whatever its ETag.
@@ -263,7 +280,8 @@ std::optional<CardStep> CardDecisions::deletedHere(CardSides& sides, const std::
   return step;
 }
 
-CardStep CardDecisions::added(CardSides& sides, ReadCard theirs) {
+CardStep CardDecisions::added(CardSides& sides) {
+  auto& theirs = *sides.read;
   CardStep step;
   step.here = CardStep::Here::Add;
   step.card = std::move(sides.card);
@@ -296,7 +314,8 @@ CardStep CardDecisions::added(CardSides& sides, ReadCard theirs) {
 }
 
 // Both sides are there: what was changed on either is brought to the other.
-CardStep CardDecisions::brought(CardSides& sides, const ReadCard& theirs) {
+CardStep CardDecisions::brought(CardSides& sides) {
+  const auto& theirs = *sides.read;
   const auto& ours = *sides.ours;
   CardStep step;
   step.card = sides.card;
@@ -384,9 +403,7 @@ CardStep CardDecisions::create(const RecordKey& record, RecordKind kind, const L
   step.card.uid = std::move(uid);
   step.card.intent = SyncCard::Intent::Create;
   step.writesRow = true;
-  const bool isGroupOf4 = kind == RecordKind::Group && rules_.writesGroupsAs4;
-  auto text = newCard(ours.content, step.card.uid,
-                      isGroupOf4 ? vcard::CardVersion::V40 : rules_.version, {rules_.revision});
+  auto text = freshText(kind, ours.content, step.card.uid);
   // Kept from before it is sent, for whoever finds it there.
   step.texts = agreedTexts(text, ours.content);
   send(step, CardStep::There::Create, std::move(text), ours.content, ours.fingerprint, ours.beside);

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,7 @@ struct CardSides {
   SyncCard card;  // as the store has it; id 0: nothing is known of it yet
   There there = There::Same;
   FetchedCard theirs;                // of Read and Unreadable
+  std::optional<ReadCard> read;      // of Read: what the text says
   std::optional<LocalContent> ours;  // missing: there is no record
   // The two have not met: they are brought together without bases.
   bool isFirstMeeting = false;
@@ -63,17 +65,20 @@ class CardDecisions {
   CardStep unreadable(CardSides& sides, std::string reason);
   bool saysTheSameAsBefore(const SyncCard& card, const CardContent& theirs) const;
   std::optional<CardStep> deletedHere(CardSides& sides, const std::string& name);
-  CardStep added(CardSides& sides, ReadCard theirs);
-  CardStep brought(CardSides& sides, const ReadCard& theirs);
+  CardStep added(CardSides& sides);
+  CardStep brought(CardSides& sides);
+  std::string freshText(RecordKind kind, const CardContent& content, std::string_view uid) const;
   Bases basesOf(const CardSides& sides, const SyncCard::Texts& texts);
   void send(CardStep& step, CardStep::There how, std::string text, const CardContent& here,
             std::uint64_t fingerprint, std::uint64_t beside);
   bool isRefusedAsItIs(const SyncCard& card, const LocalContent& ours) const;
+  bool hasOpenConflict(const SyncCard& card);
 
   LocalBook& book_;
   const RemoteBook& remote_;
   SpillFile& spill_;
   const RunRules& rules_;
+  std::optional<std::set<std::string>> conflicts_;  // paths with open ones; missing: not asked yet
 };
 
 // In the place of the fingerprint of what was refused: it was a deletion.

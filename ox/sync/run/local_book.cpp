@@ -97,16 +97,27 @@ std::string LocalBook::uidOf(const RecordKey& record) {
 LocalBook::Member LocalBook::memberOfUid(std::string_view uid) {
   const std::string key(uidKey(uid));
   if (key.empty()) return {};
-  const auto [known, isNew] = members_.try_emplace(key);
-  if (!isNew) return known->second;
-  const std::array sought{SoughtRecord{key}};
-  for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
-    const auto found = containerSource().matches(container_, kind, sought);
-    if (found.front().empty()) continue;
-    known->second = {found.front().front().key, kind};
-    break;
+  if (!members_.contains(key)) meetMembers({key});
+  return members_.at(key);
+}
+
+void LocalBook::meetMembers(const std::vector<std::string>& uids) {
+  std::vector<std::string_view> unknown;
+  for (const auto& uid : uids) {
+    const auto key = uidKey(uid);
+    if (!key.empty() && members_.try_emplace(std::string(key)).second) unknown.push_back(key);
   }
-  return known->second;
+  for (const auto kind : {RecordKind::Person, RecordKind::Group}) {
+    std::vector<SoughtRecord> sought;
+    for (const auto uid : unknown) sought.push_back({uid});
+    if (sought.empty()) return;
+    const auto found = containerSource().matches(container_, kind, sought);
+    for (std::size_t i = 0; i < found.size(); ++i) {
+      if (!found[i].empty()) members_.at(std::string(unknown[i])) = {found[i].front().key, kind};
+    }
+    std::erase_if(
+        unknown, [&](std::string_view uid) { return !members_.at(std::string(uid)).key.isNone(); });
+  }
 }
 
 void LocalBook::noteAddition(std::string_view uid, const Member& added) {

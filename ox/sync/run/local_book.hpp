@@ -54,6 +54,8 @@ class LocalBook {
   // The record of the container with that UID, as a run is going to leave it; no key when there is
   // none. Remembered.
   Member memberOfUid(std::string_view uid);
+  // Asks the store for all of them at once.
+  void meetMembers(const std::vector<std::string>& uids);
   // A record that the run adds, or takes away.
   void noteAddition(std::string_view uid, const Member& added);
   void noteRemoval(std::string_view uid);

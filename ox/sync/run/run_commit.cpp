@@ -9,9 +9,11 @@
 #include "ox/OxAddressBookSDK/tags/tag_store.hpp"
 #include "ox/OxMacAddressBookSDK/ground/tag_acts.hpp"
 #include "ox/base/clock.hpp"
+#include "ox/base/text/joined.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/sync/cards/card_edit.hpp"
+#include "ox/sync/cards/parts/text_sets.hpp"
 #include "ox/sync/run/agreed.hpp"
 #include "ox/sync/run/card_decisions.hpp"
 #include "ox/transfer/person_tags.hpp"
@@ -20,19 +22,6 @@ namespace ox::sync {
 namespace {
 
 constexpr int kTries = 4;
-
-std::string joinedWords(const std::vector<std::string>& words) {
-  std::string text;
-  for (const auto& word : words) text.append(text.empty() ? "" : ", ").append(word);
-  return text;
-}
-
-std::vector<std::string> without(std::vector<std::string> texts,
-                                 const std::vector<std::string>& others) {
-  std::erase_if(texts,
-                [&](const auto& text) { return std::ranges::find(others, text) != others.end(); });
-  return texts;
-}
 
 CardContent contentOf(const SentCard& sent) {
   auto content = *sent.here;
@@ -143,7 +132,7 @@ void RunCommit::settleDone(CardStep& step) {
   const auto given = readCard(*sent.text.get());
   const auto* givenCard = std::get_if<ReadCard>(&given);
   if (givenCard == nullptr) return;
-  const auto less = joinedWords(differingProperties(givenCard->content, keptCard->content));
+  const auto less = joined(differingProperties(givenCard->content, keptCard->content), ", ");
   if (!less.empty() && less != card.keepsLess) {
     report_.notes.push_back(step.name + ": the server keeps less or other: " + less);
   }
@@ -223,6 +212,7 @@ void RunCommit::addRecordChanges(CardStep& step, SaveRequest& request) {
 // can stand for is noted as said by the card alone.
 void RunCommit::linkMembers(CardStep& step, SaveRequest& request) {
   const auto unlinkedOf = [&](const std::vector<std::string>& members) {
+    local_.meetMembers(members);
     std::vector<std::string> unlinked;
     for (const auto& member : members) {
       if (!canBeLinked(step.record, local_.memberOfUid(member))) unlinked.push_back(member);
@@ -254,7 +244,7 @@ void RunCommit::linkMembers(CardStep& step, SaveRequest& request) {
     if (!unlinked.empty() && step.here == CardStep::Here::Add) {
       for (const auto& member : unlinked) {
         if (!local_.memberOfUid(member).key.isNone()) {
-          report_.notes.push_back(step.name + " would lie in itself; that member is not shown");
+          tellOnce(step.name + " would lie in itself; that member is not shown");
         }
       }
     }
@@ -268,6 +258,12 @@ void RunCommit::linkMembers(CardStep& step, SaveRequest& request) {
     if (!out.contains(member)) linked.push_back(member);
   }
   step.card.beside = besideOfMembers(std::move(linked));
+}
+
+// A request may be put together more than once.
+void RunCommit::tellOnce(std::string note) {
+  auto& notes = report_.notes;
+  if (std::ranges::find(notes, note) == notes.end()) notes.push_back(std::move(note));
 }
 
 bool RunCommit::canBeLinked(const RecordKey& group, const LocalBook::Member& member) const {
@@ -350,9 +346,10 @@ void RunCommit::write(SyncRows rows, const std::string& keptToken) {
     const auto manager = vcard::tagManagerOf(local_.container());
     for (const auto& step : steps_) {
       if (step.isPutOff || !step.change || step.change->tags == step.change->tagsBefore) continue;
-      TagStore::shared().change(manager, step.record.text(),
-                                without(step.change->tagsBefore, step.change->tags),
-                                without(step.change->tags, step.change->tagsBefore));
+      TagStore::shared().change(
+          manager, step.record.text(),
+          textsWithout(step.change->tagsBefore, step.change->tags, Case::Counts),
+          textsWithout(step.change->tags, step.change->tagsBefore, Case::Counts));
     }
     bool tagsAreSafe = false;
     if (executeWithTags(request, going, tagsAreSafe)) return;

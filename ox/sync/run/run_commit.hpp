@@ -35,6 +35,7 @@ class RunCommit {
   void linkMembers(CardStep& step, SaveRequest& request);
   void addMovedConflicts(SaveRequest& request);
   void relinkOthers(SaveRequest& request);
+  void tellOnce(std::string note);
   bool canBeLinked(const RecordKey& group, const LocalBook::Member& member) const;
   bool wouldLieInItself(const RecordKey& group, const RecordKey& child) const;
   SaveRequest requestOf(const SyncRows& rows);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <map>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
@@ -88,19 +87,28 @@ class LoginRun {
     report.kind = error.kind();
   }
 
-  // That a run failed is for people to see, and one that was told to wait waits in every process.
-  void noteFailure(const RemoteError& error) {
-    if (error.kind() == RemoteFailure::Stopped || options_.isDryRun) return;
-    for (auto& row : syncSource().syncLogins()) {
+  // Changes what is kept of the login, if that is another thing then.
+  template <typename Change>
+  void changeLogin(Change change) const {
+    if (options_.isDryRun) return;
+    for (const auto& row : syncSource().syncLogins()) {
       if (row.id != login_.id) continue;
-      if (row.lastError == error.what() && row.notBefore == error.notBefore()) return;
+      auto changed = row;
+      change(changed);
+      if (changed == row) return;
+      SaveRequest request;
+      request.sync.logins.push_back(std::move(changed));
+      containerSource().execute(request);
+    }
+  }
+
+  // That a run failed is for people to see, and one that was told to wait waits in every process.
+  void noteFailure(const RemoteError& error) const {
+    if (error.kind() == RemoteFailure::Stopped) return;
+    changeLogin([&](SyncLogin& row) {
       row.lastError = error.what();
       row.notBefore = error.notBefore();
-      SaveRequest request;
-      request.sync.logins.push_back(std::move(row));
-      containerSource().execute(request);
-      return;
-    }
+    });
   }
 
   void runBooks() {
@@ -112,7 +120,9 @@ class LoginRun {
     }
     // Cards that were moved into another of these books have arrived there.
     for (const auto place : std::exchange(postponed_, {})) tryOne(remote, place, false);
-    keepScheme(remote);
+    if (const auto scheme = remote.scheme(); !scheme.empty()) {
+      changeLogin([&](SyncLogin& row) { row.scheme = scheme; });
+    }
   }
 
   // Where all books cannot be asked at once each is asked by itself.
@@ -130,24 +140,27 @@ class LoginRun {
   // One bad book never stops a login; a login that is refused stops all of it.
   void tryOne(RemoteLogin& remote, std::size_t place, bool isSame) {
     using enum RemoteFailure;
+    const auto began = std::chrono::steady_clock::now();
+    std::optional<RemoteError> ofLogin;
     try {
       runOne(remote, place, isSame);
     } catch (const RemoteError& error) {
-      const bool isOfBook =
-          error.kind() == Away || error.kind() == Protocol || error.kind() == NoBook;
-      if (!isOfBook) {
-        finish(remote, place);
-        throw;
-      }
       fail(place, error);
-      noteFailure(error);
       if (error.kind() == Away) noteAway(books_[place]);
+      if (error.kind() == Away || error.kind() == Protocol || error.kind() == NoBook) {
+        noteFailure(error);
+      } else {
+        ofLogin = error;
+      }
     } catch (const FailureError& error) {
       failStore(place, error.what());
     } catch (const DamagedBytes& error) {
       failStore(place, error.what());
     }
+    reports_[place].seconds +=
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
     finish(remote, place);
+    if (ofLogin) throw RemoteError(*ofLogin);
   }
 
   // The store could not do it, or what it keeps of this book is damaged: the other books go on.
@@ -163,17 +176,6 @@ class LoginRun {
       row.state = SyncBook::State::Away;
       SaveRequest request;
       request.sync.books.push_back({std::move(row), {}});
-      containerSource().execute(request);
-    }
-  }
-
-  void keepScheme(const RemoteLogin& remote) {
-    if (remote.scheme().empty() || remote.scheme() == login_.scheme || options_.isDryRun) return;
-    for (auto& row : syncSource().syncLogins()) {
-      if (row.id != login_.id) continue;
-      row.scheme = remote.scheme();
-      SaveRequest request;
-      request.sync.logins.push_back(std::move(row));
       containerSource().execute(request);
     }
   }
@@ -218,7 +220,6 @@ class LoginRun {
   void runOne(RemoteLogin& remote, std::size_t place, bool isSame) {
     auto& report = reports_[place];
     auto book = bookNow(books_[place]);
-    const auto began = std::chrono::steady_clock::now();
     if (book.state == SyncBook::State::Paused) return;
     const auto elsewhere = remote.open(book);
     BookRun::Start start;
@@ -227,8 +228,6 @@ class LoginRun {
     start.listsAll = options_.listsAll;
     start.abilities = [&] { return remote.abilitiesOf(*elsewhere); };
     if (runBook(*elsewhere, std::move(book), options_, start, report)) postponed_.push_back(place);
-    report.seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
   }
 
   SyncLogin login_;
