@@ -105,9 +105,7 @@ void ActBuilder::replaceRecord(const ReplacedRecord& record) {
     act_.added[static_cast<std::size_t>(entry->row - act_.firstRow)].replacement = &record;
     return;
   }
-  const auto image = record.keepsImage     ? std::nullopt
-                     : record.spilledImage ? std::optional(record.spilledImage->get())
-                                           : std::optional(record.image);
+  const auto image = record.keepsImage ? std::nullopt : std::optional(pictureOf(record));
   try {
     const auto before = committed_.content(entry->key);
     if (!before.values) throw RefusedRequest("there is no record " + record.key.text());

@@ -9,6 +9,10 @@ Data pictureOf(const NewRecord& record) {
   return record.spilledImage ? record.spilledImage->get() : record.image;
 }
 
+Data pictureOf(const ReplacedRecord& record) {
+  return record.spilledImage ? record.spilledImage->get() : record.image;
+}
+
 TextView cardUidOf(const NewRecord& record) {
   if (record.encoded) return record.encoded->cardUid;
   const auto* uid = record.properties.text(property_id::kCardUid);

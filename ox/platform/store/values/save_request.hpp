@@ -68,6 +68,9 @@ struct ReplacedRecord {
   std::optional<SpillableData> spilledImage = std::nullopt;
 };
 
+// The picture that it brings, wherever that lies.
+Data pictureOf(const ReplacedRecord& record);
+
 struct RecordRemoval {
   RecordKey key;
   // contentFingerprint that the record must still have; missing: it goes whatever it says, and one

@@ -193,7 +193,8 @@ void ActWriter::addRecords() {
 void ActWriter::insertContent(std::int64_t row, const Act::AddedRecord& added) {
   const auto* replaced = added.replacement;
   const bool hasNewPicture = replaced != nullptr && !replaced->keepsImage;
-  const auto picture = insertPicture(hasNewPicture ? replaced->image : pictureOf(*added.record));
+  const auto picture =
+      insertPicture(hasNewPicture ? pictureOf(*replaced) : pictureOf(*added.record));
   const auto& encoded = added.record->encoded;
   const auto& known = added.record->fingerprint;
   if (replaced == nullptr && encoded) {
