@@ -89,6 +89,32 @@ TEST_F(MovedCards, LeaveRoomForOneThatWasEditedHere) {
   expectQuiet();
 }
 
+TEST_F(MovedCards, LeaveRoomForOneThatWasEditedHereAndMayNotBeSent) {
+  book.set(ann, property_id::kNote, "ours");
+  elsewhere.put("a.vcf", elsewhere.text("b.vcf"));
+  elsewhere.erase("b.vcf");
+  sync::SyncOptions pull;
+  pull.pushes = false;
+  EXPECT_EQ(book.run(pull).state, BookReport::State::InStep);
+  EXPECT_EQ(book.persons().size(), 2U);
+  EXPECT_EQ(elsewhere.cards().size(), 2U);
+  EXPECT_EQ(book.text(ann, property_id::kNote), "ours");
+  book.runClean();
+  EXPECT_EQ(elsewhere.cards().size(), 3U);
+  EXPECT_EQ(book.text(ann, property_id::kNote), "ours");
+  expectQuiet();
+}
+
+TEST_F(MovedCards, AreDeletedWhereTheyAreNow) {
+  elsewhere.put("n.vcf", elsewhere.text("b.vcf"));
+  elsewhere.erase("b.vcf");
+  book.remove(bob);
+  EXPECT_EQ(book.runClean().up.deleted, 1U);
+  EXPECT_FALSE(elsewhere.cards().contains("n.vcf"));
+  EXPECT_EQ(syncSource().countSyncCards(book.container()), 2U);
+  expectQuiet();
+}
+
 TEST_F(MovedCards, KeepTheirConflicts) {
   book.set(ann, property_id::kNote, "ours");
   elsewhere.put("a.vcf", cardText("ann", "Ann", "Lee", {"NOTE:theirs"}));
