@@ -51,9 +51,9 @@ constexpr std::array kSyncTables = {
           "not_before",
           17},
     Table{"sync_book",
-          "container, login, url, name, read_only, token, tag, reports, versions, most_bytes, "
+          "container, login, url, name, read_only, token, reports, versions, most_bytes, "
           "group_spelling, last_whole, state",
-          13},
+          12},
     Table{"sync_card",
           "id, container, record, kind, href, path, etag, uid, fingerprint, beside, intent, "
           "keeps_less, refused, refused_fingerprint",

@@ -46,7 +46,6 @@ TEST_F(SyncedAccount, KeepsEveryFieldOfABook) {
   all.name = "Our team";
   all.isReadOnly = true;
   all.token = "data:,4";
-  all.tag = "ctag-4";
   all.reports = "sync-collection addressbook-multiget";
   all.versions = "3.0";
   all.mostBytes = 6'550'000;

@@ -198,13 +198,13 @@ constexpr std::array kStatements = {
         "AND NOT EXISTS(SELECT 1 FROM sync_book WHERE login = sync_login.id AND container <> ?1)"},
     // Of the login with that number, or with that name where the number is 0.
     Row{Sql::PutSyncBook,
-        "INSERT INTO sync_book(container, login, url, name, read_only, token, tag, reports, "
+        "INSERT INTO sync_book(container, login, url, name, read_only, token, reports, "
         "versions, most_bytes, group_spelling, last_whole, state) "
-        "SELECT ?1, id, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14 FROM sync_login "
+        "SELECT ?1, id, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13 FROM sync_login "
         "WHERE id = ?2 OR (?2 = 0 AND name = ?3) "
         "ON CONFLICT(container) DO UPDATE SET login = excluded.login, url = excluded.url, "
         "name = excluded.name, read_only = excluded.read_only, token = excluded.token, "
-        "tag = excluded.tag, reports = excluded.reports, versions = excluded.versions, "
+        "reports = excluded.reports, versions = excluded.versions, "
         "most_bytes = excluded.most_bytes, group_spelling = excluded.group_spelling, "
         "last_whole = excluded.last_whole, state = excluded.state"},
     Row{Sql::InsertSyncCard,

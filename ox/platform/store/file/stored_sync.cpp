@@ -16,7 +16,7 @@ constexpr std::string_view kLogins =
     "sound FROM sync_login ORDER BY id";
 
 constexpr std::string_view kBooks =
-    "SELECT c.identifier, b.login, b.url, b.name, b.read_only, b.token, b.tag, b.reports, "
+    "SELECT c.identifier, b.login, b.url, b.name, b.read_only, b.token, b.reports, "
     "b.versions, b.most_bytes, b.group_spelling, b.last_whole, b.state, b.sound AND c.sound "
     "FROM sync_book b JOIN container c ON c.id = b.container ORDER BY b.container";
 
@@ -150,7 +150,7 @@ std::vector<SyncBook> StoredSync::books() {
   std::vector<SyncBook> books;
   auto rows = prepare(kBooks);
   while (rows.step()) {
-    requireSound(rows, 13, "the row of a synchronised account");
+    requireSound(rows, 12, "the row of a synchronised account");
     Columns columns(rows);
     auto& book = books.emplace_back();
     book.container = columns.text();
@@ -159,7 +159,6 @@ std::vector<SyncBook> StoredSync::books() {
     book.name = columns.text();
     book.isReadOnly = columns.flag();
     book.token = columns.text();
-    book.tag = columns.text();
     book.reports = columns.text();
     book.versions = columns.text();
     book.mostBytes = columns.unsignedNumber();

@@ -152,14 +152,13 @@ CREATE TABLE sync_book(
   name TEXT NOT NULL,
   read_only INTEGER NOT NULL,
   token TEXT NOT NULL,
-  tag TEXT NOT NULL,
   reports TEXT NOT NULL,
   versions TEXT NOT NULL,
   most_bytes INTEGER NOT NULL,
   group_spelling TEXT NOT NULL,
   last_whole INTEGER NOT NULL,
   state INTEGER NOT NULL,
-  SUM(container, login, url, name, read_only, token, tag, reports, versions, most_bytes,
+  SUM(container, login, url, name, read_only, token, reports, versions, most_bytes,
       group_spelling, last_whole, state));
 CREATE TABLE sync_card(
   id INTEGER PRIMARY KEY,

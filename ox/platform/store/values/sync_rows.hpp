@@ -47,7 +47,6 @@ struct SyncBook {
   std::string name;  // there
   bool isReadOnly = false;
   std::string token;            // of the last listing
-  std::string tag;              // what a listing of all books told of this one
   std::string reports;          // that the server supports
   std::string versions;         // of cards that it takes
   std::uint64_t mostBytes = 0;  // of a card; 0: not known

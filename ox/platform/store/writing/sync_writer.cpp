@@ -88,13 +88,12 @@ void SyncWriter::write(const SyncRows::BookOfLogin& of) {
       .bindText(5, book.name)
       .bind(6, book.isReadOnly ? 1 : 0)
       .bindText(7, book.token)
-      .bindText(8, book.tag)
-      .bindText(9, book.reports)
-      .bindText(10, book.versions)
-      .bind(11, stored(book.mostBytes))
-      .bindText(12, book.groupSpelling)
-      .bind(13, book.lastWhole)
-      .bind(14, static_cast<std::int64_t>(book.state));
+      .bindText(8, book.reports)
+      .bindText(9, book.versions)
+      .bind(10, stored(book.mostBytes))
+      .bindText(11, book.groupSpelling)
+      .bind(12, book.lastWhole)
+      .bind(13, static_cast<std::int64_t>(book.state));
   runOnce(row, "the login of the book " + book.url + " is not there");
 }
 
