@@ -102,6 +102,12 @@ TEST(TableSource, ReadsWhatPeopleNameTheirColumns) {
             "2: N:Lee;Ann;;; | FN:Ann Lee | TITLE:Boss | TEL;TYPE=cell:1 | EMAIL:a@x.org\n");
 }
 
+TEST(TableSource, TakesNoControlCharactersForPartsOfALabel) {
+  EXPECT_EQ(read("Full Name,Email 1 - Label,Email 1 - Value,Email 2 - Label,Email 2 - Value\n"
+                 "Ann,\x13 Home,a@x.org,*\x17 Work\x01 ,b@x.org\n"),
+            "2: N:;Ann;;; | FN:Ann | EMAIL;TYPE=home:a@x.org | EMAIL;TYPE=work;PREF=1:b@x.org\n");
+}
+
 TEST(TableSource, TellsWhatBecomesOfColumns) {
   EXPECT_EQ(columnsOf("First Name,Title,Job Title,Phone 1 - Label,Phone 1 - Value,Home Street,"
                       "Business Fax,Message 2 - User,Tags,Priority,Shoe size\n"),

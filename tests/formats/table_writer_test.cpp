@@ -70,6 +70,8 @@ TEST(TableWriter, IsReadBackAsItWas) {
       cardOf({"FN:ACME", "ORG:ACME"}),
       cardOf({"FN;DERIVED=TRUE:a@x.org", "EMAIL:a@x.org"}),
       cardOf({"N:王;小明;;;", "FN:王小明", "NOTE: blanks around "}),
+      cardOf({"FN:Stars", "item1.TEL:1", "item1.X-ABLabel:* Home", "item2.TEL;PREF=1:2",
+              "item2.X-ABLabel:**", "item3.TEL:3", "item3.X-ABLabel:*"}),
       cardOf({"FN:Ann \tLee", "NOTE: ", "CATEGORIES:Friends\t, ", "ADR:;; \t;;;;", "TEL:1"}),
   };
   const auto table = tableOf(cards);

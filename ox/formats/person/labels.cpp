@@ -4,6 +4,7 @@
 
 #include "ox/records/property_keys.hpp"
 #include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/line_writer.hpp"
 
 namespace ox::formats {
 namespace {
@@ -53,8 +54,9 @@ std::string wordOfLabel(std::string_view label) {
   return std::string(label);
 }
 
-std::string labelOfWord(std::string_view word) {
-  word = vcard::trimmed(word);
+std::string labelOfWord(std::string_view text) {
+  const vcard::CardText plain(text);
+  const auto word = vcard::trimmed(plain.view());
   for (const auto& row : kLabels) {
     if (vcard::isSameWord(row.word, word)) return std::string(row.label);
   }

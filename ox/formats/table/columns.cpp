@@ -9,6 +9,7 @@
 #include "ox/formats/person/stored_fields.hpp"
 #include "ox/formats/table/joined_cells.hpp"
 #include "ox/vcard/lines/ascii.hpp"
+#include "ox/vcard/lines/line_writer.hpp"
 
 namespace ox::formats {
 namespace {
@@ -50,13 +51,14 @@ bool isDate(const ColumnMeaning& meaning) {
                                       : meaning.what == What::Part && meaning.kind == Kind::Date;
 }
 
-// A mark before the label of an entry tells that it is the main one.
-void takeLabel(std::string_view word, FieldEntry& entry) {
-  word = vcard::trimmed(word);
-  if (word == "*" || word.starts_with("* ")) {
-    entry.isMain = true;
-    word.remove_prefix(1);
-  }
+// A mark before the label of an entry tells that it is the main one; a label that begins with such
+// a star itself has one more.
+void takeLabel(std::string_view cell, FieldEntry& entry) {
+  const vcard::CardText plain(cell);
+  auto word = vcard::trimmed(plain.view());
+  const bool isMarked = word == "*" || word.starts_with("* ");
+  entry.isMain |= isMarked;
+  if (isMarked || word.starts_with("**")) word.remove_prefix(1);
   entry.label = labelOfWord(word);
 }
 

@@ -108,7 +108,7 @@ std::vector<const FieldEntry*> entriesOf(const PersonFields& person, Kind kind) 
 
 std::string labelCell(const FieldEntry& entry) {
   auto word = wordOfLabel(entry.label);
-  if (!entry.isMain) return word;
+  if (!entry.isMain) return word.starts_with('*') ? "*" + word : word;
   return word.empty() ? "*" : "* " + word;
 }
 
