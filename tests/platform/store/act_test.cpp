@@ -206,6 +206,19 @@ TEST_F(ActOfASlowWriter, GivesALostRowOfValuesBackWithTheReplacement) {
   EXPECT_EQ(*others_->imageData(RecordKey::of("ann")), "picture");
 }
 
+// One whose picture lies in a file meanwhile.
+TEST_F(ActOfASlowWriter, KeepsTheLargePictureThatReplacesAnotherOfTheSameAct) {
+  const auto picture = makeData(std::string(1 << 20, 'p'));
+  SpillFile file;
+  SaveRequest request;
+  request.additions.push_back(personNamed("cid", "Cid"));
+  ReplacedRecord replaced{RecordKey::of("cid"), {}, nullptr};
+  replaced.spilledImage = SpillableData(picture, file);
+  request.replacements.push_back(replaced);
+  EXPECT_TRUE(others_->execute(request)) << request.reason;
+  EXPECT_TRUE(sameData(others_->imageData(RecordKey::of("cid")), picture));
+}
+
 // Calls Ann by the name that she has.
 RecordEdit whatIsSo() {
   RecordEdit edit;
