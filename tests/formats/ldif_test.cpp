@@ -127,6 +127,12 @@ TEST(Ldif, ReadsGroupsWhoseMembersAreNamedInAnySpelling) {
             "MEMBER:ldap:///cn%3Dann%20lee%2Cou%3Dpeople%2Cdc%3Dx | MEMBER:urn:uuid:a,b\n");
 }
 
+TEST(Ldif, LeavesOutMembersWhoseNamesAreControlCharacters) {
+  EXPECT_EQ(read("dn: CN=Friends\nobjectClass: groupOfNames\ncn: Friends\nmember: uid=\x01\x02\n"
+                 "member: uid=u\x01 1\n"),
+            "1: FN:Friends | KIND:group | UID:ldap:///cn%3Dfriends | MEMBER:x-ox-uid:u%201\n");
+}
+
 TEST(Ldif, ReadsOldEncodingsAndPostalAddresses) {
   EXPECT_EQ(read("dn: uid=u\nsn: M\xFCller\ngivenName: J\xF6rg\npostalAddress: 1 Main$Town\n"),
             "1: N:Müller;Jörg;;; | FN:Jörg Müller | ADR;TYPE=work:;;1 Main\\nTown;;;; | "

@@ -184,7 +184,10 @@ vcard::Card cardOf(const GroupFields& group, std::size_t line) {
   card.line = line;
   card.properties.set(property_id::kGroupName, Object(plain(group.name)));
   if (!group.uid.empty()) card.properties.set(property_id::kCardUid, Object(plain(group.uid)));
-  for (const auto& member : group.members) card.members.emplace_back(uidKey(member));
+  for (const auto& member : group.members) {
+    const auto uid = plain(member);
+    if (!vcard::trimmed(uid).empty()) card.members.emplace_back(uidKey(uid));
+  }
   return card;
 }
 
