@@ -23,7 +23,7 @@ sync::WireHooks hooksOf(const Context& context, bool isVerbose, ProgressLine& li
   sync::WireHooks hooks;
   hooks.isStopped = [&stop = firstInterruption()] { return stop.load(); };
   hooks.waiting = [&context, &line](std::string_view what) {
-    const std::string text(what);
+    const auto text = "waiting for " + std::string(what);
     if (line.isShown()) {
       line.show(text);
     } else {
