@@ -117,6 +117,10 @@ void Exchange::judgeTrouble() {
     case Trouble::Untrusted:
       fail(RemoteFailure::Insecure,
            "the certificate of " + url_.place() + " cannot be trusted: " + reason);
+    case Trouble::NoTls:
+      fail(RemoteFailure::Insecure, url_.place() +
+                                        " does not speak TLS; if it is meant to be asked " +
+                                        "in the clear, its URL is http://" + url_.place());
     case Trouble::Unusable:
       fail(RemoteFailure::Usage, url_.place() + " cannot be asked: " + reason);
     case Trouble::NoRoute:

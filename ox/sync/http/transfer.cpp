@@ -321,8 +321,9 @@ void Transfer::fallSilent() {
 void Transfer::finish(int code) {
   isDone_ = true;
   if (code == CURLE_OK || thrown_) return;
-  const auto detail = std::string(trimmed(error_.data()));
-  fail(troubleOf(code), detail.empty() ? curl_easy_strerror(static_cast<CURLcode>(code)) : detail);
+  auto detail = std::string(trimmed(error_.data()));
+  if (detail.empty()) detail = curl_easy_strerror(static_cast<CURLcode>(code));
+  fail(troubleOf(code, detail), detail);
 }
 
 }  // namespace ox::sync

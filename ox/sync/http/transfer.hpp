@@ -28,6 +28,7 @@ class Transfer {
     Broken,     // the connection, or the body before its end
     NoRoute,    // no connection could be made: nothing was sent
     Untrusted,  // the certificate of the other side
+    NoTls,      // whoever is there speaks something else, HTTP in the clear perhaps
     Unusable,   // a file of ours, or what libcurl cannot do
     Nonsense,   // what came is no HTTP, or too much of it
   };

@@ -4,7 +4,7 @@
 
 namespace ox::sync {
 
-Transfer::Trouble troubleOf(int code) {
+Transfer::Trouble troubleOf(int code, std::string_view reason) {
   using Trouble = Transfer::Trouble;
   switch (code) {
     case CURLE_OK:
@@ -22,6 +22,10 @@ Transfer::Trouble troubleOf(int code) {
     case CURLE_SSL_INVALIDCERTSTATUS:
     case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
       return Trouble::Untrusted;
+
+    // The one code of a handshake that failed; a connection that broke meanwhile has it too.
+    case CURLE_SSL_CONNECT_ERROR:
+      return reason.find("wrong version number") != reason.npos ? Trouble::NoTls : Trouble::Broken;
 
     case CURLE_SSL_CERTPROBLEM:
     case CURLE_SSL_CACERT_BADFILE:

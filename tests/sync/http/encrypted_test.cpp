@@ -208,6 +208,19 @@ TEST_F(Encrypted, IsNotLeftByARedirect) {
   EXPECT_EQ(plain.connections(), 0U);
 }
 
+TEST_F(Encrypted, TellsOfAServerThatSpeaksNoTls) {
+  ScriptedServer plain;
+  plain.answer([](const ScriptedRequest&) -> ScriptedAnswer { return {}; });
+  LoginSettings settings;
+  settings.url = "https://" + place(plain);
+  HttpClient client(settings, {});
+  EXPECT_EQ(failureOf([&] { client.send(get(settings.url)); }),
+            "Insecure: " + place(plain) +
+                " does not speak TLS; if it is meant to be asked in the " +
+                "clear, its URL is http://" + place(plain));
+  EXPECT_EQ(plain.connections(), 1U);
+}
+
 TEST_F(Encrypted, TakesOverFromHttpByARedirect) {
   ScriptedServer plain;
   const TlsServer server("server");

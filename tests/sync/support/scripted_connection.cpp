@@ -90,7 +90,16 @@ bool ScriptedConnection::readChunks(std::string& body) {
   }
 }
 
+// As servers of HTTP do to a client that begins with TLS.
+bool ScriptedConnection::refusesTls() {
+  constexpr char kHandshake = 22;
+  if ((buffer_.empty() && !readMore()) || buffer_.front() != kHandshake) return false;
+  send("HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n");
+  return true;
+}
+
 std::optional<ScriptedRequest> ScriptedConnection::read() {
+  if (refusesTls()) return {};
   const auto first = takeLine();
   if (!first) return {};
   const auto methodEnd = first->find(' ');

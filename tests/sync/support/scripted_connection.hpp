@@ -26,6 +26,7 @@ class ScriptedConnection {
   bool write(const ScriptedRequest& request, const ScriptedAnswer& answer);
 
  private:
+  bool refusesTls();
   bool readMore();
   bool readTo(std::size_t size);
   std::optional<std::string> takeLine();
