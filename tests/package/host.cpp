@@ -16,6 +16,8 @@
 #include "ox/OxMacAddressBookSDK/version.hpp"
 #include "ox/base/serial_queue.hpp"
 #include "ox/platform/AddressBook/ABAddressBook.hpp"
+#include "ox/sync/logins.hpp"
+#include "ox/sync/synchronise.hpp"
 #include "ox/transfer/exporter.hpp"
 #include "ox/transfer/importer.hpp"
 
@@ -82,6 +84,23 @@ void transfer(const std::string& folder, const std::string& book) {
   expect(cards.find("FN:Mia Holm\r\n") != std::string::npos, "the card was not exported");
 }
 
+void bringInStep(const std::string& folder) {
+  ox::sync::LoginSettings login;
+  login.kind = ox::sync::LoginSettings::Kind::Folder;
+  login.url = folder;
+  const auto offer = ox::sync::offerOf(login, {});
+  ox::sync::addLogin("Cards", login, offer, {{offer.books.front(), {}, "Cards"}});
+  const auto reports = ox::sync::synchronise({});
+  expect(reports.size() == 1 && reports.front().down.added == 1, "the folder's card is not here");
+  expect(ox::sync::openConflicts().empty(), "a conflict was made");
+  try {
+    ox::sync::settingsOf("Nobody's");
+    expect(false, "a login that nobody has was found");
+  } catch (const ox::sync::RemoteError& error) {
+    expect(error.kind() == ox::sync::RemoteFailure::Usage, "another kind of failure");
+  }
+}
+
 void throwThroughTheLibrary() {
   try {
     ox::OxMacAddressBook::addressArrayQueue().sync(
@@ -105,5 +124,6 @@ int main(int, char** arguments) {
          "no version");
   edit(book);
   transfer(arguments[1], "_local");
+  bringInStep(arguments[1]);
   return failed;
 }
