@@ -97,6 +97,13 @@ TEST(Ldif, WritesGroups) {
             "\ndn: uid=g\nobjectClass: top\nobjectClass: groupOfNames\ncn: Nobody\nmember:\n");
 }
 
+TEST(Ldif, WritesYearsWithFourDigitsAsDatesAreRead) {
+  const auto entry = entryOf({"FN:Ann", "UID:u", "BDAY:09990102"});
+  EXPECT_NE(entry.find("birthyear: 0999\nbirthmonth: 1\nbirthday: 2\n"), std::string::npos)
+      << entry;
+  EXPECT_EQ(read(entry), "2: N:;Ann;;; | FN:Ann | BDAY:09990102 | UID;VALUE=text:u\n");
+}
+
 TEST(Ldif, ReadsEntriesOfOthers) {
   EXPECT_EQ(
       read("version: 1\n# a comment\n#  folded\n  over lines\n\n"

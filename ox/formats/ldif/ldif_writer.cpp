@@ -171,7 +171,9 @@ void addAddresses(const PersonFields& person, Entry& out) {
 void addBirthday(const PersonFields& person, Entry& out) {
   const auto date = Date::fromText(person[Single::Birthday]);
   if (!date) return;
-  if (date->year) out.add("birthyear", std::to_string(*date->year));
+  Date yearAlone;
+  yearAlone.year = date->year;
+  if (date->year) out.add("birthyear", yearAlone.toText());
   if (date->month) out.add("birthmonth", std::to_string(unsigned{*date->month}));
   if (date->day) out.add("birthday", std::to_string(unsigned{*date->day}));
 }
