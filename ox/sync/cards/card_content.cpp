@@ -8,6 +8,7 @@
 #include "ox/records/encoded_values.hpp"
 #include "ox/vcard/lines/ascii.hpp"
 #include "ox/vcard/lines/content_line.hpp"
+#include "ox/vcard/lines/markers.hpp"
 #include "ox/vcard/read/reader.hpp"
 
 namespace ox::sync {
@@ -43,6 +44,14 @@ std::variant<ReadCard, std::string> readCard(std::string_view text) {
   read.content = contentOfRecord(card.isGroup, std::move(card.properties), std::move(card.photo),
                                  {}, std::move(card.members));
   read.version = versionOf(text);
+  return read;
+}
+
+std::variant<ReadCard, std::string> readWholeCard(std::string_view text) {
+  auto read = readCard(text);
+  if (std::holds_alternative<ReadCard>(read) && !vcard::hasEnd(text)) {
+    return "it is cut short: END:VCARD is missing";
+  }
   return read;
 }
 

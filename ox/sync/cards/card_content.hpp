@@ -43,6 +43,9 @@ struct ReadCard {
   vcard::CardVersion version = vcard::CardVersion::V30;
 };
 std::variant<ReadCard, std::string> readCard(std::string_view text);
+// The same of a text that has just come: one that ends before its card does is refused. What half a
+// card lacks would be deleted on the other side.
+std::variant<ReadCard, std::string> readWholeCard(std::string_view text);
 
 // What UIDs are compared by: a leading "urn:uuid:" and the case are spelling alone.
 std::string comparableUid(std::string_view uid);

@@ -19,6 +19,7 @@
 #include "ox/sync/dav/wire/dav_requests.hpp"
 #include "ox/sync/dav/wire/multistatus_request.hpp"
 #include "ox/sync/remote/remote_error.hpp"
+#include "ox/vcard/lines/markers.hpp"
 
 namespace ox::sync {
 
@@ -76,10 +77,11 @@ class Fetch {
   }
 
   void byMultiget();
-  // What is left, one by one. Those that are not there are not told of yet.
+  // What is left, one by one. Those that did not come are not told of yet: whether that is a
+  // matter of theirs shows what the book itself answers.
   void byGet();
-  bool missesSome() const { return !missing_.empty(); }
-  void tellMissing();
+  bool hasDoubts() const { return !doubtful_.empty(); }
+  void tellDoubtful();
 
  private:
   struct Sent {
@@ -117,7 +119,7 @@ class Fetch {
   std::uint64_t bytes_ = 0;
   std::size_t read_ = 0;
   bool isUnderstood_ = true;  // the report
-  Batch missing_;
+  std::vector<std::pair<std::size_t, FetchedCard>> doubtful_;
 };
 
 // The next few batches; the place behind the last card of them is kept. The cards whose length is
@@ -239,10 +241,11 @@ void Fetch::byGet() {
         askableUrl(url_, cards_[at].href),
         [this, at](const HttpAnswer& answer) {
           auto card = cardOf(answer, cards_[at].etag);
-          if (card.state == FetchedCard::State::Gone) {
-            missing_.push_back(at);
-          } else {
+          const bool isWhole = card.state == FetchedCard::State::Read && vcard::hasEnd(card.text);
+          if (isWhole) {
             tell(at, std::move(card));
+          } else {
+            doubtful_.emplace_back(at, std::move(card));
           }
         },
         [this, at](const std::string& why) { tell(at, unreadable(cards_[at], why)); }));
@@ -250,10 +253,8 @@ void Fetch::byGet() {
   if (!jobs.empty()) client_.sendAll(jobs, kGetsAtOnce);
 }
 
-void Fetch::tellMissing() {
-  for (const auto at : missing_) {
-    tell(at, {.state = FetchedCard::State::Gone, .href = {}, .etag = {}, .text = {}, .reason = {}});
-  }
+void Fetch::tellDoubtful() {
+  for (auto& [at, card] : doubtful_) tell(at, std::move(card));
 }
 
 }  // namespace
@@ -263,9 +264,11 @@ void DavBook::fetch(std::span<const ListedCard> cards,
   Fetch fetch(client_, *this, url_, cards, sink);
   if (abilities_.multiget.value_or(true)) fetch.byMultiget();
   fetch.byGet();
-  if (!fetch.missesSome()) return;
-  askItself(kWhetherThere);  // where the whole book is away, no card of it is gone
-  fetch.tellMissing();
+  if (!fetch.hasDoubts()) return;
+  // Where the whole book is away, no card of it is gone; where the server fails, or somebody on the
+  // way to it, none is unreadable.
+  askItself(kWhetherThere);
+  fetch.tellDoubtful();
 }
 
 }  // namespace ox::sync

@@ -35,7 +35,7 @@ CardSides sidesOfFetched(FetchedCard fetched) {
     case FetchedCard::State::Read:
       break;
   }
-  auto read = readCard(sides.theirs.text);
+  auto read = readWholeCard(sides.theirs.text);
   if (auto* card = std::get_if<ReadCard>(&read)) {
     sides.there = CardSides::There::Read;
     sides.read = std::move(*card);

@@ -118,7 +118,7 @@ void RunCommit::settleDone(CardStep& step) {
   const bool isOurs = step.readBack && step.readBack->state == FetchedCard::State::Read &&
                       (pushed.etag.empty() || pushed.etag == step.readBack->etag);
   const auto text = isOurs ? step.textReadBack->get() : Data();
-  const auto kept = isOurs ? readCard(*text) : std::variant<ReadCard, std::string>();
+  const auto kept = isOurs ? readWholeCard(*text) : std::variant<ReadCard, std::string>();
   const auto* keptCard = isOurs ? std::get_if<ReadCard>(&kept) : nullptr;
   card.etag = keptCard != nullptr ? step.readBack->etag : pushed.etag;
   step.texts = agreedTexts(keptCard != nullptr ? withCrlf(*text) : *sent.text.get(), here);

@@ -33,4 +33,14 @@ inline bool isBlankLine(std::string_view line) {
   return trimmed(line).empty();
 }
 
+// False of a text that was cut short within a card: none of its lines is an END.
+inline bool hasEnd(std::string_view text) {
+  while (!text.empty()) {
+    const auto start = text.find_last_of("\r\n") + 1;  // 0 where there is none
+    if (isEnd(text.substr(start))) return true;
+    text = text.substr(0, start == 0 ? 0 : start - 1);
+  }
+  return false;
+}
+
 }  // namespace ox::vcard

@@ -36,6 +36,18 @@ TEST(ReadCard, TakesOneCardAndTellsWhyNotAnother) {
   EXPECT_EQ(reasonOf(cardText("FN:A\n")), "a card");
 }
 
+TEST(ReadCard, TakesNoHalfOfACardForTheWhole) {
+  const auto whole = cardText("N:Lee;Ann;;;\nFN:Ann Lee\nUID:a\nTEL:1\n");
+  EXPECT_TRUE(std::holds_alternative<ReadCard>(readWholeCard(whole)));
+  EXPECT_TRUE(std::holds_alternative<ReadCard>(readWholeCard(whole + "\r\n \r\n")));
+  const auto end = whole.find("END:VCARD") + 9;
+  for (auto size = whole.find("TEL"); size < end; ++size) {
+    const auto read = readWholeCard(whole.substr(0, size));
+    ASSERT_TRUE(std::holds_alternative<std::string>(read)) << size;
+    EXPECT_EQ(std::get<std::string>(read), "it is cut short: END:VCARD is missing");
+  }
+}
+
 TEST(ReadCard, TellsUidAndVersion) {
   const auto read30 = std::get<ReadCard>(readCard(cardText("FN:A\nUID:urn:uuid:X\n")));
   EXPECT_EQ(read30.uid, "urn:uuid:X");

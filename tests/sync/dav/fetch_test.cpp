@@ -274,9 +274,26 @@ TEST(DavFetch, TakesNoPageForACard) {
   ScriptedBook file([](const ScriptedRequest& request) {
     auto answer = page();
     answer.headers.emplace_back("ETag", "\"listed\"");
+    if (request.method == "PROPFIND") return multistatus(itself());
     return request.method == "GET" ? answer : multistatus("");
   });
   EXPECT_EQ(fetched(file.book, named({"/b/a.vcf"})), "/b/a.vcf unreadable");
+}
+
+// A server that fails, and somebody on the way who spoils what it says, spoil more than one card.
+TEST(DavFetch, TakesNoCardForUnreadableWhereTheBookCannotBeAsked) {
+  for (const bool isCut : {false, true}) {
+    bool fails = true;
+    ScriptedBook scripted([&](const ScriptedRequest& request) {
+      if (request.method == "PROPFIND") return fails ? plain(500) : multistatus(itself());
+      if (request.method != "GET") return plain(500);
+      return isCut ? got("\"1\"", "BEGIN:VCARD\r\nFN:Ann\r\nTE") : plain(500);
+    });
+    EXPECT_EQ(failureOf([&] { fetched(scripted.book, named({"/b/a.vcf"})); }), "Protocol");
+    fails = false;
+    EXPECT_EQ(fetched(scripted.book, named({"/b/a.vcf"})),
+              isCut ? "/b/a.vcf \"1\"" : "/b/a.vcf unreadable");
+  }
 }
 
 TEST(DavFetch, ReadsACardLargerThanOtherAnswersMayBe) {
