@@ -116,7 +116,8 @@ bool BookLook::isSuddenlyEmpty() {
   return listing_.isWhole && listing_.cards.empty() && !gone_.empty();
 }
 
-void BookLook::lookThere(const std::string& token) {
+void BookLook::lookThere(const std::string& token, Unreadable unreadable) {
+  unreadable_ = unreadable;
   listing_ = remote_.list(token);
   if (!listing_.isWhole) lookAtNews();
   if (isNoNews()) {
@@ -141,8 +142,11 @@ void BookLook::noteListed(const ListedCard& listed, const SyncCardNow* known) {
   const auto path = remote_.pathOf(listed.href);
   const bool isKnown = known != nullptr && known->card.id != 0;
   const bool isIntent = isKnown && known->card.intent == SyncCard::Intent::Create;
-  const bool isSame =
-      isKnown && !isIntent && !listed.etag.empty() && known->card.etag == listed.etag;
+  const bool isAskedAgain = unreadable_ == Unreadable::AskedAgain && isKnown &&
+                            !known->card.refused.empty() &&
+                            known->card.refusedFingerprint == kUnreadable;
+  const bool isSame = isKnown && !isIntent && !isAskedAgain && !listed.etag.empty() &&
+                      known->card.etag == listed.etag;
   if (path.empty() || isSame) return;
   if (toFetch_.emplace(path, ToFetch{listed, isKnown ? *known : SyncCardNow(), isIntent}).second) {
     fetchOrder_.push_back(path);

@@ -28,8 +28,10 @@ class BookLook {
   // What changed here since both agreed.
   void lookHere();
   bool foundNothingHere() const { return changedHere_.empty() && withoutCard_.empty(); }
-  // What changed there since that token; everything, when it is empty.
-  void lookThere(const std::string& token);
+  // What changed there since that token; everything, when it is empty. Cards that nobody could read
+  // are left alone until they change, or asked for again as they are.
+  enum class Unreadable : std::uint8_t { Left, AskedAgain };
+  void lookThere(const std::string& token, Unreadable unreadable);
 
   const Listing& listing() const { return listing_; }
   // Cards that the book had when both last agreed.
@@ -85,6 +87,7 @@ class BookLook {
   LocalBook& local_;
   RemoteBook& remote_;
   Listing listing_;
+  Unreadable unreadable_ = Unreadable::Left;
   std::unordered_map<std::string, SyncCardNow> changedHere_;  // by path
   std::vector<RecordWithoutCard> withoutCard_;
   std::unordered_map<RecordKey, const RecordWithoutCard*> withoutCardByKey_;

@@ -74,10 +74,6 @@ bool BookRun::isDue(std::int64_t now) const {
   return now - book_.lastWhole > kWholeEvery || now < book_.lastWhole;
 }
 
-std::string BookRun::tokenToAsk(bool listsAll) const {
-  return listsAll || isDue(start_) ? std::string() : book_.token;
-}
-
 bool BookRun::run(const Start& start) {
   steps_.clear();
   tell(SyncProgress::Step::Listing, 0, 0);
@@ -95,7 +91,9 @@ bool BookRun::run(const Start& start) {
   rules_.version = book_.versions == kOnly40 ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
   rules_.writesGroupsAs4 = book_.groupSpelling == kOnly40;
 
-  look.lookThere(tokenToAsk(start.listsAll));
+  const bool isAnew = start.listsAll || isDue(start_);
+  look.lookThere(isAnew ? std::string() : book_.token,
+                 isAnew ? BookLook::Unreadable::AskedAgain : BookLook::Unreadable::Left);
   plan(look);
   if (!mayGoOn(look)) return false;
 

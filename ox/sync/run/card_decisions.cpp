@@ -15,9 +15,6 @@
 namespace ox::sync {
 namespace {
 
-// In the place of what was refused: a text there, or a deletion.
-constexpr std::uint64_t kUnreadable = 0;
-
 std::uint64_t pictureOf(const CardContent& content) {
   return content.photo ? checksum64(*content.photo) : 0;
 }

@@ -81,7 +81,10 @@ class CardDecisions {
   std::optional<std::set<std::string>> conflicts_;  // paths with open ones; missing: not asked yet
 };
 
-// In the place of the fingerprint of what was refused: it was a deletion.
+// In the place of the fingerprint of what was refused: a text there that nobody could read.
+inline constexpr std::uint64_t kUnreadable = 0;
+
+// Likewise: it was a deletion.
 inline constexpr std::uint64_t kDeletionRefused = 1;
 
 // Likewise: it may be taken the next time, as it is.
