@@ -36,11 +36,25 @@ void addServices(const std::string& service, const std::string& scheme, const st
                     url + " is no URL, no host, and no address with a domain.");
 }
 
+// A user of a URL, or of an address one with a password.
+bool holdsLogin(const std::string& url) {
+  const auto scheme = url.find("://");
+  const auto from = scheme == std::string::npos ? 0 : scheme + 3;
+  const auto server = url.substr(from, url.find_first_of("/?#", from) - from);
+  const auto user = server.substr(0, server.rfind('@'));
+  if (user.size() == server.size()) return false;
+  return scheme != std::string::npos || user.find(':') != std::string::npos;
+}
+
 }  // namespace
 
 LoginPlace loginPlace(const LoginSettings& settings, const Resolver& resolver) {
   const auto& url = settings.url;
   LoginPlace place;
+  if (holdsLogin(url)) {
+    throw RemoteError(RemoteFailure::Usage,
+                      "User and password do not belong into a URL, which is kept and shown.");
+  }
   if (url.empty() || url.find_first_of(" \t\r\n") != std::string::npos) refuse(url);
   const bool isUrl = url.find("://") != std::string::npos;
   const auto at = url.rfind('@');

@@ -286,6 +286,22 @@ TEST(Discovery, FindsTheServerOfAnAddressByItsDomain) {
   EXPECT_EQ(site.server.requests()[0].target, "/principals/ann/");
 }
 
+TEST(LoginPlace, IsNoneWhereTheUrlHoldsUserOrPassword) {
+  for (const auto* url :
+       {"https://ann:pw@h.example/b/", "https://ann@h.example", "ann:pw@h.example"}) {
+    LoginSettings settings;
+    settings.url = url;
+    try {
+      loginPlace(settings, {});
+      ADD_FAILURE() << url;
+    } catch (const RemoteError& error) {
+      EXPECT_EQ(error.kind(), RemoteFailure::Usage);
+      EXPECT_STREQ(error.what(),
+                   "User and password do not belong into a URL, which is kept and shown.");
+    }
+  }
+}
+
 TEST(LoginPlace, IsWhatTheUrlOfALoginNames) {
   const auto starts = [](const std::string& url, bool allowsHttp = false) {
     LoginSettings login;
