@@ -232,7 +232,7 @@ std::optional<Listing> DavBook::listChanges(const std::string& token) {
 }
 
 // Nothing when the server has no such report, or gives no token with it: a listing without one is
-// taken from PROPFIND, which cannot be cut.
+// taken from PROPFIND.
 std::optional<Listing> DavBook::listAllByReport() {
   ListedCards cards(*this, url_);
   auto round = askForAllChanges(client_, url_, {}, cards);
@@ -255,12 +255,13 @@ Listing DavBook::listAllByPropfind() {
   std::string token;
   bool isThere = false;
   int itsStatus = 0;
+  int strayStatus = 0;  // of what is no card: one server mangles the href of a missing book
   MultistatusBody body(
       [&] {
         cards.forget();
         token.clear();
         isThere = false;
-        itsStatus = 0;
+        itsStatus = strayStatus = 0;
       },
       [&](const DavResponse& response) {
         if (cards.isBookItself(response.href)) {
@@ -269,7 +270,7 @@ Listing DavBook::listAllByPropfind() {
           isThere = isThere || response.status / 100 <= 2;
           itsStatus = response.status;
         } else if (response.status == 404 || response.status == 410) {
-          itsStatus = response.status;
+          strayStatus = response.status;
         } else if (isCard(response)) {
           cards.put({.href = response.href, .etag = etagIn(response), .bytes = bytesOf(response)});
         }
@@ -279,11 +280,14 @@ Listing DavBook::listAllByPropfind() {
   if (answer.status / 100 != 2) throwBookFailure(answer);
   body.finish(answer);
   requireMembers(url_, cards);
+  // What the book says of itself counts, whatever else is listed: 507 that this is not all.
+  if (itsStatus >= 400) answer.status = itsStatus;
+  if (answer.status >= 400) throwBookFailure(answer);
   auto listing = std::move(cards).listing(true, std::move(token));
   // An empty listing counts only where the book itself is in it.
   if (!isThere && listing.cards.empty()) {
-    answer.status = itsStatus;
-    if (itsStatus >= 400) throwBookFailure(answer);
+    answer.status = strayStatus;
+    if (strayStatus >= 400) throwBookFailure(answer);
     throw RemoteError(RemoteFailure::Protocol,
                       url_ + " was listed, and is not in its own listing.");
   }

@@ -165,6 +165,17 @@ TEST(DavListing, ListsEverythingWhenTheAnswerHasNoToken) {
   EXPECT_EQ(scripted.asked(), "REPORT /b/, REPORT /b/, PROPFIND /b/");
 }
 
+TEST(DavListing, TakesNoMembersThatWereCutForAll) {
+  for (const auto* code : {"507 Insufficient Storage", "500 Internal Server Error"}) {
+    ScriptedBook scripted([code](const ScriptedRequest& request) {
+      if (request.method == "REPORT") return plain(405);
+      return multistatus(member("/b/a.vcf", "<getetag>\"1\"</getetag>") +
+                         response("/b/", status(code)));
+    });
+    EXPECT_THROW(scripted.book.list({}), RemoteError) << code;
+  }
+}
+
 TEST(DavListing, AsksForMembersWhereThereIsNoReport) {
   for (const int code : {403, 405, 415, 501}) {
     ScriptedBook scripted([code](const ScriptedRequest& request) {
