@@ -153,9 +153,12 @@ class LoginRun {
         ofLogin = error;
       }
     } catch (const FailureError& error) {
-      failStore(place, error.what());
+      const bool isBusy = error.kind() == FailureKind::Busy;
+      failStore(place, isBusy ? State::TryLater : State::Failed, error.what());
     } catch (const DamagedBytes& error) {
-      failStore(place, error.what());
+      failStore(place, State::Failed, error.what());
+    } catch (const std::system_error& error) {
+      failStore(place, State::Failed, error.what());
     }
     reports_[place].seconds +=
         std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
@@ -164,8 +167,8 @@ class LoginRun {
   }
 
   // The store could not do it, or what it keeps of this book is damaged: the other books go on.
-  void failStore(std::size_t place, const std::string& why) {
-    reports_[place].state = State::Failed;
+  void failStore(std::size_t place, State state, const std::string& why) {
+    reports_[place].state = state;
     reports_[place].failure = why;
   }
 
