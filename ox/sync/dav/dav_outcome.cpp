@@ -41,7 +41,7 @@ Outcome outcomeOfCode(Push::Kind kind, int code) {
     case 410:
       return isCreate ? Outcome::Refused : Outcome::Gone;
     case 405:
-      return Outcome::ReadOnly;
+      return kind == Push::Kind::Remove ? Outcome::Refused : Outcome::ReadOnly;
     case 412:
       return isCreate ? Outcome::Exists : Outcome::Changed;
     case 413:
