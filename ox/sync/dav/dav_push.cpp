@@ -40,9 +40,10 @@ std::string conditionAfterLook(const HttpAnswer& answer) {
   return {};
 }
 
+// A weak tag may stay the same while the text does not.
 bool isStill(const Push& push, const FetchedCard& card) {
   if (push.etag.starts_with(kTextMark)) return textMark(card.text) == push.etag;
-  return opaqueTag(card.etag) == opaqueTag(push.etag);
+  return opaqueTag(card.etag) == opaqueTag(push.etag) && push.isOf(card.text);
 }
 
 HttpRequest requestOf(const Push& push, const std::string& bookUrl, const std::string& condition) {

@@ -50,6 +50,9 @@ struct Push {
   std::string etag;  // of Update and Remove: what the card must still have
   // Of Create and Update; asked when it is sent, and again when it has to be sent again.
   std::function<std::string()> text;
+  // Of Update and Remove: whether that text is the card that is meant. Asked where an ETag proves
+  // nothing.
+  std::function<bool(std::string_view)> isOf = {};
 };
 
 struct Pushed {

@@ -1,14 +1,18 @@
 #include "ox/sync/run/agreed.hpp"
 
+#include <array>
 #include <cstring>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
+#include <variant>
 
 #include "ox/base/checksum.hpp"
+#include "ox/platform/store/contact_source.hpp"
 #include "ox/records/damaged_bytes.hpp"
 #include "ox/records/packed_bytes.hpp"
 #include "ox/records/property_codec.hpp"
+#include "ox/sync/cards/card_edit.hpp"
 #include "ox/sync/cards/packed_card.hpp"
 
 namespace ox::sync {
@@ -50,6 +54,13 @@ bool isPicture(const Data& picture, std::uint64_t checksum) {
 }
 
 }  // namespace
+
+SyncCard::Texts textsOf(const SyncCard& card) {
+  if (card.id == 0) return {};
+  const std::array ids{card.id};
+  auto texts = syncSource().syncCardTexts(ids);
+  return texts.empty() ? SyncCard::Texts() : std::move(texts.front());
+}
 
 // Of somebody who was forgotten nothing is left.
 std::uint64_t agreedPicture(const SyncCard::Texts& texts) {
@@ -108,6 +119,12 @@ std::string agreedText(const SyncCard::Texts& texts, const Data& picture) {
   const bool isThere = !needsPicture(texts.text) || isPicture(picture, agreedPicture(texts));
   return isThere ? unpackedCard(texts.text, picture)
                  : unpackedWithOther(texts.text, otherPicture());
+}
+
+bool isAgreedText(const SyncCard::Texts& texts, std::string_view text) {
+  const auto read = readCard(text);
+  const auto* card = std::get_if<ReadCard>(&read);
+  return card != nullptr && agreedText(texts, card->content.photo) == withCrlf(text);
 }
 
 }  // namespace ox::sync

@@ -13,6 +13,9 @@
 
 namespace ox::sync {
 
+// Those of that row; empty where it is none yet.
+SyncCard::Texts textsOf(const SyncCard& card);
+
 // The texts of a card's row, of what both sides say. Members of a group are noted as linked.
 SyncCard::Texts agreedTexts(std::string_view text, const CardContent& ours);
 
@@ -32,5 +35,8 @@ std::vector<std::string> unlinkedMembers(const SyncCard::Texts& texts);
 // The text there, as last read: to the byte where the picture is still the one, and else with
 // another picture in its place. Throws DamagedBytes.
 std::string agreedText(const SyncCard::Texts& texts, const Data& picture);
+
+// Whether the text there is the one that was last read, to the byte. Throws DamagedBytes.
+bool isAgreedText(const SyncCard::Texts& texts, std::string_view text);
 
 }  // namespace ox::sync

@@ -28,13 +28,6 @@ std::shared_ptr<const CardContent> withoutPhoto(CardContent content) {
   return std::make_shared<const CardContent>(std::move(content));
 }
 
-SyncCard::Texts textsOf(const SyncCard& card) {
-  if (card.id == 0) return {};
-  const std::array ids{card.id};
-  auto texts = syncSource().syncCardTexts(ids);
-  return texts.empty() ? SyncCard::Texts() : std::move(texts.front());
-}
-
 }  // namespace
 
 std::string nameOfContent(const CardContent& content) {

@@ -7,6 +7,7 @@
 
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/platform/store/values/store_error.hpp"
+#include "ox/sync/run/agreed.hpp"
 
 namespace ox::sync {
 namespace {
@@ -28,6 +29,9 @@ Push pushOf(const CardStep& step) {
   Push push;
   push.href = step.card.href;
   push.etag = step.etag;
+  push.isOf = [&step](std::string_view text) {
+    return isAgreedText(step.texts ? *step.texts : textsOf(step.card), text);
+  };
   switch (step.there) {
     case CardStep::There::Create:
       push.kind = Push::Kind::Create;

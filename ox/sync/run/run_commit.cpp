@@ -81,8 +81,16 @@ void RunCommit::settle(CardStep& step) {
     case Exists:
       if (pushed.outcome != Locked) needsAnotherRun_ = true;
       if (deletes) step.removesRow = false;
+      if (pushed.outcome == Changed) askAgain(step);
       return;
   }
+}
+
+// A tag that is the same there does not tell that nothing was changed.
+void RunCommit::askAgain(CardStep& step) {
+  if (step.there == CardStep::There::Delete) step.card.intent = SyncCard::Intent::Delete;
+  step.card.etag.clear();
+  step.writesRow = true;
 }
 
 void RunCommit::refuse(CardStep& step, const std::string& reason, int code) {

@@ -31,6 +31,7 @@ class RunCommit {
  private:
   void settle(CardStep& step);
   void settleDone(CardStep& step);
+  void askAgain(CardStep& step);
   void refuse(CardStep& step, const std::string& reason, int code);
   void linkMembers(CardStep& step, SaveRequest& request);
   void addMovedConflicts(SaveRequest& request);

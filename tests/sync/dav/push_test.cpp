@@ -16,10 +16,18 @@ Push create(const std::string& href) {
   return {.kind = Push::Kind::Create, .href = href, .etag = {}, .text = [] { return kText; }};
 }
 Push update(const std::string& href, const std::string& etag) {
-  return {.kind = Push::Kind::Update, .href = href, .etag = etag, .text = [] { return kText; }};
+  return {.kind = Push::Kind::Update,
+          .href = href,
+          .etag = etag,
+          .text = [] { return kText; },
+          .isOf = [](std::string_view) { return true; }};
 }
 Push removal(const std::string& href, const std::string& etag) {
-  return {.kind = Push::Kind::Remove, .href = href, .etag = etag, .text = {}};
+  return {.kind = Push::Kind::Remove,
+          .href = href,
+          .etag = etag,
+          .text = {},
+          .isOf = [](std::string_view) { return true; }};
 }
 
 const char* nameOf(Pushed::Outcome outcome) {
@@ -93,7 +101,7 @@ TEST(DavPush, SaysWhatBecameOfEachChange) {
   EXPECT_EQ(outcomes(plain(400)), "Refused Refused Refused");
   EXPECT_EQ(outcomes(plain(403)), "Refused Refused Refused");
   EXPECT_EQ(outcomes(plain(404)), "Refused Gone Gone");
-  EXPECT_EQ(outcomes(plain(405)), "ReadOnly ReadOnly ReadOnly");
+  EXPECT_EQ(outcomes(plain(405)), "ReadOnly ReadOnly Refused");
   EXPECT_EQ(outcomes(plain(409)), "Refused Refused Refused");
   EXPECT_EQ(outcomes(plain(410)), "Refused Gone Gone");
   EXPECT_EQ(outcomes(plain(412)), "Exists Changed Changed");
@@ -207,6 +215,21 @@ TEST(DavPush, LooksFirstWhereTheEtagIsWeak) {
   EXPECT_STREQ(nameOf(results[1].outcome), "Changed");
   EXPECT_EQ(scripted.asked(),
             "GET /b/a.vcf, PUT /b/a.vcf, GET /b/a.vcf, PUT /b/a.vcf, GET /b/a.vcf, GET /b/b.vcf");
+}
+
+TEST(DavPush, ComparesTheTextWhereAWeakEtagStaysTheSame) {
+  ScriptedBook scripted([](const ScriptedRequest& request) {
+    if (request.method != "GET") return plain(204);
+    auto answer = plain(200, kText);
+    answer.headers = {{"Content-Type", "text/vcard"}, {"ETag", "W/\"1\""}};
+    return answer;
+  });
+  auto change = update("/b/a.vcf", "W/\"1\"");
+  change.isOf = [](std::string_view text) { return text == kText; };
+  EXPECT_STREQ(nameOf(pushed(scripted.book, {change})[0].outcome), "Done");
+  change.isOf = [](std::string_view text) { return text != kText; };
+  EXPECT_STREQ(nameOf(pushed(scripted.book, {change})[0].outcome), "Changed");
+  EXPECT_EQ(scripted.asked(), "GET /b/a.vcf, PUT /b/a.vcf, GET /b/a.vcf");
 }
 
 TEST(DavPush, ComparesTheTextWhereThereIsNoEtag) {

@@ -25,7 +25,10 @@ void BookElsewhere::end() {
 void BookElsewhere::put(const std::string& href, const std::string& text) {
   ++changes_;
   gone_.erase(href);
-  cards_[href] = {text, "\"" + std::to_string(changes_) + "\"", changes_};
+  auto& card = cards_[href];
+  card.text = text;
+  card.change = changes_;
+  if (!keepsEtags || card.etag.empty()) card.etag = "\"" + std::to_string(changes_) + "\"";
 }
 
 void BookElsewhere::erase(const std::string& href) {
@@ -115,7 +118,8 @@ Pushed BookElsewhere::pushed(const Push& push) {
       answer.outcome = Pushed::Outcome::Gone;
       return answer;
     }
-    if (found->second.etag != push.etag) {
+    const bool isOther = found->second.etag != push.etag;
+    if (isOther || (keepsEtags && !push.isOf(found->second.text))) {
       answer.outcome = Pushed::Outcome::Changed;
       return answer;
     }

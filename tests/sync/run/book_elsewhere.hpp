@@ -31,6 +31,7 @@ class BookElsewhere : public sync::RemoteBook {
   std::function<void(const sync::Push&)> beforePush;
   bool givesTokens = true;
   bool givesEtagsOnPut = true;
+  bool keepsEtags = false;  // of a card, whatever it becomes, as weak ones may be
   // The connection breaks at that request, counted from 0 (list, fetch, each push): before it is
   // done, or after.
   std::optional<std::size_t> breaksBefore;

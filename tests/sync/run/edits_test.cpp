@@ -47,6 +47,28 @@ TEST_F(BookInStep, TakesAnEdit) {
   EXPECT_EQ(elsewhere.log, (Lines{"LIST", "FETCH 1"}));
 }
 
+TEST_F(BookInStep, WritesOverNoEditWhoseTagIsTheSame) {
+  elsewhere.keepsEtags = true;
+  auto text = elsewhere.text("ann.vcf");
+  elsewhere.put("ann.vcf", text.insert(text.find("TEL"), "TITLE:theirs\r\n"));
+  book.set(ann(), property_id::kNote, "ours");
+  book.runClean();
+  EXPECT_EQ(book.text(ann(), property_id::kJobTitle), "theirs");
+  EXPECT_EQ(book.text(ann(), property_id::kNote), "ours");
+  EXPECT_NE(elsewhere.text("ann.vcf").find("TITLE:theirs\r\n"), std::string::npos);
+  EXPECT_NE(elsewhere.text("ann.vcf").find("NOTE:ours\r\n"), std::string::npos);
+}
+
+TEST_F(BookInStep, DeletesNothingThatWasEditedWhoseTagIsTheSame) {
+  elsewhere.keepsEtags = true;
+  auto text = elsewhere.text("ann.vcf");
+  elsewhere.put("ann.vcf", text.insert(text.find("TEL"), "TITLE:theirs\r\n"));
+  book.remove(ann());
+  book.runClean();
+  EXPECT_EQ(elsewhere.cards().size(), 1U);
+  EXPECT_EQ(book.text(ann(), property_id::kJobTitle), "theirs");
+}
+
 TEST_F(BookInStep, SendsAnEditInTheTextThatIsThere) {
   book.set(ann(), property_id::kNote, "hello");
   const auto report = book.runClean();
