@@ -27,7 +27,8 @@ constexpr std::array kLeading = {
 
 // A resource that was asked, and where it really is.
 struct Resource {
-  std::string url;
+  std::string url;      // that answered
+  std::string lasting;  // to be kept: a redirect that does not say that it is for good is not
   DavResponse told;
 };
 
@@ -125,7 +126,11 @@ std::optional<Resource> Discovery::ask(const std::string& url) {
   for (auto& response : read.responses) {
     if (response.status / 100 > 2) continue;
     if (placeOf(askableUrl(read.answer.url, response.href)) != placeOf(read.answer.url)) continue;
-    return Resource{.url = read.answer.url, .told = std::move(response)};
+    const auto& answer = read.answer;
+    const bool isElsewhereForNow = answer.url != url && answer.movedTo.empty();
+    return Resource{.url = answer.url,
+                    .lasting = isElsewhereForNow ? url : answer.url,
+                    .told = std::move(response)};
   }
   why_ = url + " speaks WebDAV, and says that it is not there.";
   return std::nullopt;
@@ -151,7 +156,7 @@ bool Discovery::follow(const Resource& resource) {
   const auto principal = firstHref(resource.told, dav::kPrincipal);
   if (!principal.empty()) offer_.principal = askableUrl(resource.url, principal);
   if (itself.isAddressbook) {
-    takeBook(resource.url, resource.told);
+    takeBook(resource.lasting, resource.told);
     return true;
   }
   offer_.homes = homesOf(resource);

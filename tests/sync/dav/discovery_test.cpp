@@ -145,6 +145,17 @@ TEST(Discovery, FollowsTheWellKnownAddressWhereverItLeads) {
   }
 }
 
+TEST(Discovery, KeepsThePlaceThatABookHasMovedToForGood) {
+  for (const int code : {301, 302, 303, 307, 308}) {
+    Site site({{"/old/", {.status = code, .headers = {{"Location", "/new/"}}}},
+               {"/new/", multistatus(book("/new/"))}});
+    const bool isForGood = code == 301 || code == 308;
+    EXPECT_EQ(site.shown(site.discovered(site.server.url("/old/"))),
+              isForGood ? "/new/ new" : "/old/ old")
+        << code;
+  }
+}
+
 TEST(Discovery, DoesNotBelieveTheWellKnownAddress) {
   for (const auto& answer : {plain(404), plain(403), plain(405), plain(500), page(),
                              multistatus(folder("/.well-known/carddav"))}) {
