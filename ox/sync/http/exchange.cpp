@@ -168,7 +168,8 @@ void Exchange::challenged(const HttpAnswer& answer) {
     transfer_ = std::make_unique<Transfer>();
     fail(RemoteFailure::Login, place +
                                    " wants a login (401); the password was not sent there, since "
-                                   "it belongs to another place");
+                                   "it belongs to another place: a login at " +
+                                   url_.origin() + " would be one of its own");
   }
   const auto sent = transfer_->scheme();
   const auto wanted =

@@ -45,6 +45,7 @@ CommandError commandErrorOf(const sync::RemoteError& error) {
     case Kind::Usage:
       return {kUsage, error.what()};
     case Kind::TryLater:
+    case Kind::Unreachable:
       return {kBusy, error.what()};
     case Kind::Stopped:
       return {kInterrupted, "interrupted"};

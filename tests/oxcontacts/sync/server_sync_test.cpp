@@ -125,6 +125,14 @@ TEST(ServerSync, IsToBeTriedLaterWhileTheServerIsAway) {
   EXPECT_EQ(runJson({"persons"}).size(), 2U);
 }
 
+TEST(ServerSync, IsAddedLaterWhereThereIsNoServer) {
+  const auto away =
+      run({"accounts", "add", "Team", "--url", "http://127.0.0.1:1/", "--allow-http"});
+  EXPECT_EQ(away.exitCode, 5) << away.errors;
+  EXPECT_TRUE(holds(away.errors, "127.0.0.1:1 cannot be reached")) << away.errors;
+  EXPECT_EQ(runJson({"accounts"}).size(), 1U);
+}
+
 // The password's command waits for as long as somebody wants it to.
 class SlowPassword : public testing::Test {
  protected:

@@ -118,7 +118,8 @@ TEST(Login, IsNotSentToAnotherPlace) {
   EXPECT_EQ(failureOf([&] { client.send(get(other.url())); }),
             "Login: " + place(other) +
                 " wants a login (401); the password was not sent there, since it belongs to "
-                "another place");
+                "another place: a login at http://" +
+                place(other) + " would be one of its own");
   EXPECT_EQ(authorizations(other), "-");
   EXPECT_EQ(server.requests().size(), 0U);
 }

@@ -104,7 +104,8 @@ TEST(Redirects, ToAnotherHostThatWantsALoginSayThatItGotNone) {
   EXPECT_EQ(failureOf([&] { client.send(get(server.url("/here"))); }),
             "Login: " + place(other) +
                 " wants a login (401); the password was not sent there, since it belongs to "
-                "another place");
+                "another place: a login at http://" +
+                place(other) + " would be one of its own");
   EXPECT_EQ(listed(other.requests()), "GET /there");
 }
 
