@@ -102,6 +102,10 @@ TEST(TableSource, ReadsWhatPeopleNameTheirColumns) {
             "2: N:Lee;Ann;;; | FN:Ann Lee | TITLE:Boss | TEL;TYPE=cell:1 | EMAIL:a@x.org\n");
 }
 
+TEST(TableSource, TakesALineBreakForNoUid) {
+  EXPECT_EQ(read("Full Name,UID\nAnn,\"\r\"\n"), "2: N:;Ann;;; | FN:Ann\n");
+}
+
 TEST(TableSource, TakesNoControlCharactersForPartsOfALabel) {
   EXPECT_EQ(read("Full Name,Email 1 - Label,Email 1 - Value,Email 2 - Label,Email 2 - Value\n"
                  "Ann,\x13 Home,a@x.org,*\x17 Work\x01 ,b@x.org\n"),

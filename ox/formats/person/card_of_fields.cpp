@@ -92,7 +92,7 @@ class Filling {
 
  private:
   void set(PropertyId property, std::string text) {
-    if (vcard::trimmed(text).empty()) return;
+    if (saysNothing(text)) return;
     card_.properties.set(property, Object(std::move(text)));
   }
 
@@ -128,7 +128,7 @@ class Filling {
     const auto parts = partsOf(entry.kind);
     if (!parts.empty()) return dictionaryOf(entry, parts);
     auto text = plain(entry[Part::Value]);
-    if (vcard::trimmed(text).empty()) return {};
+    if (saysNothing(text)) return {};
     if (entry.kind != Kind::Date) return Object(std::move(text));
     const auto date = dateOf(text, entry.label.empty() ? "Date" : entry.label);
     return date ? Object(*date) : Object();
@@ -186,7 +186,7 @@ vcard::Card cardOf(const GroupFields& group, std::size_t line) {
   if (!group.uid.empty()) card.properties.set(property_id::kCardUid, Object(plain(group.uid)));
   for (const auto& member : group.members) {
     const auto uid = plain(member);
-    if (!vcard::trimmed(uid).empty()) card.members.emplace_back(uidKey(uid));
+    if (!saysNothing(uid)) card.members.emplace_back(uidKey(uid));
   }
   return card;
 }

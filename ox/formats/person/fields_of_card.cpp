@@ -69,7 +69,7 @@ void addSingles(const PropertyBag& bag, PersonFields& fields) {
 }
 
 void clearBlank(std::string& text) {
-  if (vcard::trimmed(text).empty()) text.clear();
+  if (saysNothing(text)) text.clear();
 }
 
 // What is only blanks says nothing in a table or a directory, nor do the blanks around a tag.

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ox/base/data.hpp"
@@ -83,6 +84,11 @@ struct PersonFields {
   }
   bool isEmpty() const;
 };
+
+// Whether a text says nothing: it has no more than blanks and line breaks.
+inline bool saysNothing(std::string_view text) {
+  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
 
 PersonFields fieldsOf(const WrittenCard& card);
 
