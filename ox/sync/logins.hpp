@@ -39,6 +39,7 @@ struct ChosenBook {
   OfferedBook book;
   std::string container;      // identifier; empty: a new one
   std::string containerName;  // of a new one
+  bool sendsNothing = false;  // whatever the book says of itself, it is read-only
 };
 
 struct AddedBook {

@@ -59,6 +59,7 @@ struct BookReport {
   SyncCounts up;
   std::size_t conflicts = 0;  // that are open in this book
   std::vector<RefusedCard> refused;
+  std::size_t kept = 0;  // of those, what was changed here of a book that takes no changes
   std::vector<std::string> notes;   // what the user should know: one sentence each
   std::vector<PlannedChange> plan;  // of Planned, NeedsConfirmation; of Guarded the deletions
   std::uint64_t requests = 0;
@@ -81,6 +82,8 @@ struct SyncOptions {
   bool pulls = true;
   bool pushes = true;
   bool allowsDeletions = false;  // for once, what the guard would stop
+  // What was changed here of a book that takes no changes becomes again what stands there.
+  bool setsBack = false;
   // Asked before the first run of a book changes anything where both sides hold contacts. Missing:
   // it ends as NeedsConfirmation.
   std::function<bool(const BookReport& plan)> confirm = {};

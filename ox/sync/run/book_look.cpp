@@ -104,6 +104,23 @@ bool BookLook::isChangedBeside(const SyncCardNow& card) {
   return local_.besideOf(card.card.record, card.card.kind) != card.card.beside;
 }
 
+bool BookLook::isEdit(const SyncCardNow& card) const {
+  return card.card.kind == RecordKind::Group || card.card.record.isNone() ||
+         card.now != card.card.fingerprint;
+}
+
+std::vector<CardSides> BookLook::changesHere() {
+  std::vector<const SyncCardNow*> changed;
+  for (const auto& [path, card] : changedHere_) {
+    if (isEdit(card)) changed.push_back(&card);
+  }
+  std::ranges::sort(changed, {}, [](const SyncCardNow* card) { return card->card.id; });
+  std::vector<CardSides> sides;
+  sides.reserve(changed.size());
+  for (const auto* card : changed) sides.push_back(sidesOf(*card));
+  return sides;
+}
+
 std::size_t BookLook::knownCards() {
   return syncSource().countAgreedSyncCards(local_.container());
 }
@@ -116,7 +133,7 @@ bool BookLook::isSuddenlyEmpty() {
   return listing_.isWhole && listing_.cards.empty() && !gone_.empty();
 }
 
-void BookLook::lookThere(const std::string& token, Unreadable unreadable) {
+void BookLook::lookThere(const std::string& token, Unreadable unreadable, ChangesHere changes) {
   unreadable_ = unreadable;
   listing_ = remote_.list(token);
   if (!listing_.isWhole) lookAtNews();
@@ -128,13 +145,15 @@ void BookLook::lookThere(const std::string& token, Unreadable unreadable) {
     goneByUid_.clear();
   }
   if (listing_.isWhole) lookAtWholeListing();
-  // What this side was about to create may have arrived, whatever became of the answer.
   for (const auto& [path, card] : changedHere_) {
-    const bool wasSent = card.card.intent == SyncCard::Intent::Create && card.card.refused.empty();
-    if (!wasSent || toFetch_.contains(path) || gone_.contains(path)) continue;
-    if (listing_.isWhole) continue;  // it is not there
+    // What this side was about to create may have arrived, whatever became of the answer.
+    const bool isIntent = card.card.intent == SyncCard::Intent::Create;
+    const bool wasSent = isIntent && card.card.refused.empty();
+    const bool isWanted = changes == ChangesHere::Fetched && isEdit(card);
+    if ((!wasSent && !isWanted) || toFetch_.contains(path) || gone_.contains(path)) continue;
+    if (listing_.isWhole && isIntent) continue;  // it is not there
     fetchOrder_.push_back(path);
-    toFetch_.emplace(path, ToFetch{{card.card.href, {}, 0}, card, true});
+    toFetch_.emplace(path, ToFetch{{card.card.href, {}, 0}, card, isIntent});
   }
 }
 

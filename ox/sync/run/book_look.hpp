@@ -28,10 +28,15 @@ class BookLook {
   // What changed here since both agreed.
   void lookHere();
   bool foundNothingHere() const { return changedHere_.empty() && withoutCard_.empty(); }
+  // Of those that a card stands for: edits and deletions, in the order of their cards. Tags are no
+  // edit.
+  std::vector<CardSides> changesHere();
   // What changed there since that token; everything, when it is empty. Cards that nobody could read
-  // are left alone until they change, or asked for again as they are.
+  // are left alone until they change, or asked for again as they are; those of what was changed
+  // here are known, or fetched as they are.
   enum class Unreadable : std::uint8_t { Left, AskedAgain };
-  void lookThere(const std::string& token, Unreadable unreadable);
+  enum class ChangesHere : std::uint8_t { Known, Fetched };
+  void lookThere(const std::string& token, Unreadable unreadable, ChangesHere changes);
 
   const Listing& listing() const { return listing_; }
   // Cards that the book had when both last agreed.
@@ -71,6 +76,7 @@ class BookLook {
   void lookAtNews();
   bool isNoNews() const;
   bool isChangedBeside(const SyncCardNow& card);
+  bool isEdit(const SyncCardNow& card) const;
   void addUnlinked(CardSides& sides);
   void keepMembers(CardSides& sides, const std::unordered_set<std::string>& broughtBack);
   void fetch(const std::vector<std::string>& paths,

@@ -82,18 +82,19 @@ bool BookRun::run(const Start& start) {
   if (start.isSameThere && look.foundNothingHere() && !start.listsAll && !isDue(start_)) {
     return commit({}, book_.token, start, true);
   }
-  if (book_.lastWhole == 0) learnFacts();
-  if (book_.isReadOnly && !look.foundNothingHere()) {
-    report_.notes.emplace_back("the book takes no changes: what was changed here stays here");
-  }
-  rules_.pushes = options_.pushes && !book_.isReadOnly;
+  // What it was able to do, or allowed, may have changed.
+  if (options_.listsAll || isDue(start_)) learnFacts();
+  rules_.pushes = options_.pushes && !book_.isReadOnly();
+  rules_.setsBack = options_.setsBack && book_.isReadOnly();
+  if (book_.isReadOnly() && !rules_.setsBack) tellKept(look.changesHere());
   rules_.mostBytes = book_.mostBytes;
   rules_.version = book_.versions == kOnly40 ? vcard::CardVersion::V40 : vcard::CardVersion::V30;
   rules_.writesGroupsAs4 = book_.groupSpelling == kOnly40;
 
   const bool isAnew = start.listsAll || isDue(start_);
   look.lookThere(isAnew ? std::string() : book_.token,
-                 isAnew ? BookLook::Unreadable::AskedAgain : BookLook::Unreadable::Left);
+                 isAnew ? BookLook::Unreadable::AskedAgain : BookLook::Unreadable::Left,
+                 rules_.setsBack ? BookLook::ChangesHere::Fetched : BookLook::ChangesHere::Known);
   plan(look);
   if (!mayGoOn(look)) return false;
 
@@ -110,11 +111,15 @@ bool BookRun::run(const Start& start) {
 }
 
 void BookRun::learnFacts() {
+  const auto known = book_;
   const auto facts = remote_.facts();
   book_.name = facts.name;
-  book_.isReadOnly = book_.isReadOnly || facts.isReadOnly;
+  if (book_.readOnly != SyncBook::ReadOnly::AsAsked) {
+    book_.readOnly = facts.isReadOnly ? SyncBook::ReadOnly::AsItSays : SyncBook::ReadOnly::No;
+  }
   book_.mostBytes = facts.mostBytes;
   book_.versions = facts.wantsVersion4 ? kOnly40 : std::string();
+  hasLearned_ = book_ != known;
 }
 
 // A listing from before names again what was sent since. Where that matters the book is listed once
@@ -153,7 +158,11 @@ void BookRun::plan(BookLook& look) {
       [&](CardSides sides) { take(std::move(sides)); },
       [&](std::size_t done, std::size_t all) { tell(SyncProgress::Step::Fetching, done, all); });
   look.giveOthers([&](CardSides sides) { take(std::move(sides)); }, broughtBack_);
-  createNew(look);
+  if (book_.isReadOnly()) {
+    keepNew(look);
+  } else {
+    createNew(look);
+  }
 }
 
 void BookRun::take(CardSides sides) {
@@ -182,7 +191,7 @@ void BookRun::noteGroupSpelling(const CardSides& sides) {
 bool BookRun::isOnItsWay(const SyncCard& card) {
   if (uidKey(card.uid).empty()) return false;
   for (const auto& other : syncSource().syncBooks()) {
-    if (other.container == book_.container || other.isReadOnly) continue;
+    if (other.container == book_.container || other.isReadOnly()) continue;
     const std::array sought{SoughtRecord{card.uid}};
     const auto found = containerSource().matches(other.container, card.kind, sought);
     if (found.front().empty()) continue;
@@ -223,6 +232,31 @@ void BookRun::createNew(const BookLook& look) {
     steps_.push_back(decisions_.create(records[i].key, records[i].kind, *ours, href,
                                        remote_.pathOf(href), uids[i]));
   }
+}
+
+// Of a book that takes no changes.
+void BookRun::keepNew(const BookLook& look) {
+  std::vector<CardSides> added;
+  for (const auto& record : look.newHere()) {
+    CardSides sides;
+    sides.card.container = book_.container;
+    sides.card.record = record.key;
+    sides.card.kind = record.kind;
+    sides.ours = local_.contentOf(record.key, record.kind);
+    if (sides.ours) added.push_back(std::move(sides));
+  }
+  if (!rules_.setsBack) return tellKept(added);
+  for (auto& sides : added) steps_.push_back(decisions_.withdraw(std::move(sides)));
+}
+
+void BookRun::tellKept(const std::vector<CardSides>& changed) {
+  for (const auto& sides : changed) {
+    const bool isNew = sides.card.fingerprint == 0;
+    const char* const what = !sides.ours ? "deleted" : isNew ? "new" : "changed";
+    report_.refused.push_back({decisions_.nameOf(sides), sides.card.href, 0,
+                               std::string(what) + " here, and the book takes no changes"});
+  }
+  report_.kept += changed.size();
 }
 
 // Tells why a run ends after its plan.
@@ -283,9 +317,11 @@ bool BookRun::commit(const Listing& listing, const std::string& token, const Sta
   RunCommit commit(local_, remote_, steps_, report_);
   commit.settleSent();
   const auto keptToken = book_.token;
-  bool isWorthWriting = !steps_.empty() || book_.state != SyncBook::State::Active;
+  bool isWorthWriting = !steps_.empty() || hasLearned_ || book_.state != SyncBook::State::Active;
   book_.state = SyncBook::State::Active;
-  if (commit.isBookReadOnly()) book_.isReadOnly = true;
+  if (commit.isBookReadOnly() && !book_.isReadOnly()) {
+    book_.readOnly = SyncBook::ReadOnly::AsItSays;
+  }
   const auto now = millisecondsNow();
   if (isComplete) {
     const bool isBehind = start.isOneOfSeveral || listing.cards.size() > kStaleEntries;

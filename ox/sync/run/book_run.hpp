@@ -48,6 +48,8 @@ class BookRun {
   void noteGroupSpelling(const CardSides& sides);
   bool isOnItsWay(const SyncCard& card);
   void createNew(const BookLook& look);
+  void keepNew(const BookLook& look);
+  void tellKept(const std::vector<CardSides>& changed);
   bool mayGoOn(BookLook& look);
   std::optional<std::string> guarded(BookLook& look) const;
   void tell(SyncProgress::Step step, std::size_t done, std::size_t all) const;
@@ -68,6 +70,7 @@ class BookRun {
   // Of other containers: records that are not sent yet.
   std::unordered_map<std::string, std::unordered_set<RecordKey>> waiting_;
   bool isPostponed_ = false;
+  bool hasLearned_ = false;
   std::int64_t start_;
 };
 

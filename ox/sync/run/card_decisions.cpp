@@ -184,7 +184,7 @@ std::optional<CardStep> CardDecisions::goneThere(CardSides& sides) {
   const bool isChanged = step.card.intent != SyncCard::Intent::None || hasOpenConflict(step.card) ||
                          ours.fingerprint != step.card.fingerprint ||
                          ours.beside != step.card.beside;
-  if (!isChanged) {
+  if (!isChanged || rules_.setsBack) {
     step.here = CardStep::Here::Delete;
     step.expected = ours.fingerprint;
     step.removesRow = true;
@@ -242,8 +242,9 @@ std::optional<CardStep> CardDecisions::readThere(CardSides& sides) {
     return unreadable(sides,
                       wasGroup ? "the group has become a person" : "the person has become a group");
   }
-  if (!sides.ours && (sides.card.intent == SyncCard::Intent::Create ||
-                      saysTheSameAsBefore(sides.card, theirs.content))) {
+  if (!sides.ours && !rules_.setsBack &&
+      (sides.card.intent == SyncCard::Intent::Create ||
+       saysTheSameAsBefore(sides.card, theirs.content))) {
     return deletedHere(sides, nameOfContent(theirs.content));
   }
   return sides.ours ? brought(sides) : added(sides);
@@ -277,7 +278,8 @@ CardStep CardDecisions::added(CardSides& sides) {
   step.card = std::move(sides.card);
   step.name = nameOfContent(theirs.content);
   if (step.card.fingerprint != 0) {
-    step.note = step.name + " was deleted here and changed there, and is back";
+    if (!rules_.setsBack)
+      step.note = step.name + " was deleted here and changed there, and is back";
     step.isBroughtBack = true;
   }
   const auto kind = theirs.content.isGroup ? RecordKind::Group : RecordKind::Person;
@@ -328,7 +330,16 @@ CardStep CardDecisions::brought(CardSides& sides) {
   }
   const auto* theirBase = sides.isFirstMeeting ? nullptr : &bases.theirs;
   const auto* ourBase = sides.isFirstMeeting ? nullptr : &bases.ours;
-  const auto merged = merge(theirBase, theirs.content, ourBase, ours.content);
+  auto merged = merge(theirBase, theirs.content, ourBase, ours.content);
+  const bool isEdited = ours.content.isGroup || ours.fingerprint != step.card.fingerprint;
+  if (rules_.setsBack && isEdited) {
+    auto tags = std::move(merged.content.categories);
+    merged = MergedCard();
+    merged.content = theirs.content;
+    merged.changesOurs = true;
+    merged.content.categories = std::move(tags);
+    step.settlesConflicts = true;
+  }
   // What is agreed when nothing is sent: the record without what was changed here.
   const auto pulled = sides.isFirstMeeting
                           ? theirs.content
@@ -378,6 +389,22 @@ CardStep CardDecisions::brought(CardSides& sides) {
          merged.content, fingerprint, beside);
   }
   return step;
+}
+
+CardStep CardDecisions::withdraw(CardSides sides) {
+  CardStep step;
+  step.name = nameOf(sides);
+  step.card = std::move(sides.card);
+  step.record = step.card.record;
+  step.here = CardStep::Here::Delete;
+  step.expected = sides.ours->fingerprint;
+  step.removesRow = true;
+  return step;
+}
+
+std::string CardDecisions::nameOf(const CardSides& sides) {
+  if (sides.ours) return nameOfContent(sides.ours->content);
+  return nameOfContent(agreedContent(sides.card, textsOf(sides.card), nullptr));
 }
 
 CardStep CardDecisions::create(const RecordKey& record, RecordKind kind, const LocalContent& ours,

@@ -36,6 +36,7 @@ struct CardSides {
 // What holds for every card of a run.
 struct RunRules {
   bool pushes = true;                                    // and the book takes it
+  bool setsBack = false;                                 // what was changed here is what is there
   vcard::CardVersion version = vcard::CardVersion::V30;  // of new cards
   bool writesGroupsAs4 = false;                          // since the book has some of version 4.0
   std::uint64_t mostBytes = 0;                           // of a card; 0: not known
@@ -54,6 +55,10 @@ class CardDecisions {
   // A record that no card stands for, to be created at that href.
   CardStep create(const RecordKey& record, RecordKind kind, const LocalContent& ours,
                   std::string href, std::string path, std::string uid);
+  // A record goes that no card stands for.
+  static CardStep withdraw(CardSides sides);
+  // For people: as the record says it, or as it said before it was deleted.
+  static std::string nameOf(const CardSides& sides);
 
  private:
   struct Bases;

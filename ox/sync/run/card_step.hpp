@@ -53,8 +53,9 @@ struct CardStep {
   bool writesRow = false;
   bool isNoted = false;  // as about to be created, by an earlier run
   bool removesRow = false;
-  bool isUnreadable = false;   // there; the row says why
-  bool isBroughtBack = false;  // deleted here, changed there
+  bool isUnreadable = false;      // there; the row says why
+  bool isBroughtBack = false;     // deleted here, changed there
+  bool settlesConflicts = false;  // whatever was open of the card
   // Rows that stand for nothing any more, or for this card at another place: they go first.
   std::vector<std::int64_t> rowsInTheWay;
   std::string formerPath;  // where the card was, if it was elsewhere

@@ -80,7 +80,10 @@ std::vector<AddedBook> addLogin(const std::string& name, const LoginSettings& se
     of.book.container = book.container;
     of.book.url = chosen.book.url;
     of.book.name = chosen.book.name;
-    of.book.isReadOnly = chosen.book.isReadOnly;
+    using ReadOnly = SyncBook::ReadOnly;
+    of.book.readOnly = chosen.sendsNothing      ? ReadOnly::AsAsked
+                       : chosen.book.isReadOnly ? ReadOnly::AsItSays
+                                                : ReadOnly::No;
     request.sync.books.push_back(std::move(of));
     added.push_back(std::move(book));
   }
@@ -101,7 +104,7 @@ std::vector<KnownBook> knownBooks() {
     book.account = container ? container->name : row.name;
     book.url = row.url;
     book.name = row.name;
-    book.isReadOnly = row.isReadOnly;
+    book.isReadOnly = row.isReadOnly();
     book.isAway = row.state == SyncBook::State::Away;
     const auto login = std::ranges::find(logins, row.login, &SyncLogin::id);
     if (login != logins.end()) {

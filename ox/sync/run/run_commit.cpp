@@ -151,6 +151,7 @@ SaveRequest RunCommit::requestOf(const SyncRows& rows) {
   SaveRequest request;
   request.whenOutdated = SaveRequest::WhenOutdated::LeaveOut;
   request.outlivesPowerCut = true;
+  request.bringsFromElsewhere = true;
   request.sync = rows;
   newLinks_.clear();
   for (const auto& step : steps_) {
@@ -181,6 +182,7 @@ SaveRequest RunCommit::requestOf(const SyncRows& rows) {
     }
   }
   if (changesMembers) relinkOthers(request);
+  addSettledConflicts(request);
   addMovedConflicts(request);
   return request;
 }
@@ -295,6 +297,19 @@ bool RunCommit::wouldLieInItself(const RecordKey& group, const RecordKey& child)
     }
   }
   return false;
+}
+
+void RunCommit::addSettledConflicts(SaveRequest& request) {
+  std::unordered_set<std::string> paths;
+  for (const auto& step : steps_) {
+    if (step.settlesConflicts && !step.isPutOff) paths.insert(step.card.path);
+  }
+  if (paths.empty()) return;
+  for (const auto& conflict : syncSource().syncConflicts()) {
+    if (conflict.container == local_.container() && paths.contains(conflict.path)) {
+      request.sync.removedConflicts.push_back(conflict.id);
+    }
+  }
 }
 
 // A conflict is that of a card at a place.

@@ -34,6 +34,7 @@ class RunCommit {
   void askAgain(CardStep& step);
   void refuse(CardStep& step, const std::string& reason, int code);
   void linkMembers(CardStep& step, SaveRequest& request);
+  void addSettledConflicts(SaveRequest& request);
   void addMovedConflicts(SaveRequest& request);
   void relinkOthers(SaveRequest& request);
   void tellOnce(std::string note);

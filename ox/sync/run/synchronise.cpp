@@ -223,7 +223,6 @@ class LoginRun {
   void runOne(RemoteLogin& remote, std::size_t place, bool isSame) {
     auto& report = reports_[place];
     auto book = bookNow(books_[place]);
-    if (book.state == SyncBook::State::Paused) return;
     const auto elsewhere = remote.open(book);
     BookRun::Start start;
     start.isSameThere = isSame;

@@ -186,14 +186,15 @@ void tellAdded(const Context& context, const std::string& name, const LoginArgum
   Json list = Json::array();
   for (std::size_t i = 0; i < added.size(); ++i) {
     const auto& book = chosen[i].book;
+    const bool isReadOnly = book.isReadOnly || chosen[i].sendsNothing;
     list.push_back({{"identifier", added[i].container},
                     {"name", added[i].name},
                     {"book", book.name},
                     {"url", book.url},
-                    {"readOnly", book.isReadOnly}});
+                    {"readOnly", isReadOnly}});
     if (context.json) continue;
     context.tell("added " + added[i].name + " (" + added[i].container + ") for " + book.url +
-                 (book.isReadOnly ? ", which is read-only" : ""));
+                 (isReadOnly ? ", which is read-only" : ""));
   }
   Json rest = Json::array();
   for (const auto& book : left) {
@@ -280,9 +281,8 @@ void addLoginFor(const Context& context, const std::string& name, const LoginArg
         left.push_back(std::move(book));
         continue;
       }
-      if (arguments.isReadOnly) book.isReadOnly = true;
       auto newName = container.empty() ? names.of(book, name, isAlone) : std::string();
-      chosen.push_back({std::move(book), container, std::move(newName)});
+      chosen.push_back({std::move(book), container, std::move(newName), arguments.isReadOnly});
     }
     const auto added = sync::addLogin(name, settings, offer, chosen);
     tellAdded(context, name, arguments, chosen, added, left);

@@ -91,6 +91,10 @@ void tellRest(const Context& context, const BookReport& report) {
     context.tell(report.account + ": refused " + (card.name.empty() ? card.href : card.name) +
                  ": " + card.reason + code);
   }
+  if (report.kept > 0) {
+    context.tell(report.account + ": " + commandFor(report, "--set-back") +
+                 " puts back what stands there");
+  }
   if (report.conflicts > 0) {
     context.tell(report.account + ": " + counted(report.conflicts, "conflict") + "; " +
                  commandFor(report, "--conflicts") + " shows " +
@@ -206,6 +210,7 @@ Json reportsJson(const std::vector<BookReport>& reports,
                    {"up", countsJson(report.up)},
                    {"conflicts", std::move(open)},
                    {"refused", refusedJson(report)},
+                   {"kept", report.kept},
                    {"notes", report.notes},
                    {"plan", planJson(report)},
                    {"requests", report.requests},

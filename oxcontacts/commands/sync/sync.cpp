@@ -25,6 +25,7 @@ struct Arguments {
   bool onlyPushes = false;
   bool onlyPulls = false;
   bool allowsDeletions = false;
+  bool setsBack = false;
   bool agrees = false;
   bool showsConflicts = false;
   bool showsStatus = false;
@@ -116,6 +117,7 @@ std::vector<BookReport> run(const Context& context, const Arguments& arguments,
   options.pulls = !arguments.onlyPushes;
   options.pushes = !arguments.onlyPulls;
   options.allowsDeletions = arguments.allowsDeletions;
+  options.setsBack = arguments.setsBack;
   options.confirm = confirmation(context, arguments, line);
   options.progress = [&](const sync::SyncProgress& progress) { line.show(textOf(progress)); };
   options.hooks = hooksOf(context, arguments.isVerbose, line);
@@ -173,7 +175,7 @@ void requireOneTask(const CLI::App& command) {
     task = name;
   }
   for (const auto* name : {"--dry-run", "--full", "--push-only", "--pull-only", "--allow-deletions",
-                           "--yes", "--report"}) {
+                           "--set-back", "--yes", "--report"}) {
     if (!task.empty() && command.count(name) > 0) {
       throw CommandError(kUsage, task + " runs nothing, so that " + name + " is of no use to it");
     }
@@ -193,6 +195,10 @@ void declareSync(CLI::App& program, const Context& context) {
   command->add_flag("--pull-only", arguments->onlyPulls, "Change nothing there")->excludes(push);
   command->add_flag("--allow-deletions", arguments->allowsDeletions,
                     "Let it delete much, for once");
+  command
+      ->add_flag("--set-back", arguments->setsBack,
+                 "In books that take no changes: what was changed here becomes what is there")
+      ->excludes(push);
   command->add_flag("--yes", arguments->agrees,
                     "Ask nothing where two sides with contacts first meet");
   command->add_option("--report", arguments->reportFile, "Write the report there as JSON")

@@ -171,18 +171,6 @@ TEST_F(FolderSync, NamesCardsThatItRefusesAndGoesOn) {
   EXPECT_EQ(run({"sync"}).exitCode, 0);
 }
 
-TEST_F(FolderSync, OfAReadOnlyBookChangesNothingThere) {
-  writeTwo();
-  ASSERT_EQ(run({"accounts", "add", "Cards", "--folder", path(), "--read-only"}).exitCode, 0);
-  ASSERT_EQ(run({"sync"}).exitCode, 0);
-  const auto before = text("ann.vcf");
-  run({"set", "Ann Lee", "jobtitle=Head of sales"});
-  run({"sync"});
-  EXPECT_EQ(text("ann.vcf"), before);
-  EXPECT_TRUE(holds(run({"show", "Ann Lee"}).output, "Head of sales"));
-  EXPECT_TRUE(runJson({"sync", "--status"})[0]["readOnly"]);
-}
-
 TEST_F(FolderSync, WritesTheReportThatJsonPrints) {
   synchroniseTwo();
   write("eve.vcf", {"UID:eve", "N:Moe;Eve;;;", "FN:Eve Moe"});
@@ -248,6 +236,56 @@ TEST_F(FolderSync, IsTakenBackByUndoAndSentWithTheNextRun) {
   EXPECT_EQ(run({"sync"}).output,
             "Cards: 0 new, 0 changed, 0 deleted here; 1 sent, 0 deleted there\n");
   EXPECT_TRUE(holds(text("ann.vcf"), "TITLE:Director\r\n")) << text("ann.vcf");
+}
+
+TEST_F(FolderSync, RefusesEditsOfAReadOnlyBookWhenTheyAreMade) {
+  writeTwo();
+  ASSERT_EQ(run({"accounts", "add", "Cards", "--folder", path(), "--read-only"}).exitCode, 0);
+  ASSERT_EQ(run({"sync"}).exitCode, 0);
+  ASSERT_EQ(run({"accounts", "add", "Mine"}).exitCode, 0);
+  ASSERT_EQ(run({"add-person", "Mine", "name=Eve Moe"}).exitCode, 0);
+  writeText("two.csv", "First Name,Last Name\nMia,Dahl\n");
+  const auto list = path("two.csv");
+  const std::string why =
+      "the account Cards is read-only: the book that it is in step with takes no changes";
+  const std::vector<std::vector<std::string>> edits = {
+      {"set", "Ann Lee", "jobtitle=Boss"},  {"add-person", "Cards", "name=Cid Roe"},
+      {"remove-person", "Bob Berg"},        {"copy", "Eve Moe", "--to", "Cards"},
+      {"move", "Eve Moe", "--to", "Cards"}, {"move", "Ann Lee", "--to", "Mine"},
+      {"merge", "Ann Lee", "Bob Berg"},     {"add-group", "Cards", "Club"},
+      {"photo", "Ann Lee", "--clear"},      {"import", list, "--into", "Cards"},
+  };
+  for (const auto& edit : edits) {
+    const auto result = run(edit);
+    EXPECT_EQ(result.exitCode, 1) << edit[0] << result.output << result.errors;
+    EXPECT_TRUE(holds(result.errors, why)) << edit[0] << ": " << result.errors;
+  }
+  EXPECT_EQ(namesOfPersons(), "Ann Lee|Bob Berg|Eve Moe");
+  EXPECT_EQ(run({"tag", "Ann Lee", "--add", "friend"}).exitCode, 0);
+  EXPECT_EQ(run({"sync"}).output, kNothingDone);
+  EXPECT_TRUE(runJson({"sync", "--status"})[0]["readOnly"]);
+}
+
+TEST_F(FolderSync, KeepsWhatIsNewInABookThatTakesNoChangesUntilItIsSetBack) {
+  writeTwo();
+  ASSERT_EQ(run({"accounts", "add", "Mine"}).exitCode, 0);
+  ASSERT_EQ(run({"add-person", "Mine", "name=Eve Moe"}).exitCode, 0);
+  ASSERT_EQ(run({"accounts", "add", "Cards", "--folder", path(), "--into", "Mine", "--read-only"})
+                .exitCode,
+            0);
+  const auto kept = run({"sync", "--yes"});
+  EXPECT_EQ(kept.exitCode, 3);
+  EXPECT_EQ(kept.errors,
+            "oxcontacts: Mine: refused Eve Moe: new here, and the book takes no changes\n"
+            "oxcontacts: Mine: `oxcontacts sync Mine --set-back` puts back what stands there\n");
+  EXPECT_EQ(runJson({"sync"})[0]["kept"], 1);
+  EXPECT_EQ(run({"sync", "Mine", "--set-back", "--dry-run"}).output,
+            "Mine: 0 new, 0 changed, 1 deleted here; 0 sent, 0 deleted there\n"
+            "  here, deleted: Eve Moe\n");
+  EXPECT_EQ(run({"sync", "Mine", "--set-back"}).output,
+            "Mine: 0 new, 0 changed, 1 deleted here; 0 sent, 0 deleted there\n");
+  EXPECT_EQ(namesOfPersons(), "Ann Lee|Bob Berg");
+  EXPECT_EQ(run({"sync"}).exitCode, 0);
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ TEST_F(SyncedAccount, KeepsEveryFieldOfALogin) {
 TEST_F(SyncedAccount, KeepsEveryFieldOfABook) {
   auto all = syncBook(kTeam);
   all.name = "Our team";
-  all.isReadOnly = true;
+  all.readOnly = SyncBook::ReadOnly::AsAsked;
   all.token = "data:,4";
   all.reports = "sync-collection addressbook-multiget";
   all.versions = "3.0";

@@ -95,25 +95,13 @@ TEST_F(BookThatRefuses, EverythingIsReadOnlyFromThenOn) {
   const auto report = book.run();
   ASSERT_EQ(report.refused.size(), 1U);
   EXPECT_EQ(report.refused[0].reason, "the book takes no changes");
-  EXPECT_TRUE(syncSource().syncBooks().front().isReadOnly);
+  EXPECT_TRUE(syncSource().syncBooks().front().isReadOnly());
   elsewhere.log.clear();
   elsewhere.put("ann.vcf", cardText("ann", "Anna", "Lee"));
   book.run();
   EXPECT_EQ(elsewhere.log, (Lines{"LIST", "FETCH 1"}));
   EXPECT_EQ(book.text(ann, property_id::kFirst), "Anna");
   EXPECT_EQ(book.text(ann, property_id::kNote), "ours");
-}
-
-TEST_F(BookThatRefuses, ChangesSaysThatTheyStayHere) {
-  elsewhere.bookFacts.isReadOnly = true;
-  SyncedBook readOnly(elsewhere, "Read-only");
-  readOnly.runClean();
-  readOnly.set(readOnly.onlyPerson(), property_id::kNote, "ours");
-  elsewhere.log.clear();
-  const auto report = readOnly.run();
-  EXPECT_EQ(report.notes, Lines{"the book takes no changes: what was changed here stays here"});
-  EXPECT_EQ(elsewhere.log, Lines{"LIST"});
-  EXPECT_EQ(readOnly.text(readOnly.onlyPerson(), property_id::kNote), "ours");
 }
 
 TEST_F(BookThatRefuses, WhatIsTooLargeIsNotSent) {

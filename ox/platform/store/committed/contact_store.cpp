@@ -108,6 +108,9 @@ std::optional<bool> ContactStore::tryWriting(Lock lock, const Uuid& name, const 
   ActBuilder builder(file_, committed_, taken);
   decide(builder);
   auto act = builder.take();
+  if (const auto refusal = readOnly_.refusalOf(act); !refusal.empty()) {
+    throw RefusedRequest(refusal);
+  }
   act.name = name;
   act.followedTags = followedTags_;
   // For an act of nothing too: whoever asks for it learns whether the store can be written.
@@ -249,6 +252,7 @@ bool ContactStore::execute(SaveRequest& request) {
   try {
     using enum StoreFile::Outlive;
     written = write(request.outlivesPowerCut ? PowerCut : Kill, [&](ActBuilder& builder) {
+      builder.act().bringsFromElsewhere = request.bringsFromElsewhere;
       settleOutdated(request);
       if (request.moment) {
         for (const auto& record : request.additions) builder.guardContainer(record.container);
@@ -318,9 +322,17 @@ SaveReport ContactStore::commit(RecordChanges& changes) {
   SaveReport report;
   std::vector<RecordKey> keys;
   std::vector<ActBuilder::MergedValue> merged;
-  const auto noteDropped = [&report](std::string why, const RecordKey& record) {
-    if (why.empty()) return;
-    report.dropped.push_back({FailureKind::Refused, std::move(why), record.text()});
+  const auto noteDropped = [&report](std::string why, const RecordKey& record,
+                                     FailureKind kind = FailureKind::Refused) {
+    if (why.empty()) return false;
+    report.dropped.push_back({kind, std::move(why), record.text()});
+    return true;
+  };
+  // What has become read-only since the change was made must not keep every other one from being
+  // saved.
+  const auto isReadOnly = [&](const ActBuilder& builder, const RecordKey& key) {
+    const auto entry = builder.find(key);
+    return entry && noteDropped(readOnly_.refusalOf(entry->container), key, FailureKind::Denied);
   };
   try {
     write(StoreFile::Outlive::PowerCut, [&](ActBuilder& builder) {
@@ -328,15 +340,22 @@ SaveReport ContactStore::commit(RecordChanges& changes) {
       keys.clear();
       meet(changes);
       for (const auto& record : changes.additions) keys.push_back(builder.addRecord(record));
-      for (const auto& edit : changes.edits) noteDropped(builder.applyEdit(edit), edit.key);
+      for (const auto& edit : changes.edits) {
+        if (!isReadOnly(builder, edit.key)) noteDropped(builder.applyEdit(edit), edit.key);
+      }
       report.overtaken = builder.wonOver();
       merged = builder.merged();
-      for (const auto& link : changes.removedLinks) builder.removeLink(link);
+      for (const auto& link : changes.removedLinks) {
+        if (!isReadOnly(builder, link.group)) builder.removeLink(link);
+      }
       // Before the links, which may go where a group is now that is removed.
       for (const auto& key : changes.removals) {
-        if (const auto entry = builder.find(key)) builder.removeRecord(*entry);
+        const auto entry = builder.find(key);
+        if (entry && !isReadOnly(builder, key)) builder.removeRecord(*entry);
       }
-      for (const auto& link : changes.addedLinks) noteDropped(builder.addLink(link), link.group);
+      for (const auto& link : changes.addedLinks) {
+        if (!isReadOnly(builder, link.group)) noteDropped(builder.addLink(link), link.group);
+      }
       builder.changeTags(changes.tags);
     });
   } catch (const RefusedRequest& refused) {

@@ -9,6 +9,7 @@
 
 #include "ox/platform/store/committed/act_builder.hpp"
 #include "ox/platform/store/committed/committed_records.hpp"
+#include "ox/platform/store/committed/read_only_containers.hpp"
 #include "ox/platform/store/file/store_file.hpp"
 #include "ox/platform/store/values/act.hpp"
 #include "ox/platform/store/values/record_changes.hpp"
@@ -23,7 +24,8 @@ namespace ox {
 // at a time; every operation throws StoreError when the file fails.
 class ContactStore {
  public:
-  explicit ContactStore(StoreAddress address) : file_(std::move(address)), committed_(file_) {}
+  explicit ContactStore(StoreAddress address)
+      : file_(std::move(address)), committed_(file_), readOnly_(file_, committed_) {}
 
   const StoreAddress& address() const { return file_.address(); }
   CommittedRecords& committed() { return committed_; }
@@ -52,6 +54,8 @@ class ContactStore {
   // See StoreFile.
   ABPropertyType storedType(std::string_view custom) { return file_.storedType(custom); }
   std::string refusalOf(PropertyId property) { return file_.refusalOf(property); }
+  // Why nothing in the container of that row may be changed; empty when it may.
+  std::string refusalOfChangeIn(std::int32_t container) { return readOnly_.refusalOf(container); }
 
   bool owesTags();
   TagDebts tagDebts();
@@ -82,6 +86,7 @@ class ContactStore {
 
   StoreFile file_;
   CommittedRecords committed_;
+  ReadOnlyContainers readOnly_;
   std::optional<std::int64_t> followedTags_;
   StoreMoment writtenMoment_;
   int pins_ = 0;

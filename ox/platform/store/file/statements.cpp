@@ -229,6 +229,7 @@ constexpr std::array kStatements = {
         "AND EXISTS(SELECT 1 FROM sync_card WHERE container = ?1 AND path = ?2)"},
     Row{Sql::DeleteSyncConflicts,
         "DELETE FROM sync_conflict WHERE id IN (SELECT key FROM keys(?1))"},
+    Row{Sql::ReadOnlyContainers, "SELECT container FROM sync_book WHERE read_only <> 0 AND sound"},
     Row{Sql::InsertSyncRun,
         "INSERT INTO sync_run(container, began, ended, counts, outcome) "
         "VALUES(?1, ?2, ?3, ?4, ?5)"},

@@ -88,6 +88,7 @@ enum class Sql : std::uint8_t {
   InsertSyncConflict,
   UpdateSyncConflict,
   DeleteSyncConflicts,
+  ReadOnlyContainers,
   InsertSyncRun,
   DeleteOldSyncRuns,
   Count,

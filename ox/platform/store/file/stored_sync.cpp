@@ -157,7 +157,7 @@ std::vector<SyncBook> StoredSync::books() {
     book.login = columns.number();
     book.url = columns.text();
     book.name = columns.text();
-    book.isReadOnly = columns.flag();
+    book.readOnly = static_cast<SyncBook::ReadOnly>(columns.number());
     book.token = columns.text();
     book.reports = columns.text();
     book.versions = columns.text();

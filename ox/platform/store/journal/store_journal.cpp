@@ -179,6 +179,7 @@ UndoReport StoreJournal::returnToCopy(const std::string& path, const std::vector
       auto& act = builder.act();
       ReturnToCopy(store_.file(), copy.file(), store_.committed(), act, added).decide();
       act.tags = tags;
+      act.bringsFromElsewhere = true;
       report.records = recordsOf(act);
     });
     if (report.done) report.number = store_.writtenMoment().number;

@@ -150,6 +150,10 @@ bool LockedSource::execute(SaveRequest& request) {
   const std::lock_guard lock(mutex_);
   if (act == kNobodysAct || !request.onlyCreates()) return store_.execute(request);
   store_.refresh(Look::AtMostEvery10ms);
+  for (const auto& record : request.additions) {
+    request.reason = store_.refusalOfChangeIn(committed_.containers().rowOf(record.container));
+    if (!request.reason.empty()) return false;
+  }
   return overlay_.create(act, RunningAct::ofThread(), request);
 }
 

@@ -106,6 +106,8 @@ class LockedSource final : public ContactSource, private SyncSource {
   ActId ownerOfLink(const RecordKey& group, const RecordKey& child) const;
   // The acts that a save on this thread writes, and that one.
   static ActIds actsWith(ActId owner);
+  // False, and noticed, when the record is not there or its account is read-only.
+  bool mayChange(const RecordKey& key);
   // By key or by identifier.
   template <typename Id>
   std::optional<RecordInfo> visibleRecord(const Id& id);

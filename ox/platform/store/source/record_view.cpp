@@ -37,6 +37,15 @@ ActIds LockedSource::actsWith(ActId owner) {
   return acts;
 }
 
+bool LockedSource::mayChange(const RecordKey& key) {
+  const auto entry = overlay_.isRemoved(key) ? std::nullopt : overlay_.find(key);
+  if (!entry) return refuse("there is no record " + key.text(), key);
+  const auto refusal = store_.refusalOfChangeIn(entry->container);
+  if (refusal.empty()) return true;
+  failures::notice(FailureKind::Denied, refusal, key.text());
+  return false;
+}
+
 template <typename Id>
 std::optional<RecordInfo> LockedSource::visibleRecord(const Id& id) {
   const std::lock_guard lock(mutex_);
@@ -131,7 +140,7 @@ bool LockedSource::setValue(const RecordKey& key, RecordKind kind, PropertyId pr
   cleanText(value);
   const std::lock_guard lock(mutex_);
   store_.refresh(Look::AtMostEvery10ms);
-  if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
+  if (!mayChange(key)) return false;
   if (const auto refusal = store_.refusalOf(property); !refusal.empty()) {
     return refuse(refusal, key);
   }
@@ -148,7 +157,7 @@ Data LockedSource::imageData(const RecordKey& key) {
 bool LockedSource::setImageData(const RecordKey& key, Data image) {
   const std::lock_guard lock(mutex_);
   store_.refresh(Look::AtMostEvery10ms);
-  if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
+  if (!mayChange(key)) return false;
   overlay_.setImage(ownerOf(key), key, std::move(image));
   return true;
 }
@@ -174,6 +183,7 @@ bool LockedSource::link(const RecordKey& group, const RecordKey& child, RecordKi
     const bool childIsGone = overlay_.isWritable(group) && !overlay_.isWritable(child);
     return refuse(refusal, childIsGone ? child : group);
   }
+  if (!mayChange(group)) return false;
   overlay_.link(owner, group, child, childKind);
   return true;
 }
@@ -184,6 +194,7 @@ bool LockedSource::unlink(const RecordKey& group, const RecordKey& child, Record
   if (!overlay_.isWritable(group)) return refuse("there is no group " + group.text(), group);
   const auto owner = ownerOfLink(group, child);
   if (!overlay_.canUnlink(actsWith(owner), group, child, childKind)) return false;
+  if (!mayChange(group)) return false;
   overlay_.unlink(owner, group, child, childKind);
   return true;
 }
@@ -191,7 +202,7 @@ bool LockedSource::unlink(const RecordKey& group, const RecordKey& child, Record
 bool LockedSource::remove(const RecordKey& key, RecordKind) {
   const std::lock_guard lock(mutex_);
   store_.refresh(Look::AtMostEvery10ms);
-  if (!overlay_.isWritable(key)) return refuse("there is no record " + key.text(), key);
+  if (!mayChange(key)) return false;
   // Of what another act has created too: should this one be taken back, the record is there
   // again.
   overlay_.remove(RunningAct::ownerOfChange(), key);

@@ -95,6 +95,8 @@ struct Act {
   std::vector<ChangedContainer> removedContainers;
   std::vector<TagChange> tags;  // for the tag file to follow
   NotedSync sync;
+  // It may change what is read-only: it brings what stands there, or the store back to a copy.
+  bool bringsFromElsewhere = false;
   // The tag file has followed every act up to this one.
   std::optional<std::int64_t> followedTags;
 

@@ -99,6 +99,9 @@ struct SaveRequest {
   // A card may be that of one of the additions, by the key that this has in the request. One that
   // is stored keeps its record where it names none, or one that is gone.
   SyncRows sync = {};
+  // Whether it brings what stands in a book elsewhere, and so changes a container that is read-only
+  // too.
+  bool bringsFromElsewhere = false;
   // Whether it is waited for until it would outlive a power cut, and not the process alone.
   bool outlivesPowerCut = false;
 

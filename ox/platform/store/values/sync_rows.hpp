@@ -39,13 +39,16 @@ struct SyncLogin {
 
 // A container and the book that it is in step with.
 struct SyncBook {
-  enum class State : std::uint8_t { Active = 0, Away = 1, Paused = 2 };
+  enum class State : std::uint8_t { Active = 0, Away = 1 };
+  // Whether the book takes changes: it says itself that it does not, or the user wants it so. The
+  // store then refuses what would change the container (SaveRequest::bringsFromElsewhere).
+  enum class ReadOnly : std::uint8_t { No = 0, AsItSays = 1, AsAsked = 2 };
 
   std::string container;  // its identifier
   std::int64_t login = 0;
   std::string url;
   std::string name;  // there
-  bool isReadOnly = false;
+  ReadOnly readOnly = ReadOnly::No;
   std::string token;            // of the last listing
   std::string reports;          // that the server supports
   std::string versions;         // of cards that it takes
@@ -54,6 +57,7 @@ struct SyncBook {
   std::int64_t lastWhole = 0;  // when everything was listed, milliseconds since 1970; 0: never
   State state = State::Active;
 
+  bool isReadOnly() const { return readOnly != ReadOnly::No; }
   bool operator==(const SyncBook&) const = default;
 };
 

@@ -86,7 +86,7 @@ void SyncWriter::write(const SyncRows::BookOfLogin& of) {
       .bindText(3, of.login)
       .bindText(4, book.url)
       .bindText(5, book.name)
-      .bind(6, book.isReadOnly ? 1 : 0)
+      .bind(6, static_cast<std::int64_t>(book.readOnly))
       .bindText(7, book.token)
       .bindText(8, book.reports)
       .bindText(9, book.versions)
