@@ -58,7 +58,7 @@ constexpr std::array kSyncTables = {
           "id, container, record, kind, href, path, etag, uid, fingerprint, beside, intent, "
           "keeps_less, refused, refused_fingerprint",
           14},
-    Table{"sync_text", "card, text, agreed, tags, members", 5},
+    Table{"sync_text", "card, text, agreed, tags, members, sent", 6},
     Table{"sync_conflict", "id, card, property, theirs, ours, base, at", 7},
     Table{"sync_run", "id, container, began, ended, counts, outcome", 6},
 };

@@ -100,6 +100,17 @@ SyncCard::Texts agreedTexts(std::string_view text, const CardContent& ours) {
   return texts;
 }
 
+std::string packedSent(const SyncCard::Texts& texts) {
+  return packedList({texts.text, texts.agreed, texts.tags, texts.members});
+}
+
+std::optional<SyncCard::Texts> sentTexts(const SyncCard::Texts& texts) {
+  auto packed = unpackedList(texts.sent);
+  if (packed.size() != 4) return std::nullopt;
+  return SyncCard::Texts{std::move(packed[0]), std::move(packed[1]), std::move(packed[2]),
+                         std::move(packed[3])};
+}
+
 CardContent agreedContent(const SyncCard& card, const SyncCard::Texts& texts, const Data& picture) {
   CardContent content;
   content.isGroup = card.kind == RecordKind::Group;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,11 @@ SyncCard::Texts textsOf(const SyncCard& card);
 
 // The texts of a card's row, of what both sides say. Members of a group are noted as linked.
 SyncCard::Texts agreedTexts(std::string_view text, const CardContent& ours);
+
+// As one text, to be kept beside those that are agreed until the answer to what was sent has come
+// (SyncCard::Texts::sent), and back; missing when nothing is kept. Throws DamagedBytes.
+std::string packedSent(const SyncCard::Texts& texts);
+std::optional<SyncCard::Texts> sentTexts(const SyncCard::Texts& texts);
 
 // What the record held. Its picture is `picture` where that is still the one, and else some other
 // bytes, which equal no picture. Throws DamagedBytes.

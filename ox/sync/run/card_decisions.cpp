@@ -119,6 +119,13 @@ CardDecisions::Bases CardDecisions::basesOf(const CardSides& sides, const SyncCa
   bases.ours = agreedContent(sides.card, texts, photo);
   auto read = readCard(agreedText(texts, photo));
   if (auto* card = std::get_if<ReadCard>(&read)) bases.theirs = std::move(card->content);
+  // The base's picture is not kept beside the one of the record: where that was changed, only the
+  // number of the former one is known.
+  const auto* now = sides.read ? &sides.read->content : nullptr;
+  if (now != nullptr && now->photo && bases.ours.photo && bases.theirs.photo &&
+      agreedPicture(texts) == pictureOf(*now)) {
+    bases.theirs.photo = now->photo;
+  }
   return bases;
 }
 
@@ -253,9 +260,14 @@ std::optional<CardStep> CardDecisions::readThere(CardSides& sides) {
 // Whether a card that was deleted here is what it was when both last agreed, whatever its ETag.
 bool CardDecisions::saysTheSameAsBefore(const SyncCard& card, const CardContent& theirs) const {
   if (card.id == 0 || card.fingerprint == 0) return false;
-  auto read = readCard(agreedText(textsOf(card), theirs.photo));
-  const auto* before = std::get_if<ReadCard>(&read);
-  return before != nullptr && sameContent(before->content, theirs);
+  const auto saysTheSame = [&](const SyncCard::Texts& texts) {
+    auto read = readCard(agreedText(texts, theirs.photo));
+    const auto* before = std::get_if<ReadCard>(&read);
+    return before != nullptr && sameContent(before->content, theirs);
+  };
+  const auto texts = textsOf(card);
+  const auto sent = sentTexts(texts);
+  return saysTheSame(texts) || (sent && saysTheSame(*sent));
 }
 
 // There it is still what it was, or what this side has sent.
@@ -312,21 +324,16 @@ CardStep CardDecisions::brought(CardSides& sides) {
   CardStep step;
   step.card = sides.card;
   step.record = step.card.record;
-  Bases bases;
   const auto texts = textsOf(step.card);
-  if (!sides.isFirstMeeting) {
-    bases = basesOf(sides, texts);
-    // The base's picture is not kept beside the one of the record: where that was changed, only the
-    // number of the former one is known.
-    if (theirs.content.photo && bases.ours.photo && bases.theirs.photo &&
-        agreedPicture(texts) == pictureOf(theirs.content)) {
-      bases.theirs.photo = theirs.content.photo;
-    }
-  }
+  auto bases = sides.isFirstMeeting ? Bases() : basesOf(sides, texts);
   // What this side has sent, and nobody has changed since, is agreed, though the answer was lost.
-  if (sides.isFirstMeeting && !texts.text.empty()) {
-    bases = basesOf(sides, texts);
-    if (sameContent(bases.theirs, theirs.content)) sides.isFirstMeeting = false;
+  const auto sent = sides.isFirstMeeting ? std::optional(texts) : sentTexts(texts);
+  if (sent && !sent->text.empty()) {
+    auto basesSent = basesOf(sides, *sent);
+    if (sameContent(basesSent.theirs, theirs.content)) {
+      bases = std::move(basesSent);
+      sides.isFirstMeeting = false;
+    }
   }
   const auto* theirBase = sides.isFirstMeeting ? nullptr : &bases.theirs;
   const auto* ourBase = sides.isFirstMeeting ? nullptr : &bases.ours;

@@ -10,6 +10,13 @@
 #include "ox/sync/run/agreed.hpp"
 
 namespace ox::sync {
+
+CardContent contentOf(const SentCard& sent) {
+  auto content = *sent.here;
+  content.photo = sent.photo.get();
+  return content;
+}
+
 namespace {
 
 bool isToSend(const CardStep& step) {
@@ -47,6 +54,15 @@ Push pushOf(const CardStep& step) {
   return push;
 }
 
+// Where the answer is lost the next run finds there what was sent, and tells by this that it was.
+// What the record has not taken over yet from there it would take for a change of ours.
+void noteUpdate(CardStep& step, SaveRequest& request) {
+  if (step.card.id == 0 || step.here != CardStep::Here::Nothing) return;
+  auto sent = packedSent(agreedTexts(*step.sent->text.get(), contentOf(*step.sent)));
+  if (step.texts) step.texts->sent = sent;
+  request.sync.sent.push_back({step.card.id, std::move(sent)});
+}
+
 void readBack(std::vector<CardStep*>& sent, RemoteBook& remote, SpillFile& spill) {
   std::unordered_map<std::string, CardStep*> byPath;
   std::vector<ListedCard> cards;
@@ -81,7 +97,11 @@ void noteIntents(std::vector<CardStep>& steps) {
       step.removesRow = false;
       step.card.id = 0;
     }
-    if (!isToSend(step) || step.there == CardStep::There::Update) continue;
+    if (!isToSend(step)) continue;
+    if (step.there == CardStep::There::Update) {
+      noteUpdate(step, request);
+      continue;
+    }
     auto intent = step.card;
     if (step.there == CardStep::There::Delete) {
       intent.intent = SyncCard::Intent::Delete;

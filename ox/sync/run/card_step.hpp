@@ -35,6 +35,9 @@ struct SentCard {
   std::uint64_t beside = 0;
 };
 
+// What the record says then, with its picture.
+CardContent contentOf(const SentCard& sent);
+
 // What a run is going to do about one card: decided before anything is done, and all that is needed
 // to do it.
 struct CardStep {

@@ -23,12 +23,6 @@ namespace {
 
 constexpr int kTries = 4;
 
-CardContent contentOf(const SentCard& sent) {
-  auto content = *sent.here;
-  content.photo = sent.photo.get();
-  return content;
-}
-
 }  // namespace
 
 void RunCommit::settleSent() {

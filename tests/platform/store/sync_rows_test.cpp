@@ -69,7 +69,7 @@ TEST_F(SyncedAccount, KeepsEveryFieldOfACard) {
   all.keepsLess = "PHOTO";
   all.refused = "413 too large";
   all.refusedFingerprint = 9;
-  change.texts = SyncCard::Texts{std::string("a\0b", 3), "values", "red", "ann"};
+  change.texts = SyncCard::Texts{std::string("a\0b", 3), "values", "red", "ann", "sent"};
   ASSERT_TRUE(execute({.cards = {change}}));
   const auto cards = sync.syncCards(kTeam);
   ASSERT_EQ(cards.size(), 3U);

@@ -91,7 +91,7 @@ TEST_F(KeptSync, WithACardThatFitsNothingIsTold) {
       "INSERT INTO sync_card(container, record, kind, href, path, etag, uid, fingerprint, beside,"
       " intent, keeps_less, refused, refused_fingerprint) VALUES(2, 77, 0, '', '', '', '', 0, 0, "
       "0, '', '', 0), (9, NULL, 0, '', '', '', '', 0, 0, 0, '', '', 0);"
-      "INSERT INTO sync_text VALUES(4, '', '', '', ''), (5, '', '', '', '')");
+      "INSERT INTO sync_text VALUES(4, '', '', '', '', ''), (5, '', '', '', '', '')");
   EXPECT_EQ(problems(),
             (Texts{"row 5 of sync_card refers to a row of container that is not there",
                    "card 1: its record was never there", "card 2: its record is in another account",

@@ -218,8 +218,10 @@ constexpr std::array kStatements = {
         "keeps_less = ?11, refused = ?12, refused_fingerprint = ?13 WHERE id = ?14 AND sound"},
     Row{Sql::DeleteSyncCards, "DELETE FROM sync_card WHERE id IN (SELECT key FROM keys(?1))"},
     Row{Sql::PutSyncText,
-        "INSERT OR REPLACE INTO sync_text(card, text, agreed, tags, members) "
-        "VALUES(?1, ?2, ?3, ?4, ?5)"},
+        "INSERT OR REPLACE INTO sync_text(card, text, agreed, tags, members, sent) "
+        "VALUES(?1, ?2, ?3, ?4, ?5, ?6)"},
+    // Nothing makes a damaged one sound but all of it.
+    Row{Sql::SetSyncSent, "UPDATE sync_text SET sent = ?2 WHERE card = ?1 AND sound"},
     Row{Sql::InsertSyncConflict,
         "INSERT INTO sync_conflict(card, property, theirs, ours, base, at) "
         "SELECT id, ?3, ?4, ?5, ?6, ?7 FROM sync_card WHERE container = ?1 AND path = ?2"},

@@ -85,6 +85,7 @@ enum class Sql : std::uint8_t {
   UpdateSyncCard,
   DeleteSyncCards,
   PutSyncText,
+  SetSyncSent,
   InsertSyncConflict,
   UpdateSyncConflict,
   DeleteSyncConflicts,

@@ -36,7 +36,7 @@ constexpr std::string_view kRecordsWithoutCard =
     "SELECT 1 FROM sync_card s WHERE s.container = ?1 AND s.record = r.id) ORDER BY r.id";
 
 constexpr std::string_view kTexts =
-    "SELECT k.rowid, t.text, t.agreed, t.tags, t.members, t.sound FROM keys(?1) k "
+    "SELECT k.rowid, t.text, t.agreed, t.tags, t.members, t.sent, t.sound FROM keys(?1) k "
     "CROSS JOIN sync_card s ON s.id = k.key LEFT JOIN sync_text t ON t.card = s.id";
 
 constexpr std::string_view kConflicts =
@@ -241,13 +241,14 @@ std::vector<SyncCard::Texts> StoredSync::texts(std::span<const std::int64_t> ids
   auto rows = prepare(kTexts);
   rows.bindKeys(1, asked);
   while (rows.step()) {
-    requireSound(rows, 5, "the text of a card");
+    requireSound(rows, 6, "the text of a card");
     Columns columns(rows);
     auto& each = texts[static_cast<std::size_t>(columns.number())];
     each.text = columns.blob();
     each.agreed = columns.blob();
     each.tags = columns.blob();
     each.members = columns.blob();
+    each.sent = columns.blob();
   }
   return texts;
 }

@@ -185,7 +185,8 @@ CREATE TABLE sync_text(
   agreed BLOB NOT NULL,
   tags BLOB NOT NULL,
   members BLOB NOT NULL,
-  SUM(card, text, agreed, tags, members));
+  sent BLOB NOT NULL,
+  SUM(card, text, agreed, tags, members, sent));
 CREATE TABLE sync_conflict(
   id INTEGER PRIMARY KEY,
   card INTEGER NOT NULL REFERENCES sync_card(id) ON DELETE CASCADE,

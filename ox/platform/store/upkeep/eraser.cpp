@@ -73,7 +73,8 @@ class Eraser {
     runWith("DELETE FROM sync_conflict WHERE card IN (SELECT id FROM sync_card WHERE record = ?1)",
             row);
     runWith(
-        "UPDATE sync_text SET text = x'', agreed = x'', tags = x'', members = x'' "
+        "UPDATE sync_text SET text = x'', agreed = x'', tags = x'', members = x'', "
+        "sent = x'' "
         "WHERE card IN (SELECT id FROM sync_card WHERE record = ?1)",
         row);
     runWith(

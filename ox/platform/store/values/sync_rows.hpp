@@ -91,6 +91,9 @@ struct SyncCard {
     std::string agreed;  // values here, as last agreed
     std::string tags;    // here, as last agreed
     std::string members;
+    // Of what was sent last and may have arrived, whatever became of the answer: all of these as
+    // they are if it has; empty when the answer came.
+    std::string sent = {};
 
     bool operator==(const Texts&) const = default;
   };
@@ -107,6 +110,12 @@ struct SyncCardNow {
 struct SyncCardChange {
   SyncCard card;
   std::optional<SyncCard::Texts> texts;
+};
+
+// To be stored, of a card that is there: what is about to be sent (SyncCard::Texts::sent).
+struct SyncCardSent {
+  std::int64_t card = 0;
+  std::string sent;
 };
 
 // A record that no card stands for yet.
@@ -154,12 +163,13 @@ struct SyncRows {
   };
   std::vector<BookOfLogin> books = {};
   std::vector<SyncCardChange> cards = {};
+  std::vector<SyncCardSent> sent = {};
   std::vector<SyncConflict> conflicts = {};
   std::vector<SyncRun> runs = {};
 
   bool empty() const {
     return removedConflicts.empty() && removedCards.empty() && logins.empty() && books.empty() &&
-           cards.empty() && conflicts.empty() && runs.empty();
+           cards.empty() && sent.empty() && conflicts.empty() && runs.empty();
   }
 };
 

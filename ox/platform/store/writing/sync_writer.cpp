@@ -29,6 +29,9 @@ void SyncWriter::write() {
   for (const auto& login : rows.logins) write(login);
   for (const auto& book : rows.books) write(book);
   for (std::size_t i = 0; i < rows.cards.size(); ++i) write(rows.cards[i], sync_.records[i]);
+  for (const auto& sent : rows.sent) {
+    file_.statement(Sql::SetSyncSent).bind(1, sent.card).bindBlob(2, sent.sent).run();
+  }
   for (const auto& conflict : rows.conflicts) write(conflict);
   for (const auto& run : rows.runs) write(run);
 }
@@ -132,6 +135,7 @@ void SyncWriter::write(std::int64_t card, const SyncCard::Texts& texts) {
       .bindBlob(3, texts.agreed)
       .bindBlob(4, texts.tags)
       .bindBlob(5, texts.members)
+      .bindBlob(6, texts.sent)
       .run();
 }
 
