@@ -47,13 +47,12 @@ constexpr auto kTablesOf3 =
 constexpr std::array kSyncTables = {
     Table{"sync_login",
           "id, name, kind, url, user, password_kind, password_source, scheme, principal, homes, "
-          "origins, client_certificate, authorities, allow_http, last_success, last_error, "
-          "not_before",
-          17},
+          "origins, client_certificate, authorities, allow_http, not_before",
+          15},
     Table{"sync_book",
           "container, login, url, name, read_only, token, reports, versions, most_bytes, "
-          "group_spelling, last_whole, state",
-          12},
+          "group_spelling, last_whole, last_success, state",
+          13},
     Table{"sync_card",
           "id, container, record, kind, href, path, etag, uid, fingerprint, beside, intent, "
           "keeps_less, refused, refused_fingerprint",

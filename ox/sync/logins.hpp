@@ -61,9 +61,9 @@ struct KnownBook {
   std::string name;  // there
   bool isReadOnly = false;
   bool isAway = false;
-  std::int64_t lastSuccess = 0;  // milliseconds since 1970; 0: never
+  std::int64_t lastSuccess = 0;  // to the hour, milliseconds since 1970; 0: never
   std::string lastError;         // empty: the last run went well
-  std::int64_t lastRun = 0;      // that changed something, milliseconds since 1970; 0: none
+  std::int64_t lastRun = 0;      // that did something or failed, milliseconds since 1970; 0: none
 };
 
 // Every container that is in step with something, in the order in which they were added. Throws

@@ -17,6 +17,8 @@ struct SyncCounts {
   std::size_t added = 0;
   std::size_t changed = 0;
   std::size_t deleted = 0;
+  // Deleted on this side and changed on the other, which wins: there again.
+  std::size_t broughtBack = 0;
 
   bool operator==(const SyncCounts&) const = default;
 };
@@ -24,11 +26,21 @@ struct SyncCounts {
 // One step of a plan, for people.
 struct PlannedChange {
   enum class Where : std::uint8_t { Here, There };
-  enum class What : std::uint8_t { Add, Change, Delete };
+  enum class What : std::uint8_t { Add, Change, Delete, BringBack };
   Where where = Where::Here;
   What what = What::Add;
   std::string name;
   bool isGroup = false;
+};
+
+// A value of which both sides made another, as a run finds it. Theirs stands in the record.
+struct NewConflict {
+  std::string name;  // of the person or group
+  std::string property;
+  std::string theirs;  // for people
+  std::string ours;
+
+  bool operator==(const NewConflict&) const = default;
 };
 
 struct RefusedCard {
@@ -57,7 +69,8 @@ struct BookReport {
   std::optional<RemoteFailure> kind;  // of the failure, where it was one of the other side's
   SyncCounts down;                    // done here; of a plan, what would be
   SyncCounts up;
-  std::size_t conflicts = 0;  // that are open in this book
+  std::size_t conflicts = 0;              // that are open in this book
+  std::vector<NewConflict> newConflicts;  // that it made; of a plan, that it would make
   std::vector<RefusedCard> refused;
   std::size_t kept = 0;  // of those, what was changed here of a book that takes no changes
   std::vector<std::string> notes;   // what the user should know: one sentence each
@@ -97,6 +110,20 @@ struct SyncOptions {
 // StoreError where the store cannot be read at all, and RemoteError (Usage) for a container that is
 // in step with nothing.
 OX_EXPORT std::vector<BookReport> synchronise(const SyncOptions& options);
+
+// A run of one book that did something, or that failed in another way than the one before.
+struct KnownRun {
+  std::int64_t start = 0;  // milliseconds since 1970
+  std::int64_t end = 0;
+  SyncCounts down;
+  SyncCounts up;
+  std::size_t conflicts = 0;  // that it made
+  std::size_t refused = 0;
+  std::string failure;  // why it did not end in step; empty: it did
+};
+
+// Of that container (identifier), the last first. Throws StoreError.
+OX_EXPORT std::vector<KnownRun> lastRuns(const std::string& container, std::size_t atMost);
 
 // A value of which both sides made another. Theirs stands in the record.
 struct OpenConflict {

@@ -15,6 +15,7 @@
 #include "ox/sync/run/guard.hpp"
 #include "ox/sync/run/plan_report.hpp"
 #include "ox/sync/run/run_commit.hpp"
+#include "ox/sync/run/run_rows.hpp"
 
 namespace ox::sync {
 namespace {
@@ -38,16 +39,6 @@ std::string revisionOf(std::int64_t milliseconds) {
   std::array<char, sizeof "20261231T235959Z"> text{};
   std::strftime(text.data(), text.size(), "%Y%m%dT%H%M%SZ", &parts);
   return text.data();
-}
-
-std::string countsText(const BookReport& report) {
-  std::string text;
-  for (const auto* counts : {&report.down, &report.up}) {
-    for (const auto count : {counts->added, counts->changed, counts->deleted}) {
-      text += std::to_string(count) + " ";
-    }
-  }
-  return text + std::to_string(report.refused.size());
 }
 
 }  // namespace
@@ -105,6 +96,7 @@ bool BookRun::run(const Start& start) {
   const auto token =
       failure ? look.listing().token : tokenAfterSending(look.listing(), start.isOneOfSeveral);
   if (options_.progress) options_.progress({SyncProgress::Step::Writing, report_.account, 0, 0});
+  if (failure) report_.failure = failure->what();
   const bool again = commit(look.listing(), token, start, options_.pulls);
   if (failure) throw RemoteError(*failure);
   return again;
@@ -259,9 +251,20 @@ void BookRun::tellKept(const std::vector<CardSides>& changed) {
   report_.kept += changed.size();
 }
 
+void BookRun::tellNewConflicts() {
+  for (const auto& step : steps_) {
+    for (const auto& conflict : step.conflicts) {
+      report_.newConflicts.push_back({step.name, conflict.property,
+                                      textOfValue(conflict.property, conflict.theirs),
+                                      textOfValue(conflict.property, conflict.ours)});
+    }
+  }
+}
+
 // Tells why a run ends after its plan.
 bool BookRun::mayGoOn(BookLook& look) {
   using State = BookReport::State;
+  tellNewConflicts();
   const auto tellPlan = [&](State state) {
     report_.state = state;
     const auto here = plannedHere(steps_);
@@ -290,6 +293,7 @@ bool BookRun::mayGoOn(BookLook& look) {
     plan.plan = plannedChanges(steps_);
     if (!options_.confirm || !options_.confirm(plan)) {
       tellPlan(State::NeedsConfirmation);
+      report_.failure = "both sides hold contacts and have not met before";
       report_.plan = std::move(plan.plan);
       return false;
     }
@@ -312,6 +316,21 @@ std::optional<std::string> BookRun::guarded(BookLook& look) const {
   return std::nullopt;
 }
 
+// Without what earlier looks of the same report have come to.
+KnownRun BookRun::thisRun(std::int64_t end) const {
+  BookReport counted;
+  countDone(steps_, counted);
+  KnownRun run;
+  run.start = start_;
+  run.end = end;
+  run.down = counted.down;
+  run.up = counted.up;
+  for (const auto& step : steps_) run.conflicts += step.conflicts.size();
+  run.refused = report_.refused.size();
+  run.failure = report_.failure;
+  return run;
+}
+
 bool BookRun::commit(const Listing& listing, const std::string& token, const Start& start,
                      bool isComplete) {
   RunCommit commit(local_, remote_, steps_, report_);
@@ -332,24 +351,15 @@ bool BookRun::commit(const Listing& listing, const std::string& token, const Sta
       book_.lastWhole = start_;
     }
   }
-  SyncRows rows;
-  for (auto& login : syncSource().syncLogins()) {
-    if (login.id != book_.login) continue;
-    const bool isOld = now - login.lastSuccess > kNoteSuccessEvery;
-    if (!isWorthWriting && !isOld && login.lastError.empty()) continue;
-    isWorthWriting = true;
-    login.lastSuccess = now;
-    login.lastError.clear();
-    login.notBefore = 0;
-    rows.logins.push_back(std::move(login));
-  }
+  const bool isOld = now - book_.lastSuccess > kNoteSuccessEvery;
+  isWorthWriting = isWorthWriting || isOld || !lastFailureOf(book_).empty();
   if (isWorthWriting) {
     if (start.abilities) book_.reports = start.abilities();
+    if (report_.failure.empty()) book_.lastSuccess = now;
+    SyncRows rows;
     rows.books.push_back({book_, {}});
     if (!steps_.empty()) {
-      auto counted = report_;
-      countDone(steps_, counted);
-      rows.runs.push_back({book_.container, start_, now, countsText(counted), {}});
+      rows.runs.push_back(rowOfRun(book_.container, thisRun(now)));
     }
     commit.write(std::move(rows), keptToken);
     countDone(steps_, report_);
@@ -374,6 +384,7 @@ bool runBook(RemoteBook& remote, SyncBook book, const SyncOptions& options, Book
     }
     // What the next look settles is no refusal.
     report.refused.clear();
+    report.kept = 0;
     start.isSameThere = false;
     start.listsAll = true;
   }

@@ -50,10 +50,12 @@ class BookRun {
   void createNew(const BookLook& look);
   void keepNew(const BookLook& look);
   void tellKept(const std::vector<CardSides>& changed);
+  void tellNewConflicts();
   bool mayGoOn(BookLook& look);
   std::optional<std::string> guarded(BookLook& look) const;
   void tell(SyncProgress::Step step, std::size_t done, std::size_t all) const;
   std::string tokenAfterSending(const Listing& listing, bool isOneOfSeveral);
+  KnownRun thisRun(std::int64_t end) const;
   bool commit(const Listing& listing, const std::string& token, const Start& start,
               bool isComplete);
 

@@ -206,6 +206,7 @@ std::optional<CardStep> CardDecisions::goneThere(CardSides& sides) {
     return step;
   }
   step.card.refused.clear();
+  step.isSentAgain = wasThere;
   if (wasThere) step.note = step.name + " was deleted there and changed here, and is sent again";
   if (sides.isVacated) {
     step.formerPath = step.card.path;

@@ -58,6 +58,7 @@ struct CardStep {
   bool removesRow = false;
   bool isUnreadable = false;      // there; the row says why
   bool isBroughtBack = false;     // deleted here, changed there
+  bool isSentAgain = false;       // deleted there, changed here
   bool settlesConflicts = false;  // whatever was open of the card
   // Rows that stand for nothing any more, or for this card at another place: they go first.
   std::vector<std::int64_t> rowsInTheWay;

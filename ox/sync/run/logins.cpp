@@ -12,6 +12,7 @@
 #include "ox/sync/http/http_client.hpp"
 #include "ox/sync/http/url.hpp"
 #include "ox/sync/run/remote_login.hpp"
+#include "ox/sync/run/run_rows.hpp"
 
 namespace ox::sync {
 namespace {
@@ -107,11 +108,9 @@ std::vector<KnownBook> knownBooks() {
     book.isReadOnly = row.isReadOnly();
     book.isAway = row.state == SyncBook::State::Away;
     const auto login = std::ranges::find(logins, row.login, &SyncLogin::id);
-    if (login != logins.end()) {
-      book.login = login->name;
-      book.lastSuccess = login->lastSuccess;
-      book.lastError = login->lastError;
-    }
+    if (login != logins.end()) book.login = login->name;
+    book.lastSuccess = row.lastSuccess;
+    book.lastError = lastFailureOf(row);
     const auto runs = syncSource().syncRuns(row.container, 1);
     if (!runs.empty()) book.lastRun = runs.front().end;
     books.push_back(std::move(book));

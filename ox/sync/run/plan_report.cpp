@@ -12,7 +12,7 @@ std::optional<What> whatHere(const CardStep& step) {
     case CardStep::Here::Nothing:
       return std::nullopt;
     case CardStep::Here::Add:
-      return What::Add;
+      return step.isBroughtBack ? What::BringBack : What::Add;
     case CardStep::Here::Change:
       return What::Change;
     case CardStep::Here::Delete:
@@ -26,7 +26,7 @@ std::optional<What> whatThere(const CardStep& step) {
     case CardStep::There::Nothing:
       return std::nullopt;
     case CardStep::There::Create:
-      return What::Add;
+      return step.isSentAgain ? What::BringBack : What::Add;
     case CardStep::There::Update:
       return What::Change;
     case CardStep::There::Delete:
@@ -46,6 +46,9 @@ void count(std::optional<What> what, SyncCounts& counts) {
       break;
     case What::Delete:
       ++counts.deleted;
+      break;
+    case What::BringBack:
+      ++counts.broughtBack;
       break;
   }
 }

@@ -15,6 +15,7 @@
 #include "ox/sync/run/book_run.hpp"
 #include "ox/sync/run/login_lock.hpp"
 #include "ox/sync/run/remote_login.hpp"
+#include "ox/sync/run/run_rows.hpp"
 
 namespace ox::sync {
 namespace {
@@ -72,8 +73,11 @@ class LoginRun {
 
   // The login as a whole cannot be used: neither can the books whose turn has not come.
   void failRest(const RemoteError& error) {
-    for (auto place = done_; place < reports_.size(); ++place) fail(place, error);
-    noteFailure(error);
+    for (auto place = done_; place < reports_.size(); ++place) {
+      fail(place, error);
+      noteRun(place);
+    }
+    noteWaiting(error);
   }
 
   void fail(std::size_t place, const RemoteError& error) {
@@ -102,13 +106,23 @@ class LoginRun {
     }
   }
 
-  // That a run failed is for people to see, and one that was told to wait waits in every process.
-  void noteFailure(const RemoteError& error) const {
+  // One that was told to wait waits in every process.
+  void noteWaiting(const RemoteError& error) const {
     if (error.kind() == RemoteFailure::Stopped) return;
-    changeLogin([&](SyncLogin& row) {
-      row.lastError = error.what();
-      row.notBefore = error.notBefore();
-    });
+    changeLogin([&](SyncLogin& row) { row.notBefore = error.notBefore(); });
+  }
+
+  // That a run was none is for people to see.
+  void noteRun(std::size_t place) const {
+    const auto& report = reports_[place];
+    const bool isNone = report.state == State::Failed || report.state == State::TryLater ||
+                        report.state == State::Guarded || report.state == State::NeedsConfirmation;
+    if (!isNone || options_.isDryRun) return;
+    try {
+      noteFailedRun(report, start_);
+    } catch (const FailureError&) {
+      // The store could not do it: then that is why the run has failed, too.
+    }
   }
 
   void runBooks() {
@@ -147,11 +161,9 @@ class LoginRun {
     } catch (const RemoteError& error) {
       fail(place, error);
       if (error.kind() == Away) noteAway(books_[place]);
-      if (error.kind() == Away || error.kind() == Protocol || error.kind() == NoBook) {
-        noteFailure(error);
-      } else {
-        ofLogin = error;
-      }
+      const bool isOfBook =
+          error.kind() == Away || error.kind() == Protocol || error.kind() == NoBook;
+      if (!isOfBook) ofLogin = error;
     } catch (const FailureError& error) {
       const bool isBusy = error.kind() == FailureKind::Busy;
       failStore(place, isBusy ? State::TryLater : State::Failed, error.what());
@@ -162,6 +174,7 @@ class LoginRun {
     }
     reports_[place].seconds +=
         std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
+    noteRun(place);
     finish(remote, place);
     if (ofLogin) throw RemoteError(*ofLogin);
   }
@@ -236,6 +249,7 @@ class LoginRun {
   const SyncOptions& options_;
   std::vector<SyncBook> books_;
   std::vector<BookReport> reports_;
+  std::int64_t start_ = millisecondsNow();
   std::size_t done_ = 0;
   std::vector<std::size_t> postponed_;
   std::uint64_t requests_ = 0;

@@ -43,12 +43,28 @@ const StateRow& rowOf(State state) {
 }
 
 const char* wordOf(What what) {
-  return what == What::Add ? "new" : what == What::Change ? "changed" : "deleted";
+  switch (what) {
+    case What::Add:
+      return "new";
+    case What::Change:
+      return "changed";
+    case What::Delete:
+      return "deleted";
+    case What::BringBack:
+      return "back";
+  }
+  return "";
 }
 
 std::string lineOf(const PlannedChange& change) {
   return std::string(change.where == Where::Here ? "here" : "there") + ", " + wordOf(change.what) +
          ": " + (change.isGroup ? "group " : "") + change.name;
+}
+
+std::string lineOf(const sync::NewConflict& conflict) {
+  const auto shown = [](const std::string& value) { return value.empty() ? "nothing" : value; };
+  return "conflict: " + conflict.name + ", " + conflict.property + ": theirs " +
+         shown(conflict.theirs) + ", ours " + shown(conflict.ours);
 }
 
 std::size_t deletionsIn(const BookReport& report, Where where) {
@@ -102,8 +118,15 @@ void tellRest(const Context& context, const BookReport& report) {
   }
 }
 
-Json countsJson(const sync::SyncCounts& counts) {
-  return {{"added", counts.added}, {"changed", counts.changed}, {"deleted", counts.deleted}};
+Json newConflictsJson(const BookReport& report) {
+  Json conflicts = Json::array();
+  for (const auto& conflict : report.newConflicts) {
+    conflicts.push_back({{"name", conflict.name},
+                         {"property", conflict.property},
+                         {"theirs", conflict.theirs},
+                         {"ours", conflict.ours}});
+  }
+  return conflicts;
 }
 
 Json planJson(const BookReport& report) {
@@ -130,13 +153,30 @@ Json refusedJson(const BookReport& report) {
 
 }  // namespace
 
+Json countsJson(const sync::SyncCounts& counts) {
+  return {{"added", counts.added},
+          {"changed", counts.changed},
+          {"deleted", counts.deleted},
+          {"broughtBack", counts.broughtBack}};
+}
+
+std::string countsText(const sync::SyncCounts& down, const sync::SyncCounts& up) {
+  const auto number = [](std::size_t count) { return std::to_string(count); };
+  const auto back = [&](const sync::SyncCounts& counts) {
+    return counts.broughtBack == 0 ? std::string() : number(counts.broughtBack) + " back, ";
+  };
+  return number(down.added) + " new, " + number(down.changed) + " changed, " + back(down) +
+         number(down.deleted) + " deleted here; " + number(up.added + up.changed) + " sent, " +
+         back(up) + number(up.deleted) + " deleted there";
+}
+
 std::string summaryOf(const BookReport& report) {
   const auto number = [](std::size_t count) { return std::to_string(count); };
-  auto text = number(report.down.added) + " new, " + number(report.down.changed) + " changed, " +
-              number(report.down.deleted) + " deleted here; " +
-              number(report.up.added + report.up.changed) + " sent, " + number(report.up.deleted) +
-              " deleted there";
-  if (report.conflicts > 0) text += "; " + counted(report.conflicts, "conflict");
+  auto text = countsText(report.down, report.up);
+  // What a plan would make is not open yet.
+  const bool isPlan = report.state != State::InStep;
+  const auto conflicts = report.conflicts + (isPlan ? report.newConflicts.size() : 0);
+  if (conflicts > 0) text += "; " + counted(conflicts, "conflict");
   if (!report.refused.empty()) text += "; " + number(report.refused.size()) + " refused";
   return text;
 }
@@ -163,6 +203,9 @@ void printBook(const Context& context, const BookReport& report) {
       printLine(report);
       for (const auto& change : report.plan) {
         std::cout << terminalText("  " + lineOf(change)) << '\n';
+      }
+      for (const auto& conflict : report.newConflicts) {
+        std::cout << terminalText("  " + lineOf(conflict)) << '\n';
       }
       break;
     case State::NeedsConfirmation:
@@ -209,6 +252,7 @@ Json reportsJson(const std::vector<BookReport>& reports,
                    {"down", countsJson(report.down)},
                    {"up", countsJson(report.up)},
                    {"conflicts", std::move(open)},
+                   {"newConflicts", newConflictsJson(report)},
                    {"refused", refusedJson(report)},
                    {"kept", report.kept},
                    {"notes", report.notes},

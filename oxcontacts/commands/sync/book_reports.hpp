@@ -10,6 +10,9 @@ namespace ox::program {
 
 // What runs of books came to, for people and for programs.
 
+Json countsJson(const sync::SyncCounts& counts);
+// "3 new, 1 changed, 0 deleted here; 1 sent, 1 back, 0 deleted there"
+std::string countsText(const sync::SyncCounts& down, const sync::SyncCounts& up);
 // "3 new, 1 changed, 0 deleted here; 1 sent, 0 deleted there; 1 conflict; 2 refused"
 std::string summaryOf(const sync::BookReport& report);
 // The steps of the plan, a line each, of a long one the first; for the error stream.

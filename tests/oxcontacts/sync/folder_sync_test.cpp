@@ -180,8 +180,10 @@ TEST_F(FolderSync, WritesTheReportThatJsonPrints) {
   EXPECT_EQ(Json::parse(support::fileBytes(report)), printed);
   EXPECT_EQ(printed[0]["account"], "Cards");
   EXPECT_EQ(printed[0]["state"], "inStep");
-  EXPECT_EQ(printed[0]["down"], Json::parse(R"({"added":1,"changed":0,"deleted":0})"));
-  EXPECT_EQ(printed[0]["up"], Json::parse(R"({"added":0,"changed":0,"deleted":0})"));
+  EXPECT_EQ(printed[0]["down"],
+            Json::parse(R"({"added":1,"changed":0,"deleted":0,"broughtBack":0})"));
+  EXPECT_EQ(printed[0]["up"],
+            Json::parse(R"({"added":0,"changed":0,"deleted":0,"broughtBack":0})"));
   EXPECT_EQ(printed[0]["failure"], Json());
 }
 
@@ -286,6 +288,49 @@ TEST_F(FolderSync, KeepsWhatIsNewInABookThatTakesNoChangesUntilItIsSetBack) {
             "Mine: 0 new, 0 changed, 1 deleted here; 0 sent, 0 deleted there\n");
   EXPECT_EQ(namesOfPersons(), "Ann Lee|Bob Berg");
   EXPECT_EQ(run({"sync"}).exitCode, 0);
+}
+
+TEST_F(FolderSync, TellsTheConflictsAndWhatComesBackBeforeItIsDone) {
+  synchroniseTwo();
+  run({"set", "Ann Lee", "jobtitle=Head of sales"});
+  write("ann.vcf", {"UID:ann", "N:Lee;Ann;;;", "FN:Ann Lee", "TITLE:Boss", "X-FOO:bar"});
+  run({"set", "Bob Berg", "jobtitle=Cook"});
+  std::filesystem::remove(path("bob.vcf"));
+  EXPECT_EQ(run({"sync", "--dry-run"}).output,
+            "Cards: 0 new, 1 changed, 0 deleted here; 0 sent, 1 back, 0 deleted there; 1 conflict\n"
+            "  here, changed: Ann Lee\n"
+            "  there, back: Bob Berg\n"
+            "  conflict: Ann Lee, job title: theirs Boss, ours Head of sales\n");
+  EXPECT_EQ(runJson({"sync", "--dry-run"})[0]["newConflicts"].size(), 1U);
+  EXPECT_EQ(run({"sync", "--conflicts"}).output, "");
+  EXPECT_EQ(
+      run({"sync"}).output,
+      "Cards: 0 new, 1 changed, 0 deleted here; 0 sent, 1 back, 0 deleted there; 1 conflict\n");
+}
+
+TEST_F(FolderSync, ShowsTheLastRunsWithWhatTheyCameTo) {
+  synchroniseTwo();
+  run({"sync"});
+  write("eve.vcf", {"UID:eve", "N:Moe;Eve;;;", "FN:Eve Moe"});
+  run({"sync"});
+  std::filesystem::rename(path(), path() + "-away");
+  run({"sync"});
+  run({"sync"});
+  const auto runs = runJson({"sync", "--status"})[0]["runs"];
+  ASSERT_EQ(runs.size(), 3U);
+  EXPECT_EQ(runs[0]["failure"], path() + ": No such file or directory");
+  EXPECT_EQ(runs[1]["failure"], Json());
+  EXPECT_EQ(runs[1]["down"]["added"], 1);
+  EXPECT_EQ(runs[2]["down"]["added"], 2);
+  const auto text = run({"sync", "--status"}).output;
+  EXPECT_TRUE(holds(text, "\n\nLAST RUNS ")) << text;
+  EXPECT_TRUE(holds(text, "  Cards    1 new, 0 changed, 0 deleted here; 0 sent, 0 deleted there\n"))
+      << text;
+  EXPECT_TRUE(holds(text, "  Cards    failed: " + path() + ": No such file or directory\n"))
+      << text;
+  std::filesystem::rename(path() + "-away", path());
+  run({"sync"});
+  EXPECT_EQ(runJson({"sync", "--status"})[0]["lastError"], Json());
 }
 
 }  // namespace

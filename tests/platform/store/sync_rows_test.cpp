@@ -23,8 +23,6 @@ TEST_F(SyncedAccount, KeepsEveryFieldOfALogin) {
   all.clientCertificate = "client.pem";
   all.authorities = "ca.pem";
   all.allowHttp = true;
-  all.lastSuccess = 1'800'000'000'001;
-  all.lastError = "no network";
   all.notBefore = 1'800'000'000'002;
   ASSERT_TRUE(execute({.logins = {all}}));
   all.id = 2;
@@ -36,7 +34,6 @@ TEST_F(SyncedAccount, KeepsEveryFieldOfALogin) {
                                             all}));
   all.name = "away";
   all.homes.clear();
-  all.lastError.clear();
   ASSERT_TRUE(execute({.logins = {all}}));
   EXPECT_EQ(sync.syncLogins().back(), all);
 }
@@ -51,6 +48,7 @@ TEST_F(SyncedAccount, KeepsEveryFieldOfABook) {
   all.mostBytes = 6'550'000;
   all.groupSpelling = "x-server";
   all.lastWhole = 1'800'000'000'003;
+  all.lastSuccess = 1'800'000'000'004;
   all.state = SyncBook::State::Away;
   all.login = 1;
   ASSERT_TRUE(execute({.books = {{all, ""}}}));

@@ -55,7 +55,7 @@ TEST_F(BookOfFour, BringsBackWhatWasDeletedHereAndChangedThere) {
   book.remove(book.persons()[1]);
   elsewhere.put("b.vcf", cardText("b", "bee", "X"));
   const auto report = book.runClean();
-  EXPECT_EQ(report.down, (SyncCounts{1, 0, 0}));
+  EXPECT_EQ(report.down, (SyncCounts{0, 0, 0, 1}));
   EXPECT_EQ(report.notes, Lines{"bee X was deleted here and changed there, and is back"});
   EXPECT_EQ(book.lines(), (Lines{"a X:", "c X:", "d X:", "bee X:"}));
   elsewhere.log.clear();
@@ -76,7 +76,7 @@ TEST_F(BookOfFour, SendsAgainWhatWasDeletedThereAndChangedHere) {
   book.set(person, property_id::kNote, "ours");
   elsewhere.erase("b.vcf");
   const auto report = book.runClean();
-  EXPECT_EQ(report.up, (SyncCounts{1, 0, 0}));
+  EXPECT_EQ(report.up, (SyncCounts{0, 0, 0, 1}));
   EXPECT_EQ(report.notes, Lines{"b X was deleted there and changed here, and is sent again"});
   EXPECT_EQ(book.persons()[1], person);
   EXPECT_NE(elsewhere.text("b.vcf").find("NOTE:ours"), std::string::npos);

@@ -114,7 +114,7 @@ TEST_F(ReadOnlyBook, IsSetBackToWhatStandsThere) {
   back.isDryRun = false;
   const auto report = book.run(back);
   EXPECT_EQ(kept(report), Lines{});
-  EXPECT_EQ(report.down, (SyncCounts{1, 2, 1}));
+  EXPECT_EQ(report.down, (SyncCounts{0, 2, 1, 1}));
   EXPECT_EQ(report.notes, Lines{});
   EXPECT_EQ(book.lines(), (Lines{"Ann Lee:", "Bob Berg:"}));
   EXPECT_EQ(book.photo(ann), "");

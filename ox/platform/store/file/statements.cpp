@@ -184,14 +184,14 @@ constexpr std::array kStatements = {
         "INSERT INTO custom_property(name, type) VALUES(?1, ?2) ON CONFLICT DO NOTHING"},
     Row{Sql::InsertSyncLogin,
         "INSERT INTO sync_login(name, kind, url, user, password_kind, password_source, scheme, "
-        "principal, homes, origins, client_certificate, authorities, allow_http, last_success, "
-        "last_error, not_before) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, "
-        "?14, ?15, ?16) ON CONFLICT(name) DO NOTHING"},
+        "principal, homes, origins, client_certificate, authorities, allow_http, not_before) "
+        "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14) ON CONFLICT(name) DO "
+        "NOTHING"},
     Row{Sql::UpdateSyncLogin,
         "UPDATE OR IGNORE sync_login SET name = ?1, kind = ?2, url = ?3, user = ?4, "
         "password_kind = ?5, password_source = ?6, scheme = ?7, principal = ?8, homes = ?9, "
         "origins = ?10, client_certificate = ?11, authorities = ?12, allow_http = ?13, "
-        "last_success = ?14, last_error = ?15, not_before = ?16 WHERE id = ?17"},
+        "not_before = ?14 WHERE id = ?15"},
     // Of a container that goes, unless other books are of the same login.
     Row{Sql::DeleteSyncLoginOf,
         "DELETE FROM sync_login WHERE id = (SELECT login FROM sync_book WHERE container = ?1) "
@@ -199,14 +199,15 @@ constexpr std::array kStatements = {
     // Of the login with that number, or with that name where the number is 0.
     Row{Sql::PutSyncBook,
         "INSERT INTO sync_book(container, login, url, name, read_only, token, reports, "
-        "versions, most_bytes, group_spelling, last_whole, state) "
-        "SELECT ?1, id, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13 FROM sync_login "
+        "versions, most_bytes, group_spelling, last_whole, last_success, state) "
+        "SELECT ?1, id, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14 FROM sync_login "
         "WHERE id = ?2 OR (?2 = 0 AND name = ?3) "
         "ON CONFLICT(container) DO UPDATE SET login = excluded.login, url = excluded.url, "
         "name = excluded.name, read_only = excluded.read_only, token = excluded.token, "
         "reports = excluded.reports, versions = excluded.versions, "
         "most_bytes = excluded.most_bytes, group_spelling = excluded.group_spelling, "
-        "last_whole = excluded.last_whole, state = excluded.state"},
+        "last_whole = excluded.last_whole, last_success = excluded.last_success, "
+        "state = excluded.state"},
     Row{Sql::InsertSyncCard,
         "INSERT INTO sync_card(container, record, kind, href, path, etag, uid, fingerprint, "
         "beside, intent, keeps_less, refused, refused_fingerprint) VALUES(?1, ?2, ?3, ?4, ?5, ?6, "

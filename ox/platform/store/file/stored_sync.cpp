@@ -12,12 +12,13 @@ namespace {
 
 constexpr std::string_view kLogins =
     "SELECT id, name, kind, url, user, password_kind, password_source, scheme, principal, homes, "
-    "origins, client_certificate, authorities, allow_http, last_success, last_error, not_before, "
+    "origins, client_certificate, authorities, allow_http, not_before, "
     "sound FROM sync_login ORDER BY id";
 
 constexpr std::string_view kBooks =
     "SELECT c.identifier, b.login, b.url, b.name, b.read_only, b.token, b.reports, "
-    "b.versions, b.most_bytes, b.group_spelling, b.last_whole, b.state, b.sound AND c.sound "
+    "b.versions, b.most_bytes, b.group_spelling, b.last_whole, b.last_success, b.state, b.sound "
+    "AND c.sound "
     "FROM sync_book b JOIN container c ON c.id = b.container ORDER BY b.container";
 
 constexpr int kCardColumns = 14;
@@ -122,7 +123,7 @@ std::vector<SyncLogin> StoredSync::logins() {
   std::vector<SyncLogin> logins;
   auto rows = prepare(kLogins);
   while (rows.step()) {
-    requireSound(rows, 17, "the row of a login");
+    requireSound(rows, 15, "the row of a login");
     Columns columns(rows);
     auto& login = logins.emplace_back();
     login.id = columns.number();
@@ -139,8 +140,6 @@ std::vector<SyncLogin> StoredSync::logins() {
     login.clientCertificate = columns.text();
     login.authorities = columns.text();
     login.allowHttp = columns.flag();
-    login.lastSuccess = columns.number();
-    login.lastError = columns.text();
     login.notBefore = columns.number();
   }
   return logins;
@@ -150,7 +149,7 @@ std::vector<SyncBook> StoredSync::books() {
   std::vector<SyncBook> books;
   auto rows = prepare(kBooks);
   while (rows.step()) {
-    requireSound(rows, 12, "the row of a synchronised account");
+    requireSound(rows, 13, "the row of a synchronised account");
     Columns columns(rows);
     auto& book = books.emplace_back();
     book.container = columns.text();
@@ -164,6 +163,7 @@ std::vector<SyncBook> StoredSync::books() {
     book.mostBytes = columns.unsignedNumber();
     book.groupSpelling = columns.text();
     book.lastWhole = columns.number();
+    book.lastSuccess = columns.number();
     book.state = static_cast<SyncBook::State>(columns.number());
   }
   return books;

@@ -140,11 +140,9 @@ CREATE TABLE sync_login(
   client_certificate TEXT NOT NULL,
   authorities TEXT NOT NULL,
   allow_http INTEGER NOT NULL,
-  last_success INTEGER NOT NULL,
-  last_error TEXT NOT NULL,
   not_before INTEGER NOT NULL,
   SUM(id, name, kind, url, user, password_kind, password_source, scheme, principal, homes, origins,
-      client_certificate, authorities, allow_http, last_success, last_error, not_before));
+      client_certificate, authorities, allow_http, not_before));
 CREATE TABLE sync_book(
   container INTEGER PRIMARY KEY REFERENCES container(id) ON DELETE CASCADE,
   login INTEGER NOT NULL REFERENCES sync_login(id) ON DELETE CASCADE,
@@ -157,9 +155,10 @@ CREATE TABLE sync_book(
   most_bytes INTEGER NOT NULL,
   group_spelling TEXT NOT NULL,
   last_whole INTEGER NOT NULL,
+  last_success INTEGER NOT NULL,
   state INTEGER NOT NULL,
   SUM(container, login, url, name, read_only, token, reports, versions, most_bytes,
-      group_spelling, last_whole, state));
+      group_spelling, last_whole, last_success, state));
 CREATE TABLE sync_card(
   id INTEGER PRIMARY KEY,
   container INTEGER NOT NULL REFERENCES container(id) ON DELETE CASCADE,

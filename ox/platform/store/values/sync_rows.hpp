@@ -30,9 +30,7 @@ struct SyncLogin {
   std::string clientCertificate;
   std::string authorities;
   bool allowHttp = false;
-  std::int64_t lastSuccess = 0;  // milliseconds since 1970; 0: never
-  std::string lastError;         // empty: the last run went well
-  std::int64_t notBefore = 0;    // milliseconds since 1970
+  std::int64_t notBefore = 0;  // milliseconds since 1970
 
   bool operator==(const SyncLogin&) const = default;
 };
@@ -54,7 +52,8 @@ struct SyncBook {
   std::string versions;         // of cards that it takes
   std::uint64_t mostBytes = 0;  // of a card; 0: not known
   std::string groupSpelling;
-  std::int64_t lastWhole = 0;  // when everything was listed, milliseconds since 1970; 0: never
+  std::int64_t lastWhole = 0;    // when everything was listed, milliseconds since 1970; 0: never
+  std::int64_t lastSuccess = 0;  // likewise: when a run last ended in step, to the hour
   State state = State::Active;
 
   bool isReadOnly() const { return readOnly != ReadOnly::No; }
@@ -139,7 +138,8 @@ struct SyncConflict {
   bool operator==(const SyncConflict&) const = default;
 };
 
-// One run of one book; the store keeps the last hundred.
+// One run of one book that did something, or failed in another way than the one before; the store
+// keeps the last hundred.
 struct SyncRun {
   std::string container;
   std::int64_t start = 0;  // milliseconds since 1970

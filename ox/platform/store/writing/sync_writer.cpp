@@ -73,10 +73,8 @@ void SyncWriter::write(const SyncLogin& login) {
       .bindText(11, login.clientCertificate)
       .bindText(12, login.authorities)
       .bind(13, login.allowHttp ? 1 : 0)
-      .bind(14, login.lastSuccess)
-      .bindText(15, login.lastError)
-      .bind(16, login.notBefore);
-  if (!isNew) row.bind(17, login.id);
+      .bind(14, login.notBefore);
+  if (!isNew) row.bind(15, login.id);
   runOnce(row, isNew ? "there is a login \"" + login.name + "\" already"
                      : "the login \"" + login.name + "\" is gone, or another has that name");
 }
@@ -96,7 +94,8 @@ void SyncWriter::write(const SyncRows::BookOfLogin& of) {
       .bind(10, stored(book.mostBytes))
       .bindText(11, book.groupSpelling)
       .bind(12, book.lastWhole)
-      .bind(13, static_cast<std::int64_t>(book.state));
+      .bind(13, book.lastSuccess)
+      .bind(14, static_cast<std::int64_t>(book.state));
   runOnce(row, "the login of the book " + book.url + " is not there");
 }
 
