@@ -323,7 +323,8 @@ void BookLook::takeUnknown(const std::string& path, CardSides sides,
   sides.card.path = path;
   const auto& known = toFetch_.at(path).known.card;
   if (hasNeverHadRecord(known)) sides.rowInTheWay = known.id;
-  if (sides.read && !recogniseMoved(sides)) recogniseRecord(sides);
+  const bool isMoved = sides.read && (recogniseMoved(sides) || recogniseCreated(sides));
+  if (sides.read && !isMoved) recogniseRecord(sides);
   sink(std::move(sides));
 }
 
@@ -332,15 +333,36 @@ bool BookLook::recogniseMoved(CardSides& sides) {
   const auto path = goneByUid_.find(comparableUid(sides.read->uid));
   const auto moved = path != goneByUid_.end() ? gone_.find(path->second) : gone_.end();
   if (moved == gone_.end()) return false;
-  const auto newPath = sides.card.path;
-  const auto inTheWay = sides.rowInTheWay;
-  sides = withFetched(sidesOf(moved->second), std::move(sides));
-  changedHere_.erase(sides.card.path);
-  sides.formerPath = std::exchange(sides.card.path, newPath);
-  sides.rowInTheWay = inTheWay;
+  placeAnew(sides, moved->second);
   vacated_.erase(moved->first);
   gone_.erase(moved);
   return true;
+}
+
+void BookLook::placeAnew(CardSides& sides, const SyncCardNow& known) {
+  const auto newPath = sides.card.path;
+  const auto inTheWay = sides.rowInTheWay;
+  sides = withFetched(sidesOf(known), std::move(sides));
+  changedHere_.erase(sides.card.path);
+  sides.formerPath = std::exchange(sides.card.path, newPath);
+  sides.rowInTheWay = inTheWay;
+}
+
+// What this side was about to create stands at another place already.
+bool BookLook::recogniseCreated(CardSides& sides) {
+  const auto uid = comparableUid(sides.read->uid);
+  if (uid.empty()) return false;
+  const auto kind = sides.read->content.isGroup ? RecordKind::Group : RecordKind::Person;
+  for (const auto& [path, card] : changedHere_) {
+    const bool isIt = card.card.intent == SyncCard::Intent::Create && card.card.kind == kind &&
+                      !card.card.record.isNone() && comparableUid(card.card.uid) == uid;
+    if (!isIt || toFetch_.contains(path)) continue;
+    const auto known = card;
+    placeAnew(sides, known);
+    sides.isFirstMeeting = true;
+    return true;
+  }
+  return false;
 }
 
 void BookLook::recogniseRecord(CardSides& sides) {

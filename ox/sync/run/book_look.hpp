@@ -88,6 +88,8 @@ class BookLook {
   // The card of the store that a text at another place is about, or a record that no card stands
   // for.
   bool recogniseMoved(CardSides& sides);
+  bool recogniseCreated(CardSides& sides);
+  void placeAnew(CardSides& sides, const SyncCardNow& known);
   void recogniseRecord(CardSides& sides);
 
   LocalBook& local_;

@@ -86,6 +86,7 @@ bool BookRun::run(const Start& start) {
   look.lookThere(isAnew ? std::string() : book_.token,
                  isAnew ? BookLook::Unreadable::AskedAgain : BookLook::Unreadable::Left,
                  rules_.setsBack ? BookLook::ChangesHere::Fetched : BookLook::ChangesHere::Known);
+  rules_.hasListedAll = look.listing().isWhole;
   plan(look);
   if (!mayGoOn(look)) return false;
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "ox/base/checksum.hpp"
+#include "ox/base/uuid.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/records/fingerprint.hpp"
@@ -205,7 +206,6 @@ std::optional<CardStep> CardDecisions::goneThere(CardSides& sides) {
     step.removesRow = true;
     return step;
   }
-  step.card.refused.clear();
   step.isSentAgain = wasThere;
   if (wasThere) step.note = step.name + " was deleted there and changed here, and is sent again";
   if (sides.isVacated) {
@@ -222,6 +222,12 @@ std::optional<CardStep> CardDecisions::goneThere(CardSides& sides) {
   step.card.etag.clear();
   step.writesRow = true;
   if (ours.content.isGroup) step.agreedMembers = ours.content.members;
+  // Nothing in the whole book has it, and still it is taken.
+  const bool isTaken = !wasThere && rules_.hasListedAll && !step.card.refused.empty() &&
+                       step.card.refusedFingerprint == kTriedAgain;
+  if (isTaken) step.newUid = uuidText(makeUuid());
+  if (isTaken) step.card.uid = step.newUid;
+  step.card.refused.clear();
   const auto uid = step.card.uid.empty() ? book_.uidOf(step.record) : step.card.uid;
   send(step, CardStep::There::Create, freshText(step.card.kind, ours.content, uid), ours.content,
        ours.fingerprint, ours.beside);

@@ -39,6 +39,7 @@ struct RunRules {
   bool setsBack = false;                                 // what was changed here is what is there
   vcard::CardVersion version = vcard::CardVersion::V30;  // of new cards
   bool writesGroupsAs4 = false;                          // since the book has some of version 4.0
+  bool hasListedAll = false;                             // what is not known is nowhere in the book
   std::uint64_t mostBytes = 0;                           // of a card; 0: not known
   std::string revision;                                  // see EditOptions
 };

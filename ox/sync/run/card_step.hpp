@@ -73,7 +73,10 @@ struct CardStep {
   std::vector<std::string> agreedMembers;
 
   std::optional<SentCard> sent;  // of Create and Update
-  std::string etag;              // of Update and Delete: what the card there must still have
+  // It is created under this one, since its own is that of another card; the record takes it over
+  // once it has arrived. Empty: its own.
+  std::string newUid;
+  std::string etag;  // of Update and Delete: what the card there must still have
   std::vector<ValueConflict> conflicts;
 
   std::optional<Pushed> pushed;         // what became of it; missing: nothing was sent

@@ -8,10 +8,12 @@
 #include "ox/OxAddressBookSDK/tags/tag_hold.hpp"
 #include "ox/OxAddressBookSDK/tags/tag_store.hpp"
 #include "ox/OxMacAddressBookSDK/ground/tag_acts.hpp"
+#include "ox/base/checksum.hpp"
 #include "ox/base/clock.hpp"
 #include "ox/base/text/joined.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/platform/store/values/store_error.hpp"
+#include "ox/records/fingerprint.hpp"
 #include "ox/sync/cards/card_edit.hpp"
 #include "ox/sync/cards/parts/text_sets.hpp"
 #include "ox/sync/run/agreed.hpp"
@@ -22,6 +24,7 @@ namespace ox::sync {
 namespace {
 
 constexpr int kTries = 4;
+constexpr int kBadRequest = 400;
 
 }  // namespace
 
@@ -56,13 +59,16 @@ void RunCommit::settle(CardStep& step) {
       refuse(step, "the book takes no changes", pushed.code);
       return;
     case Refused:
+      refuse(step, pushed.reason, pushed.code);
+      // Some servers say no more of a UID that is another card's.
+      if (step.there == CardStep::There::Create && pushed.code == kBadRequest) lookForUid(step);
+      return;
     case TooLarge:
       refuse(step, pushed.reason, pushed.code);
       return;
     case UidElsewhere:
       refuse(step, "its UID is that of another card there", pushed.code);
-      step.card.refusedFingerprint = kTriedAgain;
-      needsAnotherRun_ = true;
+      lookForUid(step);
       return;
     case Locked:
     case Unknown:
@@ -87,6 +93,14 @@ void RunCommit::askAgain(CardStep& step) {
   step.writesRow = true;
 }
 
+// The next look lists everything: the card may stand at another place of this book. Under a UID of
+// its own it is refused for good.
+void RunCommit::lookForUid(CardStep& step) {
+  if (!step.newUid.empty()) return;
+  step.card.refusedFingerprint = kTriedAgain;
+  needsAnotherRun_ = true;
+}
+
 void RunCommit::refuse(CardStep& step, const std::string& reason, int code) {
   report_.refused.push_back({step.name, step.card.href, code, reason});
   step.card.refused = reason;
@@ -107,7 +121,7 @@ void RunCommit::refuse(CardStep& step, const std::string& reason, int code) {
 void RunCommit::settleDone(CardStep& step) {
   const auto& pushed = *step.pushed;
   const auto& sent = *step.sent;
-  const auto here = contentOf(sent);
+  auto here = contentOf(sent);
   auto& card = step.card;
   card.href = pushed.href.empty() ? card.href : pushed.href;
   card.path = remote_.pathOf(card.href);
@@ -117,6 +131,7 @@ void RunCommit::settleDone(CardStep& step) {
   card.beside = sent.beside;
   step.agreedMembers = here.members;
   step.writesRow = true;
+  if (!step.newUid.empty()) takeNewUid(step, here);
   const bool isOurs = step.readBack && step.readBack->state == FetchedCard::State::Read &&
                       (pushed.etag.empty() || pushed.etag == step.readBack->etag);
   const auto text = isOurs ? step.textReadBack->get() : Data();
@@ -139,6 +154,22 @@ void RunCommit::settleDone(CardStep& step) {
     report_.notes.push_back(step.name + ": the server keeps less or other: " + less);
   }
   card.keepsLess = less;
+}
+
+// The record says then what its card says.
+void RunCommit::takeNewUid(CardStep& step, CardContent& here) {
+  step.here = CardStep::Here::Change;
+  step.expected = step.sent->fingerprint;
+  step.change.emplace();
+  here.properties.set(property_id::kCardUid, Object(step.newUid));
+  step.change->properties = propertiesOfRecord(here);
+  step.change->keepsPhoto = true;
+  step.change->tagsBefore = here.categories;
+  step.change->tags = here.categories;
+  step.card.fingerprint =
+      contentFingerprint(step.change->properties, here.photo ? checksum64(*here.photo) : 0);
+  report_.notes.push_back(
+      step.name + ": another card of that server has its UID, so it was sent under a new one");
 }
 
 SaveRequest RunCommit::requestOf(const SyncRows& rows) {

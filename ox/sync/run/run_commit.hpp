@@ -32,6 +32,8 @@ class RunCommit {
   void settle(CardStep& step);
   void settleDone(CardStep& step);
   void askAgain(CardStep& step);
+  void lookForUid(CardStep& step);
+  void takeNewUid(CardStep& step, CardContent& here);
   void refuse(CardStep& step, const std::string& reason, int code);
   void linkMembers(CardStep& step, SaveRequest& request);
   void addSettledConflicts(SaveRequest& request);

@@ -292,28 +292,6 @@ TEST(GuardedBook, CountsNoUnreadableCardAmongItsContacts) {
   EXPECT_EQ(elsewhere.cards().size(), 5U);
 }
 
-TEST(UidOfAnotherBook, IsTriedAgainByTheNextRun) {
-  BookElsewhere elsewhere;
-  SyncedBook book(elsewhere);
-  bool isElsewhere = true;
-  elsewhere.refuse = [&](const sync::Push& push) {
-    std::optional<sync::Pushed> refused;
-    if (isElsewhere) {
-      refused.emplace();
-      refused->outcome = sync::Pushed::Outcome::UidElsewhere;
-      refused->href = push.href;
-    }
-    return refused;
-  };
-  book.addPerson("Ann");
-  const auto report = book.run();
-  ASSERT_EQ(report.refused.size(), 1U);
-  EXPECT_EQ(report.refused[0].reason, "its UID is that of another card there");
-  isElsewhere = false;
-  book.runClean();
-  EXPECT_EQ(elsewhere.cards().size(), 1U);
-}
-
 TEST(AnswerWithEverything, ToATokenIsNotTakenForNews) {
   BookElsewhere elsewhere;
   SyncedBook book(elsewhere);
