@@ -53,6 +53,11 @@ struct AddedBook {
 OX_EXPORT std::vector<AddedBook> addLogin(const std::string& name, const LoginSettings& settings,
                                           const Offer& offer, const std::vector<ChosenBook>& books);
 
+// Takes more books of a login that is there, with its way to the password. Likewise; throws
+// RemoteError (Usage) where nobody has that login.
+OX_EXPORT std::vector<AddedBook> addBooks(const std::string& login, const Offer& offer,
+                                          const std::vector<ChosenBook>& books);
+
 struct KnownBook {
   std::string container;  // identifier
   std::string account;    // name of the container

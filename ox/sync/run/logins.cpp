@@ -41,6 +41,41 @@ std::vector<std::string> originsOf(const Offer& offer, const std::vector<ChosenB
   return origins;
 }
 
+// In one act with the login, which may be a new one.
+std::vector<AddedBook> take(SyncLogin login, const std::vector<ChosenBook>& books) {
+  const auto known = syncSource().syncBooks();
+  SaveRequest request;
+  std::vector<AddedBook> added;
+  for (const auto& chosen : books) {
+    AddedBook book{chosen.container, chosen.containerName};
+    if (chosen.container.empty()) {
+      book.container = uuidText(makeUuid()) + ":ABAccount";
+      request.newContainers.push_back(
+          {book.container, chosen.containerName, CNContainerTypeCardDAV});
+    } else {
+      requireFree(chosen.container, known);
+      book.name = containerSource().containerNamed(chosen.container)->name;
+    }
+    using ReadOnly = SyncBook::ReadOnly;
+    SyncRows::BookOfLogin of;
+    of.login = login.name;
+    of.book.container = book.container;
+    of.book.url = chosen.book.url;
+    of.book.name = chosen.book.name;
+    of.book.readOnly = chosen.sendsNothing      ? ReadOnly::AsAsked
+                       : chosen.book.isReadOnly ? ReadOnly::AsItSays
+                                                : ReadOnly::No;
+    request.sync.books.push_back(std::move(of));
+    added.push_back(std::move(book));
+  }
+  request.sync.logins.push_back(std::move(login));
+  request.outlivesPowerCut = true;
+  if (!containerSource().execute(request)) {
+    throw StoreError(StoreError::Kind::Refused, request.reason, {});
+  }
+  return added;
+}
+
 }  // namespace
 
 Offer offerOf(const LoginSettings& settings, const WireHooks& hooks,
@@ -57,42 +92,29 @@ std::vector<AddedBook> addLogin(const std::string& name, const LoginSettings& se
   for (const auto& login : syncSource().syncLogins()) {
     if (login.name == name) refuse("there is a login " + name + " already");
   }
-  const auto known = syncSource().syncBooks();
-  SaveRequest request;
   auto row = rowOfLogin(name, settings);
   row.principal = offer.principal;
   row.homes = offer.homes;
   if (settings.kind == LoginSettings::Kind::CardDav) row.origins = originsOf(offer, books);
   row.scheme = offer.scheme;
-  request.sync.logins.push_back(std::move(row));
-  std::vector<AddedBook> added;
-  for (const auto& chosen : books) {
-    AddedBook book{chosen.container, chosen.containerName};
-    if (chosen.container.empty()) {
-      book.container = uuidText(makeUuid()) + ":ABAccount";
-      request.newContainers.push_back(
-          {book.container, chosen.containerName, CNContainerTypeCardDAV});
-    } else {
-      requireFree(chosen.container, known);
-      book.name = containerSource().containerNamed(chosen.container)->name;
+  return take(std::move(row), books);
+}
+
+std::vector<AddedBook> addBooks(const std::string& login, const Offer& offer,
+                                const std::vector<ChosenBook>& books) {
+  for (auto& row : syncSource().syncLogins()) {
+    if (row.name != login) continue;
+    row.homes = offer.homes;
+    if (settingsOfRow(row).kind == LoginSettings::Kind::CardDav) {
+      for (auto& origin : originsOf(offer, books)) {
+        if (std::ranges::find(row.origins, origin) == row.origins.end()) {
+          row.origins.push_back(std::move(origin));
+        }
+      }
     }
-    SyncRows::BookOfLogin of;
-    of.login = name;
-    of.book.container = book.container;
-    of.book.url = chosen.book.url;
-    of.book.name = chosen.book.name;
-    using ReadOnly = SyncBook::ReadOnly;
-    of.book.readOnly = chosen.sendsNothing      ? ReadOnly::AsAsked
-                       : chosen.book.isReadOnly ? ReadOnly::AsItSays
-                                                : ReadOnly::No;
-    request.sync.books.push_back(std::move(of));
-    added.push_back(std::move(book));
+    return take(std::move(row), books);
   }
-  request.outlivesPowerCut = true;
-  if (!containerSource().execute(request)) {
-    throw StoreError(StoreError::Kind::Refused, request.reason, {});
-  }
-  return added;
+  refuse("there is no login " + login);
 }
 
 std::vector<KnownBook> knownBooks() {

@@ -87,10 +87,8 @@ void tellAccount(const Context& context, const CNContainer& account,
 }
 
 void add(const Context& context, const NewAccount& wanted) {
-  if (wanted.login.namesPlace()) return addLoginFor(context, wanted.name, wanted.login);
-  if (wanted.login.needsPlace()) {
-    throw CommandError(kUsage,
-                       "what the account is to be in step with is not said: --url or --folder");
+  if (wanted.login.namesPlace() || wanted.login.needsPlace()) {
+    return addLoginFor(context, wanted.name, wanted.login);
   }
   const auto& identifier = wanted.identifier;
   if (!identifier.empty() && OxMacAddressBook::standID(identifier)->empty()) {

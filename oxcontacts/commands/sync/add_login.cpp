@@ -34,6 +34,14 @@ sync::PasswordSource passwordOf(const LoginArguments& arguments) {
   return {};
 }
 
+using Known = std::vector<sync::KnownBook>;
+
+Known booksOfLogin(const std::string& login) {
+  auto known = sync::knownBooks();
+  std::erase_if(known, [&](const sync::KnownBook& book) { return book.login != login; });
+  return known;
+}
+
 bool isAddress(const std::string& url) {
   return url.find('@') != url.npos && url.find('/') == url.npos;
 }
@@ -60,6 +68,25 @@ sync::LoginSettings settingsFrom(const LoginArguments& arguments) {
                                    "--credential or --bearer-command");
   }
   return settings;
+}
+
+// Of a login that is there: what is said of the place must be what is known of it.
+sync::LoginSettings settingsOfKnown(const std::string& login, const LoginArguments& arguments) {
+  auto known = sync::settingsOf(login);
+  if (!arguments.namesPlace()) return known;
+  const auto place = arguments.folder.empty() ? arguments.url : absolutePath(arguments.folder);
+  const auto password = passwordOf(arguments);
+  const bool isOther = place != known.url ||
+                       (!arguments.user.empty() && arguments.user != known.user) ||
+                       (password.kind != Kind::None && password != known.password);
+  if (isOther) {
+    throw CommandError(kUsage, "there is a login " + login + " already, for " +
+                                   (known.user.empty() ? "" : known.user + " at ") + known.url +
+                                   "; `oxcontacts accounts add " + shellWord(login) +
+                                   " --book NAME` adds a book of it, and another login wants "
+                                   "another name");
+  }
+  return known;
 }
 
 sync::Offer offerFor(const sync::LoginSettings& settings, const sync::WireHooks& hooks,
@@ -89,6 +116,32 @@ std::string listOf(const Books& books) {
   return list;
 }
 
+bool isAt(const std::string& url, const Known& known) {
+  return std::ranges::any_of(known, [&](const sync::KnownBook& book) {
+    return withoutSlash(book.url) == withoutSlash(url);
+  });
+}
+
+// Takes out those that are in step already; whoever names one of them is told.
+void leaveOutKnown(const std::string& login, const Known& known,
+                   const std::vector<std::string>& named, Books& offered) {
+  if (known.empty()) return;
+  const auto isNamed = [&](const sync::KnownBook& book) {
+    return std::ranges::any_of(named, [&](const std::string& text) {
+      return withoutSlash(book.url) == withoutSlash(text) || WantedName(text).isNameOf(book.name);
+    });
+  };
+  for (const auto& book : known) {
+    if (isNamed(book)) {
+      throw CommandError(kUsage, book.name + " is in step with " + book.account + " already");
+    }
+  }
+  std::erase_if(offered, [&](const OfferedBook& book) { return isAt(book.url, known); });
+  if (offered.empty()) {
+    throw CommandError(kUsage, "every book of the login " + login + " is in step already");
+  }
+}
+
 // By URL, else by name.
 std::size_t placeOf(const std::string& text, const Books& offered) {
   const WantedName wanted(text);
@@ -106,15 +159,15 @@ std::size_t placeOf(const std::string& text, const Books& offered) {
                                  " books; name one by its URL: " + listOf(offered));
 }
 
-// Whether each of the offered books is taken: those that are named; the only one; those of the
-// user.
-std::vector<bool> choiceOf(const LoginArguments& arguments, const Books& offered) {
+// Whether each of the offered books is taken: those that are named; the only one that there is;
+// those of the user.
+std::vector<bool> choiceOf(const LoginArguments& arguments, const Books& offered, bool isNew) {
   if (offered.empty()) throw CommandError(kFailed, "there is no address book yet");
   std::vector<bool> taken(offered.size(), arguments.takesAll);
   for (const auto& text : arguments.books) taken[placeOf(text, offered)] = true;
   const bool isSaid = arguments.takesAll || !arguments.books.empty();
   for (std::size_t i = 0; i < offered.size() && !isSaid; ++i) {
-    taken[i] = offered.size() == 1 || offered[i].isOwn;
+    taken[i] = (isNew && offered.size() == 1) || offered[i].isOwn;
   }
   const auto count = std::ranges::count(taken, true);
   if (count == 0) {
@@ -152,26 +205,6 @@ class AccountNames {
   std::vector<std::string> taken_;
 };
 
-// The command line that takes what was left, under a name of its own.
-std::string wordsFor(const OfferedBook& book, const LoginArguments& arguments) {
-  const std::array<std::pair<const char*, const std::string*>, 8> options = {{
-      {"--url", &arguments.url},
-      {"--folder", &arguments.folder},
-      {"--user", &arguments.user},
-      {"--password-command", &arguments.passwordCommand},
-      {"--password-file", &arguments.passwordFile},
-      {"--credential", &arguments.credential},
-      {"--bearer-command", &arguments.bearerCommand},
-      {"--client-cert", &arguments.clientCertificate},
-  }};
-  std::string words =
-      "oxcontacts accounts add " + shellWord(book.name.empty() ? "NAME" : book.name);
-  for (const auto& [option, value] : options) {
-    if (!value->empty()) words += " " + std::string(option) + " " + shellWord(*value);
-  }
-  return words + " --book " + shellWord(book.url);
-}
-
 Json offeredJson(const OfferedBook& book) {
   return {{"name", book.name},
           {"description", book.description},
@@ -180,7 +213,7 @@ Json offeredJson(const OfferedBook& book) {
           {"own", book.isOwn}};
 }
 
-void tellAdded(const Context& context, const std::string& name, const LoginArguments& arguments,
+void tellAdded(const Context& context, const std::string& name,
                const std::vector<sync::ChosenBook>& chosen,
                const std::vector<sync::AddedBook>& added, const Books& left) {
   Json list = Json::array();
@@ -200,8 +233,9 @@ void tellAdded(const Context& context, const std::string& name, const LoginArgum
   for (const auto& book : left) {
     rest.push_back(offeredJson(book));
     if (context.json) continue;
-    context.tell("left " + book.name + (book.isOwn ? "" : ", which is not yours") + "; `" +
-                 wordsFor(book, arguments) + "` adds it");
+    context.tell("left " + book.name + (book.isOwn ? "" : ", which is not yours") +
+                 "; `oxcontacts accounts add " + shellWord(name) + " --book " +
+                 shellWord(book.url) + "` adds it");
   }
   if (context.json) {
     printJson({{"login", name}, {"added", std::move(list)}, {"left", std::move(rest)}});
@@ -258,7 +292,13 @@ void declareLoginOptions(CLI::App& add, LoginArguments& arguments) {
 }
 
 void addLoginFor(const Context& context, const std::string& name, const LoginArguments& arguments) {
-  const auto settings = settingsFrom(arguments);
+  const auto known = booksOfLogin(name);
+  const bool isNew = known.empty();
+  if (isNew && !arguments.namesPlace()) {
+    throw CommandError(kUsage,
+                       "what the account is to be in step with is not said: --url or --folder");
+  }
+  const auto settings = isNew ? settingsFrom(arguments) : settingsOfKnown(name, arguments);
   std::string container;
   if (!arguments.into.empty()) container = findAccount(arguments.into)->identifier().value_or("");
   try {
@@ -270,8 +310,9 @@ void addLoginFor(const Context& context, const std::string& name, const LoginArg
     if (!context.json) {
       context.tell("found " + counted(offer.books.size(), "book") + " at " + settings.url);
     }
-    const auto taken = choiceOf(arguments, offer.books);
-    const bool isAlone = std::ranges::count(taken, true) == 1;
+    leaveOutKnown(name, known, arguments.books, offer.books);
+    const auto taken = choiceOf(arguments, offer.books, isNew);
+    const bool isAlone = isNew && std::ranges::count(taken, true) == 1;
     AccountNames names;
     std::vector<sync::ChosenBook> chosen;
     Books left;
@@ -284,8 +325,9 @@ void addLoginFor(const Context& context, const std::string& name, const LoginArg
       auto newName = container.empty() ? names.of(book, name, isAlone) : std::string();
       chosen.push_back({std::move(book), container, std::move(newName), arguments.isReadOnly});
     }
-    const auto added = sync::addLogin(name, settings, offer, chosen);
-    tellAdded(context, name, arguments, chosen, added, left);
+    const auto added =
+        isNew ? sync::addLogin(name, settings, offer, chosen) : sync::addBooks(name, offer, chosen);
+    tellAdded(context, name, chosen, added, left);
   } catch (const sync::RemoteError& error) {
     const bool isPlain = error.kind() == sync::RemoteFailure::Insecure &&
                          arguments.url.starts_with("http://") && !arguments.allowsHttp;

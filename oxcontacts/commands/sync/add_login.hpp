@@ -37,7 +37,8 @@ struct LoginArguments {
 void declareLoginOptions(CLI::App& add, LoginArguments& arguments);
 
 // Goes there at once, keeps the login under that name and makes accounts of the books that are
-// taken. Nothing is added where anything fails.
+// taken; of a login that is there it takes books that are not in step yet. Nothing is added where
+// anything fails.
 void addLoginFor(const Context& context, const std::string& name, const LoginArguments& arguments);
 
 }  // namespace ox::program

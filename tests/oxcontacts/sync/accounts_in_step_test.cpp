@@ -56,6 +56,30 @@ TEST_F(AccountsInStep, AreMadeOfEachFolderThatHoldsCards) {
             "work: 0 new, 0 changed, 0 deleted here; 0 sent, 0 deleted there\n");
 }
 
+TEST_F(AccountsInStep, TakeAnotherBookOfALoginThatIsThereInTheWordsThatArePrinted) {
+  for (const auto* name : {"home", "work", "old"}) std::filesystem::create_directory(path(name));
+  write("home/ann.vcf", {"UID:ann", "FN:Ann"});
+  write("work/bob.vcf", {"UID:bob", "FN:Bob"});
+  write("old/cid.vcf", {"UID:cid", "FN:Cid"});
+  const auto first = run({"accounts", "add", "Mine", "--folder", path(), "--book", "work"});
+  ASSERT_EQ(first.exitCode, 0) << first.errors;
+  EXPECT_TRUE(holds(first.errors, "oxcontacts: left home; `oxcontacts accounts add Mine --book " +
+                                      path("home") + "` adds it\n"))
+      << first.errors;
+  const auto second = run({"accounts", "add", "Mine", "--book", path("home")});
+  ASSERT_EQ(second.exitCode, 0) << second.errors;
+  EXPECT_EQ(run({"accounts", "add", "Mine", "--folder", path(), "--book", "old"}).exitCode, 0);
+  std::string books;
+  for (const auto& book : runJson({"sync", "--status"})) {
+    EXPECT_EQ(book["login"], "Mine");
+    books += book["account"].get<std::string>() + " ";
+  }
+  EXPECT_EQ(books, "Mine home old ");
+  EXPECT_EQ(run({"sync", "home", "old"}).output,
+            "home: 1 new, 0 changed, 0 deleted here; 0 sent, 0 deleted there\n"
+            "old: 1 new, 0 changed, 0 deleted here; 0 sent, 0 deleted there\n");
+}
+
 TEST_F(AccountsInStep, LeaveTheFolderAsItIsWhenTheyAreRemoved) {
   synchroniseTwo();
   const auto before = text("ann.vcf");
@@ -129,7 +153,13 @@ TEST_F(AccountsInStep, TellWhatIsAskedInVain) {
       {{"sync", "--resolve", "1", "both"}, 2, "\"both\": what stays is mine or theirs"},
       {{"sync", "--resolve", "1"}, 2, "--resolve"},
       {{"sync", "--report", "-"}, 2, "the report needs a file of its own"},
-      {{"accounts", "add", "Cards", "--folder", path()}, 2, "Cards already"},
+      {{"accounts", "add", "Cards", "--folder", path()},
+       2,
+       "every book of the login Cards is in step"},
+      {{"accounts", "add", "Cards", "--folder", path("empty")},
+       2,
+       "there is a login Cards already"},
+      {{"accounts", "add", "Cards", "--book", "cards"}, 2, "cards is in step with Cards already"},
       {{"accounts", "add", "x", "--folder", path("none")}, 1, "none: No such file or directory"},
       {{"accounts", "add", "x", "--folder", path("empty")}, 1, "holds a file that ends in .vcf"},
       {{"accounts", "add", "x", "--folder", path(), "--book", "y"}, 4, "there is no book \"y\""},

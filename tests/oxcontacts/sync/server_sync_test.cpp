@@ -81,6 +81,13 @@ TEST(ServerSync, TakesTheBooksThatAreNamed) {
   ASSERT_EQ(added["left"].size(), 1U);
   EXPECT_EQ(added["left"][0]["url"], server->bookUrl());
   EXPECT_TRUE(added["left"][0]["own"]);
+  // The same login, with its way to the password.
+  const auto more = run({"accounts", "add", "Club", "--book", server->bookUrl()});
+  ASSERT_EQ(more.exitCode, 0) << more.errors;
+  const auto status = runJson({"sync", "--status"});
+  ASSERT_EQ(status.size(), 2U);
+  EXPECT_EQ(status[1]["login"], "Club");
+  EXPECT_EQ(run({"sync", "Club"}).exitCode, 0);
 }
 
 TEST(ServerSync, AddsNothingWhereTheLoginFails) {
