@@ -40,6 +40,8 @@ struct ChosenBook {
   std::string container;      // identifier; empty: a new one
   std::string containerName;  // of a new one
   bool sendsNothing = false;  // whatever the book says of itself, it is read-only
+  // A category of its persons is a group here, instead of a tag.
+  bool categoriesAreGroups = false;
 };
 
 struct AddedBook {

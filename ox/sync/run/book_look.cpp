@@ -59,7 +59,7 @@ CardSides withFetched(CardSides known, CardSides fetched) {
 void BookLook::lookHere() {
   const auto& container = local_.container();
   const auto note = [&](SyncCardNow card) {
-    if (hasNeverHadRecord(card.card)) return;
+    if (hasNeverHadRecord(card.card) || isNoCard(card.card.kind)) return;
     auto path = card.card.path;
     changedHere_.insert_or_assign(std::move(path), std::move(card));
   };
@@ -73,6 +73,7 @@ void BookLook::lookHere() {
     if (card.card.kind == RecordKind::Person && isChangedBeside(card)) note(std::move(card));
   }
   withoutCard_ = syncSource().recordsWithoutCard(container);
+  std::erase_if(withoutCard_, [&](const auto& record) { return isNoCard(record.kind); });
   for (const auto& record : withoutCard_) {
     withoutCardByKey_.emplace(record.key, &record);
     withoutCardByContent_.emplace(record.fingerprint, &record);
@@ -99,14 +100,19 @@ void BookLook::takeOver() {
   }
 }
 
+// Groups that categories stand for.
+bool BookLook::isNoCard(RecordKind kind) {
+  return kind == RecordKind::Group && local_.categoryGroups() != nullptr;
+}
+
 bool BookLook::isChangedBeside(const SyncCardNow& card) {
   if (!card.now || card.card.record.isNone()) return false;
   return local_.besideOf(card.card.record, card.card.kind) != card.card.beside;
 }
 
-bool BookLook::isEdit(const SyncCardNow& card) const {
-  return card.card.kind == RecordKind::Group || card.card.record.isNone() ||
-         card.now != card.card.fingerprint;
+bool BookLook::isEdit(const SyncCardNow& card) {
+  return local_.categoryGroups() != nullptr || card.card.kind == RecordKind::Group ||
+         card.card.record.isNone() || card.now != card.card.fingerprint;
 }
 
 std::vector<CardSides> BookLook::changesHere() {

@@ -76,7 +76,8 @@ class BookLook {
   void lookAtNews();
   bool isNoNews() const;
   bool isChangedBeside(const SyncCardNow& card);
-  bool isEdit(const SyncCardNow& card) const;
+  bool isEdit(const SyncCardNow& card);
+  bool isNoCard(RecordKind kind);
   void addUnlinked(CardSides& sides);
   void keepMembers(CardSides& sides, const std::unordered_set<std::string>& broughtBack);
   void fetch(const std::vector<std::string>& paths,

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "ox/base/clock.hpp"
+#include "ox/base/text/joined.hpp"
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/records/card_uid.hpp"
 #include "ox/sync/cards/card_edit.hpp"
@@ -48,7 +49,7 @@ BookRun::BookRun(RemoteBook& remote, SyncBook book, const SyncOptions& options, 
       book_(std::move(book)),
       options_(options),
       report_(report),
-      local_(book_.container),
+      local_(LocalBook::of(book_)),
       decisions_(local_, remote_, spill_, rules_),
       start_(millisecondsNow()) {
   rules_.revision = revisionOf(start_);
@@ -86,6 +87,7 @@ bool BookRun::run(const Start& start) {
   look.lookThere(isAnew ? std::string() : book_.token,
                  isAnew ? BookLook::Unreadable::AskedAgain : BookLook::Unreadable::Left,
                  rules_.setsBack ? BookLook::ChangesHere::Fetched : BookLook::ChangesHere::Known);
+  if (const auto* groups = local_.categoryGroups()) tellLonelyGroups(*groups);
   rules_.hasListedAll = look.listing().isWhole;
   plan(look);
   if (!mayGoOn(look)) return false;
@@ -250,6 +252,15 @@ void BookRun::tellKept(const std::vector<CardSides>& changed) {
                                std::string(what) + " here, and the book takes no changes"});
   }
   report_.kept += changed.size();
+}
+
+void BookRun::tellLonelyGroups(const CategoryGroups& groups) {
+  if (groups.withoutMembers().empty()) return;
+  auto note = "groups without members are here alone, since the book says them as categories: " +
+              joined(groups.withoutMembers(), ", ");
+  if (std::ranges::find(report_.notes, note) == report_.notes.end()) {
+    report_.notes.push_back(std::move(note));
+  }
 }
 
 void BookRun::tellNewConflicts() {

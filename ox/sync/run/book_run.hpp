@@ -51,6 +51,7 @@ class BookRun {
   void keepNew(const BookLook& look);
   void tellKept(const std::vector<CardSides>& changed);
   void tellNewConflicts();
+  void tellLonelyGroups(const CategoryGroups& groups);
   bool mayGoOn(BookLook& look);
   std::optional<std::string> guarded(BookLook& look) const;
   void tell(SyncProgress::Step step, std::size_t done, std::size_t all) const;

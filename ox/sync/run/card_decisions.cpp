@@ -256,6 +256,9 @@ std::optional<CardStep> CardDecisions::readThere(CardSides& sides) {
     return unreadable(sides,
                       wasGroup ? "the group has become a person" : "the person has become a group");
   }
+  if (theirs.content.isGroup && book_.categoryGroups() != nullptr) {
+    return unreadable(sides, "a group with a card of its own, where categories are groups");
+  }
   if (!sides.ours && !rules_.setsBack &&
       (sides.card.intent == SyncCard::Intent::Create ||
        saysTheSameAsBefore(sides.card, theirs.content))) {
@@ -345,13 +348,15 @@ CardStep CardDecisions::brought(CardSides& sides) {
   const auto* theirBase = sides.isFirstMeeting ? nullptr : &bases.theirs;
   const auto* ourBase = sides.isFirstMeeting ? nullptr : &bases.ours;
   auto merged = merge(theirBase, theirs.content, ourBase, ours.content);
-  const bool isEdited = ours.content.isGroup || ours.fingerprint != step.card.fingerprint;
+  const bool areTags = book_.categoryGroups() == nullptr;
+  const bool isEdited = ours.content.isGroup || ours.fingerprint != step.card.fingerprint ||
+                        (!areTags && ours.beside != step.card.beside);
   if (rules_.setsBack && isEdited) {
     auto tags = std::move(merged.content.categories);
     merged = MergedCard();
     merged.content = theirs.content;
     merged.changesOurs = true;
-    merged.content.categories = std::move(tags);
+    if (areTags) merged.content.categories = std::move(tags);
     step.settlesConflicts = true;
   }
   // What is agreed when nothing is sent: the record without what was changed here.

@@ -22,6 +22,13 @@ SyncCard cardOf(const SyncConflict& conflict) {
   return cards.empty() ? SyncCard() : cards.front().card;
 }
 
+LocalBook localBook(const std::string& container) {
+  for (const auto& book : syncSource().syncBooks()) {
+    if (book.container == container) return LocalBook::of(book);
+  }
+  return LocalBook(container);
+}
+
 }  // namespace
 
 std::vector<OpenConflict> openConflicts() {
@@ -33,7 +40,7 @@ std::vector<OpenConflict> openConflicts() {
     const auto container = containerSource().containerNamed(row.container);
     if (container) conflict.account = container->name;
     const auto card = cardOf(row);
-    LocalBook local(row.container);
+    auto local = localBook(row.container);
     const auto content =
         card.record.isNone() ? std::nullopt : local.contentOf(card.record, card.kind);
     if (content) {
@@ -66,7 +73,7 @@ bool tryToResolve(const std::unordered_set<std::int64_t>& wanted, Settled settle
     auto known =
         std::ranges::find(contents, card.record, [](const auto& some) { return some.first; });
     if (known == contents.end()) {
-      LocalBook local(row.container);
+      auto local = localBook(row.container);
       auto now = card.record.isNone() ? std::nullopt : local.contentOf(card.record, card.kind);
       if (!now) {
         throw RemoteError(RemoteFailure::Usage,

@@ -25,7 +25,7 @@ std::uint64_t checksumOf(const std::vector<std::string>& texts) {
 }  // namespace
 
 std::uint64_t besideOfTags(const std::vector<std::string>& tags) {
-  return checksumOf(tags);
+  return besideOfMembers(tags);
 }
 
 std::uint64_t besideOfMembers(std::vector<std::string> members) {
@@ -38,8 +38,15 @@ std::uint64_t sumOf(std::uint64_t fingerprint, std::uint64_t beside) {
   return fingerprint ^ (beside * 0x9E3779B97F4A7C15U);
 }
 
-LocalBook::LocalBook(std::string container)
-    : container_(std::move(container)), tagManager_(vcard::tagManagerOf(container_)) {}
+LocalBook::LocalBook(std::string container, Categories categories)
+    : container_(std::move(container)),
+      tagManager_(vcard::tagManagerOf(container_)),
+      categories_(categories) {}
+
+LocalBook LocalBook::of(const SyncBook& book) {
+  const bool areGroups = book.groupSpelling == kCategoriesAsGroups;
+  return LocalBook(book.container, areGroups ? Categories::Groups : Categories::Tags);
+}
 
 std::optional<LocalContent> LocalBook::contentOf(const RecordKey& key, RecordKind kind) {
   const std::array keys{key};
@@ -73,10 +80,17 @@ std::uint64_t LocalBook::besideOf(const RecordKey& key, RecordKind kind) {
 }
 
 bool LocalBook::hasNoTags() {
-  return TagStore::shared().isEmpty();
+  return categories_ == Categories::Tags && TagStore::shared().isEmpty();
+}
+
+const CategoryGroups* LocalBook::categoryGroups() {
+  if (categories_ == Categories::Tags) return nullptr;
+  if (!groups_) groups_.emplace(container_);
+  return &*groups_;
 }
 
 std::vector<std::string> LocalBook::tagsOf(const RecordKey& person) {
+  if (const auto* groups = categoryGroups()) return groups->categoriesOf(person);
   return TagStore::shared().tags(tagManager_, person.text());
 }
 

@@ -9,7 +9,9 @@
 
 #include "ox/base/data.hpp"
 #include "ox/base/record_key.hpp"
+#include "ox/platform/store/values/sync_rows.hpp"
 #include "ox/sync/cards/card_content.hpp"
+#include "ox/sync/run/category_groups.hpp"
 
 namespace ox::sync {
 
@@ -23,17 +25,23 @@ struct LocalContent {
   std::vector<std::string> linked;
 };
 
-// A number for what a card says beside values and picture: tags in their order, members in any; 0
-// for none.
+// A number for what a card says beside values and picture, in whatever order; 0 for none.
 std::uint64_t besideOfTags(const std::vector<std::string>& tags);
 std::uint64_t besideOfMembers(std::vector<std::string> members);
+// How the row of a book keeps that its categories are groups (SyncBook::groupSpelling).
+inline constexpr const char* kCategoriesAsGroups = "categories";
 // One number for both, as it is noted of what was refused.
 std::uint64_t sumOf(std::uint64_t fingerprint, std::uint64_t beside);
 
 // The container of a run, as committed. One thread at a time; throws StoreError.
 class LocalBook {
  public:
-  explicit LocalBook(std::string container);
+  // What the CATEGORIES of its persons are here.
+  enum class Categories : std::uint8_t { Tags, Groups };
+
+  explicit LocalBook(std::string container, Categories categories = Categories::Tags);
+  // With what the store keeps of its book.
+  static LocalBook of(const SyncBook& book);
 
   const std::string& container() const { return container_; }
   // Missing when there is no such record. Of a group: members that the store has no record for are
@@ -41,8 +49,10 @@ class LocalBook {
   std::optional<LocalContent> contentOf(const RecordKey& key, RecordKind kind);
   // As contentOf(...)->beside, without reading values.
   std::uint64_t besideOf(const RecordKey& key, RecordKind kind);
-  // True when no person of any book has tags.
+  // True when no person can have categories.
   bool hasNoTags();
+  // Null where categories are tags.
+  const CategoryGroups* categoryGroups();
   std::vector<std::string> tagsOf(const RecordKey& person);
   // As its card says it, and as members name it.
   std::string uidAsWritten(const RecordKey& record);
@@ -65,6 +75,8 @@ class LocalBook {
  private:
   std::string container_;
   std::string tagManager_;
+  Categories categories_;
+  std::optional<CategoryGroups> groups_;             // missing: not asked yet
   std::unordered_map<std::string, Member> members_;  // by uidKey
   std::unordered_map<RecordKey, std::string> uids_;
 };

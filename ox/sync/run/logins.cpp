@@ -11,6 +11,7 @@
 #include "ox/sync/folder/offer_of_folder.hpp"
 #include "ox/sync/http/http_client.hpp"
 #include "ox/sync/http/url.hpp"
+#include "ox/sync/run/local_book.hpp"
 #include "ox/sync/run/remote_login.hpp"
 #include "ox/sync/run/run_rows.hpp"
 
@@ -65,6 +66,7 @@ std::vector<AddedBook> take(SyncLogin login, const std::vector<ChosenBook>& book
     of.book.readOnly = chosen.sendsNothing      ? ReadOnly::AsAsked
                        : chosen.book.isReadOnly ? ReadOnly::AsItSays
                                                 : ReadOnly::No;
+    if (chosen.categoriesAreGroups) of.book.groupSpelling = kCategoriesAsGroups;
     request.sync.books.push_back(std::move(of));
     added.push_back(std::move(book));
   }

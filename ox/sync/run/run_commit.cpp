@@ -206,6 +206,7 @@ SaveRequest RunCommit::requestOf(const SyncRows& rows) {
                                         millisecondsNow()});
     }
   }
+  if (const auto* groups = local_.categoryGroups()) linkCategories(*groups, request);
   if (changesMembers) relinkOthers(request);
   addSettledConflicts(request);
   addMovedConflicts(request);
@@ -241,6 +242,24 @@ void RunCommit::addRecordChanges(CardStep& step, SaveRequest& request) {
       request.removals.push_back({step.record, step.expected});
       return;
   }
+}
+
+void RunCommit::linkCategories(const CategoryGroups& groups, SaveRequest& request) {
+  CategoryLinks links(groups, local_.container(), request);
+  for (const auto& step : steps_) {
+    if (step.isPutOff) continue;
+    if (step.here == CardStep::Here::Delete) links.leaveAll(step.record);
+    if (!step.change) continue;
+    const auto& before = step.change->tagsBefore;
+    const auto& now = step.change->tags;
+    for (const auto& category : textsWithout(now, before, Case::Counts)) {
+      links.enter(step.record, category);
+    }
+    for (const auto& category : textsWithout(before, now, Case::Counts)) {
+      links.leave(step.record, category);
+    }
+  }
+  links.removeLeft();
 }
 
 // The group gets the records that its members are and loses those that they are not. What no record
@@ -393,7 +412,8 @@ void RunCommit::write(SyncRows rows, const std::string& keptToken) {
     const TagHold hold;
     const auto manager = vcard::tagManagerOf(local_.container());
     for (const auto& step : steps_) {
-      if (step.isPutOff || !step.change || step.change->tags == step.change->tagsBefore) continue;
+      const bool isSame = !step.change || step.change->tags == step.change->tagsBefore;
+      if (step.isPutOff || isSame || local_.categoryGroups() != nullptr) continue;
       TagStore::shared().change(
           manager, step.record.text(),
           textsWithout(step.change->tagsBefore, step.change->tags, Case::Counts),

@@ -36,6 +36,7 @@ class RunCommit {
   void takeNewUid(CardStep& step, CardContent& here);
   void refuse(CardStep& step, const std::string& reason, int code);
   void linkMembers(CardStep& step, SaveRequest& request);
+  void linkCategories(const CategoryGroups& groups, SaveRequest& request);
   void addSettledConflicts(SaveRequest& request);
   void addMovedConflicts(SaveRequest& request);
   void relinkOthers(SaveRequest& request);

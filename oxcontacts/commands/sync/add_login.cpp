@@ -288,6 +288,8 @@ void declareLoginOptions(CLI::App& add, LoginArguments& arguments) {
   add.add_option("--into", arguments.into, "Into this account (else a new one)")
       ->type_name("ACCOUNT");
   add.add_flag("--read-only", arguments.isReadOnly, "Never change anything there");
+  add.add_flag("--categories-as-groups", arguments.categoriesAreGroups,
+               "A category of its persons is a group here, instead of a tag");
   add.add_flag("--verbose", arguments.isVerbose, "Tell of each request");
 }
 
@@ -323,7 +325,8 @@ void addLoginFor(const Context& context, const std::string& name, const LoginArg
         continue;
       }
       auto newName = container.empty() ? names.of(book, name, isAlone) : std::string();
-      chosen.push_back({std::move(book), container, std::move(newName), arguments.isReadOnly});
+      chosen.push_back({std::move(book), container, std::move(newName), arguments.isReadOnly,
+                        arguments.categoriesAreGroups});
     }
     const auto added =
         isNew ? sync::addLogin(name, settings, offer, chosen) : sync::addBooks(name, offer, chosen);

@@ -23,13 +23,15 @@ struct LoginArguments {
   std::string into;
   bool takesAll = false;
   bool isReadOnly = false;
+  bool categoriesAreGroups = false;
   bool allowsHttp = false;
   bool isVerbose = false;
 
   bool namesPlace() const { return !url.empty() || !folder.empty(); }
   // Whether anything is said that makes sense of such a place alone.
   bool needsPlace() const {
-    return !books.empty() || !into.empty() || takesAll || isReadOnly || isVerbose;
+    return !books.empty() || !into.empty() || takesAll || isReadOnly || categoriesAreGroups ||
+           isVerbose;
   }
 };
 

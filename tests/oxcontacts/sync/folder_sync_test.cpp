@@ -333,5 +333,17 @@ TEST_F(FolderSync, ShowsTheLastRunsWithWhatTheyCameTo) {
   EXPECT_EQ(runJson({"sync", "--status"})[0]["lastError"], Json());
 }
 
+TEST_F(FolderSync, MakesGroupsOfCategoriesWhereItIsAsked) {
+  write("ann.vcf", {"UID:ann", "N:Lee;Ann;;;", "FN:Ann Lee", "CATEGORIES:Club"});
+  ASSERT_EQ(
+      run({"accounts", "add", "Cards", "--folder", path(), "--categories-as-groups"}).exitCode, 0);
+  ASSERT_EQ(run({"sync"}).exitCode, 0);
+  EXPECT_EQ(runJson({"groups"})[0]["displayName"], "Club");
+  ASSERT_EQ(run({"rename-group", "Club", "Choir"}).exitCode, 0);
+  EXPECT_EQ(run({"sync"}).output,
+            "Cards: 0 new, 0 changed, 0 deleted here; 1 sent, 0 deleted there\n");
+  EXPECT_TRUE(holds(text("ann.vcf"), "CATEGORIES:Choir\r\n")) << text("ann.vcf");
+}
+
 }  // namespace
 }  // namespace ox::program_tests
