@@ -33,8 +33,11 @@ PropertyValue phoneValue(const std::vector<std::string>& phones) {
 
 }  // namespace
 
-SyncedBook::SyncedBook(BookElsewhere& elsewhere, const std::string& name)
-    : elsewhere_(elsewhere), container_(uuidText(makeUuid()) + ":ABAccount") {
+SyncedBook::SyncedBook(BookElsewhere& elsewhere, const std::string& name) : SyncedBook(name) {
+  elsewhere_ = &elsewhere;
+}
+
+SyncedBook::SyncedBook(const std::string& name) : container_(uuidText(makeUuid()) + ":ABAccount") {
   SaveRequest request;
   request.newContainers.push_back({container_, name, 3});
   SyncLogin login;
@@ -51,13 +54,20 @@ SyncedBook::SyncedBook(BookElsewhere& elsewhere, const std::string& name)
 }
 
 sync::BookReport SyncedBook::run(const sync::SyncOptions& options) {
+  return runWith(*elsewhere_, options);
+}
+
+sync::BookReport SyncedBook::runWith(sync::RemoteBook& elsewhere,
+                                     const sync::SyncOptions& options) {
   sync::BookReport report;
   report.container = container_;
   report.account = "Book";
   for (const auto& book : syncSource().syncBooks()) {
     if (book.container != container_) continue;
     try {
-      sync::runBook(elsewhere_, book, options, {}, report);
+      sync::BookRun::Start start;
+      start.listsAll = options.listsAll;
+      sync::runBook(elsewhere, book, options, start, report);
     } catch (const sync::RemoteError& error) {
       report.state = sync::BookReport::State::Failed;
       report.failure = error.what();

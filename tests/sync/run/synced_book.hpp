@@ -17,9 +17,12 @@ namespace ox::test {
 class SyncedBook {
  public:
   explicit SyncedBook(BookElsewhere& elsewhere, const std::string& name = "Book");
+  // Where each run has its own way to the book: `runWith` alone may be used.
+  explicit SyncedBook(const std::string& name);
 
   // One run; failures of the book are in the report, as synchronise() tells them.
   sync::BookReport run(const sync::SyncOptions& options = {});
+  sync::BookReport runWith(sync::RemoteBook& elsewhere, const sync::SyncOptions& options = {});
   // A run that must end in step with nothing left open.
   sync::BookReport runClean();
 
@@ -49,7 +52,7 @@ class SyncedBook {
   std::vector<std::string> lines() const;
 
  private:
-  BookElsewhere& elsewhere_;
+  BookElsewhere* elsewhere_ = nullptr;
   std::string container_;
 };
 

@@ -140,7 +140,7 @@ bool ScriptedConnection::send(std::string_view bytes) {
 }
 
 bool ScriptedConnection::sendBody(std::string_view body, const ScriptedAnswer& answer) {
-  const auto step = answer.pauseBetween.count() > 0 ? std::size_t{1} : std::size_t{65536};
+  const auto step = answer.pauseBetween.count() > 0 ? std::size_t{1} : answer.bytesAtOnce;
   const auto stop = std::min(
       {body.size(), answer.cutAt.value_or(body.size()), answer.stallsAt.value_or(body.size())});
   for (std::size_t at = 0; at < stop;) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -10,23 +11,32 @@
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 #include "tests/sync/support/scripted_connection.hpp"
 
 namespace ox::support {
 namespace {
 
-int listeningSocket() {
-  const int listening = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+// At a free port where none is given. Several of one process may be at one port.
+int boundSocket(int port) {
+  const int bound = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int on = 1;
   sockaddr_in address{};
   address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  if (listening < 0 ||
-      ::bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      ::listen(listening, 64) != 0) {
+  if (bound < 0 || ::setsockopt(bound, SOL_SOCKET, SO_REUSEPORT, &on, sizeof on) != 0 ||
+      ::bind(bound, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     throw std::runtime_error("no socket to listen on");
   }
-  return listening;
+  return bound;
+}
+
+// What was not read by the other side is lost, which finds a broken connection.
+void resetAtClose(int socket) {
+  const linger now{1, 0};
+  ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &now, sizeof now);
 }
 
 int portOf(int listening) {
@@ -42,9 +52,7 @@ int portOf(int listening) {
 
 class ScriptedServer::Parts {
  public:
-  Parts() : listening_(listeningSocket()), port_(portOf(listening_)) {
-    acceptor_ = std::thread([this] { acceptAll(); });
-  }
+  Parts() : reserved_(boundSocket(0)), port_(portOf(reserved_)) { open(); }
   Parts(const Parts&) = delete;
   Parts& operator=(const Parts&) = delete;
   ~Parts() {
@@ -54,10 +62,23 @@ class ScriptedServer::Parts {
       for (const int socket : open_) ::shutdown(socket, SHUT_RDWR);
     }
     ending_.notify_all();
+    refuse();
+    for (auto& thread : threads_) thread.join();
+    ::close(reserved_);
+  }
+
+  void open() {
+    if (listening_ >= 0) return;
+    listening_ = boundSocket(port_);
+    if (::listen(listening_, 64) != 0) throw std::runtime_error("nobody can listen");
+    acceptor_ = std::thread([this] { acceptAll(); });
+  }
+
+  void refuse() {
+    if (listening_ < 0) return;
     ::shutdown(listening_, SHUT_RDWR);
     acceptor_.join();
-    for (auto& thread : threads_) thread.join();
-    ::close(listening_);
+    ::close(std::exchange(listening_, -1));
   }
 
   int port() const { return port_; }
@@ -104,6 +125,7 @@ class ScriptedServer::Parts {
       const bool isEnding = answer.silence.count() > 0 && !wait(answer.silence);
       // Before the first byte: whoever has read the answer may be quick with the next request.
       locked([](Parts& self) { --self.atOnce_; });
+      if (answer.resets) resetAtClose(socket);
       if (isEnding || !connection.write(*request, answer)) break;
     }
     const std::lock_guard lock(mutex_);
@@ -127,8 +149,9 @@ class ScriptedServer::Parts {
     return !ending_.wait_for(lock, time, [this] { return isEnding_; });
   }
 
-  int listening_;
+  int reserved_;  // keeps the port while nobody listens
   int port_;
+  int listening_ = -1;
   std::mutex mutex_;
   std::mutex scripts_;
   std::condition_variable ending_;
@@ -148,6 +171,14 @@ void ScriptedServer::answer(Script script) {
 
 void ScriptedServer::closeNext(std::size_t connections) {
   parts_->locked([&](Parts& parts) { parts.closing = connections; });
+}
+
+void ScriptedServer::refuse() {
+  parts_->refuse();
+}
+
+void ScriptedServer::open() {
+  parts_->open();
 }
 
 std::string ScriptedServer::origin() const {

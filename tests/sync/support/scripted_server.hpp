@@ -39,11 +39,13 @@ struct ScriptedAnswer {
 
   bool closesUnanswered = false;              // the request was read, the connection is closed
   bool closesAfterwards = false;              // without a word about it in the headers
+  bool resets = false;                        // where it is closed, it is by a reset
   std::optional<std::size_t> cutAt = {};      // so much of the body is sent, then it closes
   std::optional<std::size_t> promised = {};   // the Content-Length that is told instead
   std::chrono::milliseconds silence{0};       // before the first byte
   std::optional<std::size_t> stallsAt = {};   // so much of the body is sent, then nothing more
   std::chrono::milliseconds pauseBetween{0};  // after each byte of the body
+  std::size_t bytesAtOnce = 65536;            // of the body, where there is no such pause
 };
 
 // A server of HTTP/1.1 on loopback with keep-alive, which answers as a test says and remembers
@@ -62,6 +64,9 @@ class ScriptedServer {
   void answer(Script script);
   // So many connections to come are closed before anything is read from them.
   void closeNext(std::size_t connections);
+  // Nobody listens at the port until it is opened again. Connections that are open stay.
+  void refuse();
+  void open();
 
   std::string origin() const;  // http://127.0.0.1:PORT
   std::string url(const std::string& path = "/") const { return origin() + path; }
