@@ -181,6 +181,19 @@ TEST(MultistatusReader, StopsAtLongNames) {
             "broken: The XML of the answer cannot be read: a name is longer than 1 KiB.");
 }
 
+// expat would keep it until it ends.
+TEST(MultistatusReader, StopsAtATagOrACommentThatDoesNotEnd) {
+  const std::string much(std::size_t{3} << 20, 'x');
+  for (const std::string start : {"<a b='", "<!--", "<?", "<"}) {
+    EXPECT_EQ(readAll("<multistatus xmlns='DAV:'>" + start + much),
+              "broken: The XML of the answer cannot be read: a tag or a comment is longer than 2 "
+              "MiB.");
+  }
+  EXPECT_EQ(readAll("<multistatus xmlns='DAV:'><!--" + much.substr(0, std::size_t{1} << 20) +
+                    "--><a b='" + much.substr(0, std::size_t{1} << 19) + "'/></multistatus>"),
+            "token: ");
+}
+
 TEST(MultistatusReader, StopsAtMoreThan64MiBOfTextInOneElement) {
   const std::string part(std::size_t{1} << 20, 'x');
   const auto readWith = [&](std::size_t parts, const std::string& more) {

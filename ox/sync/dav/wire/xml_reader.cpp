@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t kMostDepth = 32;
 constexpr std::size_t kMostName = 1024;
 constexpr std::size_t kMostText = std::size_t{64} << 20;
+constexpr std::size_t kMostUntold = std::size_t{2} << 20;
 constexpr std::size_t kMostAtOnce = std::size_t{1} << 20;  // expat counts in int
 
 // Stands between namespace and local name in what expat tells; a namespace that holds it is refused
@@ -49,8 +50,13 @@ class XmlReader::Parser {
     do {
       const auto now = part.substr(0, kMostAtOnce);
       part.remove_prefix(now.size());
+      untold_ += now.size();
       const auto ends = isLast && part.empty();
       const auto status = XML_Parse(parser_, now.data(), static_cast<int>(now.size()), ends);
+      if (status == XML_STATUS_OK && untold_ > kMostUntold) {
+        isOver_ = true;
+        refuse("a tag or a comment is longer than 2 MiB");
+      }
       if (status == XML_STATUS_OK) continue;
       isOver_ = true;
       if (failure_) std::rethrow_exception(failure_);
@@ -62,6 +68,7 @@ class XmlReader::Parser {
   template <typename Step>
   void guarded(const Step& step) {
     if (failure_) return;  // expat may tell a little more before it stops
+    untold_ = 0;
     try {
       step();
     } catch (...) {
@@ -120,6 +127,7 @@ class XmlReader::Parser {
   XmlHandler& handler_;
   XML_Parser parser_ = nullptr;
   std::vector<std::size_t> textBytes_;  // of each open element, its children's not counted
+  std::size_t untold_ = 0;  // bytes since expat last told anything, which it keeps
   std::exception_ptr failure_;
   bool isOver_ = false;
 };
