@@ -30,8 +30,9 @@ class ListedCards {
       : book_(book), url_(url), place_(bookKey(url)) {}
 
   bool isBookItself(const std::string& href) const {
-    if (!book_.pathOf(href).empty()) return false;
-    return bookKey(askableUrl(url_, href)) == place_;
+    auto path = comparablePath(url_, href);
+    while (path.size() > 1 && path.ends_with('/')) path.pop_back();
+    return path == place_;
   }
 
   void put(const ListedCard& card) {

@@ -75,7 +75,8 @@ TEST(DavListing, PassesOverWhatIsNoCardOfTheBook) {
       listed("/b/", "\"book\"") + listed("/b/sub/", "\"s\"") + listed("/b/sub/x.vcf", "\"x\"") +
       listed("/other/y.vcf", "\"y\"") + listed("https://evil.example/b/z.vcf", "\"z\"") +
       listed("/b/../b/d.vcf", "\"d\"") + listed("/b/a.vcf", "\"1\"") +
-      listed("http://127.0.0.1/b/e.vcf", "\"e\"") + token("t"))));
+      listed("http://127.0.0.1/b/e.vcf", "\"e\"") + listed("file:///b/f.vcf", "\"f\"") +
+      listed("javascript:g", "\"g\"") + listed("", "\"h\"") + listed("//", "\"i\"") + token("t"))));
   EXPECT_EQ(shown(scripted.book.list({})),
             "whole; /b/a.vcf \"1\"; http://127.0.0.1/b/e.vcf \"e\"; token t");
 }
