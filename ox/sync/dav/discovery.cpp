@@ -101,8 +101,8 @@ bool Discovery::mayAsk(const std::string& url) {
     return false;
   }
   if (at.scheme != "https" && !settings_.allowHttp) {
-    throw RemoteError(RemoteFailure::Insecure,
-                      url + " is not encrypted, and the login does not allow that.");
+    throw RemoteError(RemoteFailure::Unencrypted,
+                      at.shown() + " is not encrypted, and the login does not allow that");
   }
   client_.accept(url);
   return true;

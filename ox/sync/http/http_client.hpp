@@ -76,9 +76,9 @@ struct HttpLimits {
 //
 // Throws RemoteError where no answer can be had: Login where 401 stays or the secret cannot be had,
 // TryLater where 429 and 503 ask for longer than a minute or say nothing, Insecure for a
-// certificate that does not fit or for http that is not allowed, Unreachable, Protocol for an
-// answer that is cut short or too large, Stopped. Any other status is an answer. Certificates are
-// always verified. Silence is limited, not length. One thread at a time.
+// certificate that does not fit, Unencrypted for http that is not allowed, Unreachable, Protocol
+// for an answer that is cut short or too large, Stopped. Any other status is an answer.
+// Certificates are always verified. Silence is limited, not length. One thread at a time.
 class HttpClient {
  public:
   // Throws RemoteError (Usage) where the URL of the login looks like one and is none. A login whose

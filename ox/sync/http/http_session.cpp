@@ -30,10 +30,8 @@ void HttpSession::open() {
 
 void HttpSession::checkEncrypted(const Url& url) const {
   if (url.scheme == "https" || login.allowHttp) return;
-  throw RemoteError(RemoteFailure::Insecure,
-                    url.place() +
-                        " would be asked without encryption; use https, or allow http "
-                        "for this login");
+  throw RemoteError(RemoteFailure::Unencrypted,
+                    url.shown() + " is not encrypted, and the login does not allow that");
 }
 
 Url HttpSession::redirected(const Url& from, const std::string& location) const {

@@ -27,7 +27,7 @@ class HttpSession {
   void accept(const std::string& url) { accepted_.insert(parsedUrl(url).origin()); }
   bool isAccepted(const Url& url) const { return accepted_.contains(url.origin()); }
 
-  // Throws RemoteError (Insecure) for http that the login does not allow.
+  // Throws RemoteError (Unencrypted) for http that the login does not allow.
   void checkEncrypted(const Url& url) const;
   // Where a redirect leads. Throws RemoteError: Insecure from https to http and from elsewhere into
   // a private network, Protocol for what is no URL.

@@ -19,6 +19,7 @@ enum class RemoteFailure : std::uint8_t {
   TryLater,     // it asked to be left alone for a while
   Protocol,     // what it answered makes no sense, or is cut short, or too large
   Stopped,      // the host asked to stop
+  Unencrypted,  // http, which the login does not allow
 };
 
 // Says in one sentence what failed, where and why, without any secret.

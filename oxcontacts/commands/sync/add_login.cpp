@@ -332,10 +332,8 @@ void addLoginFor(const Context& context, const std::string& name, const LoginArg
         isNew ? sync::addLogin(name, settings, offer, chosen) : sync::addBooks(name, offer, chosen);
     tellAdded(context, name, chosen, added, left);
   } catch (const sync::RemoteError& error) {
-    const bool isPlain = error.kind() == sync::RemoteFailure::Insecure &&
-                         arguments.url.starts_with("http://") && !arguments.allowsHttp;
-    if (!isPlain) throw commandErrorOf(error);
-    throw CommandError(kFailed, std::string(error.what()) + " --allow-http does");
+    if (error.kind() != sync::RemoteFailure::Unencrypted) throw commandErrorOf(error);
+    throw CommandError(kFailed, std::string(error.what()) + "; --allow-http does");
   }
 }
 

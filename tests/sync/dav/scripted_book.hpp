@@ -45,9 +45,9 @@ class ScriptedBook {
 
 // The failure of a step, as a number of its kind; -1 when there was none.
 inline std::string failureOf(const std::function<void()>& step) {
-  static constexpr const char* kNames[] = {"Usage",    "Login",       "NoBook",
-                                           "Away",     "Unreachable", "Insecure",
-                                           "TryLater", "Protocol",    "Stopped"};
+  static constexpr const char* kNames[] = {"Usage",       "Login",      "NoBook",   "Away",
+                                           "Unreachable", "Insecure",   "TryLater", "Protocol",
+                                           "Stopped",     "Unencrypted"};
   try {
     step();
   } catch (const sync::RemoteError& error) {

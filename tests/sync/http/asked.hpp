@@ -79,6 +79,8 @@ inline std::string nameOf(RemoteFailure kind) {
       return "Protocol";
     case RemoteFailure::Stopped:
       return "Stopped";
+    case RemoteFailure::Unencrypted:
+      return "Unencrypted";
   }
   return "?";
 }

@@ -268,8 +268,8 @@ TEST(Http, IsAskedOnlyWhereTheLoginAllowsIt) {
   login.allowHttp = false;
   HttpClient client(login, {});
   EXPECT_EQ(failureOf([&] { client.send(get(server.url())); }),
-            "Insecure: " + place(server) +
-                " would be asked without encryption; use https, or allow http for this login");
+            "Unencrypted: " + server.url() +
+                " is not encrypted, and the login does not allow that");
   EXPECT_EQ(server.connections(), 0U);
 }
 
