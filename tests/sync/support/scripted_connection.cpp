@@ -139,18 +139,25 @@ bool ScriptedConnection::send(std::string_view bytes) {
   return true;
 }
 
+bool ScriptedConnection::sendPart(std::string_view part, const ScriptedAnswer& answer) {
+  if (answer.framing != Framing::Chunked) return send(part);
+  return send(inHex(part.size()) + "\r\n") && send(part) && send("\r\n");
+}
+
 bool ScriptedConnection::sendBody(std::string_view body, const ScriptedAnswer& answer) {
   const auto step = answer.pauseBetween.count() > 0 ? std::size_t{1} : answer.bytesAtOnce;
   const auto stop = std::min(
       {body.size(), answer.cutAt.value_or(body.size()), answer.stallsAt.value_or(body.size())});
   for (std::size_t at = 0; at < stop;) {
     const auto part = body.substr(at, std::min(step, stop - at));
-    const auto framed = answer.framing == Framing::Chunked
-                            ? inHex(part.size()) + "\r\n" + std::string(part) + "\r\n"
-                            : std::string(part);
-    if (!send(framed)) return false;
+    if (!sendPart(part, answer)) return false;
     at += part.size();
     if (answer.pauseBetween.count() > 0 && !wait_(answer.pauseBetween)) return false;
+  }
+  while (answer.rest) {
+    const auto part = answer.rest();
+    if (part.empty()) break;
+    if (!sendPart(part, answer)) return false;
   }
   if (answer.cutAt) return false;
   if (answer.stallsAt) {

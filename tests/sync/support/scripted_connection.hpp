@@ -32,6 +32,7 @@ class ScriptedConnection {
   std::optional<std::string> takeLine();
   bool readChunks(std::string& body);
   bool send(std::string_view bytes);
+  bool sendPart(std::string_view part, const ScriptedAnswer& answer);
   bool sendBody(std::string_view body, const ScriptedAnswer& answer);
 
   int socket_;

@@ -36,6 +36,9 @@ struct ScriptedAnswer {
   ScriptedHeaders headers = {};
   std::string body = {};
   Framing framing = Framing::Length;
+  // What follows the body, part by part, for as long as it is not empty: for a body that is made
+  // while it is sent, whose framing is not Length.
+  std::function<std::string()> rest = {};
 
   bool closesUnanswered = false;              // the request was read, the connection is closed
   bool closesAfterwards = false;              // without a word about it in the headers
