@@ -40,10 +40,17 @@ class Descriptor {
   int number_;
 };
 
-// A process of ours. One that is still there at the end is asked to go, and waited for.
+bool hasTerminal() {
+  const Descriptor terminal(::open("/dev/tty", O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  return terminal.number() >= 0;
+}
+
+// A process of ours. One that is still there at the end is asked to go, and waited for. Without a
+// terminal so is all that it has started; with one the terminal's own interruption reaches them,
+// and whoever asks the user there must not be in another group.
 class Child {
  public:
-  Child(const std::string& command, int output) {
+  Child(const std::string& command, int output) : isOwnGroup_(!hasTerminal()) {
     std::string shell = "sh";
     std::string option = "-c";
     std::string script = command;
@@ -52,7 +59,11 @@ class Child {
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    const int error = ::posix_spawn(&id_, "/bin/sh", &actions, nullptr, words.data(), environ);
+    posix_spawnattr_t attributes;
+    ::posix_spawnattr_init(&attributes);
+    if (isOwnGroup_) ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    const int error = ::posix_spawn(&id_, "/bin/sh", &actions, &attributes, words.data(), environ);
+    ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&actions);
     if (error != 0) failed(command, std::string("cannot be run: ") + std::strerror(error));
   }
@@ -60,11 +71,11 @@ class Child {
   Child& operator=(const Child&) = delete;
   ~Child() {
     if (hasEnded_) return;
-    ::kill(id_, SIGTERM);
-    for (int turn = 0; turn < 20 && !wait(WNOHANG); ++turn) ::poll(nullptr, 0, 50);
-    if (hasEnded_) return;
-    ::kill(id_, SIGKILL);
-    wait(0);
+    signal(SIGTERM);
+    for (int turn = 0; turn < 20 && isAnyThere(); ++turn) ::poll(nullptr, 0, 50);
+    if (!isAnyThere()) return;
+    signal(SIGKILL);
+    if (!hasEnded_) wait(0);
   }
 
   bool hasEnded() { return hasEnded_ || wait(WNOHANG); }
@@ -76,6 +87,11 @@ class Child {
   }
 
  private:
+  void signal(int number) const { ::kill(isOwnGroup_ ? -id_ : id_, number); }
+  bool isAnyThere() {
+    if (!hasEnded()) return true;
+    return isOwnGroup_ && ::kill(-id_, 0) == 0;
+  }
   bool wait(int options) {
     auto ended = ::waitpid(id_, &status_, options);
     while (ended < 0 && errno == EINTR) ended = ::waitpid(id_, &status_, options);
@@ -83,6 +99,7 @@ class Child {
     return hasEnded_;
   }
 
+  bool isOwnGroup_;
   pid_t id_ = -1;
   int status_ = -1;  // nobody knows: a host that lets no child be waited for
   bool hasEnded_ = false;
