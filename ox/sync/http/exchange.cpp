@@ -51,6 +51,10 @@ void Exchange::advance(Clock::time_point now) {
       judge();
     }
     if (!hasEnded_ && !isUnderWay_ && now >= due_) start();
+  } catch (const RemoteError& error) {
+    failure_ = std::make_exception_ptr(
+        RemoteError(error.kind(), session_.withoutSecret(error.what()), error.notBefore()));
+    hasEnded_ = true;
   } catch (...) {
     failure_ = std::current_exception();
     hasEnded_ = true;
@@ -140,6 +144,7 @@ void Exchange::judgeTrouble() {
 }
 
 void Exchange::judgeAnswer(HttpAnswer& answer) {
+  answer.body = session_.withoutSecret(std::move(answer.body));
   const auto* location = answer.header("location");
   if (answer.status == 401) return challenged(answer);
   if (answer.status == 429 || answer.status == 503) return pauseAsAsked(answer);

@@ -1,7 +1,9 @@
 #include "ox/sync/http/http_session.hpp"
 
+#include <cstddef>
 #include <utility>
 
+#include "ox/base/base64.hpp"
 #include "ox/sync/http/private_host.hpp"
 #include "ox/sync/remote/remote_error.hpp"
 
@@ -48,6 +50,23 @@ Url HttpSession::redirected(const Url& from, const std::string& location) const 
   return target;
 }
 
+std::string HttpSession::withoutSecret(std::string text) const {
+  constexpr std::size_t kShortest = 6;
+  if (!secret_) return text;
+  const Secret basic(base64(login.user + ":" + secret_->text()));
+  for (const auto* secret : {&secret_->text(), &basic.text()}) {
+    if (secret->size() < kShortest) continue;
+    std::string shown;
+    std::size_t from = 0;
+    for (auto at = text.find(*secret); at != std::string::npos; at = text.find(*secret, from)) {
+      shown.append(text, from, at - from).append("...");
+      from = at + secret->size();
+    }
+    if (from > 0) text = shown.append(text, from);
+  }
+  return text;
+}
+
 void HttpSession::checkStopped() const {
   if (hooks.isStopped && hooks.isStopped()) {
     throw RemoteError(RemoteFailure::Stopped, "stopped before it was done");
@@ -55,7 +74,7 @@ void HttpSession::checkStopped() const {
 }
 
 void HttpSession::trace(const std::string& line) const {
-  if (hooks.trace) hooks.trace(line);
+  if (hooks.trace) hooks.trace(withoutSecret(line));
 }
 
 }  // namespace ox::sync

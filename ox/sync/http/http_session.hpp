@@ -33,6 +33,10 @@ class HttpSession {
   // a private network, Protocol for what is no URL.
   Url redirected(const Url& from, const std::string& location) const;
 
+  // What another side has said, for people and for the store: where it says back what it was sent,
+  // dots stand instead of the secret. One that is shorter than six characters may be any word.
+  std::string withoutSecret(std::string text) const;
+
   void checkStopped() const;
   void trace(const std::string& line) const;
 
