@@ -41,8 +41,8 @@ FetchedCard cardOf(const HttpAnswer& answer, const std::string& listedEtag) {
   }
   const auto* etag = answer.header("etag");
   const auto* type = answer.header("content-type");
+  // Without ETag: what was so for a while only is asked for again.
   if (answer.status != 200) {
-    card.etag = listedEtag;
     card.reason = sentenceOf(answer) + ".";
     return card;
   }

@@ -213,9 +213,14 @@ Listing DavBook::list(const std::string& token) {
     if (!token.empty()) {
       if (auto changes = listChanges(token)) return std::move(*changes);
     }
-    if (auto all = listAllByReport()) return std::move(*all);
+    if (auto all = listAllByReport()) {
+      all->hasLostToken = !token.empty();
+      return std::move(*all);
+    }
   }
-  return listAllByPropfind();
+  auto all = listAllByPropfind();
+  all.hasLostToken = !token.empty();
+  return all;
 }
 
 // Nothing when the token is dead, in the middle of the rounds too, or the answer names no next one.
