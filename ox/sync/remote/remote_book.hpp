@@ -24,6 +24,8 @@ struct Listing {
   // Cards names every card of the book. Otherwise it names what is new or changed since the token,
   // and `gone` what is not there any more.
   bool isWhole = false;
+  // Whole because the token, which told what had changed once, is not known any more.
+  bool hasLostToken = false;
   std::vector<ListedCard> cards;
   std::vector<std::string> gone;
   std::string token;  // for the next listing; empty: there is none

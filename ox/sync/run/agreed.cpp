@@ -132,6 +132,12 @@ std::string agreedText(const SyncCard::Texts& texts, const Data& picture) {
                  : unpackedWithOther(texts.text, otherPicture());
 }
 
+bool isAgreedContent(const SyncCard::Texts& texts, const CardContent& theirs) {
+  const auto read = readCard(agreedText(texts, theirs.photo));
+  const auto* before = std::get_if<ReadCard>(&read);
+  return before != nullptr && sameContent(before->content, theirs);
+}
+
 bool isAgreedText(const SyncCard::Texts& texts, std::string_view text) {
   const auto read = readCard(text);
   const auto* card = std::get_if<ReadCard>(&read);

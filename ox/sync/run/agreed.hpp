@@ -42,6 +42,9 @@ std::vector<std::string> unlinkedMembers(const SyncCard::Texts& texts);
 // another picture in its place. Throws DamagedBytes.
 std::string agreedText(const SyncCard::Texts& texts, const Data& picture);
 
+// Whether a card says what it said then. Throws DamagedBytes.
+bool isAgreedContent(const SyncCard::Texts& texts, const CardContent& theirs);
+
 // Whether the text there is the one that was last read, to the byte. Throws DamagedBytes.
 bool isAgreedText(const SyncCard::Texts& texts, std::string_view text);
 

@@ -139,11 +139,14 @@ bool BookLook::isSuddenlyEmpty() {
   return listing_.isWhole && listing_.cards.empty() && !gone_.empty();
 }
 
-void BookLook::lookThere(const std::string& token, Unreadable unreadable, ChangesHere changes) {
-  unreadable_ = unreadable;
+void BookLook::lookThere(const std::string& token, Ask ask, ChangesHere changes) {
+  ask_ = ask;
   listing_ = remote_.list(token);
-  if (!listing_.isWhole) lookAtNews();
-  if (isNoNews()) {
+  const bool tellsNews = !listing_.isWhole;
+  std::unordered_set<std::string> toldGone;
+  if (tellsNews) lookAtNews();
+  if (tellsNews && (ask == Ask::Everything || isNoNews())) {
+    for (const auto& [path, card] : gone_) toldGone.insert(path);
     listing_ = remote_.list({});
     toFetch_.clear();
     fetchOrder_.clear();
@@ -151,6 +154,12 @@ void BookLook::lookThere(const std::string& token, Unreadable unreadable, Change
     goneByUid_.clear();
   }
   if (listing_.isWhole) lookAtWholeListing();
+  if (listing_.isWhole && (tellsNews || listing_.hasLostToken)) {
+    for (const auto& [path, card] : gone_) {
+      if (!toldGone.contains(path)) doubtful_.insert(path);
+    }
+  }
+  askForUnread();
   for (const auto& [path, card] : changedHere_) {
     // What this side was about to create may have arrived, whatever became of the answer.
     const bool isIntent = card.card.intent == SyncCard::Intent::Create;
@@ -163,12 +172,23 @@ void BookLook::lookThere(const std::string& token, Unreadable unreadable, Change
   }
 }
 
+// What failed for a while only is asked for whether it is listed or not.
+void BookLook::askForUnread() {
+  if (listing_.isWhole) return;
+  for (auto& now : syncSource().refusedSyncCards(local_.container())) {
+    const auto& card = now.card;
+    const bool isUnread = card.refusedFingerprint == kUnreadable && card.etag.empty();
+    if (!isUnread || toFetch_.contains(card.path) || gone_.contains(card.path)) continue;
+    fetchOrder_.push_back(card.path);
+    toFetch_.emplace(card.path, ToFetch{{card.href, {}, 0}, now, false});
+  }
+}
+
 void BookLook::noteListed(const ListedCard& listed, const SyncCardNow* known) {
   const auto path = remote_.pathOf(listed.href);
   const bool isKnown = known != nullptr && known->card.id != 0;
   const bool isIntent = isKnown && known->card.intent == SyncCard::Intent::Create;
-  const bool isAskedAgain = unreadable_ == Unreadable::AskedAgain && isKnown &&
-                            !known->card.refused.empty() &&
+  const bool isAskedAgain = ask_ == Ask::Everything && isKnown && !known->card.refused.empty() &&
                             known->card.refusedFingerprint == kUnreadable;
   const bool isSame = isKnown && !isIntent && !isAskedAgain && !listed.etag.empty() &&
                       known->card.etag == listed.etag;
@@ -235,10 +255,10 @@ void BookLook::lookAtNews() {
 
 // A server that does not know a token any more may answer it with everything that it holds, and
 // names nothing then that is gone.
-bool BookLook::isNoNews() const {
+bool BookLook::isNoNews() {
   if (listing_.isWhole || !listing_.gone.empty()) return false;
   const auto known = listing_.cards.size() - std::min(listing_.cards.size(), toFetch_.size());
-  return known > kStaleEntries && known > toFetch_.size();
+  return known > toFetch_.size() && isMuchOf(known, knownCards());
 }
 
 CardSides BookLook::sidesOf(const SyncCardNow& card) {
@@ -278,10 +298,16 @@ void BookLook::giveFetched(const std::function<void(CardSides)>& sink,
   fetch(known, [&](const std::string& path, FetchedCard card) {
     progress(++done, fetchOrder_.size());
     auto fetched = sidesOfFetched(std::move(card));
-    const auto& was = toFetch_.at(path).known;
+    const auto& [listed, was, isIntent] = toFetch_.at(path);
+    if (isIntent && fetched.there == CardSides::There::Gone) {
+      // It may have arrived at a place of the other side's choice.
+      toFetch_.erase(path);
+      return;
+    }
     const auto uid = comparableUid(was.card.uid);
     const auto uidNow = fetched.read ? comparableUid(fetched.read->uid) : std::string();
-    if (uid.empty() || uidNow.empty() || uid == uidNow) {
+    const bool isThatCard = uid.empty() || uidNow.empty() || uid == uidNow;
+    if (isThatCard || (isIntent && isAgreedContent(textsOf(was.card), fetched.read->content))) {
       return takeKnown(path, std::move(fetched), sink);
     }
     addGone(was);

@@ -15,9 +15,11 @@
 
 namespace ox::sync {
 
-// A listing since a token names again what this side has sent since; so many are no reason to list
-// anything once more.
-inline constexpr std::size_t kStaleEntries = 20;
+// A listing since a token names again what this side has sent since. Whether that is so much of a
+// book, of so many cards, that a newer token is wanted; less is no reason to ask for anything.
+inline bool isMuchOf(std::size_t named, std::size_t cards) {
+  return named > 20 || (named > 3 && named * 2 > cards);
+}
 
 // A look at both sides of a book: which cards differ from what was agreed. Only reads. Borrows what
 // it is given for its whole life. Throws StoreError, and RemoteError.
@@ -31,12 +33,12 @@ class BookLook {
   // Of those that a card stands for: edits and deletions, in the order of their cards. Tags are no
   // edit.
   std::vector<CardSides> changesHere();
-  // What changed there since that token; everything, when it is empty. Cards that nobody could read
-  // are left alone until they change, or asked for again as they are; those of what was changed
-  // here are known, or fetched as they are.
-  enum class Unreadable : std::uint8_t { Left, AskedAgain };
+  // What changed there since that token, or everything that is there. Cards that nobody could read
+  // are left alone until they change, but with everything they are asked for again; those of what
+  // was changed here are known, or fetched as they are.
+  enum class Ask : std::uint8_t { News, Everything };
   enum class ChangesHere : std::uint8_t { Known, Fetched };
-  void lookThere(const std::string& token, Unreadable unreadable, ChangesHere changes);
+  void lookThere(const std::string& token, Ask ask, ChangesHere changes);
 
   const Listing& listing() const { return listing_; }
   // Cards that the book had when both last agreed.
@@ -45,6 +47,9 @@ class BookLook {
   bool isFirstMeeting();
   // The listing holds nothing, though there were cards.
   bool isSuddenlyEmpty();
+  // That card is not listed any more, and nobody has said that it was deleted since the last
+  // listing: the book may have been put back to an old copy.
+  bool isDoubtful(const std::string& path) const { return doubtful_.contains(path); }
 
   // Gives the sides of every card that differs on either side, in three parts: those that have to
   // be fetched, as they come; then the others, and groups that are known after all persons; and at
@@ -69,12 +74,13 @@ class BookLook {
   };
 
   void takeOver();
+  void askForUnread();
   void noteListed(const ListedCard& listed, const SyncCardNow* known);
   void noteGone(const SyncCardNow& known);
   void addGone(const SyncCardNow& known);
   void lookAtWholeListing();
   void lookAtNews();
-  bool isNoNews() const;
+  bool isNoNews();
   bool isChangedBeside(const SyncCardNow& card);
   bool isEdit(const SyncCardNow& card);
   bool isNoCard(RecordKind kind);
@@ -96,7 +102,7 @@ class BookLook {
   LocalBook& local_;
   RemoteBook& remote_;
   Listing listing_;
-  Unreadable unreadable_ = Unreadable::Left;
+  Ask ask_ = Ask::News;
   std::unordered_map<std::string, SyncCardNow> changedHere_;  // by path
   std::vector<RecordWithoutCard> withoutCard_;
   std::unordered_map<RecordKey, const RecordWithoutCard*> withoutCardByKey_;
@@ -108,6 +114,7 @@ class BookLook {
   std::unordered_map<std::string, std::string> goneByUid_;  // comparable UID to path
   // By path: cards in whose place another one stands now.
   std::unordered_set<std::string> vacated_;
+  std::unordered_set<std::string> doubtful_;  // by path
   std::vector<CardSides> groups_;
 };
 

@@ -84,8 +84,7 @@ bool BookRun::run(const Start& start) {
   rules_.writesGroupsAs4 = book_.groupSpelling == kOnly40;
 
   const bool isAnew = start.listsAll || isDue(start_);
-  look.lookThere(isAnew ? std::string() : book_.token,
-                 isAnew ? BookLook::Unreadable::AskedAgain : BookLook::Unreadable::Left,
+  look.lookThere(book_.token, isAnew ? BookLook::Ask::Everything : BookLook::Ask::News,
                  rules_.setsBack ? BookLook::ChangesHere::Fetched : BookLook::ChangesHere::Known);
   if (const auto* groups = local_.categoryGroups()) tellLonelyGroups(*groups);
   rules_.hasListedAll = look.listing().isWhole;
@@ -117,6 +116,10 @@ void BookRun::learnFacts() {
   hasLearned_ = book_ != known;
 }
 
+std::size_t BookRun::cardsNow() const {
+  return syncSource().countAgreedSyncCards(book_.container);
+}
+
 // A listing from before names again what was sent since. Where that matters the book is listed once
 // more, and from now on from there, if nothing but what was sent is new.
 std::string BookRun::tokenAfterSending(const Listing& listing, bool isOneOfSeveral) {
@@ -127,7 +130,7 @@ std::string BookRun::tokenAfterSending(const Listing& listing, bool isOneOfSever
     etags.emplace(remote_.pathOf(isDeleted ? step.card.href : step.pushed->href),
                   isDeleted || !step.readBack ? std::string() : step.readBack->etag);
   }
-  const bool isWorthIt = isOneOfSeveral ? !etags.empty() : etags.size() > kStaleEntries;
+  const bool isWorthIt = isOneOfSeveral ? !etags.empty() : isMuchOf(etags.size(), cardsNow());
   if (!isWorthIt || listing.token.empty()) return listing.token;
   try {
     const auto since = remote_.list(listing.token);
@@ -324,6 +327,14 @@ std::optional<std::string> BookRun::guarded(BookLook& look) const {
   };
   if (here > 0 && look.isSuddenlyEmpty()) return "the book is empty there; " + told(here, "here");
   if (isTooMuch({here, known})) return told(here, "here");
+  const bool isInDoubt = std::ranges::any_of(steps_, [&](const CardStep& step) {
+    return step.here == CardStep::Here::Delete && look.isDoubtful(step.card.path);
+  });
+  if (isInDoubt) {
+    return told(here, "here") +
+           " that are not there any more, though nothing there says that they " +
+           "were deleted: it may have been put back to an old copy";
+  }
   if (isTooMuch({there, known})) return told(there, "there");
   return std::nullopt;
 }
@@ -355,7 +366,7 @@ bool BookRun::commit(const Listing& listing, const std::string& token, const Sta
   }
   const auto now = millisecondsNow();
   if (isComplete) {
-    const bool isBehind = start.isOneOfSeveral || listing.cards.size() > kStaleEntries;
+    const bool isBehind = start.isOneOfSeveral || isMuchOf(listing.cards.size(), cardsNow());
     isWorthWriting = isWorthWriting || (token != book_.token && (book_.token.empty() || isBehind));
     book_.token = token;
     if (listing.isWhole) {

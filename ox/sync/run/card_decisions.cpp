@@ -270,14 +270,9 @@ std::optional<CardStep> CardDecisions::readThere(CardSides& sides) {
 // Whether a card that was deleted here is what it was when both last agreed, whatever its ETag.
 bool CardDecisions::saysTheSameAsBefore(const SyncCard& card, const CardContent& theirs) const {
   if (card.id == 0 || card.fingerprint == 0) return false;
-  const auto saysTheSame = [&](const SyncCard::Texts& texts) {
-    auto read = readCard(agreedText(texts, theirs.photo));
-    const auto* before = std::get_if<ReadCard>(&read);
-    return before != nullptr && sameContent(before->content, theirs);
-  };
   const auto texts = textsOf(card);
   const auto sent = sentTexts(texts);
-  return saysTheSame(texts) || (sent && saysTheSame(*sent));
+  return isAgreedContent(texts, theirs) || (sent && isAgreedContent(*sent, theirs));
 }
 
 // There it is still what it was, or what this side has sent.

@@ -76,6 +76,8 @@ void BookElsewhere::fetch(std::span<const sync::ListedCard> cards,
     const auto found = cards_.find(card.href);
     if (found == cards_.end()) {
       answer.state = sync::FetchedCard::State::Gone;
+    } else if (failing.contains(card.href)) {
+      answer.reason = "not now";
     } else {
       answer.state = sync::FetchedCard::State::Read;
       answer.etag = found->second.etag;

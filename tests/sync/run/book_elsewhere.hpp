@@ -37,7 +37,8 @@ class BookElsewhere : public sync::RemoteBook {
   std::optional<std::size_t> breaksBefore;
   std::optional<std::size_t> breaksAfter;
   bool listsNothing = false;
-  bool forgetsTokens = false;  // answers any with everything, as if that were new
+  std::set<std::string> failing;  // hrefs that cannot be fetched now
+  bool forgetsTokens = false;     // answers any with everything, as if that were new
 
   std::size_t requests = 0;
   std::vector<std::string> log;  // "LIST", "FETCH 3", "PUT a.vcf", "CREATE a.vcf", "DELETE a.vcf"
@@ -45,6 +46,8 @@ class BookElsewhere : public sync::RemoteBook {
   // As another client does.
   void put(const std::string& href, const std::string& text);
   void erase(const std::string& href);
+  // Without a trace: no listing says that it is gone.
+  void loses(const std::string& href) { cards_.erase(href); }
   const std::map<std::string, Card>& cards() const { return cards_; }
   const std::string& text(const std::string& href) const { return cards_.at(href).text; }
   // That of the only card; throws when there is not exactly one.

@@ -109,12 +109,36 @@ class LostAnswer : public testing::Test {
     elsewhere.breaksAfter.reset();
   }
 
+  std::string bobThere() const {
+    const auto& first = elsewhere.cards().begin()->first;
+    return first == "a.vcf" ? elsewhere.cards().rbegin()->first : first;
+  }
+
   BookElsewhere elsewhere;
   SyncedBook book{elsewhere};
   RecordKey bob;
 };
 
 TEST_F(LostAnswer, ToANewCardIsFoundAgain) {
+  book.runClean();
+  EXPECT_EQ(elsewhere.cards().size(), 2U);
+  EXPECT_EQ(book.persons().size(), 2U);
+}
+
+TEST_F(LostAnswer, ToANewCardIsFoundAgainWhereTheOtherSideChoseItsPlace) {
+  const auto text = elsewhere.text(bobThere());
+  elsewhere.loses(bobThere());
+  elsewhere.put("chosen.vcf", text);
+  book.runClean();
+  EXPECT_EQ(elsewhere.cards().size(), 2U);
+  EXPECT_EQ(book.persons().size(), 2U);
+}
+
+TEST_F(LostAnswer, ToANewCardIsFoundAgainWhereTheOtherSideChoseItsUid) {
+  auto text = elsewhere.text(bobThere());
+  const auto uid = text.find("UID:") + 4;
+  text.replace(uid, text.find("\r\n", uid) - uid, "chosen");
+  elsewhere.put(bobThere(), text);
   book.runClean();
   EXPECT_EQ(elsewhere.cards().size(), 2U);
   EXPECT_EQ(book.persons().size(), 2U);

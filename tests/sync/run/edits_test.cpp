@@ -69,6 +69,17 @@ TEST_F(BookInStep, DeletesNothingThatWasEditedWhoseTagIsTheSame) {
   EXPECT_EQ(book.text(ann(), property_id::kJobTitle), "theirs");
 }
 
+TEST_F(BookInStep, AsksAgainForACardThatCouldNotBeFetched) {
+  elsewhere.put("bob.vcf", cardText("bob", "Bob", "Ray"));
+  elsewhere.failing.insert("bob.vcf");
+  const auto report = book.run();
+  ASSERT_EQ(report.refused.size(), 1U);
+  EXPECT_EQ(report.refused.front().reason, "not now");
+  elsewhere.failing.clear();
+  EXPECT_EQ(book.runClean().down, (SyncCounts{1, 0, 0}));
+  EXPECT_EQ(book.lines(), (Lines{"Ann Lee: 1 2", "Bob Ray:"}));
+}
+
 TEST_F(BookInStep, SendsAnEditInTheTextThatIsThere) {
   book.set(ann(), property_id::kNote, "hello");
   const auto report = book.runClean();
