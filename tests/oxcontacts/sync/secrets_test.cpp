@@ -197,7 +197,8 @@ TEST_P(SecretOfALogin, GoesToNoOtherHost) {
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.errors, "oxcontacts: Team: " + place +
                                " wants a login (401); the password was not sent there, since it "
-                               "belongs to another place\n");
+                               "belongs to another place: a login at " +
+                               elsewhere + " would be one of its own\n");
   EXPECT_EQ(other.scripted.requests().size(), 1U);
   EXPECT_FALSE(wasSentTo(other));
 }
@@ -228,7 +229,7 @@ TEST(SecretInTheUrl, IsRefusedAndNotRepeated) {
   EXPECT_EQ(result.exitCode, 2);
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.errors,
-            "oxcontacts: The URL must not name a user or a password; they are given beside it.\n");
+            "oxcontacts: User and password do not belong into a URL, which is kept and shown.\n");
   EXPECT_EQ(server.scripted.connections(), 0U);
   EXPECT_EQ(filesThatTell(), Words());
 }

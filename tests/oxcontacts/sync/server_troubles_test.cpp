@@ -8,6 +8,7 @@
 #include "tests/support/store_environment.hpp"
 #include "tests/sync/support/card_server.hpp"
 #include "tests/sync/support/dav_answers.hpp"
+#include "tests/sync/support/tls_server.hpp"
 
 namespace ox::program_tests {
 namespace {
@@ -68,6 +69,31 @@ TEST(NoAddressBook, AnswersOverHttpWhichIsToBeAllowed) {
                                " is not encrypted, and the login does not allow that; "
                                "--allow-http does\n");
   EXPECT_EQ(server.scripted.connections(), 0U);
+}
+
+TEST(NoAddressBook, IsBelievedWhoseCertificateDoesNotFit) {
+  support::makeCertificate("authority", "Our authority");
+  support::makeCertificate("server", "server", "authority", "IP:127.0.0.1");
+  support::makeCertificate("other", "server", "authority", "DNS:dav.example.org");
+  const auto secret = support::temporaryFile("secret", "secret\n");
+  std::filesystem::permissions(secret, std::filesystem::perms::owner_read);
+  const auto ours = support::temporaryPath("authority.crt").string();
+  for (const auto* name : {"server", "other"}) {
+    const support::TlsServer server(name);
+    std::vector<std::string> words = {"accounts",   "add",    "Team", "--url",
+                                      server.url(), "--user", "ann",  "--password-file",
+                                      secret};
+    // One that no authority of the system knows, and one of an authority of ours for another name.
+    if (name == std::string("other")) words.insert(words.end(), {"--ca", ours});
+    const auto result = run(words);
+    EXPECT_EQ(result.exitCode, 1);
+    const auto start =
+        "oxcontacts: the certificate of " + server.place() + " cannot be trusted: SSL";
+    EXPECT_EQ(result.errors.substr(0, start.size()), start);
+    EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1);
+    EXPECT_EQ(runJson({"accounts"}).size(), 1U);
+    EXPECT_FALSE(std::filesystem::exists(support::temporaryPath(std::string(name) + ".log")));
+  }
 }
 
 // The account Team was in step with its book; a person has been changed on each side since.

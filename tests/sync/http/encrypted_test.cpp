@@ -1,119 +1,20 @@
 // Certificates, with a server of TLS and authorities that are made for the run.
-#include <csignal>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <memory>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
-#include "tests/support/second_process.hpp"
 #include "tests/sync/http/asked.hpp"
+#include "tests/sync/support/tls_server.hpp"
 
 namespace ox::sync {
 namespace {
 
-using support::fileBytes;
-using support::RunningProcess;
-using support::runProcess;
+using support::makeCertificate;
 using support::temporaryPath;
-
-constexpr const char* kServer = R"(
-import http.server, ssl, sys
-class Handler(http.server.BaseHTTPRequestHandler):
-    protocol_version = "HTTP/1.1"
-    def answer(self):
-        asked = self.connection.getpeercert() or {}
-        names = [value for row in asked.get("subject", ()) for key, value in row]
-        with open(sys.argv[1] + ".log", "a") as log:
-            log.write("%s %s %s\n" % (self.command, self.path, self.headers.get("Authorization", "-")))
-        body = ("hello " + ",".join(names)).encode()
-        if self.path.startswith("/to/"):
-            self.send_response(302)
-            self.send_header("Location", self.path[4:])
-        else:
-            self.send_response(200)
-        self.send_header("Content-Length", str(len(body)))
-        self.end_headers()
-        self.wfile.write(body)
-    do_GET = answer
-    def log_message(self, *arguments):
-        pass
-context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-context.load_cert_chain(sys.argv[1] + ".pem")
-if len(sys.argv) > 2:
-    context.verify_mode = ssl.CERT_OPTIONAL
-    context.load_verify_locations(sys.argv[2])
-server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-server.socket = context.wrap_socket(server.socket, server_side=True)
-with open(sys.argv[1] + ".port", "w") as port:
-    port.write(str(server.server_address[1]))
-print("open", flush=True)
-server.serve_forever()
-)";
-
-void openssl(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), "/usr/bin/openssl");
-  const auto result = runProcess(arguments);
-  if (result.exitCode != 0) throw std::runtime_error(result.errors);
-}
+using support::TlsServer;
 
 std::string path(const std::string& name) {
   return temporaryPath(name).string();
 }
-
-// NAME.pem: a key and its certificate, of an authority or signed by one of that name.
-void makeCertificate(const std::string& name, const std::string& subject,
-                     const std::string& authority = {}, const std::string& names = {}) {
-  std::vector<std::string> words = {"req",
-                                    "-x509",
-                                    "-newkey",
-                                    "ec",
-                                    "-pkeyopt",
-                                    "ec_paramgen_curve:prime256v1",
-                                    "-nodes",
-                                    "-days",
-                                    "30",
-                                    "-subj",
-                                    "/CN=" + subject,
-                                    "-keyout",
-                                    path(name + ".key"),
-                                    "-out",
-                                    path(name + ".crt")};
-  if (!names.empty()) words.insert(words.end(), {"-addext", "subjectAltName=" + names});
-  if (!authority.empty()) {
-    words.insert(words.end(), {"-CA", path(authority + ".crt"), "-CAkey", path(authority + ".key"),
-                               "-addext", "basicConstraints=critical,CA:FALSE"});
-  }
-  openssl(words);
-  std::ofstream(path(name + ".pem"))
-      << fileBytes(path(name + ".key")) << fileBytes(path(name + ".crt"));
-}
-
-// A server with that certificate; clients may show one that the authority has signed.
-class TlsServer {
- public:
-  explicit TlsServer(const std::string& name, const std::string& authority = {}) : name_(name) {
-    std::filesystem::remove(path(name + ".log"));
-    std::vector<std::string> command = {"/usr/bin/python3", "-c", kServer, path(name)};
-    if (!authority.empty()) command.push_back(path(authority + ".crt"));
-    process_ = std::make_unique<RunningProcess>(command);
-    if (!process_->waitForOutput("open\n")) throw std::runtime_error("no server of TLS");
-  }
-  TlsServer(const TlsServer&) = delete;
-  TlsServer& operator=(const TlsServer&) = delete;
-  ~TlsServer() { process_->signal(SIGKILL); }
-
-  std::string place() const { return "127.0.0.1:" + fileBytes(path(name_ + ".port")); }
-  std::string url(const std::string& target = "/") const { return "https://" + place() + target; }
-  // A line for each request: method, target, Authorization.
-  std::string log() const { return fileBytes(path(name_ + ".log")); }
-
- private:
-  std::string name_;
-  std::unique_ptr<RunningProcess> process_;
-};
 
 class Encrypted : public testing::Test {
  protected:
