@@ -213,8 +213,12 @@ TEST(DavPush, LooksFirstWhereTheEtagIsWeak) {
       pushed(scripted.book, {update("/b/a.vcf", "W/\"1\""), removal("/b/b.vcf", "W/\"1\"")});
   EXPECT_STREQ(nameOf(results[0].outcome), "Changed");
   EXPECT_STREQ(nameOf(results[1].outcome), "Changed");
-  EXPECT_EQ(scripted.asked(),
-            "GET /b/a.vcf, PUT /b/a.vcf, GET /b/a.vcf, PUT /b/a.vcf, GET /b/a.vcf, GET /b/b.vcf");
+  // The last two are looked at together.
+  const auto asked = scripted.asked();
+  const std::string before = "GET /b/a.vcf, PUT /b/a.vcf, GET /b/a.vcf, PUT /b/a.vcf, ";
+  EXPECT_TRUE(asked == before + "GET /b/a.vcf, GET /b/b.vcf" ||
+              asked == before + "GET /b/b.vcf, GET /b/a.vcf")
+      << asked;
 }
 
 TEST(DavPush, ComparesTheTextWhereAWeakEtagStaysTheSame) {
