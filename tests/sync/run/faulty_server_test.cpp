@@ -280,6 +280,7 @@ TEST_P(FaultyServer, CostsNothingButTheRun) {
   ASSERT_EQ(expected.there.size(), 8U);
   ASSERT_EQ(expected.conflicts, 1U);
   ASSERT_GE(requests, 7U);
+  RecordProperty("requests", static_cast<int>(requests));
   for (std::size_t struck = 0; struck < requests; ++struck) {
     for (const bool lasts : {false, true}) {
       SCOPED_TRACE("at request " + std::to_string(struck) + (lasts ? " and all after it" : ""));
