@@ -267,9 +267,9 @@ TEST(Http, IsAskedOnlyWhereTheLoginAllowsIt) {
   auto login = annsLogin(server);
   login.allowHttp = false;
   HttpClient client(login, {});
-  EXPECT_EQ(failureOf([&] { client.send(get(server.url())); }),
-            "Unencrypted: " + server.url() +
-                " is not encrypted, and the login does not allow that");
+  EXPECT_EQ(
+      failureOf([&] { client.send(get(server.url())); }),
+      "Unencrypted: " + server.url() + " is not encrypted, and the login does not allow that");
   EXPECT_EQ(server.connections(), 0U);
 }
 
