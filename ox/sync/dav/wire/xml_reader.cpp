@@ -127,7 +127,7 @@ class XmlReader::Parser {
   XmlHandler& handler_;
   XML_Parser parser_ = nullptr;
   std::vector<std::size_t> textBytes_;  // of each open element, its children's not counted
-  std::size_t untold_ = 0;  // bytes since expat last told anything, which it keeps
+  std::size_t untold_ = 0;              // bytes since expat last told anything, which it keeps
   std::exception_ptr failure_;
   bool isOver_ = false;
 };
