@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "ox/base/image.hpp"
 #include "ox/images/image_codec.hpp"
@@ -13,12 +14,12 @@ constexpr std::size_t kPhotos = 100;
 
 // A gradient in random colours with noise over it; more noise makes more bytes.
 Image drawing(Random& random, std::uint32_t side, unsigned noise) {
-  Image image{side, side, std::vector<std::uint8_t>(std::size_t{side} * side * 4)};
+  Pixels pixels(std::size_t{side} * side * 4);
   const auto red = random.below(128);
   const auto green = random.below(128);
   for (std::uint32_t y = 0; y < side; ++y) {
     for (std::uint32_t x = 0; x < side; ++x) {
-      auto* pixel = &image.pixels[(std::size_t{y} * side + x) * 4];
+      auto* pixel = &pixels[(std::size_t{y} * side + x) * 4];
       const auto grain = random.below(noise + 1);
       const auto channel = [&](std::uint64_t value) {
         return static_cast<std::uint8_t>(std::min<std::uint64_t>(value + grain, 255));
@@ -29,7 +30,7 @@ Image drawing(Random& random, std::uint32_t side, unsigned noise) {
       pixel[3] = 255;
     }
   }
-  return image;
+  return {side, side, std::move(pixels)};
 }
 
 std::string base64Of(std::string_view bytes) {

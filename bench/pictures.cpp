@@ -48,7 +48,7 @@ const std::vector<Picture>& pictures() {
       each.image = images::decodeImage(each.jpeg);
       each.packed = packedPixels(*each.image);
       each.tiff = images::encodeTiff(*each.image);
-      each.differences = inflated(each.packed, each.image->pixels.size());
+      each.differences = inflated(each.packed, each.image->pixels().size());
       each.deflated = deflated(each.differences);
       if (*images::decodeImage(*each.tiff) != *each.image ||
           *imageOfPackedPixels(each.packed, each.image->width, each.image->height) != *each.image) {
@@ -77,7 +77,7 @@ void addFigures() {
   const auto deflate =
       way("zlib", [](const Picture& each) { return deflated(each.differences).size(); });
   const auto inflate = way("zlib", [](const Picture& each) {
-    return inflated(each.deflated, each.image->pixels.size()).size();
+    return inflated(each.deflated, each.image->pixels().size()).size();
   });
   const std::vector<std::size_t> sizes = {1'000};
   addFigure(
@@ -93,22 +93,26 @@ void addFigures() {
   addFigure("unpack a picture",
             {way("imageOfPackedPixels",
                  [](const Picture& each) {
-                   const auto& [width, height, pixels, file] = *each.image;
-                   return imageOfPackedPixels(each.packed, width, height)->pixels.size();
+                   return imageOfPackedPixels(each.packed, each.image->width, each.image->height)
+                       ->pixels()
+                       .size();
                  }),
              way("arePackedPixels",
                  [](const Picture& each) {
-                   const auto& [width, height, pixels, file] = *each.image;
-                   return arePackedPixels(each.packed, width, height) ? pixels.size() : 0;
+                   const auto& image = *each.image;
+                   const bool are = arePackedPixels(each.packed, image.width, image.height);
+                   return are ? image.pixels().size() : 0;
                  }),
              inflate},
             sizes);
   addFigure(
       "read a stored picture",
       {way("decodeImage, JPEG",
-           [](const Picture& each) { return images::decodeImage(each.jpeg)->pixels.size(); }),
+           [](const Picture& each) { return images::decodeImage(each.jpeg)->pixels().size(); }),
+       way("wholeImageSize, JPEG",
+           [](const Picture& each) { return images::wholeImageSize(each.jpeg)->width; }),
        way("decodeImage, TIFF",
-           [](const Picture& each) { return images::decodeImage(*each.tiff)->pixels.size(); }),
+           [](const Picture& each) { return images::decodeImage(*each.tiff)->pixels().size(); }),
        inflate},
       sizes);
 }

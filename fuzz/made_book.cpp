@@ -85,16 +85,17 @@ ImagePtr imageOfFile(Input& input) {
   constexpr std::uint32_t kSide = 32;
   const Image image{kSide, kSide,
                     std::vector<std::uint8_t>(std::size_t{4} * kSide * kSide, input.byte())};
-  return images::decodePictureFile(images::encodeTiff(image));
+  return images::pictureOfFile(images::encodeTiff(image));
 }
 
 ImagePtr image(Input& input) {
   if (input.byte() % 8 == 1) return imageOfFile(input);
-  Image image{input.byte() % 8U, input.byte() % 8U, {}};
-  image.pixels.assign(std::size_t{4} * image.width * image.height, input.byte());
-  if (input.byte() % 16 == 1) image.pixels.emplace_back();
-  if (input.byte() % 16 == 1) image.width = std::numeric_limits<std::uint32_t>::max();
-  return std::make_shared<const Image>(std::move(image));
+  std::uint32_t width = input.byte() % 8U;
+  const std::uint32_t height = input.byte() % 8U;
+  Pixels pixels(std::size_t{4} * width * height, input.byte());
+  if (input.byte() % 16 == 1) pixels.emplace_back();
+  if (input.byte() % 16 == 1) width = std::numeric_limits<std::uint32_t>::max();
+  return std::make_shared<const Image>(width, height, std::move(pixels));
 }
 
 Object object(Input& input, std::size_t nesting);

@@ -40,14 +40,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (told && std::uint64_t{told->width} * told->height > kMostPixels) return 0;
   std::string reason;
   const auto image = images::decodeImage(bytes, &reason);
+  const auto whole = images::wholeImageSize(bytes);
+  fuzz::require(whole.has_value() == (image != nullptr));
   if (!image) {
     fuzz::require(!reason.empty());
     return 0;
   }
   fuzz::require(told && told->width == image->width && told->height == image->height);
+  fuzz::require(whole == told);
   const auto tiff = images::encodeTiff(*image);
   const auto again = tiff ? images::decodeImage(*tiff) : nullptr;
-  fuzz::require(again && again->pixels == image->pixels);
+  fuzz::require(again && *again == *image);
   fuzz::require(images::encodeJpeg(*image) != nullptr);
   return 0;
 }

@@ -2,43 +2,41 @@
 
 #include <cstdint>
 #include <memory>
-#include <vector>
+#include <utility>
 
 #include "ox/base/data.hpp"
+#include "ox/base/export.hpp"
+#include "ox/base/picture_file.hpp"
 
 namespace ox {
 
-// The file that the pixels of a picture were read from, byte by byte. Whoever decodes it puts it
-// there; no copy of a picture has it, for a copy may be changed.
-class PictureFile {
+// A picture: 8-bit RGBA, not premultiplied, rows top down without padding, upright. Never changed
+// once it is made: it may be shared and looked at by any threads. Equal when size and pixels are.
+class OX_EXPORT Image {
  public:
-  PictureFile() = default;
-  PictureFile(const PictureFile&) noexcept {}
-  PictureFile& operator=(const PictureFile& other) noexcept {
-    if (this != &other) bytes_ = nullptr;
-    return *this;
-  }
-  ~PictureFile() = default;
+  // Without a pixel.
+  Image() = default;
+  Image(std::uint32_t itsWidth, std::uint32_t itsHeight, Pixels pixels)
+      : width(itsWidth), height(itsHeight), pixels_(std::move(pixels)) {}
+  // The picture in the file, which is of that size.
+  Image(std::uint32_t itsWidth, std::uint32_t itsHeight, std::shared_ptr<const PictureFile> file)
+      : width(itsWidth), height(itsHeight), file_(std::move(file)) {}
 
-  const Data& bytes() const { return bytes_; }  // missing where there is none
+  const std::uint32_t width = 0;
+  const std::uint32_t height = 0;
+
+  // width * height * 4, borrowed from the picture. Those of a file may be decoded by the first call
+  // and are kept; it throws std::bad_alloc when there is no memory for them, and so may the next.
+  const Pixels& pixels() const { return file_ ? file_->pixels() : pixels_; }
+  // The file that the picture came in, byte by byte; missing for any other.
+  Data file() const { return file_ ? file_->bytes() : nullptr; }
+
+  // Decodes nothing when both came in the same file.
+  bool operator==(const Image& other) const;
 
  private:
-  friend struct PictureDecoder;  // of ox/images
-
-  Data bytes_;
-};
-
-// A decoded picture: 8-bit RGBA, not premultiplied, rows top down without padding, upright.
-// Immutable once shared. Equal when size and pixels are.
-struct Image {
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
-  std::vector<std::uint8_t> pixels;  // width * height * 4
-  PictureFile file = {};
-
-  bool operator==(const Image& other) const {
-    return width == other.width && height == other.height && pixels == other.pixels;
-  }
+  Pixels pixels_;  // of a picture without a file
+  std::shared_ptr<const PictureFile> file_;
 };
 
 using ImagePtr = std::shared_ptr<const Image>;

@@ -2,31 +2,28 @@
 
 #include <array>
 #include <cassert>
+#include <utility>
 
 #include "ox/images/codecs.hpp"
 
-namespace ox {
-
-struct PictureDecoder {
-  static void keepFile(Image& image, const Data& file) { image.file.bytes_ = file; }
-};
-
-namespace images {
+namespace ox::images {
 namespace {
 
 using namespace std::string_view_literals;
 
 struct Codec {
   std::string_view signature;
-  std::shared_ptr<Image> (*decode)(std::string_view, std::string&);
+  std::optional<Bitmap> (*decode)(std::string_view, std::string&);
   std::optional<ImageSize> (*size)(std::string_view, std::string&);
+  // Null where finding damage takes as much as decoding.
+  std::optional<ImageSize> (*wholeSize)(std::string_view, std::string&);
 };
 
 constexpr std::array kCodecs = {
-    Codec{"\x89PNG\r\n\x1A\n"sv, decodePng, sizeOfPng},
-    Codec{"\xFF\xD8\xFF"sv, decodeJpeg, sizeOfJpeg},
-    Codec{"II*\0"sv, decodeTiff, sizeOfTiff},
-    Codec{"MM\0*"sv, decodeTiff, sizeOfTiff},
+    Codec{"\x89PNG\r\n\x1A\n"sv, decodePng, sizeOfPng, nullptr},
+    Codec{"\xFF\xD8\xFF"sv, decodeJpeg, sizeOfJpeg, sizeOfWholeJpeg},
+    Codec{"II*\0"sv, decodeTiff, sizeOfTiff, nullptr},
+    Codec{"MM\0*"sv, decodeTiff, sizeOfTiff, nullptr},
 };
 
 const Codec* codecOf(std::string_view bytes) {
@@ -36,25 +33,55 @@ const Codec* codecOf(std::string_view bytes) {
   return nullptr;
 }
 
-std::shared_ptr<Image> decoded(std::string_view bytes, std::string* reason) {
+// What `work` gives for the bytes and a reason to set; the reason is told where it gives nothing.
+template <typename Work>
+auto orReason(std::string_view bytes, std::string* reason, Work work) {
   std::string why = bytes.empty() ? "empty" : "neither TIFF, PNG nor JPEG";
+  auto result = orNoMemory([&] { return work(why); });
+  if (reason != nullptr && !result) *reason = why;
+  return result;
+}
+
+std::optional<Bitmap> decoded(std::string_view bytes, std::string* reason) {
   const auto* codec = codecOf(bytes);
-  auto image = codec == nullptr ? nullptr : orNoMemory([&] { return codec->decode(bytes, why); });
-  assert(!image || isEncodable(*image));  // not empty, within the limit, every pixel there
-  if (reason != nullptr && !image) *reason = why;
-  return image;
+  auto bitmap = orReason(bytes, reason, [&](std::string& why) {
+    return codec == nullptr ? std::nullopt : codec->decode(bytes, why);
+  });
+  // Not empty, within the limit, every pixel there.
+  assert(!bitmap || isWhole(bitmap->size, bitmap->pixels));
+  return bitmap;
+}
+
+Pixels pixelsOfWholeFile(const std::string& bytes) {
+  return std::move(decoded(bytes, nullptr).value().pixels);
 }
 
 }  // namespace
 
 ImagePtr decodeImage(std::string_view bytes, std::string* reason) {
-  return decoded(bytes, reason);
+  auto bitmap = decoded(bytes, reason);
+  if (!bitmap) return nullptr;
+  return std::make_shared<const Image>(bitmap->size.width, bitmap->size.height,
+                                       std::move(bitmap->pixels));
 }
 
-ImagePtr decodePictureFile(const Data& file, std::string* reason) {
-  auto image = decoded(*file, reason);
-  if (image) PictureDecoder::keepFile(*image, file);
-  return image;
+ImagePtr pictureOfFile(const Data& file, std::string* reason) {
+  const auto* codec = codecOf(*file);
+  if (codec != nullptr && codec->wholeSize != nullptr) {
+    const auto size =
+        orReason(*file, reason, [&](std::string& why) { return codec->wholeSize(*file, why); });
+    return size ? pictureOfWholeFile(file, *size) : nullptr;
+  }
+  auto bitmap = decoded(*file, reason);
+  if (!bitmap) return nullptr;
+  return std::make_shared<const Image>(
+      bitmap->size.width, bitmap->size.height,
+      std::make_shared<const PictureFile>(file, std::move(bitmap->pixels)));
+}
+
+ImagePtr pictureOfWholeFile(const Data& file, ImageSize size) {
+  return std::make_shared<const Image>(
+      size.width, size.height, std::make_shared<const PictureFile>(file, pixelsOfWholeFile));
 }
 
 bool isTiff(std::string_view bytes) {
@@ -69,6 +96,17 @@ std::optional<ImageSize> imageSize(std::string_view bytes) {
   return orNoMemory([&] { return codec->size(bytes, reason); });
 }
 
+std::optional<ImageSize> wholeImageSize(std::string_view bytes) {
+  const auto* codec = codecOf(bytes);
+  if (codec == nullptr) return std::nullopt;
+  std::string reason;
+  if (codec->wholeSize != nullptr) {
+    return orNoMemory([&] { return codec->wholeSize(bytes, reason); });
+  }
+  const auto bitmap = decoded(bytes, &reason);
+  return bitmap ? std::optional(bitmap->size) : std::nullopt;
+}
+
 bool isAllowedSize(std::uint64_t width, std::uint64_t height, std::string& reason) {
   if (width == 0 || height == 0) {
     reason = "no pixels";
@@ -81,11 +119,14 @@ bool isAllowedSize(std::uint64_t width, std::uint64_t height, std::string& reaso
   return true;
 }
 
-bool isEncodable(const Image& image) {
+bool isWhole(ImageSize size, const Pixels& pixels) {
   std::string reason;
-  return isAllowedSize(image.width, image.height, reason) &&
-         image.pixels.size() == std::size_t{image.width} * image.height * 4;
+  return isAllowedSize(size.width, size.height, reason) &&
+         pixels.size() == std::size_t{size.width} * size.height * 4;
 }
 
-}  // namespace images
-}  // namespace ox
+bool isEncodable(const Image& image) {
+  return isWhole({image.width, image.height}, image.pixels());
+}
+
+}  // namespace ox::images

@@ -30,8 +30,13 @@ struct ImageSize {
 // pixels than so few bytes can hold; `reason` then says why in a few words.
 OX_EXPORT ImagePtr decodeImage(std::string_view bytes, std::string* reason = nullptr);
 
-// The same of bytes that the picture keeps as its file.
-OX_EXPORT ImagePtr decodePictureFile(const Data& file, std::string* reason = nullptr);
+// The same of bytes that the picture keeps as its file. The pixels of a JPEG are made when they are
+// asked for; until then it is only read through, which takes half the time and finds the same.
+OX_EXPORT ImagePtr pictureOfFile(const Data& file, std::string* reason = nullptr);
+
+// The same of a file that is known to be whole, from wholeImageSize: nothing is read before
+// somebody asks for pixels.
+OX_EXPORT ImagePtr pictureOfWholeFile(const Data& file, ImageSize size);
 
 // True when the bytes begin as a TIFF does.
 OX_EXPORT bool isTiff(std::string_view bytes);
@@ -39,6 +44,10 @@ OX_EXPORT bool isTiff(std::string_view bytes);
 // Width and height as decodeImage would give them, from the header alone. Missing when it would
 // refuse the header; the rest of the file may still be damaged.
 OX_EXPORT std::optional<ImageSize> imageSize(std::string_view bytes);
+
+// Width and height of the picture that decodeImage would give; missing where it would give none.
+// Reads the whole file, and keeps no pixels.
+OX_EXPORT std::optional<ImageSize> wholeImageSize(std::string_view bytes);
 
 // Lossless: deflate-compressed RGBA; decodeImage gives the same picture back. Null for a picture
 // that is empty, above kMaxPixels, or whose pixels do not fill its size.

@@ -93,14 +93,12 @@ ImageSize uprighted(ImageSize stored, int orientation) {
   return stored;
 }
 
-Image uprighted(Image stored, int orientation) {
+Bitmap uprighted(Bitmap stored, int orientation) {
   if (orientation < 2 || orientation > 8) return stored;
-  const ImageSize from{stored.width, stored.height};
+  const ImageSize from = stored.size;
   const ImageSize to = uprighted(from, orientation);
   assert(stored.pixels.size() == std::size_t{from.width} * from.height * 4);
-  Image upright{.width = to.width,
-                .height = to.height,
-                .pixels = std::vector<std::uint8_t>(stored.pixels.size())};
+  Bitmap upright{.size = to, .pixels = Pixels(stored.pixels.size())};
   auto* out = upright.pixels.data();
   for (std::uint32_t y = 0; y < to.height; ++y) {
     for (std::uint32_t x = 0; x < to.width; ++x, out += 4) {

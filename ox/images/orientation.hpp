@@ -2,8 +2,7 @@
 
 #include <string_view>
 
-#include "ox/base/image.hpp"
-#include "ox/images/image_codec.hpp"
+#include "ox/images/codecs.hpp"
 
 namespace ox::images {
 
@@ -13,7 +12,7 @@ int exifOrientation(std::string_view segment);
 
 // The picture turned upright; orientation is as in TIFF 6.0, tag 274. Anything outside 2 to 8
 // leaves it as it is.
-Image uprighted(Image stored, int orientation);
+Bitmap uprighted(Bitmap stored, int orientation);
 ImageSize uprighted(ImageSize stored, int orientation);
 
 }  // namespace ox::images

@@ -121,17 +121,15 @@ bool readAllowedHeader(Reader& reader, std::string_view bytes, std::string& reas
 
 }  // namespace
 
-std::shared_ptr<Image> decodePng(std::string_view bytes, std::string& reason) {
+std::optional<Bitmap> decodePng(std::string_view bytes, std::string& reason) {
   Reader reader(bytes);
-  if (!readAllowedHeader(reader, bytes, reason)) return nullptr;
-  auto image = std::make_shared<Image>();
-  image->width = reader.width;
-  image->height = reader.height;
+  if (!readAllowedHeader(reader, bytes, reason)) return std::nullopt;
   assert(std::uint64_t{reader.width} * reader.height <= kMaxPixels);
-  image->pixels.resize(std::size_t{reader.width} * reader.height * 4);
-  if (readPixels(reader, image->pixels.data())) return image;
+  Bitmap bitmap{.size = {reader.width, reader.height},
+                .pixels = Pixels(std::size_t{reader.width} * reader.height * 4)};
+  if (readPixels(reader, bitmap.pixels.data())) return bitmap;
   reason = reader.message;
-  return nullptr;
+  return std::nullopt;
 }
 
 std::optional<ImageSize> sizeOfPng(std::string_view bytes, std::string& reason) {
@@ -152,7 +150,7 @@ Data encodePng(const Image& image) {
     png_alloc_size_t size = into != nullptr ? into->size() : 0;
     void* bytes = into != nullptr ? into->data() : nullptr;
     const bool done =
-        png_image_write_to_memory(&header, bytes, &size, 0, image.pixels.data(), 0, nullptr) != 0;
+        png_image_write_to_memory(&header, bytes, &size, 0, image.pixels().data(), 0, nullptr) != 0;
     return done ? std::optional(size) : std::nullopt;
   };
   const auto size = orNoMemory([&] { return encode(nullptr); });

@@ -14,11 +14,12 @@ struct Box {
   std::uint32_t bottom;
 };
 
-std::array<std::uint8_t, 4> meanOf(const Image& image, const Box& box) {
+// `pixels` are those of a picture of that width.
+std::array<std::uint8_t, 4> meanOf(const Pixels& pixels, std::uint32_t width, const Box& box) {
   std::array<std::uint64_t, 3> color{};
   std::uint64_t alpha = 0;
   for (auto y = box.top; y < box.bottom; ++y) {
-    const auto* pixel = &image.pixels[(std::size_t{y} * image.width + box.left) * 4];
+    const auto* pixel = &pixels[(std::size_t{y} * width + box.left) * 4];
     for (auto x = box.left; x < box.right; ++x, pixel += 4) {
       for (std::size_t i = 0; i < color.size(); ++i) color[i] += std::uint64_t{pixel[i]} * pixel[3];
       alpha += pixel[3];
@@ -47,17 +48,19 @@ ImagePtr squareThumbnail(const Image& image, std::uint32_t side) {
   if (size == 0) return nullptr;
   const auto left = (image.width - square) / 2;
   const auto top = (image.height - square) / 2;
-  Image small{size, size, {}, {}};
-  small.pixels.reserve(std::size_t{size} * size * 4);
+  const auto& pixels = image.pixels();
+  Pixels small;
+  small.reserve(std::size_t{size} * size * 4);
   for (std::uint32_t y = 0; y < size; ++y) {
     for (std::uint32_t x = 0; x < size; ++x) {
       const auto pixel =
-          meanOf(image, {left + beginOf(x, square, size), top + beginOf(y, square, size),
-                         left + beginOf(x + 1, square, size), top + beginOf(y + 1, square, size)});
-      small.pixels.insert(small.pixels.end(), pixel.begin(), pixel.end());
+          meanOf(pixels, image.width,
+                 {left + beginOf(x, square, size), top + beginOf(y, square, size),
+                  left + beginOf(x + 1, square, size), top + beginOf(y + 1, square, size)});
+      small.insert(small.end(), pixel.begin(), pixel.end());
     }
   }
-  return std::make_shared<const Image>(std::move(small));
+  return std::make_shared<const Image>(size, size, std::move(small));
 }
 
 }  // namespace ox::images

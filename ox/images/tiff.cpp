@@ -176,7 +176,7 @@ bool writeImage(TIFF* tiff, const Image& image) {
   const auto rows = std::clamp<std::size_t>(kStripSize / rowSize, 1, image.height);
   describe(tiff, image, static_cast<std::uint32_t>(rows));
   std::uint32_t index = 0;
-  for (auto rest = std::span(image.pixels); !rest.empty(); ++index) {
+  for (auto rest = std::span(image.pixels()); !rest.empty(); ++index) {
     const auto part = rest.first(std::min(rest.size(), rows * rowSize));
     // The predictor works in the buffer it is given.
     std::vector<std::uint8_t> strip(part.begin(), part.end());
@@ -189,25 +189,25 @@ bool writeImage(TIFF* tiff, const Image& image) {
 
 }  // namespace
 
-std::shared_ptr<Image> decodeTiff(std::string_view bytes, std::string& reason) {
-  if (!isDirectorySound(bytes, reason)) return nullptr;
+std::optional<Bitmap> decodeTiff(std::string_view bytes, std::string& reason) {
+  if (!isDirectorySound(bytes, reason)) return std::nullopt;
   TiffSource source(bytes);
   const auto tiff = source.open();
   if (!tiff) {
     reason = source.message();
-    return nullptr;
+    return std::nullopt;
   }
   const Header header = headerOf(tiff.get());
-  if (!isReadable(header, bytes.size(), reason)) return nullptr;
-  Image stored{.width = header.width, .height = header.height, .pixels = {}};
-  stored.pixels.resize(std::size_t{header.width} * header.height * 4);
+  if (!isReadable(header, bytes.size(), reason)) return std::nullopt;
+  Bitmap stored{.size = {header.width, header.height},
+                .pixels = Pixels(std::size_t{header.width} * header.height * 4)};
   const bool read = isPlain(tiff.get(), header) ? readPlain(tiff.get(), header, stored.pixels)
                                                 : readConverted(tiff.get(), header, stored.pixels);
   if (!read) {
     reason = source.message();
-    return nullptr;
+    return std::nullopt;
   }
-  return std::make_shared<Image>(uprighted(std::move(stored), header.orientation));
+  return uprighted(std::move(stored), header.orientation);
 }
 
 std::optional<ImageSize> sizeOfTiff(std::string_view bytes, std::string& reason) {

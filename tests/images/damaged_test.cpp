@@ -17,11 +17,12 @@ namespace {
 
 std::vector<std::string> smallFiles() {
   const auto image = patterned(9, 7);
-  const std::string rows(image.pixels.begin(), image.pixels.end());
+  const std::string rows(image.pixels().begin(), image.pixels().end());
   return {
       pngFile(9, 7, {PNG_COLOR_TYPE_RGBA, 8}, rows),
       pngFile(9, 7, {.colorType = PNG_COLOR_TYPE_PALETTE, .bitDepth = 2, .interlaced = true}, rows),
       *encodeJpeg(image),
+      *encodeJpeg(patterned(40, 35)),
       withExif(flatJpeg(17, 9, {1, 2, 3}, true), 6, true),
       flatJpeg(8, 8, {1, 2, 3, 4}),
       *encodeTiff(image),
@@ -38,6 +39,7 @@ TEST(DamagedPictures, EveryTruncationIsRefused) {
       const std::string cut(file, 0, size);
       EXPECT_FALSE(decodeImage(cut, &reason)) << size << " of " << file.size();
       EXPECT_FALSE(reason.empty());
+      EXPECT_FALSE(wholeImageSize(cut)) << size << " of " << file.size();
       imageSize(cut);
     }
   }
@@ -50,8 +52,11 @@ TEST(DamagedPictures, NoFlippedByteDoesHarm) {
         auto damaged = file;
         damaged[at] = static_cast<char>(damaged[at] ^ flip);
         const auto image = decodeImage(damaged);
+        const auto size = wholeImageSize(damaged);
+        ASSERT_EQ(size.has_value(), image != nullptr) << at << " of " << file.size();
         if (!image) continue;
-        EXPECT_EQ(image->pixels.size(), std::size_t{image->width} * image->height * 4);
+        EXPECT_EQ(size, (ImageSize{image->width, image->height}));
+        EXPECT_EQ(image->pixels().size(), std::size_t{image->width} * image->height * 4);
         EXPECT_LE(std::uint64_t{image->width} * image->height, kMaxPixels);
       }
     }
@@ -107,7 +112,7 @@ std::string compressedText(std::size_t size) {
 TEST(DamagedPictures, TheTextsInAPngTakeNoMemory) {
   const auto image = patterned(5, 4);
   const auto png = pngFile(5, 4, {PNG_COLOR_TYPE_RGBA, 8},
-                           std::string(image.pixels.begin(), image.pixels.end()));
+                           std::string(image.pixels().begin(), image.pixels().end()));
   const auto file = withChunks(png, "zTXt", compressedText(4'000'000), 200);  // 800 MB unpacked
   EXPECT_LT(file.size(), 1'000'000U);
   const auto before = peakKilobytes();

@@ -23,9 +23,9 @@ std::string pixelsOf(const std::string& file) {
   const auto image = decodeImage(file, &reason);
   if (!image) return reason;
   std::string result;
-  for (std::size_t i = 0; i < image->pixels.size(); ++i) {
-    result += std::to_string(image->pixels[i]);
-    if (i + 1 < image->pixels.size()) result += i % 4 == 3 ? ' ' : ',';
+  for (std::size_t i = 0; i < image->pixels().size(); ++i) {
+    result += std::to_string(image->pixels()[i]);
+    if (i + 1 < image->pixels().size()) result += i % 4 == 3 ? ' ' : ',';
   }
   return result;
 }
@@ -55,8 +55,9 @@ TEST(EncodePng, GivesTheSamePictureBack) {
 }
 
 TEST(Encode, RefusesAPictureThatIsNone) {
-  auto incomplete = patterned(3, 3);
-  incomplete.pixels.pop_back();
+  auto pixels = patterned(3, 3).pixels();
+  pixels.pop_back();
+  const Image incomplete(3, 3, pixels);
   for (const auto& image : {Image{}, incomplete}) {
     EXPECT_FALSE(encodeTiff(image));
     EXPECT_FALSE(encodeJpeg(image));
@@ -76,19 +77,19 @@ TEST(EncodeJpeg, ShowsTransparencyAsWhiteAndKeepsColoursNearly) {
       {{0, 0, 0, 128}, {127, 127, 127}},
   };
   for (const auto& row : rows) {
-    Image image{.width = 20, .height = 12, .pixels = {}};
+    Pixels pixels;
     for (int i = 0; i < 240; ++i) {
-      image.pixels.insert(image.pixels.end(), row.color.begin(), row.color.end());
+      pixels.insert(pixels.end(), row.color.begin(), row.color.end());
     }
-    const auto file = encodeJpeg(image);
+    const auto file = encodeJpeg(Image(20, 12, pixels));
     ASSERT_TRUE(file);
     const auto back = decodeImage(*file);
     ASSERT_TRUE(back);
     ASSERT_EQ(back->width, 20U);
     ASSERT_EQ(back->height, 12U);
-    for (std::size_t i = 0; i < back->pixels.size(); ++i) {
+    for (std::size_t i = 0; i < back->pixels().size(); ++i) {
       const int expected = i % 4 == 3 ? 255 : row.shown[i % 4];
-      ASSERT_NEAR(back->pixels[i], expected, 3) << "byte " << i;
+      ASSERT_NEAR(back->pixels()[i], expected, 3) << "byte " << i;
     }
   }
 }
@@ -115,7 +116,7 @@ TEST(DecodeImage, ReadsInterlacedRowsAsPlainOnes) {
   for (const bool interlaced : {false, true}) {
     const auto file =
         pngFile(13, 11, {.colorType = PNG_COLOR_TYPE_RGBA, .bitDepth = 8, .interlaced = interlaced},
-                asText(image.pixels));
+                asText(image.pixels()));
     const auto back = decodeImage(file);
     ASSERT_TRUE(back);
     EXPECT_EQ(*back, image);
@@ -138,9 +139,9 @@ TEST(DecodeImage, TurnsEveryJpegKindIntoRgba) {
     for (const bool progressive : {false, true}) {
       const auto image = decodeImage(flatJpeg(9, 10, row.stored, progressive));
       ASSERT_TRUE(image);
-      for (std::size_t i = 0; i < image->pixels.size(); ++i) {
+      for (std::size_t i = 0; i < image->pixels().size(); ++i) {
         const int expected = i % 4 == 3 ? 255 : row.shown[i % 4];
-        ASSERT_NEAR(image->pixels[i], expected, 4) << "byte " << i;
+        ASSERT_NEAR(image->pixels()[i], expected, 4) << "byte " << i;
       }
     }
   }
@@ -195,18 +196,60 @@ TEST(DecodeImage, TurnsEveryOrientationUpright) {
   }
 }
 
+TEST(PictureOfFile, IsThePictureThatItsBytesDecodeTo) {
+  const auto image = patterned(40, 35);
+  const std::vector<std::string> files = {
+      *encodeJpeg(image),
+      flatJpeg(9, 10, {200, 40, 90}, true),
+      flatJpeg(9, 10, {77}),
+      flatJpeg(9, 10, {255, 128, 255, 128}),
+      withExif(flatJpeg(17, 9, {1, 2, 3}), 6, true),
+      *encodeTiff(image),
+      *encodePng(image),
+  };
+  for (const auto& bytes : files) {
+    const auto decoded = decodeImage(bytes);
+    ASSERT_TRUE(decoded);
+    const auto picture = pictureOfFile(makeData(bytes));
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(*picture->file(), bytes);
+    EXPECT_EQ(picture->width, decoded->width);
+    EXPECT_EQ(picture->height, decoded->height);
+    EXPECT_EQ(picture->pixels(), decoded->pixels());
+    EXPECT_EQ(wholeImageSize(bytes), (ImageSize{decoded->width, decoded->height}));
+    EXPECT_EQ(pictureOfWholeFile(makeData(bytes), *wholeImageSize(bytes))->pixels(),
+              decoded->pixels());
+  }
+}
+
+TEST(PictureOfFile, TellsWhyThereIsNone) {
+  const auto whole = *encodeJpeg(patterned(40, 35));
+  const std::vector<std::string> files = {"", "no picture", whole.substr(0, whole.size() / 2),
+                                          whole.substr(0, 20),
+                                          encodePng(patterned(3, 3))->substr(0, 60)};
+  for (const auto& bytes : files) {
+    std::string reason;
+    std::string decodersReason;
+    EXPECT_FALSE(pictureOfFile(makeData(bytes), &reason));
+    EXPECT_FALSE(decodeImage(bytes, &decodersReason));
+    EXPECT_EQ(reason, decodersReason);
+    EXPECT_FALSE(reason.empty());
+    EXPECT_FALSE(wholeImageSize(bytes));
+  }
+}
+
 TEST(DecodeImage, FollowsTheExifOrientationOfAJpeg) {
   // Four flat quarters of 16 x 16: red, green, blue and white, so that colours survive.
-  Image image{.width = 32, .height = 32, .pixels = {}};
+  Pixels pixels;
   const std::vector<Bytes> quarters = {
       {255, 0, 0, 255}, {0, 255, 0, 255}, {0, 0, 255, 255}, {255, 255, 255, 255}};
   for (std::size_t y = 0; y < 32; ++y) {
     for (std::size_t x = 0; x < 32; ++x) {
       const auto& color = quarters[y / 16 * 2 + x / 16];
-      image.pixels.insert(image.pixels.end(), color.begin(), color.end());
+      pixels.insert(pixels.end(), color.begin(), color.end());
     }
   }
-  const auto jpeg = *encodeJpeg(image);
+  const auto jpeg = *encodeJpeg(Image(32, 32, pixels));
   const std::vector<std::string> shown = {"RGBW", "GRWB", "WBGR", "BWRG",
                                           "RBGW", "BRWG", "WGBR", "GWRB"};
   for (int orientation = 0; orientation <= 9; ++orientation) {
@@ -215,7 +258,7 @@ TEST(DecodeImage, FollowsTheExifOrientationOfAJpeg) {
       ASSERT_TRUE(back);
       std::string seen;
       for (const std::size_t at : {8U * 32 + 8, 8U * 32 + 24, 24U * 32 + 8, 24U * 32 + 24}) {
-        const auto* pixel = &back->pixels[at * 4];
+        const auto* pixel = &back->pixels()[at * 4];
         const bool white = pixel[0] > 128 && pixel[1] > 128;
         seen += white ? 'W' : pixel[0] > 128 ? 'R' : pixel[1] > 128 ? 'G' : 'B';
       }

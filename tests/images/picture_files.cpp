@@ -38,13 +38,13 @@ void append(png_structp png, png_bytep bytes, std::size_t size) {
 }  // namespace
 
 Image patterned(std::uint32_t width, std::uint32_t height) {
-  Image image{.width = width, .height = height, .pixels = {}};
+  Pixels pixels;
   for (std::uint32_t i = 0; i < width * height; ++i) {
     for (const std::uint32_t factor : {7U, 31U, 101U, 59U}) {
-      image.pixels.push_back(static_cast<std::uint8_t>(i * factor + factor));
+      pixels.push_back(static_cast<std::uint8_t>(i * factor + factor));
     }
   }
-  return image;
+  return {width, height, pixels};
 }
 
 std::string pngFile(std::uint32_t width, std::uint32_t height, PngKind kind, std::string rows) {

@@ -7,11 +7,9 @@ namespace {
 
 // Of grey pixels: brightness, row by row.
 Image grey(std::uint32_t width, const std::vector<std::uint8_t>& brightness) {
-  Image image{width, static_cast<std::uint32_t>(brightness.size() / width), {}, {}};
-  for (const auto value : brightness) {
-    image.pixels.insert(image.pixels.end(), {value, value, value, 255});
-  }
-  return image;
+  Pixels pixels;
+  for (const auto value : brightness) pixels.insert(pixels.end(), {value, value, value, 255});
+  return {width, static_cast<std::uint32_t>(brightness.size() / width), pixels};
 }
 
 TEST(SquareThumbnail, IsTheMeanOfTheMiddleSquare) {
@@ -32,10 +30,10 @@ TEST(SquareThumbnail, SharesPixelsOutWhereTheSidesDoNotDivide) {
 }
 
 TEST(SquareThumbnail, TakesNoColourFromWhatIsTransparent) {
-  const Image image{2, 2, {200, 100, 0, 255, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0, 255, 0}, {}};
-  EXPECT_EQ(*squareThumbnail(image, 1), (Image{1, 1, {200, 100, 0, 64}, {}}));
-  const Image clear{1, 1, {9, 9, 9, 0}, {}};
-  EXPECT_EQ(*squareThumbnail(clear, 1), (Image{1, 1, {0, 0, 0, 0}, {}}));
+  const Image image{2, 2, {200, 100, 0, 255, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0, 255, 0}};
+  EXPECT_EQ(*squareThumbnail(image, 1), (Image{1, 1, {200, 100, 0, 64}}));
+  const Image clear{1, 1, {9, 9, 9, 0}};
+  EXPECT_EQ(*squareThumbnail(clear, 1), (Image{1, 1, {0, 0, 0, 0}}));
 }
 
 TEST(SquareThumbnail, IsMissingWhereThereIsNothingToShow) {

@@ -12,7 +12,7 @@ namespace ox {
 
 // A person of a neutral book: values by property, in memory. Belongs to no address book and to no
 // group that answers IOxGroup. Its pictures are held packed: they take little room, and each answer
-// unpacks them anew. One thread at a time.
+// unpacks them anew, a file when its pixels are asked for. One thread at a time.
 class OX_EXPORT OxGeneralPerson final : public IOxPerson {
   struct Key {
     explicit Key() = default;

@@ -60,7 +60,7 @@ OxValuePtr readMultiple(JsonFields& fields, JsonNode& elements) {
 }
 
 // What a book of its version may hold them as.
-enum class Pictures : std::uint8_t { Pixels, Files };
+enum class Pictures : std::uint8_t { Packed, Files };
 
 void readProperty(JsonNode& node, OxGeneralPerson& person, Pictures pictures) {
   JsonFields fields(node);
@@ -72,7 +72,7 @@ void readProperty(JsonNode& node, OxGeneralPerson& person, Pictures pictures) {
   fields.done();
   // A person unpacks those of one value together.
   if (pixelsInPackedPictures(*value) > kMaxPackedPixels) throw Unreadable(kTooManyPixels);
-  if (pictures == Pictures::Pixels && holdsPictureFile(*value)) {
+  if (pictures == Pictures::Packed && holdsPictureFile(*value)) {
     throw Unreadable("a picture that its version does not know");
   }
   person.takeValue(std::move(value), property);
@@ -142,7 +142,7 @@ std::shared_ptr<OxAddressBookGeneral> OxAddressBookGeneral::addressBookWithData(
   try {
     const std::string_view file = *data;
     const auto body = bodyOf(file);
-    const auto pictures = file.starts_with(kHeader) ? Pictures::Pixels : Pictures::Files;
+    const auto pictures = file.starts_with(kHeader) ? Pictures::Packed : Pictures::Files;
     auto book = init();
     for (std::size_t at = kHeader.size(); at < body.size();) {
       const auto end = body.find('\n', at);

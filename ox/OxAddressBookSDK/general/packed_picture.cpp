@@ -103,12 +103,13 @@ void forEachPackedOf(const OxValue& value, Use use) {
 
 std::shared_ptr<const PackedPicture> PackedPicture::pack(const Image& image) {
   const auto pixels = std::uint64_t{image.width} * image.height;
-  if (pixels > kMaxPackedPixels || pixels * 4 != image.pixels.size()) return nullptr;
-  const auto& file = image.file.bytes();
+  if (pixels > kMaxPackedPixels) return nullptr;
+  const auto file = image.file();
   if (file && isKeptAsFile(file->size(), pixels)) {
     return std::make_shared<PackedPicture>(Key(), Form::File, image.width, image.height, file);
   }
-  return std::make_shared<PackedPicture>(Key(), Form::Pixels, image.width, image.height,
+  if (pixels * 4 != image.pixels().size()) return nullptr;
+  return std::make_shared<PackedPicture>(Key(), Form::Packed, image.width, image.height,
                                          makeData(packedPixels(image)));
 }
 
@@ -116,23 +117,23 @@ std::shared_ptr<const PackedPicture> PackedPicture::ofPixels(std::uint32_t width
                                                              std::uint32_t height,
                                                              std::string bytes) {
   if (!arePackedPixels(bytes, width, height)) return nullptr;
-  return std::make_shared<PackedPicture>(Key(), Form::Pixels, width, height,
+  return std::make_shared<PackedPicture>(Key(), Form::Packed, width, height,
                                          makeData(std::move(bytes)));
 }
 
 std::shared_ptr<const PackedPicture> PackedPicture::ofFile(std::uint32_t width,
                                                            std::uint32_t height,
                                                            std::string bytes) {
-  const auto size = images::imageSize(bytes);
-  if (size != images::ImageSize{width, height}) return nullptr;
+  const images::ImageSize size{width, height};
+  if (images::imageSize(bytes) != size) return nullptr;
   if (!isKeptAsFile(bytes.size(), std::uint64_t{width} * height)) return nullptr;
-  if (!images::decodeImage(bytes)) return nullptr;
+  if (images::wholeImageSize(bytes) != size) return nullptr;
   return std::make_shared<PackedPicture>(Key(), Form::File, width, height,
                                          makeData(std::move(bytes)));
 }
 
 ImagePtr PackedPicture::image() const {
-  return form_ == Form::File ? images::decodePictureFile(bytes_)
+  return form_ == Form::File ? images::pictureOfWholeFile(bytes_, {width_, height_})
                              : imageOfPackedPixels(*bytes_, width_, height_);
 }
 
@@ -141,7 +142,7 @@ bool PackedPicture::equals(const HostObject& other) const {
   if (picture == nullptr || width_ != picture->width_ || height_ != picture->height_) return false;
   // The same pixels may come from other files, or from another version of the packing library.
   return (form_ == picture->form_ && sameData(bytes_, picture->bytes_)) ||
-         image()->pixels == picture->image()->pixels;
+         *image() == *picture->image();
 }
 
 void packPictures(OxValue& value) {

@@ -26,16 +26,16 @@ class PackedPicture final : public HostObject {
   static std::shared_ptr<const PackedPicture> ofPixels(std::uint32_t width, std::uint32_t height,
                                                        std::string bytes);
   // Null when the bytes are no file of a picture of that size, or of one that pack() would not keep
-  // as a file. They are decoded once.
+  // as a file. They are read through once.
   static std::shared_ptr<const PackedPicture> ofFile(std::uint32_t width, std::uint32_t height,
                                                      std::string bytes);
 
-  enum class Form : std::uint8_t { Pixels, File };
+  enum class Form : std::uint8_t { Packed, File };
   Form form() const { return form_; }
   std::uint32_t width() const { return width_; }
   std::uint32_t height() const { return height_; }
   const std::string& bytes() const { return *bytes_; }
-  // Unpacked anew by every call; never null.
+  // Unpacked anew by every call, that of a file when its pixels are asked for; never null.
   ImagePtr image() const;
 
   bool equals(const HostObject& other) const override;

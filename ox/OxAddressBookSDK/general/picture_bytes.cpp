@@ -66,9 +66,10 @@ bool unpacksTo(std::string_view packed, std::size_t size) {
 }  // namespace
 
 std::string packedPixels(const Image& image) {
-  std::vector<std::uint8_t> differences = image.pixels;
+  const auto& pixels = image.pixels();
+  Pixels differences = pixels;
   for (std::size_t i = kBytesPerPixel; i < differences.size(); ++i) {
-    differences[i] = static_cast<std::uint8_t>(image.pixels[i] - image.pixels[i - kBytesPerPixel]);
+    differences[i] = static_cast<std::uint8_t>(pixels[i] - pixels[i - kBytesPerPixel]);
   }
   const Compressor compressor(libdeflate_alloc_compressor(kLevel), libdeflate_free_compressor);
   if (!compressor) throw std::bad_alloc();
@@ -91,12 +92,12 @@ bool arePackedPixels(std::string_view packed, std::uint32_t width, std::uint32_t
 ImagePtr imageOfPackedPixels(std::string_view packed, std::uint32_t width, std::uint32_t height) {
   const auto size = plausibleSize(packed, width, height);
   if (!size) return nullptr;
-  Image image{width, height, std::vector<std::uint8_t>(*size)};
-  if (!unpack(packed, image.pixels.data(), *size)) return nullptr;
-  for (std::size_t i = kBytesPerPixel; i < image.pixels.size(); ++i) {
-    image.pixels[i] = static_cast<std::uint8_t>(image.pixels[i] + image.pixels[i - kBytesPerPixel]);
+  Pixels pixels(*size);
+  if (!unpack(packed, pixels.data(), *size)) return nullptr;
+  for (std::size_t i = kBytesPerPixel; i < pixels.size(); ++i) {
+    pixels[i] = static_cast<std::uint8_t>(pixels[i] + pixels[i - kBytesPerPixel]);
   }
-  return std::make_shared<const Image>(std::move(image));
+  return std::make_shared<const Image>(width, height, std::move(pixels));
 }
 
 }  // namespace ox

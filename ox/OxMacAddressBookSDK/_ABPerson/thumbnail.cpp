@@ -12,18 +12,22 @@ namespace ox {
 ImagePtr storedPicture(const _ABPerson& person) {
   try {
     const Data data = person.imageData();
-    return data ? images::decodePictureFile(data) : nullptr;
+    return data ? images::pictureOfFile(data) : nullptr;
   } catch (const ImageReadError&) {
     return nullptr;
   } catch (const std::bad_alloc&) {
-    const auto name = person.displayName().value_or("");
-    const auto identifier = person.ID().value_or("");
-    failures::notice(
-        FailureKind::NoMemory,
-        "there is no memory for the picture of " + (name.empty() ? "" : name + ", ") + identifier,
-        identifier);
+    noticeNoMemoryForPicture(person);
     return nullptr;
   }
+}
+
+void noticeNoMemoryForPicture(const _ABPerson& person) {
+  const auto name = person.displayName().value_or("");
+  const auto identifier = person.ID().value_or("");
+  failures::notice(
+      FailureKind::NoMemory,
+      "there is no memory for the picture of " + (name.empty() ? "" : name + ", ") + identifier,
+      identifier);
 }
 
 bool hasUnreadablePicture(const _ABPerson& person) {
@@ -37,7 +41,7 @@ bool hasUnreadablePicture(const _ABPerson& person) {
 namespace {
 
 Data tiffOf(const Image& image) {
-  const auto& file = image.file.bytes();
+  const auto file = image.file();
   return file && images::isTiff(*file) ? file : images::encodeTiff(image);
 }
 

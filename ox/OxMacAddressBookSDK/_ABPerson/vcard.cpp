@@ -1,4 +1,5 @@
 // The vCard of a person with the picture in a line of its own.
+#include <new>
 #include <string_view>
 
 #include "ox/OxMacAddressBookSDK/_ABPerson/_ABPerson.hpp"
@@ -13,6 +14,17 @@ namespace {
 
 constexpr std::string_view kPhotoLine = "PHOTO;BASE64;ENCODING=b;TYPE=JPEG:";
 constexpr std::string_view kEnd = "END:VCARD";
+
+Data jpegOf(const _ABPerson& person) {
+  const ImagePtr image = storedPicture(person);
+  if (!image) return nullptr;
+  try {
+    return images::encodeJpeg(*image);
+  } catch (const std::bad_alloc&) {
+    noticeNoMemoryForPicture(person);
+    return nullptr;
+  }
+}
 
 }  // namespace
 
@@ -31,8 +43,7 @@ std::optional<std::string> cardWithPhoto(std::string_view card, std::string_view
 }
 
 Text _ABPerson::vcardImageDataString() const {
-  const ImagePtr image = storedPicture(*this);
-  const Data jpeg = image ? images::encodeJpeg(*image) : nullptr;
+  const Data jpeg = jpegOf(*this);
   if (!jpeg) return std::nullopt;
   return std::string(kPhotoLine) + base64(*jpeg);
 }

@@ -88,15 +88,16 @@ std::string asText(const QrCode& code, bool withColors) {
 Data asPng(const QrCode& code) {
   constexpr int kModule = 8;  // pixels
   const int side = code.size() * kModule;
-  Image image{static_cast<std::uint32_t>(side), static_cast<std::uint32_t>(side), {}, {}};
-  image.pixels.reserve(std::size_t{image.width} * image.height * 4);
+  const auto pixelsASide = static_cast<std::uint32_t>(side);
+  Pixels pixels;
+  pixels.reserve(std::size_t{pixelsASide} * pixelsASide * 4);
   for (int y = 0; y < side; ++y) {
     for (int x = 0; x < side; ++x) {
       const std::uint8_t light = code.isDark(y / kModule, x / kModule) ? 0 : 255;
-      image.pixels.insert(image.pixels.end(), {light, light, light, 255});
+      pixels.insert(pixels.end(), {light, light, light, 255});
     }
   }
-  return images::encodePng(image);
+  return images::encodePng(Image(pixelsASide, pixelsASide, std::move(pixels)));
 }
 
 QrCode codeOf(const Context& context, const std::string& card) {

@@ -55,9 +55,9 @@ Date dateThatIsNone() {
 }
 
 // A small picture that came from a file.
-ImagePtr pictureOfFile() {
-  const Image image{.width = 16, .height = 16, .pixels = std::vector<std::uint8_t>(1024, 255)};
-  return images::decodePictureFile(images::encodeTiff(image));
+ImagePtr pictureOfTiff() {
+  const Image image(16, 16, Pixels(1024, 255));
+  return images::pictureOfFile(images::encodeTiff(image));
 }
 
 TEST(BookWriter, WritesWhatAWholeBookIsSavedAs) {
@@ -70,7 +70,7 @@ TEST(BookWriter, WritesWhatAWholeBookIsSavedAs) {
     writer.addGroup(group);
     for (int i = 0; i < 20; ++i) {
       const auto person = withNote("p" + std::to_string(i), std::string(100'000, 'n'));
-      if (withPicture && i == 19) person->setThumbnail(pictureOfFile());
+      if (withPicture && i == 19) person->setThumbnail(pictureOfTiff());
       general->addPerson(person);
       writer.addPerson(person);
       EXPECT_LE(pieces.count(), 1U + static_cast<std::size_t>(i) / 2);

@@ -131,14 +131,14 @@ class Maker {
 };
 
 ImagePtr Maker::picture() {
-  Image image;
-  image.width = static_cast<std::uint32_t>(below(9));
-  image.height = static_cast<std::uint32_t>(below(9));
+  const auto width = static_cast<std::uint32_t>(below(9));
+  const auto height = static_cast<std::uint32_t>(below(9));
+  Pixels pixels;
   const bool flat = once(2);
-  for (auto left = image.width * image.height * 4; left > 0; --left) {
-    image.pixels.push_back(static_cast<std::uint8_t>(flat ? 7 : random_() & 0xFF));
+  for (auto left = width * height * 4; left > 0; --left) {
+    pixels.push_back(static_cast<std::uint8_t>(flat ? 7 : random_() & 0xFF));
   }
-  return std::make_shared<const Image>(std::move(image));
+  return std::make_shared<const Image>(width, height, std::move(pixels));
 }
 
 Object Maker::address() {

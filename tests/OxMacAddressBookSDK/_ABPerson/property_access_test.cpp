@@ -24,10 +24,7 @@ Object inner(const OxValuePtr& value) {
 }
 
 ImagePtr redPixel() {
-  auto image = std::make_shared<Image>();
-  image->width = image->height = 1;
-  image->pixels = {255, 0, 0, 255};
-  return image;
+  return std::make_shared<const Image>(1, 1, Pixels{255, 0, 0, 255});
 }
 
 TEST(PropertyAccess, WithoutPropertyReadsNothingAndChangesNothing) {
@@ -110,14 +107,17 @@ TEST(Thumbnail, ThatWasATiffIsStoredAsItWas) {
 
 TEST(Thumbnail, ThatCannotBeReadOrDecodedIsNone) {
   const failures::Watch watch;
+  const auto jpeg = images::encodeJpeg(Image(64, 64, Pixels(64 * 64 * 4, 200)));
   auto& source = SwitchedSource::install();
   StoreBuilder(source.real())
       .person("unreadable", {.image = images::encodeTiff(*redPixel())})
-      .person("no picture", {.image = makeData("no picture")});
+      .person("no picture", {.image = makeData("no picture")})
+      .person("half", {.image = makeData(jpeg->substr(0, jpeg->size() / 2))});
   source.raiseOnImageOf("unreadable");
   EXPECT_EQ(person("unreadable")->valueByPropertyName(OxProPertyThumbnail), nullptr);
   EXPECT_EQ(watch.counts().failures, 1U);
   EXPECT_EQ(person("no picture")->valueByPropertyName(OxProPertyThumbnail), nullptr);
+  EXPECT_EQ(person("half")->valueByPropertyName(OxProPertyThumbnail), nullptr);
   EXPECT_EQ(watch.counts().failures, 1U);
 }
 

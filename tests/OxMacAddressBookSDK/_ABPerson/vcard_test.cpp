@@ -15,10 +15,9 @@ using namespace std::string_literals;
 constexpr std::string_view kPrefix = "PHOTO;BASE64;ENCODING=b;TYPE=JPEG:";
 
 ImagePtr redSquare() {
-  auto image = std::make_shared<Image>();
-  image->width = image->height = 8;
-  for (int i = 0; i < 64; ++i) image->pixels.insert(image->pixels.end(), {200, 0, 0, 255});
-  return image;
+  Pixels pixels;
+  for (int i = 0; i < 64; ++i) pixels.insert(pixels.end(), {200, 0, 0, 255});
+  return std::make_shared<const Image>(8, 8, pixels);
 }
 
 TEST(CardWithPhoto, PutsTheLineInTheEndLinesPlaceByteForByte) {
@@ -62,7 +61,7 @@ TEST(NewCreateVcard, CarriesAFreshJpegInOneLine) {
   const auto image = images::decodeImage(*jpeg);
   ASSERT_TRUE(image);
   EXPECT_EQ(image->width, 8U);
-  EXPECT_NEAR(image->pixels[0], 200, 12);
+  EXPECT_NEAR(image->pixels()[0], 200, 12);
 
   const std::string platform = *made->vCardRepresentation();
   ASSERT_TRUE(platform.ends_with("END:VCARD\r\n"));
@@ -92,7 +91,7 @@ TEST(NewCreateVcard, EncodesAnewWhateverIsStored) {
     ASSERT_TRUE(image) << name;
     EXPECT_EQ(image->width, 4U) << name;
     EXPECT_EQ(image->height, 8U) << name;
-    EXPECT_NEAR(image->pixels[0], 200, 12) << name;
+    EXPECT_NEAR(image->pixels()[0], 200, 12) << name;
   }
 }
 

@@ -115,14 +115,12 @@ TEST(Artwork, IsNamedAfterTheService) {
 
 // A picture that tells which file it came from.
 void writeArtwork(const std::string& name, std::uint8_t shade) {
-  Image image;
-  image.width = image.height = 1;
-  image.pixels = {shade, shade, shade, 255};
+  const Image image(1, 1, {shade, shade, shade, 255});
   support::temporaryFile(name, *images::encodeTiff(image));
 }
 
 int shadeOf(const ImagePtr& image) {
-  return image ? image->pixels.at(0) : -1;
+  return image ? image->pixels().at(0) : -1;
 }
 
 TEST(Artwork, IsReadFromItsFileAtEveryCall) {

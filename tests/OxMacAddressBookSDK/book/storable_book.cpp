@@ -154,17 +154,17 @@ class Maker {
 };
 
 ImagePtr Maker::picture() {
-  Image image;
-  image.width = static_cast<std::uint32_t>(1 + below(6));
-  image.height = static_cast<std::uint32_t>(1 + below(6));
+  const auto width = static_cast<std::uint32_t>(1 + below(6));
+  const auto height = static_cast<std::uint32_t>(1 + below(6));
+  Pixels pixels;
   const bool opaque = once(2);
-  for (auto left = image.width * image.height; left > 0; --left) {
+  for (auto left = width * height; left > 0; --left) {
     for (int channel = 0; channel < 3; ++channel) {
-      image.pixels.push_back(static_cast<std::uint8_t>(random_() & 0xFF));
+      pixels.push_back(static_cast<std::uint8_t>(random_() & 0xFF));
     }
-    image.pixels.push_back(static_cast<std::uint8_t>(opaque ? 0xFF : random_() & 0xFF));
+    pixels.push_back(static_cast<std::uint8_t>(opaque ? 0xFF : random_() & 0xFF));
   }
-  return std::make_shared<const Image>(std::move(image));
+  return std::make_shared<const Image>(width, height, std::move(pixels));
 }
 
 Object Maker::address() {

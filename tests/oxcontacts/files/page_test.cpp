@@ -127,9 +127,9 @@ TEST(PageCommand, NamesNothingThatCouldBeFetched) {
 
 TEST(PageCommand, MakesPicturesSmall) {
   run({"add-person", "_local", "name=Ann"});
-  Image large{600, 400, {}, {}};
-  for (int i = 0; i < 600 * 400; ++i) large.pixels.insert(large.pixels.end(), {200, 40, 40, 255});
-  const auto png = images::encodePng(large);
+  Pixels pixels;
+  for (int i = 0; i < 600 * 400; ++i) pixels.insert(pixels.end(), {200, 40, 40, 255});
+  const auto png = images::encodePng(Image(600, 400, pixels));
   const auto file = temporaryFile("ann.png", std::string(png->begin(), png->end()));
   ASSERT_EQ(run({"photo", "Ann", "--set", file.string()}).exitCode, 0);
   const auto picture = dataOf(page())["persons"][0]["picture"].get<std::string>();
