@@ -139,13 +139,14 @@ bool BookLook::isSuddenlyEmpty() {
   return listing_.isWhole && listing_.cards.empty() && !gone_.empty();
 }
 
-void BookLook::lookThere(const std::string& token, Ask ask, ChangesHere changes) {
+void BookLook::lookThere(const std::string& token, std::string_view sent, Ask ask,
+                         ChangesHere changes) {
   ask_ = ask;
   listing_ = remote_.list(token);
   const bool tellsNews = !listing_.isWhole;
   std::unordered_set<std::string> toldGone;
   if (tellsNews) lookAtNews();
-  if (tellsNews && (ask == Ask::Everything || isNoNews())) {
+  if (tellsNews && (ask == Ask::Everything || isNoNews(sent))) {
     for (const auto& [path, card] : gone_) toldGone.insert(path);
     listing_ = remote_.list({});
     toFetch_.clear();
@@ -254,11 +255,23 @@ void BookLook::lookAtNews() {
 }
 
 // A server that does not know a token any more may answer it with everything that it holds, and
-// names nothing then that is gone.
-bool BookLook::isNoNews() {
-  if (listing_.isWhole || !listing_.gone.empty()) return false;
-  const auto known = listing_.cards.size() - std::min(listing_.cards.size(), toFetch_.size());
-  return known > toFetch_.size() && isMuchOf(known, knownCards());
+// names nothing then that is gone. And one need not tell of what has come and gone since the token,
+// nor of what is again as it was then: when it leaves out what was sent from here, somebody else
+// has taken that back.
+bool BookLook::isNoNews(std::string_view sent) const {
+  std::unordered_set<std::string> missing;
+  for (std::size_t at = 0; at < sent.size();) {
+    const auto end = std::min(sent.find('\n', at), sent.size());
+    missing.insert(remote_.pathOf(sent.substr(at, end - at)));
+    at = end + 1;
+  }
+  std::size_t known = 0;
+  for (const auto& card : listing_.cards) {
+    const auto path = remote_.pathOf(card.href);
+    if (missing.erase(path) == 0 && !path.empty() && !toFetch_.contains(path)) ++known;
+  }
+  for (const auto& href : listing_.gone) missing.erase(remote_.pathOf(href));
+  return !missing.empty() || (listing_.gone.empty() && known > toFetch_.size());
 }
 
 CardSides BookLook::sidesOf(const SyncCardNow& card) {

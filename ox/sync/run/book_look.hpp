@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -14,12 +15,6 @@
 #include "ox/sync/run/local_book.hpp"
 
 namespace ox::sync {
-
-// A listing since a token names again what this side has sent since. Whether that is so much of a
-// book, of so many cards, that a newer token is wanted; less is no reason to ask for anything.
-inline bool isMuchOf(std::size_t named, std::size_t cards) {
-  return named > 20 || (named > 3 && named * 2 > cards);
-}
 
 // A look at both sides of a book: which cards differ from what was agreed. Only reads. Borrows what
 // it is given for its whole life. Throws StoreError, and RemoteError.
@@ -33,12 +28,13 @@ class BookLook {
   // Of those that a card stands for: edits and deletions, in the order of their cards. Tags are no
   // edit.
   std::vector<CardSides> changesHere();
-  // What changed there since that token, or everything that is there. Cards that nobody could read
-  // are left alone until they change, but with everything they are asked for again; those of what
-  // was changed here are known, or fetched as they are.
+  // What changed there since that token; everything that is there when it is asked for, or when
+  // what comes cannot be true. Sent: hrefs of what this side has sent since the token, one a line.
+  // Cards that nobody could read are left alone until they change, but with everything they are
+  // asked for again; those of what was changed here are known, or fetched as they are.
   enum class Ask : std::uint8_t { News, Everything };
   enum class ChangesHere : std::uint8_t { Known, Fetched };
-  void lookThere(const std::string& token, Ask ask, ChangesHere changes);
+  void lookThere(const std::string& token, std::string_view sent, Ask ask, ChangesHere changes);
 
   const Listing& listing() const { return listing_; }
   // Cards that the book had when both last agreed.
@@ -80,7 +76,7 @@ class BookLook {
   void addGone(const SyncCardNow& known);
   void lookAtWholeListing();
   void lookAtNews();
-  bool isNoNews();
+  bool isNoNews(std::string_view sent) const;
   bool isChangedBeside(const SyncCardNow& card);
   bool isEdit(const SyncCardNow& card);
   bool isNoCard(RecordKind kind);

@@ -27,6 +27,10 @@ constexpr std::int64_t kWholeEvery = std::int64_t{7} * 24 * 60 * 60 * 1000;
 constexpr std::int64_t kNoteSuccessEvery = std::int64_t{60} * 60 * 1000;
 constexpr std::int64_t kNoteWholeEvery = 24 * kNoteSuccessEvery;
 
+// A listing since a token names again what this side has sent since; so many are no reason to list
+// anything once more.
+constexpr std::size_t kStaleEntries = 20;
+
 // How often a book is looked at, where somebody else was faster.
 constexpr int kRuns = 3;
 
@@ -40,6 +44,23 @@ std::string revisionOf(std::int64_t milliseconds) {
   std::array<char, sizeof "20261231T235959Z"> text{};
   std::strftime(text.data(), text.size(), "%Y%m%dT%H%M%SZ", &parts);
   return text.data();
+}
+
+const std::string& hrefSent(const CardStep& step) {
+  return step.there == CardStep::There::Delete ? step.card.href : step.pushed->href;
+}
+
+bool hasArrived(const CardStep& step) {
+  return step.pushed && step.pushed->outcome == Pushed::Outcome::Done;
+}
+
+// As the row of a book keeps them.
+std::string hrefsSent(const std::vector<CardStep>& steps) {
+  std::string hrefs;
+  for (const auto& step : steps) {
+    if (hasArrived(step)) hrefs += hrefSent(step) + '\n';
+  }
+  return hrefs;
 }
 
 }  // namespace
@@ -71,7 +92,8 @@ bool BookRun::run(const Start& start) {
   tell(SyncProgress::Step::Listing, 0, 0);
   BookLook look(local_, remote_);
   look.lookHere();
-  if (start.isSameThere && look.foundNothingHere() && !start.listsAll && !isDue(start_)) {
+  if (start.isSameThere && book_.sent.empty() && look.foundNothingHere() && !start.listsAll &&
+      !isDue(start_)) {
     return commit({}, book_.token, start, true);
   }
   // What it was able to do, or allowed, may have changed.
@@ -84,7 +106,7 @@ bool BookRun::run(const Start& start) {
   rules_.writesGroupsAs4 = book_.groupSpelling == kOnly40;
 
   const bool isAnew = start.listsAll || isDue(start_);
-  look.lookThere(book_.token, isAnew ? BookLook::Ask::Everything : BookLook::Ask::News,
+  look.lookThere(book_.token, book_.sent, isAnew ? BookLook::Ask::Everything : BookLook::Ask::News,
                  rules_.setsBack ? BookLook::ChangesHere::Fetched : BookLook::ChangesHere::Known);
   if (const auto* groups = local_.categoryGroups()) tellLonelyGroups(*groups);
   rules_.hasListedAll = look.listing().isWhole;
@@ -116,21 +138,17 @@ void BookRun::learnFacts() {
   hasLearned_ = book_ != known;
 }
 
-std::size_t BookRun::cardsNow() const {
-  return syncSource().countAgreedSyncCards(book_.container);
-}
-
 // A listing from before names again what was sent since. Where that matters the book is listed once
 // more, and from now on from there, if nothing but what was sent is new.
 std::string BookRun::tokenAfterSending(const Listing& listing, bool isOneOfSeveral) {
   std::unordered_map<std::string, std::string> etags;  // by path; of what was deleted empty
   for (const auto& step : steps_) {
-    if (!step.pushed || step.pushed->outcome != Pushed::Outcome::Done) continue;
+    if (!hasArrived(step)) continue;
     const bool isDeleted = step.there == CardStep::There::Delete;
-    etags.emplace(remote_.pathOf(isDeleted ? step.card.href : step.pushed->href),
+    etags.emplace(remote_.pathOf(hrefSent(step)),
                   isDeleted || !step.readBack ? std::string() : step.readBack->etag);
   }
-  const bool isWorthIt = isOneOfSeveral ? !etags.empty() : isMuchOf(etags.size(), cardsNow());
+  const bool isWorthIt = isOneOfSeveral ? !etags.empty() : etags.size() > kStaleEntries;
   if (!isWorthIt || listing.token.empty()) return listing.token;
   try {
     const auto since = remote_.list(listing.token);
@@ -356,19 +374,25 @@ KnownRun BookRun::thisRun(std::int64_t end) const {
 
 bool BookRun::commit(const Listing& listing, const std::string& token, const Start& start,
                      bool isComplete) {
+  const auto sent = hrefsSent(steps_);
   RunCommit commit(local_, remote_, steps_, report_);
   commit.settleSent();
-  const auto keptToken = book_.token;
+  auto kept = book_;
+  kept.sent += sent;
   bool isWorthWriting = !steps_.empty() || hasLearned_ || book_.state != SyncBook::State::Active;
   book_.state = SyncBook::State::Active;
   if (commit.isBookReadOnly() && !book_.isReadOnly()) {
     book_.readOnly = SyncBook::ReadOnly::AsItSays;
   }
   const auto now = millisecondsNow();
+  book_.sent = kept.sent;
   if (isComplete) {
-    const bool isBehind = start.isOneOfSeveral || isMuchOf(listing.cards.size(), cardsNow());
+    const bool isBehind =
+        start.isOneOfSeveral || listing.isWhole || listing.cards.size() > kStaleEntries;
     isWorthWriting = isWorthWriting || (token != book_.token && (book_.token.empty() || isBehind));
     book_.token = token;
+    // A token that was asked for after the sending is past it, and without one all is listed.
+    book_.sent = token == listing.token && !token.empty() ? sent : std::string();
     if (listing.isWhole) {
       isWorthWriting = isWorthWriting || now - book_.lastWhole > kNoteWholeEvery;
       book_.lastWhole = start_;
@@ -384,7 +408,7 @@ bool BookRun::commit(const Listing& listing, const std::string& token, const Sta
     if (!steps_.empty()) {
       rows.runs.push_back(rowOfRun(book_.container, thisRun(now)));
     }
-    commit.write(std::move(rows), keptToken);
+    commit.write(std::move(rows), kept);
     countDone(steps_, report_);
   }
   return commit.needsAnotherRun();

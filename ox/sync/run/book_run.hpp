@@ -43,7 +43,6 @@ class BookRun {
  private:
   void learnFacts();
   bool isDue(std::int64_t now) const;
-  std::size_t cardsNow() const;
   void plan(BookLook& look);
   void take(CardSides sides);
   void noteGroupSpelling(const CardSides& sides);

@@ -404,7 +404,7 @@ void RunCommit::relinkOthers(SaveRequest& request) {
   }
 }
 
-void RunCommit::write(SyncRows rows, const std::string& keptToken) {
+void RunCommit::write(SyncRows rows, const SyncBook& kept) {
   for (int tries = 1;; ++tries) {
     auto request = requestOf(rows);
     RecordKeys going;
@@ -430,7 +430,8 @@ void RunCommit::write(SyncRows rows, const std::string& keptToken) {
       if (outdated.contains(step.record)) step.isPutOff = true;
     }
     needsAnotherRun_ = true;
-    rows.books.front().book.token = keptToken;
+    rows.books.front().book.token = kept.token;
+    rows.books.front().book.sent = kept.sent;
   }
 }
 

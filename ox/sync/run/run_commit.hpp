@@ -21,8 +21,9 @@ class RunCommit {
   // Takes what became of what was sent into the rows of the steps, and tells it.
   void settleSent();
   // Writes it all, and with it these rows. Steps whose records were changed meanwhile are put off.
-  // The book of the rows, which is the only one, then keeps that token. Throws StoreError.
-  void write(SyncRows rows, const std::string& keptToken);
+  // The book of the rows, which is the only one, then keeps the token of that one. Throws
+  // StoreError.
+  void write(SyncRows rows, const SyncBook& kept);
 
   // Another look at the book may finish what this one could not.
   bool needsAnotherRun() const { return needsAnotherRun_; }

@@ -43,6 +43,7 @@ TEST_F(SyncedAccount, KeepsEveryFieldOfABook) {
   all.name = "Our team";
   all.readOnly = SyncBook::ReadOnly::AsAsked;
   all.token = "data:,4";
+  all.sent = "/a.vcf\n/b.vcf\n";
   all.reports = "sync-collection addressbook-multiget";
   all.versions = "3.0";
   all.mostBytes = 6'550'000;

@@ -1,5 +1,7 @@
 #include "tests/sync/run/book_elsewhere.hpp"
 
+#include <algorithm>
+#include <functional>
 #include <stdexcept>
 #include <utility>
 
@@ -28,7 +30,9 @@ void BookElsewhere::put(const std::string& href, const std::string& text) {
   auto& card = cards_[href];
   card.text = text;
   card.change = changes_;
-  if (!keepsEtags || card.etag.empty()) card.etag = "\"" + std::to_string(changes_) + "\"";
+  const auto mark =
+      marksByContent ? std::to_string(std::hash<std::string>()(text)) : std::to_string(changes_);
+  if (!keepsEtags || card.etag.empty()) card.etag = "\"" + mark + "\"";
 }
 
 void BookElsewhere::erase(const std::string& href) {
@@ -47,8 +51,14 @@ const std::string& BookElsewhere::onlyHref() const {
 
 sync::Listing BookElsewhere::list(const std::string& token) {
   begin("LIST");
+  if (marksByContent) {
+    auto listing = listByContent(token);
+    end();
+    return listing;
+  }
   sync::Listing listing;
-  const bool isSince = givesTokens && !token.empty();
+  const bool isSince =
+      givesTokens && !token.empty() && (!listsAllOrNothing || token == std::to_string(changes_));
   const auto since = isSince ? std::stoull(token) : 0;
   listing.isWhole = !isSince;
   for (const auto& [href, card] : cards_) {
@@ -63,6 +73,28 @@ sync::Listing BookElsewhere::list(const std::string& token) {
   }
   if (givesTokens) listing.token = std::to_string(changes_);
   end();
+  return listing;
+}
+
+sync::Listing BookElsewhere::listByContent(const std::string& token) {
+  std::map<std::string, std::string> now;
+  for (const auto& [href, card] : cards_) now[href] = card.etag;
+  const auto before =
+      token.empty() ? std::map<std::string, std::string>() : held_.at(std::stoull(token));
+  sync::Listing listing;
+  listing.isWhole = token.empty();
+  for (const auto& [href, etag] : now) {
+    const auto old = before.find(href);
+    if (old == before.end() || old->second != etag) {
+      listing.cards.push_back({.href = href, .etag = etag, .bytes = 0});
+    }
+  }
+  for (const auto& [href, etag] : before) {
+    if (!now.contains(href)) listing.gone.push_back(href);
+  }
+  const auto state = std::ranges::find(held_, now);
+  listing.token = std::to_string(state - held_.begin());
+  if (state == held_.end()) held_.push_back(now);
   return listing;
 }
 

@@ -39,6 +39,10 @@ class BookElsewhere : public sync::RemoteBook {
   bool listsNothing = false;
   std::set<std::string> failing;  // hrefs that cannot be fetched now
   bool forgetsTokens = false;     // answers any with everything, as if that were new
+  // Tells by a token whether anything has changed, not what: as by a ctag.
+  bool listsAllOrNothing = false;
+  // ETags and tokens tell what is held, not when it came: what has come and gone since is not told.
+  bool marksByContent = false;
 
   std::size_t requests = 0;
   std::vector<std::string> log;  // "LIST", "FETCH 3", "PUT a.vcf", "CREATE a.vcf", "DELETE a.vcf"
@@ -70,10 +74,13 @@ class BookElsewhere : public sync::RemoteBook {
   void begin(std::string what);
   void end();
   sync::Pushed pushed(const sync::Push& push);
+  sync::Listing listByContent(const std::string& token);
 
   std::map<std::string, Card> cards_;
   std::map<std::string, std::uint64_t> gone_;  // by href, when
   std::uint64_t changes_ = 0;
+  std::vector<std::map<std::string, std::string>>
+      held_;  // ETags by href, as listed; tokens count them
 };
 
 }  // namespace ox::test

@@ -199,15 +199,16 @@ constexpr std::array kStatements = {
     // Of the login with that number, or with that name where the number is 0.
     Row{Sql::PutSyncBook,
         "INSERT INTO sync_book(container, login, url, name, read_only, token, reports, "
-        "versions, most_bytes, group_spelling, last_whole, last_success, state) "
-        "SELECT ?1, id, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14 FROM sync_login "
+        "versions, most_bytes, group_spelling, last_whole, last_success, state, sent) "
+        "SELECT ?1, id, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15 "
+        "FROM sync_login "
         "WHERE id = ?2 OR (?2 = 0 AND name = ?3) "
         "ON CONFLICT(container) DO UPDATE SET login = excluded.login, url = excluded.url, "
         "name = excluded.name, read_only = excluded.read_only, token = excluded.token, "
         "reports = excluded.reports, versions = excluded.versions, "
         "most_bytes = excluded.most_bytes, group_spelling = excluded.group_spelling, "
         "last_whole = excluded.last_whole, last_success = excluded.last_success, "
-        "state = excluded.state"},
+        "state = excluded.state, sent = excluded.sent"},
     Row{Sql::InsertSyncCard,
         "INSERT INTO sync_card(container, record, kind, href, path, etag, uid, fingerprint, "
         "beside, intent, keeps_less, refused, refused_fingerprint) VALUES(?1, ?2, ?3, ?4, ?5, ?6, "

@@ -17,8 +17,8 @@ constexpr std::string_view kLogins =
 
 constexpr std::string_view kBooks =
     "SELECT c.identifier, b.login, b.url, b.name, b.read_only, b.token, b.reports, "
-    "b.versions, b.most_bytes, b.group_spelling, b.last_whole, b.last_success, b.state, b.sound "
-    "AND c.sound "
+    "b.versions, b.most_bytes, b.group_spelling, b.last_whole, b.last_success, b.state, b.sent, "
+    "b.sound AND c.sound "
     "FROM sync_book b JOIN container c ON c.id = b.container ORDER BY b.container";
 
 constexpr int kCardColumns = 14;
@@ -149,7 +149,7 @@ std::vector<SyncBook> StoredSync::books() {
   std::vector<SyncBook> books;
   auto rows = prepare(kBooks);
   while (rows.step()) {
-    requireSound(rows, 13, "the row of a synchronised account");
+    requireSound(rows, 14, "the row of a synchronised account");
     Columns columns(rows);
     auto& book = books.emplace_back();
     book.container = columns.text();
@@ -165,6 +165,7 @@ std::vector<SyncBook> StoredSync::books() {
     book.lastWhole = columns.number();
     book.lastSuccess = columns.number();
     book.state = static_cast<SyncBook::State>(columns.number());
+    book.sent = columns.text();
   }
   return books;
 }

@@ -157,8 +157,9 @@ CREATE TABLE sync_book(
   last_whole INTEGER NOT NULL,
   last_success INTEGER NOT NULL,
   state INTEGER NOT NULL,
+  sent TEXT NOT NULL,
   SUM(container, login, url, name, read_only, token, reports, versions, most_bytes,
-      group_spelling, last_whole, last_success, state));
+      group_spelling, last_whole, last_success, state, sent));
 CREATE TABLE sync_card(
   id INTEGER PRIMARY KEY,
   container INTEGER NOT NULL REFERENCES container(id) ON DELETE CASCADE,

@@ -46,7 +46,7 @@ ForgottenSync forgetDamagedSync(sqlite::Connection& file) {
   for (const auto* from : {kCards, kConflicts, kRuns}) remove(file, from);
   for (const auto& index : indexes) file.execute(index.words.c_str());
   if (forgotten.cards > 0) {
-    file.execute("UPDATE sync_book SET token = '', last_whole = 0 WHERE sound");
+    file.execute("UPDATE sync_book SET token = '', sent = '', last_whole = 0 WHERE sound");
   }
   return forgotten;
 }

@@ -48,6 +48,7 @@ struct SyncBook {
   std::string name;  // there
   ReadOnly readOnly = ReadOnly::No;
   std::string token;            // of the last listing
+  std::string sent;             // hrefs of what was sent since that listing, one a line
   std::string reports;          // that the server supports
   std::string versions;         // of cards that it takes
   std::uint64_t mostBytes = 0;  // of a card; 0: not known

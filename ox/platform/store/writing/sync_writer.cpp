@@ -95,7 +95,8 @@ void SyncWriter::write(const SyncRows::BookOfLogin& of) {
       .bindText(11, book.groupSpelling)
       .bind(12, book.lastWhole)
       .bind(13, book.lastSuccess)
-      .bind(14, static_cast<std::int64_t>(book.state));
+      .bind(14, static_cast<std::int64_t>(book.state))
+      .bindText(15, book.sent);
   runOnce(row, "the login of the book " + book.url + " is not there");
 }
 
