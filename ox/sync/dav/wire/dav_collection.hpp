@@ -29,9 +29,10 @@ struct DavCollection {
   std::string ctag;
 };
 
+// Neither token nor ctag: a server may have to read the whole book to tell them.
 inline constexpr std::array kCollectionProperties = {
-    dav::kResourceType, dav::kDisplayName,  dav::kDescription, dav::kOwner,     dav::kPrivileges,
-    dav::kReports,      dav::kCardVersions, dav::kMostBytes,   dav::kSyncToken, dav::kCtag,
+    dav::kResourceType, dav::kDisplayName, dav::kDescription,  dav::kOwner,
+    dav::kPrivileges,   dav::kReports,     dav::kCardVersions, dav::kMostBytes,
 };
 // The least that tells whether it is there.
 inline constexpr std::array kWhetherThere = {dav::kResourceType};
