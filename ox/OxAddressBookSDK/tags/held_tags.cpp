@@ -41,6 +41,14 @@ std::vector<std::string> HeldTags::managersOf(std::string_view person) const {
   return managers;
 }
 
+std::vector<std::string> HeldTags::personsUnder(std::string_view manager) const {
+  std::vector<std::string> persons;
+  for (const auto& [whose, place] : places_) {
+    if (whose.second == manager) persons.push_back(whose.first);
+  }
+  return persons;
+}
+
 void HeldTags::change(std::string_view manager, std::string_view person, const Tags& before,
                       const Tags& after) {
   const auto [place, isNew] =

@@ -21,6 +21,8 @@ class HeldTags {
   Tags over(std::string_view manager, std::string_view person, Tags tags) const;
   // Under which managers something is held of the person.
   std::vector<std::string> managersOf(std::string_view person) const;
+  // Of whom something is held under that manager.
+  std::vector<std::string> personsUnder(std::string_view manager) const;
   // The person, who has `before` with all that is held, is to have `after`.
   void change(std::string_view manager, std::string_view person, const Tags& before,
               const Tags& after);

@@ -17,6 +17,11 @@ std::string selectTags() {
       .append(kIsSoundTag)
       .append(" FROM tag WHERE manager = ?1 AND person = ?2 ORDER BY position");
 }
+std::string selectTagsUnder() {
+  return std::string("SELECT person, tag, ")
+      .append(kIsSoundTag)
+      .append(" FROM tag WHERE manager = ?1 ORDER BY person, position");
+}
 constexpr std::string_view kAny = "SELECT 1 FROM tag LIMIT 1";
 constexpr std::string_view kInsert =
     "INSERT OR IGNORE INTO tag (manager, person, tag, position) VALUES (?1, ?2, ?3, ?4)";
@@ -66,6 +71,24 @@ TagFile::Tags TagFile::tags(std::string_view manager, std::string_view person) {
   while (select_.step()) {
     requireSound(select_, 1);
     result.emplace_back(select_.text(0));
+  }
+  return result;
+}
+
+// Seldom asked, so not kept prepared.
+TagFile::TagsOfPersons TagFile::tagsUnder(std::string_view manager) {
+  auto rows = connection_.prepare(selectTagsUnder());
+  rows.bindText(1, manager);
+  TagsOfPersons result;
+  Tags* ofPerson = nullptr;
+  std::string person;
+  while (rows.step()) {
+    requireSound(rows, 2);
+    if (ofPerson == nullptr || person != rows.text(0)) {
+      person = rows.text(0);
+      ofPerson = &result[person];
+    }
+    ofPerson->emplace_back(rows.text(1));
   }
   return result;
 }

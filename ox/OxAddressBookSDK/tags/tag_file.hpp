@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "ox/base/sqlite/connection.hpp"
@@ -18,6 +19,7 @@ namespace ox {
 class TagFile {
  public:
   using Tags = std::vector<std::string>;
+  using TagsOfPersons = std::unordered_map<std::string, Tags>;
 
   // Opens the file, which must exist, fills it when it is empty, and brings one of an earlier
   // version up to this one. Throws, and changes nothing, when it is not a tag file that this
@@ -25,6 +27,8 @@ class TagFile {
   explicit TagFile(const std::string& path);
 
   Tags tags(std::string_view manager, std::string_view person);
+  // Of each person who has any.
+  TagsOfPersons tagsUnder(std::string_view manager);
   bool isEmpty();
   void add(std::string_view manager, std::string_view person, std::string_view tag);
   void remove(std::string_view manager, std::string_view person, std::string_view tag);

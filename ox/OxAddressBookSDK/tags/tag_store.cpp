@@ -80,6 +80,20 @@ TagStore::Tags TagStore::tags(std::string_view manager, std::string_view person)
   return views(manager, person).seen;
 }
 
+TagFile::TagsOfPersons TagStore::tagsUnder(std::string_view manager) {
+  const std::lock_guard lock(mutex_);
+  auto* file = existing();
+  auto all = file != nullptr ? file->tagsUnder(manager) : TagFile::TagsOfPersons();
+  for (const auto* hold : holds_) {
+    for (const auto& person : hold->tags_.personsUnder(manager)) {
+      auto& tags = all[person];
+      tags = hold->tags_.over(manager, person, std::move(tags));
+    }
+  }
+  std::erase_if(all, [](const auto& of) { return of.second.empty(); });
+  return all;
+}
+
 bool TagStore::isEmpty() {
   const std::lock_guard lock(mutex_);
   auto* file = existing();

@@ -24,6 +24,8 @@ class OX_EXPORT TagStore {
   static TagStore& shared();
 
   Tags tags(std::string_view manager, std::string_view person);
+  // Of each person who has any, by one question.
+  TagFile::TagsOfPersons tagsUnder(std::string_view manager);
   // True when nobody has any.
   bool isEmpty();
   // The edits are held when the thread holds tags.

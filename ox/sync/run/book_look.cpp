@@ -65,12 +65,10 @@ void BookLook::lookHere() {
   };
   for (auto& card : syncSource().changedSyncCards(container)) note(std::move(card));
   for (auto& card : syncSource().syncCardsOfGroups(container)) {
-    if (isChangedBeside(card)) note(std::move(card));
-  }
-  // Nobody may have tags who was agreed to have some.
-  for (auto& card : local_.hasNoTags() ? syncSource().taggedSyncCards(container)
-                                       : syncSource().syncCards(container)) {
-    if (card.card.kind == RecordKind::Person && isChangedBeside(card)) note(std::move(card));
+    const bool isThere = card.now && !card.card.record.isNone();
+    if (isThere && local_.besideOfGroup(card.card.record) != card.card.beside) {
+      note(std::move(card));
+    }
   }
   withoutCard_ = syncSource().recordsWithoutCard(container);
   std::erase_if(withoutCard_, [&](const auto& record) { return isNoCard(record.kind); });
@@ -78,6 +76,7 @@ void BookLook::lookHere() {
     withoutCardByKey_.emplace(record.key, &record);
     withoutCardByContent_.emplace(record.fingerprint, &record);
   }
+  for (auto& card : cardsWithOtherTags()) note(std::move(card));
   takeOver();
 }
 
@@ -105,9 +104,26 @@ bool BookLook::isNoCard(RecordKind kind) {
   return kind == RecordKind::Group && local_.categoryGroups() != nullptr;
 }
 
-bool BookLook::isChangedBeside(const SyncCardNow& card) {
-  if (!card.now || card.card.record.isNone()) return false;
-  return local_.besideOf(card.card.record, card.card.kind) != card.card.beside;
+// Whether somebody has tags of whom none were agreed takes a look at every card, so that is asked
+// only where there are tags that no card accounts for.
+std::vector<SyncCardNow> BookLook::cardsWithOtherTags() {
+  auto tagged = local_.besideOfTagged();
+  std::vector<SyncCardNow> changed;
+  for (auto& card : syncSource().taggedSyncCards(local_.container())) {
+    if (!card.now || card.card.record.isNone()) continue;
+    const auto found = tagged.find(card.card.record.text());
+    const auto beside = found != tagged.end() ? found->second : 0;
+    if (found != tagged.end()) tagged.erase(found);
+    if (beside != card.card.beside) changed.push_back(std::move(card));
+  }
+  for (const auto& record : withoutCard_) tagged.erase(record.key.text());
+  if (tagged.empty()) return changed;
+  for (auto& card : syncSource().syncCards(local_.container())) {
+    const bool isNews = card.now && card.card.kind == RecordKind::Person &&
+                        tagged.contains(card.card.record.text());
+    if (isNews) changed.push_back(std::move(card));
+  }
+  return changed;
 }
 
 bool BookLook::isEdit(const SyncCardNow& card) {
@@ -332,6 +348,7 @@ void BookLook::giveFetched(const std::function<void(CardSides)>& sink,
     progress(++done, fetchOrder_.size());
     takeUnknown(path, sidesOfFetched(std::move(card)), sink);
   });
+  toFetch_ = {};
 }
 
 void BookLook::fetch(const std::vector<std::string>& paths,

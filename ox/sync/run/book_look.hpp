@@ -77,7 +77,7 @@ class BookLook {
   void lookAtWholeListing();
   void lookAtNews();
   bool isNoNews(std::string_view sent) const;
-  bool isChangedBeside(const SyncCardNow& card);
+  std::vector<SyncCardNow> cardsWithOtherTags();
   bool isEdit(const SyncCardNow& card);
   bool isNoCard(RecordKind kind);
   void addUnlinked(CardSides& sides);

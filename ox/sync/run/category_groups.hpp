@@ -19,6 +19,10 @@ class CategoryGroups {
 
   // The names of the groups that the person stands in, each once, in the order of their bytes.
   const std::vector<std::string>& categoriesOf(const RecordKey& person) const;
+  // Likewise, of everybody who stands in one.
+  const std::unordered_map<RecordKey, std::vector<std::string>>& categories() const {
+    return categories_;
+  }
   // Of that name, in their order.
   const std::vector<RecordKey>& named(const std::string& name) const;
   // Persons that stand directly in the group.

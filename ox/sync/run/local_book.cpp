@@ -72,15 +72,24 @@ std::optional<LocalContent> LocalBook::contentOf(const RecordKey& key, RecordKin
   return local;
 }
 
-std::uint64_t LocalBook::besideOf(const RecordKey& key, RecordKind kind) {
-  if (kind == RecordKind::Person) return hasNoTags() ? 0 : besideOfTags(tagsOf(key));
+std::uint64_t LocalBook::besideOfGroup(const RecordKey& group) {
   std::vector<std::string> members;
-  for (const auto& child : childrenOf(key)) members.push_back(uidOf(child));
+  for (const auto& child : childrenOf(group)) members.push_back(uidOf(child));
   return besideOfMembers(std::move(members));
 }
 
-bool LocalBook::hasNoTags() {
-  return categories_ == Categories::Tags && TagStore::shared().isEmpty();
+std::unordered_map<std::string, std::uint64_t> LocalBook::besideOfTagged() {
+  std::unordered_map<std::string, std::uint64_t> numbers;
+  if (const auto* groups = categoryGroups()) {
+    for (const auto& [person, categories] : groups->categories()) {
+      numbers.emplace(person.text(), besideOfTags(categories));
+    }
+    return numbers;
+  }
+  for (const auto& [person, tags] : TagStore::shared().tagsUnder(tagManager_)) {
+    numbers.emplace(person, besideOfTags(tags));
+  }
+  return numbers;
 }
 
 const CategoryGroups* LocalBook::categoryGroups() {

@@ -48,9 +48,9 @@ class LocalBook {
   // not among what the store holds, so whoever knows them adds them.
   std::optional<LocalContent> contentOf(const RecordKey& key, RecordKind kind);
   // As contentOf(...)->beside, without reading values.
-  std::uint64_t besideOf(const RecordKey& key, RecordKind kind);
-  // True when no person can have categories.
-  bool hasNoTags();
+  std::uint64_t besideOfGroup(const RecordKey& group);
+  // Likewise, by key as text: of every person who has categories.
+  std::unordered_map<std::string, std::uint64_t> besideOfTagged();
   // Null where categories are tags.
   const CategoryGroups* categoryGroups();
   std::vector<std::string> tagsOf(const RecordKey& person);

@@ -44,6 +44,22 @@ TEST(TagHold, ShowsTheProcessWhatItHoldsAndWritesNothing) {
             (Changes{{"book", "p", {"a", "b"}, {"a", "c"}}, {"book", "q", {}, {"z"}}}));
 }
 
+TEST(TagHold, ShowsTheTagsOfAllPersonsLikewise) {
+  using OfPersons = TagFile::TagsOfPersons;
+  auto& store = TagStore::shared();
+  EXPECT_EQ(store.tagsUnder("book"), OfPersons());
+  manager().setTags_forPersonID(Tags{"b", "a"}, "p");
+  manager().setTags_forPersonID(Tags{"c"}, "q");
+  OxTagManager::tagManagerWithID("other")->setTags_forPersonID(Tags{"d"}, "p");
+  EXPECT_EQ(store.tagsUnder("book"), (OfPersons{{"p", {"b", "a"}}, {"q", {"c"}}}));
+  const TagHold hold;
+  manager().addPersonID_forTag("p", "z");
+  manager().removeForPersonID("q");
+  manager().addPersonID_forTag("r", "new");
+  EXPECT_EQ(store.tagsUnder("book"), (OfPersons{{"p", {"b", "a", "z"}}, {"r", {"new"}}}));
+  EXPECT_EQ(store.tagsUnder("other"), (OfPersons{{"p", {"d"}}}));
+}
+
 TEST(TagHold, ForgetsAtItsEndWhatWasNotWritten) {
   manager().setTags_forPersonID(Tags{"a"}, "p");
   {
