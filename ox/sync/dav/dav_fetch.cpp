@@ -31,7 +31,7 @@ constexpr std::size_t kMostUnknown = 20;
 constexpr std::uint64_t kMostBytes = std::uint64_t{4} << 20;
 constexpr std::size_t kAtOnce = 2;
 constexpr std::size_t kGetsAtOnce = 4;
-constexpr std::size_t kBatchesAWave = 8;
+constexpr std::size_t kBatchesAWave = 32;
 
 using Batch = std::vector<std::size_t>;  // places in the list of what was asked for
 
