@@ -15,6 +15,7 @@ namespace ox {
 namespace {
 
 constexpr std::size_t kLarge = 16U << 10U;
+constexpr std::size_t kMostGathered = 256U << 10U;
 
 [[noreturn]] void fail(const std::string& what) {
   const int reason = errno;
@@ -39,22 +40,37 @@ SpillFile::~SpillFile() {
 }
 
 SpillFile::Place SpillFile::put(const std::string& bytes) {
-  if (file_ < 0) file_ = openNameless();
-  const Place place{end_, bytes.size()};
-  std::size_t written = 0;
-  while (written < bytes.size()) {
-    const auto count = ::pwrite(file_, bytes.data() + written, bytes.size() - written,
-                                static_cast<off_t>(end_ + written));
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) fail("writing");
-    written += static_cast<std::size_t>(count);
+  if (gathered_.size() + bytes.size() > kMostGathered) {
+    write(gathered_, written());
+    gathered_.clear();
   }
+  if (bytes.size() > kMostGathered) {
+    write(bytes, end_);
+  } else {
+    gathered_ += bytes;
+  }
+  const Place place{end_, bytes.size()};
   end_ += bytes.size();
   return place;
 }
 
+void SpillFile::write(const std::string& bytes, std::uint64_t offset) {
+  if (file_ < 0) file_ = openNameless();
+  std::size_t written = 0;
+  while (written < bytes.size()) {
+    const auto count = ::pwrite(file_, bytes.data() + written, bytes.size() - written,
+                                static_cast<off_t>(offset + written));
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) fail("writing");
+    written += static_cast<std::size_t>(count);
+  }
+}
+
 Data SpillFile::get(const Place& place) const {
-  assert(file_ >= 0 && place.offset + place.size <= end_);
+  assert(place.offset + place.size <= end_);
+  if (place.offset >= written()) {
+    return makeData(gathered_.substr(place.offset - written(), place.size));
+  }
   std::string bytes(place.size, '\0');
   std::size_t read = 0;
   while (read < bytes.size()) {
@@ -68,7 +84,8 @@ Data SpillFile::get(const Place& place) const {
 }
 
 void SpillFile::drop(const Place& place) const {
-  assert(file_ >= 0 && place.offset + place.size <= end_);
+  assert(place.offset + place.size <= end_);
+  if (place.offset >= written()) return;
   // Where the file system knows no holes the room is free again after clear().
   ::fallocate(file_, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(place.offset),
               static_cast<off_t>(place.size));
@@ -76,6 +93,7 @@ void SpillFile::drop(const Place& place) const {
 
 void SpillFile::clear() {
   end_ = 0;
+  gathered_.clear();
   if (file_ >= 0) ::close(std::exchange(file_, -1));
 }
 

@@ -8,8 +8,9 @@ namespace ox {
 
 // Bytes put aside in a private file without a name, so that many unsaved pictures do not fill the
 // memory. The file loses its name as soon as it is open: no other program can open it, and the
-// system frees it when this process ends, in whatever way. Used by one thread at a time; throws
-// StoreError when the disk refuses.
+// system frees it when this process ends, in whatever way. What is small is gathered first, so that
+// a little of it makes no file. Used by one thread at a time; throws StoreError when the disk
+// refuses.
 class SpillFile {
  public:
   struct Place {
@@ -30,8 +31,13 @@ class SpillFile {
   void clear();
 
  private:
+  void write(const std::string& bytes, std::uint64_t offset);
+  // Where what is gathered begins.
+  std::uint64_t written() const { return end_ - gathered_.size(); }
+
   int file_ = -1;
   std::uint64_t end_ = 0;
+  std::string gathered_;
 };
 
 // Data that is either in memory or, when large, in the spill file. Missing data is kept as missing.
@@ -45,6 +51,17 @@ class SpillableData {
  private:
   Data small_;
   const SpillFile* file_ = nullptr;
+  SpillFile::Place place_;
+};
+
+// Bytes put aside however few they are, for whoever has very many of them.
+class BytesAside {
+ public:
+  BytesAside(const std::string& bytes, SpillFile& file) : file_(&file), place_(file.put(bytes)) {}
+  std::string get() const { return *file_->get(place_); }
+
+ private:
+  const SpillFile* file_;
   SpillFile::Place place_;
 };
 
