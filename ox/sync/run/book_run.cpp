@@ -55,7 +55,7 @@ bool hasArrived(const CardStep& step) {
 }
 
 // As the row of a book keeps them.
-std::string hrefsSent(const std::vector<CardStep>& steps) {
+std::string hrefsSent(const CardSteps& steps) {
   std::string hrefs;
   for (const auto& step : steps) {
     if (hasArrived(step)) hrefs += hrefSent(step) + '\n';
@@ -375,7 +375,7 @@ KnownRun BookRun::thisRun(std::int64_t end) const {
 bool BookRun::commit(const Listing& listing, const std::string& token, const Start& start,
                      bool isComplete) {
   const auto sent = hrefsSent(steps_);
-  RunCommit commit(local_, remote_, steps_, report_);
+  RunCommit commit(local_, remote_, steps_, spill_, report_);
   commit.settleSent();
   auto kept = book_;
   kept.sent += sent;

@@ -68,7 +68,7 @@ class BookRun {
   SpillFile spill_;
   RunRules rules_;
   CardDecisions decisions_;
-  std::vector<CardStep> steps_;
+  CardSteps steps_;
   std::unordered_set<std::string> broughtBack_;  // UIDs, as members name them
   // Of other containers: records that are not sent yet.
   std::unordered_map<std::string, std::unordered_set<RecordKey>> waiting_;

@@ -161,7 +161,7 @@ std::optional<CardStep> CardDecisions::withoutChangeThere(CardSides& sides) {
   }
   if (!merged.changesTheirs) {
     // Nothing that the text could say: what is agreed is what stands here.
-    step.texts = agreedTexts(agreedText(texts, ours.content.photo), ours.content);
+    step.texts.emplace(agreedTexts(agreedText(texts, ours.content.photo), ours.content), spill_);
     step.card.fingerprint = ours.fingerprint;
     step.card.beside = ours.beside;
     step.agreedMembers = ours.content.members;
@@ -214,7 +214,7 @@ std::optional<CardStep> CardDecisions::goneThere(CardSides& sides) {
     step.card.id = 0;
     step.card.href = remote_.hrefFor(fileNameFor({}));
     step.card.path = remote_.pathOf(step.card.href);
-    step.texts.emplace();
+    step.texts.emplace(SyncCard::Texts(), spill_);
     step.isNoted = false;
   }
   step.card.fingerprint = 0;
@@ -304,9 +304,10 @@ CardStep CardDecisions::added(CardSides& sides) {
   const auto properties = propertiesOfRecord(theirs.content);
   step.change.emplace();
   step.change->values = encodedValues(properties);
+  step.change->bytes.emplace(std::exchange(step.change->values.bytes, {}), spill_);
   step.change->tags = theirs.content.categories;
   if (theirs.content.photo) step.change->photo.emplace(theirs.content.photo, spill_);
-  step.texts = agreedTexts(withCrlf(sides.theirs.text), theirs.content);
+  step.texts.emplace(agreedTexts(withCrlf(sides.theirs.text), theirs.content), spill_);
   step.card.record = step.record;
   step.card.kind = kind;
   step.card.href = sides.theirs.href;
@@ -384,7 +385,7 @@ CardStep CardDecisions::brought(CardSides& sides) {
 
   const bool isAgreed = !merged.changesTheirs;
   const auto& agreed = isAgreed ? merged.content : pulled;
-  step.texts = agreedTexts(withCrlf(sides.theirs.text), agreed);
+  step.texts.emplace(agreedTexts(withCrlf(sides.theirs.text), agreed), spill_);
   step.agreedMembers = agreed.members;
   step.card.href = sides.theirs.href;
   step.card.etag = sides.theirs.etag;
@@ -436,7 +437,7 @@ CardStep CardDecisions::create(const RecordKey& record, RecordKind kind, const L
   step.writesRow = true;
   auto text = freshText(kind, ours.content, step.card.uid);
   // Kept from before it is sent, for whoever finds it there.
-  step.texts = agreedTexts(text, ours.content);
+  step.texts.emplace(agreedTexts(text, ours.content), spill_);
   send(step, CardStep::There::Create, std::move(text), ours.content, ours.fingerprint, ours.beside);
   return step;
 }

@@ -37,7 +37,7 @@ Push pushOf(const CardStep& step) {
   push.href = step.card.href;
   push.etag = step.etag;
   push.isOf = [&step](std::string_view text) {
-    return isAgreedText(step.texts ? *step.texts : textsOf(step.card), text);
+    return isAgreedText(step.texts ? step.texts->get() : textsOf(step.card), text);
   };
   switch (step.there) {
     case CardStep::There::Create:
@@ -59,7 +59,7 @@ Push pushOf(const CardStep& step) {
 void noteUpdate(CardStep& step, SaveRequest& request) {
   if (step.card.id == 0 || step.here != CardStep::Here::Nothing) return;
   auto sent = packedSent(agreedTexts(*step.sent->text.get(), contentOf(*step.sent)));
-  if (step.texts) step.texts->sent = sent;
+  if (step.texts) step.texts->setSent(sent);
   request.sync.sent.push_back({step.card.id, std::move(sent)});
 }
 
@@ -84,7 +84,7 @@ void readBack(std::vector<CardStep*>& sent, RemoteBook& remote, SpillFile& spill
 
 }  // namespace
 
-void noteIntents(std::vector<CardStep>& steps) {
+void noteIntents(CardSteps& steps) {
   SaveRequest request;
   std::vector<CardStep*> creating;
   std::vector<std::string> paths;
@@ -114,7 +114,7 @@ void noteIntents(std::vector<CardStep>& steps) {
     for (const auto row : step.rowsInTheWay) request.sync.removedCards.push_back(row);
     step.rowsInTheWay.clear();
     intent.fingerprint = 0;
-    request.sync.cards.push_back({std::move(intent), step.texts});
+    request.sync.cards.push_back(changeOf(std::move(intent), step));
   }
   if (request.sync.empty()) return;
   request.outlivesPowerCut = true;
@@ -128,7 +128,7 @@ void noteIntents(std::vector<CardStep>& steps) {
 }
 
 std::optional<RemoteError> sendSteps(
-    std::vector<CardStep>& steps, RemoteBook& remote, SpillFile& spill,
+    CardSteps& steps, RemoteBook& remote, SpillFile& spill,
     const std::function<void(std::size_t, std::size_t)>& progress) {
   std::vector<CardStep*> sending;
   for (auto& step : steps) {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ox/base/record_key.hpp"
@@ -15,9 +17,31 @@
 
 namespace ox::sync {
 
+// What is going to be agreed. Its long parts wait elsewhere than in memory.
+class TextsAside {
+ public:
+  TextsAside(SyncCard::Texts texts, SpillFile& file)
+      : text_(texts.text, file),
+        agreed_(texts.agreed, file),
+        tags_(std::move(texts.tags)),
+        members_(std::move(texts.members)),
+        sent_(std::move(texts.sent)) {}
+  SyncCard::Texts get() const { return {text_.get(), agreed_.get(), tags_, members_, sent_}; }
+  void setMembers(std::string members) { members_ = std::move(members); }
+  void setSent(std::string sent) { sent_ = std::move(sent); }
+
+ private:
+  BytesAside text_;
+  BytesAside agreed_;
+  std::string tags_;
+  std::string members_;
+  std::string sent_;
+};
+
 // What the record of a card is to become.
 struct RecordChange {
-  EncodedValues values;                // of an addition
+  EncodedValues values;                // of an addition, but for their bytes
+  std::optional<BytesAside> bytes;     // those
   PropertyBag properties;              // of a change
   std::optional<SpillableData> photo;  // missing: there is none
   bool keepsPhoto = false;             // of a change: whatever stands there
@@ -52,7 +76,7 @@ struct CardStep {
   // The card's row as it is to be where nothing is sent, or what is sent does not arrive: what is
   // agreed then differs from what the record says, and a later run sends it.
   SyncCard card;
-  std::optional<SyncCard::Texts> texts;  // missing: they stay
+  std::optional<TextsAside> texts;  // missing: they stay
   bool writesRow = false;
   bool isNoted = false;  // as about to be created, by an earlier run
   bool removesRow = false;
@@ -84,5 +108,15 @@ struct CardStep {
   std::optional<SpillableData> textReadBack;
   bool isPutOff = false;  // its record was changed meanwhile: nothing is done here
 };
+
+// The row that the step writes, which is that one.
+inline SyncCardChange changeOf(SyncCard row, const CardStep& step) {
+  SyncCardChange change{std::move(row), std::nullopt, {}};
+  if (step.texts) change.readTexts = [texts = *step.texts] { return texts.get(); };
+  return change;
+}
+
+// Those of a run, each of which stays where it is.
+using CardSteps = std::deque<CardStep>;
 
 }  // namespace ox::sync

@@ -60,13 +60,13 @@ bool isSending(const CardStep& step) {
 
 }  // namespace
 
-SyncCounts plannedHere(const std::vector<CardStep>& steps) {
+SyncCounts plannedHere(const CardSteps& steps) {
   SyncCounts counts;
   for (const auto& step : steps) count(whatHere(step), counts);
   return counts;
 }
 
-SyncCounts plannedThere(const std::vector<CardStep>& steps) {
+SyncCounts plannedThere(const CardSteps& steps) {
   SyncCounts counts;
   for (const auto& step : steps) {
     if (isSending(step)) count(whatThere(step), counts);
@@ -74,7 +74,7 @@ SyncCounts plannedThere(const std::vector<CardStep>& steps) {
   return counts;
 }
 
-void countDone(const std::vector<CardStep>& steps, BookReport& report) {
+void countDone(const CardSteps& steps, BookReport& report) {
   for (const auto& step : steps) {
     if (!step.isPutOff) count(whatHere(step), report.down);
     const bool isSent =
@@ -85,7 +85,7 @@ void countDone(const std::vector<CardStep>& steps, BookReport& report) {
   }
 }
 
-std::vector<PlannedChange> plannedChanges(const std::vector<CardStep>& steps) {
+std::vector<PlannedChange> plannedChanges(const CardSteps& steps) {
   std::vector<PlannedChange> changes;
   for (const auto& step : steps) {
     const bool isGroup = step.card.kind == RecordKind::Group;
@@ -100,7 +100,7 @@ std::vector<PlannedChange> plannedChanges(const std::vector<CardStep>& steps) {
   return changes;
 }
 
-std::vector<PlannedChange> plannedDeletions(const std::vector<CardStep>& steps) {
+std::vector<PlannedChange> plannedDeletions(const CardSteps& steps) {
   auto changes = plannedChanges(steps);
   std::erase_if(changes, [](const auto& change) { return change.what != What::Delete; });
   return changes;

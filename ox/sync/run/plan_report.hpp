@@ -9,13 +9,13 @@
 
 namespace ox::sync {
 
-SyncCounts plannedHere(const std::vector<CardStep>& steps);
-SyncCounts plannedThere(const std::vector<CardStep>& steps);
+SyncCounts plannedHere(const CardSteps& steps);
+SyncCounts plannedThere(const CardSteps& steps);
 // What was done, in these and before.
-void countDone(const std::vector<CardStep>& steps, BookReport& report);
+void countDone(const CardSteps& steps, BookReport& report);
 
 // The steps for people; of the deletions alone.
-std::vector<PlannedChange> plannedChanges(const std::vector<CardStep>& steps);
-std::vector<PlannedChange> plannedDeletions(const std::vector<CardStep>& steps);
+std::vector<PlannedChange> plannedChanges(const CardSteps& steps);
+std::vector<PlannedChange> plannedDeletions(const CardSteps& steps);
 
 }  // namespace ox::sync

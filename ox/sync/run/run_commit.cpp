@@ -138,7 +138,8 @@ void RunCommit::settleDone(CardStep& step) {
   const auto kept = isOurs ? readWholeCard(*text) : std::variant<ReadCard, std::string>();
   const auto* keptCard = isOurs ? std::get_if<ReadCard>(&kept) : nullptr;
   card.etag = keptCard != nullptr ? step.readBack->etag : pushed.etag;
-  step.texts = agreedTexts(keptCard != nullptr ? withCrlf(*text) : *sent.text.get(), here);
+  step.texts.emplace(agreedTexts(keptCard != nullptr ? withCrlf(*text) : *sent.text.get(), here),
+                     spill_);
   if (keptCard == nullptr) {
     // What nobody can read there is fetched, and told, by the next look.
     if (isOurs) card.etag.clear();
@@ -183,6 +184,9 @@ SaveRequest RunCommit::requestOf(const SyncRows& rows) {
     if (step.here == CardStep::Here::Add && !step.isPutOff)
       local_.noteAddition(step.card.uid, {step.record, step.card.kind});
   }
+  const auto isAddition = [](const CardStep& step) { return step.here == CardStep::Here::Add; };
+  request.additions.reserve(static_cast<std::size_t>(std::ranges::count_if(steps_, isAddition)));
+  request.sync.cards.reserve(steps_.size());
   bool changesMembers = false;
   for (const auto& step : steps_) {
     if (step.isPutOff || step.here != CardStep::Here::Delete) continue;
@@ -198,7 +202,7 @@ SaveRequest RunCommit::requestOf(const SyncRows& rows) {
     if (step.removesRow) {
       if (step.card.id != 0) request.sync.removedCards.push_back(step.card.id);
     } else if (step.writesRow) {
-      request.sync.cards.push_back({step.card, step.texts});
+      request.sync.cards.push_back(changeOf(step.card, step));
     }
     for (const auto& conflict : step.conflicts) {
       request.sync.conflicts.push_back({0, step.card.container, step.card.path, conflict.property,
@@ -223,6 +227,7 @@ void RunCommit::addRecordChanges(CardStep& step, SaveRequest& request) {
       record.kind = step.card.kind;
       record.container = local_.container();
       record.encoded = step.change->values;
+      record.readBytes = [bytes = *step.change->bytes] { return bytes.get(); };
       record.fingerprint = step.card.fingerprint;
       record.spilledImage = step.change->photo;
       request.additions.push_back(std::move(record));
@@ -305,7 +310,7 @@ void RunCommit::linkMembers(CardStep& step, SaveRequest& request) {
   }
   if (!step.texts) return;
   const auto unlinked = unlinkedOf(step.agreedMembers);
-  step.texts->members = packedMembers(step.agreedMembers, unlinked);
+  step.texts->setMembers(packedMembers(step.agreedMembers, unlinked));
   const std::unordered_set<std::string> out(unlinked.begin(), unlinked.end());
   std::vector<std::string> linked;
   for (const auto& member : step.agreedMembers) {
@@ -392,7 +397,7 @@ void RunCommit::relinkOthers(SaveRequest& request) {
     const auto linked = step.agreedMembers.size() - waiting.size();
     const auto there = static_cast<std::size_t>(std::ranges::count_if(step.agreedMembers, isThere));
     if (std::ranges::none_of(waiting, isThere) && linked == there) continue;
-    step.texts = std::move(texts.front());
+    step.texts.emplace(std::move(texts.front()), spill_);
     for (const auto& member : waiting) {
       const auto child = local_.memberOfUid(member);
       if (!canBeLinked(step.record, child)) continue;
@@ -400,7 +405,7 @@ void RunCommit::relinkOthers(SaveRequest& request) {
       newLinks_.emplace_back(step.record, child.key);
     }
     linkMembers(step, request);
-    request.sync.cards.push_back({step.card, step.texts});
+    request.sync.cards.push_back(changeOf(step.card, step));
   }
 }
 

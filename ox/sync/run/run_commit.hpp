@@ -15,8 +15,9 @@ namespace ox::sync {
 // The end of a run: everything that its steps come to, in one act of the store.
 class RunCommit {
  public:
-  RunCommit(LocalBook& local, RemoteBook& remote, std::vector<CardStep>& steps, BookReport& report)
-      : local_(local), remote_(remote), steps_(steps), report_(report) {}
+  RunCommit(LocalBook& local, RemoteBook& remote, CardSteps& steps, SpillFile& spill,
+            BookReport& report)
+      : local_(local), remote_(remote), steps_(steps), spill_(spill), report_(report) {}
 
   // Takes what became of what was sent into the rows of the steps, and tells it.
   void settleSent();
@@ -49,7 +50,8 @@ class RunCommit {
 
   LocalBook& local_;
   RemoteBook& remote_;
-  std::vector<CardStep>& steps_;
+  CardSteps& steps_;
+  SpillFile& spill_;
   BookReport& report_;
   std::vector<std::pair<RecordKey, RecordKey>> newLinks_;  // groups in groups
   bool needsAnotherRun_ = false;

@@ -234,7 +234,8 @@ std::vector<RecordKey> ActBuilder::noteSync(const SyncRows& rows) {
   }
   committed_.meet(keys);
   act_.sync.records.reserve(rows.cards.size());
-  for (const auto& [card, texts] : rows.cards) {
+  for (const auto& change : rows.cards) {
+    const auto& card = change.card;
     noteContainer(card.container);
     const auto entry = card.record.isNone() ? std::nullopt : meant(card.record);
     if (!entry && !card.record.isNone() && card.id == 0) gone.push_back(card.record);

@@ -123,7 +123,8 @@ std::optional<bool> ContactStore::tryWriting(Lock lock, const Uuid& name, const 
 // False when it has to be decided again; the transaction is then rolled back by its owner.
 bool ContactStore::commitAct(const Act& act, std::unordered_set<RecordKey>& taken,
                              sqlite::Transaction& transaction) {
-  file_.keepPagesFor(act.countOfRecords());
+  // The rows of a run that brings a book in step come in their order, and gain nothing by it.
+  if (act.sync.records.empty()) file_.keepPagesFor(act.countOfRecords());
   try {
     ActWriter writer(file_, act, committed_.lastActUnlessOutdated());
     switch (writer.write()) {

@@ -47,6 +47,8 @@ struct NewRecord {
   std::function<Data()> readImage = {};
   // Instead of the properties, with the fingerprint, from whoever has encoded them already.
   std::optional<EncodedValues> encoded = std::nullopt;
+  // The bytes of those, when they were put aside; asked when they are written.
+  std::function<std::string()> readBytes = {};
 };
 
 // Of a record that is to be added: its picture, wherever it lies, the UID of its card, and its

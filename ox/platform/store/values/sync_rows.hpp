@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -110,6 +111,8 @@ struct SyncCardNow {
 struct SyncCardChange {
   SyncCard card;
   std::optional<SyncCard::Texts> texts;
+  // Instead of them, when they were put aside; asked when they are written.
+  std::function<SyncCard::Texts()> readTexts = {};
 };
 
 // To be stored, of a card that is there: what is about to be sent (SyncCard::Texts::sent).

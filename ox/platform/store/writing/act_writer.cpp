@@ -199,7 +199,10 @@ void ActWriter::insertContent(std::int64_t row, const Act::AddedRecord& added) {
   const auto& known = added.record->fingerprint;
   if (replaced == nullptr && encoded) {
     assert(known);
-    return records_.insertContent({row, &*encoded, *known, picture});
+    const auto& readBytes = added.record->readBytes;
+    if (!readBytes) return records_.insertContent({row, &*encoded, *known, picture});
+    const EncodedValues values{readBytes(), encoded->cardUid, encoded->custom};
+    return records_.insertContent({row, &values, *known, picture});
   }
   const auto& properties = replaced != nullptr ? replaced->properties : added.record->properties;
   const auto fingerprint = replaced == nullptr && known

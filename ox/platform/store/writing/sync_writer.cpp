@@ -125,7 +125,11 @@ void SyncWriter::write(const SyncCardChange& change, std::optional<std::int64_t>
   runOnce(row, isNew ? "there is a card at " + card.path + " already"
                      : "the card at " + card.path + " is gone, or another has that path");
   const auto id = isNew ? file_.connection().lastRowId() : card.id;
-  if (isNew || change.texts) write(id, change.texts.value_or(SyncCard::Texts()));
+  if (change.readTexts) {
+    write(id, change.readTexts());
+  } else if (isNew || change.texts) {
+    write(id, change.texts.value_or(SyncCard::Texts()));
+  }
 }
 
 void SyncWriter::write(std::int64_t card, const SyncCard::Texts& texts) {
