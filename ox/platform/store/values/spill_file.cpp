@@ -40,11 +40,12 @@ SpillFile::~SpillFile() {
 }
 
 SpillFile::Place SpillFile::put(const std::string& bytes) {
-  if (gathered_.size() + bytes.size() > kMostGathered) {
+  const bool isLarge = bytes.size() >= kLarge;
+  if (!gathered_.empty() && (isLarge || gathered_.size() + bytes.size() > kMostGathered)) {
     write(gathered_, written());
     gathered_.clear();
   }
-  if (bytes.size() > kMostGathered) {
+  if (isLarge) {
     write(bytes, end_);
   } else {
     gathered_ += bytes;
