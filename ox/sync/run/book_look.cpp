@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 #include <utility>
 
 #include "ox/base/checksum.hpp"
@@ -231,24 +232,23 @@ void BookLook::addGone(const SyncCardNow& known) {
 }
 
 void BookLook::lookAtWholeListing() {
-  std::unordered_map<std::string, SyncCardNow> known;
-  for (auto& card : syncSource().syncCards(local_.container())) {
-    auto path = card.card.path;
-    known.emplace(std::move(path), std::move(card));
-  }
-  std::unordered_set<std::string> listed;
+  const auto cards = syncSource().syncCards(local_.container());
+  struct Known {
+    const SyncCardNow* card = nullptr;
+    bool isListed = false;
+  };
+  std::unordered_map<std::string_view, Known> known;
+  known.reserve(cards.size());
+  for (const auto& card : cards) known.emplace(card.card.path, Known{&card});
   for (const auto& card : listing_.cards) {
-    auto path = remote_.pathOf(card.href);
-    const auto found = known.find(path);
-    noteListed(card, found != known.end() ? &found->second : nullptr);
-    listed.insert(std::move(path));
+    const auto found = known.find(remote_.pathOf(card.href));
+    const bool isKnown = found != known.end();
+    noteListed(card, isKnown ? found->second.card : nullptr);
+    if (isKnown) found->second.isListed = true;
   }
-  std::vector<const SyncCardNow*> gone;
-  for (const auto& [path, card] : known) {
-    if (!listed.contains(path)) gone.push_back(&card);
+  for (const auto& card : cards) {
+    if (!known.at(card.card.path).isListed) noteGone(card);
   }
-  std::ranges::sort(gone, {}, [](const SyncCardNow* card) { return card->card.id; });
-  for (const auto* card : gone) noteGone(*card);
 }
 
 void BookLook::lookAtNews() {
@@ -348,7 +348,7 @@ void BookLook::giveFetched(const std::function<void(CardSides)>& sink,
     progress(++done, fetchOrder_.size());
     takeUnknown(path, sidesOfFetched(std::move(card)), sink);
   });
-  toFetch_ = {};
+  toFetch_ = {};  // what is decided of them needs the room
 }
 
 void BookLook::fetch(const std::vector<std::string>& paths,
