@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
@@ -122,6 +123,31 @@ bool readSome(int descriptor, std::span<char> buffer, std::size_t& size) {
   return count > 0;
 }
 
+// Says once what is being waited for, and waits for somebody who types a passphrase, but not for
+// ever: others wait for the login meanwhile.
+class Patience {
+ public:
+  Patience(const std::string& command, const WireHooks& hooks) : command_(command), hooks_(hooks) {}
+
+  void check() {
+    const auto time = Clock::now() - start_;
+    if (time > kMost) failed(command_, "was ended: it gave nothing for 5 minutes");
+    if (isTold_ || time < kFirstWord) return;
+    isTold_ = true;
+    if (hooks_.waiting) hooks_.waiting(shownCommand(command_) + " (5 s)");
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  static constexpr std::chrono::seconds kFirstWord{5};
+  static constexpr std::chrono::minutes kMost{5};
+
+  const std::string& command_;
+  const WireHooks& hooks_;
+  const Clock::time_point start_ = Clock::now();
+  bool isTold_ = false;
+};
+
 }  // namespace
 
 std::size_t outputOfCommand(const std::string& command, const WireHooks& hooks,
@@ -136,11 +162,13 @@ std::size_t outputOfCommand(const std::string& command, const WireHooks& hooks,
   input.close();
   std::size_t size = 0;
   bool isOpen = true;
+  Patience patience(command, hooks);
   // What it leaves running in the background may keep the pipe open for ever: its own end counts.
   for (bool hasEnded = false; !hasEnded || isOpen;) {
     if (hooks.isStopped && hooks.isStopped()) {
       throw RemoteError(RemoteFailure::Stopped, "stopped while the password was asked for");
     }
+    patience.check();
     hasEnded = child.hasEnded();
     if (isOpen && hasSomething(output.number(), hasEnded ? 0 : kTurn)) {
       isOpen = readSome(output.number(), buffer, size);

@@ -54,6 +54,15 @@ TEST(SecretOfACommand, DoesNotWaitForWhatItLeavesBehind) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(6));
 }
 
+TEST(SecretOfACommand, IsToldToBeWaitedFor) {
+  std::vector<std::string> words;
+  WireHooks hooks;
+  hooks.waiting = [&](std::string_view what) { words.emplace_back(what); };
+  const auto secret = readSecret({Kind::Command, "sleep 6; echo here"}, hooks);
+  EXPECT_EQ(secret->text(), "here");
+  EXPECT_EQ(words, std::vector<std::string>{"the password command 'sleep' (5 s)"});
+}
+
 TEST(SecretOfACommand, IsMissingWhereItFails) {
   EXPECT_EQ(refusalOf(Kind::Command, "false hunter2"),
             "Login: the password command 'false' failed (exit code 1)");
