@@ -4,6 +4,7 @@
 #include <array>
 #include <iostream>
 
+#include "ox/sync/logins.hpp"
 #include "oxcontacts/arguments.hpp"
 #include "oxcontacts/output/counted.hpp"
 #include "oxcontacts/output/terminal_text.hpp"
@@ -67,24 +68,22 @@ std::string lineOf(const sync::NewConflict& conflict) {
          shown(conflict.theirs) + ", ours " + shown(conflict.ours);
 }
 
-std::size_t deletionsIn(const BookReport& report, Where where) {
-  return static_cast<std::size_t>(
-      std::ranges::count_if(report.plan, [&](const PlannedChange& change) {
-        return change.where == where && change.what == What::Delete;
-      }));
+// What means that book and no other: a name may be that of a login, too, and mean all its books.
+std::string wordFor(const BookReport& report) {
+  const auto isAlso = [&](const sync::KnownBook& book) {
+    return book.container != report.container &&
+           (book.login == report.account || book.account == report.account);
+  };
+  return std::ranges::any_of(sync::knownBooks(), isAlso) ? report.container : report.account;
 }
 
 std::string commandFor(const BookReport& report, const std::string& option) {
-  return "`oxcontacts sync " + shellWord(report.account) + " " + option + "`";
+  return "`oxcontacts sync " + shellWord(wordFor(report)) + " " + option + "`";
 }
 
 void complainOfGuard(const Context& context, const BookReport& report) {
-  const auto here = deletionsIn(report, Where::Here);
-  const auto there = deletionsIn(report, Where::There);
   tellPlan(context, report);
-  Context::complain(report.account + ": would delete " + counted(here, "contact") + " here and " +
-                    counted(there, "contact") +
-                    " there, which may be a mistake; nothing was changed. " +
+  Context::complain(report.account + ": " + report.failure + "; nothing was changed. " +
                     commandFor(report, "--allow-deletions") + " lets it happen once");
 }
 

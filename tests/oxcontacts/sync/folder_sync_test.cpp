@@ -126,16 +126,46 @@ TEST_F(FolderSync, StopsBeforeItDeletesMuchAndDoesItWhenItMay) {
   EXPECT_EQ(stopped.exitCode, 1);
   EXPECT_EQ(stopped.output, "");
   EXPECT_TRUE(holds(stopped.errors, "oxcontacts: Cards: here, deleted: P10")) << stopped.errors;
-  EXPECT_TRUE(holds(stopped.errors,
-                    "oxcontacts: Cards: would delete 20 contacts here and 0 contacts there, which "
-                    "may be a mistake; nothing was changed. `oxcontacts sync Cards "
-                    "--allow-deletions` lets it happen once\n"))
+  EXPECT_TRUE(holds(
+      stopped.errors,
+      "oxcontacts: Cards: the book is empty there; it would delete 20 of 20 contacts "
+      "here; nothing was changed. `oxcontacts sync Cards --allow-deletions` lets it happen once\n"))
       << stopped.errors;
   EXPECT_EQ(runJson({"persons"}).size(), 20U);
 
   EXPECT_EQ(run({"sync", "--allow-deletions"}).output,
             "Cards: 0 new, 0 changed, 20 deleted here; 0 sent, 0 deleted there\n");
   EXPECT_EQ(runJson({"persons"}), Json::array());
+}
+
+// A login's name means all its books.
+TEST_F(FolderSync, LetsItHappenInTheBookThatWasStoppedAlone) {
+  for (const std::string folder : {"Cards", "Other"}) {
+    std::filesystem::create_directory(path(folder));
+    for (const std::string number : {"1", "2", "3"}) {
+      write(folder + "/" + number + ".vcf",
+            {"UID:" + folder + number, "N:Lee;P" + number + ";;;", "FN:P" + number});
+    }
+  }
+  ASSERT_EQ(run({"accounts", "add", "Cards", "--folder", path(), "--all"}).exitCode, 0);
+  ASSERT_EQ(run({"sync"}).exitCode, 0);
+  for (const std::string folder : {"Cards", "Other"}) {
+    for (const std::string number : {"1", "2", "3"}) {
+      std::filesystem::remove(path(folder + "/" + number + ".vcf"));
+    }
+  }
+  std::string cards;
+  for (const auto& account : runJson({"accounts"})) {
+    if (account["name"] == "Cards") cards = account["identifier"];
+  }
+  ASSERT_NE(cards, "");
+  const auto stopped = run({"sync"});
+  EXPECT_TRUE(holds(stopped.errors, "`oxcontacts sync " + cards + " --allow-deletions`"))
+      << stopped.errors;
+  EXPECT_TRUE(holds(stopped.errors, "`oxcontacts sync Other --allow-deletions`")) << stopped.errors;
+  EXPECT_EQ(run({"sync", cards, "--allow-deletions"}).output,
+            "Cards: 0 new, 0 changed, 3 deleted here; 0 sent, 0 deleted there\n");
+  EXPECT_EQ(runJson({"persons"}).size(), 3U);
 }
 
 TEST_F(FolderSync, ChangesNothingWhileTheFolderIsAway) {
