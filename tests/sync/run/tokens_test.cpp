@@ -20,8 +20,8 @@ void put(BookElsewhere& elsewhere, int count) {
   }
 }
 
-// The book is then as it was at the token that this side still has, and nothing is told: it may have
-// been put back to an old copy as well.
+// The book is then as it was at the token that this side still has, and nothing is told: it may
+// have been put back to an old copy as well.
 TEST(TokenFromBeforeTheSending, LosesNoDeletionOfWhatWasSent) {
   BookElsewhere elsewhere;
   elsewhere.marksByContent = true;
