@@ -51,8 +51,8 @@ constexpr std::array kSyncTables = {
           15},
     Table{"sync_book",
           "container, login, url, name, read_only, token, reports, versions, most_bytes, "
-          "group_spelling, last_whole, last_success, state",
-          13},
+          "group_spelling, last_whole, last_success, state, sent",
+          14},
     Table{"sync_card",
           "id, container, record, kind, href, path, etag, uid, fingerprint, beside, intent, "
           "keeps_less, refused, refused_fingerprint",

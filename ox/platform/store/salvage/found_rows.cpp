@@ -79,7 +79,7 @@ bool isSummed(const PageRow& row) {
 
 // Of an account that is in step with a book elsewhere: its login, the book, or one of its cards.
 bool isOfSync(const PageRow& row) {
-  constexpr std::array<std::size_t, 3> kColumns = {17, 12, 14};
+  constexpr std::array<std::size_t, 2> kColumns = {15, 14};
   return std::ranges::any_of(kColumns, [&](std::size_t columns) {
     return row.size() == columns + 1 && row.hasSumOf(columns);
   });
