@@ -12,11 +12,11 @@
 #include "ox/records/card_uid.hpp"
 #include "ox/sync/cards/card_edit.hpp"
 #include "ox/sync/remote/remote_error.hpp"
-#include "ox/sync/run/card_pushes.hpp"
-#include "ox/sync/run/guard.hpp"
-#include "ox/sync/run/plan_report.hpp"
-#include "ox/sync/run/run_commit.hpp"
 #include "ox/sync/run/run_rows.hpp"
+#include "ox/sync/run/steps/card_pushes.hpp"
+#include "ox/sync/run/steps/guard.hpp"
+#include "ox/sync/run/steps/plan_report.hpp"
+#include "ox/sync/run/steps/run_commit.hpp"
 
 namespace ox::sync {
 namespace {

@@ -10,10 +10,10 @@
 #include "ox/platform/store/values/spill_file.hpp"
 #include "ox/platform/store/values/sync_rows.hpp"
 #include "ox/sync/remote/remote_book.hpp"
-#include "ox/sync/run/book_look.hpp"
-#include "ox/sync/run/card_decisions.hpp"
-#include "ox/sync/run/card_step.hpp"
-#include "ox/sync/run/local_book.hpp"
+#include "ox/sync/run/look/book_look.hpp"
+#include "ox/sync/run/look/local_book.hpp"
+#include "ox/sync/run/steps/card_decisions.hpp"
+#include "ox/sync/run/steps/card_step.hpp"
 #include "ox/sync/synchronise.hpp"
 
 namespace ox::sync {

@@ -9,8 +9,8 @@
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/platform/store/values/store_error.hpp"
 #include "ox/sync/cards/card_merge.hpp"
-#include "ox/sync/run/card_decisions.hpp"
-#include "ox/sync/run/local_book.hpp"
+#include "ox/sync/run/look/local_book.hpp"
+#include "ox/sync/run/steps/card_decisions.hpp"
 #include "ox/sync/synchronise.hpp"
 
 namespace ox::sync {

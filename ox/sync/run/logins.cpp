@@ -11,7 +11,7 @@
 #include "ox/sync/folder/offer_of_folder.hpp"
 #include "ox/sync/http/http_client.hpp"
 #include "ox/sync/http/url.hpp"
-#include "ox/sync/run/local_book.hpp"
+#include "ox/sync/run/look/local_book.hpp"
 #include "ox/sync/run/remote_login.hpp"
 #include "ox/sync/run/run_rows.hpp"
 

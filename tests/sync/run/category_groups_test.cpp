@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "ox/platform/store/contact_source.hpp"
-#include "ox/sync/run/local_book.hpp"
+#include "ox/sync/run/look/local_book.hpp"
 #include "tests/sync/run/synced_book.hpp"
 
 namespace ox::test {

@@ -11,8 +11,8 @@
 
 #include "ox/platform/store/values/sync_rows.hpp"
 #include "ox/sync/remote/remote_book.hpp"
-#include "ox/sync/run/card_decisions.hpp"
-#include "ox/sync/run/local_book.hpp"
+#include "ox/sync/run/look/card_sides.hpp"
+#include "ox/sync/run/look/local_book.hpp"
 
 namespace ox::sync {
 

@@ -1,4 +1,4 @@
-#include "ox/sync/run/run_commit.hpp"
+#include "ox/sync/run/steps/run_commit.hpp"
 
 #include <algorithm>
 #include <array>
@@ -16,8 +16,8 @@
 #include "ox/records/fingerprint.hpp"
 #include "ox/sync/cards/card_edit.hpp"
 #include "ox/sync/cards/parts/text_sets.hpp"
-#include "ox/sync/run/agreed.hpp"
-#include "ox/sync/run/card_decisions.hpp"
+#include "ox/sync/run/look/agreed.hpp"
+#include "ox/sync/run/steps/card_decisions.hpp"
 #include "ox/transfer/person_tags.hpp"
 
 namespace ox::sync {

@@ -1,4 +1,4 @@
-#include "ox/sync/run/local_book.hpp"
+#include "ox/sync/run/look/local_book.hpp"
 
 #include <algorithm>
 #include <array>

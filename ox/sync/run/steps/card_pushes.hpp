@@ -6,7 +6,7 @@
 
 #include "ox/sync/remote/remote_book.hpp"
 #include "ox/sync/remote/remote_error.hpp"
-#include "ox/sync/run/card_step.hpp"
+#include "ox/sync/run/steps/card_step.hpp"
 
 namespace ox::sync {
 

@@ -6,8 +6,8 @@
 #include "ox/platform/store/values/save_request.hpp"
 #include "ox/platform/store/values/sync_rows.hpp"
 #include "ox/sync/remote/remote_book.hpp"
-#include "ox/sync/run/card_step.hpp"
-#include "ox/sync/run/local_book.hpp"
+#include "ox/sync/run/look/local_book.hpp"
+#include "ox/sync/run/steps/card_step.hpp"
 #include "ox/sync/synchronise.hpp"
 
 namespace ox::sync {

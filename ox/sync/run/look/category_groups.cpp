@@ -1,4 +1,4 @@
-#include "ox/sync/run/category_groups.hpp"
+#include "ox/sync/run/look/category_groups.hpp"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "ox/sync/run/card_pushes.hpp"
+#include "ox/sync/run/steps/card_pushes.hpp"
 
 #include <array>
 #include <string>
@@ -7,7 +7,7 @@
 
 #include "ox/platform/store/contact_source.hpp"
 #include "ox/platform/store/values/store_error.hpp"
-#include "ox/sync/run/agreed.hpp"
+#include "ox/sync/run/look/agreed.hpp"
 
 namespace ox::sync {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "ox/sync/run/card_step.hpp"
+#include "ox/sync/run/steps/card_step.hpp"
 #include "ox/sync/synchronise.hpp"
 
 // What is told of steps, before they are done and after.

@@ -1,4 +1,4 @@
-#include "ox/sync/run/card_decisions.hpp"
+#include "ox/sync/run/steps/card_decisions.hpp"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,7 @@
 #include "ox/records/card_uid.hpp"
 #include "ox/records/fingerprint.hpp"
 #include "ox/sync/cards/card_edit.hpp"
-#include "ox/sync/run/agreed.hpp"
+#include "ox/sync/run/look/agreed.hpp"
 #include "ox/vcard/properties/full_name.hpp"
 
 namespace ox::sync {

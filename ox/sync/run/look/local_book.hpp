@@ -11,7 +11,7 @@
 #include "ox/base/record_key.hpp"
 #include "ox/platform/store/values/sync_rows.hpp"
 #include "ox/sync/cards/card_content.hpp"
-#include "ox/sync/run/category_groups.hpp"
+#include "ox/sync/run/look/category_groups.hpp"
 
 namespace ox::sync {
 

@@ -1,4 +1,4 @@
-#include "ox/sync/run/agreed.hpp"
+#include "ox/sync/run/look/agreed.hpp"
 
 #include <array>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "ox/sync/run/plan_report.hpp"
+#include "ox/sync/run/steps/plan_report.hpp"
 
 #include <optional>
 

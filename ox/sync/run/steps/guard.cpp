@@ -1,4 +1,4 @@
-#include "ox/sync/run/guard.hpp"
+#include "ox/sync/run/steps/guard.hpp"
 
 namespace ox::sync {
 
