@@ -348,6 +348,9 @@ std::optional<std::string> BookRun::guarded(BookLook& look) const {
   const bool isInDoubt = std::ranges::any_of(steps_, [&](const CardStep& step) {
     return step.here == CardStep::Here::Delete && look.isDoubtful(step.card.path);
   });
+  if (here > 0 && book_.state == SyncBook::State::Copied) {
+    return "the store is a copy that no run has brought in step since; " + told(here, "here");
+  }
   if (isInDoubt) {
     return told(here, "here") +
            " that are not there any more, though nothing there says that they " +

@@ -186,7 +186,7 @@ class LoginRun {
   }
 
   void noteAway(const SyncBook& book) const {
-    if (options_.isDryRun || book.state == SyncBook::State::Away) return;
+    if (options_.isDryRun || book.state != SyncBook::State::Active) return;
     for (auto& row : syncSource().syncBooks()) {
       if (row.container != book.container) continue;
       row.state = SyncBook::State::Away;

@@ -168,6 +168,28 @@ TEST_F(FolderSync, LetsItHappenInTheBookThatWasStoppedAlone) {
   EXPECT_EQ(runJson({"persons"}).size(), 3U);
 }
 
+// It was taken for what it holds.
+TEST_F(FolderSync, DeletesNothingInACopyOfTheStoreUnasked) {
+  synchroniseTwo();
+  const auto copy = support::temporaryPath("copy.db").string();
+  ASSERT_EQ(run({"backup", "--all", copy}).exitCode, 0);
+  ASSERT_EQ(run({"remove-person", "Bob Berg"}).exitCode, 0);
+  ASSERT_EQ(run({"sync"}).exitCode, 0);
+
+  const auto stopped = run({"--store", copy, "sync"});
+  EXPECT_EQ(stopped.exitCode, 1);
+  EXPECT_TRUE(holds(stopped.errors,
+                    "oxcontacts: Cards: the store is a copy that no run has brought in step since; "
+                    "it would delete 1 of 2 contacts here; nothing was changed."))
+      << stopped.errors;
+  EXPECT_EQ(run({"--store", copy, "sync", "--allow-deletions"}).output,
+            "Cards: 0 new, 0 changed, 1 deleted here; 0 sent, 0 deleted there\n");
+  std::filesystem::remove(path("ann.vcf"));
+  write("eve.vcf", {"UID:eve", "N:Moe;Eve;;;", "FN:Eve Moe"});
+  EXPECT_EQ(run({"--store", copy, "sync"}).output,
+            "Cards: 1 new, 0 changed, 1 deleted here; 0 sent, 0 deleted there\n");
+}
+
 TEST_F(FolderSync, ChangesNothingWhileTheFolderIsAway) {
   synchroniseTwo();
   std::filesystem::rename(path(), path() + "-away");

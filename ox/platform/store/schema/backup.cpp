@@ -39,6 +39,14 @@ RecordCounts countsOf(sqlite::Connection& store) {
   return {countOf(store, RecordKind::Group), countOf(store, RecordKind::Person)};
 }
 
+// A copy that is used one day is behind what it was in step with: its own rows tell so.
+void markAsCopied(const std::string& path) {
+  sqlite::Connection copy(path, sqlite::Connection::Mode::ReadWrite);
+  constexpr const char* kTable = "SELECT count(*) FROM sqlite_schema WHERE name = 'sync_book'";
+  if (copy.queryInteger(kTable) == 0) return;
+  copy.execute("UPDATE sync_book SET state = 2 WHERE sound");
+}
+
 void refuseUnsound(sqlite::Connection& copy, const std::string& to) {
   const auto answer = copy.queryText("PRAGMA quick_check(1)");
   if (answer == "ok") return;
@@ -73,6 +81,7 @@ template <typename Look>
 void DatabaseCopy::take(sqlite::Connection& source, Look look) {
   guarded([&] {
     copyInto(source, file_->path());
+    markAsCopied(file_->path());
     sqlite::Connection copy(file_->path(), sqlite::Connection::Mode::ReadOnly);
     refuseUnsound(copy, target_);
     look(copy);

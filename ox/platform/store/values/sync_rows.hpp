@@ -38,7 +38,9 @@ struct SyncLogin {
 
 // A container and the book that it is in step with.
 struct SyncBook {
-  enum class State : std::uint8_t { Active = 0, Away = 1 };
+  // Copied: the store is a copy, and no run has looked since whether it is behind the book. What it
+  // holds may be what it was taken for.
+  enum class State : std::uint8_t { Active = 0, Away = 1, Copied = 2 };
   // Whether the book takes changes: it says itself that it does not, or the user wants it so. The
   // store then refuses what would change the container (SaveRequest::bringsFromElsewhere).
   enum class ReadOnly : std::uint8_t { No = 0, AsItSays = 1, AsAsked = 2 };

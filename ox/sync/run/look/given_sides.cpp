@@ -1,5 +1,5 @@
-// What a look gives: the sides of each card, with what was fetched of it, and with the record that it
-// is about.
+// What a look gives: the sides of each card, with what was fetched of it, and with the record that
+// it is about.
 
 #include <algorithm>
 #include <array>
