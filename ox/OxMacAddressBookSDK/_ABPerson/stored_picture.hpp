@@ -13,7 +13,7 @@ class _ABPerson;
 OX_EXPORT ImagePtr storedPicture(const _ABPerson& person);
 
 // For whoever asks for the pixels and finds no memory for them.
-void noticeNoMemoryForPicture(const _ABPerson& person);
+OX_EXPORT void noticeNoMemoryForPicture(const _ABPerson& person);
 
 // True when the store holds a picture of the person that storedPicture does not give. For whoever
 // promises that nothing is left out: readers take such a picture for none.
